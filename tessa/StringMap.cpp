@@ -1,0 +1,12 @@
+#include "tessa/StringMap.h"
+
+namespace tessa {
+
+int StringMap::getEntry(int index, kest::String& name, kest::String& value) const {
+    if (index < 0 || index >= count_) return -1;
+    name = *attributes_[index].name;
+    value = kest::String(attributes_[index].value);
+    return 0;
+}
+
+}  // namespace tessa
