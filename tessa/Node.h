@@ -2,7 +2,6 @@
 
 #include <iosfwd>
 #include <memory>
-#include <string_view>
 
 #include "kest/String.h"
 #include "tessa/StringMap.h"
@@ -42,6 +41,9 @@ class Node {
     static constexpr int kElement = 0;
     static constexpr int kText = 1;
 
+    static constexpr int kCompact = 1;
+    static constexpr int kIndented = 2;
+
     virtual ~Node() = default;
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
@@ -60,9 +62,13 @@ class Node {
     // An element's attributes; empty for a text node.
     virtual const StringMap* attributes() const = 0;
 
-    // Writes the node with all below it as XML, escaped, in UTF-8. Mode 1 is compact; mode 2 indents by two blanks a
-    // level where an element holds only elements.
-    virtual void write(std::ostream& out, int mode) const = 0;
+    // The texts and names of the whole document, which live as long as what is returned, even when the tree is gone; from
+    // the root only, null from any other node.
+    virtual std::shared_ptr<const void> shareTexts() const = 0;
+
+    // Writes the node with all below it as XML, escaped, in UTF-8. kIndented puts each child on a line of its own, two
+    // blanks a level, where an element holds only elements.
+    virtual void write(std::ostream& out, int mode) const;
 
     Node* nextSibling() const { return next_; }
 

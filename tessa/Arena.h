@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace tessa {
+
+// A document wants more memory than any inventory needs.
+class DocumentTooLarge : public std::runtime_error {
+  public:
+    DocumentTooLarge() : std::runtime_error("document too large") {}
+};
+
+// What one document may take, in bytes; shared by all that it is made of.
+class Budget {
+  public:
+    // Throws DocumentTooLarge when the document would exceed its limit.
+    void charge(std::size_t bytes) {
+        if (bytes > left_) throw DocumentTooLarge();
+        left_ -= bytes;
+    }
+    void refund(std::size_t bytes) { left_ += bytes; }
+
+  private:
+    std::size_t left_ = std::size_t{1} << 30;
+};
+
+// Memory that is handed out piece by piece and released all at once. Nothing in it is destroyed.
+class Arena {
+  public:
+    explicit Arena(Budget& budget) : budget_(budget) {}
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+
+    // Aligned for pointers; valid as long as the arena.
+    void* allocate(std::size_t bytes) {
+        bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
+        if (bytes > room()) addBlock(bytes);
+        std::byte* const piece = next_;
+        next_ += bytes;
+        return piece;
+    }
+
+    // The rest of the current block, for a piece whose size is not known yet: fill it, then take() what was used.
+    std::byte* open() const { return next_; }
+    std::size_t room() const { return static_cast<std::size_t>(end_ - next_); }
+    void take(std::size_t bytes) { next_ += (bytes + kAlignment - 1) & ~(kAlignment - 1); }
+
+    // Starts a new block with room for `bytes` at least.
+    void addBlock(std::size_t bytes);
+
+  private:
+    static constexpr std::size_t kAlignment = alignof(void*);
+
+    struct Release {
+        void operator()(std::byte* block) const { ::operator delete(block); }
+    };
+
+    Budget& budget_;
+    std::vector<std::unique_ptr<std::byte, Release>> blocks_;
+    std::byte* next_ = nullptr;
+    std::byte* end_ = nullptr;
+    std::size_t blockSize_ = 0;
+};
+
+}  // namespace tessa

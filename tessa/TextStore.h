@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string_view>
+#include <vector>
+
+#include "kest/String.h"
+#include "tessa/Arena.h"
+
+namespace tessa {
+
+// The texts of a document, wide and NUL-terminated, and its names, each held once. It may outlive the tree, so that
+// whoever reads the tree can keep texts without copying them.
+class TextStore {
+  public:
+    TextStore() : arena_(budget_) {}
+    TextStore(const TextStore&) = delete;
+    TextStore& operator=(const TextStore&) = delete;
+
+    // The one String of a name, given in UTF-8.
+    const kest::String* intern(const char* utf8);
+
+    // Builds one text piece by piece: append what belongs to it, then finish() or drop() it.
+    void append(const char* utf8, std::size_t length);
+    bool isOpen() const { return length_ != 0; }
+    std::wstring_view open() const { return {openText(), length_}; }
+    const wchar_t* finish();
+    void drop() { length_ = 0; }
+
+    // A whole text at once. REQUIRES: no text is open.
+    const wchar_t* add(const char* utf8);
+
+    Budget& budget() { return budget_; }
+
+  private:
+    struct Name {
+        std::uint64_t hash;
+        std::string_view utf8;
+        kest::String text;
+    };
+
+    wchar_t* openText() const { return reinterpret_cast<wchar_t*>(arena_.open()); }
+    void makeRoom(std::size_t characters);
+    const kest::String* addName(std::string_view utf8, std::uint64_t hash, std::size_t slot);
+    void growTable();
+
+    Budget budget_;
+    Arena arena_;
+    std::size_t length_ = 0;  // of the open text, in characters
+    std::deque<Name> names_;
+    std::vector<const Name*> table_;  // open addressing, a power of two, at most half full
+};
+
+}  // namespace tessa

@@ -1,0 +1,65 @@
+// The nodes that a document's tree is made of. All but the root lie in the root's arena and are never destroyed.
+#pragma once
+
+#include <memory>
+
+#include "tessa/Arena.h"
+#include "tessa/Node.h"
+#include "tessa/TextStore.h"
+
+namespace tessa {
+
+class ElementNode : public Node {
+  public:
+    ElementNode(const kest::String* name, const StringMap* attributes) : name_(name), attributes_(attributes) {}
+
+    int type() const override { return kElement; }
+    const wchar_t* text() const override { return name_->text(); }
+    const kest::String& name() const override { return *name_; }
+    int getChildren(const NodeList** children) const override;
+    const StringMap* attributes() const override { return attributes_; }
+    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+
+  private:
+    friend class TreeBuilder;
+    const kest::String* name_;
+    const StringMap* attributes_;
+    NodeList children_;
+};
+
+class TextNode final : public Node {
+  public:
+    explicit TextNode(const wchar_t* text) : text_(text) {}
+
+    int type() const override { return kText; }
+    const wchar_t* text() const override { return text_; }
+    const kest::String& name() const override;
+    int getChildren(const NodeList** children) const override;
+    const StringMap* attributes() const override;
+    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+
+  private:
+    const wchar_t* text_;
+};
+
+// What a tree stands in: the texts, which may be shared beyond it, and the nodes.
+struct TreeMemory {
+    std::shared_ptr<TextStore> texts = std::make_shared<TextStore>();
+    Arena nodes{texts->budget()};
+};
+
+class RootNode final : public ElementNode {
+  public:
+    RootNode(const kest::String* name, const StringMap* attributes, std::unique_ptr<TreeMemory> memory)
+        : ElementNode(name, attributes), memory_(std::move(memory)) {}
+
+    std::shared_ptr<const void> shareTexts() const override { return memory_->texts; }
+
+  private:
+    std::unique_ptr<TreeMemory> memory_;
+};
+
+// Attributes of elements that have none.
+extern const StringMap kNoAttributes;
+
+}  // namespace tessa
