@@ -6,14 +6,14 @@ namespace kest {
 
 namespace {
 
-int sign(bool less, bool equal) {
-    if (equal) return 0;
-    return less ? -1 : 1;
+int sign(int order) {
+    return (order > 0) - (order < 0);
 }
 
 // ASCII by hand: names in the scanners' files are ASCII, and towlower would follow the host's locale.
 wchar_t lower(wchar_t character) {
-    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A')) : character;
+    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A'))
+                                                  : character;
 }
 
 }  // namespace
@@ -23,18 +23,17 @@ String::String(const wchar_t* text) : text_(text == nullptr ? L"" : text) {}
 String::String(std::wstring_view text) : text_(text) {}
 
 int String::compareTo(const wchar_t* other) const {
-    const int order = text_.compare(other == nullptr ? L"" : other);
-    return sign(order < 0, order == 0);
+    return sign(text_.compare(other == nullptr ? L"" : other));
 }
 
 int String::compareTo(const String& other, int ignoreCase) const {
-    if (ignoreCase == 0) return compareTo(other.text());
-    const auto lessThan = [](wchar_t a, wchar_t b) { return lower(a) < lower(b); };
-    const auto& a = text_;
-    const auto& b = other.text_;
-    const bool less = std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), lessThan);
-    const bool greater = std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end(), lessThan);
-    return sign(less, !less && !greater);
+    if (ignoreCase == 0) return sign(text_.compare(other.text_));
+    const auto [a, b] =
+        std::mismatch(text_.begin(), text_.end(), other.text_.begin(), other.text_.end(),
+                      [](wchar_t mine, wchar_t theirs) { return lower(mine) == lower(theirs); });
+    if (a == text_.end()) return b == other.text_.end() ? 0 : -1;
+    if (b == other.text_.end()) return 1;
+    return lower(*a) < lower(*b) ? -1 : 1;
 }
 
 }  // namespace kest

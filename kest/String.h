@@ -18,8 +18,8 @@ class String {
     std::size_t length() const { return text_.size(); }
     std::wstring_view view() const { return text_; }
 
-    // 0 when both are the same text, else negative or positive as this one sorts before or behind the other. A null
-    // `other` is an empty text. With `ignoreCase` not 0, "GUID" and "guid" are the same.
+    // 0 when both are the same text, else negative or positive as this one sorts before or behind the other.
+    // A null `other` is an empty text. With `ignoreCase` not 0, "GUID" and "guid" are the same.
     int compareTo(const wchar_t* other) const;
     int compareTo(const String& other, int ignoreCase) const;
 

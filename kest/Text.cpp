@@ -13,9 +13,8 @@ std::string narrow(std::wstring_view wide) {
 
 std::wstring widen(std::string_view bytes) {
     std::wstring wide(bytes.size(), L'\0');
-    std::transform(bytes.begin(), bytes.end(), wide.begin(), [](char byte) {
-        return static_cast<wchar_t>(static_cast<signed char>(byte));
-    });
+    std::transform(bytes.begin(), bytes.end(), wide.begin(),
+                   [](char byte) { return static_cast<wchar_t>(static_cast<signed char>(byte)); });
     return wide;
 }
 

@@ -1,5 +1,5 @@
-// The two conversions between wide and narrow text. They copy character by character and follow no locale: paths and
-// option texts are 7-bit by agreement, and what is not comes back as it went.
+// The two conversions between wide and narrow text. They copy character by character and follow no locale:
+// paths and option texts are 7-bit by agreement, and what is not comes back as it went.
 #pragma once
 
 #include <string>
