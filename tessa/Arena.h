@@ -43,7 +43,8 @@ class Arena {
         return piece;
     }
 
-    // The rest of the current block, for a piece whose size is not known yet: fill it, then take() what was used.
+    // The rest of the current block, for a piece whose size is not known yet: fill it, then take() what was
+    // used.
     std::byte* open() const { return next_; }
     std::size_t room() const { return static_cast<std::size_t>(end_ - next_); }
     void take(std::size_t bytes) { next_ += (bytes + kAlignment - 1) & ~(kAlignment - 1); }

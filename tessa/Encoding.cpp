@@ -36,7 +36,8 @@ class Converter {
         std::size_t outLeft = sizeof output;
         iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         const std::size_t result = iconv(handle_, &in, &inLeft, &out, &outLeft);
-        if (result == static_cast<std::size_t>(-1) || inLeft != 0 || outLeft != sizeof output - 4) return kMalformed;
+        if (result == static_cast<std::size_t>(-1) || inLeft != 0 || outLeft != sizeof output - 4)
+            return kMalformed;
         return output[0] | output[1] << 8 | output[2] << 16 | output[3] << 24;
     }
 
@@ -44,8 +45,8 @@ class Converter {
     iconv_t handle_;
 };
 
-// How a byte that is no character by itself begins one: minus the length of the characters that it leads, as Expat wants
-// it, or kMalformed.
+// How a byte that is no character by itself begins one: minus the length of the characters that it leads, as
+// Expat wants it, or kMalformed.
 int sequenceOf(const Converter& converter, char lead) {
     for (int second = 0x21; second <= 0xFF; ++second) {
         const char two[] = {lead, static_cast<char>(second)};
@@ -70,7 +71,9 @@ int XMLCALL convertSequence(void* data, const char* bytes) {
     return encoding->converter.convert(bytes, encoding->lengths[static_cast<unsigned char>(*bytes)]);
 }
 
-void XMLCALL release(void* data) { delete static_cast<SystemEncoding*>(data); }
+void XMLCALL release(void* data) {
+    delete static_cast<SystemEncoding*>(data);
+}
 
 }  // namespace
 

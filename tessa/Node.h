@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
+#include <iterator>
 #include <memory>
 
 #include "kest/String.h"
@@ -15,6 +17,12 @@ class NodeList {
   public:
     class Iterator {
       public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = Node*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = Node* const*;
+        using reference = Node*;
+
         explicit Iterator(Node* node) : node_(node) {}
         Node* operator*() const { return node_; }
         Iterator& operator++();
@@ -34,8 +42,8 @@ class NodeList {
     Node* first_ = nullptr;
 };
 
-// One element or one text of a document. All nodes live in the document's own memory, which belongs to the root: delete
-// the root and nothing else.
+// One element or one text of a document. All nodes live in the document's own memory, which belongs to the
+// root: delete the root and nothing else.
 class Node {
   public:
     static constexpr int kElement = 0;
@@ -62,12 +70,12 @@ class Node {
     // An element's attributes; empty for a text node.
     virtual const StringMap* attributes() const = 0;
 
-    // The texts and names of the whole document, which live as long as what is returned, even when the tree is gone; from
-    // the root only, null from any other node.
+    // The texts and names of the whole document, which live as long as what is returned, even when the tree
+    // is gone; from the root only, null from any other node.
     virtual std::shared_ptr<const void> shareTexts() const = 0;
 
-    // Writes the node with all below it as XML, escaped, in UTF-8. kIndented puts each child on a line of its own, two
-    // blanks a level, where an element holds only elements.
+    // Writes the node with all below it as XML, escaped, in UTF-8. kIndented puts each child on a line of its
+    // own, two blanks a level, where an element holds only elements.
     virtual void write(std::ostream& out, int mode) const;
 
     Node* nextSibling() const { return next_; }

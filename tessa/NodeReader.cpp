@@ -21,7 +21,8 @@ namespace {
 
 constexpr int kBlockSize = 64 << 10;
 
-// Expat looks at an unfinished token anew with every block, so an endless comment or attribute would cost quadratic time.
+// Expat looks at an unfinished token anew with every block, so an endless comment or attribute would cost
+// quadratic time.
 constexpr XML_Index kLongestToken = XML_Index{4} << 20;
 
 // Something is wrong with the document or its file; what and where.
@@ -94,9 +95,8 @@ class Document {
     }
 
     static void XMLCALL onText(void* self, const XML_Char* text, int length) {
-        guarded(self, [=](Document& document) {
-            document.builder_.text(text, static_cast<std::size_t>(length));
-        });
+        guarded(self,
+                [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
     }
 
     static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,

@@ -9,29 +9,29 @@ namespace tessa {
 
 // Reads XML files into node trees.
 //
-// Comments and processing instructions are dropped and CDATA is text; adjacent pieces of text make one text node. Text of
-// nothing but white space is dropped when its parent holds an element, and when it holds a line break and is all that its
-// parent holds. A document type declaration is a warning and nothing external is ever loaded.
-//     struct Sink : tessa::NodeSink { std::unique_ptr<tessa::Node> root; int onNodeTree(tessa::Node* n) override {...} };
-//     NodeReader reader(sink);
-//     reader.process(kest::String(L"out.xml"), 0);
-//     if (reader.status == 0) ... sink.root ...
+// Comments and processing instructions are dropped and CDATA is text; adjacent pieces of text make one text
+// node. Text of nothing but white space is dropped when its parent holds an element, and when it holds a line
+// break and is all that its parent holds. A document type declaration is a warning and nothing external is
+// ever loaded.
+//     struct Sink : tessa::NodeSink { std::unique_ptr<tessa::Node> root; int onNodeTree(tessa::Node* n)
+//     override {...} }; NodeReader reader(sink); reader.process(kest::String(L"out.xml"), 0); if
+//     (reader.status == 0) ... sink.root ...
 class NodeReader {
   public:
     explicit NodeReader(NodeSink& sink) : sink_(sink) {}
 
-    // Reads the file at `path` and tells the sink of the tree, or of what is wrong. Returns `status`. The second argument
-    // is reserved and must be 0. Throws std::bad_alloc when memory runs out.
+    // Reads the file at `path` and tells the sink of the tree, or of what is wrong. Returns `status`. The
+    // second argument is reserved and must be 0. Throws std::bad_alloc when memory runs out.
     int process(const kest::String& path, int reserved);
 
     // 0 after a file that was read without error, 1 after one that was not.
     int status = 0;
 
     // Settings, to be changed before process().
-    int blockSize = 0;             // bytes read at a time; 0 for the reader's own choice
-    bool keepWhitespace = false;   // keep text of nothing but white space everywhere
-    bool refuseDoctype = false;    // a document type declaration is a critical error
-    bool expandNamespaces = false; // names become "namespace|name"
+    int blockSize = 0;              // bytes read at a time; 0 for the reader's own choice
+    bool keepWhitespace = false;    // keep text of nothing but white space everywhere
+    bool refuseDoctype = false;     // a document type declaration is a critical error
+    bool expandNamespaces = false;  // names become "namespace|name"
 
   private:
     NodeSink& sink_;

@@ -92,14 +92,29 @@ class Writer {
     void escape(const wchar_t* text, bool inAttribute) {
         for (; *text != L'\0'; ++text) {
             switch (*text) {
-                case L'&': out_ << "&amp;"; break;
-                case L'<': out_ << "&lt;"; break;
-                case L'>': out_ << "&gt;"; break;
-                case L'\r': out_ << "&#13;"; break;
-                case L'"': out_ << (inAttribute ? "&quot;" : "\""); break;
-                case L'\n': out_ << (inAttribute ? "&#10;" : "\n"); break;
-                case L'\t': out_ << (inAttribute ? "&#9;" : "\t"); break;
-                default: put(*text);
+                case L'&':
+                    out_ << "&amp;";
+                    break;
+                case L'<':
+                    out_ << "&lt;";
+                    break;
+                case L'>':
+                    out_ << "&gt;";
+                    break;
+                case L'\r':
+                    out_ << "&#13;";
+                    break;
+                case L'"':
+                    out_ << (inAttribute ? "&quot;" : "\"");
+                    break;
+                case L'\n':
+                    out_ << (inAttribute ? "&#10;" : "\n");
+                    break;
+                case L'\t':
+                    out_ << (inAttribute ? "&#9;" : "\t");
+                    break;
+                default:
+                    put(*text);
             }
         }
     }
@@ -116,6 +131,8 @@ class Writer {
 
 }  // namespace
 
-void Node::write(std::ostream& out, int mode) const { Writer(out, mode == kIndented).write(*this); }
+void Node::write(std::ostream& out, int mode) const {
+    Writer(out, mode == kIndented).write(*this);
+}
 
 }  // namespace tessa

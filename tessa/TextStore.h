@@ -10,8 +10,8 @@
 
 namespace tessa {
 
-// The texts of a document, wide and NUL-terminated, and its names, each held once. It may outlive the tree, so that
-// whoever reads the tree can keep texts without copying them.
+// The texts of a document, wide and NUL-terminated, and its names, each held once. It may outlive the tree,
+// so that whoever reads the tree can keep texts without copying them.
 class TextStore {
   public:
     TextStore() : arena_(budget_) {}

@@ -61,7 +61,8 @@ void TreeBuilder::addChild(Node* node) {
     parent.lastChild = node;
 }
 
-// A text of white space alone is layout, not content, where elements stand beside it or where it breaks the line.
+// A text of white space alone is layout, not content, where elements stand beside it or where it breaks the
+// line.
 void TreeBuilder::finishText(bool elementFollows) {
     TextStore& texts = *memory().texts;
     if (!texts.isOpen()) return;

@@ -7,7 +7,8 @@
 
 namespace tessa {
 
-// Makes a tree of what a parser meets, in document order. Every operation may throw std::bad_alloc or DocumentTooLarge.
+// Makes a tree of what a parser meets, in document order. Every operation may throw std::bad_alloc or
+// DocumentTooLarge.
 class TreeBuilder {
   public:
     explicit TreeBuilder(bool keepWhitespace) : keepWhitespace_(keepWhitespace) {}

@@ -15,10 +15,16 @@ int ElementNode::getChildren(const NodeList** children) const {
     return 0;
 }
 
-const kest::String& TextNode::name() const { return kNoName; }
+const kest::String& TextNode::name() const {
+    return kNoName;
+}
 
-int TextNode::getChildren(const NodeList** /*children*/) const { return -1; }
+int TextNode::getChildren(const NodeList** /*children*/) const {
+    return -1;
+}
 
-const StringMap* TextNode::attributes() const { return &kNoAttributes; }
+const StringMap* TextNode::attributes() const {
+    return &kNoAttributes;
+}
 
 }  // namespace tessa

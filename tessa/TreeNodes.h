@@ -1,4 +1,5 @@
-// The nodes that a document's tree is made of. All but the root lie in the root's arena and are never destroyed.
+// The nodes that a document's tree is made of. All but the root lie in the root's arena and are never
+// destroyed.
 #pragma once
 
 #include <memory>
@@ -11,7 +12,8 @@ namespace tessa {
 
 class ElementNode : public Node {
   public:
-    ElementNode(const kest::String* name, const StringMap* attributes) : name_(name), attributes_(attributes) {}
+    ElementNode(const kest::String* name, const StringMap* attributes)
+        : name_(name), attributes_(attributes) {}
 
     int type() const override { return kElement; }
     const wchar_t* text() const override { return name_->text(); }

@@ -14,7 +14,8 @@ using Bytes = std::uint8_t __attribute__((vector_size(kBlock)));
 using Words = std::uint64_t __attribute__((vector_size(kBlock)));
 using Wides = std::uint32_t __attribute__((vector_size(kBlock * sizeof(wchar_t))));
 
-// Most text is ASCII: sixteen characters in a few instructions. False, with nothing written, when one of them is not.
+// Most text is ASCII: sixteen characters in a few instructions. False, with nothing written, when one of them
+// is not.
 bool widenAscii(const char* utf8, wchar_t* out) {
     Bytes bytes;
     std::memcpy(&bytes, utf8, kBlock);
@@ -26,7 +27,9 @@ bool widenAscii(const char* utf8, wchar_t* out) {
     return true;
 }
 
-std::uint32_t continuation(const char*& next) { return static_cast<unsigned char>(*next++) & 0x3FU; }
+std::uint32_t continuation(const char*& next) {
+    return static_cast<unsigned char>(*next++) & 0x3FU;
+}
 
 wchar_t codePoint(const char*& next) {
     const auto lead = static_cast<unsigned char>(*next++);

@@ -1,0 +1,15 @@
+#include "core/File.h"
+
+#include <cerrno>
+#include <new>
+
+namespace zav {
+
+File openFile(const char* path, const char* mode) {
+    errno = 0;
+    File file(std::fopen(path, mode));
+    if (file == nullptr && errno == ENOMEM) throw std::bad_alloc();
+    return file;
+}
+
+}  // namespace zav

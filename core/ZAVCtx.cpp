@@ -1,0 +1,73 @@
+#include "core/ZAVCtx.h"
+
+#include <cstring>
+#include <new>
+
+#include "core/Guard.h"
+#include "core/ZAVlocation.h"
+
+namespace {
+
+constexpr const char* kVersion = "11/03/03zav_2.7.0.0006";
+constexpr int kLibraryComponent = 1;
+
+int initialise(const char* exploiterName, ZAVlogCallback callback, void* userData, const wchar_t* tempDir,
+               const wchar_t* zavDir, ZAVCtx** handleOut) {
+    std::unique_ptr<ZAVCtx> handle(new (std::nothrow) ZAVCtx);
+    if (handle == nullptr) return ZAV_ERROR_MEMORY;
+    handle->exploiterName.reset(strdup(exploiterName));
+    if (handle->exploiterName == nullptr) return ZAV_ERROR_MEMORY;
+    handle->log.reset(new (std::nothrow) zav::ZAVlog(kLibraryComponent, callback, userData));
+    if (handle->log == nullptr) return ZAV_ERROR_LOGGER;
+    zav::ZAVlog* const log = handle->log.get();
+
+    // "init OK" stands first in every host's log, whatever the steps below find.
+    log->traceMAX("ZAV_init", "init OK, Exploiter: [%s] Version: [%s] ZAV DIR[%S]",
+                  handle->exploiterName.get(), kVersion, zavDir != nullptr ? zavDir : L"(null)");
+
+    handle->tempDir = std::make_unique<zav::TemporaryDir>(log, tempDir);
+    const int code = handle->tempDir->init(L"zav_");
+    zav::ZAVlocation location(log, exploiterName, zavDir);
+    handle->homeDir = location.getLocation();
+    if (location.isRegistered() == 0) log->traceMIN("ZAV_init", "Exploiter not correctly registered");
+    if (handle->homeDir.empty()) {
+        log->traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
+    }
+    if (code == ZAV_SUCCESS) *handleOut = handle.release();
+    return code;
+}
+
+// The workspace's files and directory go; a workspace that never was leaves its code.
+int releaseWorkspace(ZAVCtx& handle) {
+    if (handle.tempDir == nullptr) return ZAV_SUCCESS;
+    const int code = zav::guarded([&handle] { return handle.tempDir->deleteFiles(true); });
+    handle.tempDir.reset();
+    return code;
+}
+
+}  // namespace
+
+int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData, const wchar_t* tempDir,
+             const wchar_t* zavDir, ZAVCtx** handle) {
+    if (exploiterName == nullptr) return ZAV_ERROR_EXPLOITER;
+    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded(
+        [&] { return initialise(exploiterName, callback, userData, tempDir, zavDir, handle); });
+}
+
+int ZAV_free(ZAVCtx* handle) {
+    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
+    const int logged = zav::guarded([handle] {
+        handle->log->traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
+        return ZAV_SUCCESS;
+    });
+    int code = ZAV_ERROR_EXPLOITER;
+    if (handle->exploiterName != nullptr) {
+        handle->exploiterName.reset();
+        code = releaseWorkspace(*handle);
+    }
+    handle->log.reset();
+    if (code != ZAV_SUCCESS && code != ZAV_ERROR_MEMORY) return code;
+    delete handle;
+    return code != ZAV_SUCCESS ? code : logged;
+}

@@ -1,0 +1,114 @@
+#include "core/ZAVlog.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "core/File.h"
+#include "kest/Mutex.h"
+
+namespace zav {
+
+namespace {
+
+constexpr std::size_t kSpare = 5;
+
+class Locked {
+  public:
+    Locked() { ZAVlog::mutex(1); }
+    ~Locked() { ZAVlog::mutex(0); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+};
+
+// Ends the use of variable arguments also when a callback throws.
+class Ended {
+  public:
+    explicit Ended(va_list& arguments) : arguments_(arguments) {}
+    ~Ended() { va_end(arguments_); }
+    Ended(const Ended&) = delete;
+    Ended& operator=(const Ended&) = delete;
+
+  private:
+    va_list& arguments_;
+};
+
+struct Free {
+    void operator()(void* block) const { std::free(block); }
+};
+
+// The length of the formatted text, found by formatting it into the null device; negative when that fails. It
+// consumes the arguments.
+int measure(const char* format, va_list arguments) {
+    const File nullDevice(std::fopen("/dev/null", "we"));
+    return nullDevice == nullptr ? -1 : std::vfprintf(nullDevice.get(), format, arguments);
+}
+
+}  // namespace
+
+ZAVlog::ZAVlog(int componentId, ZAVlogCallback callback, void* userData)
+    : callback_(callback), userData_(userData), componentId_(componentId) {}
+
+ZAVlog::ZAVlog(int componentId) {
+    const ZAVlog separate(componentId, nullptr, nullptr);
+}
+
+ZAVlog::ZAVlog() {
+    const ZAVlog separate(0, nullptr, nullptr);
+}
+
+void ZAVlog::traceMIN(const char* function, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const Ended ended(arguments);
+    deliver(0, function, format, arguments);
+}
+
+void ZAVlog::traceMID(const char* function, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const Ended ended(arguments);
+    deliver(1, function, format, arguments);
+}
+
+void ZAVlog::traceMAX(const char* function, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const Ended ended(arguments);
+    deliver(2, function, format, arguments);
+}
+
+void ZAVlog::trace(int level, const char* function, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const Ended ended(arguments);
+    deliver(level, function, format, arguments);
+}
+
+void ZAVlog::deliver(int level, const char* function, const char* format, va_list arguments) {
+    const Locked locked;
+    vsprintf(level, function, format, arguments);
+}
+
+// The text is measured in the null device and then formatted into a buffer of its size. It is delivered only
+// when both passes agree, so the host never sees half a message.
+void ZAVlog::vsprintf(int level, const char* function, const char* format, va_list arguments) {
+    if (format == nullptr || callback_ == nullptr) return;
+    va_list measured;
+    va_copy(measured, arguments);
+    const int length = measure(format, measured);
+    va_end(measured);
+    if (length < 1) return;
+    const auto size = static_cast<std::size_t>(length) + kSpare;
+    const std::unique_ptr<char, Free> message(static_cast<char*>(std::malloc(size)));
+    if (message == nullptr) return;
+    if (std::vsnprintf(message.get(), size, format, arguments) != length) return;
+    callback_(level, componentId_, userData_, function, message.get());
+}
+
+int ZAVlog::mutex(int operation) {
+    static kest::Mutex shared;
+    return operation == 1 ? shared.lock() : shared.unlock();
+}
+
+}  // namespace zav

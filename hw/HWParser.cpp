@@ -1,0 +1,132 @@
+#include "hw/HWParser.h"
+
+#include <cstdlib>
+#include <iterator>
+#include <new>
+
+namespace zav {
+
+namespace {
+
+using tessa::Node;
+using tessa::NodeList;
+
+constexpr const char* kFunction = "ZAV_hw_run";
+
+// The children of a node; null when it has none, cannot have any, or is null itself.
+const NodeList* childrenOf(const Node* node) {
+    const NodeList* children = nullptr;
+    if (node == nullptr || node->getChildren(&children) != 0 || children == nullptr || children->empty())
+        return nullptr;
+    return children;
+}
+
+bool isElement(const Node* node) {
+    return node->type() == Node::kElement;
+}
+
+// The value of a field that is one piece of text, which nearly all are: it is taken as it stands in the
+// document. Null for any other field.
+const wchar_t* soleText(const Node* field) {
+    const NodeList* const children = childrenOf(field);
+    if (children == nullptr) return L"";
+    const Node* const only = children->front();
+    return only->type() == Node::kText && only->nextSibling() == nullptr ? only->text() : nullptr;
+}
+
+int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
+    const wchar_t* value = soleText(field);
+    if (value == nullptr) {
+        std::wstring joined;
+        const int code = HW_parseHWField(context, field, joined);
+        if (code != ZAV_SUCCESS) return code;
+        value = context->texts.joined.emplace_back(std::move(joined)).c_str();
+    }
+    instance->push_back({field->text(), value});
+    return ZAV_SUCCESS;
+}
+
+// The array that the host is handed; null for an instance without fields.
+std::unique_ptr<const wchar_t*, FreeBlock> fieldNamesOf(const HWInstance& instance) {
+    if (instance.empty()) return nullptr;
+    std::unique_ptr<const wchar_t*, FreeBlock> names(
+        static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*))));
+    if (names == nullptr) throw std::bad_alloc();
+    const wchar_t** name = names.get();
+    for (const HWField& field : instance) *name++ = field.name;
+    return names;
+}
+
+void store(ZAVHwCtx* context, int id, HWInstance&& instance) {
+    auto names = fieldNamesOf(instance);
+    context->groups[id].push_back(std::move(instance));
+    context->fieldNames[id].push_back(names.get());
+    static_cast<void>(names.release());
+}
+
+int parseInstance(ZAVHwCtx* context, const Node* element) {
+    if (!isElement(element)) return ZAV_ERROR_HW_OUTPUT;
+    const int id = HW_getGroupId(element->text());
+    if (id < kFirstGroup) {
+        if (context->log != nullptr) {
+            context->log->traceMIN(kFunction, "Error: No such group [%S]", element->text());
+        }
+        return ZAV_ERROR_HW_OUTPUT;
+    }
+    HWInstance instance;
+    const int code = HW_parseHWGroup(context, &instance, element);
+    if (code == ZAV_SUCCESS) store(context, id, std::move(instance));
+    return code;
+}
+
+}  // namespace
+
+int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
+    const NodeList* children = nullptr;
+    if (root == nullptr || root->getChildren(&children) != 0 || children == nullptr) {
+        if (context->log != nullptr) {
+            context->log->traceMIN(kFunction, "Error during a parse, no root data");
+        }
+        return ZAV_ERROR_HW_OUTPUT;
+    }
+    context->texts.document = root->shareTexts();
+    int instances = 0;
+    for (const Node* const child : *children) {
+        const int code = parseInstance(context, child);
+        if (code != ZAV_SUCCESS) return code;
+        ++instances;
+    }
+    if (context->log != nullptr) {
+        context->log->traceMAX(kFunction, "Parse finish. %d groups successfully retrieved", instances);
+    }
+    return ZAV_SUCCESS;
+}
+
+int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element) {
+    const NodeList* const children = childrenOf(element);
+    if (children == nullptr) return ZAV_SUCCESS;
+    instance->reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
+    for (const Node* const child : *children) {
+        const int code = isElement(child) ? parseField(context, instance, child) : ZAV_ERROR_HW_OUTPUT;
+        if (code != ZAV_SUCCESS) return code;
+    }
+    return ZAV_SUCCESS;
+}
+
+int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
+    const NodeList* const children = childrenOf(field);
+    if (children == nullptr) return ZAV_SUCCESS;
+    for (const Node* const child : *children) {
+        if (child->type() != Node::kText) {
+            if (context->log != nullptr) {
+                context->log->traceMIN("parseHWField()", "Error: unrecognized format of value in field [%S]",
+                                       field->text());
+            }
+            return ZAV_ERROR_HW_OUTPUT;
+        }
+        value += child->text();
+    }
+    return ZAV_SUCCESS;
+}
+
+}  // namespace zav

@@ -1,0 +1,163 @@
+// The getters over the last scan's results. Each is the list of its checks in order; the orders and the
+// levels of the messages differ from getter to getter, and hosts rely on them.
+#include <cwchar>
+
+#include "core/Guard.h"
+#include "hw/ZAVHwCtx.h"
+
+namespace zav {
+
+namespace {
+
+bool isEnabled(const ZAVHwCtx* context, int groupId) {
+    return context->groupEnabled.at(static_cast<std::size_t>(groupId)) == 1;
+}
+
+// The entry of an instance in one of the context's two tables; null when there is no such instance.
+template <class Table>
+auto findInstance(const Table& table, int groupId, int instance) -> decltype(table.begin()->second.data()) {
+    const auto group = table.find(groupId);
+    if (group == table.end() || instance < 0) return nullptr;
+    const auto index = static_cast<std::size_t>(instance);
+    return index < group->second.size() ? &group->second[index] : nullptr;
+}
+
+int getGroupName(ZAVHwCtx* context, int groupId, const wchar_t** name) {
+    if (!isGroupId(groupId)) return ZAV_ERROR_HW_GROUP;
+    if (context->log != nullptr) {
+        context->log->traceMAX("ZAV_hw_get_group_name", "Retrieving group id [%d]", groupId);
+    }
+    const HWGroup* const group = findGroup(groupId);
+    if (group == nullptr) return ZAV_ERROR_HW_GROUP;
+    if (name == nullptr) return ZAV_ERROR_HW_POINTER;
+    *name = group->xmlName;
+    return ZAV_SUCCESS;
+}
+
+int getGroupInstances(ZAVHwCtx* context, int groupId, int* count) {
+    constexpr const char* kFunction = "ZAV_hw_get_group_instances";
+    ZAVlog* const log = context->log.get();
+    if (count == nullptr) return ZAV_ERROR_HW_POINTER;
+    if (context->returnCode != 0) return ZAV_ERROR_HW_NO_SCAN;
+    if (log != nullptr) log->traceMAX(kFunction, "Retrieving data for group [%d]", groupId);
+    if (!isGroupId(groupId)) {
+        if (log != nullptr) log->traceMAX(kFunction, "Wrong group id [%d]", groupId);
+        return ZAV_ERROR_HW_GROUP;
+    }
+    if (!isEnabled(context, groupId)) {
+        if (log != nullptr) log->traceMIN(kFunction, "Wrong group id [%d] - group not enabled", groupId);
+        return ZAV_ERROR_HW_GROUP_DISABLED;
+    }
+    const int size = static_cast<int>(context->groups[groupId].size());
+    if (log != nullptr) log->traceMAX(kFunction, "Size of group [%d] = [%d]", groupId, size);
+    *count = size;
+    return ZAV_SUCCESS;
+}
+
+int getFields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names, int* count) {
+    constexpr const char* kFunction = "ZAV_hw_get_fields";
+    ZAVlog* const log = context->log.get();
+    if (log != nullptr) {
+        log->traceMAX(kFunction, "Retrieving fields  from group [%d] instance [%d]", groupId, instance);
+    }
+    if (names == nullptr || count == nullptr) return ZAV_ERROR_HW_POINTER;
+    if (context->returnCode != 0) {
+        if (log != nullptr) {
+            log->traceMIN(kFunction, "Wrong returncode of previous scan [%d]", context->returnCode);
+        }
+        return ZAV_ERROR_HW_NO_SCAN;
+    }
+    if (!isGroupId(groupId)) {
+        if (log != nullptr) log->traceMIN(kFunction, "Wrong group [%d]", groupId);
+        return ZAV_ERROR_HW_GROUP;
+    }
+    if (!isEnabled(context, groupId)) {
+        if (log != nullptr) log->traceMIN(kFunction, "Wrong group [%d] - group not enabled", groupId);
+        return ZAV_ERROR_HW_GROUP_DISABLED;
+    }
+    const auto* const array = findInstance(context->fieldNames, groupId, instance);
+    const HWInstance* const fields = findInstance(context->groups, groupId, instance);
+    if (array == nullptr || fields == nullptr) {
+        if (log != nullptr) log->traceMIN(kFunction, "Wrong instance [%d]", instance);
+        return ZAV_ERROR_HW_INSTANCE;
+    }
+    const int size = static_cast<int>(fields->size());
+    if (log != nullptr) log->traceMAX(kFunction, "Retrieved %d fields", size);
+    *names = *array;
+    *count = size;
+    return ZAV_SUCCESS;
+}
+
+const HWField* findField(const HWInstance& instance, const wchar_t* name) {
+    for (const HWField& field : instance) {
+        if (std::wcscmp(field.name, name) == 0) return &field;
+    }
+    return nullptr;
+}
+
+int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field, const wchar_t** value) {
+    constexpr const char* kFunction = "ZAV_hw_get_value";
+    ZAVlog* const log = context->log.get();
+    if (value == nullptr || field == nullptr) return ZAV_ERROR_HW_POINTER;
+    if (log != nullptr) {
+        log->traceMAX(kFunction, "Retrieving field [%S] from group [%d] instance [%d]", field, groupId,
+                      instance);
+    }
+    if (context->returnCode != 0) return ZAV_ERROR_HW_NO_SCAN;
+    if (!isGroupId(groupId)) {
+        if (log != nullptr) log->traceMAX(kFunction, "No such group [%d]", groupId);
+        return ZAV_ERROR_HW_GROUP;
+    }
+    if (!isEnabled(context, groupId)) {
+        if (log != nullptr) log->traceMAX(kFunction, "Wrong group [%d] - group not enabled", groupId);
+        return ZAV_ERROR_HW_GROUP_DISABLED;
+    }
+    const HWInstance* const fields = findInstance(context->groups, groupId, instance);
+    if (fields == nullptr) {
+        if (log != nullptr) {
+            log->traceMAX(kFunction, "Wrong instance [%d] for group [%d]", instance, groupId);
+        }
+        return ZAV_ERROR_HW_INSTANCE;
+    }
+    const HWField* const found = findField(*fields, field);
+    if (found == nullptr) {
+        if (log != nullptr) log->traceMID(kFunction, "Field not found [%S]", field);
+        return ZAV_ERROR_HW_FIELD;
+    }
+    if (log != nullptr) {
+        log->traceMAX(kFunction, "Filed [%S] found with value [%S]", found->name, found->value);
+    }
+    *value = found->value;
+    return ZAV_SUCCESS;
+}
+
+}  // namespace
+}  // namespace zav
+
+int ZAV_hw_get_returncode(ZAVHwCtx* context, int* returnCode) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (returnCode == nullptr) return ZAV_ERROR_HW_POINTER;
+    *returnCode = context->returnCode;
+    return ZAV_SUCCESS;
+}
+
+int ZAV_hw_get_group_name(ZAVHwCtx* context, int groupId, const wchar_t** name) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getGroupName(context, groupId, name); });
+}
+
+int ZAV_hw_get_group_instances(ZAVHwCtx* context, int groupId, int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getGroupInstances(context, groupId, count); });
+}
+
+int ZAV_hw_get_fields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names, int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getFields(context, groupId, instance, names, count); });
+}
+
+int ZAV_hw_get_value(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field,
+                     const wchar_t** value) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getValue(context, groupId, instance, field, value); });
+}

@@ -1,0 +1,67 @@
+// ZAV_hw_run: one hardware scan.
+#include "core/Guard.h"
+#include "hw/HWConfigFile.h"
+#include "hw/HWParser.h"
+#include "hw/ZAVHwCtx.h"
+#include "intake/ScannerProcess.h"
+#include "intake/XMLParser.h"
+
+namespace zav {
+
+namespace {
+
+constexpr const char* kFunction = "ZAV_hw_run";
+
+// A name for a file that goes to or comes from the scanner; empty when the workspace has none to give, so
+// that opening the file is what fails.
+std::wstring newFile(ZAVHwCtx* context, const wchar_t* prefix) {
+    std::wstring path;
+    context->tmpDir->getTmpFile(path, prefix, L".xml");
+    return path;
+}
+
+std::wstring commandLine(const ZAVHwCtx* context, const std::wstring& config, const std::wstring& output) {
+    return context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvah -c \"" + config +
+           L"\" -o \"" + output + L"\"";
+}
+
+int runScanner(ZAVHwCtx* context, const std::wstring& command) {
+    ZAVlog* const log = context->log.get();
+    if (log != nullptr) log->traceMAX(kFunction, "Executing ZAV [%S]", command.c_str());
+    ScannerProcess scanner(log, kFunction, command, context->installDir);
+    if (!scanner.started()) return ZAV_ERROR_HW_SCANNER;
+    context->returnCode = scanner.drain();
+    return scanner.check() == 0 ? ZAV_SUCCESS : ZAV_ERROR_HW_SCANNER;
+}
+
+int readOutput(ZAVHwCtx* context, const std::wstring& output) {
+    ZAVlog* const log = context->log.get();
+    if (log != nullptr) log->traceMAX(kFunction, "Parsing XML file");
+    const XMLParser parser(log, output.c_str());
+    if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
+    return HW_parseHWData(context, parser.getRootNode());
+}
+
+int scan(ZAVHwCtx* context) {
+    ZAVlog* const log = context->log.get();
+    const std::wstring config = newFile(context, L"config");
+    context->discardResults();
+    if (log != nullptr) log->traceMAX(kFunction, "Generating config file: [%S]", config.c_str());
+    const int written = HW_generateHWConfigFile(context, config.c_str());
+    if (written != ZAV_SUCCESS) {
+        if (log != nullptr) log->traceMIN(kFunction, "Config file creation error");
+        return written;
+    }
+    const std::wstring output = newFile(context, L"out_");
+    const int ran = runScanner(context, commandLine(context, config, output));
+    if (ran != ZAV_SUCCESS) return ran;
+    return readOutput(context, output);
+}
+
+}  // namespace
+}  // namespace zav
+
+int ZAV_hw_run(ZAVHwCtx* context) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([context] { return zav::scan(context); });
+}

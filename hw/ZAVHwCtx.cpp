@@ -1,0 +1,88 @@
+#include "hw/ZAVHwCtx.h"
+
+#include <new>
+
+#include "core/Guard.h"
+
+namespace zav {
+
+void HW_cleanFields(HWFieldNames& fieldNames) {
+    for (int id = 0; id < kGroupSlots; ++id) {
+        for (const wchar_t** const names : fieldNames[id]) std::free(names);
+        fieldNames[id].clear();
+    }
+}
+
+namespace {
+
+constexpr int kHardwareComponent = 3;
+constexpr const char* kInit = "ZAV_hw_init";
+
+int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** contextOut) {
+    auto context = std::make_unique<ZAVHwCtx>();
+    context->library = library;
+    context->installDir = library->homeDir;
+    context->log = std::make_unique<ZAVlog>(kHardwareComponent, callback, userData);
+    ZAVlog* const log = context->log.get();
+    context->tmpDir = std::make_unique<TemporaryDir>(log, library->tempDir->getBasePath());
+    context->discardResults();
+    if (context->tmpDir->init(L"quorvah") != 0) {
+        log->traceMAX(kInit, "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
+    }
+    if (context->tmpDir->getTmpFile(context->scratchFile, L"hw_", L".xml") != 0) {
+        log->traceMAX(kInit, "Error in TMP file creation: %S", context->scratchFile.c_str());
+    }
+    *contextOut = context.release();
+    return ZAV_SUCCESS;
+}
+
+int setOption(ZAVHwCtx* context, int option, unsigned char value) {
+    const char* const text = value == 1 ? "true" : "false";
+    if (option == 0) {
+        context->log->traceMAX("ZAV_hw_setopt", "Setting all opts: [%s]", text);
+        context->groupEnabled.fill(value);
+    } else {
+        context->log->traceMAX("ZAV_hw_setopt", "Setting opt: [%d=%s]", option, text);
+        context->groupEnabled.at(static_cast<std::size_t>(option)) = value;
+    }
+    context->returnCode = -1;
+    return ZAV_SUCCESS;
+}
+
+}  // namespace
+}  // namespace zav
+
+void ZAVHwCtx::discardResults() {
+    returnCode = -1;
+    groups.clear();
+    zav::HW_cleanFields(fieldNames);
+    texts = {};
+    for (int id = 0; id < zav::kGroupSlots; ++id) groups[id].clear();
+}
+
+int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** context) {
+    if (library == nullptr) return ZAV_ERROR_CONTEXT;
+    if (context == nullptr) return ZAV_ERROR_HW_POINTER;
+    const int code = zav::guarded([&] { return zav::initialise(library, callback, userData, context); });
+    if (code != ZAV_SUCCESS) *context = nullptr;
+    return code;
+}
+
+int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (value > 1) return ZAV_ERROR_OPTION;
+    if (option != 0 && !zav::isGroupId(option)) return ZAV_ERROR_HW_GROUP;
+    return zav::guarded([&] { return zav::setOption(context, option, value); });
+}
+
+int ZAV_hw_free(ZAVHwCtx* context) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    const std::unique_ptr<ZAVHwCtx> owner(context);
+    zav::quietly([context] { context->tmpDir->deleteFiles(true); });
+    context->tmpDir.reset();
+    zav::HW_cleanFields(context->fieldNames);
+    return zav::guarded([context] {
+        context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
+        return ZAV_SUCCESS;
+    });
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/ZAVlog.h"
+#include "intake/XMLNodeSink.h"
+
+namespace zav {
+
+// One XML file that a scanner wrote, read at construction.
+//     XMLParser parser(log, path);
+//     if (parser.status == 0) ... parser.getRootNode() ...
+class XMLParser {
+  public:
+    // log may be null; complaints of the reader go there. REQUIRES: log outlives this. Throws std::bad_alloc.
+    XMLParser(ZAVlog* log, const wchar_t* path);
+
+    // The document's root element, null when there is none; lives as long as the parser.
+    tessa::Node* getRootNode() const { return sink_.root(); }
+
+    // 0 when the file was read without error, 1 or more when it was not.
+    int status;
+
+  private:
+    XMLNodeSink sink_;
+};
+
+}  // namespace zav
