@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace zavtest {
+
+// A directory of a test's own, deleted with all that is in it.
+class ScratchDir {
+  public:
+    ScratchDir() {
+        std::string name = (std::filesystem::temp_directory_path() / "zavtest_XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp");
+        path_ = name;
+    }
+    ~ScratchDir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+    // Writes a file below the directory and returns its path.
+    std::filesystem::path write(const std::string& name, const std::string& content) const {
+        const auto file = path_ / name;
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream(file, std::ios::binary) << content;
+        return file;
+    }
+
+  private:
+    std::filesystem::path path_;
+};
+
+inline std::string readAll(const std::filesystem::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+}  // namespace zavtest
