@@ -1,0 +1,24 @@
+// Addresses as text.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quorvah {
+
+// Dotted; `address` in host byte order.
+std::string ipv4Text(std::uint32_t address);
+
+// False, with `address` untouched, for what is no dotted address.
+bool readIpv4(std::string_view text, std::uint32_t& address);
+
+// RFC 5952; `bytes` are the 16 of the address.
+std::string ipv6Text(const void* bytes);
+
+// The mask of a prefix of 0 to 32 bits, and the prefix of a mask, -1 when its ones have gaps; host byte
+// order.
+std::uint32_t maskOf(int prefixLength);
+int prefixLengthOf(std::uint32_t mask);
+
+}  // namespace quorvah
