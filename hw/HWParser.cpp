@@ -64,9 +64,26 @@ void store(ZAVHwCtx* context, int id, HWInstance&& instance) {
     static_cast<void>(names.release());
 }
 
-int parseInstance(ZAVHwCtx* context, const Node* element) {
+// The group of an element. Instances of a group mostly stand together, and the document holds each name once,
+// so the answer for the element before is nearly always the answer.
+class GroupFinder {
+  public:
+    int idOf(const Node* element) {
+        if (element->text() != name_) {
+            name_ = element->text();
+            id_ = HW_getGroupId(name_);
+        }
+        return id_;
+    }
+
+  private:
+    const wchar_t* name_ = nullptr;
+    int id_ = 0;
+};
+
+int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
     if (!isElement(element)) return ZAV_ERROR_HW_OUTPUT;
-    const int id = HW_getGroupId(element->text());
+    const int id = groups.idOf(element);
     if (id < kFirstGroup) {
         if (context->log != nullptr) {
             context->log->traceMIN(kFunction, "Error: No such group [%S]", element->text());
@@ -90,9 +107,10 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
         return ZAV_ERROR_HW_OUTPUT;
     }
     context->texts.document = root->shareTexts();
+    GroupFinder groups;
     int instances = 0;
     for (const Node* const child : *children) {
-        const int code = parseInstance(context, child);
+        const int code = parseInstance(context, child, groups);
         if (code != ZAV_SUCCESS) return code;
         ++instances;
     }

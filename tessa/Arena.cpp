@@ -1,7 +1,10 @@
 #include "tessa/Arena.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
+
+#include "tessa/Pages.h"
 
 namespace tessa {
 
@@ -11,14 +14,22 @@ namespace {
 constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
 constexpr std::size_t kLargestBlock = std::size_t{4} << 20;
 
+std::byte* newBlock(std::size_t size) {
+    if (size < kLargePage) return static_cast<std::byte*>(std::malloc(size));
+    const std::size_t wholeSteps = (size + kLargePage - 1) / kLargePage * kLargePage;
+    void* const block = std::aligned_alloc(kLargePage, wholeSteps);
+    if (block != nullptr) useLargePages(block, size);
+    return static_cast<std::byte*>(block);
+}
+
 }  // namespace
 
 void Arena::addBlock(std::size_t bytes) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kLargestBlock);
     const std::size_t size = std::max(bytes, blockSize_);
-    blocks_.reserve(blocks_.size() + 1);
     budget_.charge(size);
-    blocks_.emplace_back(static_cast<std::byte*>(::operator new(size)));
+    blocks_.emplace_back(newBlock(size));
+    if (blocks_.back() == nullptr) throw std::bad_alloc();
     next_ = blocks_.back().get();
     end_ = next_ + size;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -56,7 +57,7 @@ class Arena {
     static constexpr std::size_t kAlignment = alignof(void*);
 
     struct Release {
-        void operator()(std::byte* block) const { ::operator delete(block); }
+        void operator()(std::byte* block) const { std::free(block); }
     };
 
     Budget& budget_;

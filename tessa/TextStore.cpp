@@ -20,33 +20,44 @@ std::uint64_t hashOf(std::string_view bytes) {
 
 }  // namespace
 
+// Instances of a group name the same fields in the same order, so the name that followed the latest one
+// before is nearly always the one that is asked for.
 const kest::String* TextStore::intern(const char* utf8) {
-    const std::string_view name(utf8);
-    const std::uint64_t hash = hashOf(name);
-    if (table_.empty()) table_.resize(kFirstTable);
-    std::size_t slot = hash & (table_.size() - 1);
-    while (const Name* const known = table_[slot]) {
-        if (known->hash == hash && known->utf8 == name) return &known->text;
-        slot = (slot + 1) & (table_.size() - 1);
-    }
-    return addName(name, hash, slot);
+    Name* const expected = latest_ != nullptr ? latest_->follower : nullptr;
+    Name* const name =
+        expected != nullptr && std::strcmp(expected->utf8.data(), utf8) == 0 ? expected : findName(utf8);
+    if (latest_ != nullptr) latest_->follower = name;
+    latest_ = name;
+    return &name->text;
 }
 
-const kest::String* TextStore::addName(std::string_view utf8, std::uint64_t hash, std::size_t slot) {
+TextStore::Name* TextStore::findName(std::string_view utf8) {
+    const std::uint64_t hash = hashOf(utf8);
+    if (table_.empty()) table_.resize(kFirstTable);
+    std::size_t slot = hash & (table_.size() - 1);
+    while (Name* const known = table_[slot]) {
+        if (known->hash == hash && known->utf8 == utf8) return known;
+        slot = (slot + 1) & (table_.size() - 1);
+    }
+    return addName(utf8, hash, slot);
+}
+
+TextStore::Name* TextStore::addName(std::string_view utf8, std::uint64_t hash, std::size_t slot) {
     budget_.charge(sizeof(Name) + 2 * sizeof(const Name*) + utf8.size() * sizeof(wchar_t));
     std::wstring wide(utf8.size(), L'\0');
     wide.resize(static_cast<std::size_t>(widenUtf8(utf8.data(), utf8.size(), wide.data()) - wide.data()));
-    char* const bytes = static_cast<char*>(arena_.allocate(utf8.size()));
-    std::memcpy(bytes, utf8.data(), utf8.size());
-    names_.push_back({hash, {bytes, utf8.size()}, kest::String(wide)});
-    table_[slot] = &names_.back();
+    char* const bytes = static_cast<char*>(arena_.allocate(utf8.size() + 1));
+    std::memcpy(bytes, utf8.data(), utf8.size() + 1);
+    names_.push_back({hash, {bytes, utf8.size()}, kest::String(wide), nullptr});
+    Name* const name = &names_.back();
+    table_[slot] = name;
     if (names_.size() * 2 > table_.size()) growTable();
-    return &names_.back().text;
+    return name;
 }
 
 void TextStore::growTable() {
-    std::vector<const Name*> larger(table_.size() * 2);
-    for (const Name& name : names_) {
+    std::vector<Name*> larger(table_.size() * 2);
+    for (Name& name : names_) {
         std::size_t slot = name.hash & (larger.size() - 1);
         while (larger[slot] != nullptr) slot = (slot + 1) & (larger.size() - 1);
         larger[slot] = &name;

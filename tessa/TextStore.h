@@ -36,20 +36,23 @@ class TextStore {
   private:
     struct Name {
         std::uint64_t hash;
-        std::string_view utf8;
+        std::string_view utf8;  // NUL-terminated
         kest::String text;
+        Name* follower;  // the name that was asked for next the last time, or null
     };
 
     wchar_t* openText() const { return reinterpret_cast<wchar_t*>(arena_.open()); }
     void makeRoom(std::size_t characters);
-    const kest::String* addName(std::string_view utf8, std::uint64_t hash, std::size_t slot);
+    Name* findName(std::string_view utf8);
+    Name* addName(std::string_view utf8, std::uint64_t hash, std::size_t slot);
     void growTable();
 
     Budget budget_;
     Arena arena_;
     std::size_t length_ = 0;  // of the open text, in characters
     std::deque<Name> names_;
-    std::vector<const Name*> table_;  // open addressing, a power of two, at most half full
+    std::vector<Name*> table_;  // open addressing, a power of two, at most half full
+    Name* latest_ = nullptr;
 };
 
 }  // namespace tessa

@@ -12,7 +12,9 @@ namespace {
 constexpr std::size_t kLevelCost = 256;
 
 bool isWhitespace(std::wstring_view text) {
-    return text.find_first_not_of(L" \t\r\n") == std::wstring_view::npos;
+    return std::all_of(text.begin(), text.end(), [](wchar_t character) {
+        return character == L' ' || character == L'\t' || character == L'\n' || character == L'\r';
+    });
 }
 
 }  // namespace

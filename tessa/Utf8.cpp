@@ -9,20 +9,30 @@ namespace {
 
 static_assert(sizeof(wchar_t) == 4, "a wide character holds any code point");
 
-constexpr std::size_t kBlock = 16;
-using Bytes = std::uint8_t __attribute__((vector_size(kBlock)));
-using Words = std::uint64_t __attribute__((vector_size(kBlock)));
-using Wides = std::uint32_t __attribute__((vector_size(kBlock * sizeof(wchar_t))));
+struct Block16 {
+    static constexpr std::size_t kSize = 16;
+    using Bytes = std::uint8_t __attribute__((vector_size(16)));
+    using Wides = std::uint32_t __attribute__((vector_size(64)));
+};
 
-// Most text is ASCII: sixteen characters in a few instructions. False, with nothing written, when one of them
-// is not.
+struct Block8 {
+    static constexpr std::size_t kSize = 8;
+    using Bytes = std::uint8_t __attribute__((vector_size(8)));
+    using Wides = std::uint32_t __attribute__((vector_size(32)));
+};
+
+// Most text is ASCII: a block of characters in a few instructions. False, with nothing written, when one of
+// them is not.
+template <class Block>
 bool widenAscii(const char* utf8, wchar_t* out) {
-    Bytes bytes;
-    std::memcpy(&bytes, utf8, kBlock);
-    Words words;
-    std::memcpy(&words, utf8, kBlock);
-    if (((words[0] | words[1]) & 0x8080808080808080U) != 0) return false;
-    const Wides wides = __builtin_convertvector(bytes, Wides);
+    std::uint64_t words[Block::kSize / sizeof(std::uint64_t)];
+    std::memcpy(words, utf8, sizeof words);
+    std::uint64_t all = 0;
+    for (const std::uint64_t word : words) all |= word;
+    if ((all & 0x8080808080808080U) != 0) return false;
+    typename Block::Bytes bytes;
+    std::memcpy(&bytes, utf8, sizeof bytes);
+    const auto wides = __builtin_convertvector(bytes, typename Block::Wides);
     std::memcpy(out, &wides, sizeof wides);
     return true;
 }
@@ -51,13 +61,18 @@ wchar_t codePoint(const char*& next) {
 wchar_t* widenUtf8(const char* utf8, std::size_t length, wchar_t* out) {
     const char* const end = utf8 + length;
     while (utf8 != end) {
-        while (static_cast<std::size_t>(end - utf8) >= kBlock && widenAscii(utf8, out)) {
-            utf8 += kBlock;
-            out += kBlock;
+        const auto left = static_cast<std::size_t>(end - utf8);
+        if (left >= 16 && widenAscii<Block16>(utf8, out)) {
+            utf8 += 16;
+            out += 16;
+        } else if (left >= 8 && widenAscii<Block8>(utf8, out)) {
+            utf8 += 8;
+            out += 8;
+        } else {
+            // Up to eight one by one, then try the quick way again.
+            const char* const stop = left > 8 ? utf8 + 8 : end;
+            while (utf8 < stop) *out++ = codePoint(utf8);
         }
-        // Up to a block one by one, then try the quick way again.
-        const char* const stop = static_cast<std::size_t>(end - utf8) > kBlock ? utf8 + kBlock : end;
-        while (utf8 < stop) *out++ = codePoint(utf8);
     }
     return out;
 }
