@@ -1,0 +1,113 @@
+#include "tests/kest/Children.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <iterator>
+#include <thread>
+
+#include "kest/Runtime.h"
+#include "kest/Text.h"
+
+namespace kest::test {
+
+namespace {
+
+std::size_t entriesOf(const char* directory) {
+    const std::filesystem::directory_iterator first(directory);
+    return static_cast<std::size_t>(std::distance(begin(first), end(first)));
+}
+
+// A joined thread may be listed for a moment longer.
+std::size_t threadsOnceTheyAre(std::size_t expected) {
+    std::size_t threads = 0;
+    for (int i = 0; i < 1000 && (threads = entriesOf("/proc/self/task")) != expected; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return threads;
+}
+
+}  // namespace
+
+std::string child(const std::string& name) {
+    return "\"" KEST_CHILDREN "/" + name + "\"";
+}
+
+std::string environmentBlock(std::initializer_list<std::string> entries) {
+    std::string block;
+    for (const std::string& entry : entries) block += entry + '\0';
+    return block.append(3, '\0');
+}
+
+std::unique_ptr<ChildProcess> launch(const std::string& command, const std::string& environment) {
+    return std::unique_ptr<ChildProcess>(Runtime().launch(String(widen(command)), environment.data()));
+}
+
+std::string readAll(OutputStream& stream) {
+    std::string bytes;
+    for (int byte = 0; (byte = stream.read()) >= 0;) bytes += static_cast<char>(byte);
+    return bytes;
+}
+
+std::string readLine(OutputStream& stream) {
+    std::string line;
+    for (int byte = 0; (byte = stream.read()) >= 0 && byte != '\n';) line += static_cast<char>(byte);
+    return line;
+}
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+    return stream << "status " << outcome.status << ", output: " << outcome.output;
+}
+
+Outcome run(const std::string& command, const std::string& environment) {
+    const std::unique_ptr<ChildProcess> process = launch(command, environment);
+    if (process == nullptr) {
+        ADD_FAILURE() << "not started: " << command;
+        return {"", -2};
+    }
+    const std::string output = readAll(*process->getOutputStream());
+    const int status = process->waitFor();
+    EXPECT_EQ(process->exitValue(), status);
+    return {output, status};
+}
+
+NothingLeft::NothingLeft()
+    : descriptors_(entriesOf("/proc/self/fd")), threads_(entriesOf("/proc/self/task")) {}
+
+NothingLeft::~NothingLeft() {
+    EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors_);
+    EXPECT_EQ(threadsOnceTheyAre(threads_), threads_);
+    errno = 0;
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG | __WALL), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,
+                     const std::string& content, unsigned mode) {
+    const std::string path = directory.write(name, content);
+    EXPECT_EQ(chmod(path.c_str(), mode), 0);
+    return path;
+}
+
+std::string makeNamedPipe(const zavtest::ScratchDir& directory) {
+    const std::string path = directory.path() / "pipe";
+    EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+    return path;
+}
+
+void openForWriting(const std::string& namedPipe) {
+    int descriptor = -1;
+    do {
+        descriptor = open(namedPipe.c_str(), O_WRONLY | O_CLOEXEC);
+    } while (descriptor < 0 && errno == EINTR);
+    EXPECT_GE(descriptor, 0);
+    close(descriptor);
+}
+
+}  // namespace kest::test

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "kest/Runtime.h"
+#include "kest/Text.h"
+#include "tests/kest/Children.h"
+
+namespace kest::test {
+namespace {
+
+void inThreads(int count, const std::function<void(int)>& work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Concurrent, EachThreadGetsTheStatusOfItsOwnChildren) {
+    const NothingLeft nothingLeft;
+    inThreads(8, [](int thread) {
+        for (int i = 0; i < 20; ++i) {
+            const int status = 20 * thread + i;
+            EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)).status, status);
+        }
+    });
+}
+
+TEST(Concurrent, EachThreadGetsTheOutputOfItsOwnChildren) {
+    const NothingLeft nothingLeft;
+    inThreads(8, [](int thread) {
+        for (int i = 0; i < 10; ++i) {
+            const std::string argument = std::to_string(thread) + "-" + std::to_string(i);
+            EXPECT_EQ(run(child("ShowArguments") + " " + argument), (Outcome{"[" + argument + "]\n", 0}));
+        }
+    });
+}
+
+TEST(Concurrent, ThreadsMayShareARuntime) {
+    const NothingLeft nothingLeft;
+    Runtime runtime;
+    const String command(widen(child("ExitWith") + " 7"));
+    inThreads(8, [&](int) {
+        for (int i = 0; i < 10; ++i) {
+            const std::unique_ptr<ChildProcess> process(runtime.launch(command, nullptr));
+            ASSERT_NE(process, nullptr);
+            EXPECT_EQ(process->waitFor(), 7);
+        }
+    });
+}
+
+TEST(Concurrent, AFailedLaunchDoesNotDisturbOthers) {
+    const NothingLeft nothingLeft;
+    inThreads(8, [](int thread) {
+        for (int i = 0; i < 10; ++i) {
+            if (thread % 2 == 0) {
+                EXPECT_EQ(launch("/nonexistent"), nullptr);
+            } else {
+                EXPECT_EQ(run(child("WriteLines") + " 2"), (Outcome{"line 0\nline 1\n", 0}));
+            }
+        }
+    });
+}
+
+// A child that had the pipe of another one would keep its reader waiting.
+TEST(Concurrent, NoChildHoldsThePipeOfAnother) {
+    const NothingLeft nothingLeft;
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    const std::unique_ptr<ChildProcess> first = launch(child("WriteLineThenWait") + " " + pipe);
+    ASSERT_NE(first, nullptr);
+    inThreads(4, [](int) { EXPECT_EQ(run(child("WriteLines") + " 1"), (Outcome{"line 0\n", 0})); });
+    openForWriting(pipe);
+    EXPECT_EQ(readAll(*first->getOutputStream()), "first\nsecond\n");
+}
+
+TEST(Concurrent, AChildMayChangeThreads) {
+    const NothingLeft nothingLeft;
+    std::unique_ptr<ChildProcess> process;
+    std::thread([&] { process = launch(child("ExitWith") + " 7"); }).join();
+    ASSERT_NE(process, nullptr);
+    std::thread([&] { EXPECT_EQ(process->waitFor(), 7); }).join();
+    std::thread([&] { process.reset(); }).join();
+}
+
+}  // namespace
+}  // namespace kest::test

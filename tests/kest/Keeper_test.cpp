@@ -1,0 +1,181 @@
+// Hosts in which SIGCHLD does not have its default.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <vector>
+
+#include "kest/Descriptor.h"
+#include "tests/kest/Children.h"
+#include "tests/kest/SignalHandling.h"
+
+namespace kest::test {
+namespace {
+
+struct HostKind {
+    const char* name;
+    void (*handler)(int);
+    int flags;
+};
+
+void takeEveryChild(int) {
+    const int saved = errno;
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    errno = saved;
+}
+
+void takeEvenKeepers(int) {
+    const int saved = errno;
+    while (waitpid(-1, nullptr, WNOHANG | __WALL) > 0) {
+    }
+    errno = saved;
+}
+
+void lookAway(int) {}
+
+class KeeperTest : public testing::TestWithParam<HostKind> {
+  private:
+    NothingLeft nothingLeft_;
+    Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
+};
+
+TEST_P(KeeperTest, TellsTheStatus) {
+    for (const int status : {0, 7, 255}) {
+        EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)), (Outcome{"", status}));
+    }
+    EXPECT_EQ(run(child("EndBySignal") + " 15"), (Outcome{"", 128 + 15}));
+    EXPECT_EQ(run(child("CloseOutputThenExit")), (Outcome{"", 7}));
+}
+
+TEST_P(KeeperTest, DoesNotStartWhatIsNoProgram) {
+    const zavtest::ScratchDir directory;
+    EXPECT_EQ(launch(directory.path() / "missing"), nullptr);
+    EXPECT_EQ(launch(directory.path()), nullptr);
+    EXPECT_EQ(launch(makeFile(directory, "no-program", "no program\n", 0755)), nullptr);
+    EXPECT_EQ(launch(makeFile(directory, "not-executable", "#!/bin/sh\n", 0644)), nullptr);
+}
+
+TEST_P(KeeperTest, DeliversTheOutputToItsEnd) {
+    const Outcome outcome = run(child("WriteLines") + " 20000");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output.size(), 20'000 * sizeof("line ") + 88'890);
+}
+
+TEST_P(KeeperTest, DeliversALineWhileTheChildStillRuns) {
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(readLine(*process->getOutputStream()), "first");
+    openForWriting(pipe);
+    EXPECT_EQ(readAll(*process->getOutputStream()), "second\n");
+    EXPECT_EQ(process->exitValue(), 7);
+    EXPECT_EQ(process->waitFor(), 7);
+}
+
+TEST_P(KeeperTest, AChildThatStillWritesDoesNotHoldUpItsDestruction) {
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteForever"));
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(process->getOutputStream()->read(), 'm');
+}
+
+TEST_P(KeeperTest, TheChildHasNoSignalBlockedOrIgnored) {
+    EXPECT_EQ(run(child("ShowSignals")).output, "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
+}
+
+TEST_P(KeeperTest, TheChildHasTheStandardStreamsAndNoOtherDescriptor) {
+    const Descriptor other(open("/dev/zero", O_RDONLY));
+    const std::string output = run(child("ShowDescriptors")).output;
+    EXPECT_EQ(output.find("0 /dev/null\n1 pipe\n2 "), 0U) << output;
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 3) << output;
+}
+
+// The pipe of the test ends for its reader although a child, and so a keeper, was started while it was open.
+TEST_P(KeeperTest, NobodyHoldsTheHostsOwnPipesOpen) {
+    const zavtest::ScratchDir directory;
+    const std::string namedPipe = makeNamedPipe(directory);
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(pipe2(ends, 0), 0);
+    const Descriptor readEnd(ends[0]);
+    Descriptor writeEnd(ends[1]);
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + namedPipe);
+    ASSERT_NE(process, nullptr);
+    writeEnd.close();
+    char byte = 0;
+    EXPECT_EQ(read(readEnd.number(), &byte, 1), 0);
+    openForWriting(namedPipe);
+}
+
+TEST_P(KeeperTest, TheHostsDispositionStaysAsItWas) {
+    EXPECT_EQ(run(child("ExitWith") + " 0").status, 0);
+    struct sigaction now = {};
+    ASSERT_EQ(sigaction(SIGCHLD, nullptr, &now), 0);
+    EXPECT_EQ(now.sa_handler, GetParam().handler);
+    EXPECT_EQ(now.sa_flags & SA_NOCLDWAIT, GetParam().flags & SA_NOCLDWAIT);
+}
+
+TEST_P(KeeperTest, ChildrenOfManyThreadsRunSideBySide) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([i] {
+            for (int j = 0; j < 10; ++j) {
+                const int status = 10 * i + j;
+                EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)).status, status);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST_P(KeeperTest, SignalsDoNotDisturb) {
+    const SignalStorm storm;
+    for (const int before = SignalStorm::count(); SignalStorm::count() < before + 50;) {
+        EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
+    }
+    EXPECT_EQ(run(child("CloseOutputThenExit")).status, 7);
+}
+
+TEST_P(KeeperTest, AThreadThatTakesEveryChildGetsNone) {
+    const ReapingThread reaper;
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
+    EXPECT_EQ(reaper.count(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, KeeperTest,
+                         testing::Values(HostKind{"Ignoring", SIG_IGN, 0},
+                                         HostKind{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
+                                         HostKind{"ReapingInAHandler", takeEveryChild, 0},
+                                         HostKind{"ReapingEvenKeepers", takeEvenKeepers, SA_RESTART},
+                                         HostKind{"LookingAway", lookAway, SA_RESTART}),
+                         [](const auto& kind) { return kind.param.name; });
+
+// The children of all threads of the process.
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream list(thread.path() / "children");
+        for (pid_t pid = 0; list >> pid;) children.push_back(pid);
+    }
+    return children;
+}
+
+TEST(Keeper, TheStatusIsUnknownWhenSomebodyKillsTheKeeper) {
+    const NothingLeft nothingLeft;
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    const Disposition ignored(SIGCHLD, SIG_IGN, 0);
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
+    ASSERT_NE(process, nullptr);
+    const std::vector<pid_t> keepers = childrenOf(getpid());
+    ASSERT_EQ(keepers.size(), 1U);
+    ASSERT_EQ(kill(keepers.front(), SIGKILL), 0);
+    openForWriting(pipe);
+    EXPECT_EQ(readAll(*process->getOutputStream()), "first\nsecond\n");
+    EXPECT_EQ(process->waitFor(), -1);
+}
+
+}  // namespace
+}  // namespace kest::test

@@ -1,0 +1,79 @@
+#include "kest/OutputStream.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/kest/Children.h"
+
+namespace kest::test {
+namespace {
+
+std::string lines(int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += "line " + std::to_string(i) + "\n";
+    return text;
+}
+
+TEST(OutputStream, DeliversEveryByteUnchanged) {
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+    EXPECT_EQ(run(child("WriteBytes")), (Outcome{all, 0}));
+}
+
+TEST(OutputStream, DeliversManyLinesByteByByte) {
+    EXPECT_EQ(run(child("WriteLines") + " 100000"), (Outcome{lines(100'000), 0}));
+}
+
+TEST(OutputStream, DeliversManyLinesBlockByBlock) {
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLines") + " 100000");
+    ASSERT_NE(process, nullptr);
+    std::string all;
+    for (std::string_view some; !(some = process->getOutputStream()->readSome()).empty();) all += some;
+    EXPECT_EQ(all, lines(100'000));
+    EXPECT_EQ(process->waitFor(), 0);
+}
+
+// The child goes on only when the test has got its line: one that is held back would hold up both for ever.
+TEST(OutputStream, DeliversALineWhileTheChildStillRuns) {
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
+    ASSERT_NE(process, nullptr);
+    OutputStream& output = *process->getOutputStream();
+    EXPECT_EQ(readLine(output), "first");
+    openForWriting(pipe);
+    EXPECT_EQ(readLine(output), "second");
+    EXPECT_EQ(output.read(), -1);
+    EXPECT_EQ(process->waitFor(), 7);
+}
+
+TEST(OutputStream, ReadSomeDoesNotWaitForMoreThanHasArrived) {
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(process->getOutputStream()->readSome(), "first\n");
+    openForWriting(pipe);
+    EXPECT_EQ(process->getOutputStream()->readSome(), "second\n");
+    EXPECT_EQ(process->getOutputStream()->readSome(), "");
+}
+
+TEST(OutputStream, IsTheSameOneEachTime) {
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLines") + " 1");
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(process->getOutputStream()->read(), 'l');
+    EXPECT_EQ(readAll(*process->getOutputStream()), "ine 0\n");
+}
+
+TEST(OutputStream, StaysAtItsEndAfterTheChildHasBeenWaitedFor) {
+    const std::unique_ptr<ChildProcess> process = launch(child("WriteLines") + " 1");
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(process->waitFor(), 0);
+    EXPECT_EQ(readAll(*process->getOutputStream()), "line 0\n");
+    EXPECT_EQ(process->getOutputStream()->read(), -1);
+    EXPECT_EQ(process->getOutputStream()->readSome(), "");
+}
+
+}  // namespace
+}  // namespace kest::test

@@ -1,0 +1,80 @@
+// Ways in which a host deals with signals, each put back at its end.
+#pragma once
+
+#include <sys/time.h>
+#include <sys/wait.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+namespace kest::test {
+
+// What the host does about one signal.
+class Disposition {
+  public:
+    Disposition(int number, void (*handler)(int), int flags) : number_(number) {
+        struct sigaction action = {};
+        action.sa_handler = handler;
+        action.sa_flags = flags;
+        sigaction(number_, &action, &before_);
+    }
+    Disposition(const Disposition&) = delete;
+    Disposition& operator=(const Disposition&) = delete;
+    ~Disposition() { sigaction(number_, &before_, nullptr); }
+
+  private:
+    int number_;
+    struct sigaction before_ = {};
+};
+
+// A signal each millisecond that interrupts whatever the host is waiting for.
+class SignalStorm {
+  public:
+    SignalStorm() { setTimer(1000); }
+    SignalStorm(const SignalStorm&) = delete;
+    SignalStorm& operator=(const SignalStorm&) = delete;
+    ~SignalStorm() { setTimer(0); }
+
+    static int count() { return arrived(); }
+
+  private:
+    static std::atomic<int>& arrived() {
+        static std::atomic<int> number = 0;
+        return number;
+    }
+    static void setTimer(suseconds_t microseconds) {
+        const itimerval interval = {{0, microseconds}, {0, microseconds}};
+        setitimer(ITIMER_REAL, &interval, nullptr);
+    }
+
+    Disposition noRestart_{SIGALRM, [](int) { ++arrived(); }, 0};
+};
+
+// A thread that takes away every child it can get, and counts them.
+class ReapingThread {
+  public:
+    ReapingThread() = default;
+    ReapingThread(const ReapingThread&) = delete;
+    ReapingThread& operator=(const ReapingThread&) = delete;
+    ~ReapingThread() {
+        stop_ = true;
+        thread_.join();
+    }
+
+    int count() const { return taken_; }
+
+  private:
+    void reap() {
+        while (!stop_) {
+            if (waitpid(-1, nullptr, 0) > 0) ++taken_;
+            std::this_thread::yield();
+        }
+    }
+
+    std::atomic<bool> stop_ = false;
+    std::atomic<int> taken_ = 0;
+    std::thread thread_{[this] { reap(); }};
+};
+
+}  // namespace kest::test

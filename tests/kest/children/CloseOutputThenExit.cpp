@@ -1,0 +1,8 @@
+// Closes its standard output, and ends with 7 some time later.
+#include <unistd.h>
+
+int main() {
+    close(STDOUT_FILENO);
+    usleep(50'000);
+    return 7;
+}

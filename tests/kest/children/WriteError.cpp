@@ -1,0 +1,6 @@
+// Writes a line to its standard error.
+#include <cstdio>
+
+int main() {
+    std::fputs("complaint\n", stderr);
+}
