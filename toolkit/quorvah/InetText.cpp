@@ -19,9 +19,15 @@ bool readIpv4(std::string_view text, std::uint32_t& address) {
     return true;
 }
 
-std::string ipv6Text(const void* bytes) {
+std::uint32_t ipv4Of(const InetBytes& bytes) {
+    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 |
+           bytes[3];
+}
+
+std::string ipv6Text(const InetBytes& bytes) {
     char text[INET6_ADDRSTRLEN];
-    return inet_ntop(AF_INET6, bytes, text, sizeof text) == nullptr ? std::string() : std::string(text);
+    return inet_ntop(AF_INET6, bytes.data(), text, sizeof text) == nullptr ? std::string()
+                                                                           : std::string(text);
 }
 
 std::uint32_t maskOf(int prefixLength) {

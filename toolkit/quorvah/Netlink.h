@@ -1,16 +1,14 @@
 // What the kernel tells of addresses and routes over netlink.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace quorvah {
+#include "toolkit/quorvah/InetText.h"
 
-// The bytes of an IPv4 (the first four) or IPv6 address, in network order.
-using InetBytes = std::array<unsigned char, 16>;
+namespace quorvah {
 
 struct NetlinkAddress {
     int family = 0;  // AF_INET or AF_INET6

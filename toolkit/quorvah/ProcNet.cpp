@@ -3,16 +3,12 @@
 #include <net/route.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
-#include "toolkit/quorvah/InetText.h"
 #include "toolkit/quorvah/Lines.h"
 
 namespace quorvah {
 namespace {
-
-using Ipv6Bytes = std::array<unsigned char, 16>;
 
 template <class Number>
 bool readNumber(std::string_view text, int base, Number& number) {
@@ -20,7 +16,7 @@ bool readNumber(std::string_view text, int base, Number& number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-bool readIpv6Bytes(std::string_view hex, Ipv6Bytes& bytes) {
+bool readIpv6Bytes(std::string_view hex, InetBytes& bytes) {
     if (hex.size() != 2 * bytes.size()) return false;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (!readNumber(hex.substr(2 * i, 2), 16, bytes[i])) return false;
@@ -101,33 +97,29 @@ void swapBytes(Ipv4Route& route) {
 }
 
 bool readInet6Line(std::string_view line, Inet6Address& address) {
-    Ipv6Bytes bytes{};
     unsigned index = 0;
-    if (!readIpv6Bytes(nextWord(line), bytes)) return false;
+    if (!readIpv6Bytes(nextWord(line), address.address)) return false;
     if (!readNumber(nextWord(line), 16, index)) return false;
     if (!readNumber(nextWord(line), 16, address.prefixLength) || address.prefixLength > 128) return false;
     if (!readNumber(nextWord(line), 16, address.scope)) return false;
     if (!readNumber(nextWord(line), 16, address.flags)) return false;
-    address.address = ipv6Text(bytes.data());
     address.interface = nextWord(line);
     return !address.interface.empty();
 }
 
 bool readIpv6RouteLine(std::string_view line, Ipv6DefaultRoute& route) {
-    Ipv6Bytes destination{};
-    Ipv6Bytes gateway{};
+    InetBytes destination{};
     unsigned prefixLength = 0;
     unsigned flags = 0;
     if (!readIpv6Bytes(nextWord(line), destination)) return false;
     if (!readNumber(nextWord(line), 16, prefixLength) || prefixLength != 0) return false;
     nextWord(line);  // source network
     nextWord(line);  // its prefix length
-    if (!readIpv6Bytes(nextWord(line), gateway)) return false;
+    if (!readIpv6Bytes(nextWord(line), route.gateway)) return false;
     if (!readNumber(nextWord(line), 16, route.metric)) return false;
     nextWord(line);  // references
     nextWord(line);  // uses
     if (!readNumber(nextWord(line), 16, flags)) return false;
-    route.gateway = ipv6Text(gateway.data());
     route.interface = nextWord(line);
     return (flags & RTF_UP) != 0 && (flags & RTF_GATEWAY) != 0 && !route.interface.empty();
 }

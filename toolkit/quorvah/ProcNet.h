@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvah/InetText.h"
+
 namespace quorvah {
 
 // Host byte order.
@@ -35,7 +37,7 @@ std::vector<Ipv4Route> readRoutes(std::string_view text);
 
 // A line of /proc/net/if_inet6.
 struct Inet6Address {
-    std::string address;  // RFC 5952
+    InetBytes address{};
     unsigned prefixLength = 0;
     unsigned scope = 0;  // as the kernel classes addresses: 00 global, 10 host, 20 link, 40 site
     unsigned flags = 0;  // IFA_F_...
@@ -47,7 +49,7 @@ std::vector<Inet6Address> readIfInet6(std::string_view text);
 // The default routes of /proc/net/ipv6_route.
 struct Ipv6DefaultRoute {
     std::string interface;
-    std::string gateway;  // RFC 5952
+    InetBytes gateway{};
     std::uint32_t metric = 0;
 };
 

@@ -115,12 +115,12 @@ TEST(IfInet6, AddressesAreRead) {
         "fe8000000000000000fc00fffe000001 04 40 20 80     eth0\n"
         "00000000000000000000000000000001 01 80 10 80       lo");
     ASSERT_EQ(2U, addresses.size());
-    EXPECT_EQ("fe80::fc:ff:fe00:1", addresses[0].address);
+    EXPECT_EQ("fe80::fc:ff:fe00:1", ipv6Text(addresses[0].address));
     EXPECT_EQ(64U, addresses[0].prefixLength);
     EXPECT_EQ(0x20U, addresses[0].scope);
     EXPECT_EQ(0x80U, addresses[0].flags);
     EXPECT_EQ("eth0", addresses[0].interface);
-    EXPECT_EQ("::1", addresses[1].address);
+    EXPECT_EQ("::1", ipv6Text(addresses[1].address));
     EXPECT_EQ(128U, addresses[1].prefixLength);
 }
 
@@ -145,7 +145,7 @@ TEST(Ipv6Routes, OnlyDefaultRoutesWithGatewayAreRead) {
         " 00 fd000000000000000000000000000002" + end + "00000003");
     ASSERT_EQ(1U, routes.size());
     EXPECT_EQ("eth0", routes[0].interface);
-    EXPECT_EQ("fd00::1", routes[0].gateway);
+    EXPECT_EQ("fd00::1", ipv6Text(routes[0].gateway));
     EXPECT_EQ(0x400U, routes[0].metric);
 }
 
