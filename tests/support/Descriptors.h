@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+
+namespace zavtest {
+
+// How many descriptors the process has open.
+inline std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+}  // namespace zavtest
