@@ -1,0 +1,63 @@
+#include "bench/Table.h"
+
+#include <fmt/format.h>
+
+namespace zavbench {
+
+namespace {
+
+bool isThere(const Row& row, const Medians& medians) {
+    return medians.contains(row.ours) && (row.peer.empty() || medians.contains(row.peer));
+}
+
+double ratio(const Row& row, const Medians& medians) {
+    return medians.at(row.ours) / medians.at(row.peer);
+}
+
+bool reached(const Row& row, const Medians& medians) {
+    return row.peer.empty() || row.bound == 0 || ratio(row, medians) <= row.bound;
+}
+
+std::string figure(const std::string& name, double value) {
+    if (name.ends_with("/bytes")) return fmt::format("{:.1f} MiB", value / 1048576);
+    if (name.ends_with("/instructions")) return fmt::format("{:.1f} M", value / 1e6);
+    if (value >= 1) return fmt::format("{:.2f} s", value);
+    if (value >= 1e-3) return fmt::format("{:.2f} ms", value * 1e3);
+    if (value >= 1e-6) return fmt::format("{:.2f} us", value * 1e6);
+    return fmt::format("{:.0f} ns", value * 1e9);
+}
+
+void printRow(std::ostream& out, const std::string& work, const std::string& ours, const std::string& peer,
+              const std::string& ratio, const std::string& bound, const std::string& verdict) {
+    out << fmt::format("| {:<66} | {:>9} | {:>9} | {:>5} | {:>5} | {:<7} |\n", work, ours, peer, ratio, bound,
+                       verdict);
+}
+
+}  // namespace
+
+void printTable(std::ostream& out, const std::vector<Row>& rows, const Medians& medians) {
+    printRow(out, "work, and what it is held against", "ours", "peer", "ratio", "bound", "reached");
+    out << fmt::format("|{:-<68}|{:->11}|{:->11}|{:->7}|{:->7}|{:-<9}|\n", "", ":", ":", ":", ":", "");
+    for (const Row& row : rows) {
+        if (!isThere(row, medians)) continue;
+        const std::string ours = figure(row.ours, medians.at(row.ours));
+        if (row.peer.empty()) {
+            printRow(out, row.work, ours, "", "", "", "");
+            continue;
+        }
+        printRow(out, row.work, ours, figure(row.peer, medians.at(row.peer)),
+                 fmt::format("{:.2f}", ratio(row, medians)),
+                 row.bound == 0 ? "" : fmt::format("{:.2f}", row.bound),
+                 row.bound == 0          ? ""
+                 : reached(row, medians) ? "yes"
+                                         : "NO");
+    }
+}
+
+bool allReached(const std::vector<Row>& rows, const Medians& medians) {
+    bool all = true;
+    for (const Row& row : rows) all = all && (!isThere(row, medians) || reached(row, medians));
+    return all;
+}
+
+}  // namespace zavbench

@@ -1,0 +1,71 @@
+#include "bench/Worker.h"
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "bench/Process.h"
+#include "bench/Works.h"
+
+namespace zavbench {
+
+namespace {
+
+double cpuNow() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// The kernel's own high-water mark: that of getrusage would still hold the parent's memory.
+double peakBytes() {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.starts_with("VmHWM:")) return 1024.0 * std::atof(line.c_str() + 6);
+    }
+    return 0;
+}
+
+}  // namespace
+
+Sample runWorker(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = {"/proc/self/exe", "--work"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Finished finished = runProcess(command);
+    if (finished.status != 0) {
+        std::cerr << "zav_bench: work failed: " << arguments[0] << '\n';
+        std::exit(1);
+    }
+    Sample sample{};
+    std::istringstream(finished.output) >> sample.cpuSeconds >> sample.wallSeconds >> sample.peakBytes;
+    return sample;
+}
+
+int work(const std::vector<std::string>& arguments) {
+    const auto& works = allWorks();
+    const auto found = works.find(arguments.at(0));
+    if (found == works.end()) return 2;
+    const std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    const std::function<bool()> action = found->second(rest);
+    const double cpu = cpuNow();
+    const auto start = std::chrono::steady_clock::now();
+    const bool worked = action();
+    const auto end = std::chrono::steady_clock::now();
+    const double used = cpuNow() - cpu;
+    if (!worked) return 1;
+    std::cout << used << ' ' << std::chrono::duration<double>(end - start).count() << ' ' << peakBytes()
+              << '\n';
+    return 0;
+}
+
+}  // namespace zavbench

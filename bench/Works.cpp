@@ -1,0 +1,119 @@
+#include "bench/Works.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "bench/Process.h"
+#include "bench/peers/BareSpawn.h"
+#include "bench/peers/DirectTables.h"
+#include "bench/peers/ExpatTokens.h"
+#include "bench/peers/LibxmlTables.h"
+#include "hw/HWParser.h"
+#include "include/zav.h"
+#include "intake/ScannerProcess.h"
+#include "intake/XMLParser.h"
+#include "kest/Text.h"
+
+namespace zavbench {
+
+namespace {
+
+using Action = std::function<bool()>;
+
+std::shared_ptr<ZAVHwCtx> emptyTables() {
+    auto context = std::make_shared<ZAVHwCtx>();
+    context->discardResults();
+    return context;
+}
+
+Action readWithLibrary(const Arguments& arguments) {
+    return [path = kest::widen(arguments.at(0)), context = emptyTables()] {
+        const zav::XMLParser parser(nullptr, path.c_str());
+        return parser.status == 0 && zav::HW_parseHWData(context.get(), parser.getRootNode()) == 0;
+    };
+}
+
+Action readWithExpat(const Arguments& arguments) {
+    return [path = arguments.at(0)] { return tokeniseWithExpat(path); };
+}
+
+Action readWithLibxml(const Arguments& arguments) {
+    return [path = arguments.at(0), context = emptyTables()] { return fillTablesWithLibxml(path, *context); };
+}
+
+Action readTablesAlone(const Arguments& arguments) {
+    return [path = arguments.at(0), context = emptyTables()] { return fillTablesDirectly(path, *context); };
+}
+
+// A host with a hardware context and no callback, whose scanner is the one in `toolkit`.
+class Host {
+  public:
+    explicit Host(const std::string& toolkit) {
+        const std::wstring directory = kest::widen(toolkit);
+        const bool made = ZAV_init("bench", nullptr, nullptr, nullptr, directory.c_str(), &library_) == 0 &&
+                          ZAV_hw_init(library_, nullptr, nullptr, &context_) == 0;
+        if (!made) std::abort();
+    }
+    ~Host() {
+        ZAV_hw_free(context_);
+        ZAV_free(library_);
+    }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    // A run of a scanner that ends well without writing an output file.
+    bool run() { return ZAV_hw_run(context_) == ZAV_ERROR_HW_OUTPUT; }
+
+  private:
+    ZAVCtx* library_ = nullptr;
+    ZAVHwCtx* context_ = nullptr;
+};
+
+Action repeated(const std::string& times, Action action) {
+    return [count = std::atoi(times.c_str()), action = std::move(action)] {
+        bool good = true;
+        for (int i = 0; i < count && good; ++i) good = action();
+        return good;
+    };
+}
+
+// Arguments: toolkit directory, number of runs, resident memory of the host in bytes.
+Action runLibrary(const Arguments& arguments) {
+    const auto size = static_cast<std::size_t>(std::atoll(arguments.at(2).c_str()));
+    const std::shared_ptr<char> memory(static_cast<char*>(std::malloc(size + 1)), std::free);
+    std::memset(memory.get(), 1, size + 1);
+    const auto host = std::make_shared<Host>(arguments.at(0));
+    return repeated(arguments.at(1), [memory, host] { return host->run(); });
+}
+
+// Arguments: toolkit directory, number of runs.
+Action launchAlone(const Arguments& arguments) {
+    const std::wstring directory = kest::widen(arguments.at(0));
+    return repeated(arguments.at(1), [directory] {
+        zav::ScannerProcess scanner(nullptr, "bench", directory + L"/quorvah -c", directory);
+        return scanner.started() && scanner.drain() == 0 && scanner.check() == 0;
+    });
+}
+
+Action spawnAlone(const Arguments& arguments) {
+    const std::string program = arguments.at(0) + "/quorvah";
+    return repeated(arguments.at(1), [program] { return spawnBare(program, "-c"); });
+}
+
+Action nothing(const Arguments& /*arguments*/) {
+    return [] { return true; };
+}
+
+}  // namespace
+
+const std::map<std::string, Work>& allWorks() {
+    static const std::map<std::string, Work> works = {
+        {"read", readWithLibrary},   {"read-expat", readWithExpat}, {"read-libxml", readWithLibxml},
+        {"tables", readTablesAlone}, {"run", runLibrary},           {"launch", launchAlone},
+        {"spawn", spawnAlone},       {"nothing", nothing},
+    };
+    return works;
+}
+
+}  // namespace zavbench

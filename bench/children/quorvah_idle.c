@@ -1,0 +1,2 @@
+/* A scanner that does nothing. */
+int main(void) { return 0; }

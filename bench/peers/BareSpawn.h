@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace zavbench {
+
+// posix_spawn, a pipe, reads of 64 KiB, waitpid, and nothing else. False when the program did not end with
+// status 0.
+bool spawnBare(const std::string& path, const std::string& argument);
+
+}  // namespace zavbench

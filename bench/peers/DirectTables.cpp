@@ -1,0 +1,79 @@
+#include "bench/peers/DirectTables.h"
+
+#include <expat.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "tessa/TextStore.h"
+
+namespace zavbench {
+
+namespace {
+
+struct Filling {
+    ZAVHwCtx& context;
+    tessa::TextStore& texts;
+    int depth = 0;
+    const wchar_t* group = nullptr;
+    const wchar_t* field = nullptr;
+    zav::HWInstance instance{};
+};
+
+void storeInstance(Filling& filling) {
+    // The copy is as large as its fields, as a table's vector should be.
+    zav::HWInstance instance(filling.instance);
+    auto* const names = static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*)));
+    for (std::size_t i = 0; i < instance.size(); ++i) names[i] = instance[i].name;
+    const int id = zav::HW_getGroupId(filling.group);
+    filling.context.groups[id].push_back(std::move(instance));
+    filling.context.fieldNames[id].push_back(names);
+    filling.instance.clear();
+}
+
+void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attributes*/) {
+    auto& filling = *static_cast<Filling*>(data);
+    ++filling.depth;
+    if (filling.depth == 2) filling.group = filling.texts.intern(name)->text();
+    if (filling.depth == 3) filling.field = filling.texts.intern(name)->text();
+}
+
+void XMLCALL onEnd(void* data, const XML_Char* /*name*/) {
+    auto& filling = *static_cast<Filling*>(data);
+    if (filling.depth == 3) {
+        filling.instance.push_back({filling.field, filling.texts.isOpen() ? filling.texts.finish() : L""});
+    }
+    if (filling.depth == 2) storeInstance(filling);
+    --filling.depth;
+}
+
+void XMLCALL onText(void* data, const XML_Char* text, int length) {
+    static_cast<Filling*>(data)->texts.append(text, static_cast<std::size_t>(length));
+}
+
+}  // namespace
+
+bool fillTablesDirectly(const std::string& path, ZAVHwCtx& context) {
+    constexpr int kBlock = 64 << 10;
+    const auto texts = std::make_shared<tessa::TextStore>();
+    context.texts.document = texts;
+    Filling filling{context, *texts};
+    XML_Parser parser = XML_ParserCreate(nullptr);
+    XML_SetUserData(parser, &filling);
+    XML_SetElementHandler(parser, onStart, onEnd);
+    XML_SetCharacterDataHandler(parser, onText);
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    bool good = file >= 0;
+    for (int count = 1; good && count != 0;) {
+        void* const block = XML_GetBuffer(parser, kBlock);
+        count = static_cast<int>(::read(file, block, kBlock));
+        good = count >= 0 && XML_ParseBuffer(parser, count, count == 0 ? 1 : 0) == XML_STATUS_OK;
+    }
+    ::close(file);
+    XML_ParserFree(parser);
+    return good;
+}
+
+}  // namespace zavbench

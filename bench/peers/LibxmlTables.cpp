@@ -1,0 +1,49 @@
+#include "bench/peers/LibxmlTables.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "tessa/TextStore.h"
+
+namespace zavbench {
+
+namespace {
+
+void copyInstance(const xmlNode* element, ZAVHwCtx& context, tessa::TextStore& texts) {
+    zav::HWInstance instance;
+    for (const xmlNode* field = element->children; field != nullptr; field = field->next) {
+        if (field->type != XML_ELEMENT_NODE) continue;
+        const wchar_t* const name = texts.intern(reinterpret_cast<const char*>(field->name))->text();
+        for (const xmlNode* text = field->children; text != nullptr; text = text->next) {
+            const char* const content = reinterpret_cast<const char*>(text->content);
+            texts.append(content, std::strlen(content));
+        }
+        instance.push_back({name, texts.isOpen() ? texts.finish() : L""});
+    }
+    auto* const names = static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*)));
+    for (std::size_t i = 0; i < instance.size(); ++i) names[i] = instance[i].name;
+    const int id = zav::HW_getGroupId(texts.intern(reinterpret_cast<const char*>(element->name))->text());
+    context.groups[id].push_back(std::move(instance));
+    context.fieldNames[id].push_back(names);
+}
+
+}  // namespace
+
+bool fillTablesWithLibxml(const std::string& path, ZAVHwCtx& context) {
+    xmlDoc* const document = xmlReadFile(path.c_str(), nullptr, XML_PARSE_HUGE);
+    if (document == nullptr) return false;
+    const auto texts = std::make_shared<tessa::TextStore>();
+    context.texts.document = texts;
+    const xmlNode* const root = xmlDocGetRootElement(document);
+    for (const xmlNode* child = root->children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE) copyInstance(child, context, *texts);
+    }
+    xmlFreeDoc(document);
+    return true;
+}
+
+}  // namespace zavbench
