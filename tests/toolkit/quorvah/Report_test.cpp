@@ -1,0 +1,113 @@
+#include "toolkit/quorvah/Report.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using quorvah::FieldDef;
+using quorvah::Group;
+using quorvah::Instance;
+using quorvah::naturallyBefore;
+using quorvah::Report;
+
+namespace {
+
+constexpr FieldDef kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
+constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
+
+constexpr FieldDef kHexFields[] = {{"Address", FieldDef::kBytewise}};
+constexpr Group kHexGroup{"Hex", "Hex", kHexFields, nullptr};
+
+std::vector<std::string> keysOf(const Report& report) {
+    std::vector<std::string> keys;
+    for (const Instance& instance : report.instances()) keys.push_back(instance.values().front());
+    return keys;
+}
+
+}  // namespace
+
+TEST(Instance, HasAllFieldsOfTheGroupEmptyAtFirst) {
+    const Instance instance(kGroup);
+    EXPECT_EQ(instance.values(), (std::vector<std::string>{"", "", "", ""}));
+}
+
+TEST(Instance, WritesEachTypeAsReadersExpectIt) {
+    Instance instance(kGroup);
+    instance.set("DeviceID", "sda");
+    instance.set("Size", std::uint64_t{18446744073709551615U});
+    instance.set("Removable", false);
+    instance.set("Parts", std::vector<std::string>{"a", "b"});
+    EXPECT_EQ(instance.values(), (std::vector<std::string>{"sda", "18446744073709551615", "false", "a;b"}));
+}
+
+TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
+    Instance instance(kGroup);
+    instance.set("Parts", "x");
+    instance.set("Size", -1);
+    instance.set("DeviceID", std::string("cpu0"));
+    instance.set("Parts", std::string_view("y"));
+    EXPECT_EQ(instance.values(), (std::vector<std::string>{"cpu0", "-1", "", "y"}));
+    EXPECT_EQ(instance.get("Parts"), "y");
+}
+
+TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
+    Instance instance(kGroup);
+    instance.set("Size", std::optional<int>());
+    instance.set("Removable", std::optional<bool>(true));
+    EXPECT_EQ(instance.get("Size"), "");
+    EXPECT_EQ(instance.get("Removable"), "true");
+}
+
+TEST(Instance, RefusesAFieldThatTheGroupDoesNotHave) {
+    Instance instance(kGroup);
+    EXPECT_THROW(instance.set("Colour", "red"), std::logic_error);
+    EXPECT_THROW(instance.set("deviceid", "sda"), std::logic_error);
+}
+
+TEST(Report, SortsInstancesByTheNumbersInTheirKeys) {
+    Report report(kGroup);
+    for (const char* key : {"cpu10", "cpu9", "cpu0", "cpu2"}) report.add(key);
+    report.sort();
+    EXPECT_EQ(keysOf(report), (std::vector<std::string>{"cpu0", "cpu2", "cpu9", "cpu10"}));
+}
+
+TEST(Report, SortsABytewiseKeyByItsBytes) {
+    Report report(kHexGroup);
+    for (const char* key : {"0000:00:1f.2", "0000:00:10.0", "0000:00:0a.0"}) report.add(key);
+    report.sort();
+    EXPECT_EQ(keysOf(report), (std::vector<std::string>{"0000:00:0a.0", "0000:00:10.0", "0000:00:1f.2"}));
+}
+
+TEST(Report, KeepsTheOrderOfInstancesWithTheSameKey) {
+    Report report(kGroup);
+    report.add("a").set("Size", 1);
+    report.add("a").set("Size", 2);
+    report.sort();
+    EXPECT_EQ(report.instances()[0].get("Size"), "1");
+    EXPECT_EQ(report.instances()[1].get("Size"), "2");
+}
+
+TEST(Report, TheFirstReasonForBeingPartialStands) {
+    Report report(kGroup);
+    EXPECT_EQ(report.reason(), "");
+    report.partial("permission");
+    report.partial("timeout");
+    EXPECT_EQ(report.reason(), "permission");
+}
+
+TEST(NaturalOrder, IsAStrictOrder) {
+    const std::vector<std::string> ascending = {"",     "007",   "07",    "7",      "8",
+                                                "10",   "cpu",   "cpu0",  "cpu00x", "cpu0x",
+                                                "cpu1", "cpu2a", "cpu2b", "cpu12",  "dm-1"};
+    for (std::size_t i = 0; i < ascending.size(); ++i) {
+        for (std::size_t j = 0; j < ascending.size(); ++j) {
+            EXPECT_EQ(naturallyBefore(ascending[i], ascending[j]), i < j)
+                << ascending[i] << " " << ascending[j];
+        }
+    }
+}
+
+TEST(NaturalOrder, ComparesNumbersOfAnyLengthByValue) {
+    EXPECT_TRUE(naturallyBefore("99999999999999999999999", "100000000000000000000000"));
+    EXPECT_FALSE(naturallyBefore("100000000000000000000000", "99999999999999999999999"));
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace quorvah {
+
+class Report;
+class Scan;
+
+// One field of a group.
+struct FieldDef {
+    enum Trait : unsigned {
+        kVolatile = 1,  // changes without the machine being changed: --no-volatile empties it
+        kPrivate = 2,   // tells the machine or its users apart: --sanitize hashes each of its ;-joined values
+        kBytewise = 4,  // as a key: sorted by bytes (hexadecimal texts) rather than by the numbers in it
+    };
+
+    const char* name;
+    unsigned traits = 0;
+};
+
+// One kind of instances. Each group is defined in a source file of its own and known by its line in
+// GroupTable.cpp.
+struct Group {
+    const char* displayName;
+    const char* xmlName;
+    // Every instance has all of them in this order. The first one is the key that instances are sorted by.
+    std::span<const FieldDef> fields;
+    // Adds the group's instances to the report; null for a group that this scanner cannot gather.
+    void (*gather)(Scan& scan, Report& report);
+};
+
+}  // namespace quorvah

@@ -1,0 +1,121 @@
+#include "toolkit/quorvah/GroupTable.h"
+
+#include <algorithm>
+
+namespace quorvah {
+
+namespace {
+
+// The groups that are known by name only.
+constexpr Group kComponentID{"ComponentID", "ComponentID", {}, nullptr};
+constexpr Group kProcessor{"Processor", "Processor", {}, nullptr};
+constexpr Group kMemory{"Memory", "Memory", {}, nullptr};
+constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", {}, nullptr};
+constexpr Group kStorage{"Storage", "Storage", {}, nullptr};
+constexpr Group kIPAddress{"IP Address", "IPAddress", {}, nullptr};
+constexpr Group kNetworkAdapter{"Network Adapter", "NetworkAdapter", {}, nullptr};
+constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", {}, nullptr};
+constexpr Group kPointingDevice{"Pointing Device", "PointingDevice", {}, nullptr};
+constexpr Group kKeyboard{"Keyboard", "Keyboard", {}, nullptr};
+constexpr Group kLogicalDrive{"Logical Drive", "LogicalDrive", {}, nullptr};
+constexpr Group kIPXAddress{"IPX Address", "IPXAddress", {}, nullptr};
+constexpr Group kVideo{"Video", "Video", {}, nullptr};
+constexpr Group kPrinter{"Printer", "Printer", {}, nullptr};
+constexpr Group kRegional{"Regional", "Regional", {}, nullptr};
+constexpr Group kSystemEnclosure{"System Enclosure", "SystemEnclosure", {}, nullptr};
+constexpr Group kUNIXSystemParams{"UNIX System Params", "UNIXSystemParams", {}, nullptr};
+constexpr Group kPCSystemParams{"PC System Params", "PCSystemParams", {}, nullptr};
+constexpr Group kSerialPort{"Serial Port", "SerialPort", {}, nullptr};
+constexpr Group kParallelPort{"Parallel Port", "ParallelPort", {}, nullptr};
+constexpr Group kSMBIOS{"SMBIOS", "SMBIOS", {}, nullptr};
+constexpr Group kSoftwarePackages{"Software Packages", "SoftwarePackages", {}, nullptr};
+constexpr Group kInstalledPatches{"Installed Patches", "InstalledPatches", {}, nullptr};
+constexpr Group kPartition{"Partition", "Partition", {}, nullptr};
+constexpr Group kUSBDevice{"USB Device", "USBDevice", {}, nullptr};
+constexpr Group kPCIDevice{"PCI Device", "PCIDevice", {}, nullptr};
+constexpr Group kModem{"Modem", "Modem", {}, nullptr};
+constexpr Group kMemoryModules{"Memory Modules", "MemoryModules", {}, nullptr};
+constexpr Group kMonitor{"Monitor", "Monitor", {}, nullptr};
+constexpr Group kLpar{"Lpar", "Lpar", {}, nullptr};
+constexpr Group kServiceInfo{"Service Info", "ServiceInfo", {}, nullptr};
+constexpr Group kUserAccountInfo{"User Account Info", "UserAccountInfo", {}, nullptr};
+constexpr Group kLastLoggedUser{"Last Logged User", "LastLoggedUser", {}, nullptr};
+constexpr Group kScreenSaverInfo{"Screen Saver Info", "ScreenSaverInfo", {}, nullptr};
+constexpr Group kOperatingSystemCSIDL{"Operating System CSIDL", "OperatingSystemCSIDL", {}, nullptr};
+constexpr Group kWinCluster{"WinCluster", "WinCluster", {}, nullptr};
+constexpr Group kWinClusterNode{"WinClusterNode", "WinClusterNode", {}, nullptr};
+constexpr Group kVEQCluster{"VEQCluster", "VEQCluster", {}, nullptr};
+constexpr Group kVEQClusterNode{"VEQClusterNode", "VEQClusterNode", {}, nullptr};
+constexpr Group kPhysicalProcessor{"PhysicalProcessor", "PhysicalProcessor", {}, nullptr};
+constexpr Group kHostComponentID{"HostComponentID", "HostComponentID", {}, nullptr};
+constexpr Group kCpuMeter{"CpuMeter", "CpuMeter", {}, nullptr};
+constexpr Group kUnixCpuMeter{"UnixCpuMeter", "UnixCpuMeter", {}, nullptr};
+constexpr Group kWinCpuMeter{"WinCpuMeter", "WinCpuMeter", {}, nullptr};
+constexpr Group kVirtualMachine{"VirtualMachine", "VirtualMachine", {}, nullptr};
+constexpr Group kVirtualMachineGuest{"VirtualMachineGuest", "VirtualMachineGuest", {}, nullptr};
+constexpr Group kIPv6Address{"IPv6 Address", "IPv6Address", {}, nullptr};
+
+constexpr const Group* kTable[] = {
+    &kComponentID,
+    &kProcessor,
+    &kMemory,
+    &kOperatingSystem,
+    &kStorage,
+    &kIPAddress,
+    &kNetworkAdapter,
+    &kDiskPartition,
+    &kPointingDevice,
+    &kKeyboard,
+    &kLogicalDrive,
+    &kIPXAddress,
+    &kVideo,
+    &kPrinter,
+    &kRegional,
+    &kSystemEnclosure,
+    &kUNIXSystemParams,
+    &kScanInfo,
+    &kPCSystemParams,
+    &kSerialPort,
+    &kParallelPort,
+    &kSMBIOS,
+    &kSoftwarePackages,
+    &kInstalledPatches,
+    &kPartition,
+    &kUSBDevice,
+    &kPCIDevice,
+    &kModem,
+    &kMemoryModules,
+    &kMonitor,
+    &kLpar,
+    &kServiceInfo,
+    &kUserAccountInfo,
+    &kLastLoggedUser,
+    &kScreenSaverInfo,
+    &kOperatingSystemCSIDL,
+    &kWinCluster,
+    &kWinClusterNode,
+    &kVEQCluster,
+    &kVEQClusterNode,
+    &kPhysicalProcessor,
+    &kHostComponentID,
+    &kCpuMeter,
+    &kUnixCpuMeter,
+    &kWinCpuMeter,
+    &kVirtualMachine,
+    &kVirtualMachineGuest,
+    &kIPv6Address,
+};
+
+}  // namespace
+
+std::span<const Group* const> allGroups() {
+    return kTable;
+}
+
+const Group* findGroup(std::string_view name) {
+    const auto* const found = std::ranges::find_if(
+        kTable, [name](const Group* group) { return name == group->displayName || name == group->xmlName; });
+    return found == std::end(kTable) ? nullptr : *found;
+}
+
+}  // namespace quorvah

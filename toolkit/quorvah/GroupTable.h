@@ -1,0 +1,19 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "toolkit/quorvah/Group.h"
+
+namespace quorvah {
+
+// All groups in the order of their ids.
+std::span<const Group* const> allGroups();
+
+// The group with this display name or XML name; null when there is none.
+const Group* findGroup(std::string_view name);
+
+// The groups that are gathered, each defined in <its XML name>Group.cpp.
+extern const Group kScanInfo;
+
+}  // namespace quorvah

@@ -1,0 +1,77 @@
+#include "toolkit/quorvah/Report.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace quorvah {
+
+namespace {
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Takes the digits at the front of `text`, without leading zeros.
+std::string_view takeDigits(std::string_view& text) {
+    std::size_t zeros = 0;
+    while (zeros < text.size() && text[zeros] == '0') ++zeros;
+    std::size_t end = zeros;
+    while (end < text.size() && isDigit(text[end])) ++end;
+    const std::string_view digits = text.substr(zeros, end - zeros);
+    text.remove_prefix(end);
+    return digits;
+}
+
+}  // namespace
+
+void Instance::set(std::string_view field, const std::vector<std::string>& values) {
+    std::string& joined = at(field);
+    joined.clear();
+    for (const std::string& value : values) {
+        if (!joined.empty()) joined += ';';
+        joined += value;
+    }
+}
+
+std::size_t Instance::indexOf(std::string_view field) const {
+    for (std::size_t tried = 0; tried < values_.size(); ++tried) {
+        const std::size_t index = (next_ + tried) % values_.size();
+        if (field != group_->fields[index].name) continue;
+        next_ = index + 1;
+        return index;
+    }
+    throw std::logic_error(std::string(group_->xmlName) + " has no field " + std::string(field));
+}
+
+bool naturallyBefore(std::string_view left, std::string_view right) {
+    std::string_view l = left;
+    std::string_view r = right;
+    while (!l.empty() && !r.empty()) {
+        if (isDigit(l.front()) && isDigit(r.front())) {
+            const std::string_view a = takeDigits(l);
+            const std::string_view b = takeDigits(r);
+            if (a.size() != b.size()) return a.size() < b.size();
+            if (a != b) return a < b;
+            continue;
+        }
+        if (l.front() != r.front()) {
+            return static_cast<unsigned char>(l.front()) < static_cast<unsigned char>(r.front());
+        }
+        l.remove_prefix(1);
+        r.remove_prefix(1);
+    }
+    if (l.empty() != r.empty()) return l.empty();
+    return left < right;
+}
+
+void Report::sort() {
+    if (group_->fields.empty()) return;
+    const bool bytewise = (group_->fields.front().traits & FieldDef::kBytewise) != 0;
+    std::ranges::stable_sort(instances_, [bytewise](const Instance& left, const Instance& right) {
+        const std::string& l = left.values().front();
+        const std::string& r = right.values().front();
+        return bytewise ? l < r : naturallyBefore(l, r);
+    });
+}
+
+}  // namespace quorvah
