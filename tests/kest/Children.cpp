@@ -77,15 +77,19 @@ Outcome run(const std::string& command, const std::string& environment) {
     return {output, status};
 }
 
-NothingLeft::NothingLeft()
-    : descriptors_(entriesOf("/proc/self/fd")), threads_(entriesOf("/proc/self/task")) {}
+NothingLeft::NothingLeft() : descriptors_(entriesOf("/proc/self/fd")) {}
 
 NothingLeft::~NothingLeft() {
     EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors_);
-    EXPECT_EQ(threadsOnceTheyAre(threads_), threads_);
     errno = 0;
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG | __WALL), -1);
     EXPECT_EQ(errno, ECHILD);
+}
+
+NoThreadLeft::NoThreadLeft() : threads_(entriesOf("/proc/self/task")) {}
+
+NoThreadLeft::~NoThreadLeft() {
+    EXPECT_EQ(threadsOnceTheyAre(threads_), threads_);
 }
 
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,

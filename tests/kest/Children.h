@@ -38,7 +38,7 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 // The whole life of a child; a failed check and status -2 when it could not be started.
 Outcome run(const std::string& command, const std::string& environment = {0, 0, 0});
 
-// Checks at its end that there are as many descriptors and threads as at its beginning, and no child.
+// Checks at its end that there are as many descriptors as at its beginning, and no child.
 class NothingLeft {
   public:
     NothingLeft();
@@ -48,6 +48,17 @@ class NothingLeft {
 
   private:
     std::size_t descriptors_;
+};
+
+// Checks at its end that there are as many threads as at its beginning.
+class NoThreadLeft {
+  public:
+    NoThreadLeft();
+    NoThreadLeft(const NoThreadLeft&) = delete;
+    NoThreadLeft& operator=(const NoThreadLeft&) = delete;
+    ~NoThreadLeft();
+
+  private:
     std::size_t threads_;
 };
 

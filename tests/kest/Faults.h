@@ -6,7 +6,9 @@
 
 namespace kest::test {
 
-// While it lives, calls of `function` fail with `error`: the first `times` of them.
+// While it lives, calls of `function` fail with `error`: the first `times` of them. Two names mean one kind
+// of call only: "fcntl" the copying of a descriptor, "ioctl" with EAGAIN the call that succeeds but tells
+// nothing. "pidfd_open" is known by this name.
 class Fault {
   public:
     Fault(std::string function, int error, int times = 1);

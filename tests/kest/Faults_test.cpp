@@ -116,7 +116,7 @@ TEST_F(FaultTest, AnInterruptedWaitingGoesOn) {
 TEST_F(FaultTest, AChildWithoutAPidDescriptorIsWaitedForByItsNumber) {
     for (const int error : {ENOSYS, EMFILE}) {
         const NothingLeft nothingLeft;
-        const Fault fault("syscall", error);
+        const Fault fault("pidfd_open", error);
         EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
         EXPECT_TRUE(Fault::happened());
     }
@@ -124,7 +124,7 @@ TEST_F(FaultTest, AChildWithoutAPidDescriptorIsWaitedForByItsNumber) {
 
 TEST_F(FaultTest, ATakenStatusIsUnknownWithoutAPidDescriptor) {
     const NothingLeft nothingLeft;
-    const Fault fault("syscall", ENOSYS);
+    const Fault fault("pidfd_open", ENOSYS);
     const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 7");
     ASSERT_NE(process, nullptr);
     ASSERT_GT(waitpid(-1, nullptr, 0), 0);

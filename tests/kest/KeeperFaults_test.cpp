@@ -16,6 +16,7 @@ namespace {
 class KeeperFaultTest : public testing::Test {
   protected:
     NothingLeft nothingLeft_;
+    NoThreadLeft noThreadLeft_;
     Disposition ignored_{SIGCHLD, SIG_IGN, 0};
 };
 

@@ -38,6 +38,7 @@ void lookAway(int) {}
 class KeeperTest : public testing::TestWithParam<HostKind> {
   private:
     NothingLeft nothingLeft_;
+    NoThreadLeft noThreadLeft_;
     Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
@@ -164,6 +165,7 @@ std::vector<pid_t> childrenOf(pid_t process) {
 
 TEST(Keeper, TheStatusIsUnknownWhenSomebodyKillsTheKeeper) {
     const NothingLeft nothingLeft;
+    const NoThreadLeft noThreadLeft;
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
     const Disposition ignored(SIGCHLD, SIG_IGN, 0);

@@ -1,4 +1,4 @@
-// Ways in which a host deals with signals, each put back at its end.
+// Ways in which a host deals with signals.
 #pragma once
 
 #include <sys/time.h>
@@ -10,7 +10,7 @@
 
 namespace kest::test {
 
-// What the host does about one signal.
+// What the host does about one signal; put back at the end.
 class Disposition {
   public:
     Disposition(int number, void (*handler)(int), int flags) : number_(number) {
@@ -28,10 +28,16 @@ class Disposition {
     struct sigaction before_ = {};
 };
 
-// A signal each millisecond that interrupts whatever the host is waiting for.
+// A signal each millisecond that interrupts whatever the host is waiting for. Its handler stays for good: the
+// last signal may come late.
 class SignalStorm {
   public:
-    SignalStorm() { setTimer(1000); }
+    SignalStorm() {
+        struct sigaction action = {};
+        action.sa_handler = [](int) { ++arrived(); };
+        sigaction(SIGALRM, &action, nullptr);
+        setTimer(1000);
+    }
     SignalStorm(const SignalStorm&) = delete;
     SignalStorm& operator=(const SignalStorm&) = delete;
     ~SignalStorm() { setTimer(0); }
@@ -47,8 +53,6 @@ class SignalStorm {
         const itimerval interval = {{0, microseconds}, {0, microseconds}};
         setitimer(ITIMER_REAL, &interval, nullptr);
     }
-
-    Disposition noRestart_{SIGALRM, [](int) { ++arrived(); }, 0};
 };
 
 // A thread that takes away every child it can get, and counts them.
