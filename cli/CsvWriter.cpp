@@ -1,0 +1,32 @@
+#include "cli/CsvWriter.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+namespace zavcli {
+
+std::string csvField(std::string_view value) {
+    if (value.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(value);
+    std::string quoted = "\"";
+    for (const char byte : value) {
+        if (byte == '"') quoted += '"';
+        quoted += byte;
+    }
+    return quoted + '"';
+}
+
+std::string csvText(const Inventory& inventory) {
+    std::string text = "group,instance,field,value\r\n";
+    for (const Group& group : inventory.groups) {
+        for (std::size_t i = 0; i < group.instances.size(); ++i) {
+            for (const Field& field : group.instances[i]) {
+                fmt::format_to(std::back_inserter(text), "{},{},{},{}\r\n", csvField(group.name), i,
+                               csvField(field.name), csvField(field.value));
+            }
+        }
+    }
+    return text;
+}
+
+}  // namespace zavcli

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "cli/Model.h"
+
+namespace zavcli {
+
+// One field of a CSV record as RFC 4180 wants it: in double quotes when it holds a comma, a quote or a line
+// end.
+std::string csvField(std::string_view value);
+
+// RFC 4180 with a header line: one record per field of every instance, in the columns group, instance (from
+// 0), field, value.
+std::string csvText(const Inventory& inventory);
+
+}  // namespace zavcli

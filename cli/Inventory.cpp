@@ -1,0 +1,90 @@
+#include "cli/Inventory.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "cli/Codes.h"
+#include "cli/Failure.h"
+#include "cli/Text.h"
+
+namespace zavcli {
+
+namespace {
+
+constexpr int kAllGroups = 0;
+constexpr int kSignalBase = 128;  // an exit status above it names the signal that ended the scanner
+
+void require(int code) {
+    if (code != ZAV_SUCCESS) throw Failure(kExitFailed, std::string(sentence(code)));
+}
+
+// Why the scan failed, with the scanner's path and how it ended.
+std::string explain(int code, ZAVHwCtx* hardware, const std::string& scanner) {
+    int status = -1;
+    ZAV_hw_get_returncode(hardware, &status);
+    if (code != ZAV_ERROR_HW_SCANNER) return fmt::format("{} ({})", sentence(code), scanner);
+    if (status > kSignalBase)
+        return fmt::format("signal {} ended the scanner {}", status - kSignalBase, scanner);
+    if (status > 0) return fmt::format("the scanner {} failed with status {}", scanner, status);
+    return fmt::format("the scanner {} could not be started", scanner);
+}
+
+bool holds(const Instance& instance, const std::string& name) {
+    return std::any_of(instance.begin(), instance.end(),
+                       [&](const Field& field) { return field.name == name; });
+}
+
+Instance readInstance(ZAVHwCtx* hardware, int group, int index) {
+    const wchar_t** names = nullptr;
+    int count = 0;
+    require(ZAV_hw_get_fields(hardware, group, index, &names, &count));
+    Instance instance;
+    for (int i = 0; i < count; ++i) {
+        const wchar_t* value = nullptr;
+        require(ZAV_hw_get_value(hardware, group, index, names[i], &value));
+        const std::string name = toUtf8(names[i]);
+        if (!holds(instance, name)) instance.push_back({name, toUtf8(value)});
+    }
+    return instance;
+}
+
+Group readGroup(ZAVHwCtx* hardware, const GroupName& group) {
+    int count = 0;
+    require(ZAV_hw_get_group_instances(hardware, group.id, &count));
+    Group result{group.id, group.name, {}};
+    for (int i = 0; i < count; ++i) result.instances.push_back(readInstance(hardware, group.id, i));
+    return result;
+}
+
+}  // namespace
+
+std::vector<Group> scanGroups(const Library& library, const std::string& toolkit,
+                              const std::vector<GroupName>& groups) {
+    ZAVHwCtx* hardware = library.hardware();
+    require(ZAV_hw_setopt(hardware, kAllGroups, 0));
+    for (const GroupName& group : groups) require(ZAV_hw_setopt(hardware, group.id, 1));
+    const int code = ZAV_hw_run(hardware);
+    if (code != ZAV_SUCCESS) throw Failure(kExitFailed, explain(code, hardware, toolkit + "/quorvah"));
+    std::vector<Group> results;
+    for (const GroupName& group : groups) results.push_back(readGroup(hardware, group));
+    return results;
+}
+
+Inventory takeInventory(const Library& library, const std::string& toolkit, const std::string& root,
+                        const std::vector<GroupName>& groups) {
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string time =
+        fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
+                    fmt::gmtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())));
+    Inventory inventory{{"zav " ZAV_CLI_VERSION, time, 0, toolkit, root},
+                        scanGroups(library, toolkit, groups)};
+    inventory.scan.milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin)
+            .count();
+    return inventory;
+}
+
+}  // namespace zavcli

@@ -1,0 +1,138 @@
+#include "cli/Options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+
+#include "cli/Failure.h"
+
+namespace zavcli {
+
+namespace {
+
+constexpr const char* kMainFooter = R"(
+Examples:
+  zav hw                                   what is in this machine, to read
+  zav hw --group Processor --group Memory  two groups only
+  zav hw --format json --output pc.json    everything, for a program
+  zav doctor                               why it does not work, if it does not
+
+Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong.
+'zav hw --help' tells more.)";
+
+constexpr const char* kHardwareFooter = R"(
+Groups are named as 'zav groups' lists them, in any case, with or without blanks, or by number:
+'--group OperatingSystem', '--group "operating system"' and '--group 4' are the same.
+
+Formats:
+  table  to read. Several instances stand in a table below the values that all of them share. With all groups, long
+         groups and long values are cut short; --group or --all shows them whole.
+  json   {"scan": {...}, "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings
+  csv    one record per field: group,instance,field,value; instances count from 0
+  xml    one element per instance below the root, one element per field in it, as the scanner writes
+
+The scanner 'quorvah' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the one that
+came with this command. --root is understood by the latter, so an installed toolkit is passed over then.
+
+Examples:
+  sudo zav hw                                      serial numbers and memory modules need root
+  zav hw --group "Software Packages" --all
+  zav hw --group 25 --format csv --output packages.csv
+  zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine)";
+
+constexpr const char* kDoctorFooter = R"(
+Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible).
+Exit status: 0 when an inventory can work, 1 when not.)";
+
+const std::map<std::string, Format>& inventoryFormats() {
+    static const std::map<std::string, Format> formats{
+        {"table", Format::Table}, {"json", Format::Json}, {"csv", Format::Csv}, {"xml", Format::Xml}};
+    return formats;
+}
+
+const std::map<std::string, Format>& listFormats() {
+    static const std::map<std::string, Format> formats{
+        {"table", Format::Table}, {"json", Format::Json}, {"csv", Format::Csv}};
+    return formats;
+}
+
+// Refuses what is not in the map; the values allowed stand in the help text.
+CLI::Option* addFormat(CLI::App& command, Format& format, const std::map<std::string, Format>& formats,
+                       const std::string& help) {
+    return command.add_option("--format", format, help)
+        ->type_name("FORMAT")
+        ->transform(CLI::Transformer(formats, CLI::ignore_case).description(""))
+        ->check([&formats](const std::string& text) {
+            const bool known = std::any_of(formats.begin(), formats.end(), [&](const auto& entry) {
+                return text == std::to_string(static_cast<int>(entry.second));
+            });
+            return known ? std::string() : fmt::format("'{}' is no format of this command", text);
+        });
+}
+
+void addToolkit(CLI::App& command, Options& options) {
+    command.add_option("--toolkit", options.toolkit, "Directory that holds the scanner")->type_name("DIR");
+}
+
+void addHardware(CLI::App& app, Options& options, int& verbosity) {
+    CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
+    command.footer(kHardwareFooter);
+    command.add_option("-g,--group", options.groups, "Scan this group only; may be repeated")
+        ->type_name("GROUP")
+        ->take_all()
+        ->allow_extra_args(false);
+    addFormat(command, options.format, inventoryFormats(), "table (the default), json, csv or xml");
+    command.add_flag("--all", options.all, "Leave nothing out of the table");
+    command.add_option("-o,--output", options.output, "Write to this file, whole or not at all")
+        ->type_name("FILE");
+    addToolkit(command, options);
+    command.add_option("--root", options.root, "Scan the system below this directory")
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory.description(""));
+    command.add_flag("-v", verbosity, "Show more of the library's messages; -vv shows all");
+    command.callback([&options] { options.command = Command::Hardware; });
+}
+
+void addGroups(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand("groups", "List the groups");
+    addFormat(command, options.format, listFormats(), "table (the default), json or csv");
+    command.callback([&options] { options.command = Command::Groups; });
+}
+
+void addDoctor(CLI::App& app, Options& options) {
+    CLI::App& command =
+        *app.add_subcommand("doctor", "Check whether an inventory can work, and say what to do if not");
+    command.footer(kDoctorFooter);
+    addToolkit(command, options);
+    command.callback([&options] { options.command = Command::Doctor; });
+}
+
+}  // namespace
+
+std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) {
+    Options options;
+    int verbosity = 0;
+    CLI::App app("The inventory of this machine, hardware and software.", "zav");
+    app.footer(kMainFooter);
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
+    app.get_formatter()->column_width(26);
+    addHardware(app, options, verbosity);
+    addGroups(app, options);
+    addDoctor(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        return HelpText{app.help()};
+    } catch (const CLI::CallForVersion& version) {
+        return HelpText{std::string(version.what()) + "\n"};
+    } catch (const CLI::ParseError& error) {
+        throw Failure(kExitBadUsage, fmt::format("{} (see 'zav --help')", error.what()));
+    }
+    options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
+    return options;
+}
+
+}  // namespace zavcli

@@ -1,0 +1,51 @@
+#include "cli/Reporter.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+#include "cli/Text.h"
+
+namespace zavcli {
+
+namespace {
+
+// Said by the library whenever the toolkit is not the installed one of /etc/zav/zav.ini; 'zav doctor'
+// explains them.
+bool isNormalWithoutInstallation(const Message& message) {
+    return message.text.starts_with("Can't open file [/etc/zav/zav.ini]") ||
+           message.text == "Exploiter not correctly registered" ||
+           message.text == "ZAV not installed, please specify a directory";
+}
+
+}  // namespace
+
+std::string messageLine(const Message& message, Verbosity verbosity, ToolkitSource source) {
+    if (verbosity == Verbosity::Trace) {
+        return fmt::format("zav[{}.{}] {}: {}", message.component, message.level, printable(message.function),
+                           printable(message.text));
+    }
+    const int highest = verbosity == Verbosity::Notable ? 1 : 0;
+    if (message.level > highest) return "";
+    if (verbosity == Verbosity::Errors && source != ToolkitSource::Configured &&
+        isNormalWithoutInstallation(message))
+        return "";
+    return fmt::format("zav: {}", printable(message.text));
+}
+
+void Reporter::hear(const Message& message) noexcept {
+    try {
+        progress_.hear(message);
+        const std::string line = messageLine(message, verbosity_, source_);
+        if (line.empty()) return;
+        progress_.hide();
+        fmt::print(stderr, "{}\n", line);
+        progress_.show();
+    } catch (const std::exception&) {
+        // A message that cannot be shown, for want of memory or a closed standard error, must not end the
+        // scan.
+        return;
+    }
+}
+
+}  // namespace zavcli

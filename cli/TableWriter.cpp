@@ -1,0 +1,202 @@
+#include "cli/TableWriter.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <iterator>
+#include <limits>
+
+#include "cli/TableLayout.h"
+#include "cli/Text.h"
+
+namespace zavcli {
+
+namespace {
+
+constexpr std::size_t kOverviewRows = 10;
+constexpr std::size_t kOverviewValueLines = 2;
+constexpr std::string_view kIndent = "  ";
+
+// What an administrator asks first, and what is too long or too special to stand at the front.
+constexpr std::array kFirst{4, 1, 44, 3, 5, 11, 7, 6, 51};
+constexpr std::array kLast{35, 25, 24, 20};
+
+int rank(int id) {
+    const auto* first = std::find(kFirst.begin(), kFirst.end(), id);
+    if (first != kFirst.end()) return static_cast<int>(first - kFirst.begin()) - INT_MAX / 2;
+    const auto* last = std::find(kLast.begin(), kLast.end(), id);
+    return last == kLast.end() ? id : static_cast<int>(last - kLast.begin()) + INT_MAX / 2;
+}
+
+std::string withoutTrailingBlanks(std::string line) {
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line;
+}
+
+class Writer {
+  public:
+    explicit Writer(const TableStyle& style) : style_(style) {}
+
+    std::string write(const Inventory& inventory) {
+        std::vector<Group> groups = inventory.groups;
+        if (style_.overview) {
+            std::stable_sort(groups.begin(), groups.end(),
+                             [](const Group& a, const Group& b) { return rank(a.id) < rank(b.id); });
+        }
+        std::vector<std::string> empty;
+        for (const Group& group : groups) {
+            if (group.instances.empty())
+                empty.push_back(group.name);
+            else
+                writeGroup(group);
+        }
+        if (!empty.empty()) paragraph("", "Nothing found for: ", fmt::format("{}.", fmt::join(empty, ", ")));
+        if (leftOut_)
+            paragraph("\n", "",
+                      "Some rows or fields are left out: --all shows them, and so do json, csv and xml.");
+        return text_;
+    }
+
+  private:
+    template <typename... Arguments>
+    void print(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+        fmt::format_to(std::back_inserter(text_), format, std::forward<Arguments>(arguments)...);
+    }
+
+    // Wrapped text without indentation.
+    void paragraph(std::string_view before, std::string_view lead, const std::string& body) {
+        text_ += before;
+        for (const std::string& line : wrap(std::string(lead) + body, style_.columns)) print("{}\n", line);
+    }
+
+    void heading(const Group& group) {
+        const std::string name =
+            style_.bold ? fmt::format("\x1b[1m{}\x1b[0m", printable(group.name)) : printable(group.name);
+        if (group.instances.size() > 1)
+            print("{} ({})\n", name, group.instances.size());
+        else
+            print("{}\n", name);
+    }
+
+    void writeGroup(const Group& group) {
+        heading(group);
+        const TableLayout layout = layOut(group.instances);
+        if (layout.common.empty() && layout.columns.empty()) {
+            print("{}no values\n", kIndent);
+        } else if (group.instances.size() == 1) {
+            instance(layout.columns, 0, kIndent);
+        } else {
+            if (!layout.common.empty()) {
+                print("{}the same for all:\n", kIndent);
+                fields(layout.common, "    ");
+            }
+            rows(layout.columns, group);
+        }
+        text_ += '\n';
+    }
+
+    void instance(const std::vector<Column>& columns, std::size_t row, std::string_view indent) {
+        std::vector<Field> lines;
+        for (const Column& column : columns) {
+            if (!column.cells[row].empty()) lines.push_back({column.name, column.cells[row]});
+        }
+        fields(lines, indent);
+    }
+
+    // Lines of name and value, the values below each other.
+    void fields(const std::vector<Field>& lines, std::string_view indent) {
+        int nameColumns = 0;
+        for (const Field& field : lines) nameColumns = std::max(nameColumns, columnsOf(field.name));
+        nameColumns = std::min(nameColumns, style_.columns / 2);
+        const int valueColumns = style_.columns - nameColumns - kGap - static_cast<int>(indent.size());
+        for (const Field& field : lines) {
+            std::string name = pad(clip(field.name, nameColumns), nameColumns);
+            for (const std::string& line : valueLines(field.value, valueColumns)) {
+                print("{}{}  {}\n", indent, name, line);
+                name.assign(static_cast<std::size_t>(nameColumns), ' ');
+            }
+        }
+    }
+
+    std::vector<std::string> valueLines(const std::string& value, int columns) {
+        std::vector<std::string> lines = wrap(value, columns);
+        if (style_.overview && !style_.everything && lines.size() > kOverviewValueLines) {
+            std::string& last = lines[kOverviewValueLines - 1];
+            last = clip(last + " " + lines[kOverviewValueLines], columns);
+            lines.resize(kOverviewValueLines);
+            leftOut_ = true;
+        }
+        return lines;
+    }
+
+    void rows(const std::vector<Column>& columns, const Group& group) {
+        const int available = style_.columns - static_cast<int>(kIndent.size());
+        const std::vector<std::size_t> shown = fittingColumns(columns, available);
+        if (style_.everything && (shown.size() < columns.size() || isClipped(columns))) {
+            blocks(columns, group.instances.size());
+            return;
+        }
+        leftOut_ = leftOut_ || isClipped(columns);
+        line(columns, shown, [](const Column& column) { return column.name; });
+        const std::size_t count = group.instances.size();
+        const std::size_t limit = style_.overview && !style_.everything ? kOverviewRows : count;
+        for (std::size_t row = 0; row < std::min(limit, count); ++row)
+            line(columns, shown, [row](const Column& column) { return column.cells[row]; });
+        if (count > limit) {
+            print("{}... and {} more (--group {} shows all rows)\n", kIndent, count - limit, group.name);
+            leftOut_ = true;
+        }
+        namesOfOthers(columns, shown);
+    }
+
+    static bool isClipped(const std::vector<Column>& columns) {
+        return std::any_of(columns.begin(), columns.end(), [](const Column& column) {
+            return std::any_of(column.cells.begin(), column.cells.end(),
+                               [&](const std::string& cell) { return columnsOf(cell) > column.width; });
+        });
+    }
+
+    template <typename Content>
+    void line(const std::vector<Column>& columns, const std::vector<std::size_t>& shown, Content content) {
+        std::string text(kIndent);
+        for (const std::size_t index : shown) {
+            const Column& column = columns[index];
+            text += pad(clip(content(column), column.width), column.width + kGap);
+        }
+        print("{}\n", withoutTrailingBlanks(std::move(text)));
+    }
+
+    void namesOfOthers(const std::vector<Column>& columns, const std::vector<std::size_t>& shown) {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (std::find(shown.begin(), shown.end(), i) == shown.end()) names.push_back(columns[i].name);
+        }
+        if (names.empty()) return;
+        leftOut_ = true;
+        const std::string text = fmt::format("also known: {}", fmt::join(names, ", "));
+        for (const std::string& part : wrap(text, style_.columns - static_cast<int>(kIndent.size())))
+            print("{}{}\n", kIndent, part);
+    }
+
+    void blocks(const std::vector<Column>& columns, std::size_t count) {
+        for (std::size_t row = 0; row < count; ++row) {
+            print("{}[{}]\n", kIndent, row);
+            instance(columns, row, "    ");
+        }
+    }
+
+    const TableStyle& style_;
+    std::string text_;
+    bool leftOut_ = false;
+};
+
+}  // namespace
+
+std::string tableText(const Inventory& inventory, const TableStyle& style) {
+    return Writer(style).write(inventory);
+}
+
+}  // namespace zavcli

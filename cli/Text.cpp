@@ -1,0 +1,139 @@
+#include "cli/Text.h"
+
+#include <fmt/format.h>
+#include <wchar.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <clocale>
+#include <iterator>
+
+namespace zavcli {
+
+namespace {
+
+constexpr wchar_t kReplacement = L'\xfffd';
+
+// Marks, embeddings, overrides and isolates: text behind them would be shown in another order than it is
+// written.
+bool changesDirection(wchar_t character) {
+    return character == 0x061c || character == 0x200e || character == 0x200f ||
+           (character >= 0x202a && character <= 0x202e) || (character >= 0x2066 && character <= 0x2069);
+}
+
+std::string spelledOut(wchar_t character) {
+    if (character == L'\n') return "\\n";
+    if (character == L'\t') return "\\t";
+    if (character == L'\r') return "\\r";
+    return fmt::format("\\u{:04x}", static_cast<unsigned int>(character));
+}
+
+int columnsOf(std::wstring_view text) {
+    int columns = 0;
+    for (const wchar_t character : text) columns += std::max(0, wcwidth(character));
+    return columns;
+}
+
+// How many leading characters fit into so many columns.
+std::size_t fitting(std::wstring_view text, int columns) {
+    std::size_t count = 0;
+    for (; count < text.size(); ++count) {
+        columns -= std::max(0, wcwidth(text[count]));
+        if (columns < 0) break;
+    }
+    return count;
+}
+
+}  // namespace
+
+void useUtf8() {
+    if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) std::setlocale(LC_CTYPE, "en_US.UTF-8");
+}
+
+std::string toUtf8(std::wstring_view text) {
+    std::string bytes;
+    std::array<char, MB_LEN_MAX> encoded{};
+    for (const wchar_t character : text) {
+        mbstate_t state{};
+        std::size_t length = wcrtomb(encoded.data(), character, &state);
+        if (length == static_cast<std::size_t>(-1)) {
+            state = {};
+            length = wcrtomb(encoded.data(), kReplacement, &state);
+        }
+        if (length != static_cast<std::size_t>(-1)) bytes.append(encoded.data(), length);
+    }
+    return bytes;
+}
+
+std::wstring fromUtf8(std::string_view text) {
+    std::wstring wide;
+    while (!text.empty()) {
+        mbstate_t state{};
+        wchar_t character = 0;
+        std::size_t length = mbrtowc(&character, text.data(), text.size(), &state);
+        if (length > text.size()) {  // malformed or cut off
+            character = kReplacement;
+            length = 1;
+        }
+        wide += character;
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return wide;
+}
+
+std::wstring widenBytes(std::string_view path) {
+    std::wstring wide;
+    wide.reserve(path.size());
+    for (const char byte : path) wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+    return wide;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (const wchar_t character : fromUtf8(text)) {
+        const bool harmless = wcwidth(character) >= 0 && character != 0 && !changesDirection(character);
+        shown += harmless ? toUtf8(std::wstring_view(&character, 1)) : spelledOut(character);
+    }
+    return shown;
+}
+
+int columnsOf(std::string_view text) {
+    return columnsOf(fromUtf8(text));
+}
+
+std::string clip(std::string_view text, int columns) {
+    const std::wstring wide = fromUtf8(text);
+    if (columnsOf(wide) <= columns) return std::string(text);
+    return toUtf8(std::wstring_view(wide).substr(0, fitting(wide, columns - 1))) + "…";
+}
+
+std::string pad(std::string_view text, int columns) {
+    const int missing = std::max(0, columns - columnsOf(text));
+    return std::string(text).append(static_cast<std::size_t>(missing), ' ');
+}
+
+std::vector<std::string> wrap(std::string_view text, int columns) {
+    std::vector<std::string> lines;
+    const std::wstring wide = fromUtf8(text);
+    std::wstring_view rest = wide;
+    while (columnsOf(rest) > columns) {
+        const std::size_t count = std::max<std::size_t>(1, fitting(rest, columns));
+        const std::size_t blank = rest.rfind(L' ', count);
+        const bool atBlank = blank != std::wstring_view::npos && blank > 0;
+        lines.push_back(toUtf8(rest.substr(0, atBlank ? blank : count)));
+        rest.remove_prefix(atBlank ? blank + 1 : count);
+    }
+    lines.push_back(toUtf8(rest));
+    return lines;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& byte : lower) {
+        if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+    }
+    return lower;
+}
+
+}  // namespace zavcli

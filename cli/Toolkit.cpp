@@ -1,0 +1,80 @@
+#include "cli/Toolkit.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "cli/Failure.h"
+
+namespace zavcli {
+
+namespace {
+
+constexpr const char* kHardwareScanner = "quorvah";
+
+void requireStartable(const std::string& directory, int status) {
+    if (canBeStartedFrom(directory)) return;
+    throw Failure(status,
+                  fmt::format("the toolkit directory '{}' cannot be used: the library cannot start a scanner "
+                              "from a path with blanks, tabs or double quotes; move or link it elsewhere",
+                              directory));
+}
+
+Toolkit givenToolkit(const std::string& directory) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(directory, error))
+        throw Failure(kExitBadUsage, fmt::format("--toolkit: '{}' is not a directory", directory));
+    requireStartable(directory, kExitBadUsage);
+    if (!holdsProgram(directory, kHardwareScanner))
+        throw Failure(kExitBadUsage, fmt::format("--toolkit: '{}' holds no program 'quorvah'", directory));
+    return {directory, ToolkitSource::Given};
+}
+
+}  // namespace
+
+std::vector<std::string> bundledPlaces(const std::filesystem::path& command) {
+    const std::filesystem::path directory = command.parent_path();
+    return {directory.string(), (directory / ".." / "libexec" / "zav").lexically_normal().string()};
+}
+
+std::filesystem::path thisCommand() {
+    return std::filesystem::read_symlink("/proc/self/exe");
+}
+
+bool holdsProgram(const std::string& directory, const std::string& name) {
+    const std::string path = directory + "/" + name;
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) && access(path.c_str(), X_OK) == 0;
+}
+
+bool canBeStartedFrom(std::string_view directory) {
+    return directory.find_first_of(" \t\"") == std::string_view::npos;
+}
+
+Toolkit chooseToolkit(const ToolkitPlaces& places) {
+    if (places.given) return givenToolkit(*places.given);
+    std::vector<Toolkit> candidates;
+    std::vector<std::string> looked = places.bundled;
+    if (!places.configured.empty()) {
+        candidates.push_back({places.configured, ToolkitSource::Configured});
+        looked.insert(looked.begin(), places.configured);
+    }
+    for (const std::string& directory : places.bundled)
+        candidates.push_back({directory, ToolkitSource::Bundled});
+
+    std::erase_if(candidates,
+                  [](const Toolkit& toolkit) { return !holdsProgram(toolkit.directory, kHardwareScanner); });
+    const auto usable = std::find_if(candidates.begin(), candidates.end(), [](const Toolkit& toolkit) {
+        return canBeStartedFrom(toolkit.directory);
+    });
+    if (usable != candidates.end()) return *usable;
+    if (!candidates.empty()) requireStartable(candidates.front().directory, kExitFailed);
+    throw Failure(kExitFailed,
+                  fmt::format("no hardware scanner 'quorvah' in {}; --toolkit names its directory, 'zav "
+                              "doctor' tells more",
+                              fmt::join(looked, " or ")));
+}
+
+}  // namespace zavcli
