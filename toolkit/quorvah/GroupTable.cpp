@@ -4,6 +4,13 @@
 
 namespace quorvah {
 
+extern const Group kIPv6Address;
+extern const Group kIPAddress;
+extern const Group kNetworkAdapter;
+extern const Group kUSBDevice;
+extern const Group kPCIDevice;
+extern const Group kSoftwarePackages;
+
 namespace {
 
 // The groups that are known by name only.
@@ -12,8 +19,6 @@ constexpr Group kProcessor{"Processor", "Processor", {}, nullptr};
 constexpr Group kMemory{"Memory", "Memory", {}, nullptr};
 constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", {}, nullptr};
 constexpr Group kStorage{"Storage", "Storage", {}, nullptr};
-constexpr Group kIPAddress{"IP Address", "IPAddress", {}, nullptr};
-constexpr Group kNetworkAdapter{"Network Adapter", "NetworkAdapter", {}, nullptr};
 constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", {}, nullptr};
 constexpr Group kPointingDevice{"Pointing Device", "PointingDevice", {}, nullptr};
 constexpr Group kKeyboard{"Keyboard", "Keyboard", {}, nullptr};
@@ -28,11 +33,8 @@ constexpr Group kPCSystemParams{"PC System Params", "PCSystemParams", {}, nullpt
 constexpr Group kSerialPort{"Serial Port", "SerialPort", {}, nullptr};
 constexpr Group kParallelPort{"Parallel Port", "ParallelPort", {}, nullptr};
 constexpr Group kSMBIOS{"SMBIOS", "SMBIOS", {}, nullptr};
-constexpr Group kSoftwarePackages{"Software Packages", "SoftwarePackages", {}, nullptr};
 constexpr Group kInstalledPatches{"Installed Patches", "InstalledPatches", {}, nullptr};
 constexpr Group kPartition{"Partition", "Partition", {}, nullptr};
-constexpr Group kUSBDevice{"USB Device", "USBDevice", {}, nullptr};
-constexpr Group kPCIDevice{"PCI Device", "PCIDevice", {}, nullptr};
 constexpr Group kModem{"Modem", "Modem", {}, nullptr};
 constexpr Group kMemoryModules{"Memory Modules", "MemoryModules", {}, nullptr};
 constexpr Group kMonitor{"Monitor", "Monitor", {}, nullptr};
@@ -53,7 +55,6 @@ constexpr Group kUnixCpuMeter{"UnixCpuMeter", "UnixCpuMeter", {}, nullptr};
 constexpr Group kWinCpuMeter{"WinCpuMeter", "WinCpuMeter", {}, nullptr};
 constexpr Group kVirtualMachine{"VirtualMachine", "VirtualMachine", {}, nullptr};
 constexpr Group kVirtualMachineGuest{"VirtualMachineGuest", "VirtualMachineGuest", {}, nullptr};
-constexpr Group kIPv6Address{"IPv6 Address", "IPv6Address", {}, nullptr};
 
 constexpr const Group* kTable[] = {
     &kComponentID,

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvah {
+
+// "0000:00:1f.2". The domain may have more than four digits.
+struct PciAddress {
+    unsigned domain = 0;
+    unsigned bus = 0;
+    unsigned device = 0;
+    unsigned function = 0;
+};
+
+std::optional<PciAddress> readPciAddress(std::string_view text);
+
+// The innermost component of a device's path in sysfs that is the address of a PCI device; empty when there
+// is none.
+//     ../../devices/pci0000:00/0000:00:03.0/virtio2/net/eth0 -> 0000:00:03.0
+std::string_view pciAddressIn(std::string_view path);
+
+// The same for the name of a USB device ("1-1.2"), of which a network adapter uses an interface
+// ("1-1.2:1.0").
+std::string_view usbDeviceIn(std::string_view path);
+
+}  // namespace quorvah
