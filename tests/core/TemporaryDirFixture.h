@@ -1,0 +1,83 @@
+// What the tests of the workspace share.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/TemporaryDir.h"
+#include "kest/Text.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/ZavIni.h"
+
+namespace zav::test {
+
+inline const std::string kInitFunction = "TemporaryDir::init()";
+inline const char* const kRandomDevice = "/dev/urandom";
+inline const char* const kOtherRandomDevice = "/dev/random";
+
+inline std::wstring wide(const std::filesystem::path& path) {
+    return kest::widen(path.string());
+}
+
+// What every name holds behind its prefix.
+inline std::string processIds() {
+    return std::to_string(getpid()) + std::to_string(getppid());
+}
+
+// The next workspace or file tries this many names.
+inline int seedBudget(unsigned seed) {
+    std::srand(seed);
+    const int budget = std::rand() % 30 + 30;
+    std::srand(seed);
+    return budget;
+}
+
+// All random characters are "0" and every name has six of them, as long as this lives.
+class NoRandomness {
+    zavtest::OpenRule zeros_{kRandomDevice, "/dev/zero"};
+};
+
+// The random device delivers these values, and nothing behind them.
+class RandomValues {
+  public:
+    explicit RandomValues(const std::vector<std::uint32_t>& values) : rule_(kRandomDevice, write(values)) {}
+
+  private:
+    std::filesystem::path write(const std::vector<std::uint32_t>& values) const {
+        return directory_.write(
+            "random", {reinterpret_cast<const char*>(values.data()), values.size() * sizeof values.front()});
+    }
+
+    zavtest::ScratchDir directory_;
+    zavtest::OpenRule rule_;
+};
+
+// A workspace is made below a directory of the test's own.
+class TemporaryDirTest : public testing::Test {
+  protected:
+    std::unique_ptr<TemporaryDir> make() {
+        return std::make_unique<TemporaryDir>(&log_, wide(base_.path()).c_str());
+    }
+    std::unique_ptr<TemporaryDir> makeInitialised(const wchar_t* prefix = L"zav_") {
+        auto workspace = make();
+        EXPECT_EQ(workspace->init(prefix), 0);
+        recorder_.messages.clear();
+        return workspace;
+    }
+    zavtest::Message message(const std::string& function, const std::string& text) const {
+        return {2, 1, function, text};
+    }
+
+    zavtest::ScratchDir base_;
+    zavtest::LogRecorder recorder_;
+    ZAVlog log_{1, zavtest::LogRecorder::callback, &recorder_};
+};
+
+}  // namespace zav::test
