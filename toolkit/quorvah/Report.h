@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "toolkit/quorvah/Group.h"
@@ -75,6 +76,10 @@ class Report {
     // Empty for a group that is complete.
     const std::string& reason() const { return reason_; }
 
+    // Something to tell the person who reads the report.
+    void warn(std::string text) { warnings_.push_back(std::move(text)); }
+    const std::vector<std::string>& warnings() const { return warnings_; }
+
     // Sorts the instances by their keys. Numbers in keys count as such, so cpu10 comes behind cpu9, unless
     // the key is bytewise.
     void sort();
@@ -86,6 +91,7 @@ class Report {
     const Group* group_;
     std::deque<Instance> instances_;
     std::string reason_;
+    std::vector<std::string> warnings_;
 };
 
 // Whether `left` comes before `right` when the decimal numbers in them are compared by value.

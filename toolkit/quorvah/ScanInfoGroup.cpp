@@ -1,4 +1,8 @@
+#include <unistd.h>
+
 #include "toolkit/quorvah/GroupTable.h"
+#include "toolkit/quorvah/IsoTime.h"
+#include "toolkit/quorvah/NameDatabase.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
@@ -26,13 +30,23 @@ constexpr FieldDef kFields[] = {
 };
 
 void gather(Scan& scan, Report& report) {
+    const Summary& summary = scan.summary;
     Instance& info = report.add("quorvah");
+    info.set("ScannerVersion", QUORVAH_VERSION);
+    info.set("SchemaVersion", "1");
+    info.set("StartTime", isoTime(summary.startTime));
+    info.set("EndTime", isoTime(summary.endTime));
+    info.set("ElapsedTime", summary.elapsed);
+    info.set("EffectiveUserId", ::geteuid());
+    info.set("Privileged", ::geteuid() == 0);
     info.set("RootPath", scan.root().directory());
-    info.set("GroupsRequested", scan.summary.requested);
-    info.set("GroupsComplete", scan.summary.complete);
-    info.set("GroupsPartial", scan.summary.partial);
-    info.set("Complete", scan.summary.partial.empty());
-    info.set("Warnings", scan.summary.warnings);
+    info.set("Platform", "linux-" QUORVAH_MACHINE);
+    info.set("GroupsRequested", summary.requested);
+    info.set("GroupsComplete", summary.complete);
+    info.set("GroupsPartial", summary.partial);
+    info.set("Complete", summary.partial.empty());
+    info.set("Warnings", summary.warnings);
+    info.set("NameDatabaseVersion", nameDatabaseVersions(scan.options()));
 }
 
 }  // namespace

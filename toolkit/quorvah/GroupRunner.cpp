@@ -1,0 +1,177 @@
+#include "toolkit/quorvah/GroupRunner.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <system_error>
+
+#include "kest/Descriptor.h"
+#include "toolkit/quorvah/ReportFrame.h"
+
+namespace quorvah {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+void gather(Scan& scan, Report& report) {
+    if (report.group().gather == nullptr) {
+        report.partial("unsupported");
+        return;
+    }
+    const int denials = scan.root().denials();
+    try {
+        report.group().gather(scan, report);
+    } catch (const std::exception& failure) {
+        report.partial("failed");
+        report.warn(std::string(report.group().xmlName) + ": " + failure.what());
+    }
+    if (scan.root().denials() > denials) report.partial("permission");
+}
+
+// The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
+// whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
+[[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, int pipe, pid_t parent) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) ::_exit(1);
+    const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, stream);
+    for (const Group* const group : groups) {
+        Report report(*group);
+        gather(scan, report);
+        std::string_view rest;
+        const std::string frame = frameOf(report);
+        for (rest = frame; !rest.empty();) {
+            const ssize_t count = ::write(pipe, rest.data(), rest.size());
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) ::_exit(1);
+            rest.remove_prefix(static_cast<std::size_t>(count));
+        }
+    }
+    ::_exit(0);
+}
+
+// A child that gathers groups; killed when its owner is done with it.
+class Worker {
+  public:
+    Worker(Scan& scan, std::span<const Group* const> groups) {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
+        pipe_ = kest::Descriptor(ends[0]);
+        const kest::Descriptor far(ends[1]);
+        const pid_t self = ::getpid();
+        process_ = ::fork();
+        if (process_ < 0) fail("fork");
+        if (process_ == 0) {
+            pipe_.close();
+            work(scan, groups, far.number(), self);
+        }
+    }
+    ~Worker() {
+        // One that hangs in the kernel dies when the kernel lets go of it; nobody waits for that.
+        ::kill(process_, SIGKILL);
+        ::waitpid(process_, nullptr, WNOHANG);
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    // The next group's report, in frame. Otherwise why there is none.
+    const char* nextFrame(Clock::time_point deadline, std::string& frame) {
+        for (;;) {
+            const std::size_t length = frameLength(received_);
+            if (length > 0 && received_.size() >= length) {
+                frame = received_.substr(0, length);
+                received_.erase(0, length);
+                return nullptr;
+            }
+            if (!waitForInput(deadline)) return "timeout";
+            if (!receive()) return "failed";
+        }
+    }
+
+  private:
+    [[noreturn]] static void fail(const char* call) {
+        throw std::system_error(errno, std::generic_category(), call);
+    }
+
+    bool waitForInput(Clock::time_point deadline) const {
+        for (;;) {
+            const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
+            pollfd input{pipe_.number(), POLLIN, 0};
+            const int ready = ::poll(&input, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
+            if (ready > 0) return true;
+            if (ready == 0 && left <= 0) return false;
+            if (ready < 0 && errno != EINTR) fail("poll");
+        }
+    }
+
+    // False when the child has ended.
+    bool receive() {
+        std::array<char, 65536> buffer;
+        const ssize_t count = ::read(pipe_.number(), buffer.data(), buffer.size());
+        if (count > 0) received_.append(buffer.data(), static_cast<std::size_t>(count));
+        return count > 0 || (count < 0 && errno == EINTR);
+    }
+
+    pid_t process_ = -1;
+    kest::Descriptor pipe_;
+    std::string received_;
+};
+
+class Run {
+  public:
+    Run(Scan& scan, const Limits& limits, const OnReport& onReport)
+        : scan_(scan), limits_(limits), onReport_(onReport), end_(Clock::now() + limits.run) {}
+
+    void gatherAll(std::span<const Group* const> groups) {
+        while (!groups.empty() && Clock::now() < end_) groups = groups.subspan(gatherSome(groups));
+        for (const Group* const group : groups) finish(*group, "timeout", {}, Clock::now());
+    }
+
+  private:
+    // Gathers with one child until it fails; returns how many groups that has settled.
+    std::size_t gatherSome(std::span<const Group* const> groups) {
+        Worker worker(scan_, groups);
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            const Clock::time_point start = Clock::now();
+            std::string frame;
+            const char* const failure = worker.nextFrame(std::min(start + limits_.group, end_), frame);
+            finish(*groups[i], failure, frame, start);
+            if (failure != nullptr) return i + 1;
+        }
+        return groups.size();
+    }
+
+    void finish(const Group& group, const char* failure, std::string_view frame, Clock::time_point start) {
+        Report report(group);
+        if (failure == nullptr && !readFrame(frame, report)) {
+            report = Report(group);
+            failure = "failed";
+        }
+        if (failure != nullptr) report.partial(failure);
+        onReport_(std::move(report), std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+    }
+
+    Scan& scan_;
+    Limits limits_;
+    const OnReport& onReport_;
+    Clock::time_point end_;
+};
+
+}  // namespace
+
+void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
+                  const OnReport& onReport) {
+    Run(scan, limits, onReport).gatherAll(groups);
+}
+
+}  // namespace quorvah

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <span>
+
+#include "toolkit/quorvah/Report.h"
+#include "toolkit/quorvah/Scan.h"
+
+namespace quorvah {
+
+// How long gathering may take.
+struct Limits {
+    std::chrono::milliseconds group{10'000};
+    std::chrono::milliseconds run{60'000};
+};
+
+// What becomes of each group; in the order of the groups.
+using OnReport = std::function<void(Report&& report, std::chrono::milliseconds elapsed)>;
+
+// Gathers the groups in a child process, which is killed when a group takes too long: that group is then
+// reported without instances as "timeout", and gathering goes on with the next one. A group whose code dies
+// costs no more than its own instances either ("failed"), nor does one that this scanner cannot gather
+// ("unsupported"). A group that lacked a permission is reported as "permission" with what it has. Throws
+// std::system_error when no process can be started.
+void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
+                  const OnReport& onReport);
+
+}  // namespace quorvah

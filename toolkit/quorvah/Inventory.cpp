@@ -1,0 +1,125 @@
+#include "toolkit/quorvah/Inventory.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <optional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "toolkit/quorvah/Configuration.h"
+#include "toolkit/quorvah/GroupRunner.h"
+#include "toolkit/quorvah/GroupTable.h"
+#include "toolkit/quorvah/OutputDocument.h"
+#include "toolkit/quorvah/OutputFile.h"
+#include "toolkit/quorvah/Sanitizer.h"
+
+namespace quorvah {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+Scan openScan(Options options) {
+    try {
+        return Scan(std::move(options));
+    } catch (const std::system_error& failure) {
+        throw BadInput(failure.what());
+    }
+}
+
+class Inventory {
+  public:
+    explicit Inventory(Options options) : scan_(openScan(std::move(options))) {
+        if (scan_.options().sanitize) sanitizer_.emplace();
+        scan_.summary.startTime = std::time(nullptr);
+    }
+
+    void take() {
+        const std::vector<const Group*> wanted = readWanted();
+        std::vector<const Group*> gathered = wanted;
+        const bool tellsOfItself = std::erase(gathered, &kScanInfo) > 0;
+        gatherGroups(scan_, gathered, Limits(),
+                     [this](Report&& report, milliseconds elapsed) { add(std::move(report), elapsed); });
+        if (tellsOfItself) addScanInfo();
+        writeOutputFile(scan_.options().output, outputDocument(reports_, scan_.options().pretty));
+    }
+
+  private:
+    // The groups that are asked for, each once, in the order of the table.
+    std::vector<const Group*> readWanted() {
+        const Configuration configuration = readConfiguration(scan_.options().config);
+        if (!configuration.error.empty()) throw BadInput(configuration.error);
+        for (const std::string& warning : configuration.warnings)
+            warn(scan_.options().config + ": " + warning);
+        std::vector<const Group*> named;
+        for (const std::string& name : configuration.groups) {
+            const Group* const group = findGroup(name);
+            if (group == nullptr) warn("unknown group \"" + name + "\"");
+            named.push_back(group);
+        }
+        std::vector<const Group*> wanted;
+        for (const Group* const group : allGroups()) {
+            if (std::ranges::find(named, group) == named.end()) continue;
+            wanted.push_back(group);
+            scan_.summary.requested.emplace_back(group->xmlName);
+        }
+        return wanted;
+    }
+
+    void warn(const std::string& text) {
+        std::fprintf(stderr, "quorvah: %s\n", text.c_str());
+        scan_.summary.warnings.push_back(text);
+    }
+
+    void add(Report&& report, milliseconds elapsed) {
+        const char* const name = report.group().xmlName;
+        if (report.reason().empty()) {
+            scan_.summary.complete.emplace_back(name);
+        } else {
+            scan_.summary.partial.push_back(std::string(name) + "=" + report.reason());
+        }
+        for (const std::string& warning : report.warnings()) warn(warning);
+        const std::size_t count = report.instances().size();
+        std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, count, count == 1 ? "" : "s",
+                    static_cast<long long>(elapsed.count()), report.reason().empty() ? "" : ", ",
+                    report.reason().c_str());
+        std::fflush(stdout);
+        keep(std::move(report));
+    }
+
+    void keep(Report&& report) {
+        if (scan_.options().noVolatile) dropVolatile(report);
+        if (sanitizer_) sanitizer_->hide(report);
+        report.sort();
+        reports_.push_back(std::move(report));
+    }
+
+    void addScanInfo() {
+        const Clock::time_point start = Clock::now();
+        Summary& summary = scan_.summary;
+        summary.endTime = std::time(nullptr);
+        summary.elapsed = std::chrono::duration_cast<milliseconds>(start - start_).count();
+        summary.complete.emplace_back(kScanInfo.xmlName);
+        Report report(kScanInfo);
+        kScanInfo.gather(scan_, report);
+        summary.complete.pop_back();  // add() counts it
+        add(std::move(report), std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+    }
+
+    const Clock::time_point start_ = Clock::now();
+    Scan scan_;
+    std::optional<Sanitizer> sanitizer_;
+    std::vector<Report> reports_;
+};
+
+}  // namespace
+
+void takeInventory(Options options) {
+    Inventory(std::move(options)).take();
+}
+
+}  // namespace quorvah

@@ -1,0 +1,54 @@
+#include <sys/auxv.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "toolkit/quorvah/CommandLine.h"
+#include "toolkit/quorvah/Inventory.h"
+
+namespace {
+
+constexpr int kOutputFailed = 1;
+constexpr int kBadUsage = 2;
+
+int complain(const std::string& message, int status) {
+    std::fprintf(stderr, "quorvah: %s\n", message.c_str());
+    return status;
+}
+
+int run(int argc, char** argv) {
+    const char* const root = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_ROOT") : nullptr;
+    quorvah::CommandLine line = quorvah::parseCommandLine(argc, argv, root);
+    switch (line.action) {
+        case quorvah::Action::Help:
+            std::fputs(quorvah::kUsage, stdout);
+            return 0;
+        case quorvah::Action::Version:
+            std::puts("quorvah " QUORVAH_VERSION);
+            return 0;
+        case quorvah::Action::Refuse:
+            return complain(line.message + " (--help shows the usage)", kBadUsage);
+        case quorvah::Action::Scan:
+            break;
+    }
+    try {
+        quorvah::takeInventory(std::move(line.options));
+    } catch (const quorvah::BadInput& bad) {
+        return complain(bad.what(), kBadUsage);
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // The output file counts even when nobody reads the progress any more.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& failure) {
+        return complain(failure.what(), kOutputFailed);
+    }
+}
