@@ -4,6 +4,7 @@
 
 namespace quorvah {
 
+extern const Group kLogicalDrive;
 extern const Group kIPv6Address;
 extern const Group kIPAddress;
 extern const Group kNetworkAdapter;
@@ -22,7 +23,6 @@ constexpr Group kStorage{"Storage", "Storage", {}, nullptr};
 constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", {}, nullptr};
 constexpr Group kPointingDevice{"Pointing Device", "PointingDevice", {}, nullptr};
 constexpr Group kKeyboard{"Keyboard", "Keyboard", {}, nullptr};
-constexpr Group kLogicalDrive{"Logical Drive", "LogicalDrive", {}, nullptr};
 constexpr Group kIPXAddress{"IPX Address", "IPXAddress", {}, nullptr};
 constexpr Group kVideo{"Video", "Video", {}, nullptr};
 constexpr Group kPrinter{"Printer", "Printer", {}, nullptr};

@@ -9,21 +9,14 @@ bool isOctal(char c) {
     return c >= '0' && c <= '7';
 }
 
-bool hasOption(std::string_view options, std::string_view wanted) {
-    while (!options.empty()) {
-        if (takeField(options, ',') == wanted) return true;
-    }
-    return false;
-}
-
 // "rw,relatime" of the mount and "ro,discard" of its file system make "ro,relatime,discard": either can
 // forbid writing.
 std::string mergedOptions(std::string_view ofMount, std::string_view ofFileSystem) {
     std::string merged(ofMount);
-    if (merged.substr(0, 2) == "rw" && hasOption(ofFileSystem, "ro")) merged.replace(0, 2, "ro");
+    if (merged.substr(0, 2) == "rw" && hasMountOption(ofFileSystem, "ro")) merged.replace(0, 2, "ro");
     while (!ofFileSystem.empty()) {
         const std::string_view option = takeField(ofFileSystem, ',');
-        if (option.empty() || option == "rw" || option == "ro" || hasOption(ofMount, option)) continue;
+        if (option.empty() || option == "rw" || option == "ro" || hasMountOption(ofMount, option)) continue;
         if (!merged.empty()) merged += ',';
         merged += option;
     }
@@ -54,10 +47,17 @@ bool readMountTableLine(std::string_view line, Mount& mount) {
     mount.type = withoutOctalEscapes(nextWord(line));
     mount.options = withoutOctalEscapes(nextWord(line));
     if (mount.mountPoint.empty() || mount.mountPoint.front() != '/' || mount.type.empty()) return false;
-    return mount.type != "swap" && !hasOption(mount.options, "noauto");
+    return mount.type != "swap" && !hasMountOption(mount.options, "noauto");
 }
 
 }  // namespace
+
+bool hasMountOption(std::string_view options, std::string_view wanted) {
+    while (!options.empty()) {
+        if (takeField(options, ',') == wanted) return true;
+    }
+    return false;
+}
 
 std::string withoutOctalEscapes(std::string_view text) {
     std::string plain;

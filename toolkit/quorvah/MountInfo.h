@@ -26,4 +26,7 @@ std::vector<Mount> readMountTable(std::string_view text);
 // Replaces \040 and the like by the character meant.
 std::string withoutOctalEscapes(std::string_view text);
 
+// Whether one of the comma-separated options is this one.
+bool hasMountOption(std::string_view options, std::string_view wanted);
+
 }  // namespace quorvah
