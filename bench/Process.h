@@ -6,9 +6,8 @@
 namespace zavbench {
 
 struct Finished {
-    int status;         // as wait4 gives it
-    double cpuSeconds;  // user and system, of the whole child
-    double wallSeconds;
+    int status;          // as wait4 gives it
+    double cpuSeconds;   // user and system, of the whole child
     std::string output;  // what it wrote to standard output
 };
 

@@ -29,7 +29,7 @@ std::string figure(const std::string& name, double value) {
 
 void printRow(std::ostream& out, const std::string& work, const std::string& ours, const std::string& peer,
               const std::string& ratio, const std::string& bound, const std::string& verdict) {
-    out << fmt::format("| {:<66} | {:>9} | {:>9} | {:>5} | {:>5} | {:<7} |\n", work, ours, peer, ratio, bound,
+    out << fmt::format("| {:<70} | {:>9} | {:>9} | {:>5} | {:>5} | {:<7} |\n", work, ours, peer, ratio, bound,
                        verdict);
 }
 
@@ -37,7 +37,7 @@ void printRow(std::ostream& out, const std::string& work, const std::string& our
 
 void printTable(std::ostream& out, const std::vector<Row>& rows, const Medians& medians) {
     printRow(out, "work, and what it is held against", "ours", "peer", "ratio", "bound", "reached");
-    out << fmt::format("|{:-<68}|{:->11}|{:->11}|{:->7}|{:->7}|{:-<9}|\n", "", ":", ":", ":", ":", "");
+    out << fmt::format("|{:-<72}|{:->11}|{:->11}|{:->7}|{:->7}|{:-<9}|\n", "", ":", ":", ":", ":", "");
     for (const Row& row : rows) {
         if (!isThere(row, medians)) continue;
         const std::string ours = figure(row.ours, medians.at(row.ours));

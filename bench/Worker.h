@@ -8,9 +8,8 @@
 namespace zavbench {
 
 struct Sample {
-    double cpuSeconds;   // user and system, of the work alone
-    double wallSeconds;  // of the work alone
-    double peakBytes;    // of the whole process
+    double cpuSeconds;  // user and system, of the work alone and of the children that it started
+    double peakBytes;   // of the whole process
 };
 
 // Runs this program anew with "--work NAME ARGUMENT..." and returns what it measured. Ends the program with a

@@ -46,13 +46,16 @@ Action readTablesAlone(const Arguments& arguments) {
     return [path = arguments.at(0), context = emptyTables()] { return fillTablesDirectly(path, *context); };
 }
 
-// A host with a hardware context and no callback, whose scanner is the one in `toolkit`.
+// A host with a hardware context and no callback, whose scanner is the one in `toolkit` and whose files are
+// in `tempDir`.
 class Host {
   public:
-    explicit Host(const std::string& toolkit) {
+    Host(const std::string& toolkit, const std::string& tempDir) {
         const std::wstring directory = kest::widen(toolkit);
-        const bool made = ZAV_init("bench", nullptr, nullptr, nullptr, directory.c_str(), &library_) == 0 &&
-                          ZAV_hw_init(library_, nullptr, nullptr, &context_) == 0;
+        const std::wstring files = kest::widen(tempDir);
+        const bool made =
+            ZAV_init("bench", nullptr, nullptr, files.c_str(), directory.c_str(), &library_) == 0 &&
+            ZAV_hw_init(library_, nullptr, nullptr, &context_) == 0;
         if (!made) std::abort();
     }
     ~Host() {
@@ -78,12 +81,12 @@ Action repeated(const std::string& times, Action action) {
     };
 }
 
-// Arguments: toolkit directory, number of runs, resident memory of the host in bytes.
+// Arguments: toolkit directory, number of runs, directory for files, resident memory of the host in bytes.
 Action runLibrary(const Arguments& arguments) {
-    const auto size = static_cast<std::size_t>(std::atoll(arguments.at(2).c_str()));
+    const auto size = static_cast<std::size_t>(std::atoll(arguments.at(3).c_str()));
     const std::shared_ptr<char> memory(static_cast<char*>(std::malloc(size + 1)), std::free);
     std::memset(memory.get(), 1, size + 1);
-    const auto host = std::make_shared<Host>(arguments.at(0));
+    const auto host = std::make_shared<Host>(arguments.at(0), arguments.at(2));
     return repeated(arguments.at(1), [memory, host] { return host->run(); });
 }
 
