@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "toolkit/quorvah/DpkgStatus.h"
+#include "toolkit/quorvah/FileText.h"
 #include "toolkit/quorvah/IsoTime.h"
 #include "toolkit/quorvah/PackageSources.h"
 #include "toolkit/quorvah/PackageUrl.h"
@@ -45,30 +46,26 @@ class InstallDates {
     kest::Descriptor folder_;
 };
 
-struct Texts {
-    std::deque<std::string> files;  // the stanzas are views of them
-    std::vector<DpkgStanza> stanzas;
+struct Stanzas {
+    std::deque<FileText> files;  // the stanzas are views of them
+    std::vector<DpkgStanza> all;
 };
 
-void readStatusFile(const Root& root, Texts& texts) {
-    std::optional<std::string> text = root.read(kStatusFile);
-    if (!text) return;
-    DpkgStatus status(texts.files.emplace_back(std::move(*text)));
+void readStatusFile(const Root& root, Stanzas& stanzas) {
+    DpkgStatus status(stanzas.files.emplace_back(root, kStatusFile).text());
     DpkgStanza stanza;
-    while (status.next(stanza)) texts.stanzas.push_back(stanza);
+    while (status.next(stanza)) stanzas.all.push_back(stanza);
 }
 
 // A file for each package, whose being there says that it is installed; beside them lie lists of checksums.
-void readStatusFolder(const Root& root, Texts& texts) {
+void readStatusFolder(const Root& root, Stanzas& stanzas) {
     for (const std::string& name : root.list(kStatusFolder)) {
         if (name.ends_with(".md5sums")) continue;
-        std::optional<std::string> text = root.read(std::string(kStatusFolder) + "/" + name);
-        if (!text) continue;
-        DpkgStatus status(texts.files.emplace_back(std::move(*text)));
+        DpkgStatus status(stanzas.files.emplace_back(root, std::string(kStatusFolder) + "/" + name).text());
         DpkgStanza stanza;
         while (status.next(stanza)) {
             if (stanza.status.empty()) stanza.status = "install ok installed";
-            texts.stanzas.push_back(stanza);
+            stanzas.all.push_back(stanza);
         }
     }
 }
@@ -111,12 +108,12 @@ void addPackage(const DpkgStanza& stanza, std::string_view distribution, const I
 }  // namespace
 
 void addDpkgPackages(const Root& root, std::string_view distribution, Report& report) {
-    Texts texts;
-    readStatusFile(root, texts);
-    readStatusFolder(root, texts);
-    dropRepeated(texts.stanzas);
+    Stanzas stanzas;
+    readStatusFile(root, stanzas);
+    readStatusFolder(root, stanzas);
+    dropRepeated(stanzas.all);
     const InstallDates dates(root);
-    for (const DpkgStanza& stanza : texts.stanzas) {
+    for (const DpkgStanza& stanza : stanzas.all) {
         if (isInstalled(stanza.status)) addPackage(stanza, distribution, dates, report);
     }
 }
