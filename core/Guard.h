@@ -15,12 +15,12 @@ int guarded(Work work) noexcept {
     }
 }
 
-// For steps that must not stop a release.
+// The same for work without a code of its own.
 template <class Work>
-void quietly(Work work) noexcept {
-    guarded([&work] {
+int attempted(Work work) noexcept {
+    return guarded([&work] {
         work();
-        return 0;
+        return ZAV_SUCCESS;
     });
 }
 

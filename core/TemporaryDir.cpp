@@ -7,6 +7,7 @@
 #include <ctime>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "core/Guard.h"
 #include "core/Paths.h"
@@ -71,17 +72,23 @@ TemporaryDir::TemporaryDir() {
 }
 
 TemporaryDir::~TemporaryDir() {
-    quietly([this] {
+    close();
+}
+
+int TemporaryDir::close() noexcept {
+    if (closed_) return ZAV_SUCCESS;
+    closed_ = true;
+    const int announced = attempted([this] {
         if (log_ != nullptr) log_->traceMAX("TemporaryDir::~TemporaryDir()", "Dealocation()");
     });
+    int deleted = ZAV_SUCCESS;
     if (initialized_) {
-        quietly([this] {
-            if (!files_.empty()) deleteFiles(true);
-        });
-        quietly([this] { deleteDirectory(dirPath_); });
+        deleteFiles(true);
+        deleted = attempted([this] { deleteDirectory({}); });
         initialized_ = false;
     }
     if (randomSource_ != nullptr) std::fclose(randomSource_);
+    return announced != ZAV_SUCCESS ? announced : deleted;
 }
 
 int TemporaryDir::init(const wchar_t* prefix) {
@@ -91,6 +98,7 @@ int TemporaryDir::init(const wchar_t* prefix) {
     bool made = false;
     for (int number = attempts; number > 0 && !made; --number) {
         dirPath_ = candidate(basePath_, prefix, nullptr, number);
+        dirName_ = WStringToString(dirPath_);
         made = makeDirectory();
         initialized_ = made;
         dirPathText_ = dirPath_.c_str();
@@ -107,9 +115,8 @@ int TemporaryDir::init(const wchar_t* prefix) {
 
 // mkdir subtracts the umask, which may take rights from the owner too.
 bool TemporaryDir::makeDirectory() const {
-    const std::string path = WStringToString(dirPath_);
-    if (exists(path) || ::mkdir(path.c_str(), kOwnerOnly) != 0) return false;
-    ::chmod(path.c_str(), S_IRWXU);
+    if (exists(dirName_) || ::mkdir(dirName_.c_str(), kOwnerOnly) != 0) return false;
+    ::chmod(dirName_.c_str(), S_IRWXU);
     return true;
 }
 
@@ -125,10 +132,11 @@ std::wstring TemporaryDir::candidate(const std::wstring& directory, const wchar_
 int TemporaryDir::getTmpFile(std::wstring& path, const wchar_t* prefix, const wchar_t* extension) {
     if (!initialized_) return ZAV_ERROR_WORKSPACE;
     for (int number = attemptBudget(); number > 0; --number) {
-        const std::wstring free = candidate(dirPath_, prefix, extension, number);
-        if (exists(WStringToString(free))) continue;
-        files_.push_back(free);
-        path = free;
+        std::wstring free = candidate(dirPath_, prefix, extension, number);
+        std::string name = WStringToString(free);
+        if (exists(name)) continue;
+        files_.push_back(std::move(name));
+        path = std::move(free);
         if (log_ != nullptr) {
             log_->traceMAX("TemporaryDir::getTmpFile()", "Requesting tmpFile [%S]", path.c_str());
         }
@@ -139,13 +147,13 @@ int TemporaryDir::getTmpFile(std::wstring& path, const wchar_t* prefix, const wc
 
 int TemporaryDir::deleteFiles(bool /*unused*/) {
     if (!initialized_) return ZAV_ERROR_WORKSPACE;
-    for (const std::wstring& path : files_) ::unlink(WStringToString(path).c_str());
+    for (const std::string& name : files_) ::unlink(name.c_str());
     files_.clear();
     return 0;
 }
 
 void TemporaryDir::deleteDirectory(std::wstring /*unused*/) {
-    const bool removed = ::rmdir(WStringToString(dirPathText_).c_str()) == 0;
+    const bool removed = ::rmdir(dirName_.c_str()) == 0;
     if (log_ != nullptr) {
         log_->traceMAX("TemporaryDir::deleteDirectory()", "Deleting directory [%S] - %s", dirPathText_,
                        removed ? "success" : "failed");

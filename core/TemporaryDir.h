@@ -20,7 +20,7 @@ class TemporaryDir {
     explicit TemporaryDir(const wchar_t* basePath);
     explicit TemporaryDir(ZAVlog* log);
     TemporaryDir();
-    // Deletes the remembered files and the directory, unless somebody else's files are in it.
+    // As close().
     ~TemporaryDir();
     TemporaryDir(const TemporaryDir&) = delete;
     TemporaryDir& operator=(const TemporaryDir&) = delete;
@@ -32,11 +32,16 @@ class TemporaryDir {
     // extension may be null; a number stands behind the extension.
     int getTmpFile(std::wstring& path, const wchar_t* prefix, const wchar_t* extension);
 
-    // Deletes every file whose name was handed out and forgets them: 0, or 6 when not initialised.
+    // Deletes every file whose name was handed out and forgets them: 0, or 6 when not initialised. Needs no
+    // memory.
     int deleteFiles(bool unused);
 
     // Removes the workspace's directory if it is empty, whatever is named.
     void deleteDirectory(std::wstring unused);
+
+    // Ends the workspace: deletes the remembered files, and the directory unless somebody else's files are in
+    // it. 0, or 5 when the log's callback threw, which stops nothing.
+    int close() noexcept;
 
     // The workspace's directory, valid as long as the workspace; null when not initialised.
     const wchar_t* getBasePath() const { return initialized_ ? dirPathText_ : nullptr; }
@@ -56,10 +61,13 @@ class TemporaryDir {
                            int number);
     bool makeDirectory() const;
 
-    std::list<std::wstring> files_;
+    // The names are kept as the system takes them, so that deleting cannot run out of memory.
+    std::list<std::string> files_;
     std::wstring basePath_;
     std::wstring dirPath_;
+    std::string dirName_;
     bool initialized_ = false;
+    bool closed_ = false;
     const wchar_t* dirPathText_ = nullptr;
     ZAVlog* log_ = nullptr;
     std::FILE* randomSource_ = nullptr;

@@ -1,5 +1,6 @@
 #include "core/ZAVCtx.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -37,14 +38,6 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     return code;
 }
 
-// The workspace's files and directory go; a workspace that never was leaves its code.
-int releaseWorkspace(ZAVCtx& handle) {
-    if (handle.tempDir == nullptr) return ZAV_SUCCESS;
-    const int code = zav::guarded([&handle] { return handle.tempDir->deleteFiles(true); });
-    handle.tempDir.reset();
-    return code;
-}
-
 }  // namespace
 
 int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData, const wchar_t* tempDir,
@@ -57,17 +50,21 @@ int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData,
 
 int ZAV_free(ZAVCtx* handle) {
     if (handle == nullptr) return ZAV_ERROR_CONTEXT;
-    const int logged = zav::guarded([handle] {
+    int told = zav::attempted([handle] {
         handle->log->traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
-        return ZAV_SUCCESS;
     });
     int code = ZAV_ERROR_EXPLOITER;
     if (handle->exploiterName != nullptr) {
         handle->exploiterName.reset();
-        code = releaseWorkspace(*handle);
+        code = ZAV_SUCCESS;
+        if (handle->tempDir != nullptr) {
+            code = handle->tempDir->deleteFiles(true);
+            told = std::max(told, handle->tempDir->close());
+            handle->tempDir.reset();
+        }
     }
     handle->log.reset();
-    if (code != ZAV_SUCCESS && code != ZAV_ERROR_MEMORY) return code;
+    if (code != ZAV_SUCCESS) return code;
     delete handle;
-    return code != ZAV_SUCCESS ? code : logged;
+    return told;
 }

@@ -1,16 +1,23 @@
 #include "hw/ZAVHwCtx.h"
 
-#include <new>
+#include <algorithm>
+#include <cstdlib>
 
 #include "core/Guard.h"
 
 namespace zav {
 
+namespace {
+
+void freeArrays(std::vector<const wchar_t**>& instances) {
+    for (const wchar_t** const names : instances) std::free(names);
+    instances.clear();
+}
+
+}  // namespace
+
 void HW_cleanFields(HWFieldNames& fieldNames) {
-    for (int id = 0; id < kGroupSlots; ++id) {
-        for (const wchar_t** const names : fieldNames[id]) std::free(names);
-        fieldNames[id].clear();
-    }
+    for (int id = 0; id < kGroupSlots; ++id) freeArrays(fieldNames[id]);
 }
 
 namespace {
@@ -37,12 +44,14 @@ int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCt
 }
 
 int setOption(ZAVHwCtx* context, int option, unsigned char value) {
+    constexpr const char* kFunction = "ZAV_hw_setopt";
     const char* const text = value == 1 ? "true" : "false";
+    ZAVlog* const log = context->log.get();
     if (option == 0) {
-        context->log->traceMAX("ZAV_hw_setopt", "Setting all opts: [%s]", text);
+        if (log != nullptr) log->traceMAX(kFunction, "Setting all opts: [%s]", text);
         context->groupEnabled.fill(value);
     } else {
-        context->log->traceMAX("ZAV_hw_setopt", "Setting opt: [%d=%s]", option, text);
+        if (log != nullptr) log->traceMAX(kFunction, "Setting opt: [%d=%s]", option, text);
         context->groupEnabled.at(static_cast<std::size_t>(option)) = value;
     }
     context->returnCode = -1;
@@ -51,6 +60,10 @@ int setOption(ZAVHwCtx* context, int option, unsigned char value) {
 
 }  // namespace
 }  // namespace zav
+
+ZAVHwCtx::~ZAVHwCtx() {
+    for (auto& group : fieldNames) zav::freeArrays(group.second);
+}
 
 void ZAVHwCtx::discardResults() {
     returnCode = -1;
@@ -78,11 +91,14 @@ int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value) {
 int ZAV_hw_free(ZAVHwCtx* context) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     const std::unique_ptr<ZAVHwCtx> owner(context);
-    zav::quietly([context] { context->tmpDir->deleteFiles(true); });
-    context->tmpDir.reset();
-    zav::HW_cleanFields(context->fieldNames);
-    return zav::guarded([context] {
-        context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
-        return ZAV_SUCCESS;
+    int told = ZAV_SUCCESS;
+    if (context->tmpDir != nullptr) {
+        context->tmpDir->deleteFiles(true);
+        told = context->tmpDir->close();
+        context->tmpDir.reset();
+    }
+    const int goodbye = zav::attempted([context] {
+        if (context->log != nullptr) context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
     });
+    return std::max(told, goodbye);
 }

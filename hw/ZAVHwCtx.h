@@ -39,7 +39,7 @@ void HW_cleanFields(HWFieldNames& fieldNames);
 // A hardware context: made by ZAV_hw_init, released by ZAV_hw_free, opaque to hosts.
 struct ZAVHwCtx {
     ZAVHwCtx() = default;
-    ~ZAVHwCtx() { zav::HW_cleanFields(fieldNames); }
+    ~ZAVHwCtx();
     ZAVHwCtx(const ZAVHwCtx&) = delete;
     ZAVHwCtx& operator=(const ZAVHwCtx&) = delete;
 

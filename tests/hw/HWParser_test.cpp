@@ -1,0 +1,292 @@
+#include "hw/HWParser.h"
+
+#include <gtest/gtest.h>
+
+#include "intake/XMLParser.h"
+#include "kest/Text.h"
+#include "tests/hw/Inventory.h"
+
+namespace zav {
+namespace {
+
+using hwtest::Messages;
+using tessa::Node;
+using tessa::NodeList;
+
+// Name and value of each field of each instance.
+using Fields = std::vector<std::pair<std::wstring, std::wstring>>;
+
+Fields textsOf(const HWInstance& instance) {
+    Fields fields;
+    for (const HWField& field : instance) fields.emplace_back(field.name, field.value);
+    return fields;
+}
+
+// An element whose children cannot be listed, or that has no list.
+class ChildlessNode : public Node {
+  public:
+    explicit ChildlessNode(int result) : result_(result) {}
+
+    int type() const override { return kElement; }
+    const wchar_t* text() const override { return name_.text(); }
+    const kest::String& name() const override { return name_; }
+    int getChildren(const NodeList** children) const override {
+        *children = nullptr;
+        return result_;
+    }
+    const tessa::StringMap* attributes() const override { return &attributes_; }
+    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+
+  private:
+    int result_;
+    kest::String name_{L"Memory"};
+    tessa::StringMap attributes_;
+};
+
+class HWParserTest : public testing::Test {
+  protected:
+    HWParserTest() {
+        context_.log = std::make_unique<ZAVlog>(3, zavtest::LogRecorder::callback, &log_);
+        context_.discardResults();
+    }
+
+    // The root of a document; the tree lives until the next call.
+    const Node* read(const std::string& document) {
+        const std::wstring path = kest::widen(directory_.write("output.xml", document).string());
+        parser_ = std::make_unique<XMLParser>(context_.log.get(), path.c_str());
+        EXPECT_EQ(parser_->status, 0) << document;
+        return parser_->getRootNode();
+    }
+
+    const Node* firstChild(const std::string& document) {
+        const NodeList* children = nullptr;
+        EXPECT_EQ(read(document)->getChildren(&children), 0);
+        return children->front();
+    }
+
+    int parse(const std::string& document) { return HW_parseHWData(&context_, read(document)); }
+
+    // The tree is gone when the results are looked at, as it is for hosts.
+    std::vector<Fields> instances(int group) {
+        parser_.reset();
+        std::vector<Fields> all;
+        for (const HWInstance& instance : context_.groups[group]) all.push_back(textsOf(instance));
+        return all;
+    }
+
+    std::size_t storedInstances() {
+        std::size_t count = 0;
+        for (const auto& [id, instances] : context_.groups) count += instances.size();
+        return count;
+    }
+
+    ZAVHwCtx context_;
+    zavtest::LogRecorder log_;
+    zavtest::ScratchDir directory_;
+    std::unique_ptr<XMLParser> parser_;
+};
+
+Messages finished(int instances) {
+    return {{2, 3, "ZAV_hw_run",
+             "Parse finish. " + std::to_string(instances) + " groups successfully retrieved"}};
+}
+
+const Messages noRootData = {{0, 3, "ZAV_hw_run", "Error during a parse, no root data"}};
+
+TEST_F(HWParserTest, EachChildOfTheRootIsAnInstance) {
+    EXPECT_EQ(parse("<QEL><Processor><Name>A</Name><Cores>8</Cores></Processor>"
+                    "<Memory><Size>1</Size></Memory>"
+                    "<Processor><Cores>4</Cores></Processor></QEL>"),
+              0);
+    EXPECT_EQ(instances(2), (std::vector<Fields>{{{L"Name", L"A"}, {L"Cores", L"8"}}, {{L"Cores", L"4"}}}));
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"Size", L"1"}}}));
+}
+
+TEST_F(HWParserTest, TheMessageAtTheEndCountsInstancesNotGroups) {
+    EXPECT_EQ(parse("<QEL><Memory/><Memory/><Modem/></QEL>"), 0);
+    EXPECT_EQ(log_.messages, finished(3));
+}
+
+TEST_F(HWParserTest, TheFieldNamesPointAtTheNamesOfTheInstance) {
+    EXPECT_EQ(parse("<QEL><Memory><B>1</B><A>2</A><B>3</B></Memory><Memory/></QEL>"), 0);
+    const HWInstance& instance = context_.groups[3].at(0);
+    const std::vector<const wchar_t**>& names = context_.fieldNames[3];
+    ASSERT_EQ(names.size(), 2U);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(names[0][i], instance[i].name);
+    EXPECT_EQ(names[1], nullptr);
+}
+
+TEST_F(HWParserTest, AFieldThatOccursTwiceIsKeptTwice) {
+    EXPECT_EQ(parse("<QEL><Memory><Slot>1</Slot><Slot>2</Slot></Memory></QEL>"), 0);
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"Slot", L"1"}, {L"Slot", L"2"}}}));
+}
+
+TEST_F(HWParserTest, TheNameOfTheRootDoesNotMatter) {
+    for (const char* const root : {"QEL", "Memory", "whatever"}) {
+        context_.discardResults();
+        EXPECT_EQ(parse(std::string("<") + root + "><Memory/></" + root + ">"), 0);
+        EXPECT_EQ(instances(3).size(), 1U);
+    }
+}
+
+TEST_F(HWParserTest, AttributesDoNotMatter) {
+    EXPECT_EQ(parse("<QEL a='1'><Memory b='2'><Size unit='MB'>7</Size></Memory></QEL>"), 0);
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"Size", L"7"}}}));
+}
+
+TEST_F(HWParserTest, AGroupThatIsNotEnabledIsStoredToo) {
+    context_.groupEnabled.fill(0);
+    EXPECT_EQ(parse("<QEL><Memory/></QEL>"), 0);
+    EXPECT_EQ(instances(3).size(), 1U);
+}
+
+TEST_F(HWParserTest, ARootWithoutChildrenIsAnEmptyInventory) {
+    for (const char* const document :
+         {"<QEL/>", "<QEL></QEL>", "<QEL>\n</QEL>", "<QEL><!-- none --></QEL>"}) {
+        log_.messages.clear();
+        EXPECT_EQ(parse(document), 0) << document;
+        EXPECT_EQ(log_.messages, finished(0)) << document;
+    }
+    EXPECT_EQ(storedInstances(), 0U);
+}
+
+TEST_F(HWParserTest, ARootWhoseChildrenCannotBeListedIsAnError) {
+    const ChildlessNode failing(-1);
+    const ChildlessNode listless(0);
+    const Node* const text = firstChild("<QEL>text</QEL>");
+    for (const Node* const root : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
+                                   static_cast<const Node*>(&listless), text}) {
+        log_.messages.clear();
+        EXPECT_EQ(HW_parseHWData(&context_, root), 104);
+        EXPECT_EQ(log_.messages, noRootData);
+    }
+}
+
+TEST_F(HWParserTest, TextBetweenInstancesIsAnErrorWithoutAMessage) {
+    EXPECT_EQ(parse("<QEL><Memory/>text<Memory/></QEL>"), 104);
+    EXPECT_TRUE(log_.messages.empty());
+    EXPECT_EQ(instances(3).size(), 1U);
+}
+
+TEST_F(HWParserTest, TextBetweenFieldsIsAnErrorWithoutAMessage) {
+    EXPECT_EQ(parse("<QEL><Memory/><Memory><A>1</A>text<B>2</B></Memory><Memory/></QEL>"), 104);
+    EXPECT_TRUE(log_.messages.empty());
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{}}));
+}
+
+TEST_F(HWParserTest, AnUnknownGroupIsAnError) {
+    for (const char* const name : {"Operating_System", "memory", "QEL", "Memory2"}) {
+        context_.discardResults();
+        log_.messages.clear();
+        EXPECT_EQ(parse(std::string("<QEL><Memory/><") + name + "/><Memory/></QEL>"), 104);
+        EXPECT_EQ(log_.messages,
+                  (Messages{{0, 3, "ZAV_hw_run", std::string("Error: No such group [") + name + "]"}}));
+        EXPECT_EQ(instances(3).size(), 1U);
+    }
+}
+
+TEST_F(HWParserTest, AnElementInAFieldIsAnErrorThatNamesTheField) {
+    EXPECT_EQ(parse("<QEL><Memory><A>1</A></Memory>"
+                    "<Memory><B>2</B><C>3<D/></C><E>4</E></Memory><Memory/></QEL>"),
+              104);
+    EXPECT_EQ(log_.messages,
+              (Messages{{0, 3, "parseHWField()", "Error: unrecognized format of value in field [C]"}}));
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"A", L"1"}}}));
+    EXPECT_EQ(context_.fieldNames[3].size(), 1U);
+}
+
+TEST_F(HWParserTest, OnlyTheFirstFaultIsReported) {
+    EXPECT_EQ(parse("<QEL><Unknown1/><Unknown2/><Memory><A><B/></A></Memory></QEL>"), 104);
+    EXPECT_EQ(log_.messages.size(), 1U);
+}
+
+TEST_F(HWParserTest, FaultsNeedNoLogger) {
+    context_.log.reset();
+    EXPECT_EQ(HW_parseHWData(&context_, nullptr), 104);
+    for (const char* const document :
+         {"<QEL><Unknown/></QEL>", "<QEL>text</QEL>", "<QEL><Memory><A><B/></A></Memory></QEL>"}) {
+        EXPECT_EQ(parse(document), 104) << document;
+    }
+    EXPECT_EQ(parse("<QEL/>"), 0);
+}
+
+TEST_F(HWParserTest, AnInstanceWithoutChildrenHasNoFields) {
+    const ChildlessNode failing(-1);
+    const ChildlessNode listless(0);
+    const Node* const text = firstChild("<QEL>text</QEL>");
+    for (const Node* const element : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
+                                      static_cast<const Node*>(&listless), text}) {
+        HWInstance instance;
+        EXPECT_EQ(HW_parseHWGroup(&context_, &instance, element), 0);
+        EXPECT_TRUE(instance.empty());
+    }
+    HWInstance instance;
+    EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory/>")), 0);
+    EXPECT_TRUE(instance.empty());
+    EXPECT_TRUE(log_.messages.empty());
+}
+
+TEST_F(HWParserTest, TheFieldsOfAnInstanceAreAddedBehindItsOthers) {
+    HWInstance instance = {{L"first", L"1"}};
+    EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory><B>2</B><A>3</A></Memory>")), 0);
+    EXPECT_EQ(textsOf(instance), (Fields{{L"first", L"1"}, {L"B", L"2"}, {L"A", L"3"}}));
+}
+
+TEST_F(HWParserTest, AnInstanceStopsAtItsFirstFault) {
+    HWInstance instance;
+    EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory><A>1</A>text<B>2</B></Memory>")), 104);
+    EXPECT_EQ(textsOf(instance), (Fields{{L"A", L"1"}}));
+}
+
+TEST_F(HWParserTest, AFieldWithoutChildrenHasTheEmptyValue) {
+    const ChildlessNode failing(-1);
+    const ChildlessNode listless(0);
+    const Node* const text = firstChild("<QEL>text</QEL>");
+    std::wstring value;
+    for (const Node* const field : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
+                                    static_cast<const Node*>(&listless), text}) {
+        EXPECT_EQ(HW_parseHWField(&context_, field, value), 0);
+    }
+    EXPECT_EQ(HW_parseHWField(&context_, read("<Size/>"), value), 0);
+    EXPECT_EQ(value, L"");
+    EXPECT_EQ(parse("<QEL><Memory><Size/><Type></Type></Memory></QEL>"), 0);
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"Size", L""}, {L"Type", L""}}}));
+}
+
+TEST_F(HWParserTest, AFieldsTextIsAddedToTheValue) {
+    std::wstring value = L"before ";
+    EXPECT_EQ(HW_parseHWField(&context_, read("<Size>text</Size>"), value), 0);
+    EXPECT_EQ(value, L"before text");
+}
+
+TEST_F(HWParserTest, TheTextBeforeAnElementInAFieldIsNoValue) {
+    std::wstring value;
+    EXPECT_EQ(HW_parseHWField(&context_, read("<Size>1<Unit/>2</Size>"), value), 104);
+    EXPECT_EQ(log_.messages,
+              (Messages{{0, 3, "parseHWField()", "Error: unrecognized format of value in field [Size]"}}));
+}
+
+struct ValueCase {
+    const char* content;
+    const wchar_t* value;
+};
+
+class HWValueTest : public HWParserTest, public testing::WithParamInterface<ValueCase> {};
+
+TEST_P(HWValueTest, IsTheConcatenationOfTheFieldsTexts) {
+    EXPECT_EQ(parse(std::string("<QEL><Memory><F>") + GetParam().content + "</F></Memory></QEL>"), 0);
+    EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"F", GetParam().value}}})) << GetParam().content;
+}
+
+INSTANTIATE_TEST_SUITE_P(Contents, HWValueTest,
+                         testing::Values(ValueCase{"text", L"text"}, ValueCase{"a<!-- -->b<?p?>c", L"abc"},
+                                         ValueCase{"a<![CDATA[<b>]]>c", L"a<b>c"},
+                                         ValueCase{"&lt;&amp;&gt;&quot;&apos;", L"<&>\"'"},
+                                         ValueCase{"&#65;&#x1F600;", L"A\U0001F600"},
+                                         ValueCase{"\xC3\xA4", L"\u00E4"}, ValueCase{" ", L" "},
+                                         ValueCase{" a b ", L" a b "}, ValueCase{"one\ntwo", L"one\ntwo"},
+                                         ValueCase{"one\r\ntwo", L"one\ntwo"},
+                                         ValueCase{"<!-- only -->", L""}));
+
+}  // namespace
+}  // namespace zav

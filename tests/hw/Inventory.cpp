@@ -1,0 +1,69 @@
+#include "tests/hw/Inventory.h"
+
+#include <utility>
+
+namespace zavtest {
+
+std::ostream& operator<<(std::ostream& stream, const Message& message) {
+    return stream << "level " << message.level << ", component " << message.component << ", "
+                  << message.function << ": " << message.text;
+}
+
+}  // namespace zavtest
+
+namespace hwtest {
+
+Inventory::Inventory(const std::string& toolkitName) : Toolkit(toolkitName) {
+    EXPECT_EQ(
+        ZAV_init("tests", nullptr, nullptr, temp().wstring().c_str(), path().wstring().c_str(), &handle_), 0);
+    EXPECT_EQ(ZAV_hw_init(handle_, zavtest::LogRecorder::callback, &log_, &context_), 0);
+    EXPECT_EQ(enable(0), 0);
+    log_.messages.clear();
+}
+
+Inventory::~Inventory() {
+    if (handle_ != nullptr) close();
+}
+
+void Inventory::close() {
+    EXPECT_EQ(ZAV_hw_free(std::exchange(context_, nullptr)), 0);
+    EXPECT_EQ(ZAV_free(std::exchange(handle_, nullptr)), 0);
+    EXPECT_TRUE(std::filesystem::is_empty(temp()));
+}
+
+int Inventory::returnCode() const {
+    int code = 0;
+    EXPECT_EQ(ZAV_hw_get_returncode(context_, &code), 0);
+    return code;
+}
+
+int Inventory::instances(int group) const {
+    int count = 0;
+    EXPECT_EQ(ZAV_hw_get_group_instances(context_, group, &count), 0);
+    return count;
+}
+
+std::vector<std::wstring> Inventory::fields(int group, int instance) const {
+    const wchar_t** names = nullptr;
+    int count = 0;
+    EXPECT_EQ(ZAV_hw_get_fields(context_, group, instance, &names, &count), 0);
+    return {names, names + count};
+}
+
+std::wstring Inventory::value(int group, int instance, const wchar_t* field) const {
+    const wchar_t* text = L"";
+    EXPECT_EQ(ZAV_hw_get_value(context_, group, instance, field, &text), 0);
+    return text;
+}
+
+Messages Inventory::takeMessages() {
+    return std::exchange(log_.messages, {});
+}
+
+std::vector<std::string> Inventory::takeTextsOf(const std::string& function) {
+    std::vector<std::string> texts = log_.textsOf(function);
+    log_.messages.clear();
+    return texts;
+}
+
+}  // namespace hwtest

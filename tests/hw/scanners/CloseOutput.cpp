@@ -1,0 +1,12 @@
+// Closes its standard output first, then waits for the named pipe beside it and writes what stands in
+// output.xml.
+#include <unistd.h>
+
+#include "tests/hw/scanners/Scanner.h"
+
+int main(int, char** arguments) {
+    close(STDOUT_FILENO);
+    scanner::beside(arguments, "pipe");
+    scanner::writeOutput(arguments, scanner::beside(arguments, "output.xml"));
+    return 0;
+}

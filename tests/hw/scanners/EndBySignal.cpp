@@ -1,0 +1,10 @@
+// Writes what stands in output.xml, and kills itself by the signal whose number stands in signal.
+#include <csignal>
+
+#include "tests/hw/scanners/Scanner.h"
+
+int main(int, char** arguments) {
+    scanner::writeOutput(arguments, scanner::beside(arguments, "output.xml"));
+    std::raise(std::stoi(scanner::beside(arguments, "signal")));
+    return 0;
+}

@@ -1,0 +1,6 @@
+// Puts a link to a directory in the place of the output file.
+#include <unistd.h>
+
+int main(int, char** arguments) {
+    return symlink("/", arguments[4]);
+}

@@ -1,0 +1,13 @@
+// Prints a line, waits until somebody opens the named pipe beside it for writing, prints a second line, and
+// writes what stands in output.xml.
+#include <iostream>
+
+#include "tests/hw/scanners/Scanner.h"
+
+int main(int, char** arguments) {
+    std::cout << "first" << std::endl;
+    scanner::beside(arguments, "pipe");
+    std::cout << "second" << std::endl;
+    scanner::writeOutput(arguments, scanner::beside(arguments, "output.xml"));
+    return 0;
+}

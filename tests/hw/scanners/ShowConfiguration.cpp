@@ -1,0 +1,11 @@
+// Writes an output with one instance of Memory whose only field holds the bytes of the configuration file.
+#include "tests/hw/scanners/Scanner.h"
+
+int main(int, char** arguments) {
+    const std::ifstream file(arguments[2], std::ios::binary);
+    std::ostringstream configuration;
+    configuration << file.rdbuf();
+    scanner::writeOutput(arguments, "<QEL><Memory><Configuration><![CDATA[" + configuration.str() +
+                                        "]]></Configuration></Memory></QEL>");
+    return 0;
+}

@@ -1,0 +1,4 @@
+// Ends well without an output file.
+int main() {
+    return 0;
+}
