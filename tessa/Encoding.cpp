@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
-#include <new>
 
 namespace tessa {
 
@@ -77,19 +76,19 @@ void XMLCALL release(void* data) {
 
 }  // namespace
 
-int XMLCALL useSystemEncoding(void* /*unused*/, const XML_Char* name, XML_Encoding* encoding) {
-    auto system = std::unique_ptr<SystemEncoding>(new (std::nothrow) SystemEncoding(name));
-    if (system == nullptr || !system->converter.valid()) return XML_STATUS_ERROR;
+bool useSystemEncoding(const char* name, XML_Encoding& encoding) {
+    auto system = std::make_unique<SystemEncoding>(name);
+    if (!system->converter.valid()) return false;
     for (int byte = 0; byte < 256; ++byte) {
         const char single = static_cast<char>(byte);
         const int codePoint = system->converter.convert(&single, 1);
-        encoding->map[byte] = codePoint != kMalformed ? codePoint : sequenceOf(system->converter, single);
-        system->lengths[byte] = -encoding->map[byte];
+        encoding.map[byte] = codePoint != kMalformed ? codePoint : sequenceOf(system->converter, single);
+        system->lengths[byte] = -encoding.map[byte];
     }
-    encoding->data = system.release();
-    encoding->convert = convertSequence;
-    encoding->release = release;
-    return XML_STATUS_OK;
+    encoding.data = system.release();
+    encoding.convert = convertSequence;
+    encoding.release = release;
+    return true;
 }
 
 }  // namespace tessa

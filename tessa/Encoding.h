@@ -4,8 +4,8 @@
 
 namespace tessa {
 
-// An Expat handler for the encodings that Expat does not read by itself: those of the system's iconv that
-// extend ASCII by characters of up to three bytes.
-int XMLCALL useSystemEncoding(void* unused, const XML_Char* name, XML_Encoding* encoding);
+// Describes to Expat an encoding that it does not read by itself. False when the system's iconv does not know
+// it either, or when it does not extend ASCII by characters of up to three bytes. Throws std::bad_alloc.
+bool useSystemEncoding(const char* name, XML_Encoding& encoding);
 
 }  // namespace tessa

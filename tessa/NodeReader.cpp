@@ -25,6 +25,9 @@ constexpr int kBlockSize = 64 << 10;
 // quadratic time.
 constexpr XML_Index kLongestToken = XML_Index{4} << 20;
 
+// Expat expands an entity that names another by recursion, so a long chain of them would exhaust the stack.
+constexpr int kMostEntities = 64;
+
 // Something is wrong with the document or its file; what and where.
 struct Fault {
     std::string message;
@@ -33,7 +36,11 @@ struct Fault {
 
 class File {
   public:
-    explicit File(const char* path) : descriptor_(::open(path, O_RDONLY | O_CLOEXEC)) {}
+    explicit File(const char* path) {
+        do {
+            descriptor_ = ::open(path, O_RDONLY | O_CLOEXEC);
+        } while (descriptor_ < 0 && errno == EINTR);
+    }
     ~File() {
         if (isOpen()) ::close(descriptor_);
     }
@@ -51,7 +58,7 @@ class File {
     }
 
   private:
-    int descriptor_;
+    int descriptor_ = -1;
 };
 
 // One document on its way from Expat into a tree.
@@ -67,7 +74,8 @@ class Document {
         XML_SetElementHandler(parser_.get(), onStart, onEnd);
         XML_SetCharacterDataHandler(parser_.get(), onText);
         XML_SetStartDoctypeDeclHandler(parser_.get(), onDoctype);
-        XML_SetUnknownEncodingHandler(parser_.get(), useSystemEncoding, nullptr);
+        XML_SetEntityDeclHandler(parser_.get(), onEntity);
+        XML_SetUnknownEncodingHandler(parser_.get(), onEncoding, this);
     }
 
     // Throws Fault for what is wrong with the document, std::bad_alloc when memory runs out.
@@ -104,6 +112,19 @@ class Document {
         guarded(self, [](Document& document) { document.meetDoctype(); });
     }
 
+    static void XMLCALL onEntity(void* self, const XML_Char* /*name*/, int /*isParameter*/,
+                                 const XML_Char* /*value*/, int /*length*/, const XML_Char* /*base*/,
+                                 const XML_Char* /*systemId*/, const XML_Char* /*publicId*/,
+                                 const XML_Char* /*notation*/) {
+        guarded(self, [](Document& document) { document.meetEntity(); });
+    }
+
+    static int XMLCALL onEncoding(void* self, const XML_Char* name, XML_Encoding* encoding) {
+        bool known = false;
+        guarded(self, [&](Document& /*unused*/) { known = useSystemEncoding(name, *encoding); });
+        return known ? XML_STATUS_OK : XML_STATUS_ERROR;
+    }
+
     // An exception must not fly through Expat, which is C: it is kept until Expat has returned.
     template <class Action>
     static void guarded(void* self, Action action) {
@@ -120,6 +141,10 @@ class Document {
     void meetDoctype() {
         if (settings_.refuseDoctype) throw fault("document type declaration refused");
         sink_.onWarning(kest::String(L"document type declaration has no effect"), line());
+    }
+
+    void meetEntity() {
+        if (++entities_ > kMostEntities) throw fault("too many entities");
     }
 
     int line() const { return static_cast<int>(XML_GetCurrentLineNumber(parser_.get())); }
@@ -149,11 +174,13 @@ class Document {
     NodeSink& sink_;
     std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
     TreeBuilder builder_;
+    int entities_ = 0;
     std::exception_ptr failure_;
 };
 
 std::unique_ptr<Node> readFile(const NodeReader& settings, NodeSink& sink, const char* path) {
     const File file(path);
+    if (!file.isOpen() && errno == ENOMEM) throw std::bad_alloc();
     if (!file.isOpen()) throw Fault{std::string("cannot open: ") + std::strerror(errno), 0};
     return Document(settings, sink).read(file);
 }
