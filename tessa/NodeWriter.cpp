@@ -1,4 +1,5 @@
 // Node::write: a tree as XML text. It keeps its own stack, for documents may be of any depth.
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -9,6 +10,9 @@
 namespace tessa {
 
 namespace {
+
+// Lines of deeper levels begin here too, else the blanks of a deep document would outweigh it.
+constexpr std::size_t kDeepestIndent = 100;
 
 class Writer {
   public:
@@ -70,7 +74,9 @@ class Writer {
         return true;
     }
 
-    void breakLine(std::size_t level) { out_ << '\n' << std::string(2 * level, ' '); }
+    void breakLine(std::size_t level) {
+        out_ << '\n' << std::string(2 * std::min(level, kDeepestIndent), ' ');
+    }
 
     void writeAttributes(const StringMap& attributes) {
         kest::String name;
