@@ -1,0 +1,63 @@
+#include "tests/support/FailingFileCall.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+
+// The names that the linker gives to the functions that it wraps.
+extern "C" {
+int zavtestOpenFile(const char* path, int flags, ...) __asm__("__wrap_open");
+int zavtestOpenFileReally(const char* path, int flags, ...) __asm__("__real_open");
+ssize_t zavtestRead(int descriptor, void* buffer, std::size_t size) __asm__("__wrap_read");
+ssize_t zavtestReadReally(int descriptor, void* buffer, std::size_t size) __asm__("__real_read");
+}
+
+namespace {
+
+thread_local zavtest::FileCall chosen = zavtest::FileCall::kOpen;
+thread_local int untilFailure = 0;
+thread_local int chosenError = 0;
+
+bool fails(zavtest::FileCall call) {
+    if (call != chosen || untilFailure == 0 || --untilFailure != 0) return false;
+    errno = chosenError;
+    return true;
+}
+
+}  // namespace
+
+int zavtestOpenFile(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0) {
+        va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    return fails(zavtest::FileCall::kOpen) ? -1 : zavtestOpenFileReally(path, flags, mode);
+}
+
+ssize_t zavtestRead(int descriptor, void* buffer, std::size_t size) {
+    return fails(zavtest::FileCall::kRead) ? -1 : zavtestReadReally(descriptor, buffer, size);
+}
+
+namespace zavtest {
+
+FailingFileCall::FailingFileCall(FileCall call, int nth, int error) {
+    chosen = call;
+    chosenError = error;
+    untilFailure = nth;
+}
+
+FailingFileCall::~FailingFileCall() {
+    untilFailure = 0;
+}
+
+bool FailingFileCall::happened() const {
+    return untilFailure == 0;
+}
+
+}  // namespace zavtest

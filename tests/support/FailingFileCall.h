@@ -1,0 +1,21 @@
+// open and read that fail on demand. Link FailingFileCall.cpp and set the linker's options --wrap=open and
+// --wrap=read.
+#pragma once
+
+namespace zavtest {
+
+enum class FileCall { kOpen, kRead };
+
+// One call of this thread fails with an errno while this lives: the nth from here on, counted from 1.
+class FailingFileCall {
+  public:
+    FailingFileCall(FileCall call, int nth, int error);
+    ~FailingFileCall();
+    FailingFileCall(const FailingFileCall&) = delete;
+    FailingFileCall& operator=(const FailingFileCall&) = delete;
+
+    // Whether it came to the call that fails.
+    bool happened() const;
+};
+
+}  // namespace zavtest

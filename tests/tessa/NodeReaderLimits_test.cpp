@@ -1,0 +1,218 @@
+// Documents that are meant to exhaust their reader.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <functional>
+#include <sstream>
+#include <thread>
+
+#include "kest/Text.h"
+#include "tests/support/SmallStack.h"
+#include "tests/tessa/Reading.h"
+
+namespace tessa::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kSmallStack = std::size_t{64} << 10;
+constexpr int kDepth = 200000;
+
+std::string repeated(const std::string& text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i) result += text;
+    return result;
+}
+
+// Elements in one another, the innermost counted too.
+int depthOf(const Node* node) {
+    int depth = 0;
+    const NodeList* children = nullptr;
+    while (node != nullptr && node->getChildren(&children) == 0) {
+        ++depth;
+        node = children->front();
+    }
+    return depth;
+}
+
+TEST(NodeReaderLimits, DocumentsOfAnyDepthWorkOnASmallStack) {
+    const zavtest::ScratchDir directory;
+    const fs::path file =
+        directory.write("deep.xml", repeated("<a>", kDepth) + "x" + repeated("</a>", kDepth));
+    int depth = 0;
+    std::string compact;
+    zavtest::runOnStack(kSmallStack, [&] {
+        Document document = readFile(file);
+        depth = depthOf(document.root.get());
+        compact = written(*document.root, Node::kCompact);
+        document.root.reset();
+    });
+    EXPECT_EQ(depth, kDepth);
+    EXPECT_TRUE(compact == zavtest::readAll(file));
+}
+
+// Deep lines all begin at the same column, so the text stays in proportion to the tree.
+TEST(NodeReaderLimits, IndentationOfADeepDocumentIsBounded) {
+    const Document document = readText(repeated("<a>", kDepth) + repeated("</a>", kDepth));
+    std::string indented;
+    zavtest::runOnStack(kSmallStack, [&] { indented = written(*document.root, Node::kIndented); });
+    EXPECT_LT(indented.size(), std::size_t{kDepth} * 1000);
+    const Document again = readText(indented);
+    EXPECT_EQ(depthOf(again.root.get()), kDepth);
+}
+
+TEST(NodeReaderLimits, UnfinishedDeepDocumentIsRefusedOnASmallStack) {
+    const zavtest::ScratchDir directory;
+    const fs::path file = directory.write("deep.xml", repeated("<a>", kDepth));
+    int status = 0;
+    zavtest::runOnStack(kSmallStack, [&] { status = readFile(file).status; });
+    EXPECT_EQ(status, 1);
+}
+
+Complaint lastComplaintOnASmallStack(const std::string& xml) {
+    const zavtest::ScratchDir directory;
+    const fs::path file = directory.write("text.xml", xml);
+    Complaint last = {Kind::kWarning, L"", -1};
+    zavtest::runOnStack(kSmallStack, [&] {
+        const Document document = readFile(file);
+        if (!document.complaints.empty()) last = document.complaints.back();
+    });
+    return last;
+}
+
+// Each entity names the one before it so many times.
+std::string entities(int count, int times) {
+    std::string xml = "<!DOCTYPE a [<!ENTITY e0 \"0123456789\">\n";
+    for (int i = 1; i < count; ++i) {
+        const std::string reference = "&e" + std::to_string(i - 1) + ";";
+        xml += "<!ENTITY e" + std::to_string(i) + " \"" + repeated(reference, times) + "\">\n";
+    }
+    return xml + "]>\n";
+}
+
+TEST(NodeReaderLimits, EntitiesThatGrowWithoutEndAreRefused) {
+    const wchar_t* const breached = L"limit on input amplification factor (from DTD and entities) breached";
+    for (const std::string body : {"<a>&e12;</a>", "<a x='&e12;'/>"}) {
+        const Complaint last = lastComplaintOnASmallStack(entities(13, 10) + body);
+        EXPECT_EQ(last.kind, Kind::kCritical);
+        EXPECT_EQ(last.message, breached) << body;
+    }
+}
+
+TEST(NodeReaderLimits, LongChainsOfEntitiesAreRefusedOnASmallStack) {
+    const Complaint tooMany = {Kind::kCritical, L"too many entities", 65};
+    EXPECT_EQ(lastComplaintOnASmallStack(entities(100000, 1) + "<a>&e99999;</a>").message, tooMany.message);
+    EXPECT_EQ(lastComplaintOnASmallStack(entities(65, 1) + "<a>&e64;</a>"), tooMany);
+    const Complaint doctype = {Kind::kWarning, L"document type declaration has no effect", 1};
+    EXPECT_EQ(lastComplaintOnASmallStack(entities(64, 1) + "<a>&e63;</a>"), doctype);
+    EXPECT_EQ(lastComplaintOnASmallStack(entities(64, 1) + "<a x='&e63;'/>"), doctype);
+}
+
+TEST(NodeReaderLimits, EntityThatNamesItselfIsRefused) {
+    EXPECT_EQ(readText("<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]>\n<a>&e;</a>").complaints.back(),
+              (Complaint{Kind::kCritical, L"recursive entity reference", 2}));
+}
+
+TEST(NodeReaderLimits, ContentModelsOfAnyDepthAreReadOnASmallStack) {
+    const std::string xml =
+        "<!DOCTYPE a [<!ELEMENT a " + repeated("(", kDepth) + "b" + repeated(")", kDepth) + ">]><a/>";
+    EXPECT_EQ(lastComplaintOnASmallStack(xml).kind, Kind::kWarning);
+}
+
+std::string externalEntity(const fs::path& path) {
+    return "<!DOCTYPE a SYSTEM '" + path.string() + "' [<!ENTITY e SYSTEM '" + path.string() +
+           "'><!ENTITY % p SYSTEM '" + path.string() + "'>%p;]><a>x&e;y</a>";
+}
+
+TEST(NodeReaderLimits, NothingExternalIsLoaded) {
+    const zavtest::ScratchDir directory;
+    const Document document = readText(externalEntity(directory.write("secret", "secret")));
+    EXPECT_EQ(document.status, 0);
+    EXPECT_EQ(shown(document.root.get()), L"a(\"xy\")");
+    EXPECT_EQ(document.complaints.size(), 1U);
+}
+
+fs::path makePipe(const zavtest::ScratchDir& directory) {
+    const fs::path path = directory.path() / "pipe";
+    if (mkfifo(path.c_str(), S_IRUSR | S_IWUSR) != 0) throw std::runtime_error("mkfifo");
+    return path;
+}
+
+TEST(NodeReaderLimits, ExternalPipeThatNobodyWritesDoesNotHang) {
+    const zavtest::ScratchDir directory;
+    EXPECT_EQ(shown(readText(externalEntity(makePipe(directory))).root.get()), L"a(\"xy\")");
+}
+
+// Attributes with defaults add what the file does not hold.
+TEST(NodeReaderLimits, LargeDefaultsOfManyElementsAreRefused) {
+    const Document document = readText("<!DOCTYPE r [<!ATTLIST a x CDATA '" + std::string(1000000, 'x') +
+                                       "'>]><r>" + repeated("<a/>", 1000));
+    EXPECT_EQ(document.status, 1);
+    EXPECT_EQ(document.complaints.back().message, L"document too large");
+}
+
+// Writes the beginning and then the rest again and again, as long as there is a reader and up to 100 MB;
+// returns what was taken.
+std::size_t writeEndlessly(const fs::path& pipe, const std::string& begin, const std::string& rest) {
+    const int descriptor = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);
+    std::size_t taken = 0;
+    std::string block = begin;
+    while (block.size() < 65536) block += rest;
+    std::string next;
+    while (next.size() < 65536) next += rest;
+    while (taken < std::size_t{100} << 20) {
+        const ssize_t count = write(descriptor, block.data(), block.size());
+        if (count < 0) break;
+        taken += static_cast<std::size_t>(count);
+        block = next;
+    }
+    close(descriptor);
+    return taken;
+}
+
+TEST(NodeReaderLimits, EndlessTokensAreRefusedEarly) {
+    const struct {
+        const char* begin;
+        const char* rest;
+    } cases[] = {
+        {"<a><!-- ", "x"},
+        {"<a>\n<b x='", "x"},
+        {"<a><?p ", "x"},
+        {"<", "a"},
+        {"<a ", "x='1' "},
+        {"</", "a"},
+        {"<a>&", "x"},
+        {"<!DOCTYPE a [<!ENTITY e '", "x"},
+        {"<!DOCTYPE a PUBLIC '", "x"},
+        {"<!DOCTYPE a [<!-- ", "\n"},
+        {"<?xml version='1.0' ", " "},
+    };
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    for (const auto& each : cases) {
+        const zavtest::ScratchDir directory;
+        const fs::path pipe = makePipe(directory);
+        std::size_t taken = 0;
+        std::thread writer([&] { taken = writeEndlessly(pipe, each.begin, each.rest); });
+        const Document document = readFile(pipe);
+        writer.join();
+        EXPECT_EQ(document.status, 1) << each.begin;
+        ASSERT_FALSE(document.complaints.empty()) << each.begin;
+        EXPECT_EQ(document.complaints.back().kind, Kind::kCritical) << each.begin;
+        EXPECT_LT(taken, std::size_t{6} << 20) << each.begin;
+    }
+    std::signal(SIGPIPE, before);
+}
+
+TEST(NodeReaderLimits, TokenTooLongIsToldWithItsLine) {
+    const std::string long5 = std::string(std::size_t{5} << 20, 'x');
+    EXPECT_EQ(readText("<a>\n\n<b x='" + long5 + "'/></a>").complaints,
+              (std::vector<Complaint>{{Kind::kCritical, L"token too long", 3}}));
+    const std::string long3 = std::string(std::size_t{3} << 20, 'x');
+    EXPECT_EQ(readText("<a>\n\n<b x='" + long3 + "'/><!-- " + long3 + "--></a>").status, 0);
+}
+
+}  // namespace
+}  // namespace tessa::test
