@@ -1,0 +1,106 @@
+#include "intake/XMLParser.h"
+
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+#include "kest/Text.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Descriptors.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/tessa/Reading.h"
+
+namespace zav::test {
+namespace {
+
+using tessa::test::shown;
+using zavtest::LogRecorder;
+using zavtest::Message;
+
+static_assert(!std::is_polymorphic_v<XMLParser>);
+
+class XMLParserTest : public testing::Test {
+  protected:
+    std::wstring write(const std::string& xml) const {
+        return kest::widen(directory_.write("out.xml", xml).string());
+    }
+
+    zavtest::ScratchDir directory_;
+    LogRecorder recorder_;
+    ZAVlog log_{3, LogRecorder::callback, &recorder_};
+};
+
+TEST_F(XMLParserTest, WellFormedFileGivesItsTree) {
+    const XMLParser parser(&log_, write("<QEL>\n  <Field name='x'>value</Field>\n</QEL>\n").c_str());
+    EXPECT_EQ(parser.status, 0);
+    EXPECT_EQ(shown(parser.getRootNode()), L"QEL(Field[name='x'](\"value\"))");
+    EXPECT_TRUE(recorder_.messages.empty());
+}
+
+TEST_F(XMLParserTest, OptionalProcessingOfTheReaderIsOff) {
+    const XMLParser parser(&log_, write("<!DOCTYPE a><a xmlns='urn:x'>\n <b/>\n</a>").c_str());
+    EXPECT_EQ(parser.status, 0);
+    EXPECT_EQ(shown(parser.getRootNode()), L"a[xmlns='urn:x'](b)");
+}
+
+TEST_F(XMLParserTest, WarningIsLoggedAndChangesNothingElse) {
+    const XMLParser parser(&log_, write("<?xml version='1.0'?>\n<!DOCTYPE a>\n<a/>").c_str());
+    EXPECT_EQ(parser.status, 0);
+    EXPECT_EQ(recorder_.messages,
+              (std::vector<Message>{
+                  {2, 3, "XML_parser", "Warning in line 2: document type declaration has no effect"}}));
+}
+
+TEST_F(XMLParserTest, FileThatIsNoXmlIsToldWithItsLine) {
+    const struct {
+        const char* xml;
+        const char* message;
+    } cases[] = {
+        {"", "Error in line 1: no element found"},
+        {"<a>\n<b>\n</a>", "Error in line 3: mismatched tag"},
+        {"<a/>\n<b/>", "Error in line 2: junk after document element"},
+        {"<?xml version='1.0' encoding='nonsense'?><a/>", "Error in line 1: unknown encoding"},
+    };
+    for (const auto& each : cases) {
+        recorder_.messages.clear();
+        const XMLParser parser(&log_, write(each.xml).c_str());
+        EXPECT_GE(parser.status, 1) << each.xml;
+        EXPECT_EQ(parser.getRootNode(), nullptr);
+        EXPECT_EQ(recorder_.messages, (std::vector<Message>{{0, 3, "XML_parser", each.message}}));
+    }
+}
+
+TEST_F(XMLParserTest, MissingFileIsToldWithLineZero) {
+    const std::wstring missing = kest::widen((directory_.path() / "missing").string());
+    const XMLParser parser(&log_, missing.c_str());
+    EXPECT_GE(parser.status, 1);
+    EXPECT_EQ(parser.getRootNode(), nullptr);
+    EXPECT_EQ(recorder_.messages,
+              (std::vector<Message>{
+                  {0, 3, "XML_parser", "Error in line 0: cannot open: No such file or directory"}}));
+}
+
+TEST_F(XMLParserTest, NullPathIsLikeAMissingFile) {
+    EXPECT_GE(XMLParser(&log_, nullptr).status, 1);
+    EXPECT_EQ(recorder_.messages.size(), 1U);
+}
+
+TEST_F(XMLParserTest, WithoutALogTheFileIsReadAllTheSame) {
+    EXPECT_EQ(shown(XMLParser(nullptr, write("<!DOCTYPE a><a/>").c_str()).getRootNode()), L"a");
+    EXPECT_GE(XMLParser(nullptr, write("<a>").c_str()).status, 1);
+    EXPECT_GE(XMLParser(nullptr, L"/missing/altogether").status, 1);
+}
+
+TEST_F(XMLParserTest, NothingIsLeftOfAParser) {
+    const std::wstring good = write("<a>text<b x='1'/></a>");
+    const std::wstring bad = kest::widen(directory_.write("bad.xml", "<a>text<b x='1'/>").string());
+    const long blocks = zavtest::liveBlocks();
+    const std::size_t descriptors = zavtest::openDescriptors();
+    EXPECT_EQ(XMLParser(nullptr, good.c_str()).status, 0);
+    EXPECT_EQ(XMLParser(nullptr, bad.c_str()).status, 1);
+    EXPECT_EQ(zavtest::liveBlocks(), blocks);
+    EXPECT_EQ(zavtest::openDescriptors(), descriptors);
+}
+
+}  // namespace
+}  // namespace zav::test
