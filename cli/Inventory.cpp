@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 
 #include "cli/Codes.h"
 #include "cli/Failure.h"
@@ -75,15 +76,16 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
 
 Inventory takeInventory(const Library& library, const std::string& toolkit, const std::string& root,
                         const std::vector<GroupName>& groups) {
-    const auto begin = std::chrono::steady_clock::now();
-    const std::string time =
-        fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
-                    fmt::gmtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())));
-    Inventory inventory{{"zav " ZAV_CLI_VERSION, time, 0, toolkit, root},
-                        scanGroups(library, toolkit, groups)};
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point begin = Clock::now();
+    Inventory inventory;
+    inventory.scan.program = "zav " ZAV_CLI_VERSION;
+    inventory.scan.time = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
+    inventory.scan.toolkit = toolkit;
+    inventory.scan.root = root;
+    inventory.groups = scanGroups(library, toolkit, groups);
     inventory.scan.milliseconds =
-        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin)
-            .count();
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     return inventory;
 }
 

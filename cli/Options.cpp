@@ -7,13 +7,13 @@
 #include <map>
 
 #include "cli/Failure.h"
+#include "cli/Text.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr const char* kMainFooter = R"(
-Examples:
+constexpr const char* kMainFooter = R"(Examples:
   zav hw                                   what is in this machine, to read
   zav hw --group Processor --group Memory  two groups only
   zav hw --format json --output pc.json    everything, for a program
@@ -22,8 +22,8 @@ Examples:
 Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong.
 'zav hw --help' tells more.)";
 
-constexpr const char* kHardwareFooter = R"(
-Groups are named as 'zav groups' lists them, in any case, with or without blanks, or by number:
+constexpr const char* kHardwareFooter =
+    R"(Groups are named as 'zav groups' lists them, in any case, with or without blanks, or by number:
 '--group OperatingSystem', '--group "operating system"' and '--group 4' are the same.
 
 Formats:
@@ -42,48 +42,36 @@ Examples:
   zav hw --group 25 --format csv --output packages.csv
   zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine)";
 
-constexpr const char* kDoctorFooter = R"(
-Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible).
+constexpr const char* kDoctorFooter =
+    R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible).
 Exit status: 0 when an inventory can work, 1 when not.)";
 
-const std::map<std::string, Format>& inventoryFormats() {
+// The format is chosen by its name in any case.
+void addFormat(CLI::App& command, std::string& name, const std::vector<std::string>& names,
+               const std::string& help) {
+    command.add_option("--format", name, help)
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember(names, CLI::ignore_case).description(""));
+}
+
+Format formatNamed(const std::string& name) {
     static const std::map<std::string, Format> formats{
         {"table", Format::Table}, {"json", Format::Json}, {"csv", Format::Csv}, {"xml", Format::Xml}};
-    return formats;
-}
-
-const std::map<std::string, Format>& listFormats() {
-    static const std::map<std::string, Format> formats{
-        {"table", Format::Table}, {"json", Format::Json}, {"csv", Format::Csv}};
-    return formats;
-}
-
-// Refuses what is not in the map; the values allowed stand in the help text.
-CLI::Option* addFormat(CLI::App& command, Format& format, const std::map<std::string, Format>& formats,
-                       const std::string& help) {
-    return command.add_option("--format", format, help)
-        ->type_name("FORMAT")
-        ->transform(CLI::Transformer(formats, CLI::ignore_case).description(""))
-        ->check([&formats](const std::string& text) {
-            const bool known = std::any_of(formats.begin(), formats.end(), [&](const auto& entry) {
-                return text == std::to_string(static_cast<int>(entry.second));
-            });
-            return known ? std::string() : fmt::format("'{}' is no format of this command", text);
-        });
+    return formats.at(lowerCase(name));
 }
 
 void addToolkit(CLI::App& command, Options& options) {
     command.add_option("--toolkit", options.toolkit, "Directory that holds the scanner")->type_name("DIR");
 }
 
-void addHardware(CLI::App& app, Options& options, int& verbosity) {
+void addHardware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
     CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
     command.footer(kHardwareFooter);
     command.add_option("-g,--group", options.groups, "Scan this group only; may be repeated")
         ->type_name("GROUP")
         ->take_all()
         ->allow_extra_args(false);
-    addFormat(command, options.format, inventoryFormats(), "table (the default), json, csv or xml");
+    addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
     command.add_flag("--all", options.all, "Leave nothing out of the table");
     command.add_option("-o,--output", options.output, "Write to this file, whole or not at all")
         ->type_name("FILE");
@@ -95,9 +83,9 @@ void addHardware(CLI::App& app, Options& options, int& verbosity) {
     command.callback([&options] { options.command = Command::Hardware; });
 }
 
-void addGroups(CLI::App& app, Options& options) {
+void addGroups(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("groups", "List the groups");
-    addFormat(command, options.format, listFormats(), "table (the default), json or csv");
+    addFormat(command, format, {"table", "json", "csv"}, "table (the default), json or csv");
     command.callback([&options] { options.command = Command::Groups; });
 }
 
@@ -113,14 +101,15 @@ void addDoctor(CLI::App& app, Options& options) {
 
 std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) {
     Options options;
+    std::string format = "table";
     int verbosity = 0;
     CLI::App app("The inventory of this machine, hardware and software.", "zav");
     app.footer(kMainFooter);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
     app.get_formatter()->column_width(26);
-    addHardware(app, options, verbosity);
-    addGroups(app, options);
+    addHardware(app, options, format, verbosity);
+    addGroups(app, options, format);
     addDoctor(app, options);
     try {
         app.parse(argc, argv);
@@ -131,6 +120,9 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     } catch (const CLI::ParseError& error) {
         throw Failure(kExitBadUsage, fmt::format("{} (see 'zav --help')", error.what()));
     }
+    if (app.get_subcommands().empty())
+        throw Failure(kExitBadUsage, "which command: hw, groups or doctor? (see 'zav --help')");
+    options.format = formatNamed(format);
     options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
     return options;
 }

@@ -53,10 +53,9 @@ class Writer {
             else
                 writeGroup(group);
         }
-        if (!empty.empty()) paragraph("", "Nothing found for: ", fmt::format("{}.", fmt::join(empty, ", ")));
+        if (!empty.empty()) paragraph("", fmt::format("Nothing found for: {}.", fmt::join(empty, ", ")));
         if (leftOut_)
-            paragraph("\n", "",
-                      "Some rows or fields are left out: --all shows them, and so do json, csv and xml.");
+            paragraph("", "Some rows or fields are left out: --all shows them, and so do json, csv and xml.");
         return text_;
     }
 
@@ -66,10 +65,9 @@ class Writer {
         fmt::format_to(std::back_inserter(text_), format, std::forward<Arguments>(arguments)...);
     }
 
-    // Wrapped text without indentation.
-    void paragraph(std::string_view before, std::string_view lead, const std::string& body) {
-        text_ += before;
-        for (const std::string& line : wrap(std::string(lead) + body, style_.columns)) print("{}\n", line);
+    void paragraph(std::string_view indent, const std::string& body) {
+        for (const std::string& line : wrap(body, style_.columns - static_cast<int>(indent.size())))
+            print("{}{}\n", indent, line);
     }
 
     void heading(const Group& group) {
@@ -133,6 +131,7 @@ class Writer {
     }
 
     void rows(const std::vector<Column>& columns, const Group& group) {
+        if (columns.empty()) return;
         const int available = style_.columns - static_cast<int>(kIndent.size());
         const std::vector<std::size_t> shown = fittingColumns(columns, available);
         if (style_.everything && (shown.size() < columns.size() || isClipped(columns))) {
@@ -146,7 +145,8 @@ class Writer {
         for (std::size_t row = 0; row < std::min(limit, count); ++row)
             line(columns, shown, [row](const Column& column) { return column.cells[row]; });
         if (count > limit) {
-            print("{}... and {} more (--group {} shows all rows)\n", kIndent, count - limit, group.name);
+            paragraph(kIndent,
+                      fmt::format("... and {} more (--group {} shows all rows)", count - limit, group.name));
             leftOut_ = true;
         }
         namesOfOthers(columns, shown);
@@ -176,9 +176,7 @@ class Writer {
         }
         if (names.empty()) return;
         leftOut_ = true;
-        const std::string text = fmt::format("also known: {}", fmt::join(names, ", "));
-        for (const std::string& part : wrap(text, style_.columns - static_cast<int>(kIndent.size())))
-            print("{}{}\n", kIndent, part);
+        paragraph(kIndent, fmt::format("also known: {}", fmt::join(names, ", ")));
     }
 
     void blocks(const std::vector<Column>& columns, std::size_t count) {

@@ -15,6 +15,11 @@ namespace {
 
 constexpr wchar_t kReplacement = L'\xfffd';
 
+// The C library's conversions go beyond the last character of Unicode.
+bool isUnicode(wchar_t character) {
+    return static_cast<char32_t>(character) <= 0x10ffff;
+}
+
 // Marks, embeddings, overrides and isolates: text behind them would be shown in another order than it is
 // written.
 bool changesDirection(wchar_t character) {
@@ -56,7 +61,7 @@ std::string toUtf8(std::wstring_view text) {
     std::array<char, MB_LEN_MAX> encoded{};
     for (const wchar_t character : text) {
         mbstate_t state{};
-        std::size_t length = wcrtomb(encoded.data(), character, &state);
+        std::size_t length = wcrtomb(encoded.data(), isUnicode(character) ? character : kReplacement, &state);
         if (length == static_cast<std::size_t>(-1)) {
             state = {};
             length = wcrtomb(encoded.data(), kReplacement, &state);
@@ -72,7 +77,7 @@ std::wstring fromUtf8(std::string_view text) {
         mbstate_t state{};
         wchar_t character = 0;
         std::size_t length = mbrtowc(&character, text.data(), text.size(), &state);
-        if (length > text.size()) {  // malformed or cut off
+        if (length > text.size() || !isUnicode(character)) {  // malformed or cut off
             character = kReplacement;
             length = 1;
         }

@@ -72,8 +72,7 @@ Toolkit chooseToolkit(const ToolkitPlaces& places) {
     if (usable != candidates.end()) return *usable;
     if (!candidates.empty()) requireStartable(candidates.front().directory, kExitFailed);
     throw Failure(kExitFailed,
-                  fmt::format("no hardware scanner 'quorvah' in {}; --toolkit names its directory, 'zav "
-                              "doctor' tells more",
+                  fmt::format("no hardware scanner 'quorvah' in {}; --toolkit names its directory",
                               fmt::join(looked, " or ")));
 }
 

@@ -1,0 +1,49 @@
+#include "cli/CsvWriter.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/cli/CsvReader.h"
+#include "tests/cli/Samples.h"
+
+namespace zavcli {
+namespace {
+
+using Records = std::vector<zavtest::CsvRecord>;
+
+TEST(CsvWriter, FieldsAreQuotedOnlyWhereNeeded) {
+    const struct {
+        const char* value;
+        const char* written;
+    } cases[] = {
+        {"", ""},           {"plain", "plain"},   {"a b", "a b"},       {"a,b", "\"a,b\""},
+        {"\"", "\"\"\"\""}, {"a\nb", "\"a\nb\""}, {"a\rb", "\"a\rb\""}, {"'", "'"},
+    };
+    for (const auto& [value, written] : cases) EXPECT_EQ(written, csvField(value));
+}
+
+TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
+    EXPECT_EQ((Records{{"group", "instance", "field", "value"},
+                       {"Processor", "0", "DeviceID", "cpu0"},
+                       {"Processor", "0", "Name", "A, \"B\" & <C>"},
+                       {"Processor", "1", "DeviceID", "cpu1"},
+                       {"Processor", "1", "Name", ""},
+                       {"Memory", "0", "DeviceID", "memory"},
+                       {"Memory", "0", "Note", "gr\xc3\xb6\xc3\x9f\xf0\x9f\x98\x80"}}),
+              zavtest::readCsv(csvText(zavtest::sampleInventory())));
+}
+
+TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
+    const Inventory odd = zavtest::oddInventory();
+    const Records records = zavtest::readCsv(csvText(odd));
+    const Instance& instance = odd.groups[0].instances[0];
+    ASSERT_EQ(instance.size() + 1, records.size());
+    for (std::size_t i = 0; i < instance.size(); ++i)
+        EXPECT_EQ((zavtest::CsvRecord{"Memory", "0", instance[i].name, instance[i].value}), records[i + 1]);
+}
+
+TEST(CsvWriter, EmptyInventoryIsTheHeaderAlone) {
+    EXPECT_EQ("group,instance,field,value\r\n", csvText({}));
+}
+
+}  // namespace
+}  // namespace zavcli

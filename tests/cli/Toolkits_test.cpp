@@ -1,0 +1,196 @@
+// Which toolkit the command takes on machines with and without an installed one, and what the doctor says of
+// them.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/Process.h"
+#include "tests/cli/Scanners.h"
+#include "tests/support/ScratchDir.h"
+
+namespace zavtest {
+namespace {
+
+class ToolkitsTest : public testing::Test {
+  protected:
+    // A copy of the command in a directory tree of its own: ROOT/bin/zav.
+    std::string installedCommand() {
+        const auto place = scratch_.path() / "installed" / "bin" / "zav";
+        std::filesystem::create_directories(place.parent_path());
+        std::filesystem::copy_file(ZAVTEST_COMMAND, place, std::filesystem::copy_options::overwrite_existing);
+        return place.string();
+    }
+    // A scanner at that place below the scratch directory.
+    std::string place(const std::string& name, const std::string& directory) {
+        const auto target = scratch_.path() / directory;
+        std::filesystem::create_directories(target);
+        std::filesystem::create_symlink(scanner(name) + "/quorvah", target / "quorvah");
+        return target.string();
+    }
+    Process zav(std::vector<std::string> arguments) {
+        return Process(std::move(arguments))
+            .program(installedCommand())
+            .environment("ZAVTEST_OUTPUT", prepared_);
+    }
+    static std::string toolkitOf(const Ended& ended) {
+        EXPECT_EQ(0, ended.status) << ended.err;
+        return ended.status == 0
+                   ? nlohmann::json::parse(ended.out).at("scan").at("toolkit").get<std::string>()
+                   : "";
+    }
+    static bool says(const Ended& ended, const std::string& line) {
+        return ended.out.find(line) != std::string::npos;
+    }
+
+    ScratchDir scratch_;
+    std::string prepared_ = scratch_.write("prepared.xml", kPreparedOutput).string();
+};
+
+TEST_F(ToolkitsTest, ScannerBesideTheCommandIsFound) {
+    const std::string bundled = place("copies", "installed/bin");
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).configuration(std::nullopt).run()));
+}
+
+TEST_F(ToolkitsTest, ScannerInLibexecIsFound) {
+    const std::string bundled = place("copies", "installed/libexec/zav");
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).configuration(std::nullopt).run()));
+}
+
+TEST_F(ToolkitsTest, ConfiguredToolkitComesBeforeTheBundledOne) {
+    place("fails", "installed/bin");
+    const std::string configured = place("copies", "opt/bin");
+    const std::string ini =
+        "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = zav\n";
+    const Ended ended = zav({"hw", "--format", "json"}).configuration(ini).run();
+    EXPECT_EQ(configured, toolkitOf(ended));
+    EXPECT_EQ("", ended.err);
+}
+
+TEST_F(ToolkitsTest, ConfiguredToolkitWithoutScannerIsPassedOver) {
+    const std::string bundled = place("copies", "installed/bin");
+    EXPECT_EQ(bundled,
+              toolkitOf(zav({"hw", "--format", "json"}).configuration("ZAV_HomeDirectory = /nope\n").run()));
+}
+
+TEST_F(ToolkitsTest, GivenToolkitComesFirst) {
+    place("fails", "installed/bin");
+    const std::string given = place("copies", "given");
+    const std::string ini = "ZAV_HomeDirectory = " + place("fails", "opt/bin") + "/..\n";
+    EXPECT_EQ(given, toolkitOf(zav({"hw", "--format", "json", "--toolkit", given}).configuration(ini).run()));
+}
+
+TEST_F(ToolkitsTest, DirectoryToScanPassesTheConfiguredToolkitOver) {
+    const std::string bundled = place("tells_root", "installed/bin");
+    place("copies", "opt/bin");
+    const std::string ini = "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\n";
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json", "--root", "/"}).configuration(ini).run()));
+}
+
+TEST_F(ToolkitsTest, UnregisteredProductIsNoticedWithAnInstalledToolkitOnly) {
+    place("copies", "installed/bin");
+    EXPECT_EQ("", zav({"hw"}).configuration(std::nullopt).run().err);
+    place("copies", "opt/bin");
+    const std::string ini = "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\n";
+    EXPECT_EQ("zav: Exploiter not correctly registered\n", zav({"hw"}).configuration(ini).run().err);
+}
+
+TEST_F(ToolkitsTest, NoScannerAnywhereFailsNamingThePlaces) {
+    const Ended ended = zav({"hw"}).configuration(std::nullopt).run();
+    const std::string installed = (scratch_.path() / "installed").string();
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ("zav: no hardware scanner 'quorvah' in " + installed + "/bin or " + installed +
+                  "/libexec/zav; --toolkit names its directory\n",
+              ended.err);
+}
+
+TEST_F(ToolkitsTest, GroupsNeedNoScanner) {
+    const Ended ended = zav({"groups"}).configuration(std::nullopt).run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("", ended.err);
+    EXPECT_TRUE(says(ended, " 4  OperatingSystem\n"));
+    EXPECT_EQ(49, std::count(ended.out.begin(), ended.out.end(), '\n'));
+}
+
+TEST_F(ToolkitsTest, DoctorIsContentWithABundledScannerAlone) {
+    const std::string bundled = place("copies", "installed/bin");
+    const Ended ended = zav({"doctor"}).configuration(std::nullopt).run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("", ended.err);
+    EXPECT_TRUE(says(ended, "note     configuration: there is no /etc/zav/zav.ini")) << ended.out;
+    EXPECT_TRUE(says(ended, "ok       toolkit directory: " + bundled + " (came with this command)\n"))
+        << ended.out;
+    EXPECT_TRUE(says(ended, "ok       hardware scanner: " + bundled + "/quorvah ran")) << ended.out;
+    EXPECT_TRUE(says(ended, "note     software scanner: there is no ")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorFindsAFullInstallationInOrder) {
+    const std::string configured = place("copies", "opt/bin");
+    std::filesystem::create_symlink(scanner("copies") + "/quorvah", configured + "/quorvis");
+    const std::string ini =
+        "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = other:zav\n";
+    const Ended ended = zav({"doctor"}).configuration(ini).run();
+    EXPECT_EQ(0, ended.status);
+    for (const std::string& line :
+         {"ok       configuration: /etc/zav/zav.ini names " + configured + "\n",
+          std::string("ok       registration: "), std::string("ok       temporary files: "),
+          "ok       toolkit directory: " + configured + " (named by /etc/zav/zav.ini)\n",
+          "ok       hardware scanner: " + configured, "ok       software scanner: " + configured})
+        EXPECT_TRUE(says(ended, line)) << line << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorNamesFaultyConfigurationLines) {
+    place("copies", "installed/bin");
+    const Ended ended = zav({"doctor"}).configuration("# zav\nZAV_HomeDirectory=/opt/zav\n").run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_TRUE(says(
+        ended,
+        "note     configuration: /etc/zav/zav.ini: line 2 must begin with exactly 'ZAV_HomeDirectory ='\n"))
+        << ended.out;
+    EXPECT_TRUE(says(ended, "note     registration: 'zav' is not registered")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorReportsAConfiguredDirectoryThatIsPassedOver) {
+    place("copies", "installed/bin");
+    const Ended ended = zav({"doctor"}).configuration("ZAV_HomeDirectory = /nope\n").run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_TRUE(says(ended, "; the configured /nope/bin has no usable 'quorvah'\n")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorReportsAMissingScanner) {
+    const Ended ended = zav({"doctor"}).configuration(std::nullopt).run();
+    EXPECT_EQ(1, ended.status);
+    EXPECT_TRUE(says(ended, "problem  toolkit directory: no hardware scanner 'quorvah' in ")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorReportsScannersThatDoNotWork) {
+    for (const char* name : {"fails", "crashes", "cut_off"}) {
+        const Ended ended = zav({"doctor", "--toolkit", scanner(name)}).configuration(std::nullopt).run();
+        EXPECT_EQ(1, ended.status) << name;
+        EXPECT_TRUE(says(ended, "problem  hardware scanner: ")) << ended.out;
+    }
+}
+
+TEST_F(ToolkitsTest, DoctorReportsAToolkitPathWithABlank) {
+    const Ended ended =
+        zav({"doctor", "--toolkit", place("copies", "my tools")}).configuration(std::nullopt).run();
+    EXPECT_EQ(1, ended.status);
+    EXPECT_TRUE(says(ended, "cannot start a scanner from a path with blanks")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorReportsAMissingTemporaryDirectory) {
+    const Ended ended =
+        zav({"doctor"}).environment("TEMP", "/no/such/place").configuration(std::nullopt).run();
+    EXPECT_EQ(1, ended.status);
+    EXPECT_TRUE(says(ended, "problem  temporary files: no temporary directory could be made")) << ended.out;
+}
+
+TEST_F(ToolkitsTest, DoctorLeavesNoTemporaryFiles) {
+    place("copies", "installed/bin");
+    const auto temporary = scratch_.path() / "tmp";
+    std::filesystem::create_directory(temporary);
+    zav({"doctor"}).environment("TEMP", temporary.string()).configuration(std::nullopt).run();
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+}  // namespace
+}  // namespace zavtest

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/Model.h"
+
+namespace zavtest {
+
+struct XmlInstance {
+    std::string group;
+    zavcli::Instance fields;
+};
+
+// The instances of an inventory document in document order; nothing when it is not well-formed or has another
+// shape.
+std::optional<std::vector<XmlInstance>> readXml(const std::string& text);
+
+}  // namespace zavtest

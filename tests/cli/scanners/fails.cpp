@@ -1,0 +1,4 @@
+// A scanner that gives up.
+int main() {
+    return 3;
+}
