@@ -15,20 +15,12 @@ extern const Group kSoftwarePackages;
 namespace {
 
 // The groups that are known by name only.
-constexpr Group kComponentID{"ComponentID", "ComponentID", {}, nullptr};
-constexpr Group kProcessor{"Processor", "Processor", {}, nullptr};
-constexpr Group kMemory{"Memory", "Memory", {}, nullptr};
-constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", {}, nullptr};
-constexpr Group kStorage{"Storage", "Storage", {}, nullptr};
-constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", {}, nullptr};
 constexpr Group kPointingDevice{"Pointing Device", "PointingDevice", {}, nullptr};
 constexpr Group kKeyboard{"Keyboard", "Keyboard", {}, nullptr};
 constexpr Group kIPXAddress{"IPX Address", "IPXAddress", {}, nullptr};
 constexpr Group kVideo{"Video", "Video", {}, nullptr};
 constexpr Group kPrinter{"Printer", "Printer", {}, nullptr};
-constexpr Group kRegional{"Regional", "Regional", {}, nullptr};
 constexpr Group kSystemEnclosure{"System Enclosure", "SystemEnclosure", {}, nullptr};
-constexpr Group kUNIXSystemParams{"UNIX System Params", "UNIXSystemParams", {}, nullptr};
 constexpr Group kPCSystemParams{"PC System Params", "PCSystemParams", {}, nullptr};
 constexpr Group kSerialPort{"Serial Port", "SerialPort", {}, nullptr};
 constexpr Group kParallelPort{"Parallel Port", "ParallelPort", {}, nullptr};
@@ -48,13 +40,11 @@ constexpr Group kWinCluster{"WinCluster", "WinCluster", {}, nullptr};
 constexpr Group kWinClusterNode{"WinClusterNode", "WinClusterNode", {}, nullptr};
 constexpr Group kVEQCluster{"VEQCluster", "VEQCluster", {}, nullptr};
 constexpr Group kVEQClusterNode{"VEQClusterNode", "VEQClusterNode", {}, nullptr};
-constexpr Group kPhysicalProcessor{"PhysicalProcessor", "PhysicalProcessor", {}, nullptr};
 constexpr Group kHostComponentID{"HostComponentID", "HostComponentID", {}, nullptr};
 constexpr Group kCpuMeter{"CpuMeter", "CpuMeter", {}, nullptr};
 constexpr Group kUnixCpuMeter{"UnixCpuMeter", "UnixCpuMeter", {}, nullptr};
 constexpr Group kWinCpuMeter{"WinCpuMeter", "WinCpuMeter", {}, nullptr};
 constexpr Group kVirtualMachine{"VirtualMachine", "VirtualMachine", {}, nullptr};
-constexpr Group kVirtualMachineGuest{"VirtualMachineGuest", "VirtualMachineGuest", {}, nullptr};
 
 constexpr const Group* kTable[] = {
     &kComponentID,

@@ -14,6 +14,16 @@ std::span<const Group* const> allGroups();
 const Group* findGroup(std::string_view name);
 
 // The groups that are gathered, each defined in <its XML name>Group.cpp.
+extern const Group kComponentID;
+extern const Group kDiskPartition;
+extern const Group kMemory;
+extern const Group kOperatingSystem;
+extern const Group kPhysicalProcessor;
+extern const Group kProcessor;
+extern const Group kRegional;
 extern const Group kScanInfo;
+extern const Group kStorage;
+extern const Group kUNIXSystemParams;
+extern const Group kVirtualMachineGuest;
 
 }  // namespace quorvah

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <deque>
@@ -38,6 +39,12 @@ class Instance {
 
     // A field's value so far.
     const std::string& get(std::string_view field) const { return values_[indexOf(field)]; }
+
+    // Whether no field has a value.
+    bool empty() const {
+        return std::all_of(values_.begin(), values_.end(),
+                           [](const std::string& value) { return value.empty(); });
+    }
 
     // In the order of the group's fields.
     const std::vector<std::string>& values() const { return values_; }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "toolkit/quorvah/CpuInfo.h"
+#include "toolkit/quorvah/Root.h"
+
+namespace quorvah {
+
+struct Cache {
+    int level = 0;
+    std::string type;        // "Data", "Instruction", "Unified"
+    std::int64_t size = 0;   // KiB
+    std::string sharedCpus;  // the list of the CPUs that share it
+};
+
+// Where a logical CPU stands. What the tree does not tell is missing.
+struct LogicalCpu {
+    int number = 0;
+    std::optional<bool> online;
+    std::optional<std::int64_t> package;
+    std::optional<std::int64_t> die;
+    std::optional<std::int64_t> cluster;
+    std::optional<std::int64_t> core;
+    std::string siblings;  // the list of the CPUs of the same core
+    std::optional<int> thread;
+    std::optional<int> node;
+    std::vector<Cache> caches;
+};
+
+// The logical CPUs that are present, offline ones too, in ascending order: those that sysfs lists, else those
+// that have a directory there, else those of /proc/cpuinfo.
+std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info);
+
+// Of a CPU's own caches with this level and type; none when it has none.
+std::optional<std::int64_t> cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
+
+}  // namespace quorvah

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "toolkit/quorvah/Smbios.h"
+
+namespace quorvah {
+
+// What the firmware tells of the memory as a whole (structure types 16 and 17). 0 and empty when it does not.
+struct SmbiosMemory {
+    std::uint64_t maximumCapacity = 0;  // KiB
+    unsigned devices = 0;               // places for modules
+    std::uint64_t installed = 0;        // KiB
+    std::string_view errorCorrection;
+};
+SmbiosMemory readSmbiosMemory(const Smbios& smbios);
+
+// KiB of a module (structure type 17); 0 for an empty place or an unknown size.
+std::uint64_t moduleSize(const SmbiosStructure& module);
+
+}  // namespace quorvah

@@ -1,0 +1,28 @@
+// Small texts of /proc, /sys and /etc taken apart.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvah {
+
+// What stands between blanks.
+std::vector<std::string> wordsOf(std::string_view text);
+
+// The decimal number at the front of a text: 12 of "12.5 kB". None when there is none or it is too large.
+std::optional<std::int64_t> leadingNumber(std::string_view text);
+
+// What stands behind a key at the front of one of the lines: "16384 kB" of "MemTotal:   16384 kB". The colon
+// may be missing.
+std::string_view valueOf(std::string_view text, std::string_view key);
+
+// The value of the kernel parameter "key=value" that stands last; empty when there is none.
+std::string bootParameter(std::string_view commandLine, std::string_view key);
+
+// The kernel's command line with the values of passwords and the like replaced by "***".
+std::string withoutSecrets(std::string_view commandLine);
+
+}  // namespace quorvah
