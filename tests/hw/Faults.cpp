@@ -1,0 +1,222 @@
+#include "tests/hw/Faults.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <map>
+
+namespace {
+
+struct Plan {
+    std::string function;
+    int error = 0;
+    int nth = 0;
+    int calls = 0;
+    int failures = 0;
+    int callsBehind = 0;
+    std::string path;
+};
+
+Plan plan;
+bool planned = false;
+std::map<std::FILE*, std::string> opened;
+
+// The error with which this call has to fail, else 0.
+int errorOf(const char* function, const std::string& path) {
+    if (!planned || plan.function != function) return 0;
+    if (plan.failures != 0) ++plan.callsBehind;
+    ++plan.calls;
+    if (plan.nth != hwtest::Fault::kEvery && plan.calls != plan.nth) return 0;
+    ++plan.failures;
+    plan.path = path;
+    return plan.error;
+}
+
+// What a call returns that fails by -1 and errno.
+template <class Real>
+auto orMinusOne(const char* function, const std::string& path, Real real) -> decltype(real()) {
+    const int error = errorOf(function, path);
+    if (error == 0) return real();
+    errno = error;
+    return -1;
+}
+
+// What a call returns that returns the number of its error.
+template <class Real>
+int orError(const char* function, Real real) {
+    const int error = errorOf(function, "");
+    return error == 0 ? real() : error;
+}
+
+}  // namespace
+
+namespace hwtest {
+
+Fault::Fault(const std::string& function, int error, int nth) {
+    plan = {function, error, nth, 0, 0, 0, ""};
+    planned = true;
+}
+
+Fault::~Fault() {
+    planned = false;
+}
+
+int Fault::failures() const {
+    return plan.failures;
+}
+
+int Fault::callsBehind() const {
+    return plan.callsBehind;
+}
+
+std::string Fault::path() const {
+    return plan.path;
+}
+
+}  // namespace hwtest
+
+// The linker asks for these reserved names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+
+std::FILE* __real_fopen(const char* path, const char* mode);
+std::FILE* __wrap_fopen(const char* path, const char* mode) {
+    errno = errorOf("fopen", path);
+    if (std::strcmp(path, "/etc/zav/zav.ini") == 0 && errno == 0) errno = ENOENT;
+    if (errno != 0) return nullptr;
+    std::FILE* const file = __real_fopen(path, mode);
+    if (file != nullptr) opened[file] = path;
+    return file;
+}
+
+// The stream is closed all the same, as the real function does.
+int __real_fclose(std::FILE* file);
+int __wrap_fclose(std::FILE* file) {
+    const int error = errorOf("fclose", opened[file]);
+    opened.erase(file);
+    const int result = __real_fclose(file);
+    if (error == 0) return result;
+    errno = error;
+    return EOF;
+}
+
+std::size_t __real_fwrite(const void* block, std::size_t size, std::size_t count, std::FILE* file);
+std::size_t __wrap_fwrite(const void* block, std::size_t size, std::size_t count, std::FILE* file) {
+    errno = errorOf("fwrite", opened[file]);
+    return errno == 0 ? __real_fwrite(block, size, count, file) : count / 2;
+}
+
+std::size_t __real_fread(void* block, std::size_t size, std::size_t count, std::FILE* file);
+std::size_t __wrap_fread(void* block, std::size_t size, std::size_t count, std::FILE* file) {
+    errno = errorOf("fread", opened[file]);
+    return errno == 0 ? __real_fread(block, size, count, file) : 0;
+}
+
+// Of open only the calls that the library makes: without a mode.
+int __real_open(const char* path, int flags);
+int __wrap_open(const char* path, int flags) {
+    return orMinusOne("open", path, [=] { return __real_open(path, flags); });
+}
+
+ssize_t __real_read(int descriptor, void* block, std::size_t size);
+ssize_t __wrap_read(int descriptor, void* block, std::size_t size) {
+    struct stat info = {};
+    fstat(descriptor, &info);
+    const char* const kind = S_ISFIFO(info.st_mode) ? "pipe" : "file";
+    return orMinusOne("read", kind, [=] { return __real_read(descriptor, block, size); });
+}
+
+int __real_access(const char* path, int mode);
+int __wrap_access(const char* path, int mode) {
+    // EEXIST stands for a name that is taken.
+    const int error = errorOf("access", path);
+    if (error == EEXIST) return 0;
+    errno = error;
+    return error == 0 ? __real_access(path, mode) : -1;
+}
+
+int __real_mkdir(const char* path, mode_t mode);
+int __wrap_mkdir(const char* path, mode_t mode) {
+    return orMinusOne("mkdir", path, [=] { return __real_mkdir(path, mode); });
+}
+
+int __real_chmod(const char* path, mode_t mode);
+int __wrap_chmod(const char* path, mode_t mode) {
+    return orMinusOne("chmod", path, [=] { return __real_chmod(path, mode); });
+}
+
+int __real_unlink(const char* path);
+int __wrap_unlink(const char* path) {
+    return orMinusOne("unlink", path, [=] { return __real_unlink(path); });
+}
+
+int __real_rmdir(const char* path);
+int __wrap_rmdir(const char* path) {
+    return orMinusOne("rmdir", path, [=] { return __real_rmdir(path); });
+}
+
+int __real_pipe2(int* ends, int flags);
+int __wrap_pipe2(int* ends, int flags) {
+    return orMinusOne("pipe2", "", [=] { return __real_pipe2(ends, flags); });
+}
+
+// A child that cannot be waited for is one that somebody else took away.
+int __real_waitid(idtype_t kind, id_t id, siginfo_t* info, int options);
+int __wrap_waitid(idtype_t kind, id_t id, siginfo_t* info, int options) {
+    const int error = errorOf("waitid", "");
+    const int result = error == EINTR ? 0 : __real_waitid(kind, id, info, options);
+    if (error == 0) return result;
+    errno = error;
+    return -1;
+}
+
+long __real_syscall(long number, long first, long second);
+long __wrap_syscall(long number, long first, long second) {
+    return orMinusOne("syscall", "", [=] { return __real_syscall(number, first, second); });
+}
+
+// Of fcntl only the calls that the library makes: one argument follows, as wide as a pointer.
+int __real_fcntl(int descriptor, int command, void* argument);
+int __wrap_fcntl(int descriptor, int command, void* argument) {
+    return orMinusOne("fcntl", "", [=] { return __real_fcntl(descriptor, command, argument); });
+}
+
+int __real_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
+                       const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment);
+int __wrap_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
+                       const posix_spawnattr_t* attributes, char* const* arguments,
+                       char* const* environment) {
+    return orError("posix_spawn", [=] {
+        return __real_posix_spawn(pid, path, actions, attributes, arguments, environment);
+    });
+}
+
+int __real_posix_spawn_file_actions_adddup2(posix_spawn_file_actions_t* actions, int from, int to);
+int __wrap_posix_spawn_file_actions_adddup2(posix_spawn_file_actions_t* actions, int from, int to) {
+    return orError("posix_spawn_file_actions_adddup2",
+                   [=] { return __real_posix_spawn_file_actions_adddup2(actions, from, to); });
+}
+
+int __real_posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* actions, int number, const char* path,
+                                            int flags, mode_t mode);
+int __wrap_posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* actions, int number, const char* path,
+                                            int flags, mode_t mode) {
+    return orError("posix_spawn_file_actions_addopen", [=] {
+        return __real_posix_spawn_file_actions_addopen(actions, number, path, flags, mode);
+    });
+}
+
+int __real_posix_spawnattr_setflags(posix_spawnattr_t* attributes, short flags);
+int __wrap_posix_spawnattr_setflags(posix_spawnattr_t* attributes, short flags) {
+    return orError("posix_spawnattr_setflags",
+                   [=] { return __real_posix_spawnattr_setflags(attributes, flags); });
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
