@@ -94,13 +94,13 @@ NoThreadLeft::~NoThreadLeft() {
 
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,
                      const std::string& content, unsigned mode) {
-    const std::string path = directory.write(name, content);
+    std::string path = directory.write(name, content);
     EXPECT_EQ(chmod(path.c_str(), mode), 0);
     return path;
 }
 
 std::string makeNamedPipe(const zavtest::ScratchDir& directory) {
-    const std::string path = directory.path() / "pipe";
+    std::string path = directory.path() / "pipe";
     EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
     return path;
 }

@@ -1,21 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
-#include <vector>
 
 #include "kest/Runtime.h"
 #include "kest/Text.h"
 #include "tests/kest/Children.h"
+#include "tests/kest/Threads.h"
 
 namespace kest::test {
 namespace {
-
-void inThreads(int count, const std::function<void(int)>& work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
 
 TEST(Concurrent, EachThreadGetsTheStatusOfItsOwnChildren) {
     const NothingLeft nothingLeft;

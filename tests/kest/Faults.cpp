@@ -122,6 +122,8 @@ SETS_ERRNO(waitid, (idtype_t kind, id_t id, siginfo_t* info, int options), (kind
 SETS_ERRNO(clone, (int (*function)(void*), void* stack, int flags, void* argument),
            (function, stack, flags, argument))
 
+SETS_ERRNO(getppid, (), ())
+
 RETURNS_ERROR(posix_spawn,
               (pid_t * pid, const char* path, const posix_spawn_file_actions_t* actions,
                const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment),

@@ -55,6 +55,13 @@ TEST_F(KeeperFaultTest, ALaunchWithoutMemoryInTheHostThrows) {
     EXPECT_GT(successes, 5);
 }
 
+// The keeper takes its host for gone.
+TEST_F(KeeperFaultTest, ALaunchWhoseKeeperEndsAtOnceFails) {
+    const Fault fault("getppid", ESRCH);
+    EXPECT_EQ(launch(child("ExitWith") + " 0"), nullptr);
+    EXPECT_TRUE(Fault::happened());
+}
+
 TEST_F(KeeperFaultTest, AnInterruptedWaitingGoesOn) {
     const Fault fault("waitid", EINTR, 3);
     EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);

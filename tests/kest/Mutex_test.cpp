@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <vector>
+#include "tests/kest/Threads.h"
 
 namespace kest {
 namespace {
@@ -19,17 +18,13 @@ TEST(Mutex, BothOperationsReturnZero) {
 TEST(Mutex, LetsOneThreadInAtATime) {
     Mutex mutex;
     int count = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 10'000; ++j) {
-                mutex.lock();
-                ++count;
-                mutex.unlock();
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    test::inThreads(4, [&](int) {
+        for (int i = 0; i < 10'000; ++i) {
+            mutex.lock();
+            ++count;
+            mutex.unlock();
+        }
+    });
     EXPECT_EQ(count, 40'000);
 }
 

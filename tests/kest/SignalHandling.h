@@ -58,7 +58,8 @@ class SignalStorm {
 // A thread that takes away every child it can get, and counts them.
 class ReapingThread {
   public:
-    ReapingThread() = default;
+    // With __WALL in `options` it gets keepers, too.
+    explicit ReapingThread(int options = 0) : options_(options) {}
     ReapingThread(const ReapingThread&) = delete;
     ReapingThread& operator=(const ReapingThread&) = delete;
     ~ReapingThread() {
@@ -71,11 +72,12 @@ class ReapingThread {
   private:
     void reap() {
         while (!stop_) {
-            if (waitpid(-1, nullptr, 0) > 0) ++taken_;
+            if (waitpid(-1, nullptr, options_) > 0) ++taken_;
             std::this_thread::yield();
         }
     }
 
+    const int options_;
     std::atomic<bool> stop_ = false;
     std::atomic<int> taken_ = 0;
     std::thread thread_{[this] { reap(); }};

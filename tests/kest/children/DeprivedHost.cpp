@@ -10,11 +10,10 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "kest/Runtime.h"
 #include "kest/Text.h"
+#include "tests/kest/Threads.h"
 
 namespace {
 
@@ -30,17 +29,13 @@ std::string outcomeOf(const std::string& program) {
 std::set<std::string> outcomesOfThreads(const std::string& program) {
     std::set<std::string> outcomes;
     std::mutex mutex;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 10; ++j) {
-                const std::string outcome = outcomeOf(program);
-                const std::lock_guard<std::mutex> guard(mutex);
-                outcomes.insert(outcome);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    kest::test::inThreads(4, [&](int) {
+        for (int i = 0; i < 10; ++i) {
+            const std::string outcome = outcomeOf(program);
+            const std::lock_guard<std::mutex> guard(mutex);
+            outcomes.insert(outcome);
+        }
+    });
     return outcomes;
 }
 
