@@ -1,0 +1,84 @@
+// Threads that scan at once, each with a handle of its own.
+#include <thread>
+
+#include "tests/hw/Inventory.h"
+
+namespace hwtest {
+namespace {
+
+constexpr int kThreads = 8;
+
+template <class Work>
+void inThreads(Work work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Concurrent, EveryThreadGetsTheInventoryOfItsOwnScanner) {
+    const zavtest::NothingLeft nothingLeft;
+    inThreads([](int number) {
+        Inventory inventory;
+        for (int round = 0; round < 5; ++round) {
+            const std::string size = std::to_string(100 * number + round);
+            inventory.scannerWrites("<QEL><Memory><Size>" + size + "</Size></Memory></QEL>");
+            ASSERT_EQ(inventory.run(), 0);
+            EXPECT_EQ(inventory.value(3, 0, L"Size"), std::wstring(size.begin(), size.end()));
+        }
+    });
+}
+
+TEST(Concurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
+    const zavtest::NothingLeft nothingLeft;
+    inThreads([](int number) {
+        Inventory inventory;
+        inventory.scannerIs("FailAfterOutput");
+        for (int round = 0; round < 5; ++round) {
+            const int status = 1 + 10 * number + round;
+            inventory.put("status", std::to_string(status));
+            ASSERT_EQ(inventory.run(), 103);
+            EXPECT_EQ(inventory.returnCode(), status);
+        }
+    });
+}
+
+TEST(Concurrent, HandlesAndContextsComeAndGoInEveryThread) {
+    const zavtest::NothingLeft nothingLeft;
+    inThreads([](int) {
+        for (int round = 0; round < 5; ++round) {
+            const Inventory inventory;
+            EXPECT_EQ(inventory.run(), 103);
+        }
+    });
+}
+
+// One callback for all threads: it counts without a lock of its own, which is right only because the library
+// never enters it twice at a time.
+TEST(Concurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
+    struct Host {
+        static void callback(int, int, void* userData, const char*, const char*) {
+            ++static_cast<Host*>(userData)->messages;
+        }
+        long messages = 0;
+    } host;
+    const Toolkit toolkit;
+    toolkit.scannerWrites("<QEL><Memory/></QEL>");
+    const zavtest::ScratchDir temp;
+    inThreads([&](int) {
+        ZAVCtx* handle = nullptr;
+        ZAVHwCtx* context = nullptr;
+        ASSERT_EQ(ZAV_init("tests", Host::callback, &host, temp.path().wstring().c_str(),
+                           toolkit.path().wstring().c_str(), &handle),
+                  0);
+        ASSERT_EQ(ZAV_hw_init(handle, Host::callback, &host, &context), 0);
+        for (int i = 0; i < 200; ++i) ASSERT_EQ(ZAV_hw_setopt(context, 0, 1), 0);
+        EXPECT_EQ(ZAV_hw_run(context), 0);
+        EXPECT_EQ(ZAV_hw_free(context), 0);
+        EXPECT_EQ(ZAV_free(handle), 0);
+    });
+    EXPECT_GE(host.messages, kThreads * 220L);
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path()));
+}
+
+}  // namespace
+}  // namespace hwtest

@@ -1,0 +1,86 @@
+// Hosts that make it hard to learn how a scanner ended.
+#include "tests/hw/Inventory.h"
+#include "tests/kest/SignalHandling.h"
+
+namespace hwtest {
+namespace {
+
+struct HostKind {
+    const char* name;
+    void (*handler)(int);
+    int flags;
+};
+
+void takeEveryChild(int) {
+    const int saved = errno;
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    errno = saved;
+}
+
+class HostTest : public testing::TestWithParam<HostKind> {
+  private:
+    zavtest::NothingLeft nothingLeft_;
+    kest::test::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
+};
+
+TEST_P(HostTest, LearnsHowItsScannerEnded) {
+    Inventory inventory;
+    inventory.put("status", "7");
+    inventory.put("signal", "15");
+    inventory.scannerWrites("<QEL><Memory/></QEL>");
+    for (int round = 0; round < 5; ++round) {
+        inventory.scannerIs("CopyOutput");
+        ASSERT_EQ(inventory.run(), 0);
+        EXPECT_EQ(inventory.instances(3), 1);
+        inventory.scannerIs("FailAfterOutput");
+        EXPECT_EQ(inventory.run(), 103);
+        EXPECT_EQ(inventory.returnCode(), 7);
+        inventory.scannerIs("EndBySignal");
+        EXPECT_EQ(inventory.run(), 103);
+        EXPECT_EQ(inventory.returnCode(), 128 + 15);
+        std::filesystem::remove(inventory.scanner());
+        EXPECT_EQ(inventory.run(), 103);
+        EXPECT_EQ(inventory.returnCode(), -1);
+    }
+}
+
+TEST_P(HostTest, IsNotDisturbedByAStormOfSignals) {
+    Inventory inventory;
+    inventory.scannerWrites("<QEL><Memory/></QEL>");
+    const kest::test::SignalStorm storm;
+    const int before = kest::test::SignalStorm::count();
+    do {
+        ASSERT_EQ(inventory.run(), 0);
+        EXPECT_EQ(inventory.instances(3), 1);
+    } while (kest::test::SignalStorm::count() < before + 50);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sigchld, HostTest,
+                         testing::Values(HostKind{"ByDefault", SIG_DFL, 0}, HostKind{"Ignored", SIG_IGN, 0},
+                                         HostKind{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
+                                         HostKind{"HandledByReaping", takeEveryChild, SA_RESTART}),
+                         [](const auto& kind) { return kind.param.name; });
+
+// Where a thread takes every child away, the status is known or is said to be unknown; no scan succeeds that
+// did not.
+TEST(Host, WithAReapingThreadMistakesNoFailureForSuccess) {
+    const zavtest::NothingLeft nothingLeft;
+    Inventory inventory;
+    inventory.put("status", "7");
+    inventory.scannerWrites("<QEL><Memory/></QEL>");
+    const kest::test::ReapingThread reaper;
+    for (int round = 0; round < 20; ++round) {
+        inventory.scannerIs("CopyOutput");
+        const int code = inventory.run();
+        EXPECT_TRUE((code == 0 && inventory.returnCode() == 0) ||
+                    (code == 103 && inventory.returnCode() == -1));
+        inventory.scannerIs("FailAfterOutput");
+        EXPECT_EQ(inventory.run(), 103);
+        const int failed = inventory.returnCode();
+        EXPECT_TRUE(failed == 7 || failed == -1) << failed;
+    }
+}
+
+}  // namespace
+}  // namespace hwtest
