@@ -1,0 +1,10 @@
+// The header needs no other before it, in C++ either.
+#include "include/zav.h"
+
+static_assert(sizeof(wchar_t) == 4, "wide characters have four bytes");
+
+// The functions have C linkage, the callback may be a lambda without captures.
+int useHeader(ZAVCtx** handle) {
+    const ZAVlogCallback callback = [](int, int, void*, const char*, const char*) {};
+    return ZAV_init("header", callback, nullptr, nullptr, nullptr, handle);
+}

@@ -1,0 +1,67 @@
+# Installs a build into an empty directory, and makes hosts outside the project from what lies there alone.
+#     cmake -DBUILD=... -DWORK=... -DVERSION=... -DFLAGS=... -DC=... -DCXX=... -DCONSUMER=... -P Install.cmake
+cmake_minimum_required(VERSION 3.25)
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE output)
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+function(expect output expected)
+  if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "expected \"${expected}\", not \"${output}\"")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
+# A prefix may be moved.
+file(RENAME ${WORK}/first ${WORK}/prefix)
+
+file(GLOB_RECURSE installed RELATIVE ${WORK}/prefix ${WORK}/prefix/*)
+if(NOT "include/zav.h" IN_LIST installed)
+  message(FATAL_ERROR "the header is not installed: ${installed}")
+endif()
+foreach(file IN LISTS installed)
+  if(file MATCHES "\\.a$|gtest|tests|internal")
+    message(FATAL_ERROR "${file} is none of the hosts' business")
+  endif()
+endforeach()
+
+# By find_package.
+run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${VERSION}
+  -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_C_FLAGS=${FLAGS} -DCMAKE_CXX_FLAGS=${FLAGS})
+run(${CMAKE_COMMAND} --build ${WORK}/consumer)
+run(${WORK}/consumer/c_host)
+expect("${output}" "OperatingSystem\n")
+run(${WORK}/consumer/cpp_host)
+expect("${output}" "messages came\n")
+
+# Below 1.0 another minor version is another library.
+foreach(other 0.0 0.99 1.0)
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/refused -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${other}
+      -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX}
+    RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
+  if(result EQUAL 0)
+    message(FATAL_ERROR "version ${other} was found, but ${VERSION} is installed")
+  endif()
+endforeach()
+
+# By pkg-config.
+file(GLOB_RECURSE pc ${WORK}/prefix/*/zav.pc)
+get_filename_component(pc_directory ${pc} DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pc_directory})
+run(pkg-config --modversion zav)
+expect("${output}" "${VERSION}\n")
+run(pkg-config --cflags --libs zav)
+separate_arguments(package UNIX_COMMAND "${output}")
+run(pkg-config --variable=libdir zav)
+string(STRIP "${output}" libdir)
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+run(${C} -std=c99 ${flags} ${CONSUMER}/host.c ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_c_host)
+run(${CXX} -std=c++17 ${flags} ${CONSUMER}/host.cpp ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_cpp_host)
+run(${WORK}/pc_c_host)
+expect("${output}" "OperatingSystem\n")
+run(${WORK}/pc_cpp_host)
+expect("${output}" "messages came\n")
