@@ -1,7 +1,9 @@
 #include "toolkit/quorvah/XmlText.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace quorvah {
@@ -45,9 +47,15 @@ bool isUtf8(std::string_view bytes) {
     return true;
 }
 
-// Whether a byte can be copied as it is.
+// The bytes that can be copied as they are.
+constexpr std::array<bool, 256> kPlain = [] {
+    std::array<bool, 256> plain{};
+    for (unsigned c = 0x20; c <= 0x7E; ++c) plain[c] = c != '&' && c != '<' && c != '>' && c != '"';
+    return plain;
+}();
+
 bool isPlain(char c) {
-    return c >= 0x20 && c <= 0x7E && c != '&' && c != '<' && c != '>' && c != '"';
+    return kPlain[static_cast<unsigned char>(c)];
 }
 
 void appendCharacter(std::string& xml, char32_t character) {
@@ -83,15 +91,15 @@ void appendCharacter(std::string& xml, char32_t character) {
 }  // namespace
 
 void appendXmlText(std::string& xml, std::string_view bytes) {
-    const auto* const special = std::ranges::find_if_not(bytes, isPlain);
-    xml.append(bytes.begin(), special);
-    bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
-    const bool utf8 = isUtf8(bytes);
+    std::optional<bool> utf8;
     while (!bytes.empty()) {
-        if (isPlain(bytes.front())) {
-            xml += bytes.front();
-            bytes.remove_prefix(1);
-        } else if (utf8) {
+        const auto* const special = std::ranges::find_if_not(bytes, isPlain);
+        xml.append(bytes.begin(), special);
+        bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
+        if (bytes.empty()) return;
+        // What was copied is ASCII, so the rest tells what the whole is.
+        if (!utf8) utf8 = isUtf8(bytes);
+        if (*utf8) {
             appendCharacter(xml, takeCharacter(bytes));
         } else {
             appendCharacter(xml, static_cast<unsigned char>(bytes.front()));
