@@ -1,5 +1,4 @@
 // The files of the workspace, and its end.
-#include <regex>
 
 #include "tests/core/TemporaryDirFixture.h"
 #include "tests/support/Allocations.h"
@@ -41,13 +40,13 @@ TEST_F(TemporaryDirFiles, NameHoldsPrefixProcessRandomCharactersExtensionAndNumb
                  {L"", L"", "", ""}};
     const auto workspace = makeInitialised();
     for (const auto& each : cases) {
-        const std::regex name(each.prefixPattern + processIds() + "[0-9A-Za-y]{6,10}" +
-                              each.extensionPattern + "_[345][0-9]");
+        const std::string name =
+            each.prefixPattern + processIds() + "[0-9A-Za-y]{6,10}" + each.extensionPattern + "_[345][0-9]";
         for (int i = 0; i < 50; ++i) {
             std::wstring path;
             ASSERT_EQ(workspace->getTmpFile(path, each.prefix, each.extension), 0);
             EXPECT_EQ(fs::path(path).parent_path(), directoryOf(*workspace));
-            EXPECT_TRUE(std::regex_match(fs::path(path).filename().string(), name)) << fs::path(path);
+            EXPECT_TRUE(matches(fs::path(path).filename().string(), name)) << fs::path(path);
             EXPECT_FALSE(fs::exists(path));
         }
     }
@@ -239,19 +238,39 @@ TEST_F(TemporaryDirFiles, NothingStaysOpenOrAllocated) {
     EXPECT_EQ(zavtest::liveBlocks(), blocks);
 }
 
-TEST_F(TemporaryDirFiles, ThrowingCallbackDoesNotStopTheDestruction) {
-    ZAVlog throwing(
-        1,
-        [](int, int, void*, const char* function, const char*) {
-            if (function[14] == '~') throw 7;
-        },
-        nullptr);
-    {
-        TemporaryDir workspace(&throwing, wide(base_.path()).c_str());
-        ASSERT_EQ(workspace.init(L"zav_"), 0);
-        touch(newFile(workspace));
-    }
+TEST_F(TemporaryDirFiles, ClosingIsDoneOnce) {
+    auto workspace = makeInitialised();
+    const fs::path directory = directoryOf(*workspace);
+    touch(newFile(*workspace));
+    recorder_.messages.clear();
+    EXPECT_EQ(workspace->close(), 0);
     EXPECT_TRUE(fs::is_empty(base_.path()));
+    EXPECT_EQ(workspace->getBasePath(), nullptr);
+    EXPECT_EQ(workspace->close(), 0);
+    workspace.reset();
+    EXPECT_EQ(recorder_.messages, (std::vector<Message>{dealocation(), deleting(directory, "success")}));
+}
+
+TEST_F(TemporaryDirFiles, ThrowingCallbackStopsNeitherClosingNorDestruction) {
+    for (const bool closed : {false, true}) {
+        bool throws = false;
+        ZAVlog throwing(
+            1,
+            [](int, int, void* userData, const char*, const char*) {
+                if (*static_cast<bool*>(userData)) throw 7;
+            },
+            &throws);
+        {
+            TemporaryDir workspace(&throwing, wide(base_.path()).c_str());
+            ASSERT_EQ(workspace.init(L"zav_"), 0);
+            touch(newFile(workspace));
+            throws = true;
+            if (closed) {
+                EXPECT_EQ(workspace.close(), 5);
+            }
+        }
+        EXPECT_TRUE(fs::is_empty(base_.path()));
+    }
 }
 
 TEST_F(TemporaryDirFiles, OtherConstructorsMakeNothingThatCanBeUsed) {

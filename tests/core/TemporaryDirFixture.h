@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <regex.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -24,6 +25,15 @@ inline const char* const kOtherRandomDevice = "/dev/random";
 
 inline std::wstring wide(const std::filesystem::path& path) {
     return kest::widen(path.string());
+}
+
+// Whether the whole text matches an extended regular expression.
+inline bool matches(const std::string& text, const std::string& pattern) {
+    regex_t compiled;
+    if (regcomp(&compiled, ("^(" + pattern + ")$").c_str(), REG_EXTENDED | REG_NOSUB) != 0) return false;
+    const bool matched = regexec(&compiled, text.c_str(), 0, nullptr, 0) == 0;
+    regfree(&compiled);
+    return matched;
 }
 
 // What every name holds behind its prefix.

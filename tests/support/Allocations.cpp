@@ -1,7 +1,6 @@
 #include "tests/support/Allocations.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <cstdarg>
 #include <new>
 
 // The names that the linker gives to the functions that it wraps.
@@ -12,6 +11,8 @@ void* zavtestAlignedAlloc(std::size_t alignment, std::size_t size) __asm__("__wr
 void* zavtestAlignedAllocReally(std::size_t alignment, std::size_t size) __asm__("__real_aligned_alloc");
 char* zavtestStrdup(const char* text) __asm__("__wrap_strdup");
 char* zavtestStrdupReally(const char* text) __asm__("__real_strdup");
+int zavtestVasprintf(char** text, const char* format, va_list arguments) __asm__("__wrap_vasprintf");
+int zavtestVasprintfReally(char** text, const char* format, va_list arguments) __asm__("__real_vasprintf");
 void zavtestFree(void* block) __asm__("__wrap_free");
 void zavtestFreeReally(void* block) __asm__("__real_free");
 }
@@ -61,6 +62,15 @@ void* zavtestAlignedAlloc(std::size_t alignment, std::size_t size) {
 
 char* zavtestStrdup(const char* text) {
     return allocated([text] { return zavtestStrdupReally(text); });
+}
+
+int zavtestVasprintf(char** text, const char* format, va_list arguments) {
+    int length = -1;
+    allocated([&] {
+        length = zavtestVasprintfReally(text, format, arguments);
+        return length < 0 ? nullptr : *text;
+    });
+    return length;
 }
 
 void zavtestFree(void* block) {

@@ -1,6 +1,6 @@
-// Memory that runs out on demand. Link Allocations.cpp, which replaces operator new, and set the linker's
-// options
-// --wrap=malloc, --wrap=aligned_alloc, --wrap=strdup and --wrap=free.
+// Memory that runs out on demand, and is counted. Use zav_test_allocations() of Support.cmake: it replaces
+// operator new and wraps the allocating functions of the C library that the library calls. What other
+// libraries allocate by themselves neither fails nor counts.
 #pragma once
 
 #include <cstddef>

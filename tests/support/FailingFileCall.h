@@ -1,5 +1,4 @@
-// open and read that fail on demand. Link FailingFileCall.cpp and set the linker's options --wrap=open and
-// --wrap=read.
+// open and read that fail on demand. Use zav_test_file_calls() of Support.cmake.
 #pragma once
 
 namespace zavtest {

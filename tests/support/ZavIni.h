@@ -1,6 +1,5 @@
-// What fopen finds, for tests that link ZavIni.cpp and set the linker's option --wrap=fopen. Where no rule
-// says otherwise fopen does what it always does, except that there is no /etc/zav/zav.ini: no test sees the
-// machine's own.
+// What fopen finds. Use zav_test_opens() of Support.cmake. Where no rule says otherwise fopen does what it
+// always does, except that there is no /etc/zav/zav.ini: no test sees the machine's own.
 #pragma once
 
 #include <atomic>

@@ -128,6 +128,15 @@ TEST(NodeReaderTree, TextOfAnyLengthIsOneNode) {
     }
 }
 
+TEST(NodeReaderTree, LongTextsOfAnyLengthFollowOneAnother) {
+    for (const std::size_t length : {20000U, 20001U, 20002U, 20003U, 3000000U, 3000001U}) {
+        const std::string text(length, 'x');
+        const std::wstring wide(length, L'x');
+        EXPECT_EQ(treeOf("<a><b>" + text + "</b><c y='" + text + "'>" + text + "</c><d>" + text + "</d></a>"),
+                  L"a(b(\"" + wide + L"\") c[y='" + wide + L"'](\"" + wide + L"\") d(\"" + wide + L"\"))");
+    }
+}
+
 TEST(NodeReaderTree, ManyNamesAttributesAndChildrenAreKeptInOrder) {
     std::string xml = "<r";
     std::wstring expected = L"r";

@@ -1,0 +1,25 @@
+# What some tests need of the linker, so that they can stand between the library and the system.
+
+function(zav_wrap target)
+  foreach(function ${ARGN})
+    target_link_options(${target} PRIVATE LINKER:--wrap=${function})
+  endforeach()
+endfunction()
+
+# Allocations.h
+function(zav_test_allocations target)
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/Allocations.cpp)
+  zav_wrap(${target} malloc aligned_alloc strdup vasprintf free)
+endfunction()
+
+# FailingFileCall.h
+function(zav_test_file_calls target)
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/FailingFileCall.cpp)
+  zav_wrap(${target} open read)
+endfunction()
+
+# ZavIni.h
+function(zav_test_opens target)
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/ZavIni.cpp)
+  zav_wrap(${target} fopen)
+endfunction()
