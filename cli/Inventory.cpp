@@ -70,6 +70,7 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
     const int code = ZAV_hw_run(hardware);
     if (code != ZAV_SUCCESS) throw Failure(kExitFailed, explain(code, hardware, toolkit + "/quorvah"));
     std::vector<Group> results;
+    results.reserve(groups.size());
     for (const GroupName& group : groups) results.push_back(readGroup(hardware, group));
     return results;
 }
