@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <utility>
 #include <vector>
 
 #include "kest/Descriptor.h"
@@ -52,6 +53,32 @@ class DeafHost {
     sigset_t before_ = {};
 };
 
+// The number from which on the host gets no descriptor; put back at the end.
+class DescriptorLimit {
+  public:
+    explicit DescriptorLimit(rlim_t limit) {
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &before_), 0);
+        const rlimit changed = {limit, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &changed), 0);
+    }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+    ~DescriptorLimit() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before_), 0); }
+
+  private:
+    rlimit before_ = {};
+};
+
+// The lowest free numbers above the standard streams.
+std::pair<int, int> nextTwoDescriptors() {
+    const Descriptor any(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const Descriptor first(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    const Descriptor second(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    // `any` itself is one of them, unless the host lacks a standard stream.
+    if (any.number() > STDERR_FILENO) return {any.number(), first.number()};
+    return {first.number(), second.number()};
+}
+
 std::string descriptorsOfChild() {
     const std::string output = run(child("ShowDescriptors")).output;
     const std::size_t error = output.find("2 ");
@@ -81,6 +108,7 @@ TEST(ChildState, HasTheStandardStreamsAndNoOtherDescriptor) {
 }
 
 TEST(ChildState, HasNoneOfTheManyDescriptorsOfItsHost) {
+    const DescriptorLimit limit(3000);
     std::vector<Descriptor> descriptors;
     for (int i = 0; i < 2000; ++i) {
         descriptors.emplace_back(open("/dev/zero", i % 2 == 0 ? O_RDONLY : O_RDONLY | O_CLOEXEC));
@@ -98,32 +126,22 @@ TEST(ChildState, HasNoneOfThePipesOfOtherChildren) {
     openForWriting(pipe);
 }
 
-TEST(ChildState, HasTheStandardStreamsWhenItsHostIsAtItsLimit) {
-    rlimit before = {};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    Descriptor next(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    // Room for the two ends of the pipe and nothing more.
-    const rlimit tight = {static_cast<rlim_t>(next.number()) + 2, before.rlim_max};
-    next.close();
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &tight), 0);
-    const Outcome outcome = run(child("ShowInput"));
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_EQ(outcome, (Outcome{"0\n", 0}));
+TEST(ChildState, IsStartedAsLongAsThePipeHasRoom) {
+    const auto [first, second] = nextTwoDescriptors();
+    const DescriptorLimit limit(static_cast<rlim_t>(second) + 1);
+    EXPECT_EQ(run(child("ShowInput")), (Outcome{"0\n", 0}));
 }
 
 TEST(ChildState, IsNotStartedWhenTheHostIsOutOfDescriptors) {
     const NothingLeft nothingLeft;
-    rlimit before = {};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    Descriptor next(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    const int free = next.number();
-    next.close();
-    for (const int room : {0, 1}) {
-        const rlimit tight = {static_cast<rlim_t>(free + room), before.rlim_max};
-        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &tight), 0);
-        const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 0");
-        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-        EXPECT_EQ(process, nullptr) << "room for " << room;
+    const auto [first, second] = nextTwoDescriptors();
+    for (const int room : {first, second}) {
+        std::unique_ptr<ChildProcess> process;
+        {
+            const DescriptorLimit limit(static_cast<rlim_t>(room));
+            process = launch(child("ExitWith") + " 0");
+        }
+        EXPECT_EQ(process, nullptr) << "limit " << room;
     }
 }
 
