@@ -84,7 +84,9 @@ TEST_F(FaultTest, ALaunchWhosePipeCannotBeMovedFails) {
     close(STDIN_FILENO);
     expectNotStarted("fcntl", EMFILE);
     EXPECT_EQ(run(command), twoLines);
-    ASSERT_EQ(dup2(input.number(), STDIN_FILENO), STDIN_FILENO);
+    if (input.isOpen()) {
+        EXPECT_EQ(dup2(input.number(), STDIN_FILENO), STDIN_FILENO);
+    }
 }
 
 TEST_F(FaultTest, AnInterruptedReadingGoesOn) {
