@@ -24,14 +24,15 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
 
-// Field names are the same in any case.
+// Field names are the same in any case. Most differ in length or in the first letter already.
 bool sameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+    return a.size() == b.size() && ((a.front() ^ b.front()) & ~0x20) == 0 &&
+           strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
 void storeField(std::string_view line, DpkgStanza& stanza) {
     const std::size_t colon = line.find(':');
-    if (colon == std::string_view::npos) return;
+    if (colon == 0 || colon == std::string_view::npos) return;
     const std::string_view name = line.substr(0, colon);
     for (const StanzaField& field : kFields) {
         if (!sameName(name, field.name)) continue;

@@ -13,7 +13,8 @@ std::string readDatabase(const Options& options, const std::string& fileName) {
     std::vector<std::string> folders = {options.ids};
     if (options.ids.empty()) folders = {"/usr/share/misc", "/usr/share/hwdata"};
     for (const std::string& folder : folders) {
-        if (std::optional<std::string> text = host.read(folder + "/" + fileName)) return std::move(*text);
+        if (std::optional<std::string> text = host.read((folder + '/').append(fileName)))
+            return std::move(*text);
     }
     return {};
 }

@@ -41,8 +41,8 @@ constexpr FieldDef kFields[] = {
 constexpr char kInterfaces[] = "/sys/class/net/";
 
 // "0x1003" or "1af4", with or without prefix.
-std::string hexDigits(std::string line) {
-    return line.substr(0, 2) == "0x" ? line.substr(2) : line;
+std::string hexDigits(const std::string& line) {
+    return line.substr(line.starts_with("0x") ? 2 : 0);
 }
 
 // The databases are opened for the first adapter that needs a name.

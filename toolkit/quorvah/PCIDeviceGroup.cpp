@@ -62,8 +62,8 @@ std::string revision(const Root& root, const std::string& path) {
 }
 
 // The kernel writes "Unknown", and a width of 0 or 255, for a link that it cannot ask.
-std::string known(std::string line) {
-    const bool unknown = line.substr(0, 7) == "Unknown" || line == "0" || line == "255";
+std::string known(const std::string& line) {
+    const bool unknown = line.starts_with("Unknown") || line == "0" || line == "255";
     return unknown ? std::string() : line;
 }
 

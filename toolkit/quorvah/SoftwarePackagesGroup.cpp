@@ -2,9 +2,9 @@
 #include <string>
 
 #include "toolkit/quorvah/Group.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/PackageSources.h"
 #include "toolkit/quorvah/Scan.h"
+#include "toolkit/quorvah/ShellVariables.h"
 
 namespace quorvah {
 namespace {
@@ -19,18 +19,7 @@ constexpr FieldDef kFields[] = {
 std::string distributionId(const Root& root) {
     std::optional<std::string> text = root.read("/etc/os-release");
     if (!text) text = root.read("/usr/lib/os-release");
-    if (!text) return {};
-    std::string_view rest = *text;
-    std::string_view line;
-    while (nextLine(rest, line)) {
-        if (line.substr(0, 3) != "ID=") continue;
-        std::string_view id = trimmed(line.substr(3));
-        if (id.size() > 1 && id.front() == id.back() && (id.front() == '"' || id.front() == '\'')) {
-            id = id.substr(1, id.size() - 2);
-        }
-        return std::string(id);
-    }
-    return {};
+    return text ? ShellVariables(*text).value("ID") : std::string();
 }
 
 void gather(Scan& scan, Report& report) {
