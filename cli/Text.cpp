@@ -50,6 +50,15 @@ std::size_t fitting(std::wstring_view text, int columns) {
     return count;
 }
 
+// Where a line of at most `count` characters ends: in front of a blank, behind a ';' that joins values, else
+// at `count`. REQUIRES: the text is longer.
+std::size_t lineEnd(std::wstring_view text, std::size_t count) {
+    for (std::size_t end = count; end > 0; --end) {
+        if (text[end] == L' ' || text[end - 1] == L';') return end;
+    }
+    return count;
+}
+
 }  // namespace
 
 void useUtf8() {
@@ -124,10 +133,10 @@ std::vector<std::string> wrap(std::string_view text, int columns) {
     std::wstring_view rest = wide;
     while (columnsOf(rest) > columns) {
         const std::size_t count = std::max<std::size_t>(1, fitting(rest, columns));
-        const std::size_t blank = rest.rfind(L' ', count);
-        const bool atBlank = blank != std::wstring_view::npos && blank > 0;
-        lines.push_back(toUtf8(rest.substr(0, atBlank ? blank : count)));
-        rest.remove_prefix(atBlank ? blank + 1 : count);
+        const std::size_t end = lineEnd(rest, count);
+        lines.push_back(toUtf8(rest.substr(0, end)));
+        rest.remove_prefix(end);
+        if (rest.front() == L' ') rest.remove_prefix(1);
     }
     lines.push_back(toUtf8(rest));
     return lines;

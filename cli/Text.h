@@ -35,7 +35,8 @@ std::string clip(std::string_view text, int columns);
 // The text filled up with blanks to so many columns.
 std::string pad(std::string_view text, int columns);
 
-// The text in lines of at most so many columns, broken at blanks where possible. REQUIRES: columns > 1.
+// The text in lines of at most so many columns, broken at blanks or behind ';' where
+// possible. REQUIRES: columns > 1.
 std::vector<std::string> wrap(std::string_view text, int columns);
 
 // ASCII letters in lower case, independent of any locale.

@@ -24,7 +24,7 @@ TEST(Bundled, DoctorFindsNoProblem) {
 }
 
 TEST(Bundled, InventoryDescribesItsOwnScan) {
-    const Ended ended = Process({"hw", "--format", "json"}).run();
+    const Ended ended = bundled({"hw", "--format", "json"});
     ASSERT_EQ(0, ended.status) << ended.err;
     const Json json = Json::parse(ended.out);
     ASSERT_EQ(1U, json.at("groups").at("ScanInfo").size());

@@ -29,7 +29,7 @@ class HardwareTest : public testing::Test {
     std::string path(const std::string& name) const { return (scratch_.path() / name).string(); }
     std::string outputTemporaryName() const {
         for (const auto& file : std::filesystem::directory_iterator(scratch_.path())) {
-            const std::string name = file.path().filename().string();
+            std::string name = file.path().filename().string();
             if (name.starts_with("out.")) return name;
         }
         return "";

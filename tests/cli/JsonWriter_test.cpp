@@ -13,7 +13,7 @@ using Json = nlohmann::ordered_json;
 
 TEST(JsonWriter, GroupsAreArraysOfObjects) {
     const Json json = Json::parse(jsonText(zavtest::sampleInventory()));
-    const Json groups = json.at("groups");
+    const Json& groups = json.at("groups");
     EXPECT_EQ((Json{{"DeviceID", "cpu0"}, {"Name", "A, \"B\" & <C>"}}), groups.at("Processor").at(0));
     EXPECT_EQ((Json{{"DeviceID", "cpu1"}, {"Name", ""}}), groups.at("Processor").at(1));
     EXPECT_EQ("gr\xc3\xb6\xc3\x9f\xf0\x9f\x98\x80", groups.at("Memory").at(0).at("Note"));

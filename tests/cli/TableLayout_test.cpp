@@ -7,6 +7,7 @@ namespace {
 
 std::vector<std::string> names(const std::vector<Column>& columns) {
     std::vector<std::string> result;
+    result.reserve(columns.size());
     for (const Column& column : columns) result.push_back(column.name);
     return result;
 }

@@ -78,11 +78,15 @@ TEST(Text, PadFillsUpByColumnsNotBytes) {
     EXPECT_EQ("abc", pad("abc", 2));
 }
 
-TEST(Text, WrapBreaksAtBlanksWherePossible) {
+TEST(Text, WrapBreaksAtBlanksAndBehindSemicolonsWherePossible) {
     using Lines = std::vector<std::string>;
     EXPECT_EQ((Lines{"fpu vme", "de pse"}), wrap("fpu vme de pse", 8));
     EXPECT_EQ((Lines{"abcd", "efgh", "i"}), wrap("abcdefghi", 4));
     EXPECT_EQ((Lines{"abc", "def"}), wrap("abc def", 3));
+    EXPECT_EQ((Lines{"fpu;", "vme;de"}), wrap("fpu;vme;de", 6));
+    EXPECT_EQ((Lines{"fpu;", "vme"}), wrap("fpu;vme", 4));
+    EXPECT_EQ((Lines{"fpu", ";", "vme"}), wrap("fpu;vme", 3));
+    EXPECT_EQ((Lines{"    x"}), wrap("    x", 5));
     EXPECT_EQ((Lines{""}), wrap("", 4));
 }
 
