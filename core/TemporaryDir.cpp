@@ -152,6 +152,7 @@ int TemporaryDir::deleteFiles(bool /*unused*/) {
     return 0;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as its callers know it
 void TemporaryDir::deleteDirectory(std::wstring /*unused*/) {
     const bool removed = ::rmdir(dirName_.c_str()) == 0;
     if (log_ != nullptr) {

@@ -59,6 +59,7 @@ const HWGroup* nextGroup(const HWGroup* row) {
     return next->id == kGroupSlots || next->displayName == nullptr ? nullptr : next;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as its callers know it
 int HW_getGroupId(std::wstring name) {
     for (const HWGroup* row = nextGroup(nullptr); row != nullptr; row = nextGroup(row)) {
         if (name == row->xmlName) return row->id;

@@ -68,7 +68,7 @@ constexpr const char* kInstances = "ZAV_hw_get_group_instances";
 constexpr const char* kFields = "ZAV_hw_get_fields";
 constexpr const char* kValue = "ZAV_hw_get_value";
 
-const auto nameOf(const QueryCase& query) {
+auto nameOf(const QueryCase& query) {
     return std::string(query.name);
 }
 

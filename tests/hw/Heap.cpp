@@ -38,6 +38,8 @@ void* allocated(Allocate allocate) {
 
 }  // namespace
 
+// Visible, or the system's libraries would go on with their own.
+#pragma GCC visibility push(default)
 extern "C" {
 
 void* malloc(std::size_t size) {
@@ -73,6 +75,7 @@ void free(void* block) {
     libcFree(block);
 }
 }
+#pragma GCC visibility pop
 
 namespace hwtest {
 
