@@ -32,6 +32,11 @@ std::optional<std::int64_t> BlockDevice::bytes(std::string_view file) const {
     return *sectors * kSector;
 }
 
+std::optional<std::int64_t> BlockDevice::blockSize() const {
+    const std::optional<std::int64_t> size = number("queue/logical_block_size");
+    return size && *size > 0 ? size : std::nullopt;
+}
+
 std::string BlockDevice::udevData() const {
     const std::string device = line("dev");
     return device.empty() ? std::string() : root_.read("/run/udev/data/b" + device).value_or("");

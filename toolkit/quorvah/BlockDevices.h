@@ -38,6 +38,8 @@ class BlockDevice {
     std::optional<bool> flag(std::string_view file) const;
     // Bytes. The kernel counts in blocks of 512 bytes whatever the device's own blocks are.
     std::optional<std::int64_t> bytes(std::string_view file) const;
+    // Bytes of a logical block.
+    std::optional<std::int64_t> blockSize() const;
     // Where the device hangs: the path that its directory in /sys/block is a link to. Empty for a captured
     // tree that has no links.
     const std::string& place() const { return place_; }

@@ -89,7 +89,11 @@ void readTopology(const Root& root, const std::string& directory, LogicalCpu& cp
     if (cpu.siblings.empty()) cpu.siblings = root.readLine(directory + "thread_siblings_list");
     const std::vector<int> siblings = readCpuList(cpu.siblings);
     const auto self = std::ranges::find(siblings, cpu.number);
-    if (self != siblings.end()) cpu.thread = static_cast<int>(self - siblings.begin());
+    if (self == siblings.end()) {
+        cpu.siblings.clear();
+        return;
+    }
+    cpu.thread = static_cast<int>(self - siblings.begin());
 }
 
 // For each node the CPUs that belong to it.

@@ -86,7 +86,7 @@ class TableOnDisk {
         table_.emplace();
         const kest::Descriptor file = root_.open(disk_.path());
         if (!file.isOpen()) return;
-        const std::int64_t blockSize = disk_.number("queue/logical_block_size").value_or(512);
+        const std::int64_t blockSize = disk_.blockSize().value_or(512);
         table_ = readPartitionTable(
             [&file](std::uint64_t offset, std::size_t size) {
                 std::string bytes(size, '\0');
@@ -126,7 +126,7 @@ void gather(Scan& scan, Report& report) {
             const std::optional<std::int64_t> number = device.number("partition");
             partition.set("StartingOffset", device.bytes("start"));
             partition.set("Size", device.bytes("size"));
-            partition.set("BlockSize", disk.number("queue/logical_block_size"));
+            partition.set("BlockSize", disk.blockSize());
             partition.set("DiskName", disk.path());
             partition.set("PartitionNumber", number);
             setFromUdev(device.udevData(), partition);

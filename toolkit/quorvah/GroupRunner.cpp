@@ -23,11 +23,16 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+milliseconds since(Clock::time_point start) {
+    return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+}
+
 void gather(Scan& scan, Report& report) {
     if (report.group().gather == nullptr) {
         report.partial("unsupported");
         return;
     }
+    const Clock::time_point start = Clock::now();
     const int denials = scan.root().denials();
     try {
         report.group().gather(scan, report);
@@ -36,6 +41,17 @@ void gather(Scan& scan, Report& report) {
         report.warn(std::string(report.group().xmlName) + ": " + failure.what());
     }
     if (scan.root().denials() > denials) report.partial("permission");
+    report.setElapsed(since(start));
+}
+
+bool send(int pipe, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(pipe, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
@@ -48,14 +64,7 @@ void gather(Scan& scan, Report& report) {
     for (const Group* const group : groups) {
         Report report(*group);
         gather(scan, report);
-        std::string_view rest;
-        const std::string frame = frameOf(report);
-        for (rest = frame; !rest.empty();) {
-            const ssize_t count = ::write(pipe, rest.data(), rest.size());
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) ::_exit(1);
-            rest.remove_prefix(static_cast<std::size_t>(count));
-        }
+        if (!send(pipe, frameOf(report))) ::_exit(1);
     }
     ::_exit(0);
 }
@@ -157,8 +166,11 @@ class Run {
             report = Report(group);
             failure = "failed";
         }
-        if (failure != nullptr) report.partial(failure);
-        onReport_(std::move(report), std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+        if (failure != nullptr) {
+            report.partial(failure);
+            report.setElapsed(since(start));
+        }
+        onReport_(std::move(report));
     }
 
     Scan& scan_;

@@ -16,7 +16,7 @@ struct Limits {
 };
 
 // What becomes of each group; in the order of the groups.
-using OnReport = std::function<void(Report&& report, std::chrono::milliseconds elapsed)>;
+using OnReport = std::function<void(Report&& report)>;
 
 // Gathers the groups in a child process, which is killed when a group takes too long: that group is then
 // reported without instances as "timeout", and gathering goes on with the next one. A group whose code dies

@@ -42,8 +42,7 @@ class Inventory {
         const std::vector<const Group*> wanted = readWanted();
         std::vector<const Group*> gathered = wanted;
         const bool tellsOfItself = std::erase(gathered, &kScanInfo) > 0;
-        gatherGroups(scan_, gathered, Limits(),
-                     [this](Report&& report, milliseconds elapsed) { add(std::move(report), elapsed); });
+        gatherGroups(scan_, gathered, Limits(), [this](Report&& report) { add(std::move(report)); });
         if (tellsOfItself) addScanInfo();
         writeOutputFile(scan_.options().output, outputDocument(reports_, scan_.options().pretty));
     }
@@ -75,7 +74,7 @@ class Inventory {
         scan_.summary.warnings.push_back(text);
     }
 
-    void add(Report&& report, milliseconds elapsed) {
+    void add(Report&& report) {
         const char* const name = report.group().xmlName;
         if (report.reason().empty()) {
             scan_.summary.complete.emplace_back(name);
@@ -85,7 +84,7 @@ class Inventory {
         for (const std::string& warning : report.warnings()) warn(warning);
         const std::size_t count = report.instances().size();
         std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, count, count == 1 ? "" : "s",
-                    static_cast<long long>(elapsed.count()), report.reason().empty() ? "" : ", ",
+                    static_cast<long long>(report.elapsed().count()), report.reason().empty() ? "" : ", ",
                     report.reason().c_str());
         std::fflush(stdout);
         keep(std::move(report));
@@ -107,7 +106,8 @@ class Inventory {
         Report report(kScanInfo);
         kScanInfo.gather(scan_, report);
         summary.complete.pop_back();  // add() counts it
-        add(std::move(report), std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+        report.setElapsed(std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+        add(std::move(report));
     }
 
     const Clock::time_point start_ = Clock::now();

@@ -110,17 +110,21 @@ void setTopology(const Package& package, Instance& processor) {
     setCount(processor, "L3CacheSize", totalCache(package, 3));
 }
 
+// A package may hold cores of several kinds, which then have several names.
 void setNames(const Root& root, const CpuInfo& info, const Package& package, Instance& processor) {
-    const auto listed =
-        std::ranges::find_if(package, [&info](const LogicalCpu* cpu) { return info.lists(cpu->number); });
-    if (listed == package.end()) return;
-    const int number = (*listed)->number;
-    const CpuNames names = readCpuNames(info, number);
-    processor.set("Name", names.name);
-    processor.set("Manufacturer", names.manufacturer);
-    processor.set("Family", names.family);
-    processor.set("MaxClockSpeed", maxClock(root, info, number));
-    processor.set("Microcode", microcode(root, info, number));
+    std::vector<std::string> kinds;
+    for (const LogicalCpu* const cpu : package) {
+        if (!info.lists(cpu->number)) continue;
+        const CpuNames names = readCpuNames(info, cpu->number);
+        if (std::ranges::find(kinds, names.name) != kinds.end()) continue;
+        kinds.push_back(names.name);
+        if (kinds.size() > 1) continue;
+        processor.set("Manufacturer", names.manufacturer);
+        processor.set("Family", names.family);
+        processor.set("MaxClockSpeed", maxClock(root, info, cpu->number));
+        processor.set("Microcode", microcode(root, info, cpu->number));
+    }
+    processor.set("Name", kinds);
 }
 
 void setSmbios(const Scan& scan, const SmbiosProcessor& socket, Instance& processor) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <deque>
@@ -87,6 +88,10 @@ class Report {
     void warn(std::string text) { warnings_.push_back(std::move(text)); }
     const std::vector<std::string>& warnings() const { return warnings_; }
 
+    // How long gathering took.
+    void setElapsed(std::chrono::milliseconds elapsed) { elapsed_ = elapsed; }
+    std::chrono::milliseconds elapsed() const { return elapsed_; }
+
     // Sorts the instances by their keys. Numbers in keys count as such, so cpu10 comes behind cpu9, unless
     // the key is bytewise.
     void sort();
@@ -99,6 +104,7 @@ class Report {
     std::deque<Instance> instances_;
     std::string reason_;
     std::vector<std::string> warnings_;
+    std::chrono::milliseconds elapsed_{0};
 };
 
 // Whether `left` comes before `right` when the decimal numbers in them are compared by value.

@@ -46,6 +46,7 @@ bool takeInstance(std::string_view& frame, Instance& instance) {
 
 std::string frameOf(const Report& report) {
     std::string frame(sizeof(Length), '\0');
+    append(frame, static_cast<Length>(report.elapsed().count()));
     append(frame, report.reason());
     append(frame, static_cast<Length>(report.warnings().size()));
     for (const std::string& warning : report.warnings()) append(frame, warning);
@@ -65,6 +66,9 @@ std::size_t frameLength(std::string_view bytes) {
 bool readFrame(std::string_view frame, Report& report) {
     if (frameLength(frame) != frame.size() || frame.empty()) return false;
     frame.remove_prefix(sizeof(Length));
+    const std::optional<Length> elapsed = takeNumber(frame);
+    if (!elapsed) return false;
+    report.setElapsed(std::chrono::milliseconds(*elapsed));
     std::string text;
     if (!takeText(frame, text)) return false;
     report.partial(text);

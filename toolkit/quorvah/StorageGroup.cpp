@@ -136,10 +136,10 @@ bool isMultipath(const Root& root, const BlockDevice& disk) {
 
 void setSize(const BlockDevice& disk, Instance& drive) {
     const std::optional<std::int64_t> size = disk.bytes("size");
-    const std::optional<std::int64_t> block = disk.number("queue/logical_block_size");
+    const std::optional<std::int64_t> block = disk.blockSize();
     drive.set("Size", size);
     drive.set("BlockSize", block);
-    if (size && block && *block > 0) drive.set("NumberOfBlocks", *size / *block);
+    if (size && block) drive.set("NumberOfBlocks", *size / *block);
     drive.set("PhysicalBlockSize", disk.number("queue/physical_block_size"));
 }
 
