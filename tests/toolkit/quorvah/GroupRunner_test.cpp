@@ -1,0 +1,212 @@
+#include "toolkit/quorvah/GroupRunner.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <stdexcept>
+
+#include "tests/support/ScratchDir.h"
+#include "toolkit/quorvah/ReportFrame.h"
+
+using quorvah::FieldDef;
+using quorvah::frameLength;
+using quorvah::frameOf;
+using quorvah::gatherGroups;
+using quorvah::Group;
+using quorvah::Limits;
+using quorvah::Options;
+using quorvah::readFrame;
+using quorvah::Report;
+using quorvah::Scan;
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr FieldDef kFields[] = {{"DeviceID"}, {"Value"}};
+
+void quick(Scan& /*scan*/, Report& report) {
+    report.add("one").set("Value", 1);
+    report.add("two");
+}
+void large(Scan& /*scan*/, Report& report) {
+    for (int i = 0; i < 3000; ++i) report.add(std::to_string(i)).set("Value", std::string(100, 'x'));
+}
+void hang(Scan& /*scan*/, Report& report) {
+    report.add("never seen");
+    for (;;) pause();
+}
+void ignoreSignalsAndHang(Scan& scan, Report& report) {
+    signal(SIGTERM, SIG_IGN);
+    hang(scan, report);
+}
+void crash(Scan& /*scan*/, Report& report) {
+    report.add("never seen");
+    raise(SIGKILL);
+}
+void leave(Scan& /*scan*/, Report& /*report*/) {
+    _exit(0);
+}
+void fail(Scan& /*scan*/, Report& report) {
+    report.add("kept");
+    throw std::runtime_error("no such luck");
+}
+void unreadable(Scan& scan, Report& report) {
+    report.add("kept").set("Value", scan.root().readLine("/secret"));
+}
+void talk(Scan& /*scan*/, Report& report) {
+    std::printf("noise\n");
+    std::fflush(stdout);
+    report.add("silent");
+}
+
+constexpr Group kQuick{"Quick", "Quick", kFields, quick};
+constexpr Group kLarge{"Large", "Large", kFields, large};
+constexpr Group kHang{"Hang", "Hang", kFields, hang};
+constexpr Group kStubborn{"Stubborn", "Stubborn", kFields, ignoreSignalsAndHang};
+constexpr Group kCrash{"Crash", "Crash", kFields, crash};
+constexpr Group kLeave{"Leave", "Leave", kFields, leave};
+constexpr Group kFail{"Fail", "Fail", kFields, fail};
+constexpr Group kUnreadable{"Unreadable", "Unreadable", kFields, unreadable};
+constexpr Group kTalk{"Talk", "Talk", kFields, talk};
+constexpr Group kNotBuilt{"Not Built", "NotBuilt", {}, nullptr};
+
+std::vector<Report> run(const std::vector<const Group*>& groups, const Limits& limits = Limits(),
+                        const Options& options = Options()) {
+    Scan scan(options);
+    std::vector<Report> reports;
+    gatherGroups(scan, groups, limits, [&reports](Report&& report) { reports.push_back(std::move(report)); });
+    return reports;
+}
+
+}  // namespace
+
+TEST(GroupRunner, ReportsEachGroupInOrder) {
+    const std::vector<Report> reports = run({&kQuick, &kLarge, &kQuick});
+    ASSERT_EQ(reports.size(), 3U);
+    EXPECT_EQ(reports[0].instances().size(), 2U);
+    EXPECT_EQ(reports[0].instances()[0].get("Value"), "1");
+    EXPECT_EQ(reports[0].reason(), "");
+    EXPECT_EQ(reports[1].instances().size(), 3000U);
+    EXPECT_EQ(&reports[2].group(), &kQuick);
+    EXPECT_TRUE(run({}).empty());
+}
+
+TEST(GroupRunner, AGroupThatHangsCostsOnlyItself) {
+    const std::vector<Report> reports =
+        run({&kQuick, &kHang, &kStubborn, &kQuick}, {milliseconds(300), milliseconds(60000)});
+    ASSERT_EQ(reports.size(), 4U);
+    EXPECT_EQ(reports[0].instances().size(), 2U);
+    EXPECT_EQ(reports[1].reason(), "timeout");
+    EXPECT_TRUE(reports[1].instances().empty());
+    EXPECT_EQ(reports[2].reason(), "timeout");
+    EXPECT_EQ(reports[3].reason(), "");
+    EXPECT_EQ(reports[3].instances().size(), 2U);
+}
+
+TEST(GroupRunner, TheRunEndsWithItsOwnLimit) {
+    const std::vector<Report> reports =
+        run({&kQuick, &kHang, &kQuick}, {milliseconds(60000), milliseconds(300)});
+    ASSERT_EQ(reports.size(), 3U);
+    EXPECT_EQ(reports[0].reason(), "");
+    EXPECT_EQ(reports[1].reason(), "timeout");
+    EXPECT_EQ(reports[2].reason(), "timeout") << "no time is left for it";
+}
+
+TEST(GroupRunner, AGroupThatDiesCostsOnlyItself) {
+    for (const Group* const group : {&kCrash, &kLeave}) {
+        const std::vector<Report> reports = run({group, &kQuick});
+        ASSERT_EQ(reports.size(), 2U);
+        EXPECT_EQ(reports[0].reason(), "failed");
+        EXPECT_TRUE(reports[0].instances().empty());
+        EXPECT_EQ(reports[1].instances().size(), 2U);
+    }
+}
+
+TEST(GroupRunner, AnExceptionKeepsWhatWasFoundAndSaysWhy) {
+    const std::vector<Report> reports = run({&kFail, &kQuick});
+    EXPECT_EQ(reports[0].reason(), "failed");
+    EXPECT_EQ(reports[0].instances().size(), 1U);
+    EXPECT_EQ(reports[0].warnings(), (std::vector<std::string>{"Fail: no such luck"}));
+    EXPECT_EQ(reports[1].reason(), "");
+}
+
+TEST(GroupRunner, AGroupThatIsNotBuiltIsUnsupported) {
+    const std::vector<Report> reports = run({&kNotBuilt});
+    EXPECT_EQ(reports[0].reason(), "unsupported");
+    EXPECT_TRUE(reports[0].instances().empty());
+}
+
+TEST(GroupRunner, AGroupThatMayNotReadIsPartialAndTheNextOneIsNot) {
+    const zavtest::ScratchDir dir;
+    std::filesystem::permissions(dir.write("secret", "x\n"), std::filesystem::perms::none);
+    std::filesystem::permissions(dir.path(), std::filesystem::perms(0755));
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+        Options options;
+        options.root = dir.path().string();
+        const std::vector<Report> reports = run({&kUnreadable, &kQuick}, Limits(), options);
+        const bool first = reports[0].reason() == "permission" && reports[0].instances().size() == 1 &&
+                           reports[0].instances()[0].get("Value").empty();
+        _exit(first && reports[1].reason().empty() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(GroupRunner, WhatAGroupWritesDoesNotReachTheScannersOutput) {
+    testing::internal::CaptureStdout();
+    const std::vector<Report> reports = run({&kTalk});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(reports[0].instances().size(), 1U);
+}
+
+TEST(GroupRunner, EveryChildEnds) {
+    run({&kQuick, &kHang, &kCrash, &kQuick}, {milliseconds(200), milliseconds(60000)});
+    pid_t ended = 0;
+    for (int tries = 0; tries < 1000 && ended != -1; ++tries) {
+        ended = waitpid(-1, nullptr, WNOHANG);
+        if (ended == 0) usleep(10000);
+    }
+    EXPECT_EQ(ended, -1) << "a child still runs";
+}
+
+TEST(ReportFrame, CarriesAWholeReport) {
+    Report sent(kQuick);
+    sent.add("key").set("Value", std::string("\0;<\n", 4));
+    sent.add("");
+    sent.partial("permission");
+    sent.warn("beware");
+    sent.setElapsed(milliseconds(1234));
+    const std::string frame = frameOf(sent);
+    EXPECT_EQ(frameLength(frame), frame.size());
+    EXPECT_EQ(frameLength(frame + "next"), frame.size());
+    Report received(kQuick);
+    ASSERT_TRUE(readFrame(frame, received));
+    ASSERT_EQ(received.instances().size(), 2U);
+    EXPECT_EQ(received.instances()[0].values(), sent.instances()[0].values());
+    EXPECT_EQ(received.reason(), "permission");
+    EXPECT_EQ(received.warnings(), sent.warnings());
+    EXPECT_EQ(received.elapsed(), milliseconds(1234));
+}
+
+TEST(ReportFrame, RefusesBytesThatAreNoWholeReport) {
+    Report sent(kQuick);
+    sent.add("key").set("Value", "value");
+    const std::string frame = frameOf(sent);
+    for (std::size_t length = 0; length < frame.size(); ++length) {
+        std::string cut = frame.substr(0, length);
+        Report received(kQuick);
+        EXPECT_FALSE(readFrame(cut, received)) << length;
+        if (cut.empty()) continue;
+        cut[0] = static_cast<char>(length);
+        Report again(kQuick);
+        EXPECT_FALSE(readFrame(cut, again)) << length;
+    }
+    EXPECT_EQ(frameLength("abc"), 0U);
+}

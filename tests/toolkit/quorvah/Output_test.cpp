@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <system_error>
+
+#include "tests/support/ScratchDir.h"
+#include "toolkit/quorvah/OutputDocument.h"
+#include "toolkit/quorvah/OutputFile.h"
+#include "toolkit/quorvah/XmlText.h"
+
+using quorvah::appendXmlText;
+using quorvah::FieldDef;
+using quorvah::Group;
+using quorvah::outputDocument;
+using quorvah::Report;
+using quorvah::writeOutputFile;
+using zavtest::readAll;
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+namespace {
+
+std::string xml(std::string_view bytes) {
+    std::string text;
+    appendXmlText(text, bytes);
+    return text;
+}
+
+constexpr FieldDef kFields[] = {{"DeviceID"}, {"Name"}};
+constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
+
+}  // namespace
+
+TEST(XmlText, IsAsciiWithReferences) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {"plain text 123", "plain text 123"},
+        {"a<b>&\"c\"'d'", "a&lt;b&gt;&amp;&quot;c&quot;'d'"},
+        {"]]>", "]]&gt;"},
+        {"tab\tline\nreturn\r", "tab\tline\nreturn&#13;"},
+        {"\x01\x1f\0x"s, "x"},
+        {"~\x7f", "~&#127;"},
+        {"\xC3\xBC", "&#252;"},  // UTF-8
+        {"\xE2\x82\xAC", "&#8364;"},
+        {"\xF0\x9F\x98\x80", "&#128512;"},
+        {"M\xFCller", "M&#252;ller"},              // ISO-8859-1
+        {"\xC3\xBC \xFC", "&#195;&#188; &#252;"},  // one bad byte makes all of it ISO-8859-1
+        {"\x85", "&#133;"},
+        {"\xEF\xBF\xBE\xEF\xBF\xBF|", "|"},  // U+FFFE, U+FFFF
+        {"\xEF\xBF\xBD", "&#65533;"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(xml(bytes), text);
+}
+
+TEST(XmlText, TakesNoUtf8ThatIsNotValid) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"\xC0\xAF", "&#192;&#175;"},  // not the shortest form
+        {"\xE0\x80\x80", "&#224;&#128;&#128;"},
+        {"\xF0\x80\x80\x80", "&#240;&#128;&#128;&#128;"},
+        {"\xED\xA0\x80", "&#237;&#160;&#128;"},            // a surrogate
+        {"\xF4\x90\x80\x80", "&#244;&#144;&#128;&#128;"},  // beyond Unicode
+        {"\xF5\x80\x80\x80", "&#245;&#128;&#128;&#128;"},
+        {"\xE2\x82", "&#226;&#130;"},  // cut
+        {"\x80", "&#128;"},
+        {"\xFF\xFE", "&#255;&#254;"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(xml(bytes), text);
+}
+
+TEST(XmlText, AnyByteBecomesPrintableAscii) {
+    for (int byte = 0; byte < 256; ++byte) {
+        for (const char c : xml(std::string(1, static_cast<char>(byte)))) {
+            EXPECT_TRUE((c >= 0x20 && c <= 0x7E) || c == '\t' || c == '\n') << byte;
+        }
+    }
+}
+
+TEST(OutputDocument, HasNoWhiteSpaceBetweenElements) {
+    std::array<Report, 1> reports = {Report(kGroup)};
+    reports[0].add("a").set("Name", "x & y");
+    reports[0].add("b");
+    EXPECT_EQ(outputDocument(reports, false),
+              R"(<?xml version="1.0" encoding="UTF-8"?><Hardware>)"
+              "<SomeThing><DeviceID>a</DeviceID><Name>x &amp; y</Name></SomeThing>"
+              "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
+}
+
+TEST(OutputDocument, BreaksLinesForPeople) {
+    std::array<Report, 1> reports = {Report(kGroup)};
+    reports[0].add("a");
+    EXPECT_EQ(outputDocument(reports, true),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<Hardware>\n"
+              "  <SomeThing>\n"
+              "    <DeviceID>a</DeviceID>\n"
+              "    <Name/>\n"
+              "  </SomeThing>\n"
+              "</Hardware>\n");
+}
+
+TEST(OutputDocument, WithoutInstancesIsAnEmptyRoot) {
+    EXPECT_EQ(outputDocument({}, false), R"(<?xml version="1.0" encoding="UTF-8"?><Hardware></Hardware>)");
+    const std::array<Report, 1> reports = {Report(kGroup)};
+    EXPECT_EQ(outputDocument(reports, false), outputDocument({}, false));
+}
+
+TEST(OutputFile, IsWrittenWhole) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.path() / "out.xml";
+    writeOutputFile(file.string(), "new");
+    EXPECT_EQ(readAll(file), "new");
+    const std::string large(1 << 20, 'x');
+    writeOutputFile(file.string(), large);
+    EXPECT_EQ(readAll(file), large);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1) << "nothing else is left behind";
+}
+
+TEST(OutputFile, HasTheModeOfNewFilesElseThatOfTheOldOne) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.path() / "out.xml";
+    const mode_t before = umask(027);
+    writeOutputFile(file.string(), "new");
+    umask(before);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    fs::permissions(file, fs::perms(0604));
+    writeOutputFile(file.string(), "newer");
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
+}
+
+TEST(OutputFile, ReplacesWhatASymbolicLinkLeadsTo) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.write("real.xml", "old");
+    fs::create_symlink("real.xml", dir.path() / "link.xml");
+    writeOutputFile((dir.path() / "link.xml").string(), "new");
+    EXPECT_EQ(readAll(file), "new");
+    EXPECT_TRUE(fs::is_symlink(dir.path() / "link.xml"));
+}
+
+TEST(OutputFile, OfAReaderThatHoldsTheOldOneStaysTheOldOne) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.write("out.xml", "old");
+    std::ifstream reader(file);
+    writeOutputFile(file.string(), "new");
+    std::string text;
+    reader >> text;
+    EXPECT_EQ(text, "old");
+    EXPECT_EQ(readAll(file), "new");
+}
+
+TEST(OutputFile, WritesToAPipe) {
+    const zavtest::ScratchDir dir;
+    const fs::path pipe = dir.path() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        writeOutputFile(pipe.string(), "through");
+        _exit(0);
+    }
+    EXPECT_EQ(readAll(pipe), "through");
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+}
+
+TEST(OutputFile, ThatCannotBeWrittenLeavesNothingAndIsNamed) {
+    const zavtest::ScratchDir dir;
+    const fs::path blocked = dir.write("file", "x");
+    for (const fs::path& path : {dir.path() / "missing" / "out.xml", blocked / "out.xml", dir.path()}) {
+        try {
+            writeOutputFile(path.string(), "new");
+            ADD_FAILURE() << path << " was written";
+        } catch (const std::system_error& failure) {
+            EXPECT_NE(std::string(failure.what()).find(path.string()), std::string::npos) << failure.what();
+        }
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
+}
+
+TEST(OutputFile, OnAFullDiskKeepsTheOldOne) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.write("out.xml", "old");
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // A limit on the size of files fails a write as a full disk does.
+        const rlimit small{1000, 1000};
+        signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &small);
+        try {
+            writeOutputFile(file.string(), std::string(100000, 'x'));
+        } catch (const std::system_error&) {
+            _exit(0);
+        }
+        _exit(1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(readAll(file), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
+}

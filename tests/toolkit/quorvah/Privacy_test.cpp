@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include "toolkit/quorvah/Placeholders.h"
+#include "toolkit/quorvah/Sanitizer.h"
+
+using quorvah::FieldDef;
+using quorvah::Group;
+using quorvah::Instance;
+using quorvah::isPlaceholder;
+using quorvah::Report;
+using quorvah::Sanitizer;
+
+namespace {
+
+constexpr FieldDef kFields[] = {{"DeviceID"},
+                                {"Serial", FieldDef::kPrivate},
+                                {"Clock", FieldDef::kVolatile},
+                                {"Address", FieldDef::kPrivate | FieldDef::kVolatile}};
+constexpr Group kGroup{"Thing", "Thing", kFields, nullptr};
+
+Report someReport() {
+    Report report(kGroup);
+    Instance& first = report.add("a");
+    first.set("Serial", "S1;S2;S1");
+    first.set("Clock", 5);
+    first.set("Address", "S2");
+    report.add("b");
+    return report;
+}
+
+}  // namespace
+
+TEST(SipHash, GivesThePublishedResults) {
+    const std::array<std::uint64_t, 2> key = {0x0706050403020100, 0x0f0e0d0c0b0a0908};
+    std::string text;
+    for (char c = 0; c < 15; ++c) text += c;
+    EXPECT_EQ(quorvah::sipHash(key, text), 0xa129ca6149be45e5U);
+    EXPECT_EQ(quorvah::sipHash(key, ""), 0x726fdb47dd0e0e31U);
+    EXPECT_EQ(quorvah::sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
+}
+
+TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
+    Report report = someReport();
+    const Sanitizer sanitizer;
+    sanitizer.hide(report);
+    const Instance& first = report.instances().front();
+    const std::string serials = first.get("Serial");
+    ASSERT_EQ(serials.size(), 3U * 16 + 2) << serials;
+    EXPECT_EQ(serials.substr(0, 16), serials.substr(34, 16));
+    EXPECT_NE(serials.substr(0, 16), serials.substr(17, 16));
+    EXPECT_EQ(serials.substr(17, 16), first.get("Address"));
+    EXPECT_EQ(serials.find('S'), std::string::npos);
+}
+
+TEST(Sanitizer, LeavesOtherFieldsAndUnknownOnesAlone) {
+    Report report = someReport();
+    Sanitizer().hide(report);
+    EXPECT_EQ(report.instances()[0].get("DeviceID"), "a");
+    EXPECT_EQ(report.instances()[0].get("Clock"), "5");
+    EXPECT_EQ(report.instances()[1].get("Serial"), "");
+}
+
+TEST(Sanitizer, HashesDifferentlyInEveryReport) {
+    EXPECT_NE(Sanitizer().hashed("S1"), Sanitizer().hashed("S1"));
+}
+
+TEST(Sanitizer, KeepsTheSeparatorsOfEmptyValues) {
+    const Sanitizer sanitizer;
+    EXPECT_EQ(sanitizer.hashed(""), "");
+    EXPECT_EQ(sanitizer.hashed(";x"), ";" + sanitizer.hashed("x"));
+}
+
+TEST(Volatile, FieldsAreEmptiedAndOthersKept) {
+    Report report = someReport();
+    dropVolatile(report);
+    EXPECT_EQ(report.instances()[0].values(), (std::vector<std::string>{"a", "S1;S2;S1", "", ""}));
+}
+
+TEST(Placeholders, AreWhatMakersLeaveInPlaceOfAValue) {
+    for (const char* const text : {"",
+                                   "   ",
+                                   "To be filled by O.E.M.",
+                                   "TO BE FILLED BY O.E.M.",
+                                   " to be filled by o.e.m. ",
+                                   "Default string",
+                                   "Not Specified",
+                                   "System Serial Number",
+                                   "Chassis Asset Tag",
+                                   "None",
+                                   "N/A",
+                                   "123456789",
+                                   "Unknown",
+                                   "00000000-0000-0000-0000-000000000000",
+                                   "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF",
+                                   "ffffffff-ffff-ffff-ffff-ffffffffffff",
+                                   "03000200-0400-0500-0006-000700080009",
+                                   "........",
+                                   "00000000",
+                                   "xxxxxxxx",
+                                   "System manufacturer"}) {
+        EXPECT_TRUE(isPlaceholder(text)) << text;
+    }
+}
+
+TEST(Placeholders, AreNotValuesThatResembleThem) {
+    for (const char* const text : {"0", "1234567", "12345678901", "None of these", "Default string 2",
+                                   "ES-2630", "00000001", "FF00", "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
+                                   "Nonesuch", "03000200-0400-0500-0006-00070008000a", "11111111"}) {
+        EXPECT_FALSE(isPlaceholder(text)) << text;
+    }
+}

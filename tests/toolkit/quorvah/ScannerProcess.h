@@ -1,0 +1,110 @@
+// The built scanner, run as its users run it.
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kest/String.h"
+#include "kest/Text.h"
+#include "tessa/Node.h"
+#include "tessa/NodeReader.h"
+#include "tests/support/ScratchDir.h"
+
+namespace quorvahtest {
+
+struct Finished {
+    int status;  // the exit status, or minus the signal
+    std::string output;
+    std::string errors;
+};
+
+// Runs the scanner with these arguments and additions to the environment ("NAME=value").
+inline Finished runScanner(const std::vector<std::string>& arguments,
+                           const std::vector<std::string>& environment = {}) {
+    const zavtest::ScratchDir dir;
+    const std::string output = (dir.path() / "out").string();
+    const std::string errors = (dir.path() / "err").string();
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("fork");
+    if (child == 0) {
+        if (std::freopen(output.c_str(), "w", stdout) == nullptr ||
+            std::freopen(errors.c_str(), "w", stderr) == nullptr) {
+            _exit(126);
+        }
+        for (const std::string& variable : environment) putenv(strdup(variable.c_str()));
+        std::vector<char*> pointers = {strdup(QUORVAH_PROGRAM)};
+        for (const std::string& argument : arguments) pointers.push_back(strdup(argument.c_str()));
+        pointers.push_back(nullptr);
+        execv(QUORVAH_PROGRAM, pointers.data());
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), zavtest::readAll(output),
+            zavtest::readAll(errors)};
+}
+
+struct Element {
+    std::string group;
+    std::vector<std::pair<std::string, std::string>> fields;
+
+    const std::string& operator[](const std::string& name) const {
+        for (const auto& [field, value] : fields) {
+            if (field == name) return value;
+        }
+        throw std::out_of_range(group + " has no field " + name);
+    }
+};
+
+namespace detail {
+
+struct Sink : tessa::NodeSink {
+    int onNodeTree(tessa::Node* node) override {
+        root.reset(node);
+        return 0;
+    }
+    std::unique_ptr<tessa::Node> root;
+};
+
+inline const tessa::NodeList& childrenOf(const tessa::Node& node) {
+    const tessa::NodeList* children = nullptr;
+    if (node.getChildren(&children) != 0) throw std::runtime_error("text where an element belongs");
+    return *children;
+}
+
+}  // namespace detail
+
+// The instances in an output file. Throws when anything stands in it that a strict reader refuses: text, even
+// blanks, beside elements, or elements within a field.
+inline std::vector<Element> readOutput(const std::filesystem::path& file) {
+    detail::Sink sink;
+    tessa::NodeReader reader(sink);
+    reader.keepWhitespace = true;
+    if (reader.process(kest::String(kest::widen(file.string())), 0) != 0)
+        throw std::runtime_error("no XML: " + file.string());
+    std::vector<Element> elements;
+    for (const tessa::Node* const instance : detail::childrenOf(*sink.root)) {
+        Element element;
+        element.group = kest::narrow(instance->name().view());
+        for (const tessa::Node* const field : detail::childrenOf(*instance)) {
+            std::string value;
+            for (const tessa::Node* const text : detail::childrenOf(*field)) {
+                if (text->type() != tessa::Node::kText) throw std::runtime_error("an element within a field");
+                value += kest::narrow(text->text());
+            }
+            element.fields.emplace_back(kest::narrow(field->name().view()), value);
+        }
+        elements.push_back(std::move(element));
+    }
+    return elements;
+}
+
+}  // namespace quorvahtest

@@ -1,0 +1,322 @@
+// The built scanner as a process: what it exits with, says and writes.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+
+#include "tests/toolkit/quorvah/ScannerProcess.h"
+#include "toolkit/quorvah/GroupTable.h"
+
+using quorvah::allGroups;
+using quorvah::findGroup;
+using quorvah::Group;
+using quorvahtest::Element;
+using quorvahtest::Finished;
+using quorvahtest::readOutput;
+using quorvahtest::runScanner;
+using zavtest::readAll;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kServer = QUORVAH_TEST_TREES "/x86-server";
+
+class Scanner : public testing::Test {
+  protected:
+    // Writes a configuration that asks for these groups.
+    std::string configure(const std::vector<std::string>& groups) const {
+        std::string text = "<QEL><ZAV><Hardware version=\"1.0\">\n";
+        for (const std::string& group : groups) text += "\t\t<Group Name=\"" + group + "\"/>\n";
+        return dir_.write("config.xml", text + "</Hardware></ZAV></QEL>\n").string();
+    }
+    Finished scan(const std::vector<std::string>& groups, std::vector<std::string> options = {},
+                  const std::vector<std::string>& environment = {}) const {
+        options.insert(options.begin(), {"-c", configure(groups), "-o", out()});
+        return runScanner(options, environment);
+    }
+    std::string out() const { return (dir_.path() / "out.xml").string(); }
+    std::vector<Element> elements() const { return readOutput(out()); }
+    std::multiset<std::string> groupsWritten() const {
+        std::multiset<std::string> groups;
+        for (const Element& element : elements()) groups.insert(element.group);
+        return groups;
+    }
+    Element only() const {
+        const std::vector<Element> all = elements();
+        if (all.size() != 1) throw std::runtime_error("not one element");
+        return all.front();
+    }
+
+    zavtest::ScratchDir dir_;
+};
+
+std::vector<std::string> allDisplayNames() {
+    std::vector<std::string> names;
+    for (const Group* const group : allGroups()) names.emplace_back(group->displayName);
+    return names;
+}
+
+}  // namespace
+
+TEST_F(Scanner, WritesEveryFieldOfEveryInstanceInOrder) {
+    ASSERT_EQ(scan(allDisplayNames()).status, 0);
+    const std::vector<Element> all = elements();
+    EXPECT_GT(all.size(), 10U);
+    for (const Element& element : all) {
+        const Group* const group = findGroup(element.group);
+        ASSERT_NE(group, nullptr) << element.group;
+        ASSERT_EQ(element.fields.size(), group->fields.size()) << element.group;
+        for (std::size_t i = 0; i < group->fields.size(); ++i) {
+            EXPECT_EQ(element.fields[i].first, group->fields[i].name);
+        }
+    }
+}
+
+TEST_F(Scanner, WritesPureAscii) {
+    ASSERT_EQ(scan(allDisplayNames()).status, 0);
+    const std::string text = readAll(out());
+    EXPECT_GT(text.size(), 1000U);
+    EXPECT_TRUE(
+        std::ranges::all_of(text, [](char c) { return (c >= 0x20 && c <= 0x7E) || c == '\t' || c == '\n'; }));
+}
+
+TEST_F(Scanner, SaysALineForEachGroupItGathered) {
+    const Finished done = scan({"Processor", "Memory", "Video", "ScanInfo"}, {"--root", kServer});
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.errors, "");
+    EXPECT_NE(done.output.find("group Processor: 8 instances, "), std::string::npos) << done.output;
+    EXPECT_NE(done.output.find("group Memory: 1 instance, "), std::string::npos) << done.output;
+    EXPECT_EQ(std::ranges::count(done.output, '\n'), 4);
+}
+
+TEST_F(Scanner, WritesNoGroupUnasked) {
+    ASSERT_EQ(scan({"Memory"}, {"--root", kServer}).status, 0);
+    EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
+    ASSERT_EQ(scan({}, {"--root", kServer}).status, 0);
+    EXPECT_TRUE(elements().empty());
+}
+
+TEST_F(Scanner, TakesBothSpellingsOfAGroupAndGathersItOnce) {
+    for (const std::vector<std::string>& names :
+         std::vector<std::vector<std::string>>{{"Operating System"},
+                                               {"OperatingSystem"},
+                                               {"Operating System", "OperatingSystem", "Operating System"}}) {
+        const Finished done = scan(names, {"--root", kServer});
+        EXPECT_EQ(done.status, 0);
+        EXPECT_EQ(done.errors, "");
+        EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"OperatingSystem"}));
+    }
+}
+
+TEST_F(Scanner, WarnsOfANameThatIsNoGroupAndGoesOn) {
+    const Finished done = scan({"Operating  System", "Memory", "ScanInfo"}, {"--root", kServer});
+    EXPECT_EQ(done.status, 0);
+    EXPECT_NE(done.errors.find("unknown group \"Operating  System\""), std::string::npos) << done.errors;
+    EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory", "ScanInfo"}));
+    EXPECT_EQ(elements().back()["Warnings"], "unknown group \"Operating  System\"");
+}
+
+TEST_F(Scanner, WritesScanInfoLastAndHonestly) {
+    ASSERT_EQ(scan({"ScanInfo", "Memory"}, {"--root", kServer}).status, 0);
+    const Element info = elements().back();
+    EXPECT_EQ(info.group, "ScanInfo");
+    EXPECT_EQ(info["ScannerName"], "quorvah");
+    EXPECT_EQ(info["RootPath"], kServer);
+    EXPECT_EQ(info["EffectiveUserId"], std::to_string(geteuid()));
+    EXPECT_EQ(info["Privileged"], geteuid() == 0 ? "true" : "false");
+    EXPECT_EQ(info["GroupsRequested"], "Memory;ScanInfo");
+    EXPECT_EQ(info["GroupsComplete"], "Memory;ScanInfo");
+    EXPECT_EQ(info["GroupsPartial"], "");
+    EXPECT_EQ(info["Complete"], "true");
+    EXPECT_EQ(info["Warnings"], "");
+    EXPECT_FALSE(info["StartTime"].empty() || info["EndTime"].empty() || info["ElapsedTime"].empty());
+    EXPECT_LE(info["StartTime"], info["EndTime"]);
+}
+
+TEST_F(Scanner, CountsEveryRequestedGroupAsCompleteOrPartial) {
+    ASSERT_EQ(scan(allDisplayNames()).status, 0);
+    const Element info = elements().back();
+    ASSERT_EQ(info.group, "ScanInfo");
+    const auto count = [&info](const char* field) {
+        return info[field].empty() ? 0 : std::ranges::count(info[field], ';') + 1;
+    };
+    EXPECT_EQ(count("GroupsRequested"), 48);
+    EXPECT_EQ(count("GroupsComplete") + count("GroupsPartial"), 48);
+    EXPECT_EQ(info["Complete"], count("GroupsPartial") == 0 ? "true" : "false");
+    for (const Group* const group : allGroups()) {
+        const std::string entry = ";" + std::string(group->xmlName) + "=unsupported";
+        EXPECT_EQ((";" + info["GroupsPartial"]).find(entry) != std::string::npos, group->gather == nullptr)
+            << entry;
+    }
+}
+
+TEST_F(Scanner, TellsOfFilesThatItMayNotRead) {
+    // A stranger to the tree sees its directory but not the secret in it.
+    const fs::path tree = dir_.path() / "tree";
+    fs::permissions(dir_.write("tree/sys/class/dmi/id/product_uuid", "x\n"), fs::perms::none);
+    dir_.write("tree/sys/class/dmi/id/sys_vendor", "Maker\n");
+    fs::permissions(dir_.path(), fs::perms(0777));
+    configure({"ComponentID", "Memory", "ScanInfo"});
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (geteuid() == 0 && setuid(65534) != 0) _exit(99);
+        execl(QUORVAH_PROGRAM, "quorvah", "-c", (dir_.path() / "config.xml").c_str(), "-o", out().c_str(),
+              "--root", tree.c_str(), static_cast<char*>(nullptr));
+        _exit(98);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    ASSERT_EQ(status, 0);
+    EXPECT_EQ(elements().front()["Manufacturer"], "Maker");
+    EXPECT_EQ(elements().front()["UUID"], "");
+    EXPECT_EQ(elements().back()["GroupsPartial"], "ComponentID=permission");
+    EXPECT_EQ(elements().back()["Complete"], "false");
+    EXPECT_EQ(elements().back()["Privileged"], "false");
+}
+
+TEST_F(Scanner, PrettyOutputHoldsTheSame) {
+    ASSERT_EQ(scan({"Processor", "Memory"}, {"--root", kServer}).status, 0);
+    std::string plain = readAll(out());
+    ASSERT_EQ(scan({"Processor", "Memory"}, {"--root", kServer, "--pretty"}).status, 0);
+    std::string pretty = readAll(out());
+    EXPECT_NE(plain, pretty);
+    for (std::size_t at = pretty.find('\n'); at != std::string::npos; at = pretty.find('\n')) {
+        pretty.erase(at, std::max(pretty.find_first_not_of(" \n", at), at + 1) - at);
+        if (pretty.size() == at) break;
+    }
+    EXPECT_EQ(plain, pretty.substr(0, plain.size()));
+}
+
+TEST_F(Scanner, WithoutVolatileValuesTwoScansAreTheSame) {
+    const std::vector<std::string> groups = {
+        "ComponentID",       "Processor",          "Memory",    "Operating System",   "Storage", "Regional",
+        "PhysicalProcessor", "UNIX System Params", "Scan Info", "VirtualMachineGuest"};
+    ASSERT_EQ(scan(groups, {"--no-volatile"}).status, 0);
+    const std::string first = readAll(out());
+    ASSERT_EQ(scan(groups, {"--no-volatile"}).status, 0);
+    EXPECT_EQ(readAll(out()), first);
+    ASSERT_EQ(scan({"Memory"}, {"--no-volatile", "--root", kServer}).status, 0);
+    EXPECT_EQ(only()["FreePhysicalMemory"], "");
+    EXPECT_EQ(only()["TotalVisibleMemorySize"], "65689512");
+}
+
+TEST_F(Scanner, SanitizedOutputNamesNobody) {
+    ASSERT_EQ(scan(allDisplayNames(), {"--root", kServer, "--sanitize"}).status, 0);
+    const std::string text = readAll(out());
+    for (const char* const secret :
+         {"4c4c4544", "CZ3402ABCD", "db1.example", "8d3c1e0b", "0b5b6a44", "ZC1ABCDE", "5000c500a1b2c3d4",
+          "S437NX0M900001", "1f2e3d4c", "9a8b7c6d", "12345678<", kServer.c_str()}) {
+        EXPECT_EQ(text.find(secret), std::string::npos) << secret;
+    }
+    std::set<std::string> names;
+    for (const Element& element : elements()) {
+        if (element.group == "ComponentID") names.insert(element["Name"]);
+        if (element.group == "OperatingSystem") names.insert(element["CSName"]);
+        if (element.group == "UNIXSystemParams") names.insert(element["NodeName"]);
+    }
+    EXPECT_EQ(names.size(), 1U) << "the same name has the same hash everywhere";
+    EXPECT_EQ(names.begin()->size(), 16U);
+}
+
+TEST_F(Scanner, RawOutputKeepsPlaceholders) {
+    ASSERT_EQ(scan({"ComponentID"}, {"--root", kServer}).status, 0);
+    EXPECT_EQ(only()["Version"], "");
+    ASSERT_EQ(scan({"ComponentID"}, {"--root", kServer, "--raw"}).status, 0);
+    EXPECT_EQ(only()["Version"], "Default string");
+}
+
+TEST_F(Scanner, TakesTheTreeFromTheEnvironment) {
+    ASSERT_EQ(scan({"ComponentID"}, {}, {"QUORVAH_ROOT=" + kServer}).status, 0);
+    EXPECT_EQ(only()["Name"], "db1.example.com");
+}
+
+TEST_F(Scanner, ExplainsItself) {
+    const Finished help = runScanner({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.output.starts_with("Usage: quorvah ")) << help.output;
+    EXPECT_EQ(help.errors, "");
+    const Finished version = runScanner({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(version.output.starts_with("quorvah ")) << version.output;
+}
+
+TEST_F(Scanner, RefusesABadCommandLineWith2) {
+    const std::string config = configure({"Memory"});
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{},
+                                               {"-c", config},
+                                               {"-c", config, "-o", out(), "--bogus"},
+                                               {"-c", config, "-o", out(), "more"}}) {
+        const Finished done = runScanner(arguments);
+        EXPECT_EQ(done.status, 2);
+        EXPECT_TRUE(done.errors.starts_with("quorvah: ")) << done.errors;
+        EXPECT_EQ(done.output, "");
+    }
+    EXPECT_FALSE(fs::exists(out()));
+}
+
+TEST_F(Scanner, RefusesATreeThatIsNoDirectoryWith2) {
+    for (const std::string& tree : {std::string("/no/such/tree"), configure({})}) {
+        const Finished done = scan({"Memory"}, {"--root", tree});
+        EXPECT_EQ(done.status, 2);
+        EXPECT_NE(done.errors.find(tree), std::string::npos) << done.errors;
+    }
+    EXPECT_FALSE(fs::exists(out()));
+}
+
+TEST_F(Scanner, RefusesABadConfigurationWith2NamingFileAndLine) {
+    const std::string config = dir_.write("bad.xml", "<QEL>\n<ZAV>\n</QEL>\n").string();
+    const Finished malformed = runScanner({"-c", config, "-o", out()});
+    EXPECT_EQ(malformed.status, 2);
+    EXPECT_NE(malformed.errors.find(config + ":3: "), std::string::npos) << malformed.errors;
+    const std::string missing = (dir_.path() / "missing.xml").string();
+    const Finished unreadable = runScanner({"-c", missing, "-o", out()});
+    EXPECT_EQ(unreadable.status, 2);
+    EXPECT_NE(unreadable.errors.find(missing), std::string::npos) << unreadable.errors;
+    EXPECT_FALSE(fs::exists(out()));
+}
+
+TEST_F(Scanner, ExitsWith1WhenTheOutputCannotBeWritten) {
+    const std::string config = configure({"Memory"});
+    const std::string target = (dir_.path() / "missing" / "out.xml").string();
+    const Finished done = runScanner({"-c", config, "-o", target});
+    EXPECT_EQ(done.status, 1);
+    EXPECT_NE(done.errors.find(target), std::string::npos) << done.errors;
+    EXPECT_FALSE(fs::exists(dir_.path() / "missing"));
+    EXPECT_EQ(runScanner({"-c", config, "-o", "/dev/full"}).status, 1);
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+TEST_F(Scanner, WritesTheOutputThoughNobodyReadsItsProgress) {
+    const std::string config = configure({"Memory"});
+    const std::string command =
+        std::string("'") + QUORVAH_PROGRAM + "' -c '" + config + "' -o '" + out() + "' | true";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    for (int tries = 0; tries < 500 && !fs::exists(out()); ++tries) usleep(10000);
+    EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
+}
+
+TEST_F(Scanner, KilledLeavesTheOldOutputOrTheNew) {
+    const std::string config = configure(allDisplayNames());
+    for (int delay = 0; delay < 20; ++delay) {
+        dir_.write("out.xml", "old");
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            close(STDOUT_FILENO);
+            execl(QUORVAH_PROGRAM, "quorvah", "-c", config.c_str(), "-o", out().c_str(),
+                  static_cast<char*>(nullptr));
+            _exit(98);
+        }
+        usleep(static_cast<useconds_t>(delay) * 3000);
+        kill(child, SIGTERM);
+        int status = 0;
+        waitpid(child, &status, 0);
+        const std::string text = readAll(out());
+        EXPECT_TRUE(text == "old" || text.ends_with("</Hardware>")) << text.substr(0, 100);
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir_.path()), {}), 2) << "no other file is left";
+    }
+}
