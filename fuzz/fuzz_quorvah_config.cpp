@@ -1,0 +1,13 @@
+// The scanner's configuration: any bytes give names of groups or an error that says what is wrong, never
+// both.
+#include <cstdlib>
+
+#include "fuzz/MemoryFile.h"
+#include "toolkit/quorvah/Configuration.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const zavfuzz::MemoryFile file(data, size);
+    const quorvah::Configuration configuration = quorvah::readConfiguration(file.path());
+    if (!configuration.error.empty() && !configuration.groups.empty()) std::abort();
+    return 0;
+}
