@@ -43,6 +43,9 @@ class TemporaryDir {
     // it. 0, or 5 when the log's callback threw, which stops nothing.
     int close() noexcept;
 
+    // Logs nothing from now on.
+    void silence() { log_ = nullptr; }
+
     // The workspace's directory, valid as long as the workspace; null when not initialised.
     const wchar_t* getBasePath() const { return initialized_ ? dirPathText_ : nullptr; }
     // The directory in which the workspace was to be made.

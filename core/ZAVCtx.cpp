@@ -34,8 +34,13 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     if (handle->homeDir.empty()) {
         log->traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
     }
-    if (code == ZAV_SUCCESS) *handleOut = handle.release();
-    return code;
+    if (code != ZAV_SUCCESS) {
+        // The end of a handle that never was is no news for the host.
+        handle->tempDir->silence();
+        return code;
+    }
+    *handleOut = handle.release();
+    return ZAV_SUCCESS;
 }
 
 }  // namespace

@@ -59,9 +59,10 @@ std::unique_ptr<const wchar_t*, FreeBlock> fieldNamesOf(const HWInstance& instan
 
 void store(ZAVHwCtx* context, int id, HWInstance&& instance) {
     auto names = fieldNamesOf(instance);
-    context->groups[id].push_back(std::move(instance));
+    // The array first: one without its instance is never seen, should memory run out between the two.
     context->fieldNames[id].push_back(names.get());
     static_cast<void>(names.release());
+    context->groups[id].push_back(std::move(instance));
 }
 
 // The group of an element. Instances of a group mostly stand together, and the document holds each name once,

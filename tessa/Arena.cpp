@@ -28,8 +28,9 @@ void Arena::addBlock(std::size_t bytes) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kLargestBlock);
     const std::size_t size = std::max(bytes, blockSize_);
     budget_.charge(size);
-    blocks_.emplace_back(newBlock(size));
-    if (blocks_.back() == nullptr) throw std::bad_alloc();
+    std::unique_ptr<std::byte, Release> block(newBlock(size));
+    if (block == nullptr) throw std::bad_alloc();
+    blocks_.push_back(std::move(block));
     next_ = blocks_.back().get();
     end_ = next_ + size;
 }

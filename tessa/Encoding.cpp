@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -78,7 +79,10 @@ void XMLCALL release(void* data) {
 
 bool useSystemEncoding(const char* name, XML_Encoding& encoding) {
     auto system = std::make_unique<SystemEncoding>(name);
-    if (!system->converter.valid()) return false;
+    if (!system->converter.valid()) {
+        if (errno == ENOMEM) throw std::bad_alloc();
+        return false;
+    }
     for (int byte = 0; byte < 256; ++byte) {
         const char single = static_cast<char>(byte);
         const int codePoint = system->converter.convert(&single, 1);
