@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "toolkit/quorvah/Root.h"
 
@@ -14,10 +13,6 @@ namespace quorvah {
 class FileText {
   public:
     FileText(const Root& root, const std::string& path);
-    FileText(FileText&& other) noexcept
-        : mapping_(std::exchange(other.mapping_, nullptr)),
-          size_(other.size_),
-          copy_(std::move(other.copy_)) {}
     ~FileText();
     FileText(const FileText&) = delete;
     FileText& operator=(const FileText&) = delete;

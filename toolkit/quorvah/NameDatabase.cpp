@@ -1,6 +1,5 @@
 #include "toolkit/quorvah/NameDatabase.h"
 
-#include <optional>
 #include <vector>
 
 #include "toolkit/quorvah/Root.h"
@@ -8,21 +7,22 @@
 namespace quorvah {
 namespace {
 
-std::string readDatabase(const Options& options, const std::string& fileName) {
+// Null when there is none.
+std::unique_ptr<FileText> openDatabase(const Options& options, const std::string& fileName) {
     const Root host;
     std::vector<std::string> folders = {options.ids};
     if (options.ids.empty()) folders = {"/usr/share/misc", "/usr/share/hwdata"};
-    for (const std::string& folder : folders) {
-        if (std::optional<std::string> text = host.read((folder + '/').append(fileName)))
-            return std::move(*text);
+    for (std::string& folder : folders) {
+        auto file = std::make_unique<FileText>(host, folder.append("/").append(fileName));
+        if (!file->text().empty()) return file;
     }
-    return {};
+    return nullptr;
 }
 
 }  // namespace
 
 NameDatabase::NameDatabase(const Options& options, const char* fileName)
-    : text_(readDatabase(options, fileName)), ids_(text_) {}
+    : file_(openDatabase(options, fileName)), ids_(file_ ? file_->text() : std::string_view()) {}
 
 std::string nameDatabaseVersions(const Options& options) {
     std::string versions;

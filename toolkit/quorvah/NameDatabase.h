@@ -1,7 +1,9 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "toolkit/quorvah/FileText.h"
 #include "toolkit/quorvah/IdsFile.h"
 #include "toolkit/quorvah/Scan.h"
 
@@ -18,7 +20,7 @@ class NameDatabase {
     IdsFile& ids() { return ids_; }
 
   private:
-    std::string text_;
+    std::unique_ptr<FileText> file_;
     IdsFile ids_;
 };
 

@@ -1,5 +1,4 @@
-#include <optional>
-
+#include "toolkit/quorvah/FileText.h"
 #include "toolkit/quorvah/IsoTime.h"
 #include "toolkit/quorvah/PackageSources.h"
 #include "toolkit/quorvah/PackageUrl.h"
@@ -8,8 +7,6 @@
 
 namespace quorvah {
 namespace {
-
-constexpr std::size_t kLargestDatabase = std::size_t{1} << 30;
 
 void addPackage(const RpmPackage& package, std::string_view distribution, Report& report) {
     const std::string epoch = package.hasEpoch ? std::to_string(package.epoch) : std::string();
@@ -50,10 +47,9 @@ void addFromSqlite(std::string_view file, std::string_view distribution, Report&
     if (!tableWhole || !headersWhole) report.partial("rpm-broken");
 }
 
-// Changes that rpm has not yet carried over into the database stand in a log beside it.
-bool hasUnsavedChanges(const Root& root, const std::string& path) {
-    const std::optional<std::string> log = root.read(path + "-wal", kLargestDatabase);
-    return log && !log->empty();
+// The kinds of databases that rpm had before.
+bool hasOldDatabase(const Root& root, const std::string& folder) {
+    return root.exists(folder + "/Packages") || root.exists(folder + "/Packages.db");
 }
 
 }  // namespace
@@ -61,14 +57,15 @@ bool hasUnsavedChanges(const Root& root, const std::string& path) {
 void addRpmPackages(const Root& root, std::string_view distribution, Report& report) {
     for (const std::string folder : {"/usr/lib/sysimage/rpm", "/var/lib/rpm"}) {
         const std::string path = folder + "/rpmdb.sqlite";
-        if (const auto file = root.read(path, kLargestDatabase)) {
-            addFromSqlite(*file, distribution, report);
-            if (hasUnsavedChanges(root, path)) report.partial("rpm-unsaved");
+        if (root.exists(path)) {
+            addFromSqlite(FileText(root, path).text(), distribution, report);
+            // Changes that rpm has not yet carried over into the database stand in a log beside it.
+            if (!FileText(root, path + "-wal").text().empty()) report.partial("rpm-unsaved");
             return;
         }
-        if (root.exists(path)) return report.partial("rpm-unreadable");
-        if (root.exists(folder + "/Packages") || root.exists(folder + "/Packages.db")) {
-            return report.partial("rpm-unsupported");
+        if (hasOldDatabase(root, folder)) {
+            report.partial("rpm-unsupported");
+            return;
         }
     }
 }

@@ -1,6 +1,7 @@
 // The package formats whose files are small.
 #include <charconv>
 #include <optional>
+#include <vector>
 
 #include "toolkit/quorvah/ApkDatabase.h"
 #include "toolkit/quorvah/IsoTime.h"
@@ -101,14 +102,14 @@ void addPacmanPackages(const Root& root, std::string_view distribution, Report& 
 
 void addSnaps(const Root& root, Report& report) {
     for (const std::string folder : {"/snap/", "/var/lib/snapd/snap/"}) {
-        for (const std::string& name : root.list(folder)) {
+        const std::vector<std::string> names = root.list(folder);
+        for (const std::string& name : names) {
             const std::optional<std::string> text = root.read(folder + name + "/current/meta/snap.yaml");
             if (!text) continue;
             const SnapMeta snap = readSnapMeta(*text);
             if (!snap.name.empty()) addSnap(snap, root.linkName(folder + name + "/current"), report);
         }
-        // On some systems one of the folders is a link to the other.
-        if (!report.instances().empty() && report.instances().back().get("PackageFormat") == "snap") return;
+        if (!names.empty()) return;  // where both folders are there, one is a link to the other
     }
 }
 

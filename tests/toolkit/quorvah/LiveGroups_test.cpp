@@ -107,7 +107,7 @@ std::vector<std::map<std::string, std::string>> lspciDevices() {
 }
 
 // lspci writes ids in place of the names that it does not know.
-std::string nameOf(std::string name) {
+std::string nameOf(const std::string& name) {
     if (name.starts_with("Device ") || name.starts_with("Vendor ") || name.starts_with("Class ")) return {};
     return name.substr(0, name.find(" ["));
 }
