@@ -27,7 +27,9 @@ void appendEscaped(std::string& url, std::string_view text) {
 
 std::string packageUrl(std::string_view type, std::string_view nameSpace, std::string_view name,
                        std::string_view version, std::initializer_list<PackageQualifier> qualifiers) {
-    std::string url = "pkg:";
+    std::string url;
+    url.reserve(96);  // most are shorter
+    url += "pkg:";
     url += type;
     if (!nameSpace.empty()) {
         url += '/';
