@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <set>
 
 #include "tests/toolkit/quorvah/GroupTester.h"
@@ -19,26 +18,47 @@ std::string lineOf(const std::string& command) {
     return lines.empty() ? std::string() : lines.front();
 }
 
+// What stands between two texts, and all behind it is left in `text`; empty when they do not follow one
+// another.
+std::string takeBetween(std::string& text, const std::string& before, const std::string& behind) {
+    const std::size_t begin = text.find(before);
+    const std::size_t end = begin == std::string::npos ? begin : text.find(behind, begin + before.size());
+    if (end == std::string::npos) {
+        text.clear();
+        return {};
+    }
+    const std::string found = text.substr(begin + before.size(), end - begin - before.size());
+    text.erase(0, end + behind.size());
+    return found;
+}
+
 // NAME="value" pairs.
-std::map<std::string, std::string> pairsOf(const std::string& line) {
-    static const std::regex kPair("([A-Z:-]+)=\"([^\"]*)\"");
+std::map<std::string, std::string> pairsOf(std::string line) {
     std::map<std::string, std::string> pairs;
-    for (std::sregex_iterator pair(line.begin(), line.end(), kPair), end; pair != end; ++pair) {
-        pairs[(*pair)[1]] = (*pair)[2];
+    while (!line.empty()) {
+        const std::string name = takeBetween(line, "", "=\"");
+        pairs[name] = takeBetween(line, "", "\"");
+        if (line.starts_with(' ')) line.erase(0, 1);
     }
     return pairs;
 }
 
 // The fields of "lscpu -J", whose names end with a colon.
 std::map<std::string, std::string> lscpuFields() {
-    static const std::regex kField("\"field\": \"(.*):\",\\s*\"data\": \"(.*)\"");
     std::string text;
     for (const std::string& line : linesOf("LC_ALL=C lscpu -J")) text += line + "\n";
     std::map<std::string, std::string> fields;
-    for (std::sregex_iterator field(text.begin(), text.end(), kField), end; field != end; ++field) {
-        fields.emplace((*field)[1], (*field)[2]);
+    for (;;) {
+        const std::string name = takeBetween(text, "\"field\": \"", ":\"");
+        if (text.empty()) return fields;
+        fields.emplace(name, takeBetween(text, "\"data\": \"", "\""));
     }
-    return fields;
+}
+
+// Whether a block device is made of others or of memory.
+bool isMadeUp(const std::string& name) {
+    const char* const prefixes[] = {"loop", "ram", "zram", "dm-", "md", "nbd", "fd"};
+    return std::ranges::any_of(prefixes, [&name](const char* prefix) { return name.starts_with(prefix); });
 }
 
 std::size_t countDistinct(const Report& report, const std::string& field) {
