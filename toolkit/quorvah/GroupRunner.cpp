@@ -12,9 +12,9 @@
 #include <csignal>
 #include <exception>
 #include <system_error>
+#include <utility>
 
 #include "kest/Descriptor.h"
-#include "toolkit/quorvah/ReportFrame.h"
 
 namespace quorvah {
 
@@ -56,7 +56,8 @@ bool send(int pipe, std::string_view bytes) {
 
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
-[[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, int pipe, pid_t parent) {
+[[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Render& render, int pipe,
+                       pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -64,7 +65,8 @@ bool send(int pipe, std::string_view bytes) {
     for (const Group* const group : groups) {
         Report report(*group);
         gather(scan, report);
-        if (!send(pipe, frameOf(report))) ::_exit(1);
+        const GroupResult result = render(std::move(report));
+        if (!send(pipe, frameHead(result)) || !send(pipe, result.xml)) ::_exit(1);
     }
     ::_exit(0);
 }
@@ -72,7 +74,7 @@ bool send(int pipe, std::string_view bytes) {
 // A child that gathers groups; killed when its owner is done with it.
 class Worker {
   public:
-    Worker(Scan& scan, std::span<const Group* const> groups) {
+    Worker(Scan& scan, std::span<const Group* const> groups, const Render& render) {
         std::array<int, 2> ends{};
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
         pipe_ = kest::Descriptor(ends[0]);
@@ -82,10 +84,11 @@ class Worker {
         if (process_ < 0) fail("fork");
         if (process_ == 0) {
             pipe_.close();
-            work(scan, groups, far.number(), self);
+            work(scan, groups, render, far.number(), self);
         }
     }
     ~Worker() {
+        if (process_ < 0) return;
         // One that hangs in the kernel dies when the kernel lets go of it; nobody waits for that.
         ::kill(process_, SIGKILL);
         ::waitpid(process_, nullptr, WNOHANG);
@@ -93,15 +96,27 @@ class Worker {
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    // The next group's report, in frame. Otherwise why there is none.
+    // Waits for a child that has nothing more to do, so that its time counts as this process's.
+    void join(Clock::time_point deadline) {
+        while (waitForInput(deadline)) {
+            if (receive()) continue;
+            ::waitpid(process_, nullptr, 0);
+            process_ = -1;
+            return;
+        }
+    }
+
+    // The next group's result, in frame. Otherwise why there is none.
     const char* nextFrame(Clock::time_point deadline, std::string& frame) {
         for (;;) {
             const std::size_t length = frameLength(received_);
             if (length > 0 && received_.size() >= length) {
-                frame = received_.substr(0, length);
-                received_.erase(0, length);
+                std::string next = received_.substr(length);
+                received_.resize(length);
+                frame = std::exchange(received_, std::move(next));
                 return nullptr;
             }
+            received_.reserve(length);
             if (!waitForInput(deadline)) return "timeout";
             if (!receive()) return "failed";
         }
@@ -138,8 +153,12 @@ class Worker {
 
 class Run {
   public:
-    Run(Scan& scan, const Limits& limits, const OnReport& onReport)
-        : scan_(scan), limits_(limits), onReport_(onReport), end_(Clock::now() + limits.run) {}
+    Run(Scan& scan, const Limits& limits, const Render& render, const OnResult& onResult)
+        : scan_(scan),
+          limits_(limits),
+          render_(render),
+          onResult_(onResult),
+          end_(Clock::now() + limits.run) {}
 
     void gatherAll(std::span<const Group* const> groups) {
         while (!groups.empty() && Clock::now() < end_) groups = groups.subspan(gatherSome(groups));
@@ -149,41 +168,40 @@ class Run {
   private:
     // Gathers with one child until it fails; returns how many groups that has settled.
     std::size_t gatherSome(std::span<const Group* const> groups) {
-        Worker worker(scan_, groups);
+        Worker worker(scan_, groups, render_);
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();
             std::string frame;
             const char* const failure = worker.nextFrame(std::min(start + limits_.group, end_), frame);
-            finish(*groups[i], failure, frame, start);
+            finish(*groups[i], failure, std::move(frame), start);
             if (failure != nullptr) return i + 1;
         }
+        worker.join(end_);
         return groups.size();
     }
 
-    void finish(const Group& group, const char* failure, std::string_view frame, Clock::time_point start) {
-        Report report(group);
-        if (failure == nullptr && !readFrame(frame, report)) {
-            report = Report(group);
-            failure = "failed";
-        }
+    void finish(const Group& group, const char* failure, std::string&& frame, Clock::time_point start) {
+        GroupResult result{&group, {}, 0, {}, {}, since(start)};
         if (failure != nullptr) {
-            report.partial(failure);
-            report.setElapsed(since(start));
+            result.reason = failure;
+        } else if (!readFrame(std::move(frame), result)) {
+            result = {&group, {}, 0, "failed", {}, since(start)};
         }
-        onReport_(std::move(report));
+        onResult_(std::move(result));
     }
 
     Scan& scan_;
     Limits limits_;
-    const OnReport& onReport_;
+    const Render& render_;
+    const OnResult& onResult_;
     Clock::time_point end_;
 };
 
 }  // namespace
 
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
-                  const OnReport& onReport) {
-    Run(scan, limits, onReport).gatherAll(groups);
+                  const Render& render, const OnResult& onResult) {
+    Run(scan, limits, render, onResult).gatherAll(groups);
 }
 
 }  // namespace quorvah

@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 
+#include "toolkit/quorvah/GroupResult.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
@@ -15,15 +16,18 @@ struct Limits {
     std::chrono::milliseconds run{60'000};
 };
 
-// What becomes of each group; in the order of the groups.
-using OnReport = std::function<void(Report&& report)>;
+// Makes a result of what was gathered; called where it was gathered.
+using Render = std::function<GroupResult(Report&& report)>;
 
-// Gathers the groups in a child process, which is killed when a group takes too long: that group is then
-// reported without instances as "timeout", and gathering goes on with the next one. A group whose code dies
+// What becomes of each group; in the order of the groups.
+using OnResult = std::function<void(GroupResult&& result)>;
+
+// Gathers the groups in a child process, which is killed when a group takes too long: that group then has no
+// instances and is reported as "timeout", and gathering goes on with the next one. A group whose code dies
 // costs no more than its own instances either ("failed"), nor does one that this scanner cannot gather
 // ("unsupported"). A group that lacked a permission is reported as "permission" with what it has. Throws
 // std::system_error when no process can be started.
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
-                  const OnReport& onReport);
+                  const Render& render, const OnResult& onResult);
 
 }  // namespace quorvah

@@ -42,9 +42,11 @@ class Inventory {
         const std::vector<const Group*> wanted = readWanted();
         std::vector<const Group*> gathered = wanted;
         const bool tellsOfItself = std::erase(gathered, &kScanInfo) > 0;
-        gatherGroups(scan_, gathered, Limits(), [this](Report&& report) { add(std::move(report)); });
+        gatherGroups(
+            scan_, gathered, Limits(), [this](Report&& report) { return finished(std::move(report)); },
+            [this](GroupResult&& result) { add(std::move(result)); });
         if (tellsOfItself) addScanInfo();
-        writeOutputFile(scan_.options().output, outputDocument(reports_, scan_.options().pretty));
+        writeOutputFile(scan_.options().output, outputDocument(results_, scan_.options().pretty));
     }
 
   private:
@@ -74,27 +76,27 @@ class Inventory {
         scan_.summary.warnings.push_back(text);
     }
 
-    void add(Report&& report) {
-        const char* const name = report.group().xmlName;
-        if (report.reason().empty()) {
-            scan_.summary.complete.emplace_back(name);
-        } else {
-            scan_.summary.partial.push_back(std::string(name) + "=" + report.reason());
-        }
-        for (const std::string& warning : report.warnings()) warn(warning);
-        const std::size_t count = report.instances().size();
-        std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, count, count == 1 ? "" : "s",
-                    static_cast<long long>(report.elapsed().count()), report.reason().empty() ? "" : ", ",
-                    report.reason().c_str());
-        std::fflush(stdout);
-        keep(std::move(report));
-    }
-
-    void keep(Report&& report) {
+    // What goes into the file: sorted, and without what the options leave out or hide.
+    GroupResult finished(Report&& report) const {
         if (scan_.options().noVolatile) dropVolatile(report);
         if (sanitizer_) sanitizer_->hide(report);
         report.sort();
-        reports_.push_back(std::move(report));
+        return render(report, scan_.options().pretty);
+    }
+
+    void add(GroupResult&& result) {
+        const char* const name = result.group->xmlName;
+        if (result.reason.empty()) {
+            scan_.summary.complete.emplace_back(name);
+        } else {
+            scan_.summary.partial.push_back(std::string(name) + "=" + result.reason);
+        }
+        for (const std::string& warning : result.warnings) warn(warning);
+        std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, result.instances,
+                    result.instances == 1 ? "" : "s", static_cast<long long>(result.elapsed.count()),
+                    result.reason.empty() ? "" : ", ", result.reason.c_str());
+        std::fflush(stdout);
+        results_.push_back(std::move(result));
     }
 
     void addScanInfo() {
@@ -107,13 +109,13 @@ class Inventory {
         kScanInfo.gather(scan_, report);
         summary.complete.pop_back();  // add() counts it
         report.setElapsed(std::chrono::duration_cast<milliseconds>(Clock::now() - start));
-        add(std::move(report));
+        add(finished(std::move(report)));
     }
 
     const Clock::time_point start_ = Clock::now();
     Scan scan_;
     std::optional<Sanitizer> sanitizer_;
-    std::vector<Report> reports_;
+    std::vector<GroupResult> results_;
 };
 
 }  // namespace

@@ -3,12 +3,17 @@
 #include <span>
 #include <string>
 
+#include "toolkit/quorvah/GroupResult.h"
 #include "toolkit/quorvah/Report.h"
 
 namespace quorvah {
 
-// The reports as an XML document in pure ASCII: one element per instance, and in it one element per field,
-// unknown fields empty. `pretty` breaks and indents the lines; else no white space stands between elements.
-std::string outputDocument(std::span<const Report> reports, bool pretty);
+// A report as it goes into the output file: one element per instance, and in it one element per field,
+// unknown fields empty, in pure ASCII. `pretty` breaks and indents the lines; else no white space stands
+// between elements.
+GroupResult render(const Report& report, bool pretty);
+
+// The results as one XML document; `pretty` as they were rendered.
+std::string outputDocument(std::span<const GroupResult> results, bool pretty);
 
 }  // namespace quorvah

@@ -44,8 +44,11 @@ std::size_t Instance::indexOf(std::string_view field) const {
 }
 
 bool naturallyBefore(std::string_view left, std::string_view right) {
-    std::string_view l = left;
-    std::string_view r = right;
+    // Keys of a group mostly begin alike; what is alike decides nothing, unless it ends within a number.
+    auto alike = static_cast<std::size_t>(std::ranges::mismatch(left, right).in1 - left.begin());
+    while (alike > 0 && isDigit(left[alike - 1])) --alike;
+    std::string_view l = left.substr(alike);
+    std::string_view r = right.substr(alike);
     while (!l.empty() && !r.empty()) {
         if (isDigit(l.front()) && isDigit(r.front())) {
             const std::string_view a = takeDigits(l);

@@ -9,13 +9,14 @@
 #include <stdexcept>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvah/ReportFrame.h"
+#include "toolkit/quorvah/OutputDocument.h"
 
 using quorvah::FieldDef;
+using quorvah::frameHead;
 using quorvah::frameLength;
-using quorvah::frameOf;
 using quorvah::gatherGroups;
 using quorvah::Group;
+using quorvah::GroupResult;
 using quorvah::Limits;
 using quorvah::Options;
 using quorvah::readFrame;
@@ -62,6 +63,9 @@ void talk(Scan& /*scan*/, Report& report) {
     report.add("silent");
 }
 
+constexpr const char* kQuickXml =
+    "<Quick><DeviceID>one</DeviceID><Value>1</Value></Quick><Quick><DeviceID>two</DeviceID><Value/></Quick>";
+
 constexpr Group kQuick{"Quick", "Quick", kFields, quick};
 constexpr Group kLarge{"Large", "Large", kFields, large};
 constexpr Group kHang{"Hang", "Hang", kFields, hang};
@@ -73,70 +77,72 @@ constexpr Group kUnreadable{"Unreadable", "Unreadable", kFields, unreadable};
 constexpr Group kTalk{"Talk", "Talk", kFields, talk};
 constexpr Group kNotBuilt{"Not Built", "NotBuilt", {}, nullptr};
 
-std::vector<Report> run(const std::vector<const Group*>& groups, const Limits& limits = Limits(),
-                        const Options& options = Options()) {
+std::vector<GroupResult> run(const std::vector<const Group*>& groups, const Limits& limits = Limits(),
+                             const Options& options = Options()) {
     Scan scan(options);
-    std::vector<Report> reports;
-    gatherGroups(scan, groups, limits, [&reports](Report&& report) { reports.push_back(std::move(report)); });
-    return reports;
+    std::vector<GroupResult> results;
+    gatherGroups(
+        scan, groups, limits, [](Report&& report) { return quorvah::render(report, false); },
+        [&results](GroupResult&& result) { results.push_back(std::move(result)); });
+    return results;
 }
 
 }  // namespace
 
 TEST(GroupRunner, ReportsEachGroupInOrder) {
-    const std::vector<Report> reports = run({&kQuick, &kLarge, &kQuick});
-    ASSERT_EQ(reports.size(), 3U);
-    EXPECT_EQ(reports[0].instances().size(), 2U);
-    EXPECT_EQ(reports[0].instances()[0].get("Value"), "1");
-    EXPECT_EQ(reports[0].reason(), "");
-    EXPECT_EQ(reports[1].instances().size(), 3000U);
-    EXPECT_EQ(&reports[2].group(), &kQuick);
+    const std::vector<GroupResult> results = run({&kQuick, &kLarge, &kQuick});
+    ASSERT_EQ(results.size(), 3U);
+    EXPECT_EQ(results[0].instances, 2U);
+    EXPECT_EQ(results[0].xml, kQuickXml);
+    EXPECT_EQ(results[0].reason, "");
+    EXPECT_EQ(results[1].instances, 3000U);
+    EXPECT_EQ(results[2].group, &kQuick);
     EXPECT_TRUE(run({}).empty());
 }
 
 TEST(GroupRunner, AGroupThatHangsCostsOnlyItself) {
-    const std::vector<Report> reports =
+    const std::vector<GroupResult> results =
         run({&kQuick, &kHang, &kStubborn, &kQuick}, {milliseconds(300), milliseconds(60000)});
-    ASSERT_EQ(reports.size(), 4U);
-    EXPECT_EQ(reports[0].instances().size(), 2U);
-    EXPECT_EQ(reports[1].reason(), "timeout");
-    EXPECT_TRUE(reports[1].instances().empty());
-    EXPECT_EQ(reports[2].reason(), "timeout");
-    EXPECT_EQ(reports[3].reason(), "");
-    EXPECT_EQ(reports[3].instances().size(), 2U);
+    ASSERT_EQ(results.size(), 4U);
+    EXPECT_EQ(results[0].instances, 2U);
+    EXPECT_EQ(results[1].reason, "timeout");
+    EXPECT_EQ(results[1].instances, 0U);
+    EXPECT_EQ(results[2].reason, "timeout");
+    EXPECT_EQ(results[3].reason, "");
+    EXPECT_EQ(results[3].instances, 2U);
 }
 
 TEST(GroupRunner, TheRunEndsWithItsOwnLimit) {
-    const std::vector<Report> reports =
+    const std::vector<GroupResult> results =
         run({&kQuick, &kHang, &kQuick}, {milliseconds(60000), milliseconds(300)});
-    ASSERT_EQ(reports.size(), 3U);
-    EXPECT_EQ(reports[0].reason(), "");
-    EXPECT_EQ(reports[1].reason(), "timeout");
-    EXPECT_EQ(reports[2].reason(), "timeout") << "no time is left for it";
+    ASSERT_EQ(results.size(), 3U);
+    EXPECT_EQ(results[0].reason, "");
+    EXPECT_EQ(results[1].reason, "timeout");
+    EXPECT_EQ(results[2].reason, "timeout") << "no time is left for it";
 }
 
 TEST(GroupRunner, AGroupThatDiesCostsOnlyItself) {
     for (const Group* const group : {&kCrash, &kLeave}) {
-        const std::vector<Report> reports = run({group, &kQuick});
-        ASSERT_EQ(reports.size(), 2U);
-        EXPECT_EQ(reports[0].reason(), "failed");
-        EXPECT_TRUE(reports[0].instances().empty());
-        EXPECT_EQ(reports[1].instances().size(), 2U);
+        const std::vector<GroupResult> results = run({group, &kQuick});
+        ASSERT_EQ(results.size(), 2U);
+        EXPECT_EQ(results[0].reason, "failed");
+        EXPECT_EQ(results[0].instances, 0U);
+        EXPECT_EQ(results[1].instances, 2U);
     }
 }
 
 TEST(GroupRunner, AnExceptionKeepsWhatWasFoundAndSaysWhy) {
-    const std::vector<Report> reports = run({&kFail, &kQuick});
-    EXPECT_EQ(reports[0].reason(), "failed");
-    EXPECT_EQ(reports[0].instances().size(), 1U);
-    EXPECT_EQ(reports[0].warnings(), (std::vector<std::string>{"Fail: no such luck"}));
-    EXPECT_EQ(reports[1].reason(), "");
+    const std::vector<GroupResult> results = run({&kFail, &kQuick});
+    EXPECT_EQ(results[0].reason, "failed");
+    EXPECT_EQ(results[0].instances, 1U);
+    EXPECT_EQ(results[0].warnings, (std::vector<std::string>{"Fail: no such luck"}));
+    EXPECT_EQ(results[1].reason, "");
 }
 
 TEST(GroupRunner, AGroupThatIsNotBuiltIsUnsupported) {
-    const std::vector<Report> reports = run({&kNotBuilt});
-    EXPECT_EQ(reports[0].reason(), "unsupported");
-    EXPECT_TRUE(reports[0].instances().empty());
+    const std::vector<GroupResult> results = run({&kNotBuilt});
+    EXPECT_EQ(results[0].reason, "unsupported");
+    EXPECT_EQ(results[0].instances, 0U);
 }
 
 TEST(GroupRunner, AGroupThatMayNotReadIsPartialAndTheNextOneIsNot) {
@@ -149,10 +155,10 @@ TEST(GroupRunner, AGroupThatMayNotReadIsPartialAndTheNextOneIsNot) {
         if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
         Options options;
         options.root = dir.path().string();
-        const std::vector<Report> reports = run({&kUnreadable, &kQuick}, Limits(), options);
-        const bool first = reports[0].reason() == "permission" && reports[0].instances().size() == 1 &&
-                           reports[0].instances()[0].get("Value").empty();
-        _exit(first && reports[1].reason().empty() ? 0 : 1);
+        const std::vector<GroupResult> results = run({&kUnreadable, &kQuick}, Limits(), options);
+        const bool first = results[0].reason == "permission" && results[0].instances == 1 &&
+                           results[0].xml == "<Unreadable><DeviceID>kept</DeviceID><Value/></Unreadable>";
+        _exit(first && results[1].reason.empty() ? 0 : 1);
     }
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
@@ -161,9 +167,9 @@ TEST(GroupRunner, AGroupThatMayNotReadIsPartialAndTheNextOneIsNot) {
 
 TEST(GroupRunner, WhatAGroupWritesDoesNotReachTheScannersOutput) {
     testing::internal::CaptureStdout();
-    const std::vector<Report> reports = run({&kTalk});
+    const std::vector<GroupResult> results = run({&kTalk});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(reports[0].instances().size(), 1U);
+    EXPECT_EQ(results[0].instances, 1U);
 }
 
 TEST(GroupRunner, EveryChildEnds) {
@@ -176,37 +182,32 @@ TEST(GroupRunner, EveryChildEnds) {
     EXPECT_EQ(ended, -1) << "a child still runs";
 }
 
-TEST(ReportFrame, CarriesAWholeReport) {
-    Report sent(kQuick);
-    sent.add("key").set("Value", std::string("\0;<\n", 4));
-    sent.add("");
-    sent.partial("permission");
-    sent.warn("beware");
-    sent.setElapsed(milliseconds(1234));
-    const std::string frame = frameOf(sent);
+TEST(GroupResult, TravelsWholeInAFrame) {
+    const GroupResult sent{&kQuick, "<Quick/>", 1, "permission", {"beware", ""}, milliseconds(1234)};
+    const std::string frame = frameHead(sent) + sent.xml;
     EXPECT_EQ(frameLength(frame), frame.size());
     EXPECT_EQ(frameLength(frame + "next"), frame.size());
-    Report received(kQuick);
-    ASSERT_TRUE(readFrame(frame, received));
-    ASSERT_EQ(received.instances().size(), 2U);
-    EXPECT_EQ(received.instances()[0].values(), sent.instances()[0].values());
-    EXPECT_EQ(received.reason(), "permission");
-    EXPECT_EQ(received.warnings(), sent.warnings());
-    EXPECT_EQ(received.elapsed(), milliseconds(1234));
+    GroupResult received{&kQuick, {}, 0, {}, {}, {}};
+    ASSERT_TRUE(readFrame(std::string(frame), received));
+    EXPECT_EQ(received.group, &kQuick);
+    EXPECT_EQ(received.xml, sent.xml);
+    EXPECT_EQ(received.instances, 1U);
+    EXPECT_EQ(received.reason, "permission");
+    EXPECT_EQ(received.warnings, sent.warnings);
+    EXPECT_EQ(received.elapsed, milliseconds(1234));
 }
 
-TEST(ReportFrame, RefusesBytesThatAreNoWholeReport) {
-    Report sent(kQuick);
-    sent.add("key").set("Value", "value");
-    const std::string frame = frameOf(sent);
+TEST(GroupResult, IsNotReadFromBytesThatAreNoWholeFrame) {
+    const GroupResult sent{&kQuick, "<Quick/>", 1, "", {"beware"}, milliseconds(1)};
+    const std::string frame = frameHead(sent) + sent.xml;
     for (std::size_t length = 0; length < frame.size(); ++length) {
         std::string cut = frame.substr(0, length);
-        Report received(kQuick);
-        EXPECT_FALSE(readFrame(cut, received)) << length;
+        GroupResult received;
+        EXPECT_FALSE(readFrame(std::string(cut), received)) << length;
         if (cut.empty()) continue;
         cut[0] = static_cast<char>(length);
-        Report again(kQuick);
-        EXPECT_FALSE(readFrame(cut, again)) << length;
+        GroupResult again;
+        EXPECT_FALSE(readFrame(std::string(cut), again)) << length;
     }
     EXPECT_EQ(frameLength("abc"), 0U);
 }

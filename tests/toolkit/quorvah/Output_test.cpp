@@ -81,20 +81,24 @@ TEST(XmlText, AnyByteBecomesPrintableAscii) {
     }
 }
 
+std::string documentOf(const Report& report, bool pretty) {
+    const std::array<quorvah::GroupResult, 1> results = {quorvah::render(report, pretty)};
+    return outputDocument(results, pretty);
+}
+
 TEST(OutputDocument, HasNoWhiteSpaceBetweenElements) {
-    std::array<Report, 1> reports = {Report(kGroup)};
-    reports[0].add("a").set("Name", "x & y");
-    reports[0].add("b");
-    EXPECT_EQ(outputDocument(reports, false),
-              R"(<?xml version="1.0" encoding="UTF-8"?><Hardware>)"
-              "<SomeThing><DeviceID>a</DeviceID><Name>x &amp; y</Name></SomeThing>"
-              "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
+    Report report(kGroup);
+    report.add("a").set("Name", "x & y");
+    report.add("b");
+    EXPECT_EQ(documentOf(report, false), R"(<?xml version="1.0" encoding="UTF-8"?><Hardware>)"
+                                         "<SomeThing><DeviceID>a</DeviceID><Name>x &amp; y</Name></SomeThing>"
+                                         "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
 }
 
 TEST(OutputDocument, BreaksLinesForPeople) {
-    std::array<Report, 1> reports = {Report(kGroup)};
-    reports[0].add("a");
-    EXPECT_EQ(outputDocument(reports, true),
+    Report report(kGroup);
+    report.add("a");
+    EXPECT_EQ(documentOf(report, true),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<Hardware>\n"
               "  <SomeThing>\n"
@@ -106,8 +110,7 @@ TEST(OutputDocument, BreaksLinesForPeople) {
 
 TEST(OutputDocument, WithoutInstancesIsAnEmptyRoot) {
     EXPECT_EQ(outputDocument({}, false), R"(<?xml version="1.0" encoding="UTF-8"?><Hardware></Hardware>)");
-    const std::array<Report, 1> reports = {Report(kGroup)};
-    EXPECT_EQ(outputDocument(reports, false), outputDocument({}, false));
+    EXPECT_EQ(documentOf(Report(kGroup), false), outputDocument({}, false));
 }
 
 TEST(OutputFile, IsWrittenWhole) {
