@@ -4,8 +4,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace tessa {
 
@@ -23,7 +25,7 @@ class Converter {
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
-    bool valid() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+    bool valid() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
     // The code point of exactly these bytes, or kMalformed.
     int convert(const char* bytes, int length) const {

@@ -4,13 +4,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
 
-// The names that the linker gives to the functions that it wraps.
+// The names that the linker gives to the functions that it wraps. The mode goes on whether or not there is
+// one.
 extern "C" {
-int zavtestOpenFile(const char* path, int flags, ...) __asm__("__wrap_open");
-int zavtestOpenFileReally(const char* path, int flags, ...) __asm__("__real_open");
+int zavtestOpenFile(const char* path, int flags, mode_t mode) __asm__("__wrap_open");
+int zavtestOpenFileReally(const char* path, int flags, mode_t mode) __asm__("__real_open");
 ssize_t zavtestRead(int descriptor, void* buffer, std::size_t size) __asm__("__wrap_read");
 ssize_t zavtestReadReally(int descriptor, void* buffer, std::size_t size) __asm__("__real_read");
 }
@@ -29,14 +29,7 @@ bool fails(zavtest::FileCall call) {
 
 }  // namespace
 
-int zavtestOpenFile(const char* path, int flags, ...) {
-    mode_t mode = 0;
-    if ((flags & O_CREAT) != 0) {
-        va_list arguments;
-        va_start(arguments, flags);
-        mode = va_arg(arguments, mode_t);
-        va_end(arguments);
-    }
+int zavtestOpenFile(const char* path, int flags, mode_t mode) {
     return fails(zavtest::FileCall::kOpen) ? -1 : zavtestOpenFileReally(path, flags, mode);
 }
 

@@ -272,7 +272,8 @@ TEST(NodeReaderFaults, MemoryThatRunsOutAnywhereIsThrownAndLeavesNothing) {
     std::string xml = "<?xml version='1.0' encoding='windows-1252'?><!DOCTYPE a [<!ENTITY e 'x'>]><a>";
     for (int i = 0; i < 400; ++i) {
         const std::string number = std::to_string(i);
-        xml += "<e" + number + " x='&lt;'>" + std::string(200, 't') + "<f/>&e;</e" + number + ">";
+        xml.append("<e").append(number).append(" x='&lt;'>").append(200, 't');
+        xml.append("<f/>&e;</e").append(number).append(">");
     }
     const kest::String path(kest::widen(directory.write("text.xml", xml + "</a>").string()));
     const std::size_t descriptors = zavtest::openDescriptors();

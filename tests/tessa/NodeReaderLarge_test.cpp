@@ -1,4 +1,4 @@
-// Endless documents: refused, and with a bounded amount of memory.
+// Documents that are endless, or grow without end: refused, and with a bounded amount of memory.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -88,6 +88,12 @@ TEST(NodeReaderLarge, EndlesslyManyNamesAreRefused) {
     expectRefused(readEndless("<r>", [number = 0](std::string& block) mutable {
         block += "<e" + std::to_string(++number) + "/>";
     }));
+}
+
+// Attributes with defaults add what the file does not hold.
+TEST(NodeReaderLarge, LargeDefaultsOfManyElementsAreRefused) {
+    const std::string begin = "<!DOCTYPE r [<!ATTLIST a x CDATA '" + std::string(1000000, 'x') + "'>]><r>";
+    expectRefused(readEndless(begin, [](std::string& block) { block += "<a/>"; }));
 }
 
 TEST(NodeReaderLarge, WhatIsDroppedCostsNoMemory) {
