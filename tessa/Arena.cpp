@@ -26,7 +26,7 @@ std::byte* newBlock(std::size_t size) {
 
 void Arena::addBlock(std::size_t bytes) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kLargestBlock);
-    const std::size_t size = std::max(bytes, blockSize_);
+    const std::size_t size = std::max(aligned(bytes), blockSize_);
     budget_.charge(size);
     std::unique_ptr<std::byte, Release> block(newBlock(size));
     if (block == nullptr) throw std::bad_alloc();

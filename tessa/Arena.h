@@ -37,7 +37,7 @@ class Arena {
 
     // Aligned for pointers; valid as long as the arena.
     void* allocate(std::size_t bytes) {
-        bytes = (bytes + kAlignment - 1) & ~(kAlignment - 1);
+        bytes = aligned(bytes);
         if (bytes > room()) addBlock(bytes);
         std::byte* const piece = next_;
         next_ += bytes;
@@ -48,13 +48,17 @@ class Arena {
     // used.
     std::byte* open() const { return next_; }
     std::size_t room() const { return static_cast<std::size_t>(end_ - next_); }
-    void take(std::size_t bytes) { next_ += (bytes + kAlignment - 1) & ~(kAlignment - 1); }
+    void take(std::size_t bytes) { next_ += aligned(bytes); }
 
     // Starts a new block with room for `bytes` at least.
     void addBlock(std::size_t bytes);
 
   private:
     static constexpr std::size_t kAlignment = alignof(void*);
+
+    static constexpr std::size_t aligned(std::size_t bytes) {
+        return (bytes + kAlignment - 1) & ~(kAlignment - 1);
+    }
 
     struct Release {
         void operator()(std::byte* block) const { std::free(block); }

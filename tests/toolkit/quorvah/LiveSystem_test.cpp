@@ -27,7 +27,7 @@ std::string takeBetween(std::string& text, const std::string& before, const std:
         text.clear();
         return {};
     }
-    const std::string found = text.substr(begin + before.size(), end - begin - before.size());
+    std::string found = text.substr(begin + before.size(), end - begin - before.size());
     text.erase(0, end + behind.size());
     return found;
 }
@@ -157,9 +157,7 @@ TEST(LiveStorage, IsThatOfLsblk) {
     for (const std::string& line :
          linesOf("LC_ALL=C lsblk -b -d -P -o NAME,SIZE,RO,RM,PHY-SEC,LOG-SEC,TYPE")) {
         std::map<std::string, std::string> row = pairsOf(line);
-        static const std::regex kMadeUp("(loop|z?ram|dm-|md|nbd|fd)[0-9].*");
-        if (std::regex_match(row["NAME"], kMadeUp) || (row["TYPE"] != "disk" && row["TYPE"] != "rom"))
-            continue;
+        if (isMadeUp(row["NAME"]) || (row["TYPE"] != "disk" && row["TYPE"] != "rom")) continue;
         const Instance& disk = instanceOf(report, "/dev/" + row["NAME"]);
         EXPECT_EQ(disk.get("Size"), row["SIZE"]);
         EXPECT_EQ(disk.get("BlockSize"), row["LOG-SEC"]);
