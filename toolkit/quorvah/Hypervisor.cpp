@@ -219,7 +219,7 @@ std::string containerId(const Root& root) {
     const std::string mounts = root.read("/proc/self/mountinfo").value_or("");
     for (std::size_t at = mounts.find(kDirectory); at != std::string::npos;
          at = mounts.find(kDirectory, at + 1)) {
-        const std::string id = mounts.substr(at + kDirectory.size(), kIdLength);
+        std::string id = mounts.substr(at + kDirectory.size(), kIdLength);
         if (id.size() == kIdLength && id.find_first_not_of("0123456789abcdef") == std::string::npos)
             return id;
     }

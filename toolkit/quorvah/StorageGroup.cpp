@@ -114,7 +114,7 @@ std::string firstText(const Scan& scan, const BlockDevice& disk, std::initialize
 // "0:0:0:0" of a SCSI disk, else where its controller sits on the PCI bus.
 std::string busAddress(const BlockDevice& disk) {
     const std::string link = disk.link("device");
-    const std::string name = link.substr(link.rfind('/') + 1);
+    std::string name = link.substr(link.rfind('/') + 1);
     if (std::ranges::count(name, ':') == 3) return name;
     return std::string(pciAddressIn(disk.place()));
 }

@@ -93,7 +93,7 @@ void setProcessors(const Root& root, Instance& system) {
 // The program that is the first process: "systemd", "busybox", "runit-init", or "init" itself.
 std::string initSystem(const Root& root) {
     for (const char* const path : {"/sbin/init", "/usr/sbin/init", "/etc/init", "/bin/init", "/init"}) {
-        const std::string target = root.linkName(path);
+        std::string target = root.linkName(path);
         if (!target.empty()) return target;
         if (root.exists(path)) return root.isDirectory("/run/systemd/system") ? "systemd" : "init";
     }

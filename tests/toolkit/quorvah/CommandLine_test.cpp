@@ -12,6 +12,7 @@ namespace {
 CommandLine parse(std::vector<std::string> arguments, const char* environmentRoot = nullptr) {
     arguments.insert(arguments.begin(), "quorvah");
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     return quorvah::parseCommandLine(static_cast<int>(arguments.size()), pointers.data(), environmentRoot);

@@ -48,17 +48,14 @@ Disk gptDisk(std::size_t blockSize) {
     disk.putNumber(blockSize + 72, 2, 8);
     disk.putNumber(blockSize + 80, 128, 4);
     disk.putNumber(blockSize + 84, 128, 4);
-    const std::size_t entries = 2 * blockSize;
-    disk.put(entries + 2 * 128,
-             std::string("\x28\x73\x2a\xc1\x1f\xf8\xd2\x11\xba\x4b\x00\xa0\xc9\x3e\xc9\x3b", 16));
-    disk.put(entries + 2 * 128 + 16,
-             std::string("\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c\x0d\x0e\x0f\x10"));
-    disk.putNumber(entries + 2 * 128 + 48, 4, 8);
+    const std::size_t entry = 2 * blockSize + std::size_t{2} * 128;
+    disk.put(entry, std::string("\x28\x73\x2a\xc1\x1f\xf8\xd2\x11\xba\x4b\x00\xa0\xc9\x3e\xc9\x3b", 16));
+    disk.put(entry + 16, std::string("\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c\x0d\x0e\x0f\x10"));
+    disk.putNumber(entry + 48, 4, 8);
     // "Aé€😀" in UTF-16
     const unsigned name[] = {0x41, 0xE9, 0x20AC, 0xD83D, 0xDE00};
-    for (std::size_t i = 0; i < std::size(name); ++i)
-        disk.putNumber(entries + 2 * 128 + 56 + 2 * i, name[i], 2);
-    disk.put(entries + 128 * 128 - 1, std::string(1, '\0'));
+    for (std::size_t i = 0; i < std::size(name); ++i) disk.putNumber(entry + 56 + 2 * i, name[i], 2);
+    disk.put(2 * blockSize + std::size_t{128} * 128 - 1, std::string(1, '\0'));
     return disk;
 }
 
@@ -80,7 +77,7 @@ TEST(PartitionTable, ReadsAGptWhateverTheBlockSize) {
 
 TEST(PartitionTable, LeavesHalfCharactersOutOfAName) {
     Disk disk = gptDisk(512);
-    const std::size_t name = 1024 + 2 * 128 + 56;
+    const std::size_t name = 1336;
     disk.put(name, std::string(72, '\0'));
     const unsigned units[] = {0xDC00, 0x41, 0xD800, 0x42, 0xD800};
     for (std::size_t i = 0; i < std::size(units); ++i) disk.putNumber(name + 2 * i, units[i], 2);

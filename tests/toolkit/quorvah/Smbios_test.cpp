@@ -15,7 +15,7 @@ namespace {
 using namespace std::string_literals;
 
 // A structure of `length` bytes with these strings behind it.
-std::string structure(unsigned type, unsigned handle, std::string fields,
+std::string structure(unsigned type, unsigned handle, const std::string& fields,
                       const std::vector<std::string>& strings) {
     std::string bytes;
     bytes += static_cast<char>(type);
