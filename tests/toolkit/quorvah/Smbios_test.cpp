@@ -176,3 +176,18 @@ TEST(SmbiosProcessor, ReadsBothFormsOfAVoltage) {
         EXPECT_EQ(readSmbiosProcessors(Smbios(processor(0x41, 3, byte))).front().voltage, millivolts) << byte;
     }
 }
+
+TEST(SmbiosProcessor, NamesEveryKnownSocketAndTakesUnknownOnes) {
+    const std::pair<unsigned, const char*> cases[] = {{0x03, "Daughter Board"},
+                                                      {0x31, "Socket AM4"},
+                                                      {0x36, "Socket LGA3647-1"},
+                                                      {0x4F, "Socket LGA4710"},
+                                                      {0x02, ""},
+                                                      {0x50, ""},
+                                                      {0xFF, ""}};
+    for (const auto& [byte, name] : cases) {
+        std::string table = processor(0x41, 3, 0);
+        table[0x19] = static_cast<char>(byte);
+        EXPECT_EQ(readSmbiosProcessors(Smbios(table)).front().upgrade, name) << byte;
+    }
+}
