@@ -1,2 +1,4 @@
 /* A scanner that does nothing. */
-int main(void) { return 0; }
+int main(void) {
+    return 0;
+}

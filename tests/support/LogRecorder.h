@@ -16,9 +16,11 @@ struct Message {
     bool operator==(const Message&) const = default;
 };
 
-// A host's callback that keeps what it is given: hand out `callback` with the recorder's address as user data.
+// A host's callback that keeps what it is given: hand out `callback` with the recorder's address as user
+// data.
 struct LogRecorder {
-    static void callback(int level, int component, void* userData, const char* function, const char* message) {
+    static void callback(int level, int component, void* userData, const char* function,
+                         const char* message) {
         static_cast<LogRecorder*>(userData)->messages.push_back({level, component, function, message});
     }
 
