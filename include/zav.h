@@ -2,24 +2,27 @@
  *
  * zav.h: the inventory of this machine, hardware and software, for C99 and C++.
  *
- * A host opens one library handle (ZAVCtx), then any number of contexts on it: hardware contexts (ZAVHwCtx)
- * and software contexts (ZAVSwCtx). A context runs the toolkit's scanner as a child process and keeps its
- * findings until the next run. What holds for every function stands here once; examples/inventory.c is a
- * whole host.
+ * A host opens one library handle (ZAVCtx), then any number of contexts on it: hardware contexts
+ * (ZAVHwCtx) and software contexts (ZAVSwCtx). A context runs the toolkit's scanner as a child process
+ * and keeps its findings until the next run. What holds for every function stands here once;
+ * examples/inventory.c is a whole host.
  *
- * 1. Return codes. Every function returns 0 on success or one of the codes below. Results go out through
- * pointer arguments, which are written on success only. No function throws, prints or exits.
- * 2. Ownership. All that a function hands out belongs to the context: never free or change it. It stays valid
- * until the next run on that context or until the context is freed, whichever comes first.
- * 3. Text is wide and NUL-terminated. Paths and option texts are expected to be 7-bit: on the way to the
- * operating system each character is cut to its low 8 bits. Values found by the scanner hold any Unicode
- * character.
- * 4. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its contexts, must
- * not overlap. Different handles may be used by different threads at once. The logging callback is never
- * entered by two threads at a time, whatever they use; it must not call back into the library.
+ * 1. Return codes. Every function returns 0 on success or one of the codes below. Results go out
+ *    through pointer arguments, which are written on success only. No function throws, prints or
+ *    exits.
+ * 2. Ownership. All that a function hands out belongs to the context: never free or change it. It
+ *    stays valid until the next run on that context or until the context is freed, whichever comes
+ *    first.
+ * 3. Text is wide and NUL-terminated. Paths and option texts are expected to be 7-bit: on the way to
+ *    the operating system each character is cut to its low 8 bits. Values found by the scanner hold
+ *    any Unicode character.
+ * 4. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its
+ *    contexts, must not overlap. Different handles may be used by different threads at once. The
+ *    logging callback is never entered by two threads at a time, whatever they use; it must not call
+ *    back into the library.
  * 5. Order of life. Free the contexts before the handle that they were made on.
- * 6. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY and keeps
- * the context usable.
+ * 6. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
+ *    and keeps the context usable.
  */
 #ifndef ZAV_H
 #define ZAV_H
@@ -36,7 +39,8 @@
 extern "C" {
 #endif
 
-/* The library handle: the host's name, its logger, a private temporary directory, the toolkit's directory. */
+/* The library handle: the host's name, its logger, a private temporary directory, the toolkit's
+ * directory. */
 typedef struct ZAVCtx ZAVCtx;
 /* A hardware inventory: the groups that are wanted, and what the last scan found. */
 typedef struct ZAVHwCtx ZAVHwCtx;
@@ -47,7 +51,8 @@ typedef struct ZAVSwResult ZAVSwResult;
 
 /* Receives every message of the library; the library filters nothing.
  * level        0 for errors and notices that matter at every setting, 1 for notable events, 2 for the
- * detailed trace. componentId  1 for a library handle, 3 for a hardware context, 4 for a software context.
+ *              detailed trace.
+ * componentId  1 for a library handle, 3 for a hardware context, 4 for a software context.
  * userData     as it was given together with the callback.
  * function     the reporting function's name.
  * message      the text; valid during the call only. */
@@ -83,57 +88,65 @@ enum {
     ZAV_ERROR_SW_NOT_FOUND = 210       /* no result carries the identifier */
 };
 
-/* ---- The library handle
- * --------------------------------------------------------------------------------------------- */
+/* ---- The library handle ---------------------------------------------------------------------------- */
 
 /* Opens a library handle and stores it in *handle.
  * exploiterName  the calling product's name; copied. It is looked up among the registered products of
- * /etc/zav/zav.ini. callback       receives the messages; null for silence. userData is handed to it. tempDir
- * directory for temporary files; null for the one named by TEMP or TMP, else /tmp. zavDir         the
- * directory that holds the scanners; null for the one that /etc/zav/zav.ini names. A missing file, an
- *                unregistered product and a missing directory are logged at level 0 and do not fail the call.
- * Returns 0; ZAV_ERROR_EXPLOITER for a null name; ZAV_ERROR_CONTEXT for a null handle; ZAV_ERROR_LOGGER or
- * ZAV_ERROR_MEMORY when memory ran out; ZAV_ERROR_WORKSPACE when no temporary directory could be made.
+ *                /etc/zav/zav.ini.
+ * callback       receives the messages; null for silence. userData is handed to it.
+ * tempDir        directory for temporary files; null for the one named by TEMP or TMP, else /tmp.
+ * zavDir         the directory that holds the scanners; null for the one that /etc/zav/zav.ini names.
+ *                A missing file, an unregistered product and a missing directory are logged at level 0
+ *                and do not fail the call.
+ * Returns 0; ZAV_ERROR_EXPLOITER for a null name; ZAV_ERROR_CONTEXT for a null handle;
+ * ZAV_ERROR_LOGGER or ZAV_ERROR_MEMORY when memory ran out; ZAV_ERROR_WORKSPACE when no temporary
+ * directory could be made.
  *     ZAVCtx* zav = NULL;
  *     int code = ZAV_init("my product", NULL, NULL, NULL, NULL, &zav); */
 ZAV_EXPORT int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData,
                         const wchar_t* tempDir, const wchar_t* zavDir, ZAVCtx** handle);
 
 /* Deletes the handle's temporary files and directory and releases the handle; free its contexts first.
- * Returns 0; ZAV_ERROR_CONTEXT for null. */
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
+ * released nevertheless. */
 ZAV_EXPORT int ZAV_free(ZAVCtx* handle);
 
-/* ---- Hardware
- * ------------------------------------------------------------------------------------------------------- */
+/* ---- Hardware -------------------------------------------------------------------------------------- */
 
-/* Makes a hardware context on an open handle, with every group disabled. It logs to a callback of its own.
- * A temporary directory that cannot be made is logged; the next scan then fails with ZAV_ERROR_HW_CONFIG.
- * Returns 0; ZAV_ERROR_CONTEXT for a null library; ZAV_ERROR_HW_POINTER for a null context; ZAV_ERROR_MEMORY,
- * and then *context is null. */
+/* Makes a hardware context on an open handle, with every group disabled. It logs to a callback of its
+ * own. A temporary directory that cannot be made is logged; the next scan then fails with
+ * ZAV_ERROR_HW_CONFIG.
+ * Returns 0; ZAV_ERROR_CONTEXT for a null library; ZAV_ERROR_HW_POINTER for a null context;
+ * ZAV_ERROR_MEMORY, and then *context is null. */
 ZAV_EXPORT int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** context);
 
-/* Enables (value 1) or disables (value 0) the group with the id `option`, 1 to 51, or all groups with option
- * 0. Results of an earlier scan can no longer be asked for, but pointers that were handed out stay valid.
- * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for another value; ZAV_ERROR_HW_GROUP for another option.
+/* Enables (value 1) or disables (value 0) the group with the id `option`, 1 to 51, or all groups with
+ * option 0. Results of an earlier scan can no longer be asked for, but pointers that were handed out
+ * stay valid.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for another value; ZAV_ERROR_HW_GROUP for another
+ * option.
  *     ZAV_hw_setopt(hw, 2, 1);   // Processor */
 ZAV_EXPORT int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value);
 
-/* Scans the enabled groups: runs the scanner, waits for it without a time limit, and reads what it wrote. The
- * results of the scan before are released first. Every line that the scanner prints is logged at level 2 as
- * soon as it is printed. Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_CONFIG; ZAV_ERROR_HW_SCANNER;
- * ZAV_ERROR_HW_OUTPUT, and then the instances before the fault can be read; ZAV_ERROR_MEMORY. */
+/* Scans the enabled groups: runs the scanner, waits for it without a time limit, and reads what it
+ * wrote. The results of the scan before are released first. Every line that the scanner prints is
+ * logged at level 2 as soon as it is printed.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_CONFIG; ZAV_ERROR_HW_SCANNER; ZAV_ERROR_HW_OUTPUT, and
+ * then the instances before the fault can be read; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_hw_run(ZAVHwCtx* context);
 
-/* *returnCode: -1 while there is no valid scan, else the scanner's exit status (128 + n when signal n ended
- * it). Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_POINTER. */
+/* *returnCode: -1 while there is no valid scan, else the scanner's exit status (128 + n when signal n
+ * ended it).
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_POINTER. */
 ZAV_EXPORT int ZAV_hw_get_returncode(ZAVHwCtx* context, int* returnCode);
 
 /* *name: the name of a group, such as L"OperatingSystem" for 4; static text. Needs no scan.
- * REQUIRES: name is not null.
- * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_GROUP, also for the unused ids 17, 18 and 33. */
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_GROUP, also for the unused ids 17, 18 and 33;
+ * ZAV_ERROR_HW_POINTER. */
 ZAV_EXPORT int ZAV_hw_get_group_name(ZAVHwCtx* context, int groupId, const wchar_t** name);
 
-/* *count: how many instances of the group the scan found; they are numbered from 0 in the scanner's order.
+/* *count: how many instances of the group the scan found; they are numbered from 0 in the scanner's
+ * order.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_POINTER; ZAV_ERROR_HW_NO_SCAN; ZAV_ERROR_HW_GROUP;
  * ZAV_ERROR_HW_GROUP_DISABLED. */
 ZAV_EXPORT int ZAV_hw_get_group_instances(ZAVHwCtx* context, int groupId, int* count);
@@ -144,26 +157,28 @@ ZAV_EXPORT int ZAV_hw_get_group_instances(ZAVHwCtx* context, int groupId, int* c
 ZAV_EXPORT int ZAV_hw_get_fields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names,
                                  int* count);
 
-/* *value: the text of the instance's first field of that name (case counts); L"" when the scanner gave none.
+/* *value: the text of the instance's first field of that name (case counts); L"" when the scanner gave
+ * none.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_POINTER; ZAV_ERROR_HW_NO_SCAN; ZAV_ERROR_HW_GROUP;
  * ZAV_ERROR_HW_GROUP_DISABLED; ZAV_ERROR_HW_INSTANCE; ZAV_ERROR_HW_FIELD. */
 ZAV_EXPORT int ZAV_hw_get_value(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field,
                                 const wchar_t** value);
 
 /* Deletes the context's temporary files and releases it with all its results.
- * Returns 0; ZAV_ERROR_CONTEXT for null. */
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
+ * released nevertheless. */
 ZAV_EXPORT int ZAV_hw_free(ZAVHwCtx* context);
 
-/* ---- Software
- * -------------------------------------------------------------------------------------------------------
+/* ---- Software --------------------------------------------------------------------------------------
  * Declared for hosts that look ahead; this release of the library does not hold these functions yet. */
 
 /* Makes a software context on an open handle. Returns 0; ZAV_ERROR_CONTEXT for a null library;
  * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** context);
 
-/* Presets a variable for the signatures whose identifier is `scope`; setting it again replaces value and
- * scope. Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text. */
+/* Presets a variable for the signatures whose identifier is `scope`; setting it again replaces value
+ * and scope.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text. */
 ZAV_EXPORT int ZAV_sw_setopt_variable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value,
                                       const wchar_t* scope);
 
@@ -184,11 +199,12 @@ ZAV_EXPORT int ZAV_sw_evaluate_multi(ZAVSwCtx* context, const wchar_t** signatur
 /* *results: every matched signature, null when there is none; *count: how many. */
 ZAV_EXPORT int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count);
 
-/* *result: the first matched signature with that identifier. ZAV_ERROR_SW_NOT_FOUND when there is none. */
+/* *result: the first matched signature with that identifier. ZAV_ERROR_SW_NOT_FOUND when there is
+ * none. */
 ZAV_EXPORT int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result);
 
-/* *results: all matched signatures with that identifier; *count: how many. ZAV_ERROR_SW_NOT_FOUND when there
- * is none. */
+/* *results: all matched signatures with that identifier; *count: how many. ZAV_ERROR_SW_NOT_FOUND when
+ * there is none. */
 ZAV_EXPORT int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results,
                                            unsigned int* count);
 

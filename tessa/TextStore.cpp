@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::size_t kFirstTable = 64;
 
+// What a name costs beside its texts: its place in the table here, and what the parser below keeps of it.
+constexpr std::size_t kNameCost = 256;
+
 // Names are short and few, so a byte at a time is quick enough (FNV-1a).
 std::uint64_t hashOf(std::string_view bytes) {
     std::uint64_t hash = 14695981039346656037U;
@@ -43,7 +46,7 @@ TextStore::Name* TextStore::findName(std::string_view utf8) {
 }
 
 TextStore::Name* TextStore::addName(std::string_view utf8, std::uint64_t hash, std::size_t slot) {
-    budget_.charge(sizeof(Name) + 2 * sizeof(const Name*) + utf8.size() * sizeof(wchar_t));
+    budget_.charge(kNameCost + sizeof(Name) + utf8.size() * (sizeof(wchar_t) + 2));
     std::wstring wide(utf8.size(), L'\0');
     wide.resize(static_cast<std::size_t>(widenUtf8(utf8.data(), utf8.size(), wide.data()) - wide.data()));
     char* const bytes = static_cast<char*>(arena_.allocate(utf8.size() + 1));
