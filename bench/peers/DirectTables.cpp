@@ -1,12 +1,11 @@
 #include "bench/peers/DirectTables.h"
 
 #include <expat.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
 
+#include "bench/peers/ExpatTokens.h"
 #include "tessa/TextStore.h"
 
 namespace zavbench {
@@ -56,7 +55,6 @@ void XMLCALL onText(void* data, const XML_Char* text, int length) {
 }  // namespace
 
 bool fillTablesDirectly(const std::string& path, ZAVHwCtx& context) {
-    constexpr int kBlock = 64 << 10;
     const auto texts = std::make_shared<tessa::TextStore>();
     context.texts.document = texts;
     Filling filling{context, *texts};
@@ -64,14 +62,7 @@ bool fillTablesDirectly(const std::string& path, ZAVHwCtx& context) {
     XML_SetUserData(parser, &filling);
     XML_SetElementHandler(parser, onStart, onEnd);
     XML_SetCharacterDataHandler(parser, onText);
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    bool good = file >= 0;
-    for (int count = 1; good && count != 0;) {
-        void* const block = XML_GetBuffer(parser, kBlock);
-        count = static_cast<int>(::read(file, block, kBlock));
-        good = count >= 0 && XML_ParseBuffer(parser, count, count == 0 ? 1 : 0) == XML_STATUS_OK;
-    }
-    ::close(file);
+    const bool good = parseFile(parser, path);
     XML_ParserFree(parser);
     return good;
 }
