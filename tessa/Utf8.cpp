@@ -78,7 +78,7 @@ wchar_t* widenUtf8(const char* utf8, std::size_t length, wchar_t* out) {
 }
 
 char* narrowUtf8(wchar_t codePoint, char* out) {
-    const auto code = static_cast<std::uint32_t>(codePoint);
+    const std::uint32_t code = static_cast<char32_t>(codePoint);
     const auto put = [&out](std::uint32_t byte) { *out++ = static_cast<char>(byte); };
     const auto putContinuation = [&put, code](unsigned shift) { put(0x80U | ((code >> shift) & 0x3FU)); };
     if (code < 0x80) {
