@@ -44,17 +44,22 @@ constexpr std::uint64_t exitCodeIsKnown = 1U << 3U;
 constexpr unsigned long getInfo = _IOWR(0xFF, 11, PidInfo);
 
 // What the kernel remembers of a process that somebody else took away. Taking away is not done at one stroke:
-// for a moment the process is no child any more, and its exit code not yet known.
+// for a moment the process is no child any more, and its exit code not yet known; and a question that falls
+// into the last step is answered as if there were no process, though the next one finds the exit code.
 int rememberedStatus(int pidDescriptor) {
-    for (;;) {
+    constexpr int mostRefusals = 3;
+    constexpr int milliseconds = 10;
+    for (int refusals = 0; refusals < mostRefusals;) {
         PidInfo info = {};
         info.mask = exitCodeIsKnown;
-        if (ioctl(pidDescriptor, getInfo, &info) != 0) return unknownExitStatus;
-        if ((info.mask & exitCodeIsKnown) != 0) return statusFrom(info.exitCode);
-        constexpr int milliseconds = 10;
+        const bool answered = ioctl(pidDescriptor, getInfo, &info) == 0;
+        if (answered && (info.mask & exitCodeIsKnown) != 0) return statusFrom(info.exitCode);
+        if (!answered && errno != ESRCH) return unknownExitStatus;
+        if (!answered) ++refusals;
         pollfd hangUp = {pidDescriptor, 0, 0};
         poll(&hangUp, 1, milliseconds);
     }
+    return unknownExitStatus;
 }
 
 }  // namespace
