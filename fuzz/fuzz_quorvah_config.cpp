@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const zavfuzz::MemoryFile file(data, size);
-    const quorvah::Configuration configuration = quorvah::readConfiguration(file.path());
+    const toolkit::quorvah::Configuration configuration = toolkit::quorvah::readConfiguration(file.path());
     if (!configuration.error.empty() && !configuration.groups.empty()) std::abort();
     return 0;
 }

@@ -2,7 +2,7 @@
 
 #include <net/if.h>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 std::string interfaceName(unsigned index) {
@@ -43,4 +43,4 @@ std::string macAddress(const Root& root, const std::string& interface) {
     return address;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/Root.h"
 #include "toolkit/quorvah/Addresses.h"
 #include "toolkit/quorvah/Report.h"
-#include "toolkit/quorvah/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The addresses of the scanned machine. A report of a live machine whose kernel does not answer becomes
 // partial.
@@ -18,4 +18,4 @@ std::vector<Ipv6Address> findIpv6Addresses(const Root& root, Report& report);
 // The hardware address of an interface; empty for one without, such as the loopback.
 std::string macAddress(const Root& root, const std::string& interface);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr std::uint8_t kFromRouter = 2;  // IFAPROT_KERNEL_RA
@@ -193,4 +193,4 @@ std::string_view ipv6AddressType(const InetBytes& address) {
     return "Global Unicast";
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -9,7 +9,7 @@
 #include "toolkit/quorvah/Netlink.h"
 #include "toolkit/quorvah/ProcNet.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What is not known is empty, a prefix length -1.
 struct Ipv4Address {
@@ -51,4 +51,4 @@ std::vector<Ipv6Address> ipv6Addresses(const std::vector<Inet6Address>& addresse
 // Unicast", "Embedded IPv4 Address", "Unspecified", "Global Unicast".
 std::string_view ipv6AddressType(const InetBytes& address);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/CpuInfo.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -87,4 +87,4 @@ std::string_view armPart(std::string_view implementer, std::string_view part) {
     return nameIn(partsOf(implementer), part);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -77,4 +77,4 @@ bool isDrive(const BlockDevice& device) {
     return !cardArea && !madeUp;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // A whole block device or a partition of one, as sysfs shows it.
 class BlockDevice {
@@ -67,4 +67,4 @@ std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk)
 // area of a memory card.
 bool isDrive(const BlockDevice& device);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,7 +2,7 @@
 
 #include <getopt.h>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 const char* const kUsage =
     "Usage: quorvah -c CONFIG -o OUTPUT [option...]\n"
@@ -109,4 +109,4 @@ CommandLine parseCommandLine(int count, char* const* arguments, const char* envi
     return line;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

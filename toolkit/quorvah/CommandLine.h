@@ -4,7 +4,7 @@
 
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 enum class Action { Scan, Help, Version, Refuse };
 
@@ -20,4 +20,4 @@ CommandLine parseCommandLine(int count, char* const* arguments, const char* envi
 
 extern const char* const kUsage;
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -1,13 +1,13 @@
 #include <string>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/System.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -73,4 +73,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kComponentID{"ComponentID", "ComponentID", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

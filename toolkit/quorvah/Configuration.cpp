@@ -11,7 +11,7 @@
 #include "tessa/NodeReader.h"
 #include "tessa/Utf8.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -102,4 +102,4 @@ Configuration readConfiguration(const std::string& path) {
     return configuration;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What a configuration file asks for.
 struct Configuration {
@@ -17,4 +17,4 @@ struct Configuration {
 // std::bad_alloc when memory runs out.
 Configuration readConfiguration(const std::string& path);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

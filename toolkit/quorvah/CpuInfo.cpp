@@ -4,9 +4,9 @@
 #include <charconv>
 #include <optional>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -81,4 +81,4 @@ std::string_view CpuInfo::architecture() const {
     return isa.starts_with("rv32") ? "riscv32" : "";
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

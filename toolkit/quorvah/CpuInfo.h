@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // /proc/cpuinfo of any architecture.
 class CpuInfo {
@@ -41,4 +41,4 @@ class CpuInfo {
 std::string_view armImplementer(std::string_view implementer);
 std::string_view armPart(std::string_view implementer, std::string_view part);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

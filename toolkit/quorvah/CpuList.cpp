@@ -4,9 +4,9 @@
 #include <charconv>
 #include <optional>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -53,4 +53,4 @@ bool contains(const std::vector<int>& sorted, int number) {
     return std::ranges::binary_search(sorted, number);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

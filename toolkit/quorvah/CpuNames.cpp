@@ -1,9 +1,9 @@
 #include "toolkit/quorvah/CpuNames.h"
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::optional<std::int64_t> currentClock(const Root& root, const CpuInfo& info, 
     return std::nullopt;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

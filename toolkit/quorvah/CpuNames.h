@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
+#include "toolkit/machine/Root.h"
 #include "toolkit/quorvah/CpuInfo.h"
-#include "toolkit/quorvah/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct CpuNames {
     std::string name;          // "Neoverse-N1"
@@ -26,4 +26,4 @@ std::string microcode(const Root& root, const CpuInfo& info, int cpu);
 std::optional<std::int64_t> maxClock(const Root& root, const CpuInfo& info, int cpu);
 std::optional<std::int64_t> currentClock(const Root& root, const CpuInfo& info, int cpu);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

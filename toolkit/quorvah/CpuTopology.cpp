@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/CpuList.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -155,4 +155,4 @@ std::optional<std::int64_t> cacheSize(const LogicalCpu& cpu, int level, std::str
     return std::nullopt;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

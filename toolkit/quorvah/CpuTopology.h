@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/Root.h"
 #include "toolkit/quorvah/CpuInfo.h"
-#include "toolkit/quorvah/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct Cache {
     int level = 0;
@@ -38,4 +38,4 @@ std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info);
 // Of a CPU's own caches with this level and type; none when it has none.
 std::optional<std::int64_t> cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

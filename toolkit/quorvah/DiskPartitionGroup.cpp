@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <string>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/BlockDevices.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/PartitionTable.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/UdevData.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -140,4 +140,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,13 +7,13 @@
 #include <tuple>
 #include <vector>
 
-#include "toolkit/quorvah/DpkgStatus.h"
-#include "toolkit/quorvah/FileText.h"
-#include "toolkit/quorvah/IsoTime.h"
+#include "toolkit/machine/DpkgStatus.h"
+#include "toolkit/machine/FileText.h"
+#include "toolkit/machine/IsoTime.h"
+#include "toolkit/machine/PackageUrl.h"
 #include "toolkit/quorvah/PackageSources.h"
-#include "toolkit/quorvah/PackageUrl.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr char kStatusFile[] = "/var/lib/dpkg/status";
@@ -118,4 +118,4 @@ void addDpkgPackages(const Root& root, std::string_view distribution, Report& re
     }
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 // The text in an array that need not be terminated. "N/A" is what drivers write for nothing.
@@ -66,4 +66,4 @@ std::string Ethtool::permanentAddress(const std::string& interface) const {
     return none ? std::string() : hexBytes(bytes, size);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,7 +5,7 @@
 
 #include "kest/Descriptor.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What a driver tells of itself; what it does not tell is empty.
 struct DriverInfo {
@@ -29,4 +29,4 @@ class Ethtool {
     kest::Descriptor socket_;
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

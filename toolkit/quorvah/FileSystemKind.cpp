@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr std::string_view kPseudo[] = {
@@ -113,4 +113,4 @@ std::string withoutPasswords(std::string_view options) {
     return kept;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

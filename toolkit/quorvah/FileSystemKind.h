@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/MountInfo.h"
+#include "toolkit/machine/MountInfo.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 enum class FileSystemKind {
     Pseudo,  // holds no files of its own: proc, sysfs, tmpfs, autofs ...
@@ -25,4 +25,4 @@ std::vector<Mount> mountedDrives(const std::vector<Mount>& mounts);
 // The options with the values of passwords cut out of them.
 std::string withoutPasswords(std::string_view options);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -14,7 +14,7 @@
 
 #include "kest/Descriptor.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 struct Reply {
@@ -105,4 +105,4 @@ UsageAnswers askUsage(const std::vector<std::string>& paths, std::chrono::millis
     return answers;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

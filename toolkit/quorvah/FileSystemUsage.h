@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What a file system says of its size; sizes in bytes.
 struct FileSystemUsage {
@@ -30,4 +30,4 @@ struct UsageAnswers {
 UsageAnswers askUsage(const std::vector<std::string>& paths,
                       std::chrono::milliseconds patience = std::chrono::seconds(1));
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

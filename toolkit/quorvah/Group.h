@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 class Report;
 class Scan;
@@ -31,4 +31,4 @@ struct Group {
     void (*gather)(Scan& scan, Report& report);
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

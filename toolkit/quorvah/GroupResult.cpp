@@ -4,7 +4,7 @@
 #include <cstring>
 #include <optional>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -81,4 +81,4 @@ bool readFrame(std::string&& frame, GroupResult& result) {
     return true;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,7 +7,7 @@
 
 #include "toolkit/quorvah/Report.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What the scanner keeps of a group: its instances as they stand in the output file, and how gathering went.
 struct GroupResult {
@@ -28,4 +28,4 @@ std::size_t frameLength(std::string_view bytes);
 // Fills a result from a whole frame; its group stays. False when the bytes are no result.
 bool readFrame(std::string&& frame, GroupResult& result);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -16,7 +16,7 @@
 
 #include "kest/Descriptor.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -204,4 +204,4 @@ void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits
     Run(scan, limits, render, onResult).gatherAll(groups);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -8,7 +8,7 @@
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // How long gathering may take.
 struct Limits {
@@ -30,4 +30,4 @@ using OnResult = std::function<void(GroupResult&& result)>;
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
                   const Render& render, const OnResult& onResult);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

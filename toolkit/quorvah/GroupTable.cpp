@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 extern const Group kLogicalDrive;
 extern const Group kIPv6Address;
@@ -109,4 +109,4 @@ const Group* findGroup(std::string_view name) {
     return found == std::end(kTable) ? nullptr : *found;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

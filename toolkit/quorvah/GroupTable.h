@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/Group.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // All groups in the order of their ids.
 std::span<const Group* const> allGroups();
@@ -26,4 +26,4 @@ extern const Group kStorage;
 extern const Group kUNIXSystemParams;
 extern const Group kVirtualMachineGuest;
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,11 +7,11 @@
 #include <array>
 #include <cstring>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/CpuInfo.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -226,4 +226,4 @@ std::string containerId(const Root& root) {
     return {};
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

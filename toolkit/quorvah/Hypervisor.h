@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What a system runs under.
 struct Hypervisor {
@@ -25,4 +25,4 @@ std::string containerType(const Root& root);
 // The id that the container's manager gave it, told by what it has mounted.
 std::string containerId(const Root& root);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,12 +2,12 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/AddressGroups.h"
 #include "toolkit/quorvah/Group.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -70,4 +70,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kIPAddress;
 constexpr Group kIPAddress{"IP Address", "IPAddress", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,7 +4,7 @@
 #include "toolkit/quorvah/Group.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -43,4 +43,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kIPv6Address;
 constexpr Group kIPv6Address{"IPv6 Address", "IPv6Address", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

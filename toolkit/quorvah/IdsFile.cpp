@@ -1,8 +1,8 @@
 #include "toolkit/quorvah/IdsFile.h"
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 bool beginsWith(std::string_view text, std::string_view head) {
@@ -91,4 +91,4 @@ std::string_view IdsFile::version() const {
     return {};
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The text of a pci.ids or usb.ids file. Ids are lower-case hex of the file's width ("8086", "03"); a name is
 // a part of the file's text, empty when the file does not know the id. The file is large and few of its
@@ -44,4 +44,4 @@ class IdsFile {
     std::vector<KnownEntry> known_;
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,7 +4,7 @@
 
 #include <bit>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 std::string ipv4Text(std::uint32_t address) {
     char text[INET_ADDRSTRLEN];
@@ -39,4 +39,4 @@ int prefixLengthOf(std::uint32_t mask) {
     return mask == maskOf(length) ? length : -1;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // Dotted; `address` in host byte order.
 std::string ipv4Text(std::uint32_t address);
@@ -28,4 +28,4 @@ std::string ipv6Text(const InetBytes& bytes);
 std::uint32_t maskOf(int prefixLength);
 int prefixLengthOf(std::uint32_t mask);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

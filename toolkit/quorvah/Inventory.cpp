@@ -9,14 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/machine/OutputFile.h"
 #include "toolkit/quorvah/Configuration.h"
 #include "toolkit/quorvah/GroupRunner.h"
 #include "toolkit/quorvah/GroupTable.h"
 #include "toolkit/quorvah/OutputDocument.h"
-#include "toolkit/quorvah/OutputFile.h"
 #include "toolkit/quorvah/Sanitizer.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -124,4 +124,4 @@ void takeInventory(Options options) {
     Inventory(std::move(options)).take();
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

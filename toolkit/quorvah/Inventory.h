@@ -4,7 +4,7 @@
 
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The configuration file or the directory to scan cannot be used.
 class BadInput : public std::runtime_error {
@@ -17,4 +17,4 @@ class BadInput : public std::runtime_error {
 // file cannot be written; then there is none.
 void takeInventory(Options options);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,7 +2,7 @@
 
 #include <net/if_arp.h>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr int kTypeNone = 0xFFFE;  // ARPHRD_NONE
@@ -43,4 +43,4 @@ std::string_view linkTechnology(const LinkTraits& traits) {
     return traits.hasDevice || traits.type < 0 ? std::string_view() : "Virtual";
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

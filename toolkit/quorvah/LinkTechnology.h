@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What sysfs tells of the kind of a network interface.
 struct LinkTraits {
@@ -19,4 +19,4 @@ struct LinkTraits {
 // for hardware of another kind and when the type is unknown.
 std::string_view linkTechnology(const LinkTraits& traits);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,15 +2,15 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/MountInfo.h"
 #include "toolkit/quorvah/FileSystemKind.h"
 #include "toolkit/quorvah/FileSystemUsage.h"
 #include "toolkit/quorvah/Group.h"
-#include "toolkit/quorvah/MountInfo.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/UdevData.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -138,4 +138,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kLogicalDrive;
 constexpr Group kLogicalDrive{"Logical Drive", "LogicalDrive", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

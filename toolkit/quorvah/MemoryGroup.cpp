@@ -8,7 +8,7 @@
 #include "toolkit/quorvah/SmbiosMemory.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -94,4 +94,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kMemory{"Memory", "Memory", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

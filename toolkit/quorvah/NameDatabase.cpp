@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 // Null when there is none.
@@ -35,4 +35,4 @@ std::string nameDatabaseVersions(const Options& options) {
     return versions;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

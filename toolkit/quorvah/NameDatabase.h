@@ -3,11 +3,11 @@
 #include <memory>
 #include <string>
 
-#include "toolkit/quorvah/FileText.h"
+#include "toolkit/machine/FileText.h"
 #include "toolkit/quorvah/IdsFile.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The host's own pci.ids or usb.ids, whatever tree is scanned, or that of the directory that --ids names.
 // Without the file it knows no name.
@@ -28,4 +28,4 @@ class NameDatabase {
 // missing.
 std::string nameDatabaseVersions(const Options& options);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

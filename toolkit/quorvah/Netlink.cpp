@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 // A structure out of the bytes, which may stand at any address. REQUIRES: the bytes suffice.
@@ -133,4 +133,4 @@ NetlinkState readNetlinkBlock(std::string_view block, NetlinkAnswer& answer) {
     return NetlinkState::More;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -8,7 +8,7 @@
 
 #include "toolkit/quorvah/InetText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct NetlinkAddress {
     int family = 0;  // AF_INET or AF_INET6
@@ -50,4 +50,4 @@ NetlinkState readNetlinkBlock(std::string_view block, NetlinkAnswer& answer);
 // come.
 bool askNetlink(NetlinkAnswer& answer);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

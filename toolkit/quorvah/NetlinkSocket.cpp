@@ -9,7 +9,7 @@
 
 #include "toolkit/quorvah/Netlink.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 class Socket {
@@ -71,4 +71,4 @@ bool askNetlink(NetlinkAnswer& answer) {
     return addresses && routes;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,17 +5,17 @@
 #include <optional>
 #include <string>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/AddressGroups.h"
 #include "toolkit/quorvah/Ethtool.h"
 #include "toolkit/quorvah/Group.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/LinkTechnology.h"
 #include "toolkit/quorvah/NameDatabase.h"
 #include "toolkit/quorvah/PciAddress.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -168,4 +168,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kNetworkAdapter;
 constexpr Group kNetworkAdapter{"Network Adapter", "NetworkAdapter", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

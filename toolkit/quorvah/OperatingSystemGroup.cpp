@@ -4,18 +4,18 @@
 #include <algorithm>
 #include <string>
 
+#include "toolkit/machine/IsoTime.h"
+#include "toolkit/machine/ShellVariables.h"
 #include "toolkit/quorvah/CpuInfo.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/IsoTime.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
-#include "toolkit/quorvah/ShellVariables.h"
 #include "toolkit/quorvah/System.h"
 #include "toolkit/quorvah/TimeZone.h"
 #include "toolkit/quorvah/Utmp.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -162,4 +162,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "toolkit/quorvah/XmlText.h"
+#include "toolkit/machine/XmlText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -86,4 +86,4 @@ std::string outputDocument(std::span<const GroupResult> results, bool pretty) {
     return xml;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

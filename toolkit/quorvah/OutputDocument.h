@@ -6,7 +6,7 @@
 #include "toolkit/quorvah/GroupResult.h"
 #include "toolkit/quorvah/Report.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // A report as it goes into the output file: one element per instance, and in it one element per field,
 // unknown fields empty, in pure ASCII. `pretty` breaks and indents the lines; else no white space stands
@@ -16,4 +16,4 @@ GroupResult render(const Report& report, bool pretty);
 // The results as one XML document; `pretty` as they were rendered.
 std::string outputDocument(std::span<const GroupResult> results, bool pretty);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -8,7 +8,7 @@
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -161,4 +161,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kPCIDevice;
 constexpr Group kPCIDevice{"PCI Device", "PCIDevice", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "toolkit/machine/Root.h"
 #include "toolkit/quorvah/Report.h"
-#include "toolkit/quorvah/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 void addDpkgPackages(const Root& root, std::string_view distribution, Report& report);
 // Reports the group as partial when there is a database of a kind that cannot be read here, or a broken one.
@@ -23,4 +23,4 @@ inline std::uint64_t kibOf(std::uint64_t bytes) {
     return bytes / 1024 + (bytes % 1024 != 0 ? 1 : 0);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -177,4 +177,4 @@ PartitionTable readPartitionTable(const ReadDisk& read, std::uint64_t blockSize)
     return DosTable(read, blockSize, mbr).take();
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

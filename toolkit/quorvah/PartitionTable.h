@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct PartitionEntry {
     int number = 0;
@@ -27,4 +27,4 @@ using ReadDisk = std::function<std::string(std::uint64_t offset, std::size_t siz
 // The partition table of a disk whose blocks have this size in bytes.
 PartitionTable readPartitionTable(const ReadDisk& read, std::uint64_t blockSize);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

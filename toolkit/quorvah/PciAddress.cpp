@@ -2,9 +2,9 @@
 
 #include <charconv>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 bool readHex(std::string_view text, std::size_t least, std::size_t most, unsigned& number) {
@@ -51,4 +51,4 @@ std::string_view usbDeviceIn(std::string_view path) {
     return innermost(path, isUsbDevice);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // "0000:00:1f.2". The domain may have more than four digits.
 struct PciAddress {
@@ -25,4 +25,4 @@ std::string_view pciAddressIn(std::string_view path);
 // ("1-1.2:1.0").
 std::string_view usbDeviceIn(std::string_view path);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

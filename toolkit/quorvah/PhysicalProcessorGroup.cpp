@@ -12,7 +12,7 @@
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/SmbiosProcessor.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -163,4 +163,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kPhysicalProcessor{"PhysicalProcessor", "PhysicalProcessor", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

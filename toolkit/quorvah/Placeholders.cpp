@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -95,4 +95,4 @@ bool isPlaceholder(std::string_view text) {
                                [text](std::string_view entry) { return sameText(text, entry); });
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

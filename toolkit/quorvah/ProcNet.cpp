@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <charconv>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 template <class Number>
@@ -176,4 +176,4 @@ std::vector<Ipv6DefaultRoute> readIpv6DefaultRoutes(std::string_view text) {
     return routes;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

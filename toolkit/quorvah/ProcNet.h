@@ -8,7 +8,7 @@
 
 #include "toolkit/quorvah/InetText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // Host byte order.
 using Ipv4 = std::uint32_t;
@@ -55,4 +55,4 @@ struct Ipv6DefaultRoute {
 
 std::vector<Ipv6DefaultRoute> readIpv6DefaultRoutes(std::string_view text);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -11,7 +11,7 @@
 #include "toolkit/quorvah/System.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -100,4 +100,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kProcessor{"Processor", "Processor", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

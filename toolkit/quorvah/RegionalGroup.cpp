@@ -2,15 +2,15 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/Lines.h"
+#include "toolkit/machine/ShellVariables.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
-#include "toolkit/quorvah/ShellVariables.h"
 #include "toolkit/quorvah/System.h"
 #include "toolkit/quorvah/TimeZone.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -101,4 +101,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kRegional{"Regional", "Regional", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

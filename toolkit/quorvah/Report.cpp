@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -77,4 +77,4 @@ void Report::sort() {
     });
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

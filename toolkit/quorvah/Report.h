@@ -13,7 +13,7 @@
 
 #include "toolkit/quorvah/Group.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The values of one instance of a group, all empty at first.
 class Instance {
@@ -110,4 +110,4 @@ class Report {
 // Whether `left` comes before `right` when the decimal numbers in them are compared by value.
 bool naturallyBefore(std::string_view left, std::string_view right);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -1,11 +1,11 @@
-#include "toolkit/quorvah/FileText.h"
-#include "toolkit/quorvah/IsoTime.h"
+#include "toolkit/machine/FileText.h"
+#include "toolkit/machine/IsoTime.h"
+#include "toolkit/machine/PackageUrl.h"
+#include "toolkit/machine/RpmHeader.h"
+#include "toolkit/machine/SqliteFile.h"
 #include "toolkit/quorvah/PackageSources.h"
-#include "toolkit/quorvah/PackageUrl.h"
-#include "toolkit/quorvah/RpmHeader.h"
-#include "toolkit/quorvah/SqliteFile.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 void addPackage(const RpmPackage& package, std::string_view distribution, Report& report) {
@@ -70,4 +70,4 @@ void addRpmPackages(const Root& root, std::string_view distribution, Report& rep
     }
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

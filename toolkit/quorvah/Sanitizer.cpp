@@ -7,9 +7,9 @@
 #include <cstddef>
 #include <system_error>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -99,4 +99,4 @@ void dropVolatile(Report& report) {
     forFields(report, FieldDef::kVolatile, [](std::string& value) { value.clear(); });
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

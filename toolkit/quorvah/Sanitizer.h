@@ -7,7 +7,7 @@
 
 #include "toolkit/quorvah/Report.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // SipHash-2-4 of a text.
 std::uint64_t sipHash(const std::array<std::uint64_t, 2>& key, std::string_view text);
@@ -33,4 +33,4 @@ class Sanitizer {
 // Empties the fields that change without the machine being changed.
 void dropVolatile(Report& report);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

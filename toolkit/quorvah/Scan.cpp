@@ -4,7 +4,7 @@
 
 #include "toolkit/quorvah/Placeholders.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 Scan::Scan(Options options)
     : options_(std::move(options)), root_(options_.root.empty() ? Root() : Root(options_.root)) {}
@@ -15,4 +15,4 @@ std::string Scan::firmwareText(std::string text) const {
     return text;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

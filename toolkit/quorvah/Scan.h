@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What the command line asks for.
 struct Options {
@@ -51,4 +51,4 @@ class Scan {
     Root root_;
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -1,12 +1,12 @@
 #include <unistd.h>
 
+#include "toolkit/machine/IsoTime.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/IsoTime.h"
 #include "toolkit/quorvah/NameDatabase.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -53,4 +53,4 @@ void gather(Scan& scan, Report& report) {
 
 const Group kScanInfo{"Scan Info", "ScanInfo", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,16 +3,16 @@
 #include <optional>
 #include <vector>
 
-#include "toolkit/quorvah/ApkDatabase.h"
-#include "toolkit/quorvah/IsoTime.h"
-#include "toolkit/quorvah/KeyFile.h"
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/ApkDatabase.h"
+#include "toolkit/machine/IsoTime.h"
+#include "toolkit/machine/KeyFile.h"
+#include "toolkit/machine/Lines.h"
+#include "toolkit/machine/PackageUrl.h"
+#include "toolkit/machine/PacmanDesc.h"
+#include "toolkit/machine/SnapMeta.h"
 #include "toolkit/quorvah/PackageSources.h"
-#include "toolkit/quorvah/PackageUrl.h"
-#include "toolkit/quorvah/PacmanDesc.h"
-#include "toolkit/quorvah/SnapMeta.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 std::optional<std::uint64_t> numberOf(std::string_view text) {
@@ -123,4 +123,4 @@ void addFlatpaks(const Root& root, Report& report) {
     }
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/Report.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -112,4 +112,4 @@ std::vector<const SmbiosStructure*> Smbios::ofType(unsigned type) const {
     return found;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // One structure of the SMBIOS table. Offsets count from the structure's first byte, as in the standard's
 // tables; what lies behind the structure's end reads as 0 or empty, for older firmware writes shorter ones.
@@ -50,4 +50,4 @@ class Smbios {
     std::vector<SmbiosStructure> structures_;
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

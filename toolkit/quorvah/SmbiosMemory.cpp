@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -49,4 +49,4 @@ SmbiosMemory readSmbiosMemory(const Smbios& smbios) {
     return memory;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

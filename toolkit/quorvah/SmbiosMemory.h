@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/Smbios.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What the firmware tells of the memory as a whole (structure types 16 and 17). 0 and empty when it does not.
 struct SmbiosMemory {
@@ -19,4 +19,4 @@ SmbiosMemory readSmbiosMemory(const Smbios& smbios);
 // KiB of a module (structure type 17); 0 for an empty place or an unknown size.
 std::uint64_t moduleSize(const SmbiosStructure& module);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

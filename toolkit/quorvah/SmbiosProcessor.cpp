@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -152,4 +152,4 @@ std::vector<SmbiosProcessor> readSmbiosProcessors(const Smbios& smbios) {
     return processors;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,7 +5,7 @@
 
 #include "toolkit/quorvah/Smbios.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // A socket with a processor in it (structure type 4). A number is 0 when the firmware does not tell.
 struct SmbiosProcessor {
@@ -25,4 +25,4 @@ struct SmbiosProcessor {
 // In the order of the table, without the empty sockets.
 std::vector<SmbiosProcessor> readSmbiosProcessors(const Smbios& smbios);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -1,12 +1,12 @@
 #include <optional>
 #include <string>
 
+#include "toolkit/machine/ShellVariables.h"
 #include "toolkit/quorvah/Group.h"
 #include "toolkit/quorvah/PackageSources.h"
 #include "toolkit/quorvah/Scan.h"
-#include "toolkit/quorvah/ShellVariables.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -38,4 +38,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kSoftwarePackages;
 constexpr Group kSoftwarePackages{"Software Packages", "SoftwarePackages", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

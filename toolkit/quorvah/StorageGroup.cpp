@@ -1,15 +1,15 @@
 #include <algorithm>
 #include <string>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/BlockDevices.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/PciAddress.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/UdevData.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -177,4 +177,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kStorage{"Storage", "Storage", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -4,11 +4,11 @@
 
 #include <ctime>
 
+#include "toolkit/machine/Lines.h"
 #include "toolkit/quorvah/CpuInfo.h"
-#include "toolkit/quorvah/Lines.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -104,4 +104,4 @@ std::optional<std::int64_t> observationTime(const Root& root) {
     return *boot + *uptime;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct Kernel {
     std::string name;     // "Linux"
@@ -30,4 +30,4 @@ std::string_view machineOfElf(std::string_view header);
 std::optional<std::int64_t> bootTime(const Root& root);
 std::optional<std::int64_t> observationTime(const Root& root);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -66,4 +66,4 @@ std::string zoneName(const Root& root) {
     return name;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 struct ZoneOffset {
     long minutes = 0;  // east of Greenwich, summer time included
@@ -21,4 +21,4 @@ std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time);
 // "Europe/Vienna".
 std::string zoneName(const Root& root);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

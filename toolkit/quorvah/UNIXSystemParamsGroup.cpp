@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <string>
 
+#include "toolkit/machine/Lines.h"
+#include "toolkit/machine/MountInfo.h"
 #include "toolkit/quorvah/CpuList.h"
 #include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Lines.h"
-#include "toolkit/quorvah/MountInfo.h"
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/System.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -169,4 +169,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kUNIXSystemParams{"UNIX System Params", "UNIXSystemParams", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -8,7 +8,7 @@
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/UsbText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {
@@ -93,4 +93,4 @@ void gather(Scan& scan, Report& report) {
 extern const Group kUSBDevice;
 constexpr Group kUSBDevice{"USB Device", "USBDevice", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

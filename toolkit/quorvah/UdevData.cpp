@@ -2,9 +2,9 @@
 
 #include <charconv>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 std::string_view udevProperty(std::string_view text, std::string_view name) {
     std::string_view line;
@@ -27,4 +27,4 @@ std::string withoutHexEscapes(std::string_view text) {
     return plain;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstdint>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 bool readNumber(std::string_view text, std::uint64_t& number) {
@@ -32,4 +32,4 @@ std::string usbPower(std::string_view power) {
     return readNumber(power.substr(0, power.size() - 2), number) ? std::to_string(number) : std::string();
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

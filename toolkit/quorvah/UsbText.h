@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // "5.16" of the binary coded "0516".
 std::string usbRelease(std::string_view bcd);
@@ -16,4 +16,4 @@ std::string usbSpeed(std::string_view megabits);
 // Milliamperes of "100mA".
 std::string usbPower(std::string_view power);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

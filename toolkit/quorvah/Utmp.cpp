@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -46,4 +46,4 @@ std::optional<std::size_t> countUsers(const Root& root) {
         sessions, [&root](unsigned process) { return root.exists("/proc/" + std::to_string(process)); }));
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/Root.h"
+#include "toolkit/machine/Root.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The process ids of the sessions of users in a utmp file, whatever the machine's byte order and word size.
 std::vector<unsigned> userSessions(std::string_view utmp);
@@ -15,4 +15,4 @@ std::vector<unsigned> userSessions(std::string_view utmp);
 // How many sessions of users there are. None when the system keeps no such list.
 std::optional<std::size_t> countUsers(const Root& root);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -6,7 +6,7 @@
 #include "toolkit/quorvah/Scan.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -82,4 +82,4 @@ void gather(Scan& scan, Report& report) {
 
 constexpr Group kVirtualMachineGuest{"VirtualMachineGuest", "VirtualMachineGuest", kFields, gather};
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <charconv>
 
-#include "toolkit/quorvah/Lines.h"
+#include "toolkit/machine/Lines.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 namespace {
 
@@ -88,4 +88,4 @@ std::string withoutSecrets(std::string_view commandLine) {
     return cut;
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // What stands between blanks.
 std::vector<std::string> wordsOf(std::string_view text);
@@ -25,4 +25,4 @@ std::string bootParameter(std::string_view commandLine, std::string_view key);
 // The kernel's command line with the values of passwords and the like replaced by "***".
 std::string withoutSecrets(std::string_view commandLine);
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

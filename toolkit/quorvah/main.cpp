@@ -21,22 +21,22 @@ int complain(const std::string& message, int status) {
 
 int run(int argc, char** argv) {
     const char* const root = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_ROOT") : nullptr;
-    quorvah::CommandLine line = quorvah::parseCommandLine(argc, argv, root);
+    toolkit::quorvah::CommandLine line = toolkit::quorvah::parseCommandLine(argc, argv, root);
     switch (line.action) {
-        case quorvah::Action::Help:
-            std::fputs(quorvah::kUsage, stdout);
+        case toolkit::quorvah::Action::Help:
+            std::fputs(toolkit::quorvah::kUsage, stdout);
             return 0;
-        case quorvah::Action::Version:
+        case toolkit::quorvah::Action::Version:
             std::puts("quorvah " QUORVAH_VERSION);
             return 0;
-        case quorvah::Action::Refuse:
+        case toolkit::quorvah::Action::Refuse:
             return complain(line.message + " (--help shows the usage)", kBadUsage);
-        case quorvah::Action::Scan:
+        case toolkit::quorvah::Action::Scan:
             break;
     }
     try {
-        quorvah::takeInventory(std::move(line.options));
-    } catch (const quorvah::BadInput& bad) {
+        toolkit::quorvah::takeInventory(std::move(line.options));
+    } catch (const toolkit::quorvah::BadInput& bad) {
         return complain(bad.what(), kBadUsage);
     }
     return 0;

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-using quorvah::Action;
-using quorvah::CommandLine;
+using toolkit::quorvah::Action;
+using toolkit::quorvah::CommandLine;
 
 namespace {
 
@@ -15,7 +15,8 @@ CommandLine parse(std::vector<std::string> arguments, const char* environmentRoo
     pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    return quorvah::parseCommandLine(static_cast<int>(arguments.size()), pointers.data(), environmentRoot);
+    return toolkit::quorvah::parseCommandLine(static_cast<int>(arguments.size()), pointers.data(),
+                                              environmentRoot);
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 #include "tests/support/ScratchDir.h"
 
-using quorvah::Configuration;
-using quorvah::readConfiguration;
+using toolkit::quorvah::Configuration;
+using toolkit::quorvah::readConfiguration;
 
 namespace {
 

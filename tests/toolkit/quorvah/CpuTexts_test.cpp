@@ -3,8 +3,8 @@
 #include "toolkit/quorvah/CpuInfo.h"
 #include "toolkit/quorvah/CpuList.h"
 
-using quorvah::CpuInfo;
-using quorvah::readCpuList;
+using toolkit::quorvah::CpuInfo;
+using toolkit::quorvah::readCpuList;
 
 TEST(CpuList, ReadsNumbersAndRanges) {
     const std::pair<const char*, std::vector<int>> cases[] = {
@@ -30,9 +30,9 @@ TEST(CpuList, RefusesWhatNoKernelWrites) {
 }
 
 TEST(CpuList, FindsANumberInASortedList) {
-    EXPECT_TRUE(quorvah::contains({0, 2, 5}, 2));
-    EXPECT_FALSE(quorvah::contains({0, 2, 5}, 3));
-    EXPECT_FALSE(quorvah::contains({}, 0));
+    EXPECT_TRUE(toolkit::quorvah::contains({0, 2, 5}, 2));
+    EXPECT_FALSE(toolkit::quorvah::contains({0, 2, 5}, 3));
+    EXPECT_FALSE(toolkit::quorvah::contains({}, 0));
 }
 
 TEST(CpuInfo, KeepsTheBlockOfEachCpu) {
@@ -86,11 +86,11 @@ TEST(CpuInfo, GivesAwayTheArchitecture) {
 }
 
 TEST(ArmParts, AreNamedWithinTheirImplementer) {
-    EXPECT_EQ(quorvah::armImplementer("41"), "ARM");
-    EXPECT_EQ(quorvah::armPart("41", "d0c"), "Neoverse-N1");
-    EXPECT_EQ(quorvah::armPart("48", "d01"), "TaiShan-v110");
-    EXPECT_EQ(quorvah::armPart("c0", "ac3"), "Ampere-1");
-    EXPECT_EQ(quorvah::armPart("41", "fff"), "");
-    EXPECT_EQ(quorvah::armPart("99", "d0c"), "");
-    EXPECT_EQ(quorvah::armImplementer(""), "");
+    EXPECT_EQ(toolkit::quorvah::armImplementer("41"), "ARM");
+    EXPECT_EQ(toolkit::quorvah::armPart("41", "d0c"), "Neoverse-N1");
+    EXPECT_EQ(toolkit::quorvah::armPart("48", "d01"), "TaiShan-v110");
+    EXPECT_EQ(toolkit::quorvah::armPart("c0", "ac3"), "Ampere-1");
+    EXPECT_EQ(toolkit::quorvah::armPart("41", "fff"), "");
+    EXPECT_EQ(toolkit::quorvah::armPart("99", "d0c"), "");
+    EXPECT_EQ(toolkit::quorvah::armImplementer(""), "");
 }

@@ -7,7 +7,7 @@
 #include "toolkit/quorvah/UdevData.h"
 #include "toolkit/quorvah/UsbText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 TEST(PciAddress, WellFormedAddressesAreRead) {
@@ -160,4 +160,4 @@ TEST(MountOptions, PasswordsAreCutOut) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

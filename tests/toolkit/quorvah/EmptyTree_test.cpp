@@ -7,7 +7,7 @@
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Expectations.h"
 
-using namespace quorvah;
+using namespace toolkit::quorvah;
 namespace fs = std::filesystem;
 
 namespace {

@@ -10,7 +10,7 @@
 
 #include "tests/toolkit/quorvah/GroupTester.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 inline Report gatherFrom(const Group& group, const std::filesystem::path& directory) {
     Options options;
@@ -51,4 +51,4 @@ inline void expectInstance(const Group& group, const std::string& machine, const
     expectAll(group, instanceOf(report, key), expected);
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

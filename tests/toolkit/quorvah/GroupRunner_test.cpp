@@ -11,18 +11,18 @@
 #include "tests/support/ScratchDir.h"
 #include "toolkit/quorvah/OutputDocument.h"
 
-using quorvah::FieldDef;
-using quorvah::frameHead;
-using quorvah::frameLength;
-using quorvah::gatherGroups;
-using quorvah::Group;
-using quorvah::GroupResult;
-using quorvah::Limits;
-using quorvah::Options;
-using quorvah::readFrame;
-using quorvah::Report;
-using quorvah::Scan;
 using std::chrono::milliseconds;
+using toolkit::quorvah::FieldDef;
+using toolkit::quorvah::frameHead;
+using toolkit::quorvah::frameLength;
+using toolkit::quorvah::gatherGroups;
+using toolkit::quorvah::Group;
+using toolkit::quorvah::GroupResult;
+using toolkit::quorvah::Limits;
+using toolkit::quorvah::Options;
+using toolkit::quorvah::readFrame;
+using toolkit::quorvah::Report;
+using toolkit::quorvah::Scan;
 
 namespace {
 
@@ -82,7 +82,7 @@ std::vector<GroupResult> run(const std::vector<const Group*>& groups, const Limi
     Scan scan(options);
     std::vector<GroupResult> results;
     gatherGroups(
-        scan, groups, limits, [](Report&& report) { return quorvah::render(report, false); },
+        scan, groups, limits, [](Report&& report) { return toolkit::quorvah::render(report, false); },
         [&results](GroupResult&& result) { results.push_back(std::move(result)); });
     return results;
 }

@@ -16,7 +16,7 @@
 #include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 
 // The sorted report of one group.
 inline Report gathered(std::string_view group, const Options& options) {
@@ -135,4 +135,4 @@ class Tree {
     std::filesystem::path folder_;
 };
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -8,13 +8,13 @@
 #include "tests/toolkit/quorvah/Expectations.h"
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::expectOnly;
-using quorvah::findHypervisor;
-using quorvah::gatherTree;
-using quorvah::Hypervisor;
-using quorvah::hypervisorOfSignature;
-using quorvah::kVirtualMachineGuest;
-using quorvah::Root;
+using toolkit::Root;
+using toolkit::quorvah::expectOnly;
+using toolkit::quorvah::findHypervisor;
+using toolkit::quorvah::gatherTree;
+using toolkit::quorvah::Hypervisor;
+using toolkit::quorvah::hypervisorOfSignature;
+using toolkit::quorvah::kVirtualMachineGuest;
 
 namespace {
 
@@ -136,20 +136,20 @@ TEST(Hypervisor, TellsAHyperVGuestByItsBus) {
 TEST(Container, IsNamedByItsManagersMarks) {
     const zavtest::ScratchDir tree;
     const Root root(tree.path().string());
-    EXPECT_EQ(quorvah::containerType(root), "");
+    EXPECT_EQ(toolkit::quorvah::containerType(root), "");
     tree.write(".dockerenv", "");
-    EXPECT_EQ(quorvah::containerType(root), "docker");
+    EXPECT_EQ(toolkit::quorvah::containerType(root), "docker");
     tree.write("run/.containerenv", "");
-    EXPECT_EQ(quorvah::containerType(root), "podman");
+    EXPECT_EQ(toolkit::quorvah::containerType(root), "podman");
     tree.write("run/systemd/container", "lxc\n");
-    EXPECT_EQ(quorvah::containerType(root), "lxc");
+    EXPECT_EQ(toolkit::quorvah::containerType(root), "lxc");
 }
 
 TEST(Container, HasNoIdWithoutAWholeOneAmongTheMounts) {
     const zavtest::ScratchDir tree;
     const Root root(tree.path().string());
-    EXPECT_EQ(quorvah::containerId(root), "");
+    EXPECT_EQ(toolkit::quorvah::containerId(root), "");
     tree.write("proc/self/mountinfo",
                "1 0 8:1 /containers/ / rw - ext4 /dev/sda1 rw\n1 0 8:1 /containers/abc / rw\n");
-    EXPECT_EQ(quorvah::containerId(root), "");
+    EXPECT_EQ(toolkit::quorvah::containerId(root), "");
 }

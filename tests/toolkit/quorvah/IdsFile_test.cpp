@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr char kIds[] =
@@ -103,4 +103,4 @@ TEST(IdsFile, AFileCutOffAnywhereGivesBeginningsOfItsNames) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

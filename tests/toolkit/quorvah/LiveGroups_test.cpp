@@ -5,10 +5,10 @@
 #include <map>
 
 #include "GroupTester.h"
+#include "toolkit/machine/MountInfo.h"
 #include "toolkit/quorvah/FileSystemUsage.h"
-#include "toolkit/quorvah/MountInfo.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 using Rows = std::vector<std::string>;
@@ -221,4 +221,4 @@ TEST(FileSystemUsage, NoPathsNeedNoAnswer) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

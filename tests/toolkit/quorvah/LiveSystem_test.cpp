@@ -8,7 +8,7 @@
 #include "tests/toolkit/quorvah/GroupTester.h"
 #include "toolkit/quorvah/Words.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 using Rows = std::vector<std::string>;
@@ -285,4 +285,4 @@ TEST(LiveMachine, TellsTheSameWhenItIsScannedAsATree) {
     }
 }
 
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

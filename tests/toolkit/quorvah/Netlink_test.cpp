@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string>
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 template <class Struct>
@@ -189,4 +189,4 @@ TEST(Netlink, EveryByteMayBeWrong) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

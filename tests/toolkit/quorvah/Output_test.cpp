@@ -10,16 +10,16 @@
 #include <system_error>
 
 #include "tests/support/ScratchDir.h"
+#include "toolkit/machine/OutputFile.h"
+#include "toolkit/machine/XmlText.h"
 #include "toolkit/quorvah/OutputDocument.h"
-#include "toolkit/quorvah/OutputFile.h"
-#include "toolkit/quorvah/XmlText.h"
 
-using quorvah::appendXmlText;
-using quorvah::FieldDef;
-using quorvah::Group;
-using quorvah::outputDocument;
-using quorvah::Report;
-using quorvah::writeOutputFile;
+using toolkit::appendXmlText;
+using toolkit::writeOutputFile;
+using toolkit::quorvah::FieldDef;
+using toolkit::quorvah::Group;
+using toolkit::quorvah::outputDocument;
+using toolkit::quorvah::Report;
 using zavtest::readAll;
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -82,7 +82,7 @@ TEST(XmlText, AnyByteBecomesPrintableAscii) {
 }
 
 std::string documentOf(const Report& report, bool pretty) {
-    const std::array<quorvah::GroupResult, 1> results = {quorvah::render(report, pretty)};
+    const std::array<toolkit::quorvah::GroupResult, 1> results = {toolkit::quorvah::render(report, pretty)};
     return outputDocument(results, pretty);
 }
 

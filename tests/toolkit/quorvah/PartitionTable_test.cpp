@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using quorvah::PartitionTable;
-using quorvah::readPartitionTable;
+using toolkit::quorvah::PartitionTable;
+using toolkit::quorvah::readPartitionTable;
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include "toolkit/quorvah/Placeholders.h"
 #include "toolkit/quorvah/Sanitizer.h"
 
-using quorvah::FieldDef;
-using quorvah::Group;
-using quorvah::Instance;
-using quorvah::isPlaceholder;
-using quorvah::Report;
-using quorvah::Sanitizer;
+using toolkit::quorvah::FieldDef;
+using toolkit::quorvah::Group;
+using toolkit::quorvah::Instance;
+using toolkit::quorvah::isPlaceholder;
+using toolkit::quorvah::Report;
+using toolkit::quorvah::Sanitizer;
 
 namespace {
 
@@ -34,9 +34,9 @@ TEST(SipHash, GivesThePublishedResults) {
     const std::array<std::uint64_t, 2> key = {0x0706050403020100, 0x0f0e0d0c0b0a0908};
     std::string text;
     for (char c = 0; c < 15; ++c) text += c;
-    EXPECT_EQ(quorvah::sipHash(key, text), 0xa129ca6149be45e5U);
-    EXPECT_EQ(quorvah::sipHash(key, ""), 0x726fdb47dd0e0e31U);
-    EXPECT_EQ(quorvah::sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
+    EXPECT_EQ(toolkit::quorvah::sipHash(key, text), 0xa129ca6149be45e5U);
+    EXPECT_EQ(toolkit::quorvah::sipHash(key, ""), 0x726fdb47dd0e0e31U);
+    EXPECT_EQ(toolkit::quorvah::sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
 }
 
 TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {

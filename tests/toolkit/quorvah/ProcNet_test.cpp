@@ -6,7 +6,7 @@
 
 #include "toolkit/quorvah/InetText.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 constexpr char kTrie[] =
@@ -167,4 +167,4 @@ TEST(InetText, WhatIsNoAddressLeavesTheTargetUntouched) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

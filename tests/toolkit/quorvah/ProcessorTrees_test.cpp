@@ -3,15 +3,15 @@
 #include "tests/toolkit/quorvah/Expectations.h"
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::expectInstance;
-using quorvah::expectOnly;
-using quorvah::gatherTree;
-using quorvah::instanceOf;
-using quorvah::keysOf;
-using quorvah::kPhysicalProcessor;
-using quorvah::kProcessor;
-using quorvah::Report;
-using quorvah::Values;
+using toolkit::quorvah::expectInstance;
+using toolkit::quorvah::expectOnly;
+using toolkit::quorvah::gatherTree;
+using toolkit::quorvah::instanceOf;
+using toolkit::quorvah::keysOf;
+using toolkit::quorvah::kPhysicalProcessor;
+using toolkit::quorvah::kProcessor;
+using toolkit::quorvah::Report;
+using toolkit::quorvah::Values;
 
 namespace {
 

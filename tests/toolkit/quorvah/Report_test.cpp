@@ -4,11 +4,11 @@
 
 #include <stdexcept>
 
-using quorvah::FieldDef;
-using quorvah::Group;
-using quorvah::Instance;
-using quorvah::naturallyBefore;
-using quorvah::Report;
+using toolkit::quorvah::FieldDef;
+using toolkit::quorvah::Group;
+using toolkit::quorvah::Instance;
+using toolkit::quorvah::naturallyBefore;
+using toolkit::quorvah::Report;
 
 namespace {
 

@@ -9,13 +9,13 @@
 #include "tests/toolkit/quorvah/ScannerProcess.h"
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::allGroups;
-using quorvah::findGroup;
-using quorvah::Group;
 using quorvahtest::Element;
 using quorvahtest::Finished;
 using quorvahtest::readOutput;
 using quorvahtest::runScanner;
+using toolkit::quorvah::allGroups;
+using toolkit::quorvah::findGroup;
+using toolkit::quorvah::Group;
 using zavtest::readAll;
 namespace fs = std::filesystem;
 

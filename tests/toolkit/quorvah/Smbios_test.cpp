@@ -6,9 +6,9 @@
 #include "toolkit/quorvah/SmbiosMemory.h"
 #include "toolkit/quorvah/SmbiosProcessor.h"
 
-using quorvah::Root;
-using quorvah::Smbios;
-using quorvah::SmbiosStructure;
+using toolkit::Root;
+using toolkit::quorvah::Smbios;
+using toolkit::quorvah::SmbiosStructure;
 
 namespace {
 
@@ -137,7 +137,7 @@ TEST(SmbiosMemory, ReadsEveryFormOfASize) {
     };
     for (const auto& [size, extended, kib] : cases) {
         const Smbios smbios(module(size, extended));
-        EXPECT_EQ(quorvah::moduleSize(smbios.structures().front()), kib) << size;
+        EXPECT_EQ(toolkit::quorvah::moduleSize(smbios.structures().front()), kib) << size;
     }
 }
 
@@ -148,7 +148,7 @@ TEST(SmbiosMemory, TakesTheExtendedCapacityOfALargeArray) {
     fields[0x0A - 4] = '\x80';  // 80000000h: see the extended capacity
     fields[0x0D - 4] = 32;
     fields[0x0F - 4 + 5] = 0x06;  // 6 x 2^40 bytes
-    const auto memory = quorvah::readSmbiosMemory(Smbios(structure(16, 1, fields, {})));
+    const auto memory = toolkit::quorvah::readSmbiosMemory(Smbios(structure(16, 1, fields, {})));
     EXPECT_EQ(memory.maximumCapacity, std::uint64_t{6} << 30);
     EXPECT_EQ(memory.devices, 32U);
     EXPECT_EQ(memory.errorCorrection, "Single-bit ECC");
@@ -158,7 +158,7 @@ TEST(SmbiosMemory, CountsNoArrayOfVideoOrFlashMemory) {
     std::string fields(0x0F - 4, '\0');
     fields[0x05 - 4] = 4;
     fields[0x0D - 4] = 8;
-    EXPECT_EQ(quorvah::readSmbiosMemory(Smbios(structure(16, 1, fields, {}))).devices, 0U);
+    EXPECT_EQ(toolkit::quorvah::readSmbiosMemory(Smbios(structure(16, 1, fields, {}))).devices, 0U);
 }
 
 TEST(SmbiosProcessor, PassesOverEmptySocketsAndOtherProcessors) {

@@ -6,10 +6,10 @@
 #include <algorithm>
 
 #include "GroupTester.h"
-#include "toolkit/quorvah/DpkgStatus.h"
-#include "toolkit/quorvah/IsoTime.h"
+#include "toolkit/machine/DpkgStatus.h"
+#include "toolkit/machine/IsoTime.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 const std::string kStatus = "var/lib/dpkg/status";
@@ -276,4 +276,4 @@ TEST(IsoTime, SecondsBecomeDates) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -3,12 +3,12 @@
 #include "tests/toolkit/quorvah/Expectations.h"
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::expectInstance;
-using quorvah::expectOnly;
-using quorvah::gatherTree;
-using quorvah::kDiskPartition;
-using quorvah::keysOf;
-using quorvah::kStorage;
+using toolkit::quorvah::expectInstance;
+using toolkit::quorvah::expectOnly;
+using toolkit::quorvah::gatherTree;
+using toolkit::quorvah::kDiskPartition;
+using toolkit::quorvah::keysOf;
+using toolkit::quorvah::kStorage;
 
 TEST(StorageGroup, ListsDrivesAndNothingMadeUpOfThem) {
     EXPECT_EQ(keysOf(gatherTree(kStorage, "x86-server")),
@@ -97,8 +97,8 @@ TEST(StorageGroup, TakesAUsbStickForFlashThoughItClaimsToRotate) {
 }
 
 TEST(StorageGroup, TellsAnOpticalDrive) {
-    const quorvah::Report report = gatherTree(kStorage, "x86-server");
-    const quorvah::Instance& drive = quorvah::instanceOf(report, "/dev/sr0");
+    const toolkit::quorvah::Report report = gatherTree(kStorage, "x86-server");
+    const toolkit::quorvah::Instance& drive = toolkit::quorvah::instanceOf(report, "/dev/sr0");
     EXPECT_EQ(drive.get("MediaType"), "Optical");
     EXPECT_EQ(drive.get("Model"), "DVD-ROM DU90N");
     EXPECT_EQ(drive.get("InterfaceType"), "SATA");

@@ -4,12 +4,12 @@
 #include "tests/toolkit/quorvah/Expectations.h"
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::expectOnly;
-using quorvah::gatherFrom;
-using quorvah::gatherTree;
+using toolkit::quorvah::expectOnly;
+using toolkit::quorvah::gatherFrom;
+using toolkit::quorvah::gatherTree;
 
 TEST(ComponentIDGroup, ReadsTheFirmwareTextsWithoutPlaceholders) {
-    expectOnly(quorvah::kComponentID, "x86-server",
+    expectOnly(toolkit::quorvah::kComponentID, "x86-server",
                {{"UUID", "4c4c4544-0036-4a10-8052-b4c04f4b4d32"},
                 {"Manufacturer", "Example Servers, Inc."},
                 {"ProductName", "ES-2630"},
@@ -21,20 +21,20 @@ TEST(ComponentIDGroup, ReadsTheFirmwareTextsWithoutPlaceholders) {
 }
 
 TEST(ComponentIDGroup, KeepsPlaceholdersWhenAskedTo) {
-    const quorvah::Report report = gatherTree(quorvah::kComponentID, "x86-server", true);
+    const toolkit::quorvah::Report report = gatherTree(toolkit::quorvah::kComponentID, "x86-server", true);
     EXPECT_EQ(report.instances().front().get("Version"), "Default string");
     EXPECT_EQ(report.instances().front().get("Family"), "To be filled by O.E.M.");
 }
 
 TEST(ComponentIDGroup, ReadsADeviceTree) {
-    expectOnly(quorvah::kComponentID, "arm64-board",
+    expectOnly(toolkit::quorvah::kComponentID, "arm64-board",
                {{"ProductName", "Example Board Model 4 Rev 1.1"},
                 {"SerialNumber", "10000000abcdef01"},
                 {"Name", "board"}});
 }
 
 TEST(ComponentIDGroup, ReadsTheSysinfoOfAnS390x) {
-    expectOnly(quorvah::kComponentID, "s390x",
+    expectOnly(toolkit::quorvah::kComponentID, "s390x",
                {{"Manufacturer", "IBM"},
                 {"ProductName", "2964"},
                 {"Version", "701"},
@@ -42,7 +42,7 @@ TEST(ComponentIDGroup, ReadsTheSysinfoOfAnS390x) {
 }
 
 TEST(MemoryGroup, JoinsWhatKernelAndFirmwareTell) {
-    expectOnly(quorvah::kMemory, "x86-server",
+    expectOnly(toolkit::quorvah::kMemory, "x86-server",
                {{"DeviceID", "memory"},
                 {"TotalVisibleMemorySize", "65689512"},
                 {"FreePhysicalMemory", "41203340"},
@@ -65,17 +65,18 @@ TEST(MemoryGroup, CountsOnlineBlocksWithoutFirmware) {
     tree.write("sys/devices/system/memory/memory0/state", "online\n");
     tree.write("sys/devices/system/memory/memory1/state", "offline\n");
     tree.write("sys/devices/system/memory/memory32/state", "online\n");
-    const quorvah::Report report = gatherFrom(quorvah::kMemory, tree.path());
+    const toolkit::quorvah::Report report = gatherFrom(toolkit::quorvah::kMemory, tree.path());
     ASSERT_EQ(report.instances().size(), 1U);
     EXPECT_EQ(report.instances().front().get("InstalledMemory"), "262144");
 }
 
 TEST(MemoryGroup, LeavesOutWhatIsNoNumber) {
-    expectOnly(quorvah::kMemory, "contradictory", {{"DeviceID", "memory"}, {"TotalSwapSpaceSize", "100"}});
+    expectOnly(toolkit::quorvah::kMemory, "contradictory",
+               {{"DeviceID", "memory"}, {"TotalSwapSpaceSize", "100"}});
 }
 
 TEST(OperatingSystemGroup, TellsAllOfACapturedServer) {
-    expectOnly(quorvah::kOperatingSystem, "x86-server",
+    expectOnly(toolkit::quorvah::kOperatingSystem, "x86-server",
                {{"Name", "linux"},
                 {"Caption", "Rocky Linux 9.3 (Blue Onyx)"},
                 {"Version", "5.14.0-362.8.1.el9_3.x86_64"},
@@ -99,7 +100,7 @@ TEST(OperatingSystemGroup, TellsAllOfACapturedServer) {
 }
 
 TEST(OperatingSystemGroup, ReadsTheKernelFromItsVersionFile) {
-    expectOnly(quorvah::kOperatingSystem, "arm64-board",
+    expectOnly(toolkit::quorvah::kOperatingSystem, "arm64-board",
                {{"Name", "linux"},
                 {"Caption", "Debian GNU/Linux 11 (bullseye)"},
                 {"Version", "6.1.21-v8+"},
@@ -115,7 +116,7 @@ TEST(OperatingSystemGroup, ReadsTheKernelFromItsVersionFile) {
 }
 
 TEST(OperatingSystemGroup, ReadsTheArchitectureOfAnImageFromItsShell) {
-    expectOnly(quorvah::kOperatingSystem, "container",
+    expectOnly(toolkit::quorvah::kOperatingSystem, "container",
                {{"Name", "linux"},
                 {"Caption", "Alpine Linux v3.19"},
                 {"OSType", "36"},
@@ -127,12 +128,12 @@ TEST(OperatingSystemGroup, ReadsTheArchitectureOfAnImageFromItsShell) {
 }
 
 TEST(OperatingSystemGroup, TakesWhatItCanFromABrokenRelease) {
-    expectOnly(quorvah::kOperatingSystem, "contradictory",
+    expectOnly(toolkit::quorvah::kOperatingSystem, "contradictory",
                {{"Name", "linux"}, {"OSType", "36"}, {"Id", "unfinished"}, {"VersionId", "7"}});
 }
 
 TEST(UNIXSystemParamsGroup, TellsAllOfACapturedServer) {
-    expectOnly(quorvah::kUNIXSystemParams, "x86-server",
+    expectOnly(toolkit::quorvah::kUNIXSystemParams, "x86-server",
                {{"NodeName", "db1.example.com"},
                 {"SystemName", "Linux"},
                 {"Release", "5.14.0-362.8.1.el9_3.x86_64"},
@@ -155,7 +156,7 @@ TEST(UNIXSystemParamsGroup, TellsAllOfACapturedServer) {
 }
 
 TEST(UNIXSystemParamsGroup, ReadsTheRunLevelOfTheInitOfSystemV) {
-    expectOnly(quorvah::kUNIXSystemParams, "arm64-board",
+    expectOnly(toolkit::quorvah::kUNIXSystemParams, "arm64-board",
                {{"NodeName", "board"},
                 {"SystemName", "Linux"},
                 {"Release", "6.1.21-v8+"},
@@ -169,13 +170,13 @@ TEST(UNIXSystemParamsGroup, TakesTheRootDeviceFromTheMountsWithoutABootLoader) {
     const zavtest::ScratchDir tree;
     tree.write("proc/self/mountinfo",
                "27 1 254:0 / / rw - ext4 /dev/vda rw\n28 27 8:1 / /boot rw - ext4 /dev/sda1 rw\n");
-    const quorvah::Report report = gatherFrom(quorvah::kUNIXSystemParams, tree.path());
+    const toolkit::quorvah::Report report = gatherFrom(toolkit::quorvah::kUNIXSystemParams, tree.path());
     ASSERT_EQ(report.instances().size(), 1U);
     EXPECT_EQ(report.instances().front().get("RootDevice"), "/dev/vda");
 }
 
 TEST(RegionalGroup, TellsAllOfACapturedServer) {
-    expectOnly(quorvah::kRegional, "x86-server",
+    expectOnly(toolkit::quorvah::kRegional, "x86-server",
                {{"Locale", "de_AT.UTF-8"},
                 {"CurrentTimeZone", "120"},
                 {"Language", "de"},
@@ -188,7 +189,7 @@ TEST(RegionalGroup, TellsAllOfACapturedServer) {
 }
 
 TEST(RegionalGroup, ReadsTheFilesOfTheOtherDistributions) {
-    expectOnly(quorvah::kRegional, "arm64-board",
+    expectOnly(toolkit::quorvah::kRegional, "arm64-board",
                {{"Locale", "en_GB.UTF-8"},
                 {"Language", "en"},
                 {"Territory", "GB"},
@@ -199,7 +200,7 @@ TEST(RegionalGroup, ReadsTheFilesOfTheOtherDistributions) {
 }
 
 TEST(RegionalGroup, TakesNoZoneFromTheHostForALinkThatLeadsNowhere) {
-    expectOnly(quorvah::kRegional, "contradictory", {{"TimeZoneName", "Mars/Olympus"}});
+    expectOnly(toolkit::quorvah::kRegional, "contradictory", {{"TimeZoneName", "Mars/Olympus"}});
 }
 
 TEST(RegionalGroup, TakesTheShortFormsOfALocale) {
@@ -215,7 +216,7 @@ TEST(RegionalGroup, TakesTheShortFormsOfALocale) {
     for (const auto& [locale, language, territory, codeSet] : cases) {
         const zavtest::ScratchDir tree;
         tree.write("etc/locale.conf", std::string("LANG=") + locale + "\n");
-        const quorvah::Report report = gatherFrom(quorvah::kRegional, tree.path());
+        const toolkit::quorvah::Report report = gatherFrom(toolkit::quorvah::kRegional, tree.path());
         ASSERT_EQ(report.instances().size(), 1U) << locale;
         EXPECT_EQ(report.instances().front().get("Language"), language);
         EXPECT_EQ(report.instances().front().get("Territory"), territory);

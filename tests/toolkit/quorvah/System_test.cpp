@@ -10,11 +10,11 @@
 #include "toolkit/quorvah/TimeZone.h"
 #include "toolkit/quorvah/Utmp.h"
 
-using quorvah::machineOfElf;
-using quorvah::Root;
-using quorvah::userSessions;
-using quorvah::zoneName;
-using quorvah::zoneOffset;
+using toolkit::Root;
+using toolkit::quorvah::machineOfElf;
+using toolkit::quorvah::userSessions;
+using toolkit::quorvah::zoneName;
+using toolkit::quorvah::zoneOffset;
 
 namespace {
 
@@ -46,7 +46,7 @@ std::string utmpRecord(int type, unsigned process, bool bigEndian, std::size_t s
 TEST(Kernel, OfTheLiveMachineIsThatOfUname) {
     utsname names{};
     ASSERT_EQ(uname(&names), 0);
-    const quorvah::Kernel kernel = quorvah::readKernel(Root());
+    const toolkit::quorvah::Kernel kernel = toolkit::quorvah::readKernel(Root());
     EXPECT_EQ(kernel.name, names.sysname);
     EXPECT_EQ(kernel.release, names.release);
     EXPECT_EQ(kernel.version, names.version);
@@ -69,29 +69,29 @@ TEST(Kernel, MachineIsReadFromAProgramsHeader) {
 TEST(HostName, IsThatOfTheKernelElseOfItsFile) {
     const zavtest::ScratchDir tree;
     const Root root(tree.path().string());
-    EXPECT_EQ(quorvah::hostName(root), "");
+    EXPECT_EQ(toolkit::quorvah::hostName(root), "");
     tree.write("etc/hostname", "file\n");
-    EXPECT_EQ(quorvah::hostName(root), "file");
+    EXPECT_EQ(toolkit::quorvah::hostName(root), "file");
     tree.write("proc/sys/kernel/hostname", "kernel\n");
-    EXPECT_EQ(quorvah::hostName(root), "kernel");
+    EXPECT_EQ(toolkit::quorvah::hostName(root), "kernel");
     tree.write("proc/sys/kernel/hostname", "(none)\n");
-    EXPECT_EQ(quorvah::hostName(root), "");
+    EXPECT_EQ(toolkit::quorvah::hostName(root), "");
 }
 
 TEST(ObservationTime, OfATreeIsWhenItWasTaken) {
     const zavtest::ScratchDir tree;
     const Root root(tree.path().string());
-    EXPECT_EQ(quorvah::observationTime(root), std::nullopt);
+    EXPECT_EQ(toolkit::quorvah::observationTime(root), std::nullopt);
     tree.write("proc/stat", "cpu 1 2\nbtime 1000\n");
-    EXPECT_EQ(quorvah::bootTime(root), 1000);
-    EXPECT_EQ(quorvah::observationTime(root), std::nullopt);
+    EXPECT_EQ(toolkit::quorvah::bootTime(root), 1000);
+    EXPECT_EQ(toolkit::quorvah::observationTime(root), std::nullopt);
     tree.write("proc/uptime", "234.99 1.0\n");
-    EXPECT_EQ(quorvah::observationTime(root), 1234);
+    EXPECT_EQ(toolkit::quorvah::observationTime(root), 1234);
 }
 
 TEST(ObservationTime, OfTheLiveMachineIsNow) {
     const std::int64_t before = std::time(nullptr);
-    const std::optional<std::int64_t> now = quorvah::observationTime(Root());
+    const std::optional<std::int64_t> now = toolkit::quorvah::observationTime(Root());
     ASSERT_TRUE(now.has_value());
     EXPECT_GE(*now, before);
     EXPECT_LE(*now, std::time(nullptr));
@@ -168,7 +168,7 @@ TEST(Utmp, PassesOverACutLastRecord) {
 
 TEST(Utmp, ASystemWithoutTheFileKeepsNoCount) {
     const zavtest::ScratchDir tree;
-    EXPECT_EQ(quorvah::countUsers(Root(tree.path().string())), std::nullopt);
+    EXPECT_EQ(toolkit::quorvah::countUsers(Root(tree.path().string())), std::nullopt);
     tree.write("var/run/utmp", "");
-    EXPECT_EQ(quorvah::countUsers(Root(tree.path().string())), std::size_t{0});
+    EXPECT_EQ(toolkit::quorvah::countUsers(Root(tree.path().string())), std::size_t{0});
 }

@@ -5,10 +5,10 @@
 
 #include "toolkit/quorvah/GroupTable.h"
 
-using quorvah::allGroups;
-using quorvah::FieldDef;
-using quorvah::findGroup;
-using quorvah::Group;
+using toolkit::quorvah::allGroups;
+using toolkit::quorvah::FieldDef;
+using toolkit::quorvah::findGroup;
+using toolkit::quorvah::Group;
 
 TEST(GroupTable, HoldsEveryGroupOnce) {
     std::set<std::string> names;

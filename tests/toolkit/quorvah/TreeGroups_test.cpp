@@ -3,7 +3,7 @@
 
 #include "GroupTester.h"
 
-namespace quorvah {
+namespace toolkit::quorvah {
 namespace {
 
 const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
@@ -214,4 +214,4 @@ TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
 }
 
 }  // namespace
-}  // namespace quorvah
+}  // namespace toolkit::quorvah

@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "toolkit/quorvah/ShellVariables.h"
+#include "toolkit/machine/ShellVariables.h"
 
-using quorvah::bootParameter;
-using quorvah::leadingNumber;
-using quorvah::ShellVariables;
-using quorvah::valueOf;
-using quorvah::withoutSecrets;
-using quorvah::wordsOf;
+using toolkit::ShellVariables;
+using toolkit::quorvah::bootParameter;
+using toolkit::quorvah::leadingNumber;
+using toolkit::quorvah::valueOf;
+using toolkit::quorvah::withoutSecrets;
+using toolkit::quorvah::wordsOf;
 
 TEST(Words, StandBetweenBlanks) {
     EXPECT_EQ(wordsOf(" a  b\tc "), (std::vector<std::string>{"a", "b", "c"}));

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string_view>
+
+namespace toolkit {
+
+// One package of an apk database of installed packages. All texts are parts of the file; what is not given is
+// empty.
+struct ApkPackage {
+    std::string_view name;
+    std::string_view version;
+    std::string_view architecture;
+    std::string_view maintainer;
+    std::string_view description;
+    std::string_view origin;
+    std::string_view installedSize;  // bytes
+};
+
+// Reads the packages of an apk database one after the other. A paragraph without a package name is passed
+// over.
+class ApkDatabase {
+  public:
+    // `text` outlives the packages.
+    explicit ApkDatabase(std::string_view text) : rest_(text) {}
+
+    // False at the end of the file, with `package` emptied.
+    bool next(ApkPackage& package);
+
+  private:
+    std::string_view rest_;
+};
+
+}  // namespace toolkit

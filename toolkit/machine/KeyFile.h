@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+namespace toolkit {
+
+// The value of a key in one group of a desktop-style key file:
+//     [group]
+//     key=value
+// A part of `text`; empty when the group or the key is missing. Of a key that stands twice the first one
+// counts.
+std::string_view keyFileValue(std::string_view text, std::string_view group, std::string_view key);
+
+}  // namespace toolkit

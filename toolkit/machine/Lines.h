@@ -1,0 +1,53 @@
+// Walking through text line by line and word by word, without copying it.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+
+namespace toolkit {
+
+// Takes the next line from `text`, without its line end ("\n" or "\r\n"; the last line may lack it). False,
+// with `line` emptied, when nothing is left.
+inline bool nextLine(std::string_view& text, std::string_view& line) {
+    if (text.empty()) {
+        line = {};
+        return false;
+    }
+    const void* const end = std::memchr(text.data(), '\n', text.size());
+    const std::size_t length =
+        end == nullptr ? text.size() : static_cast<std::size_t>(static_cast<const char*>(end) - text.data());
+    line = text.substr(0, length);
+    text.remove_prefix(end == nullptr ? length : length + 1);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    return true;
+}
+
+// Takes the next word from `line`: what stands between blanks or tabs. Empty when none is left.
+inline std::string_view nextWord(std::string_view& line) {
+    const std::size_t begin = line.find_first_not_of(" \t");
+    if (begin == std::string_view::npos) {
+        line = {};
+        return {};
+    }
+    const std::size_t end = line.find_first_of(" \t", begin);
+    const std::string_view word = line.substr(begin, end - begin);
+    line.remove_prefix(end == std::string_view::npos ? line.size() : end);
+    return word;
+}
+
+// Takes what stands before the next `separator`, and the separator too; all that is left when there is none.
+inline std::string_view takeField(std::string_view& text, char separator) {
+    const std::size_t end = text.find(separator);
+    const std::string_view field = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return field;
+}
+
+// Without the blanks, tabs and line ends at both sides.
+inline std::string_view trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(" \t\r\n");
+    if (begin == std::string_view::npos) return {};
+    return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
+}
+
+}  // namespace toolkit

@@ -1,0 +1,115 @@
+#include "toolkit/machine/OutputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+
+#include "kest/Descriptor.h"
+
+namespace toolkit {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& path) {
+    throw std::system_error(errno, std::generic_category(), path);
+}
+
+bool writeAll(int descriptor, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t count = ::write(descriptor, content.data(), content.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        content.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+// Keeps the signals that end a program waiting, so that no stray file stays behind.
+class SignalsHeld {
+  public:
+    SignalsHeld() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&signals, signal);
+        sigprocmask(SIG_BLOCK, &signals, &before_);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+  private:
+    sigset_t before_{};
+};
+
+// A new file beside the one that it is to replace; deleted unless it does.
+class SiblingFile {
+  public:
+    explicit SiblingFile(const std::string& path) : target_(path), name_(path + ".XXXXXX") {
+        file_ = kest::Descriptor(::mkostemp(name_.data(), O_CLOEXEC));
+        if (!file_.isOpen()) fail(target_);
+    }
+    ~SiblingFile() {
+        if (!replaced_) ::unlink(name_.c_str());
+    }
+    SiblingFile(const SiblingFile&) = delete;
+    SiblingFile& operator=(const SiblingFile&) = delete;
+
+    void fill(std::string_view content, mode_t mode) const {
+        if (::fchmod(file_.number(), mode) != 0 || !writeAll(file_.number(), content) ||
+            ::fsync(file_.number()) != 0) {
+            fail(target_);
+        }
+    }
+
+    void replaceTarget() {
+        if (std::rename(name_.c_str(), target_.c_str()) != 0) fail(target_);
+        replaced_ = true;
+    }
+
+  private:
+    std::string target_;
+    std::string name_;
+    kest::Descriptor file_;
+    bool replaced_ = false;
+};
+
+mode_t modeOfNewFiles() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
+}
+
+void writeInPlace(const std::string& path, std::string_view content) {
+    const kest::Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!file.isOpen() || !writeAll(file.number(), content)) fail(path);
+}
+
+struct Free {
+    void operator()(char* block) const { std::free(block); }
+};
+
+}  // namespace
+
+void writeOutputFile(const std::string& path, std::string_view content) {
+    struct stat status {};
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) {
+        writeInPlace(path, content);
+        return;
+    }
+    // A symbolic link stays, and the file that it leads to is replaced.
+    const std::unique_ptr<char, Free> target(exists ? ::realpath(path.c_str(), nullptr) : nullptr);
+    const SignalsHeld held;
+    SiblingFile sibling(target ? target.get() : path);
+    sibling.fill(content, exists ? status.st_mode & 07777U : modeOfNewFiles());
+    sibling.replaceTarget();
+}
+
+}  // namespace toolkit

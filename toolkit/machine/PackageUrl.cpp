@@ -1,0 +1,56 @@
+#include "toolkit/machine/PackageUrl.h"
+
+namespace toolkit {
+namespace {
+
+// By hand: isalnum would follow the locale.
+bool standsForItself(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_' || c == '~' || c == ':';
+}
+
+void appendEscaped(std::string& url, std::string_view text) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    for (const char c : text) {
+        if (standsForItself(c)) {
+            url += c;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        url += '%';
+        url += kDigits[byte >> 4];
+        url += kDigits[byte & 15];
+    }
+}
+
+}  // namespace
+
+std::string packageUrl(std::string_view type, std::string_view nameSpace, std::string_view name,
+                       std::string_view version, std::initializer_list<PackageQualifier> qualifiers) {
+    std::string url;
+    url.reserve(96);  // most are shorter
+    url += "pkg:";
+    url += type;
+    if (!nameSpace.empty()) {
+        url += '/';
+        appendEscaped(url, nameSpace);
+    }
+    url += '/';
+    appendEscaped(url, name);
+    if (!version.empty()) {
+        url += '@';
+        appendEscaped(url, version);
+    }
+    char separator = '?';
+    for (const PackageQualifier& qualifier : qualifiers) {
+        if (qualifier.value.empty()) continue;
+        url += separator;
+        url += qualifier.name;
+        url += '=';
+        appendEscaped(url, qualifier.value);
+        separator = '&';
+    }
+    return url;
+}
+
+}  // namespace toolkit

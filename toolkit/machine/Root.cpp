@@ -1,0 +1,160 @@
+#include "toolkit/machine/Root.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <memory>
+#include <system_error>
+
+#include "toolkit/machine/Lines.h"
+#include "toolkit/machine/PathWalk.h"
+
+namespace toolkit {
+
+namespace {
+
+int openInRoot(int tree, const std::string& path, int flags) {
+    open_how how{};
+    how.flags = static_cast<unsigned>(flags);
+    how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
+    return static_cast<int>(::syscall(SYS_openat2, tree, path.c_str(), &how, sizeof how));
+}
+
+// The bytes read, 0 at the end, -1 after an error.
+ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(descriptor, buffer, size);
+        if (count >= 0 || errno != EINTR) return count;
+    }
+}
+
+// False when reading fails or there is more than `limit`.
+bool readAll(int descriptor, std::size_t limit, std::string& content) {
+    // Most files are sysfs attributes of a few bytes, which need no more than this.
+    std::array<char, 4096> buffer;
+    for (;;) {
+        const ssize_t count = readSome(descriptor, buffer.data(), buffer.size());
+        if (count <= 0) return count == 0;
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+        if (content.size() > limit) return false;
+        if (content.size() >= 4 * buffer.size()) break;
+    }
+    for (;;) {
+        const std::size_t size = content.size();
+        content.resize(size + std::max(size, std::size_t{1} << 16));
+        const ssize_t count = readSome(descriptor, content.data() + size, content.size() - size);
+        content.resize(size + static_cast<std::size_t>(std::max(count, ssize_t{0})));
+        if (count <= 0) return count == 0;
+        if (content.size() > limit) return false;
+    }
+}
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+}  // namespace
+
+Root::Root(const std::string& directory, Lookup lookup)
+    : tree_(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      directory_(directory),
+      lookup_(lookup) {
+    if (!tree_.isOpen()) throw std::system_error(errno, std::generic_category(), directory);
+    // Old kernels do not have the call, and filters of containers refuse it.
+    const kest::Descriptor probe(openInRoot(tree_.number(), ".", O_PATH | O_CLOEXEC));
+    if (!probe.isOpen()) lookup_ = Lookup::ByComponent;
+}
+
+void Root::note(int error) const {
+    if (error == EACCES || error == EPERM) ++denials_;
+}
+
+kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
+    std::string relative(path.substr(std::min(path.find_first_not_of('/'), path.size())));
+    if (relative.empty()) relative = ".";
+    if (lookup_ == Lookup::ByComponent) return openByComponent(tree_.number(), relative, flags);
+    return kest::Descriptor(openInRoot(tree_.number(), relative, flags));
+}
+
+kest::Descriptor Root::open(std::string_view path, int flags) const {
+    flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 refuses them together
+    kest::Descriptor opened =
+        live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
+    if (!opened.isOpen()) note(errno);
+    return opened;
+}
+
+std::optional<std::string> Root::read(std::string_view path, std::size_t limit) const {
+    const kest::Descriptor file = open(path);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    std::string content;
+    if (readAll(file.number(), limit, content)) return content;
+    note(errno);
+    return std::nullopt;
+}
+
+std::string Root::readLine(std::string_view path) const {
+    const std::optional<std::string> content = read(path);
+    if (!content) return {};
+    std::string_view rest = *content;
+    std::string_view line;
+    nextLine(rest, line);
+    return std::string(trimmed(line));
+}
+
+std::optional<std::int64_t> Root::readNumber(std::string_view path) const {
+    const std::string line = readLine(path);
+    std::int64_t number = 0;
+    const char* const end = line.data() + line.size();
+    const auto [stop, error] = std::from_chars(line.data(), end, number);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return number;
+}
+
+std::vector<std::string> Root::list(std::string_view path) const {
+    std::vector<std::string> names;
+    kest::Descriptor opened = open(path, O_DIRECTORY);
+    const std::unique_ptr<DIR, CloseDirectory> directory(opened.isOpen() ? ::fdopendir(::dup(opened.number()))
+                                                                         : nullptr);
+    if (!directory) return names;
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        const std::string_view name = static_cast<const char*>(entry->d_name);
+        if (name != "." && name != "..") names.emplace_back(name);
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+std::string Root::readLink(std::string_view path) const {
+    const kest::Descriptor link = open(path, O_PATH | O_NOFOLLOW);
+    if (!link.isOpen()) return {};
+    std::array<char, 4096> text;
+    const ssize_t length = ::readlinkat(link.number(), "", text.data(), text.size());
+    return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+std::string Root::linkName(std::string_view path) const {
+    const std::string link = readLink(path);
+    return link.substr(link.rfind('/') + 1);
+}
+
+bool Root::exists(std::string_view path) const {
+    return open(path, O_PATH).isOpen();
+}
+
+bool Root::isDirectory(std::string_view path) const {
+    return open(path, O_PATH | O_DIRECTORY).isOpen();
+}
+
+}  // namespace toolkit

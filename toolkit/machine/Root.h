@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kest/Descriptor.h"
+
+namespace toolkit {
+
+// The tree of files of the scanned machine: that of the machine itself, or what lies below a directory. All
+// paths are absolute ("/proc/cpuinfo") and all symbolic links, absolute ones too, stay inside the tree.
+//
+// What is missing reads as empty. What may not be read does so too, and is counted: the group that asked for
+// it is then reported as cut short.
+class Root {
+  public:
+    enum class Lookup { Kernel, ByComponent };
+
+    // The machine that the scanner runs on.
+    Root() = default;
+    // The tree below `directory`. Throws std::system_error when it is no directory that can be opened.
+    // `lookup` is there for tests: the kernel is asked to keep lookups inside where it can.
+    explicit Root(const std::string& directory, Lookup lookup = Lookup::Kernel);
+
+    // Whether system calls tell of the scanned machine too: not so below a directory.
+    bool live() const { return !tree_.isOpen(); }
+    // The directory as it was given; empty for the live machine.
+    const std::string& directory() const { return directory_; }
+
+    static constexpr std::size_t kFileLimit = std::size_t{64} << 20;
+
+    // The content of a regular file; none when it cannot be read or is larger than `limit`.
+    std::optional<std::string> read(std::string_view path, std::size_t limit = kFileLimit) const;
+    // The first line of a file without the white space around it.
+    std::string readLine(std::string_view path) const;
+    // The decimal number that a file's first line is.
+    std::optional<std::int64_t> readNumber(std::string_view path) const;
+
+    // The names in a directory, sorted, without "." and "..".
+    std::vector<std::string> list(std::string_view path) const;
+    // The text of a symbolic link, and the last component of it.
+    std::string readLink(std::string_view path) const;
+    std::string linkName(std::string_view path) const;
+
+    // Of what a path leads to, symbolic links followed.
+    bool exists(std::string_view path) const;
+    bool isDirectory(std::string_view path) const;
+
+    // Opens for reading, with these flags of open() besides O_CLOEXEC, O_NOCTTY and O_NONBLOCK.
+    kest::Descriptor open(std::string_view path, int flags = 0) const;
+
+    // How often a permission was lacking so far.
+    int denials() const { return denials_; }
+    // Forgets the denials beyond this count, those of files that the asker could do without.
+    void forgetDenials(int count) const { denials_ = count; }
+
+  private:
+    kest::Descriptor openBelow(std::string_view path, int flags) const;
+    void note(int error) const;
+
+    kest::Descriptor tree_;
+    std::string directory_;
+    Lookup lookup_ = Lookup::Kernel;
+    mutable int denials_ = 0;
+};
+
+}  // namespace toolkit

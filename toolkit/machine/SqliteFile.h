@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace toolkit {
+
+// A column's value. An integer is in `number`; the bytes of a text or blob are in `bytes`.
+struct SqliteValue {
+    enum class Kind { Missing, Null, Integer, Real, Text, Blob };
+    Kind kind = Kind::Missing;
+    std::int64_t number = 0;
+    std::string_view bytes;
+};
+
+// The value of one column (0 is the first) of a row; Missing when the row has no such column or is broken.
+SqliteValue sqliteColumn(std::string_view record, unsigned column);
+
+// Reads a whole table of an SQLite 3 database file: calls `row` for the record of every row, in the order of
+// the row ids; the record is valid during the call only. What stands in a write-ahead log beside the file is
+// not seen. False when there is no such table, or when a part of it could not be read; all other rows were
+// handed out.
+bool readSqliteTable(std::string_view file, std::string_view table,
+                     const std::function<void(std::string_view record)>& row);
+
+}  // namespace toolkit

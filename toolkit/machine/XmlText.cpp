@@ -1,0 +1,111 @@
+#include "toolkit/machine/XmlText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace toolkit {
+
+namespace {
+
+constexpr char32_t kInvalid = 0xFFFFFFFF;
+
+// How many bytes a character takes whose first byte is `lead`; 0 for a byte that begins none.
+std::size_t sequenceLength(unsigned char lead) {
+    if (lead < 0x80) return 1;
+    if (lead < 0xC2) return 0;
+    if (lead < 0xE0) return 2;
+    if (lead < 0xF0) return 3;
+    return lead < 0xF5 ? 4 : 0;
+}
+
+// The character at the front of `bytes`, which is taken away; kInvalid, and nothing taken, when it is not
+// UTF-8 in its shortest form or a surrogate.
+char32_t takeCharacter(std::string_view& bytes) {
+    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const auto lead = static_cast<unsigned char>(bytes.front());
+    const std::size_t length = sequenceLength(lead);
+    if (length == 0 || length > bytes.size()) return kInvalid;
+    char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto next = static_cast<unsigned char>(bytes[i]);
+        if ((next & 0xC0U) != 0x80) return kInvalid;
+        character = character << 6U | (next & 0x3FU);
+    }
+    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
+    if (character < kSmallest[length] || character > 0x10FFFF || surrogate) return kInvalid;
+    bytes.remove_prefix(length);
+    return character;
+}
+
+bool isUtf8(std::string_view bytes) {
+    while (!bytes.empty()) {
+        if (takeCharacter(bytes) == kInvalid) return false;
+    }
+    return true;
+}
+
+// The bytes that can be copied as they are.
+constexpr std::array<bool, 256> kPlain = [] {
+    std::array<bool, 256> plain{};
+    for (unsigned c = 0x20; c <= 0x7E; ++c) plain[c] = c != '&' && c != '<' && c != '>' && c != '"';
+    return plain;
+}();
+
+bool isPlain(char c) {
+    return kPlain[static_cast<unsigned char>(c)];
+}
+
+void appendCharacter(std::string& xml, char32_t character) {
+    switch (character) {
+        case U'&':
+            xml += "&amp;";
+            return;
+        case U'<':
+            xml += "&lt;";
+            return;
+        case U'>':
+            xml += "&gt;";
+            return;
+        case U'"':
+            xml += "&quot;";
+            return;
+        case U'\t':
+        case U'\n':
+            xml += static_cast<char>(character);
+            return;
+        default:
+            break;
+    }
+    // A carriage return as itself would be read as a line feed.
+    const bool forbidden =
+        (character < 0x20 && character != U'\r') || character == 0xFFFE || character == 0xFFFF;
+    if (forbidden) return;
+    xml += "&#";
+    xml += std::to_string(static_cast<std::uint32_t>(character));
+    xml += ';';
+}
+
+}  // namespace
+
+void appendXmlText(std::string& xml, std::string_view bytes) {
+    std::optional<bool> utf8;
+    while (!bytes.empty()) {
+        const auto* const special = std::ranges::find_if_not(bytes, isPlain);
+        xml.append(bytes.begin(), special);
+        bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
+        if (bytes.empty()) return;
+        // What was copied is ASCII, so the rest tells what the whole is.
+        if (!utf8) utf8 = isUtf8(bytes);
+        if (*utf8) {
+            appendCharacter(xml, takeCharacter(bytes));
+        } else {
+            appendCharacter(xml, static_cast<unsigned char>(bytes.front()));
+            bytes.remove_prefix(1);
+        }
+    }
+}
+
+}  // namespace toolkit

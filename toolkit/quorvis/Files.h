@@ -1,0 +1,76 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "kest/Descriptor.h"
+#include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/Settings.h"
+
+namespace toolkit::quorvis {
+
+// How looking at a file went.
+enum class Access : std::uint8_t { Ok, Missing, Failed };
+
+// What the file system tells of a file.
+struct FileFacts {
+    enum class Kind : std::uint8_t { File, Directory, Link, Other };
+    Kind kind = Kind::Other;
+    std::uint64_t size = 0;  // bytes
+    std::uint32_t mode = 0;  // permission bits
+    std::uint32_t owner = 0;
+    std::int64_t modified = 0;  // seconds since 1970
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+};
+
+// The files of the scanned tree, as signatures may see them: every path is resolved below the root; nothing but
+// regular files is read; what holds secrets is not read at all; each file is read once while it is asked for again and
+// again.
+class Files {
+  public:
+    Files(const Root& root, const Settings& settings) : root_(root), settings_(settings) {}
+
+    // A failure comes with the event that tells why.
+    struct Facts {
+        Access access = Access::Missing;
+        FileFacts facts;
+        std::optional<Event> event;
+    };
+    // Of what `path` leads to, links followed.
+    Facts look(const std::string& path);
+    // Of the link itself where it is one.
+    Facts lookAtLink(const std::string& path);
+
+    // The path without symbolic links, "/usr/bin/dash" for "/bin/sh"; `path` itself when nothing is there.
+    std::string withoutLinks(const std::string& path);
+    std::string linkText(const std::string& path);
+
+    struct Content {
+        Access access = Access::Missing;
+        std::shared_ptr<const std::string> bytes;  // of access Ok
+        std::optional<Event> event;
+    };
+    // The whole content of a regular file of at most `limit` bytes: a larger one fails with LimitBytes. Missing too when
+    // the path leads to a directory. A file whose size changes while it is read is read once more and then fails.
+    Content read(const std::string& path, std::uint64_t limit);
+    // At most the first `limit` bytes.
+    Content readStart(const std::string& path, std::uint64_t limit);
+
+    // The SHA-256 of a regular file in lower-case hexadecimal digits, in `bytes`.
+    Content sha256(const std::string& path);
+
+  private:
+    const Root& root_;
+    const Settings& settings_;
+    // (the engineer of Files.cpp: your caches)
+};
+
+}  // namespace toolkit::quorvis

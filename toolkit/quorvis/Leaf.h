@@ -1,0 +1,98 @@
+// How a leaf is looked up on the machine.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/Signature.h"
+
+namespace toolkit::quorvis {
+
+class Machine;
+
+enum class Truth : std::uint8_t { False, True, Unknown };
+
+// One value of an item. The name is a literal or stands in the signature.
+struct Field {
+    std::string_view name;
+    std::string value;
+};
+
+// One thing that a leaf found: a package, a file, a match.
+struct Item {
+    std::vector<Field> fields;
+    std::string source;  // the file that tells of it: the database of a package, the path of a file
+
+    void set(std::string_view name, std::string value) { fields.push_back({name, std::move(value)}); }
+    // Null when the item has no such value.
+    const std::string* find(std::string_view name) const {
+        for (const Field& field : fields) {
+            if (field.name == name) return &field.value;
+        }
+        return nullptr;
+    }
+};
+
+// What came of looking a leaf up.
+struct LeafResult {
+    std::vector<Item> items;  // those that pass, in the order that the language defines
+    // Whether something that could hold an item could not be examined; an event tells why.
+    bool incomplete = false;
+    std::vector<Event> events;
+
+    // Notes an event that leaves the leaf incomplete.
+    void fail(EventCode code, std::string path, std::string text) {
+        incomplete = true;
+        events.push_back({code, std::move(path), std::move(text), {}, {}});
+    }
+};
+
+// A leaf with its variables replaced by their values.
+class Query {
+  public:
+    Query(const Leaf& leaf, std::vector<std::string> values) : leaf_(&leaf), values_(std::move(values)) {}
+
+    LeafKind kind() const { return leaf_->kind; }
+    const std::vector<Capture>& captures() const { return leaf_->captures; }
+
+    bool has(Attribute attribute) const { return find(attribute) != nullptr; }
+    // The value of an attribute; empty when it is not given.
+    std::string_view get(Attribute attribute) const {
+        const std::string* const value = find(attribute);
+        return value == nullptr ? std::string_view() : std::string_view(*value);
+    }
+
+  private:
+    const std::string* find(Attribute attribute) const {
+        for (std::size_t i = 0; i < values_.size(); ++i) {
+            if (leaf_->attributes[i].attribute == attribute) return &values_[i];
+        }
+        return nullptr;
+    }
+
+    const Leaf* leaf_;
+    std::vector<std::string> values_;  // one for each attribute of the leaf
+};
+
+// Looks a leaf up. Nothing is thrown but std::bad_alloc: what cannot be read or understood is an event. A value
+// that a variable brought and that is no number, version or expression fails likewise.
+LeafResult lookUpPackage(const Query& query, Machine& machine);
+LeafResult lookUpFile(const Query& query, Machine& machine);
+LeafResult lookUpGlob(const Query& query, Machine& machine);
+LeafResult lookUpContent(const Query& query, Machine& machine);
+LeafResult lookUpProperty(const Query& query, Machine& machine);
+LeafResult lookUpXml(const Query& query, Machine& machine);
+LeafResult lookUpProcess(const Query& query, Machine& machine);
+LeafResult lookUpElf(const Query& query, Machine& machine);
+LeafResult lookUpFileVersion(const Query& query, Machine& machine);
+LeafResult lookUpSwidTag(const Query& query, Machine& machine);
+LeafResult lookUpCompare(const Query& query, Machine& machine);
+
+LeafResult lookUp(const Query& query, Machine& machine);
+
+}  // namespace toolkit::quorvis

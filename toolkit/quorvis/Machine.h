@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/Files.h"
+#include "toolkit/quorvis/PackageIndex.h"
+#include "toolkit/quorvis/Processes.h"
+#include "toolkit/quorvis/Settings.h"
+#include "toolkit/quorvis/SwidTags.h"
+#include "toolkit/quorvis/TreeWalk.h"
+
+namespace toolkit::quorvis {
+
+// The scanned machine, as the leaves see it. Everything is read when it is first asked for, and once.
+class Machine {
+  public:
+    Machine(const Root& root, const Settings& settings)
+        : root_(root),
+          settings_(settings),
+          files_(root, settings),
+          deadline_(std::chrono::steady_clock::now() + settings.evaluation.timeLimit) {}
+
+    const Root& root() const { return root_; }
+    const Settings& settings() const { return settings_; }
+    Files& files() { return files_; }
+    PackageIndex& packages() { return packages_; }
+    Processes& processes() { return processes_; }
+    SwidTags& swidTags() { return swidTags_; }
+
+    // Whether the time for the whole evaluation is over.
+    bool late() const { return std::chrono::steady_clock::now() >= deadline_; }
+
+    // What a walk found for this request; walked now unless it was found before.
+    const GlobHits& hits(const GlobRequest& request);
+    // Finds all these in one walk.
+    void walkAhead(std::vector<GlobRequest> requests);
+
+  private:
+    const Root& root_;
+    const Settings& settings_;
+    Files files_;
+    PackageIndex packages_;
+    Processes processes_;
+    SwidTags swidTags_;
+    std::chrono::steady_clock::time_point deadline_;
+    std::unordered_map<std::string, GlobHits> hits_;
+};
+
+}  // namespace toolkit::quorvis
