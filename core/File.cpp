@@ -12,4 +12,8 @@ File openFile(const char* path, const char* mode) {
     return file;
 }
 
+bool closeFile(File file) {
+    return std::fclose(file.release()) == 0;
+}
+
 }  // namespace zav

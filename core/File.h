@@ -16,4 +16,8 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // is missing.
 File openFile(const char* path, const char* mode);
 
+// Closes a file that was written. False when what the stream still held could not be written: a full disk may
+// show only now. REQUIRES: file is not null.
+bool closeFile(File file);
+
 }  // namespace zav

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "core/File.h"
 #include "intake/ConfigFrame.h"
@@ -42,10 +43,8 @@ bool writeConfig(ZAVHwCtx* context, FILE* file) {
 int HW_generateHWConfigFile(ZAVHwCtx* context, const wchar_t* path) {
     File file = openFile(kest::narrow(path).c_str(), "we");
     if (file == nullptr) return ZAV_ERROR_HW_CONFIG;
-    bool written = writeConfig(context, file.get());
-    // What the stream still holds is written only now, so a full disk may show only now.
-    if (std::fclose(file.release()) != 0) written = false;
-    if (written) return ZAV_SUCCESS;
+    const bool written = writeConfig(context, file.get());
+    if (closeFile(std::move(file)) && written) return ZAV_SUCCESS;
     if (context->log != nullptr) {
         context->log->traceMIN("generateHWConfigFile()", "Error during write [%S]", path);
     }

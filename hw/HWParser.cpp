@@ -1,8 +1,9 @@
 #include "hw/HWParser.h"
 
-#include <cstdlib>
 #include <iterator>
-#include <new>
+
+#include "core/Block.h"
+#include "intake/Children.h"
 
 namespace zav {
 
@@ -12,18 +13,6 @@ using tessa::Node;
 using tessa::NodeList;
 
 constexpr const char* kFunction = "ZAV_hw_run";
-
-// The children of a node; null when it has none, cannot have any, or is null itself.
-const NodeList* childrenOf(const Node* node) {
-    const NodeList* children = nullptr;
-    if (node == nullptr || node->getChildren(&children) != 0 || children == nullptr || children->empty())
-        return nullptr;
-    return children;
-}
-
-bool isElement(const Node* node) {
-    return node->type() == Node::kElement;
-}
 
 // The value of a field that is one piece of text, which nearly all are: it is taken as it stands in the
 // document. Null for any other field.
@@ -47,11 +36,8 @@ int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
 }
 
 // The array that the host is handed; null for an instance without fields.
-std::unique_ptr<const wchar_t*, FreeBlock> fieldNamesOf(const HWInstance& instance) {
-    if (instance.empty()) return nullptr;
-    std::unique_ptr<const wchar_t*, FreeBlock> names(
-        static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*))));
-    if (names == nullptr) throw std::bad_alloc();
+Block<const wchar_t*> fieldNamesOf(const HWInstance& instance) {
+    Block<const wchar_t*> names = newBlock<const wchar_t*>(instance.size());
     const wchar_t** name = names.get();
     for (const HWField& field : instance) *name++ = field.name;
     return names;

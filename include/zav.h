@@ -169,66 +169,114 @@ ZAV_EXPORT int ZAV_hw_get_value(ZAVHwCtx* context, int groupId, int instance, co
  * released nevertheless. */
 ZAV_EXPORT int ZAV_hw_free(ZAVHwCtx* context);
 
-/* ---- Software --------------------------------------------------------------------------------------
- * Declared for hosts that look ahead; this release of the library does not hold these functions yet. */
+/* ---- Software -------------------------------------------------------------------------------------- */
 
-/* Makes a software context on an open handle. Returns 0; ZAV_ERROR_CONTEXT for a null library;
- * ZAV_ERROR_MEMORY. */
+/* Makes a software context on an open handle, without options. It logs to a callback of its own. A
+ * temporary directory that cannot be made is logged; evaluations then fail with ZAV_ERROR_SW_CONFIG.
+ * Returns 0; ZAV_ERROR_CONTEXT for a null library; ZAV_ERROR_SW_POINTER for a null context;
+ * ZAV_ERROR_MEMORY, and then *context is null. */
 ZAV_EXPORT int ZAV_sw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** context);
 
-/* Presets a variable for the signatures whose identifier is `scope`; setting it again replaces value
- * and scope.
- * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text. */
+/* Presets the variable `name` for the signature whose identifier is `scope`. There is one preset a
+ * name: setting it again replaces value and scope. All texts are copied; empty ones are allowed. They
+ * go to the scanner unescaped, so '<', '&' and '"' are to be written as XML wants them.
+ * Presets last as long as the context. Results of an earlier evaluation can no longer be asked for,
+ * but pointers that were handed out stay valid.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text, and then nothing changes;
+ * ZAV_ERROR_MEMORY.
+ *     ZAV_sw_setopt_variable(sw, L"minimum", L"2.0", L"c1b2...");   // for one signature */
 ZAV_EXPORT int ZAV_sw_setopt_variable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value,
                                       const wchar_t* scope);
 
-/* Adds a setting of a scanner plug-in; repeated settings are all kept, in order.
- * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text. */
+/* Adds a setting of a scanner plug-in. Nothing is replaced: repeated settings are all kept, in order.
+ * Otherwise as ZAV_sw_setopt_variable.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text, and then nothing changes;
+ * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute,
                                     const wchar_t* value);
 
-/* Evaluates one signature, given as XML text. */
+/* Evaluates one signature, given as XML text: runs the scanner, waits for it without a time limit, and
+ * reads what it wrote. The results of the evaluation before are released first. Every line that the
+ * scanner prints is logged at level 2 as soon as it is printed.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_SIGNATURE for null, and then the results before stay, or
+ * when the scanner ended with status 3; ZAV_ERROR_SW_CONFIG; ZAV_ERROR_SW_SCANNER;
+ * ZAV_ERROR_SW_OUTPUT, and then there are no results; ZAV_ERROR_SW_WARNINGS, and then all results can
+ * be read, but no warnings; ZAV_ERROR_WORKSPACE when there was no name for a file that the scanner
+ * writes; ZAV_ERROR_MEMORY, and then there are no results.
+ *     if (ZAV_sw_evaluate(sw, L"<Signature guid=\"c1b2...\">...</Signature>") == ZAV_SUCCESS) ... */
 ZAV_EXPORT int ZAV_sw_evaluate(ZAVSwCtx* context, const wchar_t* signature);
 
-/* Evaluates the signatures of an existing file. */
+/* The same for the signatures of an existing file. The path goes to the scanner as it is; whether the
+ * file can be read is for the scanner to find out.
+ * Returns what ZAV_sw_evaluate returns. */
 ZAV_EXPORT int ZAV_sw_evaluate_file(ZAVSwCtx* context, const wchar_t* signatureFile);
 
-/* Evaluates `count` signatures, each given as XML text, in one run of the scanner. */
+/* The same for `count` signatures, each given as XML text, in one run of the scanner; `count` may be 0.
+ * Returns what ZAV_sw_evaluate returns, but ZAV_ERROR_SW_SIGNATURE also when the signatures could not
+ * be written or one of them is null. */
 ZAV_EXPORT int ZAV_sw_evaluate_multi(ZAVSwCtx* context, const wchar_t** signatures, unsigned int count);
 
-/* *results: every matched signature, null when there is none; *count: how many. */
+/* *results: every matched signature in the scanner's order, null when there is none; *count: how many.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_POINTER; ZAV_ERROR_MEMORY.
+ *     ZAVSwResult** results = NULL;
+ *     int count = 0;
+ *     ZAV_sw_get_results(sw, &results, &count); */
 ZAV_EXPORT int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count);
 
-/* *result: the first matched signature with that identifier. ZAV_ERROR_SW_NOT_FOUND when there is
- * none. */
+/* *result: the first matched signature with that identifier (case counts). Answers in any state of the
+ * context; after an option was set, from the evaluation before. Several threads may look up and get
+ * values at once, as long as no other function is called on the context.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER for a null result or guid;
+ * ZAV_ERROR_SW_NOT_FOUND. */
 ZAV_EXPORT int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result);
 
-/* *results: all matched signatures with that identifier; *count: how many. ZAV_ERROR_SW_NOT_FOUND when
- * there is none. */
+/* *results: all matched signatures with that identifier, in the scanner's order; *count: how many. Asked
+ * again it hands out the same array. Answers in any state of the context.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_NOT_FOUND; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results,
                                            unsigned int* count);
 
-/* *value: the text of a variable of a result. ZAV_ERROR_SW_VARIABLE when it has no such variable. */
+/* *value: the text of the result's variable of that name (case counts).
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_RESULT; ZAV_ERROR_SW_POINTER;
+ * ZAV_ERROR_SW_VARIABLE. */
 ZAV_EXPORT int ZAV_sw_get_value(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t* name,
                                 const wchar_t** value);
 
-/* *names: the names of a result's variables, sorted, null when there is none; *count: how many. */
+/* *names: the names of the result's variables in ascending order, null when there is none; *count: how
+ * many.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_RESULT;
+ * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_get_variables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names,
                                     int* count);
 
-/* *metadata: a result's metadata as XML text, L"" when it has none. */
+/* *metadata: the result's metadata as indented XML text, L"" when it has none. The text is UTF-8: each
+ * character is one byte of it, taken as a signed number.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_RESULT;
+ * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_get_metadata(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** metadata);
 
-/* *guid: a result's identifier. */
+/* *guid: the result's identifier, L"" when the scanner gave none.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_RESULT;
+ * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_get_guid(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** guid);
 
-/* *warnings: the warnings of the last run; *count: how many. Both stay untouched when there were none. */
+/* *warnings: the warnings of the last evaluation, each as XML text of one line, in UTF-8 as metadata is;
+ * *count: how many. Both stay untouched when there were none, so preset them. Answers in any state of
+ * the context.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER; ZAV_ERROR_MEMORY.
+ *     const wchar_t** warnings = NULL;
+ *     int count = 0;
+ *     ZAV_sw_get_warnings(sw, &warnings, &count); */
 ZAV_EXPORT int ZAV_sw_get_warnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count);
 
-/* *returnCode: -1 while there are no valid results, else the status of the scanner's last run. */
+/* *returnCode: -1 while there are no valid results, else the scanner's exit status (128 + n when signal
+ * n ended it). After an evaluation that failed with ZAV_ERROR_SW_OUTPUT or ZAV_ERROR_SW_WARNINGS it is 0.
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_get_returncode(ZAVSwCtx* context, int* returnCode);
 
-/* Deletes the context's temporary files and releases it with all its results. */
+/* Deletes the context's temporary files and releases it with all its results.
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
+ * released nevertheless. */
 ZAV_EXPORT int ZAV_sw_free(ZAVSwCtx* context);
 
 #ifdef __cplusplus

@@ -1,7 +1,8 @@
 // Node::write: a tree as XML text. It keeps its own stack, for documents may be of any depth.
 #include <algorithm>
+#include <array>
 #include <ostream>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "tessa/Node.h"
@@ -30,6 +31,7 @@ class Writer {
             if (open_.back().onLines) breakLine(open_.size());
             enter(*child);
         }
+        flush();
     }
 
   private:
@@ -44,16 +46,16 @@ class Writer {
             escape(node.text(), false);
             return;
         }
-        out_ << '<';
+        put('<');
         plain(node.text());
         writeAttributes(*node.attributes());
         const NodeList* children = nullptr;
         node.getChildren(&children);
         if (children->empty()) {
-            out_ << "/>";
+            put("/>");
             return;
         }
-        out_ << '>';
+        put('>');
         const bool parentOnLines = open_.empty() || open_.back().onLines;
         open_.push_back({&node, children->front(), indented_ && parentOnLines && onlyElements(*children)});
     }
@@ -62,9 +64,9 @@ class Writer {
         const Open last = open_.back();
         open_.pop_back();
         if (last.onLines) breakLine(open_.size());
-        out_ << "</";
+        put("</");
         plain(last.node->text());
-        out_ << '>';
+        put('>');
     }
 
     static bool onlyElements(const NodeList& children) {
@@ -75,23 +77,22 @@ class Writer {
     }
 
     void breakLine(std::size_t level) {
-        out_ << '\n' << std::string(2 * std::min(level, kDeepestIndent), ' ');
+        put('\n');
+        for (std::size_t blanks = 2 * std::min(level, kDeepestIndent); blanks > 0; --blanks) put(' ');
     }
 
     void writeAttributes(const StringMap& attributes) {
-        kest::String name;
-        kest::String value;
-        for (int i = 0; attributes.getEntry(i, name, value) == 0; ++i) {
-            out_ << ' ';
-            plain(name.text());
-            out_ << "=\"";
-            escape(value.text(), true);
-            out_ << '"';
+        for (const Attribute& attribute : attributes) {
+            put(' ');
+            plain(attribute.name->text());
+            put("=\"");
+            escape(attribute.value, true);
+            put('"');
         }
     }
 
     void plain(const wchar_t* text) {
-        for (; *text != L'\0'; ++text) put(*text);
+        for (; *text != L'\0'; ++text) putCodePoint(*text);
     }
 
     // White space that a reader would change on its way is written as a reference.
@@ -99,40 +100,61 @@ class Writer {
         for (; *text != L'\0'; ++text) {
             switch (*text) {
                 case L'&':
-                    out_ << "&amp;";
+                    put("&amp;");
                     break;
                 case L'<':
-                    out_ << "&lt;";
+                    put("&lt;");
                     break;
                 case L'>':
-                    out_ << "&gt;";
+                    put("&gt;");
                     break;
                 case L'\r':
-                    out_ << "&#13;";
+                    put("&#13;");
                     break;
                 case L'"':
-                    out_ << (inAttribute ? "&quot;" : "\"");
+                    put(inAttribute ? "&quot;" : "\"");
                     break;
                 case L'\n':
-                    out_ << (inAttribute ? "&#10;" : "\n");
+                    put(inAttribute ? "&#10;" : "\n");
                     break;
                 case L'\t':
-                    out_ << (inAttribute ? "&#9;" : "\t");
+                    put(inAttribute ? "&#9;" : "\t");
                     break;
                 default:
-                    put(*text);
+                    putCodePoint(*text);
             }
         }
     }
 
-    void put(wchar_t codePoint) {
+    void putCodePoint(wchar_t codePoint) {
+        if (codePoint < 0x80) {
+            put(static_cast<char>(codePoint));
+            return;
+        }
         char bytes[4];
-        out_.write(bytes, narrowUtf8(codePoint, bytes) - bytes);
+        put({bytes, static_cast<std::size_t>(narrowUtf8(codePoint, bytes) - bytes)});
+    }
+
+    void put(std::string_view bytes) {
+        for (const char byte : bytes) put(byte);
+    }
+
+    void put(char byte) {
+        if (used_ == buffer_.size()) flush();
+        buffer_[used_++] = byte;
+    }
+
+    void flush() {
+        out_.write(buffer_.data(), static_cast<std::streamsize>(used_));
+        used_ = 0;
     }
 
     std::ostream& out_;
     bool indented_;
     std::vector<Open> open_;
+    // Handing a stream single bytes would cost more than all the rest.
+    std::array<char, 2048> buffer_;
+    std::size_t used_ = 0;
 };
 
 }  // namespace

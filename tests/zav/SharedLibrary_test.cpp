@@ -62,7 +62,23 @@ std::set<std::string> functions() {
             "ZAV_hw_get_group_instances",
             "ZAV_hw_get_fields",
             "ZAV_hw_get_value",
-            "ZAV_hw_free"};
+            "ZAV_hw_free",
+            "ZAV_sw_init",
+            "ZAV_sw_setopt_variable",
+            "ZAV_sw_setopt_config",
+            "ZAV_sw_evaluate",
+            "ZAV_sw_evaluate_file",
+            "ZAV_sw_evaluate_multi",
+            "ZAV_sw_get_results",
+            "ZAV_sw_find_result_by_guid",
+            "ZAV_sw_find_results_by_guid",
+            "ZAV_sw_get_value",
+            "ZAV_sw_get_variables",
+            "ZAV_sw_get_metadata",
+            "ZAV_sw_get_guid",
+            "ZAV_sw_get_warnings",
+            "ZAV_sw_get_returncode",
+            "ZAV_sw_free"};
 }
 
 TEST(SharedLibrary, ExportsItsFunctionsUnderOneVersionAndNothingElse) {

@@ -1,0 +1,101 @@
+#include "sw/SWConfigFile.h"
+
+#include <cstring>
+#include <utility>
+
+#include "core/File.h"
+#include "intake/ConfigFrame.h"
+#include "kest/Text.h"
+
+namespace zav {
+
+namespace {
+
+// Writes piece by piece; what comes after a failed write is skipped.
+class Writer {
+  public:
+    Writer(ZAVSwCtx* context, FILE* file) : context_(context), file_(file) {}
+
+    template <class Text>
+    Writer& operator<<(const Text* text) {
+        good_ = good_ && SW_writeData(context_, file_, text);
+        return *this;
+    }
+    Writer& operator<<(const std::wstring& text) { return *this << text.c_str(); }
+
+    bool good() const { return good_; }
+
+  private:
+    ZAVSwCtx* context_;
+    FILE* file_;
+    bool good_ = true;
+};
+
+void writeVariables(Writer& out, const std::map<std::wstring, SWPreset>& variables) {
+    if (variables.empty()) return;
+    out << "\t\t\t<PresetVariables>\n";
+    for (const auto& [name, preset] : variables) {
+        out << "\t\t\t\t<Variable name=\"" << name << "\" value=\"" << preset.value << "\" guid=\""
+            << preset.scope << "\" />\n";
+    }
+    out << "\t\t\t</PresetVariables>\n";
+}
+
+void writePlugin(Writer& out, const std::wstring& name, const SWSettings& settings) {
+    if (settings.empty()) return;
+    out << "\t\t\t\t<Plugin name=\"" << name << "\" version=\"1.0\">\n";
+    for (const auto& [attribute, value] : settings) {
+        out << "\t\t\t\t\t<Attribute name=\"" << attribute << "\" value=\"" << value << "\"/>\n";
+    }
+    out << "\t\t\t\t</Plugin>\n";
+}
+
+void writePlugins(Writer& out, const std::map<std::wstring, SWSettings>& plugins) {
+    if (plugins.empty()) return;
+    out << "\t\t\t<Plugins>\n";
+    for (const auto& [name, settings] : plugins) writePlugin(out, name, settings);
+    out << "\t\t\t</Plugins>\n";
+}
+
+bool writeConfig(ZAVSwCtx* context, FILE* file) {
+    Writer out(context, file);
+    for (const char* const text : kConfigFrameHead) out << text;
+    out << "\t\t<XSE version=\"1.0\">\n";
+    writeVariables(out, context->variables);
+    writePlugins(out, context->pluginConfigs);
+    out << "\t\t</XSE>\n";
+    for (const char* const text : kConfigFrameTail) out << text;
+    return out.good();
+}
+
+}  // namespace
+
+int SW_CreateConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    ZAVlog* const log = context->log.get();
+    const int named = context->tmpDir->getTmpFile(configFile, L"cfg_", L".xml");
+    if (log != nullptr) {
+        log->traceMAX("SW_CreateConfigFile", "Creating a config file [%S]", configFile.c_str());
+    }
+    if (named != 0) return ZAV_ERROR_SW_CONFIG;
+    File file = openFile(kest::narrow(configFile).c_str(), "we");
+    if (file == nullptr) return ZAV_SUCCESS;
+    const bool written = writeConfig(context, file.get());
+    if (closeFile(std::move(file)) && written) return ZAV_SUCCESS;
+    if (log != nullptr) {
+        log->traceMIN("SW_CreateConfigFile()", "Error during write [%S]", configFile.c_str());
+    }
+    return ZAV_ERROR_SW_CONFIG;
+}
+
+bool SW_writeData(ZAVSwCtx* /*context*/, FILE* stream, const char* text) {
+    if (text == nullptr) return false;
+    const std::size_t length = std::strlen(text);
+    return std::fwrite(text, 1, length, stream) == length;
+}
+
+bool SW_writeData(ZAVSwCtx* context, FILE* stream, const wchar_t* text) {
+    return text != nullptr && SW_writeData(context, stream, kest::narrow(text).c_str());
+}
+
+}  // namespace zav

@@ -1,0 +1,176 @@
+#include "sw/SWParser.h"
+
+#include <algorithm>
+
+#include "intake/Children.h"
+#include "intake/XMLParser.h"
+#include "sw/SWNodeText.h"
+
+namespace zav {
+
+namespace {
+
+using tessa::Attribute;
+using tessa::Node;
+using tessa::NodeList;
+
+constexpr int kExact = 0;
+constexpr int kIgnoreCase = 1;
+
+// A name that is looked for. A document holds each name once, so the one that was right before is known by
+// its address.
+class WantedName {
+  public:
+    WantedName(const wchar_t* text, int ignoreCase) : text_(text), ignoreCase_(ignoreCase) {}
+
+    bool is(const kest::String& name) {
+        if (&name == latest_) return true;
+        if (name.compareTo(text_, ignoreCase_) != 0) return false;
+        latest_ = &name;
+        return true;
+    }
+
+  private:
+    const kest::String text_;
+    const int ignoreCase_;
+    const kest::String* latest_ = nullptr;
+};
+
+// Makes a result of each matched signature of a document.
+class SignatureReader {
+  public:
+    explicit SignatureReader(ZAVSwCtx* context) : context_(context) {}
+
+    bool isSignature(const Node* node) { return isElement(node) && signatureName_.is(node->name()); }
+
+    void read(const Node* signature) {
+        auto result = std::make_unique<ZAVSwResult>();
+        if (signature != nullptr) {
+            readAttributes(*result, signature);
+            readChildren(*result, signature);
+        }
+        result->generateVariablesNames();
+        context_->results.push_back(std::move(result));
+    }
+
+  private:
+    void readAttributes(ZAVSwResult& result, const Node* signature) {
+        for (const Attribute& attribute : *signature->attributes()) {
+            if (guidName_.is(*attribute.name)) {
+                result.guid = attribute.value;
+            } else if (nameName_.is(*attribute.name)) {
+                result.name = attribute.value;
+            }
+        }
+    }
+
+    void readChildren(ZAVSwResult& result, const Node* signature) {
+        const NodeList* const children = childrenOf(signature);
+        if (children == nullptr) return;
+        const Node* metadata = nullptr;
+        variables_.clear();
+        for (const Node* const child : *children) {
+            if (!isElement(child)) continue;
+            if (variableName_.is(child->name())) {
+                readVariable(child);
+            } else if (metadataName_.is(child->name())) {
+                metadata = child;
+            }
+        }
+        result.setVariables(variables_);
+        if (metadata == nullptr) return;
+        result.metadata = context_->texts.metadata.emplace_back(text_.of(metadata, Node::kIndented)).c_str();
+    }
+
+    void readVariable(const Node* element) {
+        SWVariable variable = {L"", L""};
+        for (const Attribute& attribute : *element->attributes()) {
+            if (variableNameName_.is(*attribute.name)) {
+                variable.name = attribute.value;
+            } else if (valueName_.is(*attribute.name)) {
+                variable.value = attribute.value;
+            }
+        }
+        if (*variable.name != L'\0') variables_.push_back(variable);
+    }
+
+    ZAVSwCtx* context_;
+    std::vector<SWVariable> variables_;  // of the signature at hand, in document order
+    SWNodeText text_;
+    WantedName signatureName_{L"MatchedSignature", kExact};
+    WantedName guidName_{L"guid", kIgnoreCase};
+    WantedName nameName_{L"name", kIgnoreCase};
+    WantedName metadataName_{L"Metadata", kExact};
+    WantedName variableName_{L"Variable", kExact};
+    WantedName variableNameName_{L"name", kExact};
+    WantedName valueName_{L"value", kExact};
+};
+
+Block<ZAVSwResult*> arrayOf(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
+    Block<ZAVSwResult*> array = newBlock<ZAVSwResult*>(results.size());
+    std::transform(results.begin(), results.end(), array.get(),
+                   [](const auto& result) { return result.get(); });
+    return array;
+}
+
+Block<const wchar_t*> arrayOf(const std::vector<std::wstring>& texts) {
+    Block<const wchar_t*> array = newBlock<const wchar_t*>(texts.size());
+    std::transform(texts.begin(), texts.end(), array.get(),
+                   [](const std::wstring& text) { return text.c_str(); });
+    return array;
+}
+
+void readSignatures(ZAVSwCtx* context, const Node* root) {
+    const NodeList* const children = childrenOf(root);
+    if (children == nullptr) return;
+    context->texts.documents.push_back(root->shareTexts());
+    SignatureReader signatures(context);
+    for (const Node* const child : *children) {
+        if (signatures.isSignature(child)) signatures.read(child);
+    }
+}
+
+}  // namespace
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as its callers know it
+int SW_ParseOutput(ZAVSwCtx* context, std::wstring outputFile, std::wstring warningsFile) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    const XMLParser output(context->log.get(), outputFile.c_str());
+    const XMLParser warnings(context->log.get(), warningsFile.c_str());
+    if (output.status > 0) return ZAV_ERROR_SW_OUTPUT;
+    const int code = SW_parseOutData(context, output.getRootNode());
+    if (code != ZAV_SUCCESS) return code;
+    if (warnings.status > 0) return ZAV_ERROR_SW_WARNINGS;
+    return SW_parseWarnData(context, warnings.getRootNode());
+}
+
+int SW_parseOutData(ZAVSwCtx* context, const Node* root) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (context->log != nullptr) context->log->traceMAX("SW_parseOutData", "Parsing output file");
+    readSignatures(context, root);
+    context->resultsArray = arrayOf(context->results);
+    context->guidIndex.build(context->results);
+    return ZAV_SUCCESS;
+}
+
+int SW_parseMatchedSignature(ZAVSwCtx* context, const Node* signature) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    SignatureReader(context).read(signature);
+    return ZAV_SUCCESS;
+}
+
+int SW_parseWarnData(ZAVSwCtx* context, const Node* root) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (context->log != nullptr) context->log->traceMAX("SW_parseWarnData", "Parsing warn data");
+    const NodeList* const children = childrenOf(root);
+    if (children == nullptr) return ZAV_SUCCESS;
+    SWNodeText text;
+    WantedName event(L"Event", kExact);
+    for (const Node* const child : *children) {
+        if (event.is(child->name())) context->warnings.push_back(text.of(child, Node::kCompact));
+    }
+    if (!context->warnings.empty()) context->warningsArray = arrayOf(context->warnings);
+    return ZAV_SUCCESS;
+}
+
+}  // namespace zav

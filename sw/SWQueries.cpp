@@ -1,0 +1,202 @@
+// The getters over the last evaluation's results. Each is the list of its checks in order; the orders, the
+// messages and the names under which they are logged differ from getter to getter, and hosts rely on them.
+#include "sw/SWQueries.h"
+
+#include "core/Guard.h"
+
+namespace zav {
+
+namespace {
+
+constexpr const char* kGetResults = "ZAV_sw_get_results";
+
+int getResults(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
+    ZAVlog* const log = context->log.get();
+    if (context->returnCode != 0) {
+        if (log != nullptr) log->traceMIN(kGetResults, "ERROR: Wrong last return code");
+        return ZAV_ERROR_SW_NO_RESULTS;
+    }
+    if (results == nullptr || count == nullptr) {
+        if (log != nullptr) log->traceMAX(kGetResults, "Wrong table pointer");
+        return ZAV_ERROR_SW_POINTER;
+    }
+    const int size = static_cast<int>(context->results.size());
+    if (log != nullptr) {
+        log->traceMAX(kGetResults, "Requesting all results. Size: %d", size);
+        if (size < 1) log->traceMAX(kGetResults, "No results, passing NULL");
+    }
+    *count = size;
+    *results = context->resultsArray.get();
+    return ZAV_SUCCESS;
+}
+
+unsigned int countFrom(const ZAVSwResult* first) {
+    unsigned int count = 0;
+    for (; first != nullptr; first = first->nextOfGuid) ++count;
+    return count;
+}
+
+Block<ZAVSwResult*> arrayFrom(ZAVSwResult* first, unsigned int count) {
+    Block<ZAVSwResult*> array = newBlock<ZAVSwResult*>(count);
+    ZAVSwResult** next = array.get();
+    for (; first != nullptr; first = first->nextOfGuid) *next++ = first;
+    return array;
+}
+
+int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, unsigned int* count) {
+    constexpr const char* kFunction = "ZAV_sw_find_results_by_guid";
+    ZAVlog* const log = context->log.get();
+    if (results == nullptr || count == nullptr) {
+        if (log != nullptr) log->traceMAX(kFunction, "Wrong pointer");
+        return ZAV_ERROR_SW_POINTER;
+    }
+    if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
+    Block<ZAVSwResult*>& cached = context->guidResults[guid];
+    if (cached != nullptr) {
+        if (log != nullptr) log->traceMAX(kFunction, "Using cached results");
+        *results = cached.get();
+        *count = context->guidResultCounts.at(guid);
+        return ZAV_SUCCESS;
+    }
+    if (log != nullptr) log->traceMAX(kFunction, "generating new results");
+    ZAVSwResult* const first = context->guidIndex.first(guid);
+    if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
+    const unsigned int size = countFrom(first);
+    // The count first: an array without its count would be taken for a cached one.
+    context->guidResultCounts[guid] = size;
+    cached = arrayFrom(first, size);
+    *results = cached.get();
+    *count = size;
+    return ZAV_SUCCESS;
+}
+
+int getVariables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names, int* count) {
+    if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
+    if (names == nullptr || count == nullptr) return ZAV_ERROR_SW_POINTER;
+    if (result == nullptr) return ZAV_ERROR_SW_RESULT;
+    const int size = static_cast<int>(result->variables.size());
+    if (context->log != nullptr) {
+        context->log->traceMAX("ZAV_sw_get_variables", "Requesting all variables for result [SIZE: %d]",
+                               size);
+    }
+    *count = size;
+    *names = result->variableNames.get();
+    return ZAV_SUCCESS;
+}
+
+// One text of a result.
+int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwResult::*which,
+            const wchar_t** text) {
+    if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
+    if (text == nullptr) return ZAV_ERROR_SW_POINTER;
+    if (result == nullptr) {
+        if (context->log != nullptr) context->log->traceMIN(kGetResults, "ERROR: Wrong result");
+        return ZAV_ERROR_SW_RESULT;
+    }
+    *text = result->*which;
+    return ZAV_SUCCESS;
+}
+
+int getWarnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count) {
+    constexpr const char* kFunction = "ZAV_sw_get_warnings";
+    ZAVlog* const log = context->log.get();
+    if (log != nullptr) log->traceMAX(kFunction, "Retrieving Warnings");
+    if (warnings == nullptr || count == nullptr) {
+        if (log != nullptr) log->traceMAX(kFunction, "Error: wrong pointer");
+        return ZAV_ERROR_SW_POINTER;
+    }
+    if (context->warningsArray == nullptr) return ZAV_SUCCESS;
+    *count = static_cast<int>(context->warnings.size());
+    *warnings = context->warningsArray.get();
+    return ZAV_SUCCESS;
+}
+
+int getReturnCode(ZAVSwCtx* context, int* returnCode) {
+    constexpr const char* kFunction = "ZAV_sw_get_returncode";
+    ZAVlog* const log = context->log.get();
+    if (returnCode == nullptr) {
+        if (log != nullptr) log->traceMAX(kFunction, "Wrong pointer for RC");
+        return ZAV_ERROR_SW_POINTER;
+    }
+    const int code = context->returnCode;
+    if (log != nullptr) {
+        log->traceMAX(kFunction, "Returning previous rc [%d] [%s]", code, code == 0 ? "TRUE" : "FALSE");
+    }
+    *returnCode = code;
+    return ZAV_SUCCESS;
+}
+
+}  // namespace
+
+void SW_deleteResults(ZAVSwCtx* context) {
+    if (context == nullptr) return;
+    context->guidIndex.clear();
+    context->results.clear();
+    context->resultsArray.reset();
+    context->guidResults.clear();
+    context->guidResultCounts.clear();
+    context->returnCode = -1;
+    context->warnings.clear();
+    context->warningsArray.reset();
+    context->texts.documents.clear();
+    context->texts.metadata.clear();
+}
+
+}  // namespace zav
+
+int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getResults(context, results, count); });
+}
+
+int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (result == nullptr || guid == nullptr) return ZAV_ERROR_SW_POINTER;
+    ZAVSwResult* const first = context->guidIndex.first(guid);
+    if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
+    *result = first;
+    return ZAV_SUCCESS;
+}
+
+int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results,
+                                unsigned int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::findResults(context, guid, results, count); });
+}
+
+int ZAV_sw_get_value(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t* name, const wchar_t** value) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
+    if (result == nullptr) return ZAV_ERROR_SW_RESULT;
+    if (value == nullptr) return ZAV_ERROR_SW_POINTER;
+    if (name == nullptr) return ZAV_ERROR_SW_VARIABLE;
+    const wchar_t* const found = result->findValue(name);
+    if (found == nullptr) return ZAV_ERROR_SW_VARIABLE;
+    *value = found;
+    return ZAV_SUCCESS;
+}
+
+int ZAV_sw_get_variables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names, int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getVariables(context, result, names, count); });
+}
+
+int ZAV_sw_get_metadata(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** metadata) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getText(context, result, &ZAVSwResult::metadata, metadata); });
+}
+
+int ZAV_sw_get_guid(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** guid) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getText(context, result, &ZAVSwResult::guid, guid); });
+}
+
+int ZAV_sw_get_warnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getWarnings(context, warnings, count); });
+}
+
+int ZAV_sw_get_returncode(ZAVSwCtx* context, int* returnCode) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([&] { return zav::getReturnCode(context, returnCode); });
+}

@@ -1,0 +1,61 @@
+#include "sw/SWScanner.h"
+
+#include "intake/ScannerProcess.h"
+
+namespace zav {
+
+namespace {
+
+constexpr const char* kFunction = "SW_ExecuteScanner()";
+
+// The status with which the scanner refuses signatures.
+constexpr int kSignaturesRefused = 3;
+
+struct ResultFile {
+    const wchar_t* prefix;
+    const char* named;
+    const char* notNamed;
+};
+
+constexpr ResultFile kOutput = {L"out_", "Output File: %S", "Can't create output file"};
+constexpr ResultFile kWarnings = {L"warning_", "Warning file: %S", "Can't create warning file"};
+
+int nameFile(ZAVSwCtx* context, const ResultFile& file, std::wstring& path) {
+    ZAVlog* const log = context->log.get();
+    const int code = context->tmpDir->getTmpFile(path, file.prefix, L".xml");
+    if (log != nullptr && code != 0) log->traceMIN(kFunction, "%s", file.notNamed);
+    if (log != nullptr && code == 0) log->traceMAX(kFunction, file.named, path.c_str());
+    return code;
+}
+
+int run(ZAVSwCtx* context, const std::wstring& command) {
+    ZAVlog* const log = context->log.get();
+    if (log != nullptr) log->traceMAX(kFunction, "Executing command: [%S]", command.c_str());
+    ScannerProcess scanner(log, kFunction, command, context->installDir);
+    if (!scanner.started()) {
+        context->returnCode = -1;
+        return ZAV_ERROR_SW_SCANNER;
+    }
+    context->returnCode = scanner.drain();
+    const int code = scanner.check();
+    if (code == 0) return ZAV_SUCCESS;
+    return code == kSignaturesRefused ? ZAV_ERROR_SW_SIGNATURE : ZAV_ERROR_SW_SCANNER;
+}
+
+}  // namespace
+
+// NOLINTBEGIN(performance-unnecessary-value-param): as its callers know it
+int SW_ExecuteScanner(ZAVSwCtx* context, std::wstring configFile, std::wstring signatureFile,
+                      std::wstring& warningsFile, std::wstring& outputFile) {
+    // NOLINTEND(performance-unnecessary-value-param)
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    int code = nameFile(context, kOutput, outputFile);
+    if (code != 0) return code;
+    code = nameFile(context, kWarnings, warningsFile);
+    if (code != 0) return code;
+    return run(context, context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvis -c \"" +
+                            configFile + L"\" -o \"" + outputFile + L"\" -e \"" + warningsFile + L"\" -i \"" +
+                            signatureFile + L"\"");
+}
+
+}  // namespace zav

@@ -1,0 +1,110 @@
+#include "sw/ZAVSwCtx.h"
+
+#include <algorithm>
+
+#include "core/Guard.h"
+#include "sw/SWQueries.h"
+
+namespace zav {
+
+namespace {
+
+constexpr int kSoftwareComponent = 4;
+constexpr const char* kSetVariable = "ZAV_sw_setopt_variables";
+constexpr const char* kSetConfig = "ZAV_sw_setopt_config";
+
+int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** contextOut) {
+    auto context = std::make_unique<ZAVSwCtx>();
+    context->library = library;
+    context->installDir = library->homeDir;
+    context->log = std::make_unique<ZAVlog>(kSoftwareComponent, callback, userData);
+    ZAVlog* const log = context->log.get();
+    context->tmpDir = std::make_unique<TemporaryDir>(log, library->tempDir->getBasePath());
+    if (context->tmpDir->init(L"quorvis") != 0) {
+        log->traceMAX("ZAV_sw_init", "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
+    }
+    *contextOut = context.release();
+    return ZAV_SUCCESS;
+}
+
+int refuseNull(const ZAVSwCtx* context, const char* function) {
+    if (context->log != nullptr) context->log->traceMIN(function, "Error: some of the attributes are NULL");
+    return ZAV_ERROR_OPTION;
+}
+
+int setVariable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value, const wchar_t* scope) {
+    context->variables.insert_or_assign(name, SWPreset{value, scope});
+    context->returnCode = -1;
+    if (context->log != nullptr) {
+        context->log->traceMAX(kSetVariable, "Variable [%S] set with value [%S] for scope [%S]", name, value,
+                               scope);
+    }
+    return ZAV_SUCCESS;
+}
+
+// A plug-in is never known without a setting, should memory run out.
+void addSetting(ZAVSwCtx* context, const wchar_t* plugin, SWSettings::value_type setting) {
+    const auto known = context->pluginConfigs.find(plugin);
+    if (known != context->pluginConfigs.end()) {
+        known->second.push_back(std::move(setting));
+    } else {
+        context->pluginConfigs.emplace(plugin, SWSettings{std::move(setting)});
+    }
+}
+
+int setConfig(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute, const wchar_t* value) {
+    addSetting(context, plugin, {attribute, value});
+    context->returnCode = -1;
+    if (context->log != nullptr) {
+        context->log->traceMIN(kSetConfig, "Plugin [%S] config set [%S] = [%S]", plugin, attribute, value);
+    }
+    return ZAV_SUCCESS;
+}
+
+}  // namespace
+}  // namespace zav
+
+int ZAV_sw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** context) {
+    if (library == nullptr) return ZAV_ERROR_CONTEXT;
+    if (context == nullptr) return ZAV_ERROR_SW_POINTER;
+    const int code = zav::guarded([&] { return zav::initialise(library, callback, userData, context); });
+    if (code != ZAV_SUCCESS) *context = nullptr;
+    return code;
+}
+
+int ZAV_sw_setopt_variable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value,
+                           const wchar_t* scope) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    const bool complete = name != nullptr && value != nullptr && scope != nullptr;
+    return zav::guarded([&] {
+        return complete ? zav::setVariable(context, name, value, scope)
+                        : zav::refuseNull(context, zav::kSetVariable);
+    });
+}
+
+int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute,
+                         const wchar_t* value) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    const bool complete = plugin != nullptr && attribute != nullptr && value != nullptr;
+    return zav::guarded([&] {
+        return complete ? zav::setConfig(context, plugin, attribute, value)
+                        : zav::refuseNull(context, zav::kSetConfig);
+    });
+}
+
+int ZAV_sw_free(ZAVSwCtx* context) {
+    if (context == nullptr) return ZAV_ERROR_CONTEXT;
+    const std::unique_ptr<ZAVSwCtx> owner(context);
+    const int announced = zav::attempted([context] {
+        if (context->log != nullptr) context->log->traceMAX("ZAV_sw_free", "Deleting context");
+    });
+    int told = ZAV_SUCCESS;
+    if (context->tmpDir != nullptr) {
+        context->tmpDir->deleteFiles(true);
+        told = context->tmpDir->close();
+        context->tmpDir.reset();
+    }
+    context->log.reset();
+    zav::SW_deleteResults(context);
+    return std::max(announced, told);
+}
