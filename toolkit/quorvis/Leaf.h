@@ -67,6 +67,9 @@ class Query {
         return value == nullptr ? std::string_view() : std::string_view(*value);
     }
 
+    // The same for queries that ask the same.
+    std::string key() const;
+
   private:
     const std::string* find(Attribute attribute) const {
         for (std::size_t i = 0; i < values_.size(); ++i) {

@@ -1,0 +1,42 @@
+#include "toolkit/quorvis/Evaluator.h"
+
+#include <strings.h>
+
+#include "toolkit/quorvis/Planner.h"
+#include "toolkit/quorvis/SignatureEvaluation.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+bool sameGuid(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
+}
+
+}  // namespace
+
+std::vector<Match> Evaluator::evaluate(const std::vector<Signature>& signatures) {
+    Planner planner(presets_, leaves_, machine_);
+    for (const Signature& signature : signatures) planner.add(signature);
+    planner.announce();
+
+    std::vector<Match> matches;
+    for (std::size_t i = 0; i < signatures.size(); ++i) {
+        if (machine_.late()) {
+            events_.add({EventCode::Deadline,
+                         {},
+                         "the time limit was reached: " + std::to_string(signatures.size() - i) +
+                             " signatures were not evaluated",
+                         {},
+                         {}});
+            break;
+        }
+        const bool explained = !explained_.empty() && sameGuid(explained_, signatures[i].guid);
+        SignatureEvaluation(signatures[i], presets_, leaves_, machine_.settings(), events_,
+                            explained ? &explanation_ : nullptr)
+            .run(matches);
+    }
+    return matches;
+}
+
+}  // namespace toolkit::quorvis

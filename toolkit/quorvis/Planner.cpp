@@ -1,0 +1,54 @@
+#include "toolkit/quorvis/Planner.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+bool isCheap(LeafKind kind) {
+    return kind == LeafKind::Package || kind == LeafKind::File || kind == LeafKind::Compare;
+}
+
+}  // namespace
+
+void Planner::add(const Signature& signature) {
+    const Scope scope(presets_, signature);
+    if (signature.each && foresee(signature.leaves[*signature.each], scope) == Truth::False) return;
+    if (signature.match) foresee(signature, scope, *signature.match);
+}
+
+void Planner::announce() {
+    if (!walks_.empty()) machine_.walkAhead(std::move(walks_));
+}
+
+Truth Planner::foresee(const Signature& signature, const Scope& scope, const Condition& condition) {
+    switch (condition.kind) {
+        case Condition::Kind::Leaf:
+            return foresee(signature.leaves[condition.leaf], scope);
+        case Condition::Kind::All:
+            for (const Condition& child : condition.children) {
+                if (foresee(signature, scope, child) == Truth::False) return Truth::False;
+            }
+            return Truth::Unknown;
+        case Condition::Kind::Any:
+            for (const Condition& child : condition.children) {
+                if (foresee(signature, scope, child) == Truth::True) return Truth::True;
+            }
+            return Truth::Unknown;
+        case Condition::Kind::Not:
+        case Condition::Kind::Optional:
+            foresee(signature, scope, condition.children.front());
+            return Truth::Unknown;
+    }
+    return Truth::Unknown;
+}
+
+Truth Planner::foresee(const Leaf& leaf, const Scope& scope) {
+    std::string_view missing;
+    const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+    if (!query) return Truth::Unknown;
+    if (isCheap(leaf.kind)) return truthOf(leaf, leaves_.result(*query));
+    if (leaf.kind == LeafKind::Glob) walks_.push_back(globRequest(*query));
+    return Truth::Unknown;
+}
+
+}  // namespace toolkit::quorvis

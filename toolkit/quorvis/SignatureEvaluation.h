@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "toolkit/quorvis/EventList.h"
+#include "toolkit/quorvis/Leaves.h"
+#include "toolkit/quorvis/Match.h"
+
+namespace toolkit::quorvis {
+
+// The evaluation of one signature.
+class SignatureEvaluation {
+  public:
+    // `explanation` is null unless somebody wants to read how it went.
+    SignatureEvaluation(const Signature& signature, const Presets& presets, Leaves& leaves,
+                        const Settings& settings, EventList& events, std::vector<std::string>* explanation)
+        : signature_(signature),
+          leaves_(leaves),
+          settings_(settings),
+          events_(events),
+          explanation_(explanation),
+          scope_(presets, signature) {}
+
+    void run(std::vector<Match>& matches);
+
+  private:
+    void runEach(const Leaf& each, std::vector<Match>& matches);
+    // True when the condition holds, or there is none.
+    Truth evaluateMatch();
+    Truth evaluate(const Condition& condition);
+    Truth evaluateAll(const std::vector<Condition>& conditions);
+    Truth evaluateAny(const std::vector<Condition>& conditions);
+    Truth evaluateLeaf(const Leaf& leaf);
+    // Null, after an event, when a variable of the leaf has no value.
+    const LeafResult* lookUp(const Leaf& leaf);
+    void use(const Leaf& leaf, const Item& item);
+
+    void addMatch(std::vector<Match>& matches);
+    void addVariable(const OutputVariable& variable, Match& match);
+
+    void tell(const Leaf& leaf, const LeafResult& result);
+    void report(EventCode code, std::string text, std::string_view leaf = {});
+    void explain(std::string text, Truth truth);
+
+    const Signature& signature_;
+    Leaves& leaves_;
+    const Settings& settings_;
+    EventList& events_;
+    std::vector<std::string>* explanation_;
+    unsigned depth_ = 0;  // of the condition that is evaluated
+    Scope scope_;
+    std::vector<Evidence> evidence_;
+    std::vector<const LeafResult*> told_;
+    std::unordered_map<std::string, std::size_t> distinct_;  // the matches of this signature by their output
+};
+
+}  // namespace toolkit::quorvis
