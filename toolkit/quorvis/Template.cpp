@@ -1,0 +1,54 @@
+#include "toolkit/quorvis/Template.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+void addLiteral(std::vector<Template::Piece>& pieces, std::string_view text) {
+    if (!text.empty()) pieces.push_back({text, false});
+}
+
+// Takes "${name}" from the front of `text`. False, with `problem` told, when it is none.
+bool takeVariable(std::string_view& text, std::string_view& name, std::string& problem) {
+    const std::size_t end = text.find('}');
+    if (end == std::string_view::npos) {
+        problem = "\"${\" is not closed";
+        return false;
+    }
+    name = text.substr(2, end - 2);
+    if (name.empty() || name.find_first_of("${") != std::string_view::npos) {
+        problem = name.empty() ? "\"${}\" names no variable" : "a variable stands within the name of another";
+        return false;
+    }
+    text.remove_prefix(end + 1);
+    return true;
+}
+
+}  // namespace
+
+bool Template::parse(std::string_view text, Template& parsed, std::string& problem) {
+    parsed = Template(text);
+    if (text.find("${") == std::string_view::npos) return true;
+    std::string_view literal = text.substr(0, 0);  // what was passed over and is not yet a piece
+    while (!text.empty()) {
+        const std::string_view rest = text;
+        if (rest.starts_with("$${")) {
+            addLiteral(parsed.pieces_, literal);
+            literal = rest.substr(1, 2);
+            text.remove_prefix(3);
+        } else if (rest.starts_with("${")) {
+            addLiteral(parsed.pieces_, literal);
+            std::string_view name;
+            if (!takeVariable(text, name, problem)) return false;
+            parsed.pieces_.push_back({name, true});
+            literal = text.substr(0, 0);
+        } else {
+            literal = {literal.data(), literal.size() + 1};
+            text.remove_prefix(1);
+        }
+    }
+    addLiteral(parsed.pieces_, literal);
+    return true;
+}
+
+}  // namespace toolkit::quorvis
