@@ -21,10 +21,6 @@ Kernel readKernel(const Root& root);
 
 std::string hostName(const Root& root);
 
-// The machine that an ELF file is made for, as uname calls it; empty for what is none, or none of a machine
-// that Linux commonly runs on. The first 20 bytes are enough.
-std::string_view machineOfElf(std::string_view header);
-
 // Seconds since 1970: when the system was started, and when it was looked at. That is now, or when the files
 // of the tree were taken from a running machine.
 std::optional<std::int64_t> bootTime(const Root& root);

@@ -7,11 +7,12 @@
 #include <ctime>
 
 #include "tests/support/ScratchDir.h"
+#include "toolkit/machine/ElfMachine.h"
 #include "toolkit/quorvah/TimeZone.h"
 #include "toolkit/quorvah/Utmp.h"
 
+using toolkit::machineOfElf;
 using toolkit::Root;
-using toolkit::quorvah::machineOfElf;
 using toolkit::quorvah::userSessions;
 using toolkit::quorvah::zoneName;
 using toolkit::quorvah::zoneOffset;
