@@ -1,10 +1,6 @@
 // The built scanner, run as its users run it.
 #pragma once
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -16,40 +12,16 @@
 #include "kest/Text.h"
 #include "tessa/Node.h"
 #include "tessa/NodeReader.h"
-#include "tests/support/ScratchDir.h"
+#include "tests/support/Program.h"
 
 namespace quorvahtest {
 
-struct Finished {
-    int status;  // the exit status, or minus the signal
-    std::string output;
-    std::string errors;
-};
+using zavtest::Finished;
 
 // Runs the scanner with these arguments and additions to the environment ("NAME=value").
 inline Finished runScanner(const std::vector<std::string>& arguments,
                            const std::vector<std::string>& environment = {}) {
-    const zavtest::ScratchDir dir;
-    const std::string output = (dir.path() / "out").string();
-    const std::string errors = (dir.path() / "err").string();
-    const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) {
-        if (std::freopen(output.c_str(), "w", stdout) == nullptr ||
-            std::freopen(errors.c_str(), "w", stderr) == nullptr) {
-            _exit(126);
-        }
-        for (const std::string& variable : environment) putenv(strdup(variable.c_str()));
-        std::vector<char*> pointers = {strdup(QUORVAH_PROGRAM)};
-        for (const std::string& argument : arguments) pointers.push_back(strdup(argument.c_str()));
-        pointers.push_back(nullptr);
-        execv(QUORVAH_PROGRAM, pointers.data());
-        _exit(127);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), zavtest::readAll(output),
-            zavtest::readAll(errors)};
+    return zavtest::runProgram(QUORVAH_PROGRAM, arguments, environment);
 }
 
 struct Element {

@@ -1,0 +1,74 @@
+// Signatures that are evaluated against a tree of files which the test makes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/support/ScratchDir.h"
+#include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/Evaluator.h"
+#include "toolkit/quorvis/SignatureReader.h"
+
+namespace toolkit::quorvis {
+
+class Evaluation : public testing::Test {
+  protected:
+    // An installed package of the tree.
+    void install(const std::string& name, const std::string& version,
+                 const std::string& status = "installed") {
+        status_ += "Package: " + name + "\nStatus: install ok " + status +
+                   "\nArchitecture: amd64\nVersion: " + version + "\n\n";
+        tree_.write("var/lib/dpkg/status", status_);
+    }
+
+    // The matches of these signatures, given without the root element.
+    std::vector<Match> evaluate(const std::string& signatures) {
+        const std::string path =
+            files_.write("signatures.xml", "<Signatures>" + signatures + "</Signatures>").string();
+        read_ = readSignatureFile(path, settings_);
+        for (const std::string& problem : read_.problems) ADD_FAILURE() << problem;
+        root_.emplace(tree_.path().string());
+        machine_.emplace(*root_, settings_);
+        presets_.emplace(given_);
+        evaluator_.emplace(*presets_, *machine_, events_);
+        evaluator_->explain(explained_);
+        return evaluator_->evaluate(read_.signatures);
+    }
+
+    // One signature with this content.
+    std::vector<Match> evaluateOne(const std::string& content) {
+        return evaluate(R"(<Signature guid="g" name="n">)" + content + "</Signature>");
+    }
+    bool matches(const std::string& condition) {
+        return !evaluateOne("<Match>" + condition + "</Match>").empty();
+    }
+
+    // "undefined-variable" and so on, in order.
+    std::vector<std::string> eventCodes() const {
+        std::vector<std::string> codes;
+        for (const EventList::Entry& entry : events_.entries()) codes.emplace_back(nameOf(entry.event.code));
+        return codes;
+    }
+
+    zavtest::ScratchDir tree_;
+    Settings settings_;
+    std::vector<PresetValue> given_;
+    std::string explained_;
+    EventList events_;
+    std::optional<Evaluator> evaluator_;
+
+  private:
+    zavtest::ScratchDir files_;
+    std::string status_;
+    SignatureFile read_;
+    std::optional<Root> root_;
+    std::optional<Machine> machine_;
+    std::optional<Presets> presets_;
+};
+
+using Variables = std::vector<std::pair<std::string, std::string>>;
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,82 @@
+// What is opened during an evaluation, as the kernel tells it.
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "kest/Descriptor.h"
+#include "tests/toolkit/quorvis/EvaluationFixture.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+class Planning : public Evaluation {
+  protected:
+    void watch(const std::string& path) {
+        watcher_ = kest::Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+        ASSERT_GE(::inotify_add_watch(watcher_.number(), (tree_.path() / path).c_str(), IN_OPEN), 0);
+    }
+
+    // How often the watched directory or file itself was opened.
+    int openings() const {
+        int count = 0;
+        alignas(inotify_event) std::array<char, 65536> buffer;
+        for (;;) {
+            const ssize_t size = ::read(watcher_.number(), buffer.data(), buffer.size());
+            if (size <= 0) return count;
+            for (ssize_t at = 0; at < size;) {
+                const auto* const event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+                if (event->len == 0) ++count;
+                at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+            }
+        }
+    }
+
+  private:
+    kest::Descriptor watcher_;
+};
+
+TEST_F(Planning, GivenAnAbsentPackageTheDirectoriesOfItsPatternAreNotOpened) {
+    tree_.write("opt/a/x", "");
+    watch("opt/a");
+    EXPECT_FALSE(matches(R"(<All><Package name="gone"/><Glob pattern="/opt/a/*"/></All>)"));
+    EXPECT_EQ(openings(), 0);
+}
+
+TEST_F(Planning, GivenATrueBranchThePatternsBehindItAreNotWalked) {
+    install("here", "1");
+    tree_.write("opt/a/x", "");
+    watch("opt/a");
+    EXPECT_TRUE(matches(R"(<Any><Package name="here"/><Glob pattern="/opt/a/*"/></Any>)"));
+    EXPECT_EQ(openings(), 0);
+}
+
+TEST_F(Planning, ManyPatternsOpenADirectoryOnce) {
+    tree_.write("opt/a/x1", "");
+    watch("opt/a");
+    std::string signatures;
+    for (int i = 0; i < 20; ++i) {
+        const std::string number = std::to_string(i);
+        signatures += R"(<Signature guid=")" + number + R"(" name="n"><Match><Glob pattern="/opt/**/x)" +
+                      number + R"("/></Match></Signature>)";
+    }
+    EXPECT_EQ(evaluate(signatures).size(), 1U);
+    EXPECT_EQ(openings(), 1);
+}
+
+TEST_F(Planning, ManyExpressionsReadAFileOnce) {
+    tree_.write("etc/app.conf", "value3\n");
+    watch("etc/app.conf");
+    std::string signatures;
+    for (int i = 0; i < 20; ++i) {
+        const std::string number = std::to_string(i);
+        signatures += R"(<Signature guid=")" + number +
+                      R"(" name="n"><Match><Content path="/etc/app.conf" regex="^value)" + number +
+                      R"($" flags="m"/></Match></Signature>)";
+    }
+    EXPECT_EQ(evaluate(signatures).size(), 1U);
+    EXPECT_EQ(openings(), 1);
+}
+
+}  // namespace
+}  // namespace toolkit::quorvis

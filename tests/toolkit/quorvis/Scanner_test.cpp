@@ -1,0 +1,206 @@
+// The built scanner as a process: what it exits with, says and writes.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/Program.h"
+
+using zavtest::Finished;
+using zavtest::readAll;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kBash[] = R"(<Signature guid="b" name="Bash"><Match><Package id="p" name="bash"/></Match>)"
+                         R"(<Output><Variable name="version" value="${p.version}"/></Output></Signature>)";
+
+class Scanner : public testing::Test {
+  protected:
+    void SetUp() override {
+        tree_.write(
+            "var/lib/dpkg/status",
+            "Package: bash\nStatus: install ok installed\nArchitecture: amd64\nVersion: 5.2.15-2+b8\n\n");
+        configure("");
+    }
+    void configure(const std::string& content) {
+        config_ =
+            dir_.write("config.xml", "<QEL><ZAV><XSE version=\"1.0\">" + content + "</XSE></ZAV></QEL>");
+    }
+    Finished scan(const std::string& signatures, const std::vector<std::string>& more = {}) {
+        return scanFile(dir_.write("sig.xml", signatures).string(), more);
+    }
+    Finished scanFile(const std::string& signatures, const std::vector<std::string>& more = {}) {
+        std::vector<std::string> arguments = {"-c",     config_.string(),     "-o", out(),
+                                              "-e",     warnings(),           "-i", signatures,
+                                              "--root", tree_.path().string()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return zavtest::runProgram(QUORVIS_PROGRAM, arguments);
+    }
+    static std::string whole(const std::string& signatures) {
+        return "<Signatures>" + signatures + "</Signatures>";
+    }
+    std::string out() const { return (dir_.path() / "out.xml").string(); }
+    std::string warnings() const { return (dir_.path() / "warnings.xml").string(); }
+
+    zavtest::ScratchDir dir_;
+    zavtest::ScratchDir tree_;
+    fs::path config_;
+};
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST_F(Scanner, WritesWhatMatchedAndEmptyWarnings) {
+    const Finished run = scan(whole(kBash));
+    EXPECT_EQ(run.status, 0) << run.errors;
+    const std::string output = readAll(out());
+    EXPECT_TRUE(contains(output, R"(<MatchedSignature guid="b" name="Bash">)")) << output;
+    EXPECT_TRUE(contains(output, R"(<Variable name="version" value="5.2.15-2+b8"/>)")) << output;
+    EXPECT_TRUE(contains(
+        output,
+        R"(<Evidence kind="package" source="/var/lib/dpkg/status" name="bash" version="5.2.15-2+b8"/>)"))
+        << output;
+    EXPECT_TRUE(contains(readAll(warnings()), "<Events></Events>")) << readAll(warnings());
+    EXPECT_EQ(run.output, "signatures: 1, matches: 1\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(Scanner, ExitsWithZeroWhenNothingMatches) {
+    EXPECT_EQ(scan(whole("")).status, 0);
+    EXPECT_TRUE(contains(readAll(out()), "complete=\"true\""));
+}
+
+TEST_F(Scanner, ASecondRunWritesTheSameBytes) {
+    scan(whole(kBash));
+    const std::string first = readAll(out());
+    scan(whole(kBash));
+    EXPECT_EQ(readAll(out()), first);
+}
+
+TEST_F(Scanner, ExitsWithThreeForAnInvalidFileAndStillWritesBothFiles) {
+    const Finished run = scan(
+        "<Signatures>\n <Signature guid=\"b\" name=\"x\"><Match><Packet "
+        "name=\"y\"/></Match></Signature>\n</Signatures>");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_TRUE(
+        contains(readAll(out()), "<MatchedSignatures language=\"1\" complete=\"true\"></MatchedSignatures>"))
+        << readAll(out());
+    const std::string events = readAll(warnings());
+    EXPECT_TRUE(contains(events, "<Event code=\"invalid\" severity=\"error\"")) << events;
+    EXPECT_TRUE(contains(events, "sig.xml:2:")) << events;
+    EXPECT_TRUE(contains(run.output, "sig.xml:2:")) << run.output;
+}
+
+TEST_F(Scanner, ExitsWithThreeForAMissingSignaturesFile) {
+    EXPECT_EQ(scanFile((dir_.path() / "none.xml").string()).status, 3);
+    EXPECT_TRUE(contains(readAll(out()), "</MatchedSignatures>"));
+    EXPECT_TRUE(contains(readAll(warnings()), "none.xml"));
+}
+
+TEST_F(Scanner, ExitsWithTwoForAConfigurationThatCannotBeRead) {
+    fs::remove(config_);
+    const Finished run = scan(whole(kBash));
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(contains(run.errors, "config.xml")) << run.errors;
+    EXPECT_FALSE(fs::exists(out()));
+}
+
+TEST_F(Scanner, ExitsWithTwoForABadCommandLine) {
+    const Finished run = scan(whole(kBash), {"--what"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(contains(run.errors, "--what")) << run.errors;
+}
+
+TEST_F(Scanner, ExitsWithTwoForARootThatIsNoDirectory) {
+    const Finished run = scan(whole(kBash), {"--root", "/nonexistent"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(contains(run.errors, "/nonexistent")) << run.errors;
+}
+
+TEST_F(Scanner, ExitsWithOneWhenTheOutputCannotBeWrittenAndLeavesNoHalfFile) {
+    fs::create_directory(out());
+    const Finished run = scan(whole(kBash));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(contains(run.errors, "out.xml")) << run.errors;
+    EXPECT_TRUE(fs::is_empty(out()));
+}
+
+TEST_F(Scanner, TheRootSettingTellsWhereToLookUnlessTheCommandLineDoes) {
+    const zavtest::ScratchDir other;
+    configure("<Plugins><Plugin name=\"FileSystem\"><Attribute name=\"root\" value=\"" +
+              other.path().string() + "\"/></Plugin></Plugins>");
+    scan(whole(kBash));
+    EXPECT_TRUE(contains(readAll(out()), "guid=\"b\""));
+    const std::string signatures = dir_.write("sig.xml", whole(kBash)).string();
+    const Finished run = zavtest::runProgram(
+        QUORVIS_PROGRAM, {"-c", config_.string(), "-o", out(), "-e", warnings(), "-i", signatures});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_FALSE(contains(readAll(out()), "guid=\"b\""));
+}
+
+TEST_F(Scanner, PresetVariablesTakeEffect) {
+    configure(R"(<PresetVariables><Variable name="wanted" value="bash" guid="" /></PresetVariables>)");
+    scan(whole(R"(<Signature guid="v" name="n"><Match><Package name="${wanted}"/></Match></Signature>)"));
+    EXPECT_TRUE(contains(readAll(out()), "guid=\"v\""));
+}
+
+TEST_F(Scanner, AnUnknownSettingIsAnEventAndNoFailure) {
+    configure(R"(<Plugins><Plugin name="Nothing"><Attribute name="a" value="b"/></Plugin></Plugins>)");
+    const Finished run = scan(whole(kBash));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(contains(readAll(warnings()), "code=\"config\"")) << readAll(warnings());
+    EXPECT_TRUE(contains(run.output, "Nothing")) << run.output;
+}
+
+TEST_F(Scanner, TheScannersOwnVariablesHaveValues) {
+    scan(whole(
+        R"(<Signature guid="v" name="${quorvis.root} ${quorvis.arch}"><Match><Package name="bash"/></Match></Signature>)"));
+    EXPECT_TRUE(contains(readAll(out()), "name=\"" + tree_.path().string() + " ")) << readAll(out());
+}
+
+TEST_F(Scanner, OutputCutShortByALimitSaysSo) {
+    for (int i = 0; i < 5; ++i) tree_.write("opt/x" + std::to_string(i), "");
+    configure(
+        R"(<Plugins><Plugin name="FileSystem"><Attribute name="maxEntriesPerDirectory" value="2"/></Plugin></Plugins>)");
+    EXPECT_EQ(
+        scan(
+            whole(
+                R"(<Signature guid="v" name="n"><Match><Glob pattern="/opt/*" min="9"/></Match></Signature>)"))
+            .status,
+        0);
+    EXPECT_TRUE(contains(readAll(out()), "complete=\"false\"")) << readAll(out());
+}
+
+TEST_F(Scanner, ExplainTellsHowASignatureCameOut) {
+    const Finished run = scan(whole(kBash), {"--explain", "b"});
+    EXPECT_EQ(run.output,
+              "  Package name=\"bash\", items found: 1: true\nsignature: true\nsignatures: 1, matches: 1\n");
+}
+
+TEST_F(Scanner, CheckAcceptsAValidFileAndWritesNothing) {
+    const std::string file = dir_.write("sig.xml", whole(kBash)).string();
+    const Finished run = zavtest::runProgram(QUORVIS_PROGRAM, {"--check", "-i", file});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, file + ": valid, signatures: 1\n");
+    EXPECT_FALSE(fs::exists(out()));
+}
+
+TEST_F(Scanner, CheckNamesEveryMistakeWithItsLine) {
+    const std::string file = dir_.write("sig.xml",
+                                        "<Signatures>\n<Signature guid=\"a b\" name=\"x\"><Match><Package "
+                                        "name=\"y\"/></Match></Signature>\n<Signature guid=\"c\" "
+                                        "name=\"x\"><Match><Package/></Match></Signature>\n</Signatures>")
+                                 .string();
+    const Finished run = zavtest::runProgram(QUORVIS_PROGRAM, {"--check", "-i", file});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_TRUE(contains(run.output, file + ":2:")) << run.output;
+    EXPECT_TRUE(contains(run.output, file + ":3:")) << run.output;
+}
+
+TEST_F(Scanner, HelpAndVersionGoToStandardOutput) {
+    EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--help"}).output, "Usage: quorvis"));
+    EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--version"}).output, "quorvis "));
+}
