@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/ContentFilters.h"
 #include "toolkit/quorvis/Files.h"
 #include "toolkit/quorvis/PackageIndex.h"
 #include "toolkit/quorvis/Processes.h"
@@ -31,6 +32,7 @@ class Machine {
     PackageIndex& packages() { return packages_; }
     Processes& processes() { return processes_; }
     SwidTags& swidTags() { return swidTags_; }
+    ContentFilters& contentFilters() { return contentFilters_; }
 
     // Whether the time for the whole evaluation is over.
     bool late() const { return std::chrono::steady_clock::now() >= deadline_; }
@@ -47,6 +49,7 @@ class Machine {
     PackageIndex packages_;
     Processes processes_;
     SwidTags swidTags_;
+    ContentFilters contentFilters_;
     std::chrono::steady_clock::time_point deadline_;
     std::unordered_map<std::string, GlobHits> hits_;
 };
