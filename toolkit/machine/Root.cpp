@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include <system_error>
 
 #include "toolkit/machine/Lines.h"
+#include "toolkit/machine/OpenResolved.h"
 #include "toolkit/machine/PathWalk.h"
 
 namespace toolkit {
@@ -22,10 +22,20 @@ namespace toolkit {
 namespace {
 
 int openInRoot(int tree, const std::string& path, int flags) {
-    open_how how{};
-    how.flags = static_cast<unsigned>(flags);
-    how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
-    return static_cast<int>(::syscall(SYS_openat2, tree, path.c_str(), &how, sizeof how));
+    return openResolved(tree, path.c_str(), flags, RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS);
+}
+
+std::string relativeToRoot(std::string_view path) {
+    std::string relative(path.substr(std::min(path.find_first_not_of('/'), path.size())));
+    return relative.empty() ? "." : relative;
+}
+
+// What the kernel calls an open file; empty without /proc.
+std::string kernelPathOf(int descriptor) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    std::array<char, 4097> text;
+    const ssize_t length = ::readlink(link.c_str(), text.data(), text.size());
+    return length <= 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
 }
 
 // The bytes read, 0 at the end, -1 after an error.
@@ -63,6 +73,11 @@ struct CloseDirectory {
 
 }  // namespace
 
+Root::Root() {
+    const kest::Descriptor probe(openResolved(AT_FDCWD, "/", O_PATH | O_CLOEXEC, RESOLVE_NO_MAGICLINKS));
+    if (!probe.isOpen()) lookup_ = Lookup::ByComponent;
+}
+
 Root::Root(const std::string& directory, Lookup lookup)
     : tree_(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
       directory_(directory),
@@ -78,8 +93,7 @@ void Root::note(int error) const {
 }
 
 kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
-    std::string relative(path.substr(std::min(path.find_first_not_of('/'), path.size())));
-    if (relative.empty()) relative = ".";
+    const std::string relative = relativeToRoot(path);
     if (lookup_ == Lookup::ByComponent) return openByComponent(tree_.number(), relative, flags);
     return kest::Descriptor(openInRoot(tree_.number(), relative, flags));
 }
@@ -91,6 +105,31 @@ kest::Descriptor Root::open(std::string_view path, int flags) const {
         live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
     if (!opened.isOpen()) note(errno);
     return opened;
+}
+
+kest::Descriptor Root::openStrictly(std::string_view path, int flags, std::uint64_t resolve) const {
+    flags |= O_CLOEXEC;
+    resolve |= RESOLVE_NO_MAGICLINKS;
+    const std::string relative = relativeToRoot(path);
+    if (live() && lookup_ == Lookup::Kernel)
+        return kest::Descriptor(openResolved(AT_FDCWD, ("/" + relative).c_str(), flags, resolve));
+    if (lookup_ == Lookup::Kernel)
+        return kest::Descriptor(
+            openResolved(tree_.number(), relative.c_str(), flags, resolve | RESOLVE_IN_ROOT));
+    if (!live()) return openByComponent(tree_.number(), relative, flags);
+    const kest::Descriptor top(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return openByComponent(top.number(), relative, flags);
+}
+
+std::string Root::pathOf(const kest::Descriptor& file) const {
+    std::string path = kernelPathOf(file.number());
+    if (path.empty() || path.front() != '/' || live()) return path.front() == '/' ? path : std::string();
+    const std::string tree = kernelPathOf(tree_.number());
+    if (tree == "/") return path;
+    if (tree.empty() || path.compare(0, tree.size(), tree) != 0) return {};
+    path.erase(0, tree.size());
+    if (path.empty()) return "/";
+    return path.front() == '/' ? path : std::string();
 }
 
 std::optional<std::string> Root::read(std::string_view path, std::size_t limit) const {

@@ -21,7 +21,7 @@ class Root {
     enum class Lookup { Kernel, ByComponent };
 
     // The machine that the scanner runs on.
-    Root() = default;
+    Root();
     // The tree below `directory`. Throws std::system_error when it is no directory that can be opened.
     // `lookup` is there for tests: the kernel is asked to keep lookups inside where it can.
     explicit Root(const std::string& directory, Lookup lookup = Lookup::Kernel);
@@ -30,6 +30,8 @@ class Root {
     bool live() const { return !tree_.isOpen(); }
     // The directory as it was given; empty for the live machine.
     const std::string& directory() const { return directory_; }
+    // Who keeps lookups inside: the kernel unless it lacks the call or a filter refuses it.
+    Lookup lookup() const { return lookup_; }
 
     static constexpr std::size_t kFileLimit = std::size_t{64} << 20;
 
@@ -52,6 +54,13 @@ class Root {
 
     // Opens for reading, with these flags of open() besides O_CLOEXEC, O_NOCTTY and O_NONBLOCK.
     kest::Descriptor open(std::string_view path, int flags = 0) const;
+
+    // Opens with exactly these flags besides O_CLOEXEC, and follows no link that the kernel makes up, such as
+    // /proc/self/root. `resolve` adds RESOLVE_ flags of openat2, which count only where the kernel does the
+    // lookup. On failure errno tells why.
+    kest::Descriptor openStrictly(std::string_view path, int flags, std::uint64_t resolve = 0) const;
+    // The path in this tree by which the kernel knows an open file; empty when it cannot be told.
+    std::string pathOf(const kest::Descriptor& file) const;
 
     // How often a permission was lacking so far.
     int denials() const { return denials_; }

@@ -3,11 +3,12 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Root.h"
@@ -58,8 +59,9 @@ class Files {
         std::shared_ptr<const std::string> bytes;  // of access Ok
         std::optional<Event> event;
     };
-    // The whole content of a regular file of at most `limit` bytes: a larger one fails with LimitBytes. Missing too when
-    // the path leads to a directory. A file whose size changes while it is read is read once more and then fails.
+    // The whole content of a regular file of at most `limit` bytes: a larger one fails with LimitBytes. What is no
+    // regular file is Missing, and if it is no directory either, an event says so. A file whose size changes while it
+    // is read is read once more and then fails.
     Content read(const std::string& path, std::uint64_t limit);
     // At most the first `limit` bytes.
     Content readStart(const std::string& path, std::uint64_t limit);
@@ -68,9 +70,35 @@ class Files {
     Content sha256(const std::string& path);
 
   private:
+    // Tells one state of one file from all others.
+    struct Identity {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        std::uint64_t size = 0;
+        std::int64_t changed = 0;  // nanoseconds since 1970
+        auto operator<=>(const Identity&) const = default;
+    };
+    struct Opened {
+        Content refusal;        // when the file is not to be read
+        kest::Descriptor file;  // else open for reading
+        Identity identity;
+    };
+    struct Cached {
+        std::shared_ptr<const std::string> bytes;
+        bool whole = false;
+    };
+
+    Facts lookWith(const std::string& path, int flags);
+    Opened openToRead(const std::string& path);
+    Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole);
+    void keep(const Identity& identity, Cached cached);
+
     const Root& root_;
     const Settings& settings_;
-    // (the engineer of Files.cpp: your caches)
+    std::map<Identity, Cached> contents_;
+    std::deque<Identity> order_;  // of contents_, the oldest first
+    std::uint64_t held_ = 0;      // bytes in contents_
+    std::map<Identity, std::shared_ptr<const std::string>> sums_;
 };
 
 }  // namespace toolkit::quorvis

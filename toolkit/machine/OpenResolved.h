@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace toolkit {
+
+// The system call openat2: a descriptor, or -1 with errno.
+int openResolved(int directory, const char* path, int flags, std::uint64_t resolve);
+
+}  // namespace toolkit
