@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "toolkit/quorvis/Event.h"
+
+namespace toolkit::quorvis {
+
+// The attributes of an element, as Expat hands them out.
+class XmlAttributes {
+  public:
+    explicit XmlAttributes(const char* const* pairs) : pairs_(pairs) {}
+
+    // The value of the attribute with this local name.
+    std::optional<std::string_view> find(std::string_view localName) const;
+    // Empty when there is none.
+    std::string_view get(std::string_view localName) const { return find(localName).value_or(""); }
+
+  private:
+    const char* const* pairs_;
+};
+
+// Is told what stands in a document. All texts are UTF-8 and names are without their namespace.
+class XmlEvents {
+  public:
+    XmlEvents() = default;
+    XmlEvents(const XmlEvents&) = delete;
+    XmlEvents& operator=(const XmlEvents&) = delete;
+    virtual ~XmlEvents() = default;
+
+    virtual void start(std::string_view name, const XmlAttributes& attributes) = 0;
+    virtual void end() = 0;
+    virtual void text(std::string_view text) = 0;
+};
+
+struct XmlProblem {
+    EventCode code{};
+    std::string text;
+};
+
+// Goes through a document. None when all is well; a problem ends it, after what stands before was told. A document type
+// declaration is one: nothing is expanded but the five entities.
+std::optional<XmlProblem> readXml(std::string_view document, XmlEvents& events);
+
+}  // namespace toolkit::quorvis
