@@ -42,12 +42,20 @@ Truth Planner::foresee(const Signature& signature, const Scope& scope, const Con
     return Truth::Unknown;
 }
 
+void Planner::announceContent(const Query& query) {
+    // Of a part of a file the filter knows nothing.
+    if (query.has(Attribute::MaxBytes)) return;
+    machine_.contentFilters().announce(std::string(query.get(Attribute::Path)), query.get(Attribute::Regex),
+                                       query.get(Attribute::Flags));
+}
+
 Truth Planner::foresee(const Leaf& leaf, const Scope& scope) {
     std::string_view missing;
     const std::optional<Query> query = Leaves::query(leaf, scope, missing);
     if (!query) return Truth::Unknown;
     if (isCheap(leaf.kind)) return truthOf(leaf, leaves_.result(*query));
     if (leaf.kind == LeafKind::Glob) walks_.push_back(globRequest(*query));
+    if (leaf.kind == LeafKind::Content) announceContent(*query);
     return Truth::Unknown;
 }
 

@@ -23,6 +23,8 @@ class Planner {
     Truth foresee(const Signature& signature, const Scope& scope, const Condition& condition);
     Truth foresee(const Leaf& leaf, const Scope& scope);
 
+    void announceContent(const Query& query);
+
     const Presets& presets_;
     Leaves& leaves_;
     Machine& machine_;
