@@ -71,9 +71,13 @@ bool isInstalled(std::string_view status) {
 DpkgVersion splitDpkgVersion(std::string_view version) {
     DpkgVersion parts;
     const std::size_t colon = version.find(':');
-    if (colon != std::string_view::npos) parts.epoch = version.substr(0, colon);
+    if (colon != std::string_view::npos) {
+        parts.epoch = version.substr(0, colon);
+        version.remove_prefix(colon + 1);
+    }
     const std::size_t dash = version.rfind('-');
     if (dash != std::string_view::npos) parts.revision = version.substr(dash + 1);
+    parts.upstream = version.substr(0, dash);
     return parts;
 }
 

@@ -40,6 +40,7 @@ bool isInstalled(std::string_view status);
 // The parts of [epoch:]upstream[-revision].
 struct DpkgVersion {
     std::string_view epoch;
+    std::string_view upstream;
     std::string_view revision;
 };
 DpkgVersion splitDpkgVersion(std::string_view version);

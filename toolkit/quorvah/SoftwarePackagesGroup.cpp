@@ -1,9 +1,13 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <optional>
 #include <string>
 
-#include "toolkit/machine/ShellVariables.h"
+#include "toolkit/machine/IsoTime.h"
+#include "toolkit/machine/Packages.h"
 #include "toolkit/quorvah/Group.h"
-#include "toolkit/quorvah/PackageSources.h"
+#include "toolkit/quorvah/Report.h"
 #include "toolkit/quorvah/Scan.h"
 
 namespace toolkit::quorvah {
@@ -15,22 +19,96 @@ constexpr FieldDef kFields[] = {
     {"Section"},     {"InstalledSize"}, {"Status"},        {"PackageFormat"},
 };
 
-// The ID of os-release, which stands in package URLs as the name space of the distribution's packages.
-std::string distributionId(const Root& root) {
-    std::optional<std::string> text = root.read("/etc/os-release");
-    if (!text) text = root.read("/usr/lib/os-release");
-    return text ? ShellVariables(*text).value("ID") : std::string();
+// When dpkg installed a package: the list of its files is written when it is unpacked, and hardly ever later.
+class DpkgDates {
+  public:
+    explicit DpkgDates(const Root& root) : folder_(root.open("/var/lib/dpkg/info", O_DIRECTORY)) {}
+
+    std::optional<std::int64_t> of(const InstalledPackage& package) const {
+        if (!folder_.isOpen() || package.name.find('/') != std::string_view::npos) return {};
+        std::string name(package.name);
+        if (package.anyArchitecture) {
+            const std::size_t length = name.size();
+            name.append(":").append(package.architecture).append(".list");
+            if (const auto time = modified(name)) return time;
+            name.resize(length);
+        }
+        return modified(name.append(".list"));
+    }
+
+  private:
+    std::optional<std::int64_t> modified(const std::string& name) const {
+        struct stat status {};
+        if (fstatat(folder_.number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return {};
+        return status.st_mtim.tv_sec;
+    }
+
+    kest::Descriptor folder_;
+};
+
+// Whole KiB that hold so many bytes.
+std::uint64_t kibOf(std::uint64_t bytes) {
+    return bytes / 1024 + (bytes % 1024 != 0 ? 1 : 0);
 }
 
+class Gatherer {
+  public:
+    Gatherer(const Root& root, Report& report)
+        : root_(root), report_(report), distribution_(distributionId(root)) {}
+
+    void gather() {
+        for (const PackageType type : kPackageTypes) {
+            const PackageDatabase database = visitPackages(
+                type, root_, {}, texts_, [&](const InstalledPackage& package) { add(package); });
+            note(type, database.damage);
+        }
+    }
+
+  private:
+    void add(const InstalledPackage& package) {
+        Instance& instance = report_.add(packageUrl(package, distribution_));
+        instance.set("Name", package.name);
+        instance.set("VersionString", package.version);
+        instance.set("Manufacturer", package.maintainer);
+        instance.set("Description", package.description);
+        if (const auto time = installed(package)) instance.set("InstallDate", isoTime(*time));
+        instance.set("Architecture", package.architecture);
+        instance.set("Epoch", package.epoch);
+        instance.set("Release", package.release);
+        instance.set("Source", package.source);
+        instance.set("Section", package.section);
+        if (package.bytes) {
+            instance.set("InstalledSize", kibOf(*package.bytes));
+        } else {
+            instance.set("InstalledSize", package.kibibytes);
+        }
+        instance.set("Status", package.status);
+        instance.set("PackageFormat", nameOf(package.type));
+    }
+
+    std::optional<std::int64_t> installed(const InstalledPackage& package) {
+        if (package.type != PackageType::Dpkg) return package.installed;
+        if (!dates_) dates_.emplace(root_);
+        return dates_->of(package);
+    }
+
+    void note(PackageType type, PackageDatabase::Damage damage) {
+        const char* word = nullptr;
+        if (damage == PackageDatabase::Damage::Broken) word = "-broken";
+        if (damage == PackageDatabase::Damage::Unsupported) word = "-unsupported";
+        if (damage == PackageDatabase::Damage::Unsaved) word = "-unsaved";
+        if (word != nullptr) report_.partial(std::string(nameOf(type)) + word);
+    }
+
+    const Root& root_;
+    Report& report_;
+    const std::string distribution_;
+    PackageTexts texts_;
+    std::optional<DpkgDates> dates_;
+};
+
 void gather(Scan& scan, Report& report) {
-    const Root& root = scan.root();
-    const std::string distribution = distributionId(root);
-    addDpkgPackages(root, distribution, report);
-    addRpmPackages(root, distribution, report);
-    addApkPackages(root, distribution, report);
-    addPacmanPackages(root, distribution, report);
-    addSnaps(root, report);
-    addFlatpaks(root, report);
+    Gatherer(scan.root(), report).gather();
 }
 
 }  // namespace

@@ -1,0 +1,64 @@
+#include "toolkit/machine/Packages.h"
+
+#include "toolkit/machine/PackageUrl.h"
+#include "toolkit/machine/ShellVariables.h"
+
+namespace toolkit {
+namespace {
+
+struct TypeRow {
+    std::string_view name;
+    std::string_view urlType;
+    bool ofDistribution;  // whether the distribution is the name space of its package URLs
+    PackageDatabase (*visit)(const Root&, const std::string&, PackageTexts&, const PackageVisitor&);
+};
+
+// In the order of PackageType.
+constexpr TypeRow kRows[] = {
+    {"dpkg", "deb", true, visitDpkgPackages}, {"rpm", "rpm", true, visitRpmPackages},
+    {"apk", "apk", true, visitApkPackages},   {"pacman", "alpm", true, visitPacmanPackages},
+    {"snap", "snap", false, visitSnaps},      {"flatpak", "flatpak", false, visitFlatpaks},
+};
+
+const TypeRow& rowOf(PackageType type) {
+    return kRows[static_cast<std::size_t>(type)];
+}
+
+}  // namespace
+
+std::string_view nameOf(PackageType type) {
+    return rowOf(type).name;
+}
+
+std::optional<PackageType> packageTypeNamed(std::string_view name) {
+    for (const PackageType type : kPackageTypes) {
+        if (nameOf(type) == name) return type;
+    }
+    return {};
+}
+
+PackageDatabase visitPackages(PackageType type, const Root& root, const std::string& database,
+                              PackageTexts& texts, const PackageVisitor& visit) {
+    return rowOf(type).visit(root, database, texts, visit);
+}
+
+std::string packageUrl(const InstalledPackage& package, std::string_view distribution) {
+    const TypeRow& row = rowOf(package.type);
+    std::string_view version = package.version;
+    std::string_view epoch;
+    if (package.type == PackageType::Rpm && !package.epoch.empty()) {
+        epoch = package.epoch;
+        version.remove_prefix(epoch.size() + 1);
+    }
+    return packageUrl(row.urlType, row.ofDistribution ? distribution : std::string_view(), package.name,
+                      version,
+                      {{"arch", package.architecture}, {"branch", package.branch}, {"epoch", epoch}});
+}
+
+std::string distributionId(const Root& root) {
+    std::optional<std::string> text = root.read("/etc/os-release");
+    if (!text) text = root.read("/usr/lib/os-release");
+    return text ? ShellVariables(*text).value("ID") : std::string();
+}
+
+}  // namespace toolkit
