@@ -213,6 +213,12 @@ Content Files::readStart(const std::string& path, std::uint64_t limit) {
     return content;
 }
 
+Files::Opening Files::open(const std::string& path) {
+    Opened opened = openToRead(path);
+    if (!opened.file.isOpen()) return {opened.refusal.access, {}, std::move(opened.refusal.event)};
+    return {Access::Ok, std::move(opened.file), std::nullopt};
+}
+
 Content Files::sha256(const std::string& path) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);

@@ -66,6 +66,14 @@ class Files {
     // At most the first `limit` bytes.
     Content readStart(const std::string& path, std::uint64_t limit);
 
+    struct Opening {
+        Access access = Access::Missing;
+        kest::Descriptor file;  // of access Ok
+        std::optional<Event> event;
+    };
+    // A regular file, for those who need some parts of a large one.
+    Opening open(const std::string& path);
+
     // The SHA-256 of a regular file in lower-case hexadecimal digits, in `bytes`.
     Content sha256(const std::string& path);
 

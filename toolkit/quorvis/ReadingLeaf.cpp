@@ -9,10 +9,8 @@ namespace toolkit::quorvis {
 
 std::shared_ptr<const std::string> contentOf(const std::string& path, Machine& machine, LeafResult& result) {
     Files::Content content = machine.files().read(path, machine.settings().fileSystem.maxContentSize);
-    if (content.access == Access::Failed) {
-        result.incomplete = true;
-        if (content.event) result.events.push_back(std::move(*content.event));
-    }
+    result.incomplete = content.access == Access::Failed;
+    if (content.event) result.events.push_back(std::move(*content.event));
     return content.access == Access::Ok ? std::move(content.bytes) : nullptr;
 }
 

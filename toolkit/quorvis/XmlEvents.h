@@ -4,8 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvis/Event.h"
-
 namespace toolkit::quorvis {
 
 // The attributes of an element, as Expat hands them out.
@@ -35,13 +33,8 @@ class XmlEvents {
     virtual void text(std::string_view text) = 0;
 };
 
-struct XmlProblem {
-    EventCode code{};
-    std::string text;
-};
-
-// Goes through a document. None when all is well; a problem ends it, after what stands before was told. A document type
-// declaration is one: nothing is expanded but the five entities.
-std::optional<XmlProblem> readXml(std::string_view document, XmlEvents& events);
+// Goes through a document. None when all is well, else what is wrong and where: the events tell of what stands before.
+// A document type declaration is wrong, and so is an element more than 64 levels deep.
+std::optional<std::string> readXml(std::string_view document, XmlEvents& events);
 
 }  // namespace toolkit::quorvis

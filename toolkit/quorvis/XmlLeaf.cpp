@@ -17,7 +17,7 @@ LeafResult lookUpXml(const Query& query, Machine& machine) {
     if (content == nullptr) return result;
     const std::uint64_t limit = machine.settings().fileSystem.maxMatches;
     SelectedValues selected = selectValues(*content, *selection, limit);
-    if (selected.problem) result.fail(selected.problem->code, path, "damaged XML, " + selected.problem->text);
+    if (selected.problem) result.fail(EventCode::Parse, path, "damaged XML, " + *selected.problem);
     if (selected.tooMany)
         result.fail(EventCode::LimitMatches, path, "more than " + std::to_string(limit) + " matches");
     for (std::string& value : selected.values) {

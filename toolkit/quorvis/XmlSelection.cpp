@@ -5,6 +5,7 @@
 
 #include "toolkit/machine/Lines.h"
 #include "toolkit/quorvis/CapturedFields.h"
+#include "toolkit/quorvis/XmlEvents.h"
 
 namespace toolkit::quorvis {
 
@@ -106,7 +107,7 @@ std::optional<XmlSelection> XmlSelection::parse(std::string_view text, std::stri
 
 SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit) {
     Selector selector(selection, limit);
-    std::optional<XmlProblem> problem = readXml(document, selector);
+    std::optional<std::string> problem = readXml(document, selector);
     SelectedValues selected = selector.takeSelected();
     selected.problem = std::move(problem);
     return selected;

@@ -6,8 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/XmlEvents.h"
-
 namespace toolkit::quorvis {
 
 // A way from the root element of a document to elements or to an attribute of theirs: "/project/dependency[2]/@scope".
@@ -26,7 +24,7 @@ struct XmlSelection {
 struct SelectedValues {
     std::vector<std::string> values;  // in document order, without white space around them
     bool tooMany = false;             // there are more than were asked for
-    std::optional<XmlProblem> problem;
+    std::optional<std::string> problem;
 };
 SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit);
 
