@@ -45,12 +45,11 @@ std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::
 // Tells items with other captures apart.
 std::string keyOf(const Item& item) {
     std::string key;
-    for (const Field& field : item.fields)
-        key.append(field.name)
-            .append("=")
-            .append(std::to_string(field.value.size()))
-            .append(":")
-            .append(field.value);
+    for (const Field& field : item.fields) {
+        key += field.name;
+        key += '=' + std::to_string(field.value.size()) + ':';
+        key += field.value;
+    }
     return key;
 }
 
