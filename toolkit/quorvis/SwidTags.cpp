@@ -1,0 +1,139 @@
+#include "toolkit/quorvis/SwidTags.h"
+
+#include <algorithm>
+
+#include "toolkit/machine/Lines.h"
+#include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/XmlEvents.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::string_view kUsualDirectories[] = {"/usr/lib/swidtag", "/usr/share/swidtag",
+                                                  "/var/lib/swidtag", "/etc/swid/swidtags.d"};
+constexpr std::uint64_t kLargestTag = std::uint64_t{1} << 20;
+
+bool isTrue(std::string_view value) {
+    return value == "true" || value == "1";
+}
+
+class TagReader : public XmlEvents {
+  public:
+    explicit TagReader(SwidTag& tag) : tag_(tag) {}
+
+    bool isTag() const { return isTag_; }
+
+    void start(std::string_view name, const XmlAttributes& attributes) override {
+        ++depth_;
+        if (depth_ == 1) {
+            isTag_ = name == "SoftwareIdentity";
+            tag_.tagId = attributes.get("tagId");
+            tag_.name = attributes.get("name");
+            tag_.version = attributes.get("version");
+            tag_.tagVersion = attributes.get("tagVersion");
+            tag_.patch = isTrue(attributes.get("patch"));
+            tag_.corpus = isTrue(attributes.get("corpus"));
+        } else if (depth_ == 2 && name == "Entity") {
+            tag_.entities.push_back(
+                {std::string(attributes.get("regid")), std::string(attributes.get("role"))});
+        }
+    }
+    void end() override { --depth_; }
+    void text(std::string_view /*text*/) override {}
+
+  private:
+    SwidTag& tag_;
+    int depth_ = 0;
+    bool isTag_ = false;
+};
+
+}  // namespace
+
+bool SwidEntity::hasRole(std::string_view wanted) const {
+    std::string_view rest = role;
+    for (std::string_view word = nextWord(rest); !word.empty(); word = nextWord(rest)) {
+        if (word == wanted) return true;
+    }
+    return false;
+}
+
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem) {
+    SwidTag tag;
+    TagReader reader(tag);
+    if (std::optional<std::string> damage = readXml(text, reader)) {
+        problem = "damaged XML, " + *damage;
+    } else if (!reader.isTag()) {
+        problem = "no SoftwareIdentity element";
+    } else if (tag.tagId.empty() || tag.name.empty()) {
+        problem = "no name or tagId";
+    } else {
+        return tag;
+    }
+    return std::nullopt;
+}
+
+const std::vector<SwidTag>& SwidTags::tags(Machine& machine) {
+    if (!isRead_) read(machine);
+    isRead_ = true;
+    return tags_;
+}
+
+void SwidTags::read(Machine& machine) {
+    const Settings::Swid& settings = machine.settings().swid;
+    if (!settings.enabled) {
+        note(EventCode::Config, {}, "SWID tags are not looked at: the configuration forbids it");
+        return;
+    }
+    for (const std::string_view directory : kUsualDirectories)
+        readDirectory(std::string(directory), true, machine);
+    for (const std::string& name : machine.root().list("/opt"))
+        readDirectory("/opt/" + name + "/swidtag", true, machine);
+    for (const std::string& directory : settings.directories) readDirectory(directory, true, machine);
+    // One that several paths lead to counts once.
+    std::ranges::sort(tags_, {}, &SwidTag::path);
+    const auto same = std::ranges::unique(tags_, {}, &SwidTag::path);
+    tags_.erase(same.begin(), same.end());
+}
+
+void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machine& machine) {
+    const Root& root = machine.root();
+    const int denials = root.denials();
+    const std::vector<std::string> names = root.list(directory);
+    if (root.denials() != denials)
+        note(EventCode::Permission, directory, "no permission to list this directory");
+    if (names.size() > machine.settings().fileSystem.maxEntriesPerDirectory) {
+        note(EventCode::LimitEntries, directory, "too many entries");
+        return;
+    }
+    for (const std::string& name : names) {
+        const std::string path = directory + "/" + name;
+        if (name.ends_with(".swidtag")) {
+            readTag(path, machine);
+        } else if (andBelow && root.isDirectory(path)) {
+            readDirectory(path, false, machine);
+        }
+    }
+}
+
+void SwidTags::readTag(const std::string& path, Machine& machine) {
+    Files::Content content = machine.files().read(path, kLargestTag);
+    if (content.event) events_.push_back(std::move(*content.event));
+    if (content.access == Access::Failed) incomplete_ = true;
+    if (content.access != Access::Ok) return;
+    std::string problem;
+    std::optional<SwidTag> tag = parseSwidTag(*content.bytes, problem);
+    if (!tag) {
+        note(EventCode::Parse, path, "no usable SWID tag: " + problem);
+        return;
+    }
+    tag->path = machine.files().withoutLinks(path);
+    tags_.push_back(std::move(*tag));
+}
+
+void SwidTags::note(EventCode code, const std::string& path, std::string text) {
+    incomplete_ = true;
+    events_.push_back({code, path, std::move(text), {}, {}});
+}
+
+}  // namespace toolkit::quorvis
