@@ -1,35 +1,13 @@
 #include "bench/OutputFile.h"
 
 #include <array>
-#include <cstdint>
 #include <fstream>
+
+#include "bench/Words.h"
 
 namespace zavbench {
 
 namespace {
-
-// The same file on every machine.
-class Numbers {
-  public:
-    std::uint32_t below(std::uint32_t limit) {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::uint32_t>(state_ >> 33U) % limit;
-    }
-
-  private:
-    std::uint64_t state_ = 42;
-};
-
-constexpr std::array<const char*, 16> kWords = {
-    "library", "shared",    "files", "development", "tools", "support", "for",    "runtime",
-    "common",  "documents", "data",  "command",     "line",  "utility", "module", "GNU"};
-
-std::string words(Numbers& numbers, std::uint32_t count, const char* separator) {
-    std::string text = kWords.at(numbers.below(kWords.size()));
-    for (std::uint32_t i = 1; i < count; ++i)
-        text.append(separator).append(kWords.at(numbers.below(kWords.size())));
-    return text;
-}
 
 void writeField(std::ostream& out, const char* name, const std::string& value) {
     out << '<' << name << '>' << value << "</" << name << '>';
@@ -59,6 +37,29 @@ void writeOutputFile(const std::string& path, int instances) {
         out << "</SoftwarePackages>";
     }
     out << "</Hardware>";
+}
+
+void writeSoftwareOutput(const std::string& path, int results, int variables) {
+    static constexpr std::array<const char*, 10> kNames = {"arch",   "bits", "dir",   "group", "home",
+                                                           "locale", "name", "owner", "path",  "vendor"};
+    std::ofstream out(path, std::ios::binary);
+    Numbers numbers;
+    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<MatchedSignatures language=\"1\" complete=\"true\">";
+    for (int i = 0; i < results; ++i) {
+        out << "<MatchedSignature guid=\"" << identifier(i) << "\" name=\"" << words(numbers, 1, "") << i
+            << "\">\n <Metadata><Suite>" << words(numbers, 1, "") << "</Suite></Metadata>\n";
+        for (int variable = 0; variable < variables; ++variable) {
+            out << " <Variable name=\"" << kNames.at(static_cast<std::size_t>(variable)) << "\" value=\""
+                << numbers.below(1000) << "\"/>";
+        }
+        out << "</MatchedSignature>\n";
+    }
+    out << "</MatchedSignatures>\n";
+}
+
+void writeEmptyWarnings(const std::string& path) {
+    std::ofstream(path) << "<Events></Events>\n";
 }
 
 }  // namespace zavbench

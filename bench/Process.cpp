@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -45,6 +46,7 @@ Finished runProcess(const std::vector<std::string>& arguments, bool quiet) {
     std::vector<char*> argv;
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    const auto start = std::chrono::steady_clock::now();
     pid_t child = 0;
     if (::posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ) != 0) {
         giveUp("cannot start " + arguments[0]);
@@ -56,6 +58,7 @@ Finished runProcess(const std::vector<std::string>& arguments, bool quiet) {
     ::close(ends[0]);
     rusage usage{};
     ::wait4(child, &finished.status, 0, &usage);
+    finished.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     finished.cpuSeconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
     return finished;
 }

@@ -8,6 +8,7 @@ namespace zavbench {
 struct Finished {
     int status;          // as wait4 gives it
     double cpuSeconds;   // user and system, of the whole child
+    double wallSeconds;  // from its start to its end
     std::string output;  // what it wrote to standard output
 };
 

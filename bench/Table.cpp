@@ -27,6 +27,11 @@ std::string figure(const std::string& name, double value) {
     return fmt::format("{:.0f} ns", value * 1e9);
 }
 
+// A ratio or its bound.
+std::string factor(double value) {
+    return value < 0.1 ? fmt::format("{:.3f}", value) : fmt::format("{:.2f}", value);
+}
+
 void printRow(std::ostream& out, const std::string& work, const std::string& ours, const std::string& peer,
               const std::string& ratio, const std::string& bound, const std::string& verdict) {
     out << fmt::format("| {:<70} | {:>9} | {:>9} | {:>5} | {:>5} | {:<7} |\n", work, ours, peer, ratio, bound,
@@ -45,9 +50,8 @@ void printTable(std::ostream& out, const std::vector<Row>& rows, const Medians& 
             printRow(out, row.work, ours, "", "", "", "");
             continue;
         }
-        printRow(out, row.work, ours, figure(row.peer, medians.at(row.peer)),
-                 fmt::format("{:.2f}", ratio(row, medians)),
-                 row.bound == 0 ? "" : fmt::format("{:.2f}", row.bound),
+        printRow(out, row.work, ours, figure(row.peer, medians.at(row.peer)), factor(ratio(row, medians)),
+                 row.bound == 0 ? "" : factor(row.bound),
                  row.bound == 0          ? ""
                  : reached(row, medians) ? "yes"
                                          : "NO");

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "bench/Process.h"
+#include "bench/SoftwareWorks.h"
 #include "bench/peers/BareSpawn.h"
 #include "bench/peers/DirectTables.h"
 #include "bench/peers/ExpatTokens.h"
@@ -108,14 +109,20 @@ Action nothing(const Arguments& /*arguments*/) {
     return [] { return true; };
 }
 
+const std::map<std::string, Work> kWorks = {
+    {"read", readWithLibrary},   {"read-expat", readWithExpat}, {"read-libxml", readWithLibxml},
+    {"tables", readTablesAlone}, {"run", runLibrary},           {"launch", launchAlone},
+    {"spawn", spawnAlone},       {"nothing", nothing},
+};
+
 }  // namespace
 
 const std::map<std::string, Work>& allWorks() {
-    static const std::map<std::string, Work> works = {
-        {"read", readWithLibrary},   {"read-expat", readWithExpat}, {"read-libxml", readWithLibxml},
-        {"tables", readTablesAlone}, {"run", runLibrary},           {"launch", launchAlone},
-        {"spawn", spawnAlone},       {"nothing", nothing},
-    };
+    static const std::map<std::string, Work> works = [] {
+        std::map<std::string, Work> all = softwareWorks();
+        all.insert(kWorks.begin(), kWorks.end());
+        return all;
+    }();
     return works;
 }
 
