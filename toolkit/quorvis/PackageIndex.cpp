@@ -1,0 +1,141 @@
+#include "toolkit/quorvis/PackageIndex.h"
+
+#include <re2/re2.h>
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+#include "toolkit/quorvis/Machine.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+using Row = PackageIndex::Row;
+
+bool before(const Row& left, const Row& right) {
+    return std::tie(left.name, left.version, left.architecture, left.type) <
+           std::tie(right.name, right.version, right.architecture, right.type);
+}
+
+std::vector<PackageType> wantedTypes(const Settings::Packages& settings) {
+    std::vector<PackageType> types;
+    for (const std::string& name : settings.types) {
+        if (const auto type = packageTypeNamed(name)) types.push_back(*type);
+    }
+    if (types.empty()) types.assign(kPackageTypes.begin(), kPackageTypes.end());
+    return types;
+}
+
+std::string_view describe(PackageDatabase::Damage damage) {
+    switch (damage) {
+        case PackageDatabase::Damage::Unsupported:
+            return "of a kind that cannot be read";
+        case PackageDatabase::Damage::Unsaved:
+            return "beside a log with changes that are not read";
+        default:
+            return "damaged";
+    }
+}
+
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+}
+
+// What every name begins with that the expression matches: the plain characters behind a "^". Empty when there may be
+// another branch.
+std::string requiredPrefix(std::string_view pattern) {
+    std::string prefix;
+    if (!pattern.starts_with('^') || pattern.find('|') != std::string_view::npos) return prefix;
+    for (std::size_t i = 1; i < pattern.size(); ++i) {
+        const bool escaped = pattern.substr(i).starts_with("\\.") || pattern.substr(i).starts_with("\\+");
+        if (escaped) ++i;
+        if (!escaped && !isPlain(pattern[i])) {
+            // What may be left out is not required.
+            if (!prefix.empty() && std::string_view("*?{").find(pattern[i]) != std::string_view::npos)
+                prefix.pop_back();
+            break;
+        }
+        prefix += pattern[i];
+    }
+    return prefix;
+}
+
+}  // namespace
+
+void PackageIndex::load(Machine& machine) {
+    if (std::exchange(loaded_, true)) return;
+    const Settings::Packages& settings = machine.settings().packages;
+    const std::vector<PackageType> types = wantedTypes(settings);
+    for (const PackageType type : types) {
+        const bool first = type == types.front();
+        loadType(type, first ? settings.database : std::string(), machine.root());
+    }
+    if (!std::ranges::is_sorted(rows_, before)) std::ranges::sort(rows_, before);
+}
+
+void PackageIndex::loadType(PackageType type, const std::string& database, const Root& root) {
+    const int denials = root.denials();
+    const PackageDatabase read =
+        visitPackages(type, root, database, texts_, [this](const InstalledPackage& package) {
+            rows_.push_back({package.type, package.name, package.version, package.epoch, package.upstream,
+                             package.release, package.architecture, package.source, package.branch,
+                             package.database});
+        });
+    if (root.denials() > denials) {
+        damages_.push_back(
+            {type, Event{EventCode::Permission,
+                         database,
+                         "no permission to read all packages of type " + std::string(nameOf(type)),
+                         {},
+                         {}}});
+    }
+    if (read.damage != PackageDatabase::Damage::None) noteDamage(type, read);
+}
+
+void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database) {
+    std::string text = "the package database is ";
+    text += describe(database.damage);
+    if (database.offset != 0) text += " from byte " + std::to_string(database.offset) + " on";
+    damages_.push_back({type, Event{EventCode::Parse, database.path, std::move(text), {}, {}}});
+}
+
+std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {
+    load(machine);
+    const auto found = std::ranges::equal_range(rows_, name, {}, &Row::name);
+    return {found.begin(), found.end()};
+}
+
+std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& machine) {
+    load(machine);
+    const std::string prefix = requiredPrefix(regex.pattern());
+    const auto startOf = [&](const Row& row) { return row.name.substr(0, prefix.size()); };
+    std::vector<const Row*> rows;
+    for (const Row& row : std::ranges::equal_range(rows_, prefix, std::ranges::less(), startOf)) {
+        if (RE2::PartialMatch({row.name.data(), row.name.size()}, regex)) rows.push_back(&row);
+    }
+    return rows;
+}
+
+void PackageIndex::tellDamage(std::optional<PackageType> type, LeafResult& result) {
+    for (Damage& damage : damages_) {
+        if (type && *type != damage.type) continue;
+        result.incomplete = true;
+        if (damage.event) result.events.push_back(std::move(*damage.event));
+        damage.event.reset();
+    }
+}
+
+std::string PackageIndex::purl(const Row& row, Machine& machine) {
+    if (!distribution_) distribution_ = distributionId(machine.root());
+    InstalledPackage package;
+    package.type = row.type;
+    package.name = row.name;
+    package.version = row.version;
+    package.epoch = row.epoch;
+    package.architecture = row.architecture;
+    package.branch = row.branch;
+    return packageUrl(package, *distribution_);
+}
+
+}  // namespace toolkit::quorvis
