@@ -4,12 +4,16 @@
 #include <functional>
 
 #include "hw/ZAVHwCtx.h"
-#include "tests/hw/Heap.h"
 #include "tests/hw/Toolkit.h"
+#include "tests/support/Heap.h"
 #include "tests/support/NothingLeft.h"
 
 namespace hwtest {
 namespace {
+
+using zavtest::FailingHeap;
+using zavtest::liveBlocks;
+using zavtest::Shortage;
 
 constexpr int kPlenty = 70;
 

@@ -1,16 +1,17 @@
 // Each system call of a scan fails in its turn: the scan has its documented code, nothing is left behind, and
 // the next scan succeeds.
-#include "tests/hw/Faults.h"
-
 #include <cerrno>
 #include <functional>
 #include <set>
 
 #include "tests/hw/Inventory.h"
+#include "tests/support/Faults.h"
 #include "tests/support/NothingLeft.h"
 
 namespace hwtest {
 namespace {
+
+using zavtest::Fault;
 
 using Codes = std::set<int>;
 

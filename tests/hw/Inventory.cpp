@@ -2,15 +2,6 @@
 
 #include <utility>
 
-namespace zavtest {
-
-std::ostream& operator<<(std::ostream& stream, const Message& message) {
-    return stream << "level " << message.level << ", component " << message.component << ", "
-                  << message.function << ": " << message.text;
-}
-
-}  // namespace zavtest
-
 namespace hwtest {
 
 Inventory::Inventory(const std::string& toolkitName) : Toolkit(toolkitName) {

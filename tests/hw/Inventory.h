@@ -10,12 +10,6 @@
 #include "tests/support/LogRecorder.h"
 #include "tests/support/NothingLeft.h"
 
-namespace zavtest {
-
-std::ostream& operator<<(std::ostream& stream, const Message& message);
-
-}  // namespace zavtest
-
 namespace hwtest {
 
 using Messages = std::vector<zavtest::Message>;

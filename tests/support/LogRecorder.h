@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,11 @@ struct Message {
 
     bool operator==(const Message&) const = default;
 };
+
+inline std::ostream& operator<<(std::ostream& stream, const Message& message) {
+    return stream << "level " << message.level << ", component " << message.component << ", "
+                  << message.function << ": " << message.text;
+}
 
 // A host's callback that keeps what it is given: hand out `callback` with the recorder's address as user
 // data.

@@ -1,4 +1,4 @@
-#include "tests/hw/Faults.h"
+#include "tests/support/Faults.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -33,7 +33,7 @@ int errorOf(const char* function, const std::string& path) {
     if (!planned || plan.function != function) return 0;
     if (plan.failures != 0) ++plan.callsBehind;
     ++plan.calls;
-    if (plan.nth != hwtest::Fault::kEvery && plan.calls != plan.nth) return 0;
+    if (plan.nth != zavtest::Fault::kEvery && plan.calls != plan.nth) return 0;
     ++plan.failures;
     plan.path = path;
     return plan.error;
@@ -57,7 +57,7 @@ int orError(const char* function, Real real) {
 
 }  // namespace
 
-namespace hwtest {
+namespace zavtest {
 
 Fault::Fault(const std::string& function, int error, int nth) {
     plan = {function, error, nth, 0, 0, 0, ""};
@@ -80,7 +80,7 @@ std::string Fault::path() const {
     return plan.path;
 }
 
-}  // namespace hwtest
+}  // namespace zavtest
 
 // The linker asks for these reserved names.
 // NOLINTBEGIN(bugprone-reserved-identifier)

@@ -1,10 +1,10 @@
-// System calls that fail on demand. Link Faults.cpp and wrap the functions that hw_faults() in CMakeLists.txt
-// lists. There is no /etc/zav/zav.ini.
+// System calls that fail on demand. Use zav_test_faults() of Support.cmake: it wraps the functions that fail.
+// There is no /etc/zav/zav.ini.
 #pragma once
 
 #include <string>
 
-namespace hwtest {
+namespace zavtest {
 
 // While it lives, calls of `function` fail with `error`: the nth from here on, counted from 1, or every one
 // for kEvery.
@@ -24,4 +24,4 @@ class Fault {
     std::string path() const;
 };
 
-}  // namespace hwtest
+}  // namespace zavtest

@@ -1,4 +1,4 @@
-#include "tests/hw/Heap.h"
+#include "tests/support/Heap.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -17,14 +17,14 @@ namespace {
 
 thread_local bool counting = false;
 thread_local int untilFailure = 0;
-thread_local hwtest::Shortage kind = hwtest::Shortage::Once;
+thread_local zavtest::Shortage kind = zavtest::Shortage::Once;
 thread_local long live = 0;
 
 bool fails() {
     if (!counting) return false;
     if (untilFailure > 0) --untilFailure;
     if (untilFailure > 0) return false;
-    if (kind == hwtest::Shortage::Once) counting = false;
+    if (kind == zavtest::Shortage::Once) counting = false;
     errno = ENOMEM;
     return true;
 }
@@ -77,7 +77,7 @@ void free(void* block) {
 }
 #pragma GCC visibility pop
 
-namespace hwtest {
+namespace zavtest {
 
 FailingHeap::FailingHeap(int nth, Shortage shortage) {
     untilFailure = nth;
@@ -105,4 +105,4 @@ long liveBlocks() {
     return live;
 }
 
-}  // namespace hwtest
+}  // namespace zavtest

@@ -1,8 +1,9 @@
 // Memory that runs out on demand, for everything in the process: the library, Expat and the C and C++
-// libraries. Linking Heap.cpp replaces malloc and its kin, so it is no company for a sanitizer.
+// libraries. Use zav_test_heap() of Support.cmake: it replaces malloc and its kin, so it is no company for a
+// sanitizer.
 #pragma once
 
-namespace hwtest {
+namespace zavtest {
 
 // How long the memory stays short.
 enum class Shortage { Once, ForGood };
@@ -34,4 +35,4 @@ class PlentifulHeap {
 // The blocks that this thread has allocated, less those that it has released.
 long liveBlocks();
 
-}  // namespace hwtest
+}  // namespace zavtest

@@ -1,0 +1,301 @@
+// Memory that runs out at any point of any call: once, or from there on.
+#include <functional>
+
+#include "sw/ZAVSwCtx.h"
+#include "tests/support/Heap.h"
+#include "tests/sw/Evaluation.h"
+
+namespace swtest {
+namespace {
+
+using zavtest::FailingHeap;
+using zavtest::liveBlocks;
+using zavtest::Shortage;
+
+constexpr int kPlenty = 40;
+constexpr int kGuids = 30;
+
+// Large enough for every table and every block of memory to grow.
+std::string largeOutput() {
+    std::string output = "<?xml version='1.0'?><!DOCTYPE QEL><QEL>";
+    for (int i = 0; i < kPlenty; ++i) {
+        const std::string text = std::to_string(i % kGuids);
+        output += "<MatchedSignature guid='" + text + "' name='n'><Variable name='b' value='" +
+                  std::string(300, 'x') + "'/><Variable name='a' value='1'/><Metadata><B" + text + ">1</B" +
+                  text + "></Metadata></MatchedSignature>";
+    }
+    return output + "</QEL>";
+}
+
+std::string largeWarnings() {
+    std::string warnings = "<Events>";
+    for (int i = 0; i < kPlenty; ++i) warnings += "<Event>" + std::string(40, 'w') + "</Event>";
+    return warnings + "</Events>";
+}
+
+class SWAllocationsTest : public testing::TestWithParam<Shortage> {
+  protected:
+    SWAllocationsTest() {
+        toolkit_.scannerWrites(largeOutput(), largeWarnings());
+        toolkit_.put("lines", "one\n" + std::string(5000, 'x') + "\nthree\n");
+        open();  // what the system's libraries keep for good they have from now on
+        EXPECT_EQ(evaluate(), 0);
+        expectResults();
+        close();
+    }
+
+    // Counts, as anything else might allocate.
+    static void callback(int, int, void* userData, const char*, const char*) {
+        ++*static_cast<int*>(userData);
+    }
+
+    int swInit(ZAVSwCtx** context) { return ZAV_sw_init(handle_, callback, &messages_, context); }
+    void openHandle() {
+        ASSERT_EQ(ZAV_init("tests", nullptr, nullptr, temp_.c_str(), directory_.c_str(), &handle_), 0);
+    }
+    void open() {
+        openHandle();
+        ASSERT_EQ(swInit(&context_), 0);
+        ASSERT_EQ(ZAV_sw_setopt_variable(context_, L"known", L"1", L"2"), 0);
+        ASSERT_EQ(ZAV_sw_setopt_config(context_, L"known", L"1", L"2"), 0);
+    }
+    void close() {
+        ASSERT_EQ(ZAV_sw_free(context_), 0);
+        ASSERT_EQ(ZAV_free(handle_), 0);
+    }
+    int evaluate() {
+        const wchar_t* signatures[] = {L"<Signature/>", L"<Signature a='a text that needs memory'/>"};
+        return ZAV_sw_evaluate_multi(context_, signatures, 2);
+    }
+
+    // One call with its nth allocation failing. False when it came to no such allocation.
+    template <class Call>
+    static bool failsAt(int nth, int& code, Call call) {
+        const FailingHeap heap(nth, GetParam());
+        code = call();
+        return heap.happened();
+    }
+
+    // Repeats a whole test until its call needs no further allocation. `once` gets the number of the
+    // allocation that fails, and returns whether it came to it.
+    template <class Once>
+    void everyAllocation(Once once) {
+        int nth = 1;
+        for (bool happened = true; happened; ++nth) {
+            const zavtest::NothingLeft nothingLeft;
+            const long blocks = liveBlocks();
+            happened = once(nth);
+            EXPECT_EQ(liveBlocks(), blocks) << nth;
+            EXPECT_TRUE(std::filesystem::is_empty(tempDirectory_.path())) << nth;
+            if (HasFatalFailure()) return;
+        }
+        EXPECT_GT(nth, 2);
+    }
+
+    // Nobody holds the logger's lock, else this would wait for ever.
+    int returnCode() {
+        const int before = messages_;
+        int code = 0;
+        EXPECT_EQ(ZAV_sw_get_returncode(context_, &code), 0);
+        EXPECT_EQ(messages_, before + 1);
+        return code;
+    }
+
+    void expectResults() {
+        ZAVSwResult** results = nullptr;
+        int count = 0;
+        ASSERT_EQ(ZAV_sw_get_results(context_, &results, &count), 0);
+        ASSERT_EQ(count, kPlenty);
+        for (int i = 0; i < count; ++i) {
+            const wchar_t* text = nullptr;
+            const wchar_t** names = nullptr;
+            int variables = 0;
+            ASSERT_EQ(ZAV_sw_get_guid(context_, results[i], &text), 0);
+            EXPECT_EQ(text, std::to_wstring(i % kGuids));
+            ASSERT_EQ(ZAV_sw_get_variables(context_, results[i], &names, &variables), 0);
+            ASSERT_EQ(variables, 2);
+            EXPECT_STREQ(names[0], L"a");
+            ASSERT_EQ(ZAV_sw_get_metadata(context_, results[i], &text), 0);
+            EXPECT_EQ(std::wstring(text).find(L"<Metadata>"), 0U);
+        }
+        const wchar_t** warnings = nullptr;
+        ASSERT_EQ(ZAV_sw_get_warnings(context_, &warnings, &count), 0);
+        EXPECT_EQ(count, kPlenty);
+    }
+
+    void expectNoResults() {
+        ZAVSwResult* result = nullptr;
+        const wchar_t** warnings = nullptr;
+        int count = 0;
+        EXPECT_EQ(returnCode(), -1);
+        EXPECT_EQ(ZAV_sw_find_result_by_guid(context_, L"1", &result), 210);
+        EXPECT_EQ(ZAV_sw_get_warnings(context_, &warnings, &count), 0);
+        EXPECT_EQ(warnings, nullptr);
+    }
+
+    const Toolkit toolkit_;
+    const zavtest::ScratchDir tempDirectory_;
+    const std::wstring temp_ = tempDirectory_.path().wstring();
+    const std::wstring directory_ = toolkit_.path().wstring();
+    ZAVCtx* handle_ = nullptr;
+    ZAVSwCtx* context_ = nullptr;
+    int messages_ = 0;
+};
+
+TEST_P(SWAllocationsTest, OfMakingAContext) {
+    everyAllocation([this](int nth) {
+        openHandle();
+        ZAVSwCtx* context = reinterpret_cast<ZAVSwCtx*>(this);
+        int code = 0;
+        const bool happened = failsAt(nth, code, [&] { return swInit(&context); });
+        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        if (code == 0) {
+            EXPECT_EQ(ZAV_sw_free(context), 0);
+        } else {
+            EXPECT_EQ(context, nullptr);
+        }
+        EXPECT_EQ(ZAV_free(handle_), 0);
+        return happened;
+    });
+}
+
+// Whether the option was stored or not, it is whole.
+TEST_P(SWAllocationsTest, OfSettingAnOption) {
+    const std::wstring text(40, L't');
+    for (const wchar_t* const name : {L"known", L"a name that needs memory of its own"}) {
+        everyAllocation([&](int nth) {
+            open();
+            int code = 0;
+            const bool happened = failsAt(nth, code, [&] {
+                return ZAV_sw_setopt_variable(context_, name, text.c_str(), text.c_str());
+            });
+            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+            for (const auto& [key, preset] : context_->variables) {
+                EXPECT_TRUE((preset.value == L"1" && preset.scope == L"2") ||
+                            (preset.value == text && preset.scope == text))
+                    << nth;
+            }
+            close();
+            return happened;
+        });
+        everyAllocation([&](int nth) {
+            open();
+            int code = 0;
+            const bool happened = failsAt(
+                nth, code, [&] { return ZAV_sw_setopt_config(context_, name, text.c_str(), text.c_str()); });
+            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+            for (const auto& [plugin, settings] : context_->pluginConfigs) EXPECT_FALSE(settings.empty());
+            close();
+            return happened;
+        });
+    }
+}
+
+TEST_P(SWAllocationsTest, OfAnEvaluation) {
+    everyAllocation([this](int nth) {
+        open();
+        int code = 0;
+        const bool happened = failsAt(nth, code, [this] { return evaluate(); });
+        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        if (code == 0) {
+            expectResults();
+        } else {
+            expectNoResults();
+        }
+        close();
+        return happened;
+    });
+}
+
+TEST_P(SWAllocationsTest, OfAnEvaluationLeaveAContextInWhichTheNextOneSucceeds) {
+    open();
+    int nth = 1;
+    for (bool happened = true; happened && !HasFailure(); nth += 7) {
+        int code = 0;
+        happened = failsAt(nth, code, [this] { return evaluate(); });
+        ASSERT_EQ(evaluate(), 0) << nth << ": " << code;
+        expectResults();
+    }
+    EXPECT_GT(nth, 100);
+    close();
+}
+
+TEST_P(SWAllocationsTest, OfQueries) {
+    open();
+    ASSERT_EQ(evaluate(), 0);
+    ZAVSwResult** results = nullptr;
+    ZAVSwResult* result = nullptr;
+    const wchar_t* text = nullptr;
+    const wchar_t** texts = nullptr;
+    int number = 0;
+    ASSERT_EQ(ZAV_sw_find_result_by_guid(context_, L"1", &result), 0);
+    const std::vector<std::function<int()>> queries = {
+        [&] { return ZAV_sw_get_results(context_, &results, &number); },
+        [&] { return ZAV_sw_find_result_by_guid(context_, L"1", &result); },
+        [&] { return ZAV_sw_get_value(context_, result, L"a", &text); },
+        [&] { return ZAV_sw_get_variables(context_, result, &texts, &number); },
+        [&] { return ZAV_sw_get_metadata(context_, result, &text); },
+        [&] { return ZAV_sw_get_guid(context_, result, &text); },
+        [&] { return ZAV_sw_get_warnings(context_, &texts, &number); },
+        [&] { return ZAV_sw_get_returncode(context_, &number); },
+    };
+    const long blocks = liveBlocks();
+    for (const auto& query : queries) {
+        int nth = 1;
+        for (bool happened = true; happened; ++nth) {
+            int code = 0;
+            happened = failsAt(nth, code, query);
+            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+            EXPECT_EQ(liveBlocks(), blocks);
+            EXPECT_EQ(returnCode(), 0);
+        }
+    }
+    expectResults();
+    close();
+}
+
+// Each identifier is looked up for the first time.
+TEST_P(SWAllocationsTest, OfAnIdentifierLookup) {
+    everyAllocation([this](int nth) {
+        open();
+        EXPECT_EQ(evaluate(), 0);
+        ZAVSwResult** const untouched = reinterpret_cast<ZAVSwResult**>(this);
+        bool happened = false;
+        for (const auto& [guid, right] : {std::pair(L"1", 0), {L"an identifier that is nowhere", 210}}) {
+            ZAVSwResult** results = untouched;
+            unsigned int count = 0;
+            const auto find = [&, wanted = guid] {
+                return ZAV_sw_find_results_by_guid(context_, wanted, &results, &count);
+            };
+            int code = 0;
+            const bool failed = failsAt(nth, code, find);
+            happened = happened || failed;
+            EXPECT_TRUE(code == right || (failed && code == 5)) << nth << ": " << code;
+            EXPECT_EQ(results == untouched, code != 0) << nth;
+            EXPECT_EQ(find(), right) << nth;
+            EXPECT_EQ(count, right == 0 ? 2U : 0U) << nth;
+        }
+        close();
+        return happened;
+    });
+}
+
+TEST_P(SWAllocationsTest, OfReleasingAContext) {
+    everyAllocation([this](int nth) {
+        open();
+        EXPECT_EQ(evaluate(), 0);
+        int code = 0;
+        const bool happened = failsAt(nth, code, [this] { return ZAV_sw_free(context_); });
+        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        EXPECT_EQ(ZAV_free(handle_), 0);
+        return happened;
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Fail, SWAllocationsTest, testing::Values(Shortage::Once, Shortage::ForGood),
+                         [](const auto& shortage) {
+                             return shortage.param == Shortage::Once ? "Once" : "FromThereOn";
+                         });
+
+}  // namespace
+}  // namespace swtest

@@ -1,0 +1,103 @@
+// Threads that evaluate at once, each with a handle of its own.
+#include <thread>
+
+#include "tests/sw/Evaluation.h"
+
+namespace swtest {
+namespace {
+
+constexpr int kThreads = 8;
+
+template <class Work>
+void inThreads(Work work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+}
+
+TEST(SWConcurrent, EveryThreadGetsTheResultsOfItsOwnScanner) {
+    const zavtest::NothingLeft nothingLeft;
+    inThreads([](int number) {
+        Evaluation evaluation;
+        for (int round = 0; round < 5; ++round) {
+            const std::string guid = std::to_string(100 * number + round);
+            evaluation.scannerWrites("<QEL><MatchedSignature guid='" + guid + "'/></QEL>",
+                                     "<Events><Event>" + guid + "</Event></Events>");
+            const std::wstring wide(guid.begin(), guid.end());
+            const std::wstring signature = L"<S>" + wide + L"</S>";
+            ASSERT_EQ(ZAV_sw_evaluate(evaluation.context(), signature.c_str()), 0);
+            EXPECT_EQ(evaluation.guids(), WideTexts{wide});
+            EXPECT_EQ(evaluation.warnings(), WideTexts{L"<Event>" + wide + L"</Event>"});
+            EXPECT_NE(evaluation.read("seen_signatures").find("<S>" + guid + "</S>"), std::string::npos);
+        }
+    });
+}
+
+TEST(SWConcurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
+    const zavtest::NothingLeft nothingLeft;
+    inThreads([](int number) {
+        Evaluation evaluation;
+        evaluation.scannerIs("CopyFiles");
+        for (int round = 0; round < 5; ++round) {
+            const int status = 4 + 10 * number + round;
+            evaluation.put("status", std::to_string(status));
+            ASSERT_EQ(evaluation.run(), 203);
+            EXPECT_EQ(evaluation.returnCode(), status);
+        }
+    });
+}
+
+// Looking up and getting values changes nothing in a context, so threads may share one for that.
+TEST(SWConcurrent, ThreadsMayReadTheSameResults) {
+    constexpr int kResults = 500;
+    std::string output = "<QEL>";
+    for (int i = 0; i < kResults; ++i) {
+        const std::string text = std::to_string(i);
+        output += "<MatchedSignature guid='" + text + "'><Variable name='v' value='" + text +
+                  "'/></MatchedSignature>";
+    }
+    Evaluation evaluation;
+    evaluation.scannerWrites(output + "</QEL>");
+    ASSERT_EQ(evaluation.run(), 0);
+    inThreads([&evaluation](int) {
+        for (int i = 0; i < kResults; ++i) {
+            const std::wstring text = std::to_wstring(i);
+            ZAVSwResult* result = nullptr;
+            const wchar_t* value = nullptr;
+            ASSERT_EQ(ZAV_sw_find_result_by_guid(evaluation.context(), text.c_str(), &result), 0);
+            ASSERT_EQ(ZAV_sw_get_value(evaluation.context(), result, L"v", &value), 0);
+            ASSERT_EQ(value, text);
+        }
+    });
+}
+
+// One callback for all threads: it counts without a lock of its own, which is right only because the library
+// never enters it twice at a time.
+TEST(SWConcurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
+    struct Host {
+        static void callback(int, int, void* userData, const char*, const char*) {
+            ++static_cast<Host*>(userData)->messages;
+        }
+        long messages = 0;
+    } host;
+    const Toolkit toolkit;
+    toolkit.scannerWrites("<QEL/>");
+    const zavtest::ScratchDir temp;
+    inThreads([&](int) {
+        ZAVCtx* handle = nullptr;
+        ZAVSwCtx* context = nullptr;
+        ASSERT_EQ(ZAV_init("tests", Host::callback, &host, temp.path().wstring().c_str(),
+                           toolkit.path().wstring().c_str(), &handle),
+                  0);
+        ASSERT_EQ(ZAV_sw_init(handle, Host::callback, &host, &context), 0);
+        for (int i = 0; i < 200; ++i) ASSERT_EQ(ZAV_sw_setopt_variable(context, L"a", L"b", L"c"), 0);
+        EXPECT_EQ(ZAV_sw_evaluate(context, L""), 0);
+        EXPECT_EQ(ZAV_sw_free(context), 0);
+        EXPECT_EQ(ZAV_free(handle), 0);
+    });
+    EXPECT_GE(host.messages, kThreads * 220L);
+    EXPECT_TRUE(std::filesystem::is_empty(temp.path()));
+}
+
+}  // namespace
+}  // namespace swtest

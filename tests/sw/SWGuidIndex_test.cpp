@@ -1,0 +1,78 @@
+#include "sw/SWGuidIndex.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+
+namespace zav {
+namespace {
+
+class SWGuidIndexTest : public testing::Test {
+  protected:
+    ZAVSwResult* add(const std::wstring& guid) {
+        results_.push_back(std::make_unique<ZAVSwResult>());
+        results_.back()->guid = guids_.emplace_back(guid).c_str();
+        return results_.back().get();
+    }
+
+    std::vector<ZAVSwResult*> found(const wchar_t* guid) const {
+        std::vector<ZAVSwResult*> all;
+        for (ZAVSwResult* next = index_.first(guid); next != nullptr; next = next->nextOfGuid) {
+            all.push_back(next);
+        }
+        return all;
+    }
+
+    std::deque<std::wstring> guids_;
+    std::vector<std::unique_ptr<ZAVSwResult>> results_;
+    SWGuidIndex index_;
+};
+
+using Found = std::vector<ZAVSwResult*>;
+
+TEST_F(SWGuidIndexTest, HoldsNothingAtFirst) {
+    EXPECT_EQ(index_.first(L""), nullptr);
+    index_.build(results_);
+    EXPECT_EQ(index_.first(L""), nullptr);
+}
+
+TEST_F(SWGuidIndexTest, FindsTheResultsOfAnIdentifierInOrder) {
+    ZAVSwResult* const a1 = add(L"a");
+    ZAVSwResult* const b = add(L"b");
+    ZAVSwResult* const a2 = add(L"a");
+    ZAVSwResult* const none = add(L"");
+    ZAVSwResult* const a3 = add(L"a");
+    index_.build(results_);
+    EXPECT_EQ(found(L"a"), (Found{a1, a2, a3}));
+    EXPECT_EQ(found(L"b"), Found{b});
+    EXPECT_EQ(found(L""), Found{none});
+    for (const wchar_t* const missing : {L"A", L"aa", L"c"}) EXPECT_EQ(found(missing), Found());
+}
+
+TEST_F(SWGuidIndexTest, BuiltAgainItForgetsWhatWasBefore) {
+    add(L"a");
+    add(L"a");
+    index_.build(results_);
+    results_.pop_back();
+    ZAVSwResult* const b = add(L"b");
+    index_.build(results_);
+    EXPECT_EQ(found(L"a"), Found{results_.front().get()});
+    EXPECT_EQ(found(L"b"), Found{b});
+    index_.clear();
+    EXPECT_EQ(found(L"b"), Found());
+}
+
+// Slow enough to be noticed if each look-up walked over all results.
+TEST_F(SWGuidIndexTest, FindsEachOfAHundredThousand) {
+    constexpr int kMany = 100'000;
+    for (int i = 0; i < kMany; ++i) add(L"prefix-" + std::to_wstring(i / 2));
+    index_.build(results_);
+    for (std::size_t i = 0; i < kMany; i += 2) {
+        ASSERT_EQ(found(results_[i]->guid), (Found{results_[i].get(), results_[i + 1].get()}));
+    }
+    EXPECT_EQ(found(L"prefix-50000"), Found());
+}
+
+}  // namespace
+}  // namespace zav
