@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -37,6 +38,10 @@ class Machine {
     // Whether the time for the whole evaluation is over.
     bool late() const { return std::chrono::steady_clock::now() >= deadline_; }
 
+    // How many names all walks have seen so far.
+    std::uint64_t entriesSeen() const { return entriesSeen_; }
+    void countEntry() { ++entriesSeen_; }
+
     // What a walk found for this request; walked now unless it was found before.
     const GlobHits& hits(const GlobRequest& request);
     // Finds all these in one walk.
@@ -52,6 +57,7 @@ class Machine {
     ContentFilters contentFilters_;
     std::chrono::steady_clock::time_point deadline_;
     std::unordered_map<std::string, GlobHits> hits_;
+    std::uint64_t entriesSeen_ = 0;
 };
 
 }  // namespace toolkit::quorvis

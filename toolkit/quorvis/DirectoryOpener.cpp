@@ -1,0 +1,203 @@
+#include "toolkit/quorvis/DirectoryOpener.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "toolkit/machine/OpenResolved.h"
+#include "toolkit/quorvis/LinkPath.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+using Result = DirectoryOpener::Result;
+
+constexpr std::array<std::string_view, 13> kNeverEntered = {
+    "/dev",
+    "/proc",
+    "/run",
+    "/sys",
+    "/var/lib/containerd",
+    "/var/lib/containers",
+    "/var/lib/docker",
+    "/var/lib/incus",
+    "/var/lib/kubelet",
+    "/var/lib/lxc",
+    "/var/lib/lxd",
+    "/var/lib/machines",
+    "/var/snap/lxd",
+};
+constexpr std::string_view kUsersContainers = "/.local/share/containers";
+
+int flagsFor(bool toList) {
+    return toList ? O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC : O_PATH | O_DIRECTORY | O_CLOEXEC;
+}
+
+bool isLink(int parent, const char* name) {
+    struct stat status {};
+    return ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+}
+
+bool sameDirectory(const struct stat& left, const struct stat& right) {
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+// Whether one of these directories is this one.
+bool isAmong(std::span<const int> parents, int directory) {
+    struct stat status {};
+    if (::fstat(directory, &status) != 0) return false;
+    return std::ranges::any_of(parents, [&](int parent) {
+        struct stat other {};
+        return ::fstat(parent, &other) == 0 && sameDirectory(status, other);
+    });
+}
+
+bool onSameDevice(int left, int right) {
+    struct stat of[2] = {};
+    return ::fstat(left, &of[0]) == 0 && ::fstat(right, &of[1]) == 0 && of[0].st_dev == of[1].st_dev;
+}
+
+Result remoteSkipped() {
+    return {{}, EventCode::RemoteSkipped, "A file system of another machine or of a program was not entered"};
+}
+
+Result failureOf(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+        case ENAMETOOLONG:
+        case ELOOP:
+            return {};  // gone meanwhile, no directory, or a link that leads nowhere
+        case EACCES:
+        case EPERM:
+            return {{}, EventCode::Permission, "No permission to search this directory"};
+        default:
+            break;
+    }
+    return {{}, EventCode::Io, "The directory cannot be opened: " + std::generic_category().message(error)};
+}
+
+}  // namespace
+
+DirectoryOpener::DirectoryOpener(const Root& root, const Settings& settings)
+    : root_(root),
+      mounts_(root),
+      crossDevices_(settings.fileSystem.crossDevices),
+      remote_(settings.fileSystem.remote),
+      kernelResolves_(root.lookup() == Root::Lookup::Kernel) {
+    for (const std::string& pattern : settings.fileSystem.exclude) {
+        if (!problemOfPattern(pattern)) exclude_.emplace_back(pattern);
+    }
+}
+
+bool DirectoryOpener::isExcluded(std::string_view path) const {
+    if (std::ranges::find(kNeverEntered, path) != kNeverEntered.end() || path.ends_with(kUsersContainers))
+        return true;
+    return std::ranges::any_of(exclude_,
+                               [path](const PathPattern& pattern) { return pattern.matches(path); });
+}
+
+bool DirectoryOpener::liesInExcluded(std::string_view path) const {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        if (isExcluded(path.substr(0, end))) return true;
+        if (end == std::string_view::npos) return false;
+    }
+}
+
+Result DirectoryOpener::openTop(bool toList) const {
+    kest::Descriptor top = root_.openStrictly("/", flagsFor(toList));
+    if (top.isOpen()) return {std::move(top), std::nullopt, {}};
+    return failureOf(errno);
+}
+
+// With the kernel's help a link is ELOOP, and what another file system is mounted on EXDEV.
+int DirectoryOpener::openAt(int parent, const Child& child, bool across) {
+    const std::uint64_t resolve = RESOLVE_NO_SYMLINKS | (across ? 0 : RESOLVE_NO_XDEV);
+    for (;;) {
+        int flags = flagsFor(child.toList);
+        if (child.toList && keepTimes_) flags |= O_NOATIME;
+        const int descriptor = kernelResolves_ ? openResolved(parent, child.name, flags, resolve)
+                                               : ::openat(parent, child.name, flags | O_NOFOLLOW);
+        if (descriptor >= 0 || errno != EPERM || !child.toList || !keepTimes_) return descriptor;
+        keepTimes_ = false;  // for owners and root only
+    }
+}
+
+Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) const {
+    if (descriptor >= 0) return {kest::Descriptor(descriptor), std::nullopt, {}};
+    const int error = errno;
+    Result result = failureOf(error);
+    if (error != EACCES || !child.toList) return result;
+    // What it holds may be open to those who know the names.
+    const int flags = flagsFor(false) | (child.link ? 0 : O_NOFOLLOW);
+    if (!child.link)
+        result.directory = kest::Descriptor(::openat(parent, child.name, flags));
+    else
+        result.directory = root_.openStrictly(child.path, flags);
+    result.text = "No permission to list this directory";
+    return result;
+}
+
+Result DirectoryOpener::openMount(std::span<const int> parents, const Child& child) {
+    if (!crossDevices_) return {};
+    Result result = opened(parents.back(), child, openAt(parents.back(), child, true));
+    if (result.directory.isOpen() && isAmong(parents, result.directory.number()))
+        return {{}, EventCode::Loop, "A directory is mounted inside of itself"};
+    return result;
+}
+
+Result DirectoryOpener::openPlain(std::span<const int> parents, const Child& child) {
+    if (!kernelResolves_ && mounts_.at(child.path) == MountTable::Kind::Local)
+        return openMount(parents, child);
+    const int descriptor = openAt(parents.back(), child, false);
+    if (descriptor >= 0) return opened(parents.back(), child, descriptor);
+    if (errno == EXDEV) return openMount(parents, child);
+    const int error = errno;
+    const bool maybeLink = error == ELOOP || (!kernelResolves_ && error == ENOTDIR);
+    if (maybeLink && isLink(parents.back(), child.name))
+        return follow(parents.back(), {child.name, child.path, true, child.toList});
+    errno = error;
+    return opened(parents.back(), child, -1);
+}
+
+bool DirectoryOpener::leadsToRemote(const std::string& path) const {
+    if (remote_ || !mounts_.anyRemote()) return false;
+    const auto isRemote = [this](const std::string& place) {
+        return mounts_.at(place) == MountTable::Kind::Remote;
+    };
+    return linkLeadsInto(root_, path, isRemote);
+}
+
+Result DirectoryOpener::follow(int parent, const Child& child) const {
+    const int flags = flagsFor(child.toList);
+    kest::Descriptor directory;
+    if (kernelResolves_) directory = root_.openStrictly(child.path, flags, RESOLVE_NO_XDEV);
+    if (!directory.isOpen() && (!kernelResolves_ || errno == EXDEV)) {
+        if (leadsToRemote(child.path)) return remoteSkipped();
+        directory = root_.openStrictly(child.path, flags);
+    }
+    const int error = errno;
+    if (directory.isOpen()) {
+        const std::string place = root_.pathOf(directory);
+        if (liesInExcluded(place)) return {};
+        if (!crossDevices_ && !onSameDevice(parent, directory.number())) return {};
+        return {std::move(directory), std::nullopt, {}};
+    }
+    errno = error;
+    return opened(parent, child, -1);
+}
+
+Result DirectoryOpener::open(std::span<const int> parents, const Child& child) {
+    if (isExcluded(child.path)) return {};
+    if (!remote_ && mounts_.anyRemote() && mounts_.at(child.path) == MountTable::Kind::Remote)
+        return remoteSkipped();
+    return child.link ? follow(parents.back(), child) : openPlain(parents, child);
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kest/Descriptor.h"
+#include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/GlobPattern.h"
+#include "toolkit/quorvis/MountTable.h"
+#include "toolkit/quorvis/Settings.h"
+
+namespace toolkit::quorvis {
+
+// Opens directories for a walk, and decides which ones a walk enters. It never enters /proc, /sys, /dev and /run, the
+// stores of containers, which hold other machines' files (/var/lib/ docker, containers, containerd, lxc, lxd, incus,
+// machines, kubelet; /var/snap/lxd; .local/share/containers of users), and what the settings exclude.
+class DirectoryOpener {
+  public:
+    DirectoryOpener(const Root& root, const Settings& settings);
+
+    // What came of it; neither a directory nor a problem when there is nothing to enter.
+    struct Result {
+        kest::Descriptor directory;
+        // Why not; with a directory, why its names cannot be listed.
+        std::optional<EventCode> problem;
+        std::string text;
+    };
+    struct Child {
+        const char* name = nullptr;
+        const std::string& path;  // in the tree, as the walk came here
+        bool link = false;        // known to be one
+        bool toList = false;      // else only to open what it holds by name
+    };
+    Result openTop(bool toList) const;
+    // Opens a child of the last of these directories, which lead from the top to it. A link is followed.
+    Result open(std::span<const int> parents, const Child& child);
+
+    const MountTable& mounts() const { return mounts_; }
+
+  private:
+    int openAt(int parent, const Child& child, bool across);
+    Result openPlain(std::span<const int> parents, const Child& child);
+    Result openMount(std::span<const int> parents, const Child& child);
+    Result follow(int parent, const Child& child) const;
+    Result opened(int parent, const Child& child, int descriptor) const;
+    bool isExcluded(std::string_view path) const;
+    bool liesInExcluded(std::string_view path) const;
+    bool leadsToRemote(const std::string& path) const;
+
+    const Root& root_;
+    MountTable mounts_;
+    std::vector<PathPattern> exclude_;
+    bool crossDevices_;
+    bool remote_;
+    bool kernelResolves_;
+    bool keepTimes_ = true;  // whether times of access may be left alone
+};
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/quorvis/GlobPattern.h"
+#include "toolkit/quorvis/IndexTable.h"
+
+namespace toolkit::quorvis {
+
+// What all requests have in common that share nodes of a trie.
+struct GlobScope {
+    unsigned maxDepth = 0;      // levels below the fixed directories
+    bool depthIsAsked = false;  // by the request itself
+    std::string exclude;
+
+    bool operator==(const GlobScope&) const = default;
+};
+
+// The steps of many patterns, merged where they begin alike. In each directory of a walk some of the nodes are
+// active: those that the directory's path leads to.
+class GlobTrie {
+  public:
+    using NodeId = std::uint32_t;
+    static constexpr std::uint32_t kNoBound = std::numeric_limits<std::uint32_t>::max();
+
+    struct Node {
+        bool anyDepth = false;       // stays active in the directories below
+        bool lists = false;          // needs the names in the directory; else the literal children are all
+        bool inner = false;          // has something below it
+        NodeId depthChild = 0;       // that of a "**" behind this node
+        NodeId star = 0;             // that of a "*"
+        std::uint32_t prefixes = 0;  // start of the patterns that are found by their first bytes
+        std::uint32_t suffixes = 0;  // and by their last bytes
+        std::uint32_t bound = kNoBound;  // the deepest level of names that it may match
+        std::uint32_t scope = 0;
+        std::vector<NodeId> others;           // patterns that begin and end with a wildcard
+        std::vector<NodeId> literals;         // of fixed names
+        std::vector<std::uint32_t> requests;  // that end here
+    };
+
+    // Adds one alternative of a request's pattern.
+    void add(const GlobSteps& steps, const GlobScope& scope, std::uint32_t request);
+
+    // The nodes that are active in the topmost directory.
+    std::vector<NodeId> start() const;
+
+    // Puts the nodes that the name leads to into `reached`, each once. Those of a "**" stay active when `below` is set,
+    // as for a directory that is no link.
+    void advance(std::span<const NodeId> active, std::string_view name, bool below,
+                 std::vector<NodeId>& reached);
+    // Adds a node and those that are active with it, each once since the latest newSet().
+    void reach(NodeId id, std::vector<NodeId>& reached);
+    void newSet() { ++set_; }
+
+    const Node& node(NodeId id) const { return nodes_[id]; }
+    std::size_t size() const { return nodes_.size(); }
+    bool empty() const { return tops_.empty(); }
+    std::size_t scopeCount() const { return scopes_.size(); }
+    const GlobScope& scope(std::uint32_t index) const { return scopes_[index]; }
+    // Of a literal child.
+    const std::string& nameOf(NodeId id) const { return names_.nameOf(nameIds_[id]); }
+    // The requests that end at this node or below.
+    std::vector<std::uint32_t> requestsBelow(NodeId id) const;
+
+  private:
+    NodeId addNode(NodeId parent);
+    NodeId topOf(const GlobScope& scope);
+    NodeId childFor(NodeId parent, const GlobStep& step);
+    NodeId literalChild(NodeId parent, const std::string& name);
+    NodeId wildcardChild(NodeId parent, const std::string& pattern);
+    NodeId depthChild(NodeId parent);
+    void file(NodeId parent, NodeId child);
+    std::uint32_t byteNode(std::uint32_t& start, std::string_view bytes, bool backwards);
+    void reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
+                      std::vector<NodeId>& reached);
+
+    std::vector<Node> nodes_ = std::vector<Node>(1);  // node 0 is none
+    std::vector<std::uint32_t> nameIds_ = std::vector<std::uint32_t>(1);
+    std::vector<std::uint32_t> patternIds_ = std::vector<std::uint32_t>(1);
+    std::vector<std::vector<NodeId>> children_ = std::vector<std::vector<NodeId>>(1);
+    std::vector<std::uint32_t> marks_ = std::vector<std::uint32_t>(1);
+    std::uint32_t set_ = 0;
+    std::vector<GlobScope> scopes_;
+    std::vector<NodeId> tops_;  // of the scopes
+    NameTable names_;
+    PairTable literals_;  // node and name to child
+    NameTable patterns_;
+    PairTable wildcards_;                // node and pattern to child
+    std::vector<NamePattern> compiled_;  // by the number of the pattern, from 1
+    PairTable bytes_;                    // place and byte to the place of the longer text
+    std::vector<std::vector<NodeId>> byPlace_ = std::vector<std::vector<NodeId>>(1);
+};
+
+}  // namespace toolkit::quorvis

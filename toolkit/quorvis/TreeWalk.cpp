@@ -1,0 +1,62 @@
+#include "toolkit/quorvis/TreeWalk.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "toolkit/quorvis/DirectoryWalk.h"
+#include "toolkit/quorvis/GlobPattern.h"
+#include "toolkit/quorvis/GlobTrie.h"
+#include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/WalkFindings.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr unsigned kDeepestWalk = 64;
+
+// Why there is nothing to walk for; empty for a proper request.
+std::string problemOf(const GlobRequest& request, bool wholeTree) {
+    if (const auto problem = problemOfPattern(request.pattern)) return "This is no pattern: " + *problem;
+    if (!wholeTree && searchesWholeTree(request.pattern))
+        return "A \"**\" needs a directory of a fixed name before it";
+    if (request.exclude.empty()) return {};
+    if (const auto problem = problemOfPattern(request.exclude))
+        return "\"exclude\" is no pattern: " + *problem;
+    return {};
+}
+
+GlobScope scopeOf(const GlobRequest& request, const Settings& settings) {
+    GlobScope scope;
+    scope.depthIsAsked = request.maxDepth != 0 && request.maxDepth <= kDeepestWalk;
+    scope.maxDepth =
+        std::min(request.maxDepth != 0 ? request.maxDepth : settings.fileSystem.maxDepth, kDeepestWalk);
+    scope.exclude = request.exclude;
+    return scope;
+}
+
+}  // namespace
+
+std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> requests) {
+    const Settings& settings = machine.settings();
+    std::vector<GlobHits> hits(requests.size());
+    GlobTrie trie;
+    for (std::uint32_t i = 0; i < requests.size(); ++i) {
+        std::string problem = problemOf(requests[i], settings.fileSystem.wholeTree);
+        if (!problem.empty()) {
+            hits[i].incomplete = true;
+            hits[i].events.push_back(
+                {EventCode::Unsupported, requests[i].pattern, std::move(problem), {}, {}});
+            continue;
+        }
+        for (const GlobSteps& steps : stepsOf(requests[i].pattern))
+            trie.add(steps, scopeOf(requests[i], settings), i);
+    }
+    if (trie.empty()) return hits;
+    WalkFindings findings(trie, hits, settings.fileSystem.maxMatches);
+    DirectoryWalk(machine, trie, findings).run();
+    findings.finish();
+    return hits;
+}
+
+}  // namespace toolkit::quorvis
