@@ -85,6 +85,22 @@ TEST(Node, AttributesStandInDocumentOrder) {
     }
 }
 
+TEST(Node, AttributesCanBeWalkedWithoutCopies) {
+    const Document document = readText("<a z='1' b='2'><c b='3'/><c/></a>");
+    std::vector<const kest::String*> names;
+    std::wstring values;
+    for (const Attribute& attribute : *document.root->attributes()) {
+        names.push_back(attribute.name);
+        values += attribute.value;
+    }
+    EXPECT_EQ(values, L"12");
+    EXPECT_EQ(names.at(0)->view(), L"z");
+    const Node* const child = childrenOf(*document.root).front();
+    EXPECT_EQ(child->attributes()->begin()->name, names.at(1)) << "a document holds each name once";
+    const StringMap* const none = child->nextSibling()->attributes();
+    EXPECT_EQ(none->begin(), none->end());
+}
+
 TEST(Node, AttributeOutsideTheCountIsRefused) {
     const Document document = readText("<a x='1'><b/></a>");
     const StringMap* const maps[] = {document.root->attributes(),

@@ -1,6 +1,6 @@
 /* A host in plain C99 that knows of the library nothing but its header and libzav.so.
- *     zav_c_host PHASE SCANNER
- * SCANNER is a program that writes what stands in output.xml beside it. */
+ *     zav_c_host PHASE HARDWARE_SCANNER SOFTWARE_SCANNER
+ * The scanners are programs that write what stands in output.xml, and warnings.xml, beside them. */
 #define _XOPEN_SOURCE 700
 
 #include <stdio.h>
@@ -30,6 +30,7 @@ static wchar_t wide_toolkit[PATH_SIZE];
 
 static ZAVCtx* handle;
 static ZAVHwCtx* hw;
+static ZAVSwCtx* sw;
 
 static struct {
     int count;
@@ -54,16 +55,26 @@ static void widen(wchar_t* wide, const char* text) {
     } while (*text++ != '\0');
 }
 
-static void write_output(const char* xml) {
-    char path[PATH_SIZE + 16];
-    snprintf(path, sizeof path, "%s/output.xml", toolkit);
+static void write_file(const char* name, const char* xml) {
+    char path[PATH_SIZE + 32];
+    snprintf(path, sizeof path, "%s/%s", toolkit, name);
     FILE* file = fopen(path, "w");
     CHECK(file != NULL);
     CHECK(fputs(xml, file) >= 0);
     CHECK(fclose(file) == 0);
 }
 
-static void make_directories(const char* scanner) {
+static void write_output(const char* xml) {
+    write_file("output.xml", xml);
+}
+
+static void link_scanner(const char* program, const char* name) {
+    char link[PATH_SIZE + 16];
+    snprintf(link, sizeof link, "%s/%s", toolkit, name);
+    CHECK(symlink(program, link) == 0);
+}
+
+static void make_directories(const char* hardware_scanner, const char* software_scanner) {
     CHECK(mkdtemp(root) != NULL);
     snprintf(temp, sizeof temp, "%s/temp", root);
     snprintf(toolkit, sizeof toolkit, "%s/toolkit", root);
@@ -71,19 +82,20 @@ static void make_directories(const char* scanner) {
     CHECK(mkdir(toolkit, 0700) == 0);
     widen(wide_temp, temp);
     widen(wide_toolkit, toolkit);
-    char link[PATH_SIZE + 16];
-    snprintf(link, sizeof link, "%s/quorvah", toolkit);
-    CHECK(symlink(scanner, link) == 0);
+    link_scanner(hardware_scanner, "quorvah");
+    link_scanner(software_scanner, "quorvis");
 }
 
 /* Succeeds only when the library has left nothing in its directory. */
 static void remove_directories(void) {
-    char path[PATH_SIZE + 16];
+    static const char* const names[] = {"output.xml", "warnings.xml",       "quorvah",
+                                        "quorvis",    "seen_configuration", "seen_signatures"};
+    char path[PATH_SIZE + 32];
     CHECK(rmdir(temp) == 0);
-    snprintf(path, sizeof path, "%s/output.xml", toolkit);
-    unlink(path);
-    snprintf(path, sizeof path, "%s/quorvah", toolkit);
-    unlink(path);
+    for (size_t i = 0; i < sizeof names / sizeof *names; ++i) {
+        snprintf(path, sizeof path, "%s/%s", toolkit, names[i]);
+        unlink(path);
+    }
     CHECK(rmdir(toolkit) == 0);
     CHECK(rmdir(root) == 0);
 }
@@ -91,9 +103,11 @@ static void remove_directories(void) {
 static void open_all(void) {
     CHECK(ZAV_init("c host", hear, &heard, wide_temp, wide_toolkit, &handle) == ZAV_SUCCESS);
     CHECK(ZAV_hw_init(handle, hear, &heard, &hw) == ZAV_SUCCESS);
+    CHECK(ZAV_sw_init(handle, hear, &heard, &sw) == ZAV_SUCCESS);
 }
 
 static void close_all(void) {
+    CHECK(ZAV_sw_free(sw) == ZAV_SUCCESS);
     CHECK(ZAV_hw_free(hw) == ZAV_SUCCESS);
     CHECK(ZAV_free(handle) == ZAV_SUCCESS);
 }
@@ -120,11 +134,16 @@ static void phase_handle(void) {
 static void phase_context(void) {
     CHECK(ZAV_hw_init(NULL, hear, &heard, &hw) == ZAV_ERROR_CONTEXT);
     CHECK(ZAV_hw_free(NULL) == ZAV_ERROR_CONTEXT);
+    CHECK(ZAV_sw_init(NULL, hear, &heard, &sw) == ZAV_ERROR_CONTEXT);
+    CHECK(ZAV_sw_free(NULL) == ZAV_ERROR_CONTEXT);
     open_all();
-    CHECK(heard.last_component == 3);
+    CHECK(heard.last_component == 4);
+    CHECK(ZAV_sw_init(handle, hear, &heard, NULL) == ZAV_ERROR_SW_POINTER);
     CHECK(ZAV_hw_init(handle, hear, &heard, NULL) == ZAV_ERROR_HW_POINTER);
     int code = 0;
     CHECK(ZAV_hw_get_returncode(hw, &code) == ZAV_SUCCESS);
+    CHECK(code == -1);
+    CHECK(ZAV_sw_get_returncode(sw, &code) == ZAV_SUCCESS);
     CHECK(code == -1);
     close_all();
     CHECK(strcmp(heard.last_function, "TemporaryDir::deleteDirectory()") == 0);
@@ -191,6 +210,51 @@ static void phase_scan(void) {
     close_all();
 }
 
+static void phase_evaluation(void) {
+    const wchar_t* signatures[] = {L"<Signature/>", L"<Signature/>"};
+    ZAVSwResult** results = NULL;
+    ZAVSwResult* result = NULL;
+    const wchar_t** texts = NULL;
+    const wchar_t* text = NULL;
+    unsigned int found = 0;
+    int number = 0;
+    write_output(
+        "<QEL><MatchedSignature guid='1'><Variable name='b' value='2'/><Variable name='a' value='1'/>"
+        "<Metadata/></MatchedSignature><MatchedSignature guid='1'/></QEL>");
+    write_file("warnings.xml", "<Events><Event>w</Event></Events>");
+    open_all();
+    CHECK(ZAV_sw_get_results(sw, &results, &number) == ZAV_ERROR_SW_NO_RESULTS);
+    CHECK(ZAV_sw_setopt_variable(sw, L"name", L"value", L"scope") == ZAV_SUCCESS);
+    CHECK(strcmp(heard.last_message, "Variable [name] set with value [value] for scope [scope]") == 0);
+    CHECK(ZAV_sw_setopt_config(sw, L"plugin", L"attribute", NULL) == ZAV_ERROR_OPTION);
+    CHECK(ZAV_sw_setopt_config(sw, L"plugin", L"attribute", L"value") == ZAV_SUCCESS);
+    CHECK(ZAV_sw_evaluate(sw, NULL) == ZAV_ERROR_SW_SIGNATURE);
+    CHECK(ZAV_sw_evaluate(sw, signatures[0]) == ZAV_SUCCESS);
+    CHECK(ZAV_sw_evaluate_file(sw, L"/none.xml") == ZAV_SUCCESS);
+    CHECK(ZAV_sw_evaluate_multi(sw, signatures, 2) == ZAV_SUCCESS);
+    CHECK(ZAV_sw_get_returncode(sw, &number) == ZAV_SUCCESS && number == 0);
+
+    CHECK(ZAV_sw_get_results(sw, &results, &number) == ZAV_SUCCESS && number == 2);
+    CHECK(ZAV_sw_find_result_by_guid(sw, L"1", &result) == ZAV_SUCCESS && result == results[0]);
+    CHECK(ZAV_sw_find_result_by_guid(sw, L"2", &result) == ZAV_ERROR_SW_NOT_FOUND);
+    CHECK(ZAV_sw_find_results_by_guid(sw, L"1", &results, &found) == ZAV_SUCCESS && found == 2);
+    CHECK(ZAV_sw_get_variables(sw, result, &texts, &number) == ZAV_SUCCESS && number == 2);
+    CHECK(wcscmp(texts[0], L"a") == 0 && wcscmp(texts[1], L"b") == 0);
+    CHECK(ZAV_sw_get_value(sw, result, L"b", &text) == ZAV_SUCCESS && wcscmp(text, L"2") == 0);
+    CHECK(ZAV_sw_get_value(sw, result, L"c", &text) == ZAV_ERROR_SW_VARIABLE);
+    CHECK(ZAV_sw_get_metadata(sw, result, &text) == ZAV_SUCCESS && wcscmp(text, L"<Metadata/>") == 0);
+    CHECK(ZAV_sw_get_guid(sw, results[1], &text) == ZAV_SUCCESS && wcscmp(text, L"1") == 0);
+    CHECK(ZAV_sw_get_warnings(sw, &texts, &number) == ZAV_SUCCESS && number == 1);
+    CHECK(wcscmp(texts[0], L"<Event>w</Event>") == 0);
+
+    write_file("warnings.xml", "<Events>");
+    CHECK(ZAV_sw_evaluate(sw, signatures[0]) == ZAV_ERROR_SW_WARNINGS);
+    CHECK(ZAV_sw_get_results(sw, &results, &number) == ZAV_SUCCESS && number == 2);
+    write_output("<QEL>");
+    CHECK(ZAV_sw_evaluate(sw, signatures[0]) == ZAV_ERROR_SW_OUTPUT);
+    close_all();
+}
+
 static void phase_failures(void) {
     int number = 0;
     open_all();
@@ -237,15 +301,20 @@ int main(int argc, char** argv) {
         const char* name;
         void (*run)(void);
     } phases[] = {
-        {"handle", phase_handle},         {"context", phase_context}, {"options", phase_options},
-        {"names", phase_names},           {"scan", phase_scan},       {"failures", phase_failures},
+        {"handle", phase_handle},
+        {"context", phase_context},
+        {"options", phase_options},
+        {"names", phase_names},
+        {"scan", phase_scan},
+        {"failures", phase_failures},
         {"repetition", phase_repetition},
+        {"evaluation", phase_evaluation},
     };
-    CHECK(argc == 3);
+    CHECK(argc == 4);
     CHECK(sizeof(wchar_t) == 4);
     for (size_t i = 0; i < sizeof phases / sizeof *phases; ++i) {
         if (strcmp(phases[i].name, argv[1]) != 0) continue;
-        make_directories(argv[2]);
+        make_directories(argv[2], argv[3]);
         phases[i].run();
         remove_directories();
         return 0;
