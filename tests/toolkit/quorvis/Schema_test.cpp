@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "tests/support/ScratchDir.h"
+
+namespace {
+
+// Whether xmllint finds that the file is valid by the schema; any other end of it is a failure of the test.
+bool isValid(const std::filesystem::path& file) {
+    const std::string command =
+        "xmllint --noout --schema '" QUORVIS_SCHEMA "' '" + file.string() + "' >/dev/null 2>&1";
+    const int status = std::system(command.c_str());
+    constexpr int kInvalid = 3;
+    EXPECT_TRUE(WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kInvalid)) << status;
+    return status == 0;
+}
+
+}  // namespace
+
+TEST(SignatureSchema, AcceptsTheExamples) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(QUORVIS_SIGNATURES)) {
+        EXPECT_TRUE(isValid(entry.path())) << entry.path();
+        ++count;
+    }
+    EXPECT_EQ(count, 6);
+}
+
+TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
+    const std::string cases[] = {
+        "<Match><Exec path='/x'/></Match>",
+        "<Match><File/></Match>",
+        "<Match><File path='/x' regex='a'/></Match>",
+        "<Match><File path='/x' min='few'/></Match>",
+        "<Match><File path='/x' id='a.b'/></Match>",
+        "<Match><File path='/x'/><File path='/y'/></Match>",
+        "<Match><All/></Match>",
+        "<Match><Not><File path='/x'/><File path='/y'/></Not></Match>",
+        "<Match><Content path='/x'/></Match>",
+        "<Match><Content path='/x' regex='a'><Capture group='33' name='a'/></Content></Match>",
+        "<Match><File path='/x'/></Match><Preset name='a'/>",
+        "<Preset name='a'/><Preset name='a'/><Match><File path='/x'/></Match>",
+        "<Each><File path='/x'/></Each>",
+        "<Each><Compare id='a' left='1' equals='1'/></Each>",
+        "<Output/>",
+        "<Match><File path='/x'/></Match><Output><Variable name='a'/></Output>",
+    };
+    const zavtest::ScratchDir dir;
+    const auto write = [&](const std::string& inner) {
+        return dir.write("sig.xml",
+                         "<Signatures><Signature guid='G' name='N'>" + inner + "</Signature></Signatures>");
+    };
+    EXPECT_TRUE(isValid(write("<Match><File path='/x'/></Match>")));
+    for (const std::string& inner : cases) EXPECT_FALSE(isValid(write(inner))) << inner;
+}
