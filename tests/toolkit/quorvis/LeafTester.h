@@ -1,0 +1,65 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tests/support/ScratchDir.h"
+#include "toolkit/quorvis/Leaf.h"
+#include "toolkit/quorvis/Machine.h"
+
+namespace toolkit::quorvis {
+
+// Looks leaves up in a tree of files of the test's own.
+class LeafTester {
+  public:
+    using Attributes = std::vector<std::pair<Attribute, std::string>>;
+
+    zavtest::ScratchDir tree;
+    Settings settings;
+
+    // Each question is put to a new machine: nothing is remembered of an earlier state of the files.
+    LeafResult ask(LeafKind kind, Attributes attributes, std::vector<Capture> captures = {}) {
+        const Root root(tree.path().string());
+        return askOf(root, kind, std::move(attributes), std::move(captures));
+    }
+
+    LeafResult askLiveSystem(LeafKind kind, Attributes attributes, std::vector<Capture> captures = {}) {
+        return askOf(Root(), kind, std::move(attributes), std::move(captures));
+    }
+
+    // The value of a field of the first item; "-" when there is none.
+    static std::string first(const LeafResult& result, std::string_view field) {
+        const std::string* const value = result.items.empty() ? nullptr : result.items.front().find(field);
+        return value == nullptr ? "-" : *value;
+    }
+
+    // Of the events, in their order.
+    static std::vector<EventCode> codes(const LeafResult& result) {
+        std::vector<EventCode> codes;
+        for (const Event& event : result.events) codes.push_back(event.code);
+        return codes;
+    }
+
+  private:
+    LeafResult askOf(const Root& root, LeafKind kind, Attributes attributes, std::vector<Capture> captures) {
+        std::ranges::sort(attributes);
+        leaf_ = std::make_unique<Leaf>();
+        leaf_->kind = kind;
+        leaf_->captures = std::move(captures);
+        std::vector<std::string> values;
+        for (auto& [attribute, value] : attributes) {
+            leaf_->attributes.push_back({attribute, Template()});
+            values.push_back(std::move(value));
+        }
+        Machine machine(root, settings);
+        return lookUp(Query(*leaf_, std::move(values)), machine);
+    }
+
+    std::unique_ptr<Leaf> leaf_;
+};
+
+}  // namespace toolkit::quorvis
