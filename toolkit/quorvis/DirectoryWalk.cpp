@@ -158,7 +158,7 @@ void DirectoryWalk::hitReached(std::string_view name) {
     std::string path;
     findings_.nextName();
     for (const NodeId id : reached_) {
-        if (trie_.node(id).requests.empty()) continue;
+        if (!trie_.node(id).ends()) continue;
         if (path.empty()) path.append(path_).append(1, '/').append(name);
         if (!passesOver(id, path)) findings_.hit(id, path);
     }
@@ -177,7 +177,7 @@ DirectoryWalk::Active DirectoryWalk::keepInner(const Entry& entry, std::uint32_t
     Active inner{active_.size(), 0};
     for (const NodeId id : reached_) {
         const GlobTrie::Node& node = trie_.node(id);
-        if (!node.inner) continue;
+        if (!node.inner()) continue;
         if (level < node.bound)
             active_.push_back(id);
         else if (typeOf(entry) == DT_DIR)
@@ -198,11 +198,7 @@ void DirectoryWalk::enterSubdirectories(std::size_t first, std::uint32_t level) 
 
 // The names that are looked for are known: they are opened without a look at the others.
 void DirectoryWalk::stepToLiterals(const Active& active, std::uint32_t level) {
-    std::vector<NodeId> children;
-    for (const NodeId id : nodes(active)) {
-        const std::vector<NodeId>& literals = trie_.node(id).literals;
-        children.insert(children.end(), literals.begin(), literals.end());
-    }
+    std::vector<NodeId> children = trie_.literalChildren(nodes(active));
     const auto before = [this](NodeId left, NodeId right) {
         return trie_.nameOf(left) < trie_.nameOf(right);
     };
@@ -221,7 +217,7 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     trie_.newSet();
     reached_.clear();
     for (const NodeId child : children) trie_.reach(child, reached_);
-    const auto ends = [this](NodeId id) { return !trie_.node(id).requests.empty(); };
+    const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
     if (ending != children.end() && isThere(name.c_str(), *ending)) hitReached(name);
     const std::size_t activeBefore = active_.size();

@@ -45,11 +45,18 @@ class Expansion {
                 appendEach(texts, group(depth + 1));
                 continue;
             }
-            const std::size_t length = next == '[' ? lengthOfSet(rest_) : next == '\\' ? 2 : 1;
+            const std::size_t length = lengthOfPlain(next);
             for (std::string& text : texts) text.append(rest_.substr(0, length));
             rest_.remove_prefix(std::min(length, rest_.size()));
         }
         return texts;
+    }
+
+    // Of what stands for itself at the start of the rest, however it is meant.
+    std::size_t lengthOfPlain(char next) const {
+        if (next == '[') return lengthOfSet(rest_);
+        if (next == '\\') return 2;
+        return std::max<std::size_t>(1, std::min(rest_.find_first_of("\\[{},"), rest_.size()));
     }
 
     std::vector<std::string> group(int depth) {

@@ -122,8 +122,8 @@ std::optional<std::string> problemOfPattern(std::string_view pattern) {
     return std::nullopt;
 }
 
-bool searchesWholeTree(std::string_view pattern) {
-    for (const GlobSteps& steps : stepsOf(pattern)) {
+bool searchesWholeTree(const std::vector<GlobSteps>& alternatives) {
+    for (const GlobSteps& steps : alternatives) {
         for (const GlobStep& step : steps) {
             if (step.kind == GlobStep::Kind::Literal) break;
             if (step.kind == GlobStep::Kind::AnyDepth) return true;

@@ -18,9 +18,6 @@ namespace toolkit::quorvis {
 // What is wrong with a pattern, in words; none when it is one.
 std::optional<std::string> problemOfPattern(std::string_view pattern);
 
-// Whether a "**" of a proper pattern stands below no directory of a fixed name.
-bool searchesWholeTree(std::string_view pattern);
-
 // The value as a piece of a pattern that stands for nothing but this value.
 std::string quotedForPattern(std::string_view value);
 
@@ -34,6 +31,9 @@ using GlobSteps = std::vector<GlobStep>;
 
 // The alternatives that a proper pattern stands for, without braces. None ends in AnyDepth.
 std::vector<GlobSteps> stepsOf(std::string_view pattern);
+
+// Whether a "**" stands below no directory of a fixed name.
+bool searchesWholeTree(const std::vector<GlobSteps>& alternatives);
 
 // Tells for single paths whether a pattern matches them.
 class PathPattern {

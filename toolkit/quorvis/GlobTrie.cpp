@@ -4,18 +4,20 @@
 
 namespace toolkit::quorvis {
 
+void GlobTrie::prepend(std::vector<Link>& links, std::uint32_t& first, std::uint32_t value) {
+    links.push_back({value, first});
+    first = static_cast<std::uint32_t>(links.size() - 1);
+}
+
 GlobTrie::NodeId GlobTrie::addNode(NodeId parent) {
     const auto id = static_cast<NodeId>(nodes_.size());
     nodes_.emplace_back();
-    nameIds_.push_back(0);
-    patternIds_.push_back(0);
-    children_.emplace_back();
     marks_.push_back(0);
     if (parent != 0) {
         nodes_[id].scope = nodes_[parent].scope;
         nodes_[id].bound = nodes_[parent].bound;
-        nodes_[parent].inner = true;
-        children_[parent].push_back(id);
+        nodes_[id].nextSibling = nodes_[parent].firstChild;
+        nodes_[parent].firstChild = id;
     }
     return id;
 }
@@ -34,16 +36,15 @@ GlobTrie::NodeId GlobTrie::literalChild(NodeId parent, const std::string& name) 
     const std::uint32_t number = names_.add(name);
     if (const NodeId known = literals_.find(parent, number); known != 0) return known;
     const NodeId child = addNode(parent);
-    nameIds_[child] = number;
+    nodes_[child].name = number;
     literals_.add(parent, number, child);
-    nodes_[parent].literals.push_back(child);
     return child;
 }
 
 // The place of these bytes, which is made unless it is there.
 std::uint32_t GlobTrie::byteNode(std::uint32_t& start, std::string_view bytes, bool backwards) {
     const auto newPlace = [&] {
-        byPlace_.emplace_back();
+        byPlace_.push_back(0);
         return static_cast<std::uint32_t>(byPlace_.size() - 1);
     };
     if (start == 0) start = newPlace();
@@ -63,17 +64,15 @@ std::uint32_t GlobTrie::byteNode(std::uint32_t& start, std::string_view bytes, b
 // Makes a wildcard child one that can be found by what its names begin or end with, whichever is longer.
 void GlobTrie::file(NodeId parent, NodeId child) {
     Node& node = nodes_[parent];
-    const NamePattern& pattern = compiled_[patternIds_[child] - 1];
-    const std::string& prefix = pattern.prefix();
-    const std::string& suffix = pattern.suffix();
-    if (pattern.any())
+    const NamePattern& pattern = compiled_[nodes_[child].pattern - 1];
+    if (pattern.any()) {
         node.star = child;
-    else if (prefix.empty() && suffix.empty())
-        node.others.push_back(child);
-    else if (prefix.size() >= suffix.size())
-        byPlace_[byteNode(node.prefixes, prefix, false)].push_back(child);
-    else
-        byPlace_[byteNode(node.suffixes, suffix, true)].push_back(child);
+        return;
+    }
+    const bool byEnd = pattern.suffix().size() > pattern.prefix().size();
+    const std::uint32_t place = byEnd ? byteNode(node.suffixes, pattern.suffix(), true)
+                                      : byteNode(node.prefixes, pattern.prefix(), false);
+    prepend(filed_, byPlace_[place], child);
 }
 
 GlobTrie::NodeId GlobTrie::wildcardChild(NodeId parent, const std::string& pattern) {
@@ -81,7 +80,7 @@ GlobTrie::NodeId GlobTrie::wildcardChild(NodeId parent, const std::string& patte
     if (number > compiled_.size()) compiled_.emplace_back(pattern);
     if (const NodeId known = wildcards_.find(parent, number); known != 0) return known;
     const NodeId child = addNode(parent);
-    patternIds_[child] = number;
+    nodes_[child].pattern = number;
     wildcards_.add(parent, number, child);
     nodes_[parent].lists = true;
     file(parent, child);
@@ -121,8 +120,7 @@ void GlobTrie::add(const GlobSteps& steps, const GlobScope& scope, std::uint32_t
             nodes_[node].bound = fixed + scope.maxDepth;
         }
     }
-    std::vector<std::uint32_t>& requests = nodes_[node].requests;
-    if (requests.empty() || requests.back() != request) requests.push_back(request);
+    prepend(endings_, nodes_[node].endings, request);
 }
 
 std::vector<GlobTrie::NodeId> GlobTrie::start() const {
@@ -141,16 +139,22 @@ void GlobTrie::reach(NodeId id, std::vector<NodeId>& reached) {
     if (nodes_[id].depthChild != 0) reach(nodes_[id].depthChild, reached);
 }
 
+void GlobTrie::reachFiled(std::uint32_t place, std::string_view name, std::vector<NodeId>& reached) {
+    for (std::uint32_t i = byPlace_[place]; i != 0; i = filed_[i].next) {
+        const NodeId child = filed_[i].value;
+        if (compiled_[nodes_[child].pattern - 1].matches(name)) reach(child, reached);
+    }
+}
+
 void GlobTrie::reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
                             std::vector<NodeId>& reached) {
+    reachFiled(start, name, reached);
     std::uint32_t place = start;
     for (std::size_t i = 0; i < name.size(); ++i) {
         const auto byte = static_cast<unsigned char>(name[backwards ? name.size() - 1 - i : i]);
         place = bytes_.find(place, byte);
         if (place == 0) return;
-        for (const NodeId child : byPlace_[place]) {
-            if (compiled_[patternIds_[child] - 1].matches(name)) reach(child, reached);
-        }
+        reachFiled(place, name, reached);
     }
 }
 
@@ -167,11 +171,18 @@ void GlobTrie::advance(std::span<const NodeId> active, std::string_view name, bo
         if (node.star != 0) reach(node.star, reached);
         if (node.prefixes != 0) reachByBytes(node.prefixes, name, false, reached);
         if (node.suffixes != 0) reachByBytes(node.suffixes, name, true, reached);
-        for (const NodeId child : node.others) {
-            if (compiled_[patternIds_[child] - 1].matches(name)) reach(child, reached);
-        }
         if (below && node.anyDepth) reach(id, reached);
     }
+}
+
+std::vector<GlobTrie::NodeId> GlobTrie::literalChildren(std::span<const NodeId> parents) const {
+    std::vector<NodeId> children;
+    for (const NodeId parent : parents) {
+        for (NodeId child = nodes_[parent].firstChild; child != 0; child = nodes_[child].nextSibling) {
+            if (nodes_[child].name != 0) children.push_back(child);
+        }
+    }
+    return children;
 }
 
 std::vector<std::uint32_t> GlobTrie::requestsBelow(NodeId id) const {
@@ -180,8 +191,9 @@ std::vector<std::uint32_t> GlobTrie::requestsBelow(NodeId id) const {
     while (!todo.empty()) {
         const NodeId next = todo.back();
         todo.pop_back();
-        requests.insert(requests.end(), nodes_[next].requests.begin(), nodes_[next].requests.end());
-        todo.insert(todo.end(), children_[next].begin(), children_[next].end());
+        forEachRequest(next, [&requests](std::uint32_t request) { requests.push_back(request); });
+        for (NodeId child = nodes_[next].firstChild; child != 0; child = nodes_[child].nextSibling)
+            todo.push_back(child);
     }
     std::ranges::sort(requests);
     requests.erase(std::unique(requests.begin(), requests.end()), requests.end());

@@ -31,16 +31,20 @@ class GlobTrie {
     struct Node {
         bool anyDepth = false;       // stays active in the directories below
         bool lists = false;          // needs the names in the directory; else the literal children are all
-        bool inner = false;          // has something below it
         NodeId depthChild = 0;       // that of a "**" behind this node
         NodeId star = 0;             // that of a "*"
         std::uint32_t prefixes = 0;  // start of the patterns that are found by their first bytes
         std::uint32_t suffixes = 0;  // and by their last bytes
         std::uint32_t bound = kNoBound;  // the deepest level of names that it may match
         std::uint32_t scope = 0;
-        std::vector<NodeId> others;           // patterns that begin and end with a wildcard
-        std::vector<NodeId> literals;         // of fixed names
-        std::vector<std::uint32_t> requests;  // that end here
+        std::uint32_t endings = 0;  // list of the requests that end here
+        NodeId firstChild = 0;
+        NodeId nextSibling = 0;
+        std::uint32_t name = 0;     // of a literal child
+        std::uint32_t pattern = 0;  // of a wildcard child
+
+        bool inner() const { return firstChild != 0; }
+        bool ends() const { return endings != 0; }
     };
 
     // Adds one alternative of a request's pattern.
@@ -63,11 +67,23 @@ class GlobTrie {
     std::size_t scopeCount() const { return scopes_.size(); }
     const GlobScope& scope(std::uint32_t index) const { return scopes_[index]; }
     // Of a literal child.
-    const std::string& nameOf(NodeId id) const { return names_.nameOf(nameIds_[id]); }
-    // The requests that end at this node or below.
+    const std::string& nameOf(NodeId id) const { return names_.nameOf(nodes_[id].name); }
+    std::vector<NodeId> literalChildren(std::span<const NodeId> parents) const;
+    // Calls `tell` for each request that ends at this node.
+    template <typename Tell>
+    void forEachRequest(NodeId id, const Tell& tell) const {
+        for (std::uint32_t i = nodes_[id].endings; i != 0; i = endings_[i].next) tell(endings_[i].value);
+    }
+    // The requests that end at this node or below, in order.
     std::vector<std::uint32_t> requestsBelow(NodeId id) const;
 
   private:
+    // One of a list; 0 is no place.
+    struct Link {
+        std::uint32_t value = 0;
+        std::uint32_t next = 0;
+    };
+    static void prepend(std::vector<Link>& links, std::uint32_t& first, std::uint32_t value);
     NodeId addNode(NodeId parent);
     NodeId topOf(const GlobScope& scope);
     NodeId childFor(NodeId parent, const GlobStep& step);
@@ -76,13 +92,12 @@ class GlobTrie {
     NodeId depthChild(NodeId parent);
     void file(NodeId parent, NodeId child);
     std::uint32_t byteNode(std::uint32_t& start, std::string_view bytes, bool backwards);
+    void reachFiled(std::uint32_t place, std::string_view name, std::vector<NodeId>& reached);
     void reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
                       std::vector<NodeId>& reached);
 
     std::vector<Node> nodes_ = std::vector<Node>(1);  // node 0 is none
-    std::vector<std::uint32_t> nameIds_ = std::vector<std::uint32_t>(1);
-    std::vector<std::uint32_t> patternIds_ = std::vector<std::uint32_t>(1);
-    std::vector<std::vector<NodeId>> children_ = std::vector<std::vector<NodeId>>(1);
+    std::vector<Link> endings_ = std::vector<Link>(1);
     std::vector<std::uint32_t> marks_ = std::vector<std::uint32_t>(1);
     std::uint32_t set_ = 0;
     std::vector<GlobScope> scopes_;
@@ -93,7 +108,8 @@ class GlobTrie {
     PairTable wildcards_;                // node and pattern to child
     std::vector<NamePattern> compiled_;  // by the number of the pattern, from 1
     PairTable bytes_;                    // place and byte to the place of the longer text
-    std::vector<std::vector<NodeId>> byPlace_ = std::vector<std::vector<NodeId>>(1);
+    std::vector<std::uint32_t> byPlace_ = std::vector<std::uint32_t>(1);  // lists of wildcard children
+    std::vector<Link> filed_ = std::vector<Link>(1);
 };
 
 }  // namespace toolkit::quorvis

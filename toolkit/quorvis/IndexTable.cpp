@@ -31,28 +31,30 @@ void PairTable::add(std::uint32_t first, std::uint32_t second, std::uint32_t val
     ++used_;
 }
 
+void NameTable::put(std::uint32_t number) {
+    const std::uint64_t hash = hashOf(names_[number - 1]);
+    std::size_t i = hash & (slots_.size() - 1);
+    while (slots_[i].number != 0) i = (i + 1) & (slots_.size() - 1);
+    slots_[i] = {static_cast<std::uint32_t>(hash >> 32U), number};
+    const std::uint64_t bit = (hash >> 16U) & (filter_.size() * 64 - 1);
+    filter_[bit / 64] |= std::uint64_t{1} << (bit % 64);
+}
+
 void NameTable::grow() {
     slots_.assign(std::max(kFewestSlots, slots_.size() * 2), {});
-    for (std::uint32_t number = 1; number <= names_.size(); ++number) {
-        const std::uint64_t hash = hashOf(names_[number - 1]);
-        std::size_t i = hash & (slots_.size() - 1);
-        while (slots_[i].number != 0) i = (i + 1) & (slots_.size() - 1);
-        slots_[i] = {static_cast<std::uint32_t>(hash >> 32U), number};
-    }
+    filter_.assign(slots_.size() / 8, 0);
+    for (std::uint32_t number = 1; number <= names_.size(); ++number) put(number);
 }
 
 std::uint32_t NameTable::add(std::string_view name) {
     if (const std::uint32_t number = find(name); number != 0) return number;
     names_.emplace_back(name);
-    if (2 * names_.size() > slots_.size()) {
+    const auto number = static_cast<std::uint32_t>(names_.size());
+    if (2 * names_.size() > slots_.size())
         grow();
-        return static_cast<std::uint32_t>(names_.size());
-    }
-    const std::uint64_t hash = hashOf(name);
-    std::size_t i = hash & (slots_.size() - 1);
-    while (slots_[i].number != 0) i = (i + 1) & (slots_.size() - 1);
-    slots_[i] = {static_cast<std::uint32_t>(hash >> 32U), static_cast<std::uint32_t>(names_.size())};
-    return static_cast<std::uint32_t>(names_.size());
+    else
+        put(number);
+    return number;
 }
 
 }  // namespace toolkit::quorvis

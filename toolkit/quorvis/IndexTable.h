@@ -47,6 +47,7 @@ class NameTable {
     std::uint32_t find(std::string_view name) const {
         if (slots_.empty()) return 0;
         const std::uint64_t hash = hashOf(name);
+        if (!mayHold(hash)) return 0;
         for (std::size_t i = hash & (slots_.size() - 1);; i = (i + 1) & (slots_.size() - 1)) {
             const Slot& slot = slots_[i];
             if (slot.number == 0) return 0;
@@ -63,26 +64,40 @@ class NameTable {
         std::uint32_t tag = 0;
         std::uint32_t number = 0;
     };
+    template <typename Word>
+    static std::uint64_t wordAt(const char* place) {
+        Word word;
+        std::memcpy(&word, place, sizeof word);
+        return word;
+    }
+    // Of all bytes, eight at a time; the last ones overlap those before.
     static std::uint64_t hashOf(std::string_view name) {
+        const char* const end = name.data() + name.size();
         std::uint64_t hash = name.size();
-        const auto mix = [&hash](std::uint64_t bytes) {
-            hash = (hash ^ bytes) * 0x9FB21C651E98DF25U;
+        const auto mix = [&hash](std::uint64_t word) {
+            hash = (hash ^ word) * 0x9FB21C651E98DF25U;
             hash ^= hash >> 32U;
         };
-        std::uint64_t bytes = 0;
-        for (; name.size() > sizeof bytes; name.remove_prefix(sizeof bytes)) {
-            std::memcpy(&bytes, name.data(), sizeof bytes);
-            mix(bytes);
+        if (name.size() >= 8) {
+            for (const char* at = name.data(); at + 8 < end; at += 8) mix(wordAt<std::uint64_t>(at));
+            mix(wordAt<std::uint64_t>(end - 8));
+        } else if (name.size() >= 4) {
+            mix(wordAt<std::uint32_t>(name.data()) << 32U | wordAt<std::uint32_t>(end - 4));
+        } else {
+            for (const char c : name) mix(static_cast<unsigned char>(c));
         }
-        bytes = 0;
-        std::memcpy(&bytes, name.data(), name.size());
-        mix(bytes);
-        mix(hash);
         return hash;
     }
+    // Few names of a walk are in the table, and the table is too large for the nearest cache: these bits are not.
+    bool mayHold(std::uint64_t hash) const {
+        const std::uint64_t bit = (hash >> 16U) & (filter_.size() * 64 - 1);
+        return (filter_[bit / 64] >> (bit % 64) & 1U) != 0;
+    }
+    void put(std::uint32_t number);
     void grow();
 
-    std::vector<Slot> slots_;  // a power of two of them
+    std::vector<Slot> slots_;            // a power of two of them
+    std::vector<std::uint64_t> filter_;  // eight bits for each slot
     std::vector<std::string> names_;
 };
 

@@ -15,10 +15,11 @@ namespace {
 
 constexpr unsigned kDeepestWalk = 64;
 
-// Why there is nothing to walk for; empty for a proper request.
-std::string problemOf(const GlobRequest& request, bool wholeTree) {
+// Takes the pattern of a request apart; returns what is wrong with it, or nothing.
+std::string takeApart(const GlobRequest& request, bool wholeTree, std::vector<GlobSteps>& alternatives) {
     if (const auto problem = problemOfPattern(request.pattern)) return "This is no pattern: " + *problem;
-    if (!wholeTree && searchesWholeTree(request.pattern))
+    alternatives = stepsOf(request.pattern);
+    if (!wholeTree && searchesWholeTree(alternatives))
         return "A \"**\" needs a directory of a fixed name before it";
     if (request.exclude.empty()) return {};
     if (const auto problem = problemOfPattern(request.exclude))
@@ -42,7 +43,8 @@ std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> re
     std::vector<GlobHits> hits(requests.size());
     GlobTrie trie;
     for (std::uint32_t i = 0; i < requests.size(); ++i) {
-        std::string problem = problemOf(requests[i], settings.fileSystem.wholeTree);
+        std::vector<GlobSteps> alternatives;
+        std::string problem = takeApart(requests[i], settings.fileSystem.wholeTree, alternatives);
         if (!problem.empty()) {
             hits[i].incomplete = true;
             hits[i].events.push_back(

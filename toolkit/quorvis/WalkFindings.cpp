@@ -30,9 +30,9 @@ void WalkFindings::keep(GlobHits& hits, const std::string& path) {
 }
 
 void WalkFindings::hit(GlobTrie::NodeId node, const std::string& path) {
-    for (const std::uint32_t request : trie_.node(node).requests) {
+    trie_.forEachRequest(node, [&](std::uint32_t request) {
         if (std::exchange(lastHits_[request], name_) != name_) keep(hits_[request], path);
-    }
+    });
 }
 
 void WalkFindings::problem(GlobTrie::NodeId node, EventCode code, const std::string& path, std::string text) {
