@@ -134,7 +134,6 @@ TEST(PropertyFormats, CutTextsGiveNothingWrong) {
         const std::string whole = "b\u00e4\\c:=d";
         // An escape that is cut is none.
         EXPECT_TRUE(whole.starts_with(value) || value.starts_with("bu")) << cut;
-            << cut;
     }
     const std::string ini = "[s]\nk = \"v\"\n";
     for (std::size_t size = 0; size <= ini.size(); ++size) {
