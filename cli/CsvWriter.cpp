@@ -29,4 +29,18 @@ std::string csvText(const Inventory& inventory) {
     return text;
 }
 
+std::string csvText(const SoftwareReport& report) {
+    std::string text = "result,guid,name,variable,value\r\n";
+    for (std::size_t i = 0; i < report.results.size(); ++i) {
+        const Finding& finding = report.results[i];
+        std::vector<Field> variables = finding.variables;
+        if (variables.empty()) variables.emplace_back();
+        for (const Field& variable : variables) {
+            fmt::format_to(std::back_inserter(text), "{},{},{},{},{}\r\n", i, csvField(finding.guid),
+                           csvField(finding.name), csvField(variable.name), csvField(variable.value));
+        }
+    }
+    return text;
+}
+
 }  // namespace zavcli

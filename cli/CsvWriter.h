@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "cli/Model.h"
+#include "cli/Software.h"
 
 namespace zavcli {
 
@@ -14,5 +15,9 @@ std::string csvField(std::string_view value);
 // RFC 4180 with a header line: one record per field of every instance, in the columns group, instance (from
 // 0), field, value.
 std::string csvText(const Inventory& inventory);
+
+// One record per variable of every result, in the columns result (from 0), guid, name, variable, value. A
+// result without variables has one record, in which the last two are empty.
+std::string csvText(const SoftwareReport& report);
 
 }  // namespace zavcli

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "cli/Configuration.h"
+#include "cli/Evaluation.h"
 #include "cli/Failure.h"
 #include "cli/Inventory.h"
 #include "cli/Probe.h"
@@ -16,8 +17,6 @@
 namespace zavcli {
 
 namespace {
-
-constexpr const char* kSoftwareScanner = "quorvis";
 
 // The scanner's own report; every scanner can give it, on every machine.
 const GroupName kCheapGroup{20, "ScanInfo"};
@@ -75,7 +74,7 @@ std::string origin(ToolkitSource source) {
 
 // The library is opened on the toolkit and one cheap group is scanned.
 Check checkHardwareScanner(const Toolkit& toolkit) {
-    const std::string scanner = toolkit.directory + "/quorvah";
+    const std::string scanner = scannerPath(toolkit.directory, kHardwareScanner);
     try {
         Silence silence;
         const Library library(silence, toolkit.directory);
@@ -87,19 +86,32 @@ Check checkHardwareScanner(const Toolkit& toolkit) {
     }
 }
 
-Check checkSoftwareScanner(const Toolkit& toolkit) {
-    const std::string scanner = toolkit.directory + "/" + kSoftwareScanner;
-    if (holdsProgram(toolkit.directory, kSoftwareScanner))
-        return {Verdict::Ok, "software scanner", fmt::format("{} is there", scanner)};
-    return {Verdict::Note, "software scanner",
-            fmt::format(
-                "there is no {}: software signatures cannot be evaluated; a hardware inventory needs none",
-                scanner)};
+// The library is opened on the toolkit and no signature at all is evaluated.
+Check checkSoftwareScanner(const ToolkitPlaces& places) {
+    const std::string subject = "software scanner";
+    std::string scanner;
+    try {
+        scanner = scannerPath(chooseToolkit(places, kSoftwareScanner).directory, kSoftwareScanner);
+    } catch (const Failure& failure) {
+        return {
+            Verdict::Note, subject,
+            fmt::format("{}; software signatures cannot be evaluated, but a hardware inventory needs none",
+                        failure.what())};
+    }
+    try {
+        Silence silence;
+        Library library(silence, std::filesystem::path(scanner).parent_path().string());
+        evaluateNothing(library, scanner);
+        return {Verdict::Ok, subject, fmt::format("{} ran and wrote valid results", scanner)};
+    } catch (const Failure& failure) {
+        return {Verdict::Problem, subject,
+                fmt::format("{}; 'zav sw FILE -vv' shows every step of an evaluation", failure.what())};
+    }
 }
 
 void examineToolkit(std::vector<Check>& checks, const ToolkitPlaces& places) {
     try {
-        const Toolkit toolkit = chooseToolkit(places);
+        const Toolkit toolkit = chooseToolkit(places, kHardwareScanner);
         const bool passedOver = !places.configured.empty() && toolkit.source == ToolkitSource::Bundled;
         checks.push_back({passedOver ? Verdict::Note : Verdict::Ok, "toolkit directory",
                           fmt::format("{} ({}){}", toolkit.directory, origin(toolkit.source),
@@ -107,10 +119,10 @@ void examineToolkit(std::vector<Check>& checks, const ToolkitPlaces& places) {
                                                                places.configured)
                                                  : "")});
         checks.push_back(checkHardwareScanner(toolkit));
-        checks.push_back(checkSoftwareScanner(toolkit));
     } catch (const Failure& failure) {
         checks.push_back({Verdict::Problem, "toolkit directory", failure.what()});
     }
+    checks.push_back(checkSoftwareScanner(places));
 }
 
 std::string_view word(Verdict verdict) {

@@ -1,36 +1,27 @@
 #include "cli/Inventory.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
 
 #include "cli/Codes.h"
 #include "cli/Failure.h"
+#include "cli/ScanRecord.h"
 #include "cli/Text.h"
+#include "cli/Toolkit.h"
 
 namespace zavcli {
 
 namespace {
 
 constexpr int kAllGroups = 0;
-constexpr int kSignalBase = 128;  // an exit status above it names the signal that ended the scanner
-
-void require(int code) {
-    if (code != ZAV_SUCCESS) throw Failure(kExitFailed, std::string(sentence(code)));
-}
 
 // Why the scan failed, with the scanner's path and how it ended.
 std::string explain(int code, ZAVHwCtx* hardware, const std::string& scanner) {
     int status = -1;
     ZAV_hw_get_returncode(hardware, &status);
     if (code != ZAV_ERROR_HW_SCANNER) return fmt::format("{} ({})", sentence(code), scanner);
-    if (status > kSignalBase)
-        return fmt::format("signal {} ended the scanner {}", status - kSignalBase, scanner);
-    if (status > 0) return fmt::format("the scanner {} failed with status {}", scanner, status);
-    return fmt::format("the scanner {} could not be started", scanner);
+    return howEnded(status, scanner);
 }
 
 bool holds(const Instance& instance, const std::string& name) {
@@ -68,7 +59,8 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
     require(ZAV_hw_setopt(hardware, kAllGroups, 0));
     for (const GroupName& group : groups) require(ZAV_hw_setopt(hardware, group.id, 1));
     const int code = ZAV_hw_run(hardware);
-    if (code != ZAV_SUCCESS) throw Failure(kExitFailed, explain(code, hardware, toolkit + "/quorvah"));
+    if (code != ZAV_SUCCESS)
+        throw Failure(kExitFailed, explain(code, hardware, scannerPath(toolkit, kHardwareScanner)));
     std::vector<Group> results;
     results.reserve(groups.size());
     for (const GroupName& group : groups) results.push_back(readGroup(hardware, group));
@@ -77,16 +69,10 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
 
 Inventory takeInventory(const Library& library, const std::string& toolkit, const std::string& root,
                         const std::vector<GroupName>& groups) {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point begin = Clock::now();
+    const ScanRecord record(toolkit, root);
     Inventory inventory;
-    inventory.scan.program = "zav " ZAV_CLI_VERSION;
-    inventory.scan.time = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
-    inventory.scan.toolkit = toolkit;
-    inventory.scan.root = root;
     inventory.groups = scanGroups(library, toolkit, groups);
-    inventory.scan.milliseconds =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
+    inventory.scan = record.facts();
     return inventory;
 }
 

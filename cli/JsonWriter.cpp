@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/Metadata.h"
+
 namespace zavcli {
 
 namespace {
@@ -17,14 +19,37 @@ Json scanFacts(const ScanFacts& scan) {
     return facts;
 }
 
+Json object(const std::vector<Field>& fields) {
+    Json object = Json::object();
+    for (const Field& field : fields) object[field.name] = field.value;
+    return object;
+}
+
 Json instances(const Group& group) {
     Json array = Json::array();
-    for (const Instance& instance : group.instances) {
-        Json object = Json::object();
-        for (const Field& field : instance) object[field.name] = field.value;
-        array.push_back(std::move(object));
-    }
+    for (const Instance& instance : group.instances) array.push_back(object(instance));
     return array;
+}
+
+Json result(const Finding& finding) {
+    Json json = {{"guid", finding.guid}};
+    if (!finding.name.empty()) json["name"] = finding.name;
+    json["variables"] = object(finding.variables);
+    const Metadata metadata = readMetadata(finding.metadata);
+    if (!metadata.texts.empty()) json["metadata"] = object(metadata.texts);
+    for (const std::vector<Field>& piece : metadata.evidence) json["evidence"].push_back(object(piece));
+    return json;
+}
+
+Json warning(const Warning& warning) {
+    Json json = object(warning.attributes);
+    json["text"] = warning.text;
+    return json;
+}
+
+std::string written(const Json& document) {
+    // Paths may hold bytes that are no UTF-8.
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace
@@ -32,9 +57,17 @@ Json instances(const Group& group) {
 std::string jsonText(const Inventory& inventory) {
     Json groups = Json::object();
     for (const Group& group : inventory.groups) groups[group.name] = instances(group);
-    const Json document = {{"scan", scanFacts(inventory.scan)}, {"groups", std::move(groups)}};
-    // Paths may hold bytes that are no UTF-8.
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return written({{"scan", scanFacts(inventory.scan)}, {"groups", std::move(groups)}});
+}
+
+std::string jsonText(const SoftwareReport& report) {
+    Json results = Json::array();
+    for (const Finding& finding : report.results) results.push_back(result(finding));
+    Json warnings = Json::array();
+    for (const Warning& each : report.warnings) warnings.push_back(warning(each));
+    return written({{"scan", scanFacts(report.scan)},
+                    {"results", std::move(results)},
+                    {"warnings", std::move(warnings)}});
 }
 
 }  // namespace zavcli

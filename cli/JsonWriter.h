@@ -3,11 +3,16 @@
 #include <string>
 
 #include "cli/Model.h"
+#include "cli/Software.h"
 
 namespace zavcli {
 
 // {"scan": {...}, "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}, indented. Every value is a
 // string; a group without instances is an empty array.
 std::string jsonText(const Inventory& inventory);
+
+// {"scan": {...}, "results": [{"guid": ..., "name": ..., "variables": {...}, "metadata": {...}, "evidence":
+// [...]}, ...], "warnings": [...]}, indented. What is not known is left out, but for guid and variables.
+std::string jsonText(const SoftwareReport& report);
 
 }  // namespace zavcli

@@ -1,4 +1,5 @@
-// The library as this command uses it: one handle with one hardware context.
+// The library as this command uses it: one handle with one hardware context and, when it is asked for, one
+// software context.
 #pragma once
 
 #include <optional>
@@ -43,9 +44,14 @@ class Library {
 
     ZAVHwCtx* hardware() const { return hardware_; }
 
+    // Throws Failure when the context cannot be made.
+    ZAVSwCtx* software();
+
   private:
+    Listener* listener_;
     ZAVCtx* handle_ = nullptr;
     ZAVHwCtx* hardware_ = nullptr;
+    ZAVSwCtx* software_ = nullptr;
 };
 
 }  // namespace zavcli

@@ -17,10 +17,11 @@ constexpr const char* kMainFooter = R"(Examples:
   zav hw                                   what is in this machine, to read
   zav hw --group Processor --group Memory  two groups only
   zav hw --format json --output pc.json    everything, for a program
+  zav sw signatures.xml                    which of the software described there is installed
   zav doctor                               why it does not work, if it does not
 
 Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong.
-'zav hw --help' tells more.)";
+'zav hw --help' and 'zav sw --help' tell more.)";
 
 constexpr const char* kHardwareFooter =
     R"(Groups are named as 'zav groups' lists them, in any case, with or without blanks, or by number:
@@ -41,6 +42,40 @@ Examples:
   zav hw --group "Software Packages" --all
   zav hw --group 25 --format csv --output packages.csv
   zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine)";
+
+constexpr const char* kSoftwareFooter =
+    R"(A signatures file describes software: which packages, files or contents tell that it is installed, and which values,
+such as its version, are to be reported. A directory stands for all *.xml files in it. Several files are evaluated in one
+run where they can be joined.
+
+--variable NAME=VALUE presets a variable for all signatures, NAME=VALUE@GUID for one. What stands behind the last '@' is
+taken for an identifier when it looks like 6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001, with or without braces. A variable has
+one value in a run.
+--config PLUGIN.ATTRIBUTE=VALUE changes a setting of the scanner.
+--guid GUID shows the results of this signature only, in any case. When it does not match, that is told on standard error,
+the result is empty and the exit status 0.
+
+Formats:
+  table  to read: a paragraph per match, with the first piece of evidence for it
+  json   {"scan": {...}, "results": [{"guid", "name", "variables": {...}, "metadata": {...}, "evidence": [...]}, ...],
+         "warnings": [...]}; all values are strings
+  csv    one record per variable: result,guid,name,variable,value; results count from 0
+  xml    one element MatchedSignature per match, as the scanner writes
+
+What could not be examined, such as a file that must not be read, is told on standard error in any format.
+
+The scanner 'quorvis' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the one that
+came with this command. --root is understood by the latter, so an installed toolkit is passed over then.
+
+Examples:
+  zav sw signatures.xml
+  zav sw /usr/share/zav/signatures --format json --output software.json
+  zav sw signatures.xml --variable minVersion=3.11 --config FileSystem.maxDepth=6
+  zav sw signatures.xml --root /mnt/image        the system below /mnt/image in place of this machine
+  zav sw --check signatures.xml                  is the file valid? if not, in which line is it wrong?
+
+Exit status: 0 evaluated, also without a match, or valid; 1 the evaluation failed, or a file is not valid; 2 the command
+line is wrong, or a file cannot be read.)";
 
 constexpr const char* kDoctorFooter =
     R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible).
@@ -64,15 +99,15 @@ void addToolkit(CLI::App& command, Options& options) {
     command.add_option("--toolkit", options.toolkit, "Directory that holds the scanner")->type_name("DIR");
 }
 
-void addHardware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
-    CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
-    command.footer(kHardwareFooter);
-    command.add_option("-g,--group", options.groups, "Scan this group only; may be repeated")
-        ->type_name("GROUP")
-        ->take_all()
-        ->allow_extra_args(false);
+// An option that takes one value and may be repeated.
+void addRepeated(CLI::App& command, const std::string& names, std::vector<std::string>& values,
+                 const std::string& type, const std::string& help) {
+    command.add_option(names, values, help)->type_name(type)->take_all()->allow_extra_args(false);
+}
+
+// What commands that run a scanner have in common.
+void addScan(CLI::App& command, Options& options, std::string& format, int& verbosity) {
     addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
-    command.add_flag("--all", options.all, "Leave nothing out of the table");
     command.add_option("-o,--output", options.output, "Write to this file, whole or not at all")
         ->type_name("FILE");
     addToolkit(command, options);
@@ -80,7 +115,32 @@ void addHardware(CLI::App& app, Options& options, std::string& format, int& verb
         ->type_name("DIR")
         ->check(CLI::ExistingDirectory.description(""));
     command.add_flag("-v", verbosity, "Show more of the library's messages; -vv shows all");
+}
+
+void addHardware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
+    CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
+    command.footer(kHardwareFooter);
+    addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan this group only; may be repeated");
+    addScan(command, options, format, verbosity);
+    command.add_flag("--all", options.all, "Leave nothing out of the table");
     command.callback([&options] { options.command = Command::Hardware; });
+}
+
+void addSoftware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
+    CLI::App& command = *app.add_subcommand("sw", "Find software by signatures");
+    command.footer(kSoftwareFooter);
+    command.add_option("FILE", options.signatures, "Signatures files, or directories of them")
+        ->type_name("")
+        ->required();
+    addRepeated(command, "--variable", options.variables, "NAME=VALUE[@GUID]",
+                "Preset a variable; may be repeated");
+    addRepeated(command, "--config", options.settings, "PLUGIN.ATTRIBUTE=VALUE",
+                "Change a setting of the scanner; may be repeated");
+    addRepeated(command, "--guid", options.guids, "GUID",
+                "Show this signature's results only; may be repeated");
+    addScan(command, options, format, verbosity);
+    command.add_flag("--check", options.check, "Only tell whether the files are valid, and what is wrong");
+    command.callback([&options] { options.command = Command::Software; });
 }
 
 void addGroups(CLI::App& app, Options& options, std::string& format) {
@@ -97,6 +157,15 @@ void addDoctor(CLI::App& app, Options& options) {
     command.callback([&options] { options.command = Command::Doctor; });
 }
 
+// What shapes results has no meaning for a check.
+void requireCheckAlone(const CLI::App& software) {
+    if (software.count("--check") == 0) return;
+    for (const char* option : {"--variable", "--config", "--guid", "--format", "--output", "--root"}) {
+        if (software.count(option) > 0)
+            throw Failure(kExitBadUsage, fmt::format("--check and {} exclude each other", option));
+    }
+}
+
 }  // namespace
 
 std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) {
@@ -109,6 +178,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
     app.get_formatter()->column_width(26);
     addHardware(app, options, format, verbosity);
+    addSoftware(app, options, format, verbosity);
     addGroups(app, options, format);
     addDoctor(app, options);
     try {
@@ -121,7 +191,8 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
         throw Failure(kExitBadUsage, fmt::format("{} (see 'zav --help')", error.what()));
     }
     if (app.get_subcommands().empty())
-        throw Failure(kExitBadUsage, "which command: hw, groups or doctor? (see 'zav --help')");
+        throw Failure(kExitBadUsage, "which command: hw, sw, groups or doctor? (see 'zav --help')");
+    requireCheckAlone(*app.get_subcommand("sw"));
     options.format = formatNamed(format);
     options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
     return options;

@@ -10,12 +10,17 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Groups, Doctor };
+enum class Command { Hardware, Software, Groups, Doctor };
 enum class Format { Table, Json, Csv, Xml };
 
 struct Options {
     Command command = Command::Hardware;
-    std::vector<std::string> groups;  // as they were typed
+    std::vector<std::string> groups;      // as they were typed
+    std::vector<std::string> signatures;  // files and directories
+    std::vector<std::string> variables;   // as they were typed
+    std::vector<std::string> settings;    // as they were typed
+    std::vector<std::string> guids;       // results to show; empty for all
+    bool check = false;                   // only tell whether the signatures files are valid
     Format format = Format::Table;
     bool all = false;
     std::optional<std::string> output;

@@ -18,6 +18,12 @@ bool isNormalWithoutInstallation(const Message& message) {
            message.text == "ZAV not installed, please specify a directory";
 }
 
+// How the software scanner ended is said by the command itself, and a refusal of joined signatures need not be
+// the end.
+bool isToldInOtherWords(const Message& message) {
+    return message.function == "SW_ExecuteScanner()" && message.text.starts_with("Exit code: ");
+}
+
 }  // namespace
 
 std::string messageLine(const Message& message, Verbosity verbosity, ToolkitSource source) {
@@ -30,6 +36,7 @@ std::string messageLine(const Message& message, Verbosity verbosity, ToolkitSour
     if (verbosity == Verbosity::Errors && source != ToolkitSource::Configured &&
         isNormalWithoutInstallation(message))
         return "";
+    if (verbosity == Verbosity::Errors && isToldInOtherWords(message)) return "";
     return fmt::format("zav: {}", printable(message.text));
 }
 

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <limits>
 
+#include "cli/FieldLines.h"
 #include "cli/TableLayout.h"
 #include "cli/Text.h"
 
@@ -104,30 +105,12 @@ class Writer {
         fields(lines, indent);
     }
 
-    // Lines of name and value, the values below each other.
     void fields(const std::vector<Field>& lines, std::string_view indent) {
-        int nameColumns = 0;
-        for (const Field& field : lines) nameColumns = std::max(nameColumns, columnsOf(field.name));
-        nameColumns = std::min(nameColumns, style_.columns / 2);
-        const int valueColumns = style_.columns - nameColumns - kGap - static_cast<int>(indent.size());
-        for (const Field& field : lines) {
-            std::string name = pad(clip(field.name, nameColumns), nameColumns);
-            for (const std::string& line : valueLines(field.value, valueColumns)) {
-                print("{}{}  {}\n", indent, name, line);
-                name.assign(static_cast<std::size_t>(nameColumns), ' ');
-            }
-        }
-    }
-
-    std::vector<std::string> valueLines(const std::string& value, int columns) {
-        std::vector<std::string> lines = wrap(value, columns);
-        if (style_.overview && !style_.everything && lines.size() > kOverviewValueLines) {
-            std::string& last = lines[kOverviewValueLines - 1];
-            last = clip(last + " " + lines[kOverviewValueLines], columns);
-            lines.resize(kOverviewValueLines);
-            leftOut_ = true;
-        }
-        return lines;
+        const bool cutShort = style_.overview && !style_.everything;
+        const FieldLines written = cutShort ? fieldLines(lines, indent, style_.columns, kOverviewValueLines)
+                                            : fieldLines(lines, indent, style_.columns);
+        text_ += written.text;
+        leftOut_ = leftOut_ || written.cut;
     }
 
     void rows(const std::vector<Column>& columns, const Group& group) {

@@ -103,6 +103,13 @@ std::wstring widenBytes(std::string_view path) {
     return wide;
 }
 
+std::string narrowBytes(std::wstring_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (const wchar_t character : text) bytes += static_cast<char>(character & 0xff);
+    return bytes;
+}
+
 std::string printable(std::string_view text) {
     std::string shown;
     for (const wchar_t character : fromUtf8(text)) {

@@ -22,6 +22,9 @@ std::wstring fromUtf8(std::string_view text);
 // trip.
 std::wstring widenBytes(std::string_view path);
 
+// The bytes of a text in which the library keeps one byte, taken as a signed number, in each character.
+std::string narrowBytes(std::wstring_view text);
+
 // The text without anything that a terminal would obey: control characters, and those that change the
 // direction of writing, are spelt out as \n, \t or \u001b.
 std::string printable(std::string_view text);

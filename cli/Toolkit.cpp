@@ -12,8 +12,6 @@ namespace zavcli {
 
 namespace {
 
-constexpr const char* kHardwareScanner = "quorvah";
-
 void requireStartable(const std::string& directory, int status) {
     if (canBeStartedFrom(directory)) return;
     throw Failure(status,
@@ -22,13 +20,14 @@ void requireStartable(const std::string& directory, int status) {
                               directory));
 }
 
-Toolkit givenToolkit(const std::string& directory) {
+Toolkit givenToolkit(const std::string& directory, const Scanner& scanner) {
     std::error_code error;
     if (!std::filesystem::is_directory(directory, error))
         throw Failure(kExitBadUsage, fmt::format("--toolkit: '{}' is not a directory", directory));
     requireStartable(directory, kExitBadUsage);
-    if (!holdsProgram(directory, kHardwareScanner))
-        throw Failure(kExitBadUsage, fmt::format("--toolkit: '{}' holds no program 'quorvah'", directory));
+    if (!holdsProgram(directory, scanner.program))
+        throw Failure(kExitBadUsage,
+                      fmt::format("--toolkit: '{}' holds no program '{}'", directory, scanner.program));
     return {directory, ToolkitSource::Given};
 }
 
@@ -53,8 +52,12 @@ bool canBeStartedFrom(std::string_view directory) {
     return directory.find_first_of(" \t\"") == std::string_view::npos;
 }
 
-Toolkit chooseToolkit(const ToolkitPlaces& places) {
-    if (places.given) return givenToolkit(*places.given);
+std::string scannerPath(const std::string& directory, const Scanner& scanner) {
+    return directory + "/" + scanner.program;
+}
+
+Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner) {
+    if (places.given) return givenToolkit(*places.given, scanner);
     std::vector<Toolkit> candidates;
     std::vector<std::string> looked = places.bundled;
     if (!places.configured.empty()) {
@@ -65,15 +68,14 @@ Toolkit chooseToolkit(const ToolkitPlaces& places) {
         candidates.push_back({directory, ToolkitSource::Bundled});
 
     std::erase_if(candidates,
-                  [](const Toolkit& toolkit) { return !holdsProgram(toolkit.directory, kHardwareScanner); });
+                  [&](const Toolkit& toolkit) { return !holdsProgram(toolkit.directory, scanner.program); });
     const auto usable = std::find_if(candidates.begin(), candidates.end(), [](const Toolkit& toolkit) {
         return canBeStartedFrom(toolkit.directory);
     });
     if (usable != candidates.end()) return *usable;
     if (!candidates.empty()) requireStartable(candidates.front().directory, kExitFailed);
-    throw Failure(kExitFailed,
-                  fmt::format("no hardware scanner 'quorvah' in {}; --toolkit names its directory",
-                              fmt::join(looked, " or ")));
+    throw Failure(kExitFailed, fmt::format("no {} scanner '{}' in {}; --toolkit names its directory",
+                                           scanner.kind, scanner.program, fmt::join(looked, " or ")));
 }
 
 }  // namespace zavcli

@@ -9,6 +9,16 @@
 
 namespace zavcli {
 
+// One of the two scanners of a toolkit.
+struct Scanner {
+    const char* program;
+    const char* kind;
+    const char* rootVariable;  // the bundled scanner reads the directory to scan from it
+};
+
+inline constexpr Scanner kHardwareScanner{"quorvah", "hardware", "QUORVAH_ROOT"};
+inline constexpr Scanner kSoftwareScanner{"quorvis", "software", "QUORVIS_ROOT"};
+
 enum class ToolkitSource { Given, Configured, Bundled };
 
 struct Toolkit {
@@ -36,8 +46,10 @@ bool holdsProgram(const std::string& directory, const std::string& name);
 // tabs, and drops double quotes.
 bool canBeStartedFrom(std::string_view directory);
 
-// The first of the places that holds a hardware scanner. Throws Failure when there is none or it cannot be
-// started.
-Toolkit chooseToolkit(const ToolkitPlaces& places);
+// The scanner's path in the toolkit directory.
+std::string scannerPath(const std::string& directory, const Scanner& scanner);
+
+// The first of the places that holds the scanner. Throws Failure when there is none or it cannot be started.
+Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner);
 
 }  // namespace zavcli

@@ -4,51 +4,27 @@
 
 #include <iterator>
 
-#include "cli/Text.h"
+#include "cli/XmlText.h"
 
 namespace zavcli {
 
 namespace {
 
-bool isXmlCharacter(wchar_t character) {
-    const auto code = static_cast<char32_t>(character);
-    return (code >= 0x20 && code <= 0xd7ff) || (code >= 0xe000 && code <= 0xfffd) ||
-           (code >= 0x10000 && code <= 0x10ffff);
-}
-
-std::string escaped(std::string_view value) {
-    std::wstring text;
-    for (const wchar_t character : fromUtf8(value)) {
-        switch (character) {
-            case L'&':
-                text += L"&amp;";
-                break;
-            case L'<':
-                text += L"&lt;";
-                break;
-            case L'>':
-                text += L"&gt;";
-                break;
-            // As references, since a reader may turn the characters themselves into line feeds or drop them.
-            case L'\t':
-                text += L"&#9;";
-                break;
-            case L'\n':
-                text += L"&#10;";
-                break;
-            case L'\r':
-                text += L"&#13;";
-                break;
-            default:
-                text += isXmlCharacter(character) ? character : L'\xfffd';
-        }
-    }
-    return toUtf8(text);
-}
-
 std::string element(const Field& field) {
     if (field.value.empty()) return fmt::format("    <{}/>\n", field.name);
-    return fmt::format("    <{0}>{1}</{0}>\n", field.name, escaped(field.value));
+    return fmt::format("    <{0}>{1}</{0}>\n", field.name, escapedXml(field.value));
+}
+
+std::string element(const Finding& finding) {
+    std::string text = fmt::format("  <MatchedSignature guid=\"{}\"", escapedXml(finding.guid));
+    if (!finding.name.empty()) text += fmt::format(" name=\"{}\"", escapedXml(finding.name));
+    text += ">\n" + finding.metadata;
+    if (!text.ends_with('\n')) text += '\n';
+    for (const Field& variable : finding.variables) {
+        text += fmt::format("    <Variable name=\"{}\" value=\"{}\"/>\n", escapedXml(variable.name),
+                            escapedXml(variable.value));
+    }
+    return text + "  </MatchedSignature>\n";
 }
 
 }  // namespace
@@ -67,6 +43,12 @@ std::string xmlText(const Inventory& inventory) {
         }
     }
     return text + "</Inventory>\n";
+}
+
+std::string xmlText(const SoftwareReport& report) {
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MatchedSignatures>\n";
+    for (const Finding& finding : report.results) text += element(finding);
+    return text + "</MatchedSignatures>\n";
 }
 
 }  // namespace zavcli

@@ -3,11 +3,16 @@
 #include <string>
 
 #include "cli/Model.h"
+#include "cli/Software.h"
 
 namespace zavcli {
 
 // A document of the shape in which the scanner writes: below the root one element per instance, named after
 // its group, and in it one element per field. Characters that XML 1.0 cannot carry become U+FFFD.
 std::string xmlText(const Inventory& inventory);
+
+// The same for software: below the root MatchedSignatures one element per result, with its metadata as it is
+// and its variables.
+std::string xmlText(const SoftwareReport& report);
 
 }  // namespace zavcli

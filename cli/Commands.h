@@ -1,0 +1,12 @@
+// The commands, each a function that prints its result and returns the exit status. All throw Failure.
+#pragma once
+
+#include "cli/Options.h"
+
+namespace zavcli {
+
+int hardware(const Options& options);
+int software(const Options& options);
+int checkSoftwareSignatures(const Options& options);
+
+}  // namespace zavcli
