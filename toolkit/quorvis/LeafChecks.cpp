@@ -10,6 +10,7 @@
 
 #include "toolkit/quorvis/ElementRules.h"
 #include "toolkit/quorvis/GlobPattern.h"
+#include "toolkit/quorvis/PlainRegex.h"
 #include "toolkit/quorvis/Regex.h"
 #include "toolkit/quorvis/Version.h"
 #include "toolkit/quorvis/XmlSelection.h"
@@ -170,32 +171,39 @@ Problem problemOfGlob(Attribute attribute, const Template& text, const Settings&
     const bool variableFirst = !text.constant() && text.pieces().front().variable;
     const std::string pattern = (variableFirst ? "/" : "") + sample(text, "x");
     Problem problem = problemOfPattern(pattern);
-    if (!problem && !settings.fileSystem.wholeTree && attribute == Attribute::Pattern &&
-        searchesWholeTree(pattern)) {
+    const bool anyDepth = attribute == Attribute::Pattern && pattern.find("**") != std::string::npos;
+    if (!problem && anyDepth && !settings.fileSystem.wholeTree && searchesWholeTree(stepsOf(pattern))) {
         problem = "\"**\" stands below no directory of a fixed name";
     }
     if (!problem) return std::nullopt;
     return std::string(nameOf(attribute)) + " " + quoted(text.source()) + ": " + *problem;
 }
 
-Problem problemOfCaptures(const Leaf& leaf, const re2::RE2& regex) {
-    for (const Capture& capture : leaf.captures) {
-        if (capture.group > regex.NumberOfCapturingGroups())
-            return "regex has no group " + std::to_string(capture.group);
-    }
-    return std::nullopt;
+// How many groups an expression has; none, with `problem` told, when it is wrong.
+std::optional<int> groupsOf(const std::string& pattern, std::string_view flags, std::string& problem) {
+    constexpr int kMostGroups = 32;
+    const std::optional<int> plain = groupsOfPlainRegex(pattern);
+    if (plain && *plain <= kMostGroups) return plain;
+    const re2::RE2* const regex = compileRegex(pattern, flags, problem);
+    if (regex == nullptr) return std::nullopt;
+    return regex->NumberOfCapturingGroups();
+}
+
+// The flags so far as they are known and proper.
+std::string_view flagsOf(const Leaf& leaf) {
+    const Template* const flags = find(leaf, Attribute::Flags);
+    return flags != nullptr && flags->constant() && isFlags(flags->source()) ? flags->source()
+                                                                             : std::string_view();
 }
 
 Problem problemOfRegex(const Leaf& leaf, Attribute attribute, const Template& text) {
-    std::string_view flags;
-    if (const Template* const given = find(leaf, Attribute::Flags); given != nullptr && given->constant())
-        flags = given->source();
     std::string problem;
-    const re2::RE2* const regex = text.constant() ? compileRegex(text.source(), flags, problem)
-                                                  : compileRegex(sample(text, "x"), flags, problem);
-    if (regex == nullptr)
-        return std::string(nameOf(attribute)) + " " + quoted(text.source()) + ": " + problem;
-    return attribute == Attribute::Regex ? problemOfCaptures(leaf, *regex) : std::nullopt;
+    const std::optional<int> groups = groupsOf(sample(text, "x"), flagsOf(leaf), problem);
+    if (!groups) return std::string(nameOf(attribute)) + " " + quoted(text.source()) + ": " + problem;
+    for (const Capture& capture : leaf.captures) {
+        if (capture.group > *groups) return "regex has no group " + std::to_string(capture.group);
+    }
+    return std::nullopt;
 }
 
 Problem problemOfValue(const Leaf& leaf, const LeafAttribute& given, const Settings& settings) {

@@ -1,5 +1,6 @@
 #include "toolkit/quorvis/SignatureReader.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "toolkit/quorvis/DocumentText.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr std::size_t kMostSignatures = 100'000;
 constexpr std::size_t kMostProblems = 1'000;
 constexpr std::size_t kFirstTexts = std::size_t{256} << 10;
+constexpr std::size_t kSmallestUsual = 200;  // bytes of a signature
 
 class Visitor : public ElementVisitor {
   public:
@@ -97,6 +99,7 @@ SignatureFile readSignatureFile(const std::string& path, const Settings& setting
     if (!document.utf8)
         file.events.push_back({EventCode::Encoding, path, "not UTF-8; read as ISO-8859-1", {}, {}});
     file.texts = std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstTexts);
+    file.signatures.reserve(std::min(document.bytes.size() / kSmallestUsual + 1, kMostSignatures));
     Visitor visitor(path, document, settings, file);
     if (const auto fault = readElements(document, "Metadata", *file.texts, visitor)) {
         const TextPlace place = placeIn(document, fault->offset);

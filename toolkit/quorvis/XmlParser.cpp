@@ -10,6 +10,11 @@ namespace toolkit::quorvis {
 
 namespace {
 
+constexpr std::size_t kBlock = std::size_t{256} << 10;
+
+// Expat looks at an unfinished token anew with every block, so an endless one would cost quadratic time.
+constexpr std::size_t kLongestToken = std::size_t{4} << 20;
+
 class Parser {
   public:
     Parser(const DocumentText& document, unsigned maxDepth, XmlHandler& handler)
@@ -24,16 +29,19 @@ class Parser {
     }
 
     std::optional<XmlFault> parse(std::string_view bytes) {
-        const XML_Status status =
-            XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
-        if (thrown_) std::rethrow_exception(thrown_);
-        if (fault_ || status == XML_STATUS_OK) return fault_;
-        const XML_Error code = XML_GetErrorCode(parser_.get());
-        if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-        // That of the file itself can only be a second one once an element was seen.
-        if (code == XML_ERROR_MISPLACED_XML_PI && seen_)
-            return XmlFault{offset(), "a second XML declaration: only the whole file may have one"};
-        return XmlFault{offset(), XML_ErrorString(code)};
+        // Expat copies what it is given, so a large document comes in blocks.
+        for (std::size_t given = 0;;) {
+            const std::string_view block = bytes.substr(given, kBlock);
+            given += block.size();
+            const bool last = given == bytes.size();
+            const XML_Status status =
+                XML_Parse(parser_.get(), block.data(), static_cast<int>(block.size()), last ? 1 : 0);
+            if (thrown_) std::rethrow_exception(thrown_);
+            if (fault_) return fault_;
+            if (status != XML_STATUS_OK) return faultOfExpat();
+            if (last) return std::nullopt;
+            if (given - offset() > kLongestToken) return XmlFault{offset(), "longer than 4 MiB"};
+        }
     }
 
   private:
@@ -81,6 +89,15 @@ class Parser {
     void stop() {
         stopped_ = true;
         XML_StopParser(parser_.get(), XML_FALSE);
+    }
+
+    XmlFault faultOfExpat() const {
+        const XML_Error code = XML_GetErrorCode(parser_.get());
+        if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+        // That of the file itself can only be a second one once an element was seen.
+        if (code == XML_ERROR_MISPLACED_XML_PI && seen_)
+            return {offset(), "a second XML declaration: only the whole file may have one"};
+        return {offset(), XML_ErrorString(code)};
     }
 
     std::size_t offset() const {
