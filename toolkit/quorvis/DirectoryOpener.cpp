@@ -166,12 +166,13 @@ Result DirectoryOpener::openPlain(std::span<const int> parents, const Child& chi
     return opened(parents.back(), child, -1);
 }
 
+bool DirectoryOpener::isRemote(std::string_view path) const {
+    return !remote_ && mounts_.anyRemote() && mounts_.at(path) == MountTable::Kind::Remote;
+}
+
 bool DirectoryOpener::leadsToRemote(const std::string& path) const {
     if (remote_ || !mounts_.anyRemote()) return false;
-    const auto isRemote = [this](const std::string& place) {
-        return mounts_.at(place) == MountTable::Kind::Remote;
-    };
-    return linkLeadsInto(root_, path, isRemote);
+    return linkLeadsInto(root_, path, [this](const std::string& place) { return isRemote(place); });
 }
 
 Result DirectoryOpener::follow(int parent, const Child& child) const {
@@ -195,8 +196,7 @@ Result DirectoryOpener::follow(int parent, const Child& child) const {
 
 Result DirectoryOpener::open(std::span<const int> parents, const Child& child) {
     if (isExcluded(child.path)) return {};
-    if (!remote_ && mounts_.anyRemote() && mounts_.at(child.path) == MountTable::Kind::Remote)
-        return remoteSkipped();
+    if (isRemote(child.path)) return remoteSkipped();
     return child.link ? follow(parents.back(), child) : openPlain(parents, child);
 }
 

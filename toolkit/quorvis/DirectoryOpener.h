@@ -40,7 +40,8 @@ class DirectoryOpener {
     // Opens a child of the last of these directories, which lead from the top to it. A link is followed.
     Result open(std::span<const int> parents, const Child& child);
 
-    const MountTable& mounts() const { return mounts_; }
+    // Whether something that is not even to be asked about is mounted at this path.
+    bool isRemote(std::string_view path) const;
 
   private:
     int openAt(int parent, const Child& child, bool across);

@@ -28,6 +28,8 @@ struct DirectoryEntry {
 };
 constexpr std::size_t kNameOffset = 19;
 
+constexpr const char* kRemote = "A file system of another machine or of a program was not looked at";
+
 bool isDots(std::string_view name) {
     return name == "." || name == "..";
 }
@@ -160,7 +162,11 @@ void DirectoryWalk::hitReached(std::string_view name) {
     for (const NodeId id : reached_) {
         if (!trie_.node(id).ends()) continue;
         if (path.empty()) path.append(path_).append(1, '/').append(name);
-        if (!passesOver(id, path)) findings_.hit(id, path);
+        if (passesOver(id, path)) continue;
+        if (opener_.isRemote(path))
+            findings_.problem(id, EventCode::RemoteSkipped, path, kRemote);
+        else
+            findings_.hit(id, path);
     }
 }
 
@@ -219,7 +225,8 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     for (const NodeId child : children) trie_.reach(child, reached_);
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
-    if (ending != children.end() && isThere(name.c_str(), *ending)) hitReached(name);
+    const bool mayAsk = ending != children.end() && !opener_.isRemote(path_ + '/' + name);
+    if (ending != children.end() && (!mayAsk || isThere(name.c_str(), *ending))) hitReached(name);
     const std::size_t activeBefore = active_.size();
     const Active inner = keepInner({name.c_str(), name.size(), DT_UNKNOWN}, level);
     if (inner.count > 0) enter(name.c_str(), inner, level, false);
