@@ -51,22 +51,18 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
         return ZAV_ERROR_SW_POINTER;
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    Block<ZAVSwResult*>& cached = context->guidResults[guid];
-    if (cached != nullptr) {
+    SWFound& found = context->guidResults[guid];
+    if (found.results != nullptr) {
         if (log != nullptr) log->traceMAX(kFunction, "Using cached results");
-        *results = cached.get();
-        *count = context->guidResultCounts.at(guid);
-        return ZAV_SUCCESS;
+    } else {
+        if (log != nullptr) log->traceMAX(kFunction, "generating new results");
+        ZAVSwResult* const first = context->guidIndex.first(guid);
+        if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
+        found.count = countFrom(first);
+        found.results = arrayFrom(first, found.count);
     }
-    if (log != nullptr) log->traceMAX(kFunction, "generating new results");
-    ZAVSwResult* const first = context->guidIndex.first(guid);
-    if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
-    const unsigned int size = countFrom(first);
-    // The count first: an array without its count would be taken for a cached one.
-    context->guidResultCounts[guid] = size;
-    cached = arrayFrom(first, size);
-    *results = cached.get();
-    *count = size;
+    *results = found.results.get();
+    *count = found.count;
     return ZAV_SUCCESS;
 }
 
@@ -134,7 +130,6 @@ void SW_deleteResults(ZAVSwCtx* context) {
     context->results.clear();
     context->resultsArray.reset();
     context->guidResults.clear();
-    context->guidResultCounts.clear();
     context->returnCode = -1;
     context->warnings.clear();
     context->warningsArray.reset();

@@ -27,6 +27,12 @@ struct SWTexts {
     std::deque<std::wstring> metadata;
 };
 
+// All results of one identifier in document order; no array after a look-up that found none.
+struct SWFound {
+    Block<ZAVSwResult*> results;
+    unsigned int count = 0;
+};
+
 }  // namespace zav
 
 // A software context: made by ZAV_sw_init, released by ZAV_sw_free, opaque to hosts.
@@ -47,8 +53,7 @@ struct ZAVSwCtx {
     std::vector<std::unique_ptr<ZAVSwResult>> results;
     zav::SWTexts texts;
     zav::SWGuidIndex guidIndex;
-    std::map<std::wstring, zav::Block<ZAVSwResult*>> guidResults;  // null after a miss
-    std::map<std::wstring, unsigned int> guidResultCounts;
+    std::map<std::wstring, zav::SWFound> guidResults;  // what was looked up by identifier
     std::vector<std::wstring> warnings;
     zav::Block<const wchar_t*> warningsArray;
     zav::Block<ZAVSwResult*> resultsArray;

@@ -437,7 +437,7 @@ TEST_F(SWQueryTest, AMissIsNeverCached) {
     }
     const auto entry = context()->guidResults.find(L"none");
     ASSERT_NE(entry, context()->guidResults.end());
-    EXPECT_EQ(entry->second, nullptr);
+    EXPECT_EQ(entry->second.results, nullptr);
 }
 
 TEST_F(SWQueryTest, LookupsAndWarningsAnswerInAnyState) {
@@ -526,7 +526,6 @@ TEST_F(SWQueryTest, DeletedResultsLeaveNothingAndCanBeDeletedAgain) {
         EXPECT_TRUE(context()->results.empty());
         EXPECT_EQ(context()->resultsArray, nullptr);
         EXPECT_TRUE(context()->guidResults.empty());
-        EXPECT_TRUE(context()->guidResultCounts.empty());
         EXPECT_TRUE(context()->warnings.empty());
         EXPECT_EQ(context()->warningsArray, nullptr);
         EXPECT_EQ(context()->returnCode, -1);
