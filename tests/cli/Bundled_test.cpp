@@ -60,6 +60,68 @@ TEST(Bundled, RootScansAnotherTree) {
     EXPECT_NE(std::string::npos, ended.out.find("Other System 7")) << ended.out;
 }
 
+constexpr const char* kSignatures = R"(<Signatures>
+<Signature guid="one" name="Tool with its version">
+ <Match><All><File id="f" path="/opt/tool/bin/tool" kind="file"/>
+  <Property id="v" path="/opt/tool/release" format="properties" key="version" atLeast="2"/></All></Match>
+ <Output><Variable name="version" value="${v.value}"/><Variable name="place" value="${f.path}"/></Output>
+</Signature>
+<Signature guid="two" name="Missing tool"><Match><File path="/opt/other/tool"/></Match></Signature>
+</Signatures>
+)";
+
+// A machine in which the first signature matches.
+std::string treeWithTool(const ScratchDir& scratch) {
+    scratch.write("tree/opt/tool/bin/tool", "#!/bin/sh\n");
+    scratch.write("tree/opt/tool/release", "version=2.10\n");
+    return (scratch.path() / "tree").string();
+}
+
+TEST(Bundled, SoftwareIsFoundBySignatures) {
+    const ScratchDir scratch;
+    const std::string root = treeWithTool(scratch);
+    const std::string file = scratch.write("signatures.xml", kSignatures).string();
+    const Ended ended = bundled({"sw", file, "--root", root, "--format", "json"});
+    ASSERT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ("", ended.err);
+    const Json results = Json::parse(ended.out).at("results");
+    ASSERT_EQ(1U, results.size());
+    EXPECT_EQ("one", results.at(0).at("guid"));
+    EXPECT_EQ("Tool with its version", results.at(0).at("name"));
+    EXPECT_EQ((Json{{"place", "/opt/tool/bin/tool"}, {"version", "2.10"}}), results.at(0).at("variables"));
+    EXPECT_FALSE(results.at(0).at("evidence").empty());
+}
+
+TEST(Bundled, JoinedFilesFindWhatEachFinds) {
+    const ScratchDir scratch;
+    const std::string root = treeWithTool(scratch);
+    const std::string file = scratch.write("a/1.xml", kSignatures).string();
+    scratch.write("a/2.xml", kSignatures);
+    const Ended ended = bundled({"sw", (scratch.path() / "a").string(), "--root", root, "--format", "json"});
+    ASSERT_EQ(0, ended.status) << ended.err;
+    const Json joined = Json::parse(ended.out).at("results");
+    ASSERT_EQ(2U, joined.size());
+    EXPECT_EQ(joined.at(0), joined.at(1));
+    EXPECT_EQ(Json::parse(bundled({"sw", file, "--root", root, "--format", "json"}).out).at("results").at(0),
+              joined.at(0));
+}
+
+TEST(Bundled, InvalidSignaturesAreNamedWithTheirLine) {
+    const ScratchDir scratch;
+    const std::string file =
+        scratch
+            .write("s.xml",
+                   "<Signatures>\n<Signature guid=\"g\" name=\"n\"><Nope/></Signature>\n</Signatures>")
+            .string();
+    const Ended evaluated = bundled({"sw", file});
+    EXPECT_EQ(1, evaluated.status);
+    EXPECT_EQ(0U, evaluated.err.find("zav: " + file + ":2:")) << evaluated.err;
+    const Ended checked = bundled({"sw", "--check", file});
+    EXPECT_EQ(1, checked.status);
+    EXPECT_EQ(0U, checked.out.find(file + ":2:")) << checked.out;
+    EXPECT_EQ(0, bundled({"sw", "--check", scratch.write("t.xml", kSignatures).string()}).status);
+}
+
 TEST(Bundled, TableIsReadable) {
     const Ended ended = bundled({"hw"});
     EXPECT_EQ(0, ended.status) << ended.err;

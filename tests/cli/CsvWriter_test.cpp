@@ -42,7 +42,7 @@ TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
 }
 
 TEST(CsvWriter, EmptyInventoryIsTheHeaderAlone) {
-    EXPECT_EQ("group,instance,field,value\r\n", csvText({}));
+    EXPECT_EQ("group,instance,field,value\r\n", csvText(Inventory()));
 }
 
 }  // namespace

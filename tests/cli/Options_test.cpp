@@ -50,6 +50,42 @@ TEST(Options, EveryOptionOfAnInventoryIsUnderstood) {
     EXPECT_EQ("/", full.root);
 }
 
+TEST(Options, EveryOptionOfASoftwareInventoryIsUnderstood) {
+    const Options full = options({"sw",
+                                  "a.xml",
+                                  "--variable",
+                                  "x=1",
+                                  "--variable=y=2",
+                                  "--config",
+                                  "FileSystem.maxDepth=3",
+                                  "--guid",
+                                  "g",
+                                  "--guid",
+                                  "h",
+                                  "--format",
+                                  "csv",
+                                  "-o",
+                                  "out.csv",
+                                  "--toolkit",
+                                  "tools",
+                                  "--root",
+                                  "/",
+                                  "-v",
+                                  "b.xml"});
+    EXPECT_EQ(Command::Software, full.command);
+    EXPECT_EQ((std::vector<std::string>{"a.xml", "b.xml"}), full.signatures);
+    EXPECT_EQ((std::vector<std::string>{"x=1", "y=2"}), full.variables);
+    EXPECT_EQ((std::vector<std::string>{"FileSystem.maxDepth=3"}), full.settings);
+    EXPECT_EQ((std::vector<std::string>{"g", "h"}), full.guids);
+    EXPECT_EQ(Format::Csv, full.format);
+    EXPECT_EQ("out.csv", full.output);
+    EXPECT_EQ("tools", full.toolkit);
+    EXPECT_EQ("/", full.root);
+    EXPECT_EQ(Verbosity::Notable, full.verbosity);
+    EXPECT_FALSE(full.check);
+    EXPECT_TRUE(options({"sw", "--check", "a.xml"}).check);
+}
+
 TEST(Options, FormatIsNamedInAnyCase) {
     EXPECT_EQ(Format::Table, options({"hw", "--format", "table"}).format);
     EXPECT_EQ(Format::Json, options({"hw", "--format", "JSON"}).format);
@@ -72,7 +108,7 @@ TEST(Options, OtherCommandsAreUnderstood) {
 }
 
 TEST(Options, HelpShowsExamplesAndNeedsNoCommand) {
-    for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"hw", "--help"}}) {
+    for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"hw", "--help"}, Words{"sw", "--help"}}) {
         const auto parsed = parse(words);
         ASSERT_TRUE(std::holds_alternative<HelpText>(parsed));
         EXPECT_NE(std::string::npos, std::get<HelpText>(parsed).text.find("Examples:"));
@@ -83,6 +119,9 @@ TEST(Options, HelpOfACommandNamesItsOptions) {
     const std::string text = std::get<HelpText>(parse({"hw", "--help"})).text;
     for (const char* option : {"--group", "--format", "--all", "--output", "--toolkit", "--root", "-v"})
         EXPECT_NE(std::string::npos, text.find(option)) << option;
+    const std::string software = std::get<HelpText>(parse({"sw", "--help"})).text;
+    for (const char* option : {"FILE", "--variable", "--config", "--guid", "--check", "--format", "--output"})
+        EXPECT_NE(std::string::npos, software.find(option)) << option;
 }
 
 TEST(Options, VersionIsOneLine) {
@@ -109,6 +148,10 @@ TEST(Options, BadCommandLinesAreRefusedNamingTheFault) {
         {{"hw", "--root", "/no/such/place"}, "/no/such/place"},
         {{"hw", "--root", "/dev/null"}, "/dev/null"},
         {{"doctor", "--format", "json"}, "--format"},
+        {{"sw"}, "FILE"},
+        {{"sw", "a.xml", "--all"}, "--all"},
+        {{"sw", "a.xml", "--check", "--guid", "g"}, "--guid"},
+        {{"sw", "a.xml", "--check", "--format", "json"}, "--format"},
         {{"hw", "groups"}, "groups"},
         {{"hw", "--group", "a", "b"}, "b"},
     };

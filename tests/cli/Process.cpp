@@ -65,7 +65,7 @@ void check(bool done, const char* what) {
 Process::Process(std::vector<std::string> arguments)
     : program_(ZAVTEST_COMMAND), arguments_(std::move(arguments)) {
     environment("TERM", "xterm").environment("COLUMNS", std::nullopt).environment("NO_COLOR", std::nullopt);
-    environment("QUORVAH_ROOT", std::nullopt);
+    environment("QUORVAH_ROOT", std::nullopt).environment("QUORVIS_ROOT", std::nullopt);
 }
 
 Process& Process::program(const std::string& path) {

@@ -36,6 +36,12 @@ TEST(Reporter, MissingInstallationIsKeptQuietUnlessItIsUsed) {
     }
 }
 
+TEST(Reporter, StatusOfTheSoftwareScannerIsLeftToTheCommand) {
+    const Message status{0, 4, "SW_ExecuteScanner()", "Exit code: 3 (ERROR)"};
+    EXPECT_EQ("", messageLine(status, Verbosity::Errors, ToolkitSource::Given));
+    EXPECT_NE("", messageLine(status, Verbosity::Notable, ToolkitSource::Given));
+}
+
 TEST(Reporter, OtherFilesThatCannotBeOpenedAreShown) {
     const Message other{0, 1, "ZAVLocation::getSystemLocation", "Can't open file [/tmp/other]"};
     EXPECT_NE("", messageLine(other, Verbosity::Errors, ToolkitSource::Bundled));

@@ -23,7 +23,7 @@ class ToolkitTest : public testing::Test {
     }
     static std::string refusal(const ToolkitPlaces& places, int status) {
         try {
-            return "chose " + chooseToolkit(places).directory;
+            return "chose " + chooseToolkit(places, kHardwareScanner).directory;
         } catch (const Failure& failure) {
             EXPECT_EQ(status, failure.status());
             return failure.what();
@@ -34,34 +34,36 @@ class ToolkitTest : public testing::Test {
 };
 
 TEST_F(ToolkitTest, GivenDirectoryWins) {
-    const Toolkit toolkit =
-        chooseToolkit({directoryWith("given"), directoryWith("configured"), {directoryWith("bundled")}});
+    const Toolkit toolkit = chooseToolkit(
+        {directoryWith("given"), directoryWith("configured"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Given, toolkit.source);
     EXPECT_EQ(directoryWith("given"), toolkit.directory);
 }
 
 TEST_F(ToolkitTest, ConfiguredDirectoryComesBeforeTheBundledOne) {
-    const Toolkit toolkit =
-        chooseToolkit({std::nullopt, directoryWith("configured"), {directoryWith("bundled")}});
+    const Toolkit toolkit = chooseToolkit(
+        {std::nullopt, directoryWith("configured"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Configured, toolkit.source);
     EXPECT_EQ(directoryWith("configured"), toolkit.directory);
 }
 
 TEST_F(ToolkitTest, ConfiguredDirectoryWithoutScannerIsPassedOver) {
-    const Toolkit toolkit =
-        chooseToolkit({std::nullopt, emptyDirectory("configured"), {directoryWith("bundled")}});
+    const Toolkit toolkit = chooseToolkit(
+        {std::nullopt, emptyDirectory("configured"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Bundled, toolkit.source);
 }
 
 TEST_F(ToolkitTest, ConfiguredDirectoryWithBlankIsPassedOver) {
-    const Toolkit toolkit =
-        chooseToolkit({std::nullopt, directoryWith("my tools"), {directoryWith("bundled")}});
+    const Toolkit toolkit = chooseToolkit(
+        {std::nullopt, directoryWith("my tools"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Bundled, toolkit.source);
 }
 
 TEST_F(ToolkitTest, BundledDirectoriesAreTriedInOrder) {
     const std::string second = directoryWith("second");
-    EXPECT_EQ(second, chooseToolkit({std::nullopt, "", {emptyDirectory("first"), second}}).directory);
+    EXPECT_EQ(
+        second,
+        chooseToolkit({std::nullopt, "", {emptyDirectory("first"), second}}, kHardwareScanner).directory);
 }
 
 TEST_F(ToolkitTest, GivenDirectoryWithoutScannerIsRefusedEvenIfAnotherHasOne) {
@@ -90,6 +92,12 @@ TEST_F(ToolkitTest, OnlyDirectoryWithBlankIsAFailureWithTheReason) {
 TEST_F(ToolkitTest, NoScannerAnywhereNamesAllPlaces) {
     EXPECT_EQ("no hardware scanner 'quorvah' in /a or /b or /c; --toolkit names its directory",
               refusal({std::nullopt, "/a", {"/b", "/c"}}, kExitFailed));
+}
+
+TEST_F(ToolkitTest, EachScannerHasAToolkitOfItsOwn) {
+    const ToolkitPlaces places{std::nullopt, directoryWith("configured"), {directoryWith("both", "quorvis")}};
+    EXPECT_EQ(ToolkitSource::Configured, chooseToolkit(places, kHardwareScanner).source);
+    EXPECT_EQ(ToolkitSource::Bundled, chooseToolkit(places, kSoftwareScanner).source);
 }
 
 TEST_F(ToolkitTest, ProgramMustBeAnExecutableFile) {

@@ -120,12 +120,12 @@ TEST_F(ToolkitsTest, DoctorIsContentWithABundledScannerAlone) {
     EXPECT_TRUE(says(ended, "ok       toolkit directory: " + bundled + " (came with this command)\n"))
         << ended.out;
     EXPECT_TRUE(says(ended, "ok       hardware scanner: " + bundled + "/quorvah ran")) << ended.out;
-    EXPECT_TRUE(says(ended, "note     software scanner: there is no ")) << ended.out;
+    EXPECT_TRUE(says(ended, "note     software scanner: no software scanner 'quorvis' in ")) << ended.out;
 }
 
 TEST_F(ToolkitsTest, DoctorFindsAFullInstallationInOrder) {
     const std::string configured = place("copies", "opt/bin");
-    std::filesystem::create_symlink(scanner("copies") + "/quorvah", configured + "/quorvis");
+    std::filesystem::create_symlink(scanner("answers") + "/quorvis", configured + "/quorvis");
     const std::string ini =
         "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = other:zav\n";
     const Ended ended = zav({"doctor"}).configuration(ini).run();
@@ -167,6 +167,17 @@ TEST_F(ToolkitsTest, DoctorReportsScannersThatDoNotWork) {
         const Ended ended = zav({"doctor", "--toolkit", scanner(name)}).configuration(std::nullopt).run();
         EXPECT_EQ(1, ended.status) << name;
         EXPECT_TRUE(says(ended, "problem  hardware scanner: ")) << ended.out;
+    }
+}
+
+TEST_F(ToolkitsTest, DoctorReportsSoftwareScannersThatDoNotWork) {
+    for (const char* name : {"crashes", "cut_off"}) {
+        const std::string tools = place("copies", name);
+        std::filesystem::create_symlink(scanner(name) + "/quorvis", tools + "/quorvis");
+        const Ended ended = zav({"doctor", "--toolkit", tools}).configuration(std::nullopt).run();
+        EXPECT_EQ(1, ended.status) << name;
+        EXPECT_TRUE(says(ended, "ok       hardware scanner: ")) << ended.out;
+        EXPECT_TRUE(says(ended, "problem  software scanner: ")) << ended.out;
     }
 }
 

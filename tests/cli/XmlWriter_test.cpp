@@ -46,7 +46,7 @@ TEST(XmlWriter, OddValuesComeBackButForWhatXmlCannotCarry) {
 }
 
 TEST(XmlWriter, EmptyInventoryIsADocument) {
-    const auto instances = zavtest::readXml(xmlText({}));
+    const auto instances = zavtest::readXml(xmlText(Inventory()));
     ASSERT_TRUE(instances);
     EXPECT_TRUE(instances->empty());
 }
