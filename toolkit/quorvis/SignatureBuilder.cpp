@@ -110,7 +110,7 @@ class Builder {
             complaints_.problem(part, "name " + quoted(*name) + " cannot name a variable");
         if (name->starts_with("quorvis."))
             complaints_.problem(part, "name " + quoted(*name) + " belongs to the scanner");
-        const auto sameName = [&](const Preset& preset) { return preset.name == *name; };
+        const auto sameName = [&wanted = *name](const Preset& preset) { return preset.name == wanted; };
         if (std::ranges::any_of(signature_.presets, sameName))
             complaints_.problem(part, "Preset " + quoted(*name) + " stands twice");
         signature_.presets.push_back({*name, fallback});
@@ -186,7 +186,9 @@ class Builder {
         refuseChildren(element, complaints_);
         if (!name || !value) return;
         if (name->empty()) complaints_.problem(element, "a Variable without a name");
-        const auto sameName = [&](const OutputVariable& variable) { return variable.name == *name; };
+        const auto sameName = [&wanted = *name](const OutputVariable& variable) {
+            return variable.name == wanted;
+        };
         if (std::ranges::any_of(signature_.output, sameName))
             complaints_.problem(element, "Variable " + quoted(*name) + " stands twice");
         signature_.output.push_back({*name, readTemplate(element, "value", *value, complaints_)});
