@@ -26,7 +26,7 @@ class Manifest {
                 entries_.back().second.append(line.substr(1));
             } else {
                 const std::string_view name = takeField(line, ':');
-                entries_.emplace_back(name, trimmed(line));
+                entries_.emplace_back(name, line);
             }
         }
     }
@@ -36,8 +36,8 @@ class Manifest {
         for (const std::string_view name : names) {
             const auto isNamed = [name](const auto& entry) { return entry.first == name; };
             const auto found = std::ranges::find_if(entries_, isNamed);
-            if (found != entries_.end() && !found->second.empty() && found->second.front() != '%')
-                return found->second;
+            const std::string_view value = found == entries_.end() ? "" : trimmed(found->second);
+            if (!value.empty() && value.front() != '%') return std::string(value);
         }
         return {};
     }
