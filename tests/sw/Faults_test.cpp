@@ -1,5 +1,5 @@
-// Each system call of an evaluation fails in its turn: the evaluation has its documented code, nothing is left
-// behind, and the next one succeeds.
+// Each system call of an evaluation fails in its turn: the evaluation has its documented code, nothing is
+// left behind, and the next one succeeds.
 #include "tests/support/Faults.h"
 
 #include <cerrno>

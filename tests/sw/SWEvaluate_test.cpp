@@ -134,7 +134,7 @@ TEST_P(SWEntryTest, MissingWarningsAre205AndTheResultsCanBeRead) {
     EXPECT_EQ(warnings(), WideTexts());
 }
 
-// The workspace is gone and cannot be written to: the configuration is no failure, its absence is the scanner's.
+// A configuration that cannot be opened is no failure: its absence is the scanner's.
 TEST_P(SWEntryTest, ALostWorkspaceShowsWhereSignaturesAreWritten) {
     scannerWrites(output_, events_);
     ASSERT_EQ(evaluate(), 0);
