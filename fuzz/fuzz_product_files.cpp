@@ -1,0 +1,78 @@
+// Files of products, in the formats that signatures look into: whatever a file holds, every reader ends with a value
+// or without one, and takes no more than it was allowed to.
+#include <fcntl.h>
+
+#include <cstdlib>
+#include <string_view>
+
+#include "fuzz/MemoryFile.h"
+#include "toolkit/quorvis/ElfFile.h"
+#include "toolkit/quorvis/ProductFacts.h"
+#include "toolkit/quorvis/PropertyFormats.h"
+#include "toolkit/quorvis/SwidTags.h"
+#include "toolkit/quorvis/XmlSelection.h"
+#include "toolkit/quorvis/ZipArchive.h"
+
+namespace {
+
+namespace quorvis = toolkit::quorvis;
+
+constexpr std::uint64_t kLimit = 4096;  // bytes of a section or an archive's member
+
+void must(bool holds) {
+    if (!holds) std::abort();
+}
+
+void readProgram(const quorvis::FileParts& file) {
+    bool damaged = false;
+    const auto elf = quorvis::ElfFile::open(file, damaged);
+    if (!elf) return;
+    quorvis::ElfFile::Dynamic dynamic;
+    elf->readDynamic(dynamic);
+    elf->buildId();
+    std::string content;
+    if (elf->readSection(".rodata", kLimit, content) == quorvis::ElfFile::Section::Found) {
+        must(content.size() <= kLimit);
+    }
+}
+
+void readArchive(const quorvis::FileParts& file) {
+    std::vector<quorvis::ZipMember> members;
+    quorvis::listZip(
+        file, [](std::string_view name) { return !name.ends_with(".class"); }, members);
+    for (const quorvis::ZipMember& member : members) {
+        std::string content;
+        if (quorvis::readZipMember(file, member, kLimit, content)) must(content.size() <= kLimit);
+    }
+}
+
+void readProducts(const quorvis::FileParts& file) {
+    std::string damage;
+    quorvis::readJar(file, damage);
+    quorvis::readWindowsProgram(file, damage);
+    quorvis::readPythonMetadata(file);
+}
+
+void readTexts(std::string_view text) {
+    quorvis::propertyValue(text, "version");
+    quorvis::iniValue(text, "", "version");
+    quorvis::iniValue(text, "product", "version");
+    const quorvis::JsonValue value = quorvis::jsonValue(text, "packages.0.version");
+    must(!value.damage || *value.damage <= text.size() + 1);
+    std::string problem;
+    const auto selection = quorvis::XmlSelection::parse("/project/dependency[2]/@version", problem);
+    must(quorvis::selectValues(text, *selection, 3).values.size() <= 3);
+    quorvis::parseSwidTag(text, problem);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const zavfuzz::MemoryFile memory(data, size);
+    const quorvis::FileParts file(kest::Descriptor(::open(memory.path().c_str(), O_RDONLY | O_CLOEXEC)));
+    readProgram(file);
+    readArchive(file);
+    readProducts(file);
+    readTexts({reinterpret_cast<const char*>(data), size});
+    return 0;
+}
