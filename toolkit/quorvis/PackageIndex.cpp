@@ -102,8 +102,8 @@ void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database)
 
 std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {
     load(machine);
-    const auto found = std::ranges::equal_range(rows_, name, {}, &Row::name);
-    return {found.begin(), found.end()};
+    return {std::ranges::lower_bound(rows_, name, {}, &Row::name),
+            std::ranges::upper_bound(rows_, name, {}, &Row::name)};
 }
 
 std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& machine) {
@@ -111,8 +111,10 @@ std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& m
     const std::string prefix = requiredPrefix(regex.pattern());
     const auto startOf = [&](const Row& row) { return row.name.substr(0, prefix.size()); };
     std::vector<const Row*> rows;
-    for (const Row& row : std::ranges::equal_range(rows_, prefix, std::ranges::less(), startOf)) {
-        if (RE2::PartialMatch({row.name.data(), row.name.size()}, regex)) rows.push_back(&row);
+    const auto end = std::ranges::upper_bound(rows_, prefix, std::ranges::less(), startOf);
+    for (auto row = std::ranges::lower_bound(rows_, prefix, std::ranges::less(), startOf); row != end;
+         ++row) {
+        if (RE2::PartialMatch({row->name.data(), row->name.size()}, regex)) rows.push_back(&*row);
     }
     return rows;
 }

@@ -92,8 +92,8 @@ void SwidTags::read(Machine& machine) {
     for (const std::string& directory : settings.directories) readDirectory(directory, true, machine);
     // One that several paths lead to counts once.
     std::ranges::sort(tags_, {}, &SwidTag::path);
-    const auto same = std::ranges::unique(tags_, {}, &SwidTag::path);
-    tags_.erase(same.begin(), same.end());
+    const auto samePath = [](const SwidTag& one, const SwidTag& other) { return one.path == other.path; };
+    tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
 }
 
 void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machine& machine) {
