@@ -1,0 +1,23 @@
+// The built scanner, run as its users run it, and what it wrote.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/toolkit/quorvis/ShippedTrees.h"
+
+namespace quorvistest {
+
+struct ScannerRun {
+    std::multimap<std::string, FoundSoftware> found;  // by the guid of the signature
+    // The codes of the events that name this signature.
+    std::vector<std::string> eventsOf(const std::string& guid) const;
+
+    std::multimap<std::string, std::string> events;  // codes by guid
+};
+
+// The machine itself when `root` is empty.
+ScannerRun runScanner(const std::string& signatures, const std::string& root);
+
+}  // namespace quorvistest
