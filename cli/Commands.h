@@ -8,5 +8,6 @@ namespace zavcli {
 int hardware(const Options& options);
 int software(const Options& options);
 int checkSoftwareSignatures(const Options& options);
+int explainSoftwareSignature(const Options& options);
 
 }  // namespace zavcli

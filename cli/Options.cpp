@@ -73,6 +73,7 @@ Examples:
   zav sw signatures.xml --variable minVersion=3.11 --config FileSystem.maxDepth=6
   zav sw signatures.xml --root /mnt/image        the system below /mnt/image in place of this machine
   zav sw --check signatures.xml                  is the file valid? if not, in which line is it wrong?
+  zav sw --explain GUID signatures.xml           why does this signature match, or not?
 
 Exit status: 0 evaluated, also without a match, or valid; 1 the evaluation failed, or a file is not valid; 2 the command
 line is wrong, or a file cannot be read.)";
@@ -140,6 +141,10 @@ void addSoftware(CLI::App& app, Options& options, std::string& format, int& verb
                 "Show this signature's results only; may be repeated");
     addScan(command, options, format, verbosity);
     command.add_flag("--check", options.check, "Only tell whether the files are valid, and what is wrong");
+    command
+        .add_option("--explain", options.explain,
+                    "Only tell how the conditions of this signature come out, and why")
+        ->type_name("GUID");
     command.callback([&options] { options.command = Command::Software; });
 }
 
@@ -157,12 +162,11 @@ void addDoctor(CLI::App& app, Options& options) {
     command.callback([&options] { options.command = Command::Doctor; });
 }
 
-// What shapes results has no meaning for a check.
-void requireCheckAlone(const CLI::App& software) {
-    if (software.count("--check") == 0) return;
-    for (const char* option : {"--variable", "--config", "--guid", "--format", "--output", "--root"}) {
+void requireAlone(const CLI::App& software, const char* flag, const std::vector<const char*>& others) {
+    if (software.count(flag) == 0) return;
+    for (const char* option : others) {
         if (software.count(option) > 0)
-            throw Failure(kExitBadUsage, fmt::format("--check and {} exclude each other", option));
+            throw Failure(kExitBadUsage, fmt::format("{} and {} exclude each other", flag, option));
     }
 }
 
@@ -192,7 +196,11 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     }
     if (app.get_subcommands().empty())
         throw Failure(kExitBadUsage, "which command: hw, sw, groups or doctor? (see 'zav --help')");
-    requireCheckAlone(*app.get_subcommand("sw"));
+    // What shapes results has no meaning where there are none.
+    const CLI::App& software = *app.get_subcommand("sw");
+    requireAlone(software, "--check",
+                 {"--explain", "--variable", "--config", "--guid", "--format", "--output", "--root"});
+    requireAlone(software, "--explain", {"--guid", "--format", "--output"});
     options.format = formatNamed(format);
     options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
     return options;

@@ -21,6 +21,7 @@ struct Options {
     std::vector<std::string> settings;    // as they were typed
     std::vector<std::string> guids;       // results to show; empty for all
     bool check = false;                   // only tell whether the signatures files are valid
+    std::optional<std::string> explain;   // tell how the conditions of this signature come out
     Format format = Format::Table;
     bool all = false;
     std::optional<std::string> output;

@@ -19,9 +19,10 @@ bool isNormalWithoutInstallation(const Message& message) {
 }
 
 // How the software scanner ended is said by the command itself, and a refusal of joined signatures need not be
-// the end.
-bool isToldInOtherWords(const Message& message) {
-    return message.function == "SW_ExecuteScanner()" && message.text.starts_with("Exit code: ");
+// the end; settings are echoes of its own command line.
+bool isKnownWithoutIt(const Message& message) {
+    return (message.function == "SW_ExecuteScanner()" && message.text.starts_with("Exit code: ")) ||
+           (message.function == "ZAV_sw_setopt_config" && message.text.starts_with("Plugin ["));
 }
 
 }  // namespace
@@ -36,7 +37,7 @@ std::string messageLine(const Message& message, Verbosity verbosity, ToolkitSour
     if (verbosity == Verbosity::Errors && source != ToolkitSource::Configured &&
         isNormalWithoutInstallation(message))
         return "";
-    if (verbosity == Verbosity::Errors && isToldInOtherWords(message)) return "";
+    if (verbosity == Verbosity::Errors && isKnownWithoutIt(message)) return "";
     return fmt::format("zav: {}", printable(message.text));
 }
 

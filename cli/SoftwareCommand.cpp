@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 
 #include "cli/Commands.h"
 #include "cli/CsvWriter.h"
 #include "cli/Evaluation.h"
+#include "cli/Explanation.h"
 #include "cli/Failure.h"
 #include "cli/Interrupt.h"
 #include "cli/JsonWriter.h"
@@ -110,6 +112,29 @@ int checkSoftwareSignatures(const Options& options) {
         checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);
     writeStandardOutput(checked.text);
     return checked.valid ? EXIT_SUCCESS : kExitFailed;
+}
+
+int explainSoftwareSignature(const Options& options) {
+    const std::vector<SignaturesFile> files = readFiles(options);
+    const std::vector<Preset> presets = parsePresets(options.variables);
+    const std::vector<Setting> settings = settingsOf(options);
+    const std::string guid = lowerCase(*options.explain);
+    if (std::none_of(files.begin(), files.end(),
+                     [&](const SignaturesFile& file) { return file.names.contains(guid); }))
+        throw Failure(kExitBadUsage, fmt::format("no signature has the identifier {}", *options.explain));
+    Progress progress(false);
+    const Probe probe = probeSetUp(options, progress);
+    const std::string scanner =
+        scannerPath(toolkitFor(options, probe, kSoftwareScanner).directory, kSoftwareScanner);
+    const std::string temporary = std::filesystem::path(probe.workspace).parent_path().string();
+    setScannedRoot(options, kSoftwareScanner);
+    const InterruptGuard guard;
+    for (const SignaturesFile& file : files) {
+        if (!file.names.contains(guid)) continue;
+        writeStandardOutput(printableLines(
+            explainSignature(scanner, file.path, *options.explain, presets, settings, temporary)));
+    }
+    return EXIT_SUCCESS;
 }
 
 }  // namespace zavcli

@@ -119,6 +119,16 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
+std::string printableLines(std::string_view text) {
+    std::string shown;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        shown += printable(text.substr(0, end)) + "\n";
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return shown;
+}
+
 int columnsOf(std::string_view text) {
     return columnsOf(fromUtf8(text));
 }

@@ -29,6 +29,9 @@ std::string narrowBytes(std::wstring_view text);
 // direction of writing, are spelt out as \n, \t or \u001b.
 std::string printable(std::string_view text);
 
+// The same for a text of several lines.
+std::string printableLines(std::string_view text);
+
 // How many columns the text takes on a terminal. REQUIRES: the text is printable.
 int columnsOf(std::string_view text);
 

@@ -55,7 +55,8 @@ int run(int argc, const char* const* argv) {
         case Command::Doctor:
             return doctor(options);
         case Command::Software:
-            return options.check ? checkSoftwareSignatures(options) : software(options);
+            if (options.check) return checkSoftwareSignatures(options);
+            return options.explain ? explainSoftwareSignature(options) : software(options);
         case Command::Hardware:
             break;
     }

@@ -120,7 +120,8 @@ TEST(Options, HelpOfACommandNamesItsOptions) {
     for (const char* option : {"--group", "--format", "--all", "--output", "--toolkit", "--root", "-v"})
         EXPECT_NE(std::string::npos, text.find(option)) << option;
     const std::string software = std::get<HelpText>(parse({"sw", "--help"})).text;
-    for (const char* option : {"FILE", "--variable", "--config", "--guid", "--check", "--format", "--output"})
+    for (const char* option :
+         {"FILE", "--variable", "--config", "--guid", "--check", "--explain", "--format"})
         EXPECT_NE(std::string::npos, software.find(option)) << option;
 }
 
@@ -152,6 +153,8 @@ TEST(Options, BadCommandLinesAreRefusedNamingTheFault) {
         {{"sw", "a.xml", "--all"}, "--all"},
         {{"sw", "a.xml", "--check", "--guid", "g"}, "--guid"},
         {{"sw", "a.xml", "--check", "--format", "json"}, "--format"},
+        {{"sw", "a.xml", "--check", "--explain", "g"}, "--explain"},
+        {{"sw", "a.xml", "--explain", "g", "--output", "x"}, "--output"},
         {{"hw", "groups"}, "groups"},
         {{"hw", "--group", "a", "b"}, "b"},
     };

@@ -36,10 +36,13 @@ TEST(Reporter, MissingInstallationIsKeptQuietUnlessItIsUsed) {
     }
 }
 
-TEST(Reporter, StatusOfTheSoftwareScannerIsLeftToTheCommand) {
-    const Message status{0, 4, "SW_ExecuteScanner()", "Exit code: 3 (ERROR)"};
-    EXPECT_EQ("", messageLine(status, Verbosity::Errors, ToolkitSource::Given));
-    EXPECT_NE("", messageLine(status, Verbosity::Notable, ToolkitSource::Given));
+TEST(Reporter, WhatTheCommandSaysItselfIsShownOnRequest) {
+    for (const Message& message :
+         {Message{0, 4, "SW_ExecuteScanner()", "Exit code: 3 (ERROR)"},
+          Message{0, 4, "ZAV_sw_setopt_config", "Plugin [FileSystem] config set [maxDepth] = [3]"}}) {
+        EXPECT_EQ("", messageLine(message, Verbosity::Errors, ToolkitSource::Given));
+        EXPECT_NE("", messageLine(message, Verbosity::Notable, ToolkitSource::Given));
+    }
 }
 
 TEST(Reporter, OtherFilesThatCannotBeOpenedAreShown) {

@@ -150,13 +150,37 @@ TEST_F(SoftwareTest, ScannerThatCannotCheckIsReported) {
     }
 }
 
+TEST_F(SoftwareTest, SignatureIsExplainedByTheScanner) {
+    const Ended ended = sw({"--explain", "G2", file("one.xml", kOne), file("two.xml", kTwo), "--variable",
+                            "a=<", "--config", "FileSystem.maxDepth=3", "--root", path("tmp")})
+                            .run();
+    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ("explained G2\n", ended.out);
+    EXPECT_EQ(kTwo, given("signatures"));
+    EXPECT_EQ(path("tmp"), given("root"));
+    expectSays(given("configuration"), "<Variable name=\"a\" value=\"&lt;\" guid=\"\"/>");
+    expectSays(given("configuration"),
+               "<Plugin name=\"FileSystem\"><Attribute name=\"maxDepth\" value=\"3\"/></Plugin>");
+}
+
+TEST_F(SoftwareTest, SignatureThatCannotBeExplainedIsReported) {
+    const std::string one = file("one.xml", kOne);
+    const Ended unknown = sw({"--explain", "other", one}).run();
+    EXPECT_EQ(2, unknown.status);
+    EXPECT_EQ("zav: no signature has the identifier other\n", unknown.err);
+    const Ended crashed = sw({"--explain", "g1", one}, "crashes").run();
+    EXPECT_EQ(1, crashed.status);
+    expectSays(crashed.err, "quorvis cannot explain the signature: it ended with status 137");
+}
+
 TEST_F(SoftwareTest, PresetsAndSettingsReachTheScanner) {
     const std::string guid = "6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001";
     const Ended ended =
         sw({file("one.xml", kOne), "--variable", "a=<\"&gr\xc3\xb6\xc3\x9f", "--variable", "b=2@" + guid,
             "--config", "FileSystem.exclude=/a", "--config", "FileSystem.exclude=/b"})
             .run();
-    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("", ended.err);
     for (const std::string part :
          {"name=\"a\" value=\"&lt;&quot;&amp;gr\xc3\xb6\xc3\x9f\" guid=\"\"",
           "name=\"b\" value=\"2\" guid=\"6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001\"",

@@ -10,6 +10,18 @@ TEST(Text, WideCharactersBecomeUtf8) {
     EXPECT_EQ("", toUtf8(L""));
 }
 
+TEST(Text, BytesOfALibraryTextComeBack) {
+    const std::wstring signedBytes{L'a', static_cast<wchar_t>(-61), static_cast<wchar_t>(-92)};
+    EXPECT_EQ("a\xc3\xa4", narrowBytes(signedBytes));
+    EXPECT_EQ("a\xc3\xa4", narrowBytes(widenBytes("a\xc3\xa4")));
+}
+
+TEST(Text, LinesAreMadeSafeOneByOne) {
+    EXPECT_EQ("a\n  b\\u001b\n\nc\n", printableLines("a\n  b\x1b\n\nc"));
+    EXPECT_EQ("a\n", printableLines("a\n"));
+    EXPECT_EQ("", printableLines(""));
+}
+
 TEST(Text, WhatIsNoCharacterBecomesTheReplacementCharacter) {
     const std::wstring surrogate(1, static_cast<wchar_t>(0xd800));
     const std::wstring tooLarge(1, static_cast<wchar_t>(0x110000));

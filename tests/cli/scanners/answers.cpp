@@ -78,6 +78,8 @@ int main(int argc, char** argv) {
     const char* const warnings = scanner::argument(argc, argv, "-e");
     if (configuration == nullptr || output == nullptr || warnings == nullptr) return 2;
     if (const char* const given = std::getenv("ZAVTEST_GIVEN")) keep(given, configuration, signatures);
+    if (const char* const guid = scanner::argument(argc, argv, "--explain"))
+        std::cout << "explained " << guid << std::endl;
     const char* const prepared = std::getenv("ZAVTEST_OUTPUT");
     const char* const events = std::getenv("ZAVTEST_WARNINGS");
     std::ofstream(output, std::ios::binary)
