@@ -30,7 +30,7 @@ class Reader {
         const std::string_view text = texts_.read(root_, path);
         if (text.empty()) return;
         const std::string_view database = texts_.keep(path);
-        constexpr std::size_t kStanza = 1024;  // bytes; most are somewhat longer
+        constexpr std::size_t kStanza = 512;  // bytes; most are longer
         found_.reserve(found_.size() + text.size() / kStanza + 1);
         DpkgStatus status(text);
         Found found{{}, database};

@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <array>
+
 #include "toolkit/machine/Lines.h"
 
 namespace toolkit {
@@ -20,6 +22,16 @@ constexpr StanzaField kFields[] = {
     {"Section", &DpkgStanza::section},         {"Installed-Size", &DpkgStanza::installedSize},
 };
 
+// The letters that those names begin with, in either case.
+constexpr std::array<bool, 256> kInitials = [] {
+    std::array<bool, 256> initials{};
+    for (const StanzaField& field : kFields) {
+        const auto letter = static_cast<unsigned char>(field.name.front());
+        initials[letter] = initials[letter ^ 0x20U] = true;
+    }
+    return initials;
+}();
+
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
@@ -31,6 +43,7 @@ bool sameName(std::string_view a, std::string_view b) {
 }
 
 void storeField(std::string_view line, DpkgStanza& stanza) {
+    if (!kInitials[static_cast<unsigned char>(line.front())]) return;
     const std::size_t colon = line.find(':');
     if (colon == 0 || colon == std::string_view::npos) return;
     const std::string_view name = line.substr(0, colon);

@@ -21,12 +21,16 @@ namespace {
     throw std::system_error(errno, std::generic_category(), path);
 }
 
-bool writeAll(int descriptor, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t count = ::write(descriptor, content.data(), content.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        content.remove_prefix(static_cast<std::size_t>(count));
+using Content = std::span<const std::string_view>;
+
+bool writeAll(int descriptor, Content content) {
+    for (std::string_view piece : content) {
+        while (!piece.empty()) {
+            const ssize_t count = ::write(descriptor, piece.data(), piece.size());
+            if (count < 0 && errno == EINTR) continue;
+            if (count < 0) return false;
+            piece.remove_prefix(static_cast<std::size_t>(count));
+        }
     }
     return true;
 }
@@ -61,7 +65,7 @@ class SiblingFile {
     SiblingFile(const SiblingFile&) = delete;
     SiblingFile& operator=(const SiblingFile&) = delete;
 
-    void fill(std::string_view content, mode_t mode) const {
+    void fill(Content content, mode_t mode) const {
         if (::fchmod(file_.number(), mode) != 0 || !writeAll(file_.number(), content) ||
             ::fsync(file_.number()) != 0) {
             fail(target_);
@@ -86,7 +90,7 @@ mode_t modeOfNewFiles() {
     return 0666 & ~mask;
 }
 
-void writeInPlace(const std::string& path, std::string_view content) {
+void writeInPlace(const std::string& path, Content content) {
     const kest::Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
     if (!file.isOpen() || !writeAll(file.number(), content)) fail(path);
 }
@@ -98,6 +102,10 @@ struct Free {
 }  // namespace
 
 void writeOutputFile(const std::string& path, std::string_view content) {
+    writeOutputFile(path, {&content, 1});
+}
+
+void writeOutputFile(const std::string& path, Content content) {
     struct stat status {};
     const bool exists = ::stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {

@@ -11,11 +11,13 @@ bool standsForItself(char c) {
 
 void appendEscaped(std::string& url, std::string_view text) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
-    for (const char c : text) {
-        if (standsForItself(c)) {
-            url += c;
-            continue;
-        }
+    while (!text.empty()) {
+        std::size_t plain = 0;
+        while (plain < text.size() && standsForItself(text[plain])) ++plain;
+        url.append(text, 0, plain);
+        if (plain == text.size()) return;
+        const char c = text[plain];
+        text.remove_prefix(plain + 1);
         const auto byte = static_cast<unsigned char>(c);
         url += '%';
         url += kDigits[byte >> 4];

@@ -59,7 +59,7 @@ void setSysinfo(const Scan& scan, Instance& system) {
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system(report.group());
+    Instance system = report.blank();
     setFirmware(scan, system);
     setDeviceTree(scan, system);
     setSysinfo(scan, system);

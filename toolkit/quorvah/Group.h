@@ -16,7 +16,7 @@ struct FieldDef {
         kBytewise = 4,  // as a key: sorted by bytes (hexadecimal texts) rather than by the numbers in it
     };
 
-    const char* name;
+    std::string_view name;
     unsigned traits = 0;
 };
 

@@ -1,6 +1,5 @@
 #include "toolkit/quorvah/GroupResult.h"
 
-#include <cstdint>
 #include <cstring>
 #include <optional>
 
@@ -8,19 +7,17 @@ namespace toolkit::quorvah {
 
 namespace {
 
-using Length = std::uint32_t;
-
-void append(std::string& frame, Length number) {
+void append(std::string& frame, std::uint64_t number) {
     frame.append(reinterpret_cast<const char*>(&number), sizeof number);
 }
 
 void append(std::string& frame, std::string_view text) {
-    append(frame, static_cast<Length>(text.size()));
+    append(frame, text.size());
     frame.append(text);
 }
 
-std::optional<Length> takeNumber(std::string_view& frame) {
-    Length number = 0;
+std::optional<std::uint64_t> takeNumber(std::string_view& frame) {
+    std::uint64_t number = 0;
     if (frame.size() < sizeof number) return std::nullopt;
     std::memcpy(&number, frame.data(), sizeof number);
     frame.remove_prefix(sizeof number);
@@ -28,7 +25,7 @@ std::optional<Length> takeNumber(std::string_view& frame) {
 }
 
 bool takeText(std::string_view& frame, std::string& text) {
-    const std::optional<Length> length = takeNumber(frame);
+    const std::optional<std::uint64_t> length = takeNumber(frame);
     if (!length || *length > frame.size()) return false;
     text = frame.substr(0, *length);
     frame.remove_prefix(*length);
@@ -36,9 +33,9 @@ bool takeText(std::string_view& frame, std::string& text) {
 }
 
 bool takeWarnings(std::string_view& frame, std::vector<std::string>& warnings) {
-    const std::optional<Length> count = takeNumber(frame);
+    const std::optional<std::uint64_t> count = takeNumber(frame);
     if (!count) return false;
-    for (Length i = 0; i < *count; ++i) {
+    for (std::uint64_t i = 0; i < *count; ++i) {
         if (!takeText(frame, warnings.emplace_back())) return false;
     }
     return true;
@@ -46,39 +43,38 @@ bool takeWarnings(std::string_view& frame, std::vector<std::string>& warnings) {
 
 }  // namespace
 
-std::string frameHead(const GroupResult& result) {
-    std::string head(sizeof(Length), '\0');
-    append(head, result.reason);
-    append(head, static_cast<Length>(result.elapsed.count()));
-    append(head, static_cast<Length>(result.warnings.size()));
-    for (const std::string& warning : result.warnings) append(head, warning);
-    append(head, static_cast<Length>(result.instances));
-    append(head, static_cast<Length>(result.xml.size()));
-    const auto length = static_cast<Length>(head.size() + result.xml.size());
-    std::memcpy(head.data(), &length, sizeof length);
-    return head;
+std::string frameOf(const GroupResult& result, std::uint64_t xmlAt) {
+    std::string frame(sizeof(std::uint64_t), '\0');
+    append(frame, result.reason);
+    append(frame, static_cast<std::uint64_t>(result.elapsed.count()));
+    append(frame, result.warnings.size());
+    for (const std::string& warning : result.warnings) append(frame, warning);
+    append(frame, result.instances);
+    append(frame, xmlAt);
+    append(frame, result.xml.size());
+    const std::uint64_t length = frame.size();
+    std::memcpy(frame.data(), &length, sizeof length);
+    return frame;
 }
 
 std::size_t frameLength(std::string_view bytes) {
     return takeNumber(bytes).value_or(0);
 }
 
-bool readFrame(std::string&& frame, GroupResult& result) {
-    if (frameLength(frame) != frame.size() || frame.empty()) return false;
-    std::string_view rest = frame;
-    rest.remove_prefix(sizeof(Length));
-    if (!takeText(rest, result.reason)) return false;
-    const std::optional<Length> elapsed = takeNumber(rest);
-    if (!elapsed || !takeWarnings(rest, result.warnings)) return false;
-    const std::optional<Length> instances = takeNumber(rest);
-    const std::optional<Length> size = takeNumber(rest);
-    if (!instances || size != rest.size()) return false;
+bool readFrame(std::string_view frame, const SharedTexts& texts, GroupResult& result) {
+    if (frameLength(frame) != frame.size()) return false;
+    if (!takeNumber(frame) || !takeText(frame, result.reason)) return false;
+    const std::optional<std::uint64_t> elapsed = takeNumber(frame);
+    if (!elapsed || !takeWarnings(frame, result.warnings)) return false;
+    const std::optional<std::uint64_t> instances = takeNumber(frame);
+    const std::optional<std::uint64_t> xmlAt = takeNumber(frame);
+    const std::optional<std::uint64_t> size = takeNumber(frame);
+    if (!size || !frame.empty()) return false;
     result.elapsed = std::chrono::milliseconds(*elapsed);
     result.instances = *instances;
-    // The frame's own memory goes on to hold the xml, which may be large.
-    frame.erase(0, frame.size() - rest.size());
-    result.xml = std::move(frame);
-    return true;
+    result.memory = texts.at(*xmlAt, *size);
+    result.xml = {static_cast<const char*>(result.memory.get()), result.memory ? *size : 0};
+    return result.memory != nullptr || *size == 0;
 }
 
 }  // namespace toolkit::quorvah

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <exception>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -57,7 +58,7 @@ bool send(int pipe, std::string_view bytes) {
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
 [[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Render& render, int pipe,
-                       pid_t parent) {
+                       SharedTexts& texts, pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -66,7 +67,8 @@ bool send(int pipe, std::string_view bytes) {
         Report report(*group);
         gather(scan, report);
         const GroupResult result = render(std::move(report));
-        if (!send(pipe, frameHead(result)) || !send(pipe, result.xml)) ::_exit(1);
+        const std::optional<std::uint64_t> place = texts.append(result.xml);
+        if (!place || !send(pipe, frameOf(result, *place))) ::_exit(1);
     }
     ::_exit(0);
 }
@@ -84,7 +86,7 @@ class Worker {
         if (process_ < 0) fail("fork");
         if (process_ == 0) {
             pipe_.close();
-            work(scan, groups, render, far.number(), self);
+            work(scan, groups, render, far.number(), texts_, self);
         }
     }
     ~Worker() {
@@ -106,17 +108,15 @@ class Worker {
         }
     }
 
-    // The next group's result, in frame. Otherwise why there is none.
-    const char* nextFrame(Clock::time_point deadline, std::string& frame) {
+    // Fills in the next group's result. Otherwise why there is none.
+    const char* next(Clock::time_point deadline, GroupResult& result) {
         for (;;) {
             const std::size_t length = frameLength(received_);
             if (length > 0 && received_.size() >= length) {
-                std::string next = received_.substr(length);
-                received_.resize(length);
-                frame = std::exchange(received_, std::move(next));
-                return nullptr;
+                const bool read = readFrame(std::string_view(received_).substr(0, length), texts_, result);
+                received_.erase(0, length);
+                return read ? nullptr : "failed";
             }
-            received_.reserve(length);
             if (!waitForInput(deadline)) return "timeout";
             if (!receive()) return "failed";
         }
@@ -140,13 +140,14 @@ class Worker {
 
     // False when the child has ended.
     bool receive() {
-        std::array<char, 65536> buffer;
+        std::array<char, 4096> buffer;
         const ssize_t count = ::read(pipe_.number(), buffer.data(), buffer.size());
         if (count > 0) received_.append(buffer.data(), static_cast<std::size_t>(count));
         return count > 0 || (count < 0 && errno == EINTR);
     }
 
     pid_t process_ = -1;
+    SharedTexts texts_;
     kest::Descriptor pipe_;
     std::string received_;
 };
@@ -171,22 +172,22 @@ class Run {
         Worker worker(scan_, groups, render_);
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();
-            std::string frame;
-            const char* const failure = worker.nextFrame(std::min(start + limits_.group, end_), frame);
-            finish(*groups[i], failure, std::move(frame), start);
+            GroupResult result;
+            const char* const failure = worker.next(std::min(start + limits_.group, end_), result);
+            finish(*groups[i], failure, std::move(result), start);
             if (failure != nullptr) return i + 1;
         }
         worker.join(end_);
         return groups.size();
     }
 
-    void finish(const Group& group, const char* failure, std::string&& frame, Clock::time_point start) {
-        GroupResult result{&group, {}, 0, {}, {}, since(start)};
+    void finish(const Group& group, const char* failure, GroupResult&& result, Clock::time_point start) {
         if (failure != nullptr) {
+            result = {};
             result.reason = failure;
-        } else if (!readFrame(std::move(frame), result)) {
-            result = {&group, {}, 0, "failed", {}, since(start)};
+            result.elapsed = since(start);
         }
+        result.group = &group;
         onResult_(std::move(result));
     }
 

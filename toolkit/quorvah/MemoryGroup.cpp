@@ -80,7 +80,7 @@ void setSmbios(const Root& root, Instance& memory) {
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance memory(report.group());
+    Instance memory = report.blank();
     setMeminfo(root, memory);
     setSmbios(root, memory);
     if (memory.get("InstalledMemory").empty()) memory.set("InstalledMemory", onlineBlocks(root));

@@ -144,7 +144,7 @@ std::vector<std::string> packageManagers(const Root& root) {
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system(report.group());
+    Instance system = report.blank();
     setRelease(root, system);
     setKernel(root, system);
     system.set("CSName", hostName(root));

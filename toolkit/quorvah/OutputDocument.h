@@ -1,7 +1,8 @@
 #pragma once
 
 #include <span>
-#include <string>
+#include <string_view>
+#include <vector>
 
 #include "toolkit/quorvah/GroupResult.h"
 #include "toolkit/quorvah/Report.h"
@@ -13,7 +14,8 @@ namespace toolkit::quorvah {
 // between elements.
 GroupResult render(const Report& report, bool pretty);
 
-// The results as one XML document; `pretty` as they were rendered.
-std::string outputDocument(std::span<const GroupResult> results, bool pretty);
+// The results as one XML document, in pieces that follow each other; `pretty` as they were rendered. The pieces live as
+// long as the results.
+std::vector<std::string_view> outputDocument(std::span<const GroupResult> results, bool pretty);
 
 }  // namespace toolkit::quorvah

@@ -89,7 +89,7 @@ void setHardwareClock(const Root& root, Instance& regional) {
 }
 
 void gather(Scan& scan, Report& report) {
-    Instance regional(report.group());
+    Instance regional = report.blank();
     setLocale(scan.root(), regional);
     setTimeZone(scan.root(), regional);
     setKeyboard(scan.root(), regional);

@@ -24,13 +24,29 @@ std::string_view takeDigits(std::string_view& text) {
 
 }  // namespace
 
+Instance::Instance(const Group& group, std::pmr::memory_resource& memory)
+    : group_(&group),
+      memory_(&memory),
+      values_(std::pmr::polymorphic_allocator<std::string_view>(&memory).allocate(group.fields.size()),
+              group.fields.size()) {
+    std::ranges::uninitialized_value_construct(values_);
+}
+
+void Instance::replace(std::size_t index, std::string_view value) {
+    values_[index] = {};
+    if (value.empty()) return;
+    char* const copy = static_cast<char*>(memory_->allocate(value.size(), 1));
+    std::ranges::copy(value, copy);
+    values_[index] = {copy, value.size()};
+}
+
 void Instance::set(std::string_view field, const std::vector<std::string>& values) {
-    std::string& joined = at(field);
-    joined.clear();
+    std::string joined;
     for (const std::string& value : values) {
         if (!joined.empty()) joined += ';';
         joined += value;
     }
+    set(field, joined);
 }
 
 std::size_t Instance::indexOf(std::string_view field) const {
@@ -71,8 +87,8 @@ void Report::sort() {
     if (group_->fields.empty()) return;
     const bool bytewise = (group_->fields.front().traits & FieldDef::kBytewise) != 0;
     std::ranges::stable_sort(instances_, [bytewise](const Instance& left, const Instance& right) {
-        const std::string& l = left.values().front();
-        const std::string& r = right.values().front();
+        const std::string_view l = left.values().front();
+        const std::string_view r = right.values().front();
         return bytewise ? l < r : naturallyBefore(l, r);
     });
 }

@@ -5,7 +5,10 @@
 #include <concepts>
 #include <cstddef>
 #include <deque>
+#include <memory>
+#include <memory_resource>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,21 +18,22 @@
 
 namespace toolkit::quorvah {
 
-// The values of one instance of a group, all empty at first.
+// The values of one instance of a group, all empty at first. They stand in the memory of the report that the instance
+// belongs to.
 class Instance {
   public:
-    explicit Instance(const Group& group) : group_(&group), values_(group.fields.size()) {}
+    Instance(const Group& group, std::pmr::memory_resource& memory);
 
     // Sets a field; an empty or missing value leaves it unknown. Throws std::logic_error for a name that the
     // group does not have. Setting fields in the group's order is fastest.
-    void set(std::string_view field, std::string value) { at(field) = std::move(value); }
-    void set(std::string_view field, std::string_view value) { at(field) = value; }
-    void set(std::string_view field, const char* value) { at(field) = value; }
-    void set(std::string_view field, std::same_as<bool> auto value) { at(field) = value ? "true" : "false"; }
+    void set(std::string_view field, std::string_view value) { replace(indexOf(field), value); }
+    void set(std::string_view field, std::same_as<bool> auto value) {
+        refer(field, value ? "true" : "false");
+    }
     void set(std::string_view field,
              std::integral auto value) requires(!std::same_as<decltype(value), bool> &&
                                                 !std::same_as<decltype(value), char>) {
-        at(field) = std::to_string(value);
+        set(field, std::to_string(value));
     }
     template <typename T>
     void set(std::string_view field, const std::optional<T>& value) {
@@ -37,44 +41,51 @@ class Instance {
     }
     // Several values, joined with ";".
     void set(std::string_view field, const std::vector<std::string>& values);
+    // Without a copy of the value, which lives as long as the report: see Report::keep().
+    void refer(std::string_view field, std::string_view value) { values_[indexOf(field)] = value; }
 
     // A field's value so far.
-    const std::string& get(std::string_view field) const { return values_[indexOf(field)]; }
+    std::string get(std::string_view field) const { return std::string(values_[indexOf(field)]); }
 
     // Whether no field has a value.
     bool empty() const {
         return std::all_of(values_.begin(), values_.end(),
-                           [](const std::string& value) { return value.empty(); });
+                           [](std::string_view value) { return value.empty(); });
     }
 
     // In the order of the group's fields.
-    const std::vector<std::string>& values() const { return values_; }
-    std::vector<std::string>& values() { return values_; }
+    std::span<const std::string_view> values() const { return values_; }
+    void replace(std::size_t index, std::string_view value);
 
   private:
     std::size_t indexOf(std::string_view field) const;
-    std::string& at(std::string_view field) { return values_[indexOf(field)]; }
 
     const Group* group_;
-    std::vector<std::string> values_;
+    std::pmr::memory_resource* memory_;
+    std::span<std::string_view> values_;
     mutable std::size_t next_ = 0;  // where the search for a field begins
 };
 
 // What came of gathering one group.
 class Report {
   public:
-    explicit Report(const Group& group) : group_(&group) {}
+    explicit Report(const Group& group)
+        : group_(&group), memory_(std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstBlock)) {}
 
     const Group& group() const { return *group_; }
 
+    // An instance that is not, or not yet, a part of the report.
+    Instance blank() const { return Instance(*group_, *memory_); }
     // A new instance; the reference stays valid.
-    Instance& add() { return instances_.emplace_back(*group_); }
+    Instance& add() { return instances_.emplace_back(*group_, *memory_); }
     // A new instance with its key set.
     Instance& add(std::string_view key) {
         Instance& instance = add();
-        if (!group_->fields.empty()) instance.values().front() = key;
+        if (!group_->fields.empty()) instance.replace(0, key);
         return instance;
     }
+    // Lets what values refer to live as long as the report.
+    void keep(std::shared_ptr<const void> texts) { kept_.push_back(std::move(texts)); }
 
     // Something that belongs to the group could not be read; `reason` is one word ("permission", "timeout").
     // The first reason stands.
@@ -100,7 +111,11 @@ class Report {
     const std::deque<Instance>& instances() const { return instances_; }
 
   private:
+    static constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
+
     const Group* group_;
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> memory_;
+    std::vector<std::shared_ptr<const void>> kept_;
     std::deque<Instance> instances_;
     std::string reason_;
     std::vector<std::string> warnings_;

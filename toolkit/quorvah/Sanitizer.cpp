@@ -57,7 +57,7 @@ void forFields(Report& report, unsigned trait, Change change) {
     const auto fields = report.group().fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if ((fields[i].traits & trait) == 0) continue;
-        for (Instance& instance : report.instances()) change(instance.values()[i]);
+        for (Instance& instance : report.instances()) instance.replace(i, change(instance.values()[i]));
     }
 }
 
@@ -92,11 +92,11 @@ std::string Sanitizer::hashed(std::string_view values) const {
 }
 
 void Sanitizer::hide(Report& report) const {
-    forFields(report, FieldDef::kPrivate, [this](std::string& value) { value = hashed(value); });
+    forFields(report, FieldDef::kPrivate, [this](std::string_view value) { return hashed(value); });
 }
 
 void dropVolatile(Report& report) {
-    forFields(report, FieldDef::kVolatile, [](std::string& value) { value.clear(); });
+    forFields(report, FieldDef::kVolatile, [](std::string_view) { return std::string_view(); });
 }
 
 }  // namespace toolkit::quorvah

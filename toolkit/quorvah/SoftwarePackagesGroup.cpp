@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -54,12 +55,14 @@ std::uint64_t kibOf(std::uint64_t bytes) {
 class Gatherer {
   public:
     Gatherer(const Root& root, Report& report)
-        : root_(root), report_(report), distribution_(distributionId(root)) {}
+        : root_(root), report_(report), distribution_(distributionId(root)) {
+        report.keep(texts_);
+    }
 
     void gather() {
         for (const PackageType type : kPackageTypes) {
             const PackageDatabase database = visitPackages(
-                type, root_, {}, texts_, [&](const InstalledPackage& package) { add(package); });
+                type, root_, {}, *texts_, [&](const InstalledPackage& package) { add(package); });
             note(type, database.damage);
         }
     }
@@ -67,23 +70,23 @@ class Gatherer {
   private:
     void add(const InstalledPackage& package) {
         Instance& instance = report_.add(packageUrl(package, distribution_));
-        instance.set("Name", package.name);
-        instance.set("VersionString", package.version);
-        instance.set("Manufacturer", package.maintainer);
-        instance.set("Description", package.description);
+        instance.refer("Name", package.name);
+        instance.refer("VersionString", package.version);
+        instance.refer("Manufacturer", package.maintainer);
+        instance.refer("Description", package.description);
         if (const auto time = installed(package)) instance.set("InstallDate", isoTime(*time));
-        instance.set("Architecture", package.architecture);
-        instance.set("Epoch", package.epoch);
-        instance.set("Release", package.release);
-        instance.set("Source", package.source);
-        instance.set("Section", package.section);
+        instance.refer("Architecture", package.architecture);
+        instance.refer("Epoch", package.epoch);
+        instance.refer("Release", package.release);
+        instance.refer("Source", package.source);
+        instance.refer("Section", package.section);
         if (package.bytes) {
             instance.set("InstalledSize", kibOf(*package.bytes));
         } else {
-            instance.set("InstalledSize", package.kibibytes);
+            instance.refer("InstalledSize", package.kibibytes);
         }
-        instance.set("Status", package.status);
-        instance.set("PackageFormat", nameOf(package.type));
+        instance.refer("Status", package.status);
+        instance.refer("PackageFormat", nameOf(package.type));
     }
 
     std::optional<std::int64_t> installed(const InstalledPackage& package) {
@@ -103,7 +106,7 @@ class Gatherer {
     const Root& root_;
     Report& report_;
     const std::string distribution_;
-    PackageTexts texts_;
+    const std::shared_ptr<PackageTexts> texts_ = std::make_shared<PackageTexts>();
     std::optional<DpkgDates> dates_;
 };
 

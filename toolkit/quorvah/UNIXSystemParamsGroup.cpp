@@ -154,7 +154,7 @@ void setLoad(const Root& root, Instance& system) {
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system(report.group());
+    Instance system = report.blank();
     system.set("NodeName", hostName(root));
     setKernel(root, system);
     system.set("HostId", hostId(root));

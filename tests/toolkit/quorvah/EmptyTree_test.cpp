@@ -56,7 +56,7 @@ TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
     }
     const Report report = gatherFrom(*GetParam(), tree.path());
     for (const Instance& instance : report.instances()) {
-        for (const std::string& value : instance.values())
+        for (const std::string_view value : instance.values())
             EXPECT_EQ(value.find("marker"), std::string::npos) << value;
     }
 }

@@ -13,8 +13,8 @@
 
 using std::chrono::milliseconds;
 using toolkit::quorvah::FieldDef;
-using toolkit::quorvah::frameHead;
 using toolkit::quorvah::frameLength;
+using toolkit::quorvah::frameOf;
 using toolkit::quorvah::gatherGroups;
 using toolkit::quorvah::Group;
 using toolkit::quorvah::GroupResult;
@@ -23,6 +23,7 @@ using toolkit::quorvah::Options;
 using toolkit::quorvah::readFrame;
 using toolkit::quorvah::Report;
 using toolkit::quorvah::Scan;
+using toolkit::quorvah::SharedTexts;
 
 namespace {
 
@@ -183,12 +184,16 @@ TEST(GroupRunner, EveryChildEnds) {
 }
 
 TEST(GroupResult, TravelsWholeInAFrame) {
-    const GroupResult sent{&kQuick, "<Quick/>", 1, "permission", {"beware", ""}, milliseconds(1234)};
-    const std::string frame = frameHead(sent) + sent.xml;
+    const GroupResult sent{&kQuick, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234)};
+    SharedTexts texts;
+    ASSERT_TRUE(texts.append("something before it"));
+    const auto place = texts.append(sent.xml);
+    ASSERT_TRUE(place);
+    const std::string frame = frameOf(sent, *place);
     EXPECT_EQ(frameLength(frame), frame.size());
     EXPECT_EQ(frameLength(frame + "next"), frame.size());
-    GroupResult received{&kQuick, {}, 0, {}, {}, {}};
-    ASSERT_TRUE(readFrame(std::string(frame), received));
+    GroupResult received{&kQuick, {}, {}, 0, {}, {}, {}};
+    ASSERT_TRUE(readFrame(frame, texts, received));
     EXPECT_EQ(received.group, &kQuick);
     EXPECT_EQ(received.xml, sent.xml);
     EXPECT_EQ(received.instances, 1U);
@@ -198,16 +203,32 @@ TEST(GroupResult, TravelsWholeInAFrame) {
 }
 
 TEST(GroupResult, IsNotReadFromBytesThatAreNoWholeFrame) {
-    const GroupResult sent{&kQuick, "<Quick/>", 1, "", {"beware"}, milliseconds(1)};
-    const std::string frame = frameHead(sent) + sent.xml;
+    const GroupResult sent{&kQuick, "<Quick/>", {}, 1, "", {"beware"}, milliseconds(1)};
+    SharedTexts texts;
+    const std::string frame = frameOf(sent, texts.append(sent.xml).value_or(1));
     for (std::size_t length = 0; length < frame.size(); ++length) {
         std::string cut = frame.substr(0, length);
         GroupResult received;
-        EXPECT_FALSE(readFrame(std::string(cut), received)) << length;
+        EXPECT_FALSE(readFrame(cut, texts, received)) << length;
         if (cut.empty()) continue;
         cut[0] = static_cast<char>(length);
         GroupResult again;
-        EXPECT_FALSE(readFrame(std::string(cut), again)) << length;
+        EXPECT_FALSE(readFrame(cut, texts, again)) << length;
     }
     EXPECT_EQ(frameLength("abc"), 0U);
+}
+
+TEST(SharedTexts, AreThereForTheOtherProcessAndNowhereElse) {
+    SharedTexts texts;
+    const std::string large(100000, 'x');
+    ASSERT_EQ(0U, texts.append("first"));
+    const auto place = texts.append(large);
+    ASSERT_TRUE(place);
+    const std::shared_ptr<const void> text = texts.at(*place, large.size());
+    ASSERT_NE(nullptr, text);
+    EXPECT_EQ(large, std::string_view(static_cast<const char*>(text.get()), large.size()));
+    EXPECT_EQ(nullptr, texts.at(*place, large.size() + 1));
+    EXPECT_EQ(nullptr, texts.at(*place + 1, 1));
+    EXPECT_EQ(nullptr, texts.at(*place * 1000, 1));
+    EXPECT_EQ(nullptr, texts.at(0, ~std::uint64_t{0}));
 }

@@ -50,14 +50,14 @@ inline const Instance& instanceOf(const Report& report, std::string_view key) {
         if (instance.values().front() == key) return instance;
     }
     ADD_FAILURE() << "no instance " << key;
-    static const Instance kNone(report.group());
-    return kNone;
+    static Report none(report.group());
+    return none.instances().empty() ? none.add() : none.instances().front();
 }
 
 // All values, "|" between them: what a whole instance looks like.
 inline std::string joined(const Instance& instance) {
     std::string text;
-    for (const std::string& value : instance.values()) {
+    for (const std::string_view value : instance.values()) {
         text += value;
         text += '|';
     }
@@ -66,7 +66,7 @@ inline std::string joined(const Instance& instance) {
 
 inline std::vector<std::string> keysOf(const Report& report) {
     std::vector<std::string> keys;
-    for (const Instance& instance : report.instances()) keys.push_back(instance.values().front());
+    for (const Instance& instance : report.instances()) keys.emplace_back(instance.values().front());
     return keys;
 }
 

@@ -20,38 +20,46 @@ constexpr Group kHexGroup{"Hex", "Hex", kHexFields, nullptr};
 
 std::vector<std::string> keysOf(const Report& report) {
     std::vector<std::string> keys;
-    for (const Instance& instance : report.instances()) keys.push_back(instance.values().front());
+    for (const Instance& instance : report.instances()) keys.emplace_back(instance.values().front());
     return keys;
+}
+
+std::vector<std::string> textsOf(const Instance& instance) {
+    return {instance.values().begin(), instance.values().end()};
 }
 
 }  // namespace
 
 TEST(Instance, HasAllFieldsOfTheGroupEmptyAtFirst) {
-    const Instance instance(kGroup);
-    EXPECT_EQ(instance.values(), (std::vector<std::string>{"", "", "", ""}));
+    Report report(kGroup);
+    const Instance& instance = report.add();
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"", "", "", ""}));
 }
 
 TEST(Instance, WritesEachTypeAsReadersExpectIt) {
-    Instance instance(kGroup);
+    Report report(kGroup);
+    Instance& instance = report.add();
     instance.set("DeviceID", "sda");
     instance.set("Size", std::uint64_t{18446744073709551615U});
     instance.set("Removable", false);
     instance.set("Parts", std::vector<std::string>{"a", "b"});
-    EXPECT_EQ(instance.values(), (std::vector<std::string>{"sda", "18446744073709551615", "false", "a;b"}));
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"sda", "18446744073709551615", "false", "a;b"}));
 }
 
 TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
-    Instance instance(kGroup);
+    Report report(kGroup);
+    Instance& instance = report.add();
     instance.set("Parts", "x");
     instance.set("Size", -1);
     instance.set("DeviceID", std::string("cpu0"));
     instance.set("Parts", std::string_view("y"));
-    EXPECT_EQ(instance.values(), (std::vector<std::string>{"cpu0", "-1", "", "y"}));
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"cpu0", "-1", "", "y"}));
     EXPECT_EQ(instance.get("Parts"), "y");
 }
 
 TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
-    Instance instance(kGroup);
+    Report report(kGroup);
+    Instance& instance = report.add();
     instance.set("Size", std::optional<int>());
     instance.set("Removable", std::optional<bool>(true));
     EXPECT_EQ(instance.get("Size"), "");
@@ -59,7 +67,8 @@ TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
 }
 
 TEST(Instance, RefusesAFieldThatTheGroupDoesNotHave) {
-    Instance instance(kGroup);
+    Report report(kGroup);
+    Instance& instance = report.add();
     EXPECT_THROW(instance.set("Colour", "red"), std::logic_error);
     EXPECT_THROW(instance.set("deviceid", "sda"), std::logic_error);
 }

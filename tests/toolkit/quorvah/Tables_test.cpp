@@ -43,7 +43,7 @@ TEST(GroupTable, FieldNamesAreXmlNamesAndNeverTwiceInAGroup) {
     for (const Group* const group : allGroups()) {
         std::set<std::string> names;
         for (const FieldDef& field : group->fields) {
-            const std::string name = field.name;
+            const std::string name(field.name);
             EXPECT_TRUE(names.insert(name).second) << group->xmlName << " " << name;
             EXPECT_FALSE(name.empty());
             EXPECT_TRUE(std::isalpha(static_cast<unsigned char>(name.front())) != 0) << name;

@@ -199,7 +199,7 @@ TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
     const Report adapters = gatheredBelow("NetworkAdapter", tree.path());
     EXPECT_FALSE(adapters.instances().empty());
     for (const Instance& adapter : adapters.instances()) {
-        EXPECT_EQ(adapter.values().front() + "|||||||||||||||false||", joined(adapter));
+        EXPECT_EQ(std::string(adapter.values().front()) + "|||||||||||||||false||", joined(adapter));
     }
     const Report pci = gatheredBelow("PCIDevice", tree.path());
     EXPECT_FALSE(pci.instances().empty());
