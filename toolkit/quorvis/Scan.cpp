@@ -50,9 +50,10 @@ void addOwnVariables(const Root& root, std::vector<PresetValue>& presets) {
 }
 
 Outcome refuseSignatures(const Options& options, const SignatureFile& file, EventList& events) {
-    for (const std::string& problem : file.problems) {
-        events.add({EventCode::Invalid, options.signatures, problem, {}, {}});
-    }
+    std::string text = file.problems.front();
+    const std::size_t more = file.problems.size() - 1;
+    if (more > 0) text += " (and " + std::to_string(more) + " more, which --check lists)";
+    events.add({EventCode::Invalid, {}, std::move(text), {}, {}});
     writeFiles(options, {}, events);
     return Outcome::BadSignatures;
 }

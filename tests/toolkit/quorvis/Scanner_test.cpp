@@ -63,7 +63,7 @@ TEST_F(Scanner, WritesWhatMatchedAndEmptyWarnings) {
         output,
         R"(<Evidence kind="package" source="/var/lib/dpkg/status" name="bash" version="5.2.15-2+b8"/>)"))
         << output;
-    EXPECT_TRUE(contains(readAll(warnings()), "<Events></Events>")) << readAll(warnings());
+    EXPECT_TRUE(contains(readAll(warnings()), "<Events>\n</Events>")) << readAll(warnings());
     EXPECT_EQ(run.output, "signatures: 1, matches: 1\n");
     EXPECT_EQ(run.errors, "");
 }
@@ -85,13 +85,14 @@ TEST_F(Scanner, ExitsWithThreeForAnInvalidFileAndStillWritesBothFiles) {
         "<Signatures>\n <Signature guid=\"b\" name=\"x\"><Match><Packet "
         "name=\"y\"/></Match></Signature>\n</Signatures>");
     EXPECT_EQ(run.status, 3);
-    EXPECT_TRUE(
-        contains(readAll(out()), "<MatchedSignatures language=\"1\" complete=\"true\"></MatchedSignatures>"))
+    EXPECT_TRUE(contains(readAll(out()),
+                         "<MatchedSignatures language=\"1\" complete=\"true\">\n</MatchedSignatures>"))
         << readAll(out());
     const std::string events = readAll(warnings());
     EXPECT_TRUE(contains(events, "<Event code=\"invalid\" severity=\"error\"")) << events;
     EXPECT_TRUE(contains(events, "sig.xml:2:")) << events;
     EXPECT_TRUE(contains(run.output, "sig.xml:2:")) << run.output;
+    EXPECT_EQ(events.find("<Event "), events.rfind("<Event ")) << events;
 }
 
 TEST_F(Scanner, ExitsWithThreeForAMissingSignaturesFile) {
