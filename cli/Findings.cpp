@@ -77,7 +77,9 @@ std::vector<Finding> readFindings(ZAVSwCtx* software, const std::vector<std::str
                                   const std::map<std::string, std::string>& names) {
     Results results;
     if (guids.empty()) results = allResults(software);
+    std::set<std::string> done;
     for (const std::string& guid : guids) {
+        if (!done.insert(lowerCase(guid)).second) continue;
         const Results chosen = resultsOf(software, guid);
         results.insert(results.end(), chosen.begin(), chosen.end());
     }

@@ -7,7 +7,6 @@
 #include <array>
 #include <climits>
 #include <iterator>
-#include <limits>
 
 #include "cli/FieldLines.h"
 #include "cli/TableLayout.h"

@@ -190,7 +190,7 @@ TEST_F(SoftwareTest, PresetsAndSettingsReachTheScanner) {
 
 TEST_F(SoftwareTest, IdentifierChoosesItsResultsInAnyCase) {
     const std::string prepared = file("prepared.xml", kResults);
-    const Ended ended = sw({file("one.xml", kOne), "--guid", "g1", "--format", "json"})
+    const Ended ended = sw({file("one.xml", kOne), "--guid", "g1", "--guid", "G1", "--format", "json"})
                             .environment("ZAVTEST_OUTPUT", prepared)
                             .run();
     EXPECT_EQ((Guids{"G1", "g1"}), guidsOf(ended));
