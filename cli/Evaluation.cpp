@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "cli/Codes.h"
 #include "cli/Failure.h"
@@ -37,10 +38,10 @@ std::map<std::string, std::string> namesIn(const std::vector<SignaturesFile>& fi
     return names;
 }
 
-// What the scanner said, naming the file once.
+// What the scanner said of the file, without the words that go for every refusal.
 std::string complaintOf(const std::string& line, const std::string& path) {
-    const std::string lead = fmt::format("error: invalid: {}: ", path);
-    const std::string text = line.starts_with(lead) ? line.substr(lead.size()) : line;
+    constexpr std::string_view kLead = "error: invalid: ";
+    const std::string text = line.starts_with(kLead) ? line.substr(kLead.size()) : line;
     return text.find(path) == std::string::npos ? fmt::format("{}: {}", path, text) : text;
 }
 

@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
     const std::string signatures = contentOf(input);
     const bool check = checks(argc, argv);
     if (const int line = invalidLine(signatures)) {
-        if (!check) std::cout << "error: invalid: " << input << ": ";
+        if (!check) std::cout << "error: invalid: ";
         std::cout << input << ':' << line << ":1: unknown element Bad" << std::endl;
         return 3;
     }
