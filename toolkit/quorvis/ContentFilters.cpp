@@ -20,8 +20,8 @@ constexpr std::int64_t kMostMemory = std::int64_t{64} << 20;
 
 using Regexes = std::vector<const RE2*>;
 
-// Those of the expressions that match somewhere; all of them when that cannot be found out. REQUIRES: all have this
-// encoding.
+// Those of the expressions that match somewhere; all of them when that cannot be found out. REQUIRES: all
+// have this encoding.
 Regexes matching(std::span<const RE2* const> regexes, RE2::Options::Encoding encoding,
                  std::string_view content) {
     RE2::Options options;

@@ -18,9 +18,9 @@ class ContentFilters {
     // Tells beforehand that an expression will be looked for in a file.
     void announce(const std::string& path, std::string_view pattern, std::string_view flags);
 
-    // Whether an expression can match in the content of a file; false only for one that was announced. The first
-    // question about a file with several announced expressions searches it. REQUIRES: the content of a file stays the
-    // same; the expression comes from compileRegex().
+    // Whether an expression can match in the content of a file; false only for one that was announced. The
+    // first question about a file with several announced expressions searches it. REQUIRES: the content of a
+    // file stays the same; the expression comes from compileRegex().
     bool mayMatch(const std::string& path, const re2::RE2& regex, std::string_view content);
 
   private:

@@ -10,11 +10,12 @@
 
 namespace toolkit::quorvis {
 
-// What a program or library tells of itself. Files of both classes and byte orders are read, whatever this machine is;
-// nothing that they say is trusted.
+// What a program or library tells of itself. Files of both classes and byte orders are read, whatever this
+// machine is; nothing that they say is trusted.
 class ElfFile {
   public:
-    // None when the file is of another kind, and when its header is damaged: `damaged` tells which. `file` outlives it.
+    // None when the file is of another kind, and when its header is damaged: `damaged` tells which. `file`
+    // outlives it.
     static std::optional<ElfFile> open(const FileParts& file, bool& damaged);
 
     // As uname calls it; empty for one that is not known.

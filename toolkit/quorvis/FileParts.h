@@ -26,7 +26,8 @@ class FileParts {
     std::uint64_t size_ = 0;
 };
 
-// The parts of the file at `path`. None when there is none, and when it cannot be read, which fails in the result.
+// The parts of the file at `path`. None when there is none, and when it cannot be read, which fails in the
+// result.
 std::optional<FileParts> partsOf(const std::string& path, Machine& machine, LeafResult& result);
 
 }  // namespace toolkit::quorvis

@@ -17,7 +17,8 @@ bool isMavenProperties(std::string_view name) {
     return name.starts_with("META-INF/maven/") && name.ends_with("/pom.properties");
 }
 
-// The main part of a manifest: up to the first empty line. A line that starts with a blank continues the one before.
+// The main part of a manifest: up to the first empty line. A line that starts with a blank continues the one
+// before.
 class Manifest {
   public:
     explicit Manifest(std::string_view text) {

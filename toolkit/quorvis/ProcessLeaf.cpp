@@ -8,8 +8,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// The program's name or the one that the process has given itself, whichever is asked for; null when it is neither.
-// A script is asked for by its own name, not by that of what runs it.
+// The program's name or the one that the process has given itself, whichever is asked for; null when it is
+// neither. A script is asked for by its own name, not by that of what runs it.
 std::optional<std::string_view> matchingName(const Query& query, const Process& process) {
     if (isOrAny(query, Attribute::Name, process.name())) return process.name();
     if (isOrAny(query, Attribute::Name, process.comm)) return process.comm;

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <map>
 #include <optional>
 
 #include "kest/Descriptor.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +14,8 @@ class Machine;
 struct Process {
     int pid = 0;
     std::string comm;  // what it calls itself, at most 15 bytes
-    // The path of its program, without the mark that it was deleted; empty for a thread of the kernel, and when the
-    // kernel does not tell.
+    // The path of its program, without the mark that it was deleted; empty for a thread of the kernel, and
+    // when the kernel does not tell.
     std::string exe;
     bool exeDenied = false;
     std::string args;  // joined by blanks; the start of very long ones

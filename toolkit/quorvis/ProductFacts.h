@@ -14,8 +14,8 @@ struct ProductFacts {
     std::string vendor;
 };
 
-// Of a Java archive: its manifest, else the properties that Maven leaves in it. A file of another kind tells nothing;
-// `damage` says what is wrong with a damaged one.
+// Of a Java archive: its manifest, else the properties that Maven leaves in it. A file of another kind tells
+// nothing; `damage` says what is wrong with a damaged one.
 ProductFacts readJar(const FileParts& file, std::string& damage);
 
 // Of a program or library for Windows: its version resource.

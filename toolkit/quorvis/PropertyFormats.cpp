@@ -61,7 +61,8 @@ char javaEscape(char c) {
     }
 }
 
-// With all escapes resolved. Two of them may make one character, so those that follow one another are kept together.
+// With all escapes resolved. Two of them may make one character, so those that follow one another are kept
+// together.
 std::string unescaped(std::string_view text) {
     std::string plain;
     std::u16string units;

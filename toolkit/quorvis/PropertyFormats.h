@@ -12,7 +12,8 @@ namespace toolkit::quorvis {
 // In a properties file as Java reads it.
 std::optional<std::string> propertyValue(std::string_view text, std::string_view key);
 
-// In a section of an ini file; before all sections when it is empty. A pair of quotes round the value is no part of it.
+// In a section of an ini file; before all sections when it is empty. A pair of quotes round the value is no
+// part of it.
 std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key);
 
 struct JsonValue {

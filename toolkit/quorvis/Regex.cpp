@@ -30,8 +30,8 @@ std::string withFlags(std::string_view pattern, std::string_view flags) {
     return text.append(pattern);
 }
 
-// Whether the expression speaks of characters beyond ASCII, and so of UTF-8. All others see bytes, one as good as
-// another, which is faster too.
+// Whether the expression speaks of characters beyond ASCII, and so of UTF-8. All others see bytes, one as
+// good as another, which is faster too.
 bool needsCharacters(std::string_view pattern) {
     const auto beyondAscii = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
     if (std::ranges::any_of(pattern, beyondAscii)) return true;

@@ -9,9 +9,9 @@ class RE2;
 
 namespace toolkit::quorvis {
 
-// Compiles an expression as signatures write them; `flags` are letters of "ims". One that was compiled before is
-// handed out again: it lives as long as the process. Null, with `problem` told in words, when it is wrong, too long,
-// too complex or has too many groups.
+// Compiles an expression as signatures write them; `flags` are letters of "ims". One that was compiled before
+// is handed out again: it lives as long as the process. Null, with `problem` told in words, when it is wrong,
+// too long, too complex or has too many groups.
 const re2::RE2* compileRegex(std::string_view pattern, std::string_view flags, std::string& problem);
 
 // The expression that matches just this value.

@@ -8,8 +8,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// The entity that the query is about: one with both the regid and the role that it asks for, else the tag's creator.
-// Null when there is none.
+// The entity that the query is about: one with both the regid and the role that it asks for, else the tag's
+// creator. Null when there is none.
 const SwidEntity* entityOf(const Query& query, const SwidTag& tag) {
     const bool asked = query.has(Attribute::Regid) || query.has(Attribute::Role);
     const auto fits = [&](const SwidEntity& entity) {

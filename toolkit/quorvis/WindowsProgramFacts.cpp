@@ -61,8 +61,8 @@ bool readHeaders(const FileParts& file, std::uint64_t headerAt, Program& program
     return true;
 }
 
-// Where the entry of a resource directory leads to: that of `type`, else the first one. All places count from the start
-// of the resources.
+// Where the entry of a resource directory leads to: that of `type`, else the first one. All places count from
+// the start of the resources.
 std::optional<std::uint64_t> follow(const FileParts& file, std::uint64_t resources, std::uint64_t place,
                                     std::optional<std::uint64_t> type) {
     constexpr std::size_t kHeader = 16;

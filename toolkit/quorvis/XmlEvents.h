@@ -33,8 +33,8 @@ class XmlEvents {
     virtual void text(std::string_view text) = 0;
 };
 
-// Goes through a document. None when all is well, else what is wrong and where: the events tell of what stands before.
-// A document type declaration is wrong, and so is an element more than 64 levels deep.
+// Goes through a document. None when all is well, else what is wrong and where: the events tell of what
+// stands before. A document type declaration is wrong, and so is an element more than 64 levels deep.
 std::optional<std::string> readXml(std::string_view document, XmlEvents& events);
 
 }  // namespace toolkit::quorvis

@@ -8,7 +8,8 @@
 
 namespace toolkit::quorvis {
 
-// A way from the root element of a document to elements or to an attribute of theirs: "/project/dependency[2]/@scope".
+// A way from the root element of a document to elements or to an attribute of theirs:
+// "/project/dependency[2]/@scope".
 struct XmlSelection {
     struct Step {
         std::string name;
