@@ -14,6 +14,7 @@ constexpr char kStatusFolder[] = "/var/lib/dpkg/status.d";  // of images that we
 struct Found {
     DpkgStanza stanza;
     std::string_view database;
+    bool installed = false;
 };
 
 bool before(const Found& left, const Found& right) {
@@ -33,9 +34,10 @@ class Reader {
         constexpr std::size_t kStanza = 512;  // bytes; most are longer
         found_.reserve(found_.size() + text.size() / kStanza + 1);
         DpkgStatus status(text);
-        Found found{{}, database};
+        Found found{{}, database, false};
         while (status.next(found.stanza)) {
             if (found.stanza.status.empty()) found.stanza.status = usualStatus;
+            found.installed = isInstalled(found.stanza.status);
             found_.push_back(found);
         }
         // dpkg ends every line; a file that ends within one was cut off.
@@ -108,7 +110,7 @@ PackageDatabase visitDpkgPackages(const Root& root, const std::string& database,
         reader.readFolder(kStatusFolder);
     }
     for (const Found& found : reader.sorted()) {
-        if (isInstalled(found.stanza.status)) visit(packageOf(found));
+        if (found.installed) visit(packageOf(found));
     }
     return reader.result();
 }

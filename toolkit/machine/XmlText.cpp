@@ -1,6 +1,5 @@
 #include "toolkit/machine/XmlText.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -54,8 +53,24 @@ constexpr std::array<bool, 256> kPlain = [] {
     return plain;
 }();
 
-bool isPlain(char c) {
-    return kPlain[static_cast<unsigned char>(c)];
+// Whether a block can be copied as it is. Looks at all of it, so that the compiler does so at once.
+constexpr std::size_t kBlock = 16;
+bool isPlainBlock(const char* block) {
+    unsigned char special = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        const auto c = static_cast<unsigned char>(block[i]);
+        special |= static_cast<unsigned char>((c < 0x20) | (c > 0x7E) | (c == '&') | (c == '<') | (c == '>') |
+                                              (c == '"'));
+    }
+    return special == 0;
+}
+
+// How many bytes at the front can be copied as they are.
+std::size_t plainLength(std::string_view bytes) {
+    std::size_t length = 0;
+    while (bytes.size() - length >= kBlock && isPlainBlock(bytes.data() + length)) length += kBlock;
+    while (length < bytes.size() && kPlain[static_cast<unsigned char>(bytes[length])]) ++length;
+    return length;
 }
 
 void appendCharacter(std::string& xml, char32_t character) {
@@ -92,17 +107,18 @@ void appendCharacter(std::string& xml, char32_t character) {
 
 void appendXmlText(std::string& xml, std::string_view bytes) {
     std::optional<bool> utf8;
-    while (!bytes.empty()) {
-        const auto* const special = std::ranges::find_if_not(bytes, isPlain);
-        xml.append(bytes.begin(), special);
-        bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
+    for (;;) {
+        const std::size_t plain = plainLength(bytes);
+        xml.append(bytes.data(), plain);
+        bytes.remove_prefix(plain);
         if (bytes.empty()) return;
-        // What was copied is ASCII, so the rest tells what the whole is.
-        if (!utf8) utf8 = isUtf8(bytes);
-        if (*utf8) {
+        // What was taken so far is ASCII, so the rest tells what the whole is.
+        const auto next = static_cast<unsigned char>(bytes.front());
+        if (next >= 0x80 && !utf8) utf8 = isUtf8(bytes);
+        if (next >= 0x80 && *utf8) {
             appendCharacter(xml, takeCharacter(bytes));
         } else {
-            appendCharacter(xml, static_cast<unsigned char>(bytes.front()));
+            appendCharacter(xml, next);
             bytes.remove_prefix(1);
         }
     }
