@@ -8,13 +8,22 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 
 #include "toolkit/quorvis/CallFilter.h"
 
 namespace toolkit::quorvis {
 
 namespace {
+
+constexpr std::uint64_t kLeastRoom = std::uint64_t{64} << 20;  // beyond what is in use already
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
 
 // Keeps those with which an administrator's scan reads every file, writes its output where it was told to and sees
 // the programs of processes that have more capabilities than are left here.
@@ -33,15 +42,24 @@ bool dropCapabilities() {
 bool limit(__rlimit_resource resource, std::uint64_t most) {
     rlimit bounds{};
     if (::getrlimit(resource, &bounds) != 0) return false;
-    bounds.rlim_cur = std::min<rlim_t>(bounds.rlim_cur, most);
+    bounds.rlim_max = std::min<rlim_t>(bounds.rlim_max, most);
+    bounds.rlim_cur = std::min(bounds.rlim_cur, bounds.rlim_max);
     return ::setrlimit(resource, &bounds) == 0;
+}
+
+// The size of the address space, in bytes.
+[[maybe_unused]] std::uint64_t memoryInUse() {
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen("/proc/self/statm", "re"));
+    unsigned long pages = 0;
+    if (!file || std::fscanf(file.get(), "%lu", &pages) != 1) return 0;
+    return std::uint64_t{pages} * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
 bool limitMemory([[maybe_unused]] std::uint64_t most) {
 #ifdef ZAV_SANITIZED
     return true;  // a sanitizer reserves more than any limit
 #else
-    return limit(RLIMIT_AS, most);
+    return limit(RLIMIT_AS, std::max(most, memoryInUse() + kLeastRoom));
 #endif
 }
 
@@ -51,7 +69,9 @@ bool enterSandbox(const Settings& settings) {
     constexpr std::uint64_t kLargestOutput = std::uint64_t{4} << 30;
     bool whole = ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
     whole = limitMemory(settings.evaluation.memoryLimit) && whole;
+    std::signal(SIGXFSZ, SIG_IGN);  // a write that is too much fails
     whole = limit(RLIMIT_FSIZE, kLargestOutput) && whole;
+    whole = limit(RLIMIT_CORE, 0) && whole;
     whole = dropCapabilities() && whole;
     return filterSystemCalls() && whole;
 }
