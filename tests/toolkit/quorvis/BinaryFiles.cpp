@@ -2,8 +2,9 @@
 
 #include <elf.h>
 
+#include <algorithm>
 #include <cstring>
-#include <vector>
+#include <utility>
 
 namespace quorvistest {
 
@@ -143,6 +144,27 @@ std::string windowsProgram(const std::string& name, const std::string& value) {
             number(resources.size(), 4) + number(kOffset, 4) + std::string(16, '\0');
     file.resize(kOffset);
     return file + resources;
+}
+
+std::string rpmHeader(const std::string& name, const std::string& version, const std::string& source) {
+    const auto bigEndian = [](std::uint64_t value) {
+        std::string bytes = number(value, 4);
+        std::reverse(bytes.begin(), bytes.end());
+        return bytes;
+    };
+    constexpr std::uint64_t kText = 6;
+    const std::size_t dash = version.find('-');
+    const std::pair<std::uint64_t, std::string> entries[] = {
+        {1000, name},     {1001, version.substr(0, dash)},   {1002, version.substr(dash + 1)},
+        {1022, "x86_64"}, {1044, source + "-1.0-1.src.rpm"},
+    };
+    std::string index;
+    std::string texts;
+    for (const auto& [tag, text] : entries) {
+        index += bigEndian(tag) + bigEndian(kText) + bigEndian(texts.size()) + bigEndian(1);
+        texts += text + '\0';
+    }
+    return bigEndian(index.size() / 16) + bigEndian(texts.size()) + index + texts;
 }
 
 }  // namespace quorvistest

@@ -14,4 +14,7 @@ std::string jarFile(const std::string& manifest);
 // A Windows program with one text in its version resource.
 std::string windowsProgram(const std::string& name, const std::string& value);
 
+// What rpm keeps of a package; `version` is "1.2-3".
+std::string rpmHeader(const std::string& name, const std::string& version, const std::string& source);
+
 }  // namespace quorvistest

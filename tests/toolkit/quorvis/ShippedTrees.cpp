@@ -1,9 +1,11 @@
 #include "tests/toolkit/quorvis/ShippedTrees.h"
 
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/Program.h"
 #include "tests/toolkit/quorvis/BinaryFiles.h"
 
 namespace quorvistest {
@@ -114,6 +116,9 @@ class Planter {
             if (!source.empty()) stanza += "Source: " + source + "\n";
             write("/var/lib/dpkg/status", stanza + "Version: " + version + "\n\n");
             identify("debian");
+        } else if (kind == "rpm") {
+            plantRpm(rpmHeader(name, version, source));
+            identify("fedora");
         } else if (kind == "apk") {
             write("/lib/apk/db/installed", "P:" + name + "\nV:" + version + "\nA:x86_64\no:" + name + "\n\n");
             identify("alpine");
@@ -127,6 +132,22 @@ class Planter {
         } else {
             throw std::runtime_error("no such kind of thing: " + kind);
         }
+    }
+
+    void plantRpm(const std::string& header) const {
+        const fs::path database = pathOf("/usr/lib/sysimage/rpm/rpmdb.sqlite");
+        fs::create_directories(database.parent_path());
+        std::string digits;
+        for (const char c : header) {
+            char pair[3];
+            std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+            digits += pair;
+        }
+        const std::string table = "create table if not exists Packages(hnum integer primary key, blob blob);";
+        const zavtest::Finished run = zavtest::runProgram(
+            "/usr/bin/sqlite3",
+            {database.string(), table + "insert into Packages(blob) values (x'" + digits + "');"});
+        if (run.status != 0) throw std::runtime_error(run.errors);
     }
 
     void identify(const std::string& distribution) const {

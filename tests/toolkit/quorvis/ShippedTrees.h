@@ -2,7 +2,7 @@
 // that nearly have it. A line is a word and what belongs to it:
 //     signature GUID              the trees that follow are for this signature
 //     tree TEXT                   a machine; what is in it follows
-//     dpkg NAME VERSION [SOURCE]  an installed package; likewise apk, pacman and snap
+//     dpkg NAME VERSION [SOURCE]  an installed package; likewise rpm, apk, pacman and snap
 //     removed NAME VERSION        one of which only the configuration is left
 //     file PATH                   a file, whose lines follow with "| " before each
 //     elf PATH [SECTION [SONAME]] a program with this content in its section, else in .rodata
