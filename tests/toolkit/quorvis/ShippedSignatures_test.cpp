@@ -186,6 +186,25 @@ INSTANTIATE_TEST_SUITE_P(Shipped, ShippedFile, testing::ValuesIn(shippedFiles())
     return name;
 });
 
+TEST(SignatureReference, ShowsOnlyValidSignatures) {
+    const std::string text = zavtest::readAll(QUORVIS_REFERENCE);
+    const zavtest::ScratchDir dir;
+    int examples = 0;
+    const std::string begin = "```xml\n";
+    for (std::size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at + 1)) {
+        const std::size_t start = at + begin.size();
+        std::string example = text.substr(start, text.find("```", start) - start);
+        if (!example.starts_with("<Signature")) continue;
+        ++examples;
+        if (!example.starts_with("<Signatures>")) example = "<Signatures>" + example + "</Signatures>";
+        const zavtest::Finished run = zavtest::runProgram(
+            QUORVIS_PROGRAM, {"--check", "-i", dir.write("example.xml", example).string()});
+        EXPECT_EQ(run.status, 0) << run.output << example;
+        EXPECT_EQ(run.output.find("(warning)"), std::string::npos) << run.output << example;
+    }
+    EXPECT_GE(examples, 10);
+}
+
 TEST(ShippedFiles, GiveEachSignatureAnIdentifierOfItsOwn) {
     std::set<std::string> guids;
     for (const Case& c : allCases()) EXPECT_TRUE(guids.insert(c.signature.guid).second) << c.signature.guid;
