@@ -26,19 +26,25 @@ off_t sizeOf(int file) {
     return ::fstat(file, &status) == 0 ? status.st_size : -1;
 }
 
-// Calls `attempt` once more when the size of the file changed during the first one.
+// Whether there is more than the size tells, which is 0 for files that the kernel makes up when they are read.
+bool hasGrown(off_t size, std::uint64_t held) {
+    return size > 0 && held > static_cast<std::uint64_t>(size);
+}
+
+// Calls `attempt` with the size of the file, and once more when the size changed meanwhile.
 template <typename Attempt>
 BytesRead untilSteady(int file, const Attempt& attempt) {
     for (int i = 0; i < 2; ++i) {
         const off_t before = sizeOf(file);
-        const BytesRead result = attempt();
-        if (result == BytesRead::Failed || sizeOf(file) == before) return result;
+        const BytesRead result = attempt(before);
+        if (result == BytesRead::Failed) return result;
+        if (result != BytesRead::Changed && sizeOf(file) == before) return result;
     }
     return BytesRead::Changed;
 }
 
-BytesRead readOnce(int file, std::uint64_t limit, bool whole, std::string& bytes) {
-    const auto expected = static_cast<std::uint64_t>(std::max<off_t>(sizeOf(file), 0));
+BytesRead readOnce(int file, off_t size, std::uint64_t limit, bool whole, std::string& bytes) {
+    const auto expected = static_cast<std::uint64_t>(std::max<off_t>(size, 0));
     const std::uint64_t most =
         whole && limit != UINT64_MAX ? limit + 1 : limit;  // one more tells of yet more
     bytes.clear();
@@ -51,13 +57,14 @@ BytesRead readOnce(int file, std::uint64_t limit, bool whole, std::string& bytes
         const bool asked = held < room;
         bytes.resize(static_cast<std::size_t>(held));
         if (count < 0) return BytesRead::Failed;
+        if (hasGrown(size, held)) return BytesRead::Changed;
         if (count == 0 || (asked && held == expected)) return BytesRead::All;
         if (held >= most) return whole ? BytesRead::TooMany : BytesRead::Start;
         if (held == room) room = std::min(most, room * 2);
     }
 }
 
-BytesRead hashOnce(int file, std::uint64_t limit, std::vector<char>& buffer, std::string& sum) {
+BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>& buffer, std::string& sum) {
     sha256_ctx hash;
     sha256_init(&hash);
     for (std::uint64_t done = 0;;) {
@@ -65,6 +72,7 @@ BytesRead hashOnce(int file, std::uint64_t limit, std::vector<char>& buffer, std
         if (count < 0) return BytesRead::Failed;
         if (count == 0) break;
         done += static_cast<std::uint64_t>(count);
+        if (hasGrown(size, done)) return BytesRead::Changed;
         if (done > limit) return BytesRead::TooMany;
         sha256_update(&hash, static_cast<std::size_t>(count),
                       reinterpret_cast<const std::uint8_t*>(buffer.data()));
@@ -80,12 +88,14 @@ BytesRead hashOnce(int file, std::uint64_t limit, std::vector<char>& buffer, std
 }  // namespace
 
 BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes) {
-    return untilSteady(file.number(), [&] { return readOnce(file.number(), limit, whole, bytes); });
+    return untilSteady(file.number(),
+                       [&](off_t size) { return readOnce(file.number(), size, limit, whole, bytes); });
 }
 
 BytesRead sha256Of(const kest::Descriptor& file, std::uint64_t limit, std::string& sum) {
     std::vector<char> buffer(std::size_t{256} << 10);
-    return untilSteady(file.number(), [&] { return hashOnce(file.number(), limit, buffer, sum); });
+    return untilSteady(file.number(),
+                       [&](off_t size) { return hashOnce(file.number(), size, limit, buffer, sum); });
 }
 
 }  // namespace toolkit::quorvis

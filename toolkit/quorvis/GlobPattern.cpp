@@ -70,56 +70,55 @@ std::optional<std::string> problemOfName(std::string_view name) {
         }
         i = end;
     }
+    if (name.find('\\') == std::string_view::npos) return std::nullopt;
     const std::string plain = withoutEscapes(name);
     if (plain == "." || plain == ".." || plain.find('/') != std::string::npos)
         return "a name cannot be \"" + plain + "\"";
     return std::nullopt;
 }
 
-std::optional<std::string> problemOfAlternative(std::string_view pattern) {
-    if (pattern.empty() || pattern.front() != '/') return "it does not begin with a slash";
-    bool named = false;
-    while (!pattern.empty()) {
-        const std::string_view name = takeName(pattern);
-        if (name.empty()) continue;
-        named = true;
-        if (std::optional<std::string> problem = problemOfName(name)) return problem;
-    }
-    if (!named) return "it names nothing";
-    return std::nullopt;
+GlobStep stepOf(std::string_view name) {
+    if (name == "**") return {GlobStep::Kind::AnyDepth, {}};
+    if (name.find_first_of("\\*?[") == std::string_view::npos)
+        return {GlobStep::Kind::Literal, std::string(name)};
+    if (hasWildcards(name)) return {GlobStep::Kind::Wildcard, std::string(name)};
+    return {GlobStep::Kind::Literal, withoutEscapes(name)};
 }
 
-GlobSteps stepsOfAlternative(std::string_view pattern) {
-    GlobSteps steps;
+std::optional<std::string> readAlternative(std::string_view pattern, GlobSteps& steps) {
+    if (pattern.empty() || pattern.front() != '/') return "it does not begin with a slash";
     while (!pattern.empty()) {
         const std::string_view name = takeName(pattern);
         if (name.empty()) continue;
-        if (name == "**") {
-            if (steps.empty() || steps.back().kind != GlobStep::Kind::AnyDepth)
-                steps.push_back({GlobStep::Kind::AnyDepth, {}});
-        } else if (hasWildcards(name)) {
-            steps.push_back({GlobStep::Kind::Wildcard, std::string(name)});
-        } else {
-            steps.push_back({GlobStep::Kind::Literal, withoutEscapes(name)});
-        }
+        if (std::optional<std::string> problem = problemOfName(name)) return problem;
+        const bool again = name == "**" && !steps.empty() && steps.back().kind == GlobStep::Kind::AnyDepth;
+        if (!again) steps.push_back(stepOf(name));
     }
+    if (steps.empty()) return "it names nothing";
     if (steps.back().kind == GlobStep::Kind::AnyDepth) steps.push_back({GlobStep::Kind::Wildcard, "*"});
-    return steps;
+    return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> problemOfPattern(std::string_view pattern) {
+std::optional<std::string> readPattern(std::string_view pattern, std::vector<GlobSteps>& alternatives) {
     if (pattern.size() > kLongestPattern)
         return "it is longer than " + std::to_string(kLongestPattern) + " characters";
     if (pattern.find('\0') != std::string_view::npos) return "it holds a NUL character";
     std::string problem;
-    const std::vector<std::string> alternatives = withoutBraces(pattern, problem);
+    const std::vector<std::string> texts = withoutBraces(pattern, problem);
     if (!problem.empty()) return problem;
-    for (const std::string& alternative : alternatives) {
-        if (std::optional<std::string> found = problemOfAlternative(alternative)) return found;
+    alternatives.reserve(texts.size());
+    for (const std::string& text : texts) {
+        if (std::optional<std::string> found = readAlternative(text, alternatives.emplace_back()))
+            return found;
     }
     return std::nullopt;
+}
+
+std::optional<std::string> problemOfPattern(std::string_view pattern) {
+    std::vector<GlobSteps> alternatives;
+    return readPattern(pattern, alternatives);
 }
 
 bool searchesWholeTree(const std::vector<GlobSteps>& alternatives) {
@@ -142,11 +141,9 @@ std::string quotedForPattern(std::string_view value) {
 }
 
 std::vector<GlobSteps> stepsOf(std::string_view pattern) {
-    std::string problem;
-    std::vector<GlobSteps> all;
-    for (const std::string& alternative : withoutBraces(pattern, problem))
-        all.push_back(stepsOfAlternative(alternative));
-    return all;
+    std::vector<GlobSteps> alternatives;
+    readPattern(pattern, alternatives);
+    return alternatives;
 }
 
 PathPattern::PathPattern(std::string_view pattern) {

@@ -32,6 +32,9 @@ using GlobSteps = std::vector<GlobStep>;
 // The alternatives that a proper pattern stands for, without braces. None ends in AnyDepth.
 std::vector<GlobSteps> stepsOf(std::string_view pattern);
 
+// The same of any text; returns what is wrong with it.
+std::optional<std::string> readPattern(std::string_view pattern, std::vector<GlobSteps>& alternatives);
+
 // Whether a "**" stands below no directory of a fixed name.
 bool searchesWholeTree(const std::vector<GlobSteps>& alternatives);
 

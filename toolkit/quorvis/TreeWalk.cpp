@@ -17,8 +17,8 @@ constexpr unsigned kDeepestWalk = 64;
 
 // Takes the pattern of a request apart; returns what is wrong with it, or nothing.
 std::string takeApart(const GlobRequest& request, bool wholeTree, std::vector<GlobSteps>& alternatives) {
-    if (const auto problem = problemOfPattern(request.pattern)) return "This is no pattern: " + *problem;
-    alternatives = stepsOf(request.pattern);
+    if (const auto problem = readPattern(request.pattern, alternatives))
+        return "This is no pattern: " + *problem;
     if (!wholeTree && searchesWholeTree(alternatives))
         return "A \"**\" needs a directory of a fixed name before it";
     if (request.exclude.empty()) return {};

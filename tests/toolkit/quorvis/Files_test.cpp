@@ -6,9 +6,19 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <functional>
 
 #include "tests/support/ScratchDir.h"
 #include "toolkit/quorvis/SecretFiles.h"
+
+// Reading goes through here, so that a file can change between two reads.
+static std::function<void()> beforeReading;
+extern "C" ssize_t __real_pread(int file, void* buffer, std::size_t size, off_t offset);
+extern "C" ssize_t __wrap_pread(int file, void* buffer, std::size_t size, off_t offset) {
+    if (beforeReading) beforeReading();
+    return __real_pread(file, buffer, size, offset);
+}
 
 namespace toolkit::quorvis {
 namespace {
@@ -202,6 +212,30 @@ TEST_P(FilesTest, TheSumIsThatOfSha256) {
     settings_.fileSystem.maxHashedSize = 2;
     expectFailure(files_.sha256("/abc"), EventCode::LimitBytes);
     EXPECT_EQ(Access::Missing, files_.sha256("/none").access);
+}
+
+TEST_P(FilesTest, AFileThatChangesItsSizeIsReadOnceMoreAndThenFails) {
+    int changes = 0;
+    const auto growTimes = [&](int times) {
+        tree_.write("f", "abc");
+        changes = 0;
+        beforeReading = [this, &changes, times] {
+            if (changes < times) std::ofstream(at("f"), std::ios::app) << ++changes;
+        };
+    };
+    growTimes(1);
+    EXPECT_EQ("abc1", text("/f"));
+    growTimes(1);
+    EXPECT_EQ("abc1", *files_.readStart("/f", 10).bytes);
+    growTimes(1);
+    // of "abc1"
+    EXPECT_EQ("dbfcfd0d87220f629339bd3adcf452d083fde3246625fb3a93e314f833e20d37", *files_.sha256("/f").bytes);
+    growTimes(1000);
+    expectFailure(files_.read("/f", kPlenty), EventCode::Io);
+    EXPECT_LT(changes, 1000);
+    growTimes(1000);
+    expectFailure(files_.sha256("/f"), EventCode::Io);
+    beforeReading = nullptr;
 }
 
 TEST_P(FilesTest, WithoutPermissionReadingFails) {
