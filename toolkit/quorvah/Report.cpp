@@ -1,6 +1,7 @@
 #include "toolkit/quorvah/Report.h"
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 namespace toolkit::quorvah {
@@ -36,7 +37,7 @@ void Instance::replace(std::size_t index, std::string_view value) {
     values_[index] = {};
     if (value.empty()) return;
     char* const copy = static_cast<char*>(memory_->allocate(value.size(), 1));
-    std::ranges::copy(value, copy);
+    std::memcpy(copy, value.data(), value.size());
     values_[index] = {copy, value.size()};
 }
 
