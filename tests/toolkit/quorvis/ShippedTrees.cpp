@@ -1,5 +1,6 @@
 #include "tests/toolkit/quorvis/ShippedTrees.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -82,7 +83,9 @@ class Planter {
             write(word(thing, 0), thing.lines);
         } else if (kind == "elf") {
             const std::string section = word(thing, 1).empty() ? ".rodata" : word(thing, 1);
-            write(word(thing, 0), elfFile(section, thing.lines, word(thing, 2)));
+            std::string texts = '\0' + thing.lines;
+            std::ranges::replace(texts, '\n', '\0');
+            write(word(thing, 0), elfFile(section, texts, word(thing, 2)));
         } else if (kind == "jar") {
             write(word(thing, 0), jarFile(thing.lines));
         } else if (kind == "pe") {

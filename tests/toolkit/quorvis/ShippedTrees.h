@@ -5,7 +5,7 @@
 //     dpkg NAME VERSION [SOURCE]  an installed package; likewise rpm, apk, pacman and snap
 //     removed NAME VERSION        one of which only the configuration is left
 //     file PATH                   a file, whose lines follow with "| " before each
-//     elf PATH [SECTION [SONAME]] a program with this content in its section, else in .rodata
+//     elf PATH [SECTION [SONAME]] a program with these texts in its section, else in .rodata
 //     jar PATH                    an archive with these lines as its manifest
 //     pe PATH NAME VALUE          a Windows program with this text in its version resource
 //     link PATH TARGET
