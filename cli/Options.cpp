@@ -49,8 +49,8 @@ such as its version, are to be reported. A directory stands for all *.xml files 
 run where they can be joined.
 
 --variable NAME=VALUE presets a variable for all signatures, NAME=VALUE@GUID for one. What stands behind the last '@' is
-taken for an identifier when it looks like 6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001, with or without braces. A variable has
-one value in a run.
+an identifier when a signature in the files has it, or when it looks like 6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001. A variable
+has one value in a run.
 --config PLUGIN.ATTRIBUTE=VALUE changes a setting of the scanner.
 --guid GUID shows the results of this signature only, in any case. When it does not match, that is told on standard error,
 the result is empty and the exit status 0.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <string_view>
+#include <utility>
 
 #include "cli/Codes.h"
 #include "cli/Failure.h"
@@ -29,23 +30,25 @@ std::wstring forLibrary(const std::string& text) {
 
 }  // namespace
 
-Preset parsePreset(const std::string& text) {
+Preset parsePreset(const std::string& text, const Identifiers& identifiers) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0)
         throw Failure(kExitBadUsage,
                       fmt::format("--variable: '{}' is not of the form NAME=VALUE or NAME=VALUE@GUID", text));
     Preset preset{text.substr(0, equals), text.substr(equals + 1), ""};
     const std::size_t at = preset.value.rfind('@');
-    if (at == std::string::npos || !isGuid(std::string_view(preset.value).substr(at + 1))) return preset;
-    preset.guid = preset.value.substr(at + 1);
+    if (at == std::string::npos) return preset;
+    std::string guid = preset.value.substr(at + 1);
+    if (!isGuid(guid) && !identifiers.contains(lowerCase(guid))) return preset;
+    preset.guid = std::move(guid);
     preset.value.erase(at);
     return preset;
 }
 
-std::vector<Preset> parsePresets(const std::vector<std::string>& texts) {
+std::vector<Preset> parsePresets(const std::vector<std::string>& texts, const Identifiers& identifiers) {
     std::vector<Preset> presets;
     for (const std::string& text : texts) {
-        Preset preset = parsePreset(text);
+        Preset preset = parsePreset(text, identifiers);
         const auto sameName = [&](const Preset& other) { return other.name == preset.name; };
         if (std::any_of(presets.begin(), presets.end(), sameName))
             throw Failure(kExitBadUsage,

@@ -48,6 +48,14 @@ std::vector<SignaturesFile> readFiles(const Options& options) {
     return files;
 }
 
+std::vector<Preset> presetsOf(const Options& options, const std::vector<SignaturesFile>& files) {
+    Identifiers identifiers;
+    for (const SignaturesFile& file : files) {
+        for (const auto& [guid, name] : file.names) identifiers.insert(guid);
+    }
+    return parsePresets(options.variables, identifiers);
+}
+
 std::vector<Setting> settingsOf(const Options& options) {
     std::vector<Setting> settings;
     for (const std::string& text : options.settings) settings.push_back(parseSetting(text));
@@ -72,7 +80,7 @@ void tellMissing(const SoftwareReport& report, const std::vector<SignaturesFile>
 }
 
 SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile>& files) {
-    const std::vector<Preset> presets = parsePresets(options.variables);
+    const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
     Progress progress(false);
     const Probe probe = probeSetUp(options, progress);
@@ -116,7 +124,7 @@ int checkSoftwareSignatures(const Options& options) {
 
 int explainSoftwareSignature(const Options& options) {
     const std::vector<SignaturesFile> files = readFiles(options);
-    const std::vector<Preset> presets = parsePresets(options.variables);
+    const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
     const std::string guid = lowerCase(*options.explain);
     if (std::none_of(files.begin(), files.end(),

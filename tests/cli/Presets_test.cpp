@@ -36,21 +36,26 @@ TEST(Presets, VariablesAreNamesWithValuesAndIdentifiers) {
         {"a=1@" + guid + "0", {"a", "1@" + guid + "0", ""}},
         {"a=1@" + guid.substr(1), {"a", "1@" + guid.substr(1), ""}},
         {"a=@" + guid, {"a", "", guid}},
+        {"a=1@zav.bash", {"a", "1", "zav.bash"}},
+        {"a=1@ZAV.Bash", {"a", "1", "ZAV.Bash"}},
+        {"a=1@zav.zsh", {"a", "1@zav.zsh", ""}},
     };
     for (const auto& [text, parts] : cases) {
-        const Preset preset = parsePreset(text);
+        const Preset preset = parsePreset(text, {"zav.bash"});
         EXPECT_EQ(parts, (std::array{preset.name, preset.value, preset.guid})) << text;
     }
 }
 
 TEST(Presets, VariablesWithoutNameOrValueAreRefused) {
     for (const char* text : {"", "a", "=1", "@"})
-        EXPECT_NE(std::string::npos, refusal([&] { parsePreset(text); }).find("NAME=VALUE")) << text;
+        EXPECT_NE(std::string::npos, refusal([&] { parsePreset(text, {}); }).find("NAME=VALUE")) << text;
 }
 
 TEST(Presets, VariableGivenTwiceIsRefused) {
-    EXPECT_EQ(2U, parsePresets({"a=1", "b=1"}).size());
-    EXPECT_NE(std::string::npos, refusal([] { parsePresets({"a=1", "a=2"}); }).find("'a' is given twice"));
+    EXPECT_EQ(2U, parsePresets({"a=1", "b=1"}, {}).size());
+    EXPECT_NE(std::string::npos, refusal([] {
+                                     parsePresets({"a=1", "a=2"}, {});
+                                 }).find("'a' is given twice"));
 }
 
 TEST(Presets, SettingsNamePluginAttributeAndValue) {

@@ -188,6 +188,12 @@ TEST_F(SoftwareTest, PresetsAndSettingsReachTheScanner) {
         expectSays(given("configuration"), part);
 }
 
+TEST_F(SoftwareTest, PresetOfASignatureIsKnownByTheFilesIdentifiers) {
+    sw({file("one.xml", kOne), "--variable", "a=1@G1", "--variable", "b=me@example.com"}).run();
+    expectSays(given("configuration"), "name=\"a\" value=\"1\" guid=\"G1\"");
+    expectSays(given("configuration"), "name=\"b\" value=\"me@example.com\" guid=\"\"");
+}
+
 TEST_F(SoftwareTest, IdentifierChoosesItsResultsInAnyCase) {
     const std::string prepared = file("prepared.xml", kResults);
     const Ended ended = sw({file("one.xml", kOne), "--guid", "g1", "--guid", "G1", "--format", "json"})
