@@ -117,6 +117,12 @@ void checkRunning(const Case& c, const ShippedTree& tree) {
     const fs::path program = fs::canonical(dir.path()) / tree.running();
     const RunningProgram running(program);
     const std::vector<FoundSoftware> found = foundBy(c.signature.guid, runScanner(c.file, ""));
+    for (const FoundSoftware& software : found) {
+        const auto isProgram = [&tree](const auto& variable) {
+            return variable.first == "path" && fs::path(variable.second).filename() == tree.running();
+        };
+        EXPECT_TRUE(std::ranges::any_of(software.variables, isProgram)) << textOf(software);
+    }
     for (FoundSoftware expected : tree.found) {
         expected.variables.emplace_back("path", program.string());
         expected.variables.emplace_back("user", getpwuid(geteuid())->pw_name);

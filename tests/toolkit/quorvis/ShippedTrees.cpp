@@ -123,7 +123,8 @@ class Planter {
             plantRpm(rpmHeader(name, version, source));
             identify("fedora");
         } else if (kind == "apk") {
-            write("/lib/apk/db/installed", "P:" + name + "\nV:" + version + "\nA:x86_64\no:" + name + "\n\n");
+            write("/lib/apk/db/installed", "P:" + name + "\nV:" + version +
+                                               "\nA:x86_64\no:" + (source.empty() ? name : source) + "\n\n");
             identify("alpine");
         } else if (kind == "pacman") {
             write("/var/lib/pacman/local/" + name + "-" + version + "/desc",
