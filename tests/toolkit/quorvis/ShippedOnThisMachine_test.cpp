@@ -80,10 +80,14 @@ constexpr Tool kTools[] = {
     {"zav.npm", "language-packages", "node @path/bin/npm-cli.js --version", "([0-9.]+)"},
 };
 
+// Empty when the software has no such variable: what a package brought is found without its path.
 std::string withValues(std::string command, const FoundSoftware& software) {
     std::smatch match;
-    while (std::regex_search(command, match, std::regex("@([a-z]+)")))
-        command = match.prefix().str() + valueOf(software, match[1]) + match.suffix().str();
+    while (std::regex_search(command, match, std::regex("@([a-z]+)"))) {
+        const std::string value = valueOf(software, match[1]);
+        if (value.empty()) return {};
+        command = match.prefix().str() + value + match.suffix().str();
+    }
     return command;
 }
 
@@ -103,11 +107,14 @@ TEST_P(ShippedOnThisMachine, HasTheVersionThatTheProgramTells) {
     const Tool& tool = GetParam();
     const std::string command = tool.command;
     if (command.find('@') != std::string::npos) {
-        if (found_.empty()) GTEST_SKIP() << "not on this machine";
+        int compared = 0;
         for (const FoundSoftware& software : found_) {
-            const std::string version = partOf(outputOf(withValues(command, software)), tool.expression);
-            EXPECT_EQ(valueOf(software, "version"), version) << withValues(command, software);
+            const std::string asked = withValues(command, software);
+            if (asked.empty()) continue;
+            ++compared;
+            EXPECT_EQ(valueOf(software, "version"), partOf(outputOf(asked), tool.expression)) << asked;
         }
+        if (compared == 0) GTEST_SKIP() << "not on this machine";
         return;
     }
     const std::string version = partOf(outputOf(command), tool.expression);
