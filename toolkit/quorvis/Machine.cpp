@@ -1,6 +1,6 @@
 #include "toolkit/quorvis/Machine.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace toolkit::quorvis {
 
@@ -24,16 +24,16 @@ const GlobHits& Machine::hits(const GlobRequest& request) {
 }
 
 void Machine::walkAhead(std::vector<GlobRequest> requests) {
-    const auto before = [](const GlobRequest& left, const GlobRequest& right) {
-        return keyOf(left) < keyOf(right);
-    };
-    const auto same = [](const GlobRequest& left, const GlobRequest& right) {
-        return keyOf(left) == keyOf(right);
-    };
-    std::sort(requests.begin(), requests.end(), before);
-    requests.erase(std::unique(requests.begin(), requests.end(), same), requests.end());
-    std::vector<GlobHits> found = walkTree(*this, requests);
-    for (std::size_t i = 0; i < requests.size(); ++i) hits_.emplace(keyOf(requests[i]), std::move(found[i]));
+    std::vector<GlobRequest> wanted;
+    std::vector<GlobHits*> places;
+    for (GlobRequest& request : requests) {
+        const auto place = hits_.try_emplace(keyOf(request));
+        if (!place.second) continue;
+        places.push_back(&place.first->second);
+        wanted.push_back(std::move(request));
+    }
+    std::vector<GlobHits> found = walkTree(*this, wanted);
+    for (std::size_t i = 0; i < wanted.size(); ++i) *places[i] = std::move(found[i]);
 }
 
 }  // namespace toolkit::quorvis

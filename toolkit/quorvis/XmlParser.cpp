@@ -10,7 +10,10 @@ namespace toolkit::quorvis {
 
 namespace {
 
+// Expat copies what it is given, so a large document comes in blocks. It counts lines after every block but the last,
+// so others come as a whole.
 constexpr std::size_t kBlock = std::size_t{256} << 10;
+constexpr std::size_t kLarge = std::size_t{2} << 20;
 
 // Expat looks at an unfinished token anew with every block, so an endless one would cost quadratic time.
 constexpr std::size_t kLongestToken = std::size_t{4} << 20;
@@ -29,9 +32,9 @@ class Parser {
     }
 
     std::optional<XmlFault> parse(std::string_view bytes) {
-        // Expat copies what it is given, so a large document comes in blocks.
+        const std::size_t blockSize = bytes.size() > kLarge ? kBlock : kLarge;
         for (std::size_t given = 0;;) {
-            const std::string_view block = bytes.substr(given, kBlock);
+            const std::string_view block = bytes.substr(given, blockSize);
             given += block.size();
             const bool last = given == bytes.size();
             const XML_Status status =
