@@ -4,7 +4,7 @@
 
 namespace swtest {
 
-inline const wchar_t* const untouchedText = L"untouched";
+inline const wchar_t untouchedText[] = L"untouched";
 inline constexpr int untouchedNumber = 4711;
 
 // The outputs of a query, which is to write them on success only.

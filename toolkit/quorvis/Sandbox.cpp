@@ -19,7 +19,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kLeastRoom = std::uint64_t{64} << 20;  // beyond what is in use already
+// Beyond what is in use already.
+[[maybe_unused]] constexpr std::uint64_t kLeastRoom = std::uint64_t{64} << 20;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
