@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const toolkit::quorvis::Settings settings =
         toolkit::quorvis::makeSettings(configuration.settings, configuration.events);
     must(settings.fileSystem.maxDepth >= 1 && settings.fileSystem.maxDepth <= 64);
-    must(settings.fileSystem.maxMatches >= 1 && settings.evaluation.jobs >= 1);
+    must(settings.fileSystem.maxMatches >= 1);
     must(settings.evaluation.timeLimit.count() >= 1);
     return 0;
 }
