@@ -1,19 +1,9 @@
 #include "toolkit/quorvis/Evaluator.h"
 
-#include <strings.h>
-
 #include "toolkit/quorvis/Planner.h"
 #include "toolkit/quorvis/SignatureEvaluation.h"
 
 namespace toolkit::quorvis {
-
-namespace {
-
-bool sameGuid(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
-
-}  // namespace
 
 std::vector<Match> Evaluator::evaluate(const std::vector<Signature>& signatures) {
     Planner planner(presets_, leaves_, machine_);

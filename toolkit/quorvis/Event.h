@@ -15,7 +15,6 @@ enum class EventCode : std::uint8_t {
     LimitMatches,
     Deadline,
     Loop,
-    OutsideRoot,
     SpecialFile,
     RemoteSkipped,
     Denied,

@@ -14,16 +14,24 @@ struct CodeRow {
 };
 
 // In the order of EventCode.
-constexpr std::array<CodeRow, 19> kCodes = {{
-    {"permission", "warning"},   {"io", "warning"},
-    {"limit-depth", "warning"},  {"limit-entries", "warning"},
-    {"limit-bytes", "warning"},  {"limit-matches", "warning"},
-    {"deadline", "warning"},     {"loop", "info"},
-    {"outside-root", "warning"}, {"special-file", "info"},
-    {"remote-skipped", "info"},  {"denied", "warning"},
-    {"parse", "warning"},        {"undefined-variable", "warning"},
-    {"unresolved", "warning"},   {"config", "warning"},
-    {"encoding", "info"},        {"unsupported", "warning"},
+constexpr std::array<CodeRow, 18> kCodes = {{
+    {"permission", "warning"},
+    {"io", "warning"},
+    {"limit-depth", "warning"},
+    {"limit-entries", "warning"},
+    {"limit-bytes", "warning"},
+    {"limit-matches", "warning"},
+    {"deadline", "warning"},
+    {"loop", "info"},
+    {"special-file", "info"},
+    {"remote-skipped", "info"},
+    {"denied", "warning"},
+    {"parse", "warning"},
+    {"undefined-variable", "warning"},
+    {"unresolved", "warning"},
+    {"config", "warning"},
+    {"encoding", "info"},
+    {"unsupported", "warning"},
     {"invalid", "error"},
 }};
 static_assert(kCodes[static_cast<std::size_t>(EventCode::Invalid)].name == "invalid");

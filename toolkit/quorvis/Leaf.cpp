@@ -2,38 +2,24 @@
 
 #include <array>
 
+#include "toolkit/quorvis/LeafTable.h"
+
 namespace toolkit::quorvis {
 
 namespace {
 
-struct LeafRow {
-    std::string_view name;
-    LeafResult (*lookUp)(const Query&, Machine&);
-};
+using LookUp = LeafResult (*)(const Query&, Machine&);
 
 // In the order of LeafKind.
-constexpr std::array<LeafRow, 11> kLeaves = {{
-    {"Package", lookUpPackage},
-    {"File", lookUpFile},
-    {"Glob", lookUpGlob},
-    {"Content", lookUpContent},
-    {"Property", lookUpProperty},
-    {"Xml", lookUpXml},
-    {"Process", lookUpProcess},
-    {"Elf", lookUpElf},
-    {"FileVersion", lookUpFileVersion},
-    {"SwidTag", lookUpSwidTag},
-    {"Compare", lookUpCompare},
-}};
-
-const LeafRow& rowOf(LeafKind kind) {
-    return kLeaves[static_cast<std::size_t>(kind)];
-}
+constexpr std::array<LookUp, 11> kLookUps = {
+    lookUpPackage, lookUpFile, lookUpGlob,        lookUpContent, lookUpProperty, lookUpXml,
+    lookUpProcess, lookUpElf,  lookUpFileVersion, lookUpSwidTag, lookUpCompare,
+};
 
 }  // namespace
 
 std::string_view nameOf(LeafKind kind) {
-    return rowOf(kind).name;
+    return leafRules(kind).name;
 }
 
 std::string Query::key() const {
@@ -52,7 +38,7 @@ std::string Query::key() const {
 }
 
 LeafResult lookUp(const Query& query, Machine& machine) {
-    return rowOf(query.kind()).lookUp(query, machine);
+    return kLookUps.at(static_cast<std::size_t>(query.kind()))(query, machine);
 }
 
 }  // namespace toolkit::quorvis

@@ -122,11 +122,6 @@ bool setOnInvalid(bool& skip, std::string_view text) {
     return skip || same(trimmed(text), "fail");
 }
 
-bool setCache(std::string& target, std::string_view text) {
-    target = same(trimmed(text), "off") ? std::string_view() : text;
-    return true;
-}
-
 constexpr std::string_view kBoolean = "true or false";
 constexpr std::string_view kNumber = "a number of 1 or more";
 constexpr std::string_view kSize = "a number of bytes, or of K, M or G";
@@ -177,14 +172,10 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setSeconds(s.evaluation.timeLimit, v); }},
     {"Evaluation", "memoryLimit", kSize,
      [](Settings& s, std::string_view v) { return setSize(s.evaluation.memoryLimit, v); }},
-    {"Evaluation", "jobs", "a number from 1 to 64",
-     [](Settings& s, std::string_view v) { return setNumber(s.evaluation.jobs, v, 1, 64); }},
     {"Evaluation", "onInvalid", "fail or skip",
      [](Settings& s, std::string_view v) { return setOnInvalid(s.evaluation.skipInvalid, v); }},
     {"Evaluation", "evidence", kBoolean,
      [](Settings& s, std::string_view v) { return setBoolean(s.evaluation.evidence, v); }},
-    {"Evaluation", "cache", kText,
-     [](Settings& s, std::string_view v) { return setCache(s.evaluation.cache, v); }},
 };
 
 // What is wrong with the setting; empty when it was applied.

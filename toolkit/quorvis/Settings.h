@@ -46,10 +46,8 @@ struct Settings {
     struct Evaluation {
         std::chrono::seconds timeLimit{120};
         std::uint64_t memoryLimit = std::uint64_t{512} << 20;  // bytes
-        unsigned jobs = 2;
         bool skipInvalid = false;
         bool evidence = true;
-        std::string cache;
     } evaluation;
 };
 

@@ -11,10 +11,6 @@ namespace toolkit::quorvis {
 
 namespace {
 
-bool sameGuid(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
-
 std::string quoted(std::string_view value, Quoting quoting) {
     if (quoting == Quoting::Regex) return quotedForRegex(value);
     if (quoting == Quoting::Pattern) return quotedForPattern(value);
@@ -22,6 +18,10 @@ std::string quoted(std::string_view value, Quoting quoting) {
 }
 
 }  // namespace
+
+bool sameGuid(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
+}
 
 Presets::Presets(std::vector<PresetValue> values) : values_(std::move(values)) {
     for (const PresetValue& value : values_) byName_.emplace(value.name, &value);

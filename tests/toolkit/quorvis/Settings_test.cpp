@@ -54,10 +54,8 @@ TEST(PluginSettings, EachChangesWhatItNames) {
         {{"Swid", "directory", "/t"}, [](auto& s) { return s.swid.directories == Strings{"/t"}; }},
         {{"Evaluation", "timeLimit", "5"}, [](auto& s) { return s.evaluation.timeLimit.count() == 5; }},
         {{"Evaluation", "memoryLimit", "100k"}, [](auto& s) { return s.evaluation.memoryLimit == 102400; }},
-        {{"Evaluation", "jobs", "4"}, [](auto& s) { return s.evaluation.jobs == 4; }},
         {{"Evaluation", "onInvalid", "skip"}, [](auto& s) { return s.evaluation.skipInvalid; }},
         {{"Evaluation", "evidence", "False"}, [](auto& s) { return !s.evaluation.evidence; }},
-        {{"Evaluation", "cache", "/c"}, [](auto& s) { return s.evaluation.cache == "/c"; }},
     };
     for (const auto& [given, holds] : cases) {
         EXPECT_FALSE(holds(Settings())) << given.attribute;
@@ -71,15 +69,15 @@ TEST(PluginSettings, EachChangesWhatItNames) {
 }
 
 TEST(PluginSettings, TheLastOneWinsAndSomeAddUp) {
-    const Settings settings = make({{"Evaluation", "jobs", "3"},
+    const Settings settings = make({{"FileSystem", "maxDepth", "3"},
                                     {"FileSystem", "exclude", "/a"},
                                     {"Swid", "directory", "/s"},
                                     {"Packages", "types", "dpkg"},
-                                    {"Evaluation", "jobs", "5"},
+                                    {"FileSystem", "maxDepth", "5"},
                                     {"FileSystem", "exclude", "/b"},
                                     {"Swid", "directory", "/t"},
                                     {"Packages", "types", "rpm snap"}});
-    EXPECT_EQ(settings.evaluation.jobs, 5U);
+    EXPECT_EQ(settings.fileSystem.maxDepth, 5U);
     EXPECT_EQ(settings.fileSystem.exclude, (Strings{"/a", "/b"}));
     EXPECT_EQ(settings.swid.directories, (Strings{"/s", "/t"}));
     EXPECT_EQ(settings.packages.types, (Strings{"dpkg", "rpm", "snap"}));
