@@ -90,8 +90,10 @@ class Evaluation {
 
     bool evaluateJoined(const Files& files) {
         std::vector<std::wstring> bodies;
+        bodies.reserve(files.size());
         for (const SignaturesFile* const file : files) bodies.push_back(widenBytes(*file->body));
         std::vector<const wchar_t*> texts;
+        texts.reserve(bodies.size());
         for (const std::wstring& body : bodies) texts.push_back(body.c_str());
         return take(ZAV_sw_evaluate_multi(software_, texts.data(), static_cast<unsigned int>(texts.size())));
     }

@@ -28,7 +28,8 @@ FieldLines fieldLines(const std::vector<Field>& fields, std::string_view indent,
         std::vector<std::string> lines = wrap(field.value, valueColumns);
         if (lines.size() > linesPerValue) {
             std::string& last = lines[linesPerValue - 1];
-            last = clip(last + " " + lines[linesPerValue], valueColumns);
+            last.append(" ").append(lines[linesPerValue]);
+            last = clip(last, valueColumns);
             lines.resize(linesPerValue);
             result.cut = true;
         }

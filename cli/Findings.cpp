@@ -98,6 +98,7 @@ std::vector<Warning> readWarnings(ZAVSwCtx* software) {
     int count = 0;
     require(ZAV_sw_get_warnings(software, &texts, &count));
     std::vector<Warning> warnings;
+    warnings.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) warnings.push_back(readWarning(narrowBytes(texts[i])));
     return warnings;
 }

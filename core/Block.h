@@ -19,6 +19,7 @@ using Block = std::unique_ptr<T, FreeBlock>;
 template <class T>
 Block<T> newBlock(std::size_t count) {
     if (count == 0) return nullptr;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): items are pointers, mostly
     Block<T> block(static_cast<T*>(std::malloc(count * sizeof(T))));
     if (block == nullptr) throw std::bad_alloc();
     return block;

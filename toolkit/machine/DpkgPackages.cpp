@@ -49,7 +49,9 @@ class Reader {
     // A file for each package, whose being there says that it is installed; beside them lie lists of checksums.
     void readFolder(const std::string& folder) {
         for (const std::string& name : root_.list(folder)) {
-            if (!name.ends_with(".md5sums")) readFile(folder + "/" + name, "install ok installed");
+            if (name.ends_with(".md5sums")) continue;
+            std::string path = folder;
+            readFile(path.append("/").append(name), "install ok installed");
         }
     }
 

@@ -61,6 +61,7 @@ class FileSearch {
         for (std::size_t i = 0; i < found_.size(); ++i)
             files[{found_[i].facts.device, found_[i].facts.inode}].push_back(i);
         std::vector<std::size_t> chosen;
+        chosen.reserve(files.size());
         for (const auto& [identity, paths] : files) chosen.push_back(plainestOf(paths));
         std::ranges::sort(chosen);
         return chosen;

@@ -25,16 +25,17 @@ bool linkLeadsInto(const Root& root, const std::string& path,
             place.erase(place.empty() ? 0 : place.rfind('/'));
             continue;
         }
-        std::string next = place + '/' + name;
+        std::string next = place;
+        next.append("/").append(name);
         if (isThere(next)) return true;
-        const std::string link = root.readLink(next);
+        std::string link = root.readLink(next);
         if (link.empty()) {
             place = std::move(next);
             continue;
         }
         ++links;
         if (link.front() == '/') place.clear();
-        todo = link + '/' + todo;
+        todo = link.append("/").append(todo);
     }
     return false;
 }

@@ -12,8 +12,9 @@ enum class Outcome : int {
     BadSignatures = 3,
 };
 
-// Evaluates the signatures and writes both output files. What it has to say goes to standard output, what is wrong with
-// the configuration or the root to standard error. Throws std::system_error when an output file cannot be written.
+// Evaluates the signatures and writes both output files; then the process ends with Outcome::Done. Otherwise it returns
+// why not. What it has to say goes to standard output, what is wrong with the configuration or the root to standard error.
+// Throws std::system_error when an output file cannot be written.
 Outcome scan(const Options& options);
 
 // Tells on standard output what is wrong with the signatures file.

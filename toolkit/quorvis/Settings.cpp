@@ -62,7 +62,7 @@ bool setSize(std::uint64_t& target, std::string_view text) {
 }
 
 bool setSeconds(std::chrono::seconds& target, std::string_view text) {
-    constexpr std::uint64_t kMost = 7 * 86'400;
+    constexpr std::uint64_t kMost = 604'800;  // a week
     const std::optional<std::uint64_t> number = takeNumber(text);
     if (!number || !(text.empty() || same(text, "s")) || *number == 0 || *number > kMost) return false;
     target = std::chrono::seconds(*number);

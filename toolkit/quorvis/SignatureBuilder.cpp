@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "toolkit/quorvis/ElementRules.h"
 #include "toolkit/quorvis/LeafReader.h"
@@ -96,7 +95,7 @@ class Builder {
             complaints_.problem(part, "Metadata has a name beyond ASCII");
         } else if (!xml->empty()) {
             auto* const copy = static_cast<char*>(texts_.allocate(xml->size(), 1));
-            std::memcpy(copy, xml->data(), xml->size());
+            std::copy(xml->begin(), xml->end(), copy);
             signature_.metadata = {copy, xml->size()};
         }
     }

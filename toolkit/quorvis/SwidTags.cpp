@@ -107,7 +107,8 @@ void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machin
         return;
     }
     for (const std::string& name : names) {
-        const std::string path = directory + "/" + name;
+        std::string path = directory;
+        path.append("/").append(name);
         if (name.ends_with(".swidtag")) {
             readTag(path, machine);
         } else if (andBelow && root.isDirectory(path)) {
