@@ -51,18 +51,21 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
         return ZAV_ERROR_SW_POINTER;
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    SWFound& found = context->guidResults[guid];
-    if (found.results != nullptr) {
+    const std::wstring wanted = guid;
+    Block<ZAVSwResult*>& found = context->guidResults[wanted];
+    if (found != nullptr) {
         if (log != nullptr) log->traceMAX(kFunction, "Using cached results");
+        *count = context->guidResultCounts[wanted];
     } else {
         if (log != nullptr) log->traceMAX(kFunction, "generating new results");
         ZAVSwResult* const first = context->guidIndex.first(guid);
         if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
-        found.count = countFrom(first);
-        found.results = arrayFrom(first, found.count);
+        const unsigned int size = countFrom(first);
+        context->guidResultCounts[wanted] = size;
+        found = arrayFrom(first, size);
+        *count = size;
     }
-    *results = found.results.get();
-    *count = found.count;
+    *results = found.get();
     return ZAV_SUCCESS;
 }
 
@@ -130,6 +133,7 @@ void SW_deleteResults(ZAVSwCtx* context) {
     context->results.clear();
     context->resultsArray.reset();
     context->guidResults.clear();
+    context->guidResultCounts.clear();
     context->returnCode = -1;
     context->warnings.clear();
     context->warningsArray.reset();

@@ -27,12 +27,6 @@ struct SWTexts {
     std::deque<std::wstring> metadata;
 };
 
-// All results of one identifier in document order; no array after a look-up that found none.
-struct SWFound {
-    Block<ZAVSwResult*> results;
-    unsigned int count = 0;
-};
-
 }  // namespace zav
 
 // A software context: made by ZAV_sw_init, released by ZAV_sw_free, opaque to hosts.
@@ -53,7 +47,9 @@ struct ZAVSwCtx {
     std::vector<std::unique_ptr<ZAVSwResult>> results;
     zav::SWTexts texts;
     zav::SWGuidIndex guidIndex;
-    std::map<std::wstring, zav::SWFound> guidResults;  // what was looked up by identifier
+    // What was looked up by identifier, in document order; no array after a look-up that found none.
+    std::map<std::wstring, zav::Block<ZAVSwResult*>> guidResults;
+    std::map<std::wstring, unsigned int> guidResultCounts;
     std::vector<std::wstring> warnings;
     zav::Block<const wchar_t*> warningsArray;
     zav::Block<ZAVSwResult*> resultsArray;

@@ -78,7 +78,8 @@ TEST_F(SWQueryTest, AMissIsNeverCached) {
     }
     const auto entry = context()->guidResults.find(L"none");
     ASSERT_NE(entry, context()->guidResults.end());
-    EXPECT_EQ(entry->second.results, nullptr);
+    EXPECT_EQ(entry->second, nullptr);
+    EXPECT_TRUE(context()->guidResultCounts.empty());
 }
 
 TEST_F(SWQueryTest, LookupsAndWarningsAnswerInAnyState) {
@@ -167,6 +168,7 @@ TEST_F(SWQueryTest, DeletedResultsLeaveNothingAndCanBeDeletedAgain) {
         EXPECT_TRUE(context()->results.empty());
         EXPECT_EQ(context()->resultsArray, nullptr);
         EXPECT_TRUE(context()->guidResults.empty());
+        EXPECT_TRUE(context()->guidResultCounts.empty());
         EXPECT_TRUE(context()->warnings.empty());
         EXPECT_EQ(context()->warningsArray, nullptr);
         EXPECT_EQ(context()->returnCode, -1);
