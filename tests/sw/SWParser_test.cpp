@@ -6,6 +6,7 @@
 #include "intake/XMLParser.h"
 #include "kest/Text.h"
 #include "sw/SWQueries.h"
+#include "tessa/NodeReader.h"
 #include "tests/sw/Evaluation.h"
 
 namespace zav {
@@ -338,6 +339,31 @@ TEST_F(SWParseOutputTest, ReadsBothFilesBeforeItJudgesEither) {
     log_.messages.clear();
     EXPECT_EQ(SW_ParseOutput(&context_, output_, L"/none/warnings"), 205);
     EXPECT_EQ(log_.messages, (Messages{missing, kParsingOutput[0]}));
+}
+
+TEST_F(SWParserTest, BlocksOfAnySizeGiveTheSameResultsAndWarnings) {
+    const std::string document =
+        "<?xml version='1.0'?>\n<Q>\n <MatchedSignature guid='a&amp;b' name='Gr\xc3\xb6\xc3\x9f'>\n"
+        "  <Metadata><P x='1'>t\xe2\x82\xac<![CDATA[<&]]></P></Metadata>\n"
+        "  <Variable name='b' value='1&#10;2'/><Variable name='a' value='\xf0\x9f\x98\x80'/>\n"
+        " </MatchedSignature>\n <Event code='c'>te&lt;xt</Event>\n</Q>";
+    const std::wstring path = kest::widen(directory_.write("blocks.xml", document).string());
+    const std::vector<Expected> wanted = {
+        {L"a&b",
+         L"Gr\u00f6\u00df",
+         metadata("<Metadata><P x='1'>t\xe2\x82\xac<![CDATA[<&]]></P></Metadata>"),
+         {{L"a", L"\U0001f600"}, {L"b", L"1\n2"}}}};
+    for (const int size : {1, 2, 3, 7, 4096}) {
+        SW_deleteResults(&context_);
+        XMLNodeSink sink(nullptr);
+        tessa::NodeReader reader(sink);
+        reader.blockSize = size;
+        ASSERT_EQ(reader.process(kest::String(path), 0), 0) << size;
+        ASSERT_EQ(SW_parseOutData(&context_, sink.root()), 0);
+        ASSERT_EQ(SW_parseWarnData(&context_, sink.root()), 0);
+        EXPECT_EQ(results(), wanted) << size;
+        EXPECT_EQ(context_.warnings, (WideTexts{L"<Event code=\"c\">te&lt;xt</Event>"})) << size;
+    }
 }
 
 }  // namespace
