@@ -10,6 +10,8 @@ function(zav_target_flags target)
     target_compile_options(${target} PRIVATE -fsanitize=${ZAV_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer
                                              -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${ZAV_SANITIZE})
+    # The library needs the sanitizers' C++ part, in hosts written in C too.
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   endif()
   if(ZAV_FUZZ)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)

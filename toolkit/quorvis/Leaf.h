@@ -57,6 +57,7 @@ class Query {
   public:
     Query(const Leaf& leaf, std::vector<std::string> values) : leaf_(&leaf), values_(std::move(values)) {}
 
+    const Leaf& leaf() const { return *leaf_; }
     LeafKind kind() const { return leaf_->kind; }
     const std::vector<Capture>& captures() const { return leaf_->captures; }
 

@@ -1,5 +1,7 @@
 #include "toolkit/quorvis/Leaves.h"
 
+#include <algorithm>
+
 namespace toolkit::quorvis {
 
 namespace {
@@ -16,6 +18,11 @@ Quoting quotingOf(Attribute attribute) {
         default:
             return Quoting::None;
     }
+}
+
+bool isConstant(const Leaf& leaf) {
+    return std::ranges::all_of(leaf.attributes,
+                               [](const LeafAttribute& attribute) { return attribute.value.constant(); });
 }
 
 }  // namespace
@@ -35,7 +42,13 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
 const LeafResult& Leaves::result(const Query& query) {
     std::unique_ptr<const LeafResult>& slot = results_[query.key()];
     if (slot == nullptr) slot = std::make_unique<const LeafResult>(lookUp(query, machine_));
+    if (isConstant(query.leaf())) known_.emplace(&query.leaf(), slot.get());
     return *slot;
+}
+
+const LeafResult* Leaves::known(const Leaf& leaf) const {
+    const auto found = known_.find(&leaf);
+    return found == known_.end() ? nullptr : found->second;
 }
 
 Truth truthOf(const Leaf& leaf, const LeafResult& result) {

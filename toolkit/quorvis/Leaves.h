@@ -22,10 +22,13 @@ class Leaves {
 
     // Lives as long as this.
     const LeafResult& result(const Query& query);
+    // The result of this very leaf if it was looked up before and has no variables; else null.
+    const LeafResult* known(const Leaf& leaf) const;
 
   private:
     Machine& machine_;
     std::unordered_map<std::string, std::unique_ptr<const LeafResult>> results_;
+    std::unordered_map<const Leaf*, const LeafResult*> known_;
 };
 
 // How the number of items that passed decides.

@@ -177,6 +177,11 @@ Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
 }
 
 const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
+    const LeafResult* const known = leaves_.known(leaf);
+    if (known != nullptr && explanation_ == nullptr) {
+        tell(leaf, *known);
+        return known;
+    }
     std::string_view missing;
     const std::optional<Query> query = Leaves::query(leaf, scope_, missing);
     if (!query) {
