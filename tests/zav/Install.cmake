@@ -1,5 +1,5 @@
 # Installs a build into an empty directory, and makes hosts outside the project from what lies there alone.
-#     cmake -DBUILD=... -DWORK=... -DVERSION=... -DFLAGS=... -DC=... -DCXX=... -DCONSUMER=... -P Install.cmake
+#     cmake -DBUILD=... -DWORK=... -DVERSION=... -DC=... -DCXX=... -DCONSUMER=... -P Install.cmake
 cmake_minimum_required(VERSION 3.25)
 
 function(run)
@@ -30,7 +30,7 @@ endforeach()
 
 # By find_package.
 run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${VERSION}
-  -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_C_FLAGS=${FLAGS} -DCMAKE_CXX_FLAGS=${FLAGS})
+  -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
 run(${WORK}/consumer/c_host)
 expect("${output}" "OperatingSystem\n")
@@ -58,10 +58,15 @@ run(pkg-config --cflags --libs zav)
 separate_arguments(package UNIX_COMMAND "${output}")
 run(pkg-config --variable=libdir zav)
 string(STRIP "${output}" libdir)
-separate_arguments(flags UNIX_COMMAND "${FLAGS}")
-run(${C} -std=c99 ${flags} ${CONSUMER}/host.c ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_c_host)
-run(${CXX} -std=c++17 ${flags} ${CONSUMER}/host.cpp ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_cpp_host)
+run(${C} -std=c99 ${CONSUMER}/host.c ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_c_host)
+run(${CXX} -std=c++17 ${CONSUMER}/host.cpp ${package} -Wl,-rpath,${libdir} -o ${WORK}/pc_cpp_host)
 run(${WORK}/pc_c_host)
 expect("${output}" "OperatingSystem\n")
 run(${WORK}/pc_cpp_host)
 expect("${output}" "messages came\n")
+
+# The command finds the scanners and the signatures that were installed with it.
+run(${WORK}/prefix/bin/zav sw ${WORK}/prefix/share/zav/signatures --format csv)
+if(NOT output MATCHES "^result,guid,name,variable,value")
+  message(FATAL_ERROR "the installed command printed \"${output}\"")
+endif()
