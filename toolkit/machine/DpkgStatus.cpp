@@ -1,10 +1,9 @@
 #include "toolkit/machine/DpkgStatus.h"
 
-#include <strings.h>
-
 #include <array>
 
 #include "toolkit/machine/Lines.h"
+#include "toolkit/machine/SameText.h"
 
 namespace toolkit {
 namespace {
@@ -38,8 +37,7 @@ bool isBlank(char c) {
 
 // Field names are the same in any case. Most differ in length or in the first letter already.
 bool sameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && ((a.front() ^ b.front()) & ~0x20) == 0 &&
-           strncasecmp(a.data(), b.data(), a.size()) == 0;
+    return a.size() == b.size() && ((a.front() ^ b.front()) & ~0x20) == 0 && sameButForCase(a, b);
 }
 
 void storeField(std::string_view line, DpkgStanza& stanza) {

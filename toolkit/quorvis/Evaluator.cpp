@@ -1,5 +1,6 @@
 #include "toolkit/quorvis/Evaluator.h"
 
+#include "toolkit/machine/SameText.h"
 #include "toolkit/quorvis/Planner.h"
 #include "toolkit/quorvis/SignatureEvaluation.h"
 
@@ -21,7 +22,7 @@ std::vector<Match> Evaluator::evaluate(const std::vector<Signature>& signatures)
                          {}});
             break;
         }
-        const bool explained = !explained_.empty() && sameGuid(explained_, signatures[i].guid);
+        const bool explained = !explained_.empty() && sameButForCase(explained_, signatures[i].guid);
         SignatureEvaluation(signatures[i], presets_, leaves_, machine_.settings(), events_,
                             explained ? &explanation_ : nullptr)
             .run(matches);

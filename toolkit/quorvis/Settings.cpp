@@ -1,7 +1,5 @@
 #include "toolkit/quorvis/Settings.h"
 
-#include <strings.h>
-
 #include <array>
 #include <charconv>
 #include <limits>
@@ -9,15 +7,11 @@
 #include <string_view>
 
 #include "toolkit/machine/Lines.h"
+#include "toolkit/machine/SameText.h"
 
 namespace toolkit::quorvis {
 
 namespace {
-
-// Names and words are the same in capitals.
-bool same(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && ::strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
 
 // Takes a decimal number from the front; what follows it, without blanks around it, stays in `text`.
 std::optional<std::uint64_t> takeNumber(std::string_view& text) {
@@ -47,7 +41,7 @@ std::optional<unsigned> shiftOf(std::string_view unit) {
         {{"", 0}, {"k", 10}, {"m", 20}, {"g", 30}}};
     for (const auto& [letter, shift] : kUnits) {
         for (const std::string_view tail : {"", "b", "ib"}) {
-            if (same(unit, std::string(letter).append(tail))) return shift;
+            if (sameButForCase(unit, std::string(letter).append(tail))) return shift;
         }
     }
     return std::nullopt;
@@ -64,15 +58,16 @@ bool setSize(std::uint64_t& target, std::string_view text) {
 bool setSeconds(std::chrono::seconds& target, std::string_view text) {
     constexpr std::uint64_t kMost = 604'800;  // a week
     const std::optional<std::uint64_t> number = takeNumber(text);
-    if (!number || !(text.empty() || same(text, "s")) || *number == 0 || *number > kMost) return false;
+    if (!number || !(text.empty() || sameButForCase(text, "s")) || *number == 0 || *number > kMost)
+        return false;
     target = std::chrono::seconds(*number);
     return true;
 }
 
 bool setBoolean(bool& target, std::string_view text) {
     text = trimmed(text);
-    const bool yes = same(text, "true") || same(text, "yes") || text == "1";
-    if (!yes && !same(text, "false") && !same(text, "no") && text != "0") return false;
+    const bool yes = sameButForCase(text, "true") || sameButForCase(text, "yes") || text == "1";
+    if (!yes && !sameButForCase(text, "false") && !sameButForCase(text, "no") && text != "0") return false;
     target = yes;
     return true;
 }
@@ -112,14 +107,14 @@ bool addTypes(std::vector<std::string>& target, std::string_view text) {
 }
 
 bool setDevices(bool& target, std::string_view text) {
-    if (!same(trimmed(text), "local")) return setBoolean(target, text);
+    if (!sameButForCase(trimmed(text), "local")) return setBoolean(target, text);
     target = true;
     return true;
 }
 
 bool setOnInvalid(bool& skip, std::string_view text) {
-    skip = same(trimmed(text), "skip");
-    return skip || same(trimmed(text), "fail");
+    skip = sameButForCase(trimmed(text), "skip");
+    return skip || sameButForCase(trimmed(text), "fail");
 }
 
 constexpr std::string_view kBoolean = "true or false";
@@ -182,9 +177,9 @@ constexpr Row kRows[] = {
 std::string apply(const PluginSetting& given, Settings& settings) {
     bool knownPlugin = false;
     for (const Row& row : kRows) {
-        if (!same(row.plugin, given.plugin)) continue;
+        if (!sameButForCase(row.plugin, given.plugin)) continue;
         knownPlugin = true;
-        if (!same(row.attribute, given.attribute)) continue;
+        if (!sameButForCase(row.attribute, given.attribute)) continue;
         Settings changed = settings;
         if (!row.apply(changed, given.value)) {
             return std::string("\"").append(given.value).append("\" is not ").append(row.expected);

@@ -1,9 +1,8 @@
 #include "toolkit/quorvis/Variables.h"
 
-#include <strings.h>
-
 #include <algorithm>
 
+#include "toolkit/machine/SameText.h"
 #include "toolkit/quorvis/GlobPattern.h"
 #include "toolkit/quorvis/Regex.h"
 
@@ -19,10 +18,6 @@ std::string quoted(std::string_view value, Quoting quoting) {
 
 }  // namespace
 
-bool sameGuid(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
-
 Presets::Presets(std::vector<PresetValue> values) : values_(std::move(values)) {
     for (const PresetValue& value : values_) byName_.emplace(value.name, &value);
 }
@@ -32,7 +27,7 @@ const std::string* Presets::find(std::string_view name, std::string_view guid) c
     const auto [first, last] = byName_.equal_range(name);
     for (auto entry = first; entry != last; ++entry) {
         const PresetValue& value = *entry->second;
-        if (sameGuid(value.guid, guid)) return &value.value;
+        if (sameButForCase(value.guid, guid)) return &value.value;
         if (value.guid.empty()) forAll = &value.value;
     }
     return forAll;

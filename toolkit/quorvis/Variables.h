@@ -15,15 +15,12 @@
 
 namespace toolkit::quorvis {
 
-// Identifiers of signatures are the same in any case.
-bool sameGuid(std::string_view left, std::string_view right);
-
 // The preset variables of the configuration, and those of the scanner itself ("quorvis.root").
 class Presets {
   public:
     explicit Presets(std::vector<PresetValue> values);
 
-    // The value for this signature, else the one for all.
+    // The value for this signature, else the one for all. Identifiers are the same in any case.
     const std::string* find(std::string_view name, std::string_view guid) const;
 
   private:
