@@ -29,7 +29,7 @@ foreach(file IN LISTS installed)
 endforeach()
 
 # By find_package.
-run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${VERSION}
+run(${CMAKE_COMMAND} -G Ninja -S ${CONSUMER} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${VERSION}
   -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
 run(${WORK}/consumer/c_host)
@@ -40,7 +40,7 @@ expect("${output}" "messages came\n")
 # Below 1.0 another minor version is another library.
 foreach(other 0.0 0.99 1.0)
   execute_process(
-    COMMAND ${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/refused -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${other}
+    COMMAND ${CMAKE_COMMAND} -G Ninja -S ${CONSUMER} -B ${WORK}/refused -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${other}
       -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX}
     RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
   if(result EQUAL 0)
