@@ -114,11 +114,11 @@ TEST_P(ShippedOnThisMachine, HasTheVersionThatTheProgramTells) {
             ++compared;
             EXPECT_EQ(valueOf(software, "version"), partOf(outputOf(asked), tool.expression)) << asked;
         }
-        if (compared == 0) GTEST_SKIP() << "not on this machine";
+        if (compared == 0) GTEST_SKIP() << "this machine has nothing to compare with by: " << command;
         return;
     }
     const std::string version = partOf(outputOf(command), tool.expression);
-    if (version.empty()) GTEST_SKIP() << "not on this machine";
+    if (version.empty()) GTEST_SKIP() << "this machine has nothing to compare with by: " << command;
     const auto isIt = [&version](const FoundSoftware& software) {
         return begins(valueOf(software, "version"), version);
     };
@@ -145,7 +145,6 @@ std::string decoded(const std::string& text) {
 }
 
 TEST(ShippedOnThisMachineDpkg, KnowsEachPackageInThisVersion) {
-    if (outputOf("dpkg-query --version").empty()) GTEST_SKIP() << "no dpkg on this machine";
     int packages = 0;
     for (const auto& [guid, software] : runScanner(QUORVIS_SIGNATURES "/debian.xml", "").found) {
         std::smatch url;

@@ -179,7 +179,6 @@ std::string randomDebVersion(std::mt19937& random) {
 }
 
 TEST(Version, DpkgOrdersDebVersionsTheSameWay) {
-    if (std::system("dpkg --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "there is no dpkg here";
     const zavtest::ScratchDir scratch;
     std::mt19937 random(20261121);
     std::vector<std::pair<std::string, std::string>> pairs;
