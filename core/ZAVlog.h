@@ -30,6 +30,9 @@ class ZAVlog {
     void traceMAX(const char* function, const char* format, ...);  // level 2: the detailed trace
     void trace(int level, const char* function, const char* format, ...);
 
+    // Whether there is a callback that messages go to; for what is costly to put together.
+    bool isHeard() const { return callback_ != nullptr; }
+
     // Delivers one message. REQUIRES: the shared lock is held.
     void vsprintf(int level, const char* function, const char* format, va_list arguments);
 

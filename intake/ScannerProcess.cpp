@@ -1,7 +1,5 @@
 #include "intake/ScannerProcess.h"
 
-#include <algorithm>
-#include <iterator>
 #include <string_view>
 
 #include "intake/EnvironmentBlock.h"
@@ -10,6 +8,19 @@
 #include "kest/Text.h"
 
 namespace zav {
+
+namespace {
+
+void appendWithoutReturns(std::string& line, std::string_view part) {
+    for (;;) {
+        const std::size_t end = part.find('\r');
+        line.append(part.substr(0, end));
+        if (end == std::string_view::npos) return;
+        part.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace
 
 ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::wstring& command,
                                const std::wstring& installDir)
@@ -22,9 +33,10 @@ ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::wst
 
 int ScannerProcess::drain() {
     kest::OutputStream* const stream = child_->getOutputStream();
+    const bool heard = log_ != nullptr && log_->isHeard();
     std::string line;
     for (std::string_view output = stream->readSome(); !output.empty(); output = stream->readSome()) {
-        logLines(output, line);
+        if (heard) logLines(output, line);
     }
     return child_->waitFor();
 }
@@ -33,11 +45,9 @@ int ScannerProcess::drain() {
 void ScannerProcess::logLines(std::string_view output, std::string& line) const {
     for (;;) {
         const std::size_t end = output.find('\n');
-        const std::string_view part = output.substr(0, end);
-        std::copy_if(part.begin(), part.end(), std::back_inserter(line),
-                     [](char byte) { return byte != '\r'; });
+        appendWithoutReturns(line, output.substr(0, end));
         if (end == std::string_view::npos) return;
-        if (log_ != nullptr) log_->traceMAX(function_, "STDOUT data: [%s]", line.c_str());
+        log_->traceMAX(function_, "STDOUT data: [%s]", line.c_str());
         line.clear();
         output.remove_prefix(end + 1);
     }

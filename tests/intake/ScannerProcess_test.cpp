@@ -120,6 +120,14 @@ TEST_F(ScannerProcessTest, LinesOfAnyLengthAndNumberAreLogged) {
     EXPECT_EQ(lines(), expected);
 }
 
+TEST_F(ScannerProcessTest, OutputThatNobodyHearsIsReadToItsEnd) {
+    const std::wstring bytes = kest::widen(directory_.write("bytes", std::string(3'000'000, 'x')).string());
+    ZAVlog silent(3, nullptr, nullptr);
+    for (ZAVlog* const log : {&silent, static_cast<ZAVlog*>(nullptr)}) {
+        EXPECT_EQ(run(log, child("CopyFile") + L" \"" + bytes + L"\" 4"), (Outcome{true, 4, 4}));
+    }
+}
+
 // A host that lets the child go on when it has seen the child's first line.
 struct WaitingHost {
     static void callback(int, int, void* userData, const char*, const char* message) {
