@@ -34,6 +34,8 @@ const std::vector<Row>& softwareRows() {
          "swexpat/instructions", 1.4},
         {"100,000 find_results_by_guid in 100,000 results / in a std::map, CPU", "results100000", "map100000",
          3},
+        {"its growth from 1,000 to 100,000 results / that of the std::map", "results/growth", "map/growth",
+         1.05},
         {"find_results_by_guid, each in 1,000 results", "results1000", "", 0},
         {"find_results_by_guid, each in 10,000 results", "results10000", "", 0},
         {"find_results_by_guid, each in 100,000 results", "results100000", "", 0},
@@ -58,6 +60,15 @@ void addSoftware(const std::filesystem::path& scratch) {
         measureWork("results" + number, {"sw-find-results", few, warnings, number, contexts}, kLookups);
         measureWork("map" + number, {"sw-find-in-map", few, warnings, number, contexts}, kLookups);
         measureWork("result" + number, {"sw-find-result", few, warnings, number, contexts}, kLookups);
+    }
+}
+
+void deriveSoftware(Medians& medians) {
+    for (const std::string work : {"results", "map"}) {
+        const auto small = medians.find(work + "1000");
+        const auto large = medians.find(work + "100000");
+        if (small == medians.end() || large == medians.end()) continue;
+        medians[work + "/growth"] = large->second / small->second;
     }
 }
 

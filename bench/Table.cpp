@@ -21,6 +21,7 @@ bool reached(const Row& row, const Medians& medians) {
 std::string figure(const std::string& name, double value) {
     if (name.ends_with("/bytes")) return fmt::format("{:.1f} MiB", value / 1048576);
     if (name.ends_with("/instructions")) return fmt::format("{:.1f} M", value / 1e6);
+    if (name.ends_with("/growth")) return fmt::format("{:.2f}", value);
     if (value >= 1) return fmt::format("{:.2f} s", value);
     if (value >= 1e-3) return fmt::format("{:.2f} ms", value * 1e3);
     if (value >= 1e-6) return fmt::format("{:.2f} us", value * 1e6);

@@ -7,7 +7,7 @@
 
 namespace zavbench {
 
-// Medians by benchmark name: time in seconds, or bytes or instructions where the name says so.
+// Medians by benchmark name: time in seconds, or bytes, instructions or growth where the name says so.
 using Medians = std::map<std::string, double>;
 
 // One line of the result: a figure of ours over a figure of a peer, and what it must reach. Without a peer

@@ -50,6 +50,7 @@ bool measureAll(const std::filesystem::path& scratch, Medians& medians) {
     zavbench::addSoftware(scratch);
     zavbench::addSignatures(scratch);
     const bool good = zavbench::measureRegistered(medians);
+    zavbench::deriveSoftware(medians);
     zavbench::deriveSignatures(medians);
     return good;
 }

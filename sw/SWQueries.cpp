@@ -51,17 +51,16 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
         return ZAV_ERROR_SW_POINTER;
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    const std::wstring wanted = guid;
-    Block<ZAVSwResult*>& found = context->guidResults[wanted];
+    auto& [known, found] = *context->guidResults.try_emplace(guid).first;
     if (found != nullptr) {
         if (log != nullptr) log->traceMAX(kFunction, "Using cached results");
-        *count = context->guidResultCounts[wanted];
+        *count = context->guidResultCounts[known];
     } else {
         if (log != nullptr) log->traceMAX(kFunction, "generating new results");
         ZAVSwResult* const first = context->guidIndex.first(guid);
         if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
         const unsigned int size = countFrom(first);
-        context->guidResultCounts[wanted] = size;
+        context->guidResultCounts[known] = size;
         found = arrayFrom(first, size);
         *count = size;
     }
