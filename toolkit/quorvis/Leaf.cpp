@@ -1,6 +1,7 @@
 #include "toolkit/quorvis/Leaf.h"
 
 #include <array>
+#include <functional>
 
 #include "toolkit/quorvis/LeafTable.h"
 
@@ -22,19 +23,21 @@ std::string_view nameOf(LeafKind kind) {
     return leafRules(kind).name;
 }
 
-std::string Query::key() const {
-    std::string key(1, static_cast<char>(leaf_->kind));
-    for (std::size_t i = 0; i < values_.size(); ++i) {
-        key.push_back(static_cast<char>(leaf_->attributes[i].attribute));
-        // The length tells where a value ends, whatever it holds.
-        key.append(std::to_string(values_[i].size())).push_back(':');
-        key.append(values_[i]);
+bool Query::operator==(const Query& other) const {
+    const std::size_t count = leaf_->attributes.size();
+    if (kind() != other.kind() || count != other.leaf_->attributes.size()) return false;
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool sameAttribute = leaf_->attributes[i].attribute == other.leaf_->attributes[i].attribute;
+        if (!sameAttribute || valueAt(i) != other.valueAt(i)) return false;
     }
-    for (const Capture& capture : leaf_->captures) {
-        key.append(std::to_string(capture.group)).push_back('=');
-        key.append(capture.name).push_back('\0');
-    }
-    return key;
+    return captures() == other.captures();
+}
+
+std::size_t Query::hash() const {
+    auto hash = static_cast<std::size_t>(kind());
+    for (std::size_t i = 0; i < leaf_->attributes.size(); ++i)
+        hash = hash * 31 + std::hash<std::string_view>()(valueAt(i));
+    return hash;
 }
 
 LeafResult lookUp(const Query& query, Machine& machine) {

@@ -55,32 +55,39 @@ struct LeafResult {
 // A leaf with its variables replaced by their values.
 class Query {
   public:
+    // Of a leaf that has no variables.
+    explicit Query(const Leaf& leaf) : leaf_(&leaf) {}
+    // `values` are those of the leaf's attributes, in order.
     Query(const Leaf& leaf, std::vector<std::string> values) : leaf_(&leaf), values_(std::move(values)) {}
 
     const Leaf& leaf() const { return *leaf_; }
     LeafKind kind() const { return leaf_->kind; }
     const std::vector<Capture>& captures() const { return leaf_->captures; }
 
-    bool has(Attribute attribute) const { return find(attribute) != nullptr; }
+    bool has(Attribute attribute) const { return find(attribute) < leaf_->attributes.size(); }
     // The value of an attribute; empty when it is not given.
     std::string_view get(Attribute attribute) const {
-        const std::string* const value = find(attribute);
-        return value == nullptr ? std::string_view() : std::string_view(*value);
+        const std::size_t index = find(attribute);
+        return index < leaf_->attributes.size() ? valueAt(index) : std::string_view();
     }
 
-    // The same for queries that ask the same.
-    std::string key() const;
+    // Whether both ask the same.
+    bool operator==(const Query& other) const;
+    std::size_t hash() const;
 
   private:
-    const std::string* find(Attribute attribute) const {
-        for (std::size_t i = 0; i < values_.size(); ++i) {
-            if (leaf_->attributes[i].attribute == attribute) return &values_[i];
-        }
-        return nullptr;
+    // One behind the last when it is not given.
+    std::size_t find(Attribute attribute) const {
+        std::size_t index = 0;
+        while (index < leaf_->attributes.size() && leaf_->attributes[index].attribute != attribute) ++index;
+        return index;
+    }
+    std::string_view valueAt(std::size_t index) const {
+        return values_.empty() ? leaf_->attributes[index].value.source() : std::string_view(values_[index]);
     }
 
     const Leaf* leaf_;
-    std::vector<std::string> values_;  // one for each attribute of the leaf
+    std::vector<std::string> values_;  // none when they are those of the leaf itself
 };
 
 // Looks a leaf up. Nothing is thrown but std::bad_alloc: what cannot be read or understood is an event. A value

@@ -149,15 +149,17 @@ Problem problemOfVersion(const Leaf& leaf, Attribute attribute, std::string_view
 
 // The text with each variable replaced by one that is as good as any.
 std::string sample(const Template& text, std::string_view value) {
-    if (text.constant()) return std::string(text.source());
     std::string result;
     for (const Template::Piece& piece : text.pieces()) result += piece.variable ? value : piece.text;
-    return result;
+    return text.constant() ? std::string(text.source()) : result;
+}
+
+bool startsWithVariable(const Template& text) {
+    return !text.constant() && text.pieces().front().variable;
 }
 
 Problem problemOfPath(const Template& text) {
-    const bool variableFirst = !text.constant() && text.pieces().front().variable;
-    if (variableFirst || sample(text, "x").starts_with('/')) return std::nullopt;
+    if (text.source().starts_with('/') || startsWithVariable(text)) return std::nullopt;
     return notWhatIsExpected(Attribute::Path, text.source(), "an absolute path");
 }
 
@@ -168,11 +170,12 @@ Problem problemOfSelection(std::string_view value) {
 }
 
 Problem problemOfGlob(Attribute attribute, const Template& text, const Settings& settings) {
-    const bool variableFirst = !text.constant() && text.pieces().front().variable;
-    const std::string pattern = (variableFirst ? "/" : "") + sample(text, "x");
-    Problem problem = problemOfPattern(pattern);
-    const bool anyDepth = attribute == Attribute::Pattern && pattern.find("**") != std::string::npos;
-    if (!problem && anyDepth && !settings.fileSystem.wholeTree && searchesWholeTree(stepsOf(pattern))) {
+    std::string pattern = sample(text, "x");
+    if (startsWithVariable(text)) pattern.insert(0, 1, '/');
+    std::vector<GlobSteps> alternatives;
+    Problem problem = readPattern(pattern, alternatives);
+    const bool mayRoam = attribute == Attribute::Exclude || settings.fileSystem.wholeTree;
+    if (!problem && !mayRoam && searchesWholeTree(alternatives)) {
         problem = "\"**\" stands below no directory of a fixed name";
     }
     if (!problem) return std::nullopt;

@@ -28,6 +28,7 @@ bool isConstant(const Leaf& leaf) {
 }  // namespace
 
 std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::string_view& missing) {
+    if (isConstant(leaf)) return Query(leaf);
     std::vector<std::string> values;
     values.reserve(leaf.attributes.size());
     for (const LeafAttribute& attribute : leaf.attributes) {
@@ -40,15 +41,20 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
 }
 
 const LeafResult& Leaves::result(const Query& query) {
-    std::unique_ptr<const LeafResult>& slot = results_[query.key()];
-    if (slot == nullptr) slot = std::make_unique<const LeafResult>(lookUp(query, machine_));
-    if (isConstant(query.leaf())) known_.emplace(&query.leaf(), slot.get());
-    return *slot;
+    const auto [place, fresh] = results_.try_emplace(query);
+    LeafResult& result = place->second;
+    if (fresh) result = lookUp(query, machine_);
+    if (isConstant(query.leaf())) {
+        const std::size_t number = query.leaf().number;
+        if (number >= known_.size()) known_.resize(std::max(number + 1, 2 * known_.size()));
+        known_[number] = &result;
+    }
+    return result;
 }
 
 const LeafResult* Leaves::known(const Leaf& leaf) const {
-    const auto found = known_.find(&leaf);
-    return found == known_.end() ? nullptr : found->second;
+    const bool constant = leaf.number < known_.size() && isConstant(leaf);
+    return constant ? known_[leaf.number] : nullptr;
 }
 
 Truth truthOf(const Leaf& leaf, const LeafResult& result) {

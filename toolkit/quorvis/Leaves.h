@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "toolkit/quorvis/Leaf.h"
 #include "toolkit/quorvis/Machine.h"
@@ -20,15 +19,19 @@ class Leaves {
     // The leaf with its variables replaced; none when one has no value, whose name is then in `missing`.
     static std::optional<Query> query(const Leaf& leaf, const Scope& scope, std::string_view& missing);
 
-    // Lives as long as this.
+    // Lives as long as this. REQUIRES: the query's leaf does too.
     const LeafResult& result(const Query& query);
     // The result of this very leaf if it was looked up before and has no variables; else null.
     const LeafResult* known(const Leaf& leaf) const;
 
   private:
+    struct Hash {
+        std::size_t operator()(const Query& query) const { return query.hash(); }
+    };
+
     Machine& machine_;
-    std::unordered_map<std::string, std::unique_ptr<const LeafResult>> results_;
-    std::unordered_map<const Leaf*, const LeafResult*> known_;
+    std::unordered_map<Query, LeafResult, Hash> results_;
+    std::vector<const LeafResult*> known_;  // by the numbers of leaves without variables
 };
 
 // How the number of items that passed decides.

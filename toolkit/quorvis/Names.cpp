@@ -58,6 +58,7 @@ class Checker {
     }
 
     void checkText(const Template& text) {
+        if (text.constant()) return;
         for (const Template::Piece& piece : text.pieces()) {
             if (piece.variable && !isGiven(piece.text))
                 complaints_.warning(element_,

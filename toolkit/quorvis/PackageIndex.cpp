@@ -102,8 +102,10 @@ void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database)
 
 std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {
     load(machine);
-    return {std::ranges::lower_bound(rows_, name, {}, &Row::name),
-            std::ranges::upper_bound(rows_, name, {}, &Row::name)};
+    const auto first = std::ranges::lower_bound(rows_, name, {}, &Row::name);
+    auto end = first;
+    while (end != rows_.end() && end->name == name) ++end;
+    return {first, end};
 }
 
 std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& machine) {

@@ -34,6 +34,8 @@ std::string_view nameOf(LeafKind kind);
 struct Capture {
     int group = 0;
     std::string_view name;
+
+    bool operator==(const Capture&) const = default;
 };
 
 struct LeafAttribute {
@@ -50,6 +52,7 @@ struct Leaf {
     std::vector<LeafAttribute> attributes;  // sorted by attribute
     std::vector<Capture> captures;
     std::uint32_t line = 0;
+    std::uint32_t number = 0;  // among all leaves of a file
 };
 
 struct Condition {

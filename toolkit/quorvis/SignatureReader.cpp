@@ -49,6 +49,7 @@ class Visitor : public ElementVisitor {
         }
         tell(complaints.warnings, file_.warnings);
         if (complaints.problems.empty()) {
+            for (Leaf& leaf : signature.leaves) leaf.number = leaves_++;
             file_.signatures.push_back(std::move(signature));
         } else if (settings_.evaluation.skipInvalid) {
             drop(complaints.problems.front(), signature);
@@ -85,6 +86,7 @@ class Visitor : public ElementVisitor {
     SignatureFile& file_;
     Element root_;  // its name, for those that have no place in it
     std::size_t count_ = 0;
+    std::uint32_t leaves_ = 0;
 };
 
 }  // namespace

@@ -24,31 +24,46 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
     return true;
 }
 
-}  // namespace
-
-bool Template::parse(std::string_view text, Template& parsed, std::string& problem) {
-    parsed = Template(text);
-    if (text.find("${") == std::string_view::npos) return true;
+// False, with `problem` told, when the text is no template.
+bool split(std::string_view text, std::vector<Template::Piece>& pieces, std::string& problem) {
     std::string_view literal = text.substr(0, 0);  // what was passed over and is not yet a piece
     while (!text.empty()) {
         const std::string_view rest = text;
         if (rest.starts_with("$${")) {
-            addLiteral(parsed.pieces_, literal);
+            addLiteral(pieces, literal);
             literal = rest.substr(1, 2);
             text.remove_prefix(3);
         } else if (rest.starts_with("${")) {
-            addLiteral(parsed.pieces_, literal);
+            addLiteral(pieces, literal);
             std::string_view name;
             if (!takeVariable(text, name, problem)) return false;
-            parsed.pieces_.push_back({name, true});
+            pieces.push_back({name, true});
             literal = text.substr(0, 0);
         } else {
             literal = {literal.data(), literal.size() + 1};
             text.remove_prefix(1);
         }
     }
-    addLiteral(parsed.pieces_, literal);
+    addLiteral(pieces, literal);
     return true;
+}
+
+}  // namespace
+
+bool Template::parse(std::string_view text, Template& parsed, std::string& problem) {
+    parsed = Template(text);
+    if (text.find("${") == std::string_view::npos) return true;
+    std::vector<Piece> pieces;
+    const bool proper = split(text, pieces, problem);
+    parsed.constant_ = pieces.empty();
+    return proper;
+}
+
+std::vector<Template::Piece> Template::pieces() const {
+    std::vector<Piece> pieces;
+    std::string problem;
+    split(source_, pieces, problem);
+    return pieces;
 }
 
 }  // namespace toolkit::quorvis

@@ -24,14 +24,15 @@ class Template {
     static bool parse(std::string_view text, Template& parsed, std::string& problem);
 
     // Whether the text is what it says, as nearly all are: then source() is the value.
-    bool constant() const { return pieces_.empty(); }
+    bool constant() const { return constant_; }
     std::string_view source() const { return source_; }
-    // The pieces of a text that is not constant, in order.
-    const std::vector<Piece>& pieces() const { return pieces_; }
+    // The pieces of a text that is not constant, in order. They are found anew each time: few texts are asked for
+    // theirs.
+    std::vector<Piece> pieces() const;
 
   private:
     std::string_view source_;
-    std::vector<Piece> pieces_;
+    bool constant_ = true;
 };
 
 }  // namespace toolkit::quorvis
