@@ -21,18 +21,22 @@ namespace {
     throw std::system_error(errno, std::generic_category(), path);
 }
 
-using Content = std::span<const std::string_view>;
+using Content = std::function<void(const TextSink& sink)>;
 
-bool writeAll(int descriptor, Content content) {
-    for (std::string_view piece : content) {
-        while (!piece.empty()) {
-            const ssize_t count = ::write(descriptor, piece.data(), piece.size());
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) return false;
-            piece.remove_prefix(static_cast<std::size_t>(count));
-        }
+bool writeAll(int descriptor, std::string_view piece) {
+    while (!piece.empty()) {
+        const ssize_t count = ::write(descriptor, piece.data(), piece.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        piece.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
+}
+
+void writeContent(int descriptor, const Content& write, const std::string& path) {
+    write([&](std::string_view piece) {
+        if (!writeAll(descriptor, piece)) fail(path);
+    });
 }
 
 // Keeps the signals that end a program waiting, so that no stray file stays behind.
@@ -65,11 +69,10 @@ class SiblingFile {
     SiblingFile(const SiblingFile&) = delete;
     SiblingFile& operator=(const SiblingFile&) = delete;
 
-    void fill(Content content, mode_t mode) const {
-        if (::fchmod(file_.number(), mode) != 0 || !writeAll(file_.number(), content) ||
-            ::fsync(file_.number()) != 0) {
-            fail(target_);
-        }
+    void fill(const Content& write, mode_t mode) const {
+        if (::fchmod(file_.number(), mode) != 0) fail(target_);
+        writeContent(file_.number(), write, target_);
+        if (::fsync(file_.number()) != 0) fail(target_);
     }
 
     void replaceTarget() {
@@ -90,9 +93,10 @@ mode_t modeOfNewFiles() {
     return 0666 & ~mask;
 }
 
-void writeInPlace(const std::string& path, Content content) {
+void writeInPlace(const std::string& path, const Content& write) {
     const kest::Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
-    if (!file.isOpen() || !writeAll(file.number(), content)) fail(path);
+    if (!file.isOpen()) fail(path);
+    writeContent(file.number(), write, path);
 }
 
 struct Free {
@@ -102,21 +106,21 @@ struct Free {
 }  // namespace
 
 void writeOutputFile(const std::string& path, std::string_view content) {
-    writeOutputFile(path, {&content, 1});
+    writeOutputFile(path, [content](const TextSink& sink) { sink(content); });
 }
 
-void writeOutputFile(const std::string& path, Content content) {
+void writeOutputFile(const std::string& path, const Content& write) {
     struct stat status {};
     const bool exists = ::stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
-        writeInPlace(path, content);
+        writeInPlace(path, write);
         return;
     }
     // A symbolic link stays, and the file that it leads to is replaced.
     const std::unique_ptr<char, Free> target(exists ? ::realpath(path.c_str(), nullptr) : nullptr);
     const SignalsHeld held;
     SiblingFile sibling(target ? target.get() : path);
-    sibling.fill(content, exists ? status.st_mode & 07777U : modeOfNewFiles());
+    sibling.fill(write, exists ? status.st_mode & 07777U : modeOfNewFiles());
     sibling.replaceTarget();
 }
 

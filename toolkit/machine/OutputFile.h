@@ -1,6 +1,6 @@
 #pragma once
 
-#include <span>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -10,7 +10,10 @@ namespace toolkit {
 // stays as it was until the new one is safe on its disk. What is no regular file, such as a pipe or a
 // terminal, is written to. Throws std::system_error that names the path.
 void writeOutputFile(const std::string& path, std::string_view content);
-// The same with content in pieces that follow each other.
-void writeOutputFile(const std::string& path, std::span<const std::string_view> content);
+
+// Takes pieces of text that follow each other.
+using TextSink = std::function<void(std::string_view piece)>;
+// The same with the content that `write` gives to its sink. What `write` throws is a failure too.
+void writeOutputFile(const std::string& path, const std::function<void(const TextSink& sink)>& write);
 
 }  // namespace toolkit

@@ -29,6 +29,8 @@ struct Group {
     std::span<const FieldDef> fields;
     // Adds the group's instances to the report; null for a group that this scanner cannot gather.
     void (*gather)(Scan& scan, Report& report);
+    // Whether it only reads plain files, which neither hang nor take long, and calls Scan::checkTime() now and then.
+    bool plainFiles = false;
 };
 
 }  // namespace toolkit::quorvah

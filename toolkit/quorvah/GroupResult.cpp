@@ -43,6 +43,16 @@ bool takeWarnings(std::string_view& frame, std::vector<std::string>& warnings) {
 
 }  // namespace
 
+GroupResult outcomeOf(const Report& report) {
+    GroupResult result;
+    result.group = &report.group();
+    result.instances = report.instances().size();
+    result.reason = report.reason();
+    result.warnings = report.warnings();
+    result.elapsed = report.elapsed();
+    return result;
+}
+
 std::string frameOf(const GroupResult& result, std::uint64_t xmlAt) {
     std::string frame(sizeof(std::uint64_t), '\0');
     append(frame, result.reason);

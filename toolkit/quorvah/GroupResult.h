@@ -13,18 +13,22 @@
 
 namespace toolkit::quorvah {
 
-// What the scanner keeps of a group: its instances as they stand in the output file, and how gathering went.
+// What the scanner keeps of a group: its instances, and how gathering went.
 struct GroupResult {
     const Group* group = nullptr;
-    std::string_view xml;
-    std::shared_ptr<const void> memory;  // that the xml stands in
+    std::shared_ptr<const Report> report;  // that holds the instances; none when they have been rendered:
+    std::string_view xml;                  // as they stand in the output file
+    std::shared_ptr<const void> memory;    // that the xml stands in
     std::size_t instances = 0;
     std::string reason;  // why the group is cut short; empty for a complete one
     std::vector<std::string> warnings;
     std::chrono::milliseconds elapsed{0};
 };
 
-// A result is handed from one process to another of the same program as a frame, which tells where in the texts that
+// The result of a report, without its instances: how many there are and how gathering went.
+GroupResult outcomeOf(const Report& report);
+
+// A rendered result is handed from one process to another of the same program as a frame, which tells where in the texts that
 // both share its xml stands.
 std::string frameOf(const GroupResult& result, std::uint64_t xmlAt);
 

@@ -11,11 +11,13 @@
 #include <cerrno>
 #include <csignal>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
 
 #include "kest/Descriptor.h"
+#include "toolkit/quorvah/OutputDocument.h"
 
 namespace toolkit::quorvah {
 
@@ -28,7 +30,7 @@ milliseconds since(Clock::time_point start) {
     return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
 }
 
-void gather(Scan& scan, Report& report) {
+void gather(Scan& scan, Report& report, const Prepare& prepare) {
     if (report.group().gather == nullptr) {
         report.partial("unsupported");
         return;
@@ -37,12 +39,15 @@ void gather(Scan& scan, Report& report) {
     const int denials = scan.root().denials();
     try {
         report.group().gather(scan, report);
+    } catch (const OutOfTime&) {
+        report.partial("timeout");
     } catch (const std::exception& failure) {
         report.partial("failed");
         report.warn(std::string(report.group().xmlName) + ": " + failure.what());
     }
     if (scan.root().denials() > denials) report.partial("permission");
     report.setElapsed(since(start));
+    prepare(report);
 }
 
 bool send(int pipe, std::string_view bytes) {
@@ -57,7 +62,7 @@ bool send(int pipe, std::string_view bytes) {
 
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
-[[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Render& render, int pipe,
+[[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare, int pipe,
                        SharedTexts& texts, pid_t parent) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
@@ -65,8 +70,8 @@ bool send(int pipe, std::string_view bytes) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, stream);
     for (const Group* const group : groups) {
         Report report(*group);
-        gather(scan, report);
-        const GroupResult result = render(std::move(report));
+        gather(scan, report, prepare);
+        const GroupResult result = render(report, scan.options().pretty);
         const std::optional<std::uint64_t> place = texts.append(result.xml);
         if (!place || !send(pipe, frameOf(result, *place))) ::_exit(1);
     }
@@ -76,7 +81,7 @@ bool send(int pipe, std::string_view bytes) {
 // A child that gathers groups; killed when its owner is done with it.
 class Worker {
   public:
-    Worker(Scan& scan, std::span<const Group* const> groups, const Render& render) {
+    Worker(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare) {
         std::array<int, 2> ends{};
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
         pipe_ = kest::Descriptor(ends[0]);
@@ -86,7 +91,7 @@ class Worker {
         if (process_ < 0) fail("fork");
         if (process_ == 0) {
             pipe_.close();
-            work(scan, groups, render, far.number(), texts_, self);
+            work(scan, groups, prepare, far.number(), texts_, self);
         }
     }
     ~Worker() {
@@ -154,22 +159,42 @@ class Worker {
 
 class Run {
   public:
-    Run(Scan& scan, const Limits& limits, const Render& render, const OnResult& onResult)
+    Run(Scan& scan, const Limits& limits, const Prepare& prepare, const OnResult& onResult)
         : scan_(scan),
           limits_(limits),
-          render_(render),
+          prepare_(prepare),
           onResult_(onResult),
           end_(Clock::now() + limits.run) {}
 
     void gatherAll(std::span<const Group* const> groups) {
-        while (!groups.empty() && Clock::now() < end_) groups = groups.subspan(gatherSome(groups));
+        const bool here = needsNoChild(groups);
+        while (!groups.empty() && Clock::now() < end_) {
+            groups = groups.subspan(here ? gatherHere(*groups.front()) : gatherSome(groups));
+        }
         for (const Group* const group : groups) finish(*group, "timeout", {}, Clock::now());
     }
 
   private:
+    // A tree below a directory was made by others: reading it may end this program, or hang with their disk.
+    bool needsNoChild(std::span<const Group* const> groups) const {
+        return scan_.root().live() && std::ranges::all_of(groups, &Group::plainFiles);
+    }
+
+    // Gathers this group without a child; one group settled.
+    std::size_t gatherHere(const Group& group) {
+        const auto report = std::make_shared<Report>(group);
+        scan_.deadline = std::min(Clock::now() + limits_.group, end_);
+        gather(scan_, *report, prepare_);
+        scan_.deadline.reset();
+        GroupResult result = outcomeOf(*report);
+        result.report = report;
+        onResult_(std::move(result));
+        return 1;
+    }
+
     // Gathers with one child until it fails; returns how many groups that has settled.
     std::size_t gatherSome(std::span<const Group* const> groups) {
-        Worker worker(scan_, groups, render_);
+        Worker worker(scan_, groups, prepare_);
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();
             GroupResult result;
@@ -193,7 +218,7 @@ class Run {
 
     Scan& scan_;
     Limits limits_;
-    const Render& render_;
+    const Prepare& prepare_;
     const OnResult& onResult_;
     Clock::time_point end_;
 };
@@ -201,8 +226,8 @@ class Run {
 }  // namespace
 
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
-                  const Render& render, const OnResult& onResult) {
-    Run(scan, limits, render, onResult).gatherAll(groups);
+                  const Prepare& prepare, const OnResult& onResult) {
+    Run(scan, limits, prepare, onResult).gatherAll(groups);
 }
 
 }  // namespace toolkit::quorvah

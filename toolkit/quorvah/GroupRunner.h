@@ -16,8 +16,8 @@ struct Limits {
     std::chrono::milliseconds run{60'000};
 };
 
-// Makes a result of what was gathered; called where it was gathered.
-using Render = std::function<GroupResult(Report&& report)>;
+// Makes what was gathered ready for the output file; called where it was gathered.
+using Prepare = std::function<void(Report& report)>;
 
 // What becomes of each group; in the order of the groups.
 using OnResult = std::function<void(GroupResult&& result)>;
@@ -25,9 +25,11 @@ using OnResult = std::function<void(GroupResult&& result)>;
 // Gathers the groups in a child process, which is killed when a group takes too long: that group then has no
 // instances and is reported as "timeout", and gathering goes on with the next one. A group whose code dies
 // costs no more than its own instances either ("failed"), nor does one that this scanner cannot gather
-// ("unsupported"). A group that lacked a permission is reported as "permission" with what it has. Throws
-// std::system_error when no process can be started.
+// ("unsupported"). A group that lacked a permission is reported as "permission" with what it has.
+//
+// Where all groups only read plain files of this very machine, no child is started: then a group that takes too
+// long ends by itself and keeps what it has. Throws std::system_error when no process can be started.
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
-                  const Render& render, const OnResult& onResult);
+                  const Prepare& prepare, const OnResult& onResult);
 
 }  // namespace toolkit::quorvah

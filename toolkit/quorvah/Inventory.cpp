@@ -43,10 +43,12 @@ class Inventory {
         std::vector<const Group*> gathered = wanted;
         const bool tellsOfItself = std::erase(gathered, &kScanInfo) > 0;
         gatherGroups(
-            scan_, gathered, Limits(), [this](Report&& report) { return finished(std::move(report)); },
+            scan_, gathered, Limits(), [this](Report& report) { prepare(report); },
             [this](GroupResult&& result) { add(std::move(result)); });
         if (tellsOfItself) addScanInfo();
-        writeOutputFile(scan_.options().output, outputDocument(results_, scan_.options().pretty));
+        writeOutputFile(scan_.options().output, [this](const TextSink& sink) {
+            writeDocument(results_, scan_.options().pretty, sink);
+        });
     }
 
   private:
@@ -77,11 +79,10 @@ class Inventory {
     }
 
     // What goes into the file: sorted, and without what the options leave out or hide.
-    GroupResult finished(Report&& report) const {
+    void prepare(Report& report) const {
         if (scan_.options().noVolatile) dropVolatile(report);
         if (sanitizer_) sanitizer_->hide(report);
         report.sort();
-        return render(report, scan_.options().pretty);
     }
 
     void add(GroupResult&& result) {
@@ -109,7 +110,8 @@ class Inventory {
         kScanInfo.gather(scan_, report);
         summary.complete.pop_back();  // add() counts it
         report.setElapsed(std::chrono::duration_cast<milliseconds>(Clock::now() - start));
-        add(finished(std::move(report)));
+        prepare(report);
+        add(render(report, scan_.options().pretty));
     }
 
     const Clock::time_point start_ = Clock::now();

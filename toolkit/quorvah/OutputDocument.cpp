@@ -1,7 +1,11 @@
 #include "toolkit/quorvah/OutputDocument.h"
 
+#include <array>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "toolkit/machine/XmlText.h"
@@ -14,50 +18,58 @@ void breakLine(std::string& xml, std::size_t depth, bool pretty) {
     if (pretty) xml.append("\n").append(2 * depth, ' ');
 }
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) text += part;
+    return text;
+}
+
 // The instances of one group.
 class InstanceWriter {
   public:
     InstanceWriter(const Group& group, bool pretty) {
+        std::string ahead;  // what ends a field that has a value
+        std::string line;   // where one begins
+        breakLine(line, 2, pretty);
         for (const FieldDef& field : group.fields) {
-            Tags& tags = fields_.emplace_back();
-            breakLine(tags.open, 2, pretty);
-            tags.open.append("<").append(field.name).append(">");
-            breakLine(tags.empty, 2, pretty);
-            tags.empty.append("<").append(field.name).append("/>");
-            tags.close.append("</").append(field.name).append(">");
+            fields_.push_back(
+                {tagOf(ahead, {line, "<", field.name, ">"}), tagOf(ahead, {line, "<", field.name, "/>"})});
+            ahead = joined({"</", field.name, ">"});
         }
-        breakLine(whole_.open, 1, pretty);
-        whole_.open.append("<").append(group.xmlName).append(">");
-        breakLine(whole_.close, 1, pretty);
-        whole_.close.append("</").append(group.xmlName).append(">");
+        line.clear();
+        breakLine(line, 1, pretty);
+        open_ = joined({line, "<", group.xmlName, ">"});
+        close_ = tagOf(ahead, {line, "</", group.xmlName, ">"});
     }
 
     void write(std::string& xml, const Instance& instance) const {
-        xml += whole_.open;
-        for (std::size_t i = 0; i < fields_.size(); ++i) writeField(xml, fields_[i], instance.values()[i]);
-        xml += whole_.close;
+        xml += open_;
+        const auto values = instance.values();
+        bool open = false;  // whether the latest field waits for its end
+        for (std::size_t i = 0; i < fields_.size(); ++i) {
+            const bool before = std::exchange(open, !values[i].empty());
+            xml += (open ? fields_[i].open : fields_[i].empty)[before ? 1 : 0];
+            if (open) appendXmlText(xml, values[i]);
+        }
+        xml += close_[open ? 1 : 0];
     }
 
   private:
-    // With the line breaks before them.
+    // A tag with the line break before it; the second one ends the field before that too.
+    using Tag = std::array<std::string, 2>;
     struct Tags {
-        std::string open;
-        std::string close;
-        std::string empty;
+        Tag open;
+        Tag empty;
     };
 
-    static void writeField(std::string& xml, const Tags& tags, std::string_view value) {
-        if (value.empty()) {
-            xml += tags.empty;
-            return;
-        }
-        xml += tags.open;
-        appendXmlText(xml, value);
-        xml += tags.close;
+    static Tag tagOf(std::string_view ahead, std::initializer_list<std::string_view> parts) {
+        const std::string tag = joined(parts);
+        return {tag, joined({ahead, tag})};
     }
 
     std::vector<Tags> fields_;
-    Tags whole_;
+    std::string open_;
+    Tag close_;
 };
 
 // About the size of the instances' xml, so that it need not be moved while it grows.
@@ -71,6 +83,37 @@ std::size_t sizeHint(const Report& report) {
     return size;
 }
 
+// Text on its way to a sink. It is handed on in blocks that stay in the processor's cache: memory that is touched for
+// the first time costs more than what is written to it.
+class TextBlock {
+  public:
+    explicit TextBlock(const TextSink& sink) : sink_(sink) { text.reserve(kSize + kSize / 4); }
+
+    void add(const Report& report, bool pretty) {
+        const InstanceWriter writer(report.group(), pretty);
+        for (const Instance& instance : report.instances()) {
+            writer.write(text, instance);
+            if (text.size() >= kSize) flush();
+        }
+    }
+    void add(std::string_view rendered) {
+        if (rendered.empty()) return;
+        flush();
+        sink_(rendered);
+    }
+    void flush() {
+        sink_(text);
+        text.clear();
+    }
+
+    std::string text;
+
+  private:
+    static constexpr std::size_t kSize = std::size_t{64} << 10;
+
+    const TextSink& sink_;
+};
+
 }  // namespace
 
 GroupResult render(const Report& report, bool pretty) {
@@ -78,16 +121,22 @@ GroupResult render(const Report& report, bool pretty) {
     xml->reserve(sizeHint(report));
     const InstanceWriter writer(report.group(), pretty);
     for (const Instance& instance : report.instances()) writer.write(*xml, instance);
-    return {&report.group(), *xml, xml, report.instances().size(), report.reason(), report.warnings(),
-            report.elapsed()};
+    GroupResult result = outcomeOf(report);
+    result.xml = *xml;
+    result.memory = xml;
+    return result;
 }
 
-std::vector<std::string_view> outputDocument(std::span<const GroupResult> results, bool pretty) {
-    constexpr std::string_view kStart = R"(<?xml version="1.0" encoding="UTF-8"?>)";
-    std::vector<std::string_view> pieces{kStart, pretty ? "\n<Hardware>" : "<Hardware>"};
-    for (const GroupResult& result : results) pieces.push_back(result.xml);
-    pieces.emplace_back(pretty ? "\n</Hardware>\n" : "</Hardware>");
-    return pieces;
+void writeDocument(std::span<const GroupResult> results, bool pretty, const TextSink& sink) {
+    TextBlock block(sink);
+    block.text = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    block.text += pretty ? "\n<Hardware>" : "<Hardware>";
+    for (const GroupResult& result : results) {
+        if (result.report) block.add(*result.report, pretty);
+        block.add(result.xml);
+    }
+    block.text += pretty ? "\n</Hardware>\n" : "</Hardware>";
+    block.flush();
 }
 
 }  // namespace toolkit::quorvah

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <exception>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +34,12 @@ struct Summary {
     std::vector<std::string> warnings;
 };
 
+// A group has used up its time.
+class OutOfTime : public std::exception {
+  public:
+    const char* what() const noexcept override { return "out of time"; }
+};
+
 // What groups gather from.
 class Scan {
   public:
@@ -43,6 +52,13 @@ class Scan {
     // Text from firmware without the blanks at its end; empty for what makers leave in it in place of a
     // value, unless --raw keeps that.
     std::string firmwareText(std::string text) const;
+
+    // When a group that is gathered where it cannot be killed must be done; none for others.
+    std::optional<std::chrono::steady_clock::time_point> deadline;
+    // Throws OutOfTime after the deadline.
+    void checkTime() const {
+        if (deadline && std::chrono::steady_clock::now() >= *deadline) throw OutOfTime();
+    }
 
     Summary summary;
 

@@ -54,8 +54,8 @@ std::uint64_t kibOf(std::uint64_t bytes) {
 
 class Gatherer {
   public:
-    Gatherer(const Root& root, Report& report)
-        : root_(root), report_(report), distribution_(distributionId(root)) {
+    Gatherer(const Scan& scan, Report& report)
+        : scan_(scan), root_(scan.root()), report_(report), distribution_(distributionId(root_)) {
         report.keep(texts_);
     }
 
@@ -69,6 +69,9 @@ class Gatherer {
 
   private:
     void add(const InstalledPackage& package) {
+        constexpr std::size_t kBetweenLooks =
+            64;  // packages; looking at the clock for each would cost more than some
+        if (report_.instances().size() % kBetweenLooks == 0) scan_.checkTime();
         Instance& instance = report_.add(packageUrl(package, distribution_));
         instance.refer("Name", package.name);
         instance.refer("VersionString", package.version);
@@ -103,6 +106,7 @@ class Gatherer {
         if (word != nullptr) report_.partial(std::string(nameOf(type)) + word);
     }
 
+    const Scan& scan_;
     const Root& root_;
     Report& report_;
     const std::string distribution_;
@@ -111,12 +115,12 @@ class Gatherer {
 };
 
 void gather(Scan& scan, Report& report) {
-    Gatherer(scan.root(), report).gather();
+    Gatherer(scan, report).gather();
 }
 
 }  // namespace
 
 extern const Group kSoftwarePackages;
-constexpr Group kSoftwarePackages{"Software Packages", "SoftwarePackages", kFields, gather};
+constexpr Group kSoftwarePackages{"Software Packages", "SoftwarePackages", kFields, gather, true};
 
 }  // namespace toolkit::quorvah

@@ -21,6 +21,7 @@ using toolkit::quorvah::GroupResult;
 using toolkit::quorvah::Limits;
 using toolkit::quorvah::Options;
 using toolkit::quorvah::readFrame;
+using toolkit::quorvah::render;
 using toolkit::quorvah::Report;
 using toolkit::quorvah::Scan;
 using toolkit::quorvah::SharedTexts;
@@ -64,6 +65,15 @@ void talk(Scan& /*scan*/, Report& report) {
     report.add("silent");
 }
 
+void plain(Scan& scan, Report& report) {
+    scan.checkTime();
+    report.add(std::to_string(getpid()));
+}
+void endless(Scan& scan, Report& report) {
+    report.add("kept");
+    for (;;) scan.checkTime();
+}
+
 constexpr const char* kQuickXml =
     "<Quick><DeviceID>one</DeviceID><Value>1</Value></Quick><Quick><DeviceID>two</DeviceID><Value/></Quick>";
 
@@ -76,6 +86,8 @@ constexpr Group kLeave{"Leave", "Leave", kFields, leave};
 constexpr Group kFail{"Fail", "Fail", kFields, fail};
 constexpr Group kUnreadable{"Unreadable", "Unreadable", kFields, unreadable};
 constexpr Group kTalk{"Talk", "Talk", kFields, talk};
+constexpr Group kPlain{"Plain", "Plain", kFields, plain, true};
+constexpr Group kEndless{"Endless", "Endless", kFields, endless, true};
 constexpr Group kNotBuilt{"Not Built", "NotBuilt", {}, nullptr};
 
 std::vector<GroupResult> run(const std::vector<const Group*>& groups, const Limits& limits = Limits(),
@@ -83,9 +95,17 @@ std::vector<GroupResult> run(const std::vector<const Group*>& groups, const Limi
     Scan scan(options);
     std::vector<GroupResult> results;
     gatherGroups(
-        scan, groups, limits, [](Report&& report) { return toolkit::quorvah::render(report, false); },
+        scan, groups, limits, [](Report& report) { report.sort(); },
         [&results](GroupResult&& result) { results.push_back(std::move(result)); });
     return results;
+}
+
+// The process that gathered kPlain.
+std::string gathererOf(const GroupResult& result) {
+    const std::string xml =
+        result.report ? std::string(render(*result.report, false).xml) : std::string(result.xml);
+    const std::size_t begin = xml.find("<DeviceID>") + 10;
+    return xml.substr(begin, xml.find("</DeviceID>") - begin);
 }
 
 }  // namespace
@@ -173,6 +193,51 @@ TEST(GroupRunner, WhatAGroupWritesDoesNotReachTheScannersOutput) {
     EXPECT_EQ(results[0].instances, 1U);
 }
 
+TEST(GroupRunner, GroupsOfPlainFilesAreGatheredWithoutAChild) {
+    const std::string here = std::to_string(getpid());
+    const std::vector<GroupResult> alone = run({&kPlain, &kPlain});
+    ASSERT_EQ(alone.size(), 2U);
+    for (const GroupResult& result : alone) {
+        EXPECT_EQ(result.group, &kPlain);
+        EXPECT_EQ(result.instances, 1U);
+        EXPECT_EQ(gathererOf(result), here);
+    }
+    const std::vector<GroupResult> mixed = run({&kPlain, &kQuick});
+    ASSERT_EQ(mixed.size(), 2U);
+    EXPECT_NE(gathererOf(mixed[0]), here) << "the other group needs a child anyway";
+    EXPECT_EQ(mixed[1].xml, kQuickXml);
+}
+
+TEST(GroupRunner, ATreeOfFilesIsReadInAChildAlways) {
+    const zavtest::ScratchDir dir;
+    Options options;
+    options.root = dir.path().string();
+    const std::vector<GroupResult> results = run({&kPlain}, Limits(), options);
+    ASSERT_EQ(results.size(), 1U);
+    EXPECT_NE(gathererOf(results[0]), std::to_string(getpid()));
+}
+
+TEST(GroupRunner, AGroupOfPlainFilesEndsWithItsTimeAndKeepsWhatItHas) {
+    const std::vector<GroupResult> results =
+        run({&kEndless, &kPlain}, {milliseconds(50), milliseconds(60000)});
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_EQ(results[0].reason, "timeout");
+    EXPECT_EQ(results[0].instances, 1U);
+    EXPECT_TRUE(results[0].warnings.empty());
+    EXPECT_EQ(results[1].reason, "");
+    EXPECT_EQ(results[1].instances, 1U);
+}
+
+TEST(GroupRunner, GroupsOfPlainFilesEndWithTheRun) {
+    const std::vector<GroupResult> results =
+        run({&kEndless, &kPlain}, {milliseconds(60000), milliseconds(50)});
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_EQ(results[0].reason, "timeout");
+    EXPECT_EQ(results[0].instances, 1U);
+    EXPECT_EQ(results[1].reason, "timeout") << "no time is left for it";
+    EXPECT_EQ(results[1].instances, 0U);
+}
+
 TEST(GroupRunner, EveryChildEnds) {
     run({&kQuick, &kHang, &kCrash, &kQuick}, {milliseconds(200), milliseconds(60000)});
     pid_t ended = 0;
@@ -184,7 +249,7 @@ TEST(GroupRunner, EveryChildEnds) {
 }
 
 TEST(GroupResult, TravelsWholeInAFrame) {
-    const GroupResult sent{&kQuick, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234)};
+    const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234)};
     SharedTexts texts;
     ASSERT_TRUE(texts.append("something before it"));
     const auto place = texts.append(sent.xml);
@@ -192,7 +257,8 @@ TEST(GroupResult, TravelsWholeInAFrame) {
     const std::string frame = frameOf(sent, *place);
     EXPECT_EQ(frameLength(frame), frame.size());
     EXPECT_EQ(frameLength(frame + "next"), frame.size());
-    GroupResult received{&kQuick, {}, {}, 0, {}, {}, {}};
+    GroupResult received;
+    received.group = &kQuick;
     ASSERT_TRUE(readFrame(frame, texts, received));
     EXPECT_EQ(received.group, &kQuick);
     EXPECT_EQ(received.xml, sent.xml);
@@ -203,7 +269,7 @@ TEST(GroupResult, TravelsWholeInAFrame) {
 }
 
 TEST(GroupResult, IsNotReadFromBytesThatAreNoWholeFrame) {
-    const GroupResult sent{&kQuick, "<Quick/>", {}, 1, "", {"beware"}, milliseconds(1)};
+    const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "", {"beware"}, milliseconds(1)};
     SharedTexts texts;
     const std::string frame = frameOf(sent, texts.append(sent.xml).value_or(1));
     for (std::size_t length = 0; length < frame.size(); ++length) {

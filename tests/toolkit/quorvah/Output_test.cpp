@@ -7,7 +7,11 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
+#include <memory>
+#include <stdexcept>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "tests/support/ScratchDir.h"
 #include "toolkit/machine/OutputFile.h"
@@ -18,8 +22,11 @@ using toolkit::appendXmlText;
 using toolkit::writeOutputFile;
 using toolkit::quorvah::FieldDef;
 using toolkit::quorvah::Group;
-using toolkit::quorvah::outputDocument;
+using toolkit::quorvah::GroupResult;
+using toolkit::quorvah::outcomeOf;
+using toolkit::quorvah::render;
 using toolkit::quorvah::Report;
+using toolkit::quorvah::writeDocument;
 using zavtest::readAll;
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -73,6 +80,20 @@ TEST(XmlText, TakesNoUtf8ThatIsNotValid) {
     for (const auto& [bytes, text] : cases) EXPECT_EQ(xml(bytes), text);
 }
 
+TEST(XmlText, ABytesPlaceMakesNoDifference) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string character(1, static_cast<char>(byte));
+        const std::string text = xml(character);
+        for (std::size_t before = 0; before < 20; ++before) {
+            for (const std::size_t behind : {0, 1, 7, 8, 9}) {
+                const std::string front(before, 'a');
+                const std::string back(behind, '~');
+                ASSERT_EQ(xml(front + character + back), front + text + back) << byte;
+            }
+        }
+    }
+}
+
 TEST(XmlText, AnyByteBecomesPrintableAscii) {
     for (int byte = 0; byte < 256; ++byte) {
         for (const char c : xml(std::string(1, static_cast<char>(byte)))) {
@@ -81,15 +102,20 @@ TEST(XmlText, AnyByteBecomesPrintableAscii) {
     }
 }
 
-std::string joinedPieces(const std::vector<std::string_view>& pieces) {
+std::string documentOf(const std::vector<GroupResult>& results, bool pretty) {
     std::string document;
-    for (const std::string_view piece : pieces) document += piece;
+    writeDocument(results, pretty, [&](std::string_view piece) { document += piece; });
     return document;
 }
 
+GroupResult unrendered(Report&& report) {
+    GroupResult result = outcomeOf(report);
+    result.report = std::make_shared<const Report>(std::move(report));
+    return result;
+}
+
 std::string documentOf(const Report& report, bool pretty) {
-    const std::array<toolkit::quorvah::GroupResult, 1> results = {toolkit::quorvah::render(report, pretty)};
-    return joinedPieces(outputDocument(results, pretty));
+    return documentOf({render(report, pretty)}, pretty);
 }
 
 TEST(OutputDocument, HasNoWhiteSpaceBetweenElements) {
@@ -115,9 +141,32 @@ TEST(OutputDocument, BreaksLinesForPeople) {
 }
 
 TEST(OutputDocument, WithoutInstancesIsAnEmptyRoot) {
-    EXPECT_EQ(joinedPieces(outputDocument({}, false)),
+    EXPECT_EQ(documentOf(std::vector<GroupResult>(), false),
               R"(<?xml version="1.0" encoding="UTF-8"?><Hardware></Hardware>)");
-    EXPECT_EQ(documentOf(Report(kGroup), false), joinedPieces(outputDocument({}, false)));
+    EXPECT_EQ(documentOf(Report(kGroup), false), documentOf(std::vector<GroupResult>(), false));
+}
+
+TEST(OutputDocument, IsTheSameWhereverItsGroupsAreRendered) {
+    constexpr int kInstances = 3000;  // several blocks of text
+    const auto fill = [](Report& report) {
+        for (int i = 0; i < kInstances; ++i) report.add(std::to_string(i)).set("Name", std::string(90, '<'));
+    };
+    for (const bool pretty : {false, true}) {
+        std::vector<GroupResult> early;
+        std::vector<GroupResult> late;
+        for (int group = 0; group < 3; ++group) {
+            Report report(kGroup);
+            if (group != 1) fill(report);
+            early.push_back(render(report, pretty));
+            late.push_back(unrendered(std::move(report)));
+        }
+        EXPECT_EQ(late.back().instances, std::size_t{kInstances});
+        const std::string document = documentOf(early, pretty);
+        EXPECT_TRUE(document == documentOf(late, pretty));
+        std::swap(early[0], late[0]);
+        EXPECT_TRUE(document == documentOf(early, pretty));
+        EXPECT_TRUE(document == documentOf(late, pretty));
+    }
 }
 
 TEST(OutputFile, IsWrittenWhole) {
@@ -139,7 +188,10 @@ TEST(OutputFile, HasTheModeOfNewFilesElseThatOfTheOldOne) {
     umask(before);
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
     fs::permissions(file, fs::perms(0604));
-    writeOutputFile(file.string(), std::array<std::string_view, 3>{"new", "", "er"});
+    writeOutputFile(file.string(), [](const toolkit::TextSink& sink) {
+        for (const char* const piece : {"new", "", "er"}) sink(piece);
+    });
+    EXPECT_EQ(readAll(file), "newer");
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
 }
 
@@ -191,6 +243,18 @@ TEST(OutputFile, ThatCannotBeWrittenLeavesNothingAndIsNamed) {
             EXPECT_NE(std::string(failure.what()).find(path.string()), std::string::npos) << failure.what();
         }
     }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
+}
+
+TEST(OutputFile, WhoseContentCannotBeMadeStaysTheOldOne) {
+    const zavtest::ScratchDir dir;
+    const fs::path file = dir.write("out.xml", "old");
+    const auto write = [](const toolkit::TextSink& sink) {
+        sink("half of it");
+        throw std::runtime_error("no more");
+    };
+    EXPECT_THROW(writeOutputFile(file.string(), write), std::runtime_error);
+    EXPECT_EQ(readAll(file), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
 }
 
