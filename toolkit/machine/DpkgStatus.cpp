@@ -1,6 +1,8 @@
 #include "toolkit/machine/DpkgStatus.h"
 
 #include <array>
+#include <iterator>
+#include <span>
 
 #include "toolkit/machine/Lines.h"
 #include "toolkit/machine/SameText.h"
@@ -13,42 +15,41 @@ struct StanzaField {
     std::string_view DpkgStanza::*value;
 };
 
+// Those that begin with the same letter stand together.
 constexpr StanzaField kFields[] = {
     {"Package", &DpkgStanza::package},         {"Status", &DpkgStanza::status},
+    {"Section", &DpkgStanza::section},         {"Source", &DpkgStanza::source},
     {"Version", &DpkgStanza::version},         {"Architecture", &DpkgStanza::architecture},
-    {"Multi-Arch", &DpkgStanza::multiArch},    {"Maintainer", &DpkgStanza::maintainer},
-    {"Description", &DpkgStanza::description}, {"Source", &DpkgStanza::source},
-    {"Section", &DpkgStanza::section},         {"Installed-Size", &DpkgStanza::installedSize},
+    {"Maintainer", &DpkgStanza::maintainer},   {"Multi-Arch", &DpkgStanza::multiArch},
+    {"Description", &DpkgStanza::description}, {"Installed-Size", &DpkgStanza::installedSize},
 };
 
-// The letters that those names begin with, in either case.
-constexpr std::array<bool, 256> kInitials = [] {
-    std::array<bool, 256> initials{};
-    for (const StanzaField& field : kFields) {
-        const auto letter = static_cast<unsigned char>(field.name.front());
-        initials[letter] = initials[letter ^ 0x20U] = true;
+// The fields whose names begin with a letter, in either case. Most lines begin with another character: they continue a
+// field, or give one that nobody asks for.
+using Fields = std::span<const StanzaField>;
+constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
+    std::array<Fields, 256> fields;
+    for (std::size_t first = 0, end = 0; first < std::size(kFields); first = end) {
+        const char letter = kFields[first].name.front();
+        while (end < std::size(kFields) && kFields[end].name.front() == letter) ++end;
+        for (const int code : {letter + 0, letter ^ 0x20}) {
+            fields[static_cast<std::size_t>(code)] = Fields(kFields).subspan(first, end - first);
+        }
     }
-    return initials;
+    return fields;
 }();
 
-bool isBlank(char c) {
-    return c == ' ' || c == '\t';
-}
-
-// Field names are the same in any case. Most differ in length or in the first letter already.
-bool sameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && ((a.front() ^ b.front()) & ~0x20) == 0 && sameButForCase(a, b);
+// Whether a line gives a field of this name, in any case.
+bool gives(std::string_view line, std::string_view name) {
+    return line.size() > name.size() && line[name.size()] == ':' &&
+           (line.starts_with(name) || sameButForCase(line.substr(0, name.size()), name));
 }
 
 void storeField(std::string_view line, DpkgStanza& stanza) {
-    if (!kInitials[static_cast<unsigned char>(line.front())]) return;
-    const std::size_t colon = line.find(':');
-    if (colon == 0 || colon == std::string_view::npos) return;
-    const std::string_view name = line.substr(0, colon);
-    for (const StanzaField& field : kFields) {
-        if (!sameName(name, field.name)) continue;
+    for (const StanzaField& field : kFieldsOfLetter[static_cast<unsigned char>(line.front())]) {
+        if (!gives(line, field.name)) continue;
         std::string_view& value = stanza.*field.value;
-        if (value.empty()) value = trimmed(line.substr(colon + 1));
+        if (value.empty()) value = trimmed(line.substr(field.name.size() + 1));
         return;
     }
 }
@@ -62,7 +63,7 @@ bool DpkgStatus::next(DpkgStanza& stanza) {
         if (line.empty()) {
             if (!stanza.package.empty()) break;
             stanza = {};
-        } else if (!isBlank(line.front())) {
+        } else {
             storeField(line, stanza);
         }
     }

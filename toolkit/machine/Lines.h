@@ -45,9 +45,10 @@ inline std::string_view takeField(std::string_view& text, char separator) {
 
 // Without the blanks, tabs and line ends at both sides.
 inline std::string_view trimmed(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(" \t\r\n");
-    if (begin == std::string_view::npos) return {};
-    return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
+    const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 }  // namespace toolkit

@@ -1,19 +1,25 @@
 #include "toolkit/machine/PackageUrl.h"
 
+#include <array>
+
 namespace toolkit {
 namespace {
 
-// By hand: isalnum would follow the locale.
-bool standsForItself(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_' || c == '~' || c == ':';
-}
+// The characters that stand for themselves. By hand: isalnum would follow the locale.
+constexpr std::array<bool, 256> kPlain = [] {
+    std::array<bool, 256> plain{};
+    for (char c = 'a'; c <= 'z'; ++c) plain[static_cast<unsigned char>(c)] = true;
+    for (char c = 'A'; c <= 'Z'; ++c) plain[static_cast<unsigned char>(c)] = true;
+    for (char c = '0'; c <= '9'; ++c) plain[static_cast<unsigned char>(c)] = true;
+    for (const char c : {'-', '.', '_', '~', ':'}) plain[static_cast<unsigned char>(c)] = true;
+    return plain;
+}();
 
 void appendEscaped(std::string& url, std::string_view text) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     while (!text.empty()) {
         std::size_t plain = 0;
-        while (plain < text.size() && standsForItself(text[plain])) ++plain;
+        while (plain < text.size() && kPlain[static_cast<unsigned char>(text[plain])]) ++plain;
         url.append(text, 0, plain);
         if (plain == text.size()) return;
         const char c = text[plain];

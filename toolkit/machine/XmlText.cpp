@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 
@@ -53,22 +54,35 @@ constexpr std::array<bool, 256> kPlain = [] {
     return plain;
 }();
 
-// Whether a block can be copied as it is. Looks at all of it, so that the compiler does so at once.
-constexpr std::size_t kBlock = 16;
-bool isPlainBlock(const char* block) {
-    unsigned char special = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
-        const auto c = static_cast<unsigned char>(block[i]);
-        special |= static_cast<unsigned char>((c < 0x20) | (c > 0x7E) | (c == '&') | (c == '<') | (c == '>') |
-                                              (c == '"'));
-    }
-    return special == 0;
+// Whether the eight bytes there can be copied as they are: looks at all of them at once.
+constexpr std::size_t kBlock = 8;
+bool isPlainBlock(const char* bytes) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    constexpr std::uint64_t kHighBits = 0x80 * kOnes;
+    std::uint64_t block = 0;
+    std::memcpy(&block, bytes, kBlock);
+    // Each has high bits that are set if, and only if, one of the bytes is such.
+    const auto anyBelow = [](std::uint64_t word, std::uint64_t limit) {
+        return (word - limit * kOnes) & ~word;
+    };
+    const auto anyIs = [&](std::uint64_t word, char c) {
+        return anyBelow(word ^ static_cast<unsigned char>(c) * kOnes, 1);
+    };
+    const std::uint64_t control = anyBelow(block, 0x20);
+    const std::uint64_t beyondAscii = (block + kOnes) | block;
+    // One bit tells '"' from '&', and one '<' from '>'.
+    const std::uint64_t quote = anyIs(block & ~(('"' ^ '&') * kOnes), '"');
+    const std::uint64_t angle = anyIs(block & ~(('<' ^ '>') * kOnes), '<');
+    return ((control | beyondAscii | quote | angle) & kHighBits) == 0;
 }
 
 // How many bytes at the front can be copied as they are.
 std::size_t plainLength(std::string_view bytes) {
     std::size_t length = 0;
     while (bytes.size() - length >= kBlock && isPlainBlock(bytes.data() + length)) length += kBlock;
+    const std::size_t left = bytes.size() - length;
+    if (left < kBlock && length > 0 && isPlainBlock(bytes.data() + bytes.size() - kBlock))
+        return bytes.size();
     while (length < bytes.size() && kPlain[static_cast<unsigned char>(bytes[length])]) ++length;
     return length;
 }

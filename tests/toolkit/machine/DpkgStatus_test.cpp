@@ -103,6 +103,19 @@ TEST(DpkgStatus, FieldNamesAreTheSameInAnyCase) {
     EXPECT_EQ("12", stanzas[0].installedSize);
 }
 
+TEST(DpkgStatus, NamesThatOnlyBeginAlikeAreOtherFields) {
+    const std::vector<DpkgStanza> stanzas = readAll(
+        "Pack: x\nPackage-Type: udeb\nPackage: a\nSection-Two: x\nSourceless: x\nS: x\n:\n"
+        "Source: b (1)\nVersion : 3\nVersion: 4\nMaintainers: x\nMulti-Arch: same\nversioN: 5\n");
+    ASSERT_EQ(1U, stanzas.size());
+    EXPECT_EQ("a", stanzas[0].package);
+    EXPECT_EQ("b", stanzas[0].source);
+    EXPECT_EQ("", stanzas[0].section);
+    EXPECT_EQ("4", stanzas[0].version);
+    EXPECT_EQ("", stanzas[0].maintainer);
+    EXPECT_EQ("same", stanzas[0].multiArch);
+}
+
 TEST(DpkgStatus, LinesWithoutColonAreNoFields) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nVersion\n<<<<<<< mine\nVersion: 3\n");
     ASSERT_EQ(1U, stanzas.size());

@@ -119,4 +119,11 @@ TEST(NaturalOrder, IsAStrictOrder) {
 TEST(NaturalOrder, ComparesNumbersOfAnyLengthByValue) {
     EXPECT_TRUE(naturallyBefore("99999999999999999999999", "100000000000000000000000"));
     EXPECT_FALSE(naturallyBefore("100000000000000000000000", "99999999999999999999999"));
+    // The digits that differ stand behind alike ones, a whole number of words from the front or not.
+    for (std::size_t front = 0; front < 20; ++front) {
+        const std::string alike(front, 'k');
+        EXPECT_TRUE(naturallyBefore(alike + "129x", alike + "1210a")) << front;
+        EXPECT_FALSE(naturallyBefore(alike + "1210a", alike + "129x")) << front;
+        EXPECT_TRUE(naturallyBefore(alike + "12", alike + "12-")) << front;
+    }
 }

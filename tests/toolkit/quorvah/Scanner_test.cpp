@@ -279,6 +279,25 @@ TEST_F(Scanner, RefusesABadConfigurationWith2NamingFileAndLine) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
+// However the scanner is linked: these encodings come from modules that the C library loads.
+TEST_F(Scanner, ReadsAConfigurationInAnyEncodingThatTheSystemKnows) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"ISO-8859-15", "\xA4"}, {"Windows-1252", "\x80"}, {"EUC-KR", "\xA2\xE6"}};
+    for (const auto& [encoding, euro] : cases) {
+        const std::string text = "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><QEL><Group Name=\"" +
+                                 euro + "\"/><Group Name=\"Memory\"/></QEL>";
+        const Finished done = runScanner({"-c", dir_.write("config.xml", text).string(), "-o", out()});
+        EXPECT_EQ(done.status, 0) << encoding;
+        EXPECT_EQ(done.errors, "quorvah: unknown group \"\xE2\x82\xAC\"\n");
+        EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
+    }
+    const std::string config =
+        dir_.write("config.xml", "<?xml version='1.0' encoding='x-none'?><QEL/>").string();
+    const Finished unknown = runScanner({"-c", config, "-o", out()});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_NE(unknown.errors.find(config + ":1: "), std::string::npos) << unknown.errors;
+}
+
 TEST_F(Scanner, ExitsWith1WhenTheOutputCannotBeWritten) {
     const std::string config = configure({"Memory"});
     const std::string target = (dir_.path() / "missing" / "out.xml").string();
