@@ -42,6 +42,7 @@ void addRunning(const std::filesystem::path& scratch) {
     measureWork("rundisk", {"run", idle, runs, scratch, "0"}, kRuns);
     measureWork("launch", {"launch", idle, runs}, kRuns);
     measureWork("spawn", {"spawn", idle, runs}, kRuns);
+    measureWork("spawnfile", {"spawn-file", idle, runs, scratch}, kRuns);
     measureWork("lines", {"run", lines, "5", kMemory, "0"}, 5);
     measureWork("rawlines", {"spawn", lines, "5"}, 5);
     measureWork("run10MB", {"run", idle, runs, kMemory, "10000000"}, kRuns);
@@ -104,7 +105,9 @@ const std::vector<Row>& hardwareRows() {
         {"output to tables, instructions / Expat without handlers", "read/instructions", "expat/instructions",
          1.4},
         {"ZAV_hw_run, idle scanner, files in memory / posix_spawn, pipe, wait", "run", "spawn", 1.25},
-        {"ZAV_hw_run, idle scanner, files on disk / posix_spawn, pipe, wait", "rundisk", "spawn", 1.25},
+        {"ZAV_hw_run, idle scanner, files on disk / the same and one file made", "rundisk", "spawnfile",
+         1.25},
+        {"ZAV_hw_run, idle scanner, files on disk / posix_spawn, pipe, wait", "rundisk", "spawn", 0},
         {"the launch in it alone / posix_spawn, pipe, wait", "launch", "spawn", 1.15},
         {"a scanner of 100,000 lines / raw reads of 64 KiB", "lines", "rawlines", 1.25},
         {"ZAV_hw_run in a host of 2 GB / in a host of 10 MB", "run2GB", "run10MB", 1.4},

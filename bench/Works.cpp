@@ -105,14 +105,30 @@ Action spawnAlone(const Arguments& arguments) {
     return repeated(arguments.at(1), [program] { return spawnBare(program, "-c"); });
 }
 
+// Arguments: toolkit directory, number of runs, directory for files.
+Action spawnAndMakeFile(const Arguments& arguments) {
+    const std::string program = arguments.at(0) + "/quorvah";
+    std::string directory = arguments.at(2) + "/peer_XXXXXX";  // goes with the directory that it stands in
+    if (::mkdtemp(directory.data()) == nullptr) std::abort();
+    return repeated(arguments.at(1), [program, directory, number = 0]() mutable {
+        return makeFile(directory + "/config" + std::to_string(++number)) && spawnBare(program, "-c");
+    });
+}
+
 Action nothing(const Arguments& /*arguments*/) {
     return [] { return true; };
 }
 
 const std::map<std::string, Work> kWorks = {
-    {"read", readWithLibrary},   {"read-expat", readWithExpat}, {"read-libxml", readWithLibxml},
-    {"tables", readTablesAlone}, {"run", runLibrary},           {"launch", launchAlone},
-    {"spawn", spawnAlone},       {"nothing", nothing},
+    {"read", readWithLibrary},
+    {"read-expat", readWithExpat},
+    {"read-libxml", readWithLibxml},
+    {"tables", readTablesAlone},
+    {"run", runLibrary},
+    {"launch", launchAlone},
+    {"spawn", spawnAlone},
+    {"spawn-file", spawnAndMakeFile},
+    {"nothing", nothing},
 };
 
 }  // namespace

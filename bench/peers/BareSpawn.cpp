@@ -29,4 +29,11 @@ bool spawnBare(const std::string& path, const std::string& argument) {
     return error == 0 && status == 0;
 }
 
+bool makeFile(const std::string& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file < 0) return false;
+    const bool written = ::write(file, path.data(), path.size()) > 0;
+    return ::close(file) == 0 && written;
+}
+
 }  // namespace zavbench

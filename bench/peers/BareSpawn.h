@@ -8,4 +8,7 @@ namespace zavbench {
 // status 0.
 bool spawnBare(const std::string& path, const std::string& argument);
 
+// Makes a file that is not there yet, with its own name in it.
+bool makeFile(const std::string& path);
+
 }  // namespace zavbench
