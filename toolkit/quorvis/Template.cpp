@@ -16,7 +16,7 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
         return false;
     }
     name = text.substr(2, end - 2);
-    if (name.empty() || name.find_first_of("${") != std::string_view::npos) {
+    if (name.empty() || name.find('$') != name.npos || name.find('{') != name.npos) {
         problem = name.empty() ? "\"${}\" names no variable" : "a variable stands within the name of another";
         return false;
     }
@@ -26,25 +26,25 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
 
 // False, with `problem` told, when the text is no template.
 bool split(std::string_view text, std::vector<Template::Piece>& pieces, std::string& problem) {
-    std::string_view literal = text.substr(0, 0);  // what was passed over and is not yet a piece
-    while (!text.empty()) {
-        const std::string_view rest = text;
+    std::size_t passed = 0;
+    while ((passed = text.find('$', passed)) != std::string_view::npos) {
+        const std::string_view rest = text.substr(passed);
         if (rest.starts_with("$${")) {
-            addLiteral(pieces, literal);
-            literal = rest.substr(1, 2);
-            text.remove_prefix(3);
+            addLiteral(pieces, text.substr(0, passed));
+            text.remove_prefix(passed + 1);  // what follows begins with "${" itself
+            passed = 2;
         } else if (rest.starts_with("${")) {
-            addLiteral(pieces, literal);
+            addLiteral(pieces, text.substr(0, passed));
+            text = rest;
             std::string_view name;
             if (!takeVariable(text, name, problem)) return false;
             pieces.push_back({name, true});
-            literal = text.substr(0, 0);
+            passed = 0;
         } else {
-            literal = {literal.data(), literal.size() + 1};
-            text.remove_prefix(1);
+            ++passed;
         }
     }
-    addLiteral(pieces, literal);
+    addLiteral(pieces, text);
     return true;
 }
 

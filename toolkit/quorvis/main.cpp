@@ -1,10 +1,12 @@
 #include <malloc.h>
 #include <sys/auxv.h>
+#include <sys/mman.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "toolkit/quorvis/CommandLine.h"
@@ -39,14 +41,30 @@ int run(int argc, char** argv) {
     return static_cast<int>(quorvis::Outcome::Failed);
 }
 
-}  // namespace
+constexpr int kMegabyte = 1 << 20;
 
-int main(int argc, char** argv) {
-    // Memory that was let go is used again rather than given back and fetched anew: the scanner lives shortly.
-    constexpr int kMegabyte = 1 << 20;
+// Memory that was let go is used again rather than given back and fetched anew: the scanner lives shortly.
+void keepMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);
     ::mallopt(M_TRIM_THRESHOLD, 256 * kMegabyte);
     ::mallopt(M_TOP_PAD, kMegabyte);
+}
+
+// Lets the memory that thousands of signatures take come in large pages: to take it page by page is a tenth of a scan.
+void takeLargePages() {
+    constexpr std::size_t kLargePage = 2 * kMegabyte;
+    std::size_t size = 16 * kMegabyte;
+    const std::unique_ptr<std::byte[]> block(new std::byte[size]);  // untouched, and taken again from then on
+    void* start = block.get();
+    if (std::align(kLargePage, kLargePage, start, size) != nullptr)
+        ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    keepMemory();
+    takeLargePages();
     // The output files count even when nobody reads the messages any more.
     std::signal(SIGPIPE, SIG_IGN);
     try {
