@@ -1,12 +1,15 @@
 #pragma once
 
+#include <array>
 #include <csignal>
 
 namespace zavcli {
 
-// While it lives, the first SIGINT (Ctrl-C) does not end this process: the scanner gets it too and ends, the
-// scan fails, and the temporary files can be removed. A second one ends this process at once. An ignored
-// SIGINT stays ignored.
+// The signals with which people and service managers end a program.
+constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
+
+// While it lives, the first of each of those signals does not end this process but its scanner: the scan fails, and the
+// temporary files can be removed. A second one ends this process at once. Ignored signals stay ignored.
 class InterruptGuard {
   public:
     InterruptGuard();
@@ -15,13 +18,13 @@ class InterruptGuard {
     InterruptGuard& operator=(const InterruptGuard&) = delete;
 
   private:
-    struct sigaction before_ {};
+    std::array<struct sigaction, kEndingSignals.size()> before_{};
 };
 
-// Whether SIGINT came while a guard was alive.
+// Whether such a signal came while a guard was alive.
 bool wasInterrupted();
 
-// Ends this process by SIGINT, so that its parent sees what ended it.
+// Ends this process by that signal, so that its parent sees what ended it.
 [[noreturn]] void endByInterrupt();
 
 }  // namespace zavcli

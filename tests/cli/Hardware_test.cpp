@@ -252,21 +252,37 @@ TEST_F(HardwareTest, VerboseShowsMessagesOnStandardErrorOnly) {
     EXPECT_NE(std::string::npos, trace.err.find("ZAV_init: init OK"));
 }
 
-TEST_F(HardwareTest, InterruptEndsTheScannerAndLeavesNothing) {
+// How a signal reaches the command: Ctrl-C on a terminal goes to the scanner too, a service manager's to the command alone.
+struct Sent {
+    const char* name;
+    int signal;
+    bool toGroup;
+};
+
+class InterruptTest : public HardwareTest, public testing::WithParamInterface<Sent> {};
+
+TEST_P(InterruptTest, EndsTheScannerAndLeavesNothing) {
     bool sent = false;
     const Ended ended = hw({"-vv", "--output", path("out")}, "waits")
                             .watch([&](const std::string& err, int pid) {
                                 if (sent || err.find("STDOUT data") == std::string::npos) return;
                                 sent = true;
-                                kill(-pid, SIGINT);
+                                kill(GetParam().toGroup ? -pid : pid, GetParam().signal);
                             })
                             .run();
-    EXPECT_EQ(SIGINT, ended.signal);
+    EXPECT_EQ(GetParam().signal, ended.signal);
     EXPECT_EQ("", ended.out);
     EXPECT_TRUE(temporaryFilesAreGone());
     EXPECT_EQ("", outputTemporaryName());
     EXPECT_FALSE(std::filesystem::exists(path("out")));
 }
+
+INSTANTIATE_TEST_SUITE_P(Signal, InterruptTest,
+                         testing::Values(Sent{"InterruptOfAll", SIGINT, true},
+                                         Sent{"InterruptOfTheCommand", SIGINT, false},
+                                         Sent{"TerminationOfTheCommand", SIGTERM, false},
+                                         Sent{"HangUpOfTheCommand", SIGHUP, false}),
+                         [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
 }  // namespace zavtest
