@@ -111,13 +111,15 @@ void writeOutputFile(const std::string& path, std::string_view content) {
 
 void writeOutputFile(const std::string& path, const Content& write) {
     struct stat status {};
-    const bool exists = ::stat(path.c_str(), &status) == 0;
+    bool exists = ::lstat(path.c_str(), &status) == 0;
+    const bool link = exists && S_ISLNK(status.st_mode);
+    if (link) exists = ::stat(path.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode)) {
         writeInPlace(path, write);
         return;
     }
     // A symbolic link stays, and the file that it leads to is replaced.
-    const std::unique_ptr<char, Free> target(exists ? ::realpath(path.c_str(), nullptr) : nullptr);
+    const std::unique_ptr<char, Free> target(link && exists ? ::realpath(path.c_str(), nullptr) : nullptr);
     const SignalsHeld held;
     SiblingFile sibling(target ? target.get() : path);
     sibling.fill(write, exists ? status.st_mode & 07777U : modeOfNewFiles());

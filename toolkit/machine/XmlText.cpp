@@ -1,5 +1,6 @@
 #include "toolkit/machine/XmlText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -54,35 +55,42 @@ constexpr std::array<bool, 256> kPlain = [] {
     return plain;
 }();
 
-// Whether the eight bytes there can be copied as they are: looks at all of them at once.
-constexpr std::size_t kBlock = 8;
+// Bytes that are looked at all at once.
+template <std::size_t kSize>
+using Block [[gnu::vector_size(kSize)]] = unsigned char;
+
+// Whether as many bytes as a block has can be copied as they are.
+template <std::size_t kSize>
 bool isPlainBlock(const char* bytes) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101;
-    constexpr std::uint64_t kHighBits = 0x80 * kOnes;
-    std::uint64_t block = 0;
-    std::memcpy(&block, bytes, kBlock);
-    // Each has high bits that are set if, and only if, one of the bytes is such.
-    const auto anyBelow = [](std::uint64_t word, std::uint64_t limit) {
-        return (word - limit * kOnes) & ~word;
-    };
-    const auto anyIs = [&](std::uint64_t word, char c) {
-        return anyBelow(word ^ static_cast<unsigned char>(c) * kOnes, 1);
-    };
-    const std::uint64_t control = anyBelow(block, 0x20);
-    const std::uint64_t beyondAscii = (block + kOnes) | block;
-    // One bit tells '"' from '&', and one '<' from '>'.
-    const std::uint64_t quote = anyIs(block & ~(('"' ^ '&') * kOnes), '"');
-    const std::uint64_t angle = anyIs(block & ~(('<' ^ '>') * kOnes), '<');
-    return ((control | beyondAscii | quote | angle) & kHighBits) == 0;
+    Block<kSize> block;
+    std::memcpy(&block, bytes, kSize);
+    const auto special =
+        (block < 0x20) | (block > 0x7E) | (block == '&') | (block == '<') | (block == '>') | (block == '"');
+    std::array<std::uint64_t, kSize / 8> words;
+    std::memcpy(words.data(), &special, kSize);
+    return std::ranges::all_of(words, [](std::uint64_t word) { return word == 0; });
+}
+
+// The same of all bytes, of which there are as many as a block has or more.
+template <std::size_t kSize>
+bool arePlainBlocks(std::string_view bytes) {
+    const char* const last = bytes.data() + bytes.size() - kSize;
+    for (const char* block = bytes.data(); block < last; block += kSize) {
+        if (!isPlainBlock<kSize>(block)) return false;
+    }
+    return isPlainBlock<kSize>(last);
+}
+
+bool isPlain(std::string_view bytes) {
+    if (bytes.size() >= 16) return arePlainBlocks<16>(bytes);
+    if (bytes.size() >= 8) return arePlainBlocks<8>(bytes);
+    return std::ranges::all_of(bytes, [](char c) { return kPlain[static_cast<unsigned char>(c)]; });
 }
 
 // How many bytes at the front can be copied as they are.
 std::size_t plainLength(std::string_view bytes) {
     std::size_t length = 0;
-    while (bytes.size() - length >= kBlock && isPlainBlock(bytes.data() + length)) length += kBlock;
-    const std::size_t left = bytes.size() - length;
-    if (left < kBlock && length > 0 && isPlainBlock(bytes.data() + bytes.size() - kBlock))
-        return bytes.size();
+    while (bytes.size() - length >= 16 && isPlainBlock<16>(bytes.data() + length)) length += 16;
     while (length < bytes.size() && kPlain[static_cast<unsigned char>(bytes[length])]) ++length;
     return length;
 }
@@ -117,9 +125,7 @@ void appendCharacter(std::string& xml, char32_t character) {
     xml += ';';
 }
 
-}  // namespace
-
-void appendXmlText(std::string& xml, std::string_view bytes) {
+void appendEscaped(std::string& xml, std::string_view bytes) {
     std::optional<bool> utf8;
     for (;;) {
         const std::size_t plain = plainLength(bytes);
@@ -135,6 +141,16 @@ void appendXmlText(std::string& xml, std::string_view bytes) {
             appendCharacter(xml, next);
             bytes.remove_prefix(1);
         }
+    }
+}
+
+}  // namespace
+
+void appendXmlText(std::string& xml, std::string_view bytes) {
+    if (isPlain(bytes)) {
+        xml += bytes;
+    } else {
+        appendEscaped(xml, bytes);
     }
 }
 

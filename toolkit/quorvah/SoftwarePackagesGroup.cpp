@@ -25,26 +25,25 @@ class DpkgDates {
   public:
     explicit DpkgDates(const Root& root) : folder_(root.open("/var/lib/dpkg/info", O_DIRECTORY)) {}
 
-    std::optional<std::int64_t> of(const InstalledPackage& package) const {
+    std::optional<std::int64_t> of(const InstalledPackage& package) {
         if (!folder_.isOpen() || package.name.find('/') != std::string_view::npos) return {};
-        std::string name(package.name);
         if (package.anyArchitecture) {
-            const std::size_t length = name.size();
-            name.append(":").append(package.architecture).append(".list");
-            if (const auto time = modified(name)) return time;
-            name.resize(length);
+            name_.assign(package.name).append(":").append(package.architecture).append(".list");
+            if (const auto time = modified()) return time;
         }
-        return modified(name.append(".list"));
+        name_.assign(package.name).append(".list");
+        return modified();
     }
 
   private:
-    std::optional<std::int64_t> modified(const std::string& name) const {
+    std::optional<std::int64_t> modified() const {
         struct stat status {};
-        if (fstatat(folder_.number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return {};
+        if (fstatat(folder_.number(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return {};
         return status.st_mtim.tv_sec;
     }
 
     kest::Descriptor folder_;
+    std::string name_;  // of a list, in memory that all of them use
 };
 
 // Whole KiB that hold so many bytes.
