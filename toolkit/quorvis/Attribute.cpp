@@ -20,6 +20,16 @@ static_assert(kNames[static_cast<std::size_t>(Attribute::Above)] == "above");
 static_assert(kNames[static_cast<std::size_t>(Attribute::MaxBytes)] == "maxBytes");
 static_assert(kNames[static_cast<std::size_t>(Attribute::User)] == "user");
 
+// Where the names with each letter in front begin, from a to behind z.
+constexpr auto kStarts = [] {
+    std::array<std::uint8_t, 27> starts{};
+    for (const std::string_view name : kNames) {
+        for (auto later = static_cast<std::size_t>(name.front() - 'a' + 1); later < starts.size(); ++later)
+            ++starts[later];
+    }
+    return starts;
+}();
+
 }  // namespace
 
 std::string_view nameOf(Attribute attribute) {
@@ -27,9 +37,12 @@ std::string_view nameOf(Attribute attribute) {
 }
 
 std::optional<Attribute> attributeNamed(std::string_view name) {
-    const auto* const found = std::ranges::lower_bound(kNames, name);
-    if (found == kNames.end() || *found != name) return std::nullopt;
-    return static_cast<Attribute>(found - kNames.begin());
+    if (name.empty() || name.front() < 'a' || name.front() > 'z') return std::nullopt;
+    const auto letter = static_cast<std::size_t>(name.front() - 'a');
+    for (std::size_t i = kStarts[letter]; i < kStarts[letter + 1]; ++i) {
+        if (kNames[i] == name) return static_cast<Attribute>(i);
+    }
+    return std::nullopt;
 }
 
 }  // namespace toolkit::quorvis

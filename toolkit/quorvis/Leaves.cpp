@@ -41,20 +41,23 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
 }
 
 const LeafResult& Leaves::result(const Query& query) {
-    const auto [place, fresh] = results_.try_emplace(query);
-    LeafResult& result = place->second;
-    if (fresh) result = lookUp(query, machine_);
+    const LeafResult*& result = results_[query];
+    if (result == nullptr) result = keep(lookUp(query, machine_));
     if (isConstant(query.leaf())) {
         const std::size_t number = query.leaf().number;
         if (number >= known_.size()) known_.resize(std::max(number + 1, 2 * known_.size()));
-        known_[number] = &result;
+        known_[number] = result;
     }
-    return result;
+    return *result;
+}
+
+const LeafResult* Leaves::keep(LeafResult result) {
+    const bool nothing = result.items.empty() && result.events.empty() && !result.incomplete;
+    return nothing ? &nothing_ : &kept_.emplace_back(std::move(result));
 }
 
 const LeafResult* Leaves::known(const Leaf& leaf) const {
-    const bool constant = leaf.number < known_.size() && isConstant(leaf);
-    return constant ? known_[leaf.number] : nullptr;
+    return leaf.number < known_.size() ? known_[leaf.number] : nullptr;
 }
 
 Truth truthOf(const Leaf& leaf, const LeafResult& result) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -29,8 +30,12 @@ class Leaves {
         std::size_t operator()(const Query& query) const { return query.hash(); }
     };
 
+    const LeafResult* keep(LeafResult result);
+
     Machine& machine_;
-    std::unordered_map<Query, LeafResult, Hash> results_;
+    std::unordered_map<Query, const LeafResult*, Hash> results_;
+    std::deque<LeafResult> kept_;
+    const LeafResult nothing_;              // what most leaves find
     std::vector<const LeafResult*> known_;  // by the numbers of leaves without variables
 };
 

@@ -40,7 +40,9 @@ bool append(std::string& xml, const Element& element) {
 }  // namespace
 
 std::optional<std::string> innerXml(const Element& element) {
+    constexpr std::size_t kUsual = 250;
     std::string xml;
+    xml.reserve(kUsual);
     for (const Element* child = element.firstChild; child != nullptr; child = child->next) {
         if (!append(xml, *child)) return std::nullopt;
     }
