@@ -11,7 +11,7 @@ FileText::FileText(const Root& root, const std::string& path) {
     if (!file.isOpen() || fstat(file.number(), &status) != 0) return;
     if (S_ISREG(status.st_mode) && status.st_size > 0) {
         size_ = static_cast<std::size_t>(status.st_size);
-        void* const start = mmap(nullptr, size_, PROT_READ, MAP_PRIVATE | MAP_POPULATE, file.number(), 0);
+        void* const start = mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file.number(), 0);
         if (start != MAP_FAILED) {
             mapping_ = static_cast<const char*>(start);
             return;
