@@ -44,20 +44,6 @@ bool isLink(int parent, const char* name) {
     return ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-bool sameDirectory(const struct stat& left, const struct stat& right) {
-    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
-}
-
-// Whether one of these directories is this one.
-bool isAmong(std::span<const int> parents, int directory) {
-    struct stat status {};
-    if (::fstat(directory, &status) != 0) return false;
-    return std::ranges::any_of(parents, [&](int parent) {
-        struct stat other {};
-        return ::fstat(parent, &other) == 0 && sameDirectory(status, other);
-    });
-}
-
 bool onSameDevice(int left, int right) {
     struct stat of[2] = {};
     return ::fstat(left, &of[0]) == 0 && ::fstat(right, &of[1]) == 0 && of[0].st_dev == of[1].st_dev;
@@ -120,11 +106,11 @@ Result DirectoryOpener::openTop(bool toList) const {
 int DirectoryOpener::openAt(int parent, const Child& child, bool across) {
     const std::uint64_t resolve = RESOLVE_NO_SYMLINKS | (across ? 0 : RESOLVE_NO_XDEV);
     for (;;) {
-        int flags = flagsFor(child.toList);
-        if (child.toList && keepTimes_) flags |= O_NOATIME;
+        const bool quietly = child.toList && keepTimes_.load(std::memory_order_relaxed);
+        const int flags = flagsFor(child.toList) | (quietly ? O_NOATIME : 0);
         const int descriptor = kernelResolves_ ? openResolved(parent, child.name, flags, resolve)
                                                : ::openat(parent, child.name, flags | O_NOFOLLOW);
-        if (descriptor >= 0 || errno != EPERM || !child.toList || !keepTimes_) return descriptor;
+        if (descriptor >= 0 || errno != EPERM || !quietly) return descriptor;
         keepTimes_ = false;  // for owners and root only
     }
 }
@@ -144,26 +130,26 @@ Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) c
     return result;
 }
 
-Result DirectoryOpener::openMount(std::span<const int> parents, const Child& child) {
+Result DirectoryOpener::openMount(const DirectoryChain& parents, const Child& child) {
     if (!crossDevices_) return {};
-    Result result = opened(parents.back(), child, openAt(parents.back(), child, true));
-    if (result.directory.isOpen() && isAmong(parents, result.directory.number()))
+    Result result = opened(parents.last(), child, openAt(parents.last(), child, true));
+    if (result.directory.isOpen() && parents.holds(result.directory.number()))
         return {{}, EventCode::Loop, "A directory is mounted inside of itself"};
     return result;
 }
 
-Result DirectoryOpener::openPlain(std::span<const int> parents, const Child& child) {
+Result DirectoryOpener::openPlain(const DirectoryChain& parents, const Child& child) {
     if (!kernelResolves_ && mounts_.at(child.path) == MountTable::Kind::Local)
         return openMount(parents, child);
-    const int descriptor = openAt(parents.back(), child, false);
-    if (descriptor >= 0) return opened(parents.back(), child, descriptor);
+    const int descriptor = openAt(parents.last(), child, false);
+    if (descriptor >= 0) return opened(parents.last(), child, descriptor);
     if (errno == EXDEV) return openMount(parents, child);
     const int error = errno;
     const bool maybeLink = error == ELOOP || (!kernelResolves_ && error == ENOTDIR);
-    if (maybeLink && isLink(parents.back(), child.name))
-        return follow(parents.back(), {child.name, child.path, true, child.toList});
+    if (maybeLink && isLink(parents.last(), child.name))
+        return follow(parents.last(), {child.name, child.path, true, child.toList});
     errno = error;
-    return opened(parents.back(), child, -1);
+    return opened(parents.last(), child, -1);
 }
 
 bool DirectoryOpener::isRemote(std::string_view path) const {
@@ -172,6 +158,7 @@ bool DirectoryOpener::isRemote(std::string_view path) const {
 
 bool DirectoryOpener::leadsToRemote(const std::string& path) const {
     if (remote_ || !mounts_.anyRemote()) return false;
+    const std::lock_guard lock(readingLinks_);
     return linkLeadsInto(root_, path, [this](const std::string& place) { return isRemote(place); });
 }
 
@@ -194,10 +181,10 @@ Result DirectoryOpener::follow(int parent, const Child& child) const {
     return opened(parent, child, -1);
 }
 
-Result DirectoryOpener::open(std::span<const int> parents, const Child& child) {
+Result DirectoryOpener::open(const DirectoryChain& parents, const Child& child) {
     if (isExcluded(child.path)) return {};
     if (isRemote(child.path)) return remoteSkipped();
-    return child.link ? follow(parents.back(), child) : openPlain(parents, child);
+    return child.link ? follow(parents.last(), child) : openPlain(parents, child);
 }
 
 }  // namespace toolkit::quorvis

@@ -1,14 +1,15 @@
 #pragma once
 
-#include <cstddef>
+#include <atomic>
+#include <mutex>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/DirectoryChain.h"
 #include "toolkit/quorvis/Event.h"
 #include "toolkit/quorvis/GlobPattern.h"
 #include "toolkit/quorvis/MountTable.h"
@@ -18,7 +19,8 @@ namespace toolkit::quorvis {
 
 // Opens directories for a walk, and decides which ones a walk enters. It never enters /proc, /sys, /dev and /run, the
 // stores of containers, which hold other machines' files (/var/lib/ docker, containers, containerd, lxc, lxd, incus,
-// machines, kubelet; /var/snap/lxd; .local/share/containers of users), and what the settings exclude.
+// machines, kubelet; /var/snap/lxd; .local/share/containers of users), and what the settings exclude. Several threads
+// may use it.
 class DirectoryOpener {
   public:
     DirectoryOpener(const Root& root, const Settings& settings);
@@ -37,16 +39,16 @@ class DirectoryOpener {
         bool toList = false;      // else only to open what it holds by name
     };
     Result openTop(bool toList) const;
-    // Opens a child of the last of these directories, which lead from the top to it. A link is followed.
-    Result open(std::span<const int> parents, const Child& child);
+    // Opens a child of the last of these directories. A link is followed.
+    Result open(const DirectoryChain& parents, const Child& child);
 
     // Whether something that is not even to be asked about is mounted at this path.
     bool isRemote(std::string_view path) const;
 
   private:
     int openAt(int parent, const Child& child, bool across);
-    Result openPlain(std::span<const int> parents, const Child& child);
-    Result openMount(std::span<const int> parents, const Child& child);
+    Result openPlain(const DirectoryChain& parents, const Child& child);
+    Result openMount(const DirectoryChain& parents, const Child& child);
     Result follow(int parent, const Child& child) const;
     Result opened(int parent, const Child& child, int descriptor) const;
     bool isExcluded(std::string_view path) const;
@@ -59,7 +61,8 @@ class DirectoryOpener {
     bool crossDevices_;
     bool remote_;
     bool kernelResolves_;
-    bool keepTimes_ = true;  // whether times of access may be left alone
+    std::atomic<bool> keepTimes_ = true;  // whether times of access may be left alone
+    mutable std::mutex readingLinks_;     // for the root counts denials
 };
 
 }  // namespace toolkit::quorvis

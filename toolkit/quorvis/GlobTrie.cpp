@@ -12,7 +12,6 @@ void GlobTrie::prepend(std::vector<Link>& links, std::uint32_t& first, std::uint
 GlobTrie::NodeId GlobTrie::addNode(NodeId parent) {
     const auto id = static_cast<NodeId>(nodes_.size());
     nodes_.emplace_back();
-    marks_.push_back(0);
     if (parent != 0) {
         nodes_[id].scope = nodes_[parent].scope;
         nodes_[id].bound = nodes_[parent].bound;
@@ -132,14 +131,11 @@ std::vector<GlobTrie::NodeId> GlobTrie::start() const {
     return active;
 }
 
-void GlobTrie::reach(NodeId id, std::vector<NodeId>& reached) {
-    if (marks_[id] == set_) return;
-    marks_[id] = set_;
-    reached.push_back(id);
-    if (nodes_[id].depthChild != 0) reach(nodes_[id].depthChild, reached);
+void GlobTrie::reach(NodeId id, NodeSet& reached) const {
+    if (reached.add(id) && nodes_[id].depthChild != 0) reach(nodes_[id].depthChild, reached);
 }
 
-void GlobTrie::reachFiled(std::uint32_t place, std::string_view name, std::vector<NodeId>& reached) {
+void GlobTrie::reachFiled(std::uint32_t place, std::string_view name, NodeSet& reached) const {
     for (std::uint32_t i = byPlace_[place]; i != 0; i = filed_[i].next) {
         const NodeId child = filed_[i].value;
         if (compiled_[nodes_[child].pattern - 1].matches(name)) reach(child, reached);
@@ -147,7 +143,7 @@ void GlobTrie::reachFiled(std::uint32_t place, std::string_view name, std::vecto
 }
 
 void GlobTrie::reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
-                            std::vector<NodeId>& reached) {
+                            NodeSet& reached) const {
     reachFiled(start, name, reached);
     std::uint32_t place = start;
     for (std::size_t i = 0; i < name.size(); ++i) {
@@ -159,8 +155,7 @@ void GlobTrie::reachByBytes(std::uint32_t start, std::string_view name, bool bac
 }
 
 void GlobTrie::advance(std::span<const NodeId> active, std::string_view name, bool below,
-                       std::vector<NodeId>& reached) {
-    newSet();
+                       NodeSet& reached) const {
     reached.clear();
     const std::uint32_t number = names_.find(name);
     for (const NodeId id : active) {

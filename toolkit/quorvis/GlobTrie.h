@@ -22,10 +22,34 @@ struct GlobScope {
 };
 
 // The steps of many patterns, merged where they begin alike. In each directory of a walk some of the nodes are
-// active: those that the directory's path leads to.
+// active: those that the directory's path leads to. Once it is made, several threads may use it.
 class GlobTrie {
   public:
     using NodeId = std::uint32_t;
+
+    // Nodes that a name leads to, each once, in the order in which they were added.
+    class NodeSet {
+      public:
+        explicit NodeSet(const GlobTrie& trie) : rounds_(trie.size()) {}
+
+        void clear() {
+            nodes_.clear();
+            ++round_;
+        }
+        // False for one that is there already.
+        bool add(NodeId id) {
+            if (rounds_[id] == round_) return false;
+            rounds_[id] = round_;
+            nodes_.push_back(id);
+            return true;
+        }
+        std::span<const NodeId> nodes() const { return nodes_; }
+
+      private:
+        std::vector<NodeId> nodes_;
+        std::vector<std::uint32_t> rounds_;  // by node: the latest round in which it was added
+        std::uint32_t round_ = 1;
+    };
     static constexpr std::uint32_t kNoBound = std::numeric_limits<std::uint32_t>::max();
 
     struct Node {
@@ -53,13 +77,11 @@ class GlobTrie {
     // The nodes that are active in the topmost directory.
     std::vector<NodeId> start() const;
 
-    // Puts the nodes that the name leads to into `reached`, each once. Those of a "**" stay active when `below` is set,
-    // as for a directory that is no link.
-    void advance(std::span<const NodeId> active, std::string_view name, bool below,
-                 std::vector<NodeId>& reached);
-    // Adds a node and those that are active with it, each once since the latest newSet().
-    void reach(NodeId id, std::vector<NodeId>& reached);
-    void newSet() { ++set_; }
+    // Makes `reached` the nodes that the name leads to. Those of a "**" stay active when `below` is set, as for a
+    // directory that is no link.
+    void advance(std::span<const NodeId> active, std::string_view name, bool below, NodeSet& reached) const;
+    // Adds a node and those that are active with it.
+    void reach(NodeId id, NodeSet& reached) const;
 
     const Node& node(NodeId id) const { return nodes_[id]; }
     std::size_t size() const { return nodes_.size(); }
@@ -92,14 +114,11 @@ class GlobTrie {
     NodeId depthChild(NodeId parent);
     void file(NodeId parent, NodeId child);
     std::uint32_t byteNode(std::uint32_t& start, std::string_view bytes, bool backwards);
-    void reachFiled(std::uint32_t place, std::string_view name, std::vector<NodeId>& reached);
-    void reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
-                      std::vector<NodeId>& reached);
+    void reachFiled(std::uint32_t place, std::string_view name, NodeSet& reached) const;
+    void reachByBytes(std::uint32_t start, std::string_view name, bool backwards, NodeSet& reached) const;
 
     std::vector<Node> nodes_ = std::vector<Node>(1);  // node 0 is none
     std::vector<Link> endings_ = std::vector<Link>(1);
-    std::vector<std::uint32_t> marks_ = std::vector<std::uint32_t>(1);
-    std::uint32_t set_ = 0;
     std::vector<GlobScope> scopes_;
     std::vector<NodeId> tops_;  // of the scopes
     NameTable names_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -38,9 +39,8 @@ class Machine {
     // Whether the time for the whole evaluation is over.
     bool late() const { return std::chrono::steady_clock::now() >= deadline_; }
 
-    // How many names all walks have seen so far.
-    std::uint64_t entriesSeen() const { return entriesSeen_; }
-    void countEntry() { ++entriesSeen_; }
+    // Counts names that a walk is about to look at; returns how many all walks had counted before. Threads may do so.
+    std::uint64_t countEntries(std::uint64_t more) { return entriesSeen_.fetch_add(more); }
 
     // What a walk found for this request; walked now unless it was found before.
     const GlobHits& hits(const GlobRequest& request);
@@ -57,7 +57,7 @@ class Machine {
     ContentFilters contentFilters_;
     std::chrono::steady_clock::time_point deadline_;
     std::unordered_map<std::string, GlobHits> hits_;
-    std::uint64_t entriesSeen_ = 0;
+    std::atomic<std::uint64_t> entriesSeen_ = 0;
 };
 
 }  // namespace toolkit::quorvis

@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "toolkit/quorvis/CallFilter.h"
+#include "toolkit/quorvis/HelperThread.h"
 
 namespace toolkit::quorvis {
 
@@ -21,6 +22,7 @@ namespace {
 
 // Beyond what is in use already.
 [[maybe_unused]] constexpr std::uint64_t kLeastRoom = std::uint64_t{64} << 20;
+[[maybe_unused]] constexpr std::uint64_t kRoomOfThread = 2 * HelperThread::kStackSize;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -56,11 +58,12 @@ bool limit(__rlimit_resource resource, std::uint64_t most) {
     return std::uint64_t{pages} * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-bool limitMemory([[maybe_unused]] std::uint64_t most) {
+bool limitMemory([[maybe_unused]] const Settings::Evaluation& settings) {
 #ifdef ZAV_SANITIZED
     return true;  // a sanitizer reserves more than any limit
 #else
-    return limit(RLIMIT_AS, std::max(most, memoryInUse() + kLeastRoom));
+    const std::uint64_t least = memoryInUse() + kLeastRoom + settings.jobs * kRoomOfThread;
+    return limit(RLIMIT_AS, std::max(settings.memoryLimit, least));
 #endif
 }
 
@@ -69,7 +72,7 @@ bool limitMemory([[maybe_unused]] std::uint64_t most) {
 bool enterSandbox(const Settings& settings) {
     constexpr std::uint64_t kLargestOutput = std::uint64_t{4} << 30;
     bool whole = ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
-    whole = limitMemory(settings.evaluation.memoryLimit) && whole;
+    whole = limitMemory(settings.evaluation) && whole;
     std::signal(SIGXFSZ, SIG_IGN);  // a write that is too much fails
     whole = limit(RLIMIT_FSIZE, kLargestOutput) && whole;
     whole = limit(RLIMIT_CORE, 0) && whole;

@@ -167,6 +167,8 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setSeconds(s.evaluation.timeLimit, v); }},
     {"Evaluation", "memoryLimit", kSize,
      [](Settings& s, std::string_view v) { return setSize(s.evaluation.memoryLimit, v); }},
+    {"Evaluation", "jobs", "a number from 1 to 64",
+     [](Settings& s, std::string_view v) { return setNumber(s.evaluation.jobs, v, 1, 64); }},
     {"Evaluation", "onInvalid", "fail or skip",
      [](Settings& s, std::string_view v) { return setOnInvalid(s.evaluation.skipInvalid, v); }},
     {"Evaluation", "evidence", kBoolean,

@@ -46,6 +46,7 @@ struct Settings {
     struct Evaluation {
         std::chrono::seconds timeLimit{120};
         std::uint64_t memoryLimit = std::uint64_t{512} << 20;  // bytes
+        std::uint32_t jobs = 2;                                // threads that walk
         bool skipInvalid = false;
         bool evidence = true;
     } evaluation;

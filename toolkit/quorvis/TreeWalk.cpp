@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "toolkit/quorvis/DirectoryWalk.h"
 #include "toolkit/quorvis/GlobPattern.h"
 #include "toolkit/quorvis/GlobTrie.h"
 #include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/SharedWalk.h"
+#include "toolkit/quorvis/WalkCrew.h"
 #include "toolkit/quorvis/WalkFindings.h"
 
 namespace toolkit::quorvis {
@@ -51,13 +52,13 @@ std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> re
                 {EventCode::Unsupported, requests[i].pattern, std::move(problem), {}, {}});
             continue;
         }
-        for (const GlobSteps& steps : stepsOf(requests[i].pattern))
-            trie.add(steps, scopeOf(requests[i], settings), i);
+        for (const GlobSteps& steps : alternatives) trie.add(steps, scopeOf(requests[i], settings), i);
     }
     if (trie.empty()) return hits;
-    WalkFindings findings(trie, hits, settings.fileSystem.maxMatches);
-    DirectoryWalk(machine, trie, findings).run();
-    findings.finish();
+    SharedWalk shared(machine, trie);
+    WalkCrew crew(shared, settings.evaluation.jobs,
+                  WalkFindings(trie, requests.size(), settings.fileSystem.maxMatches));
+    crew.run().finish(shared.ending(), hits);
     return hits;
 }
 

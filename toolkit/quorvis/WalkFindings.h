@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
+#include <map>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "toolkit/quorvis/GlobTrie.h"
@@ -11,15 +11,12 @@
 
 namespace toolkit::quorvis {
 
-// Collects what a walk finds, and what keeps it from finding all.
+// Collects what one thread of a walk finds, and what keeps it from finding all. In which order that comes, and how it
+// is spread over several collections, makes no difference to the hits.
 class WalkFindings {
   public:
-    WalkFindings(const GlobTrie& trie, std::vector<GlobHits>& hits, std::uint64_t maxMatches)
-        : trie_(trie),
-          hits_(hits),
-          maxMatches_(maxMatches),
-          problemsOf_(trie.size()),
-          lastHits_(hits.size()) {}
+    WalkFindings(const GlobTrie& trie, std::size_t requests, std::uint64_t maxMatches)
+        : trie_(trie), maxMatches_(maxMatches), found_(requests), lastHits_(requests) {}
 
     // Begins another name, of which each request is told once.
     void nextName() { ++name_; }
@@ -28,28 +25,26 @@ class WalkFindings {
     void hit(GlobTrie::NodeId node, const std::string& path);
     // What could hold a match for this node and those below it could not be examined.
     void problem(GlobTrie::NodeId node, EventCode code, const std::string& path, std::string text);
-    // The same for all requests, whose walk ends here.
-    void stop(EventCode code, std::string text);
-    bool stopped() const { return stopped_; }
 
-    // Hands all that is collected over to the hits.
-    void finish();
+    // Takes over what another one has collected.
+    void add(WalkFindings&& other);
+    // Hands all that is collected over to the hits, with the event that ended the walk early.
+    void finish(const std::optional<Event>& ending, std::vector<GlobHits>& hits);
 
   private:
-    struct Problem {
-        GlobTrie::NodeId node = 0;
-        Event event;
+    struct Found {
+        std::vector<std::string> paths;  // a heap with the last one on top
+        bool tooMany = false;
     };
-    void keep(GlobHits& hits, const std::string& path);
+    void keep(Found& found, std::string path);
+    void keep(std::vector<Event>& problems, Event event);
 
     const GlobTrie& trie_;
-    std::vector<GlobHits>& hits_;
     std::uint64_t maxMatches_;
-    std::vector<Problem> problems_;
-    std::vector<std::uint8_t> problemsOf_;  // how many are kept of each node
-    std::vector<std::uint64_t> lastHits_;   // by request: the latest name that was a match
+    std::vector<Found> found_;                                 // by request
+    std::map<GlobTrie::NodeId, std::vector<Event>> problems_;  // of each node the first ones by path
+    std::vector<std::uint64_t> lastHits_;                      // by request: the latest name that was a match
     std::uint64_t name_ = 0;
-    bool stopped_ = false;
 };
 
 }  // namespace toolkit::quorvis

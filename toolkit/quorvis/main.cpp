@@ -48,6 +48,8 @@ void keepMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);
     ::mallopt(M_TRIM_THRESHOLD, 256 * kMegabyte);
     ::mallopt(M_TOP_PAD, kMegabyte);
+    // Each further arena would reserve 64 megabytes of the address space, which the settings bound.
+    ::mallopt(M_ARENA_MAX, 1);
 }
 
 // Lets the memory that thousands of signatures take come in large pages: to take it page by page is a tenth of a scan.

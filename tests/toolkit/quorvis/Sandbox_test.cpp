@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
+#include <sched.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -22,6 +23,12 @@
 
 namespace toolkit::quorvis {
 namespace {
+
+[[maybe_unused]] long startProcess(unsigned long flags) {
+    const long started = syscall(SYS_clone, flags, nullptr, nullptr, nullptr, nullptr);
+    if (started == 0) _exit(0);
+    return started;
+}
 
 class Sandbox : public ::testing::Test {
   protected:
@@ -60,6 +67,14 @@ TEST_F(Sandbox, ProgramsTheNetworkAndOtherProcessesAreOutOfReach) {
         expectRefused(connect(0, nullptr, 0), "connect");
 #ifndef ZAV_SANITIZED
         expectRefused(syscall(SYS_ptrace, 0, 0, 0, 0), "ptrace");
+        expectRefused(startProcess(SIGCHLD), "clone");
+        expectRefused(startProcess(CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_NEWNET), "clone");
+        EXPECT_EQ(-1, syscall(SYS_clone3, nullptr, 0));
+        EXPECT_EQ(ENOSYS, errno);
+#ifdef SYS_vfork
+        errno = 0;
+        expectRefused(syscall(SYS_fork), "fork");
+#endif
 #endif
         expectRefused(syscall(SYS_process_vm_readv, parent, nullptr, 0, nullptr, 0, 0), "process_vm_readv");
         expectRefused(kill(parent, 0), "kill");
@@ -83,6 +98,18 @@ TEST_F(Sandbox, FilesAreReadAndWrittenAndThreadsRun) {
         int value = 0;
         std::thread([&value] { value = 1; }).join();
         EXPECT_EQ(1, value);
+    });
+}
+
+TEST_F(Sandbox, AWalkInManyThreadsHasRoom) {
+    for (int i = 0; i < 200; ++i)
+        tree_.write("opt/" + std::to_string(i / 20) + "/" + std::to_string(i) + "/f", "");
+    settings_.evaluation.memoryLimit = 1;
+    settings_.evaluation.jobs = 64;
+    inside([this] {
+        const Root root(tree_.path().string());
+        Machine machine(root, settings_);
+        EXPECT_EQ(200U, machine.hits({"/opt/**/f", 0, ""}).paths.size());
     });
 }
 

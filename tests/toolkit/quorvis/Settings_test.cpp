@@ -54,6 +54,7 @@ TEST(PluginSettings, EachChangesWhatItNames) {
         {{"Swid", "directory", "/t"}, [](auto& s) { return s.swid.directories == Strings{"/t"}; }},
         {{"Evaluation", "timeLimit", "5"}, [](auto& s) { return s.evaluation.timeLimit.count() == 5; }},
         {{"Evaluation", "memoryLimit", "100k"}, [](auto& s) { return s.evaluation.memoryLimit == 102400; }},
+        {{"Evaluation", "jobs", "64"}, [](auto& s) { return s.evaluation.jobs == 64; }},
         {{"Evaluation", "onInvalid", "skip"}, [](auto& s) { return s.evaluation.skipInvalid; }},
         {{"Evaluation", "evidence", "False"}, [](auto& s) { return !s.evaluation.evidence; }},
     };
@@ -103,6 +104,9 @@ TEST(PluginSettings, AWrongOneIsAnEventAndTheDefaultStays) {
         {"Swid", "directory", ""},
         {"Evaluation", "timeLimit", "soon"},
         {"Evaluation", "timeLimit", "0"},
+        {"Evaluation", "jobs", "0"},
+        {"Evaluation", "jobs", "65"},
+        {"Evaluation", "jobs", "many"},
         {"Evaluation", "onInvalid", "ignore"},
         {"Evaluation", "evidence", ""},
     };
@@ -119,5 +123,6 @@ TEST(PluginSettings, AWrongOneIsAnEventAndTheDefaultStays) {
         EXPECT_TRUE(settings.packages.types.empty() && settings.fileSystem.exclude.empty());
         EXPECT_TRUE(settings.fileSystem.root.empty() && settings.packages.database.empty());
         EXPECT_EQ(settings.evaluation.timeLimit.count(), 120);
+        EXPECT_EQ(settings.evaluation.jobs, 2U);
     }
 }
