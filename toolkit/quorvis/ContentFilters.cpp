@@ -1,22 +1,16 @@
 #include "toolkit/quorvis/ContentFilters.h"
 
 #include <re2/re2.h>
-#include <re2/set.h>
 
 #include <algorithm>
 #include <span>
 
 #include "toolkit/quorvis/Regex.h"
+#include "toolkit/quorvis/RegexSet.h"
 
 namespace toolkit::quorvis {
 
 namespace {
-
-// Fewer are faster one by one.
-constexpr std::size_t kFewestRegexes = 4;
-// More at once need too much memory.
-constexpr std::size_t kMostAtOnce = 1000;
-constexpr std::int64_t kMostMemory = std::int64_t{64} << 20;
 
 using Regexes = std::vector<const RE2*>;
 
@@ -24,22 +18,12 @@ using Regexes = std::vector<const RE2*>;
 // have this encoding.
 Regexes matching(std::span<const RE2* const> regexes, RE2::Options::Encoding encoding,
                  std::string_view content) {
-    RE2::Options options;
-    options.set_encoding(encoding);
-    options.set_max_mem(kMostMemory);
-    options.set_log_errors(false);
-    RE2::Set set(options, RE2::UNANCHORED);
-    for (const RE2* const regex : regexes) {
-        if (set.Add(regex->pattern(), nullptr) < 0) return {regexes.begin(), regexes.end()};
-    }
-    std::vector<int> hits;
-    RE2::Set::ErrorInfo error{RE2::Set::kNoError};
-    if (!set.Compile() ||
-        (!set.Match({content.data(), content.size()}, &hits, &error) && error.kind != RE2::Set::kNoError)) {
-        return {regexes.begin(), regexes.end()};
-    }
+    std::vector<std::string_view> patterns;
+    for (const RE2* const regex : regexes) patterns.emplace_back(regex->pattern());
+    const std::optional<std::vector<int>> hits = RegexSet(patterns, encoding).matching(content);
+    if (!hits) return {regexes.begin(), regexes.end()};
     Regexes found;
-    for (const int hit : hits) found.push_back(regexes[static_cast<std::size_t>(hit)]);
+    for (const int hit : *hits) found.push_back(regexes[static_cast<std::size_t>(hit)]);
     return found;
 }
 
@@ -64,7 +48,7 @@ void ContentFilters::search(Filter& filter, std::string_view content) {
     Regexes regexes = std::move(filter.regexes);
     std::ranges::sort(regexes);
     regexes.erase(std::unique(regexes.begin(), regexes.end()), regexes.end());
-    if (regexes.size() < kFewestRegexes) return;
+    if (regexes.size() < RegexSet::kFewest) return;
 
     filter.silent.insert(regexes.begin(), regexes.end());
     for (const auto encoding : {RE2::Options::EncodingLatin1, RE2::Options::EncodingUTF8}) {
@@ -73,7 +57,7 @@ void ContentFilters::search(Filter& filter, std::string_view content) {
             return regex->options().encoding() == encoding;
         });
         for (std::span<const RE2* const> rest = alike; !rest.empty();) {
-            const std::size_t count = std::min(rest.size(), kMostAtOnce);
+            const std::size_t count = std::min(rest.size(), RegexSet::kMost);
             for (const RE2* const hit : matching(rest.first(count), encoding, content))
                 filter.silent.erase(hit);
             rest = rest.subspan(count);

@@ -7,9 +7,7 @@
 namespace toolkit::quorvis {
 
 std::vector<Match> Evaluator::evaluate(const std::vector<Signature>& signatures) {
-    Planner planner(presets_, leaves_, machine_);
-    for (const Signature& signature : signatures) planner.add(signature);
-    planner.announce();
+    Planner(presets_, leaves_, machine_).plan(signatures);
 
     std::vector<Match> matches;
     for (std::size_t i = 0; i < signatures.size(); ++i) {

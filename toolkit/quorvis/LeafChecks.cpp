@@ -184,7 +184,6 @@ Problem problemOfGlob(Attribute attribute, const Template& text, const Settings&
 
 // How many groups an expression has; none, with `problem` told, when it is wrong.
 std::optional<int> groupsOf(const std::string& pattern, std::string_view flags, std::string& problem) {
-    constexpr int kMostGroups = 32;
     const std::optional<int> plain = groupsOfPlainRegex(pattern);
     if (plain && *plain <= kMostGroups) return plain;
     const re2::RE2* const regex = compileRegex(pattern, flags, problem);

@@ -7,6 +7,9 @@
 #include <utility>
 
 #include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/PlainRegex.h"
+#include "toolkit/quorvis/Regex.h"
+#include "toolkit/quorvis/RegexSet.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -119,6 +122,43 @@ std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& m
         if (RE2::PartialMatch({row->name.data(), row->name.size()}, regex)) rows.push_back(&*row);
     }
     return rows;
+}
+
+void PackageIndex::announce(std::string_view regex) {
+    // The others, which are few, may need to be compiled in a way of their own.
+    const std::optional<int> groups = groupsOfPlainRegex(regex);
+    if (groups && *groups <= kMostGroups) announced_.emplace_back(regex);
+}
+
+const std::vector<const Row*>* PackageIndex::announced(std::string_view regex, Machine& machine) {
+    load(machine);
+    if (!announced_.empty()) matchAnnounced();
+    const auto found = matches_.find(std::string(regex));
+    return found == matches_.end() ? nullptr : &found->second;
+}
+
+void PackageIndex::matchAnnounced() {
+    const std::vector<std::string> announced = std::exchange(announced_, {});
+    std::vector<std::string_view> regexes(announced.begin(), announced.end());
+    std::ranges::sort(regexes);
+    regexes.erase(std::unique(regexes.begin(), regexes.end()), regexes.end());
+    if (regexes.size() < RegexSet::kFewest) return;
+    for (std::span<const std::string_view> rest = regexes; !rest.empty();) {
+        const std::size_t count = std::min(rest.size(), RegexSet::kMost);
+        matchTogether(rest.first(count));
+        rest = rest.subspan(count);
+    }
+}
+
+void PackageIndex::matchTogether(std::span<const std::string_view> regexes) {
+    const RegexSet set(regexes, RE2::Options::EncodingLatin1);
+    std::vector<std::vector<const Row*>> matches(regexes.size());
+    for (const Row& row : rows_) {
+        const std::optional<std::vector<int>> hits = set.matching(row.name);
+        if (!hits) return;
+        for (const int hit : *hits) matches[static_cast<std::size_t>(hit)].push_back(&row);
+    }
+    for (std::size_t i = 0; i < regexes.size(); ++i) matches_.emplace(regexes[i], std::move(matches[i]));
 }
 
 void PackageIndex::tellDamage(std::optional<PackageType> type, LeafResult& result) {

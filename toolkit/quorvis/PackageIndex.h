@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "toolkit/machine/Packages.h"
@@ -39,6 +40,11 @@ class PackageIndex {
     std::span<const Row> named(std::string_view name, Machine& machine);
     std::vector<const Row*> matching(const re2::RE2& regex, Machine& machine);
 
+    // Tells beforehand that an expression will be asked for, so that many are matched in one pass of the names.
+    void announce(std::string_view regex);
+    // The packages that an announced expression matches. Null when it is to be matched alone.
+    const std::vector<const Row*>* announced(std::string_view regex, Machine& machine);
+
     // Leaves the result incomplete when packages of this type, or of any, may be missing here. Only the first one who
     // asks is told why. REQUIRES: the packages were asked for.
     void tellDamage(std::optional<PackageType> type, LeafResult& result);
@@ -53,11 +59,15 @@ class PackageIndex {
 
     void load(Machine& machine);
     void loadType(PackageType type, const std::string& database, const Root& root);
+    void matchAnnounced();
+    void matchTogether(std::span<const std::string_view> regexes);
     void noteDamage(PackageType type, const PackageDatabase& database);
 
     bool loaded_ = false;
     PackageTexts texts_;
     std::vector<Row> rows_;
+    std::vector<std::string> announced_;  // not yet matched
+    std::unordered_map<std::string, std::vector<const Row*>> matches_;
     std::vector<Damage> damages_;
     std::optional<std::string> distribution_;
 };

@@ -78,16 +78,27 @@ class PackageLookUp {
         PackageIndex& packages = machine_.packages();
         if (query_.has(Attribute::Name)) {
             for (const Row& row : packages.named(query_.get(Attribute::Name), machine_)) test(row);
-        } else {
-            std::string problem;
-            const RE2* const regex = compileRegex(query_.get(Attribute::NameRegex), {}, problem);
-            if (regex == nullptr) {
-                refuse("wrong expression: ", problem);
-                return;
-            }
-            for (const Row* const row : packages.matching(*regex, machine_)) test(*row);
+        } else if (!searchNames(query_.get(Attribute::NameRegex))) {
+            return;
         }
         packages.tellDamage(type_, result_);
+    }
+
+    // False when it is no expression.
+    bool searchNames(std::string_view pattern) {
+        PackageIndex& packages = machine_.packages();
+        if (const auto* const rows = packages.announced(pattern, machine_)) {
+            for (const Row* const row : *rows) test(*row);
+            return true;
+        }
+        std::string problem;
+        const RE2* const regex = compileRegex(pattern, {}, problem);
+        if (regex == nullptr) {
+            refuse("wrong expression: ", problem);
+            return false;
+        }
+        for (const Row* const row : packages.matching(*regex, machine_)) test(*row);
+        return true;
     }
 
     void test(const Row& row) {

@@ -10,14 +10,27 @@ bool isCheap(LeafKind kind) {
 
 }  // namespace
 
+void Planner::plan(std::span<const Signature> signatures) {
+    for (const Signature& signature : signatures) announceNames(signature);
+    for (const Signature& signature : signatures) add(signature);
+    if (!walks_.empty()) machine_.walkAhead(std::move(walks_));
+}
+
+void Planner::announceNames(const Signature& signature) {
+    const Scope scope(presets_, signature);
+    for (const Leaf& leaf : signature.leaves) {
+        if (leaf.kind != LeafKind::Package) continue;
+        std::string_view missing;
+        const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+        if (query && query->has(Attribute::NameRegex))
+            machine_.packages().announce(query->get(Attribute::NameRegex));
+    }
+}
+
 void Planner::add(const Signature& signature) {
     const Scope scope(presets_, signature);
     if (signature.each && foresee(signature.leaves[*signature.each], scope) == Truth::False) return;
     if (signature.match) foresee(signature, scope, *signature.match);
-}
-
-void Planner::announce() {
-    if (!walks_.empty()) machine_.walkAhead(std::move(walks_));
 }
 
 Truth Planner::foresee(const Signature& signature, const Scope& scope, const Condition& condition) {

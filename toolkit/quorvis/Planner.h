@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "toolkit/quorvis/Leaves.h"
@@ -13,12 +14,12 @@ class Planner {
     Planner(const Presets& presets, Leaves& leaves, Machine& machine)
         : presets_(presets), leaves_(leaves), machine_(machine) {}
 
-    void add(const Signature& signature);
-
-    // Tells the machine what was found out.
-    void announce();
+    // Tells the machine what these signatures will ask.
+    void plan(std::span<const Signature> signatures);
 
   private:
+    void announceNames(const Signature& signature);
+    void add(const Signature& signature);
     // What is known of a condition before the walk.
     Truth foresee(const Signature& signature, const Scope& scope, const Condition& condition);
     Truth foresee(const Leaf& leaf, const Scope& scope);

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kLongestPattern = std::size_t{4} << 10;
 constexpr std::int64_t kMostMemory = std::int64_t{8} << 20;
-constexpr int kMostGroups = 32;
 
 struct Compiled {
     std::unique_ptr<const RE2> regex;  // null when there is a problem

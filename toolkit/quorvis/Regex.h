@@ -9,6 +9,9 @@ class RE2;
 
 namespace toolkit::quorvis {
 
+// The most groups that an expression may have.
+constexpr int kMostGroups = 32;
+
 // Compiles an expression as signatures write them; `flags` are letters of "ims". One that was compiled before
 // is handed out again: it lives as long as the process. Null, with `problem` told in words, when it is wrong,
 // too long, too complex or has too many groups.

@@ -58,6 +58,7 @@ class Evaluation : public testing::Test {
     std::vector<PresetValue> given_;
     std::string explained_;
     EventList events_;
+    std::optional<Machine> machine_;
     std::optional<Evaluator> evaluator_;
 
   private:
@@ -65,7 +66,6 @@ class Evaluation : public testing::Test {
     std::string status_;
     SignatureFile read_;
     std::optional<Root> root_;
-    std::optional<Machine> machine_;
     std::optional<Presets> presets_;
 };
 

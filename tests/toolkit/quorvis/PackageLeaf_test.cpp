@@ -132,6 +132,40 @@ TEST_F(PackageLeaf, AnExpressionMayMatchAnywhereInTheName) {
     EXPECT_EQ(Rows(), found({{A::NameRegex, "^x"}}));
 }
 
+TEST_F(PackageLeaf, AnnouncedExpressionsFindWhatEachFindsAlone) {
+    tree_.write(kStatus, stanza("a", "1") + stanza("g++", "1") + stanza("lib32z1", "1") +
+                             stanza("libz1", "1") + stanza("libz1", "1", "i386") + stanza("libz10", "1"));
+    const std::vector<std::string> regexes = {
+        "",         "z1",     "^libz",     "^libz[0-9]$", "^(lib(32)?)?z1$",
+        "^libz10?", "^z1|32", "^g\\+\\+$", "\\d\\d",      "^x"};
+    std::vector<Rows> alone;
+    for (const std::string& regex : regexes) alone.push_back(found({{A::NameRegex, regex}}));
+    for (const std::string& regex : regexes) machine_->packages().announce(regex);
+    for (std::size_t i = 0; i < regexes.size(); ++i) {
+        EXPECT_EQ(alone[i], found({{A::NameRegex, regexes[i]}})) << regexes[i];
+        EXPECT_NE(nullptr, machine_->packages().announced(regexes[i], *machine_)) << regexes[i];
+    }
+    EXPECT_EQ(nullptr, machine_->packages().announced("^li", *machine_));
+}
+
+TEST_F(PackageLeaf, AFewAnnouncedExpressionsAreMatchedAlone) {
+    tree_.write(kStatus, stanza("a", "1") + stanza("b", "1"));
+    EXPECT_EQ((Rows{"a 1 amd64"}), found({{A::NameRegex, "^a"}}));
+    for (const char* const regex : {"^a", "^b", "^c", "^a"}) machine_->packages().announce(regex);
+    EXPECT_EQ(nullptr, machine_->packages().announced("^a", *machine_));
+    EXPECT_EQ((Rows{"b 1 amd64"}), found({{A::NameRegex, "^b"}}));
+}
+
+TEST_F(PackageLeaf, ThousandsOfExpressionsAreAnnounced) {
+    tree_.write(kStatus, stanza("a7", "1") + stanza("a1500", "1") + stanza("b1500", "1"));
+    EXPECT_EQ((Rows{"a7 1 amd64"}), found({{A::NameRegex, "7"}}));
+    for (int i = 0; i < 2500; ++i) machine_->packages().announce(std::to_string(i) + "$");
+    EXPECT_EQ((Rows{"a7 1 amd64"}), found({{A::NameRegex, "7$"}}));
+    EXPECT_EQ((Rows{"a1500 1 amd64", "b1500 1 amd64"}), found({{A::NameRegex, "1500$"}}));
+    EXPECT_EQ(Rows(), found({{A::NameRegex, "2499$"}}));
+    EXPECT_NE(nullptr, machine_->packages().announced("2499$", *machine_));
+}
+
 TEST_F(PackageLeaf, TypeArchitectureAndSourceSelect) {
     tree_.write(kStatus, stanza("a", "1", "amd64", "Source: s\n") + stanza("a", "1", "i386"));
     tree_.write("lib/apk/db/installed", "P:a\nV:2-r0\nA:x86\n\n");

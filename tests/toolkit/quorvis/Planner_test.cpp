@@ -78,5 +78,26 @@ TEST_F(Planning, ManyExpressionsReadAFileOnce) {
     EXPECT_EQ(times(), 1);
 }
 
+TEST_F(Planning, ManyExpressionsOfPackagesAreMatchedTogether) {
+    for (const char* const name : {"liba1", "liba2", "libb1", "other"}) install(name, "1");
+    given_ = {{"letter", "b", ""}};
+    std::string signatures;
+    for (const char* const regex : {"^liba", "1$", "lib${letter}", "^x", "(?i)^LIBA", "^lib${p.name}"}) {
+        signatures += R"(<Signature guid="g" name="n"><Each><Package id="p" nameRegex=")" +
+                      std::string(regex) + R"("/></Each><Output><Variable name="p" value="${p.name}"/>)" +
+                      "</Output></Signature>";
+    }
+    std::vector<std::string> names;
+    for (const Match& match : evaluate(signatures)) names.push_back(match.variables.at(0).second);
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"liba1", "liba2", "liba1", "libb1", "libb1", "liba1", "liba2"}));
+    const auto together = [this](const char* regex) {
+        return machine_->packages().announced(regex, *machine_) != nullptr;
+    };
+    EXPECT_TRUE(together("^liba") && together("1$") && together("libb") && together("^x"));
+    // These must be compiled in their own way, or are not known in time.
+    EXPECT_FALSE(together("(?i)^LIBA") || together("^lib${p.name}"));
+}
+
 }  // namespace
 }  // namespace toolkit::quorvis

@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <re2/re2.h>
 
+#include <algorithm>
+
+#include "toolkit/quorvis/RegexSet.h"
+
 namespace toolkit::quorvis {
 namespace {
 
@@ -92,6 +96,30 @@ TEST(Regex, AQuotedValueMatchesItself) {
     EXPECT_TRUE(matches("^" + quotedForRegex(all) + "$", "", all));
     EXPECT_FALSE(matches("^" + quotedForRegex(".*") + "$", "", "abc"));
     EXPECT_TRUE(matches("^" + quotedForRegex(".*") + "$", "", ".*"));
+}
+
+TEST(RegexSet, TellsWhichExpressionsMatch) {
+    const std::vector<std::string_view> patterns = {"^a", "b", "", "^b", "c$"};
+    const RegexSet set(patterns, RE2::Options::EncodingLatin1);
+    const auto matching = [&set](std::string_view text) {
+        std::vector<int> indexes = set.matching(text).value();
+        std::ranges::sort(indexes);
+        return indexes;
+    };
+    EXPECT_EQ((std::vector<int>{0, 1, 2, 4}), matching("abc"));
+    EXPECT_EQ((std::vector<int>{2}), matching(""));
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), matching("b\xff"));
+}
+
+TEST(RegexSet, WhatNeedsTooMuchMemoryIsNotFoundOut) {
+    const std::string large = "(?:[ace-gik][bdhj]x){1000}";
+    const std::vector<std::string_view> patterns(RegexSet::kMost, large);
+    EXPECT_FALSE(RegexSet(patterns, RE2::Options::EncodingLatin1).matching("a").has_value());
+}
+
+TEST(RegexSet, GivenAWrongExpressionNothingIsFoundOut) {
+    const std::vector<std::string_view> patterns = {"a", "("};
+    EXPECT_FALSE(RegexSet(patterns, RE2::Options::EncodingLatin1).matching("a").has_value());
 }
 
 }  // namespace
