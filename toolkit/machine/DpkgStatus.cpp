@@ -32,9 +32,8 @@ constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
     for (std::size_t first = 0, end = 0; first < std::size(kFields); first = end) {
         const char letter = kFields[first].name.front();
         while (end < std::size(kFields) && kFields[end].name.front() == letter) ++end;
-        for (const int code : {letter + 0, letter ^ 0x20}) {
-            fields[static_cast<std::size_t>(code)] = Fields(kFields).subspan(first, end - first);
-        }
+        const auto code = static_cast<unsigned char>(letter);
+        fields[code] = fields[code ^ 0x20U] = Fields(kFields).subspan(first, end - first);
     }
     return fields;
 }();

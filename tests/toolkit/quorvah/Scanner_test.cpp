@@ -190,6 +190,22 @@ TEST_F(Scanner, PrettyOutputHoldsTheSame) {
     EXPECT_EQ(plain, pretty.substr(0, plain.size()));
 }
 
+// Alone they are gathered in another way than among groups that need a child process.
+TEST_F(Scanner, PackagesAreTheSameAloneAndAmongOtherGroups) {
+    for (const std::vector<std::string>& options : {std::vector<std::string>(), {"--pretty"}}) {
+        const Finished alone = scan({"Software Packages"}, options);
+        ASSERT_EQ(alone.status, 0) << alone.errors;
+        const std::string text = readAll(out());
+        const std::multiset<std::string> written = groupsWritten();
+        EXPECT_EQ(written.count("SoftwarePackages"), written.size());
+        EXPECT_TRUE(alone.output.starts_with("group SoftwarePackages: " + std::to_string(written.size()) +
+                                             " instance"))
+            << alone.output;
+        ASSERT_EQ(scan({"Software Packages", "Lpar"}, options).status, 0);
+        EXPECT_TRUE(text == readAll(out())) << "a group without instances adds nothing";
+    }
+}
+
 TEST_F(Scanner, WithoutVolatileValuesTwoScansAreTheSame) {
     const std::vector<std::string> groups = {
         "ComponentID",       "Processor",          "Memory",    "Operating System",   "Storage", "Regional",
