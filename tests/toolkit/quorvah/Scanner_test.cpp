@@ -196,10 +196,11 @@ TEST_F(Scanner, PackagesAreTheSameAloneAndAmongOtherGroups) {
         const Finished alone = scan({"Software Packages"}, options);
         ASSERT_EQ(alone.status, 0) << alone.errors;
         const std::string text = readAll(out());
-        const std::multiset<std::string> written = groupsWritten();
-        EXPECT_EQ(written.count("SoftwarePackages"), written.size());
-        EXPECT_TRUE(alone.output.starts_with("group SoftwarePackages: " + std::to_string(written.size()) +
-                                             " instance"))
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = text.find("<SoftwarePackages>", at)) != std::string::npos; ++at)
+            ++count;
+        EXPECT_TRUE(
+            alone.output.starts_with("group SoftwarePackages: " + std::to_string(count) + " instance"))
             << alone.output;
         ASSERT_EQ(scan({"Software Packages", "Lpar"}, options).status, 0);
         EXPECT_TRUE(text == readAll(out())) << "a group without instances adds nothing";
