@@ -91,8 +91,10 @@ class TextBlock {
 
     void add(const Report& report, bool pretty) {
         const InstanceWriter writer(report.group(), pretty);
-        for (const Instance& instance : report.instances()) {
-            writer.write(text, instance);
+        const auto& instances = report.instances();
+        for (std::size_t i = 0; i < instances.size(); ++i) {
+            if (i + kAhead < instances.size()) fetch(instances[i + kAhead]);
+            writer.write(text, instances[i]);
             if (text.size() >= kSize) flush();
         }
     }
@@ -110,6 +112,12 @@ class TextBlock {
 
   private:
     static constexpr std::size_t kSize = std::size_t{64} << 10;
+    static constexpr std::size_t kAhead = 2;  // instances
+
+    // Has the processor fetch values that are needed soon: many stand in a file, far from each other.
+    static void fetch(const Instance& instance) {
+        for (const std::string_view value : instance.values()) __builtin_prefetch(value.data());
+    }
 
     const TextSink& sink_;
 };
