@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -40,11 +41,15 @@ bool isDots(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-// How many names there are besides "." and "..".
-std::uint64_t countNames(std::span<const char> read) {
+// How many names there are besides "." and "..", and whether none come after them: many file systems say so by telling
+// the last of all places where to go on.
+std::uint64_t countNames(std::span<const char> read, bool& last) {
     std::uint64_t count = 0;
-    for (std::size_t at = 0; at < read.size(); at += headAt(read.data() + at).length) {
+    for (std::size_t at = 0; at < read.size();) {
         if (!isDots(read.data() + at + kNameOffset)) ++count;
+        const DirectoryEntry head = headAt(read.data() + at);
+        last = head.offset == std::numeric_limits<std::int64_t>::max();
+        at += head.length;
     }
     return count;
 }
@@ -170,7 +175,8 @@ void DirectoryWalk::readNames(const Active& active, std::uint32_t level) {
 bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, std::uint32_t level,
                               std::uint64_t& count) {
     const std::uint64_t left = shared_.mostNamesOfDirectory() - count;
-    const std::uint64_t wanted = countNames(read);
+    bool last = false;
+    const std::uint64_t wanted = countNames(read, last);
     // One more than may be: it is what tells that there are too many.
     const std::uint64_t claimed = shared_.claimNames(wanted > left ? left + 1 : wanted);
     const std::uint64_t allowed = std::min(claimed, left);
@@ -188,7 +194,7 @@ bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, 
         report(active, EventCode::LimitEntries,
                "More than " + std::to_string(shared_.mostNamesOfDirectory()) + " names in one directory",
                true);
-    return taken == wanted;
+    return taken == wanted && !last;
 }
 
 unsigned char DirectoryWalk::typeOf(const Entry& entry) const {

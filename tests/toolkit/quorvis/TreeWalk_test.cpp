@@ -103,6 +103,13 @@ TEST_P(TreeWalk, PatternsFindWhatTheyStandFor) {
         EXPECT_EQ(cases[i].found, together[i].paths) << cases[i].pattern;
 }
 
+TEST_P(TreeWalk, DirectoriesThatAreReadInSeveralPiecesAreSeenWhole) {
+    const std::string longName(240, 'n');
+    for (int i = 0; i < 1200; ++i) touch("opt/" + longName + std::to_string(i));
+    settings_.fileSystem.maxMatches = 2000;
+    EXPECT_EQ(1200U, find("/opt/n*").size());
+}
+
 TEST_P(TreeWalk, ThousandsOfPatternsDoNotMixUp) {
     std::vector<GlobRequest> requests;
     for (int i = 0; i < 2000; ++i) {

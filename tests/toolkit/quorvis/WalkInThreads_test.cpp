@@ -36,7 +36,7 @@ void operator delete(void* memory, std::size_t) noexcept {
 }
 
 extern "C" {
-// NOLINTBEGIN: the linker makes these names
+// NOLINTBEGIN(bugprone-reserved-identifier)
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*work)(void*),
                           void* argument) {
@@ -44,7 +44,7 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
     ++threadsStarted;
     return __real_pthread_create(thread, attributes, work, argument);
 }
-// NOLINTEND
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace toolkit::quorvis {
