@@ -85,7 +85,7 @@ TEST(XmlText, ABytesPlaceMakesNoDifference) {
         const std::string character(1, static_cast<char>(byte));
         const std::string text = xml(character);
         for (std::size_t before = 0; before < 20; ++before) {
-            for (const std::size_t behind : {0, 1, 7, 8, 9}) {
+            for (const std::size_t behind : {0U, 1U, 7U, 8U, 9U}) {
                 const std::string front(before, 'a');
                 const std::string back(behind, '~');
                 ASSERT_EQ(xml(front + character + back), front + text + back) << byte;
