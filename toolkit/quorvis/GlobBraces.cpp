@@ -93,7 +93,8 @@ class Expansion {
 }  // namespace
 
 std::vector<std::string> withoutBraces(std::string_view pattern, std::string& problem) {
-    if (pattern.find('{') == pattern.npos && pattern.find('}') == pattern.npos) return {std::string(pattern)};
+    if (pattern.find('{') == std::string_view::npos && pattern.find('}') == std::string_view::npos)
+        return {std::string(pattern)};
     Expansion expansion(pattern);
     std::vector<std::string> texts = expansion.all();
     problem = expansion.takeProblem();

@@ -149,9 +149,10 @@ Problem problemOfVersion(const Leaf& leaf, Attribute attribute, std::string_view
 
 // The text with each variable replaced by one that is as good as any.
 std::string sample(const Template& text, std::string_view value) {
+    if (text.constant()) return std::string(text.source());
     std::string result;
     for (const Template::Piece& piece : text.pieces()) result += piece.variable ? value : piece.text;
-    return text.constant() ? std::string(text.source()) : result;
+    return result;
 }
 
 bool startsWithVariable(const Template& text) {

@@ -27,6 +27,13 @@ bool isConstant(const Leaf& leaf) {
 
 }  // namespace
 
+void Leaves::expect(std::span<const Signature> signatures) {
+    std::size_t count = 0;
+    for (const Signature& signature : signatures) count += signature.leaves.size();
+    results_.reserve(count);
+    known_.resize(count);
+}
+
 std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::string_view& missing) {
     if (isConstant(leaf)) return Query(leaf);
     std::vector<std::string> values;
@@ -43,11 +50,8 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
 const LeafResult& Leaves::result(const Query& query) {
     const LeafResult*& result = results_[query];
     if (result == nullptr) result = keep(lookUp(query, machine_));
-    if (isConstant(query.leaf())) {
-        const std::size_t number = query.leaf().number;
-        if (number >= known_.size()) known_.resize(std::max(number + 1, 2 * known_.size()));
-        known_[number] = result;
-    }
+    const std::size_t number = query.leaf().number;
+    if (number < known_.size() && isConstant(query.leaf())) known_[number] = result;
     return *result;
 }
 

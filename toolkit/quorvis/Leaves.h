@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -16,6 +17,9 @@ namespace toolkit::quorvis {
 class Leaves {
   public:
     explicit Leaves(Machine& machine) : machine_(machine) {}
+
+    // These signatures' leaves will be asked for.
+    void expect(std::span<const Signature> signatures);
 
     // The leaf with its variables replaced; none when one has no value, whose name is then in `missing`.
     static std::optional<Query> query(const Leaf& leaf, const Scope& scope, std::string_view& missing);
@@ -36,7 +40,7 @@ class Leaves {
     std::unordered_map<Query, const LeafResult*, Hash> results_;
     std::deque<LeafResult> kept_;
     const LeafResult nothing_;              // what most leaves find
-    std::vector<const LeafResult*> known_;  // by the numbers of leaves without variables
+    std::vector<const LeafResult*> known_;  // by the numbers of expected leaves without variables
 };
 
 // How the number of items that passed decides.

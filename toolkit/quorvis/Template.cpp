@@ -16,7 +16,8 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
         return false;
     }
     name = text.substr(2, end - 2);
-    if (name.empty() || name.find('$') != name.npos || name.find('{') != name.npos) {
+    if (name.empty() || name.find('$') != std::string_view::npos ||
+        name.find('{') != std::string_view::npos) {
         problem = name.empty() ? "\"${}\" names no variable" : "a variable stands within the name of another";
         return false;
     }
