@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "toolkit/quorvis/CommandLine.h"
@@ -56,9 +57,10 @@ void keepMemory() {
 void takeLargePages() {
     constexpr std::size_t kLargePage = 2 * kMegabyte;
     std::size_t size = 16 * kMegabyte;
-    const std::unique_ptr<std::byte[]> block(new std::byte[size]);  // untouched, and taken again from then on
+    // It stays untouched, and is what is taken from then on.
+    const std::unique_ptr<std::byte[]> block(new (std::nothrow) std::byte[size]);
     void* start = block.get();
-    if (std::align(kLargePage, kLargePage, start, size) != nullptr)
+    if (start != nullptr && std::align(kLargePage, kLargePage, start, size) != nullptr)
         ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE);
 }
 
