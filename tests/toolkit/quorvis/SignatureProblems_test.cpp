@@ -100,6 +100,7 @@ TEST(SignatureProblems, RefusesWithThePlaceAndTheReason) {
         {match("<Glob pattern='x/*'/>"), "pattern \"x/*\""},
         {match("<Glob pattern='/x[/y'/>"), "pattern \"/x[/y\""},
         {match("<Glob pattern='/**/x'/>"), "no directory of a fixed name"},
+        {match("<Glob pattern='/{*,a}*/x'/>"), "no directory of a fixed name"},
         {match("<Glob pattern='/x/*' maxDepth='65'/>"), "maxDepth \"65\""},
         {match("<Content path='/x'/>"), "Content lacks the attribute \"regex\""},
         {match("<Content path='/x' regex='a(?=b)'/>"), "regex \"a(?=b)\": "},
