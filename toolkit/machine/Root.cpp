@@ -123,7 +123,8 @@ kest::Descriptor Root::openStrictly(std::string_view path, int flags, std::uint6
 
 std::string Root::pathOf(const kest::Descriptor& file) const {
     std::string path = kernelPathOf(file.number());
-    if (path.empty() || path.front() != '/' || live()) return path.front() == '/' ? path : std::string();
+    if (!path.starts_with('/')) return {};
+    if (live()) return path;
     const std::string tree = kernelPathOf(tree_.number());
     if (tree == "/") return path;
     if (tree.empty() || path.compare(0, tree.size(), tree) != 0) return {};

@@ -27,7 +27,7 @@ std::vector<DirectoryChain::Identity> DirectoryChain::above(std::size_t place) c
     std::vector<Identity> identities = above_;
     for (std::size_t i = 0; i < place; ++i) {
         Identity identity;
-        if (identify(open_[i].number(), identity)) identities.push_back(identity);
+        if (identify(at(i), identity)) identities.push_back(identity);
     }
     return identities;
 }
@@ -36,9 +36,9 @@ bool DirectoryChain::holds(int directory) const {
     Identity wanted;
     if (!identify(directory, wanted)) return false;
     if (std::ranges::find(above_, wanted) != above_.end()) return true;
-    return std::ranges::any_of(open_, [&](const kest::Descriptor& open) {
+    return std::ranges::any_of(open_, [&](const Open& open) {
         Identity identity;
-        return identify(open.number(), identity) && identity == wanted;
+        return identify(open.directory.number(), identity) && identity == wanted;
     });
 }
 

@@ -50,7 +50,10 @@ bool onSameDevice(int left, int right) {
 }
 
 Result remoteSkipped() {
-    return {{}, EventCode::RemoteSkipped, "A file system of another machine or of a program was not entered"};
+    return {{},
+            false,
+            EventCode::RemoteSkipped,
+            "A file system of another machine or of a program was not entered"};
 }
 
 Result failureOf(int error) {
@@ -62,11 +65,14 @@ Result failureOf(int error) {
             return {};  // gone meanwhile, no directory, or a link that leads nowhere
         case EACCES:
         case EPERM:
-            return {{}, EventCode::Permission, "No permission to search this directory"};
+            return {{}, false, EventCode::Permission, "No permission to search this directory"};
         default:
             break;
     }
-    return {{}, EventCode::Io, "The directory cannot be opened: " + std::generic_category().message(error)};
+    return {{},
+            false,
+            EventCode::Io,
+            "The directory cannot be opened: " + std::generic_category().message(error)};
 }
 
 }  // namespace
@@ -98,7 +104,7 @@ bool DirectoryOpener::liesInExcluded(std::string_view path) const {
 
 Result DirectoryOpener::openTop(bool toList) const {
     kest::Descriptor top = root_.openStrictly("/", flagsFor(toList));
-    if (top.isOpen()) return {std::move(top), std::nullopt, {}};
+    if (top.isOpen()) return {std::move(top), false, std::nullopt, {}};
     return failureOf(errno);
 }
 
@@ -116,7 +122,7 @@ int DirectoryOpener::openAt(int parent, const Child& child, bool across) {
 }
 
 Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) const {
-    if (descriptor >= 0) return {kest::Descriptor(descriptor), std::nullopt, {}};
+    if (descriptor >= 0) return {kest::Descriptor(descriptor), false, std::nullopt, {}};
     const int error = errno;
     Result result = failureOf(error);
     if (error != EACCES || !child.toList) return result;
@@ -132,28 +138,42 @@ Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) c
 
 Result DirectoryOpener::openMount(const DirectoryChain& parents, const Child& child) {
     if (!crossDevices_) return {};
-    Result result = opened(parents.last(), child, openAt(parents.last(), child, true));
+    const int parent = parents.last().number();
+    Result result = opened(parent, child, openAt(parent, child, true));
     if (result.directory.isOpen() && parents.holds(result.directory.number()))
-        return {{}, EventCode::Loop, "A directory is mounted inside of itself"};
+        return {{}, false, EventCode::Loop, "A directory is mounted inside of itself"};
     return result;
 }
 
 Result DirectoryOpener::openPlain(const DirectoryChain& parents, const Child& child) {
     if (!kernelResolves_ && mounts_.at(child.path) == MountTable::Kind::Local)
         return openMount(parents, child);
-    const int descriptor = openAt(parents.last(), child, false);
-    if (descriptor >= 0) return opened(parents.last(), child, descriptor);
+    const int parent = parents.last().number();
+    const int descriptor = openAt(parent, child, false);
+    if (descriptor >= 0) return opened(parent, child, descriptor);
     if (errno == EXDEV) return openMount(parents, child);
     const int error = errno;
     const bool maybeLink = error == ELOOP || (!kernelResolves_ && error == ENOTDIR);
-    if (maybeLink && isLink(parents.last(), child.name))
-        return follow(parents.last(), {child.name, child.path, true, child.toList});
+    if (maybeLink && isLink(parent, child.name))
+        return follow(parent, {child.name, child.path, true, child.toList});
     errno = error;
-    return opened(parents.last(), child, -1);
+    return opened(parent, child, -1);
 }
 
-bool DirectoryOpener::isRemote(std::string_view path) const {
-    return !remote_ && mounts_.anyRemote() && mounts_.at(path) == MountTable::Kind::Remote;
+bool DirectoryOpener::isRemote(std::string_view place) const {
+    return !remote_ && mounts_.anyRemote() && mounts_.at(place) == MountTable::Kind::Remote;
+}
+
+bool DirectoryOpener::isRemote(const DirectoryChain& parents, std::string_view path) const {
+    if (!parents.behindLink() || remote_ || !mounts_.anyRemote()) return isRemote(path);
+    return isRemote(placeOf(parents, path));
+}
+
+// Where a child really is that the walk came to, behind a link, on this path.
+std::string DirectoryOpener::placeOf(const DirectoryChain& parents, std::string_view path) const {
+    std::string place = root_.pathOf(parents.last());
+    if (place == "/") place.clear();
+    return place.append(path.substr(path.rfind('/')));
 }
 
 bool DirectoryOpener::leadsToRemote(const std::string& path) const {
@@ -175,16 +195,27 @@ Result DirectoryOpener::follow(int parent, const Child& child) const {
         const std::string place = root_.pathOf(directory);
         if (liesInExcluded(place)) return {};
         if (!crossDevices_ && !onSameDevice(parent, directory.number())) return {};
-        return {std::move(directory), std::nullopt, {}};
+        return {std::move(directory), true, std::nullopt, {}};
     }
     errno = error;
-    return opened(parent, child, -1);
+    Result closed = opened(parent, child, -1);
+    closed.behindLink = true;
+    return closed;
 }
 
 Result DirectoryOpener::open(const DirectoryChain& parents, const Child& child) {
     if (isExcluded(child.path)) return {};
+    if (!parents.behindLink()) return openAllowed(parents, child);
+    const std::string place = placeOf(parents, child.path);
+    if (isExcluded(place)) return {};
+    Result result = openAllowed(parents, {child.name, place, child.link, child.toList});
+    result.behindLink = true;
+    return result;
+}
+
+Result DirectoryOpener::openAllowed(const DirectoryChain& parents, const Child& child) {
     if (isRemote(child.path)) return remoteSkipped();
-    return child.link ? follow(parents.last(), child) : openPlain(parents, child);
+    return child.link ? follow(parents.last().number(), child) : openPlain(parents, child);
 }
 
 }  // namespace toolkit::quorvis

@@ -28,6 +28,7 @@ class DirectoryOpener {
     // What came of it; neither a directory nor a problem when there is nothing to enter.
     struct Result {
         kest::Descriptor directory;
+        bool behindLink = false;  // whether a link was followed on the whole way
         // Why not; with a directory, why its names cannot be listed.
         std::optional<EventCode> problem;
         std::string text;
@@ -42,11 +43,15 @@ class DirectoryOpener {
     // Opens a child of the last of these directories. A link is followed.
     Result open(const DirectoryChain& parents, const Child& child);
 
-    // Whether something that is not even to be asked about is mounted at this path.
-    bool isRemote(std::string_view path) const;
+    // Whether something that is not even to be asked about is mounted at this path, which the walk came to through
+    // these directories.
+    bool isRemote(const DirectoryChain& parents, std::string_view path) const;
 
   private:
     int openAt(int parent, const Child& child, bool across);
+    bool isRemote(std::string_view place) const;
+    std::string placeOf(const DirectoryChain& parents, std::string_view path) const;
+    Result openAllowed(const DirectoryChain& parents, const Child& child);
     Result openPlain(const DirectoryChain& parents, const Child& child);
     Result openMount(const DirectoryChain& parents, const Child& child);
     Result follow(int parent, const Child& child) const;

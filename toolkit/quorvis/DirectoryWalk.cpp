@@ -68,13 +68,13 @@ void DirectoryWalk::begin() {
     const Active active{0, pending_.active.size()};
     DirectoryOpener::Result top = shared_.opener().openTop(toList(active));
     if (top.problem) report(active, *top.problem, top.text, false);
-    if (top.directory.isOpen()) visit(std::move(top.directory), active, 0, true);
+    if (top.directory.isOpen()) visit(std::move(top), active, 0);
 }
 
 void DirectoryWalk::takeOver(WalkShare share) {
     path_ = std::move(share.path);
     chain_.start(std::move(share.above));
-    chain_.push(std::move(share.parent));
+    chain_.push(std::move(share.parent), share.behindLink);
     pending_ = std::move(share.pending);
     levels_.push_back({path_.size(), share.level, 0, pending_.directories.size(), 0, 0, 0});
 }
@@ -124,6 +124,7 @@ WalkShare DirectoryWalk::shareOf(std::size_t level, std::size_t first) {
     WalkShare share;
     share.parent = kest::Descriptor(::fcntl(chain_.at(level), F_DUPFD_CLOEXEC, 0));
     share.above = chain_.above(level);
+    share.behindLink = chain_.behindLinkAt(level);
     share.path = path_.substr(0, from.pathLength);
     share.level = from.number;
     share.pending.names.assign(&pending_.names[name], pending_.names.data() + namesEnd);
@@ -145,15 +146,14 @@ void DirectoryWalk::report(const Active& active, EventCode code, const std::stri
 }
 
 // `level` is that of the directory; what it holds is one level deeper.
-void DirectoryWalk::visit(kest::Descriptor directory, const Active& active, std::uint32_t level,
-                          bool listable) {
+void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level) {
     if (entered_++ % kDirectoriesBetweenLooksAtTheClock == 0) shared_.watchTime();
     if (shared_.stopped()) return;
-    chain_.push(std::move(directory));
+    chain_.push(std::move(opened.directory), opened.behindLink);
     const std::size_t first = pending_.directories.size();
     levels_.push_back(
         {path_.size(), level, first, first, first, pending_.names.size(), pending_.active.size()});
-    if (listable && toList(active))
+    if (!opened.problem && toList(active))
         readNames(active, level + 1);
     else
         stepToLiterals(active, level + 1);
@@ -162,7 +162,7 @@ void DirectoryWalk::visit(kest::Descriptor directory, const Active& active, std:
 
 void DirectoryWalk::readNames(const Active& active, std::uint32_t level) {
     for (std::uint64_t count = 0;;) {
-        const long size = ::syscall(SYS_getdents64, chain_.last(), buffer_.get(), kBufferSize);
+        const long size = ::syscall(SYS_getdents64, chain_.last().number(), buffer_.get(), kBufferSize);
         if (size < 0)
             report(active, EventCode::Io, "Cannot be listed: " + std::generic_category().message(errno),
                    true);
@@ -200,7 +200,7 @@ bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, 
 unsigned char DirectoryWalk::typeOf(const Entry& entry) const {
     struct stat status {};
     if (entry.type != DT_UNKNOWN) return entry.type;
-    if (::fstatat(chain_.last(), entry.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return DT_UNKNOWN;
+    if (::fstatat(chain_.last().number(), entry.name, &status, AT_SYMLINK_NOFOLLOW) != 0) return DT_UNKNOWN;
     return static_cast<unsigned char>(IFTODT(status.st_mode));
 }
 
@@ -220,7 +220,7 @@ void DirectoryWalk::hitReached(std::string_view name) {
         if (!trie_.node(id).ends()) continue;
         if (path.empty()) path.append(path_).append(1, '/').append(name);
         if (shared_.passesOver(id, path)) continue;
-        if (shared_.opener().isRemote(path))
+        if (shared_.opener().isRemote(chain_, path))
             findings_.problem(id, EventCode::RemoteSkipped, path, kRemote);
         else
             findings_.hit(id, path);
@@ -274,14 +274,15 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     for (const NodeId child : children) trie_.reach(child, reached_);
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
-    const bool mayAsk = ending != children.end() && !shared_.opener().isRemote(path_ + '/' + name);
+    const bool mayAsk = ending != children.end() && !shared_.opener().isRemote(chain_, path_ + '/' + name);
     if (ending != children.end() && (!mayAsk || isThere(name.c_str(), *ending))) hitReached(name);
     keepInner({name.c_str(), name.size(), DT_UNKNOWN}, level, false);
 }
 
 bool DirectoryWalk::isThere(const char* name, NodeId node) {
     struct stat status {};
-    if (::fstatat(chain_.last(), name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0) return true;
+    if (::fstatat(chain_.last().number(), name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0)
+        return true;
     if (errno == EACCES || errno == EPERM)
         findings_.problem(node, EventCode::Permission, path_ + '/' + name, "No permission to look at this");
     else if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
@@ -306,7 +307,7 @@ void DirectoryWalk::enter(const Subdirectory& next, std::uint32_t level) {
     DirectoryOpener::Result opened =
         shared_.opener().open(chain_, {path_.c_str() + nameBegin, path_, next.link, toList(active)});
     if (opened.problem) report(active, *opened.problem, opened.text, opened.directory.isOpen());
-    if (opened.directory.isOpen()) visit(std::move(opened.directory), active, level, !opened.problem);
+    if (opened.directory.isOpen()) visit(std::move(opened), active, level);
 }
 
 }  // namespace toolkit::quorvis

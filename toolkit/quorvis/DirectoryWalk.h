@@ -55,7 +55,7 @@ class DirectoryWalk {
     std::span<const NodeId> nodes(const Active& active) const {
         return {pending_.active.data() + active.begin, active.count};
     }
-    void visit(kest::Descriptor directory, const Active& active, std::uint32_t level, bool listable);
+    void visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level);
     void leave();
     void readNames(const Active& active, std::uint32_t level);
     bool takeNames(std::span<const char> read, const Active& active, std::uint32_t level,

@@ -39,6 +39,7 @@ struct PendingDirectories {
 struct WalkShare {
     kest::Descriptor parent;
     std::vector<DirectoryChain::Identity> above;  // of what leads to the parent
+    bool behindLink = false;                      // whether a link does
     std::string path;                             // of the parent
     std::uint32_t level = 0;                      // of the parent
     PendingDirectories pending;

@@ -22,16 +22,16 @@ TEST(DirectoryChain, AChainGoesOnWhereAnotherOneWas) {
     const kest::Descriptor b = openAt(tree.path() / "a/b");
     const kest::Descriptor c = openAt(tree.path() / "a/b/c");
     DirectoryChain first;
-    first.push(openAt(tree.path()));
-    first.push(openAt(tree.path() / "a"));
-    first.push(openAt(tree.path() / "a/b"));
+    first.push(openAt(tree.path()), false);
+    first.push(openAt(tree.path() / "a"), false);
+    first.push(openAt(tree.path() / "a/b"), false);
     EXPECT_TRUE(first.holds(top.number()) && first.holds(a.number()) && first.holds(b.number()));
     EXPECT_FALSE(first.holds(c.number()));
 
     DirectoryChain second;
-    second.push(openAt(tree.path() / "a/b/c"));
+    second.push(openAt(tree.path() / "a/b/c"), false);
     second.start(first.above(1));
-    second.push(openAt(tree.path() / "a"));
+    second.push(openAt(tree.path() / "a"), false);
     EXPECT_TRUE(second.holds(top.number()) && second.holds(a.number()));
     EXPECT_FALSE(second.holds(b.number()) || second.holds(c.number()));
 
