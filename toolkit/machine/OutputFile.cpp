@@ -126,4 +126,11 @@ void writeOutputFile(const std::string& path, const Content& write) {
     sibling.replaceTarget();
 }
 
+void writePrivateFile(const std::string& path, const Content& write) {
+    const SignalsHeld held;
+    SiblingFile sibling(path);
+    sibling.fill(write, 0600);
+    sibling.replaceTarget();
+}
+
 }  // namespace toolkit

@@ -16,4 +16,7 @@ using TextSink = std::function<void(std::string_view piece)>;
 // The same with the content that `write` gives to its sink. What `write` throws is a failure too.
 void writeOutputFile(const std::string& path, const std::function<void(const TextSink& sink)>& write);
 
+// Does so for a file that is nobody else's business: its mode is 0600, and a link or a pipe in its place is replaced.
+void writePrivateFile(const std::string& path, const std::function<void(const TextSink& sink)>& write);
+
 }  // namespace toolkit

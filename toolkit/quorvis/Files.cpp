@@ -16,6 +16,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::uint64_t kHeldAtMost = std::uint64_t{64} << 20;
+constexpr std::string_view kSha256 = "sha256";
 
 using Content = Files::Content;
 
@@ -153,8 +154,8 @@ Files::Opened Files::openToRead(const std::string& path) {
     if (plain.empty()) return {failure(EventCode::Io, path, "Cannot be told where this lies"), {}, {}};
     Opened opened{{}, reopened(handle), {}};
     if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
-    opened.identity = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-                       nanoseconds(status.st_ctim)};
+    opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+                    nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
     return opened;
 }
 
@@ -164,11 +165,11 @@ Content Files::readOpened(const std::string& path, const Opened& opened, std::ui
     return contentOf(result, std::move(bytes), path, limit);
 }
 
-void Files::keep(const Identity& identity, Cached cached) {
+void Files::keep(const FileState& state, Cached cached) {
     const std::uint64_t size = cached.bytes->size();
     if (size > kHeldAtMost / 4) return;
-    const auto [place, added] = contents_.try_emplace(identity);
-    if (added) order_.push_back(identity);
+    const auto [place, added] = contents_.try_emplace(state);
+    if (added) order_.push_back(state);
     held_ += size;
     held_ -= added ? 0 : place->second.bytes->size();
     place->second = std::move(cached);
@@ -183,22 +184,22 @@ void Files::keep(const Identity& identity, Cached cached) {
 Content Files::read(const std::string& path, std::uint64_t limit) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
-    if (opened.identity.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
-    const auto cached = contents_.find(opened.identity);
+    if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
+    const auto cached = contents_.find(opened.state);
     if (cached != contents_.end() && cached->second.whole) {
         if (cached->second.bytes->size() > limit)
             return failure(EventCode::LimitBytes, path, tooLarge(limit));
         return {Access::Ok, cached->second.bytes, std::nullopt};
     }
     Content content = readOpened(path, opened, limit, true);
-    if (content.access == Access::Ok) keep(opened.identity, {content.bytes, true});
+    if (content.access == Access::Ok) keep(opened.state, {content.bytes, true});
     return content;
 }
 
 Content Files::readStart(const std::string& path, std::uint64_t limit) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
-    const auto cached = contents_.find(opened.identity);
+    const auto cached = contents_.find(opened.state);
     if (cached != contents_.end()) {
         const Cached& held = cached->second;
         if (held.bytes->size() == limit || (held.whole && held.bytes->size() < limit))
@@ -209,7 +210,7 @@ Content Files::readStart(const std::string& path, std::uint64_t limit) {
         }
     }
     Content content = readOpened(path, opened, limit, false);
-    if (content.access == Access::Ok) keep(opened.identity, {content.bytes, content.bytes->size() < limit});
+    if (content.access == Access::Ok) keep(opened.state, {content.bytes, content.bytes->size() < limit});
     return content;
 }
 
@@ -223,13 +224,18 @@ Content Files::sha256(const std::string& path) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
     const std::uint64_t limit = settings_.fileSystem.maxHashedSize;
-    if (opened.identity.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
-    const auto known = sums_.find(opened.identity);
+    if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
+    const auto known = sums_.find(opened.state);
     if (known != sums_.end()) return {Access::Ok, known->second, std::nullopt};
+    if (const std::string* const kept = cache_ == nullptr ? nullptr : cache_->find(opened.state, kSha256))
+        return {Access::Ok, std::make_shared<const std::string>(*kept), std::nullopt};
     auto sum = std::make_shared<std::string>();
     const BytesRead result = sha256Of(opened.file, limit, *sum);
     Content content = contentOf(result, std::move(sum), path, limit);
-    if (content.access == Access::Ok) sums_.emplace(opened.identity, content.bytes);
+    if (content.access != Access::Ok) return content;
+    sums_.emplace(opened.state, content.bytes);
+    if (cache_ != nullptr && keepsStates(opened.file))
+        cache_->remember(opened.state, kSha256, *content.bytes);
     return content;
 }
 

@@ -13,6 +13,8 @@
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Root.h"
 #include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/FileState.h"
+#include "toolkit/quorvis/HashCache.h"
 #include "toolkit/quorvis/Settings.h"
 
 namespace toolkit::quorvis {
@@ -76,20 +78,14 @@ class Files {
 
     // The SHA-256 of a regular file in lower-case hexadecimal digits, in `bytes`.
     Content sha256(const std::string& path);
+    // Takes such sums from there, and gives them to it. It must outlive the files.
+    void keepSumsIn(HashCache& cache) { cache_ = &cache; }
 
   private:
-    // Tells one state of one file from all others.
-    struct Identity {
-        std::uint64_t device = 0;
-        std::uint64_t inode = 0;
-        std::uint64_t size = 0;
-        std::int64_t changed = 0;  // nanoseconds since 1970
-        auto operator<=>(const Identity&) const = default;
-    };
     struct Opened {
         Content refusal;        // when the file is not to be read
         kest::Descriptor file;  // else open for reading
-        Identity identity;
+        FileState state;
     };
     struct Cached {
         std::shared_ptr<const std::string> bytes;
@@ -99,14 +95,15 @@ class Files {
     Facts lookWith(const std::string& path, int flags);
     Opened openToRead(const std::string& path);
     Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole);
-    void keep(const Identity& identity, Cached cached);
+    void keep(const FileState& state, Cached cached);
 
     const Root& root_;
     const Settings& settings_;
-    std::map<Identity, Cached> contents_;
-    std::deque<Identity> order_;  // of contents_, the oldest first
-    std::uint64_t held_ = 0;      // bytes in contents_
-    std::map<Identity, std::shared_ptr<const std::string>> sums_;
+    std::map<FileState, Cached> contents_;
+    std::deque<FileState> order_;  // of contents_, the oldest first
+    std::uint64_t held_ = 0;       // bytes in contents_
+    std::map<FileState, std::shared_ptr<const std::string>> sums_;
+    HashCache* cache_ = nullptr;
 };
 
 }  // namespace toolkit::quorvis

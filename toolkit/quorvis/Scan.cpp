@@ -8,6 +8,7 @@
 #include "toolkit/machine/OutputFile.h"
 #include "toolkit/quorvis/Configuration.h"
 #include "toolkit/quorvis/Evaluator.h"
+#include "toolkit/quorvis/HashCache.h"
 #include "toolkit/quorvis/OutputDocument.h"
 #include "toolkit/quorvis/Sandbox.h"
 #include "toolkit/quorvis/SignatureReader.h"
@@ -83,14 +84,17 @@ Outcome scan(const Options& options) {
     events.add(std::move(file.events));
     if (!file.problems.empty()) return refuseSignatures(options, file, events);
 
+    HashCache hashes(settings.evaluation.cache);
     enterSandbox(settings);
     addOwnVariables(*root, configuration.presets);
     const Presets presets(std::move(configuration.presets));
     Machine machine(*root, settings);
+    machine.files().keepSumsIn(hashes);
     Evaluator evaluator(presets, machine, events);
     evaluator.explain(options.explain);
     const std::vector<Match> matches = evaluator.evaluate(file.signatures);
     for (const std::string& line : evaluator.explanation()) say(line);
+    events.add(hashes.save());
     writeFiles(options, matches, events);
     say("signatures: " + std::to_string(file.signatures.size()) +
         ", matches: " + std::to_string(matches.size()));

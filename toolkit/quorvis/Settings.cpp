@@ -173,6 +173,8 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setOnInvalid(s.evaluation.skipInvalid, v); }},
     {"Evaluation", "evidence", kBoolean,
      [](Settings& s, std::string_view v) { return setBoolean(s.evaluation.evidence, v); }},
+    {"Evaluation", "cache", kPath,
+     [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.evaluation.cache, v); }},
 };
 
 // What is wrong with the setting; empty when it was applied.

@@ -49,6 +49,7 @@ struct Settings {
         std::uint32_t jobs = 2;                                // threads that walk
         bool skipInvalid = false;
         bool evidence = true;
+        std::string cache;  // the file for the hashes of files; none when empty
     } evaluation;
 };
 

@@ -57,6 +57,7 @@ TEST(PluginSettings, EachChangesWhatItNames) {
         {{"Evaluation", "jobs", "64"}, [](auto& s) { return s.evaluation.jobs == 64; }},
         {{"Evaluation", "onInvalid", "skip"}, [](auto& s) { return s.evaluation.skipInvalid; }},
         {{"Evaluation", "evidence", "False"}, [](auto& s) { return !s.evaluation.evidence; }},
+        {{"Evaluation", "cache", "/c"}, [](auto& s) { return s.evaluation.cache == "/c"; }},
     };
     for (const auto& [given, holds] : cases) {
         EXPECT_FALSE(holds(Settings())) << given.attribute;
@@ -109,6 +110,8 @@ TEST(PluginSettings, AWrongOneIsAnEventAndTheDefaultStays) {
         {"Evaluation", "jobs", "many"},
         {"Evaluation", "onInvalid", "ignore"},
         {"Evaluation", "evidence", ""},
+        {"Evaluation", "cache", "relative"},
+        {"Evaluation", "cache", ""},
     };
     for (const PluginSetting& given : cases) {
         std::vector<Event> events;
