@@ -21,6 +21,12 @@ std::string_view takeName(std::string_view& pattern) {
     return name;
 }
 
+// Whether every character of it means itself.
+bool isPlain(std::string_view name) {
+    const auto special = [](char c) { return c == '*' || c == '?' || c == '[' || c == '\\'; };
+    return std::ranges::none_of(name, special);
+}
+
 bool hasWildcards(std::string_view name) {
     for (std::size_t i = 0; i < name.size(); ++i) {
         if (name[i] == '\\')
@@ -58,6 +64,7 @@ std::optional<std::string> problemOfSet(std::string_view name, std::size_t start
 std::optional<std::string> problemOfName(std::string_view name) {
     if (name == "**") return std::nullopt;
     if (name == "." || name == "..") return "\".\" and \"..\" match nothing";
+    if (isPlain(name)) return std::nullopt;
     for (std::size_t i = 0; i < name.size(); ++i) {
         if (name[i] == '\\') {
             if (++i == name.size()) return "a backslash stands before nothing";
@@ -79,8 +86,7 @@ std::optional<std::string> problemOfName(std::string_view name) {
 
 GlobStep stepOf(std::string_view name) {
     if (name == "**") return {GlobStep::Kind::AnyDepth, {}};
-    if (name.find_first_of("\\*?[") == std::string_view::npos)
-        return {GlobStep::Kind::Literal, std::string(name)};
+    if (isPlain(name)) return {GlobStep::Kind::Literal, std::string(name)};
     if (hasWildcards(name)) return {GlobStep::Kind::Wildcard, std::string(name)};
     return {GlobStep::Kind::Literal, withoutEscapes(name)};
 }
