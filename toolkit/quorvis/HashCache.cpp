@@ -53,15 +53,19 @@ class LineReader {
     std::size_t room_ = 0;
 };
 
+// Takes a number from the front, with the blank behind it.
 template <class Number>
 bool takeNumber(std::string_view& line, Number& number) {
-    const std::string_view field = takeField(line, ' ');
-    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), number);
-    return error == std::errc() && end == field.data() + field.size();
+    const char* const last = line.data() + line.size();
+    const auto [end, error] = std::from_chars(line.data(), last, number);
+    if (error != std::errc() || end == last || *end != ' ') return false;
+    line.remove_prefix(static_cast<std::size_t>(end - line.data()) + 1);
+    return true;
 }
 
 bool isHash(std::string_view text) {
-    return !text.empty() && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    const auto isDigit = [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); };
+    return !text.empty() && std::ranges::all_of(text, isDigit);
 }
 
 template <class... Fields>
