@@ -92,7 +92,7 @@ Action findInMap(const Arguments& arguments) {
     return [lookups, maps = std::make_shared<std::map<ZAVSwCtx*, ResultMap>>()] {
         return lookups->all([&maps](ZAVSwCtx& context, const wchar_t* guid) {
             std::vector<ZAVSwResult*>& found = (*maps)[&context][guid];
-            if (found.empty()) found.push_back(context.guidIndex.first(guid));
+            if (found.empty()) found.push_back(context.guidResults.first(guid));
             return found.front() != nullptr;
         });
     };

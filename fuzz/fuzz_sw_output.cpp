@@ -16,10 +16,9 @@ void must(bool holds) {
     if (!holds) std::abort();
 }
 
-void checkResult(const ZAVSwCtx& context, const ZAVSwResult& result) {
-    const ZAVSwResult* same = context.guidIndex.first(result.guid);
-    while (same != nullptr && same != &result) same = same->nextOfGuid;
-    must(same == &result);
+void checkResult(ZAVSwCtx& context, const ZAVSwResult& result) {
+    const zav::SWGuidIndex::Entry* const same = context.guidResults.find(result.guid);
+    must(same != nullptr && std::count(same->results, same->results + same->count, &result) == 1);
     for (std::size_t i = 0; i < result.variables.size(); ++i) {
         const zav::SWVariable& variable = result.variables[i];
         must(result.variableNames.get()[i] == variable.name);

@@ -14,27 +14,56 @@ std::size_t hashOf(std::wstring_view guid) {
 }  // namespace
 
 void SWGuidIndex::build(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
-    slots_.assign(results.empty() ? 0 : std::bit_ceil(2 * results.size()), {});
+    entries_.assign(results.empty() ? 0 : std::bit_ceil(2 * results.size()), {});
     // From the last one on, so that each becomes the first of its identifier in turn.
     for (auto next = results.rbegin(); next != results.rend(); ++next) {
         ZAVSwResult* const result = next->get();
         const std::wstring_view guid = result->guid;
         const std::size_t hash = hashOf(guid);
-        Slot& slot = slots_[find(hash, guid)];
-        result->nextOfGuid = slot.first;
-        slot = {hash, result};
+        Entry& entry = entries_[placeOf(hash, guid)];
+        result->nextOfGuid = entry.first;
+        entry.hash = hash;
+        entry.first = result;
+        ++entry.count;
+    }
+    gather(results.size());
+}
+
+void SWGuidIndex::gather(std::size_t count) {
+    results_.assign(count, nullptr);
+    ZAVSwResult** next = results_.data();
+    for (Entry& entry : entries_) {
+        entry.results = next;
+        // Few identifiers have several results, and those of the others need not be touched.
+        if (entry.count == 1) {
+            *next++ = entry.first;
+            continue;
+        }
+        for (ZAVSwResult* result = entry.first; result != nullptr; result = result->nextOfGuid)
+            *next++ = result;
     }
 }
 
-ZAVSwResult* SWGuidIndex::first(const wchar_t* guid) const {
-    if (slots_.empty()) return nullptr;
-    return slots_[find(hashOf(guid), guid)].first;
+void SWGuidIndex::clear() {
+    entries_.clear();
+    results_.clear();
 }
 
-std::size_t SWGuidIndex::find(std::size_t hash, std::wstring_view guid) const {
-    const std::size_t mask = slots_.size() - 1;
+ZAVSwResult* SWGuidIndex::first(const wchar_t* guid) const {
+    if (entries_.empty()) return nullptr;
+    return entries_[placeOf(hashOf(guid), guid)].first;
+}
+
+SWGuidIndex::Entry* SWGuidIndex::find(const wchar_t* guid) {
+    if (entries_.empty()) return nullptr;
+    Entry& entry = entries_[placeOf(hashOf(guid), guid)];
+    return entry.first != nullptr ? &entry : nullptr;
+}
+
+std::size_t SWGuidIndex::placeOf(std::size_t hash, std::wstring_view guid) const {
+    const std::size_t mask = entries_.size() - 1;
     std::size_t at = hash & mask;
-    while (slots_[at].first != nullptr && (slots_[at].hash != hash || slots_[at].first->guid != guid)) {
+    while (entries_[at].first != nullptr && (entries_[at].hash != hash || entries_[at].first->guid != guid)) {
         at = (at + 1) & mask;
     }
     return at;

@@ -149,7 +149,7 @@ int SW_parseOutData(ZAVSwCtx* context, const Node* root) {
     if (context->log != nullptr) context->log->traceMAX("SW_parseOutData", "Parsing output file");
     readSignatures(context, root);
     context->resultsArray = arrayOf(context->results);
-    context->guidIndex.build(context->results);
+    context->guidResults.build(context->results);
     return ZAV_SUCCESS;
 }
 

@@ -30,19 +30,6 @@ int getResults(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
     return ZAV_SUCCESS;
 }
 
-unsigned int countFrom(const ZAVSwResult* first) {
-    unsigned int count = 0;
-    for (; first != nullptr; first = first->nextOfGuid) ++count;
-    return count;
-}
-
-Block<ZAVSwResult*> arrayFrom(ZAVSwResult* first, unsigned int count) {
-    Block<ZAVSwResult*> array = newBlock<ZAVSwResult*>(count);
-    ZAVSwResult** next = array.get();
-    for (; first != nullptr; first = first->nextOfGuid) *next++ = first;
-    return array;
-}
-
 int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, unsigned int* count) {
     constexpr const char* kFunction = "ZAV_sw_find_results_by_guid";
     ZAVlog* const log = context->log.get();
@@ -51,20 +38,13 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
         return ZAV_ERROR_SW_POINTER;
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    auto& [known, found] = *context->guidResults.try_emplace(guid).first;
-    if (found != nullptr) {
-        if (log != nullptr) log->traceMAX(kFunction, "Using cached results");
-        *count = context->guidResultCounts[known];
-    } else {
-        if (log != nullptr) log->traceMAX(kFunction, "generating new results");
-        ZAVSwResult* const first = context->guidIndex.first(guid);
-        if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
-        const unsigned int size = countFrom(first);
-        context->guidResultCounts[known] = size;
-        found = arrayFrom(first, size);
-        *count = size;
-    }
-    *results = found.get();
+    SWGuidIndex::Entry* const found = context->guidResults.find(guid);
+    const bool again = found != nullptr && found->handedOut;
+    if (log != nullptr) log->traceMAX(kFunction, again ? "Using cached results" : "generating new results");
+    if (found == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
+    found->handedOut = true;
+    *count = found->count;
+    *results = found->results;
     return ZAV_SUCCESS;
 }
 
@@ -128,11 +108,9 @@ int getReturnCode(ZAVSwCtx* context, int* returnCode) {
 
 void SW_deleteResults(ZAVSwCtx* context) {
     if (context == nullptr) return;
-    context->guidIndex.clear();
     context->results.clear();
     context->resultsArray.reset();
     context->guidResults.clear();
-    context->guidResultCounts.clear();
     context->returnCode = -1;
     context->warnings.clear();
     context->warningsArray.reset();
@@ -150,7 +128,7 @@ int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
 int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     if (result == nullptr || guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    ZAVSwResult* const first = context->guidIndex.first(guid);
+    ZAVSwResult* const first = context->guidResults.first(guid);
     if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
     *result = first;
     return ZAV_SUCCESS;

@@ -46,10 +46,7 @@ struct ZAVSwCtx {
     // The results; the arrays are what hosts are handed, null when there is nothing to hand out.
     std::vector<std::unique_ptr<ZAVSwResult>> results;
     zav::SWTexts texts;
-    zav::SWGuidIndex guidIndex;
-    // What was looked up by identifier, in document order; no array after a look-up that found none.
-    std::map<std::wstring, zav::Block<ZAVSwResult*>> guidResults;
-    std::map<std::wstring, unsigned int> guidResultCounts;
+    zav::SWGuidIndex guidResults;
     std::vector<std::wstring> warnings;
     zav::Block<const wchar_t*> warningsArray;
     zav::Block<ZAVSwResult*> resultsArray;

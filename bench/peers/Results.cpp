@@ -13,7 +13,7 @@ void finishResults(ZAVSwCtx& context) {
     context.resultsArray = zav::newBlock<ZAVSwResult*>(context.results.size());
     std::transform(context.results.begin(), context.results.end(), context.resultsArray.get(),
                    [](const auto& result) { return result.get(); });
-    context.guidIndex.build(context.results);
+    context.guidResults.build(context.results);
 }
 
 }  // namespace zavbench

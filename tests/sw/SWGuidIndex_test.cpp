@@ -16,12 +16,13 @@ class SWGuidIndexTest : public testing::Test {
         return results_.back().get();
     }
 
-    std::vector<ZAVSwResult*> found(const wchar_t* guid) const {
-        std::vector<ZAVSwResult*> all;
-        for (ZAVSwResult* next = index_.first(guid); next != nullptr; next = next->nextOfGuid) {
-            all.push_back(next);
-        }
-        return all;
+    std::vector<ZAVSwResult*> found(const wchar_t* guid) {
+        const SWGuidIndex::Entry* const entry = index_.find(guid);
+        EXPECT_EQ(entry == nullptr ? nullptr : entry->first, index_.first(guid));
+        if (entry == nullptr) return {};
+        EXPECT_EQ(*entry->results, entry->first);
+        EXPECT_FALSE(entry->handedOut);
+        return {entry->results, entry->results + entry->count};
     }
 
     std::deque<std::wstring> guids_;

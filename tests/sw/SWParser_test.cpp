@@ -268,7 +268,7 @@ TEST_F(SWParserTest, ResultsOfSeveralDocumentsAddUp) {
     EXPECT_EQ(results(), (std::vector<Expected>{{L"1", L"", L"<Metadata>a</Metadata>", {}},
                                                 {L"1", L"", L"<Metadata>b</Metadata>", {}}}));
     EXPECT_EQ(context_.resultsArray.get()[1], context_.results[1].get());
-    EXPECT_EQ(context_.guidIndex.first(L"1"), context_.results[0].get());
+    EXPECT_EQ(context_.guidResults.first(L"1"), context_.results[0].get());
 }
 
 TEST_F(SWParserTest, ALaterWarningsDocumentAddsToTheEarlier) {

@@ -62,8 +62,7 @@ TEST_F(SwInitTest, ANewContextHoldsWhatTheHandleKnowsAndNothingElse) {
     EXPECT_TRUE(context->pluginConfigs.empty());
     EXPECT_TRUE(context->results.empty());
     EXPECT_TRUE(context->warnings.empty());
-    EXPECT_TRUE(context->guidResults.empty());
-    EXPECT_TRUE(context->guidResultCounts.empty());
+    EXPECT_EQ(context->guidResults.first(L""), nullptr);
     EXPECT_EQ(context->resultsArray, nullptr);
     EXPECT_EQ(context->warningsArray, nullptr);
     EXPECT_EQ(ZAV_sw_free(context), 0);
