@@ -119,7 +119,8 @@ TEST_F(HashCacheTest, AFileThatChangedInAnyWayIsReadAnew) {
         change(how);
         const std::string found = sum();
         EXPECT_NE(kOtherSum, found) << what;
-        Files files(Root(), settings_);
+        const Root root;
+        Files files(root, settings_);
         EXPECT_EQ(*files.sha256(file.string()).bytes, found) << what;
         spoil(cache_);
         EXPECT_EQ(kOtherSum, sum()) << what << ": what was found is kept";
