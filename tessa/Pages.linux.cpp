@@ -6,7 +6,6 @@ namespace tessa {
 
 void useLargePages(void* block, std::size_t size) {
     ::madvise(block, size, MADV_HUGEPAGE);
-    ::madvise(block, size, MADV_POPULATE_WRITE);
 }
 
 }  // namespace tessa
