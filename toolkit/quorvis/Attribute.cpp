@@ -24,8 +24,8 @@ static_assert(kNames[static_cast<std::size_t>(Attribute::User)] == "user");
 constexpr auto kStarts = [] {
     std::array<std::uint8_t, 27> starts{};
     for (const std::string_view name : kNames) {
-        for (auto later = static_cast<std::size_t>(name.front() - 'a' + 1); later < starts.size(); ++later)
-            ++starts[later];
+        const auto letter = static_cast<std::size_t>(name.front() - 'a');
+        for (std::size_t later = letter + 1; later < starts.size(); ++later) ++starts[later];
     }
     return starts;
 }();

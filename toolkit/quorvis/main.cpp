@@ -55,8 +55,8 @@ void keepMemory() {
 
 // Lets the memory that thousands of signatures take come in large pages: to take it page by page is a tenth of a scan.
 void takeLargePages() {
-    constexpr std::size_t kLargePage = 2 * kMegabyte;
-    std::size_t size = 16 * kMegabyte;
+    constexpr std::size_t kLargePage = std::size_t{2} << 20;
+    std::size_t size = 8 * kLargePage;
     // It stays untouched, and is what is taken from then on.
     const std::unique_ptr<std::byte[]> block(new (std::nothrow) std::byte[size]);
     void* start = block.get();
