@@ -87,9 +87,9 @@ void addScanners(const std::filesystem::path& scratch, const std::filesystem::pa
     const std::string packages = writeConfig(scratch, "packages.xml", {"Software Packages"});
     measureProgram("quorvah", {quorvah, "-c", all, "-o", output});
     measureProgram("lshw", {"lshw", "-json"});
-    measureProgram("packages", {quorvah, "-c", packages, "-o", memory / "quorvah.xml"});
-    measureProgram("packagesdisk", {quorvah, "-c", packages, "-o", output});
-    measureProgram("dpkg-query", {"dpkg-query", "-W"});
+    measureProgram("packages", {quorvah, "-c", packages, "-o", memory / "quorvah.xml"}, kRuns);
+    measureProgram("packagesdisk", {quorvah, "-c", packages, "-o", output}, kRuns);
+    measureProgram("dpkg-query", {"dpkg-query", "-W"}, kRuns);
 }
 
 }  // namespace

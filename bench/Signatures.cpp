@@ -99,8 +99,8 @@ void addMixed(const path& scratch) {
     scan.command.insert(scan.command.end(), {"--root", tree.root});
     writeMixedSignatures(scan.signatures, kSignatures, kPresent, packageNames(kSignatures));
     std::cerr << "mixed signatures: " << scan.matches() << " match\n";
-    measureProgram("mixed", scan.command);
-    measureProgram("walk", {besideThis("bare_walk"), tree.root});
+    measureProgram("mixed", scan.command, 3);
+    measureProgram("walk", {besideThis("bare_walk"), tree.root}, 3);
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
     zavbench::countHardware(scratch.path(), medians);
     zavbench::countSoftware(scratch.path(), medians);
     if (arguments.empty() || arguments[0] != "--instructions") {
-        arguments.insert(arguments.begin(), {"zav_bench", "--benchmark_repetitions=9",
+        arguments.insert(arguments.begin(), {"zav_bench", "--benchmark_repetitions=15",
                                              "--benchmark_enable_random_interleaving=true"});
         std::vector<char*> flags;
         for (std::string& argument : arguments) flags.push_back(argument.data());
