@@ -1,10 +1,13 @@
 // The built scanner as a process: what it exits with, says and writes.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "tests/toolkit/quorvah/ScannerProcess.h"
 #include "toolkit/quorvah/GroupTable.h"
@@ -162,9 +165,15 @@ TEST_F(Scanner, TellsOfFilesThatItMayNotRead) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
+        // Opened before, for it may stand in a directory that strangers cannot enter.
+        const int program = open(QUORVAH_PROGRAM, O_RDONLY | O_CLOEXEC);
         if (geteuid() == 0 && setuid(65534) != 0) _exit(99);
-        execl(QUORVAH_PROGRAM, "quorvah", "-c", (dir_.path() / "config.xml").c_str(), "-o", out().c_str(),
-              "--root", tree.c_str(), static_cast<char*>(nullptr));
+        std::vector<std::string> words = {"quorvah", "-c", dir_.path() / "config.xml", "-o", out(),
+                                          "--root",  tree};
+        std::vector<char*> arguments;
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        fexecve(program, arguments.data(), environ);
         _exit(98);
     }
     int status = -1;
