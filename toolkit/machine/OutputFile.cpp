@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "kest/Descriptor.h"
+#include "toolkit/machine/WriteAll.h"
 
 namespace toolkit {
 
@@ -22,16 +23,6 @@ namespace {
 }
 
 using Content = std::function<void(const TextSink& sink)>;
-
-bool writeAll(int descriptor, std::string_view piece) {
-    while (!piece.empty()) {
-        const ssize_t count = ::write(descriptor, piece.data(), piece.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        piece.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
 
 void writeContent(int descriptor, const Content& write, const std::string& path) {
     write([&](std::string_view piece) {

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "kest/Descriptor.h"
+#include "toolkit/machine/WriteAll.h"
 #include "toolkit/quorvah/OutputDocument.h"
 
 namespace toolkit::quorvah {
@@ -50,16 +51,6 @@ void gather(Scan& scan, Report& report, const Prepare& prepare) {
     prepare(report);
 }
 
-bool send(int pipe, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(pipe, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
 [[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare, int pipe,
@@ -73,7 +64,7 @@ bool send(int pipe, std::string_view bytes) {
         gather(scan, report, prepare);
         const GroupResult result = render(report, scan.options().pretty);
         const std::optional<std::uint64_t> place = texts.append(result.xml);
-        if (!place || !send(pipe, frameOf(result, *place))) ::_exit(1);
+        if (!place || !writeAll(pipe, frameOf(result, *place))) ::_exit(1);
     }
     ::_exit(0);
 }
