@@ -204,7 +204,7 @@ void HashCache::write(const TextSink& sink) const {
 std::vector<Event> HashCache::save() {
     if (changed_ && !path_.empty()) {
         try {
-            writePrivateFile(path_, [this](const TextSink& sink) { write(sink); });
+            writeOutputFile(path_, [this](const TextSink& sink) { write(sink); });
             changed_ = false;
         } catch (const std::exception& failure) {
             events_.push_back({EventCode::Io,

@@ -1,25 +1,13 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
-#include <csignal>
-#include <filesystem>
 #include <memory>
-#include <stdexcept>
-#include <system_error>
 #include <utility>
 #include <vector>
 
-#include "tests/support/ScratchDir.h"
-#include "toolkit/machine/OutputFile.h"
 #include "toolkit/machine/XmlText.h"
 #include "toolkit/quorvah/OutputDocument.h"
 
 using toolkit::appendXmlText;
-using toolkit::writeOutputFile;
 using toolkit::quorvah::FieldDef;
 using toolkit::quorvah::Group;
 using toolkit::quorvah::GroupResult;
@@ -27,8 +15,6 @@ using toolkit::quorvah::outcomeOf;
 using toolkit::quorvah::render;
 using toolkit::quorvah::Report;
 using toolkit::quorvah::writeDocument;
-using zavtest::readAll;
-namespace fs = std::filesystem;
 using namespace std::string_literals;
 
 namespace {
@@ -167,117 +153,4 @@ TEST(OutputDocument, IsTheSameWhereverItsGroupsAreRendered) {
         EXPECT_TRUE(document == documentOf(early, pretty));
         EXPECT_TRUE(document == documentOf(late, pretty));
     }
-}
-
-TEST(OutputFile, IsWrittenWhole) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.path() / "out.xml";
-    writeOutputFile(file.string(), "new");
-    EXPECT_EQ(readAll(file), "new");
-    const std::string large(1 << 20, 'x');
-    writeOutputFile(file.string(), large);
-    EXPECT_EQ(readAll(file), large);
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1) << "nothing else is left behind";
-}
-
-TEST(OutputFile, HasTheModeOfNewFilesElseThatOfTheOldOne) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.path() / "out.xml";
-    const mode_t before = umask(027);
-    writeOutputFile(file.string(), "new");
-    umask(before);
-    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
-    fs::permissions(file, fs::perms(0604));
-    writeOutputFile(file.string(), [](const toolkit::TextSink& sink) {
-        for (const char* const piece : {"new", "", "er"}) sink(piece);
-    });
-    EXPECT_EQ(readAll(file), "newer");
-    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
-}
-
-TEST(OutputFile, ReplacesWhatASymbolicLinkLeadsTo) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.write("real.xml", "old");
-    fs::create_symlink("real.xml", dir.path() / "link.xml");
-    writeOutputFile((dir.path() / "link.xml").string(), "new");
-    EXPECT_EQ(readAll(file), "new");
-    EXPECT_TRUE(fs::is_symlink(dir.path() / "link.xml"));
-}
-
-TEST(OutputFile, OfAReaderThatHoldsTheOldOneStaysTheOldOne) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.write("out.xml", "old");
-    std::ifstream reader(file);
-    writeOutputFile(file.string(), "new");
-    std::string text;
-    reader >> text;
-    EXPECT_EQ(text, "old");
-    EXPECT_EQ(readAll(file), "new");
-}
-
-TEST(OutputFile, WritesToAPipe) {
-    const zavtest::ScratchDir dir;
-    const fs::path pipe = dir.path() / "pipe";
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        writeOutputFile(pipe.string(), "through");
-        _exit(0);
-    }
-    EXPECT_EQ(readAll(pipe), "through");
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    EXPECT_TRUE(fs::is_fifo(pipe));
-}
-
-TEST(OutputFile, ThatCannotBeWrittenLeavesNothingAndIsNamed) {
-    const zavtest::ScratchDir dir;
-    const fs::path blocked = dir.write("file", "x");
-    for (const fs::path& path : {dir.path() / "missing" / "out.xml", blocked / "out.xml", dir.path()}) {
-        try {
-            writeOutputFile(path.string(), "new");
-            ADD_FAILURE() << path << " was written";
-        } catch (const std::system_error& failure) {
-            EXPECT_NE(std::string(failure.what()).find(path.string()), std::string::npos) << failure.what();
-        }
-    }
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
-}
-
-TEST(OutputFile, WhoseContentCannotBeMadeStaysTheOldOne) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.write("out.xml", "old");
-    const auto write = [](const toolkit::TextSink& sink) {
-        sink("half of it");
-        throw std::runtime_error("no more");
-    };
-    EXPECT_THROW(writeOutputFile(file.string(), write), std::runtime_error);
-    EXPECT_EQ(readAll(file), "old");
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
-}
-
-TEST(OutputFile, OnAFullDiskKeepsTheOldOne) {
-    const zavtest::ScratchDir dir;
-    const fs::path file = dir.write("out.xml", "old");
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        // A limit on the size of files fails a write as a full disk does.
-        const rlimit small{1000, 1000};
-        signal(SIGXFSZ, SIG_IGN);
-        setrlimit(RLIMIT_FSIZE, &small);
-        try {
-            writeOutputFile(file.string(), std::string(100000, 'x'));
-        } catch (const std::system_error&) {
-            _exit(0);
-        }
-        _exit(1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(readAll(file), "old");
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1);
 }
