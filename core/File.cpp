@@ -1,13 +1,37 @@
 #include "core/File.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <new>
 
+#include "kest/StandardStreams.h"
+
 namespace zav {
+
+namespace {
+
+// The same file above 2, where the host closed a lower number just now.
+File movedUp(File file, const char* mode) {
+    if (file == nullptr || ::fileno(file.get()) > STDERR_FILENO) return file;
+    const int higher = ::fcntl(::fileno(file.get()), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    file.reset(higher >= 0 ? ::fdopen(higher, mode) : nullptr);
+    if (file == nullptr && higher >= 0) ::close(higher);
+    return file;
+}
+
+}  // namespace
+
+File openFileOrNull(const char* path, const char* mode) {
+    const kest::StandardStreamsTaken taken;
+    if (taken.error() != 0) return nullptr;
+    return movedUp(File(std::fopen(path, mode)), mode);
+}
 
 File openFile(const char* path, const char* mode) {
     errno = 0;
-    File file(std::fopen(path, mode));
+    File file = openFileOrNull(path, mode);
     if (file == nullptr && errno == ENOMEM) throw std::bad_alloc();
     return file;
 }

@@ -55,8 +55,8 @@ TemporaryDir::TemporaryDir(ZAVlog* log, const wchar_t* basePath) : log_(log) {
     basePath_ = basePath != nullptr ? basePath : getSystemTempPath();
     normalizeDir(basePath_);
     if (log_ != nullptr) log_->traceMAX("TemporaryDir::TemporaryDir()", "BasePath [%S]", basePath_.c_str());
-    randomSource_ = std::fopen("/dev/urandom", "rbe");
-    if (randomSource_ == nullptr) randomSource_ = std::fopen("/dev/random", "rbe");
+    randomSource_ = openFileOrNull("/dev/urandom", "rbe");
+    if (randomSource_ == nullptr) randomSource_ = openFileOrNull("/dev/random", "rbe");
 }
 
 TemporaryDir::TemporaryDir(const wchar_t* basePath) {
@@ -87,7 +87,7 @@ int TemporaryDir::close() noexcept {
         deleted = attempted([this] { deleteDirectory({}); });
         initialized_ = false;
     }
-    if (randomSource_ != nullptr) std::fclose(randomSource_);
+    randomSource_.reset();
     return announced != ZAV_SUCCESS ? announced : deleted;
 }
 
@@ -164,7 +164,8 @@ void TemporaryDir::deleteDirectory(std::wstring /*unused*/) {
 unsigned int TemporaryDir::getRand() {
     unsigned int random = 0;
     static_assert(sizeof random == 4);
-    if (randomSource_ != nullptr && std::fread(&random, sizeof random, 1, randomSource_) == 1) return random;
+    if (randomSource_ != nullptr && std::fread(&random, sizeof random, 1, randomSource_.get()) == 1)
+        return random;
     return static_cast<unsigned int>(std::rand());
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdio>
 #include <list>
 #include <string>
 
+#include "core/File.h"
 #include "core/ZAVlog.h"
 
 namespace zav {
@@ -73,7 +73,7 @@ class TemporaryDir {
     bool closed_ = false;
     const wchar_t* dirPathText_ = nullptr;
     ZAVlog* log_ = nullptr;
-    std::FILE* randomSource_ = nullptr;
+    File randomSource_;
 };
 
 }  // namespace zav

@@ -40,7 +40,7 @@ struct Free {
 // The length of the formatted text, found by formatting it into the null device; negative when that fails. It
 // consumes the arguments.
 int measure(const char* format, va_list arguments) {
-    const File nullDevice(std::fopen("/dev/null", "we"));
+    const File nullDevice = openFileOrNull("/dev/null", "we");
     if (nullDevice == nullptr) return -1;
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller began them
     return std::vfprintf(nullDevice.get(), format, arguments);
