@@ -20,17 +20,23 @@ std::string readOrEmpty(const Root& root, std::string_view path) {
     return root.read(path).value_or(std::string());
 }
 
+// The file of a tree that tells of its addresses.
+std::string readSource(const Root& root, std::string_view path, Report& report) {
+    if (!root.exists(path)) report.notApplicable("not-in-tree");
+    return readOrEmpty(root, path);
+}
+
 }  // namespace
 
 std::vector<Ipv4Address> findIpv4Addresses(const Root& root, Report& report) {
     if (root.live()) return ipv4Addresses(askKernel(report), interfaceName);
-    return ipv4Addresses(readFibTrie(readOrEmpty(root, "/proc/net/fib_trie")),
+    return ipv4Addresses(readFibTrie(readSource(root, "/proc/net/fib_trie", report)),
                          readRoutes(readOrEmpty(root, "/proc/net/route")));
 }
 
 std::vector<Ipv6Address> findIpv6Addresses(const Root& root, Report& report) {
     if (root.live()) return ipv6Addresses(askKernel(report), interfaceName);
-    return ipv6Addresses(readIfInet6(readOrEmpty(root, "/proc/net/if_inet6")),
+    return ipv6Addresses(readIfInet6(readSource(root, "/proc/net/if_inet6", report)),
                          readIpv6DefaultRoutes(readOrEmpty(root, "/proc/net/ipv6_route")));
 }
 

@@ -57,6 +57,9 @@ void setSysinfo(const Scan& scan, Instance& system) {
     system.set("SerialNumber", valueOf(sysinfo, "Sequence Code"));
 }
 
+constexpr const char* kSources[] = {"/sys/class/dmi/id", "/sys/firmware", "/proc/device-tree",
+                                    "/proc/sysinfo", "/etc/machine-id"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     Instance system = report.blank();
@@ -71,6 +74,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kComponentID{"ComponentID", "ComponentID", kFields, gather};
+constexpr Group kComponentID{"ComponentID", "ComponentID", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

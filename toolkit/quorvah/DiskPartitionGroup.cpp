@@ -118,6 +118,8 @@ void setFromUevent(const BlockDevice& device, Instance& partition) {
         partition.set("PartitionUuid", ueventValue(device, "PARTUUID"));
 }
 
+constexpr const char* kSources[] = {"/sys/block", "/sys/class/block"};
+
 void gather(Scan& scan, Report& report) {
     for (const BlockDevice& disk : blockDevices(scan.root())) {
         TableOnDisk table(scan.root(), disk);
@@ -138,6 +140,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", kFields, gather};
+constexpr Group kDiskPartition{"Disk Partition", "DiskPartition", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

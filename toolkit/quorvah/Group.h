@@ -31,6 +31,11 @@ struct Group {
     void (*gather)(Scan& scan, Report& report);
     // Whether it only reads plain files, which neither hang nor take long, and calls Scan::checkTime() now and then.
     bool plainFiles = false;
+    // The files that tell whether there are instances; one of them is enough. Where the scanned tree has none of them, a
+    // group without instances was not looked for. Empty for a group that says so itself.
+    std::span<const char* const> sources = {};
+    // What a machine would have to be to have this group, when this one is not: "windows". Null for all others.
+    const char* elsewhere = nullptr;
 };
 
 }  // namespace toolkit::quorvah

@@ -32,6 +32,13 @@ bool takeText(std::string_view& frame, std::string& text) {
     return true;
 }
 
+bool takeState(std::string_view& frame, GroupState& state) {
+    const std::optional<std::uint64_t> number = takeNumber(frame);
+    if (!number || *number > static_cast<std::uint64_t>(GroupState::Unread)) return false;
+    state = static_cast<GroupState>(*number);
+    return true;
+}
+
 bool takeWarnings(std::string_view& frame, std::vector<std::string>& warnings) {
     const std::optional<std::uint64_t> count = takeNumber(frame);
     if (!count) return false;
@@ -47,6 +54,7 @@ GroupResult outcomeOf(const Report& report) {
     GroupResult result;
     result.group = &report.group();
     result.instances = report.instances().size();
+    result.state = report.state();
     result.reason = report.reason();
     result.warnings = report.warnings();
     result.elapsed = report.elapsed();
@@ -55,6 +63,7 @@ GroupResult outcomeOf(const Report& report) {
 
 std::string frameOf(const GroupResult& result, std::uint64_t xmlAt) {
     std::string frame(sizeof(std::uint64_t), '\0');
+    append(frame, static_cast<std::uint64_t>(result.state));
     append(frame, result.reason);
     append(frame, static_cast<std::uint64_t>(result.elapsed.count()));
     append(frame, result.warnings.size());
@@ -73,7 +82,8 @@ std::size_t frameLength(std::string_view bytes) {
 
 bool readFrame(std::string_view frame, const SharedTexts& texts, GroupResult& result) {
     if (frameLength(frame) != frame.size()) return false;
-    if (!takeNumber(frame) || !takeText(frame, result.reason)) return false;
+    if (!takeNumber(frame) || !takeState(frame, result.state) || !takeText(frame, result.reason))
+        return false;
     const std::optional<std::uint64_t> elapsed = takeNumber(frame);
     if (!elapsed || !takeWarnings(frame, result.warnings)) return false;
     const std::optional<std::uint64_t> instances = takeNumber(frame);

@@ -20,9 +20,10 @@ struct GroupResult {
     std::string_view xml;                  // as they stand in the output file
     std::shared_ptr<const void> memory;    // that the xml stands in
     std::size_t instances = 0;
-    std::string reason;  // why the group is cut short; empty for a complete one
+    std::string reason;  // why the group is not complete; empty for a complete one
     std::vector<std::string> warnings;
     std::chrono::milliseconds elapsed{0};
+    GroupState state = GroupState::Complete;
 };
 
 // The result of a report, without its instances: how many there are and how gathering went.

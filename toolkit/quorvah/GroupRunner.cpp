@@ -12,6 +12,7 @@
 #include <csignal>
 #include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -31,9 +32,30 @@ milliseconds since(Clock::time_point start) {
     return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
 }
 
+void tellWhyNone(Report& report) {
+    const char* const elsewhere = report.group().elsewhere;
+    if (elsewhere != nullptr) {
+        report.notApplicable(elsewhere);
+    } else {
+        report.unsupported();
+    }
+}
+
+// No instances where there is nothing to read them from do not say that there are none.
+void tellOfMissingSources(const Root& root, Report& report) {
+    const std::span<const char* const> sources = report.group().sources;
+    if (!report.instances().empty() || sources.empty()) return;
+    if (std::ranges::any_of(sources, [&root](const char* path) { return root.exists(path); })) return;
+    if (root.live()) {
+        report.unread("no-source");
+    } else {
+        report.notApplicable("not-in-tree");
+    }
+}
+
 void gather(Scan& scan, Report& report, const Prepare& prepare) {
     if (report.group().gather == nullptr) {
-        report.partial("unsupported");
+        tellWhyNone(report);
         return;
     }
     const Clock::time_point start = Clock::now();
@@ -42,11 +64,14 @@ void gather(Scan& scan, Report& report, const Prepare& prepare) {
         report.group().gather(scan, report);
     } catch (const OutOfTime&) {
         report.partial("timeout");
+    } catch (const std::bad_alloc&) {
+        report.partial("memory");
     } catch (const std::exception& failure) {
         report.partial("failed");
         report.warn(std::string(report.group().xmlName) + ": " + failure.what());
     }
     if (scan.root().denials() > denials) report.partial("permission");
+    tellOfMissingSources(scan.root(), report);
     report.setElapsed(since(start));
     prepare(report);
 }
@@ -200,6 +225,7 @@ class Run {
     void finish(const Group& group, const char* failure, GroupResult&& result, Clock::time_point start) {
         if (failure != nullptr) {
             result = {};
+            result.state = GroupState::Unread;
             result.reason = failure;
             result.elapsed = since(start);
         }

@@ -23,9 +23,9 @@ using Prepare = std::function<void(Report& report)>;
 using OnResult = std::function<void(GroupResult&& result)>;
 
 // Gathers the groups in a child process, which is killed when a group takes too long: that group then has no
-// instances and is reported as "timeout", and gathering goes on with the next one. A group whose code dies
-// costs no more than its own instances either ("failed"), nor does one that this scanner cannot gather
-// ("unsupported"). A group that lacked a permission is reported as "permission" with what it has.
+// instances and is unread by reason of "timeout", and gathering goes on with the next one. A group whose code dies
+// costs no more than its own instances either ("failed"). A group that lacked a permission is partial by reason of
+// "permission" with what it has, and unread when it has nothing.
 //
 // Where all groups only read plain files of this very machine, no child is started: then a group that takes too
 // long ends by itself and keeps what it has. Throws std::system_error when no process can be started.

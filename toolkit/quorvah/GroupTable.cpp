@@ -15,9 +15,20 @@ extern const Group kSoftwarePackages;
 namespace {
 
 // The groups that are known by name only.
+constexpr Group elsewhere(const char* displayName, const char* xmlName, const char* where) {
+    return {displayName, xmlName, {}, nullptr, false, {}, where};
+}
+
+// Logical partitions of hardware are a matter of these machines.
+#if defined(__powerpc__) || defined(__s390__)
+constexpr const char* kWithoutPartitions = nullptr;
+#else
+constexpr const char* kWithoutPartitions = "other-processor";
+#endif
+
 constexpr Group kPointingDevice{"Pointing Device", "PointingDevice", {}, nullptr};
 constexpr Group kKeyboard{"Keyboard", "Keyboard", {}, nullptr};
-constexpr Group kIPXAddress{"IPX Address", "IPXAddress", {}, nullptr};
+constexpr Group kIPXAddress = elsewhere("IPX Address", "IPXAddress", "other-system");
 constexpr Group kVideo{"Video", "Video", {}, nullptr};
 constexpr Group kPrinter{"Printer", "Printer", {}, nullptr};
 constexpr Group kSystemEnclosure{"System Enclosure", "SystemEnclosure", {}, nullptr};
@@ -30,20 +41,21 @@ constexpr Group kPartition{"Partition", "Partition", {}, nullptr};
 constexpr Group kModem{"Modem", "Modem", {}, nullptr};
 constexpr Group kMemoryModules{"Memory Modules", "MemoryModules", {}, nullptr};
 constexpr Group kMonitor{"Monitor", "Monitor", {}, nullptr};
-constexpr Group kLpar{"Lpar", "Lpar", {}, nullptr};
+constexpr Group kLpar = elsewhere("Lpar", "Lpar", kWithoutPartitions);
 constexpr Group kServiceInfo{"Service Info", "ServiceInfo", {}, nullptr};
 constexpr Group kUserAccountInfo{"User Account Info", "UserAccountInfo", {}, nullptr};
 constexpr Group kLastLoggedUser{"Last Logged User", "LastLoggedUser", {}, nullptr};
 constexpr Group kScreenSaverInfo{"Screen Saver Info", "ScreenSaverInfo", {}, nullptr};
-constexpr Group kOperatingSystemCSIDL{"Operating System CSIDL", "OperatingSystemCSIDL", {}, nullptr};
-constexpr Group kWinCluster{"WinCluster", "WinCluster", {}, nullptr};
-constexpr Group kWinClusterNode{"WinClusterNode", "WinClusterNode", {}, nullptr};
-constexpr Group kVEQCluster{"VEQCluster", "VEQCluster", {}, nullptr};
-constexpr Group kVEQClusterNode{"VEQClusterNode", "VEQClusterNode", {}, nullptr};
+constexpr Group kOperatingSystemCSIDL =
+    elsewhere("Operating System CSIDL", "OperatingSystemCSIDL", "windows");
+constexpr Group kWinCluster = elsewhere("WinCluster", "WinCluster", "windows");
+constexpr Group kWinClusterNode = elsewhere("WinClusterNode", "WinClusterNode", "windows");
+constexpr Group kVEQCluster = elsewhere("VEQCluster", "VEQCluster", "other-system");
+constexpr Group kVEQClusterNode = elsewhere("VEQClusterNode", "VEQClusterNode", "other-system");
 constexpr Group kHostComponentID{"HostComponentID", "HostComponentID", {}, nullptr};
 constexpr Group kCpuMeter{"CpuMeter", "CpuMeter", {}, nullptr};
 constexpr Group kUnixCpuMeter{"UnixCpuMeter", "UnixCpuMeter", {}, nullptr};
-constexpr Group kWinCpuMeter{"WinCpuMeter", "WinCpuMeter", {}, nullptr};
+constexpr Group kWinCpuMeter = elsewhere("WinCpuMeter", "WinCpuMeter", "windows");
 constexpr Group kVirtualMachine{"VirtualMachine", "VirtualMachine", {}, nullptr};
 
 constexpr const Group* kTable[] = {

@@ -85,13 +85,26 @@ class Inventory {
         report.sort();
     }
 
+    void note(const GroupResult& result) {
+        Summary& summary = scan_.summary;
+        const std::string name = result.group->xmlName;
+        switch (result.state) {
+            case GroupState::Complete:
+                return summary.complete.push_back(name);
+            case GroupState::NotApplicable:
+                return summary.notApplicable.push_back(name + "=" + result.reason);
+            case GroupState::Unsupported:
+                return summary.unsupported.push_back(name);
+            case GroupState::Partial:
+                return summary.partial.push_back(name + "=" + result.reason);
+            case GroupState::Unread:
+                return summary.unread.push_back(name + "=" + result.reason);
+        }
+    }
+
     void add(GroupResult&& result) {
         const char* const name = result.group->xmlName;
-        if (result.reason.empty()) {
-            scan_.summary.complete.emplace_back(name);
-        } else {
-            scan_.summary.partial.push_back(std::string(name) + "=" + result.reason);
-        }
+        note(result);
         for (const std::string& warning : result.warnings) warn(warning);
         std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, result.instances,
                     result.instances == 1 ? "" : "s", static_cast<long long>(result.elapsed.count()),

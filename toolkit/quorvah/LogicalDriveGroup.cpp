@@ -126,6 +126,9 @@ void addUsages(const std::vector<Mount>& drives, Report& report) {
     }
 }
 
+constexpr const char* kSources[] = {"/proc/self/mountinfo", "/proc/1/mountinfo", "/proc/mounts",
+                                    "/proc/1/mounts", "/etc/fstab"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const std::vector<Mount> drives = mountedDrives(readMounts(root));
@@ -136,6 +139,6 @@ void gather(Scan& scan, Report& report) {
 }  // namespace
 
 extern const Group kLogicalDrive;
-constexpr Group kLogicalDrive{"Logical Drive", "LogicalDrive", kFields, gather};
+constexpr Group kLogicalDrive{"Logical Drive", "LogicalDrive", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

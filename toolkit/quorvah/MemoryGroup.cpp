@@ -78,6 +78,8 @@ void setSmbios(const Root& root, Instance& memory) {
     memory.set("ErrorCorrection", told.errorCorrection);
 }
 
+constexpr const char* kSources[] = {"/proc/meminfo"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     Instance memory = report.blank();
@@ -92,6 +94,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kMemory{"Memory", "Memory", kFields, gather};
+constexpr Group kMemory{"Memory", "Memory", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

@@ -145,6 +145,8 @@ void setDriver(const Ethtool& ethtool, Instance& adapter, const std::string& nam
     if (!address.empty()) adapter.set("PermanentAddress", address);
 }
 
+constexpr const char* kSources[] = {"/sys/class/net"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     AdapterNames names(scan);
@@ -166,6 +168,6 @@ void gather(Scan& scan, Report& report) {
 }  // namespace
 
 extern const Group kNetworkAdapter;
-constexpr Group kNetworkAdapter{"Network Adapter", "NetworkAdapter", kFields, gather};
+constexpr Group kNetworkAdapter{"Network Adapter", "NetworkAdapter", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

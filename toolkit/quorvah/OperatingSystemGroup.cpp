@@ -142,6 +142,8 @@ std::vector<std::string> packageManagers(const Root& root) {
     return managers;
 }
 
+constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/proc/version"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     Instance system = report.blank();
@@ -160,6 +162,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", kFields, gather};
+constexpr Group kOperatingSystem{"Operating System", "OperatingSystem", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

@@ -138,6 +138,8 @@ void setPlace(const Root& root, const std::string& path, Instance& device) {
     if (removable == "removable" || removable == "fixed") device.set("Removable", removable == "removable");
 }
 
+constexpr const char* kSources[] = {"/sys/bus"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     NameDatabase names(scan.options(), "pci.ids");
@@ -159,6 +161,6 @@ void gather(Scan& scan, Report& report) {
 }  // namespace
 
 extern const Group kPCIDevice;
-constexpr Group kPCIDevice{"PCI Device", "PCIDevice", kFields, gather};
+constexpr Group kPCIDevice{"PCI Device", "PCIDevice", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

@@ -143,6 +143,8 @@ void setSmbios(const Scan& scan, const SmbiosProcessor& socket, Instance& proces
     processor.set("PartNumber", scan.firmwareText(socket.partNumber));
 }
 
+constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/devices/system/cpu"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
@@ -161,6 +163,7 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kPhysicalProcessor{"PhysicalProcessor", "PhysicalProcessor", kFields, gather};
+constexpr Group kPhysicalProcessor{
+    "PhysicalProcessor", "PhysicalProcessor", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

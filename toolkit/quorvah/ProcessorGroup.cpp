@@ -70,6 +70,8 @@ void setCaches(const LogicalCpu& cpu, Instance& processor) {
     processor.set("L3CacheSize", cacheSize(cpu, 3));
 }
 
+constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/devices/system/cpu"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
@@ -98,6 +100,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kProcessor{"Processor", "Processor", kFields, gather};
+constexpr Group kProcessor{"Processor", "Processor", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

@@ -88,6 +88,8 @@ void setHardwareClock(const Root& root, Instance& regional) {
     if (line == "UTC" || line == "LOCAL") regional.set("HardwareClock", line);
 }
 
+constexpr const char* kSources[] = {"/etc"};
+
 void gather(Scan& scan, Report& report) {
     Instance regional = report.blank();
     setLocale(scan.root(), regional);
@@ -99,6 +101,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kRegional{"Regional", "Regional", kFields, gather};
+constexpr Group kRegional{"Regional", "Regional", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <memory_resource>
@@ -66,6 +67,15 @@ class Instance {
     mutable std::size_t next_ = 0;  // where the search for a field begins
 };
 
+// How gathering a group went. Of two that hold, the later one in this order counts.
+enum class GroupState : std::uint8_t {
+    Complete,       // what is not there does not exist
+    NotApplicable,  // this machine, or this tree of one, cannot have it
+    Unsupported,    // this scanner does not gather it
+    Partial,        // there may be more than was found
+    Unread,         // nothing could be read, so that nothing is known
+};
+
 // What came of gathering one group.
 class Report {
   public:
@@ -87,10 +97,17 @@ class Report {
     // Lets what values refer to live as long as the report.
     void keep(std::shared_ptr<const void> texts) { kept_.push_back(std::move(texts)); }
 
-    // Something that belongs to the group could not be read; `reason` is one word ("permission", "timeout").
-    // The first reason stands.
-    void partial(std::string_view reason) {
-        if (reason_.empty()) reason_ = reason;
+    // Something that belongs to the group could not be read; `reason` is one word ("permission", "timeout",
+    // "dpkg-broken"). A group that turns out to have no instances is unread then. Of equal states the first reason stands.
+    void partial(std::string_view reason) { settle(GroupState::Partial, reason); }
+    // Nothing of the group could be read, whatever its instances say.
+    void unread(std::string_view reason) { settle(GroupState::Unread, reason); }
+    // This machine, or the scanned tree, has not what the group tells of.
+    void notApplicable(std::string_view reason) { settle(GroupState::NotApplicable, reason); }
+    void unsupported() { settle(GroupState::Unsupported, "unsupported"); }
+
+    GroupState state() const {
+        return state_ == GroupState::Partial && instances_.empty() ? GroupState::Unread : state_;
     }
     // Empty for a group that is complete.
     const std::string& reason() const { return reason_; }
@@ -111,12 +128,19 @@ class Report {
     const std::deque<Instance>& instances() const { return instances_; }
 
   private:
+    void settle(GroupState state, std::string_view reason) {
+        if (state <= state_) return;
+        state_ = state;
+        reason_ = reason;
+    }
+
     static constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
 
     const Group* group_;
     std::unique_ptr<std::pmr::monotonic_buffer_resource> memory_;
     std::vector<std::shared_ptr<const void>> kept_;
     std::deque<Instance> instances_;
+    GroupState state_ = GroupState::Complete;
     std::string reason_;
     std::vector<std::string> warnings_;
     std::chrono::milliseconds elapsed_{0};

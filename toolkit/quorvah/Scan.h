@@ -31,6 +31,9 @@ struct Summary {
     std::vector<std::string> requested;
     std::vector<std::string> complete;
     std::vector<std::string> partial;  // "Name=reason"
+    std::vector<std::string> unread;   // the same, and so in the next
+    std::vector<std::string> notApplicable;
+    std::vector<std::string> unsupported;
     std::vector<std::string> warnings;
 };
 

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -113,8 +114,23 @@ class Gatherer {
     std::optional<DpkgDates> dates_;
 };
 
+// A machine whose packages are kept in another way is not one without packages.
+bool hasKnownDatabase(const Root& root) {
+    constexpr const char* kDatabases[] = {"/var/lib/dpkg/status",
+                                          "/var/lib/dpkg/status.d",
+                                          "/usr/lib/sysimage/rpm",
+                                          "/var/lib/rpm",
+                                          "/lib/apk/db/installed",
+                                          "/var/lib/pacman/local",
+                                          "/snap",
+                                          "/var/lib/snapd/snap",
+                                          "/var/lib/flatpak/app"};
+    return std::ranges::any_of(kDatabases, [&root](const char* path) { return root.exists(path); });
+}
+
 void gather(Scan& scan, Report& report) {
     Gatherer(scan, report).gather();
+    if (report.instances().empty() && !hasKnownDatabase(scan.root())) report.notApplicable("no-database");
 }
 
 }  // namespace

@@ -155,6 +155,8 @@ void setNames(const Scan& scan, const BlockDevice& disk, std::string_view udev, 
     drive.set("WorldWideName", worldWideName(disk, udev));
 }
 
+constexpr const char* kSources[] = {"/sys/block", "/sys/class/block"};
+
 void gather(Scan& scan, Report& report) {
     for (const BlockDevice& disk : blockDevices(scan.root())) {
         if (!isDrive(disk)) continue;
@@ -175,6 +177,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kStorage{"Storage", "Storage", kFields, gather};
+constexpr Group kStorage{"Storage", "Storage", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

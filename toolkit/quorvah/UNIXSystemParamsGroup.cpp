@@ -152,6 +152,8 @@ void setLoad(const Root& root, Instance& system) {
     system.set("Uptime", leadingNumber(root.readLine("/proc/uptime")));
 }
 
+constexpr const char* kSources[] = {"/proc/version", "/etc/hostname"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     Instance system = report.blank();
@@ -167,6 +169,6 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kUNIXSystemParams{"UNIX System Params", "UNIXSystemParams", kFields, gather};
+constexpr Group kUNIXSystemParams{"UNIX System Params", "UNIXSystemParams", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

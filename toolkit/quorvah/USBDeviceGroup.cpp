@@ -72,6 +72,8 @@ void setInterfaces(const Root& root, const std::string& name, const std::vector<
     device.set("InterfaceClasses", classes);
 }
 
+constexpr const char* kSources[] = {"/sys/bus"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const std::vector<std::string> names = root.list(kDevices);
@@ -91,6 +93,6 @@ void gather(Scan& scan, Report& report) {
 }  // namespace
 
 extern const Group kUSBDevice;
-constexpr Group kUSBDevice{"USB Device", "USBDevice", kFields, gather};
+constexpr Group kUSBDevice{"USB Device", "USBDevice", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

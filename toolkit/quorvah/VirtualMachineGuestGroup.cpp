@@ -62,6 +62,9 @@ std::string cloudPlatform(const Root& root) {
     return {};
 }
 
+constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/class/dmi/id", "/sys/hypervisor",
+                                    "/proc/device-tree"};
+
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const std::string container = containerType(root);
@@ -80,6 +83,7 @@ void gather(Scan& scan, Report& report) {
 
 }  // namespace
 
-constexpr Group kVirtualMachineGuest{"VirtualMachineGuest", "VirtualMachineGuest", kFields, gather};
+constexpr Group kVirtualMachineGuest{
+    "VirtualMachineGuest", "VirtualMachineGuest", kFields, gather, false, kSources};
 
 }  // namespace toolkit::quorvah

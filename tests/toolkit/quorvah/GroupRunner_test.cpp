@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <new>
 #include <stdexcept>
 
 #include "tests/support/ScratchDir.h"
@@ -18,6 +19,7 @@ using toolkit::quorvah::frameOf;
 using toolkit::quorvah::gatherGroups;
 using toolkit::quorvah::Group;
 using toolkit::quorvah::GroupResult;
+using toolkit::quorvah::GroupState;
 using toolkit::quorvah::Limits;
 using toolkit::quorvah::Options;
 using toolkit::quorvah::readFrame;
@@ -74,6 +76,17 @@ void endless(Scan& scan, Report& report) {
     for (;;) scan.checkTime();
 }
 
+void damaged(Scan& /*scan*/, Report& report) {
+    report.partial("broken");
+    report.partial("other");
+}
+void exhaust(Scan& /*scan*/, Report& /*report*/) {
+    throw std::bad_alloc();
+}
+void findNothing(Scan& /*scan*/, Report& /*report*/) {}
+
+constexpr const char* kSource[] = {"/no/such/source"};
+
 constexpr const char* kQuickXml =
     "<Quick><DeviceID>one</DeviceID><Value>1</Value></Quick><Quick><DeviceID>two</DeviceID><Value/></Quick>";
 
@@ -89,6 +102,10 @@ constexpr Group kTalk{"Talk", "Talk", kFields, talk};
 constexpr Group kPlain{"Plain", "Plain", kFields, plain, true};
 constexpr Group kEndless{"Endless", "Endless", kFields, endless, true};
 constexpr Group kNotBuilt{"Not Built", "NotBuilt", {}, nullptr};
+constexpr Group kElsewhere{"Elsewhere", "Elsewhere", {}, nullptr, false, {}, "windows"};
+constexpr Group kDamaged{"Damaged", "Damaged", kFields, damaged};
+constexpr Group kGreedy{"Greedy", "Greedy", kFields, exhaust};
+constexpr Group kSourced{"Sourced", "Sourced", kFields, findNothing, false, kSource};
 
 std::vector<GroupResult> run(const std::vector<const Group*>& groups, const Limits& limits = Limits(),
                              const Options& options = Options()) {
@@ -162,8 +179,45 @@ TEST(GroupRunner, AnExceptionKeepsWhatWasFoundAndSaysWhy) {
 
 TEST(GroupRunner, AGroupThatIsNotBuiltIsUnsupported) {
     const std::vector<GroupResult> results = run({&kNotBuilt});
+    EXPECT_EQ(results[0].state, GroupState::Unsupported);
     EXPECT_EQ(results[0].reason, "unsupported");
     EXPECT_EQ(results[0].instances, 0U);
+}
+
+TEST(GroupRunner, AGroupOfAnotherSystemIsNotApplicable) {
+    const std::vector<GroupResult> results = run({&kElsewhere});
+    EXPECT_EQ(results[0].state, GroupState::NotApplicable);
+    EXPECT_EQ(results[0].reason, "windows");
+}
+
+TEST(GroupRunner, AReasonWithInstancesIsPartialAndWithoutThemUnread) {
+    const std::vector<GroupResult> results =
+        run({&kQuick, &kFail, &kDamaged, &kHang}, {milliseconds(300), milliseconds(60000)});
+    EXPECT_EQ(results[0].state, GroupState::Complete);
+    EXPECT_EQ(results[1].state, GroupState::Partial);
+    EXPECT_EQ(results[2].state, GroupState::Unread);
+    EXPECT_EQ(results[2].reason, "broken") << "the first reason stands";
+    EXPECT_EQ(results[3].state, GroupState::Unread);
+    EXPECT_EQ(results[3].reason, "timeout");
+}
+
+TEST(GroupRunner, AGroupThatRunsOutOfMemoryIsUnread) {
+    const std::vector<GroupResult> results = run({&kGreedy, &kQuick});
+    EXPECT_EQ(results[0].state, GroupState::Unread);
+    EXPECT_EQ(results[0].reason, "memory");
+    EXPECT_EQ(results[1].state, GroupState::Complete);
+}
+
+TEST(GroupRunner, NoInstanceWithoutTheSourceIsNotNothing) {
+    const zavtest::ScratchDir tree;
+    Options options;
+    options.root = tree.path().string();
+    EXPECT_EQ(run({&kSourced}, Limits(), options)[0].state, GroupState::NotApplicable);
+    EXPECT_EQ(run({&kSourced}, Limits(), options)[0].reason, "not-in-tree");
+    EXPECT_EQ(run({&kSourced})[0].state, GroupState::Unread) << "this machine should have it";
+    EXPECT_EQ(run({&kSourced})[0].reason, "no-source");
+    tree.write("no/such/source/x", "");
+    EXPECT_EQ(run({&kSourced}, Limits(), options)[0].state, GroupState::Complete);
 }
 
 TEST(GroupRunner, AGroupThatMayNotReadIsPartialAndTheNextOneIsNot) {
@@ -249,7 +303,8 @@ TEST(GroupRunner, EveryChildEnds) {
 }
 
 TEST(GroupResult, TravelsWholeInAFrame) {
-    const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234)};
+    const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234),
+                           GroupState::Partial};
     SharedTexts texts;
     ASSERT_TRUE(texts.append("something before it"));
     const auto place = texts.append(sent.xml);
@@ -263,6 +318,7 @@ TEST(GroupResult, TravelsWholeInAFrame) {
     EXPECT_EQ(received.group, &kQuick);
     EXPECT_EQ(received.xml, sent.xml);
     EXPECT_EQ(received.instances, 1U);
+    EXPECT_EQ(received.state, GroupState::Partial);
     EXPECT_EQ(received.reason, "permission");
     EXPECT_EQ(received.warnings, sent.warnings);
     EXPECT_EQ(received.elapsed, milliseconds(1234));

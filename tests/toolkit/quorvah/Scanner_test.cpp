@@ -132,13 +132,14 @@ TEST_F(Scanner, WritesScanInfoLastAndHonestly) {
     EXPECT_EQ(info["GroupsRequested"], "Memory;ScanInfo");
     EXPECT_EQ(info["GroupsComplete"], "Memory;ScanInfo");
     EXPECT_EQ(info["GroupsPartial"], "");
-    EXPECT_EQ(info["Complete"], "true");
+    EXPECT_EQ(info["GroupsUnread"], "");
+    EXPECT_EQ(info["Complete"], "true") << "other groups than the requested ones do not count";
     EXPECT_EQ(info["Warnings"], "");
     EXPECT_FALSE(info["StartTime"].empty() || info["EndTime"].empty() || info["ElapsedTime"].empty());
     EXPECT_LE(info["StartTime"], info["EndTime"]);
 }
 
-TEST_F(Scanner, CountsEveryRequestedGroupAsCompleteOrPartial) {
+TEST_F(Scanner, TellsOfEveryRequestedGroupHowItWent) {
     ASSERT_EQ(scan(allDisplayNames()).status, 0);
     const Element info = elements().back();
     ASSERT_EQ(info.group, "ScanInfo");
@@ -146,13 +147,52 @@ TEST_F(Scanner, CountsEveryRequestedGroupAsCompleteOrPartial) {
         return info[field].empty() ? 0 : std::ranges::count(info[field], ';') + 1;
     };
     EXPECT_EQ(count("GroupsRequested"), 48);
-    EXPECT_EQ(count("GroupsComplete") + count("GroupsPartial"), 48);
-    EXPECT_EQ(info["Complete"], count("GroupsPartial") == 0 ? "true" : "false");
+    EXPECT_EQ(count("GroupsComplete") + count("GroupsPartial") + count("GroupsUnread") +
+                  count("GroupsNotApplicable") + count("GroupsUnsupported"),
+              48);
     for (const Group* const group : allGroups()) {
-        const std::string entry = ";" + std::string(group->xmlName) + "=unsupported";
-        EXPECT_EQ((";" + info["GroupsPartial"]).find(entry) != std::string::npos, group->gather == nullptr)
-            << entry;
+        const std::string name = group->xmlName;
+        const bool unsupported =
+            (";" + info["GroupsUnsupported"] + ";").find(";" + name + ";") != std::string::npos;
+        EXPECT_EQ(unsupported, group->gather == nullptr && group->elsewhere == nullptr) << name;
     }
+    EXPECT_EQ((";" + info["GroupsNotApplicable"]).find(";WinCluster=windows") != std::string::npos, true);
+    EXPECT_EQ(info["Complete"], "false") << "there are printers on this system, and nobody looked";
+}
+
+TEST_F(Scanner, IsCompleteWithoutGroupsThatThisSystemCannotHave) {
+    ASSERT_EQ(scan({"Memory", "WinCluster", "ScanInfo"}, {"--root", kServer}).status, 0);
+    EXPECT_EQ(elements().back()["Complete"], "true");
+    ASSERT_EQ(scan({"Memory", "Printer", "ScanInfo"}, {"--root", kServer}).status, 0);
+    EXPECT_EQ(elements().back()["Complete"], "false");
+}
+
+TEST_F(Scanner, SaysWhichGroupsATreeDoesNotTellOf) {
+    const fs::path tree = dir_.write("image/etc/os-release", "ID=x\nNAME=X\n").parent_path().parent_path();
+    ASSERT_EQ(scan({"OperatingSystem", "PCIDevice", "Processor", "IPAddress", "SoftwarePackages", "ScanInfo"},
+                   {"--root", tree})
+                  .status,
+              0);
+    const Element info = elements().back();
+    EXPECT_EQ(info["GroupsComplete"], "OperatingSystem;ScanInfo");
+    for (const char* entry : {"PCIDevice=not-in-tree", "Processor=not-in-tree", "IPAddress=not-in-tree",
+                              "SoftwarePackages=no-database"})
+        EXPECT_NE((";" + info["GroupsNotApplicable"] + ";").find(";" + std::string(entry) + ";"),
+                  std::string::npos)
+            << entry << " in " << info["GroupsNotApplicable"];
+    EXPECT_EQ(info["GroupsUnread"], "");
+}
+
+TEST_F(Scanner, TellsADamagedPackageDatabaseFromNone) {
+    const fs::path tree = dir_.write("image/usr/lib/sysimage/rpm/rpmdb.sqlite", "no database at all")
+                              .parent_path()
+                              .parent_path()
+                              .parent_path()
+                              .parent_path()
+                              .parent_path();
+    ASSERT_EQ(scan({"SoftwarePackages", "ScanInfo"}, {"--root", tree}).status, 0);
+    EXPECT_EQ(elements().back()["GroupsUnread"], "SoftwarePackages=rpm-broken");
+    EXPECT_EQ(elements().back()["Complete"], "false");
 }
 
 TEST_F(Scanner, TellsOfFilesThatItMayNotRead) {

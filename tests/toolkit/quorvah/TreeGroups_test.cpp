@@ -178,7 +178,7 @@ TEST(EmptyTree, GivesNoInstances) {
                                     "IPAddress", "IPv6Address", "LogicalDrive"}) {
         const Report report = gatheredBelow(group, tree.path());
         EXPECT_TRUE(report.instances().empty()) << group;
-        EXPECT_EQ("", report.reason()) << group;
+        EXPECT_LE(report.state(), GroupState::NotApplicable) << group << " " << report.reason();
     }
 }
 
