@@ -12,10 +12,8 @@ TEST(ErrorText, IsTheNameAndWhatItMeans) {
         int error;
         const char* text;
     } cases[] = {
-        {EACCES, "EACCES (permission denied)"},
-        {ENOENT, "ENOENT (no such file or directory)"},
-        {ENOEXEC, "ENOEXEC (exec format error)"},
-        {EIO, "EIO (input/output error)"},
+        {EACCES, "EACCES (permission denied)"},    {ENOENT, "ENOENT (no such file or directory)"},
+        {ENOEXEC, "ENOEXEC (exec format error)"},  {EIO, "EIO (input/output error)"},
         {EDOTDOT, "EDOTDOT (RFS specific error)"},
     };
     for (const auto& each : cases) EXPECT_EQ(errorText(each.error), each.text);
