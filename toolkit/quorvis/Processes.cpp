@@ -14,6 +14,7 @@
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Lines.h"
 #include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/SecretArguments.h"
 
 namespace toolkit::quorvis {
 
@@ -64,13 +65,6 @@ void readExe(int directory, Process& process) {
     if (process.exe.ends_with(kDeleted)) process.exe.resize(process.exe.size() - kDeleted.size());
 }
 
-// The arguments end in a NUL each.
-std::string joined(std::string arguments) {
-    while (arguments.ends_with('\0')) arguments.pop_back();
-    std::ranges::replace(arguments, '\0', ' ');
-    return arguments;
-}
-
 // None when the process has ended.
 std::optional<Process> readProcess(const Root& root, int pid, const std::string& path) {
     const kest::Descriptor directory = root.open(path, O_DIRECTORY);
@@ -82,7 +76,7 @@ std::optional<Process> readProcess(const Root& root, int pid, const std::string&
     process.comm = trimmed(readStart(directory.number(), "comm", 64));
     if (process.comm.empty()) return std::nullopt;
     readExe(directory.number(), process);
-    process.args = joined(readStart(directory.number(), "cmdline", kLongestArguments));
+    process.args = argumentsWithoutSecrets(readStart(directory.number(), "cmdline", kLongestArguments));
     // Neither a thread of the kernel nor a process that has ended has arguments, or a program.
     if (process.args.empty()) process.exeDenied = false;
     return process;

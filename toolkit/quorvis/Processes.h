@@ -18,7 +18,7 @@ struct Process {
     // when the kernel does not tell.
     std::string exe;
     bool exeDenied = false;
-    std::string args;  // joined by blanks; the start of very long ones
+    std::string args;  // joined by blanks, without secrets; the start of very long ones
     std::string user;  // the name, or the number of one without a name
     std::uint32_t uid = 0;
 

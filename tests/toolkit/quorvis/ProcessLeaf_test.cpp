@@ -100,6 +100,19 @@ TEST_F(ProcessLeaf, ARunningProgramIsFound) {
         EXPECT_EQ(found, !itemsOf(child.pid(), {{attribute, value}}).empty()) << value;
 }
 
+TEST_F(ProcessLeaf, SecretsInArgumentsAreNotMatched) {
+    const std::string program = copyOfCat("with-secrets");
+    const Child child(program,
+                      {"with-secrets", "-", "--", "--password=hunter2", "--token", "hunter3", "-phunter4"});
+    ASSERT_TRUE(child.started());
+    const auto matches = [&](const std::string& regex) {
+        return !itemsOf(child.pid(), {{Attribute::ArgsRegex, regex}}).empty();
+    };
+    EXPECT_TRUE(matches("^with-secrets - -- --password="));
+    for (const char* regex : {"hunter", "password=h", "=.{7}( |$)", "token h", "-ph"})
+        EXPECT_FALSE(matches(regex)) << regex;
+}
+
 TEST_F(ProcessLeaf, ADeletedProgramIsReportedWithItsPath) {
     const std::string program = copyOfCat("deleted");
     const Child child(program, {"deleted"});
