@@ -1,3 +1,4 @@
+#include <locale.h>
 #include <stdio.h>
 #include <zav.h>
 
@@ -10,7 +11,8 @@ int main(void) {
     ZAVSwCtx* sw;
     ZAVSwResult* bash;
     const wchar_t* version;
-    if (ZAV_init("my product", NULL, NULL, NULL, L"/opt/zav/bin", &zav) != 0) return 1;
+    setlocale(LC_ALL, "");
+    if (ZAV_init("my product", NULL, NULL, NULL, TOOLKIT, &zav) != 0) return 1;
     if (ZAV_sw_init(zav, NULL, NULL, &sw) != 0) return 1;
     if (ZAV_sw_evaluate(sw, kSignature) == 0 && ZAV_sw_find_result_by_guid(sw, L"bash", &bash) == 0 &&
         ZAV_sw_get_value(sw, bash, L"version", &version) == 0)

@@ -7,27 +7,54 @@
  * and keeps its findings until the next run. What holds for every function stands here once;
  * examples/inventory.c is a whole host.
  *
- * 1. Return codes. Every function returns 0 on success or one of the codes below. Results go out
- *    through pointer arguments, which are written on success only. No function throws, prints or
- *    exits.
+ * 1. Return codes. Every function returns 0 on success or one of the codes below; zav_codes.h has a
+ *    sentence for each. Results go out through pointer arguments, which are written on success only. No
+ *    function throws, prints or exits.
  * 2. Ownership. All that a function hands out belongs to the context: never free or change it. It
  *    stays valid until the next run on that context or until the context is freed, whichever comes
- *    first.
- * 3. Text is wide and NUL-terminated. Paths and option texts are expected to be 7-bit: on the way to
- *    the operating system each character is cut to its low 8 bits. Values found by the scanner hold
- *    any Unicode character.
- * 4. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its
+ *    first. A handle or context is gone once its free function has returned: using or freeing it again
+ *    is an error that the library cannot detect.
+ * 3. Text is wide and NUL-terminated. On the way to the operating system and into the scanner's files
+ *    each character is cut to its low 8 bits. So 7-bit text passes as it is; any other path is passed
+ *    with one character for each of its bytes, and other text in signatures, variables and settings as
+ *    character references (&#233;) or likewise as the bytes of its UTF-8 form. Values found by the
+ *    scanner hold any Unicode character.
+ * 4. Locale. Messages with wide text are converted by the C library. Call setlocale(LC_CTYPE, "") in a
+ *    UTF-8 locale before the first call: in the "C" locale a message with a character beyond 7 bits is
+ *    dropped as a whole. Return codes and values do not depend on the locale.
+ * 5. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its
  *    contexts, must not overlap. Different handles may be used by different threads at once. The
  *    logging callback is never entered by two threads at a time, whatever they use; it must not call
- *    back into the library.
- * 5. Order of life. Free the contexts before the handle that they were made on.
- * 6. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
- *    and keeps the context usable.
+ *    back into the library, and must not leave by longjmp, which would keep its lock for ever. A thread
+ *    that is cancelled (pthread_cancel) inside the library goes on until the function returns. Running
+ *    reads the environment (environ), which no other thread may change meanwhile. ZAV_init and the
+ *    functions that make contexts seed rand() anew with the time; a host that relies on its sequence
+ *    must seed it afterwards.
+ * 6. Order of life. Free the contexts before the handle that they were made on. The files that a
+ *    context exchanges with the scanner stay in its temporary directory until it is freed: for each run
+ *    the scanner's output, from some KiB to some MiB, with its configuration. A host that scans again
+ *    and again makes a new context now and then.
+ * 7. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
+ *    and keeps the context usable. Any function but ZAV_init with a null name may do so, as any may
+ *    log; after a run that ended with it there are no results.
+ * 8. Trust. The scanner runs with the host's rights. Before a privileged host passes a toolkit
+ *    directory or relies on /etc/zav/zav.ini, it checks that this file, the toolkit's directory, both
+ *    scanners and every directory above them belong to root or to the host's user and that nobody else
+ *    may write to them; the library does not. The same holds for the temporary directory, where a
+ *    sticky bit makes up for being writable by others: who may rename the host's temporary directory
+ *    chooses which files are read and written in its place. The toolkit's directory must have no blank,
+ *    tab or double quote in its path: the scanner's path is not quoted, so it would be split there.
  */
 #ifndef ZAV_H
 #define ZAV_H
 
 #include <wchar.h>
+
+/* The version of this header: three numbers, and the same as text. */
+#define ZAV_VERSION_MAJOR 0
+#define ZAV_VERSION_MINOR 1
+#define ZAV_VERSION_PATCH 0
+#define ZAV_VERSION "0.1.0"
 
 #if defined(__GNUC__)
 #define ZAV_EXPORT __attribute__((visibility("default")))
@@ -61,7 +88,7 @@ typedef void (*ZAVlogCallback)(int level, int componentId, void* userData, const
 
 enum {
     ZAV_SUCCESS = 0,
-    ZAV_ERROR_EXPLOITER = 2,     /* exploiter name is null; ZAV_free: the handle was freed before */
+    ZAV_ERROR_EXPLOITER = 2,     /* exploiter name is null */
     ZAV_ERROR_CONTEXT = 3,       /* handle or context is null */
     ZAV_ERROR_LOGGER = 4,        /* the logger could not be made */
     ZAV_ERROR_MEMORY = 5,        /* out of memory, or the host's callback threw */
@@ -73,7 +100,7 @@ enum {
     ZAV_ERROR_HW_OUTPUT = 104,   /* the scanner's output file is missing or malformed */
     ZAV_ERROR_HW_INSTANCE = 105, /* no such instance */
     ZAV_ERROR_HW_FIELD = 106,    /* no such field */
-    ZAV_ERROR_HW_NO_SCAN = 107,  /* no valid scan: none yet, options changed since, or the last one failed */
+    ZAV_ERROR_HW_NO_SCAN = 107,  /* no valid scan: none yet, options changed since, or no output was read */
     ZAV_ERROR_HW_GROUP_DISABLED = 108, /* group not enabled */
     ZAV_ERROR_HW_POINTER = 109,        /* a pointer argument is null */
     ZAV_ERROR_SW_CONFIG = 201,         /* configuration or signatures file not written */
@@ -86,6 +113,60 @@ enum {
     ZAV_ERROR_SW_VARIABLE = 208,       /* variable name is null, or the result has no such variable */
     ZAV_ERROR_SW_POINTER = 209,        /* a pointer argument is null */
     ZAV_ERROR_SW_NOT_FOUND = 210       /* no result carries the identifier */
+};
+
+/* The hardware groups, for `option` and `groupId` below. docs/hardware-groups.md lists the fields that the
+ * bundled scanner gives, with their units. 17, 18 and 33 are no groups. */
+enum {
+    ZAV_HW_ALL = 0,                     /* for ZAV_hw_setopt only */
+    ZAV_HW_COMPONENT_ID = 1,            /* the computer: maker, product, serial number, identifiers */
+    ZAV_HW_PROCESSOR = 2,               /* one for each logical processor */
+    ZAV_HW_MEMORY = 3,                  /* main memory and swap */
+    ZAV_HW_OPERATING_SYSTEM = 4,        /* the operating system */
+    ZAV_HW_STORAGE = 5,                 /* disks and optical drives */
+    ZAV_HW_IP_ADDRESS = 6,              /* IPv4 addresses */
+    ZAV_HW_NETWORK_ADAPTER = 7,         /* network interfaces */
+    ZAV_HW_DISK_PARTITION = 8,          /* entries of partition tables */
+    ZAV_HW_POINTING_DEVICE = 9,         /* mice, touchpads, tablets */
+    ZAV_HW_KEYBOARD = 10,               /* keyboards */
+    ZAV_HW_LOGICAL_DRIVE = 11,          /* mounted file systems */
+    ZAV_HW_IPX_ADDRESS = 12,            /* IPX addresses */
+    ZAV_HW_VIDEO = 13,                  /* display controllers */
+    ZAV_HW_PRINTER = 14,                /* printers */
+    ZAV_HW_REGIONAL = 15,               /* locale, time zone, keyboard layout */
+    ZAV_HW_SYSTEM_ENCLOSURE = 16,       /* chassis */
+    ZAV_HW_UNIX_SYSTEM_PARAMS = 19,     /* kernel, host name, system limits */
+    ZAV_HW_SCAN_INFO = 20,              /* the scan itself: what was asked for, and what could not be read */
+    ZAV_HW_PC_SYSTEM_PARAMS = 21,       /* firmware and main board */
+    ZAV_HW_SERIAL_PORT = 22,            /* serial ports */
+    ZAV_HW_PARALLEL_PORT = 23,          /* parallel ports */
+    ZAV_HW_SMBIOS = 24,                 /* structures of the firmware's tables */
+    ZAV_HW_SOFTWARE_PACKAGES = 25,      /* installed packages */
+    ZAV_HW_INSTALLED_PATCHES = 26,      /* installed patches */
+    ZAV_HW_PARTITION = 27,              /* block devices that carry a file system, swap or a volume */
+    ZAV_HW_USB_DEVICE = 28,             /* USB devices */
+    ZAV_HW_PCI_DEVICE = 29,             /* PCI devices */
+    ZAV_HW_MODEM = 30,                  /* modems */
+    ZAV_HW_MEMORY_MODULES = 31,         /* memory modules */
+    ZAV_HW_MONITOR = 32,                /* connected displays */
+    ZAV_HW_LPAR = 34,                   /* the logical partition that the system runs in */
+    ZAV_HW_SERVICE_INFO = 35,           /* services */
+    ZAV_HW_USER_ACCOUNT_INFO = 36,      /* accounts */
+    ZAV_HW_LAST_LOGGED_USER = 37,       /* the latest login */
+    ZAV_HW_SCREEN_SAVER_INFO = 38,      /* screen savers */
+    ZAV_HW_OPERATING_SYSTEM_CSIDL = 39, /* special folders of Windows */
+    ZAV_HW_WIN_CLUSTER = 40,            /* Windows clusters */
+    ZAV_HW_WIN_CLUSTER_NODE = 41,       /* their nodes */
+    ZAV_HW_VEQ_CLUSTER = 42,            /* VEQ clusters */
+    ZAV_HW_VEQ_CLUSTER_NODE = 43,       /* their nodes */
+    ZAV_HW_PHYSICAL_PROCESSOR = 44,     /* one for each processor package */
+    ZAV_HW_HOST_COMPONENT_ID = 45,      /* the computer that hosts this virtual one */
+    ZAV_HW_CPU_METER = 46,              /* processor counters */
+    ZAV_HW_UNIX_CPU_METER = 47,         /* processor counters of UNIX */
+    ZAV_HW_WIN_CPU_METER = 48,          /* processor counters of Windows */
+    ZAV_HW_VIRTUAL_MACHINE = 49,        /* virtual machines on this computer */
+    ZAV_HW_VIRTUAL_MACHINE_GUEST = 50,  /* the virtual machine or container that this system runs in */
+    ZAV_HW_IPV6_ADDRESS = 51            /* IPv6 addresses */
 };
 
 /* ---- The library handle ---------------------------------------------------------------------------- */
@@ -125,7 +206,7 @@ ZAV_EXPORT int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userD
  * stay valid.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for another value; ZAV_ERROR_HW_GROUP for another
  * option.
- *     ZAV_hw_setopt(hw, 2, 1);   // Processor */
+ *     ZAV_hw_setopt(hw, ZAV_HW_PROCESSOR, 1); */
 ZAV_EXPORT int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value);
 
 /* Scans the enabled groups: runs the scanner, waits for it without a time limit, and reads what it

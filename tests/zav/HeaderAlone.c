@@ -1,5 +1,6 @@
 /* The header needs no other before it. */
 #include "include/zav.h"
+#include "include/zav_codes.h"
 
 typedef char wide_characters_have_four_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 

@@ -1,5 +1,6 @@
 // The header needs no other before it, in C++ either.
 #include "include/zav.h"
+#include "include/zav_codes.h"
 
 static_assert(sizeof(wchar_t) == 4, "wide characters have four bytes");
 

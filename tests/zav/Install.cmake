@@ -1,5 +1,5 @@
 # Installs a build into an empty directory, and makes hosts outside the project from what lies there alone.
-#     cmake -DBUILD=... -DWORK=... -DVERSION=... -DC=... -DCXX=... -DCONSUMER=... -P Install.cmake
+#     cmake -DBUILD=... -DWORK=... -DVERSION=... -DC=... -DCXX=... -DCONSUMER=... -DSOURCE=... -P Install.cmake
 cmake_minimum_required(VERSION 3.25)
 
 function(run)
@@ -19,9 +19,11 @@ run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
 file(RENAME ${WORK}/first ${WORK}/prefix)
 
 file(GLOB_RECURSE installed RELATIVE ${WORK}/prefix ${WORK}/prefix/*)
-if(NOT "include/zav.h" IN_LIST installed)
-  message(FATAL_ERROR "the header is not installed: ${installed}")
-endif()
+foreach(header zav.h zav_codes.h)
+  if(NOT "include/${header}" IN_LIST installed)
+    message(FATAL_ERROR "${header} is not installed: ${installed}")
+  endif()
+endforeach()
 foreach(file IN LISTS installed)
   if(file MATCHES "\\.a$|gtest|tests|internal")
     message(FATAL_ERROR "${file} is none of the hosts' business")
@@ -70,3 +72,31 @@ run(${WORK}/prefix/bin/zav sw ${WORK}/prefix/share/zav/signatures --format csv)
 if(NOT output MATCHES "^result,guid,name,variable,value")
   message(FATAL_ERROR "the installed command printed \"${output}\"")
 endif()
+
+# The programs that the README shows do what it says, each way that it shows of building them.
+file(COPY ${SOURCE}/examples DESTINATION ${WORK})
+run(${CMAKE_COMMAND} -G Ninja -S ${WORK}/examples -B ${WORK}/examples/build -DCMAKE_PREFIX_PATH=${WORK}/prefix
+  -DCMAKE_C_COMPILER=${C})
+run(${CMAKE_COMMAND} --build ${WORK}/examples/build)
+
+file(STRINGS ${SOURCE}/README.md by_pkg_config REGEX "^cc ")
+string(REGEX REPLACE "^cc " "${C} -Wl,-rpath,${libdir} " by_pkg_config "${by_pkg_config}")
+execute_process(COMMAND sh -c "${by_pkg_config}" WORKING_DIRECTORY ${WORK}/examples COMMAND_ERROR_IS_FATAL ANY)
+
+run(${WORK}/prefix/bin/zav hw --group Processor --format json)
+string(JSON processors LENGTH "${output}" Processor)
+set(names "")
+math(EXPR last "${processors} - 1")
+foreach(processor RANGE ${last})
+  string(JSON name GET "${output}" Processor ${processor} Name)
+  string(APPEND names "${name}\n")
+endforeach()
+run(${WORK}/examples/build/processors)
+expect("${output}" "${names}")
+run(${WORK}/examples/processors)
+expect("${output}" "${names}")
+
+run(dpkg-query -W -f "bash \${source:Upstream-Version}\n" bash)
+set(bash "${output}")
+run(${WORK}/examples/build/shell)
+expect("${output}" "${bash}")
