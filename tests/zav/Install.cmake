@@ -84,11 +84,11 @@ string(REGEX REPLACE "^cc " "${C} -Wl,-rpath,${libdir} " by_pkg_config "${by_pkg
 execute_process(COMMAND sh -c "${by_pkg_config}" WORKING_DIRECTORY ${WORK}/examples COMMAND_ERROR_IS_FATAL ANY)
 
 run(${WORK}/prefix/bin/zav hw --group Processor --format json)
-string(JSON processors LENGTH "${output}" Processor)
+string(JSON processors LENGTH "${output}" groups Processor)
 set(names "")
 math(EXPR last "${processors} - 1")
 foreach(processor RANGE ${last})
-  string(JSON name GET "${output}" Processor ${processor} Name)
+  string(JSON name GET "${output}" groups Processor ${processor} Name)
   string(APPEND names "${name}\n")
 endforeach()
 run(${WORK}/examples/build/processors)
