@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "cli/Failure.h"
+#include "cli/StandardStreams.h"
 
 namespace zavcli {
 
@@ -19,15 +20,6 @@ namespace {
 
 std::string systemError() {
     return std::generic_category().message(errno);
-}
-
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return false;
-        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 // The permissions of the file that is replaced, else those that the umask leaves to a new file.

@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "cli/StandardStreams.h"
 #include "cli/Terminal.h"
 #include "cli/Text.h"
 
@@ -56,16 +56,15 @@ void Progress::hear(const Message& message) {
 
 void Progress::hide() {
     if (!shown_) return;
-    fmt::print(stderr, "\r\x1b[K");
-    std::fflush(stderr);
+    writeStandardError("\r\x1b[K");
     shown_ = false;
 }
 
 void Progress::show() {
     if (!enabled_ || total_ == 0) return;
     // One column less than there are: a full last column makes some terminals wrap.
-    fmt::print(stderr, "\r\x1b[K{}", progressBar(done_, total_, group_, columnsFor(STDERR_FILENO) - 1));
-    std::fflush(stderr);
+    const int columns = columnsFor(STDERR_FILENO) - 1;
+    writeStandardError(fmt::format("\r\x1b[K{}", progressBar(done_, total_, group_, columns)));
     shown_ = true;
 }
 

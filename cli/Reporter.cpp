@@ -2,8 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
+#include <exception>
 
+#include "cli/StandardStreams.h"
 #include "cli/Text.h"
 
 namespace zavcli {
@@ -47,11 +48,10 @@ void Reporter::hear(const Message& message) noexcept {
         const std::string line = messageLine(message, verbosity_, source_);
         if (line.empty()) return;
         progress_.hide();
-        fmt::print(stderr, "{}\n", line);
+        writeStandardError(line + "\n");
         progress_.show();
     } catch (const std::exception&) {
-        // A message that cannot be shown, for want of memory or a closed standard error, must not end the
-        // scan.
+        // A message that cannot be shown for want of memory must not end the scan.
         return;
     }
 }

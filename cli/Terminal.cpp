@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
+#include <exception>
 
+#include "cli/StandardStreams.h"
 #include "cli/Text.h"
 
 namespace zavcli {
@@ -39,8 +40,12 @@ int columnsFor(int descriptor) {
     return std::max(kFewestColumns, known ? static_cast<int>(size.ws_col) : environmentColumns());
 }
 
-void complain(std::string_view text) {
-    fmt::print(stderr, "zav: {}\n", printable(text));
+void complain(std::string_view text) noexcept {
+    try {
+        writeStandardError(fmt::format("zav: {}\n", printable(text)));
+    } catch (const std::exception&) {
+        writeStandardError("zav: memory ran out\n");
+    }
 }
 
 }  // namespace zavcli

@@ -13,6 +13,6 @@ bool isCapableTerminal(int descriptor);
 int columnsFor(int descriptor);
 
 // Prints "zav: ", the text made safe for a terminal, and a line end to standard error.
-void complain(std::string_view text);
+void complain(std::string_view text) noexcept;
 
 }  // namespace zavcli

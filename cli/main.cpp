@@ -12,6 +12,7 @@
 #include "cli/Output.h"
 #include "cli/Probe.h"
 #include "cli/Reporter.h"
+#include "cli/StandardStreams.h"
 #include "cli/Terminal.h"
 #include "cli/Text.h"
 
@@ -68,11 +69,12 @@ int run(int argc, const char* const* argv) {
 }  // namespace zavcli
 
 int main(int argc, char** argv) {
+    zavcli::occupyStandardStreams();
     zavcli::useUtf8();
     try {
         const int status = zavcli::run(argc, argv);
         if (zavcli::wasInterrupted()) zavcli::endByInterrupt();
-        return status;
+        return status == EXIT_SUCCESS && zavcli::messagesWereLost() ? zavcli::kExitFailed : status;
     } catch (const zavcli::Failure& failure) {
         if (zavcli::wasInterrupted()) zavcli::endByInterrupt();
         zavcli::complain(failure.what());

@@ -46,6 +46,12 @@ Channel terminalChannel(int columns) {
     return channel;
 }
 
+void writeTo(Channel& channel, const std::string& file) {
+    if (file.empty()) return;
+    close(channel.writer);
+    channel.writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+}
+
 // False at the end of the output; a terminal whose other side is closed answers EIO.
 bool readSome(int descriptor, std::string& text) {
     std::array<char, 4096> block{};
@@ -98,6 +104,16 @@ Process& Process::outputTo(const std::string& path) {
     return *this;
 }
 
+Process& Process::errorTo(const std::string& path) {
+    errorFile_ = path;
+    return *this;
+}
+
+Process& Process::without(std::vector<int> descriptors) {
+    closed_ = std::move(descriptors);
+    return *this;
+}
+
 Process& Process::configuration(const std::optional<std::string>& zavIni) {
     ownEtc_ = true;
     zavIni_ = zavIni;
@@ -139,18 +155,17 @@ void Process::become(int out, int err) const {
     std::vector<char*> argv{const_cast<char*>(program_.c_str())};
     for (const std::string& argument : arguments_) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    for (const int descriptor : closed_) close(descriptor);
     execv(program_.c_str(), argv.data());
     check(false, program_.c_str());
     _exit(kCannotStart);
 }
 
 Ended Process::run() {
-    const Channel err = errorColumns_ > 0 ? terminalChannel(errorColumns_) : pipeChannel();
+    Channel err = errorColumns_ > 0 ? terminalChannel(errorColumns_) : pipeChannel();
     Channel out = outputColumns_ > 0 ? terminalChannel(outputColumns_) : pipeChannel();
-    if (!outputFile_.empty()) {
-        close(out.writer);
-        out.writer = open(outputFile_.c_str(), O_WRONLY | O_CLOEXEC);
-    }
+    writeTo(out, outputFile_);
+    writeTo(err, errorFile_);
     const pid_t pid = fork();
     if (pid < 0) throw std::runtime_error("fork");
     if (pid == 0) become(out.writer, err.writer);

@@ -28,8 +28,11 @@ class Process {
     // Standard error, or standard output, is a terminal of so many columns.
     Process& errorTerminal(int columns);
     Process& outputTerminal(int columns);
-    // Standard output is this file.
+    // Standard output, or standard error, is this file.
     Process& outputTo(const std::string& path);
+    Process& errorTo(const std::string& path);
+    // The process is started without these descriptors.
+    Process& without(std::vector<int> descriptors);
     // The process sees an /etc that holds nothing but zav/zav.ini of this content, or nothing at all.
     Process& configuration(const std::optional<std::string>& zavIni);
     // Called again and again with what standard error has brought so far and the process id, which is that of
@@ -49,6 +52,8 @@ class Process {
     int errorColumns_ = 0;
     int outputColumns_ = 0;
     std::string outputFile_;
+    std::string errorFile_;
+    std::vector<int> closed_;
     bool ownEtc_ = false;
     std::optional<std::string> zavIni_;
     std::function<void(const std::string&, int)> watcher_;
