@@ -11,6 +11,7 @@
 
 #include "core/Guard.h"
 #include "core/Paths.h"
+#include "kest/ForksHeldOff.h"
 #include "kest/Format.h"
 #include "kest/Text.h"
 
@@ -25,9 +26,20 @@ struct Free {
     void operator()(void* block) const { std::free(block); }
 };
 
+// The generator has a lock, which a child that the host forks in the wrong moment would inherit.
+int pseudoRandom() {
+    const kest::ForksHeldOff held;
+    return std::rand();
+}
+
+void reseed() {
+    const kest::ForksHeldOff held;
+    std::srand(static_cast<unsigned int>(std::time(nullptr)));
+}
+
 // How many names are tried: 30 to 59.
 int attemptBudget() {
-    return std::rand() % 30 + 30;
+    return pseudoRandom() % 30 + 30;
 }
 
 std::wstring numberSuffix(int number) {
@@ -75,7 +87,7 @@ TemporaryDir::~TemporaryDir() {
     close();
 }
 
-int TemporaryDir::close() noexcept {
+int TemporaryDir::close() {
     if (closed_) return ZAV_SUCCESS;
     closed_ = true;
     const int announced = attempted([this] {
@@ -94,7 +106,7 @@ int TemporaryDir::close() noexcept {
 int TemporaryDir::init(const wchar_t* prefix) {
     const int attempts = attemptBudget();
     if (log_ != nullptr) log_->traceMAX(kInit, "initialization");
-    std::srand(static_cast<unsigned int>(std::time(nullptr)));
+    reseed();
     bool made = false;
     for (int number = attempts; number > 0 && !made; --number) {
         dirPath_ = candidate(basePath_, prefix, nullptr, number);
@@ -166,7 +178,7 @@ unsigned int TemporaryDir::getRand() {
     static_assert(sizeof random == 4);
     if (randomSource_ != nullptr && std::fread(&random, sizeof random, 1, randomSource_.get()) == 1)
         return random;
-    return static_cast<unsigned int>(std::rand());
+    return static_cast<unsigned int>(pseudoRandom());
 }
 
 std::wstring TemporaryDir::getRandomName(const wchar_t* prefix, const wchar_t* suffix, int count) {

@@ -1,5 +1,7 @@
 #include "core/ZAVlog.h"
 
+#include <pthread.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -12,6 +14,16 @@ namespace zav {
 namespace {
 
 constexpr std::size_t kSpare = 5;
+
+// Ready before the first use: a child that was forked while a thread made it would wait for that for ever.
+kest::Mutex& sharedMutex() {
+    static constinit kest::Mutex shared;
+    return shared;
+}
+
+// A fork does not wait for the lock, as a callback may take its time or wait for the thread that forks. So the
+// child frees it of a thread that it does not have.
+[[maybe_unused]] const int atForks = pthread_atfork(nullptr, nullptr, [] { sharedMutex().forked(); });
 
 class Locked {
   public:
@@ -109,8 +121,7 @@ void ZAVlog::vsprintf(int level, const char* function, const char* format, va_li
 }
 
 int ZAVlog::mutex(int operation) {
-    static kest::Mutex shared;
-    return operation == 1 ? shared.lock() : shared.unlock();
+    return operation == 1 ? sharedMutex().lock() : sharedMutex().unlock();
 }
 
 }  // namespace zav

@@ -7,7 +7,8 @@
 
 #include <atomic>
 #include <cerrno>
-#include <mutex>
+
+#include "kest/ForksHeldOff.h"
 
 namespace kest {
 
@@ -29,14 +30,11 @@ bool allAreOpen() {
     return isOpen(STDIN_FILENO) && isOpen(STDOUT_FILENO) && isOpen(STDERR_FILENO);
 }
 
-// The placeholders of the process. All but current() needs the lock.
+// The placeholders of the process. All but current() and forked() need forks to be held off.
 class Placeholders {
   public:
     // Odd while there may be placeholders, and another number after each time that there were.
     unsigned current() const { return turn_; }
-
-    void lock() { mutex_.lock(); }
-    void unlock() { mutex_.unlock(); }
 
     int take() {
         if (users_ == 0) ++turn_;
@@ -90,7 +88,6 @@ class Placeholders {
                found.st_ino == identity_.st_ino;
     }
 
-    std::mutex mutex_;
     std::atomic<unsigned> turn_ = 0;
     int users_ = 0;
     bool taken_[streams] = {};
@@ -99,13 +96,8 @@ class Placeholders {
 
 constinit Placeholders placeholders;
 
-// A child that the host forks inherits neither the lock nor placeholders.
-[[maybe_unused]] const int atForks =
-    pthread_atfork([] { placeholders.lock(); }, [] { placeholders.unlock(); },
-                   [] {
-                       placeholders.forked();
-                       placeholders.unlock();
-                   });
+// A child that the host forks does not inherit them.
+[[maybe_unused]] const int atForks = pthread_atfork(nullptr, nullptr, [] { placeholders.forked(); });
 
 // What is open while there are no placeholders is the host's, and stays.
 bool hostHasAll() {
@@ -118,7 +110,7 @@ bool hostHasAll() {
 StandardStreamsTaken::StandardStreamsTaken() {
     if (hostHasAll()) return;
     placeholders_.emplace();
-    const std::lock_guard guard(placeholders);
+    const ForksHeldOff held;
     error_ = placeholders.take();
 }
 
@@ -126,7 +118,7 @@ StandardStreamsTaken::~StandardStreamsTaken() {
     if (!placeholders_) return;
     const int saved = error_ != 0 ? error_ : errno;
     if (error_ == 0) {
-        const std::lock_guard guard(placeholders);
+        const ForksHeldOff held;
         placeholders.give();
     }
     placeholders_.reset();
@@ -143,8 +135,7 @@ int movedUp(int number) {
 }
 
 bool hostHasStream(int number) {
-    const SignalsBlocked block;
-    const std::lock_guard guard(placeholders);
+    const ForksHeldOff held;
     return isOpen(number) && !placeholders.isPlaceholder(number);
 }
 

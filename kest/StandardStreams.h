@@ -25,8 +25,8 @@ class StandardStreamsTaken {
     int error() const { return error_; }
 
   private:
-    // A handler of the host might fork, and that waits for what this holds. Empty where all three numbers are
-    // the host's own.
+    // While there are any: a handler that forks in this very thread would leave them to the child. Empty where
+    // all three numbers are the host's own.
     std::optional<SignalsBlocked> placeholders_;
     int error_ = 0;
 };

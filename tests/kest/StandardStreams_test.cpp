@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -13,26 +12,19 @@
 #include <thread>
 
 #include "tests/kest/Threads.h"
+#include "tests/support/Child.h"
 #include "tests/support/ScratchDir.h"
 
 namespace kest::test {
 namespace {
 
-int waitFor(pid_t child) {
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
 // Whether `holds` is true in a process in which these of the descriptors 0, 1 and 2 are closed.
 template <class Condition>
 bool holdsWithout(const std::string& streams, Condition holds) {
-    const pid_t child = fork();
-    if (child == 0) {
+    return zavtest::holdsInChild([&] {
         for (const char stream : streams) close(stream - '0');
-        _exit(holds() ? 0 : 1);
-    }
-    return waitFor(child) == 0;
+        return holds();
+    });
 }
 
 int openNull(int flags) {
@@ -109,9 +101,8 @@ TEST(StandardStreams, AreFreeInAChildThatIsForkedWhileTheyAreTaken) {
         });
         bool good = true;
         for (int round = 0; round < 200 && good; ++round) {
-            const pid_t child = fork();
-            if (child == 0) _exit(areClosed("012") && openNull(O_RDONLY) > STDERR_FILENO ? 0 : 1);
-            good = waitFor(child) == 0;
+            good =
+                zavtest::holdsInChild([] { return areClosed("012") && openNull(O_RDONLY) > STDERR_FILENO; });
         }
         over = true;
         opener.join();
