@@ -41,7 +41,7 @@ class TemporaryDir {
 
     // Ends the workspace: deletes the remembered files, and the directory unless somebody else's files are in
     // it. 0, or 5 when the log's callback threw, which stops nothing.
-    int close() noexcept;
+    int close();
 
     // Logs nothing from now on.
     void silence() { log_ = nullptr; }

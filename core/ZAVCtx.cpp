@@ -43,18 +43,8 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     return ZAV_SUCCESS;
 }
 
-}  // namespace
-
-int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData, const wchar_t* tempDir,
-             const wchar_t* zavDir, ZAVCtx** handle) {
-    if (exploiterName == nullptr) return ZAV_ERROR_EXPLOITER;
-    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
-    return zav::guarded(
-        [&] { return initialise(exploiterName, callback, userData, tempDir, zavDir, handle); });
-}
-
-int ZAV_free(ZAVCtx* handle) {
-    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
+// Everything is released even when the callback throws. The handle is kept when the code is not 0.
+int release(ZAVCtx* handle) {
     int told = zav::attempted([handle] {
         handle->log->traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
     });
@@ -72,4 +62,19 @@ int ZAV_free(ZAVCtx* handle) {
     if (code != ZAV_SUCCESS) return code;
     delete handle;
     return told;
+}
+
+}  // namespace
+
+int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void* userData, const wchar_t* tempDir,
+             const wchar_t* zavDir, ZAVCtx** handle) {
+    if (exploiterName == nullptr) return ZAV_ERROR_EXPLOITER;
+    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded(
+        [&] { return initialise(exploiterName, callback, userData, tempDir, zavDir, handle); });
+}
+
+int ZAV_free(ZAVCtx* handle) {
+    if (handle == nullptr) return ZAV_ERROR_CONTEXT;
+    return zav::guarded([handle] { return release(handle); });
 }

@@ -137,8 +137,10 @@ int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field,
 int ZAV_hw_get_returncode(ZAVHwCtx* context, int* returnCode) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     if (returnCode == nullptr) return ZAV_ERROR_HW_POINTER;
-    *returnCode = context->returnCode;
-    return ZAV_SUCCESS;
+    return zav::guarded([&] {
+        *returnCode = context->returnCode;
+        return ZAV_SUCCESS;
+    });
 }
 
 int ZAV_hw_get_group_name(ZAVHwCtx* context, int groupId, const wchar_t** name) {

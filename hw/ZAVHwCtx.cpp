@@ -58,6 +58,21 @@ int setOption(ZAVHwCtx* context, int option, unsigned char value) {
     return ZAV_SUCCESS;
 }
 
+// Everything is released even when the callback throws.
+int release(ZAVHwCtx* context) {
+    const std::unique_ptr<ZAVHwCtx> owner(context);
+    int told = ZAV_SUCCESS;
+    if (context->tmpDir != nullptr) {
+        context->tmpDir->deleteFiles(true);
+        told = context->tmpDir->close();
+        context->tmpDir.reset();
+    }
+    const int goodbye = attempted([context] {
+        if (context->log != nullptr) context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
+    });
+    return std::max(told, goodbye);
+}
+
 }  // namespace
 }  // namespace zav
 
@@ -90,15 +105,5 @@ int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value) {
 
 int ZAV_hw_free(ZAVHwCtx* context) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    const std::unique_ptr<ZAVHwCtx> owner(context);
-    int told = ZAV_SUCCESS;
-    if (context->tmpDir != nullptr) {
-        context->tmpDir->deleteFiles(true);
-        told = context->tmpDir->close();
-        context->tmpDir.reset();
-    }
-    const int goodbye = zav::attempted([context] {
-        if (context->log != nullptr) context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
-    });
-    return std::max(told, goodbye);
+    return zav::guarded([context] { return zav::release(context); });
 }

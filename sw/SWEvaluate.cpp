@@ -48,9 +48,11 @@ int evaluateFile(ZAVSwCtx* context, const wchar_t* signatureFile) {
 // An evaluation that was broken off leaves no results: what was read of them is not ready for the getters.
 template <class Evaluation>
 int wholeOrNothing(ZAVSwCtx* context, Evaluation evaluation) {
-    const int code = guarded(evaluation);
-    if (code == ZAV_ERROR_MEMORY) SW_deleteResults(context);
-    return code;
+    return guarded([&] {
+        const int code = caught(evaluation);
+        if (code == ZAV_ERROR_MEMORY) SW_deleteResults(context);
+        return code;
+    });
 }
 
 }  // namespace

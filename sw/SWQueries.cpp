@@ -30,6 +30,14 @@ int getResults(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
     return ZAV_SUCCESS;
 }
 
+int findResult(const ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result) {
+    if (result == nullptr || guid == nullptr) return ZAV_ERROR_SW_POINTER;
+    ZAVSwResult* const first = context->guidResults.first(guid);
+    if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
+    *result = first;
+    return ZAV_SUCCESS;
+}
+
 int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, unsigned int* count) {
     constexpr const char* kFunction = "ZAV_sw_find_results_by_guid";
     ZAVlog* const log = context->log.get();
@@ -45,6 +53,17 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
     found->handedOut = true;
     *count = found->count;
     *results = found->results;
+    return ZAV_SUCCESS;
+}
+
+int getValue(const ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* name, const wchar_t** value) {
+    if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
+    if (result == nullptr) return ZAV_ERROR_SW_RESULT;
+    if (value == nullptr) return ZAV_ERROR_SW_POINTER;
+    if (name == nullptr) return ZAV_ERROR_SW_VARIABLE;
+    const wchar_t* const found = result->findValue(name);
+    if (found == nullptr) return ZAV_ERROR_SW_VARIABLE;
+    *value = found;
     return ZAV_SUCCESS;
 }
 
@@ -127,11 +146,7 @@ int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
 
 int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    if (result == nullptr || guid == nullptr) return ZAV_ERROR_SW_POINTER;
-    ZAVSwResult* const first = context->guidResults.first(guid);
-    if (first == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
-    *result = first;
-    return ZAV_SUCCESS;
+    return zav::guarded([&] { return zav::findResult(context, guid, result); });
 }
 
 int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results,
@@ -142,14 +157,7 @@ int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwRes
 
 int ZAV_sw_get_value(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t* name, const wchar_t** value) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
-    if (result == nullptr) return ZAV_ERROR_SW_RESULT;
-    if (value == nullptr) return ZAV_ERROR_SW_POINTER;
-    if (name == nullptr) return ZAV_ERROR_SW_VARIABLE;
-    const wchar_t* const found = result->findValue(name);
-    if (found == nullptr) return ZAV_ERROR_SW_VARIABLE;
-    *value = found;
-    return ZAV_SUCCESS;
+    return zav::guarded([&] { return zav::getValue(context, result, name, value); });
 }
 
 int ZAV_sw_get_variables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names, int* count) {

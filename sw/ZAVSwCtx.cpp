@@ -61,6 +61,23 @@ int setConfig(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute
     return ZAV_SUCCESS;
 }
 
+// Everything is released even when the callback throws.
+int release(ZAVSwCtx* context) {
+    const std::unique_ptr<ZAVSwCtx> owner(context);
+    const int announced = attempted([context] {
+        if (context->log != nullptr) context->log->traceMAX("ZAV_sw_free", "Deleting context");
+    });
+    int told = ZAV_SUCCESS;
+    if (context->tmpDir != nullptr) {
+        context->tmpDir->deleteFiles(true);
+        told = context->tmpDir->close();
+        context->tmpDir.reset();
+    }
+    context->log.reset();
+    SW_deleteResults(context);
+    return std::max(announced, told);
+}
+
 }  // namespace
 }  // namespace zav
 
@@ -94,17 +111,5 @@ int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t
 
 int ZAV_sw_free(ZAVSwCtx* context) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    const std::unique_ptr<ZAVSwCtx> owner(context);
-    const int announced = zav::attempted([context] {
-        if (context->log != nullptr) context->log->traceMAX("ZAV_sw_free", "Deleting context");
-    });
-    int told = ZAV_SUCCESS;
-    if (context->tmpDir != nullptr) {
-        context->tmpDir->deleteFiles(true);
-        told = context->tmpDir->close();
-        context->tmpDir.reset();
-    }
-    context->log.reset();
-    zav::SW_deleteResults(context);
-    return std::max(announced, told);
+    return zav::guarded([context] { return zav::release(context); });
 }

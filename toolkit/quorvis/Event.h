@@ -13,8 +13,6 @@ enum class EventCode : std::uint8_t {
     LimitEntries,
     LimitBytes,
     LimitMatches,
-    LimitMemory,
-    Aborted,
     Deadline,
     Loop,
     SpecialFile,

@@ -79,18 +79,18 @@ std::string keyOf(const Match& match) {
 
 }  // namespace
 
-void SignatureEvaluation::run() {
+void SignatureEvaluation::run(std::vector<Match>& matches) {
     if (signature_.each) {
-        runEach(signature_.leaves[*signature_.each]);
+        runEach(signature_.leaves[*signature_.each], matches);
         return;
     }
     const Truth truth = evaluateMatch();
     explain("signature", truth);
-    if (truth == Truth::True) addMatch();
+    if (truth == Truth::True) addMatch(matches);
     if (truth == Truth::Unknown) report(EventCode::Unresolved, "whether the signature matches is unknown");
 }
 
-void SignatureEvaluation::runEach(const Leaf& each) {
+void SignatureEvaluation::runEach(const Leaf& each, std::vector<Match>& matches) {
     const LeafResult* const result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
     bool unknown = found == Truth::Unknown;
@@ -99,7 +99,7 @@ void SignatureEvaluation::runEach(const Leaf& each) {
             use(each, item);
             const Truth truth = evaluateMatch();
             explain("item " + item.source, truth);
-            if (truth == Truth::True) addMatch();
+            if (truth == Truth::True) addMatch(matches);
             if (truth == Truth::Unknown) unknown = true;
             scope_.rewind(0);
             evidence_.clear();
@@ -178,7 +178,7 @@ Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
 
 const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
     const LeafResult* const known = leaves_.known(leaf);
-    if (known != nullptr && !explained_) {
+    if (known != nullptr && explanation_ == nullptr) {
         tell(leaf, *known);
         return known;
     }
@@ -191,7 +191,7 @@ const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
     }
     const LeafResult& result = leaves_.result(*query);
     tell(leaf, result);
-    if (explained_) {
+    if (explanation_ != nullptr) {
         explain(describe(*query, leaf) + ", items found: " + std::to_string(result.items.size()),
                 truthOf(leaf, result));
     }
@@ -205,7 +205,7 @@ void SignatureEvaluation::use(const Leaf& leaf, const Item& item) {
         {evidenceKind(leaf.kind), item.source, valueOf(item, "name"), valueOf(item, "version")});
 }
 
-void SignatureEvaluation::addMatch() {
+void SignatureEvaluation::addMatch(std::vector<Match>& matches) {
     Match match;
     match.guid = signature_.guid;
     match.metadata = signature_.metadata;
@@ -218,10 +218,11 @@ void SignatureEvaluation::addMatch() {
     }
     match.name = std::move(*name);
     for (const OutputVariable& variable : signature_.output) addVariable(variable, match);
-    if (!distinct_.insert(keyOf(match)).second) return;
+    const bool fresh = distinct_.emplace(keyOf(match), matches.size()).second;
+    if (!fresh) return;
     evidence_.resize(std::min(evidence_.size(), kMostEvidence));
     match.evidence = evidence_;
-    sink_.onMatch(match);
+    matches.push_back(std::move(match));
 }
 
 void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& match) {
@@ -250,18 +251,18 @@ void SignatureEvaluation::tell(const Leaf& leaf, const LeafResult& result) {
     for (Event event : result.events) {
         event.guid = signature_.guid;
         event.leaf = labelOf(leaf);
-        sink_.onEvent(std::move(event));
+        events_.add(std::move(event));
     }
 }
 
 void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf) {
-    sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
+    events_.add({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
 }
 
 void SignatureEvaluation::explain(std::string text, Truth truth) {
-    if (!explained_) return;
-    sink_.onExplanation(std::string(2 * std::size_t{depth_}, ' ') + std::move(text) + ": " +
-                        std::string(wordFor(truth)));
+    if (explanation_ == nullptr) return;
+    explanation_->push_back(std::string(2 * std::size_t{depth_}, ' ') + std::move(text) + ": " +
+                            std::string(wordFor(truth)));
 }
 
 }  // namespace toolkit::quorvis

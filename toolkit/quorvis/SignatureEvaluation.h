@@ -1,31 +1,33 @@
 #pragma once
 
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "toolkit/quorvis/EvaluationSink.h"
+#include "toolkit/quorvis/EventList.h"
 #include "toolkit/quorvis/Leaves.h"
+#include "toolkit/quorvis/Match.h"
 
 namespace toolkit::quorvis {
 
 // The evaluation of one signature.
 class SignatureEvaluation {
   public:
-    // `explained` when somebody wants to read how it went.
+    // `explanation` is null unless somebody wants to read how it went.
     SignatureEvaluation(const Signature& signature, const Presets& presets, Leaves& leaves,
-                        const Settings& settings, EvaluationSink& sink, bool explained)
+                        const Settings& settings, EventList& events, std::vector<std::string>* explanation)
         : signature_(signature),
           leaves_(leaves),
           settings_(settings),
-          sink_(sink),
-          explained_(explained),
+          events_(events),
+          explanation_(explanation),
           scope_(presets, signature) {}
 
-    void run();
+    void run(std::vector<Match>& matches);
 
   private:
-    void runEach(const Leaf& each);
+    void runEach(const Leaf& each, std::vector<Match>& matches);
     // True when the condition holds, or there is none.
     Truth evaluateMatch();
     Truth evaluate(const Condition& condition);
@@ -36,7 +38,7 @@ class SignatureEvaluation {
     const LeafResult* lookUp(const Leaf& leaf);
     void use(const Leaf& leaf, const Item& item);
 
-    void addMatch();
+    void addMatch(std::vector<Match>& matches);
     void addVariable(const OutputVariable& variable, Match& match);
 
     void tell(const Leaf& leaf, const LeafResult& result);
@@ -46,13 +48,13 @@ class SignatureEvaluation {
     const Signature& signature_;
     Leaves& leaves_;
     const Settings& settings_;
-    EvaluationSink& sink_;
-    bool explained_;
+    EventList& events_;
+    std::vector<std::string>* explanation_;
     unsigned depth_ = 0;  // of the condition that is evaluated
     Scope scope_;
     std::vector<Evidence> evidence_;
     std::vector<const LeafResult*> told_;
-    std::unordered_set<std::string> distinct_;  // the matches of this signature by their output
+    std::unordered_map<std::string, std::size_t> distinct_;  // the matches of this signature by their output
 };
 
 }  // namespace toolkit::quorvis
