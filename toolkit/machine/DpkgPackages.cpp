@@ -4,10 +4,12 @@
 
 #include "toolkit/machine/DpkgStatus.h"
 #include "toolkit/machine/Packages.h"
+#include "toolkit/machine/ParagraphReader.h"
 
 namespace toolkit {
 namespace {
 
+constexpr std::string_view kSame = "same";  // of Multi-Arch
 constexpr char kStatusFile[] = "/var/lib/dpkg/status";
 constexpr char kStatusFolder[] = "/var/lib/dpkg/status.d";  // of images that were put together without dpkg
 
@@ -22,34 +24,34 @@ bool before(const Found& left, const Found& right) {
            std::tie(right.stanza.package, right.stanza.architecture);
 }
 
+// Texts of a package that are mostly those of the one before as well are kept once.
+constexpr std::string_view DpkgStanza::*kRepeated[] = {&DpkgStanza::status, &DpkgStanza::architecture,
+                                                       &DpkgStanza::maintainer, &DpkgStanza::section};
+constexpr std::string_view DpkgStanza::*kOwn[] = {&DpkgStanza::package, &DpkgStanza::version,
+                                                  &DpkgStanza::description, &DpkgStanza::source,
+                                                  &DpkgStanza::installedSize};
+
 class Reader {
   public:
     Reader(const Root& root, PackageTexts& texts) : root_(root), texts_(texts) {}
 
     // Where no status is given, being told of is being installed.
     void readFile(const std::string& path, std::string_view usualStatus) {
-        const std::string_view text = texts_.read(root_, path);
-        if (text.empty()) return;
+        ParagraphReader file(root_, path, texts_.budget());
+        if (file.state() == InputFile::State::Unreadable)
+            result_.note(PackageDatabase::Damage::Unreadable, path);
         const std::string_view database = texts_.keep(path);
-        constexpr std::size_t kStanza = 512;  // bytes; most are longer
-        found_.reserve(found_.size() + text.size() / kStanza + 1);
-        DpkgStatus status(text);
-        Found found{{}, database, false};
-        while (status.next(found.stanza)) {
-            if (found.stanza.status.empty()) found.stanza.status = usualStatus;
-            found.installed = isInstalled(found.stanza.status);
-            found_.push_back(found);
-        }
-        // dpkg ends every line; a file that ends within one was cut off.
-        if (text.back() != '\n' && result_.damage == PackageDatabase::Damage::None) {
-            result_ = {PackageDatabase::Damage::Broken, path, text.size()};
-        }
+        for (std::string_view text = file.next(); !text.empty(); text = file.next())
+            readStanzas(text, usualStatus, database);
+        if (!file.whole()) result_.note(PackageDatabase::Damage::Broken, path, file.damagedAt());
+        if (texts_.budget().isSpent()) result_.note(PackageDatabase::Damage::TooLarge, path);
     }
 
     // A file for each package, whose being there says that it is installed; beside them lie lists of checksums.
     void readFolder(const std::string& folder) {
         for (const std::string& name : root_.list(folder)) {
             if (name.ends_with(".md5sums")) continue;
+            if (texts_.budget().isSpent()) break;
             std::string path = folder;
             readFile(path.append("/").append(name), "install ok installed");
         }
@@ -72,8 +74,34 @@ class Reader {
     const PackageDatabase& result() const { return result_; }
 
   private:
+    void readStanzas(std::string_view text, std::string_view usualStatus, std::string_view database) {
+        DpkgStatus status(text);
+        Found found{{}, database, false};
+        while (status.next(found.stanza)) {
+            if (found.stanza.status.empty()) found.stanza.status = usualStatus;
+            found.installed = isInstalled(found.stanza.status);
+            if (!texts_.budget().item() || !keep(found.stanza)) return;
+            found_.push_back(found);
+        }
+    }
+
+    // Replaces the texts, which are parts of what is read, by copies. False where they are more than may be kept. What
+    // nobody will believe is kept no further than it takes to tell that.
+    bool keep(DpkgStanza& stanza) {
+        for (const auto text : kRepeated) {
+            const std::string_view believable = (stanza.*text).substr(0, kLongestValue + 1);
+            if (latest_.*text != believable) latest_.*text = texts_.keep(believable);
+            stanza.*text = latest_.*text;
+        }
+        for (const auto text : kOwn) stanza.*text = texts_.keep((stanza.*text).substr(0, kLongestValue + 1));
+        // Only whether it says "same" is asked for.
+        stanza.multiArch = stanza.multiArch == kSame ? kSame : std::string_view();
+        return !texts_.budget().isSpent();
+    }
+
     const Root& root_;
     PackageTexts& texts_;
+    DpkgStanza latest_;  // the kept texts of the stanza before
     std::vector<Found> found_;
     PackageDatabase result_;
 };
@@ -83,7 +111,7 @@ InstalledPackage packageOf(const Found& found) {
     const DpkgVersion version = splitDpkgVersion(stanza.version);
     InstalledPackage package;
     package.type = PackageType::Dpkg;
-    package.anyArchitecture = stanza.multiArch == "same";
+    package.anyArchitecture = stanza.multiArch == kSame;
     package.name = stanza.package;
     package.version = stanza.version;
     package.epoch = version.epoch;

@@ -1,29 +1,30 @@
 #pragma once
 
-#include <deque>
 #include <initializer_list>
 #include <memory_resource>
-#include <string>
 #include <string_view>
 
-#include "toolkit/machine/FileText.h"
-#include "toolkit/machine/Root.h"
+#include "toolkit/machine/Budget.h"
 
 namespace toolkit {
 
-// Keeps the texts that packages are described with: they live as long as this does.
+// Keeps the texts that packages are described with: they live as long as this does. Each database has an allowance of
+// its own, so that what one of them takes too much the others need not do without.
 class PackageTexts {
   public:
-    // The content of a file; empty when it could not be read.
-    std::string_view read(const Root& root, const std::string& path) {
-        return files_.emplace_back(root, path).text();
-    }
-    // A copy of these texts, one behind the other.
+    explicit PackageTexts(const Allowance& allowance = {}) : allowance_(allowance) {}
+
+    // Begins with another database.
+    void begin() { budget_ = Budget(allowance_); }
+    Budget& budget() { return budget_; }
+
+    // A copy of these texts, one behind the other; empty where they are more than may be kept.
     std::string_view keep(std::initializer_list<std::string_view> texts);
     std::string_view keep(std::string_view text) { return keep({text}); }
 
   private:
-    std::deque<FileText> files_;
+    Allowance allowance_;
+    Budget budget_{allowance_};
     std::pmr::monotonic_buffer_resource copies_;
 };
 

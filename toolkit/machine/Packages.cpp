@@ -1,5 +1,7 @@
 #include "toolkit/machine/Packages.h"
 
+#include <algorithm>
+
 #include "toolkit/machine/PackageUrl.h"
 #include "toolkit/machine/ShellVariables.h"
 
@@ -20,6 +22,39 @@ constexpr TypeRow kRows[] = {
     {"snap", "snap", false, visitSnaps},      {"flatpak", "flatpak", false, visitFlatpaks},
 };
 
+using Damage = PackageDatabase::Damage;
+
+Damage damageOf(Budget::Spent spent) {
+    switch (spent) {
+        case Budget::Spent::Nothing:
+            return Damage::None;
+        case Budget::Spent::Time:
+            return Damage::OutOfTime;
+        default:
+            return Damage::TooLarge;
+    }
+}
+
+// What none of these texts may be longer than kLongestValue for.
+constexpr std::string_view InstalledPackage::*kNeeded[] = {
+    &InstalledPackage::name, &InstalledPackage::version, &InstalledPackage::architecture};
+constexpr std::string_view InstalledPackage::*kOthers[] = {
+    &InstalledPackage::source,  &InstalledPackage::maintainer, &InstalledPackage::description,
+    &InstalledPackage::section, &InstalledPackage::status,     &InstalledPackage::branch,
+    &InstalledPackage::release, &InstalledPackage::kibibytes};
+
+template <std::size_t Count>
+bool anyTooLong(const InstalledPackage& package, std::string_view InstalledPackage::*const (&texts)[Count]) {
+    return std::ranges::any_of(texts, [&](auto text) { return (package.*text).size() > kLongestValue; });
+}
+
+InstalledPackage withoutLongTexts(InstalledPackage package) {
+    for (const auto text : kOthers) {
+        if ((package.*text).size() > kLongestValue) package.*text = {};
+    }
+    return package;
+}
+
 const TypeRow& rowOf(PackageType type) {
     return kRows[static_cast<std::size_t>(type)];
 }
@@ -39,7 +74,21 @@ std::optional<PackageType> packageTypeNamed(std::string_view name) {
 
 PackageDatabase visitPackages(PackageType type, const Root& root, const std::string& database,
                               PackageTexts& texts, const PackageVisitor& visit) {
-    return rowOf(type).visit(root, database, texts, visit);
+    texts.begin();
+    std::string_view tooLong;  // the file with a package that is left out
+    const PackageVisitor visitBelievable = [&](const InstalledPackage& package) {
+        if (anyTooLong(package, kNeeded)) {
+            tooLong = package.database;
+        } else if (anyTooLong(package, kOthers)) {
+            visit(withoutLongTexts(package));
+        } else {
+            visit(package);
+        }
+    };
+    PackageDatabase result = rowOf(type).visit(root, database, texts, visitBelievable);
+    if (texts.budget().isSpent()) result.damage = damageOf(texts.budget().spent());
+    if (!tooLong.empty()) result.note(Damage::Broken, tooLong);
+    return result;
 }
 
 std::string packageUrl(const InstalledPackage& package, std::string_view distribution) {

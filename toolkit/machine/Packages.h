@@ -53,14 +53,24 @@ struct PackageDatabase {
         Broken,       // a part could not be read; the packages in all others were visited
         Unsupported,  // of a kind that cannot be read here
         Unsaved,      // changes stand in a log beside the file, which is not read
+        Unreadable,   // it is no regular file, or the system does not give it out
+        TooLarge,     // it holds more than is read; the packages up to there were visited
+        OutOfTime,    // the time was over; the packages up to there were visited
     };
     Damage damage = Damage::None;
     std::string path;          // of the file that is damaged
     std::uint64_t offset = 0;  // where the damage begins, when that is known
+
+    // Of several damages the first one counts.
+    void note(Damage what, std::string_view file, std::uint64_t at = 0) {
+        if (damage == Damage::None) *this = {what, std::string(file), at};
+    }
 };
 
 // Visits the packages of one type that are installed and whole. They are read from `database` when that is not empty,
-// else from where they normally lie; where there is nothing, nothing is visited.
+// else from where they normally lie; where there is nothing, nothing is visited. A file that may not be read is no
+// damage: the tree counts it. Each type has the allowance of `texts` for itself. A package whose name, version or
+// architecture is longer than kLongestValue is damage; any other text that long is unknown.
 PackageDatabase visitPackages(PackageType type, const Root& root, const std::string& database,
                               PackageTexts& texts, const PackageVisitor& visit);
 

@@ -1,6 +1,7 @@
 #include "toolkit/machine/RpmHeader.h"
 
 #include "toolkit/machine/BigEndian.h"
+#include "toolkit/machine/Budget.h"
 
 namespace toolkit {
 namespace {
@@ -28,10 +29,10 @@ enum Tag : std::uint64_t {
 enum Type : std::uint64_t { kInt32 = 4, kInt64 = 5, kString = 6, kTranslatedString = 9 };
 
 // The text that begins `bytes`; of a translated one the first, which is not translated. Empty without its
-// end.
+// end, which is not looked for farther away than a text is long.
 std::string_view textOf(std::uint64_t type, std::string_view bytes) {
     if (type != kString && type != kTranslatedString) return {};
-    const std::size_t end = bytes.find('\0');
+    const std::size_t end = bytes.substr(0, kLongestValue + 1).find('\0');
     return end == std::string_view::npos ? std::string_view() : bytes.substr(0, end);
 }
 

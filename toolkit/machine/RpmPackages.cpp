@@ -1,3 +1,4 @@
+#include "toolkit/machine/InputFile.h"
 #include "toolkit/machine/Packages.h"
 #include "toolkit/machine/RpmHeader.h"
 #include "toolkit/machine/SqliteFile.h"
@@ -14,6 +15,7 @@ InstalledPackage packageOf(const RpmPackage& rpm, std::string_view database, Pac
     package.type = PackageType::Rpm;
     package.name = texts.keep(rpm.name);
     package.version = texts.keep({epoch, epoch.empty() ? "" : ":", rpm.version, "-", rpm.release});
+    if (package.version.empty()) return package;  // more than may be kept
     package.epoch = package.version.substr(0, epoch.size());
     package.upstream = package.version.substr(epoch.empty() ? 0 : epoch.size() + 1, rpm.version.size());
     package.release = package.version.substr(package.version.size() - rpm.release.size());
@@ -33,28 +35,38 @@ bool isKey(const RpmPackage& package) {
     return package.name == "gpg-pubkey";
 }
 
-bool visitSqlite(std::string_view file, std::string_view database, PackageTexts& texts,
+// False when a part could not be read.
+bool visitSqlite(InputFile& file, std::string_view database, PackageTexts& texts,
                  const PackageVisitor& visit) {
     bool headersWhole = true;
-    const bool tableWhole = readSqliteTable(file, "Packages", [&](std::string_view record) {
-        RpmPackage package;
-        if (!readRpmHeader(sqliteColumn(record, 1).bytes, package)) {
+    const ReadBytes read = [&](std::uint64_t offset, std::span<char> bytes) {
+        return texts.budget().read(bytes.size()) && file.readAt(offset, bytes) == bytes.size();
+    };
+    const bool tableWhole = readSqliteTable(read, file.size(), "Packages", [&](std::string_view record) {
+        RpmPackage rpm;
+        if (!texts.budget().item()) return;
+        if (!readRpmHeader(sqliteColumn(record, 1).bytes, rpm)) {
             headersWhole = false;
-        } else if (!isKey(package)) {
-            visit(packageOf(package, database, texts));
+        } else if (!isKey(rpm)) {
+            const InstalledPackage package = packageOf(rpm, database, texts);
+            if (!texts.budget().isSpent()) visit(package);
         }
     });
     return tableWhole && headersWhole;
 }
 
-PackageDatabase readFile(const Root& root, const std::string& path, PackageTexts& texts,
+PackageDatabase readFile(InputFile& file, const Root& root, const std::string& path, PackageTexts& texts,
                          const PackageVisitor& visit) {
-    if (!visitSqlite(FileText(root, path).text(), texts.keep(path), texts, visit))
-        return {Damage::Broken, path};
+    PackageDatabase result;
+    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
+    if (file.state() != InputFile::State::Open) return result;
+    const bool whole = visitSqlite(file, texts.keep(path), texts, visit);
+    if (!whole) result.note(texts.budget().isSpent() ? Damage::TooLarge : Damage::Broken, path);
     // Changes that rpm has not yet carried over into the database.
     const std::string log = path + "-wal";
-    if (!FileText(root, log).text().empty()) return {Damage::Unsaved, log};
-    return {};
+    const InputFile changes(root, log);
+    if (changes.state() == InputFile::State::Open && changes.size() > 0) result.note(Damage::Unsaved, log);
+    return result;
 }
 
 }  // namespace
@@ -62,11 +74,13 @@ PackageDatabase readFile(const Root& root, const std::string& path, PackageTexts
 PackageDatabase visitRpmPackages(const Root& root, const std::string& database, PackageTexts& texts,
                                  const PackageVisitor& visit) {
     if (!database.empty()) {
-        return root.exists(database) ? readFile(root, database, texts, visit) : PackageDatabase();
+        InputFile file(root, database);
+        return readFile(file, root, database, texts, visit);
     }
     for (const std::string folder : {"/usr/lib/sysimage/rpm", "/var/lib/rpm"}) {
         const std::string path = folder + "/rpmdb.sqlite";
-        if (root.exists(path)) return readFile(root, path, texts, visit);
+        InputFile file(root, path);
+        if (file.state() != InputFile::State::Missing) return readFile(file, root, path, texts, visit);
         // The kinds of databases that rpm had before.
         for (const char* const old : {"/Packages", "/Packages.db"}) {
             if (root.exists(folder + old)) return {Damage::Unsupported, folder + old};

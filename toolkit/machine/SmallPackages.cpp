@@ -1,16 +1,42 @@
 // The package formats whose files are small.
+#include <algorithm>
 #include <charconv>
 #include <vector>
 
 #include "toolkit/machine/ApkDatabase.h"
+#include "toolkit/machine/InputFile.h"
 #include "toolkit/machine/KeyFile.h"
 #include "toolkit/machine/Lines.h"
 #include "toolkit/machine/Packages.h"
 #include "toolkit/machine/PacmanDesc.h"
+#include "toolkit/machine/ParagraphReader.h"
 #include "toolkit/machine/SnapMeta.h"
 
 namespace toolkit {
 namespace {
+
+using Damage = PackageDatabase::Damage;
+
+// A copy of a text, no longer than it takes to tell that nobody will believe it.
+std::string_view believable(std::string_view text, PackageTexts& texts) {
+    return texts.keep(text.substr(0, kLongestValue + 1));
+}
+
+ApkPackage keptTexts(ApkPackage package, PackageTexts& texts) {
+    for (std::string_view* const text :
+         {&package.name, &package.version, &package.architecture, &package.maintainer, &package.description,
+          &package.origin, &package.installedSize})
+        *text = believable(*text, texts);
+    return package;
+}
+
+PacmanPackage keptTexts(PacmanPackage package, PackageTexts& texts) {
+    for (std::string_view* const text :
+         {&package.name, &package.version, &package.architecture, &package.packager, &package.description,
+          &package.base, &package.installDate, &package.size})
+        *text = believable(*text, texts);
+    return package;
+}
 
 std::optional<std::uint64_t> numberOf(std::string_view text) {
     std::uint64_t number = 0;
@@ -65,12 +91,12 @@ InstalledPackage packageOf(const SnapMeta& snap, const std::string& revision, co
                            PackageTexts& texts) {
     InstalledPackage package;
     package.type = PackageType::Snap;
-    package.name = texts.keep(snap.name);
-    package.version = texts.keep(snap.version);
+    package.name = believable(snap.name, texts);
+    package.version = believable(snap.version, texts);
     package.upstream = package.version;
-    package.release = texts.keep(revision);
-    package.architecture = texts.keep(snap.architectures);
-    package.description = texts.keep(snap.summary);
+    package.release = believable(revision, texts);
+    package.architecture = believable(snap.architectures, texts);
+    package.description = believable(snap.summary, texts);
     package.database = texts.keep(database);
     return package;
 }
@@ -81,7 +107,7 @@ InstalledPackage flatpakOf(std::string_view name, std::string_view deployed, con
     InstalledPackage package;
     package.type = PackageType::Flatpak;
     package.name = name;
-    package.branch = texts.keep(deployed);
+    package.branch = believable(deployed, texts);
     package.architecture = takeField(package.branch, '/');
     package.database = texts.keep(database);
     return package;
@@ -93,19 +119,41 @@ std::string folderOf(const std::string& database, const char* usual) {
     return database.ends_with('/') ? database : database + "/";
 }
 
+// The content of one of many files; more than this is no description of a package. Empty when there is no such file, and
+// after what went wrong was noted.
+std::string readSmallFile(const Root& root, const std::string& path, PackageTexts& texts,
+                          PackageDatabase& result) {
+    constexpr std::size_t kLargest = std::size_t{1} << 20;
+    InputFile file(root, path);
+    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
+    if (file.state() != InputFile::State::Open) return {};
+    std::string content(std::min<std::uint64_t>(file.size() + 1, kLargest + 1), '\0');
+    content.resize(file.readAt(0, content));
+    const bool whole = content.size() <= kLargest && !file.failed();
+    if (!whole) result.note(Damage::Broken, path);
+    return whole && texts.budget().read(content.size()) ? content : std::string();
+}
+
 }  // namespace
 
 PackageDatabase visitApkPackages(const Root& root, const std::string& database, PackageTexts& texts,
                                  const PackageVisitor& visit) {
     const std::string path = database.empty() ? "/lib/apk/db/installed" : database;
-    const std::string_view text = texts.read(root, path);
-    if (text.empty()) return {};
+    PackageDatabase result;
+    ParagraphReader file(root, path, texts.budget());
+    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
     const std::string_view kept = texts.keep(path);
-    ApkDatabase packages(text);
-    ApkPackage package;
-    while (packages.next(package)) visit(packageOf(package, kept));
-    if (text.back() != '\n') return {PackageDatabase::Damage::Broken, path, text.size()};
-    return {};
+    for (std::string_view text = file.next(); !text.empty(); text = file.next()) {
+        ApkDatabase packages(text);
+        ApkPackage apk;
+        while (packages.next(apk) && texts.budget().item()) {
+            const InstalledPackage package = packageOf(keptTexts(apk, texts), kept);
+            if (!texts.budget().isSpent()) visit(package);
+        }
+    }
+    if (!file.whole()) result.note(Damage::Broken, path, file.damagedAt());
+    if (texts.budget().isSpent()) result.note(Damage::TooLarge, path);
+    return result;
 }
 
 PackageDatabase visitPacmanPackages(const Root& root, const std::string& database, PackageTexts& texts,
@@ -114,12 +162,17 @@ PackageDatabase visitPacmanPackages(const Root& root, const std::string& databas
     PackageDatabase result;
     for (const std::string& name : root.list(folder)) {
         if (name == "ALPM_DB_VERSION") continue;
+        if (!texts.budget().item()) {
+            result.note(Damage::TooLarge, folder);
+            break;
+        }
         const std::string path = folder + name + "/desc";
-        const PacmanPackage package = readPacmanDesc(texts.keep(root.read(path).value_or(std::string())));
-        if (!package.name.empty()) {
-            visit(packageOf(package, texts.keep(path)));
-        } else if (result.path.empty()) {
-            result = {PackageDatabase::Damage::Broken, path};
+        const std::string text = readSmallFile(root, path, texts, result);
+        const PacmanPackage pacman = keptTexts(readPacmanDesc(text), texts);
+        if (pacman.name.empty()) {
+            result.note(Damage::Broken, path);
+        } else if (!texts.budget().isSpent()) {
+            visit(packageOf(pacman, texts.keep(path)));
         }
     }
     return result;
@@ -129,33 +182,45 @@ PackageDatabase visitSnaps(const Root& root, const std::string& database, Packag
                            const PackageVisitor& visit) {
     std::vector<std::string> folders{"/snap/", "/var/lib/snapd/snap/"};
     if (!database.empty()) folders = {folderOf(database, "")};
+    PackageDatabase result;
     for (const std::string& folder : folders) {
         const std::vector<std::string> names = root.list(folder);
         for (const std::string& name : names) {
+            if (!texts.budget().item()) {
+                result.note(Damage::TooLarge, folder);
+                break;
+            }
             const std::string current = folder + name + "/current";
             const std::string path = current + "/meta/snap.yaml";
-            const std::optional<std::string> text = root.read(path);
-            if (!text) continue;
-            const SnapMeta snap = readSnapMeta(*text);
-            if (!snap.name.empty()) visit(packageOf(snap, root.linkName(current), path, texts));
+            const SnapMeta snap = readSnapMeta(readSmallFile(root, path, texts, result));
+            if (snap.name.empty()) continue;
+            const InstalledPackage package = packageOf(snap, root.linkName(current), path, texts);
+            if (!texts.budget().isSpent()) visit(package);
         }
         if (!names.empty()) break;  // where both folders are there, one is a link to the other
     }
-    return {};
+    return result;
 }
 
 PackageDatabase visitFlatpaks(const Root& root, const std::string& database, PackageTexts& texts,
                               const PackageVisitor& visit) {
     const std::string folder = folderOf(database, "/var/lib/flatpak/app/");
+    PackageDatabase result;
     for (const std::string& app : root.list(folder)) {
+        if (!texts.budget().item()) {
+            result.note(Damage::TooLarge, folder);
+            break;
+        }
         const std::string current = folder + app + "/current";
         const std::string path = current + "/active/metadata";
-        const std::optional<std::string> text = root.read(path);
-        if (!text) continue;
-        const std::string_view name = keyFileValue(*text, "Application", "name");
-        if (!name.empty()) visit(flatpakOf(texts.keep(name), root.readLink(current), path, texts));
+        const std::string text = readSmallFile(root, path, texts, result);
+        const std::string_view name = keyFileValue(text, "Application", "name");
+        if (name.empty()) continue;
+        const InstalledPackage package =
+            flatpakOf(believable(name, texts), root.readLink(current), path, texts);
+        if (!texts.budget().isSpent()) visit(package);
     }
-    return {};
+    return result;
 }
 
 }  // namespace toolkit

@@ -1,7 +1,9 @@
 #include "toolkit/machine/SqliteFile.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
+#include <vector>
 
 #include "toolkit/machine/BigEndian.h"
 
@@ -13,6 +15,9 @@ constexpr std::size_t kFileHeader = 100;
 constexpr unsigned kInterior = 5;
 constexpr unsigned kLeaf = 13;
 constexpr unsigned kDeepest = 20;  // a deeper tree than any file can hold runs in a circle
+constexpr std::uint64_t kMostRead = std::uint64_t{4}
+                                    << 30;  // bytes of a file; a sparse one may claim any size
+constexpr std::uint64_t kLongestRecord = std::uint64_t{32} << 20;
 
 // Takes a number of one to nine bytes, of which all but the ninth carry seven bits.
 bool takeVarint(std::string_view& bytes, std::uint64_t& value) {
@@ -51,10 +56,11 @@ SqliteValue valueOf(std::uint64_t type, std::string_view bytes) {
 
 using Row = std::function<void(std::string_view record)>;
 
-// One way through the tree of pages that is a table.
+// One way through the tree of pages that is a table. Each page is read once: a sound table has it once, a broken one may
+// send its readers in circles.
 class TableWalk {
   public:
-    TableWalk(std::string_view file, const Row& row);
+    TableWalk(const ReadBytes& read, std::uint64_t size, const Row& row);
 
     // All rows below the page; false when some could not be read.
     bool walk(std::uint64_t page) { return walk(page, 0); }
@@ -63,39 +69,44 @@ class TableWalk {
     bool walk(std::uint64_t number, unsigned depth);
     bool walkInterior(std::string_view page, std::size_t head, unsigned depth);
     bool walkLeaf(std::string_view page, std::size_t head);
-    bool readPayload(std::string_view cell);
-    std::string_view takePage(std::uint64_t number);
+    std::size_t readPayload(std::string_view cell);
+    bool readOverflow(std::uint64_t page, std::size_t size);
+    bool takePage(std::uint64_t number, std::string& page);
 
-    const std::string_view file_;
+    const ReadBytes& read_;
     const Row& row_;
     std::size_t pageSize_ = 0;  // 0 when the file is no database
     std::size_t usable_ = 0;
-    std::size_t pagesLeft_ = 0;
+    std::vector<bool> taken_;  // of each page
     std::string payload_;
+    std::string overflow_;  // the latest page of that kind
 };
 
-TableWalk::TableWalk(std::string_view file, const Row& row) : file_(file), row_(row) {
-    if (file.size() < kFileHeader || file.substr(0, kMagic.size()) != kMagic) return;
-    const auto size = static_cast<std::size_t>(bigEndian(file, 16, 2));
-    const std::size_t pageSize = size == 1 ? 65536 : size;
+TableWalk::TableWalk(const ReadBytes& read, std::uint64_t size, const Row& row) : read_(read), row_(row) {
+    std::array<char, kFileHeader> header;
+    if (!read(0, header)) return;
+    const std::string_view file(header.data(), header.size());
+    if (file.substr(0, kMagic.size()) != kMagic) return;
+    const auto told = static_cast<std::size_t>(bigEndian(file, 16, 2));
+    const std::size_t pageSize = told == 1 ? 65536 : told;
     const auto reserved = static_cast<std::size_t>(bigEndian(file, 20, 1));
     if (pageSize < 512 || reserved > pageSize - 480) return;
     pageSize_ = pageSize;
     usable_ = pageSize - reserved;
-    pagesLeft_ = file.size() / pageSize;
+    taken_.resize(static_cast<std::size_t>(std::min(size, kMostRead) / pageSize));
 }
 
-// Pages are numbered from 1. Empty when the file does not have the whole of it, and when more pages were
-// asked for than there are: a sound table has each page once, a broken one may send its readers in circles.
-std::string_view TableWalk::takePage(std::uint64_t number) {
-    if (pagesLeft_ == 0 || number == 0 || number > file_.size() / pageSize_) return {};
-    --pagesLeft_;
-    return file_.substr(static_cast<std::size_t>(number - 1) * pageSize_, usable_);
+// Pages are numbered from 1. False when the file does not have the whole of it, and when it was taken before.
+bool TableWalk::takePage(std::uint64_t number, std::string& page) {
+    if (number == 0 || number > taken_.size() || taken_[static_cast<std::size_t>(number - 1)]) return false;
+    taken_[static_cast<std::size_t>(number - 1)] = true;
+    page.resize(usable_);
+    return read_((number - 1) * pageSize_, page);
 }
 
 bool TableWalk::walk(std::uint64_t number, unsigned depth) {
-    const std::string_view page = depth > kDeepest ? std::string_view() : takePage(number);
-    if (page.empty()) return false;
+    std::string page;
+    if (depth > kDeepest || !takePage(number, page)) return false;
     const std::size_t head = number == 1 ? kFileHeader : 0;
     const std::uint64_t type = bigEndian(page, head, 1);
     if (type == kInterior) return walkInterior(page, head, depth);
@@ -117,39 +128,50 @@ bool TableWalk::walkInterior(std::string_view page, std::size_t head, unsigned d
 bool TableWalk::walkLeaf(std::string_view page, std::size_t head) {
     const auto count = static_cast<std::size_t>(bigEndian(page, head + 3, 2));
     if (head + 8 + 2 * count > page.size()) return false;
+    std::size_t room =
+        page.size() - (head + 8 + 2 * count);  // for cells, which do not overlap in a sound page
     bool whole = true;
     for (std::size_t i = 0; i < count; ++i) {
         const auto cell = static_cast<std::size_t>(bigEndian(page, head + 8 + 2 * i, 2));
-        if (cell < page.size() && readPayload(page.substr(cell))) {
-            row_(payload_);
-        } else {
-            whole = false;
-        }
+        const std::size_t length = cell < page.size() ? readPayload(page.substr(cell)) : 0;
+        if (length > room) return false;
+        room -= length;
+        if (length > 0) row_(payload_);
+        whole = whole && length > 0;
     }
     return whole;
 }
 
-// The payload of a leaf's cell: what the page holds of it, then a chain of overflow pages.
-bool TableWalk::readPayload(std::string_view cell) {
+// The payload of a leaf's cell: what the page holds of it, then a chain of overflow pages. The length of the cell; 0 when
+// it does not hold together.
+std::size_t TableWalk::readPayload(std::string_view cell) {
+    const std::size_t before = cell.size();
     std::uint64_t size = 0;
     std::uint64_t rowId = 0;
-    if (!takeVarint(cell, size) || !takeVarint(cell, rowId) || size > file_.size()) return false;
-    const std::size_t most = usable_ - 35;
-    const std::size_t least = (usable_ - 12) * 32 / 255 - 23;
+    const std::uint64_t most = std::min<std::uint64_t>(taken_.size() * pageSize_, kLongestRecord);
+    if (!takeVarint(cell, size) || !takeVarint(cell, rowId) || size > most) return 0;
+    const std::size_t mostLocal = usable_ - 35;
+    const std::size_t leastLocal = (usable_ - 12) * 32 / 255 - 23;
     std::size_t local = size;
-    if (size > most) {
-        local = least + (size - least) % (usable_ - 4);
-        if (local > most) local = least;
+    if (size > mostLocal) {
+        local = leastLocal + (size - leastLocal) % (usable_ - 4);
+        if (local > mostLocal) local = leastLocal;
     }
     const bool overflows = local < size;
-    if (local + (overflows ? 4 : 0) > cell.size()) return false;
+    const std::size_t end = local + (overflows ? 4 : 0);
+    if (end > cell.size()) return 0;
     payload_ = cell.substr(0, local);
-    std::uint64_t next = overflows ? bigEndian(cell, local, 4) : 0;
+    if (overflows && !readOverflow(bigEndian(cell, local, 4), size)) return 0;
+    return before - cell.size() + end;
+}
+
+// Appends what stands in the chain of pages, until the payload has this size.
+bool TableWalk::readOverflow(std::uint64_t next, std::size_t size) {
     while (payload_.size() < size) {
-        const std::string_view page = takePage(next);
-        if (page.empty()) return false;
-        next = bigEndian(page, 0, 4);
-        payload_ += page.substr(4, std::min<std::size_t>(size - payload_.size(), usable_ - 4));
+        if (!takePage(next, overflow_)) return false;
+        next = bigEndian(overflow_, 0, 4);
+        const std::size_t wanted = std::min(size - payload_.size(), usable_ - 4);
+        payload_.append(overflow_, 4, wanted);
     }
     return true;
 }
@@ -173,15 +195,15 @@ SqliteValue sqliteColumn(std::string_view record, unsigned column) {
     return {};
 }
 
-bool readSqliteTable(std::string_view file, std::string_view table, const Row& row) {
+bool readSqliteTable(const ReadBytes& read, std::uint64_t size, std::string_view table, const Row& row) {
     std::uint64_t root = 0;
     const Row findRoot = [&](std::string_view record) {
         const bool wanted =
             sqliteColumn(record, 0).bytes == "table" && sqliteColumn(record, 1).bytes == table;
         if (wanted) root = static_cast<std::uint64_t>(sqliteColumn(record, 3).number);
     };
-    TableWalk(file, findRoot).walk(1);
-    return TableWalk(file, row).walk(root);
+    TableWalk(read, size, findRoot).walk(1);
+    return TableWalk(read, size, row).walk(root);
 }
 
 }  // namespace toolkit

@@ -7,22 +7,22 @@
 namespace toolkit::quorvah {
 namespace {
 
-// Null when there is none.
-std::unique_ptr<FileText> openDatabase(const Options& options, const std::string& fileName) {
+// Empty when there is none.
+std::string readDatabase(const Options& options, const std::string& fileName) {
     const Root host;
     std::vector<std::string> folders = {options.ids};
     if (options.ids.empty()) folders = {"/usr/share/misc", "/usr/share/hwdata"};
     for (std::string& folder : folders) {
-        auto file = std::make_unique<FileText>(host, folder.append("/").append(fileName));
-        if (!file->text().empty()) return file;
+        std::string text = host.read(folder.append("/").append(fileName)).value_or(std::string());
+        if (!text.empty()) return text;
     }
-    return nullptr;
+    return {};
 }
 
 }  // namespace
 
 NameDatabase::NameDatabase(const Options& options, const char* fileName)
-    : file_(openDatabase(options, fileName)), ids_(file_ ? file_->text() : std::string_view()) {}
+    : text_(readDatabase(options, fileName)), ids_(text_) {}
 
 std::string nameDatabaseVersions(const Options& options) {
     std::string versions;

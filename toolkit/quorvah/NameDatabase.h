@@ -1,9 +1,7 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "toolkit/machine/FileText.h"
 #include "toolkit/quorvah/IdsFile.h"
 #include "toolkit/quorvah/Scan.h"
 
@@ -20,7 +18,7 @@ class NameDatabase {
     IdsFile& ids() { return ids_; }
 
   private:
-    std::unique_ptr<FileText> file_;
+    std::string text_;
     IdsFile ids_;
 };
 

@@ -55,7 +55,11 @@ std::uint64_t kibOf(std::uint64_t bytes) {
 class Gatherer {
   public:
     Gatherer(const Scan& scan, Report& report)
-        : scan_(scan), root_(scan.root()), report_(report), distribution_(distributionId(root_)) {
+        : scan_(scan),
+          root_(scan.root()),
+          report_(report),
+          distribution_(distributionId(root_)),
+          texts_(std::make_shared<PackageTexts>(allowanceOf(scan))) {
         report.keep(texts_);
     }
 
@@ -63,11 +67,17 @@ class Gatherer {
         for (const PackageType type : kPackageTypes) {
             const PackageDatabase database = visitPackages(
                 type, root_, {}, *texts_, [&](const InstalledPackage& package) { add(package); });
-            note(type, database.damage);
+            note(type, database);
         }
     }
 
   private:
+    static Allowance allowanceOf(const Scan& scan) {
+        Allowance allowance;
+        allowance.deadline = scan.deadline;
+        return allowance;
+    }
+
     void add(const InstalledPackage& package) {
         constexpr std::size_t kBetweenLooks =
             64;  // packages; looking at the clock for each would cost more than some
@@ -98,19 +108,40 @@ class Gatherer {
         return dates_->of(package);
     }
 
-    void note(PackageType type, PackageDatabase::Damage damage) {
-        const char* word = nullptr;
-        if (damage == PackageDatabase::Damage::Broken) word = "-broken";
-        if (damage == PackageDatabase::Damage::Unsupported) word = "-unsupported";
-        if (damage == PackageDatabase::Damage::Unsaved) word = "-unsaved";
-        if (word != nullptr) report_.partial(std::string(nameOf(type)) + word);
+    static const char* wordOf(PackageDatabase::Damage damage) {
+        using Damage = PackageDatabase::Damage;
+        switch (damage) {
+            case Damage::None:
+                return nullptr;
+            case Damage::Broken:
+                return "-broken";
+            case Damage::Unsupported:
+                return "-unsupported";
+            case Damage::Unsaved:
+                return "-unsaved";
+            case Damage::Unreadable:
+                return "-unreadable";
+            case Damage::TooLarge:
+                return "-too-large";
+            case Damage::OutOfTime:
+                return "-timeout";
+        }
+        return "-broken";
+    }
+
+    void note(PackageType type, const PackageDatabase& database) {
+        const char* const word = wordOf(database.damage);
+        if (word == nullptr) return;
+        const std::string reason = std::string(nameOf(type)) + word;
+        report_.partial(reason);
+        report_.warn(reason + ": " + database.path);
     }
 
     const Scan& scan_;
     const Root& root_;
     Report& report_;
     const std::string distribution_;
-    const std::shared_ptr<PackageTexts> texts_ = std::make_shared<PackageTexts>();
+    const std::shared_ptr<PackageTexts> texts_;
     std::optional<DpkgDates> dates_;
 };
 

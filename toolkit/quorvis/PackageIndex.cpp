@@ -31,13 +31,34 @@ std::vector<PackageType> wantedTypes(const Settings::Packages& settings) {
 }
 
 std::string_view describe(PackageDatabase::Damage damage) {
+    using Damage = PackageDatabase::Damage;
     switch (damage) {
-        case PackageDatabase::Damage::Unsupported:
+        case Damage::Unsupported:
             return "of a kind that cannot be read";
-        case PackageDatabase::Damage::Unsaved:
+        case Damage::Unsaved:
             return "beside a log with changes that are not read";
+        case Damage::Unreadable:
+            return "no file that can be read";
+        case Damage::TooLarge:
+            return "larger than what is read of one";
+        case Damage::OutOfTime:
+            return "read only in part, for the time is over";
         default:
             return "damaged";
+    }
+}
+
+EventCode codeOf(PackageDatabase::Damage damage) {
+    using Damage = PackageDatabase::Damage;
+    switch (damage) {
+        case Damage::Unreadable:
+            return EventCode::Io;
+        case Damage::TooLarge:
+            return EventCode::LimitBytes;
+        case Damage::OutOfTime:
+            return EventCode::Deadline;
+        default:
+            return EventCode::Parse;
     }
 }
 
@@ -100,7 +121,7 @@ void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database)
     std::string text = "the package database is ";
     text += describe(database.damage);
     if (database.offset != 0) text += " from byte " + std::to_string(database.offset) + " on";
-    damages_.push_back({type, Event{EventCode::Parse, database.path, std::move(text), {}, {}}});
+    damages_.push_back({type, Event{codeOf(database.damage), database.path, std::move(text), {}, {}}});
 }
 
 std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {

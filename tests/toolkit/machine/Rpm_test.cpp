@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -37,7 +38,12 @@ struct Row {
 
 std::vector<Row> column(const std::string& file, std::string_view table, unsigned index, bool& whole) {
     std::vector<Row> rows;
-    whole = readSqliteTable(file, table, [&](std::string_view record) {
+    const ReadBytes read = [&file](std::uint64_t offset, std::span<char> bytes) {
+        if (offset > file.size() || bytes.size() > file.size() - offset) return false;
+        std::copy_n(file.begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
+        return true;
+    };
+    whole = readSqliteTable(read, file.size(), table, [&](std::string_view record) {
         const SqliteValue value = sqliteColumn(record, index);
         rows.push_back({value.kind, value.number, std::string(value.bytes)});
     });
@@ -135,17 +141,75 @@ TEST(SqliteFile, WrongBytesEndTheReading) {
     }
 }
 
-struct Entry {
-    unsigned tag;
-    unsigned type;
-    std::string data;
-};
-
 std::string number(std::uint64_t value, int width) {
     std::string bytes;
     for (int i = width - 1; i >= 0; --i) bytes += static_cast<char>(value >> (8 * i));
     return bytes;
 }
+
+// A database whose second page is a leaf of a table with that many pointers to one cell.
+std::string databaseOfOneCell(std::size_t pointers) {
+    std::string file =
+        databaseOf("pragma page_size=65536; create table t(v); insert into t values (zeroblob(32000));");
+    std::string page = file.substr(65536, 65536);
+    const std::string cell = page.substr(5, 2);  // where the only one begins
+    page.replace(3, 2, number(pointers, 2));
+    for (std::size_t i = 0; i < pointers; ++i) page.replace(8 + 2 * i, 2, page.substr(8, 2));
+    EXPECT_EQ(page.substr(8, 2), cell);
+    return file.replace(65536, 65536, page);
+}
+
+TEST(SqliteFile, CellsThatOverlapEndTheirPageBeforeItGivesMoreThanItHolds) {
+    for (const std::size_t pointers : {3U, 100U, 16000U}) {
+        bool whole = true;
+        std::size_t bytes = 0;
+        for (const Row& row : column(databaseOfOneCell(pointers), "t", 0, whole)) bytes += row.bytes.size();
+        EXPECT_FALSE(whole) << pointers;
+        EXPECT_LE(bytes, 65536U) << pointers;
+        EXPECT_GE(bytes, 32000U) << "what comes before is handed out";
+    }
+}
+
+TEST(SqliteFile, APageThatIsNamedTwiceIsReadOnce) {
+    // The only interior page's children all become the first one.
+    std::string file = databaseOf(
+        "pragma page_size=512; create table t(id integer primary key, v);"
+        "with recursive n(i) as (select 1 union all select i + 1 from n where i < 40) "
+        "insert into t select i, zeroblob(300) from n;");
+    bool whole = false;
+    ASSERT_EQ(40U, column(file, "t", 1, whole).size());
+    const std::size_t root = 512;
+    ASSERT_EQ('\x05', file[root]);
+    const auto cellAt = [&](std::size_t i) {
+        const std::size_t at = root + 12 + 2 * i;
+        return root + static_cast<unsigned char>(file[at]) * 256U + static_cast<unsigned char>(file[at + 1]);
+    };
+    const std::string first = file.substr(cellAt(0), 4);
+    for (std::size_t i = 1; i < 10; ++i) file.replace(cellAt(i), 4, first);
+    EXPECT_LE(column(file, "t", 1, whole).size(), 31U);
+    EXPECT_FALSE(whole);
+}
+
+TEST(SqliteFile, ASparseFileThatClaimsATebibyteTakesNoMemoryForIt) {
+    const std::string file = databaseOf("create table t(v); insert into t values (1);");
+    std::size_t rows = 0;
+    std::size_t asked = 0;
+    const ReadBytes read = [&](std::uint64_t offset, std::span<char> bytes) {
+        asked = std::max(asked, bytes.size());
+        std::ranges::fill(bytes, '\0');
+        if (offset < file.size()) file.copy(bytes.data(), bytes.size(), static_cast<std::size_t>(offset));
+        return true;
+    };
+    EXPECT_TRUE(readSqliteTable(read, std::uint64_t{1} << 40, "t", [&](std::string_view) { ++rows; }));
+    EXPECT_EQ(1U, rows);
+    EXPECT_LE(asked, 65536U);
+}
+
+struct Entry {
+    unsigned tag;
+    unsigned type;
+    std::string data;
+};
 
 std::string header(const std::vector<Entry>& entries) {
     std::string index;
@@ -209,6 +273,17 @@ TEST(RpmHeader, ValuesOfTheWrongTypeAreLeftOut) {
     ASSERT_TRUE(readRpmHeader(bytes, package));
     EXPECT_EQ("", package.version);
     EXPECT_EQ(0U, package.size);
+}
+
+TEST(RpmHeader, ATextWithoutAnEndIsNotLookedForThroughoutTheHeader) {
+    std::vector<Entry> entries{{1000, 6, text("a")}};
+    for (int i = 0; i < 60'000; ++i) entries.push_back({1004, 6, "A"});
+    entries.push_back({1001, 6, std::string(8 << 20, 'A')});
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(header(entries), package));
+    EXPECT_EQ("a", package.name);
+    EXPECT_EQ("", package.summary);
+    EXPECT_EQ("", package.version);
 }
 
 TEST(RpmHeader, HeadersThatAreBrokenOrNamelessAreRefused) {

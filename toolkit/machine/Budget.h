@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace toolkit {
+
+// The longest value that is believed, in bytes. What is longer is no name, version or line of text.
+inline constexpr std::size_t kLongestValue = 4096;
+
+// What reading something that a stranger may have made may cost: far more than anything real does.
+struct Allowance {
+    std::uint64_t bytesRead = std::uint64_t{512} << 20;
+    std::uint64_t bytesKept = std::uint64_t{32} << 20;
+    std::uint64_t items = 100'000;
+    std::optional<std::chrono::steady_clock::time_point> deadline;
+};
+
+// What is left of an allowance. Where one part of it is used up, nothing more is allowed.
+class Budget {
+  public:
+    enum class Spent : std::uint8_t { Nothing, Bytes, Kept, Items, Time };
+
+    explicit Budget(const Allowance& allowance = {}) : left_(allowance) {}
+
+    // Each takes from the allowance, and is false when there was not enough of it, now or before.
+    bool read(std::uint64_t bytes) { return take(left_.bytesRead, bytes, Spent::Bytes) && inTime(); }
+    bool keep(std::uint64_t bytes) { return take(left_.bytesKept, bytes, Spent::Kept); }
+    bool item() {
+        constexpr std::uint64_t kBetweenLooks = 64;  // looking at the clock costs more than many an item
+        return take(left_.items, 1, Spent::Items) && (left_.items % kBetweenLooks != 0 || inTime());
+    }
+
+    Spent spent() const { return spent_; }
+    bool isSpent() const { return spent_ != Spent::Nothing; }
+
+  private:
+    bool take(std::uint64_t& left, std::uint64_t wanted, Spent what) {
+        if (!isSpent() && wanted > left) spent_ = what;
+        if (isSpent()) return false;
+        left -= wanted;
+        return true;
+    }
+    bool inTime() {
+        if (left_.deadline && std::chrono::steady_clock::now() >= *left_.deadline) spent_ = Spent::Time;
+        return !isSpent();
+    }
+
+    Allowance left_;
+    Spent spent_ = Spent::Nothing;
+};
+
+}  // namespace toolkit
