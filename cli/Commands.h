@@ -5,6 +5,7 @@
 
 namespace zavcli {
 
+int listGroups(const Options& options);
 int hardware(const Options& options);
 int software(const Options& options);
 int checkSoftwareSignatures(const Options& options);

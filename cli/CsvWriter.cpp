@@ -19,6 +19,11 @@ std::string csvField(std::string_view value) {
 std::string csvText(const Inventory& inventory) {
     std::string text = "group,instance,field,value\r\n";
     for (const Group& group : inventory.groups) {
+        fmt::format_to(std::back_inserter(text), "{},,_status,{}\r\n", csvField(group.name),
+                       wordOf(group.status.state));
+        if (!group.status.reason.empty())
+            fmt::format_to(std::back_inserter(text), "{},,_reason,{}\r\n", csvField(group.name),
+                           csvField(group.status.reason));
         for (std::size_t i = 0; i < group.instances.size(); ++i) {
             for (const Field& field : group.instances[i]) {
                 fmt::format_to(std::back_inserter(text), "{},{},{},{}\r\n", csvField(group.name), i,

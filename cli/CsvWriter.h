@@ -13,7 +13,8 @@ namespace zavcli {
 std::string csvField(std::string_view value);
 
 // RFC 4180 with a header line: one record per field of every instance, in the columns group, instance (from
-// 0), field, value.
+// 0), field, value. In front of them stands one for each group without an instance, whose field _status tells how
+// reading it went, and one with the field _reason where there is a reason.
 std::string csvText(const Inventory& inventory);
 
 // One record per variable of every result, in the columns result (from 0), guid, name, variable, value. A

@@ -18,9 +18,6 @@ namespace zavcli {
 
 namespace {
 
-// The scanner's own report; every scanner can give it, on every machine.
-const GroupName kCheapGroup{20, "ScanInfo"};
-
 class Silence : public Listener {
   public:
     void hear(const Message& /*message*/) noexcept override {}
@@ -78,7 +75,7 @@ Check checkHardwareScanner(const Toolkit& toolkit) {
     try {
         Silence silence;
         const Library library(silence, toolkit.directory);
-        scanGroups(library, toolkit.directory, {kCheapGroup});
+        scanGroups(library, toolkit.directory, {kScanInfo});
         return {Verdict::Ok, "hardware scanner", fmt::format("{} ran and wrote a valid inventory", scanner)};
     } catch (const Failure& failure) {
         return {Verdict::Problem, "hardware scanner",

@@ -6,11 +6,19 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/GroupStatus.h"
+
 namespace zavcli {
 
 struct GroupName {
     int id = 0;
     std::string name;
+};
+
+// A group with what the scanner can do about it.
+struct ListedGroup {
+    GroupName group;
+    GroupStatus ability;  // Complete: it is gathered
 };
 
 // The group that is meant by `text`: its id, or its name in any case, with or without blanks ("operating

@@ -4,6 +4,8 @@
 
 #include "cli/Commands.h"
 #include "cli/CsvWriter.h"
+#include "cli/Failure.h"
+#include "cli/HardwareRemarks.h"
 #include "cli/Interrupt.h"
 #include "cli/Inventory.h"
 #include "cli/JsonWriter.h"
@@ -51,8 +53,10 @@ int hardware(const Options& options) {
 
     Reporter reporter(options.verbosity, toolkit.source, progress);
     const Library library(reporter, toolkit.directory);
-    destination.write(written(scan(library, toolkit, root, groups, progress), options));
-    return EXIT_SUCCESS;
+    const Inventory inventory = scan(library, toolkit, root, groups, progress);
+    for (const std::string& remark : remarksOn(inventory)) complain(remark);
+    destination.write(written(inventory, options));
+    return lacksWhatWasAskedFor(inventory, !options.groups.empty()) ? kExitUnread : EXIT_SUCCESS;
 }
 
 }  // namespace zavcli

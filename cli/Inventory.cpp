@@ -46,9 +46,21 @@ Instance readInstance(ZAVHwCtx* hardware, int group, int index) {
 Group readGroup(ZAVHwCtx* hardware, const GroupName& group) {
     int count = 0;
     require(ZAV_hw_get_group_instances(hardware, group.id, &count));
-    Group result{group.id, group.name, {}};
+    Group result{group.id, group.name, {}, {}};
     for (int i = 0; i < count; ++i) result.instances.push_back(readInstance(hardware, group.id, i));
     return result;
+}
+
+bool isScanInfoIn(const std::vector<GroupName>& groups) {
+    return std::any_of(groups.begin(), groups.end(),
+                       [](const GroupName& group) { return group.id == kScanInfo.id; });
+}
+
+Instance scanInfoOf(const std::vector<Group>& groups) {
+    for (const Group& group : groups) {
+        if (group.id == kScanInfo.id && !group.instances.empty()) return group.instances.front();
+    }
+    return {};
 }
 
 }  // namespace
@@ -70,9 +82,15 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
 Inventory takeInventory(const Library& library, const std::string& toolkit, const std::string& root,
                         const std::vector<GroupName>& groups) {
     const ScanRecord record(toolkit, root);
+    std::vector<GroupName> scanned = groups;
+    const bool hidden = !isScanInfoIn(groups);
+    if (hidden) scanned.push_back(kScanInfo);
     Inventory inventory;
-    inventory.groups = scanGroups(library, toolkit, groups);
+    inventory.groups = scanGroups(library, toolkit, scanned);
     inventory.scan = record.facts();
+    inventory.scanInfo = scanInfoOf(inventory.groups);
+    if (hidden) inventory.groups.pop_back();
+    for (Group& group : inventory.groups) group.status = statusOf(group.name, inventory.scanInfo);
     return inventory;
 }
 

@@ -31,6 +31,12 @@ Json instances(const Group& group) {
     return array;
 }
 
+Json status(const Group& group) {
+    Json json = {{"status", wordOf(group.status.state)}};
+    if (!group.status.reason.empty()) json["reason"] = group.status.reason;
+    return json;
+}
+
 Json result(const Finding& finding) {
     Json json = {{"guid", finding.guid}};
     if (!finding.name.empty()) json["name"] = finding.name;
@@ -55,9 +61,15 @@ std::string written(const Json& document) {
 }  // namespace
 
 std::string jsonText(const Inventory& inventory) {
+    Json statuses = Json::object();
     Json groups = Json::object();
-    for (const Group& group : inventory.groups) groups[group.name] = instances(group);
-    return written({{"scan", scanFacts(inventory.scan)}, {"groups", std::move(groups)}});
+    for (const Group& group : inventory.groups) {
+        statuses[group.name] = status(group);
+        groups[group.name] = instances(group);
+    }
+    return written({{"scan", scanFacts(inventory.scan)},
+                    {"status", std::move(statuses)},
+                    {"groups", std::move(groups)}});
 }
 
 std::string jsonText(const SoftwareReport& report) {

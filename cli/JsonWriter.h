@@ -7,8 +7,9 @@
 
 namespace zavcli {
 
-// {"scan": {...}, "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}, indented. Every value is a
-// string; a group without instances is an empty array.
+// {"scan": {...}, "status": {"Processor": {"status": "complete"}, "Memory": {"status": "partial", "reason":
+// "permission"}, ...}, "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}, indented. Every value is a
+// string; a group without instances is an empty array, and its status tells whether there are none.
 std::string jsonText(const Inventory& inventory);
 
 // {"scan": {...}, "results": [{"guid": ..., "name": ..., "variables": {...}, "metadata": {...}, "evidence":

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/GroupStatus.h"
+
 namespace zavcli {
 
 struct Field {
@@ -18,6 +20,7 @@ struct Group {
     int id = 0;
     std::string name;
     std::vector<Instance> instances;
+    GroupStatus status = {};
 };
 
 // The circumstances of a scan.
@@ -32,6 +35,7 @@ struct ScanFacts {
 struct Inventory {
     ScanFacts scan;
     std::vector<Group> groups;  // every group asked for, also those without instances
+    Instance scanInfo = {};     // what the scanner tells of the scan; empty when it tells nothing
 };
 
 }  // namespace zavcli

@@ -20,7 +20,8 @@ constexpr const char* kMainFooter = R"(Examples:
   zav sw signatures.xml                    which of the software described there is installed
   zav doctor                               why it does not work, if it does not
 
-Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong.
+Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong, 3 the inventory is written, but something
+that was asked for could not be read.
 'zav hw --help' and 'zav sw --help' tell more.)";
 
 constexpr const char* kHardwareFooter =
@@ -30,9 +31,16 @@ constexpr const char* kHardwareFooter =
 Formats:
   table  to read. Several instances stand in a table below the values that all of them share. With all groups, long
          groups and long values are cut short; --group or --all shows them whole.
-  json   {"scan": {...}, "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings
-  csv    one record per field: group,instance,field,value; instances count from 0
-  xml    one element per instance below the root, one element per field in it, as the scanner writes
+  json   {"scan": {...}, "status": {"Processor": {"status": "complete"}, ...},
+         "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings
+  csv    one record per field: group,instance,field,value; instances count from 0; the field _status of a group without
+         an instance tells how reading it went
+  xml    one element per instance below the root, one element per field in it, as the scanner writes; the scanner's own
+         ScanInfo, which tells how reading each group went, is always among them
+
+That a group has no instances means that there are none only where it is complete. Others are told on standard error:
+partial, unread (it could not be read), unsupported (the scanner does not know how), not-applicable (this system has no
+such thing, or the scanned directory does not tell of it), or unknown where the scanner does not say.
 
 The scanner 'quorvah' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the one that
 came with this command. --root is understood by the latter, so an installed toolkit is passed over then.
@@ -41,7 +49,11 @@ Examples:
   sudo zav hw                                      serial numbers and memory modules need root
   zav hw --group "Software Packages" --all
   zav hw --group 25 --format csv --output packages.csv
-  zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine)";
+  zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine
+
+Exit status: 0 the inventory is written, 1 it failed, 2 the command line is wrong, 3 it is written, but a group could not
+be read, or is partial for another reason than a missing permission, or was named by --group and the scanner does not
+know how to gather it.)";
 
 constexpr const char* kSoftwareFooter =
     R"(A signatures file describes software: which packages, files or contents tell that it is installed, and which values,
@@ -151,6 +163,7 @@ void addSoftware(CLI::App& app, Options& options, std::string& format, int& verb
 void addGroups(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("groups", "List the groups");
     addFormat(command, format, {"table", "json", "csv"}, "table (the default), json or csv");
+    addToolkit(command, options);
     command.callback([&options] { options.command = Command::Groups; });
 }
 

@@ -21,12 +21,15 @@ constexpr int kNameColumns = 22;
 std::optional<std::string> finishedGroup(const Message& message) {
     constexpr std::string_view kLead = "STDOUT data: [group ";
     std::string_view text = message.text;
-    if (message.function != "ZAV_hw_run" || !text.starts_with(kLead) || !text.ends_with(" ms]"))
+    if (message.function != "ZAV_hw_run" || !text.starts_with(kLead) || !text.ends_with(']'))
         return std::nullopt;
     text.remove_prefix(kLead.size());
     const std::size_t colon = text.find(": ");
     if (colon == std::string_view::npos || colon == 0) return std::nullopt;
-    if (text.find(" instance", colon) == std::string_view::npos) return std::nullopt;
+    // Behind the time there may be a word on what went wrong.
+    const std::size_t counted = text.find(" instance", colon);
+    if (counted == std::string_view::npos || text.find(" ms", counted) == std::string_view::npos)
+        return std::nullopt;
     return std::string(text.substr(0, colon));
 }
 

@@ -36,6 +36,42 @@ std::string withoutTrailingBlanks(std::string line) {
     return line;
 }
 
+// What stands behind the name of a group that has instances.
+std::string remark(const GroupStatus& status) {
+    if (status.state != GroupState::Partial && status.state != GroupState::Unread) return "";
+    return fmt::format(" - incomplete: {}", printable(explained(status.reason)));
+}
+
+std::string withReason(const Group& group) {
+    if (group.status.reason.empty() || group.status.state == GroupState::Unsupported) return group.name;
+    return fmt::format("{} ({})", group.name, printable(explained(group.status.reason)));
+}
+
+// A sentence for each way in which groups can have no instances.
+std::vector<std::string> emptyGroups(const std::vector<Group>& groups) {
+    struct Kind {
+        GroupState state;
+        std::string_view lead;
+    };
+    constexpr std::array<Kind, 6> kKinds{
+        {{GroupState::Complete, "Nothing found for"},
+         {GroupState::Unknown, "Nothing found, and the scanner does not tell whether it looked, for"},
+         {GroupState::Partial, "Could not be read"},
+         {GroupState::Unread, "Could not be read"},
+         {GroupState::NotApplicable, "Not applicable here"},
+         {GroupState::Unsupported, "Not implemented by this scanner"}}};
+    std::vector<std::string> lines;
+    for (const Kind& kind : kKinds) {
+        std::vector<std::string> names;
+        for (const Group& group : groups) {
+            if (group.instances.empty() && group.status.state == kind.state)
+                names.push_back(withReason(group));
+        }
+        if (!names.empty()) lines.push_back(fmt::format("{}: {}.", kind.lead, fmt::join(names, ", ")));
+    }
+    return lines;
+}
+
 class Writer {
   public:
     explicit Writer(const TableStyle& style) : style_(style) {}
@@ -46,14 +82,10 @@ class Writer {
             std::stable_sort(groups.begin(), groups.end(),
                              [](const Group& a, const Group& b) { return rank(a.id) < rank(b.id); });
         }
-        std::vector<std::string> empty;
         for (const Group& group : groups) {
-            if (group.instances.empty())
-                empty.push_back(group.name);
-            else
-                writeGroup(group);
+            if (!group.instances.empty()) writeGroup(group);
         }
-        if (!empty.empty()) paragraph("", fmt::format("Nothing found for: {}.", fmt::join(empty, ", ")));
+        for (const std::string& line : emptyGroups(groups)) paragraph("", line);
         if (leftOut_)
             paragraph("", "Some rows or fields are left out: --all shows them, and so do json, csv and xml.");
         return text_;
@@ -74,9 +106,9 @@ class Writer {
         const std::string name =
             style_.bold ? fmt::format("\x1b[1m{}\x1b[0m", printable(group.name)) : printable(group.name);
         if (group.instances.size() > 1)
-            print("{} ({})\n", name, group.instances.size());
+            print("{} ({}){}\n", name, group.instances.size(), remark(group.status));
         else
-            print("{}\n", name);
+            print("{}{}\n", name, remark(group.status));
     }
 
     void writeGroup(const Group& group) {

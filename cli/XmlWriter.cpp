@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
+#include <string_view>
 
 #include "cli/XmlText.h"
 
@@ -10,9 +10,18 @@ namespace zavcli {
 
 namespace {
 
+constexpr std::string_view kScanInfo = "ScanInfo";
+
 std::string element(const Field& field) {
     if (field.value.empty()) return fmt::format("    <{}/>\n", field.name);
     return fmt::format("    <{0}>{1}</{0}>\n", field.name, escapedXml(field.value));
+}
+
+std::string element(std::string_view group, const Instance& instance) {
+    if (instance.empty()) return fmt::format("  <{}/>\n", group);
+    std::string text = fmt::format("  <{}>\n", group);
+    for (const Field& field : instance) text += element(field);
+    return text + fmt::format("  </{}>\n", group);
 }
 
 std::string element(const Finding& finding) {
@@ -31,17 +40,12 @@ std::string element(const Finding& finding) {
 
 std::string xmlText(const Inventory& inventory) {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Inventory>\n";
+    bool tellsOfScan = false;
     for (const Group& group : inventory.groups) {
-        for (const Instance& instance : group.instances) {
-            if (instance.empty()) {
-                fmt::format_to(std::back_inserter(text), "  <{}/>\n", group.name);
-                continue;
-            }
-            fmt::format_to(std::back_inserter(text), "  <{}>\n", group.name);
-            for (const Field& field : instance) text += element(field);
-            fmt::format_to(std::back_inserter(text), "  </{}>\n", group.name);
-        }
+        for (const Instance& instance : group.instances) text += element(group.name, instance);
+        tellsOfScan = tellsOfScan || group.name == kScanInfo;
     }
+    if (!tellsOfScan && !inventory.scanInfo.empty()) text += element(kScanInfo, inventory.scanInfo);
     return text + "</Inventory>\n";
 }
 

@@ -6,12 +6,9 @@
 #include "cli/Commands.h"
 #include "cli/Doctor.h"
 #include "cli/Failure.h"
-#include "cli/GroupWriter.h"
 #include "cli/Interrupt.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
-#include "cli/Probe.h"
-#include "cli/Reporter.h"
 #include "cli/StandardStreams.h"
 #include "cli/Terminal.h"
 #include "cli/Text.h"
@@ -19,23 +16,6 @@
 namespace zavcli {
 
 namespace {
-
-int listGroups(const Options& options) {
-    Progress progress(false);
-    Reporter reporter(Verbosity::Errors, ToolkitSource::Bundled, progress);
-    const std::vector<GroupName> groups = probeLibrary(reporter).groups;
-    switch (options.format) {
-        case Format::Json:
-            writeStandardOutput(groupJson(groups));
-            break;
-        case Format::Csv:
-            writeStandardOutput(groupCsv(groups));
-            break;
-        default:
-            writeStandardOutput(groupTable(groups));
-    }
-    return EXIT_SUCCESS;
-}
 
 int doctor(const Options& options) {
     const std::vector<Check> checks = examine(options.toolkit);

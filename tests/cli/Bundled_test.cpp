@@ -38,8 +38,8 @@ TEST(Bundled, FormatsAgree) {
     const auto csv = readCsv(bundled({"hw", "--group", "SoftwarePackages", "--format", "csv"}).out);
     const Json& packages = json.at("groups").at("SoftwarePackages");
     ASSERT_TRUE(xml);
-    ASSERT_EQ(packages.size(), xml->size());
-    std::size_t record = 1;
+    ASSERT_EQ(packages.size() + 1, xml->size()) << "the scanner's own report is among them";
+    std::size_t record = 2;  // behind the header and the group's status
     for (std::size_t i = 0; i < packages.size(); ++i) {
         for (const auto& field : xml->at(i).fields) {
             ASSERT_LT(record, csv.size());

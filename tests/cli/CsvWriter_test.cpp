@@ -23,12 +23,16 @@ TEST(CsvWriter, FieldsAreQuotedOnlyWhereNeeded) {
 
 TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
     EXPECT_EQ((Records{{"group", "instance", "field", "value"},
+                       {"Processor", "", "_status", "unknown"},
                        {"Processor", "0", "DeviceID", "cpu0"},
                        {"Processor", "0", "Name", "A, \"B\" & <C>"},
                        {"Processor", "1", "DeviceID", "cpu1"},
                        {"Processor", "1", "Name", ""},
+                       {"Memory", "", "_status", "unknown"},
                        {"Memory", "0", "DeviceID", "memory"},
-                       {"Memory", "0", "Note", "gr\xc3\xb6\xc3\x9f\xf0\x9f\x98\x80"}}),
+                       {"Memory", "0", "Note", "gr\xc3\xb6\xc3\x9f\xf0\x9f\x98\x80"},
+                       {"Modem", "", "_status", "unknown"},
+                       {"Monitor", "", "_status", "unknown"}}),
               zavtest::readCsv(csvText(zavtest::sampleInventory())));
 }
 
@@ -36,9 +40,20 @@ TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
     const Inventory odd = zavtest::oddInventory();
     const Records records = zavtest::readCsv(csvText(odd));
     const Instance& instance = odd.groups[0].instances[0];
-    ASSERT_EQ(instance.size() + 1, records.size());
+    ASSERT_EQ(instance.size() + 2, records.size());
     for (std::size_t i = 0; i < instance.size(); ++i)
-        EXPECT_EQ((zavtest::CsvRecord{"Memory", "0", instance[i].name, instance[i].value}), records[i + 1]);
+        EXPECT_EQ((zavtest::CsvRecord{"Memory", "0", instance[i].name, instance[i].value}), records[i + 2]);
+}
+
+TEST(CsvWriter, TellsHowReadingEachGroupWent) {
+    Inventory inventory;
+    inventory.groups = {{30, "Modem", {}, {GroupState::Complete, ""}},
+                        {25, "SoftwarePackages", {}, {GroupState::Unread, "rpm-broken"}}};
+    EXPECT_EQ((Records{{"group", "instance", "field", "value"},
+                       {"Modem", "", "_status", "complete"},
+                       {"SoftwarePackages", "", "_status", "unread"},
+                       {"SoftwarePackages", "", "_reason", "rpm-broken"}}),
+              zavtest::readCsv(csvText(inventory)));
 }
 
 TEST(CsvWriter, EmptyInventoryIsTheHeaderAlone) {

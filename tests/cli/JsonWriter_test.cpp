@@ -25,6 +25,19 @@ TEST(JsonWriter, GroupWithoutInstancesIsAnEmptyArray) {
     EXPECT_EQ(Json::array({Json::object()}), groups.at("Monitor"));
 }
 
+TEST(JsonWriter, StatusTellsHowReadingEachGroupWent) {
+    Inventory inventory;
+    inventory.groups = {{30, "Modem", {}, {GroupState::Complete, ""}},
+                        {25, "SoftwarePackages", {}, {GroupState::Unread, "rpm-broken"}},
+                        {14, "Printer", {}, {GroupState::Unsupported, ""}},
+                        {32, "Monitor", {}, {}}};
+    EXPECT_EQ((Json{{"Modem", {{"status", "complete"}}},
+                    {"SoftwarePackages", {{"status", "unread"}, {"reason", "rpm-broken"}}},
+                    {"Printer", {{"status", "unsupported"}}},
+                    {"Monitor", {{"status", "unknown"}}}}),
+              Json::parse(jsonText(inventory)).at("status"));
+}
+
 TEST(JsonWriter, ScanTellsItsCircumstances) {
     const Json scan = Json::parse(jsonText(zavtest::sampleInventory())).at("scan");
     EXPECT_EQ((Json{{"program", "zav 0.1.0"},

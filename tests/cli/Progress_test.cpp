@@ -11,6 +11,8 @@ TEST(Progress, ScannerLineNamesTheFinishedGroup) {
     EXPECT_EQ("Processor",
               finishedGroup({2, 3, "ZAV_hw_run", "STDOUT data: [group Processor: 8 instances, 3 ms]"}));
     EXPECT_EQ("Memory", finishedGroup({2, 3, "ZAV_hw_run", "STDOUT data: [group Memory: 1 instance, 0 ms]"}));
+    EXPECT_EQ("Video", finishedGroup({2, 3, "ZAV_hw_run",
+                                      "STDOUT data: [group Video: 0 instances, 0 ms, unsupported]"}));
 }
 
 TEST(Progress, OtherMessagesNameNone) {

@@ -10,6 +10,8 @@
 namespace zavcli {
 namespace {
 
+const GroupStatus kComplete{GroupState::Complete, ""};
+
 Inventory inventoryOf(std::vector<Group> groups) {
     return {{}, std::move(groups)};
 }
@@ -70,9 +72,32 @@ TEST(TableWriter, SeveralInstancesAreATableBelowWhatTheyShare) {
 }
 
 TEST(TableWriter, GroupsWithoutInstancesAreNamedAtTheEnd) {
-    const std::string text =
-        tableText(inventoryOf({{30, "Modem", {}}, {12, "IPXAddress", {}}}), style(false));
+    const std::string text = tableText(
+        inventoryOf({{30, "Modem", {}, kComplete}, {12, "IPXAddress", {}, kComplete}}), style(false));
     EXPECT_EQ("Nothing found for: Modem, IPXAddress.\n", text);
+}
+
+TEST(TableWriter, NothingFoundIsSaidOfCompleteGroupsOnly) {
+    TableStyle wide = style(false);
+    wide.columns = 200;
+    EXPECT_EQ(
+        "Nothing found for: Modem.\n"
+        "Nothing found, and the scanner does not tell whether it looked, for: Monitor.\n"
+        "Could not be read: SoftwarePackages (the rpm database is damaged).\n"
+        "Not applicable here: WinCluster (Windows only).\n"
+        "Not implemented by this scanner: Printer.\n",
+        tableText(inventoryOf({{14, "Printer", {}, {GroupState::Unsupported, ""}},
+                               {25, "SoftwarePackages", {}, {GroupState::Unread, "rpm-broken"}},
+                               {30, "Modem", {}, kComplete},
+                               {32, "Monitor", {}},
+                               {40, "WinCluster", {}, {GroupState::NotApplicable, "windows"}}}),
+                  wide));
+}
+
+TEST(TableWriter, HeadingOfAnIncompleteGroupSaysWhy) {
+    const Group group{3, "Memory", {{{"Size", "1"}}}, {GroupState::Partial, "permission"}};
+    EXPECT_EQ("Memory - incomplete: permission denied; root may read it\n  Size  1\n\n",
+              tableText(inventoryOf({group}), style(false)));
 }
 
 TEST(TableWriter, InstanceWithoutValuesIsSaidToHaveNone) {

@@ -303,7 +303,14 @@ TEST(GroupRunner, EveryChildEnds) {
 }
 
 TEST(GroupResult, TravelsWholeInAFrame) {
-    const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "permission", {"beware", ""}, milliseconds(1234),
+    const GroupResult sent{&kQuick,
+                           {},
+                           "<Quick/>",
+                           {},
+                           1,
+                           "permission",
+                           {"beware", ""},
+                           milliseconds(1234),
                            GroupState::Partial};
     SharedTexts texts;
     ASSERT_TRUE(texts.append("something before it"));
