@@ -58,10 +58,17 @@ int scan(ZAVHwCtx* context) {
     return readOutput(context, output);
 }
 
+// A scan that was broken off leaves no results, not even those of the scan before.
+int wholeOrNothing(ZAVHwCtx* context) {
+    const int code = caught([context] { return scan(context); });
+    if (code == ZAV_ERROR_MEMORY) context->discardResults();
+    return code;
+}
+
 }  // namespace
 }  // namespace zav
 
 int ZAV_hw_run(ZAVHwCtx* context) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    return zav::guarded([context] { return zav::scan(context); });
+    return zav::guarded([context] { return zav::wholeOrNothing(context); });
 }

@@ -82,10 +82,10 @@ ZAVHwCtx::~ZAVHwCtx() {
 
 void ZAVHwCtx::discardResults() {
     returnCode = -1;
-    groups.clear();
+    for (int id = 0; id < zav::kGroupSlots; ++id) std::vector<zav::HWInstance>().swap(groups[id]);
     zav::HW_cleanFields(fieldNames);
-    texts = {};
-    for (int id = 0; id < zav::kGroupSlots; ++id) groups[id].clear();
+    texts.document.reset();
+    texts.joined.clear();
 }
 
 int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** context) {

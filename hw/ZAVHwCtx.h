@@ -44,6 +44,7 @@ struct ZAVHwCtx {
     ZAVHwCtx& operator=(const ZAVHwCtx&) = delete;
 
     // Forgets the results: both maps then hold an empty vector for every group, and there is no valid scan.
+    // Needs no memory but for the first time.
     void discardResults();
 
     ZAVCtx* library = nullptr;

@@ -128,6 +128,30 @@ TEST_F(ThrowingCallbackTest, EndsAScanButNotTheContext) {
     EXPECT_EQ(messages, 10);
 }
 
+TEST_F(ThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
+    open();
+    int nth = 1;
+    for (int code = 5; code == 5; ++nth) {
+        host_ = {};
+        ASSERT_EQ(ZAV_hw_run(context_), 0);
+        host_ = {0, nth};
+        code = ZAV_hw_run(context_);
+        host_ = {};
+        if (code == 0) continue;
+        int returnCode = 0;
+        int count = 0;
+        const wchar_t* text = nullptr;
+        const wchar_t** names = nullptr;
+        EXPECT_EQ(ZAV_hw_get_returncode(context_, &returnCode), 0);
+        EXPECT_EQ(returnCode, -1) << nth;
+        EXPECT_EQ(ZAV_hw_get_group_instances(context_, 3, &count), 107) << nth;
+        EXPECT_EQ(ZAV_hw_get_fields(context_, 3, 0, &names, &count), 107) << nth;
+        EXPECT_EQ(ZAV_hw_get_value(context_, 3, 0, L"Size", &text), 107) << nth;
+    }
+    EXPECT_GT(nth, 10);
+    close();
+}
+
 TEST_F(ThrowingCallbackTest, EndsAFailedScanAlike) {
     toolkit_.put("status", "3");
     for (const char* const program : {"FailAfterOutput", "WriteNothing"}) {
