@@ -1,5 +1,6 @@
 // The three evaluations. They differ in where the signatures come from, and in the codes for files that could
-// not be written: ZAV_sw_evaluate_multi alone hands on what the writers return.
+// not be written: ZAV_sw_evaluate_multi alone hands on what the writers return. What the host hands over may
+// be a text of the old results, which therefore go when it has been taken.
 #include "core/Guard.h"
 #include "sw/SWConfigFile.h"
 #include "sw/SWParser.h"
@@ -18,27 +19,37 @@ int scan(ZAVSwCtx* context, const std::wstring& configFile, const std::wstring& 
     return code != ZAV_SUCCESS ? code : SW_ParseOutput(context, outputFile, warningsFile);
 }
 
-int evaluate(ZAVSwCtx* context, const wchar_t* signature) {
-    SW_deleteResults(context);
-    std::wstring configFile;
+int write(ZAVSwCtx* context, std::wstring& configFile, std::wstring& signatureFile,
+          const wchar_t* signature) {
     if (SW_CreateConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
+    const int code = SW_CreateSignature(context, signatureFile, signature);
+    return code == ZAV_SUCCESS ? ZAV_SUCCESS : ZAV_ERROR_SW_CONFIG;
+}
+
+int writeMulti(ZAVSwCtx* context, std::wstring& configFile, std::wstring& signatureFile,
+               const wchar_t** signatures, unsigned int count) {
+    const int code = SW_CreateConfigFile(context, configFile);
+    return code != ZAV_SUCCESS ? code : SW_CreateSignatures(context, signatureFile, signatures, count);
+}
+
+int evaluate(ZAVSwCtx* context, const wchar_t* signature) {
+    std::wstring configFile;
     std::wstring signatureFile;
-    if (SW_CreateSignature(context, signatureFile, signature) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
-    return scan(context, configFile, signatureFile);
+    const int written = write(context, configFile, signatureFile, signature);
+    SW_deleteResults(context);
+    return written != ZAV_SUCCESS ? written : scan(context, configFile, signatureFile);
 }
 
 int evaluateMulti(ZAVSwCtx* context, const wchar_t** signatures, unsigned int count) {
-    SW_deleteResults(context);
     std::wstring configFile;
-    int code = SW_CreateConfigFile(context, configFile);
-    if (code != ZAV_SUCCESS) return code;
     std::wstring signatureFile;
-    code = SW_CreateSignatures(context, signatureFile, signatures, count);
-    if (code != ZAV_SUCCESS) return code;
-    return scan(context, configFile, signatureFile);
+    const int written = writeMulti(context, configFile, signatureFile, signatures, count);
+    SW_deleteResults(context);
+    return written != ZAV_SUCCESS ? written : scan(context, configFile, signatureFile);
 }
 
-int evaluateFile(ZAVSwCtx* context, const wchar_t* signatureFile) {
+int evaluateFile(ZAVSwCtx* context, const wchar_t* path) {
+    const std::wstring signatureFile = path;
     SW_deleteResults(context);
     std::wstring configFile;
     if (SW_CreateConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;

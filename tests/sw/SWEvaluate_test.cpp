@@ -198,6 +198,77 @@ TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsAFailedWrite) {
     EXPECT_EQ(returnCode(), -1);
 }
 
+// Each is long enough to be given back to the system, or short enough to be used again, when it goes.
+TEST_F(SWEvaluateTest, TextsOfTheOldResultsMayBeTheNewSignatures) {
+    const std::string value(1'000'000, 'v');
+    scannerWrites(
+        "<QEL><MatchedSignature guid='guid'><Metadata>text</Metadata><Variable name='name' value='" + value +
+            "'/></MatchedSignature></QEL>",
+        "<Events><Event/></Events>");
+    const auto text = [this](auto getter) {
+        const wchar_t* found = nullptr;
+        EXPECT_EQ(getter(context(), results().front(), &found), 0);
+        return found;
+    };
+    const auto variable = [](ZAVSwCtx* of, ZAVSwResult* result, const wchar_t** found) {
+        return ZAV_sw_get_value(of, result, L"name", found);
+    };
+    const auto name = [](ZAVSwCtx* of, ZAVSwResult* result, const wchar_t** found) {
+        const wchar_t** names = nullptr;
+        int count = 0;
+        const int code = ZAV_sw_get_variables(of, result, &names, &count);
+        *found = names[0];
+        return code;
+    };
+    ASSERT_EQ(run(), 0);
+    ASSERT_EQ(ZAV_sw_evaluate(context(), text(ZAV_sw_get_metadata)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + "<Metadata>text</Metadata>" + kTail);
+    ASSERT_EQ(ZAV_sw_evaluate(context(), text(ZAV_sw_get_guid)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + "guid" + kTail);
+    ASSERT_EQ(ZAV_sw_evaluate(context(), text(variable)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + value + kTail);
+    ASSERT_EQ(ZAV_sw_evaluate(context(), text(name)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + "name" + kTail);
+}
+
+TEST_F(SWEvaluateTest, ArraysOfTheOldResultsMayBeTheNewSignatures) {
+    scannerWrites("<QEL><MatchedSignature><Variable name='a'/><Variable name='b'/></MatchedSignature></QEL>",
+                  "<Events><Event a='1'/><Event a='2'/></Events>");
+    ASSERT_EQ(run(), 0);
+    const wchar_t** array = nullptr;
+    int count = 0;
+    ASSERT_EQ(ZAV_sw_get_warnings(context(), &array, &count), 0);
+    ASSERT_EQ(ZAV_sw_evaluate_multi(context(), array, static_cast<unsigned int>(count)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + "<Event a=\"1\"/><Event a=\"2\"/>" + kTail);
+    ASSERT_EQ(ZAV_sw_get_variables(context(), results().front(), &array, &count), 0);
+    ASSERT_EQ(ZAV_sw_evaluate_multi(context(), array, static_cast<unsigned int>(count)), 0);
+    EXPECT_EQ(read("seen_signatures"), kHead + "ab" + kTail);
+}
+
+TEST_F(SWEvaluateTest, ATextOfTheOldResultsMayNameTheFileOfSignatures) {
+    const std::string path = put("signatures", "those").string();
+    scannerWrites("<QEL><MatchedSignature guid='" + path + "'/></QEL>");
+    ASSERT_EQ(run(), 0);
+    const wchar_t* guid = nullptr;
+    ASSERT_EQ(ZAV_sw_get_guid(context(), results().front(), &guid), 0);
+    ASSERT_EQ(ZAV_sw_evaluate_file(context(), guid), 0);
+    EXPECT_EQ(read("seen_signatures"), "those");
+}
+
+TEST_F(SWEvaluateTest, TextsOfTheResultsMayBeOptions) {
+    scannerWrites("<QEL><MatchedSignature guid='guid'/></QEL>");
+    ASSERT_EQ(run(), 0);
+    const wchar_t* guid = nullptr;
+    ASSERT_EQ(ZAV_sw_get_guid(context(), results().front(), &guid), 0);
+    EXPECT_EQ(ZAV_sw_setopt_variable(context(), guid, guid, guid), 0);
+    EXPECT_EQ(ZAV_sw_setopt_config(context(), guid, guid, guid), 0);
+    ASSERT_EQ(run(), 0);
+    const std::string configuration = read("seen_configuration");
+    EXPECT_NE(configuration.find("<Variable name=\"guid\" value=\"guid\" guid=\"guid\" />"),
+              std::string::npos);
+    EXPECT_NE(configuration.find("<Attribute name=\"guid\" value=\"guid\"/>"), std::string::npos);
+}
+
 TEST_F(SWEvaluateTest, AFileOfSignaturesIsHandedOnUnread) {
     scannerWrites("<QEL/>");
     const std::filesystem::path file = put("mine with blanks.xml", "not even XML");
