@@ -2,72 +2,89 @@
 
 #include <sched.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <csignal>
+
+#include "kest/Descriptors.linux.h"
+#include "kest/SharedMemory.linux.h"
+#include "kest/SignalsBlocked.h"
 
 namespace kest {
 
 namespace {
 
-// Blocks all signals in the calling thread, so that a thread started meanwhile never runs a handler of the
-// host.
-class SignalBlock {
-  public:
-    SignalBlock() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    SignalBlock(const SignalBlock&) = delete;
-    SignalBlock& operator=(const SignalBlock&) = delete;
-    ~SignalBlock() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
-  private:
-    sigset_t before_ = {};
-};
+// By the bare system call: see keep().
+bool send(int descriptor, int report) {
+    return syscall(SYS_write, descriptor, &report, sizeof report) == sizeof report;
+}
 
 }  // namespace
 
+// While the keeper starts the program, it uses the thread-local memory of this thread. So this one does nothing
+// meanwhile, not even run a handler of the host.
 int KeptProcess::start(const SpawnRequest& request) {
     request_ = &request;
-    {
-        const SignalBlock block;
-        if (const int error = pthread_create(&thread_, nullptr, runThread, this)) return error;
+    Descriptor keepersEnd;
+    if (const int error = openPipe(reports_, keepersEnd)) return error;
+    keepersEnd_ = keepersEnd.number();
+    const SignalsBlocked block;
+    if (const int error = startKeeper()) return error;
+    keepersEnd.close();
+    int error = 0;
+    if (!receive(error)) error = ECHILD;
+    if (error != 0) takeKeeperAway();
+    return error;
+}
+
+// An emulator of another processor knows neither a process that shares memory nor one that ends without a signal.
+int KeptProcess::startKeeper() {
+    const int kinds[] = {CLONE_VM, 0, SIGCHLD};
+    int error = EINVAL;
+    for (const int kind : kinds) {
+        if (kind == CLONE_VM && !memoryCanBeShared()) continue;
+        keeper_ = clone(runKeeper, stack_.get() + stackSize, kind, this);
+        if (keeper_ > 0) return 0;
+        error = errno;
+        if (error != EINVAL) break;
     }
-    threadRuns_ = true;
-    startError_.wait(notYet);
-    return startError_;
+    return error;
 }
 
 int KeptProcess::wait() {
-    if (threadRuns_) pthread_join(thread_, nullptr);
-    threadRuns_ = false;
+    if (keeper_ <= 0) return status_;
+    if (!receive(status_)) status_ = unknownExitStatus;
+    takeKeeperAway();
     return status_;
 }
 
-// While the keeper lives, this thread does nothing but wait: both use the same thread-local memory.
-void* KeptProcess::runThread(void* self) {
-    auto& kept = *static_cast<KeptProcess*>(self);
-    const int keeper = clone(runKeeper, kept.stack_.get() + stackSize, CLONE_VM, self);
-    if (keeper < 0) {
-        kept.report(errno);
-        return nullptr;
-    }
+// False when the keeper was killed.
+bool KeptProcess::receive(int& report) const {
+    long length = 0;
+    do {
+        length = syscall(SYS_read, reports_.number(), &report, sizeof report);
+    } while (length < 0 && errno == EINTR);
+    return length == sizeof report;
+}
+
+void KeptProcess::takeKeeperAway() {
     // ECHILD: the host waits for whatever there is, and the keeper has ended.
-    while (waitpid(keeper, nullptr, __WALL) < 0 && errno != ECHILD) {
+    while (waitpid(keeper_, nullptr, __WALL) < 0 && errno != ECHILD) {
     }
-    // Only a keeper that was killed has not reported by itself.
-    kept.report(ECHILD);
-    return nullptr;
+    keeper_ = 0;
+    reports_.close();
 }
 
 int KeptProcess::runKeeper(void* self) {
-    static_cast<KeptProcess*>(self)->keep();
+    static_cast<const KeptProcess*>(self)->keep();
     return 0;
 }
 
-void KeptProcess::keep() {
+// From the first report on, the host's thread goes on beside the keeper: then nothing may be used that has a place in
+// thread-local memory, as most functions of the C library have.
+void KeptProcess::keep() const {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != host_) return;
     // Of the copies that the keeper has: the host's own dispositions and descriptors stay as they are.
@@ -76,15 +93,11 @@ void KeptProcess::keep() {
     sigaction(SIGCHLD, &byDefault, nullptr);
     pid_t pid = 0;
     const int error = request_->start(pid);
-    // A pipe that stayed open here would seem never to end, to the host as to the program.
-    closefrom(0);
-    report(error);
-    if (error == 0) status_ = waitForChild(pid);
-}
-
-void KeptProcess::report(int error) {
-    int expected = notYet;
-    if (startError_.compare_exchange_strong(expected, error)) startError_.notify_one();
+    // A pipe of the host that stayed open here would seem never to end.
+    constexpr int reports = 0;
+    dup2(keepersEnd_, reports);
+    closefrom(reports + 1);
+    if (send(reports, error) && error == 0) send(reports, waitForChild(pid));
 }
 
 }  // namespace kest

@@ -1,23 +1,25 @@
 #pragma once
 
-#include <pthread.h>
+#include <sys/types.h>
 
-#include <atomic>
-#include <csignal>
 #include <cstddef>
 #include <memory>
 
+#include "kest/Descriptor.h"
 #include "kest/ExitStatus.linux.h"
 #include "kest/Launcher.h"
 #include "kest/SpawnRequest.linux.h"
 
 namespace kest {
 
-// A program whose parent is not the host but a keeper: a process of its own in the host's memory, which
-// starts the program, waits for it, and leaves the status here. It serves hosts in which SIGCHLD is ignored,
-// or handled by taking every child away: no such host learns the status of its own children, but in the
-// keeper SIGCHLD has its default. The keeper itself is nothing that such hosts see, as it ends without a
+// A program whose parent is not the host but a keeper: a process of its own that starts the program, waits for it, and
+// reports through a pipe. The host is free to ignore its children, or to take each of them away in a handler or a
+// thread: none of that reaches the program. The keeper itself is nothing that such hosts see, as it ends without a
 // signal. It must never exec, which would give it SIGCHLD as the signal of its end.
+//
+// The keeper uses the memory of the host; where it cannot, a copy.
+//
+// REQUIRES: used by one thread only. When that thread ends, so does the keeper.
 class KeptProcess final : public Process {
   public:
     KeptProcess() = default;
@@ -28,24 +30,25 @@ class KeptProcess final : public Process {
 
     int wait() override;
 
+    int endDescriptor() const override { return reports_.number(); }
+
   private:
-    static void* runThread(void* self);
+    int startKeeper();
     static int runKeeper(void* self);
-    void keep();
-    void report(int error);
+    void keep() const;
+    bool receive(int& report) const;
+    void takeKeeperAway();
 
     static constexpr std::size_t stackSize = std::size_t{64} * 1024;
-    // No error number.
-    static constexpr int notYet = -1;
 
     const SpawnRequest* request_ = nullptr;
     const pid_t host_ = getpid();
-    // The keeper is the child of this thread, uses its thread-local memory, and is killed when it ends, as it
-    // does at the host's exit.
-    pthread_t thread_ = {};
-    bool threadRuns_ = false;
     const std::unique_ptr<std::byte[]> stack_ = std::make_unique_for_overwrite<std::byte[]>(stackSize);
-    std::atomic<int> startError_ = notYet;
+    // The keeper's reports: the number of an error, and when that is 0, the status of the program.
+    Descriptor reports_;
+    // Where the keeper writes them, among its own descriptors.
+    int keepersEnd_ = -1;
+    pid_t keeper_ = 0;
     int status_ = unknownExitStatus;
 };
 

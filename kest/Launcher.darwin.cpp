@@ -7,6 +7,7 @@
 #include <new>
 
 #include "kest/Launcher.h"
+#include "kest/StandardStreams.h"
 
 namespace kest {
 
@@ -18,6 +19,8 @@ class SpawnedProcess final : public Process {
   public:
     SpawnedProcess() = default;
     ~SpawnedProcess() override { wait(); }
+
+    int endDescriptor() const override { return -1; }
 
     void started(pid_t pid) { pid_ = pid; }
 
@@ -39,17 +42,19 @@ class SpawnedProcess final : public Process {
     int status_ = -1;
 };
 
-// Above 2, where the host may have closed descriptors of its own.
-Descriptor movedUp(int number) {
-    const Descriptor low(number);
-    return Descriptor(fcntl(low.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+Descriptor closeOnExec(int number) {
+    Descriptor descriptor(movedUp(number));
+    if (descriptor.isOpen()) fcntl(descriptor.number(), F_SETFD, FD_CLOEXEC);
+    return descriptor;
 }
 
 int openPipe(Descriptor& readEnd, Descriptor& writeEnd) {
+    const StandardStreamsTaken taken;
+    if (taken.error() != 0) return taken.error();
     int ends[2] = {-1, -1};
     if (pipe(ends) != 0) return errno;
-    readEnd = movedUp(ends[0]);
-    writeEnd = movedUp(ends[1]);
+    readEnd = closeOnExec(ends[0]);
+    writeEnd = closeOnExec(ends[1]);
     return readEnd.isOpen() && writeEnd.isOpen() ? 0 : EMFILE;
 }
 
@@ -66,7 +71,7 @@ int prepare(posix_spawn_file_actions_t& actions, posix_spawnattr_t& attributes, 
         error = posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (error == 0) error = posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     if (error != 0) return error;
-    return fcntl(STDERR_FILENO, F_GETFD) != -1
+    return hostHasStream(STDERR_FILENO)
                ? posix_spawn_file_actions_addinherit_np(&actions, STDERR_FILENO)
                : posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
 }
@@ -89,9 +94,11 @@ int spawn(const Program& program, int output, pid_t& pid) {
     return error;
 }
 
-bool succeeded(int error) {
+StartedProgram notStarted(int error) {
     if (error == ENOMEM) throw std::bad_alloc();
-    return error == 0;
+    StartedProgram none;
+    none.error = error;
+    return none;
 }
 
 }  // namespace
@@ -99,10 +106,10 @@ bool succeeded(int error) {
 StartedProgram startProgram(const Program& program) {
     StartedProgram started;
     Descriptor writeEnd;
-    if (!succeeded(openPipe(started.output, writeEnd))) return {};
+    if (const int error = openPipe(started.output, writeEnd)) return notStarted(error);
     auto process = std::make_unique<SpawnedProcess>();
     pid_t pid = 0;
-    if (!succeeded(spawn(program, writeEnd.number(), pid))) return {};
+    if (const int error = spawn(program, writeEnd.number(), pid)) return notStarted(error);
     process->started(pid);
     started.process = std::move(process);
     return started;

@@ -12,7 +12,7 @@ struct Program {
     const char* const* environment = nullptr;
 };
 
-// A started program. Destroying it waits for its end.
+// A started program, for the thread that started it. Destroying it waits for its end.
 class Process {
   public:
     Process() = default;
@@ -21,14 +21,20 @@ class Process {
     virtual ~Process() = default;
 
     // Waits for the end, and tells the exit status, 128 + n when signal n ended the program, -1 when the
-    // system gave the status to somebody else. May be called again.
+    // status is not to be had. May be called again.
     virtual int wait() = 0;
+
+    // A descriptor that has something to read once the program has ended, until wait() is called; -1 where there
+    // is none.
+    virtual int endDescriptor() const = 0;
 };
 
 struct StartedProgram {
     std::unique_ptr<Process> process;
     // The reading end of its standard output.
     Descriptor output;
+    // Why it was not started: the number of the error.
+    int error = 0;
 };
 
 // Starts a program with /dev/null as its standard input, a pipe as its standard output, the host's standard

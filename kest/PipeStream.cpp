@@ -1,6 +1,11 @@
 #include "kest/PipeStream.h"
 
+#include <poll.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 namespace kest {
 
@@ -15,17 +20,43 @@ std::string_view PipeStream::readSome() {
 // wait for room in a pipe that nobody reads any more.
 bool PipeStream::fill() {
     if (!pipe_.isOpen()) return false;
+    const std::size_t size = awaitBytes();
     ssize_t length = 0;
     do {
-        length = ::read(pipe_.number(), block_.get(), blockSize);
+        length = ::read(pipe_.number(), block_.get(), size);
     } while (length < 0 && errno == EINTR);
     if (length <= 0) {
         pipe_.close();
         return false;
     }
+    if (left_) *left_ -= static_cast<std::size_t>(length);
     next_ = block_.get();
     end_ = next_ + length;
     return true;
+}
+
+// How many bytes may be read, 0 for none any more. Once the writer has ended, all that it wrote is in the pipe; what
+// others may add is not waited for.
+std::size_t PipeStream::awaitBytes() {
+    if (!left_ && hasWriterEnded()) {
+        int inPipe = 0;
+        ioctl(pipe_.number(), FIONREAD, &inPipe);
+        left_ = static_cast<std::size_t>(inPipe);
+    }
+    return std::min(left_.value_or(blockSize), blockSize);
+}
+
+// Waits until either has happened: the pipe can be read, or the writer has ended. Where waiting fails, reading waits.
+bool PipeStream::hasWriterEnded() {
+    pollfd events[] = {{pipe_.number(), POLLIN, 0}, {writerEnded_, POLLIN, 0}};
+    int count = 0;
+    do {
+        count = poll(events, std::size(events), -1);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) return false;
+    // Somebody killed what would have told the end.
+    if ((events[1].revents & (POLLIN | POLLHUP)) == POLLHUP) writerEnded_ = -1;
+    return (events[1].revents & POLLIN) != 0;
 }
 
 }  // namespace kest

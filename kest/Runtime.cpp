@@ -1,12 +1,8 @@
 #include "kest/Runtime.h"
 
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "kest/CommandLine.h"
 #include "kest/EnvironmentBlock.h"
+#include "kest/ErrorText.h"
 #include "kest/Launcher.h"
 #include "kest/PipeStream.h"
 #include "kest/Text.h"
@@ -17,11 +13,13 @@ namespace {
 
 class StartedChild final : public ChildProcess {
   public:
-    bool start(const Program& program) {
+    // 0, or the number of the error.
+    int start(const Program& program) {
         StartedProgram started = startProgram(program);
+        if (started.process == nullptr) return started.error;
         process_ = std::move(started.process);
-        output_.open(std::move(started.output));
-        return process_ != nullptr;
+        output_.open(std::move(started.output), process_->endDescriptor());
+        return 0;
     }
 
     int exitValue() override { return process_->wait(); }
@@ -35,11 +33,15 @@ class StartedChild final : public ChildProcess {
     PipeStream output_;
 };
 
-// An argument that holds a NUL would be cut short on its way into the child.
-bool canBePassed(const std::vector<std::string>& arguments) {
-    return !arguments.empty() &&
-           std::none_of(arguments.begin(), arguments.end(),
-                        [](const std::string& argument) { return argument.find('\0') != std::string::npos; });
+// Why these cannot be passed to a program; empty when they can. An argument that holds a NUL would be cut short on its
+// way.
+std::string objectionTo(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) return "no program is named";
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (arguments[i].find('\0') == std::string::npos) continue;
+        return (i == 0 ? "its path" : "its argument " + std::to_string(i)) + " holds a NUL";
+    }
+    return {};
 }
 
 std::vector<const char*> pointersTo(const std::vector<std::string>& arguments) {
@@ -53,16 +55,21 @@ std::vector<const char*> pointersTo(const std::vector<std::string>& arguments) {
 }  // namespace
 
 ChildProcess* Runtime::launch(const String& command, const char* environment) {
-    const std::vector<std::string> arguments = splitCommandLine(narrow(command.view()));
-    if (!canBePassed(arguments)) return nullptr;
+    return launch(splitCommandLine(narrow(command.view())), environment).child.release();
+}
+
+Launch Runtime::launch(const std::vector<std::string>& arguments, const char* environment) {
+    if (std::string objection = objectionTo(arguments); !objection.empty())
+        return {nullptr, std::move(objection)};
     const std::vector<const char*> argumentPointers = pointersTo(arguments);
     std::vector<const char*> entries = splitEnvironmentBlock(environment);
     entries.push_back(nullptr);
 
     // Made before the start: once the child runs, nothing may fail any more.
     auto child = std::make_unique<StartedChild>();
-    if (!child->start({argumentPointers.data(), entries.data()})) return nullptr;
-    return child.release();
+    const int error = child->start({argumentPointers.data(), entries.data()});
+    if (error != 0) return {nullptr, errorText(error)};
+    return {std::move(child), {}};
 }
 
 }  // namespace kest

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <cstring>
 
-#include "kest/Descriptors.linux.h"
+#include "kest/StandardStreams.h"
 
 namespace kest {
 
@@ -38,7 +38,7 @@ int SpawnRequest::prepareDescriptors(const Descriptor& output) {
         error = posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, nullDevice, O_RDONLY, 0);
     if (error != 0) return error;
     // Onto itself: no longer close-on-exec, if the host had made it so.
-    if (hostHasStandardError()) {
+    if (hostHasStream(STDERR_FILENO)) {
         return posix_spawn_file_actions_adddup2(&actions_, STDERR_FILENO, STDERR_FILENO);
     }
     return posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, nullDevice, O_WRONLY, 0);

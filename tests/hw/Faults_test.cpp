@@ -66,30 +66,24 @@ TEST_P(ScanFaultTest, HasItsCodeAndPasses) {
 
 INSTANTIATE_TEST_SUITE_P(
     SystemCall, ScanFaultTest,
-    testing::Values(onConfiguration("fopen", EMFILE, 102), onConfiguration("fopen", EACCES, 102),
-                    onConfiguration("fopen", ENOMEM, 5), onConfiguration("fclose", ENOSPC, 102),
-                    onAnything("fwrite", ENOSPC, 102), onAnything("fread", EIO, 0),
-                    onAnything("access", ENOENT, 0), onAnything("access", EEXIST, 0),
-                    onAnything("open", EACCES, 104), onAnything("open", EMFILE, 104),
-                    onAnything("open", ENOMEM, 5), onAnything("read", EINTR, 0),
-                    onAnything("pipe2", EMFILE, 103), onAnything("pipe2", ENOMEM, 5),
-                    onAnything("posix_spawn", EAGAIN, 103), onAnything("posix_spawn", ENOENT, 103),
-                    onAnything("posix_spawn", ENOMEM, 5),
-                    onAnything("posix_spawn_file_actions_adddup2", EBADF, 103),
-                    onAnything("posix_spawn_file_actions_adddup2", ENOMEM, 5),
-                    onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
-                    onAnything("posix_spawnattr_setflags", EINVAL, 103), onAnything("syscall", ENOSYS, 0),
-                    onAnything("fcntl", EBADF, 0), onAnything("waitid", EINTR, 0),
-                    // The kernel may still know how the child ended that somebody else took away.
-                    FaultCase{"waitid", ECHILD,
-                              [](const std::string&) {
-                                  return Codes{0, 103};
-                              }},
-                    // A scanner whose output is no longer read may end by it.
-                    FaultCase{"read", EIO,
-                              [](const std::string& kind) {
-                                  return kind == "pipe" ? Codes{0, 103} : Codes{104};
-                              }}),
+    testing::Values(
+        onConfiguration("fopen", EMFILE, 102), onConfiguration("fopen", EACCES, 102),
+        onConfiguration("fopen", ENOMEM, 5), onConfiguration("fclose", ENOSPC, 102),
+        onAnything("fwrite", ENOSPC, 102), onAnything("fread", EIO, 0), onAnything("access", ENOENT, 0),
+        onAnything("access", EEXIST, 0), onAnything("open", EACCES, 104), onAnything("open", EMFILE, 104),
+        onAnything("open", ENOMEM, 5), onAnything("read", EINTR, 0), onAnything("pipe2", EMFILE, 103),
+        onAnything("pipe2", ENOMEM, 5), onAnything("posix_spawn", EAGAIN, 103),
+        onAnything("posix_spawn", ENOENT, 103), onAnything("posix_spawn", ENOMEM, 5),
+        onAnything("posix_spawn_file_actions_adddup2", EBADF, 103),
+        onAnything("posix_spawn_file_actions_adddup2", ENOMEM, 5),
+        onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
+        onAnything("posix_spawnattr_setflags", EINVAL, 103), onAnything("syscall", EINTR, 0),
+        onAnything("clone", EAGAIN, 103), onAnything("clone", ENOMEM, 5), onAnything("fcntl", EBADF, 0),
+        // A scanner whose output is no longer read may end by it.
+        FaultCase{"read", EIO,
+                  [](const std::string& kind) {
+                      return kind == "pipe" ? Codes{0, 103} : Codes{104};
+                  }}),
     [](const auto& test) { return test.param.function + std::to_string(test.param.error); });
 
 using FaultTest = InventoryTest;

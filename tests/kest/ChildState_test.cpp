@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <utility>
 #include <vector>
 
 #include "kest/Descriptor.h"
@@ -69,14 +68,18 @@ class DescriptorLimit {
     rlimit before_ = {};
 };
 
-// The lowest free numbers above the standard streams.
-std::pair<int, int> nextTwoDescriptors() {
+// The lowest free numbers above the standard streams: as many as two pipes take.
+std::vector<int> nextDescriptors() {
+    std::vector<Descriptor> taken;
+    std::vector<int> numbers;
     const Descriptor any(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    const Descriptor first(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-    const Descriptor second(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     // `any` itself is one of them, unless the host lacks a standard stream.
-    if (any.number() > STDERR_FILENO) return {any.number(), first.number()};
-    return {first.number(), second.number()};
+    if (any.number() > STDERR_FILENO) numbers.push_back(any.number());
+    while (numbers.size() < 4) {
+        taken.emplace_back(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        numbers.push_back(taken.back().number());
+    }
+    return numbers;
 }
 
 std::string descriptorsOfChild() {
@@ -126,16 +129,14 @@ TEST(ChildState, HasNoneOfThePipesOfOtherChildren) {
     openForWriting(pipe);
 }
 
-TEST(ChildState, IsStartedAsLongAsThePipeHasRoom) {
-    const auto [first, second] = nextTwoDescriptors();
-    const DescriptorLimit limit(static_cast<rlim_t>(second) + 1);
+TEST(ChildState, IsStartedAsLongAsThePipesHaveRoom) {
+    const DescriptorLimit limit(static_cast<rlim_t>(nextDescriptors().back()) + 1);
     EXPECT_EQ(run(child("ShowInput")), (Outcome{"0\n", 0}));
 }
 
 TEST(ChildState, IsNotStartedWhenTheHostIsOutOfDescriptors) {
     const NothingLeft nothingLeft;
-    const auto [first, second] = nextTwoDescriptors();
-    for (const int room : {first, second}) {
+    for (const int room : nextDescriptors()) {
         std::unique_ptr<ChildProcess> process;
         {
             const DescriptorLimit limit(static_cast<rlim_t>(room));

@@ -7,10 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <iterator>
-#include <thread>
 
 #include "kest/Runtime.h"
 #include "kest/Text.h"
@@ -22,15 +20,6 @@ namespace {
 std::size_t entriesOf(const char* directory) {
     const std::filesystem::directory_iterator first(directory);
     return static_cast<std::size_t>(std::distance(begin(first), end(first)));
-}
-
-// A joined thread may be listed for a moment longer.
-std::size_t threadsOnceTheyAre(std::size_t expected) {
-    std::size_t threads = 0;
-    for (int i = 0; i < 1000 && (threads = entriesOf("/proc/self/task")) != expected; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return threads;
 }
 
 }  // namespace
@@ -84,12 +73,6 @@ NothingLeft::~NothingLeft() {
     errno = 0;
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG | __WALL), -1);
     EXPECT_EQ(errno, ECHILD);
-}
-
-NoThreadLeft::NoThreadLeft() : threads_(entriesOf("/proc/self/task")) {}
-
-NoThreadLeft::~NoThreadLeft() {
-    EXPECT_EQ(threadsOnceTheyAre(threads_), threads_);
 }
 
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,

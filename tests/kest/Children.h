@@ -50,18 +50,6 @@ class NothingLeft {
     std::size_t descriptors_;
 };
 
-// Checks at its end that there are as many threads as at its beginning.
-class NoThreadLeft {
-  public:
-    NoThreadLeft();
-    NoThreadLeft(const NoThreadLeft&) = delete;
-    NoThreadLeft& operator=(const NoThreadLeft&) = delete;
-    ~NoThreadLeft();
-
-  private:
-    std::size_t threads_;
-};
-
 // Both return the path.
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,
                      const std::string& content, unsigned mode);

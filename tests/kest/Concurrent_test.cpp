@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "kest/Runtime.h"
 #include "kest/Text.h"
 #include "tests/kest/Children.h"
@@ -66,15 +64,6 @@ TEST(Concurrent, NoChildHoldsThePipeOfAnother) {
     inThreads(4, [](int) { EXPECT_EQ(run(child("WriteLines") + " 1"), (Outcome{"line 0\n", 0})); });
     openForWriting(pipe);
     EXPECT_EQ(readAll(*first->getOutputStream()), "first\nsecond\n");
-}
-
-TEST(Concurrent, AChildMayChangeThreads) {
-    const NothingLeft nothingLeft;
-    std::unique_ptr<ChildProcess> process;
-    std::thread([&] { process = launch(child("ExitWith") + " 7"); }).join();
-    ASSERT_NE(process, nullptr);
-    std::thread([&] { EXPECT_EQ(process->waitFor(), 7); }).join();
-    std::thread([&] { process.reset(); }).join();
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include "tests/kest/Faults.h"
 
 #include <fcntl.h>
-#include <pthread.h>
+#include <poll.h>
 #include <sched.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,7 +22,16 @@ namespace {
 
 std::string failing;
 std::atomic<int> failingError = 0;
-std::atomic<int> failingTimes = 0;
+
+// Shared with processes that have a copy of the memory only.
+std::atomic<int>& shared() {
+    void* const block =
+        mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *new (block) std::atomic<int>(0);
+}
+std::atomic<int>& failingTimes = shared();
+
+std::function<void()> beforeClone;
 
 std::atomic<bool> allocationsAreCounted = false;
 std::atomic<int> allocationsLeft = 0;
@@ -47,6 +57,14 @@ Fault::~Fault() {
 
 bool Fault::happened() {
     return failingTimes == 0;
+}
+
+BeforeClone::BeforeClone(std::function<void()> action) {
+    beforeClone = std::move(action);
+}
+
+BeforeClone::~BeforeClone() {
+    beforeClone = nullptr;
 }
 
 AllocationFault::AllocationFault(int successes) {
@@ -118,11 +136,9 @@ extern "C" {
     }
 
 SETS_ERRNO(pipe2, (int* ends, int flags), (ends, flags))
-SETS_ERRNO(waitid, (idtype_t kind, id_t id, siginfo_t* info, int options), (kind, id, info, options))
-SETS_ERRNO(clone, (int (*function)(void*), void* stack, int flags, void* argument),
-           (function, stack, flags, argument))
 
 SETS_ERRNO(getppid, (), ())
+SETS_ERRNO(poll, (pollfd * events, nfds_t count, int timeout), (events, count, timeout))
 
 RETURNS_ERROR(posix_spawn,
               (pid_t * pid, const char* path, const posix_spawn_file_actions_t* actions,
@@ -136,10 +152,6 @@ RETURNS_ERROR(posix_spawn_file_actions_addopen,
               (posix_spawn_file_actions_t * actions, int number, const char* path, int flags, mode_t mode),
               (actions, number, path, flags, mode))
 RETURNS_ERROR(posix_spawnattr_setflags, (posix_spawnattr_t * attributes, short flags), (attributes, flags))
-RETURNS_ERROR(pthread_create,
-              (pthread_t * thread, const pthread_attr_t* attributes, void* (*function)(void*),
-               void* argument),
-              (thread, attributes, function, argument))
 
 #undef SETS_ERRNO
 #undef RETURNS_ERROR
@@ -152,33 +164,31 @@ ssize_t __wrap_read(int descriptor, void* block, std::size_t size) {
     return -1;
 }
 
-// Of this and of ioctl only the calls that the library makes: one argument follows, as wide as a pointer.
-int __real_fcntl(int descriptor, int command, void* argument);
-int __wrap_fcntl(int descriptor, int command, void* argument) {
-    const int error = command == F_DUPFD_CLOEXEC ? errorOf("fcntl") : 0;
-    if (error == 0) return __real_fcntl(descriptor, command, argument);
+int __real_clone(int (*function)(void*), void* stack, int flags, void* argument);
+int __wrap_clone(int (*function)(void*), void* stack, int flags, void* argument) {
+    if (kest::test::beforeClone) kest::test::beforeClone();
+    const int error = errorOf("clone");
+    if (error == 0) return __real_clone(function, stack, flags, argument);
     errno = error;
     return -1;
 }
 
-// The C++ library waits by it, too: all calls but one go through unchanged.
+// Of this only the calls that the library makes: without a mode.
+int __real_open(const char* path, int flags);
+int __wrap_open(const char* path, int flags) {
+    const int error = errorOf("open");
+    if (error == 0) return __real_open(path, flags);
+    errno = error;
+    return -1;
+}
+
+// The C++ library waits by it, too: all calls but two go through unchanged.
 long __real_syscall(long number, long a, long b, long c, long d, long e, long f);
 long __wrap_syscall(long number, long a, long b, long c, long d, long e, long f) {
-    const int error = number == SYS_pidfd_open ? errorOf("pidfd_open") : 0;
+    int error = 0;
+    if (number == SYS_waitid) error = errorOf("waitid");
+    if (number == SYS_read) error = errorOf("read");
     if (error == 0) return __real_syscall(number, a, b, c, d, e, f);
-    errno = error;
-    return -1;
-}
-
-// Telling nothing is what the kernel does about a process that is just being taken away.
-int __real_ioctl(int descriptor, unsigned long request, void* argument);
-int __wrap_ioctl(int descriptor, unsigned long request, void* argument) {
-    const int error = errorOf("ioctl");
-    if (error == 0) return __real_ioctl(descriptor, request, argument);
-    if (error == EAGAIN) {
-        *static_cast<unsigned long long*>(argument) = 0;
-        return 0;
-    }
     errno = error;
     return -1;
 }

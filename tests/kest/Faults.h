@@ -2,13 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 namespace kest::test {
 
-// While it lives, calls of `function` fail with `error`: the first `times` of them. Two names mean one kind
-// of call only: "fcntl" the copying of a descriptor, "ioctl" with EAGAIN the call that succeeds but tells
-// nothing. "pidfd_open" is known by this name.
+// While it lives, calls of `function` fail with `error`: the first `times` of them. "waitid" is the waiting for a child
+// by the bare system call, "read" the reading by whatever means, "open" that of a placeholder for a standard stream.
 class Fault {
   public:
     Fault(std::string function, int error, int times = 1);
@@ -18,6 +18,15 @@ class Fault {
 
     // Whether each of them has come about.
     static bool happened();
+};
+
+// While it lives, `action` is taken each time before a process is cloned.
+class BeforeClone {
+  public:
+    explicit BeforeClone(std::function<void()> action);
+    BeforeClone(const BeforeClone&) = delete;
+    BeforeClone& operator=(const BeforeClone&) = delete;
+    ~BeforeClone();
 };
 
 // While it lives, the allocation after `successes` others fails, in whatever thread.

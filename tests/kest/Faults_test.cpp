@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <new>
-#include <utility>
+#include <vector>
 
 #include "kest/Descriptor.h"
 #include "kest/Runtime.h"
@@ -45,8 +45,30 @@ TEST_F(FaultTest, ALaunchWithoutAPipeFails) {
 }
 
 TEST_F(FaultTest, ALaunchWithoutAProcessFails) {
+    expectNotStarted("clone", EAGAIN);
     expectNotStarted("posix_spawn", EAGAIN);
     expectNotStarted("posix_spawn", EPERM);
+}
+
+// The keeper takes its host for gone.
+TEST_F(FaultTest, ALaunchWhoseKeeperEndsAtOnceFails) {
+    expectNotStarted("getppid", ESRCH);
+}
+
+TEST_F(FaultTest, WhereTheKeeperCannotShareTheMemoryItHasACopy) {
+    for (const int refusals : {1, 2}) {
+        const NothingLeft nothingLeft;
+        const Fault fault("clone", EINVAL, refusals);
+        EXPECT_EQ(run(command), twoLines);
+        EXPECT_TRUE(Fault::happened());
+    }
+    for (const int refusals : {1, 2}) {
+        const NothingLeft nothingLeft;
+        const Fault fault("clone", EINVAL, refusals);
+        EXPECT_EQ(launch("/nonexistent"), nullptr);
+    }
+    const Fault always("clone", EINVAL, 3);
+    EXPECT_EQ(launch(command), nullptr);
 }
 
 TEST_F(FaultTest, ALaunchThatCannotBePreparedFails) {
@@ -56,7 +78,7 @@ TEST_F(FaultTest, ALaunchThatCannotBePreparedFails) {
 
 TEST_F(FaultTest, ALaunchWithoutMemoryInTheSystemThrows) {
     for (const char* const function :
-         {"pipe2", "posix_spawn", "posix_spawn_file_actions_adddup2",
+         {"pipe2", "clone", "posix_spawn", "posix_spawn_file_actions_adddup2",
           "posix_spawn_file_actions_addclosefrom_np", "posix_spawn_file_actions_addopen"}) {
         expectBadAlloc(function);
     }
@@ -79,11 +101,10 @@ TEST_F(FaultTest, ALaunchWithoutMemoryInTheHostThrows) {
     EXPECT_GT(successes, 5);
 }
 
-// The pipe is born as 0 and has to be moved.
-TEST_F(FaultTest, ALaunchWhosePipeCannotBeMovedFails) {
-    const Descriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, reinterpret_cast<void*>(3)));
+TEST_F(FaultTest, ALaunchFailsWhereAStandardStreamThatTheHostClosedCannotBeKeptFree) {
+    const Descriptor input(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3));
     close(STDIN_FILENO);
-    expectNotStarted("fcntl", EMFILE);
+    expectNotStarted("open", EMFILE);
     EXPECT_EQ(run(command), twoLines);
     if (input.isOpen()) {
         EXPECT_EQ(dup2(input.number(), STDIN_FILENO), STDIN_FILENO);
@@ -116,58 +137,41 @@ TEST_F(FaultTest, AnInterruptedWaitingGoesOn) {
     EXPECT_TRUE(Fault::happened());
 }
 
-TEST_F(FaultTest, AChildWithoutAPidDescriptorIsWaitedForByItsNumber) {
-    for (const int error : {ENOSYS, EMFILE}) {
-        const NothingLeft nothingLeft;
-        const Fault fault("pidfd_open", error);
-        EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
-        EXPECT_TRUE(Fault::happened());
-    }
-}
-
-TEST_F(FaultTest, ATakenStatusIsUnknownWithoutAPidDescriptor) {
+TEST_F(FaultTest, AStatusThatCannotBeHadIsUnknown) {
     const NothingLeft nothingLeft;
-    const Fault fault("pidfd_open", ENOSYS);
-    const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 7");
-    ASSERT_NE(process, nullptr);
-    ASSERT_GT(waitpid(-1, nullptr, 0), 0);
-    EXPECT_EQ(process->waitFor(), -1);
-    EXPECT_EQ(process->exitValue(), -1);
-}
-
-TEST_F(FaultTest, ATakenStatusIsUnknownWhereTheKernelForgetsIt) {
-    const std::pair<int, int> answers[] = {{ENOTTY, 1}, {EINVAL, 1}, {ESRCH, 3}};
-    for (const auto& [error, times] : answers) {
-        const NothingLeft nothingLeft;
-        const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 7");
-        ASSERT_NE(process, nullptr);
-        ASSERT_GT(waitpid(-1, nullptr, 0), 0);
-        const Fault fault("ioctl", error, times);
-        EXPECT_EQ(process->waitFor(), -1) << error;
-        EXPECT_TRUE(Fault::happened());
-    }
-}
-
-TEST_F(FaultTest, AStatusThatIsNotFiledYetIsAskedForAgain) {
-    const NothingLeft nothingLeft;
-    const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 7");
-    ASSERT_NE(process, nullptr);
-    ASSERT_GT(waitpid(-1, nullptr, 0), 0);
-    const Fault gone("ioctl", ESRCH, 2);
-    const int status = process->waitFor();
+    const Fault fault("waitid", ECHILD);
+    EXPECT_EQ(run(child("ExitWith") + " 7").status, -1);
     EXPECT_TRUE(Fault::happened());
-    EXPECT_TRUE(status == 7 || status == -1) << status;
 }
 
-TEST_F(FaultTest, AStatusThatIsJustBeingTakenIsAskedForAgain) {
+TEST_F(FaultTest, WhereTheWaitingForTheOutputFailsItIsReadAllTheSame) {
     const NothingLeft nothingLeft;
-    const std::unique_ptr<ChildProcess> process = launch(child("ExitWith") + " 7");
-    ASSERT_NE(process, nullptr);
-    ASSERT_GT(waitpid(-1, nullptr, 0), 0);
-    const Fault tellsNothing("ioctl", EAGAIN, 2);
-    const int status = process->waitFor();
+    const Fault fault("poll", ENOMEM);
+    EXPECT_EQ(run(command), twoLines);
     EXPECT_TRUE(Fault::happened());
-    EXPECT_TRUE(status == 7 || status == -1) << status;
+}
+
+// Forked while the host has the writing ends of the pipes, it keeps them open for ever.
+TEST_F(FaultTest, AProcessThatTheHostForksMeanwhileDoesNotHoldUpTheRun) {
+    const NothingLeft nothingLeft;
+    std::vector<pid_t> forked;
+    {
+        const BeforeClone fork([&forked] {
+            const pid_t pid = ::fork();
+            if (pid == 0) {
+                for (;;) pause();
+            }
+            forked.push_back(pid);
+        });
+        EXPECT_EQ(run(command), twoLines);
+        EXPECT_EQ(run(child("ExitWith") + " 7"), (Outcome{"", 7}));
+        EXPECT_EQ(launch("/nonexistent"), nullptr);
+    }
+    EXPECT_EQ(forked.size(), 3U);
+    for (const pid_t pid : forked) {
+        EXPECT_EQ(kill(pid, SIGKILL), 0);
+        EXPECT_EQ(waitpid(pid, nullptr, 0), pid);
+    }
 }
 
 }  // namespace

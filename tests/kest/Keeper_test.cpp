@@ -1,4 +1,4 @@
-// Hosts in which SIGCHLD does not have its default.
+// Hosts that deal with their children in different ways.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -32,7 +32,6 @@ void lookAway(int) {}
 class KeeperTest : public testing::TestWithParam<HostKind> {
   private:
     NothingLeft nothingLeft_;
-    NoThreadLeft noThreadLeft_;
     Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
@@ -129,18 +128,22 @@ TEST_P(KeeperTest, SignalsDoNotDisturb) {
 }
 
 TEST_P(KeeperTest, AThreadThatTakesEveryChildGetsNone) {
-    const ReapingThread reaper;
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
-    EXPECT_EQ(reaper.count(), 0);
+    for (const int options : {0, WNOHANG}) {
+        const ReapingThread reaper(options);
+        for (int i = 0; i < 50; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
+        EXPECT_EQ(reaper.count(), 0);
+    }
 }
 
 TEST_P(KeeperTest, AThreadThatTakesEvenKeepersDoesNotDisturb) {
-    const ReapingThread reaper(__WALL);
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
+    for (const int options : {__WALL, __WALL | WNOHANG}) {
+        const ReapingThread reaper(options);
+        for (int i = 0; i < 50; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, KeeperTest,
-                         testing::Values(HostKind{"Ignoring", SIG_IGN, 0},
+                         testing::Values(HostKind{"Usual", SIG_DFL, 0}, HostKind{"Ignoring", SIG_IGN, 0},
                                          HostKind{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
                                          HostKind{"ReapingInAHandler", takeEveryChild, 0},
                                          HostKind{"LookingAway", lookAway, SA_RESTART}),
@@ -163,7 +166,6 @@ volatile std::sig_atomic_t handled = 0;
 TEST(Keeper, TheHostsHandlersAreCalledInNoThreadButItsOwn) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
-    const Disposition ignored(SIGCHLD, SIG_IGN, 0);
     const Disposition counted(
         SIGUSR1, [](int) { handled = handled + 1; }, 0);
     const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
@@ -184,10 +186,8 @@ TEST(Keeper, TheHostsHandlersAreCalledInNoThreadButItsOwn) {
 
 TEST(Keeper, TheStatusIsUnknownWhenSomebodyKillsTheKeeper) {
     const NothingLeft nothingLeft;
-    const NoThreadLeft noThreadLeft;
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
-    const Disposition ignored(SIGCHLD, SIG_IGN, 0);
     const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
     ASSERT_NE(process, nullptr);
     const std::vector<pid_t> keepers = childrenOf(getpid());

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/kest/Children.h"
@@ -73,6 +74,32 @@ TEST(OutputStream, StaysAtItsEndAfterTheChildHasBeenWaitedFor) {
     EXPECT_EQ(readAll(*process->getOutputStream()), "line 0\n");
     EXPECT_EQ(process->getOutputStream()->read(), -1);
     EXPECT_EQ(process->getOutputStream()->readSome(), "");
+}
+
+// The stream must not wait for a process that the child left behind, which waits for the test itself.
+TEST(OutputStream, EndsWithTheChildThoughAnotherProcessHasItOpen) {
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    for (const int bytes : {0, 1, 60'000, 1'000'000}) {
+        const Outcome outcome = run(child("LeaveGrandchild") + " " + std::to_string(bytes) + " " + pipe);
+        EXPECT_EQ(outcome, (Outcome{std::string(static_cast<std::size_t>(bytes), 'x'), 7}));
+        openForWriting(pipe);
+    }
+}
+
+TEST(OutputStream, EndsWithTheChildThoughAnotherProcessGoesOnWriting) {
+    for (const int bytes : {0, 1, 60'000, 1'000'000}) {
+        const Outcome outcome = run(child("LeaveGrandchild") + " " + std::to_string(bytes));
+        EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), 'x'), bytes);
+        EXPECT_EQ(outcome.status, 7);
+    }
+}
+
+TEST(OutputStream, AChildThatLeftAnotherProcessDoesNotHoldUpItsDestruction) {
+    const zavtest::ScratchDir directory;
+    const std::string pipe = makeNamedPipe(directory);
+    EXPECT_NE(launch(child("LeaveGrandchild") + " 10 " + pipe), nullptr);
+    openForWriting(pipe);
 }
 
 }  // namespace

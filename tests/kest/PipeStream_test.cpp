@@ -78,6 +78,63 @@ TEST_F(PipeStreamTest, AFailedReadingIsTheEndAndClosesThePipe) {
     EXPECT_EQ(stream.readSome(), "");
 }
 
+class PipeStreamEndTest : public testing::Test {
+  protected:
+    PipeStreamEndTest() {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        writerEnded_ = Descriptor(ends[0]);
+        endOfWriter_ = Descriptor(ends[1]);
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        stream_.open(Descriptor(ends[0]), writerEnded_.number());
+        writeEnd_ = Descriptor(ends[1]);
+    }
+
+    static void write(const Descriptor& descriptor, const std::string& bytes) {
+        ASSERT_EQ(::write(descriptor.number(), bytes.data(), bytes.size()),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+
+    PipeStream stream_;
+    Descriptor writeEnd_;
+    Descriptor writerEnded_;
+    Descriptor endOfWriter_;
+};
+
+TEST_F(PipeStreamEndTest, WhatTheWriterLeftIsDeliveredAndThenTheStreamEnds) {
+    write(writeEnd_, "abc");
+    EXPECT_EQ(stream_.readSome(), "abc");
+    write(writeEnd_, "defg");
+    write(endOfWriter_, "!");
+    EXPECT_EQ(stream_.read(), 'd');
+    write(writeEnd_, "too late");
+    EXPECT_EQ(stream_.readSome(), "efg");
+    EXPECT_EQ(stream_.readSome(), "");
+    EXPECT_EQ(stream_.read(), -1);
+}
+
+TEST_F(PipeStreamEndTest, AWriterThatLeftNothingEndsTheStream) {
+    write(endOfWriter_, "!");
+    EXPECT_EQ(stream_.read(), -1);
+}
+
+TEST_F(PipeStreamEndTest, AClosedPipeEndsTheStreamBeforeTheWritersEnd) {
+    write(writeEnd_, "a");
+    writeEnd_.close();
+    EXPECT_EQ(stream_.readSome(), "a");
+    EXPECT_EQ(stream_.read(), -1);
+}
+
+TEST_F(PipeStreamEndTest, WhenNobodyWillTellOfTheEndThePipeIsReadUntilItIsClosed) {
+    endOfWriter_.close();
+    write(writeEnd_, "abc");
+    EXPECT_EQ(stream_.readSome(), "abc");
+    write(writeEnd_, "def");
+    EXPECT_EQ(stream_.readSome(), "def");
+    writeEnd_.close();
+    EXPECT_EQ(stream_.readSome(), "");
+}
+
 TEST(PipeStream, WithoutAPipeIsAtItsEnd) {
     PipeStream stream;
     EXPECT_EQ(stream.read(), -1);

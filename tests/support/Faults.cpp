@@ -2,8 +2,9 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <new>
 
 namespace {
 
@@ -18,23 +20,34 @@ struct Plan {
     std::string function;
     int error = 0;
     int nth = 0;
-    int calls = 0;
-    int failures = 0;
-    int callsBehind = 0;
     std::string path;
 };
 
+struct Counts {
+    int calls = 0;
+    int failures = 0;
+    int callsBehind = 0;
+};
+
+// Shared with processes that have a copy of the memory only.
+Counts* sharedCounts() {
+    void* const block =
+        mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return new (block) Counts;
+}
+
 Plan plan;
+Counts* const counts = sharedCounts();
 bool planned = false;
 std::map<std::FILE*, std::string> opened;
 
 // The error with which this call has to fail, else 0.
 int errorOf(const char* function, const std::string& path) {
     if (!planned || plan.function != function) return 0;
-    if (plan.failures != 0) ++plan.callsBehind;
-    ++plan.calls;
-    if (plan.nth != zavtest::Fault::kEvery && plan.calls != plan.nth) return 0;
-    ++plan.failures;
+    if (counts->failures != 0) ++counts->callsBehind;
+    ++counts->calls;
+    if (plan.nth != zavtest::Fault::kEvery && counts->calls != plan.nth) return 0;
+    ++counts->failures;
     plan.path = path;
     return plan.error;
 }
@@ -60,7 +73,8 @@ int orError(const char* function, Real real) {
 namespace zavtest {
 
 Fault::Fault(const std::string& function, int error, int nth) {
-    plan = {function, error, nth, 0, 0, 0, ""};
+    plan = {function, error, nth, ""};
+    *counts = {};
     planned = true;
 }
 
@@ -69,11 +83,11 @@ Fault::~Fault() {
 }
 
 int Fault::failures() const {
-    return plan.failures;
+    return counts->failures;
 }
 
 int Fault::callsBehind() const {
-    return plan.callsBehind;
+    return counts->callsBehind;
 }
 
 std::string Fault::path() const {
@@ -167,19 +181,16 @@ int __wrap_pipe2(int* ends, int flags) {
     return orMinusOne("pipe2", "", [=] { return __real_pipe2(ends, flags); });
 }
 
-// A child that cannot be waited for is one that somebody else took away.
-int __real_waitid(idtype_t kind, id_t id, siginfo_t* info, int options);
-int __wrap_waitid(idtype_t kind, id_t id, siginfo_t* info, int options) {
-    const int error = errorOf("waitid", "");
-    const int result = error == EINTR ? 0 : __real_waitid(kind, id, info, options);
-    if (error == 0) return result;
-    errno = error;
-    return -1;
+// What the library reads by a bare system call is told it by the keeper of a scanner.
+long __real_syscall(long number, long a, long b, long c, long d, long e, long f);
+long __wrap_syscall(long number, long a, long b, long c, long d, long e, long f) {
+    const auto real = [=] { return __real_syscall(number, a, b, c, d, e, f); };
+    return number == SYS_read ? orMinusOne("syscall", "", real) : real();
 }
 
-long __real_syscall(long number, long first, long second);
-long __wrap_syscall(long number, long first, long second) {
-    return orMinusOne("syscall", "", [=] { return __real_syscall(number, first, second); });
+int __real_clone(int (*function)(void*), void* stack, int flags, void* argument);
+int __wrap_clone(int (*function)(void*), void* stack, int flags, void* argument) {
+    return orMinusOne("clone", "", [=] { return __real_clone(function, stack, flags, argument); });
 }
 
 // Of fcntl only the calls that the library makes: one argument follows, as wide as a pointer.

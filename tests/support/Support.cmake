@@ -33,6 +33,6 @@ endfunction()
 function(zav_test_faults target)
   target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/Faults.cpp)
   zav_wrap(${target}
-    access chmod fclose fcntl fopen fread fwrite mkdir open pipe2 posix_spawn posix_spawn_file_actions_adddup2
-    posix_spawn_file_actions_addopen posix_spawnattr_setflags read rmdir syscall unlink waitid)
+    access chmod clone fclose fcntl fopen fread fwrite mkdir open pipe2 posix_spawn posix_spawn_file_actions_adddup2
+    posix_spawn_file_actions_addopen posix_spawnattr_setflags read rmdir syscall unlink)
 endfunction()

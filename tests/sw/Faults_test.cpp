@@ -73,28 +73,22 @@ TEST_P(SWFaultTest, HasItsCodeAndPasses) {
 
 INSTANTIATE_TEST_SUITE_P(
     SystemCall, SWFaultTest,
-    testing::Values(onFiles("fopen", EMFILE, 0, 201), onFiles("fopen", EACCES, 0, 201),
-                    onFiles("fopen", ENOMEM, 5, 5), onFiles("fclose", ENOSPC, 201, 201),
-                    onAnything("fwrite", ENOSPC, 201), onAnything("fread", EIO, 0),
-                    onAnything("access", ENOENT, 0), onAnything("access", EEXIST, 0),
-                    onResults("open", EACCES), onResults("open", EMFILE), onAnything("open", ENOMEM, 5),
-                    onAnything("read", EINTR, 0), onAnything("pipe2", EMFILE, 203),
-                    onAnything("pipe2", ENOMEM, 5), onAnything("posix_spawn", EAGAIN, 203),
-                    onAnything("posix_spawn", ENOENT, 203), onAnything("posix_spawn", ENOMEM, 5),
-                    onAnything("posix_spawn_file_actions_adddup2", EBADF, 203),
-                    onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
-                    onAnything("posix_spawnattr_setflags", EINVAL, 203), onAnything("syscall", ENOSYS, 0),
-                    onAnything("fcntl", EBADF, 0), onAnything("waitid", EINTR, 0),
-                    // The kernel may still know how the child ended that somebody else took away.
-                    FaultCase{"waitid", ECHILD,
-                              [](const std::string&) {
-                                  return Codes{0, 203};
-                              }},
-                    // A scanner whose output is no longer read may end by it.
-                    FaultCase{"read", EIO,
-                              [](const std::string& kind) {
-                                  return kind == "pipe" ? Codes{0, 203} : Codes{204, 205};
-                              }}),
+    testing::Values(
+        onFiles("fopen", EMFILE, 0, 201), onFiles("fopen", EACCES, 0, 201), onFiles("fopen", ENOMEM, 5, 5),
+        onFiles("fclose", ENOSPC, 201, 201), onAnything("fwrite", ENOSPC, 201), onAnything("fread", EIO, 0),
+        onAnything("access", ENOENT, 0), onAnything("access", EEXIST, 0), onResults("open", EACCES),
+        onResults("open", EMFILE), onAnything("open", ENOMEM, 5), onAnything("read", EINTR, 0),
+        onAnything("pipe2", EMFILE, 203), onAnything("pipe2", ENOMEM, 5),
+        onAnything("posix_spawn", EAGAIN, 203), onAnything("posix_spawn", ENOENT, 203),
+        onAnything("posix_spawn", ENOMEM, 5), onAnything("posix_spawn_file_actions_adddup2", EBADF, 203),
+        onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
+        onAnything("posix_spawnattr_setflags", EINVAL, 203), onAnything("syscall", EINTR, 0),
+        onAnything("clone", EAGAIN, 203), onAnything("clone", ENOMEM, 5), onAnything("fcntl", EBADF, 0),
+        // A scanner whose output is no longer read may end by it.
+        FaultCase{"read", EIO,
+                  [](const std::string& kind) {
+                      return kind == "pipe" ? Codes{0, 203} : Codes{204, 205};
+                  }}),
     [](const auto& test) { return test.param.function + std::to_string(test.param.error); });
 
 using SWWriteFaultTest = EvaluationTest;

@@ -1,15 +1,18 @@
 // A host that has closed some of its standard streams: DeprivedHost <streams> <SIGCHLD> <program> <result>.
-// Closes those of the descriptors 0, 1 and 2 that <streams> holds, ignores SIGCHLD when that is "ignored",
-// runs the program in several threads at once, and writes the different outputs, each followed by the status,
-// to the file <result>.
+// Closes those of the descriptors 0, 1 and 2 that <streams> holds and goes on writing to them, ignores SIGCHLD when
+// that is "ignored", runs the program in several threads at once, and writes the different outputs, each followed by
+// the status, to the file <result>.
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <fstream>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "kest/Runtime.h"
 #include "kest/Text.h"
@@ -25,6 +28,34 @@ std::string outcomeOf(const std::string& program) {
     for (int byte = 0; (byte = child->getOutputStream()->read()) >= 0;) outcome += static_cast<char>(byte);
     return outcome + "status " + std::to_string(child->waitFor()) + "\n";
 }
+
+// A thread that writes to standard streams that are closed. While it lives, none of that may go anywhere.
+class StubbornWriter {
+  public:
+    explicit StubbornWriter(std::string streams) : streams_(std::move(streams)) {}
+    StubbornWriter(const StubbornWriter&) = delete;
+    StubbornWriter& operator=(const StubbornWriter&) = delete;
+    ~StubbornWriter() {
+        stop_ = true;
+        thread_.join();
+    }
+
+    bool wroteSomething() const { return wroteSomething_; }
+
+  private:
+    void write() {
+        while (!stop_) {
+            for (const char stream : streams_) {
+                if (::write(stream - '0', "log line\n", 9) > 0) wroteSomething_ = true;
+            }
+        }
+    }
+
+    const std::string streams_;
+    std::atomic<bool> stop_ = false;
+    std::atomic<bool> wroteSomething_ = false;
+    std::thread thread_{[this] { write(); }};
+};
 
 std::set<std::string> outcomesOfThreads(const std::string& program) {
     std::set<std::string> outcomes;
@@ -45,7 +76,9 @@ int main(int, char** arguments) {
     std::ofstream result(arguments[4]);
     for (const char stream : std::string(arguments[1])) close(stream - '0');
     if (std::string(arguments[2]) == "ignored") std::signal(SIGCHLD, SIG_IGN);
+    const StubbornWriter writer(arguments[1]);
     for (const std::string& outcome : outcomesOfThreads(arguments[3])) result << outcome;
+    if (writer.wroteSomething()) result << "wrote to a closed stream\n";
     result.close();
     return result ? 0 : 1;
 }
