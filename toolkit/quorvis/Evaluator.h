@@ -1,35 +1,37 @@
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <string>
-#include <vector>
 
-#include "toolkit/quorvis/EventList.h"
+#include "toolkit/quorvis/EvaluationSink.h"
 #include "toolkit/quorvis/Leaves.h"
-#include "toolkit/quorvis/Match.h"
 
 namespace toolkit::quorvis {
 
 // Decides which signatures match.
 class Evaluator {
   public:
-    // REQUIRES: all outlive the evaluator, and the signatures the matches.
-    Evaluator(const Presets& presets, Machine& machine, EventList& events)
-        : presets_(presets), machine_(machine), events_(events), leaves_(machine) {}
+    // REQUIRES: all outlive the evaluator.
+    Evaluator(const Presets& presets, Machine& machine, EvaluationSink& sink)
+        : presets_(presets), machine_(machine), sink_(sink), leaves_(machine) {}
 
-    // The matches in the order of the signatures, then of the items.
-    std::vector<Match> evaluate(const std::vector<Signature>& signatures);
+    // Tells the matches in the order of the signatures, then of the items. Those before `first` are passed over.
+    // Memory that runs out leaves the one signature unknown that it runs out for.
+    void evaluate(std::span<const Signature> signatures, std::size_t first = 0);
 
-    // How a signature with this identifier came out, for people: a line for each of its conditions.
+    // Tell how signatures with this identifier came out: a line for each of their conditions.
     void explain(std::string guid) { explained_ = std::move(guid); }
-    const std::vector<std::string>& explanation() const { return explanation_; }
 
   private:
+    void evaluateOne(const Signature& signature);
+    void plan(std::span<const Signature> signatures);
+
     const Presets& presets_;
     Machine& machine_;
-    EventList& events_;
+    EvaluationSink& sink_;
     Leaves leaves_;
     std::string explained_;
-    std::vector<std::string> explanation_;
 };
 
 }  // namespace toolkit::quorvis

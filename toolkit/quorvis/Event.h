@@ -13,6 +13,8 @@ enum class EventCode : std::uint8_t {
     LimitEntries,
     LimitBytes,
     LimitMatches,
+    LimitMemory,
+    Aborted,
     Deadline,
     Loop,
     SpecialFile,

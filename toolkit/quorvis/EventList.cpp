@@ -14,13 +14,15 @@ struct CodeRow {
 };
 
 // In the order of EventCode.
-constexpr std::array<CodeRow, 18> kCodes = {{
+constexpr std::array<CodeRow, 20> kCodes = {{
     {"permission", "warning"},
     {"io", "warning"},
     {"limit-depth", "warning"},
     {"limit-entries", "warning"},
     {"limit-bytes", "warning"},
     {"limit-matches", "warning"},
+    {"limit-memory", "warning"},
+    {"aborted", "warning"},
     {"deadline", "warning"},
     {"loop", "info"},
     {"special-file", "info"},

@@ -181,6 +181,12 @@ void Files::keep(const FileState& state, Cached cached) {
     }
 }
 
+void Files::forget() {
+    contents_.clear();
+    order_.clear();
+    held_ = 0;
+}
+
 Content Files::read(const std::string& path, std::uint64_t limit) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);

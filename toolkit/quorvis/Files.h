@@ -81,6 +81,9 @@ class Files {
     // Takes such sums from there, and gives them to it. It must outlive the files.
     void keepSumsIn(HashCache& cache) { cache_ = &cache; }
 
+    // Lets go of the contents that are kept.
+    void forget();
+
   private:
     struct Opened {
         Content refusal;        // when the file is not to be read

@@ -74,6 +74,12 @@ class Query {
     // Whether both ask the same.
     bool operator==(const Query& other) const;
     std::size_t hash() const;
+    // Bytes of the values that are not the leaf's own.
+    std::size_t size() const {
+        std::size_t size = 0;
+        for (const std::string& value : values_) size += value.size();
+        return size;
+    }
 
   private:
     // One behind the last when it is not given.

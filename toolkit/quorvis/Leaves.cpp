@@ -20,6 +20,19 @@ Quoting quotingOf(Attribute attribute) {
     }
 }
 
+constexpr std::uint64_t kHeldAtMost = std::uint64_t{96} << 20;
+constexpr std::uint64_t kOverhead = 200;  // of what a query or an item takes besides its texts
+
+std::uint64_t sizeOf(const LeafResult& result) {
+    std::uint64_t size = kOverhead;
+    for (const Item& item : result.items) {
+        size += kOverhead + item.source.size();
+        for (const Field& field : item.fields) size += sizeof field + field.value.size();
+    }
+    for (const Event& event : result.events) size += kOverhead + event.path.size() + event.text.size();
+    return size;
+}
+
 bool isConstant(const Leaf& leaf) {
     return std::ranges::all_of(leaf.attributes,
                                [](const LeafAttribute& attribute) { return attribute.value.constant(); });
@@ -49,7 +62,10 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
 
 const LeafResult& Leaves::result(const Query& query) {
     const LeafResult*& result = results_[query];
-    if (result == nullptr) result = keep(lookUp(query, machine_));
+    if (result == nullptr) {
+        held_ += kOverhead + query.size();
+        result = keep(lookUp(query, machine_));
+    }
     const std::size_t number = query.leaf().number;
     if (number < known_.size() && isConstant(query.leaf())) known_[number] = result;
     return *result;
@@ -57,7 +73,20 @@ const LeafResult& Leaves::result(const Query& query) {
 
 const LeafResult* Leaves::keep(LeafResult result) {
     const bool nothing = result.items.empty() && result.events.empty() && !result.incomplete;
-    return nothing ? &nothing_ : &kept_.emplace_back(std::move(result));
+    if (nothing) return &nothing_;
+    held_ += sizeOf(result);
+    return &kept_.emplace_back(std::move(result));
+}
+
+void Leaves::forget() {
+    results_.clear();
+    kept_.clear();
+    std::ranges::fill(known_, nullptr);
+    held_ = 0;
+}
+
+void Leaves::forgetTooMany() {
+    if (held_ > kHeldAtMost) forget();
 }
 
 const LeafResult* Leaves::known(const Leaf& leaf) const {

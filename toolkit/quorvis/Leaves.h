@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <span>
@@ -18,7 +19,7 @@ class Leaves {
   public:
     explicit Leaves(Machine& machine) : machine_(machine) {}
 
-    // These signatures' leaves will be asked for.
+    // These signatures' leaves will be asked for. REQUIRES: they are all that a file holds.
     void expect(std::span<const Signature> signatures);
 
     // The leaf with its variables replaced; none when one has no value, whose name is then in `missing`.
@@ -26,6 +27,10 @@ class Leaves {
 
     // Lives as long as this. REQUIRES: the query's leaf does too.
     const LeafResult& result(const Query& query);
+    // Forgets all results, or those of an evaluation that has filled the memory meant for them. REQUIRES: nobody uses
+    // one any more.
+    void forget();
+    void forgetTooMany();
     // The result of this very leaf if it was looked up before and has no variables; else null.
     const LeafResult* known(const Leaf& leaf) const;
 
@@ -40,6 +45,7 @@ class Leaves {
     std::unordered_map<Query, const LeafResult*, Hash> results_;
     std::deque<LeafResult> kept_;
     const LeafResult nothing_;              // what most leaves find
+    std::uint64_t held_ = 0;                // bytes of kept_ and of the queries, about
     std::vector<const LeafResult*> known_;  // by the numbers of expected leaves without variables
 };
 

@@ -22,11 +22,13 @@ namespace toolkit::quorvis {
 // The scanned machine, as the leaves see it. Everything is read when it is first asked for, and once.
 class Machine {
   public:
-    Machine(const Root& root, const Settings& settings)
+    // `start` is when the time for the evaluation began.
+    Machine(const Root& root, const Settings& settings,
+            std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now())
         : root_(root),
           settings_(settings),
           files_(root, settings),
-          deadline_(std::chrono::steady_clock::now() + settings.evaluation.timeLimit) {}
+          deadline_(start + settings.evaluation.timeLimit) {}
 
     const Root& root() const { return root_; }
     const Settings& settings() const { return settings_; }
@@ -41,6 +43,9 @@ class Machine {
 
     // Counts names that a walk is about to look at; returns how many all walks had counted before. Threads may do so.
     std::uint64_t countEntries(std::uint64_t more) { return entriesSeen_.fetch_add(more); }
+
+    // Lets go of what can be read again.
+    void forget() { files_.forget(); }
 
     // What a walk found for this request; walked now unless it was found before.
     const GlobHits& hits(const GlobRequest& request);

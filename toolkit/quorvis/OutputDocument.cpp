@@ -15,6 +15,8 @@ void appendEvidence(std::string& xml, const Evidence& evidence) {
     xml += "/>";
 }
 
+}  // namespace
+
 void appendMatch(std::string& xml, const Match& match) {
     xml += "<MatchedSignature";
     appendXmlAttribute(xml, "guid", match.guid);
@@ -31,15 +33,12 @@ void appendMatch(std::string& xml, const Match& match) {
     xml += "</MatchedSignature>\n";
 }
 
-}  // namespace
-
-std::string outputDocument(std::span<const Match> matches, bool complete) {
+std::string outputDocument(std::string_view matches, bool complete) {
     std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>)";
     xml += "\n<MatchedSignatures language=\"1\"";
     appendXmlAttribute(xml, "complete", complete ? "true" : "false");
     xml += ">\n";
-    for (const Match& match : matches) appendMatch(xml, match);
-    xml += "</MatchedSignatures>\n";
+    xml.append(matches) += "</MatchedSignatures>\n";
     return xml;
 }
 

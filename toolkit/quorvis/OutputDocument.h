@@ -1,14 +1,17 @@
 #pragma once
 
-#include <span>
 #include <string>
+#include <string_view>
 
 #include "toolkit/quorvis/Match.h"
 
 namespace toolkit::quorvis {
 
-// The results as an XML document in pure ASCII, one line for each match. `complete` tells that nothing was left
-// out because of a bound.
-std::string outputDocument(std::span<const Match> matches, bool complete);
+// Appends the element of a match, in pure ASCII and on a line of its own.
+void appendMatch(std::string& xml, const Match& match);
+
+// The results as an XML document, with these elements of matches. `complete` tells that nothing was left out because of
+// a bound.
+std::string outputDocument(std::string_view matches, bool complete);
 
 }  // namespace toolkit::quorvis

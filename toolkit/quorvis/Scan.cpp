@@ -1,16 +1,16 @@
 #include "toolkit/quorvis/Scan.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <stdexcept>
 #include <system_error>
 
 #include "toolkit/machine/OutputFile.h"
 #include "toolkit/quorvis/Configuration.h"
-#include "toolkit/quorvis/Evaluator.h"
-#include "toolkit/quorvis/HashCache.h"
 #include "toolkit/quorvis/OutputDocument.h"
-#include "toolkit/quorvis/Sandbox.h"
+#include "toolkit/quorvis/ScanKeeper.h"
 #include "toolkit/quorvis/SignatureReader.h"
 #include "toolkit/quorvis/WarningsDocument.h"
 
@@ -27,10 +27,13 @@ void say(const std::string& line) {
     std::puts(line.c_str());
 }
 
-void writeFiles(const Options& options, const std::vector<Match>& matches, const EventList& events) {
-    for (const EventList::Entry& entry : events.entries()) say(lineOf(entry));
+void writeFiles(const Options& options, std::string_view matches, const EventList& events) {
     writeOutputFile(options.output, outputDocument(matches, !events.toldLimit()));
     writeOutputFile(options.warnings, warningsDocument(events));
+}
+
+void sayEvents(const EventList& events) {
+    for (const EventList::Entry& entry : events.entries()) say(lineOf(entry));
 }
 
 // The tree to look at: that of the command line, of the setting, or the machine itself.
@@ -45,18 +48,14 @@ std::optional<Root> openRoot(const Options& options, const Settings& settings, s
     }
 }
 
-// What the scanner itself gives a value, for all signatures.
-void addOwnVariables(const Root& root, std::vector<PresetValue>& presets) {
-    presets.push_back({"quorvis.root", root.live() ? "/" : root.directory(), {}});
-    presets.push_back({"quorvis.arch", QUORVIS_MACHINE, {}});
-}
-
-Outcome refuseSignatures(const Options& options, const SignatureFile& file, EventList& events) {
-    std::string text = file.problems.front();
-    const std::size_t more = file.problems.size() - 1;
+Outcome refuseSignatures(const Options& options, const std::vector<std::string>& problems,
+                         EventList& events) {
+    std::string text = problems.front();
+    const std::size_t more = problems.size() - 1;
     if (more > 0) text += " (and " + std::to_string(more) + " more, which --check lists)";
     events.add({EventCode::Invalid, {}, std::move(text), {}, {}});
     writeFiles(options, {}, events);
+    sayEvents(events);
     return Outcome::BadSignatures;
 }
 
@@ -69,6 +68,7 @@ Outcome refuseSignatures(const Options& options, const SignatureFile& file, Even
 }  // namespace
 
 Outcome scan(const Options& options) {
+    const auto start = std::chrono::steady_clock::now();
     Configuration configuration = readConfiguration(options.config);
     if (!configuration.error.empty()) return refuse(configuration.error);
     EventList events;
@@ -80,24 +80,16 @@ Outcome scan(const Options& options) {
     const std::optional<Root> root = openRoot(options, settings, problem);
     if (!root) return refuse(problem);
 
-    SignatureFile file = readSignatureFile(options.signatures, settings);
-    events.add(std::move(file.events));
-    if (!file.problems.empty()) return refuseSignatures(options, file, events);
-
-    HashCache hashes(settings.evaluation.cache);
-    enterSandbox(settings);
-    addOwnVariables(*root, configuration.presets);
-    const Presets presets(std::move(configuration.presets));
-    Machine machine(*root, settings);
-    machine.files().keepSumsIn(hashes);
-    Evaluator evaluator(presets, machine, events);
-    evaluator.explain(options.explain);
-    const std::vector<Match> matches = evaluator.evaluate(file.signatures);
-    for (const std::string& line : evaluator.explanation()) say(line);
-    events.add(hashes.save());
-    writeFiles(options, matches, events);
-    say("signatures: " + std::to_string(file.signatures.size()) +
-        ", matches: " + std::to_string(matches.size()));
+    const DocumentText signatures = readDocument(options.signatures);
+    const Findings found =
+        keepScan({options, settings, *root, configuration.presets, signatures, start}, events);
+    if (!found.failure.empty()) throw std::runtime_error(found.failure);
+    if (!found.problems.empty()) return refuseSignatures(options, found.problems, events);
+    writeFiles(options, found.matches, events);
+    for (const std::string& line : found.explanation) say(line);
+    sayEvents(events);
+    say("signatures: " + std::to_string(found.signatureCount) +
+        ", matches: " + std::to_string(found.matchCount));
     leave(Outcome::Done);
 }
 

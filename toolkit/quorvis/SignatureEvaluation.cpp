@@ -79,18 +79,18 @@ std::string keyOf(const Match& match) {
 
 }  // namespace
 
-void SignatureEvaluation::run(std::vector<Match>& matches) {
+void SignatureEvaluation::run() {
     if (signature_.each) {
-        runEach(signature_.leaves[*signature_.each], matches);
+        runEach(signature_.leaves[*signature_.each]);
         return;
     }
     const Truth truth = evaluateMatch();
     explain("signature", truth);
-    if (truth == Truth::True) addMatch(matches);
+    if (truth == Truth::True) addMatch();
     if (truth == Truth::Unknown) report(EventCode::Unresolved, "whether the signature matches is unknown");
 }
 
-void SignatureEvaluation::runEach(const Leaf& each, std::vector<Match>& matches) {
+void SignatureEvaluation::runEach(const Leaf& each) {
     const LeafResult* const result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
     bool unknown = found == Truth::Unknown;
@@ -99,7 +99,7 @@ void SignatureEvaluation::runEach(const Leaf& each, std::vector<Match>& matches)
             use(each, item);
             const Truth truth = evaluateMatch();
             explain("item " + item.source, truth);
-            if (truth == Truth::True) addMatch(matches);
+            if (truth == Truth::True) addMatch();
             if (truth == Truth::Unknown) unknown = true;
             scope_.rewind(0);
             evidence_.clear();
@@ -178,7 +178,7 @@ Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
 
 const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
     const LeafResult* const known = leaves_.known(leaf);
-    if (known != nullptr && explanation_ == nullptr) {
+    if (known != nullptr && !explained_) {
         tell(leaf, *known);
         return known;
     }
@@ -191,7 +191,7 @@ const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
     }
     const LeafResult& result = leaves_.result(*query);
     tell(leaf, result);
-    if (explanation_ != nullptr) {
+    if (explained_) {
         explain(describe(*query, leaf) + ", items found: " + std::to_string(result.items.size()),
                 truthOf(leaf, result));
     }
@@ -205,7 +205,7 @@ void SignatureEvaluation::use(const Leaf& leaf, const Item& item) {
         {evidenceKind(leaf.kind), item.source, valueOf(item, "name"), valueOf(item, "version")});
 }
 
-void SignatureEvaluation::addMatch(std::vector<Match>& matches) {
+void SignatureEvaluation::addMatch() {
     Match match;
     match.guid = signature_.guid;
     match.metadata = signature_.metadata;
@@ -218,11 +218,10 @@ void SignatureEvaluation::addMatch(std::vector<Match>& matches) {
     }
     match.name = std::move(*name);
     for (const OutputVariable& variable : signature_.output) addVariable(variable, match);
-    const bool fresh = distinct_.emplace(keyOf(match), matches.size()).second;
-    if (!fresh) return;
+    if (!distinct_.insert(keyOf(match)).second) return;
     evidence_.resize(std::min(evidence_.size(), kMostEvidence));
     match.evidence = evidence_;
-    matches.push_back(std::move(match));
+    sink_.onMatch(match);
 }
 
 void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& match) {
@@ -251,18 +250,18 @@ void SignatureEvaluation::tell(const Leaf& leaf, const LeafResult& result) {
     for (Event event : result.events) {
         event.guid = signature_.guid;
         event.leaf = labelOf(leaf);
-        events_.add(std::move(event));
+        sink_.onEvent(std::move(event));
     }
 }
 
 void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf) {
-    events_.add({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
+    sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
 }
 
 void SignatureEvaluation::explain(std::string text, Truth truth) {
-    if (explanation_ == nullptr) return;
-    explanation_->push_back(std::string(2 * std::size_t{depth_}, ' ') + std::move(text) + ": " +
-                            std::string(wordFor(truth)));
+    if (!explained_) return;
+    sink_.onExplanation(std::string(2 * std::size_t{depth_}, ' ') + std::move(text) + ": " +
+                        std::string(wordFor(truth)));
 }
 
 }  // namespace toolkit::quorvis

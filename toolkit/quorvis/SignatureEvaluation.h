@@ -1,33 +1,31 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
-#include <utility>
+#include <unordered_set>
 #include <vector>
 
-#include "toolkit/quorvis/EventList.h"
+#include "toolkit/quorvis/EvaluationSink.h"
 #include "toolkit/quorvis/Leaves.h"
-#include "toolkit/quorvis/Match.h"
 
 namespace toolkit::quorvis {
 
 // The evaluation of one signature.
 class SignatureEvaluation {
   public:
-    // `explanation` is null unless somebody wants to read how it went.
+    // `explained` when somebody wants to read how it went.
     SignatureEvaluation(const Signature& signature, const Presets& presets, Leaves& leaves,
-                        const Settings& settings, EventList& events, std::vector<std::string>* explanation)
+                        const Settings& settings, EvaluationSink& sink, bool explained)
         : signature_(signature),
           leaves_(leaves),
           settings_(settings),
-          events_(events),
-          explanation_(explanation),
+          sink_(sink),
+          explained_(explained),
           scope_(presets, signature) {}
 
-    void run(std::vector<Match>& matches);
+    void run();
 
   private:
-    void runEach(const Leaf& each, std::vector<Match>& matches);
+    void runEach(const Leaf& each);
     // True when the condition holds, or there is none.
     Truth evaluateMatch();
     Truth evaluate(const Condition& condition);
@@ -38,7 +36,7 @@ class SignatureEvaluation {
     const LeafResult* lookUp(const Leaf& leaf);
     void use(const Leaf& leaf, const Item& item);
 
-    void addMatch(std::vector<Match>& matches);
+    void addMatch();
     void addVariable(const OutputVariable& variable, Match& match);
 
     void tell(const Leaf& leaf, const LeafResult& result);
@@ -48,13 +46,13 @@ class SignatureEvaluation {
     const Signature& signature_;
     Leaves& leaves_;
     const Settings& settings_;
-    EventList& events_;
-    std::vector<std::string>* explanation_;
+    EvaluationSink& sink_;
+    bool explained_;
     unsigned depth_ = 0;  // of the condition that is evaluated
     Scope scope_;
     std::vector<Evidence> evidence_;
     std::vector<const LeafResult*> told_;
-    std::unordered_map<std::string, std::size_t> distinct_;  // the matches of this signature by their output
+    std::unordered_set<std::string> distinct_;  // the matches of this signature by their output
 };
 
 }  // namespace toolkit::quorvis

@@ -92,8 +92,12 @@ class Visitor : public ElementVisitor {
 }  // namespace
 
 SignatureFile readSignatureFile(const std::string& path, const Settings& settings) {
+    return readSignatureFile(path, readDocument(path), settings);
+}
+
+SignatureFile readSignatureFile(const std::string& path, const DocumentText& document,
+                                const Settings& settings) {
     SignatureFile file;
-    const DocumentText document = readDocument(path);
     if (!document.error.empty()) {
         file.problems.push_back(document.error);
         return file;

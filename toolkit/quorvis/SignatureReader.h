@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/quorvis/DocumentText.h"
 #include "toolkit/quorvis/Event.h"
 #include "toolkit/quorvis/Settings.h"
 #include "toolkit/quorvis/Signature.h"
@@ -26,5 +27,8 @@ struct SignatureFile {
 
 // Reads and validates a signatures file. A file that cannot be read is a problem as well.
 SignatureFile readSignatureFile(const std::string& path, const Settings& settings);
+// The same of one whose bytes are there already.
+SignatureFile readSignatureFile(const std::string& path, const DocumentText& document,
+                                const Settings& settings);
 
 }  // namespace toolkit::quorvis

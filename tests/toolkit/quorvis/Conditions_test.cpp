@@ -20,7 +20,7 @@ class Truths : public Evaluation {
   protected:
     Truth truthOf(const std::string& condition) {
         install("here", "1.0");
-        events_ = {};
+        events_ = EventList();
         const bool matched = matches(condition);
         const std::vector<std::string> codes = eventCodes();
         const bool unresolved = std::count(codes.begin(), codes.end(), "unresolved") == 1;
@@ -122,19 +122,19 @@ TEST_F(Conditions, ExplainShowsEachConditionWithItsTruth) {
     install("here", "1.0");
     explained_ = "G";  // identifiers are the same in any case
     matches(within("All", std::string(kTrue) + within("Not", kFalse)));
-    EXPECT_EQ(evaluator_->explanation(), (std::vector<std::string>{
-                                             "    Package name=\"here\", items found: 1: true",
-                                             "      Package name=\"gone\", items found: 0: false",
-                                             "    Not: true",
-                                             "  All: true",
-                                             "signature: true",
-                                         }));
+    EXPECT_EQ(sink_.explanation, (std::vector<std::string>{
+                                     "    Package name=\"here\", items found: 1: true",
+                                     "      Package name=\"gone\", items found: 0: false",
+                                     "    Not: true",
+                                     "  All: true",
+                                     "signature: true",
+                                 }));
 }
 
 TEST_F(Conditions, NothingIsExplainedUnasked) {
     install("here", "1.0");
     EXPECT_TRUE(matches(kTrue));
-    EXPECT_TRUE(evaluator_->explanation().empty());
+    EXPECT_TRUE(sink_.explanation.empty());
 }
 
 TEST_F(Conditions, AfterTheTimeLimitNothingMoreIsEvaluatedAndThatIsTold) {

@@ -5,6 +5,7 @@
 #include "toolkit/quorvis/Template.h"
 #include "toolkit/quorvis/WarningsDocument.h"
 
+using toolkit::quorvis::appendMatch;
 using toolkit::quorvis::Event;
 using toolkit::quorvis::EventCode;
 using toolkit::quorvis::EventList;
@@ -82,7 +83,9 @@ TEST(OutputDocument, HoldsEachMatchOnALineOfItsOwn) {
         {"G-1", "First", "<P>x</P>", {{"package", "/db", "bash", "5"}, {"file", "/f", "", ""}}, {{"v", "1"}}},
         {"G-2", "Second", "", {}, {}},
     };
-    EXPECT_EQ(outputDocument(matches, true),
+    std::string elements;
+    for (const Match& match : matches) appendMatch(elements, match);
+    EXPECT_EQ(outputDocument(elements, true),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<MatchedSignatures language=\"1\" complete=\"true\">\n"
               "<MatchedSignature guid=\"G-1\" name=\"First\"><Metadata><P>x</P>"
@@ -102,7 +105,8 @@ TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
     };
     for (const auto& [value, written] : cases) {
         const Match match{"G", "N", {}, {}, {{"v", value}}};
-        const std::string document = outputDocument({&match, 1}, true);
+        std::string document;
+        appendMatch(document, match);
         EXPECT_NE(document.find(std::string("value=\"") + written + "\"/>"), std::string::npos) << document;
     }
 }

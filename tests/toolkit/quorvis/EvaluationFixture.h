@@ -10,9 +10,22 @@
 #include "tests/support/ScratchDir.h"
 #include "toolkit/machine/Root.h"
 #include "toolkit/quorvis/Evaluator.h"
+#include "toolkit/quorvis/EventList.h"
 #include "toolkit/quorvis/SignatureReader.h"
 
 namespace toolkit::quorvis {
+
+// Keeps what an evaluation tells.
+struct EvaluationCollector : EvaluationSink {
+    explicit EvaluationCollector(EventList& list) : events(list) {}
+    void onMatch(const Match& match) override { matches.push_back(match); }
+    void onEvent(Event event) override { events.add(std::move(event)); }
+    void onExplanation(std::string line) override { explanation.push_back(std::move(line)); }
+
+    EventList& events;
+    std::vector<Match> matches;
+    std::vector<std::string> explanation;
+};
 
 class Evaluation : public testing::Test {
   protected:
@@ -33,9 +46,11 @@ class Evaluation : public testing::Test {
         root_.emplace(tree_.path().string());
         machine_.emplace(*root_, settings_);
         presets_.emplace(given_);
-        evaluator_.emplace(*presets_, *machine_, events_);
+        sink_.matches.clear();
+        evaluator_.emplace(*presets_, *machine_, sink_);
         evaluator_->explain(explained_);
-        return evaluator_->evaluate(read_.signatures);
+        evaluator_->evaluate(read_.signatures);
+        return sink_.matches;
     }
 
     // One signature with this content.
@@ -58,6 +73,7 @@ class Evaluation : public testing::Test {
     std::vector<PresetValue> given_;
     std::string explained_;
     EventList events_;
+    EvaluationCollector sink_{events_};
     std::optional<Machine> machine_;
     std::optional<Evaluator> evaluator_;
 
