@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "toolkit/machine/OpenResolved.h"
+#include "toolkit/quorvis/KernelFiles.h"
 #include "toolkit/quorvis/LinkPath.h"
 
 namespace toolkit::quorvis {
@@ -79,6 +80,8 @@ Result failureOf(int error) {
 
 DirectoryOpener::DirectoryOpener(const Root& root, const Settings& settings)
     : root_(root),
+      disclosure_(settings),
+      finder_(root, disclosure_),
       mounts_(root),
       crossDevices_(settings.fileSystem.crossDevices),
       remote_(settings.fileSystem.remote),
@@ -127,11 +130,7 @@ Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) c
     Result result = failureOf(error);
     if (error != EACCES || !child.toList) return result;
     // What it holds may be open to those who know the names.
-    const int flags = flagsFor(false) | (child.link ? 0 : O_NOFOLLOW);
-    if (!child.link)
-        result.directory = kest::Descriptor(::openat(parent, child.name, flags));
-    else
-        result.directory = root_.openStrictly(child.path, flags);
+    result.directory = kest::Descriptor(::openat(parent, child.name, flagsFor(false) | O_NOFOLLOW));
     result.text = "No permission to list this directory";
     return result;
 }
@@ -140,6 +139,7 @@ Result DirectoryOpener::openMount(const DirectoryChain& parents, const Child& ch
     if (!crossDevices_) return {};
     const int parent = parents.last().number();
     Result result = opened(parent, child, openAt(parent, child, true));
+    if (result.directory.isOpen() && isMadeByKernel(result.directory.number())) return {};
     if (result.directory.isOpen() && parents.holds(result.directory.number()))
         return {{}, false, EventCode::Loop, "A directory is mounted inside of itself"};
     return result;
@@ -182,25 +182,42 @@ bool DirectoryOpener::leadsToRemote(const std::string& path) const {
     return linkLeadsInto(root_, path, [this](const std::string& place) { return isRemote(place); });
 }
 
+// A directory as it may be seen: none when it may not be searched, not to be listed when its names may not be told.
+Result DirectoryOpener::disclosed(Result result, const std::string& place, bool toList) const {
+    struct stat status {};
+    if (!result.directory.isOpen() || ::fstat(result.directory.number(), &status) != 0) return result;
+    if (!disclosure_.ofSearch(status, place))
+        return {{}, result.behindLink, EventCode::Denied, "Other users may not search this directory"};
+    if (toList && !result.problem && !disclosure_.ofNames(status, place)) {
+        result.problem = EventCode::Denied;
+        result.text = "Other users may not list this directory";
+    }
+    return result;
+}
+
+bool DirectoryOpener::mayAsk(const DirectoryChain& parents, std::string_view path) const {
+    struct stat status {};
+    if (!disclosure_.differs() || path.rfind('/') == 0 || ::fstat(parents.last().number(), &status) != 0)
+        return true;
+    return disclosure_.ofSearch(status, parents.behindLink() ? placeOf(parents, path) : std::string(path));
+}
+
 Result DirectoryOpener::follow(int parent, const Child& child) const {
-    const int flags = flagsFor(child.toList);
-    kest::Descriptor directory;
-    if (kernelResolves_) directory = root_.openStrictly(child.path, flags, RESOLVE_NO_XDEV);
-    if (!directory.isOpen() && (!kernelResolves_ || errno == EXDEV)) {
-        if (leadsToRemote(child.path)) return remoteSkipped();
-        directory = root_.openStrictly(child.path, flags);
+    if (leadsToRemote(child.path)) return remoteSkipped();
+    const FoundFile found = finder_.find(child.path, true);
+    if (found.problem == FoundFile::Problem::MadeByKernel) return {};
+    if (found.problem == FoundFile::Problem::HiddenDirectory)
+        return {{}, true, EventCode::Denied, "This leads to where other users may not look"};
+    if (found.problem != FoundFile::Problem::None) {
+        errno = found.error;
+        return failureOf(errno);
     }
-    const int error = errno;
-    if (directory.isOpen()) {
-        const std::string place = root_.pathOf(directory);
-        if (liesInExcluded(place)) return {};
-        if (!crossDevices_ && !onSameDevice(parent, directory.number())) return {};
-        return {std::move(directory), true, std::nullopt, {}};
-    }
-    errno = error;
-    Result closed = opened(parent, child, -1);
-    closed.behindLink = true;
-    return closed;
+    if (!S_ISDIR(found.status.st_mode) || liesInExcluded(found.place)) return {};
+    if (!crossDevices_ && !onSameDevice(parent, found.handle.number())) return {};
+    Result result = opened(found.handle.number(), {".", found.place, false, child.toList},
+                           ::openat(found.handle.number(), ".", flagsFor(child.toList)));
+    result.behindLink = true;
+    return disclosed(std::move(result), found.place, child.toList);
 }
 
 Result DirectoryOpener::open(const DirectoryChain& parents, const Child& child) {
@@ -215,7 +232,9 @@ Result DirectoryOpener::open(const DirectoryChain& parents, const Child& child) 
 
 Result DirectoryOpener::openAllowed(const DirectoryChain& parents, const Child& child) {
     if (isRemote(child.path)) return remoteSkipped();
-    return child.link ? follow(parents.last().number(), child) : openPlain(parents, child);
+    if (child.link) return follow(parents.last().number(), child);
+    Result result = openPlain(parents, child);
+    return result.behindLink ? std::move(result) : disclosed(std::move(result), child.path, child.toList);
 }
 
 }  // namespace toolkit::quorvis

@@ -10,7 +10,9 @@
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Root.h"
 #include "toolkit/quorvis/DirectoryChain.h"
+#include "toolkit/quorvis/Disclosure.h"
 #include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/FileFinder.h"
 #include "toolkit/quorvis/GlobPattern.h"
 #include "toolkit/quorvis/MountTable.h"
 #include "toolkit/quorvis/Settings.h"
@@ -19,8 +21,8 @@ namespace toolkit::quorvis {
 
 // Opens directories for a walk, and decides which ones a walk enters. It never enters /proc, /sys, /dev and /run, the
 // stores of containers, which hold other machines' files (/var/lib/ docker, containers, containerd, lxc, lxd, incus,
-// machines, kubelet; /var/snap/lxd; .local/share/containers of users), and what the settings exclude. Several threads
-// may use it.
+// machines, kubelet; /var/snap/lxd; .local/share/containers of users), what the kernel makes up elsewhere, what other users
+// may not look into, and what the settings exclude. Several threads may use it.
 class DirectoryOpener {
   public:
     DirectoryOpener(const Root& root, const Settings& settings);
@@ -43,6 +45,9 @@ class DirectoryOpener {
     // Opens a child of the last of these directories. A link is followed.
     Result open(const DirectoryChain& parents, const Child& child);
 
+    // Whether the last of these directories may be searched for the child with this path.
+    bool mayAsk(const DirectoryChain& parents, std::string_view path) const;
+
     // Whether something that is not even to be asked about is mounted at this path, which the walk came to through
     // these directories.
     bool isRemote(const DirectoryChain& parents, std::string_view path) const;
@@ -55,12 +60,15 @@ class DirectoryOpener {
     Result openPlain(const DirectoryChain& parents, const Child& child);
     Result openMount(const DirectoryChain& parents, const Child& child);
     Result follow(int parent, const Child& child) const;
+    Result disclosed(Result result, const std::string& place, bool toList) const;
     Result opened(int parent, const Child& child, int descriptor) const;
     bool isExcluded(std::string_view path) const;
     bool liesInExcluded(std::string_view path) const;
     bool leadsToRemote(const std::string& path) const;
 
     const Root& root_;
+    Disclosure disclosure_;
+    FileFinder finder_;
     MountTable mounts_;
     std::vector<PathPattern> exclude_;
     bool crossDevices_;

@@ -272,6 +272,11 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     if (shared_.claimNames(1) == 0) return;
     reached_.clear();
     for (const NodeId child : children) trie_.reach(child, reached_);
+    if (!shared_.opener().mayAsk(chain_, path_ + '/' + name)) {
+        for (const NodeId child : children)
+            findings_.problem(child, EventCode::Denied, path_ + '/' + name, "Other users may not look there");
+        return;
+    }
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
     const bool mayAsk = ending != children.end() && !shared_.opener().isRemote(chain_, path_ + '/' + name);

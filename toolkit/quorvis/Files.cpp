@@ -1,15 +1,20 @@
 #include "toolkit/quorvis/Files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <system_error>
 #include <utility>
 
 #include "toolkit/quorvis/FileBytes.h"
-#include "toolkit/quorvis/SecretFiles.h"
+#include "toolkit/quorvis/KernelFiles.h"
+#include "toolkit/quorvis/SecretContent.h"
+#include "toolkit/quorvis/SecretNames.h"
 
 namespace toolkit::quorvis {
 
@@ -99,69 +104,138 @@ kest::Descriptor reopened(const kest::Descriptor& handle) {
     return kest::Descriptor(::open(link.c_str(), flags));
 }
 
+constexpr const char* kHidden = "Other users may not look there";
+constexpr const char* kOfKernel = "The kernel makes this up, so it is not for signatures";
+constexpr const char* kUnreadable = "Other users may not read this";
+constexpr const char* kSecret = "The content of this file is never read";
+constexpr const char* kHoldsKey = "This holds a key or the hash of a password, so it is not read";
+
+// How much of a file is looked at to tell whether it holds a key, when it is not read from its start.
+constexpr std::size_t kLookedAt = 4096;
+
+bool startsWithKey(const kest::Descriptor& file, std::uint64_t size) {
+    std::array<char, kLookedAt> buffer;
+    const ssize_t count = ::pread(file.number(), buffer.data(), buffer.size(), 0);
+    const std::string_view start(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return beginsAsKey(start, size) || holdsKey(start);
+}
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
 }  // namespace
 
-Files::Facts Files::lookWith(const std::string& path, int flags) {
-    if (std::string problem = problemOf(path); !problem.empty())
-        return {Access::Failed, {}, makeEvent(EventCode::Unsupported, path, std::move(problem))};
-    const kest::Descriptor handle = root_.openStrictly(path, O_PATH | flags);
-    struct stat status {};
-    if (handle.isOpen() && ::fstat(handle.number(), &status) == 0)
-        return {Access::Ok, factsOf(status), std::nullopt};
-    if (meansMissing(errno)) return {};
-    return {Access::Failed, {}, eventOf(errno, path)};
+// What is found, else why not: without an event when there is nothing.
+FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>& event) const {
+    FoundFile found;
+    if (std::string problem = problemOf(path); !problem.empty()) {
+        found.problem = FoundFile::Problem::NotOpened;
+        event = makeEvent(EventCode::Unsupported, path, std::move(problem));
+        return found;
+    }
+    found = finder_.find(path, follow);
+    if (found.problem == FoundFile::Problem::HiddenDirectory)
+        event = makeEvent(EventCode::Denied, path, kHidden);
+    if (found.problem == FoundFile::Problem::MadeByKernel)
+        event = makeEvent(EventCode::Denied, path, kOfKernel);
+    if (found.problem == FoundFile::Problem::NotOpened && !meansMissing(found.error))
+        event = eventOf(found.error, path);
+    return found;
+}
+
+Files::Facts Files::lookWith(const std::string& path, bool follow) const {
+    std::optional<Event> event;
+    const FoundFile found = find(path, follow, event);
+    if (found.problem == FoundFile::Problem::None) return {Access::Ok, factsOf(found.status), std::nullopt};
+    if (!event) return {};
+    return {Access::Failed, {}, std::move(event)};
 }
 
 Files::Facts Files::look(const std::string& path) {
-    return lookWith(path, 0);
+    return lookWith(path, true);
 }
 
 Files::Facts Files::lookAtLink(const std::string& path) {
-    return lookWith(path, O_NOFOLLOW);
+    return lookWith(path, false);
+}
+
+Files::Names Files::list(const std::string& path) {
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    if (found.problem != FoundFile::Problem::None)
+        return {event ? Access::Failed : Access::Missing, {}, std::move(event)};
+    if (!S_ISDIR(found.status.st_mode)) return {};
+    if (!disclosure_.ofNames(found.status, found.place))
+        return {Access::Failed,
+                {},
+                makeEvent(EventCode::Denied, path, "Other users may not list this directory")};
+    const int opened = ::openat(found.handle.number(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+    const std::unique_ptr<DIR, CloseDirectory> directory(opened < 0 ? nullptr : ::fdopendir(opened));
+    if (!directory) return {Access::Failed, {}, eventOf(errno, path)};
+    Names names{Access::Ok, {}, std::nullopt};
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        const std::string_view name = static_cast<const char*>(entry->d_name);
+        if (name != "." && name != "..") names.names.emplace_back(name);
+    }
+    std::ranges::sort(names.names);
+    return names;
 }
 
 std::string Files::withoutLinks(const std::string& path) {
-    const kest::Descriptor handle =
-        problemOf(path).empty() ? root_.openStrictly(path, O_PATH) : kest::Descriptor();
-    if (!handle.isOpen()) return path;
-    std::string plain = root_.pathOf(handle);
-    return plain.empty() ? path : plain;
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    if (found.problem != FoundFile::Problem::None) return path;
+    return found.place.empty() ? "/" : found.place;
 }
 
 std::string Files::linkText(const std::string& path) {
-    return root_.readLink(path);
+    std::optional<Event> event;
+    const FoundFile found = find(path, false, event);
+    std::array<char, 4096> text;
+    if (found.problem != FoundFile::Problem::None || !S_ISLNK(found.status.st_mode)) return {};
+    const ssize_t length = ::readlinkat(found.handle.number(), "", text.data(), text.size());
+    return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+// Why the file that was opened is not read. What counts is the file itself, not only where it was found.
+std::optional<Event> Files::refusalOf(const std::string& path, const FoundFile& found,
+                                      const Opened& opened) const {
+    struct stat status {};
+    if (isSecretByName(path) || isSecretByName(found.place))
+        return makeEvent(EventCode::Denied, path, kSecret);
+    if (::fstat(opened.file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return eventOf(EIO, path);
+    if (isMadeByKernel(opened.file.number())) return makeEvent(EventCode::Denied, path, kOfKernel);
+    if (!disclosure_.ofContent(status, found.place)) return makeEvent(EventCode::Denied, path, kUnreadable);
+    return std::nullopt;
 }
 
 Files::Opened Files::openToRead(const std::string& path) {
-    if (std::string problem = problemOf(path); !problem.empty())
-        return {failure(EventCode::Unsupported, path, std::move(problem)), {}, {}};
-    // A handle first: merely opening some devices for reading has effects.
-    const kest::Descriptor handle = root_.openStrictly(path, O_PATH);
-    struct stat status {};
-    if (!handle.isOpen() || ::fstat(handle.number(), &status) != 0) {
-        if (meansMissing(errno)) return {};
-        return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
-    }
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    const struct stat& status = found.status;
+    if (found.problem != FoundFile::Problem::None && !event) return {};
+    if (event) return {{Access::Failed, nullptr, std::move(event)}, {}, {}};
     if (S_ISDIR(status.st_mode)) return {};
     if (!S_ISREG(status.st_mode)) {
-        Event event =
-            makeEvent(EventCode::SpecialFile, path, "Neither a file nor a directory, so it is not read");
+        event = makeEvent(EventCode::SpecialFile, path, "Neither a file nor a directory, so it is not read");
         return {{Access::Missing, nullptr, std::move(event)}, {}, {}};
     }
-    const std::string plain = root_.pathOf(handle);
-    if (holdsSecrets(path) || holdsSecrets(plain))
-        return {failure(EventCode::Denied, path, "The content of this file is never read"), {}, {}};
-    if (plain.empty()) return {failure(EventCode::Io, path, "Cannot be told where this lies"), {}, {}};
-    Opened opened{{}, reopened(handle), {}};
+    // A handle first: merely opening some devices for reading has effects.
+    Opened opened{{}, reopened(found.handle), {}};
     if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
     opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
                     nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
+    event = refusalOf(path, found, opened);
+    if (event) return {{Access::Failed, nullptr, std::move(event)}, {}, {}};
     return opened;
 }
 
 Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {
     auto bytes = std::make_shared<std::string>();
     const BytesRead result = readBytes(opened.file, limit, whole, *bytes);
+    if (beginsAsKey(*bytes, opened.state.size) || holdsKey(*bytes))
+        return failure(EventCode::Denied, path, kHoldsKey);
     return contentOf(result, std::move(bytes), path, limit);
 }
 
@@ -205,6 +279,9 @@ Content Files::read(const std::string& path, std::uint64_t limit) {
 Content Files::readStart(const std::string& path, std::uint64_t limit) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
+    // So that a key cannot be read in parts that are too short to be one.
+    if (limit < kLookedAt && startsWithKey(opened.file, opened.state.size))
+        return failure(EventCode::Denied, path, kHoldsKey);
     const auto cached = contents_.find(opened.state);
     if (cached != contents_.end()) {
         const Cached& held = cached->second;
@@ -223,12 +300,15 @@ Content Files::readStart(const std::string& path, std::uint64_t limit) {
 Files::Opening Files::open(const std::string& path) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return {opened.refusal.access, {}, std::move(opened.refusal.event)};
+    if (startsWithKey(opened.file, opened.state.size))
+        return {Access::Failed, {}, makeEvent(EventCode::Denied, path, kHoldsKey)};
     return {Access::Ok, std::move(opened.file), std::nullopt};
 }
 
 Content Files::sha256(const std::string& path) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
+    if (startsWithKey(opened.file, opened.state.size)) return failure(EventCode::Denied, path, kHoldsKey);
     const std::uint64_t limit = settings_.fileSystem.maxHashedSize;
     if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
     const auto known = sums_.find(opened.state);

@@ -9,10 +9,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Root.h"
+#include "toolkit/quorvis/Disclosure.h"
 #include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/FileFinder.h"
 #include "toolkit/quorvis/FileState.h"
 #include "toolkit/quorvis/HashCache.h"
 #include "toolkit/quorvis/Settings.h"
@@ -35,11 +38,15 @@ struct FileFacts {
 };
 
 // The files of the scanned tree, as signatures may see them: every path is resolved below the root; nothing but
-// regular files is read; what holds secrets is not read at all; each file is read once while it is asked for again and
-// again.
+// regular files is read; what others may not see, and what holds secrets, is not read at all; each file is read once
+// while it is asked for again and again.
 class Files {
   public:
-    Files(const Root& root, const Settings& settings) : root_(root), settings_(settings) {}
+    Files(const Root& root, const Settings& settings) : Files(root, settings, Disclosure(settings)) {}
+    Files(const Root& root, const Settings& settings, Disclosure disclosure)
+        : settings_(settings), disclosure_(std::move(disclosure)), finder_(root, disclosure_) {}
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
 
     // A failure comes with the event that tells why.
     struct Facts {
@@ -51,6 +58,14 @@ class Files {
     Facts look(const std::string& path);
     // Of the link itself where it is one.
     Facts lookAtLink(const std::string& path);
+
+    struct Names {
+        Access access = Access::Missing;
+        std::vector<std::string> names;  // sorted, without "." and ".."
+        std::optional<Event> event;
+    };
+    // What a directory holds; of anything else Missing.
+    Names list(const std::string& path);
 
     // The path without symbolic links, "/usr/bin/dash" for "/bin/sh"; `path` itself when nothing is there.
     std::string withoutLinks(const std::string& path);
@@ -95,13 +110,17 @@ class Files {
         bool whole = false;
     };
 
-    Facts lookWith(const std::string& path, int flags);
+    FoundFile find(const std::string& path, bool follow, std::optional<Event>& event) const;
+    Facts lookWith(const std::string& path, bool follow) const;
     Opened openToRead(const std::string& path);
+    std::optional<Event> refusalOf(const std::string& path, const FoundFile& found,
+                                   const Opened& opened) const;
     Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole);
     void keep(const FileState& state, Cached cached);
 
-    const Root& root_;
     const Settings& settings_;
+    Disclosure disclosure_;
+    FileFinder finder_;
     std::map<FileState, Cached> contents_;
     std::deque<FileState> order_;  // of contents_, the oldest first
     std::uint64_t held_ = 0;       // bytes in contents_

@@ -163,6 +163,7 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setBoolean(s.swid.enabled, v); }},
     {"Swid", "directory", kPath,
      [](Settings& s, std::string_view v) { return addPath(s.swid.directories, v); }},
+    {"Secrets", "allow", kPath, [](Settings& s, std::string_view v) { return addPath(s.secrets.allow, v); }},
     {"Evaluation", "timeLimit", "a number of seconds from 1 to 604800",
      [](Settings& s, std::string_view v) { return setSeconds(s.evaluation.timeLimit, v); }},
     {"Evaluation", "memoryLimit", kSize,

@@ -43,6 +43,9 @@ struct Settings {
         bool enabled = true;
         std::vector<std::string> directories;  // besides the usual ones
     } swid;
+    struct Secrets {
+        std::vector<std::string> allow;  // trees in which signatures may see what other users may not
+    } secrets;
     struct Evaluation {
         std::chrono::seconds timeLimit{120};
         std::uint64_t memoryLimit = std::uint64_t{512} << 20;  // bytes

@@ -87,7 +87,7 @@ void SwidTags::read(Machine& machine) {
     }
     for (const std::string_view directory : kUsualDirectories)
         readDirectory(std::string(directory), true, machine);
-    for (const std::string& name : machine.root().list("/opt"))
+    for (const std::string& name : namesIn("/opt", machine))
         readDirectory("/opt/" + name + "/swidtag", true, machine);
     for (const std::string& directory : settings.directories) readDirectory(directory, true, machine);
     // One that several paths lead to counts once.
@@ -96,12 +96,16 @@ void SwidTags::read(Machine& machine) {
     tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
 }
 
+// None when there is no such directory; what may not be listed is told.
+std::vector<std::string> SwidTags::namesIn(const std::string& directory, Machine& machine) {
+    Files::Names listed = machine.files().list(directory);
+    if (listed.event) events_.push_back(std::move(*listed.event));
+    if (listed.access == Access::Failed) incomplete_ = true;
+    return std::move(listed.names);
+}
+
 void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machine& machine) {
-    const Root& root = machine.root();
-    const int denials = root.denials();
-    const std::vector<std::string> names = root.list(directory);
-    if (root.denials() != denials)
-        note(EventCode::Permission, directory, "no permission to list this directory");
+    const std::vector<std::string> names = namesIn(directory, machine);
     if (names.size() > machine.settings().fileSystem.maxEntriesPerDirectory) {
         note(EventCode::LimitEntries, directory, "too many entries");
         return;
@@ -111,7 +115,7 @@ void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machin
         path.append("/").append(name);
         if (name.ends_with(".swidtag")) {
             readTag(path, machine);
-        } else if (andBelow && root.isDirectory(path)) {
+        } else if (andBelow && machine.files().look(path).facts.kind == FileFacts::Kind::Directory) {
             readDirectory(path, false, machine);
         }
     }

@@ -46,6 +46,7 @@ class SwidTags {
 
   private:
     void read(Machine& machine);
+    std::vector<std::string> namesIn(const std::string& directory, Machine& machine);
     void readDirectory(const std::string& directory, bool andBelow, Machine& machine);
     void readTag(const std::string& path, Machine& machine);
     void note(EventCode code, const std::string& path, std::string text);

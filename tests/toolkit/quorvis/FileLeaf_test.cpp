@@ -63,7 +63,7 @@ TEST_F(FileLeaf, AnItemTellsOfTheFile) {
 TEST_F(FileLeaf, EveryTestCounts) {
     const fs::path path = tester_.tree.write("f", "abc");
     tester_.tree.write("etc/passwd", "root:x:0:0::/root:/bin/sh\nkeeper:x:4711:1::/:/bin/sh\n");
-    ASSERT_EQ(0, chmod(path.c_str(), 0640));
+    ASSERT_EQ(0, chmod(path.c_str(), 0646));
     const bool owned = chown(path.c_str(), 4711, static_cast<gid_t>(-1)) == 0;
     fs::create_directory(tester_.tree.path() / "dir");
     link("f", "l");
@@ -81,7 +81,7 @@ TEST_F(FileLeaf, EveryTestCounts) {
         {"/f", Attribute::Size, "3", true},       {"/f", Attribute::Size, "4", false},
         {"/f", Attribute::MinSize, "3", true},    {"/f", Attribute::MinSize, "4", false},
         {"/f", Attribute::MaxSize, "3", true},    {"/f", Attribute::MaxSize, "2", false},
-        {"/f", Attribute::Mode, "0640", true},    {"/f", Attribute::Mode, "640", true},
+        {"/f", Attribute::Mode, "0646", true},    {"/f", Attribute::Mode, "646", true},
         {"/f", Attribute::Mode, "644", false},    {"/f", Attribute::Sha256, kSumOfAbc, true},
         {"/f", Attribute::Sha256, "00", false},   {"/l", Attribute::Sha256, kSumOfAbc, true},
         {"/dir", Attribute::Sha256, "00", false}, {"/f", Attribute::Owner, "nobodyHere", false},

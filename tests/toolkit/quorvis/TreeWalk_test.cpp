@@ -430,6 +430,7 @@ TEST(TreeWalkOfTheLiveMachine, FindsFilesAndKeepsOutOfProc) {
     const zavtest::ScratchDir dir;
     dir.write("a/b/f", "");
     fs::create_symlink("/proc/self", dir.path() / "process");
+    fs::permissions(dir.path(), fs::perms(0755));
     const Root root;
     const Settings settings;
     Machine machine(root, settings);
