@@ -93,9 +93,10 @@ Action runLibrary(const Arguments& arguments) {
 
 // Arguments: toolkit directory, number of runs.
 Action launchAlone(const Arguments& arguments) {
+    const std::vector<std::string> command = {arguments.at(0) + "/quorvah", "-c"};
     const std::wstring directory = kest::widen(arguments.at(0));
-    return repeated(arguments.at(1), [directory] {
-        zav::ScannerProcess scanner(nullptr, "bench", directory + L"/quorvah -c", directory);
+    return repeated(arguments.at(1), [command, directory] {
+        zav::ScannerProcess scanner(nullptr, "bench", command, directory);
         return scanner.started() && scanner.drain() == 0 && scanner.check() == 0;
     });
 }

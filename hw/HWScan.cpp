@@ -3,6 +3,7 @@
 #include "hw/HWConfigFile.h"
 #include "hw/HWParser.h"
 #include "hw/ZAVHwCtx.h"
+#include "intake/ScannerCommand.h"
 #include "intake/ScannerProcess.h"
 #include "intake/XMLParser.h"
 
@@ -20,15 +21,12 @@ std::wstring newFile(ZAVHwCtx* context, const wchar_t* prefix) {
     return path;
 }
 
-std::wstring commandLine(const ZAVHwCtx* context, const std::wstring& config, const std::wstring& output) {
-    return context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvah -c \"" + config +
-           L"\" -o \"" + output + L"\"";
-}
-
-int runScanner(ZAVHwCtx* context, const std::wstring& command) {
+int runScanner(ZAVHwCtx* context, const std::wstring& config, const std::wstring& output) {
     ZAVlog* const log = context->log.get();
-    if (log != nullptr) log->traceMAX(kFunction, "Executing ZAV [%S]", command.c_str());
-    ScannerProcess scanner(log, kFunction, command, context->installDir);
+    ScannerCommand command(context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvah");
+    command.add(L"-c", config).add(L"-o", output);
+    if (log != nullptr) log->traceMAX(kFunction, "Executing ZAV [%S]", command.line().c_str());
+    ScannerProcess scanner(log, kFunction, command.arguments(), context->installDir);
     if (!scanner.started()) return ZAV_ERROR_HW_SCANNER;
     context->returnCode = scanner.drain();
     return scanner.check() == 0 ? ZAV_SUCCESS : ZAV_ERROR_HW_SCANNER;
@@ -53,7 +51,7 @@ int scan(ZAVHwCtx* context) {
         return written;
     }
     const std::wstring output = newFile(context, L"out_");
-    const int ran = runScanner(context, commandLine(context, config, output));
+    const int ran = runScanner(context, config, output);
     if (ran != ZAV_SUCCESS) return ran;
     return readOutput(context, output);
 }

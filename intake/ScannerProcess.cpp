@@ -1,6 +1,7 @@
 #include "intake/ScannerProcess.h"
 
 #include <string_view>
+#include <utility>
 
 #include "intake/EnvironmentBlock.h"
 #include "intake/HostEnvironment.h"
@@ -22,13 +23,16 @@ void appendWithoutReturns(std::string& line, std::string_view part) {
 
 }  // namespace
 
-ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::wstring& command,
+ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::vector<std::string>& arguments,
                                const std::wstring& installDir)
     : log_(log), function_(function) {
     const std::string environment = environmentBlock(hostEnvironment(), kest::narrow(installDir));
-    kest::Runtime runtime;
-    child_.reset(runtime.launch(kest::String(command), environment.c_str()));
-    if (child_ == nullptr && log_ != nullptr) log_->traceMIN(function_, "Execution of command failed..");
+    kest::Launch launch = kest::Runtime().launch(arguments, environment.c_str());
+    child_ = std::move(launch.child);
+    if (child_ != nullptr || log_ == nullptr) return;
+    const char* const program = arguments.empty() ? "" : arguments.front().c_str();
+    log_->traceMIN(function_, "Cannot start \"%s\": %s", program, launch.failure.c_str());
+    log_->traceMIN(function_, "Execution of command failed..");
 }
 
 int ScannerProcess::drain() {

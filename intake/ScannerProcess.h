@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/ZAVlog.h"
 #include "kest/ChildProcess.h"
@@ -12,12 +13,13 @@ namespace zav {
 // the log under the name of the calling function; log may be null.
 class ScannerProcess {
   public:
-    // command is split at blanks, double quotes group; installDir goes in front of the child's library search
+    // The first of the arguments is the path of the scanner; installDir goes in front of the child's library search
     // path. REQUIRES: log and function outlive this.
-    ScannerProcess(ZAVlog* log, const char* function, const std::wstring& command,
+    ScannerProcess(ZAVlog* log, const char* function, const std::vector<std::string>& arguments,
                    const std::wstring& installDir);
 
-    // False when the scanner could not be launched; the steps below are then not to be taken.
+    // False when the scanner could not be launched, which is logged with the reason; the steps below are then not to
+    // be taken.
     bool started() const { return child_ != nullptr; }
 
     // Logs each line of the scanner's standard output as soon as its line feed arrives, and waits for the

@@ -1,5 +1,6 @@
 #include "sw/SWScanner.h"
 
+#include "intake/ScannerCommand.h"
 #include "intake/ScannerProcess.h"
 
 namespace zav {
@@ -28,10 +29,10 @@ int nameFile(ZAVSwCtx* context, const ResultFile& file, std::wstring& path) {
     return code;
 }
 
-int run(ZAVSwCtx* context, const std::wstring& command) {
+int run(ZAVSwCtx* context, const ScannerCommand& command) {
     ZAVlog* const log = context->log.get();
-    if (log != nullptr) log->traceMAX(kFunction, "Executing command: [%S]", command.c_str());
-    ScannerProcess scanner(log, kFunction, command, context->installDir);
+    if (log != nullptr) log->traceMAX(kFunction, "Executing command: [%S]", command.line().c_str());
+    ScannerProcess scanner(log, kFunction, command.arguments(), context->installDir);
     if (!scanner.started()) {
         context->returnCode = -1;
         return ZAV_ERROR_SW_SCANNER;
@@ -53,9 +54,9 @@ int SW_ExecuteScanner(ZAVSwCtx* context, std::wstring configFile, std::wstring s
     if (code != 0) return code;
     code = nameFile(context, kWarnings, warningsFile);
     if (code != 0) return code;
-    return run(context, context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvis -c \"" +
-                            configFile + L"\" -o \"" + outputFile + L"\" -e \"" + warningsFile + L"\" -i \"" +
-                            signatureFile + L"\"");
+    ScannerCommand command(context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvis");
+    command.add(L"-c", configFile).add(L"-o", outputFile).add(L"-e", warningsFile).add(L"-i", signatureFile);
+    return run(context, command);
 }
 
 }  // namespace zav

@@ -153,7 +153,10 @@ TEST_F(HWScanTest, AScannerThatCannotBeStartedIsALaunchFailure) {
     EXPECT_EQ(returnCode(), -1);
     const Messages messages = takeMessages();
     EXPECT_EQ(messages.back(), (zavtest::Message{0, 3, "ZAV_hw_run", "Execution of command failed.."}));
-    EXPECT_EQ(messages[messages.size() - 2].text.find("Executing ZAV ["), 0U);
+    EXPECT_EQ(messages[messages.size() - 2],
+              (zavtest::Message{0, 3, "ZAV_hw_run",
+                                "Cannot start \"" + scanner().string() + "\": EACCES (permission denied)"}));
+    EXPECT_EQ(messages[messages.size() - 3].text.find("Executing ZAV ["), 0U);
 
     std::filesystem::permissions(scanner(), std::filesystem::perms::owner_all);
     EXPECT_EQ(run(), 103);

@@ -67,11 +67,12 @@ TEST(ScannerLaunch, TheDirectoryOfTheCommandIsNotQuoted) {
     EXPECT_EQ(arguments[2], "-c");
 }
 
-TEST(ScannerLaunch, ATemporaryDirectoryWithBlanksIsQuoted) {
-    const zavtest::NothingLeft nothingLeft;
+class TemporaryDirectoryTest : public testing::TestWithParam<const char*>, private zavtest::NothingLeft {};
+
+TEST_P(TemporaryDirectoryTest, MayHoldAnyCharacter) {
     const Toolkit toolkit;
     const zavtest::ScratchDir scratch;
-    const auto temp = scratch.path() / "temp  with blanks;$(x)";
+    const auto temp = scratch.path() / GetParam();
     std::filesystem::create_directory(temp);
     toolkit.scannerWrites("<QEL/>");
     ZAVCtx* handle = nullptr;
@@ -85,6 +86,10 @@ TEST(ScannerLaunch, ATemporaryDirectoryWithBlanksIsQuoted) {
     EXPECT_EQ(ZAV_free(handle), 0);
     EXPECT_TRUE(std::filesystem::is_empty(temp));
 }
+
+INSTANTIATE_TEST_SUITE_P(Names, TemporaryDirectoryTest,
+                         testing::Values("temp  with blanks;$(x)", "\"", "a\"b", "a\" -o \"b", "-o", "a\\\"b",
+                                         " "));
 
 TEST(ScannerLaunch, ADirectoryWithASlashAtItsEndKeepsBothSlashes) {
     Inventory inventory("toolkit/");

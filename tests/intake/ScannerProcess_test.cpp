@@ -12,7 +12,6 @@
 #include <functional>
 
 #include "intake/HostEnvironment.h"
-#include "kest/Text.h"
 #include "tests/support/Descriptors.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/LogRecorder.h"
@@ -27,9 +26,11 @@ using zavtest::Message;
 
 const char* const kFunction = "ZAV_hw_run";
 
+using Arguments = std::vector<std::string>;
+
 // A program of tests/intake/children, which are built beside this one.
-std::wstring child(const std::string& name) {
-    return kest::widen((fs::canonical("/proc/self/exe").parent_path() / ("intake_child_" + name)).string());
+std::string child(const std::string& name) {
+    return fs::canonical("/proc/self/exe").parent_path() / ("intake_child_" + name);
 }
 
 class ScannerProcessTest : public testing::Test {
@@ -42,22 +43,21 @@ class ScannerProcessTest : public testing::Test {
         bool operator==(const Outcome&) const = default;
     };
 
-    static Outcome run(ZAVlog* log, const std::wstring& command,
+    static Outcome run(ZAVlog* log, const Arguments& arguments,
                        const std::wstring& installDir = L"/opt/zav") {
-        ScannerProcess scanner(log, kFunction, command, installDir);
+        ScannerProcess scanner(log, kFunction, arguments, installDir);
         if (!scanner.started()) return {};
         const int waited = scanner.drain();
         return {true, waited, scanner.check()};
     }
-    Outcome run(const std::wstring& command, const std::wstring& installDir = L"/opt/zav") {
+    Outcome run(const Arguments& arguments, const std::wstring& installDir = L"/opt/zav") {
         recorder_.messages.clear();
-        return run(&log_, command, installDir);
+        return run(&log_, arguments, installDir);
     }
 
     // A child that writes these bytes and ends with this status.
     Outcome runWriting(const std::string& bytes, int status = 0) {
-        return run(child("CopyFile") + L" \"" + kest::widen(directory_.write("bytes", bytes).string()) +
-                   L"\" " + std::to_wstring(status));
+        return run({child("CopyFile"), directory_.write("bytes", bytes), std::to_string(status)});
     }
 
     static Message line(const std::string& text) { return {2, 3, kFunction, "STDOUT data: [" + text + "]"}; }
@@ -121,10 +121,10 @@ TEST_F(ScannerProcessTest, LinesOfAnyLengthAndNumberAreLogged) {
 }
 
 TEST_F(ScannerProcessTest, OutputThatNobodyHearsIsReadToItsEnd) {
-    const std::wstring bytes = kest::widen(directory_.write("bytes", std::string(3'000'000, 'x')).string());
+    const std::string bytes = directory_.write("bytes", std::string(3'000'000, 'x'));
     ZAVlog silent(3, nullptr, nullptr);
     for (ZAVlog* const log : {&silent, static_cast<ZAVlog*>(nullptr)}) {
-        EXPECT_EQ(run(log, child("CopyFile") + L" \"" + bytes + L"\" 4"), (Outcome{true, 4, 4}));
+        EXPECT_EQ(run(log, {child("CopyFile"), bytes, "4"}), (Outcome{true, 4, 4}));
     }
 }
 
@@ -146,7 +146,7 @@ TEST_F(ScannerProcessTest, LineIsLoggedWhileTheScannerStillRuns) {
     ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
     WaitingHost host{pipe, -1, {}};
     ZAVlog log(3, WaitingHost::callback, &host);
-    EXPECT_EQ(run(&log, child("WaitAfterLine") + L" " + kest::widen(pipe)), (Outcome{true, 0, 0}));
+    EXPECT_EQ(run(&log, {child("WaitAfterLine"), pipe}), (Outcome{true, 0, 0}));
     EXPECT_EQ(host.texts, (std::vector<std::string>{"STDOUT data: [first]", "STDOUT data: [second]",
                                                     "Exit code: 0 (OK)"}));
     close(host.descriptor);
@@ -161,42 +161,53 @@ TEST_F(ScannerProcessTest, ExitStatusIsToldAndLogged) {
 
 TEST_F(ScannerProcessTest, EndBySignalIsAnError) {
     for (const int signal : {SIGKILL, SIGTERM}) {
-        EXPECT_EQ(run(child("DieBySignal") + L" " + std::to_wstring(signal)),
+        EXPECT_EQ(run({child("DieBySignal"), std::to_string(signal)}),
                   (Outcome{true, 128 + signal, 128 + signal}));
         EXPECT_EQ(recorder_.messages, (std::vector<Message>{line("line"), error(128 + signal)}));
     }
 }
 
-TEST_F(ScannerProcessTest, FailedLaunchIsLogged) {
-    const std::wstring noProgram = kest::widen(directory_.write("no program", "text").string());
-    for (const std::wstring& command :
-         {std::wstring(), std::wstring(L"   "), std::wstring(L"/missing/quorvah -c \"x\""),
-          kest::widen(directory_.path().string()), L"\"" + noProgram + L"\""}) {
-        EXPECT_EQ(run(command), Outcome());
+TEST_F(ScannerProcessTest, FailedLaunchIsLoggedWithItsReason) {
+    const std::string noProgram = directory_.write("no program", "text");
+    fs::permissions(noProgram, fs::perms::owner_all);
+    const std::string notExecutable = directory_.write("not executable", "text");
+    const struct {
+        Arguments arguments;
+        std::string reason;
+    } cases[] = {
+        {{}, "\"\": no program is named"},
+        {{""}, "\"\": ENOENT (no such file or directory)"},
+        {{"/missing/quorvah", "-c"}, "\"/missing/quorvah\": ENOENT (no such file or directory)"},
+        {{directory_.path()}, "\"" + directory_.path().string() + "\": EACCES (permission denied)"},
+        {{notExecutable}, "\"" + notExecutable + "\": EACCES (permission denied)"},
+        {{noProgram}, "\"" + noProgram + "\": ENOEXEC (exec format error)"},
+        {{child("ShowWords"), "-c", std::string("a\0b", 3)},
+         "\"" + child("ShowWords") + "\": its argument 2 holds a NUL"},
+        {{std::string("/opt\0/x", 7)}, "\"/opt\": its path holds a NUL"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(run(each.arguments), Outcome());
         EXPECT_EQ(recorder_.messages,
-                  (std::vector<Message>{{0, 3, kFunction, "Execution of command failed.."}}));
+                  (std::vector<Message>{{0, 3, kFunction, "Cannot start " + each.reason},
+                                        {0, 3, kFunction, "Execution of command failed.."}}));
     }
 }
 
 TEST_F(ScannerProcessTest, WithoutALogTheScannerRunsAllTheSame) {
-    const std::wstring bytes = kest::widen(directory_.write("bytes", "a\nb\n").string());
-    EXPECT_EQ(run(nullptr, child("CopyFile") + L" " + bytes + L" 0"), (Outcome{true, 0, 0}));
-    EXPECT_EQ(run(nullptr, child("CopyFile") + L" " + bytes + L" 7"), (Outcome{true, 7, 7}));
-    EXPECT_EQ(run(nullptr, L"/missing/quorvah"), Outcome());
+    const std::string bytes = directory_.write("bytes", "a\nb\n");
+    EXPECT_EQ(run(nullptr, {child("CopyFile"), bytes, "0"}), (Outcome{true, 0, 0}));
+    EXPECT_EQ(run(nullptr, {child("CopyFile"), bytes, "7"}), (Outcome{true, 7, 7}));
+    EXPECT_EQ(run(nullptr, {"/missing/quorvah"}), Outcome());
 }
 
-TEST_F(ScannerProcessTest, WordsInQuotesStayTogetherAndTheProgramIsSplitAtBlanks) {
-    EXPECT_EQ(run(child("ShowWords") + L" -c \"/tmp/a b.xml_30\" -o \"/tmp/o\""), (Outcome{true, 0, 0}));
-    EXPECT_EQ(lines(), (std::vector<std::string>{"<" + kest::narrow(child("ShowWords")) + ">", "<-c>",
-                                                 "</tmp/a b.xml_30>", "<-o>", "</tmp/o>"}));
-
-    fs::create_directory(directory_.path() / "in stalled");
-    const fs::path program = directory_.path() / "in stalled" / "quorvah";
-    fs::create_symlink(fs::path(child("ShowWords")), program);
-    fs::create_symlink(fs::path(child("ShowWords")), directory_.path() / "in");
-    EXPECT_EQ(run(kest::widen(program.string()) + L" -c \"x y\""), (Outcome{true, 0, 0}));
-    EXPECT_EQ(lines(), (std::vector<std::string>{"<" + (directory_.path() / "in").string() + ">",
-                                                 "<stalled/quorvah>", "<-c>", "<x y>"}));
+TEST_F(ScannerProcessTest, EachArgumentReachesTheScannerAsItIs) {
+    const Arguments arguments = {
+        child("ShowWords"), "", " ", "\t", "a b", "\"", "a\"b", "\\\"", "-o", "--", "\xC3\xA4\xFF",
+        "$(id);`id`|*"};
+    Arguments expected;
+    for (const std::string& argument : arguments) expected.push_back("<" + argument + ">");
+    EXPECT_EQ(run(arguments), (Outcome{true, 0, 0}));
+    EXPECT_EQ(lines(), expected);
 }
 
 const char* const kSearchPath = "DYLD_LIBRARY_PATH";
@@ -206,7 +217,7 @@ TEST_F(ScannerProcessTest, SearchPathIsAddedAsTheLastEntryOfTheHostsEnvironment)
     std::vector<std::string> expected;
     for (char** entry = hostEnvironment(); *entry != nullptr; ++entry) expected.emplace_back(*entry);
     expected.emplace_back("DYLD_LIBRARY_PATH=/opt/zav");
-    EXPECT_EQ(run(child("ShowEntries")), (Outcome{true, 0, 0}));
+    EXPECT_EQ(run({child("ShowEntries")}), (Outcome{true, 0, 0}));
     EXPECT_EQ(lines(), expected);
 }
 
@@ -218,13 +229,13 @@ TEST_F(ScannerProcessTest, SearchPathOfTheHostIsExtendedInItsPlace) {
     const auto place = std::find(expected.begin(), expected.end(), "DYLD_LIBRARY_PATH=/usr/lib");
     ASSERT_LT(place - expected.begin(), static_cast<std::ptrdiff_t>(expected.size()) - 1);
     *place = "DYLD_LIBRARY_PATH=/opt/zav:/usr/lib";
-    EXPECT_EQ(run(child("ShowEntries")), (Outcome{true, 0, 0}));
+    EXPECT_EQ(run({child("ShowEntries")}), (Outcome{true, 0, 0}));
     EXPECT_EQ(lines(), expected);
 }
 
 TEST_F(ScannerProcessTest, DirectoryIsNarrowedToItsLowBytes) {
     const zavtest::EnvironmentVariable none(kSearchPath, std::nullopt);
-    EXPECT_EQ(run(child("ShowEntries"), L"/d\xE4\x20AC/\x1F62F"), (Outcome{true, 0, 0}));
+    EXPECT_EQ(run({child("ShowEntries")}, L"/d\xE4\x20AC/\x1F62F"), (Outcome{true, 0, 0}));
     EXPECT_EQ(lines().back(), "DYLD_LIBRARY_PATH=/d\xE4\xAC/\x2F");
 }
 
@@ -232,9 +243,9 @@ TEST_F(ScannerProcessTest, NothingIsLeftOfARun) {
     const std::size_t descriptors = zavtest::openDescriptors();
     runWriting("a\n");
     runWriting("a\n", 3);
-    run(L"/missing/quorvah");
+    run({"/missing/quorvah"});
     {
-        const ScannerProcess never(&log_, kFunction, child("ShowEntries"), L"/opt/zav");
+        const ScannerProcess never(&log_, kFunction, {child("ShowEntries")}, L"/opt/zav");
         EXPECT_TRUE(never.started());
     }
     EXPECT_EQ(zavtest::openDescriptors(), descriptors);
@@ -246,9 +257,9 @@ TEST_F(ScannerProcessTest, ThrowingCallbackLeavesNoChildBehind) {
     ZAVlog throwing(
         3, [](int, int, void*, const char*, const char*) { throw 7; }, nullptr);
     const std::size_t descriptors = zavtest::openDescriptors();
-    const std::wstring bytes = kest::widen(directory_.write("bytes", std::string(300000, '\n')).string());
-    EXPECT_THROW(run(&throwing, child("CopyFile") + L" " + bytes + L" 0"), int);
-    EXPECT_THROW(run(&throwing, L"/missing/quorvah"), int);
+    const std::string bytes = directory_.write("bytes", std::string(300000, '\n'));
+    EXPECT_THROW(run(&throwing, {child("CopyFile"), bytes, "0"}), int);
+    EXPECT_THROW(run(&throwing, {"/missing/quorvah"}), int);
     EXPECT_EQ(zavtest::openDescriptors(), descriptors);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }

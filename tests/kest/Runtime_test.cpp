@@ -93,6 +93,35 @@ TEST_F(RuntimeTest, DoesNotStartAProgramWhoseArgumentWouldBeCutShort) {
     EXPECT_EQ(launch(child("ShowArguments") + " a\0b"s), nullptr);
 }
 
+TEST_F(RuntimeTest, PassesAListOfArgumentsAsItIs) {
+    const std::string quoted = child("ShowArguments");
+    const std::string program = quoted.substr(1, quoted.size() - 2);
+    const Launch launched = Runtime().launch({program, "", " a  b\t", "\"", "-o", "x\" -o \"y"}, nullptr);
+    ASSERT_NE(launched.child, nullptr);
+    EXPECT_EQ(launched.failure, "");
+    EXPECT_EQ(readAll(*launched.child->getOutputStream()), "[]\n[ a  b\t]\n[\"]\n[-o]\n[x\" -o \"y]\n");
+}
+
+TEST_F(RuntimeTest, TellsWhyAProgramWasNotStarted) {
+    const zavtest::ScratchDir directory;
+    const struct {
+        std::vector<std::string> arguments;
+        const char* failure;
+    } cases[] = {
+        {{}, "no program is named"},
+        {{directory.path() / "missing"}, "ENOENT (no such file or directory)"},
+        {{directory.path()}, "EACCES (permission denied)"},
+        {{"/bin/true", "a\0b"s}, "its argument 1 holds a NUL"},
+        {{"/bin/true\0"s}, "its path holds a NUL"},
+        {{"/bin/true", std::string(200'000, 'x')}, "E2BIG (argument list too long)"},
+    };
+    for (const auto& each : cases) {
+        const Launch launched = Runtime().launch(each.arguments, nullptr);
+        EXPECT_EQ(launched.child, nullptr) << each.failure;
+        EXPECT_EQ(launched.failure, each.failure);
+    }
+}
+
 TEST_F(RuntimeTest, DoesNotStartAProgramWithTooManyArguments) {
     EXPECT_EQ(launch(child("ShowArguments") + " " + std::string(200'000, 'x')), nullptr);
 }

@@ -23,7 +23,9 @@ std::filesystem::path Toolkit::put(const std::string& name, const std::string& c
     return file;
 }
 
-Evaluation::Evaluation(const std::string& toolkitName) : Toolkit(toolkitName) {
+Evaluation::Evaluation(const std::string& toolkitName, const std::string& tempName)
+    : Toolkit(toolkitName), tempName_(tempName) {
+    std::filesystem::create_directory(temp());
     EXPECT_EQ(
         ZAV_init("tests", nullptr, nullptr, temp().wstring().c_str(), path().wstring().c_str(), &handle_), 0);
     EXPECT_EQ(ZAV_sw_init(handle_, zavtest::LogRecorder::callback, &log_, &context_), 0);

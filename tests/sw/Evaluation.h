@@ -50,14 +50,15 @@ class Toolkit {
 //     EXPECT_EQ(guids(), WideTexts{L"1"});
 class Evaluation : public Toolkit {
   public:
-    explicit Evaluation(const std::string& toolkitName = "toolkit");
+    // The name of the directory for temporary files may be anything that a path may hold, too.
+    explicit Evaluation(const std::string& toolkitName = "toolkit", const std::string& tempName = "temp");
     ~Evaluation();
     Evaluation(const Evaluation&) = delete;
     Evaluation& operator=(const Evaluation&) = delete;
 
     ZAVCtx* handle() const { return handle_; }
     ZAVSwCtx* context() const { return context_; }
-    const std::filesystem::path& temp() const { return temp_.path(); }
+    std::filesystem::path temp() const { return scratch_.path() / tempName_; }
 
     int run() const { return ZAV_sw_evaluate(context_, L"<Signature/>"); }
 
@@ -82,7 +83,8 @@ class Evaluation : public Toolkit {
     void close();
 
   private:
-    zavtest::ScratchDir temp_;
+    zavtest::ScratchDir scratch_;
+    std::string tempName_;
     zavtest::LogRecorder log_;
     ZAVCtx* handle_ = nullptr;
     ZAVSwCtx* context_ = nullptr;

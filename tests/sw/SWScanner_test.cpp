@@ -107,7 +107,11 @@ TEST_F(SWScannerTest, AScannerThatCannotBeLaunchedIsToldOf) {
     remove("quorvis");
     takeMessages();
     EXPECT_EQ(execute(), 203);
-    EXPECT_EQ(takeMessages(), messagesWith({{0, 4, kFunction, "Execution of command failed.."}}));
+    EXPECT_EQ(
+        takeMessages(),
+        messagesWith({{0, 4, kFunction,
+                       "Cannot start \"" + scanner().string() + "\": ENOENT (no such file or directory)"},
+                      {0, 4, kFunction, "Execution of command failed.."}}));
     EXPECT_EQ(returnCode(), -1);
 }
 
@@ -128,6 +132,45 @@ TEST_F(SWScannerTest, WithoutANameForTheOutputNothingIsLaunched) {
     EXPECT_EQ(zav::SW_ExecuteScanner(&lost, L"", L"", warnings_, output_), 6);
 }
 
+class SignaturesFileTest : public SWScannerTest, public testing::WithParamInterface<const wchar_t*> {};
+
+TEST_P(SignaturesFileTest, ReachesTheScannerAsOneArgument) {
+    scannerIs("ShowArguments");
+    ZAV_sw_evaluate_file(context(), GetParam());
+    Texts arguments = takePrinted();
+    ASSERT_EQ(arguments.size(), 9U);
+    EXPECT_EQ(arguments[7], "-i");
+    EXPECT_EQ(arguments[8], kest::narrow(GetParam()));
+}
+
+TEST_P(SignaturesFileTest, StandsInTheLoggedCommandAsItIs) {
+    scannerIs("ShowArguments");
+    ZAV_sw_evaluate_file(context(), GetParam());
+    const Texts texts = takeTextsOf(kFunction);
+    const std::string end = " -i \"" + kest::narrow(GetParam()) + "\"]";
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [&end](const std::string& text) {
+        return text.starts_with("Executing command: [") && text.ends_with(end);
+    }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, SignaturesFileTest,
+                         testing::Values(L"", L" ", L"a  b", L"\"", L"\"\"", L"a\"b", L"x\" -o \"/tmp/other",
+                                         L"-o", L"--root", L"$(id)", L"a\\"));
+
+TEST_F(SWScannerTest, AFileWhoseNameWouldBeCutAtANulIsRefused) {
+    scannerIs("ShowArguments");
+    EXPECT_EQ(ZAV_sw_evaluate_file(context(),
+                                   L"/w/a\x100"
+                                   L"b"),
+              203);
+    const Texts texts = takeTextsOf(kFunction);
+    ASSERT_GE(texts.size(), 2U);
+    EXPECT_EQ(texts[texts.size() - 2],
+              "Cannot start \"" + scanner().string() + "\": its argument 8 holds a NUL");
+    EXPECT_EQ(texts.back(), "Execution of command failed..");
+    EXPECT_EQ(returnCode(), -1);
+}
+
 TEST(SWScanner, ANullContextIsRefused) {
     std::wstring warnings;
     std::wstring output;
@@ -145,6 +188,14 @@ TEST(SWScannerDirectory, ABlankInItSplitsTheProgramsPath) {
     const Texts arguments = evaluation.takePrinted();
     ASSERT_EQ(arguments.size(), 10U);
     EXPECT_EQ(arguments[1], "blank/quorvis");
+}
+
+TEST(SWScannerDirectory, AQuoteInThatOfTheTemporaryFilesDoesNotSplitTheirNames) {
+    const zavtest::NothingLeft nothingLeft;
+    Evaluation evaluation("toolkit", "a\" -o \"b");
+    evaluation.scannerWrites("<QEL><MatchedSignature guid='1'/></QEL>");
+    EXPECT_EQ(evaluation.run(), 0);
+    EXPECT_EQ(evaluation.guids(), WideTexts{L"1"});
 }
 
 TEST(SWScannerDirectory, NoShellReadsTheCommand) {
