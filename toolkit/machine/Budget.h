@@ -13,7 +13,7 @@ inline constexpr std::size_t kLongestValue = 4096;
 // What reading something that a stranger may have made may cost: far more than anything real does.
 struct Allowance {
     std::uint64_t bytesRead = std::uint64_t{512} << 20;
-    std::uint64_t bytesKept = std::uint64_t{32} << 20;
+    std::uint64_t bytesKept = std::uint64_t{16} << 20;
     std::uint64_t items = 100'000;
     std::optional<std::chrono::steady_clock::time_point> deadline;
 };

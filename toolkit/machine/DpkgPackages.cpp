@@ -123,7 +123,7 @@ InstalledPackage packageOf(const Found& found) {
     package.description = stanza.description;
     package.section = stanza.section;
     package.status = stanza.status;
-    package.kibibytes = stanza.installedSize;
+    if (readCount(stanza.installedSize)) package.kibibytes = stanza.installedSize;
     package.database = found.database;
     return package;
 }

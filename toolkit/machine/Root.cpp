@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <memory>
 #include <system_error>
 
@@ -46,25 +45,24 @@ ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
     }
 }
 
-// False when reading fails or there is more than `limit`.
-bool readAll(int descriptor, std::size_t limit, std::string& content) {
+// Reads on until the end or more than `most`. False when reading fails.
+bool readPieces(int descriptor, std::size_t most, const Root& root, std::string& content) {
     // Most files are sysfs attributes of a few bytes, which need no more than this.
     std::array<char, 4096> buffer;
-    for (;;) {
+    while (content.size() <= most && content.size() < 4 * buffer.size()) {
         const ssize_t count = readSome(descriptor, buffer.data(), buffer.size());
         if (count <= 0) return count == 0;
         content.append(buffer.data(), static_cast<std::size_t>(count));
-        if (content.size() > limit) return false;
-        if (content.size() >= 4 * buffer.size()) break;
     }
-    for (;;) {
+    while (content.size() <= most) {
+        root.checkTime();
         const std::size_t size = content.size();
-        content.resize(size + std::max(size, std::size_t{1} << 16));
+        content.resize(size + std::min(most + 1 - size, std::max(size, std::size_t{1} << 16)));
         const ssize_t count = readSome(descriptor, content.data() + size, content.size() - size);
         content.resize(size + static_cast<std::size_t>(std::max(count, ssize_t{0})));
         if (count <= 0) return count == 0;
-        if (content.size() > limit) return false;
     }
+    return true;
 }
 
 struct CloseDirectory {
@@ -99,6 +97,7 @@ kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
 }
 
 kest::Descriptor Root::open(std::string_view path, int flags) const {
+    checkTime();
     flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 refuses them together
     kest::Descriptor opened =
@@ -133,33 +132,37 @@ std::string Root::pathOf(const kest::Descriptor& file) const {
     return path.front() == '/' ? path : std::string();
 }
 
-std::optional<std::string> Root::read(std::string_view path, std::size_t limit) const {
+// Up to one byte more than `most`. False when it cannot be read.
+bool Root::readUpTo(std::string_view path, std::size_t most, std::string& content) const {
     const kest::Descriptor file = open(path);
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    std::string content;
-    if (readAll(file.number(), limit, content)) return content;
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    if (readPieces(file.number(), most, *this, content)) return true;
     note(errno);
+    return false;
+}
+
+std::optional<std::string> Root::read(std::string_view path, std::size_t limit) const {
+    std::string content;
+    if (!readUpTo(path, limit, content)) return std::nullopt;
+    if (content.size() <= limit) return content;
+    ++excesses_;
     return std::nullopt;
 }
 
 std::string Root::readLine(std::string_view path) const {
-    const std::optional<std::string> content = read(path);
-    if (!content) return {};
-    std::string_view rest = *content;
+    std::string content;
+    if (!readUpTo(path, kLineLimit, content)) return {};
+    std::string_view rest = content;
     std::string_view line;
     nextLine(rest, line);
-    return std::string(trimmed(line));
+    if (line.size() <= kLineLimit) return std::string(trimmed(line));
+    ++excesses_;
+    return {};
 }
 
-std::optional<std::int64_t> Root::readNumber(std::string_view path) const {
-    const std::string line = readLine(path);
-    std::int64_t number = 0;
-    const char* const end = line.data() + line.size();
-    const auto [stop, error] = std::from_chars(line.data(), end, number);
-    if (error != std::errc() || stop != end) return std::nullopt;
-    return number;
+Count Root::readCount(std::string_view path) const {
+    return toolkit::readCount(readLine(path));
 }
 
 std::vector<std::string> Root::list(std::string_view path) const {
@@ -169,6 +172,12 @@ std::vector<std::string> Root::list(std::string_view path) const {
                                                                          : nullptr);
     if (!directory) return names;
     while (const dirent* const entry = ::readdir(directory.get())) {
+        constexpr std::size_t kBetweenLooks = 1024;
+        if (names.size() % kBetweenLooks == 0) checkTime();
+        if (names.size() == kMostNames) {
+            ++excesses_;
+            break;
+        }
         const std::string_view name = static_cast<const char*>(entry->d_name);
         if (name != "." && name != "..") names.emplace_back(name);
     }

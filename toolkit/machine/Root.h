@@ -1,13 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "kest/Descriptor.h"
+#include "toolkit/machine/Checked.h"
 
 namespace toolkit {
 
@@ -15,10 +18,17 @@ namespace toolkit {
 // paths are absolute ("/proc/cpuinfo") and all symbolic links, absolute ones too, stay inside the tree.
 //
 // What is missing reads as empty. What may not be read does so too, and is counted: the group that asked for
-// it is then reported as cut short.
+// it is then reported as cut short. So is what is larger than anything real.
 class Root {
   public:
     enum class Lookup { Kernel, ByComponent };
+    using Clock = std::chrono::steady_clock;
+
+    // The time in which the tree was to be looked at is over.
+    class OutOfTime : public std::exception {
+      public:
+        const char* what() const noexcept override { return "out of time"; }
+    };
 
     // The machine that the scanner runs on.
     Root();
@@ -34,15 +44,17 @@ class Root {
     Lookup lookup() const { return lookup_; }
 
     static constexpr std::size_t kFileLimit = std::size_t{64} << 20;
+    static constexpr std::size_t kLineLimit = std::size_t{64} << 10;
+    static constexpr std::size_t kMostNames = 200'000;
 
     // The content of a regular file; none when it cannot be read or is larger than `limit`.
     std::optional<std::string> read(std::string_view path, std::size_t limit = kFileLimit) const;
-    // The first line of a file without the white space around it.
+    // The first line of a file without the white space around it; none of one that is longer than kLineLimit.
     std::string readLine(std::string_view path) const;
-    // The decimal number that a file's first line is.
-    std::optional<std::int64_t> readNumber(std::string_view path) const;
+    // The decimal number that a file's first line is; none for one that has a sign or does not fit.
+    Count readCount(std::string_view path) const;
 
-    // The names in a directory, sorted, without "." and "..".
+    // The names in a directory, sorted, without "." and "..": kMostNames of them when there are more.
     std::vector<std::string> list(std::string_view path) const;
     // The text of a symbolic link, and the last component of it.
     std::string readLink(std::string_view path) const;
@@ -62,6 +74,15 @@ class Root {
     // The path in this tree by which the kernel knows an open file; empty when it cannot be told.
     std::string pathOf(const kest::Descriptor& file) const;
 
+    // After this time every look at the tree throws OutOfTime; none for any time.
+    void watch(std::optional<Clock::time_point> deadline) { deadline_ = deadline; }
+    std::optional<Clock::time_point> deadline() const { return deadline_; }
+    void checkTime() const {
+        if (deadline_ && Clock::now() >= *deadline_) throw OutOfTime();
+    }
+
+    // How often a file or a directory was too large so far.
+    int excesses() const { return excesses_; }
     // How often a permission was lacking so far.
     int denials() const { return denials_; }
     // Forgets the denials beyond this count, those of files that the asker could do without.
@@ -70,11 +91,14 @@ class Root {
   private:
     kest::Descriptor openBelow(std::string_view path, int flags) const;
     void note(int error) const;
+    bool readUpTo(std::string_view path, std::size_t most, std::string& content) const;
 
     kest::Descriptor tree_;
     std::string directory_;
     Lookup lookup_ = Lookup::Kernel;
+    std::optional<Clock::time_point> deadline_;
     mutable int denials_ = 0;
+    mutable int excesses_ = 0;
 };
 
 }  // namespace toolkit

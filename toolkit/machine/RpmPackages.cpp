@@ -24,8 +24,9 @@ InstalledPackage packageOf(const RpmPackage& rpm, std::string_view database, Pac
     package.maintainer = texts.keep(rpm.vendor);
     package.description = texts.keep(rpm.summary);
     package.section = texts.keep(rpm.group);
-    if (rpm.size != 0) package.bytes = rpm.size;
-    if (rpm.installTime != 0) package.installed = static_cast<std::int64_t>(rpm.installTime);
+    if (rpm.size != 0) package.bytes = counted(rpm.size);
+    if (rpm.installTime != 0 && counted(rpm.installTime))
+        package.installed = static_cast<std::int64_t>(rpm.installTime);
     package.database = database;
     return package;
 }

@@ -1,6 +1,5 @@
 // The package formats whose files are small.
 #include <algorithm>
-#include <charconv>
 #include <vector>
 
 #include "toolkit/machine/ApkDatabase.h"
@@ -38,13 +37,6 @@ PacmanPackage keptTexts(PacmanPackage package, PackageTexts& texts) {
     return package;
 }
 
-std::optional<std::uint64_t> numberOf(std::string_view text) {
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return {};
-    return number;
-}
-
 // The parts of [epoch:]upstream[-release].
 void splitVersion(InstalledPackage& package) {
     std::string_view rest = package.version;
@@ -66,7 +58,7 @@ InstalledPackage packageOf(const ApkPackage& apk, std::string_view database) {
     package.source = apk.origin;
     package.maintainer = apk.maintainer;
     package.description = apk.description;
-    package.bytes = numberOf(apk.installedSize);
+    package.bytes = readCount(apk.installedSize);
     package.database = database;
     return package;
 }
@@ -81,8 +73,9 @@ InstalledPackage packageOf(const PacmanPackage& pacman, std::string_view databas
     package.source = pacman.base;
     package.maintainer = pacman.packager;
     package.description = pacman.description;
-    package.bytes = numberOf(pacman.size);
-    if (const auto time = numberOf(pacman.installDate)) package.installed = static_cast<std::int64_t>(*time);
+    package.bytes = readCount(pacman.size);
+    if (const Count time = readCount(pacman.installDate))
+        package.installed = static_cast<std::int64_t>(*time);
     package.database = database;
     return package;
 }

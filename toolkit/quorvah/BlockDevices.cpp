@@ -7,7 +7,7 @@ namespace toolkit::quorvah {
 namespace {
 
 const std::string kBlock = "/sys/block/";
-constexpr std::int64_t kSector = 512;
+constexpr std::uint64_t kSector = 512;
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -22,19 +22,17 @@ std::string BlockDevice::path() const {
 }
 
 std::optional<bool> BlockDevice::flag(std::string_view file) const {
-    const std::optional<std::int64_t> value = number(file);
+    const Count value = number(file);
     return value ? std::optional(*value != 0) : std::nullopt;
 }
 
-std::optional<std::int64_t> BlockDevice::bytes(std::string_view file) const {
-    const std::optional<std::int64_t> sectors = number(file);
-    if (!sectors || *sectors < 0 || *sectors > INT64_MAX / kSector) return std::nullopt;
-    return *sectors * kSector;
+Count BlockDevice::bytes(std::string_view file) const {
+    return product(number(file), kSector);
 }
 
-std::optional<std::int64_t> BlockDevice::blockSize() const {
-    const std::optional<std::int64_t> size = number("queue/logical_block_size");
-    return size && *size > 0 ? size : std::nullopt;
+Count BlockDevice::blockSize() const {
+    const Count size = number("queue/logical_block_size");
+    return size.value_or(0) > 0 ? size : std::nullopt;
 }
 
 std::string BlockDevice::udevData() const {

@@ -22,9 +22,7 @@ class BlockDevice {
     std::string path() const;
 
     std::string line(std::string_view file) const { return root_.readLine(directory_ + std::string(file)); }
-    std::optional<std::int64_t> number(std::string_view file) const {
-        return root_.readNumber(directory_ + std::string(file));
-    }
+    Count number(std::string_view file) const { return root_.readCount(directory_ + std::string(file)); }
     std::string link(std::string_view file) const { return root_.readLink(directory_ + std::string(file)); }
     std::vector<std::string> list(std::string_view file) const {
         return root_.list(directory_ + std::string(file));
@@ -37,9 +35,9 @@ class BlockDevice {
     // A flag such as "removable".
     std::optional<bool> flag(std::string_view file) const;
     // Bytes. The kernel counts in blocks of 512 bytes whatever the device's own blocks are.
-    std::optional<std::int64_t> bytes(std::string_view file) const;
+    Count bytes(std::string_view file) const;
     // Bytes of a logical block.
-    std::optional<std::int64_t> blockSize() const;
+    Count blockSize() const;
     // Where the device hangs: the path that its directory in /sys/block is a link to. Empty for a captured
     // tree that has no links.
     const std::string& place() const { return place_; }

@@ -62,14 +62,14 @@ constexpr const char* kSources[] = {"/sys/class/dmi/id", "/sys/firmware", "/proc
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system = report.blank();
-    setFirmware(scan, system);
-    setDeviceTree(scan, system);
-    setSysinfo(scan, system);
-    system.set("Name", hostName(root));
-    system.set("MachineId", root.readLine("/etc/machine-id"));
-    system.set("BootId", root.readLine("/proc/sys/kernel/random/boot_id"));
-    if (!system.empty()) report.add() = system;
+    report.addOne([&](Instance& system) {
+        setFirmware(scan, system);
+        setDeviceTree(scan, system);
+        setSysinfo(scan, system);
+        system.set("Name", hostName(root));
+        system.set("MachineId", root.readLine("/etc/machine-id"));
+        system.set("BootId", root.readLine("/proc/sys/kernel/random/boot_id"));
+    });
 }
 
 }  // namespace

@@ -83,20 +83,21 @@ CpuNames x86Names(const CpuInfo& info, int cpu) {
 
 const std::string kCpu = "/sys/devices/system/cpu/cpu";
 
-constexpr std::int64_t kKilo = 1000;
+constexpr std::uint64_t kKilo = 1000;
 
 // kHz.
-std::optional<std::int64_t> frequencyFile(const Root& root, int cpu, const char* file) {
-    return root.readNumber(kCpu + std::to_string(cpu) + "/cpufreq/" + file);
+Count frequencyFile(const Root& root, int cpu, const char* file) {
+    return root.readCount(kCpu + std::to_string(cpu) + "/cpufreq/" + file);
 }
 
 // The nearest whole number of "2596.152" or "2900.000000MHz".
-std::optional<std::int64_t> megahertz(std::string_view text) {
-    std::optional<std::int64_t> number = leadingNumber(text);
+Count megahertz(std::string_view text) {
+    if (text.ends_with("MHz")) text.remove_suffix(3);
+    const Count number = readLeadingCount(text);
     const std::size_t point = text.find('.');
     const bool up = point != std::string_view::npos && point + 1 < text.size() && text[point + 1] >= '5';
-    if (number && up) ++*number;
-    return number && *number > 0 ? number : std::nullopt;
+    const Count rounded = sum(number, up ? 1 : 0);
+    return rounded.value_or(0) > 0 ? rounded : std::nullopt;
 }
 
 }  // namespace
@@ -115,18 +116,18 @@ std::string microcode(const Root& root, const CpuInfo& info, int cpu) {
     return root.readLine(kCpu + std::to_string(cpu) + "/microcode/version");
 }
 
-std::optional<std::int64_t> maxClock(const Root& root, const CpuInfo& info, int cpu) {
-    const std::optional<std::int64_t> kilohertz = frequencyFile(root, cpu, "cpuinfo_max_freq");
+Count maxClock(const Root& root, const CpuInfo& info, int cpu) {
+    const Count kilohertz = frequencyFile(root, cpu, "cpuinfo_max_freq");
     if (kilohertz) return *kilohertz / kKilo;
-    const std::optional<std::int64_t> fixed = megahertz(info.value(cpu, "cpu MHz static"));
+    const Count fixed = megahertz(info.value(cpu, "cpu MHz static"));
     return fixed ? fixed : megahertz(info.value(cpu, "clock"));
 }
 
-std::optional<std::int64_t> currentClock(const Root& root, const CpuInfo& info, int cpu) {
-    const std::optional<std::int64_t> kilohertz = frequencyFile(root, cpu, "scaling_cur_freq");
+Count currentClock(const Root& root, const CpuInfo& info, int cpu) {
+    const Count kilohertz = frequencyFile(root, cpu, "scaling_cur_freq");
     if (kilohertz) return *kilohertz / kKilo;
     for (const char* const key : {"cpu MHz", "CPU MHz", "cpu MHz dynamic", "clock"}) {
-        const std::optional<std::int64_t> listed = megahertz(info.value(cpu, key));
+        const Count listed = megahertz(info.value(cpu, key));
         if (listed) return listed;
     }
     return std::nullopt;

@@ -23,7 +23,7 @@ CpuNames readCpuNames(const CpuInfo& info, int cpu);
 std::string microcode(const Root& root, const CpuInfo& info, int cpu);
 
 // MHz.
-std::optional<std::int64_t> maxClock(const Root& root, const CpuInfo& info, int cpu);
-std::optional<std::int64_t> currentClock(const Root& root, const CpuInfo& info, int cpu);
+Count maxClock(const Root& root, const CpuInfo& info, int cpu);
+Count currentClock(const Root& root, const CpuInfo& info, int cpu);
 
 }  // namespace toolkit::quorvah

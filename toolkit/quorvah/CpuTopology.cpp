@@ -1,7 +1,6 @@
 #include "toolkit/quorvah/CpuTopology.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "toolkit/quorvah/CpuList.h"
 
@@ -40,28 +39,23 @@ std::vector<int> presentCpus(const Root& root, const CpuInfo& info) {
 }
 
 // An id, unless it is what the kernel writes for "none": -1, or for clusters 65535.
-std::optional<std::int64_t> readId(const Root& root, const std::string& path) {
-    const std::optional<std::int64_t> id = root.readNumber(path);
-    return id && *id >= 0 && *id != 65535 ? id : std::nullopt;
-}
-
-std::optional<std::int64_t> idIn(const CpuInfo& info, int cpu, std::string_view key) {
-    const std::string_view text = info.value(cpu, key);
-    std::int64_t id = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && id >= 0 ? std::optional(id) : std::nullopt;
+Count readId(const Root& root, const std::string& path) {
+    const Count id = root.readCount(path);
+    return id != 65535 ? id : std::nullopt;
 }
 
 // KiB of "32K", "1024K", "8M".
-std::int64_t readCacheSize(const std::string& text) {
-    std::int64_t size = 0;
-    const char* const last = text.data() + text.size();
-    const auto [end, error] = std::from_chars(text.data(), last, size);
-    if (error != std::errc() || size < 0 || size > (std::int64_t{1} << 40)) return 0;
-    const std::string_view unit(end, static_cast<std::size_t>(last - end));
-    if (unit == "K") return size;
-    return unit == "M" ? size * 1024 : size / 1024;
+std::uint64_t readCacheSize(std::string_view text) {
+    const bool kibibytes = text.ends_with('K');
+    const bool mebibytes = text.ends_with('M');
+    if (kibibytes || mebibytes) text.remove_suffix(1);
+    const Count size = product(readCount(text), mebibytes ? 1024 : 1);
+    return kibibytes || mebibytes ? size.value_or(0) : size.value_or(0) / 1024;
+}
+
+int levelOf(Count told) {
+    constexpr std::uint64_t kMost = 9;
+    return told && *told <= kMost ? static_cast<int>(*told) : 0;
 }
 
 std::vector<Cache> readCaches(const Root& root, const std::string& directory) {
@@ -70,7 +64,7 @@ std::vector<Cache> readCaches(const Root& root, const std::string& directory) {
         if (!name.starts_with("index")) continue;
         const std::string index = directory + name + "/";
         Cache cache;
-        cache.level = static_cast<int>(root.readNumber(index + "level").value_or(0));
+        cache.level = levelOf(root.readCount(index + "level"));
         cache.type = root.readLine(index + "type");
         cache.size = readCacheSize(root.readLine(index + "size"));
         cache.sharedCpus = root.readLine(index + "shared_cpu_list");
@@ -133,14 +127,14 @@ std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info) {
         const std::string directory = kCpus + "cpu" + std::to_string(number) + "/";
         if (!online.empty()) {
             cpu.online = contains(online, number);
-        } else if (const auto own = root.readNumber(directory + "online")) {
+        } else if (const auto own = root.readCount(directory + "online")) {
             cpu.online = *own != 0;
         } else if (info.lists(number)) {
             cpu.online = true;
         }
         readTopology(root, directory + "topology/", cpu);
-        if (!cpu.package) cpu.package = idIn(info, number, "physical id");
-        if (!cpu.core) cpu.core = idIn(info, number, "core id");
+        if (!cpu.package) cpu.package = readCount(info.value(number, "physical id"));
+        if (!cpu.core) cpu.core = readCount(info.value(number, "core id"));
         cpu.node = nodes.of(number);
         cpu.caches = readCaches(root, directory + "cache/");
         cpus.push_back(std::move(cpu));
@@ -148,7 +142,7 @@ std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info) {
     return cpus;
 }
 
-std::optional<std::int64_t> cacheSize(const LogicalCpu& cpu, int level, std::string_view type) {
+Count cacheSize(const LogicalCpu& cpu, int level, std::string_view type) {
     for (const Cache& cache : cpu.caches) {
         if (cache.level == level && (type.empty() || cache.type == type)) return cache.size;
     }

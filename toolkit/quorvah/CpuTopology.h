@@ -13,7 +13,7 @@ namespace toolkit::quorvah {
 struct Cache {
     int level = 0;
     std::string type;        // "Data", "Instruction", "Unified"
-    std::int64_t size = 0;   // KiB
+    std::uint64_t size = 0;  // KiB
     std::string sharedCpus;  // the list of the CPUs that share it
 };
 
@@ -21,10 +21,10 @@ struct Cache {
 struct LogicalCpu {
     int number = 0;
     std::optional<bool> online;
-    std::optional<std::int64_t> package;
-    std::optional<std::int64_t> die;
-    std::optional<std::int64_t> cluster;
-    std::optional<std::int64_t> core;
+    Count package;
+    Count die;
+    Count cluster;
+    Count core;
     std::string siblings;  // the list of the CPUs of the same core
     std::optional<int> thread;
     std::optional<int> node;
@@ -36,6 +36,6 @@ struct LogicalCpu {
 std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info);
 
 // Of a CPU's own caches with this level and type; none when it has none.
-std::optional<std::int64_t> cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
+Count cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
 
 }  // namespace toolkit::quorvah

@@ -51,7 +51,7 @@ void setFromUdev(std::string_view udev, Instance& partition) {
     const std::string_view scheme = udevProperty(udev, "ID_PART_ENTRY_SCHEME");
     if (scheme.empty()) return;
     const bool gpt = scheme == "gpt";
-    const std::optional<std::int64_t> number = leadingNumber(udevProperty(udev, "ID_PART_ENTRY_NUMBER"));
+    const Count number = readCount(udevProperty(udev, "ID_PART_ENTRY_NUMBER"));
     partition.set("Name", withoutHexEscapes(udevProperty(udev, "ID_PART_ENTRY_NAME")));
     partition.set("PartitionType", typeOf(udev));
     if (number) partition.set("PrimaryPartition", gpt || *number <= 4);
@@ -66,12 +66,12 @@ class TableOnDisk {
   public:
     TableOnDisk(const Root& root, const BlockDevice& disk) : root_(root), disk_(disk) {}
 
-    void fill(std::int64_t number, Instance& partition) {
+    void fill(std::uint64_t number, Instance& partition) {
         read();
         if (!table_ || table_->type.empty()) return;
         partition.set("TableType", table_->type);
         for (const PartitionEntry& entry : table_->entries) {
-            if (entry.number != number) continue;
+            if (static_cast<std::uint64_t>(entry.number) != number) continue;
             partition.set("Name", entry.name);
             partition.set("PartitionType", entry.type);
             partition.set("PrimaryPartition", entry.primary);
@@ -86,7 +86,7 @@ class TableOnDisk {
         table_.emplace();
         const kest::Descriptor file = root_.open(disk_.path());
         if (!file.isOpen()) return;
-        const std::int64_t blockSize = disk_.blockSize().value_or(512);
+        const std::uint64_t blockSize = disk_.blockSize().value_or(512);
         table_ = readPartitionTable(
             [&file](std::uint64_t offset, std::size_t size) {
                 std::string bytes(size, '\0');
@@ -94,7 +94,7 @@ class TableOnDisk {
                 bytes.resize(static_cast<std::size_t>(std::max(count, ssize_t{0})));
                 return bytes;
             },
-            static_cast<std::uint64_t>(blockSize));
+            blockSize);
     }
 
     const Root& root_;
@@ -125,7 +125,7 @@ void gather(Scan& scan, Report& report) {
         TableOnDisk table(scan.root(), disk);
         for (const BlockDevice& device : partitionsOf(scan.root(), disk)) {
             Instance& partition = report.add(device.path());
-            const std::optional<std::int64_t> number = device.number("partition");
+            const Count number = device.number("partition");
             partition.set("StartingOffset", device.bytes("start"));
             partition.set("Size", device.bytes("size"));
             partition.set("BlockSize", disk.blockSize());

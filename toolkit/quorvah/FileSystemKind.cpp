@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "toolkit/machine/Lines.h"
 
@@ -82,20 +84,17 @@ FileSystemKind fileSystemKind(const Mount& mount) {
 }
 
 std::vector<Mount> mountedDrives(const std::vector<Mount>& mounts) {
+    std::unordered_map<std::string_view, const Mount*> latest;  // at each place; it hides those before
+    for (const Mount& mount : mounts) latest[mount.mountPoint] = &mount;
     std::vector<Mount> drives;
-    for (auto mount = mounts.begin(); mount != mounts.end(); ++mount) {
-        if (fileSystemKind(*mount) == FileSystemKind::Pseudo) continue;
-        const bool hidden = std::any_of(std::next(mount), mounts.end(), [&](const Mount& later) {
-            return later.mountPoint == mount->mountPoint;
-        });
-        if (hidden) continue;
-        const auto same = std::find_if(drives.begin(), drives.end(), [&](const Mount& drive) {
-            return identity(drive) == identity(*mount);
-        });
-        if (same == drives.end()) {
-            drives.push_back(*mount);
-        } else if (same->root != "/" && mount->root == "/") {
-            *same = *mount;
+    std::unordered_map<std::string, std::size_t> known;  // where each file system stands among the drives
+    for (const Mount& mount : mounts) {
+        if (fileSystemKind(mount) == FileSystemKind::Pseudo || latest[mount.mountPoint] != &mount) continue;
+        const auto [same, isNew] = known.emplace(identity(mount), drives.size());
+        if (isNew) {
+            drives.push_back(mount);
+        } else if (drives[same->second].root != "/" && mount.root == "/") {
+            drives[same->second] = mount;
         }
     }
     return drives;

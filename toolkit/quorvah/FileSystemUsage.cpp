@@ -29,12 +29,12 @@ Reply ask(const char* path) {
     FileSystemUsage usage;
     usage.deviceMajor = major(status.st_dev);
     usage.deviceMinor = minor(status.st_dev);
-    usage.blockSize = sizes.f_frsize;
-    usage.size = sizes.f_blocks * sizes.f_frsize;
-    usage.available = sizes.f_bavail * sizes.f_frsize;
-    usage.inodes = sizes.f_files;
-    usage.inodesFree = sizes.f_ffree;
-    usage.longestName = sizes.f_namemax;
+    usage.blockSize = counted(sizes.f_frsize);
+    usage.size = product(counted(sizes.f_blocks), usage.blockSize);
+    usage.available = product(counted(sizes.f_bavail), usage.blockSize);
+    usage.inodes = counted(sizes.f_files);
+    usage.inodesFree = counted(sizes.f_ffree);
+    usage.longestName = counted(sizes.f_namemax);
     return {true, usage};
 }
 

@@ -6,18 +6,20 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/Checked.h"
+
 namespace toolkit::quorvah {
 
 // What a file system says of its size; sizes in bytes.
 struct FileSystemUsage {
     std::uint32_t deviceMajor = 0;
     std::uint32_t deviceMinor = 0;
-    std::uint64_t size = 0;
-    std::uint64_t available = 0;  // to those without privilege
-    std::uint64_t blockSize = 0;
-    std::uint64_t inodes = 0;
-    std::uint64_t inodesFree = 0;
-    std::uint64_t longestName = 0;
+    Count size;
+    Count available;  // to those without privilege
+    Count blockSize;
+    Count inodes;
+    Count inodesFree;
+    Count longestName;
 };
 
 struct UsageAnswers {

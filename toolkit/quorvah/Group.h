@@ -29,7 +29,7 @@ struct Group {
     std::span<const FieldDef> fields;
     // Adds the group's instances to the report; null for a group that this scanner cannot gather.
     void (*gather)(Scan& scan, Report& report);
-    // Whether it only reads plain files, which neither hang nor take long, and calls Scan::checkTime() now and then.
+    // Whether it only reads plain files, which neither hang nor take long.
     bool plainFiles = false;
     // The files that tell whether there are instances; one of them is enough. Where the scanned tree has none of them, a
     // group without instances was not looked for. Empty for a group that says so itself.

@@ -53,24 +53,40 @@ void tellOfMissingSources(const Root& root, Report& report) {
     }
 }
 
-void gather(Scan& scan, Report& report, const Prepare& prepare) {
+// By when a group that begins now must be done.
+using Deadline = std::function<Clock::time_point()>;
+
+// Does not leave it to its killer to end a group that takes too long: what it has by then is kept, and the last fifth
+// of its time is for making that ready.
+Clock::time_point deadlineOf(const Limits& limits, Clock::time_point end) {
+    const Clock::time_point now = Clock::now();
+    return now + std::min<Clock::duration>(limits.group, end - now) * 4 / 5;
+}
+
+void gather(Scan& scan, Report& report, const Prepare& prepare, Clock::time_point deadline) {
     if (report.group().gather == nullptr) {
         tellWhyNone(report);
         return;
     }
     const Clock::time_point start = Clock::now();
     const int denials = scan.root().denials();
+    const int excesses = scan.root().excesses();
+    scan.limitTime(deadline);
     try {
         report.group().gather(scan, report);
     } catch (const OutOfTime&) {
         report.partial("timeout");
     } catch (const std::bad_alloc&) {
         report.partial("memory");
+    } catch (const TooMuch&) {
+        report.partial("too-large");
     } catch (const std::exception& failure) {
         report.partial("failed");
         report.warn(std::string(report.group().xmlName) + ": " + failure.what());
     }
+    scan.limitTime({});
     if (scan.root().denials() > denials) report.partial("permission");
+    if (report.trim() || scan.root().excesses() > excesses) report.partial("too-large");
     tellOfMissingSources(scan.root(), report);
     report.setElapsed(since(start));
     prepare(report);
@@ -79,14 +95,14 @@ void gather(Scan& scan, Report& report, const Prepare& prepare) {
 // The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
 [[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare, int pipe,
-                       SharedTexts& texts, pid_t parent) {
+                       SharedTexts& texts, pid_t parent, const Deadline& deadline) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, stream);
     for (const Group* const group : groups) {
         Report report(*group);
-        gather(scan, report, prepare);
+        gather(scan, report, prepare, deadline());
         const GroupResult result = render(report, scan.options().pretty);
         const std::optional<std::uint64_t> place = texts.append(result.xml);
         if (!place || !writeAll(pipe, frameOf(result, *place))) ::_exit(1);
@@ -97,7 +113,8 @@ void gather(Scan& scan, Report& report, const Prepare& prepare) {
 // A child that gathers groups; killed when its owner is done with it.
 class Worker {
   public:
-    Worker(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare) {
+    Worker(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare,
+           const Deadline& deadline) {
         std::array<int, 2> ends{};
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
         pipe_ = kest::Descriptor(ends[0]);
@@ -107,7 +124,7 @@ class Worker {
         if (process_ < 0) fail("fork");
         if (process_ == 0) {
             pipe_.close();
-            work(scan, groups, prepare, far.number(), texts_, self);
+            work(scan, groups, prepare, far.number(), texts_, self, deadline);
         }
     }
     ~Worker() {
@@ -199,9 +216,7 @@ class Run {
     // Gathers this group without a child; one group settled.
     std::size_t gatherHere(const Group& group) {
         const auto report = std::make_shared<Report>(group);
-        scan_.deadline = std::min(Clock::now() + limits_.group, end_);
-        gather(scan_, *report, prepare_);
-        scan_.deadline.reset();
+        gather(scan_, *report, prepare_, std::min(Clock::now() + limits_.group, end_));
         GroupResult result = outcomeOf(*report);
         result.report = report;
         onResult_(std::move(result));
@@ -210,7 +225,7 @@ class Run {
 
     // Gathers with one child until it fails; returns how many groups that has settled.
     std::size_t gatherSome(std::span<const Group* const> groups) {
-        Worker worker(scan_, groups, prepare_);
+        Worker worker(scan_, groups, prepare_, [this] { return deadlineOf(limits_, end_); });
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();
             GroupResult result;

@@ -23,7 +23,8 @@ using Prepare = std::function<void(Report& report)>;
 using OnResult = std::function<void(GroupResult&& result)>;
 
 // Gathers the groups in a child process, which is killed when a group takes too long: that group then has no
-// instances and is unread by reason of "timeout", and gathering goes on with the next one. A group whose code dies
+// instances and is unread by reason of "timeout", and gathering goes on with the next one. One that looks at the clock,
+// as every look at the tree does, ends before that and keeps what it has. A group whose code dies
 // costs no more than its own instances either ("failed"). A group that lacked a permission is partial by reason of
 // "permission" with what it has, and unread when it has nothing.
 //

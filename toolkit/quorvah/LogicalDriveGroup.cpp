@@ -47,14 +47,13 @@ std::string deviceName(const Mount& mount) {
 }
 
 // The size of the device that the file system lies on.
-std::optional<std::int64_t> deviceSize(const Root& root, const Mount& mount) {
-    std::optional<std::int64_t> sectors;
-    if (!mount.device.empty()) sectors = root.readNumber("/sys/dev/block/" + mount.device + "/size");
+Count deviceSize(const Root& root, const Mount& mount) {
+    Count sectors;
+    if (!mount.device.empty()) sectors = root.readCount("/sys/dev/block/" + mount.device + "/size");
     const std::string name = deviceName(mount);
-    if (!sectors && !name.empty()) sectors = root.readNumber("/sys/class/block/" + name + "/size");
-    constexpr std::int64_t kSector = 512;
-    if (!sectors || *sectors <= 0 || *sectors > INT64_MAX / kSector) return {};
-    return *sectors * kSector;
+    if (!sectors && !name.empty()) sectors = root.readCount("/sys/class/block/" + name + "/size");
+    constexpr std::uint64_t kSector = 512;
+    return sectors.value_or(0) > 0 ? product(sectors, kSector) : std::nullopt;
 }
 
 // "254:0", as far as it can be found out.

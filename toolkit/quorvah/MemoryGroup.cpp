@@ -1,4 +1,3 @@
-#include <charconv>
 #include <string>
 
 #include "toolkit/quorvah/CpuList.h"
@@ -29,14 +28,9 @@ constexpr FieldDef kFields[] = {
     {"ErrorCorrection"},
 };
 
-std::optional<std::int64_t> sum(std::optional<std::int64_t> left, std::optional<std::int64_t> right) {
-    if (!left || !right) return std::nullopt;
-    return *left + *right;
-}
-
 void setMeminfo(const Root& root, Instance& memory) {
     const std::string meminfo = root.read("/proc/meminfo").value_or("");
-    const auto line = [&meminfo](const char* key) { return leadingNumber(valueOf(meminfo, key)); };
+    const auto line = [&meminfo](const char* key) { return readLeadingCount(valueOf(meminfo, key)); };
     memory.set("TotalVisibleMemorySize", line("MemTotal"));
     memory.set("FreePhysicalMemory", line("MemFree"));
     memory.set("TotalVirtualMemorySize", sum(line("MemTotal"), line("SwapTotal")));
@@ -49,24 +43,22 @@ void setMeminfo(const Root& root, Instance& memory) {
 
 // KiB of the blocks of memory that are in use, which come close to what is built in. The size of a block is
 // in hexadecimal.
-std::optional<std::int64_t> onlineBlocks(const Root& root) {
+Count onlineBlocks(const Root& root) {
     const std::string directory = "/sys/devices/system/memory/";
-    const std::string text = root.readLine(directory + "block_size_bytes");
-    std::int64_t size = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size, 16);
-    if (error != std::errc() || size <= 0 || size > (std::int64_t{1} << 46)) return std::nullopt;
-    std::int64_t count = 0;
+    const Count size = readCount(root.readLine(directory + "block_size_bytes"), 16);
+    if (!size) return std::nullopt;
+    std::uint64_t count = 0;
     for (const std::string& name : root.list(directory)) {
         if (!name.starts_with("memory")) continue;
         const std::string state = root.readLine(directory + name + "/state");
         if (state == "online" || state == "going-offline") ++count;
     }
-    return count > 0 ? std::optional(size / 1024 * count) : std::nullopt;
+    return count > 0 ? product(*size / 1024, count) : std::nullopt;
 }
 
 // A number of which 0 means that nothing is known.
-void setKnown(Instance& memory, const char* field, std::uint64_t number) {
-    if (number > 0) memory.set(field, number);
+void setKnown(Instance& memory, const char* field, Count number) {
+    if (number.value_or(0) > 0) memory.set(field, number);
 }
 
 void setSmbios(const Root& root, Instance& memory) {
@@ -82,14 +74,13 @@ constexpr const char* kSources[] = {"/proc/meminfo"};
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance memory = report.blank();
-    setMeminfo(root, memory);
-    setSmbios(root, memory);
-    if (memory.get("InstalledMemory").empty()) memory.set("InstalledMemory", onlineBlocks(root));
-    setKnown(memory, "NumaNodes", readCpuList(root.readLine("/sys/devices/system/node/online")).size());
-    if (memory.empty()) return;
-    memory.set("DeviceID", "memory");
-    report.add() = memory;
+    const auto fill = [&](Instance& memory) {
+        setMeminfo(root, memory);
+        setSmbios(root, memory);
+        if (memory.get("InstalledMemory").empty()) memory.set("InstalledMemory", onlineBlocks(root));
+        setKnown(memory, "NumaNodes", readCpuList(root.readLine("/sys/devices/system/node/online")).size());
+    };
+    report.addOne(fill, {{"DeviceID", "memory"}});
 }
 
 }  // namespace

@@ -90,6 +90,12 @@ void setBus(const Root& root, const std::string& path, AdapterNames& names, Inst
     }
 }
 
+// The number of the kind of interface; -1 when it is none.
+int typeOf(Count told) {
+    constexpr std::uint64_t kMost = 65535;
+    return told && *told <= kMost ? static_cast<int>(*told) : -1;
+}
+
 void setTechnology(const Root& root, const std::string& path, Instance& adapter) {
     const std::optional<std::string> uevent = root.read(path + "uevent");
     LinkTraits traits;
@@ -98,7 +104,7 @@ void setTechnology(const Root& root, const std::string& path, Instance& adapter)
     while (nextLine(rest, line)) {
         if (takeField(line, '=') == "DEVTYPE") traits.devType = line;
     }
-    traits.type = static_cast<int>(root.readNumber(path + "type").value_or(-1));
+    traits.type = typeOf(root.readCount(path + "type"));
     traits.hasDevice = root.exists(path + "device");
     traits.wireless = root.exists(path + "wireless") || root.exists(path + "phy80211");
     traits.bridge = root.exists(path + "bridge");
@@ -111,18 +117,16 @@ void setTechnology(const Root& root, const std::string& path, Instance& adapter)
 void setLink(const Root& root, const std::string& path, Instance& adapter) {
     // -1, or the same as an unsigned number, is written for a link that is down or knows no speed. Reading of
     // an interface that is down fails.
-    const std::optional<std::int64_t> megabits = root.readNumber(path + "speed");
-    if (megabits && *megabits > 0 && *megabits < 0xFFFFFFFF) adapter.set("Speed", *megabits * 1'000'000);
+    const Count megabits = root.readCount(path + "speed");
+    if (megabits && *megabits > 0 && *megabits < 0xFFFFFFFF)
+        adapter.set("Speed", product(megabits, 1'000'000));
     const std::string duplex = root.readLine(path + "duplex");
     if (duplex == "full" || duplex == "half") adapter.set("FullDuplex", duplex == "full");
-    const std::string flagsText = hexDigits(root.readLine(path + "flags"));
-    unsigned flags = 0;
-    if (std::from_chars(flagsText.data(), flagsText.data() + flagsText.size(), flags, 16).ec == std::errc()) {
-        adapter.set("EnabledState", (flags & IFF_UP) != 0 ? "Enabled" : "Disabled");
-    }
+    if (const Count flags = readCount(hexDigits(root.readLine(path + "flags")), 16))
+        adapter.set("EnabledState", (*flags & IFF_UP) != 0 ? "Enabled" : "Disabled");
     const std::string state = root.readLine(path + "operstate");
     if (state != "unknown") adapter.set("OperationalStatus", state);
-    adapter.set("ActiveMaximumTransmissionUnit", root.readNumber(path + "mtu"));
+    adapter.set("ActiveMaximumTransmissionUnit", root.readCount(path + "mtu"));
     adapter.set("Master", root.linkName(path + "master"));
 }
 
@@ -131,7 +135,7 @@ void setDriverFromFiles(const Root& root, const std::string& path, const std::st
     const std::string driver = root.linkName(path + "device/driver");
     adapter.set("DriverName", driver);
     if (!driver.empty()) adapter.set("DriverVersion", root.readLine("/sys/module/" + driver + "/version"));
-    const bool ownAddress = root.readNumber(path + "addr_assign_type") == 0;
+    const bool ownAddress = root.readCount(path + "addr_assign_type") == 0;
     if (ownAddress && root.exists(path + "device")) adapter.set("PermanentAddress", address);
 }
 

@@ -105,21 +105,21 @@ void setProcesses(const Root& root, Instance& system) {
     system.set("NumberOfUsers", countUsers(root));
     const std::size_t processes = countProcesses(root);
     if (processes > 0) system.set("NumberOfProcesses", processes);
-    system.set("MaxNumberOfProcesses", root.readNumber("/proc/sys/kernel/pid_max"));
+    system.set("MaxNumberOfProcesses", root.readCount("/proc/sys/kernel/pid_max"));
 }
 
 // KiB of addresses that a process can have: half of what an x86 CPU has, which says so in "48 bits physical,
 // 48 bits virtual". Other CPUs leave it to how the kernel was built.
-std::optional<std::int64_t> maxProcessMemory(const Root& root) {
+Count maxProcessMemory(const Root& root) {
     const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
     const std::vector<int> cpus = info.cpus();
     if (cpus.empty()) return std::nullopt;
     const std::string_view sizes = info.value(cpus.front(), "address sizes");
     const std::size_t comma = sizes.find(", ");
     if (comma == std::string_view::npos) return std::nullopt;
-    const std::optional<std::int64_t> bits = leadingNumber(sizes.substr(comma + 2));
+    const Count bits = readLeadingCount(sizes.substr(comma + 2));
     if (!bits || *bits <= 32 || *bits > 64) return std::nullopt;
-    return std::int64_t{1} << (*bits - 11);
+    return std::uint64_t{1} << (*bits - 11);
 }
 
 std::vector<std::string> packageManagers(const Root& root) {
@@ -146,18 +146,16 @@ constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system = report.blank();
-    setRelease(root, system);
-    setKernel(root, system);
-    system.set("CSName", hostName(root));
-    setTimes(root, system);
-    setProcesses(root, system);
-    system.set("MaxProcessMemorySize", maxProcessMemory(root));
-    system.set("PackageManager", packageManagers(root));
-    if (system.empty()) return;
-    system.set("Name", "linux");
-    system.set("OSType", kLinux);
-    report.add() = system;
+    const auto fill = [&root](Instance& system) {
+        setRelease(root, system);
+        setKernel(root, system);
+        system.set("CSName", hostName(root));
+        setTimes(root, system);
+        setProcesses(root, system);
+        system.set("MaxProcessMemorySize", maxProcessMemory(root));
+        system.set("PackageManager", packageManagers(root));
+    };
+    report.addOne(fill, {{"Name", "linux"}, {"OSType", kLinux}});
 }
 
 }  // namespace

@@ -126,8 +126,7 @@ void setIds(const Root& root, const std::string& path, Instance& device) {
 
 void setPlace(const Root& root, const std::string& path, Instance& device) {
     device.set("DriverName", root.linkName(path + "driver"));
-    const std::optional<std::int64_t> node = root.readNumber(path + "numa_node");
-    if (node && *node >= 0) device.set("NumaNode", *node);
+    device.set("NumaNode", root.readCount(path + "numa_node"));  // -1 is none
     device.set("IommuGroup", root.linkName(path + "iommu_group"));
     device.set("CurrentLinkSpeed", known(root.readLine(path + "current_link_speed")));
     device.set("MaxLinkSpeed", known(root.readLine(path + "max_link_speed")));

@@ -45,8 +45,8 @@ using Package = std::vector<const LogicalCpu*>;
 
 // The CPUs of each package. Where no CPU tells its package, as in some virtual machines, there is one. An
 // offline CPU does not tell, and is counted where there is no choice.
-std::map<std::int64_t, Package> packagesOf(const std::vector<LogicalCpu>& cpus) {
-    std::map<std::int64_t, Package> packages;
+std::map<std::uint64_t, Package> packagesOf(const std::vector<LogicalCpu>& cpus) {
+    std::map<std::uint64_t, Package> packages;
     for (const LogicalCpu& cpu : cpus) {
         if (cpu.package) packages[*cpu.package].push_back(&cpu);
     }
@@ -68,14 +68,14 @@ std::map<std::string, int> threadsOfCores(const Package& package) {
 }
 
 // KiB of all caches of a level, each counted once however many CPUs share it.
-std::int64_t totalCache(const Package& package, int level) {
+Count totalCache(const Package& package, int level) {
     std::set<std::pair<std::string, std::string>> counted;
-    std::int64_t total = 0;
+    Count total = 0;
     for (const LogicalCpu* const cpu : package) {
         for (const Cache& cache : cpu->caches) {
             if (cache.level != level) continue;
             if (cache.sharedCpus.empty() || counted.emplace(cache.type, cache.sharedCpus).second) {
-                total += cache.size;
+                total = sum(total, cache.size);
             }
         }
     }
@@ -106,8 +106,8 @@ void setTopology(const Package& package, Instance& processor) {
     setCount(processor, "ThreadsPerCore", threads);
     setCount(processor, "Dies", distinct(package, &LogicalCpu::die));
     setCount(processor, "NumaNodes", distinct(package, &LogicalCpu::node));
-    setCount(processor, "L2CacheSize", totalCache(package, 2));
-    setCount(processor, "L3CacheSize", totalCache(package, 3));
+    setCount(processor, "L2CacheSize", totalCache(package, 2).value_or(0));
+    setCount(processor, "L3CacheSize", totalCache(package, 3).value_or(0));
 }
 
 // A package may hold cores of several kinds, which then have several names.
@@ -149,7 +149,7 @@ void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
     const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
     const std::vector<LogicalCpu> cpus = readCpus(root, info);
-    const std::map<std::int64_t, Package> packages = packagesOf(cpus);
+    const std::map<std::uint64_t, Package> packages = packagesOf(cpus);
     const std::vector<SmbiosProcessor> sockets = readSmbiosProcessors(Smbios(root));
     std::size_t socket = 0;
     for (const auto& [id, package] : packages) {

@@ -91,12 +91,12 @@ void setHardwareClock(const Root& root, Instance& regional) {
 constexpr const char* kSources[] = {"/etc"};
 
 void gather(Scan& scan, Report& report) {
-    Instance regional = report.blank();
-    setLocale(scan.root(), regional);
-    setTimeZone(scan.root(), regional);
-    setKeyboard(scan.root(), regional);
-    setHardwareClock(scan.root(), regional);
-    if (!regional.empty()) report.add() = regional;
+    report.addOne([&root = scan.root()](Instance& regional) {
+        setLocale(root, regional);
+        setTimeZone(root, regional);
+        setKeyboard(root, regional);
+        setHardwareClock(root, regional);
+    });
 }
 
 }  // namespace

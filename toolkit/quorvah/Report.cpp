@@ -97,6 +97,30 @@ bool naturallyBefore(std::string_view left, std::string_view right) {
     return left < right;
 }
 
+void* Report::Memory::do_allocate(std::size_t size, std::size_t alignment) {
+    if (size > left_) throw TooMuch();
+    left_ -= size;
+    return blocks_.allocate(size, alignment);
+}
+
+bool Report::trim() {
+    bool trimmed = false;
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < instances_.size(); ++i) {
+        Instance& instance = instances_[i];
+        for (std::size_t field = 0; field < instance.values().size(); ++field) {
+            const bool tooLong = instance.values()[field].size() > kLongestValue;
+            if (tooLong) instance.replace(field, {});
+            trimmed = trimmed || tooLong;
+            bytes += instance.values()[field].size();
+        }
+        if (bytes <= kMostBytes) continue;
+        while (instances_.size() > i) instances_.pop_back();
+        return true;
+    }
+    return trimmed;
+}
+
 void Report::sort() {
     if (group_->fields.empty()) return;
     const bool bytewise = (group_->fields.front().traits & FieldDef::kBytewise) != 0;

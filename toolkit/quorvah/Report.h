@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <exception>
+#include <initializer_list>
 #include <memory>
 #include <memory_resource>
 #include <optional>
@@ -76,23 +78,54 @@ enum class GroupState : std::uint8_t {
     Unread,         // nothing could be read, so that nothing is known
 };
 
-// What came of gathering one group.
+// A group has more instances, or longer ones, than any machine.
+class TooMuch : public std::exception {
+  public:
+    const char* what() const noexcept override { return "too much"; }
+};
+
+// What came of gathering one group. It takes no more than a stranger's files may cost: beyond kMostInstances, and
+// beyond what memory these may need, adding to it throws TooMuch, and what it holds by then stays.
 class Report {
   public:
-    explicit Report(const Group& group)
-        : group_(&group), memory_(std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstBlock)) {}
+    static constexpr std::size_t kMostInstances = 200'000;
+    static constexpr std::size_t kMostBytes = std::size_t{64} << 20;  // of all values
+    static constexpr std::size_t kLongestValue = std::size_t{64} << 10;
+
+    explicit Report(const Group& group) : group_(&group), memory_(std::make_unique<Memory>()) {}
 
     const Group& group() const { return *group_; }
 
     // An instance that is not, or not yet, a part of the report.
     Instance blank() const { return Instance(*group_, *memory_); }
     // A new instance; the reference stays valid.
-    Instance& add() { return instances_.emplace_back(*group_, *memory_); }
+    Instance& add() {
+        if (instances_.size() == kMostInstances) throw TooMuch();
+        return instances_.emplace_back(*group_, *memory_);
+    }
     // A new instance with its key set.
     Instance& add(std::string_view key) {
         Instance& instance = add();
         if (!group_->fields.empty()) instance.replace(0, key);
         return instance;
+    }
+    // Adds the one instance that the group has, as `fill` sets it, with these texts; none when it sets nothing. What it
+    // has set when it throws is added as well.
+    template <class Fill>
+    void addOne(const Fill& fill,
+                std::initializer_list<std::pair<std::string_view, std::string_view>> texts = {}) {
+        Instance instance = blank();
+        std::exception_ptr failure;
+        try {
+            fill(instance);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        if (!instance.empty()) {
+            for (const auto& [field, text] : texts) instance.set(field, text);
+            add() = instance;
+        }
+        if (failure) std::rethrow_exception(failure);
     }
     // Lets what values refer to live as long as the report.
     void keep(std::shared_ptr<const void> texts) { kept_.push_back(std::move(texts)); }
@@ -124,6 +157,10 @@ class Report {
     // the key is bytewise.
     void sort();
 
+    // Makes values that are longer than kLongestValue unknown, and takes away the last instances if all values are more
+    // than kMostBytes; whether there was anything to do.
+    bool trim();
+
     std::deque<Instance>& instances() { return instances_; }
     const std::deque<Instance>& instances() const { return instances_; }
 
@@ -134,10 +171,21 @@ class Report {
         reason_ = reason;
     }
 
-    static constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
+    // Grows in blocks; what is asked of those counts.
+    class Memory : public std::pmr::memory_resource {
+        void* do_allocate(std::size_t size, std::size_t alignment) override;
+        void do_deallocate(void*, std::size_t, std::size_t) override {}
+        bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override {
+            return this == &other;
+        }
+
+        static constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
+        std::pmr::monotonic_buffer_resource blocks_{kFirstBlock};
+        std::size_t left_ = 4 * kMostBytes;
+    };
 
     const Group* group_;
-    std::unique_ptr<std::pmr::monotonic_buffer_resource> memory_;
+    std::unique_ptr<Memory> memory_;
     std::vector<std::shared_ptr<const void>> kept_;
     std::deque<Instance> instances_;
     GroupState state_ = GroupState::Complete;

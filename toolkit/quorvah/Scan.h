@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <exception>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,10 +37,7 @@ struct Summary {
 };
 
 // A group has used up its time.
-class OutOfTime : public std::exception {
-  public:
-    const char* what() const noexcept override { return "out of time"; }
-};
+using OutOfTime = Root::OutOfTime;
 
 // What groups gather from.
 class Scan {
@@ -56,12 +52,10 @@ class Scan {
     // value, unless --raw keeps that.
     std::string firmwareText(std::string text) const;
 
-    // When a group that is gathered where it cannot be killed must be done; none for others.
-    std::optional<std::chrono::steady_clock::time_point> deadline;
-    // Throws OutOfTime after the deadline.
-    void checkTime() const {
-        if (deadline && std::chrono::steady_clock::now() >= *deadline) throw OutOfTime();
-    }
+    // By when a group must be done; none for any time. After it every look at the tree throws OutOfTime, and so does
+    // checkTime(), which is for loops that look at nothing there.
+    void limitTime(std::optional<std::chrono::steady_clock::time_point> deadline) { root_.watch(deadline); }
+    void checkTime() const { root_.checkTime(); }
 
     Summary summary;
 

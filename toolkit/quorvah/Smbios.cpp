@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kHeaderLength = 4;
 constexpr unsigned kEndOfTable = 127;
+constexpr std::size_t kLargestTable = std::size_t{4} << 20;  // bytes; real ones have some thousand
 
 std::uint64_t littleEndian(std::string_view bytes) {
     std::uint64_t number = 0;
@@ -40,7 +41,10 @@ std::string tableFromEntries(const Root& root) {
     std::vector<std::string> names = root.list(entries);
     std::ranges::sort(names, naturallyBefore);
     std::string table;
-    for (const std::string& name : names) table += root.read(entries + name + "/raw").value_or("");
+    for (const std::string& name : names) {
+        table += root.read(entries + name + "/raw", kLargestTable).value_or("");
+        if (table.size() > kLargestTable) break;
+    }
     return table;
 }
 
@@ -76,7 +80,7 @@ std::string_view SmbiosStructure::string(std::size_t offset) const {
 
 Smbios::Smbios(const Root& root) {
     const std::string tables = "/sys/firmware/dmi/tables/";
-    table_ = root.read(tables + "DMI").value_or("");
+    table_ = root.read(tables + "DMI", kLargestTable).value_or("");
     version_ = versionOf(root.read(tables + "smbios_entry_point").value_or(""));
     if (table_.empty()) table_ = tableFromEntries(root);
     parse();

@@ -39,13 +39,13 @@ SmbiosMemory readSmbiosMemory(const Smbios& smbios) {
     SmbiosMemory memory;
     for (const SmbiosStructure* const array : smbios.ofType(kMemoryArray)) {
         if (array->byte(0x05) != kSystemMemory) continue;
-        memory.maximumCapacity += capacityOf(*array);
-        memory.devices += array->word(0x0D);
+        memory.maximumCapacity = sum(memory.maximumCapacity, capacityOf(*array));
+        memory.devices = sum(memory.devices, array->word(0x0D));
         const unsigned correction = array->byte(0x06);
         if (correction < kErrorCorrections.size()) memory.errorCorrection = kErrorCorrections[correction];
     }
     for (const SmbiosStructure* const module : smbios.ofType(kMemoryModule))
-        memory.installed += moduleSize(*module);
+        memory.installed = sum(memory.installed, moduleSize(*module));
     return memory;
 }
 

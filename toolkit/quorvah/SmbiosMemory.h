@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <string_view>
 
+#include "toolkit/machine/Checked.h"
 #include "toolkit/quorvah/Smbios.h"
 
 namespace toolkit::quorvah {
 
-// What the firmware tells of the memory as a whole (structure types 16 and 17). 0 and empty when it does not.
+// What the firmware tells of the memory as a whole (structure types 16 and 17). 0, unknown or empty when it does not.
 struct SmbiosMemory {
-    std::uint64_t maximumCapacity = 0;  // KiB
-    unsigned devices = 0;               // places for modules
-    std::uint64_t installed = 0;        // KiB
+    Count maximumCapacity = 0;  // KiB
+    Count devices = 0;          // places for modules
+    Count installed = 0;        // KiB
     std::string_view errorCorrection;
 };
 SmbiosMemory readSmbiosMemory(const Smbios& smbios);

@@ -74,7 +74,7 @@ class Gatherer {
   private:
     static Allowance allowanceOf(const Scan& scan) {
         Allowance allowance;
-        allowance.deadline = scan.deadline;
+        allowance.deadline = scan.root().deadline();
         return allowance;
     }
 

@@ -58,7 +58,7 @@ std::string_view interfaceOf(const BlockDevice& disk, std::string_view udev) {
 
 // What a disk of a virtual machine is made of its host does not tell.
 std::string_view mediaOf(const BlockDevice& disk, std::string_view interface) {
-    constexpr std::int64_t kCdRom = 5;  // the SCSI type of device
+    constexpr std::uint64_t kCdRom = 5;  // the SCSI type of device
     if (disk.name().starts_with("sr") || disk.number("device/type") == kCdRom) return "Optical";
     if (interface == "MMC") return "Flash";
     if (interface == "virtio") return {};
@@ -135,8 +135,8 @@ bool isMultipath(const Root& root, const BlockDevice& disk) {
 }
 
 void setSize(const BlockDevice& disk, Instance& drive) {
-    const std::optional<std::int64_t> size = disk.bytes("size");
-    const std::optional<std::int64_t> block = disk.blockSize();
+    const Count size = disk.bytes("size");
+    const Count block = disk.blockSize();
     drive.set("Size", size);
     drive.set("BlockSize", block);
     if (size && block) drive.set("NumberOfBlocks", *size / *block);

@@ -60,15 +60,12 @@ std::string hostName(const Root& root) {
 
 std::optional<std::int64_t> bootTime(const Root& root) {
     const std::string stat = root.read("/proc/stat").value_or("");
-    return leadingNumber(valueOf(stat, "btime"));
+    return readLeadingCount(valueOf(stat, "btime"));
 }
 
 std::optional<std::int64_t> observationTime(const Root& root) {
     if (root.live()) return std::time(nullptr);
-    const std::optional<std::int64_t> boot = bootTime(root);
-    const std::optional<std::int64_t> uptime = leadingNumber(root.readLine("/proc/uptime"));
-    if (!boot || !uptime) return std::nullopt;
-    return *boot + *uptime;
+    return sum(bootTime(root), readLeadingCount(root.readLine("/proc/uptime")));
 }
 
 }  // namespace toolkit::quorvah

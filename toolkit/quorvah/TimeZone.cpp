@@ -35,6 +35,7 @@ class LocalZone {
 };
 
 constexpr long kSecondsPerMinute = 60;
+constexpr long kMostMinutes = 26L * 60;  // no zone is farther from UTC
 
 }  // namespace
 
@@ -51,7 +52,9 @@ std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time) {
     const std::time_t seconds = time;
     std::tm local{};
     if (::localtime_r(&seconds, &local) == nullptr) return std::nullopt;
-    return ZoneOffset{local.tm_gmtoff / kSecondsPerMinute, local.tm_isdst > 0};
+    const long minutes = local.tm_gmtoff / kSecondsPerMinute;
+    if (minutes < -kMostMinutes || minutes > kMostMinutes) return std::nullopt;
+    return ZoneOffset{minutes, local.tm_isdst > 0};
 }
 
 std::string zoneName(const Root& root) {

@@ -62,6 +62,11 @@ std::string hostId(const Root& root) {
     return digits;
 }
 
+// What the system does not know is -1.
+void setKnown(Instance& system, const char* field, long value) {
+    if (value >= 0) system.set(field, value);
+}
+
 void setLimits(const Root& root, Instance& system) {
     if (!root.live()) return;
     const std::pair<const char*, int> limits[] = {
@@ -72,15 +77,14 @@ void setLimits(const Root& root, Instance& system) {
         {"ClockTicksPerSecond", _SC_CLK_TCK},
     };
     for (const auto& [field, name] : limits) {
-        const long value = ::sysconf(name);
-        if (value >= 0) system.set(field, value);
+        setKnown(system, field, ::sysconf(name));
     }
 }
 
 void setProcessors(const Root& root, Instance& system) {
     if (root.live()) {
-        system.set("ProcessorsConfigured", ::sysconf(_SC_NPROCESSORS_CONF));
-        system.set("ProcessorsOnline", ::sysconf(_SC_NPROCESSORS_ONLN));
+        setKnown(system, "ProcessorsConfigured", ::sysconf(_SC_NPROCESSORS_CONF));
+        setKnown(system, "ProcessorsOnline", ::sysconf(_SC_NPROCESSORS_ONLN));
         return;
     }
     const std::string directory = "/sys/devices/system/cpu/";
@@ -143,28 +147,35 @@ void setBoot(const Root& root, Instance& system) {
     system.set("SecurityModules", std::move(modules));
 }
 
+// "0.42"; empty for what is not written so.
+std::string_view decimal(std::string_view text) {
+    std::string_view fraction = text;
+    const std::string_view whole = takeField(fraction, '.');
+    return readCount(whole) && readCount(fraction) ? text : std::string_view();
+}
+
 void setLoad(const Root& root, Instance& system) {
     const std::string averages = root.readLine("/proc/loadavg");
     std::string_view rest = averages;
-    system.set("LoadAverage1", nextWord(rest));
-    system.set("LoadAverage5", nextWord(rest));
-    system.set("LoadAverage15", nextWord(rest));
-    system.set("Uptime", leadingNumber(root.readLine("/proc/uptime")));
+    system.set("LoadAverage1", decimal(nextWord(rest)));
+    system.set("LoadAverage5", decimal(nextWord(rest)));
+    system.set("LoadAverage15", decimal(nextWord(rest)));
+    system.set("Uptime", readLeadingCount(root.readLine("/proc/uptime")));
 }
 
 constexpr const char* kSources[] = {"/proc/version", "/etc/hostname"};
 
 void gather(Scan& scan, Report& report) {
     const Root& root = scan.root();
-    Instance system = report.blank();
-    system.set("NodeName", hostName(root));
-    setKernel(root, system);
-    system.set("HostId", hostId(root));
-    setLimits(root, system);
-    setProcessors(root, system);
-    setBoot(root, system);
-    setLoad(root, system);
-    if (!system.empty()) report.add() = system;
+    report.addOne([&root](Instance& system) {
+        system.set("NodeName", hostName(root));
+        setKernel(root, system);
+        system.set("HostId", hostId(root));
+        setLimits(root, system);
+        setProcessors(root, system);
+        setBoot(root, system);
+        setLoad(root, system);
+    });
 }
 
 }  // namespace

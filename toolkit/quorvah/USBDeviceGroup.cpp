@@ -42,7 +42,7 @@ void setDescriptor(const Root& root, const std::string& path, Instance& device) 
     device.set("ClassCode", root.readLine(path + "bDeviceClass"));
     device.set("SubclassCode", root.readLine(path + "bDeviceSubClass"));
     device.set("ProtocolCode", root.readLine(path + "bDeviceProtocol"));
-    device.set("NumberOfConfigs", root.readNumber(path + "bNumConfigurations"));
+    device.set("NumberOfConfigs", root.readCount(path + "bNumConfigurations"));
     device.set("Release", usbRelease(root.readLine(path + "bcdDevice")));
     device.set("Speed", usbSpeed(root.readLine(path + "speed")));
     device.set("MaxPower", usbPower(root.readLine(path + "bMaxPower")));

@@ -1,7 +1,6 @@
 #include "toolkit/quorvah/Words.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "toolkit/machine/Lines.h"
 
@@ -42,12 +41,6 @@ std::vector<std::string> wordsOf(std::string_view text) {
     for (std::string_view word = nextWord(text); !word.empty(); word = nextWord(text))
         words.emplace_back(word);
     return words;
-}
-
-std::optional<std::int64_t> leadingNumber(std::string_view text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 
 std::string_view valueOf(std::string_view text, std::string_view key) {

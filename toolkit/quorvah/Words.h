@@ -12,9 +12,6 @@ namespace toolkit::quorvah {
 // What stands between blanks.
 std::vector<std::string> wordsOf(std::string_view text);
 
-// The decimal number at the front of a text: 12 of "12.5 kB". None when there is none or it is too large.
-std::optional<std::int64_t> leadingNumber(std::string_view text);
-
 // What stands behind a key at the front of one of the lines: "16384 kB" of "MemTotal:   16384 kB". The colon
 // may be missing.
 std::string_view valueOf(std::string_view text, std::string_view key);

@@ -129,18 +129,18 @@ TEST_P(RootBelow, ALineIsTheFirstOneTrimmed) {
 }
 
 TEST_P(RootBelow, NumbersAreWholeLines) {
-    const std::pair<const char*, std::optional<std::int64_t>> cases[] = {
-        {"0\n", 0},
-        {"-1\n", -1},
-        {" 42 \n", 42},
-        {"", std::nullopt},
-        {"4K\n", std::nullopt},
-        {"0x10\n", std::nullopt},
-        {"9223372036854775807\n", INT64_MAX},
-        {"9223372036854775808\n", std::nullopt}};
+    const std::pair<const char*, toolkit::Count> cases[] = {{"0\n", 0},
+                                                            {"-1\n", std::nullopt},
+                                                            {"+1\n", std::nullopt},
+                                                            {" 42 \n", 42},
+                                                            {"", std::nullopt},
+                                                            {"4K\n", std::nullopt},
+                                                            {"0x10\n", std::nullopt},
+                                                            {"9223372036854775807\n", INT64_MAX},
+                                                            {"9223372036854775808\n", std::nullopt}};
     for (const auto& [content, expected] : cases) {
         dir_.write("number", content);
-        EXPECT_EQ(root().readNumber("/number"), expected) << content;
+        EXPECT_EQ(root().readCount("/number"), expected) << content;
     }
 }
 
@@ -162,6 +162,34 @@ TEST_P(RootBelow, AFileAboveTheLimitIsRefused) {
     }
 }
 
+TEST_P(RootBelow, ALineThatIsTooLongIsUnknownAndCounted) {
+    const Root tree = root();
+    dir_.write("short", std::string(Root::kLineLimit, 'x') + "\nmore");
+    EXPECT_EQ(tree.readLine("/short").size(), Root::kLineLimit);
+    EXPECT_EQ(tree.excesses(), 0);
+    dir_.write("long", std::string(Root::kLineLimit + 1, 'x'));
+    EXPECT_EQ(tree.readLine("/long"), "");
+    EXPECT_EQ(tree.excesses(), 1);
+    // Of a sparse file no more is read than it takes.
+    fs::resize_file(dir_.write("sparse", "first\n"), std::uintmax_t{1} << 40);
+    EXPECT_EQ(tree.readLine("/sparse"), "first");
+    EXPECT_EQ(tree.read("/sparse"), std::nullopt);
+    EXPECT_EQ(tree.excesses(), 2);
+}
+
+TEST_P(RootBelow, AfterItsTimeEveryLookEnds) {
+    dir_.write("file", "x");
+    Root tree = root();
+    tree.watch(Root::Clock::now() + std::chrono::hours(1));
+    EXPECT_EQ(tree.readLine("/file"), "x");
+    tree.watch(Root::Clock::now());
+    EXPECT_THROW(tree.readLine("/file"), Root::OutOfTime);
+    EXPECT_THROW(tree.list("/"), Root::OutOfTime);
+    EXPECT_THROW(tree.exists("/file"), Root::OutOfTime);
+    tree.watch({});
+    EXPECT_EQ(tree.readLine("/file"), "x");
+}
+
 TEST(Root, RefusesADirectoryThatIsNone) {
     const zavtest::ScratchDir dir;
     const fs::path file = dir.write("file", "");
@@ -174,7 +202,7 @@ TEST(Root, TheLiveMachineIsTheWholeFileSystem) {
     const fs::path file = dir.write("file", "12\n");
     const Root root;
     EXPECT_TRUE(root.live());
-    EXPECT_EQ(root.readNumber(file.string()), 12);
+    EXPECT_EQ(root.readCount(file.string()), 12);
     EXPECT_EQ(root.list(dir.path().string()), (std::vector<std::string>{"file"}));
     EXPECT_FALSE(root.readLine("/proc/version").empty());
 }

@@ -13,6 +13,7 @@
 #include "toolkit/quorvah/OutputDocument.h"
 
 using std::chrono::milliseconds;
+using toolkit::Root;
 using toolkit::quorvah::FieldDef;
 using toolkit::quorvah::frameLength;
 using toolkit::quorvah::frameOf;
@@ -20,6 +21,7 @@ using toolkit::quorvah::gatherGroups;
 using toolkit::quorvah::Group;
 using toolkit::quorvah::GroupResult;
 using toolkit::quorvah::GroupState;
+using toolkit::quorvah::Instance;
 using toolkit::quorvah::Limits;
 using toolkit::quorvah::Options;
 using toolkit::quorvah::readFrame;
@@ -76,6 +78,26 @@ void endless(Scan& scan, Report& report) {
     for (;;) scan.checkTime();
 }
 
+void lookForEver(Scan& scan, Report& report) {
+    report.add("kept");
+    for (;;) scan.root().exists("/no/such/file");
+}
+void lookForEverInOne(Scan& scan, Report& report) {
+    report.addOne([&scan](Instance& instance) {
+        instance.set("Value", "kept");
+        for (;;) scan.root().list("/");
+    });
+}
+void readHugeLine(Scan& scan, Report& report) {
+    report.add("kept").set("Value", scan.root().readLine("/line"));
+}
+void addForEver(Scan& /*scan*/, Report& report) {
+    for (;;) report.add("kept");
+}
+void writeForEver(Scan& /*scan*/, Report& report) {
+    for (;;) report.add("kept").set("Value", std::string(60'000, 'x'));
+}
+
 void damaged(Scan& /*scan*/, Report& report) {
     report.partial("broken");
     report.partial("other");
@@ -103,6 +125,11 @@ constexpr Group kPlain{"Plain", "Plain", kFields, plain, true};
 constexpr Group kEndless{"Endless", "Endless", kFields, endless, true};
 constexpr Group kNotBuilt{"Not Built", "NotBuilt", {}, nullptr};
 constexpr Group kElsewhere{"Elsewhere", "Elsewhere", {}, nullptr, false, {}, "windows"};
+constexpr Group kLookForEver{"Look", "Look", kFields, lookForEver};
+constexpr Group kLookForEverInOne{"Look", "Look", kFields, lookForEverInOne};
+constexpr Group kReadHugeLine{"Line", "Line", kFields, readHugeLine};
+constexpr Group kAddForEver{"Add", "Add", kFields, addForEver};
+constexpr Group kWriteForEver{"Write", "Write", kFields, writeForEver};
 constexpr Group kDamaged{"Damaged", "Damaged", kFields, damaged};
 constexpr Group kGreedy{"Greedy", "Greedy", kFields, exhaust};
 constexpr Group kSourced{"Sourced", "Sourced", kFields, findNothing, false, kSource};
@@ -126,6 +153,41 @@ std::string gathererOf(const GroupResult& result) {
 }
 
 }  // namespace
+
+TEST(GroupRunner, AGroupThatLooksAtTheTreeForEverKeepsWhatItHas) {
+    const Limits limits{milliseconds(300), milliseconds(5000)};
+    for (const Group* const group : {&kLookForEver, &kLookForEverInOne}) {
+        const std::vector<GroupResult> results = run({group, &kQuick}, limits);
+        ASSERT_EQ(2U, results.size());
+        EXPECT_EQ(GroupState::Partial, results[0].state);
+        EXPECT_EQ("timeout", results[0].reason);
+        EXPECT_EQ(1U, results[0].instances);
+        EXPECT_NE(std::string::npos, results[0].xml.find("kept"));
+        EXPECT_EQ(kQuickXml, results[1].xml);
+    }
+}
+
+TEST(GroupRunner, WhatIsTooLargeToBeRealMakesAGroupPartial) {
+    const zavtest::ScratchDir dir;
+    dir.write("line", std::string(Root::kLineLimit + 1, 'x'));
+    Options options;
+    options.root = dir.path().string();
+    const std::vector<GroupResult> results = run({&kReadHugeLine, &kQuick}, Limits(), options);
+    EXPECT_EQ(GroupState::Partial, results.front().state);
+    EXPECT_EQ("too-large", results.front().reason);
+    EXPECT_EQ(GroupState::Complete, results.back().state);
+}
+
+TEST(GroupRunner, AGroupWithoutEndIsReportedAsFarAsAnyMachineGoes) {
+    const std::vector<GroupResult> results = run({&kAddForEver, &kWriteForEver, &kQuick});
+    ASSERT_EQ(3U, results.size());
+    EXPECT_EQ(Report::kMostInstances, results[0].instances);
+    EXPECT_EQ("too-large", results[0].reason);
+    EXPECT_LE(results[1].instances * 60'000, Report::kMostBytes);
+    EXPECT_GT(results[1].instances, 1000U);
+    EXPECT_EQ("too-large", results[1].reason);
+    EXPECT_EQ(kQuickXml, results[2].xml);
+}
 
 TEST(GroupRunner, ReportsEachGroupInOrder) {
     const std::vector<GroupResult> results = run({&kQuick, &kLarge, &kQuick});

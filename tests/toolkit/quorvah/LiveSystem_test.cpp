@@ -113,10 +113,10 @@ TEST(LiveProcessors, StandWhereLscpuPutsThem) {
 TEST(LiveProcessors, HaveTheCachesOfLscpu) {
     const Report processors = gatheredLive("Processor");
     const Report packages = gatheredLive("PhysicalProcessor");
-    std::map<std::string, std::int64_t> totals;
+    std::map<std::string, std::uint64_t> totals;
     for (const Instance& package : packages.instances()) {
         for (const char* const field : {"L2CacheSize", "L3CacheSize"}) {
-            totals[field] += leadingNumber(package.get(field)).value_or(0);
+            totals[field] += readLeadingCount(package.get(field)).value_or(0);
         }
     }
     std::size_t compared = 0;
@@ -127,7 +127,7 @@ TEST(LiveProcessors, HaveTheCachesOfLscpu) {
         if (field == "L4CacheSize") continue;
         EXPECT_EQ(std::stoll(processors.instances().front().get(field)) * 1024, std::stoll(row[1])) << field;
         if (totals.contains(field)) {
-            EXPECT_EQ(totals[field] * 1024, std::stoll(row[2])) << field;
+            EXPECT_EQ(totals[field] * 1024, std::stoull(row[2])) << field;
         }
         ++compared;
     }

@@ -6,7 +6,6 @@
 
 using toolkit::ShellVariables;
 using toolkit::quorvah::bootParameter;
-using toolkit::quorvah::leadingNumber;
 using toolkit::quorvah::valueOf;
 using toolkit::quorvah::withoutSecrets;
 using toolkit::quorvah::wordsOf;
@@ -15,18 +14,6 @@ TEST(Words, StandBetweenBlanks) {
     EXPECT_EQ(wordsOf(" a  b\tc "), (std::vector<std::string>{"a", "b", "c"}));
     EXPECT_TRUE(wordsOf("").empty());
     EXPECT_TRUE(wordsOf(" \t ").empty());
-}
-
-TEST(Words, ANumberIsReadFromTheFront) {
-    const std::pair<const char*, std::optional<std::int64_t>> cases[] = {
-        {"12.5 kB", 12},
-        {"0", 0},
-        {"-3x", -3},
-        {"", std::nullopt},
-        {"x1", std::nullopt},
-        {" 1", std::nullopt},
-        {"9223372036854775808", std::nullopt}};
-    for (const auto& [text, number] : cases) EXPECT_EQ(leadingNumber(text), number) << text;
 }
 
 TEST(Words, AValueStandsBehindItsWholeKey) {
