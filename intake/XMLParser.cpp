@@ -1,16 +1,52 @@
 #include "intake/XMLParser.h"
 
+#include <string>
+
+#include "kest/Text.h"
 #include "tessa/NodeReader.h"
+#include "tessa/Shown.h"
 
 namespace zav {
 
+namespace {
+
+// Puts the file's name before every message.
+class NamedSink : public tessa::NodeSink {
+  public:
+    NamedSink(tessa::NodeSink& sink, const kest::String& path)
+        : sink_(sink), prefix_(kest::widen(tessa::shown(kest::narrow(path.view())) + ": ")) {}
+
+    int onNodeTree(tessa::Node* root) override { return sink_.onNodeTree(root); }
+    int onWarning(const kest::String& message, int line) override {
+        return sink_.onWarning(named(message), line);
+    }
+    int onError(const kest::String& message, int line) override {
+        return sink_.onError(named(message), line);
+    }
+    int onCriticalError(const kest::String& message, int line) override {
+        return sink_.onCriticalError(named(message), line);
+    }
+
+  private:
+    kest::String named(const kest::String& message) const {
+        return kest::String(prefix_ + std::wstring(message.view()));
+    }
+
+    tessa::NodeSink& sink_;
+    std::wstring prefix_;
+};
+
+}  // namespace
+
 XMLParser::XMLParser(ZAVlog* log, const wchar_t* path) : status(1), sink_(log) {
-    tessa::NodeReader reader(sink_);
+    const kest::String name(path);
+    NamedSink named(sink_, name);
+    tessa::NodeReader reader(named);
     reader.blockSize = 0;
     reader.keepWhitespace = false;
     reader.refuseDoctype = false;
     reader.expandNamespaces = false;
-    reader.process(kest::String(path), 0);
+    reader.process(name, 0);
     status = reader.status;
 }
 

@@ -10,7 +10,7 @@ namespace zav {
 //     if (parser.status == 0) ... parser.getRootNode() ...
 class XMLParser {
   public:
-    // log may be null; complaints of the reader go there. REQUIRES: log outlives this. Throws std::bad_alloc.
+    // log may be null; complaints of the reader go there, with the file's name before them. REQUIRES: log outlives this. Throws std::bad_alloc.
     XMLParser(ZAVlog* log, const wchar_t* path);
 
     // The document's root element, null when there is none; lives as long as the parser.

@@ -1,100 +1,83 @@
 #include "tessa/Encoding.h"
 
-#include <iconv.h>
+#include <algorithm>
+#include <span>
 
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <memory>
-#include <new>
+#include "tessa/Utf8.h"
 
 namespace tessa {
 
 namespace {
 
-constexpr int kMalformed = -1;
-constexpr int kLongest = 3;
+using namespace std::string_view_literals;
 
-class Converter {
-  public:
-    explicit Converter(const char* encoding) : handle_(iconv_open("UCS-4LE", encoding)) {}
-    ~Converter() {
-        if (valid()) iconv_close(handle_);
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
+char lowerCase(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
 
-    bool valid() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
+bool isOneOf(std::string_view name, std::span<const std::string_view> names) {
+    return std::any_of(names.begin(), names.end(),
+                       [name](std::string_view each) { return sameName(each, name); });
+}
 
-    // The code point of exactly these bytes, or kMalformed.
-    int convert(const char* bytes, int length) const {
-        char input[kLongest];
-        std::memcpy(input, bytes, static_cast<std::size_t>(length));
-        char* in = input;
-        auto inLeft = static_cast<std::size_t>(length);
-        unsigned char output[8];
-        char* out = reinterpret_cast<char*>(output);
-        std::size_t outLeft = sizeof output;
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-        const std::size_t result = iconv(handle_, &in, &inLeft, &out, &outLeft);
-        if (result == static_cast<std::size_t>(-1) || inLeft != 0 || outLeft != sizeof output - 4)
-            return kMalformed;
-        return output[0] | output[1] << 8 | output[2] << 16 | output[3] << 24;
-    }
+using Names = std::array<std::string_view, 4>;
+constexpr Names kUtf8 = {"UTF-8", "UTF8"};
+constexpr Names kUtf16Big = {"UTF-16", "UTF-16BE", "UCS-2", "ISO-10646-UCS-2"};
+constexpr Names kUtf16Little = {"UTF-16", "UTF-16LE", "UCS-2", "ISO-10646-UCS-2"};
+constexpr Names kUtf32Big = {"UTF-32", "UTF-32BE", "UCS-4", "ISO-10646-UCS-4"};
+constexpr Names kUtf32Little = {"UTF-32", "UTF-32LE", "UCS-4", "ISO-10646-UCS-4"};
 
-  private:
-    iconv_t handle_;
+// The first that fits counts. Where there is no mark, a document can only begin with "<".
+const ByteForm kForms[] = {
+    {"\xEF\xBB\xBF"sv, kUtf8, nullptr, 1, false, true},
+    {"\0\0\xFE\xFF"sv, kUtf32Big, "UTF-32BE", 4, true, true},
+    {"\xFF\xFE\0\0"sv, kUtf32Little, "UTF-32LE", 4, false, true},
+    {"\xFE\xFF"sv, kUtf16Big, "UTF-16BE", 2, true, true},
+    {"\xFF\xFE"sv, kUtf16Little, "UTF-16LE", 2, false, true},
+    {"\0\0\0<"sv, kUtf32Big, "UTF-32BE", 4, true, false},
+    {"<\0\0\0"sv, kUtf32Little, "UTF-32LE", 4, false, false},
+    {"\0<"sv, kUtf16Big, "UTF-16BE", 2, true, false},
+    {"<\0"sv, kUtf16Little, "UTF-16LE", 2, false, false},
+    {""sv, {}, nullptr, 1, false, false},
 };
-
-// How a byte that is no character by itself begins one: minus the length of the characters that it leads, as
-// Expat wants it, or kMalformed.
-int sequenceOf(const Converter& converter, char lead) {
-    for (int second = 0x21; second <= 0xFF; ++second) {
-        const char two[] = {lead, static_cast<char>(second)};
-        if (converter.convert(two, 2) != kMalformed) return -2;
-    }
-    for (int second = 0xA1; second <= 0xFE; ++second) {
-        const char three[] = {lead, static_cast<char>(second), '\xA1'};
-        if (converter.convert(three, 3) != kMalformed) return -3;
-    }
-    return kMalformed;
-}
-
-struct SystemEncoding {
-    explicit SystemEncoding(const char* name) : converter(name) {}
-
-    Converter converter;
-    int lengths[256] = {};
-};
-
-int XMLCALL convertSequence(void* data, const char* bytes) {
-    const auto* const encoding = static_cast<const SystemEncoding*>(data);
-    return encoding->converter.convert(bytes, encoding->lengths[static_cast<unsigned char>(*bytes)]);
-}
-
-void XMLCALL release(void* data) {
-    delete static_cast<SystemEncoding*>(data);
-}
 
 }  // namespace
 
-bool useSystemEncoding(const char* name, XML_Encoding& encoding) {
-    auto system = std::make_unique<SystemEncoding>(name);
-    if (!system->converter.valid()) {
-        if (errno == ENOMEM) throw std::bad_alloc();
-        return false;
+bool sameName(std::string_view one, std::string_view other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](char left, char right) { return lowerCase(left) == lowerCase(right); });
+}
+
+const ByteForm& ByteForm::of(std::string_view begin) {
+    return *std::find_if(std::begin(kForms), std::end(kForms),
+                         [begin](const ByteForm& form) { return begin.starts_with(form.begin); });
+}
+
+bool ByteForm::fits(std::string_view encoding) const {
+    if (!names.front().empty()) return isOneOf(encoding, names);
+    return std::all_of(std::begin(kForms), std::end(kForms),
+                       [encoding](const ByteForm& form) { return form.unit == 1 || !form.fits(encoding); });
+}
+
+bool ByteForm::readByExpat(std::string_view encoding) {
+    constexpr std::string_view names[] = {"UTF-8",    "UTF-16",     "UTF-16BE",
+                                          "UTF-16LE", "ISO-8859-1", "US-ASCII"};
+    return isOneOf(encoding, names);
+}
+
+// Names have no characters beyond U+FFFF, and nothing else matters here.
+std::string ByteForm::utf8Of(std::string_view bytes, bool isLatin1) const {
+    if (unit == 1 && !isLatin1) return std::string(bytes);
+    std::string text;
+    const auto width = static_cast<std::size_t>(unit);
+    for (std::size_t i = 0; i + width <= bytes.size(); i += width) {
+        const auto first = static_cast<unsigned char>(bytes[i]);
+        const auto last = static_cast<unsigned char>(bytes[i + width - 1]);
+        const wchar_t code = width == 1 ? first : bigEndian ? first << 8 | last : last << 8 | first;
+        char encoded[4];
+        text.append(encoded, narrowUtf8(code, encoded));
     }
-    for (int byte = 0; byte < 256; ++byte) {
-        const char single = static_cast<char>(byte);
-        const int codePoint = system->converter.convert(&single, 1);
-        encoding.map[byte] = codePoint != kMalformed ? codePoint : sequenceOf(system->converter, single);
-        system->lengths[byte] = -encoding.map[byte];
-    }
-    encoding.data = system.release();
-    encoding.convert = convertSequence;
-    encoding.release = release;
-    return true;
+    return text;
 }
 
 }  // namespace tessa

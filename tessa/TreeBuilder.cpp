@@ -4,6 +4,8 @@
 #include <new>
 #include <string_view>
 
+#include "tessa/Utf8.h"
+
 namespace tessa {
 
 namespace {
@@ -39,6 +41,16 @@ void TreeBuilder::endElement() {
     finishText(false);
     open_.pop_back();
     memory().texts->budget().refund(kLevelCost);
+}
+
+std::string TreeBuilder::openName() const {
+    std::string name;
+    if (open_.empty()) return name;
+    for (const wchar_t* character = open_.back().element->text(); *character != L'\0'; ++character) {
+        char bytes[4];
+        name.append(bytes, narrowUtf8(*character, bytes));
+    }
+    return name;
 }
 
 std::unique_ptr<Node> TreeBuilder::takeRoot() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "tessa/TreeNodes.h"
@@ -17,6 +18,9 @@ class TreeBuilder {
     void startElement(const char* name, const char** attributes);
     void endElement();
     void text(const char* utf8, std::size_t length) { memory().texts->append(utf8, length); }
+
+    // The innermost element that has not ended, in UTF-8; empty when there is none.
+    std::string openName() const;
 
     // The tree; null before its root has ended. The builder is empty afterwards.
     std::unique_ptr<Node> takeRoot();

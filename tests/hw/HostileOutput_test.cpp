@@ -164,9 +164,14 @@ TEST_F(HostileOutputTest, AnExternalDoctypeIsAWarningOnly) {
     scannerWrites("<!DOCTYPE QEL SYSTEM \"file:///none.dtd\"><QEL><Memory/></QEL>");
     EXPECT_EQ(run(), 0);
     const Messages messages = takeMessages();
-    EXPECT_EQ(std::count(messages.begin(), messages.end(),
-                         zavtest::Message{2, 3, "XML_parser",
-                                          "Warning in line 1: document type declaration has no effect"}),
+    EXPECT_EQ(std::count_if(messages.begin(), messages.end(),
+                            [](const zavtest::Message& message) {
+                                return message.level == 2 &&
+                                       message.text.starts_with("Warning in line 1: ") &&
+                                       message.text.ends_with(
+                                           ": document type declaration: nothing external "
+                                           "is loaded, so \"file:///none.dtd\" is left out");
+                            }),
               1);
     EXPECT_EQ(instances(3), 1);
 }
@@ -174,8 +179,10 @@ TEST_F(HostileOutputTest, AnExternalDoctypeIsAWarningOnly) {
 TEST_F(HostileOutputTest, ADirectoryInThePlaceOfTheOutputIsRefused) {
     scannerIs("LinkToDirectory");
     EXPECT_EQ(run(), 104);
-    EXPECT_EQ(takeMessages().back(),
-              (zavtest::Message{0, 3, "XML_parser", "Error in line 0: cannot read: Is a directory"}));
+    const zavtest::Message last = takeMessages().back();
+    EXPECT_EQ(last.level, 0);
+    EXPECT_EQ(last.function, "XML_parser");
+    EXPECT_TRUE(last.text.ends_with(": a regular file is expected, but this is a directory")) << last;
 }
 
 }  // namespace

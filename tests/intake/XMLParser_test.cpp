@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <type_traits>
 
 #include "kest/Text.h"
@@ -23,6 +24,11 @@ class XMLParserTest : public testing::Test {
   protected:
     std::wstring write(const std::string& xml) const {
         return kest::widen(directory_.write("out.xml", xml).string());
+    }
+
+    // A message of the file that was written last, as it is logged.
+    std::string named(const std::string& place, const std::string& message) const {
+        return place + ": " + (directory_.path() / "out.xml").string() + ": " + message;
     }
 
     zavtest::ScratchDir directory_;
@@ -48,25 +54,28 @@ TEST_F(XMLParserTest, WarningIsLoggedAndChangesNothingElse) {
     EXPECT_EQ(parser.status, 0);
     EXPECT_EQ(recorder_.messages,
               (std::vector<Message>{
-                  {2, 3, "XML_parser", "Warning in line 2: document type declaration has no effect"}}));
+                  {2, 3, "XML_parser",
+                   named("Warning in line 2", "document type declaration: nothing external is loaded")}}));
 }
 
 TEST_F(XMLParserTest, FileThatIsNoXmlIsToldWithItsLine) {
     const struct {
         const char* xml;
+        const char* place;
         const char* message;
     } cases[] = {
-        {"", "Error in line 1: no element found"},
-        {"<a>\n<b>\n</a>", "Error in line 3: mismatched tag"},
-        {"<a/>\n<b/>", "Error in line 2: junk after document element"},
-        {"<?xml version='1.0' encoding='nonsense'?><a/>", "Error in line 1: unknown encoding"},
+        {"", "Error in line 1", "no element found"},
+        {"<a>\n<b>\n</a>", "Error in line 3", "mismatched tag, the end of \"b\" is expected"},
+        {"<a/>\n<b/>", "Error in line 2", "junk after document element"},
+        {"<?xml version='1.0' encoding='nonsense'?><a/>", "Error in line 1", "unknown encoding \"nonsense\""},
     };
     for (const auto& each : cases) {
         recorder_.messages.clear();
         const XMLParser parser(&log_, write(each.xml).c_str());
         EXPECT_GE(parser.status, 1) << each.xml;
         EXPECT_EQ(parser.getRootNode(), nullptr);
-        EXPECT_EQ(recorder_.messages, (std::vector<Message>{{0, 3, "XML_parser", each.message}}));
+        EXPECT_EQ(recorder_.messages,
+                  (std::vector<Message>{{0, 3, "XML_parser", named(each.place, each.message)}}));
     }
 }
 
@@ -76,8 +85,35 @@ TEST_F(XMLParserTest, MissingFileIsToldWithLineZero) {
     EXPECT_GE(parser.status, 1);
     EXPECT_EQ(parser.getRootNode(), nullptr);
     EXPECT_EQ(recorder_.messages,
-              (std::vector<Message>{
-                  {0, 3, "XML_parser", "Error in line 0: cannot open: No such file or directory"}}));
+              (std::vector<Message>{{0, 3, "XML_parser",
+                                     "Error in line 0: " + (directory_.path() / "missing").string() +
+                                         ": cannot be opened: ENOENT (no such file or directory)"}}));
+}
+
+// The logger drops what the host's locale cannot convert, and the "C" locale converts ASCII alone.
+TEST_F(XMLParserTest, MessagesReachTheLogWhateverTheNamesHold) {
+    ASSERT_STREQ(setlocale(LC_CTYPE, nullptr), "C");
+    const std::wstring directory = kest::widen(directory_.path().string());
+    const auto path = [&](const char* name, const char* xml) {
+        directory_.write(name, xml);
+        return directory + L"/" + kest::widen(name);
+    };
+    const std::wstring paths[] = {path("caf\xC3\xA9.xml", "<\xC3\xA4></b>"),
+                                  path("\xE9\\.xml", "<!DOCTYPE a SYSTEM 'x'><a>&\xC3\xA4;</a>"),
+                                  directory + L"/\x20AC\xC4"};
+    for (const std::wstring& each : paths) XMLParser(&log_, each.c_str());
+    const std::string name = directory_.path().string() + "/";
+    EXPECT_EQ(
+        recorder_.textsOf("XML_parser"),
+        (std::vector<std::string>{
+            "Error in line 1: " + name +
+                "caf\\xC3\\xA9.xml: mismatched tag, the end of \"\\xC3\\xA4\" is expected",
+            "Warning in line 1: " + name +
+                "\\xE9\\\\.xml: document type declaration: nothing external is loaded, so \"x\" is left out",
+            "Warning in line 1: " + name +
+                "\\xE9\\\\.xml: entity \"\\xC3\\xA4\" is left out: it is not declared in the document itself",
+            "Error in line 0: " + name +
+                "\\xAC\\xC4: cannot be opened: ENOENT (no such file or directory)"}));
 }
 
 TEST_F(XMLParserTest, NullPathIsLikeAMissingFile) {

@@ -20,6 +20,7 @@ namespace {
 thread_local zavtest::FileCall chosen = zavtest::FileCall::kOpen;
 thread_local int untilFailure = 0;
 thread_local int chosenError = 0;
+thread_local std::size_t readUntilNow = 0;
 
 bool fails(zavtest::FileCall call) {
     if (call != chosen || untilFailure == 0 || --untilFailure != 0) return false;
@@ -34,7 +35,10 @@ int zavtestOpenFile(const char* path, int flags, mode_t mode) {
 }
 
 ssize_t zavtestRead(int descriptor, void* buffer, std::size_t size) {
-    return fails(zavtest::FileCall::kRead) ? -1 : zavtestReadReally(descriptor, buffer, size);
+    if (fails(zavtest::FileCall::kRead)) return -1;
+    const ssize_t count = zavtestReadReally(descriptor, buffer, size);
+    if (count > 0) readUntilNow += static_cast<std::size_t>(count);
+    return count;
 }
 
 namespace zavtest {
@@ -47,6 +51,10 @@ FailingFileCall::FailingFileCall(FileCall call, int nth, int error) {
 
 FailingFileCall::~FailingFileCall() {
     untilFailure = 0;
+}
+
+std::size_t bytesRead() {
+    return readUntilNow;
 }
 
 bool FailingFileCall::happened() const {

@@ -1,6 +1,8 @@
 // open and read that fail on demand. Use zav_test_file_calls() of Support.cmake.
 #pragma once
 
+#include <cstddef>
+
 namespace zavtest {
 
 enum class FileCall { kOpen, kRead };
@@ -16,5 +18,8 @@ class FailingFileCall {
     // Whether it came to the call that fails.
     bool happened() const;
 };
+
+// What this thread has read until now.
+std::size_t bytesRead();
 
 }  // namespace zavtest

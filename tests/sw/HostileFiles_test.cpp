@@ -182,18 +182,25 @@ TEST_F(HostileFilesTest, ExternalEntitiesAreNeverLoaded) {
     EXPECT_EQ(metadata(results().at(0)), L"<Metadata>[]</Metadata>");
     EXPECT_EQ(warnings(), WideTexts{L"<Event>[]</Event>"});
     const Messages messages = takeMessages();
-    EXPECT_EQ(std::count(messages.begin(), messages.end(),
-                         zavtest::Message{2, 4, "XML_parser",
-                                          "Warning in line 1: document type declaration has no effect"}),
-              2);
+    EXPECT_EQ(
+        std::count_if(messages.begin(), messages.end(),
+                      [](const zavtest::Message& message) {
+                          return message.level == 2 && message.text.starts_with("Warning in line 1: ") &&
+                                 message.text.find(": document type declaration: ") != std::string::npos;
+                      }),
+        2);
 }
 
 TEST_F(HostileFilesTest, DirectoriesInThePlacesOfTheFilesAreRefused) {
     scannerIs("LinkToDirectory");
     EXPECT_EQ(run(), 204);
-    const zavtest::Message message = {0, 4, "XML_parser", "Error in line 0: cannot read: Is a directory"};
     const Messages messages = takeMessages();
-    EXPECT_EQ(Messages(messages.end() - 2, messages.end()), (Messages{message, message}));
+    ASSERT_GE(messages.size(), 2U);
+    for (auto message = messages.end() - 2; message != messages.end(); ++message) {
+        EXPECT_EQ(message->level, 0);
+        EXPECT_TRUE(message->text.ends_with(": a regular file is expected, but this is a directory"))
+            << *message;
+    }
 }
 
 }  // namespace

@@ -333,12 +333,15 @@ TEST_F(SWParseOutputTest, KeepsTheResultsBesideBrokenWarnings) {
 // What is wrong with the warnings is told even when the output alone decides the code.
 TEST_F(SWParseOutputTest, ReadsBothFilesBeforeItJudgesEither) {
     EXPECT_EQ(SW_ParseOutput(&context_, L"/none/output", L"/none/warnings"), 204);
-    const zavtest::Message missing = {0, 4, "XML_parser",
-                                      "Error in line 0: cannot open: No such file or directory"};
-    EXPECT_EQ(log_.messages, (Messages{missing, missing}));
+    const auto missing = [](const std::string& path) {
+        return zavtest::Message{
+            0, 4, "XML_parser",
+            "Error in line 0: " + path + ": cannot be opened: ENOENT (no such file or directory)"};
+    };
+    EXPECT_EQ(log_.messages, (Messages{missing("/none/output"), missing("/none/warnings")}));
     log_.messages.clear();
     EXPECT_EQ(SW_ParseOutput(&context_, output_, L"/none/warnings"), 205);
-    EXPECT_EQ(log_.messages, (Messages{missing, kParsingOutput[0]}));
+    EXPECT_EQ(log_.messages, (Messages{missing("/none/warnings"), kParsingOutput[0]}));
 }
 
 TEST_F(SWParserTest, BlocksOfAnySizeGiveTheSameResultsAndWarnings) {

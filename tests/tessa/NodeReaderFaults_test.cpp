@@ -1,11 +1,15 @@
 // What the reader says of files that it does not take.
-#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <fstream>
 
 #include "kest/Text.h"
+#include "tessa/Fault.h"
+#include "tessa/InputFile.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Descriptors.h"
 #include "tests/support/FailingFileCall.h"
@@ -18,7 +22,7 @@ namespace fs = std::filesystem;
 using zavtest::FailingFileCall;
 using zavtest::FileCall;
 
-const Complaint kDoctype = {Kind::kWarning, L"document type declaration has no effect", 1};
+const Complaint kDoctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
 
 std::vector<Complaint> critical(const std::wstring& message, int line) {
     return {{Kind::kCritical, message, line}};
@@ -40,14 +44,15 @@ TEST(NodeReaderFaults, EachKindOfMalformedTextIsToldWithItsLine) {
         {"\n\n", noElement, 3},
         {"\xEF\xBB\xBF", noElement, 1},
         {"<!-- x -->\n", noElement, 2},
-        {"<a>\n<b>\n", noElement, 3},
+        {"<a>\n<b>\n", L"no element found, the end of \"b\" is expected", 3},
         {"<a>\n</a", L"unclosed token", 2},
         {"<a\nx='1", L"unclosed token", 1},
         {"<a>\n<!-- x", L"unclosed token", 2},
         {"<a>\n<?x", L"unclosed token", 2},
         {"<a>\n\n<![CDATA[x", L"unclosed CDATA section", 3},
-        {"<a>\n<b>\n</a>", L"mismatched tag", 3},
-        {"<a>\n</A>", L"mismatched tag", 2},
+        {"<a>\n<b>\n</a>", L"mismatched tag, the end of \"b\" is expected", 3},
+        {"<a>\n</A>", L"mismatched tag, the end of \"a\" is expected", 2},
+        {"<\xC3\xA4></a>", L"mismatched tag, the end of \"\\xC3\\xA4\" is expected", 1},
         {"<a/>\n<b/>", junk, 2},
         {"<a/>\nx", junk, 2},
         {"<a/>\n&lt;", invalid, 2},
@@ -93,7 +98,8 @@ TEST(NodeReaderFaults, ZeroByteIsRefused) {
 
 TEST(NodeReaderFaults, LinesAreCountedOverAllBlocks) {
     const std::string lines(300000, '\n');
-    EXPECT_EQ(readText("<a>" + lines + "</b>").complaints, critical(L"mismatched tag", 300001));
+    EXPECT_EQ(readText("<a>" + lines + "</b>").complaints,
+              critical(L"mismatched tag, the end of \"a\" is expected", 300001));
 }
 
 TEST(NodeReaderFaults, DoctypeIsAWarningWithItsLine) {
@@ -101,10 +107,12 @@ TEST(NodeReaderFaults, DoctypeIsAWarningWithItsLine) {
         const char* xml;
         const wchar_t* tree;
         int line;
+        std::wstring leftOut = {};
     } cases[] = {
         {"<!DOCTYPE a><a/>", L"a", 1},
-        {"<?xml version='1.0'?>\n\n<!DOCTYPE a SYSTEM 'file:///nowhere.dtd'>\n<a>x</a>", L"a(\"x\")", 3},
-        {"<!DOCTYPE a PUBLIC '-//x//y' 'nowhere.dtd' [<!ELEMENT a ANY>]><a/>", L"a", 1},
+        {"<?xml version='1.0'?>\n\n<!DOCTYPE a SYSTEM 'file:///nowhere.dtd'>\n<a>x</a>", L"a(\"x\")", 3,
+         L"file:///nowhere.dtd"},
+        {"<!DOCTYPE a PUBLIC '-//x//y' 'nowhere.dtd' [<!ELEMENT a ANY>]><a/>", L"a", 1, L"nowhere.dtd"},
         {"<!DOCTYPE a [<!ENTITY e 'text<b/>'>]>\n<a x='&f;'>&e;</a>", L"", 1},
         {"<!DOCTYPE a [<!ENTITY e 'text<b/>'><!ENTITY f 'y'>]>\n<a x='&f;'>&e;</a>", L"a[x='y'](\"text\" b)",
          1},
@@ -113,10 +121,24 @@ TEST(NodeReaderFaults, DoctypeIsAWarningWithItsLine) {
     for (const auto& each : cases) {
         const Document document = readText(each.xml);
         const bool good = *each.tree != L'\0';
+        const std::wstring leftOut =
+            each.leftOut.empty() ? L"" : L", so \"" + each.leftOut + L"\" is left out";
         ASSERT_EQ(document.complaints.size(), good ? 1U : 2U) << each.xml;
-        EXPECT_EQ(document.complaints.front(), (Complaint{Kind::kWarning, kDoctype.message, each.line}));
+        EXPECT_EQ(document.complaints.front(),
+                  (Complaint{Kind::kWarning, kDoctype.message + leftOut, each.line}));
         EXPECT_EQ(shown(document.root.get()), each.tree);
     }
+}
+
+TEST(NodeReaderFaults, OnlyVersionOneZeroIsRead) {
+    for (const std::string version : {"2.0", "1.1", "1.5", "1.", "10", "1.00"}) {
+        const std::wstring wide(version.begin(), version.end());
+        for (const std::string encoding : {"", " encoding='UTF-8'", " encoding='windows-1255'"}) {
+            EXPECT_EQ(readText("<?xml version='" + version + "'" + encoding + "?>\n<a/>").complaints,
+                      critical(L"XML version \"" + wide + L"\" is not supported, only \"1.0\"", 1));
+        }
+    }
+    EXPECT_EQ(readText("<?xml version='1.0'?><a/>").status, 0);
 }
 
 TEST(NodeReaderFaults, DoctypeIsRefusedOnDemand) {
@@ -163,19 +185,98 @@ TEST(NodeReaderFaults, FileThatCannotBeOpenedIsTold) {
     const fs::path loop = directory.path() / "loop";
     fs::create_symlink(loop, loop);
     EXPECT_EQ(readFile(directory.path() / "missing").complaints,
-              critical(L"cannot open: No such file or directory", 0));
-    EXPECT_EQ(readFile("").complaints, critical(L"cannot open: No such file or directory", 0));
-    EXPECT_EQ(readFile(file / "below").complaints, critical(L"cannot open: Not a directory", 0));
-    EXPECT_EQ(readFile(loop).complaints, critical(L"cannot open: Too many levels of symbolic links", 0));
+              critical(L"cannot be opened: ENOENT (no such file or directory)", 0));
+    EXPECT_EQ(readFile("").complaints, critical(L"cannot be opened: ENOENT (no such file or directory)", 0));
+    EXPECT_EQ(readFile(file / "below").complaints,
+              critical(L"cannot be opened: ENOTDIR (not a directory)", 0));
+    EXPECT_EQ(readFile(loop).complaints,
+              critical(L"cannot be opened: ELOOP (too many levels of symbolic links)", 0));
     EXPECT_EQ(readFile(directory.path() / std::string(300, 'n')).complaints,
-              critical(L"cannot open: File name too long", 0));
+              critical(L"cannot be opened: ENAMETOOLONG (file name too long)", 0));
     const FailingFileCall denied(FileCall::kOpen, 1, EACCES);
-    EXPECT_EQ(readFile(file).complaints, critical(L"cannot open: Permission denied", 0));
+    EXPECT_EQ(readFile(file).complaints, critical(L"cannot be opened: EACCES (permission denied)", 0));
 }
 
-TEST(NodeReaderFaults, FileThatCannotBeReadIsTold) {
+TEST(NodeReaderFaults, WhatIsNoRegularFileIsRefusedAtOnce) {
     const zavtest::ScratchDir directory;
-    EXPECT_EQ(readFile(directory.path()).complaints, critical(L"cannot read: Is a directory", 0));
+    const fs::path pipe = directory.path() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+    const fs::path socket = directory.path() / "socket";
+    ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0), 0);
+    const std::wstring expected = L"a regular file is expected, but this is ";
+    EXPECT_EQ(readFile(directory.path()).complaints, critical(expected + L"a directory", 0));
+    EXPECT_EQ(readFile(pipe).complaints, critical(expected + L"a pipe", 0));
+    EXPECT_EQ(readFile(socket).complaints, critical(expected + L"a socket", 0));
+    EXPECT_EQ(readFile("/dev/zero").complaints, critical(expected + L"a device", 0));
+    for (const fs::path& each : {pipe, socket, fs::path("/dev/zero"), directory.path()}) {
+        const fs::path link = directory.path() / "link";
+        fs::create_symlink(each, link);
+        EXPECT_EQ(readFile(link).status, 1) << each;
+        fs::remove(link);
+    }
+}
+
+TEST(NodeReaderFaults, LinksAreFollowed) {
+    const zavtest::ScratchDir directory;
+    const fs::path link = directory.path() / "link";
+    fs::create_symlink(directory.write("text.xml", "<a/>"), link);
+    EXPECT_EQ(shown(readFile(link).root.get()), L"a");
+}
+
+TEST(NodeReaderFaults, HugeFileIsRefusedBeforeItIsRead) {
+    const zavtest::ScratchDir directory;
+    const fs::path file = directory.write("text.xml", "<a/>");
+    ASSERT_EQ(truncate(file.c_str(), off_t{1} << 40), 0);
+    const std::size_t before = zavtest::bytesRead();
+    EXPECT_EQ(readFile(file).complaints, critical(L"larger than 1073741824 bytes", 0));
+    EXPECT_EQ(zavtest::bytesRead(), before);
+}
+
+TEST(NodeReaderFaults, FileThatGrowsWhileItIsReadIsBounded) {
+    const zavtest::ScratchDir directory;
+    const fs::path path = directory.write("text.xml", "123");
+    InputFile file(path.c_str(), 10);
+    char buffer[4];
+    EXPECT_EQ(file.read(buffer, 4), 3);
+    std::ofstream(path, std::ios::app) << "4567";
+    EXPECT_EQ(file.read(buffer, 4), 4);
+    std::ofstream(path, std::ios::app) << "89abcdef";
+    EXPECT_THROW(file.read(buffer, 4), Fault);
+    EXPECT_THROW(InputFile(path.c_str(), 10), Fault);
+}
+
+TEST(NodeReaderFaults, FileThatShrinksWhileItIsReadEndsThere) {
+    const zavtest::ScratchDir directory;
+    const fs::path path = directory.write("text.xml", "123456");
+    InputFile file(path.c_str());
+    char buffer[4];
+    EXPECT_EQ(file.read(buffer, 4), 4);
+    ASSERT_EQ(truncate(path.c_str(), 2), 0);
+    EXPECT_EQ(file.read(buffer, 4), 0);
+}
+
+// Whatever the names hold, and whatever the locale: what a message cannot carry would be lost as a whole.
+TEST(NodeReaderFaults, MessagesAreOfPrintableAsciiAlone) {
+    const zavtest::ScratchDir directory;
+    const char* const documents[] = {
+        "<\xC3\xA4></b>",
+        "<\xC3\xA4>",
+        "<!DOCTYPE a SYSTEM '\xC3\xA4' [<!ENTITY \xC3\xB6 SYSTEM 'x'>]><a "
+        "x='&\xC3\xBC;'>&\xC3\xB6;&\xC3\xA4;</a>",
+        "<?xml version='\xC3\xA4'?><a/>",
+        "<?xml version='1.0' encoding='\xC3\xA4'?><a/>",
+    };
+    for (const char* const document : documents) {
+        Sink sink;
+        NodeReader reader(sink);
+        reader.process(kest::String(kest::widen(directory.write("text.xml", document).string())), 0);
+        ASSERT_FALSE(sink.complaints.empty()) << document;
+        for (const Complaint& each : sink.complaints) {
+            EXPECT_TRUE(std::all_of(each.message.begin(), each.message.end(), [](wchar_t character) {
+                return character >= L' ' && character <= L'~';
+            })) << each;
+        }
+    }
 }
 
 TEST(NodeReaderFaults, PathIsNarrowedToItsLowBytes) {
@@ -203,7 +304,7 @@ TEST(NodeReaderFaults, ReadErrorAnywhereIsToldAndInterruptionsGoOn) {
         const FailingFileCall broken(FileCall::kRead, nth, EIO);
         const Document document = readFile(file, {.blockSize = 4});
         EXPECT_EQ(document.status, 1);
-        EXPECT_EQ(document.complaints, critical(L"cannot read: Input/output error", 0));
+        EXPECT_EQ(document.complaints, critical(L"cannot be read: EIO (input/output error)", 0));
         EXPECT_TRUE(broken.happened());
     }
     const FailingFileCall interrupted(FileCall::kOpen, 1, EINTR);

@@ -1,0 +1,286 @@
+#include "tessa/DocumentReader.h"
+
+#include <expat.h>
+
+#include <exception>
+#include <new>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "kest/Text.h"
+#include "tessa/Encoding.h"
+#include "tessa/EntityTable.h"
+#include "tessa/Fault.h"
+#include "tessa/Shown.h"
+#include "tessa/Transcoder.h"
+#include "tessa/TreeBuilder.h"
+#include "tessa/Utf8.h"
+
+namespace tessa {
+
+namespace {
+
+constexpr int kBlockSize = 64 << 10;
+
+// Expat looks at an unfinished token anew with every block, so an endless comment or attribute would cost
+// quadratic time.
+constexpr XML_Index kLongestToken = XML_Index{4} << 20;
+
+// One document on its way from Expat into a tree.
+class Document {
+  public:
+    // `encoding` is what a Transcoder calls the document's encoding; empty when Expat is to read it by itself.
+    Document(const NodeReader& settings, NodeSink& sink, const ByteForm& form, const std::string& encoding)
+        : settings_(settings),
+          sink_(sink),
+          form_(form),
+          encoding_(encoding),
+          parser_(settings.expandNamespaces ? XML_ParserCreateNS(nullptr, '|') : XML_ParserCreate(nullptr)),
+          builder_(settings.keepWhitespace) {
+        if (parser_ == nullptr) throw std::bad_alloc();
+        if (!encoding.empty()) {
+            transcoder_.emplace(encoding.c_str());
+            if (XML_SetEncoding(parser_.get(), "UTF-8") != XML_STATUS_OK) throw std::bad_alloc();
+        }
+        XML_SetUserData(parser_.get(), this);
+        XML_SetElementHandler(parser_.get(), onStart, onEnd);
+        XML_SetCharacterDataHandler(parser_.get(), onText);
+        XML_SetXmlDeclHandler(parser_.get(), onDeclaration);
+        XML_SetStartDoctypeDeclHandler(parser_.get(), onDoctype);
+        // Parameter entities of the document itself are replaced; Expat asks for others, and gets nothing.
+        XML_SetParamEntityParsing(parser_.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
+    }
+
+    // Null when the document has to be read anew, through a Transcoder.
+    std::unique_ptr<Node> read(InputFile& file) {
+        const int blockSize = settings_.blockSize > 0 ? settings_.blockSize : kBlockSize;
+        for (XML_Index given = 0;;) {
+            void* const block = XML_GetBuffer(parser_.get(), blockSize);
+            if (block == nullptr) fail();
+            const int count = transcoder_ ? transcoder_->read(file, static_cast<char*>(block), blockSize)
+                                          : file.read(block, blockSize);
+            const XML_Status status = XML_ParseBuffer(parser_.get(), count, count == 0 ? 1 : 0);
+            if (!otherEncoding_.empty()) return nullptr;
+            if (status != XML_STATUS_OK) fail();
+            if (count == 0) return finished();
+            given += count;
+            if (given - XML_GetCurrentByteIndex(parser_.get()) > kLongestToken) throw fault("token too long");
+        }
+    }
+
+    // What a Transcoder calls the encoding in which the document has to be read anew.
+    const std::string& otherEncoding() const { return otherEncoding_; }
+
+  private:
+    static void XMLCALL onStart(void* self, const XML_Char* name, const XML_Char** attributes) {
+        guarded(self, [=](Document& document) {
+            if (document.hasDoctype_) document.entities_.leaveOutReferences(document.currentTag());
+            document.builder_.startElement(name, attributes);
+        });
+    }
+
+    static void XMLCALL onEnd(void* self, const XML_Char* /*name*/) {
+        guarded(self, [](Document& document) { document.builder_.endElement(); });
+    }
+
+    static void XMLCALL onText(void* self, const XML_Char* text, int length) {
+        guarded(self,
+                [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
+    }
+
+    static void XMLCALL onDeclaration(void* self, const XML_Char* version, const XML_Char* encoding,
+                                      int /*standalone*/) {
+        guarded(self, [=](Document& document) {
+            document.meetVersion(version);
+            if (encoding != nullptr) document.meetEncoding(encoding);
+        });
+    }
+
+    static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* systemId,
+                                  const XML_Char* /*publicId*/, int /*hasInternalSubset*/) {
+        guarded(self, [=](Document& document) { document.meetDoctype(systemId); });
+    }
+
+    static void XMLCALL onEntity(void* self, const XML_Char* name, int isParameter, const XML_Char* value,
+                                 int length, const XML_Char* /*base*/, const XML_Char* systemId,
+                                 const XML_Char* /*publicId*/, const XML_Char* /*notation*/) {
+        guarded(self, [=](Document& document) {
+            EntityTable& entities = document.entities_;
+            const bool taken =
+                value != nullptr
+                    ? entities.declare(name, isParameter != 0, {value, static_cast<std::size_t>(length)})
+                    : entities.declareExternal(name, isParameter != 0, systemId != nullptr ? systemId : "");
+            if (!taken) throw document.fault("too many entities");
+        });
+    }
+
+    // A default value of an attribute.
+    static void XMLCALL onAttlist(void* self, const XML_Char* /*element*/, const XML_Char* /*attribute*/,
+                                  const XML_Char* /*type*/, const XML_Char* value, int /*isRequired*/) {
+        guarded(self, [=](Document& document) {
+            if (value != nullptr) document.entities_.leaveOutReferences(document.currentLiteral());
+        });
+    }
+
+    static void XMLCALL onSkipped(void* self, const XML_Char* name, int isParameter) {
+        guarded(self,
+                [=](Document& document) { document.entities_.leaveOutUndeclared(name, isParameter != 0); });
+    }
+
+    static int XMLCALL onExternal(XML_Parser parser, const XML_Char* openNames, const XML_Char* /*base*/,
+                                  const XML_Char* systemId, const XML_Char* /*publicId*/) {
+        guarded(XML_GetUserData(parser), [=](Document& document) {
+            if (openNames != nullptr) {
+                document.entities_.leaveOutExternal(openNames);
+            } else if (systemId != nullptr) {
+                document.entities_.leaveOutExternalParameter(systemId);
+            }
+        });
+        return XML_STATUS_OK;
+    }
+
+    // An exception must not fly through Expat, which is C: it is kept until Expat has returned.
+    template <class Action>
+    static void guarded(void* self, Action action) {
+        auto& document = *static_cast<Document*>(self);
+        if (document.failure_ != nullptr) return;
+        try {
+            action(document);
+        } catch (...) {
+            document.failure_ = std::current_exception();
+            XML_StopParser(document.parser_.get(), XML_FALSE);
+        }
+    }
+
+    void meetVersion(const char* version) {
+        if (version != nullptr && std::string_view(version) != "1.0")
+            throw fault("XML version " + quoted(version) + " is not supported, only \"1.0\"");
+    }
+
+    void meetEncoding(const char* encoding) {
+        isDeclared_ = true;
+        if (!form_.fits(encoding)) throw wrongEncoding(encoding);
+        if (transcoder_) {
+            if (form_.transcoded == nullptr && !sameName(encoding, encoding_)) throw wrongEncoding(encoding_);
+        } else if (ByteForm::readByExpat(encoding)) {
+            isLatin1_ = sameName(encoding, "ISO-8859-1");
+        } else {
+            otherEncoding_ = form_.transcoded != nullptr ? form_.transcoded : encoding;
+            XML_StopParser(parser_.get(), XML_FALSE);
+        }
+    }
+
+    void meetDoctype(const char* systemId) {
+        if (settings_.refuseDoctype) throw fault("document type declaration refused");
+        hasDoctype_ = true;
+        XML_SetEntityDeclHandler(parser_.get(), onEntity);
+        XML_SetAttlistDeclHandler(parser_.get(), onAttlist);
+        XML_SetSkippedEntityHandler(parser_.get(), onSkipped);
+        XML_SetExternalEntityRefHandler(parser_.get(), onExternal);
+        const std::string loaded = "document type declaration: nothing external is loaded";
+        warn(systemId == nullptr ? loaded : loaded + ", so " + quoted(systemId) + " is left out");
+    }
+
+    void warn(const std::string& message) { sink_.onWarning(kest::String(kest::widen(message)), line()); }
+
+    // What Expat has of the document from this place on; empty when it does not keep it.
+    std::string_view input() const {
+        int offset = 0;
+        int size = 0;
+        const char* const bytes = XML_GetInputContext(parser_.get(), &offset, &size);
+        if (bytes == nullptr || offset > size) return {};
+        return {bytes + offset, static_cast<std::size_t>(size - offset)};
+    }
+
+    std::string utf8Of(std::string_view bytes) const {
+        return transcoder_ ? std::string(bytes) : form_.utf8Of(bytes, isLatin1_);
+    }
+
+    std::string currentTag() const {
+        return utf8Of(input().substr(0, static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()))));
+    }
+
+    // From quotation mark to quotation mark: where Expat tells of a default value, it tells where that begins only.
+    std::string currentLiteral() const {
+        const std::string_view bytes = input();
+        const std::size_t unit = transcoder_ ? 1 : static_cast<std::size_t>(form_.unit);
+        if (bytes.substr(0, unit).find_first_of("'\"") == std::string_view::npos) return {};
+        std::size_t end = unit;
+        while (end < bytes.size() && bytes.substr(end, unit) != bytes.substr(0, unit)) end += unit;
+        return utf8Of(bytes.substr(0, end));
+    }
+
+    // A tree that came out of bytes of which nothing tells what they mean is none.
+    std::unique_ptr<Node> finished() {
+        if (!isDeclared_ && transcoder_ && form_.transcoded == nullptr) throw wrongEncoding(encoding_);
+        if (!isDeclared_ && !form_.marked && form_.unit != 1)
+            throw Fault{"an encoding other than UTF-8 must be declared", 1};
+        return builder_.takeRoot();
+    }
+
+    int line() const { return static_cast<int>(XML_GetCurrentLineNumber(parser_.get())); }
+
+    Fault fault(std::string message) const { return Fault{std::move(message), line()}; }
+
+    static Fault wrongEncoding(const std::string& declared) {
+        return Fault{"the file is not in the encoding " + quoted(declared) + " that it declares", 1};
+    }
+
+    [[noreturn]] void fail() {
+        if (failure_ != nullptr) rethrow();
+        const XML_Error code = XML_GetErrorCode(parser_.get());
+        if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+        if (!isDeclared_ && transcoder_ && form_.transcoded == nullptr) throw wrongEncoding(encoding_);
+        throw fault(XML_ErrorString(code) + expectedAfter(code));
+    }
+
+    std::string expectedAfter(XML_Error code) const {
+        const std::string expected = builder_.openName();
+        const bool tells = code == XML_ERROR_TAG_MISMATCH || code == XML_ERROR_NO_ELEMENTS;
+        return tells && !expected.empty() ? ", the end of " + quoted(expected) + " is expected" : "";
+    }
+
+    [[noreturn]] void rethrow() {
+        try {
+            std::rethrow_exception(failure_);
+        } catch (const DocumentTooLarge& tooLarge) {
+            throw fault(tooLarge.what());
+        }
+    }
+
+    struct FreeParser {
+        void operator()(XML_ParserStruct* parser) const { XML_ParserFree(parser); }
+    };
+
+    const NodeReader& settings_;
+    NodeSink& sink_;
+    const ByteForm& form_;
+    const std::string& encoding_;
+    std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
+    std::optional<Transcoder> transcoder_;
+    TreeBuilder builder_;
+    bool isDeclared_ = false;  // the encoding
+    bool isLatin1_ = false;
+    std::string otherEncoding_;
+    bool hasDoctype_ = false;
+    EntityTable entities_{[this](const std::string& message) { warn(message); }};
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file) {
+    char begin[4];
+    const ByteForm& form = ByteForm::of({begin, file.peek(begin, sizeof begin)});
+    std::string encoding = form.unit == 4 ? form.transcoded : "";
+    for (;;) {
+        Document document(settings, sink, form, encoding);
+        std::unique_ptr<Node> root = document.read(file);
+        if (root != nullptr) return root;
+        encoding = document.otherEncoding();
+        file.rewind();
+    }
+}
+
+}  // namespace tessa

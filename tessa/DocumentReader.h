@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+
+#include "tessa/InputFile.h"
+#include "tessa/Node.h"
+#include "tessa/NodeReader.h"
+
+namespace tessa {
+
+// Reads the document in a file into a tree; warnings go to the sink. Throws Fault for what is
+// wrong with the document, std::bad_alloc when memory runs out, and what the sink throws.
+std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file);
+
+}  // namespace tessa
