@@ -1,0 +1,28 @@
+// Reading the documents of the conformance suite.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tessa/Node.h"
+
+namespace tessa::conformance {
+
+struct Tree {
+    std::unique_ptr<Node> root;  // null when the document is refused
+    std::string complaint;       // why
+};
+
+// blockSize as in NodeReader.
+Tree treeOf(const std::filesystem::path& path, int blockSize = 0, bool namespaces = false);
+
+// A document's elements, sorted attributes and texts in one line; or why it is refused.
+struct Reading {
+    bool good;
+    std::string text;
+};
+
+Reading readDocument(const std::filesystem::path& path, int blockSize, bool namespaces);
+
+}  // namespace tessa::conformance

@@ -1,0 +1,137 @@
+// tessa_conformance SUITE EXCEPTIONS: reads every document of the public XML conformance suite that an XML 1.0 reader
+// without external entities can judge, and fails when one that is not well-formed is read, one that is well-formed is
+// refused, or a tree is not that of the canonical form; but for the exceptions, which must be ones.
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/tessa/conformance/Catalogue.h"
+#include "tests/tessa/conformance/Documents.h"
+
+namespace tessa::conformance {
+namespace {
+
+bool declaresIt(const Case& each) {
+    std::ifstream file(each.path);
+    std::string declaration;
+    std::getline(file, declaration, '>');
+    return declaration.find(each.version) != std::string::npos;
+}
+
+// Why a case is not judged; empty when it is.
+std::string whyNot(const Case& each) {
+    if (each.type == "error") return "an error that a reader may tell or not";
+    if (each.editions == "5") return "only of the fifth edition, whose names are others";
+    if (each.version != "1.0" && !declaresIt(each))
+        return "of another version, but without a declaration of it";
+    if (each.type == "not-wf" && each.entities != "none") return "not well-formed in an external entity";
+    return "";
+}
+
+// A document of another version than 1.0 is refused, whatever else it is.
+bool mustBeRead(const Case& each) {
+    return each.type != "not-wf" && each.version == "1.0";
+}
+
+// The name of each exception, with its category.
+std::map<std::string, std::string> exceptionsIn(const std::string& path) {
+    std::map<std::string, std::string> exceptions;
+    std::string category;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line.front() == '#') continue;
+        if (line.front() == '[') {
+            category = line;
+        } else {
+            exceptions[line] = category;
+        }
+    }
+    return exceptions;
+}
+
+class Run {
+  public:
+    explicit Run(const std::string& exceptions) : exceptions_(exceptionsIn(exceptions)) {}
+
+    void judge(const Case& each) {
+        const std::string reason = whyNot(each);
+        if (!reason.empty()) {
+            ++counts_["not judged: " + reason];
+            return;
+        }
+        const std::string wrong = deviation(each);
+        const auto exception = exceptions_.find(each.id);
+        if (exception != exceptions_.end()) {
+            met_.insert(each.id);
+            ++counts_["excepted: " + exception->second];
+            if (wrong.empty()) tell(each, "is an exception, but as it should be");
+        } else if (!wrong.empty()) {
+            tell(each, wrong);
+        }
+    }
+
+    // Whether all is well.
+    bool finish() {
+        for (const auto& [id, category] : exceptions_) {
+            if (met_.contains(id)) continue;
+            std::cout << id << ": is an exception, but not in the suite\n";
+            ++failures_;
+        }
+        for (const auto& [what, count] : counts_) std::cout << count << ' ' << what << '\n';
+        std::cout << failures_ << " failures\n";
+        return failures_ == 0;
+    }
+
+  private:
+    // What is wrong with the way in which a document is read; empty when nothing is.
+    std::string deviation(const Case& each) {
+        const Reading whole = readDocument(each.path, 0, each.namespaces);
+        const Reading pieces = readDocument(each.path, 1, each.namespaces);
+        if (pieces.good != whole.good || (whole.good && pieces.text != whole.text))
+            return "is read otherwise in blocks of one byte";
+        ++counts_[mustBeRead(each) ? "well-formed" : "not well-formed, or of another version"];
+        if (whole.good != mustBeRead(each))
+            return whole.good ? "is read, but must be refused" : "is refused: " + whole.text;
+        if (!whole.good || each.output.empty() || each.entities != "none") return "";
+        ++counts_["well-formed and compared with the canonical form"];
+        const std::string canonical = readDocument(each.output, 0, false).text;
+        return whole.text == canonical ? "" : "is " + whole.text + ", not " + canonical;
+    }
+
+    void tell(const Case& each, const std::string& what) {
+        std::cout << each.id << " (" << each.path << "): " << what << '\n';
+        ++failures_;
+    }
+
+    std::map<std::string, std::string> exceptions_;
+    std::set<std::string> met_;
+    std::map<std::string, int> counts_;
+    int failures_ = 0;
+};
+
+// Less would mean that the suite is not what it was.
+constexpr std::size_t kFewestCases = 2000;
+
+int run(const std::filesystem::path& suite, const std::string& exceptions) {
+    const std::vector<Case> cases = casesOf(suite);
+    std::cout << cases.size() << " cases\n";
+    if (cases.size() < kFewestCases) return 1;
+    Run judged(exceptions);
+    for (const Case& each : cases) judged.judge(each);
+    return judged.finish() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace tessa::conformance
+
+int main(int count, char** arguments) {
+    if (count != 3) {
+        std::cerr << "tessa_conformance SUITE EXCEPTIONS\n";
+        return 2;
+    }
+    return tessa::conformance::run(arguments[1], arguments[2]);
+}
