@@ -14,6 +14,9 @@ class PackageTexts {
   public:
     explicit PackageTexts(const Allowance& allowance = {}) : allowance_(allowance) {}
 
+    // From now on nothing is read after that time.
+    void endAt(std::chrono::steady_clock::time_point end) { allowance_.deadline = end; }
+
     // Begins with another database.
     void begin() { budget_ = Budget(allowance_); }
     Budget& budget() { return budget_; }

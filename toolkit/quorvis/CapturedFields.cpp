@@ -45,16 +45,13 @@ void addCaptures(const Query& query, const Matches& match, Item& item) {
     }
 }
 
-bool roomForMatch(const Machine& machine, const std::string& path, LeafResult& result) {
+bool roomForMatch(Machine& machine, const std::string& path, LeafResult& result) {
     const std::uint64_t limit = machine.settings().fileSystem.maxMatches;
     if (result.items.size() >= limit) {
         result.fail(EventCode::LimitMatches, path, "more than " + std::to_string(limit) + " matches");
         return false;
     }
-    if (machine.late()) {
-        result.fail(EventCode::Deadline, path, "the time for the evaluation is over");
-        return false;
-    }
+    machine.effort().watchTime();
     return true;
 }
 

@@ -44,8 +44,7 @@ int lastCapture(const Query& query);
 // Gives the item what the query captures from a match. A group without a part in it gives no value.
 void addCaptures(const Query& query, const Matches& match, Item& item);
 
-// Whether another match may become an item. Otherwise that there are too many, or that time is over, fails in
-// the result.
-bool roomForMatch(const Machine& machine, const std::string& path, LeafResult& result);
+// Whether another match may become an item. Otherwise that there are too many fails in the result.
+bool roomForMatch(Machine& machine, const std::string& path, LeafResult& result);
 
 }  // namespace toolkit::quorvis

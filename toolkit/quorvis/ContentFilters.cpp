@@ -30,6 +30,7 @@ Regexes matching(std::span<const RE2* const> regexes, RE2::Options::Encoding enc
 }  // namespace
 
 void ContentFilters::announce(const std::string& path, std::string_view pattern, std::string_view flags) {
+    if (off_) return;
     std::string problem;
     const RE2* const regex = compileRegex(pattern, flags, problem);
     if (regex != nullptr) filters_[path].regexes.push_back(regex);

@@ -23,6 +23,10 @@ class ContentFilters {
     // file stays the same; the expression comes from compileRegex().
     bool mayMatch(const std::string& path, const re2::RE2& regex, std::string_view content);
 
+    void forget() { filters_.clear(); }
+    // Every expression may match then.
+    void turnOff() { off_ = true; }
+
   private:
     struct Filter {
         std::vector<const re2::RE2*> regexes;
@@ -33,6 +37,7 @@ class ContentFilters {
     static void search(Filter& filter, std::string_view content);
 
     std::unordered_map<std::string, Filter> filters_;
+    bool off_ = false;
 };
 
 }  // namespace toolkit::quorvis

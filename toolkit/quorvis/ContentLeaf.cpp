@@ -68,7 +68,7 @@ LeafResult lookUpContent(const Query& query, Machine& machine) {
         item.set("line", std::to_string(lines.lineOf(matches.begin())));
         item.set("match", matches.value(0));
         addCaptures(query, matches, item);
-        result.items.push_back(std::move(item));
+        keepItem(machine.effort(), result, std::move(item));
     }
     return result;
 }

@@ -18,6 +18,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{128} << 10;
+constexpr std::size_t kMostPending = std::size_t{48} << 20;  // bytes
 constexpr std::uint64_t kDirectoriesBetweenLooksAtTheClock = 64;
 
 // What getdents64 puts before each name.
@@ -248,6 +249,11 @@ void DirectoryWalk::keepInner(const Entry& entry, std::uint32_t level, bool link
     }
     inner.count = pending_.active.size() - inner.begin;
     if (inner.count == 0) return;
+    if (pending_.size() > kMostPending) {
+        report(inner, EventCode::LimitEntries, "More directories than a walk may keep in mind", false);
+        pending_.active.resize(inner.begin);
+        return;
+    }
     pending_.directories.push_back({pending_.names.size(), inner, link});
     pending_.names.insert(pending_.names.end(), entry.name, entry.name + entry.length + 1);
 }

@@ -63,7 +63,7 @@ void addMatches(const Query& query, std::string_view content, const Item& descri
         if (!roomForMatch(machine, described.source, result)) return;
         Item item = described;
         addCaptures(query, matches, item);
-        if (known.insert(keyOf(item)).second) result.items.push_back(std::move(item));
+        if (known.insert(keyOf(item)).second) keepItem(machine.effort(), result, std::move(item));
         if (query.captures().empty()) return;
     }
 }
@@ -105,7 +105,7 @@ LeafResult lookUpElf(const Query& query, Machine& machine) {
     if (query.has(Attribute::Regex) || query.has(Attribute::Section)) {
         searchSection(query, *elf, *described, machine, result);
     } else {
-        result.items.push_back(std::move(*described));
+        keepItem(machine.effort(), result, std::move(*described));
     }
     return result;
 }

@@ -42,6 +42,8 @@ const CodeRow& rowOf(EventCode code) {
     return kCodes.at(static_cast<std::size_t>(code));
 }
 
+constexpr std::size_t kLongestText = std::size_t{4} << 10;
+
 bool isLimit(EventCode code) {
     return code >= EventCode::LimitDepth && code <= EventCode::Deadline;
 }
@@ -58,6 +60,8 @@ std::string_view severityOf(EventCode code) {
 
 void EventList::add(Event event) {
     toldLimit_ = toldLimit_ || isLimit(event.code);
+    event.path.resize(std::min(event.path.size(), kLongestText));
+    event.text.resize(std::min(event.text.size(), kLongestText));
     Alike& alike = alike_[{event.code, event.guid}];
     if (alike.kept < kMostAlike && kept_.size() < kMost) {
         ++alike.kept;

@@ -13,7 +13,10 @@ namespace toolkit::quorvis {
 
 namespace {
 
-ssize_t readAt(int file, char* buffer, std::size_t size, std::uint64_t offset) {
+constexpr std::size_t kPiece = std::size_t{1} << 20;
+
+ssize_t readAt(int file, char* buffer, std::size_t size, std::uint64_t offset, const OnRead& onRead) {
+    onRead(size);
     for (;;) {
         const ssize_t count = ::pread(file, buffer, size, static_cast<off_t>(offset));
         if (count >= 0 || errno != EINTR) return count;
@@ -43,32 +46,37 @@ BytesRead untilSteady(int file, const Attempt& attempt) {
     return BytesRead::Changed;
 }
 
-BytesRead readOnce(int file, off_t size, std::uint64_t limit, bool whole, std::string& bytes) {
+BytesRead readOnce(int file, off_t size, std::uint64_t limit, bool whole, std::string& bytes,
+                   const OnRead& onRead) {
     const auto expected = static_cast<std::uint64_t>(std::max<off_t>(size, 0));
     const std::uint64_t most =
         whole && limit != UINT64_MAX ? limit + 1 : limit;  // one more tells of yet more
-    bytes.clear();
     // One byte more than the size shows the end of the file without another call.
     std::uint64_t room = std::min(most, std::max<std::uint64_t>(expected + 1, 4096));
-    for (std::uint64_t held = 0;;) {
+    std::uint64_t held = 0;
+    BytesRead result = BytesRead::Start;
+    for (bool more = true; more;) {
         bytes.resize(static_cast<std::size_t>(room));
-        const ssize_t count = readAt(file, bytes.data() + held, bytes.size() - held, held);
-        held += static_cast<std::uint64_t>(std::max<ssize_t>(count, 0));
-        const bool asked = held < room;
-        bytes.resize(static_cast<std::size_t>(held));
+        const std::size_t wanted = std::min(static_cast<std::size_t>(room - held), kPiece);
+        const ssize_t count = readAt(file, bytes.data() + held, wanted, held, onRead);
         if (count < 0) return BytesRead::Failed;
-        if (hasGrown(size, held)) return BytesRead::Changed;
-        if (count == 0 || (asked && held == expected)) return BytesRead::All;
-        if (held >= most) return whole ? BytesRead::TooMany : BytesRead::Start;
+        held += static_cast<std::uint64_t>(count);
+        const bool atEnd = count == 0 || (static_cast<std::size_t>(count) < wanted && held == expected);
+        more = !hasGrown(size, held) && !atEnd && held < most;
+        if (atEnd) result = BytesRead::All;
         if (held == room) room = std::min(most, room * 2);
     }
+    bytes.resize(static_cast<std::size_t>(held));
+    if (hasGrown(size, held)) return BytesRead::Changed;
+    return whole && held >= most ? BytesRead::TooMany : result;
 }
 
-BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>& buffer, std::string& sum) {
+BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>& buffer, std::string& sum,
+                   const OnRead& onRead) {
     sha256_ctx hash;
     sha256_init(&hash);
     for (std::uint64_t done = 0;;) {
-        const ssize_t count = readAt(file, buffer.data(), buffer.size(), done);
+        const ssize_t count = readAt(file, buffer.data(), buffer.size(), done, onRead);
         if (count < 0) return BytesRead::Failed;
         if (count == 0) break;
         done += static_cast<std::uint64_t>(count);
@@ -87,15 +95,18 @@ BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>&
 
 }  // namespace
 
-BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes) {
-    return untilSteady(file.number(),
-                       [&](off_t size) { return readOnce(file.number(), size, limit, whole, bytes); });
+BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes,
+                    const OnRead& onRead) {
+    return untilSteady(file.number(), [&](off_t size) {
+        return readOnce(file.number(), size, limit, whole, bytes, onRead);
+    });
 }
 
-BytesRead sha256Of(const kest::Descriptor& file, std::uint64_t limit, std::string& sum) {
+BytesRead sha256Of(const kest::Descriptor& file, std::uint64_t limit, std::string& sum,
+                   const OnRead& onRead) {
     std::vector<char> buffer(std::size_t{256} << 10);
     return untilSteady(file.number(),
-                       [&](off_t size) { return hashOnce(file.number(), size, limit, buffer, sum); });
+                       [&](off_t size) { return hashOnce(file.number(), size, limit, buffer, sum, onRead); });
 }
 
 }  // namespace toolkit::quorvis

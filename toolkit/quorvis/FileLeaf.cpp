@@ -28,6 +28,7 @@ class FileSearch {
 
     // Paths come in the order of their bytes.
     void examine(const std::string& path) {
+        machine_.effort().watchTimeNowAndThen();
         Files& files = machine_.files();
         Files::Facts facts = tests_.ofLinks() ? files.lookAtLink(path) : files.look(path);
         if (facts.access == Access::Failed) return fail(std::move(facts.event));
@@ -37,7 +38,8 @@ class FileSearch {
     }
 
     LeafResult take() {
-        for (const std::size_t index : withoutTwins()) result_.items.push_back(itemOf(found_[index]));
+        for (const std::size_t index : withoutTwins())
+            keepItem(machine_.effort(), result_, itemOf(found_[index]));
         return std::move(result_);
     }
 

@@ -9,10 +9,13 @@
 
 namespace toolkit::quorvis {
 
+class Effort;
+
 // A regular file of which only some parts are needed.
 class FileParts {
   public:
-    explicit FileParts(kest::Descriptor file);
+    // `effort` counts what is read, and may end that; it may be null.
+    explicit FileParts(kest::Descriptor file, Effort* effort = nullptr);
 
     std::uint64_t size() const { return size_; }
 
@@ -23,6 +26,7 @@ class FileParts {
 
   private:
     kest::Descriptor file_;
+    Effort* effort_;
     std::uint64_t size_ = 0;
 };
 

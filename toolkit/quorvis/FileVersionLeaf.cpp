@@ -1,5 +1,6 @@
 #include "toolkit/machine/Lines.h"
 #include "toolkit/quorvis/CapturedFields.h"
+#include "toolkit/quorvis/Machine.h"
 #include "toolkit/quorvis/ProductFacts.h"
 #include "toolkit/quorvis/ReadingLeaf.h"
 
@@ -56,7 +57,7 @@ LeafResult lookUpFileVersion(const Query& query, Machine& machine) {
     setKnown(item, "name", facts.name);
     setKnown(item, "version", facts.version);
     setKnown(item, "vendor", facts.vendor);
-    result.items.push_back(std::move(item));
+    keepItem(machine.effort(), result, std::move(item));
     return result;
 }
 

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "toolkit/quorvis/Effort.h"
 #include "toolkit/quorvis/FileBytes.h"
 #include "toolkit/quorvis/KernelFiles.h"
 #include "toolkit/quorvis/SecretContent.h"
@@ -21,6 +22,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::uint64_t kHeldAtMost = std::uint64_t{64} << 20;
+constexpr std::size_t kMostSums = 100'000;
 constexpr std::string_view kSha256 = "sha256";
 
 using Content = Files::Content;
@@ -231,25 +233,35 @@ Files::Opened Files::openToRead(const std::string& path) {
     return opened;
 }
 
+void Files::count(std::uint64_t bytes) const {
+    if (effort_ != nullptr) effort_->read(bytes);
+}
+
 Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {
     auto bytes = std::make_shared<std::string>();
-    const BytesRead result = readBytes(opened.file, limit, whole, *bytes);
+    const BytesRead result =
+        readBytes(opened.file, limit, whole, *bytes, [this](std::uint64_t size) { count(size); });
     if (beginsAsKey(*bytes, opened.state.size) || holdsKey(*bytes))
         return failure(EventCode::Denied, path, kHoldsKey);
     return contentOf(result, std::move(bytes), path, limit);
 }
 
+std::uint64_t Files::heldBy(const Cached& cached) {
+    constexpr std::uint64_t kOverhead = 256;
+    return cached.bytes->size() + kOverhead;
+}
+
 void Files::keep(const FileState& state, Cached cached) {
-    const std::uint64_t size = cached.bytes->size();
+    const std::uint64_t size = heldBy(cached);
     if (size > kHeldAtMost / 4) return;
     const auto [place, added] = contents_.try_emplace(state);
     if (added) order_.push_back(state);
     held_ += size;
-    held_ -= added ? 0 : place->second.bytes->size();
+    held_ -= added ? 0 : heldBy(place->second);
     place->second = std::move(cached);
     while (held_ > kHeldAtMost) {
         const auto oldest = contents_.find(order_.front());
-        held_ -= oldest->second.bytes->size();
+        held_ -= heldBy(oldest->second);
         contents_.erase(oldest);
         order_.pop_front();
     }
@@ -316,9 +328,10 @@ Content Files::sha256(const std::string& path) {
     if (const std::string* const kept = cache_ == nullptr ? nullptr : cache_->find(opened.state, kSha256))
         return {Access::Ok, std::make_shared<const std::string>(*kept), std::nullopt};
     auto sum = std::make_shared<std::string>();
-    const BytesRead result = sha256Of(opened.file, limit, *sum);
+    const BytesRead result = sha256Of(opened.file, limit, *sum, [this](std::uint64_t size) { count(size); });
     Content content = contentOf(result, std::move(sum), path, limit);
     if (content.access != Access::Ok) return content;
+    if (sums_.size() == kMostSums) sums_.clear();
     sums_.emplace(opened.state, content.bytes);
     if (cache_ != nullptr && keepsStates(opened.file))
         cache_->remember(opened.state, kSha256, *content.bytes);

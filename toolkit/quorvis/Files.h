@@ -22,6 +22,8 @@
 
 namespace toolkit::quorvis {
 
+class Effort;
+
 // How looking at a file went.
 enum class Access : std::uint8_t { Ok, Missing, Failed };
 
@@ -96,6 +98,9 @@ class Files {
     // Takes such sums from there, and gives them to it. It must outlive the files.
     void keepSumsIn(HashCache& cache) { cache_ = &cache; }
 
+    // What is read is counted there, which may end that. It must outlive the files.
+    void countIn(Effort& effort) { effort_ = &effort; }
+
     // Lets go of the contents that are kept.
     void forget();
 
@@ -115,12 +120,15 @@ class Files {
     Opened openToRead(const std::string& path);
     std::optional<Event> refusalOf(const std::string& path, const FoundFile& found,
                                    const Opened& opened) const;
+    void count(std::uint64_t bytes) const;
     Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole);
+    static std::uint64_t heldBy(const Cached& cached);
     void keep(const FileState& state, Cached cached);
 
     const Settings& settings_;
     Disclosure disclosure_;
     FileFinder finder_;
+    Effort* effort_ = nullptr;
     std::map<FileState, Cached> contents_;
     std::deque<FileState> order_;  // of contents_, the oldest first
     std::uint64_t held_ = 0;       // bytes in contents_

@@ -9,8 +9,15 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kDeepest = 64;
+constexpr std::size_t kMostBytes = std::size_t{64} << 10;
 
 using Json = nlohmann::json;
+
+// Whoever compares or reports a value has no use for an endless one.
+std::optional<std::string> cut(std::optional<std::string> value) {
+    if (value && value->size() > kMostBytes) value->resize(kMostBytes);
+    return value;
+}
 
 // "~1" stands for a slash and "~0" for a tilde.
 std::string withoutTildes(std::string_view step) {
@@ -39,7 +46,7 @@ std::vector<std::string> stepsOf(std::string_view key) {
 // Finds the value while the parser goes through the document, which is never held as a whole.
 class Finder : public Json::json_sax_t {
   public:
-    explicit Finder(std::vector<std::string> steps) : steps_(std::move(steps)) {}
+    Finder(std::vector<std::string> steps, const Tick& tick) : steps_(std::move(steps)), tick_(tick) {}
 
     JsonValue takeFound() { return std::move(found_); }
 
@@ -84,11 +91,12 @@ class Finder : public Json::json_sax_t {
     }
 
     void passValue() {
+        if (tick_) tick_();
         if (!open_.empty()) ++open_.back().index;
     }
 
     bool scalar(std::optional<std::string> value) {
-        if (open_.size() == steps_.size() && onTheWay()) found_.value = std::move(value);
+        if (open_.size() == steps_.size() && onTheWay()) found_.value = cut(std::move(value));
         passValue();
         return true;
     }
@@ -110,6 +118,7 @@ class Finder : public Json::json_sax_t {
     }
 
     std::vector<std::string> steps_;
+    const Tick& tick_;
     std::vector<Container> open_;
     std::string step_;
     JsonValue found_;
@@ -117,8 +126,8 @@ class Finder : public Json::json_sax_t {
 
 }  // namespace
 
-JsonValue jsonValue(std::string_view text, std::string_view key) {
-    Finder finder(stepsOf(key));
+JsonValue jsonValue(std::string_view text, std::string_view key, const Tick& tick) {
+    Finder finder(stepsOf(key), tick);
     Json::sax_parse(text.begin(), text.end(), &finder);
     return finder.takeFound();
 }

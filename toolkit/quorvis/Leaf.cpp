@@ -2,8 +2,10 @@
 
 #include <array>
 #include <functional>
+#include <new>
 
 #include "toolkit/quorvis/LeafTable.h"
+#include "toolkit/quorvis/Machine.h"
 
 namespace toolkit::quorvis {
 
@@ -41,7 +43,18 @@ std::size_t Query::hash() const {
 }
 
 LeafResult lookUp(const Query& query, Machine& machine) {
-    return kLookUps.at(static_cast<std::size_t>(query.kind()))(query, machine);
+    LeafResult unknown;
+    const std::string path(query.get(Attribute::Path));
+    try {
+        const Effort::OfLeaf effort(machine.effort(), query.kind());
+        return kLookUps.at(static_cast<std::size_t>(query.kind()))(query, machine);
+    } catch (const OverContract& over) {
+        unknown.fail(over.code, path, over.text);
+    } catch (const std::bad_alloc&) {
+        machine.forget();
+        unknown.fail(EventCode::LimitMemory, path, "this takes more memory than is allowed");
+    }
+    return unknown;
 }
 
 }  // namespace toolkit::quorvis

@@ -96,8 +96,8 @@ class Query {
     std::vector<std::string> values_;  // none when they are those of the leaf itself
 };
 
-// Looks a leaf up. Nothing is thrown but std::bad_alloc: what cannot be read or understood is an event. A value
-// that a variable brought and that is no number, version or expression fails likewise.
+// Looks a leaf up. What cannot be read or understood is an event. A value that a variable brought and that is no number,
+// version or expression fails likewise. Thrown are std::bad_alloc, and OverContract by those that cost too much.
 LeafResult lookUpPackage(const Query& query, Machine& machine);
 LeafResult lookUpFile(const Query& query, Machine& machine);
 LeafResult lookUpGlob(const Query& query, Machine& machine);
@@ -110,6 +110,7 @@ LeafResult lookUpFileVersion(const Query& query, Machine& machine);
 LeafResult lookUpSwidTag(const Query& query, Machine& machine);
 LeafResult lookUpCompare(const Query& query, Machine& machine);
 
+// The same; what would be thrown leaves the leaf unknown.
 LeafResult lookUp(const Query& query, Machine& machine);
 
 }  // namespace toolkit::quorvis

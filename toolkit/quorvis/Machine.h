@@ -3,13 +3,15 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <map>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "toolkit/machine/Root.h"
 #include "toolkit/quorvis/ContentFilters.h"
+#include "toolkit/quorvis/Effort.h"
 #include "toolkit/quorvis/Files.h"
 #include "toolkit/quorvis/PackageIndex.h"
 #include "toolkit/quorvis/Processes.h"
@@ -27,11 +29,14 @@ class Machine {
             std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now())
         : root_(root),
           settings_(settings),
-          files_(root, settings),
-          deadline_(start + settings.evaluation.timeLimit) {}
+          effort_(settings, start + settings.evaluation.timeLimit),
+          files_(root, settings) {
+        files_.countIn(effort_);
+    }
 
     const Root& root() const { return root_; }
     const Settings& settings() const { return settings_; }
+    Effort& effort() { return effort_; }
     Files& files() { return files_; }
     PackageIndex& packages() { return packages_; }
     Processes& processes() { return processes_; }
@@ -39,13 +44,17 @@ class Machine {
     ContentFilters& contentFilters() { return contentFilters_; }
 
     // Whether the time for the whole evaluation is over.
-    bool late() const { return std::chrono::steady_clock::now() >= deadline_; }
+    bool late() const { return effort_.late(); }
 
     // Counts names that a walk is about to look at; returns how many all walks had counted before. Threads may do so.
     std::uint64_t countEntries(std::uint64_t more) { return entriesSeen_.fetch_add(more); }
 
-    // Lets go of what can be read again.
-    void forget() { files_.forget(); }
+    // Lets go of what can be read or made again. REQUIRES: no leaf is being looked up.
+    void forget();
+
+    // From now on directories are not walked, or files not searched for many expressions at once.
+    void refuseWalks() { walks_ = false; }
+    void refuseFilters() { contentFilters_.turnOff(); }
 
     // What a walk found for this request; walked now unless it was found before.
     const GlobHits& hits(const GlobRequest& request);
@@ -53,16 +62,19 @@ class Machine {
     void walkAhead(std::vector<GlobRequest> requests);
 
   private:
+    std::vector<GlobHits> walk(std::span<const GlobRequest> requests);
+
     const Root& root_;
     const Settings& settings_;
+    Effort effort_;
     Files files_;
     PackageIndex packages_;
     Processes processes_;
     SwidTags swidTags_;
     ContentFilters contentFilters_;
-    std::chrono::steady_clock::time_point deadline_;
     std::unordered_map<std::string, GlobHits> hits_;
     std::atomic<std::uint64_t> entriesSeen_ = 0;
+    bool walks_ = true;
 };
 
 }  // namespace toolkit::quorvis

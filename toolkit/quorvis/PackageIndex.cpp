@@ -3,6 +3,7 @@
 #include <re2/re2.h>
 
 #include <algorithm>
+#include <new>
 #include <tuple>
 #include <utility>
 
@@ -89,6 +90,20 @@ std::string requiredPrefix(std::string_view pattern) {
 
 void PackageIndex::load(Machine& machine) {
     if (std::exchange(loaded_, true)) return;
+    try {
+        loadAll(machine);
+    } catch (const std::bad_alloc&) {
+        rows_ = {};
+        for (const PackageType type : kPackageTypes) {
+            damages_.push_back(
+                {type,
+                 Event{EventCode::LimitMemory, {}, "the packages take more memory than is allowed", {}, {}}});
+        }
+    }
+}
+
+void PackageIndex::loadAll(Machine& machine) {
+    texts_.endAt(machine.effort().endOfLeaf());
     const Settings::Packages& settings = machine.settings().packages;
     const std::vector<PackageType> types = wantedTypes(settings);
     for (const PackageType type : types) {

@@ -58,6 +58,7 @@ class PackageIndex {
     };
 
     void load(Machine& machine);
+    void loadAll(Machine& machine);
     void loadType(PackageType type, const std::string& database, const Root& root);
     void matchAnnounced();
     void matchTogether(std::span<const std::string_view> regexes);

@@ -102,13 +102,14 @@ class PackageLookUp {
     }
 
     void test(const Row& row) {
+        machine_.effort().watchTimeNowAndThen();
         if (type_ && row.type != *type_) return;
         if (!isOrAny(query_, Attribute::Arch, row.architecture)) return;
         if (!isOrAny(query_, Attribute::Source, row.source)) return;
         const std::string_view version = upstreamOnly_ ? row.upstream : row.version;
         if (!passesVersion(query_, usualScheme(row.type), version, std::string(row.database), result_))
             return;
-        result_.items.push_back(itemOf(row, machine_));
+        keepItem(machine_.effort(), result_, itemOf(row, machine_));
     }
 
     const Query& query_;

@@ -43,11 +43,12 @@ LeafResult lookUpProcess(const Query& query, Machine& machine) {
     }
     std::size_t denied = 0;
     for (const Process& process : machine.processes().processes(machine)) {
+        machine.effort().watchTimeNowAndThen();
         const std::optional<std::string_view> name = matchingName(query, process);
         const bool passes = isUser(query, process) && RE2::PartialMatch(process.args, *regex);
         if (passes && name && process.exeDenied && query.has(Attribute::Exe)) ++denied;
         if (!passes || !name || !isOrAny(query, Attribute::Exe, process.exe)) continue;
-        result.items.push_back(itemOf(process, *name));
+        keepItem(machine.effort(), result, itemOf(process, *name));
     }
     if (denied > 0) {
         result.fail(EventCode::Permission, "/proc",

@@ -9,7 +9,9 @@
 #include <cerrno>
 #include <charconv>
 #include <map>
+#include <new>
 #include <optional>
+#include <utility>
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/Lines.h"
@@ -21,6 +23,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kLongestArguments = std::size_t{16} << 10;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20;  // of all processes
 constexpr std::string_view kDeleted = " (deleted)";
 
 std::map<std::uint32_t, std::string> userNames(const Root& root) {
@@ -90,9 +93,19 @@ std::string_view Process::name() const {
 }
 
 const std::vector<Process>& Processes::processes(Machine& machine) {
-    if (!isRead_) read(machine);
-    isRead_ = true;
+    if (!std::exchange(isRead_, true)) readAsFarAsAllowed(machine);
     return processes_;
+}
+
+void Processes::readAsFarAsAllowed(Machine& machine) {
+    try {
+        read(machine);
+    } catch (const OverContract& over) {
+        note(over.code, "/proc", "not all processes were looked at: " + over.text);
+    } catch (const std::bad_alloc&) {
+        processes_ = {};
+        note(EventCode::LimitMemory, "/proc", "the processes take more memory than is allowed");
+    }
 }
 
 void Processes::read(Machine& machine) {
@@ -106,6 +119,7 @@ void Processes::read(Machine& machine) {
         return;
     }
     const std::map<std::uint32_t, std::string> names = userNames(root);
+    std::size_t held = 0;
     for (const std::string& entry : root.list("/proc")) {
         int pid = 0;
         const auto [end, error] = std::from_chars(entry.data(), entry.data() + entry.size(), pid);
@@ -114,7 +128,10 @@ void Processes::read(Machine& machine) {
         if (!process) continue;
         const auto name = names.find(process->uid);
         process->user = name == names.end() ? std::to_string(process->uid) : name->second;
+        held += process->args.size() + process->exe.size() + sizeof *process;
         processes_.push_back(std::move(*process));
+        machine.effort().watchTimeNowAndThen();
+        if (held > kMostBytes) throw OverContract(EventCode::LimitBytes, "there is too much to know of them");
     }
     std::ranges::sort(processes_, {}, &Process::pid);
     // A mount option of /proc hides the processes of other users, the first one among them.

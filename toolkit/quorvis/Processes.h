@@ -37,6 +37,7 @@ class Processes {
     bool incomplete() const { return !events_.empty(); }
 
   private:
+    void readAsFarAsAllowed(Machine& machine);
     void read(Machine& machine);
     void note(EventCode code, std::string path, std::string text);
 

@@ -108,19 +108,22 @@ std::string_view withoutQuotes(std::string_view value) {
 
 }  // namespace
 
-std::optional<std::string> propertyValue(std::string_view text, std::string_view key) {
+std::optional<std::string> propertyValue(std::string_view text, std::string_view key, const Tick& tick) {
     std::optional<std::string> value;
     for (std::string line; nextJavaLine(text, line);) {
+        if (tick) tick();
         std::string_view rest = line;
         if (unescaped(takeJavaKey(rest)) == key) value = unescaped(rest);
     }
     return value;
 }
 
-std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key) {
+std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key,
+                                    const Tick& tick) {
     std::optional<std::string> value;
     bool inside = section.empty();
     for (std::string_view line; nextLine(text, line);) {
+        if (tick) tick();
         line = trimmed(line);
         if (line.empty() || line.front() == ';' || line.front() == '#') continue;
         if (line.front() == '[') {

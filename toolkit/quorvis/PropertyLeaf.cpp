@@ -1,5 +1,6 @@
 #include "toolkit/machine/ShellVariables.h"
 #include "toolkit/quorvis/CapturedFields.h"
+#include "toolkit/quorvis/Machine.h"
 #include "toolkit/quorvis/PropertyFormats.h"
 #include "toolkit/quorvis/ReadingLeaf.h"
 
@@ -14,21 +15,21 @@ std::optional<std::string> shellValue(std::string_view text, std::string_view ke
 }
 
 std::optional<std::string> jsonOrFail(std::string_view text, std::string_view key, const std::string& path,
-                                      LeafResult& result) {
-    JsonValue found = jsonValue(text, key);
+                                      const Tick& tick, LeafResult& result) {
+    JsonValue found = jsonValue(text, key, tick);
     if (found.damage)
         result.fail(EventCode::Parse, path, "damaged JSON at byte " + std::to_string(*found.damage));
     return std::move(found.value);
 }
 
 std::optional<std::string> valueOf(const Query& query, std::string_view text, const std::string& path,
-                                   LeafResult& result) {
+                                   const Tick& tick, LeafResult& result) {
     const std::string_view format = query.get(Attribute::Format);
     const std::string_view key = query.get(Attribute::Key);
-    if (format == "properties") return propertyValue(text, key);
-    if (format == "ini") return iniValue(text, query.get(Attribute::Section), key);
+    if (format == "properties") return propertyValue(text, key, tick);
+    if (format == "ini") return iniValue(text, query.get(Attribute::Section), key, tick);
     if (format == "shell") return shellValue(text, key);
-    if (format == "json") return jsonOrFail(text, key, path, result);
+    if (format == "json") return jsonOrFail(text, key, path, tick, result);
     result.fail(EventCode::Unsupported, path, "unknown format \"" + std::string(format) + "\"");
     return std::nullopt;
 }
@@ -40,12 +41,13 @@ LeafResult lookUpProperty(const Query& query, Machine& machine) {
     const std::string path(query.get(Attribute::Path));
     const std::shared_ptr<const std::string> content = contentOf(path, machine, result);
     if (content == nullptr) return result;
-    const std::optional<std::string> value = valueOf(query, *content, path, result);
+    const Tick tick = [&machine] { machine.effort().watchTimeNowAndThen(); };
+    const std::optional<std::string> value = valueOf(query, *content, path, tick, result);
     if (!value || !passesTests(query, *value, path, result)) return result;
     Item item;
     item.source = path;
     item.set("value", value->substr(0, kLongestValue));
-    result.items.push_back(std::move(item));
+    keepItem(machine.effort(), result, std::move(item));
     return result;
 }
 

@@ -13,6 +13,10 @@ namespace {
 
 constexpr std::size_t kLongestPattern = std::size_t{4} << 10;
 constexpr std::int64_t kMostMemory = std::int64_t{8} << 20;
+// How many steps the compiled expression may have, each of which may be taken for every byte. Classes of characters
+// beyond ASCII have many of which few are ever taken.
+constexpr int kLargestProgram = 5'000;
+constexpr int kLargestProgramOfCharacters = 12'000;
 
 struct Compiled {
     std::unique_ptr<const RE2> regex;  // null when there is a problem
@@ -40,6 +44,14 @@ bool needsCharacters(std::string_view pattern) {
     return false;
 }
 
+bool isTooComplex(const RE2& regex) {
+    const int most = regex.options().encoding() == RE2::Options::EncodingUTF8 ? kLargestProgramOfCharacters
+                                                                              : kLargestProgram;
+    // It is searched for backwards, too; that takes another program, of about the same size.
+    return regex.ProgramSize() > most ||
+           (regex.ProgramSize() > most / 4 && regex.ReverseProgramSize() > most);
+}
+
 std::unique_ptr<const RE2> compileAs(RE2::Options::Encoding encoding, const std::string& text) {
     RE2::Options options;
     options.set_encoding(encoding);
@@ -59,6 +71,8 @@ Compiled compileNew(const std::string& text, std::string_view pattern) {
         compiled.problem = compiled.regex->error();
     } else if (compiled.regex->NumberOfCapturingGroups() > kMostGroups) {
         compiled.problem = "more than 32 groups";
+    } else if (isTooComplex(*compiled.regex)) {
+        compiled.problem = "the expression is too complex: its repetitions make it too long";
     }
     if (!compiled.problem.empty()) compiled.regex.reset();
     return compiled;
@@ -71,12 +85,17 @@ std::string problemWith(std::string_view pattern, std::string_view flags) {
     return {};
 }
 
+std::mutex mutex;
+std::unordered_map<std::string, Compiled> known;
+
 }  // namespace
 
-const re2::RE2* compileRegex(std::string_view pattern, std::string_view flags, std::string& problem) {
-    static std::mutex mutex;
-    static std::unordered_map<std::string, Compiled> known;
+void forgetRegexes() {
+    const std::lock_guard lock(mutex);
+    known.clear();
+}
 
+const re2::RE2* compileRegex(std::string_view pattern, std::string_view flags, std::string& problem) {
     problem = problemWith(pattern, flags);
     if (!problem.empty()) return nullptr;
     std::string text = withFlags(pattern, flags);

@@ -75,6 +75,7 @@ class Report : public EvaluationSink {
         std::memcpy(tail_.bytes.data() + tail_.used, bytes.data(), bytes.size());
         tail_.used += bytes.size();
     }
+    ScanPulse& pulse() { return tail_.pulse; }
     void flush() {
         const std::size_t used = tail_.used;
         write({tail_.bytes.data(), used});
@@ -122,6 +123,9 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
 
     const Presets presets(withOwnVariables(job.presets, job.root));
     Machine machine(job.root, job.settings, job.start);
+    machine.effort().showIn(report.pulse());
+    if (!attempt.walks) machine.refuseWalks();
+    if (!attempt.together) machine.refuseFilters();
     machine.files().keepSumsIn(hashes);
     Evaluator evaluator(presets, machine, report);
     evaluator.explain(job.options.explain);

@@ -7,9 +7,10 @@
 
 namespace toolkit::quorvis {
 
-SharedWalk::SharedWalk(Machine& machine, const GlobTrie& trie)
+SharedWalk::SharedWalk(Machine& machine, const GlobTrie& trie, std::chrono::steady_clock::time_point end)
     : machine_(machine),
       trie_(trie),
+      end_(std::min(end, machine.effort().end())),
       opener_(machine.root(), machine.settings()),
       excludes_(trie.scopeCount()) {
     for (std::uint32_t i = 0; i < excludes_.size(); ++i) {
@@ -38,7 +39,8 @@ std::uint64_t SharedWalk::mostNamesOfDirectory() const {
 }
 
 void SharedWalk::watchTime() {
-    if (machine_.late()) end(EventCode::Deadline, "The time for all signatures was over during the walk");
+    if (std::chrono::steady_clock::now() >= end_)
+        end(EventCode::Deadline, "The time for walking through directories was over");
 }
 
 void SharedWalk::end(EventCode code, std::string text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -19,7 +20,8 @@ class Machine;
 // What the threads of one walk have in common.
 class SharedWalk {
   public:
-    SharedWalk(Machine& machine, const GlobTrie& trie);
+    // It ends at `end` at the latest.
+    SharedWalk(Machine& machine, const GlobTrie& trie, std::chrono::steady_clock::time_point end);
 
     const GlobTrie& trie() const { return trie_; }
     DirectoryOpener& opener() { return opener_; }
@@ -45,6 +47,7 @@ class SharedWalk {
 
     Machine& machine_;
     const GlobTrie& trie_;
+    std::chrono::steady_clock::time_point end_;
     DirectoryOpener opener_;
     WalkShares shares_;
     std::vector<std::optional<PathPattern>> excludes_;  // by scope

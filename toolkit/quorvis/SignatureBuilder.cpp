@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::size_t kMostConditions = 200;
 constexpr std::size_t kLongestGuid = 128;
+constexpr std::size_t kLongestName = std::size_t{1} << 10;
+constexpr std::size_t kLargestMetadata = std::size_t{1} << 20;
+constexpr std::size_t kMostVariables = 1'000;
 
 // The parts of a signature in the order in which they stand.
 enum class Part : std::uint8_t { Metadata, Preset, Each, Match, Output };
@@ -93,6 +96,8 @@ class Builder {
         const std::optional<std::string> xml = innerXml(part);
         if (!xml) {
             complaints_.problem(part, "Metadata has a name beyond ASCII");
+        } else if (xml->size() > kLargestMetadata) {
+            complaints_.problem(part, "Metadata of more than 1 MiB");
         } else if (!xml->empty()) {
             auto* const copy = static_cast<char*>(texts_.allocate(xml->size(), 1));
             std::copy(xml->begin(), xml->end(), copy);
@@ -185,6 +190,11 @@ class Builder {
         refuseChildren(element, complaints_);
         if (!name || !value) return;
         if (name->empty()) complaints_.problem(element, "a Variable without a name");
+        if (name->size() > kLongestName) complaints_.problem(element, "a name of more than 1 KiB");
+        if (signature_.output.size() == kMostVariables) {
+            complaints_.problem(element, "more than 1000 variables");
+            return;
+        }
         const auto sameName = [&wanted = *name](const OutputVariable& variable) {
             return variable.name == wanted;
         };

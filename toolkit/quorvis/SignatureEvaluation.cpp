@@ -216,7 +216,7 @@ void SignatureEvaluation::addMatch() {
                "the variable \"" + std::string(missing) + "\" in the signature's name has no value");
         name = signature_.name.source();
     }
-    match.name = std::move(*name);
+    match.name = cut(*name, kLongestValue);
     for (const OutputVariable& variable : signature_.output) addVariable(variable, match);
     if (!distinct_.insert(keyOf(match)).second) return;
     evidence_.resize(std::min(evidence_.size(), kMostEvidence));

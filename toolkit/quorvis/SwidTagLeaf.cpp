@@ -49,12 +49,13 @@ Item itemOf(const SwidTag& tag, const SwidEntity* entity) {
 LeafResult lookUpSwidTag(const Query& query, Machine& machine) {
     LeafResult result;
     for (const SwidTag& tag : machine.swidTags().tags(machine)) {
+        machine.effort().watchTimeNowAndThen();
         const SwidEntity* const entity = entityOf(query, tag);
         if (!passes(query, tag, entity)) continue;
         // A tag without a version cannot pass a test of it.
         if (hasVersionTest(query) && tag.version.empty()) continue;
         if (!passesVersion(query, Scheme::Dotted, tag.version, tag.path, result)) continue;
-        result.items.push_back(itemOf(tag, entity));
+        keepItem(machine.effort(), result, itemOf(tag, entity));
     }
     const std::vector<Event>& events = machine.swidTags().events();
     result.events.insert(result.events.end(), events.begin(), events.end());

@@ -1,8 +1,11 @@
 #include "toolkit/quorvis/SwidTags.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "toolkit/machine/Lines.h"
+#include "toolkit/quorvis/CapturedFields.h"
 #include "toolkit/quorvis/Machine.h"
 #include "toolkit/quorvis/XmlEvents.h"
 
@@ -13,6 +16,16 @@ namespace {
 constexpr std::string_view kUsualDirectories[] = {"/usr/lib/swidtag", "/usr/share/swidtag",
                                                   "/var/lib/swidtag", "/etc/swid/swidtags.d"};
 constexpr std::uint64_t kLargestTag = std::uint64_t{1} << 20;
+constexpr std::size_t kMostTags = 20'000;
+constexpr std::size_t kMostBytes = std::size_t{32} << 20;  // of all tags
+
+std::size_t sizeOf(const SwidTag& tag) {
+    std::size_t size = sizeof tag + tag.path.size() + tag.tagId.size() + tag.name.size() +
+                       tag.version.size() + tag.tagVersion.size();
+    for (const SwidEntity& entity : tag.entities)
+        size += sizeof entity + entity.regid.size() + entity.role.size();
+    return size;
+}
 
 bool isTrue(std::string_view value) {
     return value == "true" || value == "1";
@@ -28,10 +41,13 @@ class TagReader : public XmlEvents {
         ++depth_;
         if (depth_ == 1) {
             isTag_ = name == "SoftwareIdentity";
-            tag_.tagId = attributes.get("tagId");
-            tag_.name = attributes.get("name");
-            tag_.version = attributes.get("version");
-            tag_.tagVersion = attributes.get("tagVersion");
+            const auto get = [&](std::string_view attribute) {
+                return attributes.get(attribute).substr(0, kLongestValue);
+            };
+            tag_.tagId = get("tagId");
+            tag_.name = get("name");
+            tag_.version = get("version");
+            tag_.tagVersion = get("tagVersion");
             tag_.patch = isTrue(attributes.get("patch"));
             tag_.corpus = isTrue(attributes.get("corpus"));
         } else if (depth_ == 2 && name == "Entity") {
@@ -58,10 +74,10 @@ bool SwidEntity::hasRole(std::string_view wanted) const {
     return false;
 }
 
-std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem) {
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem, const Tick& tick) {
     SwidTag tag;
     TagReader reader(tag);
-    if (std::optional<std::string> damage = readXml(text, reader)) {
+    if (std::optional<std::string> damage = readXml(text, reader, tick)) {
         problem = "damaged XML, " + *damage;
     } else if (!reader.isTag()) {
         problem = "no SoftwareIdentity element";
@@ -74,9 +90,23 @@ std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem)
 }
 
 const std::vector<SwidTag>& SwidTags::tags(Machine& machine) {
-    if (!isRead_) read(machine);
-    isRead_ = true;
+    if (!std::exchange(isRead_, true)) readAsFarAsAllowed(machine);
     return tags_;
+}
+
+void SwidTags::readAsFarAsAllowed(Machine& machine) {
+    try {
+        read(machine);
+    } catch (const OverContract& over) {
+        note(over.code, {}, "not all SWID tags were read: " + over.text);
+    } catch (const std::bad_alloc&) {
+        tags_ = {};
+        note(EventCode::LimitMemory, {}, "the SWID tags take more memory than is allowed");
+    }
+    // One that several paths lead to counts once.
+    std::ranges::sort(tags_, {}, &SwidTag::path);
+    const auto samePath = [](const SwidTag& one, const SwidTag& other) { return one.path == other.path; };
+    tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
 }
 
 void SwidTags::read(Machine& machine) {
@@ -90,10 +120,6 @@ void SwidTags::read(Machine& machine) {
     for (const std::string& name : namesIn("/opt", machine))
         readDirectory("/opt/" + name + "/swidtag", true, machine);
     for (const std::string& directory : settings.directories) readDirectory(directory, true, machine);
-    // One that several paths lead to counts once.
-    std::ranges::sort(tags_, {}, &SwidTag::path);
-    const auto samePath = [](const SwidTag& one, const SwidTag& other) { return one.path == other.path; };
-    tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
 }
 
 // None when there is no such directory; what may not be listed is told.
@@ -111,6 +137,7 @@ void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machin
         return;
     }
     for (const std::string& name : names) {
+        machine.effort().watchTimeNowAndThen();
         std::string path = directory;
         path.append("/").append(name);
         if (name.ends_with(".swidtag")) {
@@ -127,12 +154,16 @@ void SwidTags::readTag(const std::string& path, Machine& machine) {
     if (content.access == Access::Failed) incomplete_ = true;
     if (content.access != Access::Ok) return;
     std::string problem;
-    std::optional<SwidTag> tag = parseSwidTag(*content.bytes, problem);
+    std::optional<SwidTag> tag =
+        parseSwidTag(*content.bytes, problem, [&machine] { machine.effort().watchTimeNowAndThen(); });
     if (!tag) {
         note(EventCode::Parse, path, "no usable SWID tag: " + problem);
         return;
     }
     tag->path = machine.files().withoutLinks(path);
+    held_ += sizeOf(*tag);
+    if (held_ > kMostBytes || tags_.size() == kMostTags)
+        throw OverContract(EventCode::LimitBytes, "there are too many or too large ones");
     tags_.push_back(std::move(*tag));
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "toolkit/quorvis/Event.h"
+#include "toolkit/quorvis/Tick.h"
 
 namespace toolkit::quorvis {
 
@@ -32,7 +33,7 @@ struct SwidTag {
 };
 
 // None, with `problem` told in words, when the text is no tag, or a damaged one.
-std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem);
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem, const Tick& tick = {});
 
 // The SWID tags of the machine, read once.
 class SwidTags {
@@ -45,6 +46,7 @@ class SwidTags {
     bool incomplete() const { return incomplete_; }
 
   private:
+    void readAsFarAsAllowed(Machine& machine);
     void read(Machine& machine);
     std::vector<std::string> namesIn(const std::string& directory, Machine& machine);
     void readDirectory(const std::string& directory, bool andBelow, Machine& machine);
@@ -55,6 +57,7 @@ class SwidTags {
     std::vector<SwidTag> tags_;
     std::vector<Event> events_;
     bool incomplete_ = false;
+    std::size_t held_ = 0;  // bytes of tags_, about
 };
 
 }  // namespace toolkit::quorvis

@@ -39,7 +39,8 @@ GlobScope scopeOf(const GlobRequest& request, const Settings& settings) {
 
 }  // namespace
 
-std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> requests) {
+std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> requests,
+                               std::chrono::steady_clock::time_point end) {
     const Settings& settings = machine.settings();
     std::vector<GlobHits> hits(requests.size());
     GlobTrie trie;
@@ -55,7 +56,7 @@ std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> re
         for (const GlobSteps& steps : alternatives) trie.add(steps, scopeOf(requests[i], settings), i);
     }
     if (trie.empty()) return hits;
-    SharedWalk shared(machine, trie);
+    SharedWalk shared(machine, trie, end);
     WalkCrew crew(shared, settings.evaluation.jobs,
                   WalkFindings(trie, requests.size(), settings.fileSystem.maxMatches));
     crew.run().finish(shared.ending(), hits);

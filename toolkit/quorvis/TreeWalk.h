@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <span>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct GlobHits {
 };
 
 // Finds what matches, for all requests in one walk that enters a directory once and only where a match can be.
-std::vector<GlobHits> walkTree(Machine& machine, std::span<const GlobRequest> requests);
+// It ends at `end` at the latest, and with the time for the evaluation.
+std::vector<GlobHits> walkTree(
+    Machine& machine, std::span<const GlobRequest> requests,
+    std::chrono::steady_clock::time_point end = std::chrono::steady_clock::time_point::max());
 
 }  // namespace toolkit::quorvis

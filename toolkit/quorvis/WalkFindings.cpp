@@ -10,6 +10,10 @@ namespace {
 
 constexpr std::size_t kMostProblems = 10;  // of one node
 
+std::size_t sizeOf(const std::string& path) {
+    return sizeof path + path.size();
+}
+
 bool comesBefore(const Event& left, const Event& right) {
     return std::tie(left.path, left.code, left.text) < std::tie(right.path, right.code, right.text);
 }
@@ -23,10 +27,17 @@ void addEvent(GlobHits& hits, const Event& event) {
 
 // Of too many matches those are kept that come first, in whatever order the directories hold them.
 void WalkFindings::keep(Found& found, std::string path) {
+    held_ += sizeOf(path);
+    if (held_ > kMostBytes) {
+        held_ -= sizeOf(path);
+        found.tooLong = true;
+        return;
+    }
     found.paths.push_back(std::move(path));
     std::ranges::push_heap(found.paths);
     if (found.paths.size() <= maxMatches_) return;
     std::ranges::pop_heap(found.paths);
+    held_ -= sizeOf(found.paths.back());
     found.paths.pop_back();
     found.tooMany = true;
 }
@@ -52,6 +63,7 @@ void WalkFindings::add(WalkFindings&& other) {
     for (std::size_t i = 0; i < found_.size(); ++i) {
         for (std::string& path : other.found_[i].paths) keep(found_[i], std::move(path));
         found_[i].tooMany = found_[i].tooMany || other.found_[i].tooMany;
+        found_[i].tooLong = found_[i].tooLong || other.found_[i].tooLong;
     }
     for (auto& [node, problems] : other.problems_) {
         for (Event& event : problems) keep(problems_[node], std::move(event));
@@ -64,6 +76,8 @@ void WalkFindings::finish(const std::optional<Event>& ending, std::vector<GlobHi
         hits[i].paths = std::move(found_[i].paths);
         std::ranges::sort(hits[i].paths);
         if (found_[i].tooMany) addEvent(hits[i], {EventCode::LimitMatches, {}, tooMany, {}, {}});
+        if (found_[i].tooLong)
+            addEvent(hits[i], {EventCode::LimitBytes, {}, "More paths than a walk may keep", {}, {}});
         if (ending) addEvent(hits[i], *ending);
     }
     for (const auto& [node, problems] : problems_) {

@@ -35,8 +35,10 @@ class WalkFindings {
     struct Found {
         std::vector<std::string> paths;  // a heap with the last one on top
         bool tooMany = false;
+        bool tooLong = false;
     };
     void keep(Found& found, std::string path);
+    static constexpr std::size_t kMostBytes = std::size_t{24} << 20;
     void keep(std::vector<Event>& problems, Event event);
 
     const GlobTrie& trie_;
@@ -45,6 +47,7 @@ class WalkFindings {
     std::map<GlobTrie::NodeId, std::vector<Event>> problems_;  // of each node the first ones by path
     std::vector<std::uint64_t> lastHits_;                      // by request: the latest name that was a match
     std::uint64_t name_ = 0;
+    std::size_t held_ = 0;  // bytes of all paths
 };
 
 }  // namespace toolkit::quorvis

@@ -33,6 +33,12 @@ struct PendingDirectories {
     std::vector<Directory> directories;
     std::vector<char> names;  // each with a NUL behind it
     std::vector<GlobTrie::NodeId> active;
+
+    // Bytes.
+    std::size_t size() const {
+        return directories.size() * sizeof(Directory) + names.size() +
+               active.size() * sizeof(GlobTrie::NodeId);
+    }
 };
 
 // Some of the directories in one directory, for another walk to enter.

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "toolkit/quorvis/Tick.h"
+
 namespace toolkit::quorvis {
 
 // The attributes of an element, as Expat hands them out.
@@ -35,6 +37,6 @@ class XmlEvents {
 
 // Goes through a document. None when all is well, else what is wrong and where: the events tell of what
 // stands before. A document type declaration is wrong, and so is an element more than 64 levels deep.
-std::optional<std::string> readXml(std::string_view document, XmlEvents& events);
+std::optional<std::string> readXml(std::string_view document, XmlEvents& events, const Tick& tick = {});
 
 }  // namespace toolkit::quorvis

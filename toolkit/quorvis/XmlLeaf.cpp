@@ -16,7 +16,8 @@ LeafResult lookUpXml(const Query& query, Machine& machine) {
     const std::shared_ptr<const std::string> content = contentOf(path, machine, result);
     if (content == nullptr) return result;
     const std::uint64_t limit = machine.settings().fileSystem.maxMatches;
-    SelectedValues selected = selectValues(*content, *selection, limit);
+    SelectedValues selected =
+        selectValues(*content, *selection, limit, [&machine] { machine.effort().watchTimeNowAndThen(); });
     if (selected.problem) result.fail(EventCode::Parse, path, "damaged XML, " + *selected.problem);
     if (selected.tooMany)
         result.fail(EventCode::LimitMatches, path, "more than " + std::to_string(limit) + " matches");
@@ -25,7 +26,7 @@ LeafResult lookUpXml(const Query& query, Machine& machine) {
         Item item;
         item.source = path;
         item.set("value", std::move(value));
-        result.items.push_back(std::move(item));
+        keepItem(machine.effort(), result, std::move(item));
     }
     return result;
 }

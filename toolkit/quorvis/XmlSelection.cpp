@@ -105,9 +105,10 @@ std::optional<XmlSelection> XmlSelection::parse(std::string_view text, std::stri
     return std::nullopt;
 }
 
-SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit) {
+SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit,
+                            const Tick& tick) {
     Selector selector(selection, limit);
-    std::optional<std::string> problem = readXml(document, selector);
+    std::optional<std::string> problem = readXml(document, selector, tick);
     SelectedValues selected = selector.takeSelected();
     selected.problem = std::move(problem);
     return selected;

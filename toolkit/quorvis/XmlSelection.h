@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvis/Tick.h"
+
 namespace toolkit::quorvis {
 
 // A way from the root element of a document to elements or to an attribute of theirs:
@@ -27,6 +29,7 @@ struct SelectedValues {
     bool tooMany = false;             // there are more than were asked for
     std::optional<std::string> problem;
 };
-SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit);
+SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit,
+                            const Tick& tick = {});
 
 }  // namespace toolkit::quorvis

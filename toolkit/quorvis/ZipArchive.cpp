@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <new>
 #include <optional>
 
 #include "toolkit/quorvis/LittleEndian.h"
@@ -23,7 +24,8 @@ constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kEnd64Size = 56;
 constexpr std::size_t kLocator64Size = 20;
 constexpr std::uint64_t kLongestComment = 0xFFFF;
-constexpr std::uint64_t kLargestDirectory = std::uint64_t{64} << 20;
+constexpr std::uint64_t kLargestDirectory = std::uint64_t{32} << 20;
+constexpr std::size_t kMostWanted = 1'000;
 
 constexpr std::uint64_t kStored = 0;
 constexpr std::uint64_t kDeflated = 8;
@@ -77,10 +79,12 @@ bool takeEntry(std::string_view& rest, std::string_view& name, ZipMember& member
 }
 
 bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
+    content.resize(limit);
     z_stream stream{};
     // Without the header of a zlib stream.
-    if (::inflateInit2(&stream, -MAX_WBITS) != Z_OK) return false;
-    content.resize(limit);
+    const int begun = ::inflateInit2(&stream, -MAX_WBITS);
+    if (begun == Z_MEM_ERROR) throw std::bad_alloc();
+    if (begun != Z_OK) return false;
     stream.next_in = reinterpret_cast<Bytef*>(packed.data());
     stream.avail_in = static_cast<uInt>(packed.size());
     stream.next_out = reinterpret_cast<Bytef*>(content.data());
@@ -88,6 +92,7 @@ bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
     const int status = ::inflate(&stream, Z_FINISH);
     content.resize(stream.total_out);
     ::inflateEnd(&stream);
+    if (status == Z_MEM_ERROR) throw std::bad_alloc();
     return status == Z_STREAM_END || (status == Z_BUF_ERROR && content.size() == limit);
 }
 
@@ -105,6 +110,7 @@ ZipReading listZip(const FileParts& file, const std::function<bool(std::string_v
     for (ZipMember member; !rest.empty();) {
         if (!takeEntry(rest, name, member)) return ZipReading::Damaged;
         if (!wanted(name)) continue;
+        if (members.size() == kMostWanted) return ZipReading::Damaged;
         member.name = name;
         member.offset += directory->before;
         members.push_back(member);

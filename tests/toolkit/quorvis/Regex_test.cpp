@@ -59,6 +59,7 @@ TEST(Regex, EachIsCompiledOnce) {
 }
 
 TEST(Regex, WhatIsRefusedSaysWhy) {
+    const char* const kTooComplex = "the expression is too complex: its repetitions make it too long";
     const std::string longest(4096, 'a');
     const auto groups = [](int count) {
         std::string pattern;
@@ -79,6 +80,11 @@ TEST(Regex, WhatIsRefusedSaysWhy) {
         {groups(32), "", ""},
         {groups(33), "", "more than 32 groups"},
         {"((a{100}){100}){100}", "", "invalid repetition size: {100}"},
+        {"(a{0,70}b?){0,14}", "", ""},
+        {"([ab]{0,900}|[cd]{0,900}|[ef]{0,900}|[gh]{0,900}|[ij]{0,900}|[kl]{0,900})x", "", kTooComplex},
+        {"((a|b){0,30}){0,30}(c{0,900}|d{0,900})", "", kTooComplex},
+        {"[\\p{L}\\p{N}]{1,64}x", "", kTooComplex},
+        {"\\p{L}+ \\p{N}{1,20}", "", ""},
     };
     for (const auto& test : kCases) {
         for (int twice = 0; twice < 2; ++twice) {

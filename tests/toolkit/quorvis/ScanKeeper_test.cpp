@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <new>
 
 #include "tests/support/ScratchDir.h"
@@ -43,12 +44,16 @@ class ScanKeeper : public testing::Test {
     }
     // Scans with a signature for each of these files.
     Findings scan(const std::vector<std::string>& files) {
-        std::string text = "<Signatures>";
-        for (const std::string& file : files) {
-            text.append("<Signature guid=\"").append(file).append("\" name=\"n\"><Match><Content path=\"/");
-            text.append(file).append("\" regex=\"x\"/></Match></Signature>");
-        }
-        const std::string path = dir_.write("sig.xml", text + "</Signatures>").string();
+        std::string text;
+        for (const std::string& file : files) text += signatureOf(file);
+        return scanText(text);
+    }
+    static std::string signatureOf(const std::string& file) {
+        return "<Signature guid=\"" + file + "\" name=\"n\"><Match><Content path=\"/" + file +
+               "\" regex=\"x\"/></Match></Signature>";
+    }
+    Findings scanText(const std::string& text) {
+        const std::string path = dir_.write("sig.xml", "<Signatures>" + text + "</Signatures>").string();
         const DocumentText signatures = readDocument(path);
         const Root root(tree_.path().string());
         Options options;
@@ -92,6 +97,26 @@ TEST_F(ScanKeeper, AReadThatHangsEndsWithTheTimeAndWhatWasFoundStays) {
     const Findings found = scan({"good", "hangs"});
     EXPECT_EQ(1U, found.matchCount);
     EXPECT_TRUE(events_.toldLimit());
+}
+
+TEST_F(ScanKeeper, ALeafThatHangsCostsItsSignatureOnly) {
+    settings_.evaluation.timeLimit = std::chrono::seconds(16);
+    const Findings found = scan({"good", "hangs", "good"});
+    EXPECT_EQ(2U, found.matchCount);
+    EXPECT_EQ("aborted hangs, unresolved hangs", events());
+}
+
+TEST_F(ScanKeeper, HashingManyLargeFilesEndsWithTheTimeOfALeaf) {
+    settings_.evaluation.timeLimit = std::chrono::seconds(4);
+    for (int i = 0; i < 100; ++i) {
+        tree_.write("many/" + std::to_string(i), "");
+        std::filesystem::resize_file(tree_.path() / "many" / std::to_string(i), std::uintmax_t{256} << 20);
+    }
+    const Findings found =
+        scanText("<Signature guid=\"hash\" name=\"n\"><Match><Glob pattern=\"/many/*\" sha256=\"" +
+                 std::string(64, '0') + "\"/></Match></Signature>" + signatureOf("good"));
+    EXPECT_EQ(1U, found.matchCount);
+    EXPECT_EQ("deadline hash, unresolved hash", events());
 }
 
 TEST_F(ScanKeeper, MemoryThatRunsOutCostsOneSignature) {
