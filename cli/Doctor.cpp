@@ -2,17 +2,22 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
+#include <optional>
 
 #include "cli/Configuration.h"
 #include "cli/Evaluation.h"
 #include "cli/Failure.h"
 #include "cli/Inventory.h"
-#include "cli/Probe.h"
+#include "cli/Library.h"
+#include "cli/Location.h"
 #include "cli/Text.h"
 #include "cli/Toolkit.h"
+#include "cli/Trust.h"
+#include "cli/Workspace.h"
 
 namespace zavcli {
 
@@ -23,9 +28,9 @@ class Silence : public Listener {
     void hear(const Message& /*message*/) noexcept override {}
 };
 
-Check checkConfiguration(const Probe& probe) {
+Check checkConfiguration(const Location& location) {
     const std::string subject = "configuration";
-    if (!probe.configured) {
+    if (!location.readable) {
         std::error_code error;
         if (std::filesystem::exists(kConfigurationFile, error))
             return {Verdict::Note, subject,
@@ -39,12 +44,12 @@ Check checkConfiguration(const Probe& probe) {
     std::ifstream lines(kConfigurationFile);
     const std::vector<std::string> faults = configurationFaults(lines);
     if (faults.empty())
-        return {Verdict::Ok, subject, fmt::format("{} names {}", kConfigurationFile, probe.toolkit)};
+        return {Verdict::Ok, subject, fmt::format("{} names {}", kConfigurationFile, location.toolkit)};
     return {Verdict::Note, subject, fmt::format("{}: {}", kConfigurationFile, fmt::join(faults, "; "))};
 }
 
-Check checkRegistration(const Probe& probe) {
-    if (probe.registered)
+Check checkRegistration(const Location& location) {
+    if (location.registered)
         return {Verdict::Ok, "registration", fmt::format("'{}' is a registered product", kProductName)};
     return {
         Verdict::Note, "registration",
@@ -53,8 +58,15 @@ Check checkRegistration(const Probe& probe) {
                     kProductName, kProductName, kConfigurationFile)};
 }
 
-Check checkTemporaryDirectory(const Probe& probe) {
-    return {Verdict::Ok, "temporary files", fmt::format("{} was made and removed again", probe.workspace)};
+Check checkTemporaryDirectory(std::optional<Workspace>& workspace) {
+    const std::string subject = "temporary files";
+    try {
+        workspace.emplace();
+        return {Verdict::Ok, subject,
+                fmt::format("{} was made, and is removed at the end", workspace->path())};
+    } catch (const Failure& failure) {
+        return {Verdict::Problem, subject, failure.what()};
+    }
 }
 
 std::string origin(ToolkitSource source) {
@@ -70,11 +82,11 @@ std::string origin(ToolkitSource source) {
 }
 
 // The library is opened on the toolkit and one cheap group is scanned.
-Check checkHardwareScanner(const Toolkit& toolkit) {
+Check tryHardwareScanner(const Toolkit& toolkit, const Workspace& workspace) {
     const std::string scanner = scannerPath(toolkit.directory, kHardwareScanner);
     try {
         Silence silence;
-        const Library library(silence, toolkit.directory);
+        Library library(silence, workspace, toolkit.directory);
         scanGroups(library, toolkit.directory, {kScanInfo});
         return {Verdict::Ok, "hardware scanner", fmt::format("{} ran and wrote a valid inventory", scanner)};
     } catch (const Failure& failure) {
@@ -84,43 +96,88 @@ Check checkHardwareScanner(const Toolkit& toolkit) {
 }
 
 // The library is opened on the toolkit and no signature at all is evaluated.
-Check checkSoftwareScanner(const ToolkitPlaces& places) {
-    const std::string subject = "software scanner";
-    std::string scanner;
-    try {
-        scanner = scannerPath(chooseToolkit(places, kSoftwareScanner).directory, kSoftwareScanner);
-    } catch (const Failure& failure) {
-        return {
-            Verdict::Note, subject,
-            fmt::format("{}; software signatures cannot be evaluated, but a hardware inventory needs none",
-                        failure.what())};
-    }
+Check trySoftwareScanner(const Toolkit& toolkit, const Workspace& workspace) {
+    const std::string scanner = scannerPath(toolkit.directory, kSoftwareScanner);
     try {
         Silence silence;
-        Library library(silence, std::filesystem::path(scanner).parent_path().string());
+        Library library(silence, workspace, toolkit.directory);
         evaluateNothing(library, scanner);
-        return {Verdict::Ok, subject, fmt::format("{} ran and wrote valid results", scanner)};
+        return {Verdict::Ok, "software scanner", fmt::format("{} ran and wrote valid results", scanner)};
     } catch (const Failure& failure) {
-        return {Verdict::Problem, subject,
+        return {Verdict::Problem, "software scanner",
                 fmt::format("{}; 'zav sw FILE -vv' shows every step of an evaluation", failure.what())};
     }
 }
 
-void examineToolkit(std::vector<Check>& checks, const ToolkitPlaces& places) {
-    try {
-        const Toolkit toolkit = chooseToolkit(places, kHardwareScanner);
-        const bool passedOver = !places.configured.empty() && toolkit.source == ToolkitSource::Bundled;
-        checks.push_back({passedOver ? Verdict::Note : Verdict::Ok, "toolkit directory",
-                          fmt::format("{} ({}){}", toolkit.directory, origin(toolkit.source),
-                                      passedOver ? fmt::format("; the configured {} has no usable 'quorvah'",
-                                                               places.configured)
-                                                 : "")});
-        checks.push_back(checkHardwareScanner(toolkit));
-    } catch (const Failure& failure) {
-        checks.push_back({Verdict::Problem, "toolkit directory", failure.what()});
+class ToolkitExamination {
+  public:
+    ToolkitExamination(const ToolkitPlaces& places, const Workspace* workspace)
+        : places_(places), workspace_(workspace) {}
+
+    std::vector<Check> run() {
+        addHardware();
+        addSoftware();
+        for (const Weakness& weakness : weaknessesOf(kConfigurationFile, Leads::ToFile, {geteuid()}))
+            addWeakness(weakness, Verdict::Note);
+        if (sound_)
+            checks_.push_back({Verdict::Ok, "ownership",
+                               "no other user can replace the scanners, or the file that names the toolkit"});
+        return std::move(checks_);
     }
-    checks.push_back(checkSoftwareScanner(places));
-}
+
+  private:
+    void addHardware() {
+        try {
+            const Toolkit toolkit = chooseToolkit(places_, kHardwareScanner);
+            const bool passedOver = !places_.configured.empty() && toolkit.source == ToolkitSource::Bundled;
+            checks_.push_back(
+                {passedOver ? Verdict::Note : Verdict::Ok, "toolkit directory",
+                 fmt::format("{} ({}){}", toolkit.directory, origin(toolkit.source),
+                             passedOver ? fmt::format("; the configured {} has no usable 'quorvah'",
+                                                      places_.configured)
+                                        : "")});
+            if (mayStart(toolkit, kHardwareScanner))
+                checks_.push_back(tryHardwareScanner(toolkit, *workspace_));
+        } catch (const Failure& failure) {
+            checks_.push_back({Verdict::Problem, "toolkit directory", failure.what()});
+        }
+    }
+
+    void addSoftware() {
+        try {
+            const Toolkit toolkit = chooseToolkit(places_, kSoftwareScanner);
+            if (mayStart(toolkit, kSoftwareScanner))
+                checks_.push_back(trySoftwareScanner(toolkit, *workspace_));
+        } catch (const Failure& failure) {
+            checks_.push_back({Verdict::Note, "software scanner",
+                               fmt::format("{}; software signatures cannot be evaluated, but a hardware "
+                                           "inventory needs none",
+                                           failure.what())});
+        }
+    }
+
+    bool mayStart(const Toolkit& toolkit, const Scanner& scanner) {
+        const std::vector<Weakness> weaknesses = weaknessesOf(toolkit, scanner);
+        const bool refused = geteuid() == 0 && !weaknesses.empty();
+        for (const Weakness& weakness : weaknesses)
+            addWeakness(weakness, refused ? Verdict::Problem : Verdict::Note);
+        return workspace_ != nullptr && !refused;
+    }
+
+    // Both scanners have most of their way in common.
+    void addWeakness(const Weakness& weakness, Verdict verdict) {
+        sound_ = false;
+        const std::string finding = describe({weakness});
+        const bool told = std::any_of(checks_.begin(), checks_.end(),
+                                      [&](const Check& check) { return check.finding == finding; });
+        if (!told) checks_.push_back({verdict, "ownership", finding});
+    }
+
+    const ToolkitPlaces& places_;
+    const Workspace* workspace_;
+    std::vector<Check> checks_;
+    bool sound_ = true;
+};
 
 std::string_view word(Verdict verdict) {
     switch (verdict) {
@@ -137,16 +194,13 @@ std::string_view word(Verdict verdict) {
 }  // namespace
 
 std::vector<Check> examine(const std::optional<std::string>& toolkit) {
-    Silence silence;
-    Probe probe;
-    try {
-        probe = probeLibrary(silence);
-    } catch (const Failure& failure) {
-        return {{Verdict::Problem, "temporary files", failure.what()}};
-    }
-    std::vector<Check> checks{checkConfiguration(probe), checkRegistration(probe),
-                              checkTemporaryDirectory(probe)};
-    examineToolkit(checks, {toolkit, probe.toolkit, bundledPlaces(thisCommand())});
+    const Location location = readLocation(kConfigurationFile, kProductName);
+    std::optional<Workspace> workspace;
+    std::vector<Check> checks{checkConfiguration(location), checkRegistration(location),
+                              checkTemporaryDirectory(workspace)};
+    const ToolkitPlaces places{toolkit, location.toolkit, bundledPlaces(thisCommand())};
+    const std::vector<Check> others = ToolkitExamination(places, workspace ? &*workspace : nullptr).run();
+    checks.insert(checks.end(), others.begin(), others.end());
     return checks;
 }
 

@@ -8,9 +8,9 @@
 namespace zavcli {
 
 // How the conditions of the signatures with that identifier come out, in the words of the scanner of that path.
-// The files that it needs stand in `directory` meanwhile. Throws Failure when the scanner cannot tell.
+// Throws Failure when the scanner cannot tell.
 std::string explainSignature(const std::string& scanner, const std::string& signatures,
                              const std::string& guid, const std::vector<Preset>& presets,
-                             const std::vector<Setting>& settings, const std::string& directory);
+                             const std::vector<Setting>& settings);
 
 }  // namespace zavcli

@@ -1,11 +1,12 @@
 #include <cstdlib>
-#include <exception>
 
 #include "cli/Commands.h"
+#include "cli/Failure.h"
 #include "cli/GroupWriter.h"
-#include "cli/Interrupt.h"
 #include "cli/Inventory.h"
+#include "cli/Library.h"
 #include "cli/Session.h"
+#include "cli/Workspace.h"
 
 namespace zavcli {
 
@@ -16,13 +17,25 @@ class Silence : public Listener {
     void hear(const Message& /*message*/) noexcept override {}
 };
 
-// What the scanner says of its own abilities; nothing when it cannot be asked, for the list is worth having without.
-Instance askScanner(const Options& options, const Probe& probe) {
-    const Toolkit toolkit = toolkitFor(options, probe, kHardwareScanner);
-    Silence silence;
-    const Library library(silence, toolkit.directory);
-    const InterruptGuard guard;
-    return takeInventory(library, toolkit.directory, "", {kScanInfo}).scanInfo;
+// The directory of the scanner; empty when it cannot be asked, for the list is worth having without.
+std::string toolkitOf(const Options& options) {
+    try {
+        return toolkitFor(options, kHardwareScanner).directory;
+    } catch (const Failure&) {
+        if (options.toolkit) throw;
+        return "";
+    }
+}
+
+// What the scanner says of its own abilities.
+Instance askScanner(Library& library, const std::string& toolkit, const Options& options) {
+    if (toolkit.empty()) return {};
+    try {
+        return takeInventory(library, toolkit, "", {kScanInfo}).scanInfo;
+    } catch (const Failure&) {
+        if (options.toolkit) throw;
+        return {};
+    }
 }
 
 ListedGroup listed(const GroupName& group, const Instance& scanInfo) {
@@ -36,16 +49,14 @@ ListedGroup listed(const GroupName& group, const Instance& scanInfo) {
 }  // namespace
 
 int listGroups(const Options& options) {
-    Progress progress(false);
-    const Probe probe = probeSetUp(options, progress);
-    Instance scanInfo;
-    try {
-        scanInfo = askScanner(options, probe);
-    } catch (const std::exception&) {
-        if (options.toolkit) throw;
-    }
+    const std::string toolkit = toolkitOf(options);
+    const Workspace workspace;
+    Silence silence;
+    Library library(silence, workspace, toolkit);
+    const std::vector<GroupName> names = library.groups();
+    const Instance scanInfo = askScanner(library, toolkit, options);
     std::vector<ListedGroup> groups;
-    for (const GroupName& group : probe.groups) groups.push_back(listed(group, scanInfo));
+    for (const GroupName& group : names) groups.push_back(listed(group, scanInfo));
     switch (options.format) {
         case Format::Json:
             writeStandardOutput(groupJson(groups));

@@ -6,12 +6,12 @@
 #include "cli/CsvWriter.h"
 #include "cli/Failure.h"
 #include "cli/HardwareRemarks.h"
-#include "cli/Interrupt.h"
 #include "cli/Inventory.h"
 #include "cli/JsonWriter.h"
 #include "cli/Reporter.h"
 #include "cli/Session.h"
 #include "cli/Terminal.h"
+#include "cli/Workspace.h"
 #include "cli/XmlWriter.h"
 
 namespace zavcli {
@@ -32,9 +32,12 @@ std::string written(const Inventory& inventory, const Options& options) {
     return tableText(inventory, tableStyle(options));
 }
 
-Inventory scan(const Library& library, const Toolkit& toolkit, const std::string& root,
-               const std::vector<GroupName>& groups, Progress& progress) {
-    const InterruptGuard guard;
+Inventory scan(const Options& options, const Toolkit& toolkit, const std::string& root) {
+    Progress progress(isCapableTerminal(STDERR_FILENO));
+    Reporter reporter(options.verbosity, toolkit.source, progress);
+    const Workspace workspace;
+    Library library(reporter, workspace, toolkit.directory);
+    const std::vector<GroupName> groups = chooseGroups(library.groups(), options.groups);
     progress.begin(static_cast<int>(groups.size()));
     Inventory inventory = takeInventory(library, toolkit.directory, root, groups);
     progress.end();
@@ -44,16 +47,10 @@ Inventory scan(const Library& library, const Toolkit& toolkit, const std::string
 }  // namespace
 
 int hardware(const Options& options) {
-    Progress progress(isCapableTerminal(STDERR_FILENO));
-    const Probe probe = probeSetUp(options, progress);
-    const std::vector<GroupName> groups = chooseGroups(probe.groups, options.groups);
-    const Toolkit toolkit = toolkitFor(options, probe, kHardwareScanner);
+    const Toolkit toolkit = toolkitFor(options, kHardwareScanner);
     const std::string root = setScannedRoot(options, kHardwareScanner);
     Destination destination(options);
-
-    Reporter reporter(options.verbosity, toolkit.source, progress);
-    const Library library(reporter, toolkit.directory);
-    const Inventory inventory = scan(library, toolkit, root, groups, progress);
+    const Inventory inventory = scan(options, toolkit, root);
     for (const std::string& remark : remarksOn(inventory)) complain(remark);
     destination.write(written(inventory, options));
     return lacksWhatWasAskedFor(inventory, !options.groups.empty()) ? kExitUnread : EXIT_SUCCESS;

@@ -65,7 +65,7 @@ Instance scanInfoOf(const std::vector<Group>& groups) {
 
 }  // namespace
 
-std::vector<Group> scanGroups(const Library& library, const std::string& toolkit,
+std::vector<Group> scanGroups(Library& library, const std::string& toolkit,
                               const std::vector<GroupName>& groups) {
     ZAVHwCtx* hardware = library.hardware();
     require(ZAV_hw_setopt(hardware, kAllGroups, 0));
@@ -79,7 +79,7 @@ std::vector<Group> scanGroups(const Library& library, const std::string& toolkit
     return results;
 }
 
-Inventory takeInventory(const Library& library, const std::string& toolkit, const std::string& root,
+Inventory takeInventory(Library& library, const std::string& toolkit, const std::string& root,
                         const std::vector<GroupName>& groups) {
     const ScanRecord record(toolkit, root);
     std::vector<GroupName> scanned = groups;

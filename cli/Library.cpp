@@ -15,19 +15,21 @@ void forward(int level, int component, void* listener, const char* function, con
 
 }  // namespace
 
-Library::Library(Listener& listener, const std::optional<std::string>& toolkit) : listener_(&listener) {
-    const std::wstring directory = widenBytes(toolkit.value_or(""));
-    require(
-        ZAV_init(kProductName, forward, &listener, nullptr, toolkit ? directory.c_str() : nullptr, &handle_));
-    const int code = ZAV_hw_init(handle_, forward, listener_, &hardware_);
-    if (code != ZAV_SUCCESS) ZAV_free(handle_);
-    require(code);
+Library::Library(Listener& listener, const Workspace& workspace, const std::string& toolkit)
+    : listener_(&listener) {
+    require(ZAV_init(kProductName, forward, &listener, widenBytes(workspace.path()).c_str(),
+                     widenBytes(toolkit).c_str(), &handle_));
 }
 
 Library::~Library() {
     if (software_ != nullptr) ZAV_sw_free(software_);
-    ZAV_hw_free(hardware_);
+    if (hardware_ != nullptr) ZAV_hw_free(hardware_);
     ZAV_free(handle_);
+}
+
+ZAVHwCtx* Library::hardware() {
+    if (hardware_ == nullptr) require(ZAV_hw_init(handle_, forward, listener_, &hardware_));
+    return hardware_;
 }
 
 ZAVSwCtx* Library::software() {
@@ -35,11 +37,12 @@ ZAVSwCtx* Library::software() {
     return software_;
 }
 
-std::vector<GroupName> Library::groups() const {
+std::vector<GroupName> Library::groups() {
+    ZAVHwCtx* const context = hardware();
     std::vector<GroupName> groups;
     for (int id = 1; id <= kLastGroupId; ++id) {
         const wchar_t* name = nullptr;
-        if (ZAV_hw_get_group_name(hardware_, id, &name) == ZAV_SUCCESS) groups.push_back({id, toUtf8(name)});
+        if (ZAV_hw_get_group_name(context, id, &name) == ZAV_SUCCESS) groups.push_back({id, toUtf8(name)});
     }
     return groups;
 }

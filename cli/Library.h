@@ -1,13 +1,13 @@
-// The library as this command uses it: one handle with one hardware context and, when it is asked for, one
+// The library as this command uses it: one handle with, as soon as one of them is asked for, a hardware context and a
 // software context.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cli/Groups.h"
+#include "cli/Workspace.h"
 #include "include/zav.h"
 
 namespace zavcli {
@@ -32,19 +32,18 @@ class Listener {
 
 class Library {
   public:
-    // Opens the library; without a toolkit directory, the configured one is used.
-    // REQUIRES: the listener outlives the Library. Throws Failure.
-    Library(Listener& listener, const std::optional<std::string>& toolkit);
+    // Opens the library on a toolkit directory; without one, no scanner can be started.
+    // REQUIRES: the listener and the workspace outlive the Library. Throws Failure.
+    Library(Listener& listener, const Workspace& workspace, const std::string& toolkit);
     ~Library();
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
-    // All groups that the library knows.
-    std::vector<GroupName> groups() const;
+    // All groups that the library knows. Throws Failure.
+    std::vector<GroupName> groups();
 
-    ZAVHwCtx* hardware() const { return hardware_; }
-
-    // Throws Failure when the context cannot be made.
+    // Both throw Failure when the context cannot be made.
+    ZAVHwCtx* hardware();
     ZAVSwCtx* software();
 
   private:

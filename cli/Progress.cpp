@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "cli/Ending.h"
 #include "cli/StandardStreams.h"
 #include "cli/Terminal.h"
 #include "cli/Text.h"
@@ -61,6 +62,7 @@ void Progress::hide() {
     if (!shown_) return;
     writeStandardError("\r\x1b[K");
     shown_ = false;
+    noteLineShown(false);
 }
 
 void Progress::show() {
@@ -69,6 +71,7 @@ void Progress::show() {
     const int columns = columnsFor(STDERR_FILENO) - 1;
     writeStandardError(fmt::format("\r\x1b[K{}", progressBar(done_, total_, group_, columns)));
     shown_ = true;
+    noteLineShown(true);
 }
 
 void Progress::end() {

@@ -1,25 +1,28 @@
 #include "cli/Session.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
-#include "cli/Reporter.h"
+#include "cli/Configuration.h"
+#include "cli/Library.h"
+#include "cli/Location.h"
 #include "cli/Terminal.h"
 
 namespace zavcli {
 
-Probe probeSetUp(const Options& options, Progress& progress) {
-    const Verbosity verbosity = options.verbosity == Verbosity::Trace ? Verbosity::Trace : Verbosity::Errors;
-    Reporter reporter(verbosity, ToolkitSource::Bundled, progress);
-    return probeLibrary(reporter);
-}
-
-Toolkit toolkitFor(const Options& options, const Probe& probe, const Scanner& scanner) {
+Toolkit toolkitFor(const Options& options, const Scanner& scanner) {
     // An installed scanner may not know of the directory to scan and would report this machine in its place.
-    const std::string configured = options.root ? "" : probe.toolkit;
-    return chooseToolkit({options.toolkit, configured, bundledPlaces(thisCommand())}, scanner);
+    const std::string configured = options.root ? "" : readLocation(kConfigurationFile, kProductName).toolkit;
+    const Toolkit toolkit =
+        chooseToolkit({options.toolkit, configured, bundledPlaces(thisCommand())}, scanner);
+    requireTrusted(toolkit, scanner);
+    if (toolkit.source == ToolkitSource::Bundled && !configured.empty())
+        complain(fmt::format("{} names {}, which holds no program '{}'; that of {} is used",
+                             kConfigurationFile, configured, scanner.program, toolkit.directory));
+    return toolkit;
 }
 
 std::string setScannedRoot(const Options& options, const Scanner& scanner) {

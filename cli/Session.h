@@ -6,18 +6,13 @@
 
 #include "cli/Options.h"
 #include "cli/Output.h"
-#include "cli/Probe.h"
-#include "cli/Progress.h"
 #include "cli/TableWriter.h"
 #include "cli/Toolkit.h"
 
 namespace zavcli {
 
-// What the library says of this machine's set-up; its messages are shown in a full trace only.
-Probe probeSetUp(const Options& options, Progress& progress);
-
 // The toolkit to take the scanner from. Throws Failure.
-Toolkit toolkitFor(const Options& options, const Probe& probe, const Scanner& scanner);
+Toolkit toolkitFor(const Options& options, const Scanner& scanner);
 
 // Tells the scanner which directory to scan. Returns it, empty for this machine.
 std::string setScannedRoot(const Options& options, const Scanner& scanner);

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 
 #include "cli/Commands.h"
 #include "cli/CsvWriter.h"
 #include "cli/Evaluation.h"
 #include "cli/Explanation.h"
 #include "cli/Failure.h"
-#include "cli/Interrupt.h"
 #include "cli/JsonWriter.h"
 #include "cli/Presets.h"
 #include "cli/Reporter.h"
@@ -21,6 +19,7 @@
 #include "cli/Terminal.h"
 #include "cli/Text.h"
 #include "cli/Warnings.h"
+#include "cli/Workspace.h"
 #include "cli/XmlWriter.h"
 
 namespace zavcli {
@@ -82,16 +81,15 @@ void tellMissing(const SoftwareReport& report, const std::vector<SignaturesFile>
 SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile>& files) {
     const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
-    Progress progress(false);
-    const Probe probe = probeSetUp(options, progress);
-    const Toolkit toolkit = toolkitFor(options, probe, kSoftwareScanner);
+    const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
     const std::string root = setScannedRoot(options, kSoftwareScanner);
 
+    Progress progress(false);
     Reporter reporter(options.verbosity, toolkit.source, progress);
     ScannerLines lines(reporter);
-    Library library(lines, toolkit.directory);
+    const Workspace workspace;
+    Library library(lines, workspace, toolkit.directory);
     preset(library, presets, settings);
-    const InterruptGuard guard;
     const ScanRecord record(toolkit.directory, root);
     SoftwareReport report =
         evaluateFiles(library, lines, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids);
@@ -114,8 +112,7 @@ int software(const Options& options) {
 
 int checkSoftwareSignatures(const Options& options) {
     const std::vector<std::string> paths = signaturesPaths(options.signatures);
-    Progress progress(false);
-    const Toolkit toolkit = toolkitFor(options, probeSetUp(options, progress), kSoftwareScanner);
+    const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
     const CheckedSignatures checked =
         checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);
     writeStandardOutput(checked.text);
@@ -130,17 +127,13 @@ int explainSoftwareSignature(const Options& options) {
     if (std::none_of(files.begin(), files.end(),
                      [&](const SignaturesFile& file) { return file.names.contains(guid); }))
         throw Failure(kExitBadUsage, fmt::format("no signature has the identifier {}", *options.explain));
-    Progress progress(false);
-    const Probe probe = probeSetUp(options, progress);
     const std::string scanner =
-        scannerPath(toolkitFor(options, probe, kSoftwareScanner).directory, kSoftwareScanner);
-    const std::string temporary = std::filesystem::path(probe.workspace).parent_path().string();
+        scannerPath(toolkitFor(options, kSoftwareScanner).directory, kSoftwareScanner);
     setScannedRoot(options, kSoftwareScanner);
-    const InterruptGuard guard;
     for (const SignaturesFile& file : files) {
         if (!file.names.contains(guid)) continue;
-        writeStandardOutput(printableLines(
-            explainSignature(scanner, file.path, *options.explain, presets, settings, temporary)));
+        writeStandardOutput(
+            printableLines(explainSignature(scanner, file.path, *options.explain, presets, settings)));
     }
     return EXIT_SUCCESS;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "cli/Configuration.h"
 #include "cli/Failure.h"
 
 namespace zavcli {
@@ -56,6 +57,25 @@ std::string scannerPath(const std::string& directory, const Scanner& scanner) {
     return directory + "/" + scanner.program;
 }
 
+std::vector<Weakness> weaknessesOf(const Toolkit& toolkit, const Scanner& scanner) {
+    const std::vector<uid_t> trusted = trustedUsers(thisCommand().string());
+    std::vector<Weakness> weaknesses = weaknessesOf(toolkit.directory, Leads::ToDirectory, trusted);
+    addOthers(weaknesses, weaknessesOf(scannerPath(toolkit.directory, scanner), Leads::ToFile, trusted));
+    if (toolkit.source == ToolkitSource::Configured)
+        addOthers(weaknesses, weaknessesOf(kConfigurationFile, Leads::ToFile, trusted));
+    return weaknesses;
+}
+
+void requireTrusted(const Toolkit& toolkit, const Scanner& scanner) {
+    if (geteuid() != 0) return;
+    const std::vector<Weakness> weaknesses = weaknessesOf(toolkit, scanner);
+    if (weaknesses.empty()) return;
+    throw Failure(kExitFailed,
+                  fmt::format("root does not start {}, since another user could put something else into "
+                              "its place: {}",
+                              scannerPath(toolkit.directory, scanner), describe(weaknesses)));
+}
+
 Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner) {
     if (places.given) return givenToolkit(*places.given, scanner);
     std::vector<Toolkit> candidates;
@@ -69,11 +89,10 @@ Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner) {
 
     std::erase_if(candidates,
                   [&](const Toolkit& toolkit) { return !holdsProgram(toolkit.directory, scanner.program); });
-    const auto usable = std::find_if(candidates.begin(), candidates.end(), [](const Toolkit& toolkit) {
-        return canBeStartedFrom(toolkit.directory);
-    });
-    if (usable != candidates.end()) return *usable;
-    if (!candidates.empty()) requireStartable(candidates.front().directory, kExitFailed);
+    if (!candidates.empty()) {
+        requireStartable(candidates.front().directory, kExitFailed);
+        return candidates.front();
+    }
     throw Failure(kExitFailed, fmt::format("no {} scanner '{}' in {}; --toolkit names its directory",
                                            scanner.kind, scanner.program, fmt::join(looked, " or ")));
 }

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/Trust.h"
+
 namespace zavcli {
 
 // One of the two scanners of a toolkit.
@@ -51,5 +53,11 @@ std::string scannerPath(const std::string& directory, const Scanner& scanner);
 
 // The first of the places that holds the scanner. Throws Failure when there is none or it cannot be started.
 Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner);
+
+// What lets other users put something else into the place of the scanner, or of the file that names the toolkit.
+std::vector<Weakness> weaknessesOf(const Toolkit& toolkit, const Scanner& scanner);
+
+// Throws Failure when root would start a scanner that has such weaknesses.
+void requireTrusted(const Toolkit& toolkit, const Scanner& scanner);
 
 }  // namespace zavcli

@@ -5,8 +5,8 @@
 
 #include "cli/Commands.h"
 #include "cli/Doctor.h"
+#include "cli/Ending.h"
 #include "cli/Failure.h"
-#include "cli/Interrupt.h"
 #include "cli/Options.h"
 #include "cli/Output.h"
 #include "cli/StandardStreams.h"
@@ -50,13 +50,12 @@ int run(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     zavcli::occupyStandardStreams();
+    zavcli::cleanUpAtSignals();
     zavcli::useUtf8();
     try {
         const int status = zavcli::run(argc, argv);
-        if (zavcli::wasInterrupted()) zavcli::endByInterrupt();
         return status == EXIT_SUCCESS && zavcli::messagesWereLost() ? zavcli::kExitFailed : status;
     } catch (const zavcli::Failure& failure) {
-        if (zavcli::wasInterrupted()) zavcli::endByInterrupt();
         zavcli::complain(failure.what());
         return failure.status();
     } catch (const std::exception& error) {

@@ -11,10 +11,12 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 namespace zavtest {
 
@@ -72,6 +74,10 @@ Process::Process(std::vector<std::string> arguments)
     : program_(ZAVTEST_COMMAND), arguments_(std::move(arguments)) {
     environment("TERM", "xterm").environment("COLUMNS", std::nullopt).environment("NO_COLOR", std::nullopt);
     environment("QUORVAH_ROOT", std::nullopt).environment("QUORVIS_ROOT", std::nullopt);
+    // As if started by the owner of the build, whoever runs the tests.
+    struct stat build {};
+    stat(program_.c_str(), &build);
+    environment("SUDO_UID", std::to_string(build.st_uid));
 }
 
 Process& Process::program(const std::string& path) {
@@ -106,6 +112,16 @@ Process& Process::outputTo(const std::string& path) {
 
 Process& Process::errorTo(const std::string& path) {
     errorFile_ = path;
+    return *this;
+}
+
+Process& Process::unread(int descriptor) {
+    unread_ = descriptor;
+    return *this;
+}
+
+Process& Process::ignoring(int signal) {
+    ignored_.push_back(signal);
     return *this;
 }
 
@@ -155,6 +171,7 @@ void Process::become(int out, int err) const {
     std::vector<char*> argv{const_cast<char*>(program_.c_str())};
     for (const std::string& argument : arguments_) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    for (const int signal : ignored_) std::signal(signal, SIG_IGN);
     for (const int descriptor : closed_) close(descriptor);
     execv(program_.c_str(), argv.data());
     check(false, program_.c_str());
@@ -166,6 +183,8 @@ Ended Process::run() {
     Channel out = outputColumns_ > 0 ? terminalChannel(outputColumns_) : pipeChannel();
     writeTo(out, outputFile_);
     writeTo(err, errorFile_);
+    if (unread_ == STDOUT_FILENO) close(std::exchange(out.reader, -1));
+    if (unread_ == STDERR_FILENO) close(std::exchange(err.reader, -1));
     const pid_t pid = fork();
     if (pid < 0) throw std::runtime_error("fork");
     if (pid == 0) become(out.writer, err.writer);

@@ -31,6 +31,10 @@ class Process {
     // Standard output, or standard error, is this file.
     Process& outputTo(const std::string& path);
     Process& errorTo(const std::string& path);
+    // Nobody reads what the process writes to this descriptor, 1 or 2.
+    Process& unread(int descriptor);
+    // The process is started with this signal ignored.
+    Process& ignoring(int signal);
     // The process is started without these descriptors.
     Process& without(std::vector<int> descriptors);
     // The process sees an /etc that holds nothing but zav/zav.ini of this content, or nothing at all.
@@ -54,6 +58,8 @@ class Process {
     std::string outputFile_;
     std::string errorFile_;
     std::vector<int> closed_;
+    std::vector<int> ignored_;
+    int unread_ = -1;
     bool ownEtc_ = false;
     std::optional<std::string> zavIni_;
     std::function<void(const std::string&, int)> watcher_;

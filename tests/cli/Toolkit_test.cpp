@@ -53,10 +53,10 @@ TEST_F(ToolkitTest, ConfiguredDirectoryWithoutScannerIsPassedOver) {
     EXPECT_EQ(ToolkitSource::Bundled, toolkit.source);
 }
 
-TEST_F(ToolkitTest, ConfiguredDirectoryWithBlankIsPassedOver) {
-    const Toolkit toolkit = chooseToolkit(
-        {std::nullopt, directoryWith("my tools"), {directoryWith("bundled")}}, kHardwareScanner);
-    EXPECT_EQ(ToolkitSource::Bundled, toolkit.source);
+TEST_F(ToolkitTest, ConfiguredDirectoryWithBlankIsNotReplacedByAnother) {
+    const std::string text =
+        refusal({std::nullopt, directoryWith("my tools"), {directoryWith("bundled")}}, kExitFailed);
+    EXPECT_NE(std::string::npos, text.find("blanks")) << text;
 }
 
 TEST_F(ToolkitTest, BundledDirectoriesAreTriedInOrder) {

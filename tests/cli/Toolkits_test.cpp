@@ -24,8 +24,11 @@ class ToolkitsTest : public testing::Test {
     std::string place(const std::string& name, const std::string& directory) {
         const auto target = scratch_.path() / directory;
         std::filesystem::create_directories(target);
-        std::filesystem::create_symlink(scanner(name) + "/quorvah", target / "quorvah");
+        std::filesystem::copy_file(scanner(name) + "/quorvah", target / "quorvah");
         return target.string();
+    }
+    static void addSoftwareScanner(const std::string& name, const std::string& directory) {
+        std::filesystem::copy_file(scanner(name) + "/quorvis", directory + "/quorvis");
     }
     Process zav(std::vector<std::string> arguments) {
         return Process(std::move(arguments))
@@ -125,7 +128,7 @@ TEST_F(ToolkitsTest, DoctorIsContentWithABundledScannerAlone) {
 
 TEST_F(ToolkitsTest, DoctorFindsAFullInstallationInOrder) {
     const std::string configured = place("copies", "opt/bin");
-    std::filesystem::create_symlink(scanner("answers") + "/quorvis", configured + "/quorvis");
+    addSoftwareScanner("answers", configured);
     const std::string ini =
         "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = other:zav\n";
     const Ended ended = zav({"doctor"}).configuration(ini).run();
@@ -173,7 +176,7 @@ TEST_F(ToolkitsTest, DoctorReportsScannersThatDoNotWork) {
 TEST_F(ToolkitsTest, DoctorReportsSoftwareScannersThatDoNotWork) {
     for (const char* name : {"crashes", "cut_off"}) {
         const std::string tools = place("copies", name);
-        std::filesystem::create_symlink(scanner(name) + "/quorvis", tools + "/quorvis");
+        addSoftwareScanner(name, tools);
         const Ended ended = zav({"doctor", "--toolkit", tools}).configuration(std::nullopt).run();
         EXPECT_EQ(1, ended.status) << name;
         EXPECT_TRUE(says(ended, "ok       hardware scanner: ")) << ended.out;
