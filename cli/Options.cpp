@@ -121,7 +121,9 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
 // What commands that run a scanner have in common.
 void addScan(CLI::App& command, Options& options, std::string& format, int& verbosity) {
     addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
-    command.add_option("-o,--output", options.output, "Write to this file, whole or not at all")
+    command
+        .add_option("-o,--output", options.output,
+                    "Write to this new file, whole or not at all; - is standard output")
         ->type_name("FILE");
     addToolkit(command, options);
     command.add_option("--root", options.root, "Scan the system below this directory")
@@ -214,6 +216,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     requireAlone(software, "--check",
                  {"--explain", "--variable", "--config", "--guid", "--format", "--output", "--root"});
     requireAlone(software, "--explain", {"--guid", "--format", "--output"});
+    if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
     options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
     return options;

@@ -2,15 +2,19 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <linux/magic.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
+#include "cli/Ending.h"
 #include "cli/Failure.h"
 #include "cli/StandardStreams.h"
 
@@ -18,63 +22,180 @@ namespace zavcli {
 
 namespace {
 
+constexpr const char* kDirectly = "without --output, or with '--output -', the text goes to standard output";
+constexpr mode_t kWriteOfOthers = S_IWGRP | S_IWOTH;
+constexpr int kMostLinks = 40;
+constexpr int kAttempts = 100;
+
 std::string systemError() {
     return std::generic_category().message(errno);
 }
 
-// The permissions of the file that is replaced, else those that the umask leaves to a new file.
-mode_t permissions(const std::string& target) {
-    struct stat status {};
-    if (stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
+mode_t currentMask() {
     const mode_t mask = umask(0);
     umask(mask);
-    return 0666 & ~mask;
+    return mask;
+}
+
+// Such a link is an open file of a process, as /dev/stdout is one by way of /proc/self/fd/1.
+bool leadsToOpenFile(std::filesystem::path path) {
+    std::error_code error;
+    for (int links = 0; links < kMostLinks; ++links) {
+        const std::filesystem::path directory =
+            std::filesystem::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
+        if (error) return false;
+        struct statfs system {};
+        if (statfs(directory.c_str(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC) return true;
+        const std::filesystem::path target =
+            std::filesystem::read_symlink(directory / path.filename(), error);
+        if (error) return false;
+        path = directory / target;
+    }
+    return false;
+}
+
+// Not to be guessed, nor longer than any name may be.
+std::string temporaryName() {
+    std::array<unsigned long, 2> random{};
+    if (getrandom(random.data(), sizeof random, 0) != sizeof random) random = {1, 1};
+    return fmt::format(".zav-{:x}{:x}", random[0], random[1]);
+}
+
+const char* kindOf(mode_t mode) {
+    if (S_ISFIFO(mode)) return "a named pipe";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "a device";
 }
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), target_(path_) {
-    struct stat status {};
-    const bool exists = stat(path_.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
-        descriptor_ = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
-        if (descriptor_ < 0) fail();
-        return;
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+    try {
+        openDirectory();
+        judgeEarlier();
+        if (!openUnnamed()) openNamed();
+    } catch (...) {
+        if (directory_ >= 0) close(directory_);
+        throw;
     }
-    if (exists) {
-        if (access(path_.c_str(), W_OK) != 0) fail();
-        target_ = std::filesystem::canonical(path_).string();
-    }
-    openBeside(target_);
 }
 
-void OutputFile::openBeside(const std::string& target) {
-    temporary_ = target + ".XXXXXX";
-    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
-    if (descriptor_ >= 0) return;
+// All that follows happens in the directory that is found now, whatever becomes of the path to it.
+void OutputFile::openDirectory() {
+    const std::size_t slash = path_.rfind('/');
+    name_ = slash == std::string::npos ? path_ : path_.substr(slash + 1);
+    if (path_.empty()) refuse("it has no name");
+    if (name_.empty() || name_ == "." || name_ == "..") refuse("it is a directory");
+    const std::string directory = slash == std::string::npos ? "." : path_.substr(0, slash + 1);
+    directory_ = open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (directory_ < 0) fail();
+}
+
+// Nothing that stands in the place is opened: opening a pipe or a device may wait or change something.
+void OutputFile::judgeEarlier() {
+    struct stat earlier {};
+    if (fstatat(directory_, name_.c_str(), &earlier, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT) fail();
+        return;
+    }
+    if (S_ISLNK(earlier.st_mode)) {
+        requireReplaceable();
+        return;
+    }
+    if (S_ISDIR(earlier.st_mode)) refuse("it is a directory");
+    if (!S_ISREG(earlier.st_mode)) refuse(fmt::format("it is {}; {}", kindOf(earlier.st_mode), kDirectly));
+    if (faccessat(directory_, name_.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) != 0) fail();
+    if (earlier.st_uid != geteuid()) return;
+    kept_ = earlier.st_mode & 0777 & ~(currentMask() & kWriteOfOthers);
+}
+
+// A link in /dev serves every program.
+void OutputFile::requireReplaceable() const {
+    if (leadsToOpenFile(path_)) refuse(fmt::format("it stands for an open file of a process; {}", kDirectly));
+    struct stat target {};
+    if (fstatat(directory_, name_.c_str(), &target, 0) != 0) return;
+    if (S_ISCHR(target.st_mode) || S_ISBLK(target.st_mode))
+        refuse(fmt::format("it leads to a device; {}", kDirectly));
+}
+
+// Without a name, nothing can be left behind. False where the file system has no such files.
+bool OutputFile::openUnnamed() {
+    descriptor_ = openat(directory_, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, kept_ ? 0600 : 0666);
+    if (descriptor_ >= 0) return true;
+    if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL && errno != ENOENT) fail();
+    return false;
+}
+
+void OutputFile::openNamed() {
+    const SignalsHeld held;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        temporary_ = temporaryName();
+        descriptor_ = openat(directory_, temporary_.c_str(),
+                             O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, kept_ ? 0600 : 0666);
+        if (descriptor_ >= 0) {
+            noteUnfinishedFile(directory_, temporary_);
+            return;
+        }
+        if (errno != EEXIST) break;
+    }
     temporary_.clear();
     fail();
 }
 
+void OutputFile::removeNamed() {
+    if (temporary_.empty()) return;
+    const SignalsHeld held;
+    unlinkat(directory_, temporary_.c_str(), 0);
+    noteUnfinishedFile(-1, "");
+    temporary_.clear();
+}
+
 OutputFile::~OutputFile() {
     if (descriptor_ >= 0) close(descriptor_);
-    if (!temporary_.empty()) unlink(temporary_.c_str());
+    removeNamed();
+    close(directory_);
+}
+
+void OutputFile::refuse(std::string_view reason) const {
+    throw Failure(kExitFailed, fmt::format("cannot write '{}': {}", path_, reason));
 }
 
 void OutputFile::fail() const {
-    throw Failure(kExitFailed, fmt::format("cannot write '{}': {}", path_, systemError()));
+    refuse(systemError());
+}
+
+void OutputFile::fill(std::string_view text) {
+    if (!writeAll(descriptor_, text)) fail();
+    if (kept_ && fchmod(descriptor_, *kept_) != 0) fail();
+    if (fsync(descriptor_) != 0) fail();
+}
+
+// Where the process may not name the file, another one with a name must do.
+bool OutputFile::giveName() {
+    const std::string open = fmt::format("/proc/self/fd/{}", descriptor_);
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        temporary_ = temporaryName();
+        if (linkat(AT_FDCWD, open.c_str(), directory_, temporary_.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+            noteUnfinishedFile(directory_, temporary_);
+            return true;
+        }
+        if (errno != EEXIST) break;
+    }
+    temporary_.clear();
+    return false;
 }
 
 void OutputFile::commit(std::string_view text) {
-    if (!writeAll(descriptor_, text)) fail();
-    if (!temporary_.empty()) {
-        if (fchmod(descriptor_, permissions(target_)) != 0 || fsync(descriptor_) != 0) fail();
+    fill(text);
+    const SignalsHeld held;
+    if (temporary_.empty() && !giveName()) {
+        close(std::exchange(descriptor_, -1));
+        openNamed();
+        fill(text);
     }
-    const int closed = close(descriptor_);
-    descriptor_ = -1;
-    if (closed != 0) fail();
-    if (temporary_.empty()) return;
-    if (rename(temporary_.c_str(), target_.c_str()) != 0) fail();
+    if (close(std::exchange(descriptor_, -1)) != 0) fail();
+    if (renameat(directory_, temporary_.c_str(), directory_, name_.c_str()) != 0) fail();
+    noteUnfinishedFile(-1, "");
     temporary_.clear();
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace zavcli {
 
-// A file that appears whole or not at all: it is written under another name beside its place and renamed.
-// What is no regular file, such as a named pipe or /dev/stdout, is written to directly. All failures name the
-// file.
+// A file that appears whole or not at all. What stood in its place is replaced by a new file, never written to and never
+// followed: a link is replaced itself, and what is neither a file nor a link is refused. All failures name the file.
 class OutputFile {
   public:
     // Makes sure that the file can be written, before any work is done for it. Throws Failure.
@@ -22,13 +24,23 @@ class OutputFile {
     void commit(std::string_view text);
 
   private:
-    void openBeside(const std::string& target);
+    void openDirectory();
+    void judgeEarlier();
+    void requireReplaceable() const;
+    bool openUnnamed();
+    void openNamed();
+    void removeNamed();
+    void fill(std::string_view text);
+    bool giveName();
     [[noreturn]] void fail() const;
+    [[noreturn]] void refuse(std::string_view reason) const;
 
-    std::string path_;       // as the user named it
-    std::string target_;     // the same with symbolic links followed
-    std::string temporary_;  // empty when the file is written directly
-    int descriptor_ = -1;
+    std::string path_;            // as the user named it
+    std::string name_;            // its last part
+    std::string temporary_;       // the name of the new file beside it; empty while it has none
+    std::optional<mode_t> kept_;  // the permissions of the file that is replaced, where they count
+    int directory_ = -1;          // that the name is in
+    int descriptor_ = -1;         // of the new file
 };
 
 // Throws Failure when standard output does not take all of the text.

@@ -1,7 +1,6 @@
 // `zav hw` as a whole process with scanners of the tests.
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/CsvReader.h"
@@ -27,12 +26,11 @@ class HardwareTest : public testing::Test {
     }
     bool temporaryFilesAreGone() const { return std::filesystem::is_empty(temporary_); }
     std::string path(const std::string& name) const { return (scratch_.path() / name).string(); }
-    std::string outputTemporaryName() const {
+    bool onlyOutputIsThere() const {
         for (const auto& file : std::filesystem::directory_iterator(scratch_.path())) {
-            std::string name = file.path().filename().string();
-            if (name.starts_with("out.")) return name;
+            if (file.path().filename().string().starts_with(".")) return false;
         }
-        return "";
+        return true;
     }
 
     ScratchDir scratch_;
@@ -107,7 +105,24 @@ TEST_F(HardwareTest, OutputGoesToTheFileAlone) {
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.out + ended.err);
     EXPECT_EQ(hw({"--format", "csv"}).run().out, readAll(path("out")));
-    EXPECT_EQ("", outputTemporaryName());
+    EXPECT_TRUE(onlyOutputIsThere());
+}
+
+TEST_F(HardwareTest, OutputNamedMinusIsStandardOutput) {
+    const Ended ended = hw({"--format", "csv", "--output", "-"}).directory(scratch_.path().string()).run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ(hw({"--format", "csv"}).run().out, ended.out);
+    EXPECT_FALSE(std::filesystem::exists(path("-")));
+}
+
+TEST_F(HardwareTest, OutputInThePlaceOfADeviceIsRefusedBeforeTheScan) {
+    const Ended ended = hw({"-vv", "--output", "/dev/null"}).run();
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ(
+        "zav: cannot write '/dev/null': it is a device; without --output, or with '--output -', the text "
+        "goes to "
+        "standard output\n",
+        ended.err);
 }
 
 TEST_F(HardwareTest, UnwritableOutputFailsNamingTheFile) {
@@ -120,7 +135,7 @@ TEST_F(HardwareTest, FailedScanLeavesAnEarlierOutputAlone) {
     scratch_.write("out", "earlier");
     EXPECT_EQ(1, hw({"--output", path("out")}, "fails").run().status);
     EXPECT_EQ("earlier", readAll(path("out")));
-    EXPECT_EQ("", outputTemporaryName());
+    EXPECT_TRUE(onlyOutputIsThere());
 }
 
 TEST_F(HardwareTest, FullStandardOutputIsAFailure) {
@@ -255,38 +270,6 @@ TEST_F(HardwareTest, VerboseShowsMessagesOnStandardErrorOnly) {
               trace.err.find("ZAV_hw_run: STDOUT data: [group Processor: 1 instances, 0 ms]\n"));
     EXPECT_NE(std::string::npos, trace.err.find("ZAV_init: init OK"));
 }
-
-// How a signal reaches the command: Ctrl-C on a terminal goes to the scanner too, a service manager's to the command alone.
-struct Sent {
-    const char* name;
-    int signal;
-    bool toGroup;
-};
-
-class InterruptTest : public HardwareTest, public testing::WithParamInterface<Sent> {};
-
-TEST_P(InterruptTest, EndsTheScannerAndLeavesNothing) {
-    bool sent = false;
-    const Ended ended = hw({"-vv", "--output", path("out")}, "waits")
-                            .watch([&](const std::string& err, int pid) {
-                                if (sent || err.find("STDOUT data") == std::string::npos) return;
-                                sent = true;
-                                kill(GetParam().toGroup ? -pid : pid, GetParam().signal);
-                            })
-                            .run();
-    EXPECT_EQ(GetParam().signal, ended.signal);
-    EXPECT_EQ("", ended.out);
-    EXPECT_TRUE(temporaryFilesAreGone());
-    EXPECT_EQ("", outputTemporaryName());
-    EXPECT_FALSE(std::filesystem::exists(path("out")));
-}
-
-INSTANTIATE_TEST_SUITE_P(Signal, InterruptTest,
-                         testing::Values(Sent{"InterruptOfAll", SIGINT, true},
-                                         Sent{"InterruptOfTheCommand", SIGINT, false},
-                                         Sent{"TerminationOfTheCommand", SIGTERM, false},
-                                         Sent{"HangUpOfTheCommand", SIGHUP, false}),
-                         [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
 }  // namespace zavtest
