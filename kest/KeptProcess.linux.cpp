@@ -1,5 +1,6 @@
 #include "kest/KeptProcess.linux.h"
 
+#include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -53,11 +54,19 @@ int KeptProcess::startKeeper() {
     return error;
 }
 
+// The keeper first: it ends right after its last report, and so this thread is woken only once.
 int KeptProcess::wait() {
     if (keeper_ <= 0) return status_;
-    if (!receive(status_)) status_ = unknownExitStatus;
     takeKeeperAway();
+    if (!hasReport() || !receive(status_)) status_ = unknownExitStatus;
+    reports_.close();
     return status_;
+}
+
+// Not so when the keeper was killed, even where a process that the host forked still has its end of the pipe.
+bool KeptProcess::hasReport() const {
+    pollfd reports = {reports_.number(), POLLIN, 0};
+    return poll(&reports, 1, 0) > 0 && (reports.revents & POLLIN) != 0;
 }
 
 // False when the keeper was killed.
@@ -74,7 +83,6 @@ void KeptProcess::takeKeeperAway() {
     while (waitpid(keeper_, nullptr, __WALL) < 0 && errno != ECHILD) {
     }
     keeper_ = 0;
-    reports_.close();
 }
 
 int KeptProcess::runKeeper(void* self) {

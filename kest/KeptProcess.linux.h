@@ -36,6 +36,7 @@ class KeptProcess final : public Process {
     int startKeeper();
     static int runKeeper(void* self);
     void keep() const;
+    bool hasReport() const;
     bool receive(int& report) const;
     void takeKeeperAway();
 
