@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include "include/zav.h"
+#include "kest/CancelSignal.h"
 
 namespace zav {
 
@@ -37,17 +38,20 @@ int attempted(Work work) {
 // The border of the library: what is caught, and what cancels the thread takes effect behind it. It may do so
 // in this function and the exported one that calls it, so neither may own anything.
 //
-// The type last, for a thread that may be cancelled at any time: where setting the state carries a cancellation
-// out, glibc up to 2.36 does not tell so to who joins the thread.
+// For a thread that may be cancelled at any time the type comes first and goes last: where setting the state
+// carries a cancellation out, glibc up to 2.36 does not tell so to who joins the thread. Nor does it look at the
+// state when the signal arrives that was sent before, so this waits, too.
 template <class Work>
 int guarded(Work work) {
     int state = 0;
     int type = 0;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
     pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &type);
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) kest::holdCancelSignal();
     const int code = caught(work);
     pthread_setcancelstate(state, nullptr);
     pthread_setcanceltype(type, nullptr);
+    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) kest::releaseCancelSignal();
     return code;
 }
 

@@ -11,9 +11,17 @@ class SignalsBlocked {
     SignalsBlocked() {
         sigset_t all;
         sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
     }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    // Not by setting the mask of before: that would let the C library's own signals through.
+    ~SignalsBlocked() {
+        sigset_t own;
+        sigfillset(&own);
+        for (int signal = 1; signal < NSIG; ++signal) {
+            if (sigismember(&before_, signal) == 1) sigdelset(&own, signal);
+        }
+        pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    }
     SignalsBlocked(const SignalsBlocked&) = delete;
     SignalsBlocked& operator=(const SignalsBlocked&) = delete;
 
