@@ -1,6 +1,7 @@
 #include "core/File.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,6 +28,15 @@ File openFileOrNull(const char* path, const char* mode) {
     const kest::StandardStreamsTaken taken;
     if (taken.error() != 0) return nullptr;
     return movedUp(File(std::fopen(path, mode)), mode);
+}
+
+File openForReading(const char* path) {
+    struct stat status = {};
+    if (::stat(path, &status) == 0 && S_ISFIFO(status.st_mode)) {
+        errno = EINVAL;
+        return nullptr;
+    }
+    return openFile(path, "re");
 }
 
 File openFile(const char* path, const char* mode) {

@@ -16,7 +16,9 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // be opened. Throws std::bad_alloc when memory is what is missing. REQUIRES: the mode has an "e", for
 // close-on-exec.
 File openFile(const char* path, const char* mode);
-// The same, null also when memory is missing.
+// For reading, where a pipe, which would have to be waited for, cannot be opened.
+File openForReading(const char* path);
+// As openFile, null also when memory is missing.
 File openFileOrNull(const char* path, const char* mode);
 
 // Closes a file that was written. False when what the stream still held could not be written: a full disk may

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -11,8 +12,10 @@
 
 #include "core/Guard.h"
 #include "core/Paths.h"
+#include "kest/ErrorText.h"
 #include "kest/ForksHeldOff.h"
 #include "kest/Format.h"
+#include "kest/Shown.h"
 #include "kest/Text.h"
 
 namespace zav {
@@ -126,10 +129,23 @@ int TemporaryDir::init(const wchar_t* prefix) {
 }
 
 // mkdir subtracts the umask, which may take rights from the owner too.
-bool TemporaryDir::makeDirectory() const {
-    if (exists(dirName_) || ::mkdir(dirName_.c_str(), kOwnerOnly) != 0) return false;
+bool TemporaryDir::makeDirectory() {
+    if (exists(dirName_)) {
+        error_ = EEXIST;
+        return false;
+    }
+    if (::mkdir(dirName_.c_str(), kOwnerOnly) != 0) {
+        error_ = errno;
+        return false;
+    }
     ::chmod(dirName_.c_str(), S_IRWXU);
     return true;
+}
+
+std::string TemporaryDir::trouble() const {
+    if (initialized_) return "No name is free in [" + kest::shown(dirName_) + "]";
+    return "Cannot make a directory in [" + kest::shown(WStringToString(basePath_)) +
+           "]: " + kest::errorText(error_);
 }
 
 std::wstring TemporaryDir::candidate(const std::wstring& directory, const wchar_t* prefix,

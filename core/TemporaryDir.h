@@ -46,6 +46,9 @@ class TemporaryDir {
     // Logs nothing from now on.
     void silence() { log_ = nullptr; }
 
+    // Why the last init() or getTmpFile() failed, in printable ASCII.
+    std::string trouble() const;
+
     // The workspace's directory, valid as long as the workspace; null when not initialised.
     const wchar_t* getBasePath() const { return initialized_ ? dirPathText_ : nullptr; }
     // The directory in which the workspace was to be made.
@@ -62,13 +65,14 @@ class TemporaryDir {
   private:
     std::wstring candidate(const std::wstring& directory, const wchar_t* prefix, const wchar_t* suffix,
                            int number);
-    bool makeDirectory() const;
+    bool makeDirectory();
 
     // The names are kept as the system takes them, so that deleting cannot run out of memory.
     std::list<std::string> files_;
     std::wstring basePath_;
     std::wstring dirPath_;
     std::string dirName_;
+    int error_ = 0;  // of the last directory that could not be made
     bool initialized_ = false;
     bool closed_ = false;
     const wchar_t* dirPathText_ = nullptr;

@@ -35,6 +35,8 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
         log->traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
     }
     if (code != ZAV_SUCCESS) {
+        std::string trouble = handle->tempDir->trouble();
+        log->tell("ZAV_init", trouble);
         // The end of a handle that never was is no news for the host.
         handle->tempDir->silence();
         return code;

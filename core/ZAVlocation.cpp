@@ -54,7 +54,7 @@ ZAVlocation::ZAVlocation(ZAVlog* log, const char* exploiterName, const wchar_t* 
 std::wstring ZAVlocation::getSystemLocation(const char* exploiterName) {
     if (log_ != nullptr) log_->traceMAX(kRead, "Checking ZAV location..");
     std::wstring home;
-    const File file = openFile(kPath, "re");
+    const File file = openForReading(kPath);
     if (log_ != nullptr) log_->traceMAX(kRead, "Opening a file [%s]", kPath);
     if (file == nullptr) {
         if (log_ != nullptr) log_->traceMIN("ZAVLocation::getSystemLocation", "Can't open file [%s]", kPath);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "core/File.h"
 #include "kest/Mutex.h"
@@ -97,6 +98,11 @@ void ZAVlog::trace(int level, const char* function, const char* format, ...) {
     va_start(arguments, format);
     const Ended ended(arguments);
     deliver(level, function, format, arguments);
+}
+
+void ZAVlog::tell(const char* function, std::string& trouble) {
+    const std::string told = std::exchange(trouble, {});
+    if (!told.empty()) traceMIN(function, "%s", told.c_str());
 }
 
 void ZAVlog::deliver(int level, const char* function, const char* format, va_list arguments) {

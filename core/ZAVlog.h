@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <string>
 
 #include "include/zav.h"
 
@@ -29,6 +30,10 @@ class ZAVlog {
     void traceMID(const char* function, const char* format, ...);  // level 1: notable events
     void traceMAX(const char* function, const char* format, ...);  // level 2: the detailed trace
     void trace(int level, const char* function, const char* format, ...);
+
+    // Tells at level 0 why something failed, if there is anything to tell, and empties it. REQUIRES: printable
+    // ASCII, which no locale drops.
+    void tell(const char* function, std::string& trouble);
 
     // Whether there is a callback that messages go to; for what is costly to put together.
     bool isHeard() const { return callback_ != nullptr; }

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
-#include "core/File.h"
+#include "core/NewFile.h"
 #include "intake/ConfigFrame.h"
-#include "kest/Text.h"
 
 namespace zav {
 
@@ -41,12 +39,13 @@ bool writeConfig(ZAVHwCtx* context, FILE* file) {
 }  // namespace
 
 int HW_generateHWConfigFile(ZAVHwCtx* context, const wchar_t* path) {
-    File file = openFile(kest::narrow(path).c_str(), "we");
-    if (file == nullptr) return ZAV_ERROR_HW_CONFIG;
-    const bool written = writeConfig(context, file.get());
-    if (closeFile(std::move(file)) && written) return ZAV_SUCCESS;
-    if (context->log != nullptr) {
-        context->log->traceMIN("generateHWConfigFile()", "Error during write [%S]", path);
+    constexpr const char* kFunction = "generateHWConfigFile()";
+    ZAVlog* const log = context->log.get();
+    const Written written = writeNewFile(
+        path, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
+    if (written == Written::kWhole) return ZAV_SUCCESS;
+    if (written == Written::kFailed && log != nullptr) {
+        log->traceMIN(kFunction, "Error during write [%S]", path);
     }
     return ZAV_ERROR_HW_CONFIG;
 }

@@ -1,9 +1,13 @@
 #include "hw/HWParser.h"
 
+#include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "core/Block.h"
 #include "intake/Children.h"
+#include "kest/Shown.h"
+#include "tessa/Utf8.h"
 
 namespace zav {
 
@@ -13,6 +17,36 @@ using tessa::Node;
 using tessa::NodeList;
 
 constexpr const char* kFunction = "ZAV_hw_run";
+
+// Names and texts in messages, which a log can carry in any locale.
+std::string quoted(const wchar_t* text) {
+    constexpr std::size_t kLongest = 200;
+    std::string bytes;
+    for (; *text != L'\0' && bytes.size() < kLongest; ++text) {
+        char utf8[4];
+        bytes.append(utf8, tessa::narrowUtf8(*text, utf8));
+    }
+    return '"' + kest::shown(bytes) + (*text != L'\0' ? "...\"" : "\"");
+}
+
+// What is told of a fault, beside the messages that hosts know.
+int refuse(ZAVHwCtx* context, const char* what, const Node* node) {
+    context->trouble = what + quoted(node->text());
+    return ZAV_ERROR_HW_OUTPUT;
+}
+
+// The message that hosts know says this already, unless the locale drops it for the sake of the name.
+int refuseNamed(ZAVHwCtx* context, const char* what, const Node* node) {
+    const std::wstring_view name = node->text();
+    const bool carried = std::all_of(name.begin(), name.end(), [](wchar_t each) { return each < 0x80; });
+    return carried ? ZAV_ERROR_HW_OUTPUT : refuse(context, what, node);
+}
+
+// Where a child of the root stands, counted in instances.
+std::string placeOf(const Node* child, int before) {
+    if (!isElement(child)) return " behind instance " + std::to_string(before);
+    return " in instance " + std::to_string(before + 1) + ", " + quoted(child->text());
+}
 
 // The value of a field that is one piece of text, which nearly all are: it is taken as it stands in the
 // document. Null for any other field.
@@ -69,13 +103,14 @@ class GroupFinder {
 };
 
 int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
-    if (!isElement(element)) return ZAV_ERROR_HW_OUTPUT;
+    if (!isElement(element))
+        return refuse(context, "an instance of a group is expected, not the text ", element);
     const int id = groups.idOf(element);
     if (id < kFirstGroup) {
         if (context->log != nullptr) {
             context->log->traceMIN(kFunction, "Error: No such group [%S]", element->text());
         }
-        return ZAV_ERROR_HW_OUTPUT;
+        return refuseNamed(context, "no group has the name ", element);
     }
     HWInstance instance;
     const int code = HW_parseHWGroup(context, &instance, element);
@@ -98,7 +133,10 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
     int instances = 0;
     for (const Node* const child : *children) {
         const int code = parseInstance(context, child, groups);
-        if (code != ZAV_SUCCESS) return code;
+        if (code != ZAV_SUCCESS) {
+            if (!context->trouble.empty()) context->trouble += placeOf(child, instances);
+            return code;
+        }
         ++instances;
     }
     if (context->log != nullptr) {
@@ -112,7 +150,8 @@ int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element
     if (children == nullptr) return ZAV_SUCCESS;
     instance->reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
     for (const Node* const child : *children) {
-        const int code = isElement(child) ? parseField(context, instance, child) : ZAV_ERROR_HW_OUTPUT;
+        const int code = isElement(child) ? parseField(context, instance, child)
+                                          : refuse(context, "a field is expected, not the text ", child);
         if (code != ZAV_SUCCESS) return code;
     }
     return ZAV_SUCCESS;
@@ -127,7 +166,7 @@ int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
                 context->log->traceMIN("parseHWField()", "Error: unrecognized format of value in field [%S]",
                                        field->text());
             }
-            return ZAV_ERROR_HW_OUTPUT;
+            return refuseNamed(context, "no text is the value of the field ", field);
         }
         value += child->text();
     }

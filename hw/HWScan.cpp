@@ -6,6 +6,8 @@
 #include "intake/ScannerCommand.h"
 #include "intake/ScannerProcess.h"
 #include "intake/XMLParser.h"
+#include "kest/Shown.h"
+#include "kest/Text.h"
 
 namespace zav {
 
@@ -13,11 +15,17 @@ namespace {
 
 constexpr const char* kFunction = "ZAV_hw_run";
 
+// What the steps know of a failure and do not say themselves.
+void tellTrouble(ZAVHwCtx* context) {
+    if (context->log != nullptr) context->log->tell(kFunction, context->trouble);
+}
+
 // A name for a file that goes to or comes from the scanner; empty when the workspace has none to give, so
 // that opening the file is what fails.
 std::wstring newFile(ZAVHwCtx* context, const wchar_t* prefix) {
     std::wstring path;
-    context->tmpDir->getTmpFile(path, prefix, L".xml");
+    if (context->tmpDir->getTmpFile(path, prefix, L".xml") != 0)
+        context->trouble = context->tmpDir->trouble();
     return path;
 }
 
@@ -37,7 +45,12 @@ int readOutput(ZAVHwCtx* context, const std::wstring& output) {
     if (log != nullptr) log->traceMAX(kFunction, "Parsing XML file");
     const XMLParser parser(log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
-    return HW_parseHWData(context, parser.getRootNode());
+    const int code = HW_parseHWData(context, parser.getRootNode());
+    if (code != ZAV_SUCCESS && !context->trouble.empty()) {
+        context->trouble.insert(0, "[" + kest::shown(kest::narrow(output)) + "]: ");
+        tellTrouble(context);
+    }
+    return code;
 }
 
 int scan(ZAVHwCtx* context) {
@@ -47,10 +60,12 @@ int scan(ZAVHwCtx* context) {
     if (log != nullptr) log->traceMAX(kFunction, "Generating config file: [%S]", config.c_str());
     const int written = HW_generateHWConfigFile(context, config.c_str());
     if (written != ZAV_SUCCESS) {
+        tellTrouble(context);
         if (log != nullptr) log->traceMIN(kFunction, "Config file creation error");
         return written;
     }
     const std::wstring output = newFile(context, L"out_");
+    tellTrouble(context);
     const int ran = runScanner(context, config, output);
     if (ran != ZAV_SUCCESS) return ran;
     return readOutput(context, output);

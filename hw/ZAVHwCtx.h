@@ -56,5 +56,6 @@ struct ZAVHwCtx {
     std::map<int, std::vector<zav::HWInstance>> groups;
     zav::HWFieldNames fieldNames;  // per instance an array from malloc, null for an instance without fields
     zav::HWTexts texts;
+    std::string trouble;  // why a step of the scan failed; empty when that has been told
     int returnCode = -1;  // -1 while there is no valid scan, else the scanner's status
 };

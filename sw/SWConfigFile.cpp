@@ -1,9 +1,8 @@
 #include "sw/SWConfigFile.h"
 
 #include <cstring>
-#include <utility>
 
-#include "core/File.h"
+#include "core/NewFile.h"
 #include "intake/ConfigFrame.h"
 #include "kest/Text.h"
 
@@ -77,14 +76,15 @@ int SW_CreateConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
     if (log != nullptr) {
         log->traceMAX("SW_CreateConfigFile", "Creating a config file [%S]", configFile.c_str());
     }
-    if (named != 0) return ZAV_ERROR_SW_CONFIG;
-    File file = openFile(kest::narrow(configFile).c_str(), "we");
-    if (file == nullptr) return ZAV_SUCCESS;
-    const bool written = writeConfig(context, file.get());
-    if (closeFile(std::move(file)) && written) return ZAV_SUCCESS;
-    if (log != nullptr) {
-        log->traceMIN("SW_CreateConfigFile()", "Error during write [%S]", configFile.c_str());
+    if (named != 0) {
+        context->trouble = context->tmpDir->trouble();
+        return ZAV_ERROR_SW_CONFIG;
     }
+    constexpr const char* kFunction = "SW_CreateConfigFile()";
+    const Written written = writeNewFile(
+        configFile, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
+    if (written != Written::kFailed) return ZAV_SUCCESS;
+    if (log != nullptr) log->traceMIN(kFunction, "Error during write [%S]", configFile.c_str());
     return ZAV_ERROR_SW_CONFIG;
 }
 

@@ -12,24 +12,41 @@ namespace zav {
 
 namespace {
 
+// What a step knows of a failure and does not say itself, under the name that it logs by.
+int told(ZAVSwCtx* context, const char* function, int code) {
+    if (context->log != nullptr) context->log->tell(function, context->trouble);
+    return code;
+}
+
+int createConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
+    return told(context, "SW_CreateConfigFile()", SW_CreateConfigFile(context, configFile));
+}
+
+int createSignatures(ZAVSwCtx* context, std::wstring& signatureFile, const wchar_t** signatures,
+                     unsigned int count) {
+    return told(context, "SW_CreateSignatures()",
+                SW_CreateSignatures(context, signatureFile, signatures, count));
+}
+
 int scan(ZAVSwCtx* context, const std::wstring& configFile, const std::wstring& signatureFile) {
     std::wstring warningsFile;
     std::wstring outputFile;
-    const int code = SW_ExecuteScanner(context, configFile, signatureFile, warningsFile, outputFile);
+    const int code = told(context, "SW_ExecuteScanner()",
+                          SW_ExecuteScanner(context, configFile, signatureFile, warningsFile, outputFile));
     return code != ZAV_SUCCESS ? code : SW_ParseOutput(context, outputFile, warningsFile);
 }
 
 int write(ZAVSwCtx* context, std::wstring& configFile, std::wstring& signatureFile,
           const wchar_t* signature) {
-    if (SW_CreateConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
-    const int code = SW_CreateSignature(context, signatureFile, signature);
+    if (createConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
+    const int code = createSignatures(context, signatureFile, &signature, 1);
     return code == ZAV_SUCCESS ? ZAV_SUCCESS : ZAV_ERROR_SW_CONFIG;
 }
 
 int writeMulti(ZAVSwCtx* context, std::wstring& configFile, std::wstring& signatureFile,
                const wchar_t** signatures, unsigned int count) {
-    const int code = SW_CreateConfigFile(context, configFile);
-    return code != ZAV_SUCCESS ? code : SW_CreateSignatures(context, signatureFile, signatures, count);
+    const int code = createConfigFile(context, configFile);
+    return code != ZAV_SUCCESS ? code : createSignatures(context, signatureFile, signatures, count);
 }
 
 int evaluate(ZAVSwCtx* context, const wchar_t* signature) {
@@ -52,7 +69,7 @@ int evaluateFile(ZAVSwCtx* context, const wchar_t* path) {
     const std::wstring signatureFile = path;
     SW_deleteResults(context);
     std::wstring configFile;
-    if (SW_CreateConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
+    if (createConfigFile(context, configFile) != ZAV_SUCCESS) return ZAV_ERROR_SW_CONFIG;
     return scan(context, configFile, signatureFile);
 }
 

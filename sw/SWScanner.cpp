@@ -24,6 +24,7 @@ constexpr ResultFile kWarnings = {L"warning_", "Warning file: %S", "Can't create
 int nameFile(ZAVSwCtx* context, const ResultFile& file, std::wstring& path) {
     ZAVlog* const log = context->log.get();
     const int code = context->tmpDir->getTmpFile(path, file.prefix, L".xml");
+    if (code != 0) context->trouble = context->tmpDir->trouble();
     if (log != nullptr && code != 0) log->traceMIN(kFunction, "%s", file.notNamed);
     if (log != nullptr && code == 0) log->traceMAX(kFunction, file.named, path.c_str());
     return code;

@@ -1,10 +1,8 @@
 #include "sw/SWSignatureFile.h"
 
 #include <algorithm>
-#include <utility>
 
-#include "core/File.h"
-#include "kest/Text.h"
+#include "core/NewFile.h"
 #include "sw/SWConfigFile.h"
 
 namespace zav {
@@ -30,11 +28,12 @@ int SW_CreateSignatures(ZAVSwCtx* context, std::wstring& signatureFile, const wc
     ZAVlog* const log = context->log.get();
     const int named = context->tmpDir->getTmpFile(signatureFile, L"sig_", L".xml");
     if (log != nullptr) log->traceMAX(kFunction, "Creating a signature file [%S]", signatureFile.c_str());
-    File file = openFile(kest::narrow(signatureFile).c_str(), "we");
-    if (file == nullptr) return ZAV_ERROR_SW_SIGNATURE;
-    const bool written = writeSignatures(context, file.get(), signatures, count);
-    if (closeFile(std::move(file)) && written) return named;
-    if (log != nullptr) log->traceMIN(kFunction, "Error during write [%S]", signatureFile.c_str());
+    const auto writing = [=](FILE* file) { return writeSignatures(context, file, signatures, count); };
+    const Written written = writeNewFile(signatureFile, writing, context->trouble);
+    if (written == Written::kWhole) return named;
+    if (written == Written::kFailed && log != nullptr) {
+        log->traceMIN(kFunction, "Error during write [%S]", signatureFile.c_str());
+    }
     return ZAV_ERROR_SW_SIGNATURE;
 }
 

@@ -39,6 +39,7 @@ struct ZAVSwCtx {
     std::unique_ptr<zav::ZAVlog> log;
     std::unique_ptr<zav::TemporaryDir> tmpDir;  // borrows log
     std::wstring installDir;
+    std::string trouble;  // why a step of the evaluation failed; empty when that has been told
     int returnCode = -1;  // -1 while there are no valid results, else the scanner's status
     std::map<std::wstring, zav::SWPreset> variables;
     std::map<std::wstring, zav::SWSettings> pluginConfigs;

@@ -97,16 +97,20 @@ TEST_F(FaultTest, AFailedWriteIsTheLastOne) {
         EXPECT_EQ(code, 102) << nth;
         EXPECT_EQ(fault.callsBehind(), 0) << nth;
         const Messages messages = takeMessages();
-        ASSERT_GE(messages.size(), 2U);
+        ASSERT_GE(messages.size(), 3U);
+        EXPECT_EQ(
+            messages[messages.size() - 3],
+            (zavtest::Message{0, 3, "generateHWConfigFile()", "Error during write [" + fault.path() + "]"}));
         EXPECT_EQ(
             messages[messages.size() - 2],
-            (zavtest::Message{0, 3, "generateHWConfigFile()", "Error during write [" + fault.path() + "]"}));
+            (zavtest::Message{0, 3, "ZAV_hw_run",
+                              "Cannot write [" + fault.path() + "]: ENOSPC (no space left on device)"}));
         EXPECT_EQ(messages.back(), (zavtest::Message{0, 3, "ZAV_hw_run", "Config file creation error"}));
         EXPECT_EQ(returnCode(), -1);
     }
 }
 
-TEST_F(FaultTest, AConfigurationThatCannotBeOpenedHasOneMessage) {
+TEST_F(FaultTest, AConfigurationThatCannotBeOpenedIsToldWithTheReason) {
     for (int nth = 1;; ++nth) {
         const Fault fault("fopen", EACCES, nth);
         takeMessages();
@@ -116,7 +120,10 @@ TEST_F(FaultTest, AConfigurationThatCannotBeOpenedHasOneMessage) {
         EXPECT_EQ(code, 102);
         EXPECT_EQ(returnCode(), -1);
         const Messages messages = takeMessages();
-        ASSERT_EQ(messages.size(), 3U);
+        ASSERT_EQ(messages.size(), 4U);
+        EXPECT_EQ(messages[2],
+                  (zavtest::Message{0, 3, "ZAV_hw_run",
+                                    "Cannot make [" + fault.path() + "]: EACCES (permission denied)"}));
         EXPECT_EQ(messages.back(), (zavtest::Message{0, 3, "ZAV_hw_run", "Config file creation error"}));
         break;
     }
@@ -125,8 +132,12 @@ TEST_F(FaultTest, AConfigurationThatCannotBeOpenedHasOneMessage) {
 TEST_F(FaultTest, WithoutAFreeNameThereIsNoConfiguration) {
     const Fault fault("access", EEXIST, Fault::kEvery);
     EXPECT_EQ(run(), 102);
-    EXPECT_EQ(takeMessages(), (Messages{{2, 3, "ZAV_hw_run", "Generating config file: []"},
-                                        {0, 3, "ZAV_hw_run", "Config file creation error"}}));
+    const Messages messages = takeMessages();
+    ASSERT_EQ(messages.size(), 3U);
+    EXPECT_TRUE(messages[1].text.starts_with("No name is free in [" + temp().string())) << messages[1];
+    EXPECT_EQ((Messages{messages[0], messages[2]}),
+              (Messages{{2, 3, "ZAV_hw_run", "Generating config file: []"},
+                        {0, 3, "ZAV_hw_run", "Config file creation error"}}));
     EXPECT_GE(fault.failures(), 30);
     EXPECT_LE(fault.failures(), 59);
 }

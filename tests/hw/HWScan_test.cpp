@@ -295,6 +295,42 @@ TEST_F(HWScanTest, EachLineIsToldAsSoonAsItsLineFeedArrives) {
     EXPECT_EQ(ZAV_hw_free(other), 0);
 }
 
+struct RefusedCase {
+    const char* name;
+    std::string output;
+    std::string reason;
+};
+
+class RefusedTest : public HWScanTest, public testing::WithParamInterface<RefusedCase> {};
+
+TEST_P(RefusedTest, IsToldWithItsFileAndTheReason) {
+    scannerWrites(GetParam().output);
+    ASSERT_EQ(run(), 104);
+    const Messages messages = takeMessages();
+    const zavtest::Message& last = messages.back();
+    EXPECT_EQ(last.level, 0);
+    EXPECT_EQ(last.function, "ZAV_hw_run");
+    EXPECT_TRUE(last.text.starts_with("[" + temp().string())) << last;
+    EXPECT_TRUE(last.text.ends_with("]: " + GetParam().reason)) << last;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Outputs, RefusedTest,
+    testing::Values(
+        RefusedCase{"TextForAField", "<QEL><Memory/><Processor> </Processor></QEL>",
+                    "a field is expected, not the text \" \" in instance 2, \"Processor\""},
+        RefusedCase{"TextForAnInstance", "<QEL><Memory/>free</QEL>",
+                    "an instance of a group is expected, not the text \"free\" behind instance 1"},
+        RefusedCase{"NameThatTheLocaleDrops", "<QEL><M\xC3\xB6\x62\x65l/></QEL>",
+                    "no group has the name \"M\\xC3\\xB6\x62\x65l\" in instance 1, \"M\\xC3\\xB6\x62\x65l\""},
+        RefusedCase{"FieldWithANameThatTheLocaleDrops",
+                    "<QEL><Memory><\xC3\xB6><b/></\xC3\xB6></Memory></QEL>",
+                    "no text is the value of the field \"\\xC3\\xB6\" in instance 1, \"Memory\""},
+        RefusedCase{"LongText", "<QEL>" + std::string(300, 'x') + "</QEL>",
+                    "an instance of a group is expected, not the text \"" + std::string(200, 'x') +
+                        "...\" behind instance 0"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
 struct LinesCase {
     const char* name;
     std::string printed;

@@ -126,8 +126,12 @@ TEST_F(HwInitTest, SucceedsWithoutAWorkspaceAndSaysSo) {
     EXPECT_EQ(ZAV_hw_setopt(context, 4, 1), 0);
     log_.messages.clear();
     EXPECT_EQ(ZAV_hw_run(context), 102);
-    EXPECT_EQ(log_.messages, (Messages{{2, 3, "ZAV_hw_run", "Generating config file: []"},
-                                       {0, 3, "ZAV_hw_run", "Config file creation error"}}));
+    EXPECT_EQ(
+        log_.messages,
+        (Messages{{2, 3, "ZAV_hw_run", "Generating config file: []"},
+                  {0, 3, "ZAV_hw_run",
+                   "Cannot make a directory in [" + directory + "]: ENOENT (no such file or directory)"},
+                  {0, 3, "ZAV_hw_run", "Config file creation error"}}));
     int returnCode = 0;
     EXPECT_EQ(ZAV_hw_get_returncode(context, &returnCode), 0);
     EXPECT_EQ(returnCode, -1);

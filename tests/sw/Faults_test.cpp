@@ -114,8 +114,12 @@ TEST_F(SWWriteFaultTest, AFailedWriteIsTheLastOneAndIsToldOf) {
             EXPECT_EQ(fault.callsBehind(), 0) << nth;
             const char* const function =
                 isConfiguration(fault.path()) ? "SW_CreateConfigFile()" : "SW_CreateSignatures()";
-            EXPECT_EQ(takeMessages().back(),
+            const Messages messages = takeMessages();
+            EXPECT_EQ(messages[messages.size() - 2],
                       (zavtest::Message{0, 4, function, "Error during write [" + fault.path() + "]"}));
+            EXPECT_EQ(messages.back(), (zavtest::Message{0, 4, function,
+                                                         "Cannot write [" + fault.path() +
+                                                             "]: ENOSPC (no space left on device)"}));
             EXPECT_EQ(returnCode(), -1);
         }
     }
@@ -139,7 +143,11 @@ TEST_F(SWWriteFaultTest, WithoutAFreeNameNothingIsWrittenOrLaunched) {
     scannerWrites("<QEL/>");
     const Fault fault("access", EEXIST, Fault::kEvery);
     EXPECT_EQ(run(), 201);
-    EXPECT_EQ(takeMessages(), (Messages{{2, 4, "SW_CreateConfigFile", "Creating a config file []"}}));
+    const Messages messages = takeMessages();
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0], (zavtest::Message{2, 4, "SW_CreateConfigFile", "Creating a config file []"}));
+    EXPECT_EQ(messages[1].function, "SW_CreateConfigFile()");
+    EXPECT_TRUE(messages[1].text.starts_with("No name is free in [" + temp().string())) << messages[1];
     EXPECT_FALSE(std::filesystem::exists(path() / "seen_configuration"));
 }
 

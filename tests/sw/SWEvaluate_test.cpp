@@ -147,6 +147,11 @@ TEST_P(SWEntryTest, ALostWorkspaceShowsWhereSignaturesAreWritten) {
         messages.begin(), messages.end(),
         [](const zavtest::Message& message) { return message.text.starts_with("Error during write"); });
     EXPECT_FALSE(toldOfAWrite);
+    const bool toldWhy = std::any_of(messages.begin(), messages.end(), [](const zavtest::Message& message) {
+        return message.level == 0 && message.text.starts_with("Cannot make [") &&
+               message.text.ends_with("]: ENOENT (no such file or directory)");
+    });
+    EXPECT_TRUE(toldWhy);
     if (GetParam() != Entry::File) {
         EXPECT_EQ(returnCode(), -1);
         expectNoResults();
@@ -267,6 +272,17 @@ TEST_F(SWEvaluateTest, TextsOfTheResultsMayBeOptions) {
     EXPECT_NE(configuration.find("<Variable name=\"guid\" value=\"guid\" guid=\"guid\" />"),
               std::string::npos);
     EXPECT_NE(configuration.find("<Attribute name=\"guid\" value=\"guid\"/>"), std::string::npos);
+}
+
+TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsToldAsTheReason) {
+    scannerWrites("<QEL/>");
+    const wchar_t* signatures[] = {L"A", nullptr};
+    takeMessages();
+    ASSERT_EQ(ZAV_sw_evaluate_multi(context(), signatures, 2), 202);
+    const Messages messages = takeMessages();
+    EXPECT_EQ(messages.back().level, 0);
+    EXPECT_EQ(messages.back().function, "SW_CreateSignatures()");
+    EXPECT_TRUE(messages.back().text.ends_with("]: a text of it is null")) << messages.back();
 }
 
 TEST_F(SWEvaluateTest, AFileOfSignaturesIsHandedOnUnread) {

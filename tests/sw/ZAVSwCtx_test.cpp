@@ -102,7 +102,10 @@ TEST_F(SwInitTest, SucceedsWithoutAWorkspaceAndSaysSo) {
     EXPECT_EQ(ZAV_sw_evaluate_multi(context, signatures, 1), 201);
     EXPECT_EQ(ZAV_sw_evaluate_file(context, L"/none"), 201);
     const zavtest::Message unnamed = {2, 4, "SW_CreateConfigFile", "Creating a config file []"};
-    EXPECT_EQ(log_.messages, (Messages{unnamed, unnamed, unnamed}));
+    const zavtest::Message reason = {
+        0, 4, "SW_CreateConfigFile()",
+        "Cannot make a directory in [" + directory + "]: ENOENT (no such file or directory)"};
+    EXPECT_EQ(log_.messages, (Messages{unnamed, reason, unnamed, reason, unnamed, reason}));
     EXPECT_EQ(context->returnCode, -1);
 
     log_.messages.clear();
