@@ -56,6 +56,7 @@ int listGroups(const Options& options) {
     const std::vector<GroupName> names = library.groups();
     const Instance scanInfo = askScanner(library, toolkit, options);
     std::vector<ListedGroup> groups;
+    groups.reserve(names.size());
     for (const GroupName& group : names) groups.push_back(listed(group, scanInfo));
     switch (options.format) {
         case Format::Json:

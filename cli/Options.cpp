@@ -21,7 +21,8 @@ constexpr const char* kMainFooter = R"(Examples:
   zav doctor                               why it does not work, if it does not
 
 Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong, 3 the inventory is written, but something
-that was asked for could not be read.
+that was asked for could not be read. A signal ends the command as such, once it has cleaned up.
+--output puts a new file into its place and follows no link; it refuses pipes, devices and directories.
 'zav hw --help' and 'zav sw --help' tell more.)";
 
 constexpr const char* kHardwareFooter =
@@ -91,7 +92,8 @@ Exit status: 0 evaluated, also without a match, or valid; 1 the evaluation faile
 line is wrong, or a file cannot be read.)";
 
 constexpr const char* kDoctorFooter =
-    R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible).
+    R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible). The checks named
+'ownership' tell who else could replace a scanner, with the command line that mends it; root starts no such scanner.
 Exit status: 0 when an inventory can work, 1 when not.)";
 
 // The format is chosen by its name in any case.

@@ -16,8 +16,7 @@ namespace zavcli {
 Toolkit toolkitFor(const Options& options, const Scanner& scanner) {
     // An installed scanner may not know of the directory to scan and would report this machine in its place.
     const std::string configured = options.root ? "" : readLocation(kConfigurationFile, kProductName).toolkit;
-    const Toolkit toolkit =
-        chooseToolkit({options.toolkit, configured, bundledPlaces(thisCommand())}, scanner);
+    Toolkit toolkit = chooseToolkit({options.toolkit, configured, bundledPlaces(thisCommand())}, scanner);
     requireTrusted(toolkit, scanner);
     if (toolkit.source == ToolkitSource::Bundled && !configured.empty())
         complain(fmt::format("{} names {}, which holds no program '{}'; that of {} is used",

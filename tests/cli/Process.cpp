@@ -136,6 +136,17 @@ Process& Process::configuration(const std::optional<std::string>& zavIni) {
     return *this;
 }
 
+Process& Process::configurationOwner(unsigned int user, unsigned int mode) {
+    iniUser_ = user;
+    iniMode_ = mode;
+    return *this;
+}
+
+Process& Process::user(unsigned int id) {
+    user_ = id;
+    return *this;
+}
+
 Process& Process::watch(std::function<void(const std::string&, int)> watcher) {
     watcher_ = std::move(watcher);
     return *this;
@@ -153,10 +164,12 @@ void Process::enterOwnEtc() const {
         std::ofstream("/proc/self/gid_map") << group << ' ' << group << " 1";
     }
     check(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "mount /");
-    check(mount("none", "/etc", "tmpfs", 0, nullptr) == 0, "mount /etc");
+    check(mount("none", "/etc", "tmpfs", 0, "mode=0755") == 0, "mount /etc");
     if (!zavIni_) return;
     check(mkdir("/etc/zav", 0755) == 0, "mkdir /etc/zav");
     std::ofstream("/etc/zav/zav.ini", std::ios::binary) << *zavIni_;
+    check(chmod("/etc/zav/zav.ini", iniMode_) == 0, "chmod zav.ini");
+    if (geteuid() == 0) check(chown("/etc/zav/zav.ini", iniUser_, iniUser_) == 0, "chown zav.ini");
 }
 
 void Process::become(int out, int err) const {
@@ -171,6 +184,7 @@ void Process::become(int out, int err) const {
     std::vector<char*> argv{const_cast<char*>(program_.c_str())};
     for (const std::string& argument : arguments_) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    check(!user_ || setuid(*user_) == 0, "setuid");
     for (const int signal : ignored_) std::signal(signal, SIG_IGN);
     for (const int descriptor : closed_) close(descriptor);
     execv(program_.c_str(), argv.data());

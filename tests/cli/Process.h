@@ -39,6 +39,10 @@ class Process {
     Process& without(std::vector<int> descriptors);
     // The process sees an /etc that holds nothing but zav/zav.ini of this content, or nothing at all.
     Process& configuration(const std::optional<std::string>& zavIni);
+    // That zav.ini belongs to this user and has this mode.
+    Process& configurationOwner(unsigned int user, unsigned int mode);
+    // Root starts the process as this user.
+    Process& user(unsigned int id);
     // Called again and again with what standard error has brought so far and the process id, which is that of
     // its process group too.
     Process& watch(std::function<void(const std::string& err, int pid)> watcher);
@@ -62,6 +66,9 @@ class Process {
     int unread_ = -1;
     bool ownEtc_ = false;
     std::optional<std::string> zavIni_;
+    unsigned int iniUser_ = 0;
+    unsigned int iniMode_ = 0644;
+    std::optional<unsigned int> user_;
     std::function<void(const std::string&, int)> watcher_;
 };
 

@@ -67,10 +67,10 @@ void PrintTo(const Sent& sent, std::ostream* out) {
 class EndingSignalTest : public SignalsTest, public testing::WithParamInterface<Sent> {};
 
 TEST_P(EndingSignalTest, EndsTheScannerAndLeavesNothing) {
-    const auto [signal, toGroup] = GetParam();
+    const Sent sent = GetParam();
     const Ended ended = whenScanning(hw({"-vv", "--output", path("d/out")}),
-                                     [&](int pid) { kill(toGroup ? -pid : pid, signal); });
-    EXPECT_EQ(signal, ended.signal);
+                                     [&](int pid) { kill(sent.toGroup ? -pid : pid, sent.signal); });
+    EXPECT_EQ(sent.signal, ended.signal);
     EXPECT_EQ("", ended.out);
     EXPECT_EQ(Names{}, leftTemporary());
     EXPECT_TRUE(std::filesystem::is_empty(path("d")));

@@ -29,7 +29,7 @@ class WorkspaceTest : public testing::Test {
     std::string abandoned(const std::string& ending) const {
         std::string boot;
         std::ifstream("/proc/sys/kernel/random/boot_id") >> boot;
-        const std::string made = path("zav-" + boot.substr(0, 8) + "-" + ending);
+        std::string made = path("zav-" + boot.substr(0, 8) + "-" + ending);
         std::filesystem::create_directories(made + "/zav_1/quorvah_2");
         std::ofstream(made + "/zav_1/quorvah_2/output") << "half";
         EXPECT_EQ(0, chmod(made.c_str(), 0700));
