@@ -171,5 +171,27 @@ TEST_F(Fork, WhileAThreadScansLeavesTheChildAbleToScan) {
     scanner.join();
 }
 
+// A daemon that has closed its standard streams and goes on to write to them.
+TEST_F(InventoryTest, OfAHostWithoutStandardStreamsHoldsNothingThatTheHostWrites) {
+    put("output.xml", "<QEL/>");
+    scannerIs("ShowConfiguration");
+    EXPECT_TRUE(zavtest::holdsInChild([this] {
+        for (const int stream : {0, 1, 2}) ::close(stream);
+        std::atomic<int> written = 0;
+        std::atomic<bool> over = false;
+        std::thread host([&] {
+            while (!over) written += ::write(1, "line of the host\n", 17) > 0 ? 1 : 0;
+        });
+        bool clean = true;
+        for (int round = 0; round < 50 && clean; ++round) {
+            clean =
+                run() == 0 && value(3, 0, L"Configuration").find(L"line of the host") == std::wstring::npos;
+        }
+        over = true;
+        host.join();
+        return clean && written == 0;
+    }));
+}
+
 }  // namespace
 }  // namespace hwtest
