@@ -75,6 +75,29 @@ TEST_F(ToolkitsTest, ConfiguredToolkitWithoutScannerIsPassedOver) {
               toolkitOf(zav({"hw", "--format", "json"}).configuration("ZAV_HomeDirectory = /nope\n").run()));
 }
 
+TEST_F(ToolkitsTest, ConfiguredToolkitAndTemporaryDirectoryOutsideAsciiAreUsed) {
+    place("fails", "installed/bin");
+    const std::string configured = place("copies", "gr\xc3\xb6\xc3\x9f/bin");
+    const auto temporary = scratch_.path() / "tempor\xc3\xa4r";
+    std::filesystem::create_directory(temporary);
+    const std::string ini = "ZAV_HomeDirectory = /nope\nZAV_HomeDirectory = " +
+                            (scratch_.path() / "gr\xc3\xb6\xc3\x9f").string() + "\n";
+    const Ended ended =
+        zav({"hw", "--format", "json"}).environment("TEMP", temporary.string()).configuration(ini).run();
+    EXPECT_EQ(configured, toolkitOf(ended));
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+TEST_F(ToolkitsTest, ConfiguredToolkitThatIsPassedOverIsTold) {
+    const std::string bundled = place("copies", "installed/bin");
+    const Ended ended = zav({"hw"}).configuration("ZAV_HomeDirectory = /nope\n").run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ(0U, ended.err.find(
+                      "zav: /etc/zav/zav.ini names /nope/bin, which holds no program 'quorvah'; that of " +
+                      bundled + " is used\n"))
+        << ended.err;
+}
+
 TEST_F(ToolkitsTest, GivenToolkitComesFirst) {
     place("fails", "installed/bin");
     const std::string given = place("copies", "given");
