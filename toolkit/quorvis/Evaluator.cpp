@@ -38,7 +38,7 @@ void Evaluator::plan(std::span<const Signature> signatures) {
 
 void Evaluator::evaluateOne(const Signature& signature) {
     const bool explained = !explained_.empty() && sameButForCase(explained_, signature.guid);
-    leaves_.forgetTooMany();
+    if (leaves_.holdTooMuch()) leaves_.forget();
     try {
         SignatureEvaluation(signature, presets_, leaves_, machine_.settings(), sink_, explained).run();
     } catch (const std::bad_alloc&) {

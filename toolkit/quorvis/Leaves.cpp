@@ -85,8 +85,8 @@ void Leaves::forget() {
     held_ = 0;
 }
 
-void Leaves::forgetTooMany() {
-    if (held_ > kHeldAtMost) forget();
+bool Leaves::holdTooMuch() const {
+    return held_ > kHeldAtMost;
 }
 
 const LeafResult* Leaves::known(const Leaf& leaf) const {

@@ -27,10 +27,10 @@ class Leaves {
 
     // Lives as long as this. REQUIRES: the query's leaf does too.
     const LeafResult& result(const Query& query);
-    // Forgets all results, or those of an evaluation that has filled the memory meant for them. REQUIRES: nobody uses
-    // one any more.
+    // Whether results have filled the memory that is meant for them.
+    bool holdTooMuch() const;
+    // Forgets all results. REQUIRES: nobody uses one any more.
     void forget();
-    void forgetTooMany();
     // The result of this very leaf if it was looked up before and has no variables; else null.
     const LeafResult* known(const Leaf& leaf) const;
 

@@ -91,11 +91,19 @@ void SignatureEvaluation::run() {
 }
 
 void SignatureEvaluation::runEach(const Leaf& each) {
-    const LeafResult* const result = lookUp(each);
+    const LeafResult* result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
     bool unknown = found == Truth::Unknown;
     if (found == Truth::True) {
-        for (const Item& item : result->items) {
+        LeafResult own;
+        for (std::size_t i = 0; i < result->items.size(); ++i) {
+            if (leaves_.holdTooMuch()) {
+                if (result != &own) own = *result;
+                result = &own;
+                leaves_.forget();
+                told_.clear();
+            }
+            const Item& item = result->items[i];
             use(each, item);
             const Truth truth = evaluateMatch();
             explain("item " + item.source, truth);
