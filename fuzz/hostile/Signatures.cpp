@@ -50,12 +50,39 @@ const Texts kTests = {"equals", "atLeast", "above", "atMost", "below"};
 const Texts kSchemes = {"deb", "rpm", "semver", "pep440", "dotted", "int", "text"};
 const Texts kKeys = {"name", "version", "dependencies.a", "/packages/0/name", "a.b.c.d", "0", ""};
 
+// Valid ones that look at everything once, whatever the others are.
+std::string plainSignatures(const Texts& paths) {
+    const auto signature = [](const std::string& guid, const std::string& leaf) {
+        return "<Signature guid=\"plain." + guid + "\" name=\"n\"><Each>" + leaf +
+               R"(</Each><Output><Variable name="v" value="${x.path}${x.value}${x.version}${x.match}"/></Output>)"
+               "</Signature>";
+    };
+    std::string text =
+        signature("p", R"(<Package id="x" nameRegex=""/>)") + signature("s", R"(<SwidTag id="x"/>)");
+    for (const char* const glob : {"/odd/**", "/home/**", "/swap/**", "/usr/*/*"})
+        text += signature("g", std::string(R"(<Glob id="x" pattern=")") + glob + "\"/>");
+    for (const std::string& path : paths) {
+        const auto leaf = [&](const std::string& kind, const std::string& rest) {
+            text += signature(kind, "<" + kind + " id=\"x\" path=\"" + path + "\" " + rest + "/>");
+        };
+        leaf("File", "sha256=\"" + std::string(64, '0') + "\"");
+        leaf("Content", "regex=\"version\"");
+        for (const char* const format : {"properties", "ini", "shell", "json"})
+            leaf("Property", std::string("key=\"version\" format=\"") + format + "\"");
+        leaf("Xml", "select=\"/a/b/@c\"");
+        leaf("Elf", "regex=\"([0-9]+)\"");
+        for (const char* const format : {"jar", "pe", "python-dist"})
+            leaf("FileVersion", std::string("format=\"") + format + "\"");
+    }
+    return text;
+}
+
 class Writer {
   public:
     Writer(Random& random, const Texts& paths) : random_(random), paths_(paths) {}
 
     std::string file() {
-        std::string text = "<Signatures>";
+        std::string text = "<Signatures>" + plainSignatures(paths_);
         for (std::size_t i = 1 + random_.below(8); i > 0; --i) text += signature(i);
         return text + "</Signatures>";
     }
