@@ -171,12 +171,12 @@ TEST_F(Fork, WhileAThreadScansLeavesTheChildAbleToScan) {
     scanner.join();
 }
 
-// A daemon that has closed its standard streams and goes on to write to them.
-TEST_F(InventoryTest, OfAHostWithoutStandardStreamsHoldsNothingThatTheHostWrites) {
-    put("output.xml", "<QEL/>");
-    scannerIs("ShowConfiguration");
-    EXPECT_TRUE(zavtest::holdsInChild([this] {
+// A daemon that has closed its standard streams and goes on to write to them. It opens the library itself.
+TEST(HostWithoutStandardStreams, FindsNothingThatItWritesInWhatTheScannerIsGiven) {
+    EXPECT_TRUE(zavtest::holdsInChild([] {
         for (const int stream : {0, 1, 2}) ::close(stream);
+        Inventory inventory;
+        inventory.scannerIs("ShowConfiguration");
         std::atomic<int> written = 0;
         std::atomic<bool> over = false;
         std::thread host([&] {
@@ -184,8 +184,8 @@ TEST_F(InventoryTest, OfAHostWithoutStandardStreamsHoldsNothingThatTheHostWrites
         });
         bool clean = true;
         for (int round = 0; round < 50 && clean; ++round) {
-            clean =
-                run() == 0 && value(3, 0, L"Configuration").find(L"line of the host") == std::wstring::npos;
+            clean = inventory.run() == 0 &&
+                    inventory.value(3, 0, L"Configuration").find(L"line of the host") == std::wstring::npos;
         }
         over = true;
         host.join();
