@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "kest/Descriptor.h"
+#include "tessa/Encoding.h"
 
 namespace toolkit::quorvis {
 
@@ -86,6 +87,8 @@ DocumentText readDocument(const std::string& path) {
         document.error = path + ": " + std::strerror(errno);
     } else if (document.bytes.size() > kLargestDocument) {
         document.error = path + ": larger than 64 MiB";
+    } else if (const int unit = tessa::ByteForm::of(document.bytes).unit; unit != 1) {
+        document.error = path + (unit == 2 ? ": in UTF-16" : ": in UTF-32") + ", UTF-8 is expected";
     } else {
         document.utf8 = isUtf8(document.bytes);
     }

@@ -6,7 +6,7 @@
 
 namespace toolkit::quorvis {
 
-// The bytes of an XML document. One that is not valid UTF-8 holds one byte for each character, whatever it declares.
+// The bytes of an XML document. One that is not valid UTF-8 is read as ISO-8859-1.
 struct DocumentText {
     std::string bytes;
     bool utf8 = true;
@@ -15,7 +15,7 @@ struct DocumentText {
 
 constexpr std::size_t kLargestDocument = std::size_t{64} << 20;
 
-// Reads a regular file, or what a pipe brings, of at most kLargestDocument bytes.
+// Reads a regular file, or what a pipe brings, of at most kLargestDocument bytes. UTF-16 and UTF-32 are errors.
 DocumentText readDocument(const std::string& path);
 
 // Counted from 1, in characters.

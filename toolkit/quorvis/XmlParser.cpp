@@ -6,6 +6,9 @@
 #include <memory>
 #include <new>
 
+#include "tessa/Encoding.h"
+#include "tessa/Shown.h"
+
 namespace toolkit::quorvis {
 
 namespace {
@@ -28,6 +31,7 @@ class Parser {
         XML_SetUserData(parser_.get(), this);
         XML_SetElementHandler(parser_.get(), onStart, onEnd);
         XML_SetCharacterDataHandler(parser_.get(), onText);
+        XML_SetXmlDeclHandler(parser_.get(), onDeclaration);
         XML_SetStartDoctypeDeclHandler(parser_.get(), onDoctype);
     }
 
@@ -67,6 +71,16 @@ class Parser {
         parser.guarded([&] {
             parser.handler_.onText({text, static_cast<std::size_t>(length)}, parser.offset());
         });
+    }
+    // What a file in another encoding or version says could only be guessed. Products do write version 1.1, and what it
+    // allows beyond 1.0 is malformed here.
+    static void XMLCALL onDeclaration(void* self, const XML_Char* version, const XML_Char* encoding,
+                                      int /*standalone*/) {
+        auto& parser = *static_cast<Parser*>(self);
+        if (version != nullptr && !std::string_view(version).starts_with("1."))
+            parser.refuse("XML version " + tessa::quoted(version) + " is not supported");
+        if (encoding != nullptr && !tessa::ByteForm::readByExpat(encoding))
+            parser.refuse("encoding " + tessa::quoted(encoding) + " is not supported, UTF-8 is expected");
     }
     static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                                   const XML_Char* /*publicId*/, int /*hasInternalSubset*/) {

@@ -156,6 +156,40 @@ TEST(SignatureReader, ReadsOneByteForEachCharacterWithAnEventWhenItIsNotUtf8) {
     EXPECT_EQ(valueOf(utf8.signatures.at(0).leaves.at(0), Attribute::Name), "M\xC3\xBC");
 }
 
+TEST(SignatureReader, OtherEncodingsAndVersionsAreRefusedByName) {
+    const std::string good = match("<Package name='x'/>");
+    const auto wide = [&](std::size_t unit, bool bigEndian, std::string bytes) {
+        for (const char byte : good) {
+            std::string character(unit, '\0');
+            (bigEndian ? character.back() : character.front()) = byte;
+            bytes += character;
+        }
+        return bytes;
+    };
+    const std::pair<std::string, const char*> cases[] = {
+        {wide(2, false, ""), "in UTF-16, UTF-8 is expected"},
+        {wide(2, true, ""), "in UTF-16, UTF-8 is expected"},
+        {wide(2, false, "\xFF\xFE"), "in UTF-16, UTF-8 is expected"},
+        {wide(2, true, "\xFE\xFF"), "in UTF-16, UTF-8 is expected"},
+        {wide(4, false, ""), "in UTF-32, UTF-8 is expected"},
+        {"<?xml version='1.0' encoding='windows-1251'?>" + good,
+         "encoding \"windows-1251\" is not supported, UTF-8 is expected"},
+        {"<?xml version='1.0' encoding='windows-1251'?>" + match("<Package name='\xCF'/>"),
+         "encoding \"windows-1251\" is not supported, UTF-8 is expected"},
+        {"<?xml version='2.0'?>" + good, "XML version \"2.0\" is not supported"},
+    };
+    for (const auto& [text, problem] : cases) {
+        const SignatureFile file = read(text);
+        EXPECT_TRUE(file.signatures.empty());
+        EXPECT_NE(joined(file.problems).find(problem), std::string::npos) << joined(file.problems);
+    }
+    for (const char* const encoding : {"utf-8", "ISO-8859-1", "US-ASCII"}) {
+        const SignatureFile file =
+            read("<?xml version='1.0' encoding='" + std::string(encoding) + "'?>" + good);
+        EXPECT_EQ(joined(file.problems), "") << encoding;
+    }
+}
+
 TEST(SignatureReader, SearchesTheWholeTreeWhenItIsAllowed) {
     Settings settings;
     settings.fileSystem.wholeTree = true;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/toolkit/quorvis/LeafTester.h"
 #include "toolkit/quorvis/XmlSelection.h"
 
@@ -63,6 +65,30 @@ TEST(XmlSelection, ADamagedDocumentGivesWhatStandsBefore) {
     EXPECT_EQ(std::vector<std::string>{"1"}, values.values);
     ASSERT_TRUE(values.problem);
     EXPECT_TRUE(values.problem->starts_with("line 2, column ")) << *values.problem;
+}
+
+TEST(XmlSelection, EncodingsAndVersionsThatAreNotReadAreTold) {
+    std::string problem;
+    const auto selection = XmlSelection::parse("a", problem);
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"1.0", "windows-1255",
+         "line 1, column 1: encoding \"windows-1255\" is not supported, UTF-8 is expected"},
+        {"1.0", "UTF-7", "line 1, column 1: encoding \"UTF-7\" is not supported, UTF-8 is expected"},
+        {"2.0", "UTF-8", "line 1, column 1: XML version \"2.0\" is not supported"},
+        {"1.0", "iso-8859-1", nullptr},
+        {"1.1", "UTF-8", nullptr},
+    };
+    for (const auto& [version, encoding, told] : cases) {
+        const std::string text =
+            std::string("<?xml version='") + version + "' encoding='" + encoding + "'?><a>1</a>";
+        const SelectedValues values = selectValues(text, *selection, 10);
+        if (told != nullptr) {
+            EXPECT_TRUE(values.values.empty()) << text;
+            EXPECT_EQ(values.problem, told);
+        } else {
+            EXPECT_EQ(values.values, std::vector<std::string>{"1"}) << text;
+        }
+    }
 }
 
 TEST(XmlSelection, CutDocumentsAreDamaged) {
