@@ -11,6 +11,25 @@ constexpr std::size_t kLongestParagraph = std::size_t{16} << 20;
 
 constexpr std::string_view kParting = "\n\n";
 
+// Behind the first parting of a text; 0 when there is none. The C library searches faster than a string does.
+std::size_t behindFirstParting(std::string_view text) {
+    const void* const found = ::memmem(text.data(), text.size(), kParting.data(), kParting.size());
+    if (found == nullptr) return 0;
+    return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + kParting.size();
+}
+
+// The same for the last one.
+std::size_t behindLastParting(std::string_view text) {
+    while (text.size() >= kParting.size()) {
+        const void* const found = ::memrchr(text.data(), '\n', text.size());
+        if (found == nullptr) return 0;
+        text = text.substr(0, static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + 1);
+        if (text.ends_with(kParting)) return text.size();
+        text.remove_suffix(1);
+    }
+    return 0;
+}
+
 }  // namespace
 
 ParagraphReader::ParagraphReader(const Root& root, const std::string& path, Budget& budget)
@@ -43,21 +62,20 @@ bool ParagraphReader::fill() {
 // Behind the last blank line of what is there; 0 when there is none.
 std::size_t ParagraphReader::endOfParagraphs() {
     const std::string_view text(buffer_.data() + begin_, end_ - begin_);
-    const std::string_view fresh = text.substr(searched_);
-    const std::size_t found = fresh.rfind(kParting);
     const std::size_t before = searched_;
+    const std::size_t found = behindLastParting(text.substr(before));
     searched_ = text.empty() ? 0 : text.size() - 1;
-    return found == std::string_view::npos ? 0 : before + found + kParting.size();
+    return found == 0 ? 0 : before + found;
 }
 
 // Forgets the paragraph that the buffer is full of, up to its end if that is in sight.
 void ParagraphReader::pass() {
     const std::string_view text(buffer_.data() + begin_, end_ - begin_);
-    const std::size_t found = text.find(kParting);
+    const std::size_t found = behindFirstParting(text);
     if (!passing_) noteDamage(read_ - text.size());
-    passing_ = found == std::string_view::npos;
+    passing_ = found == 0;
     // The last character may be the first half of the parting.
-    begin_ += passing_ ? text.size() - std::min<std::size_t>(text.size(), 1) : found + kParting.size();
+    begin_ += passing_ ? text.size() - std::min<std::size_t>(text.size(), 1) : found;
     searched_ = 0;
 }
 

@@ -1,0 +1,262 @@
+// The hardware scanner on hostile trees: captured ones whose files were changed, and package databases of every kind.
+#include <sys/utsname.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+
+#include "fuzz/hostile/Databases.h"
+#include "fuzz/hostile/Frame.h"
+#include "fuzz/hostile/Mutations.h"
+#include "tests/toolkit/quorvah/ScannerProcess.h"
+#include "toolkit/machine/Checked.h"
+#include "toolkit/quorvah/GroupTable.h"
+
+namespace {
+
+using hostile::Random;
+using hostile::Verdict;
+namespace fs = std::filesystem;
+
+const std::string kCanary = "CANARY-9d1c3f7a";
+// A run has 60 seconds; a sanitizer makes what follows them slower, and so do other programs.
+constexpr std::chrono::seconds kMostTime{90};
+
+// The fields that hold a count; two of a group have decimals.
+constexpr std::string_view kCounts[] = {"ActiveMaximumTransmissionUnit",
+                                        "ArgMax",
+                                        "AvailableSpace",
+                                        "BlockSize",
+                                        "ChildMax",
+                                        "ClockTicksPerSecond",
+                                        "ClusterId",
+                                        "CoreId",
+                                        "CurrentClockSpeed",
+                                        "DieId",
+                                        "Dies",
+                                        "ElapsedTime",
+                                        "ExternalClock",
+                                        "FileSystemSize",
+                                        "FreePhysicalMemory",
+                                        "FreeVirtualMemory",
+                                        "HugePageSize",
+                                        "HugePagesTotal",
+                                        "InodesFree",
+                                        "InodesTotal",
+                                        "InstalledMemory",
+                                        "InstalledSize",
+                                        "L1dCacheSize",
+                                        "L1iCacheSize",
+                                        "L2CacheSize",
+                                        "L3CacheSize",
+                                        "MaxClockSpeed",
+                                        "MaxNumberOfProcesses",
+                                        "MaxPower",
+                                        "MaxProcessMemorySize",
+                                        "MaximumCapacity",
+                                        "MemAvailable",
+                                        "NumaNode",
+                                        "NumaNodes",
+                                        "NumberOfBlocks",
+                                        "NumberOfConfigs",
+                                        "NumberOfCores",
+                                        "NumberOfEnabledCores",
+                                        "NumberOfLogicalProcessors",
+                                        "NumberOfMemoryDevices",
+                                        "NumberOfProcesses",
+                                        "NumberOfUsers",
+                                        "OpenMax",
+                                        "PageSize",
+                                        "PartitionNumber",
+                                        "PhysicalBlockSize",
+                                        "PhysicalPackageId",
+                                        "ProcessorsConfigured",
+                                        "ProcessorsOnline",
+                                        "Size",
+                                        "Speed",
+                                        "StartingOffset",
+                                        "ThreadIndex",
+                                        "ThreadsPerCore",
+                                        "TotalSwapSpaceSize",
+                                        "TotalVirtualMemorySize",
+                                        "TotalVisibleMemorySize",
+                                        "Uptime",
+                                        "Voltage"};
+
+std::string contentOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+fs::path write(const fs::path& file, const std::string& content) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+    return file;
+}
+
+// The text with some of its numbers made such as no file ought to have.
+std::string withWrongNumbers(Random& random, const std::string& text) {
+    static const std::string kWrong[] = {"-1",
+                                         "-9223372036854775808",
+                                         "+5",
+                                         "0x10",
+                                         "9223372036854775807",
+                                         "9223372036854775808",
+                                         "18446744073709551615",
+                                         "99999999999999999999999",
+                                         "4294967295",
+                                         "0",
+                                         ""};
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t end = at;
+        while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
+        if (end == at) {
+            result += text[at++];
+        } else {
+            result += random.oneIn(4) ? random.pick(kWrong) : text.substr(at, end - at);
+            at = end;
+        }
+    }
+    return result;
+}
+
+// Files of a captured tree, some of them changed; those that are to change while they are read.
+std::vector<fs::path> plantTree(Random& random, const fs::path& source, const fs::path& tree,
+                                const fs::path& outside) {
+    std::vector<fs::path> restless;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(source)) {
+        const fs::path file = tree / entry.path().lexically_relative(source);
+        std::error_code ignored;
+        if (entry.is_symlink()) {
+            fs::create_directories(file.parent_path());
+            fs::copy_symlink(entry.path(), file, ignored);
+        } else if (entry.is_regular_file()) {
+            const std::string content = contentOf(entry.path());
+            if (random.oneIn(6)) {
+                hostile::plant(random, file, content, outside / "secret");
+            } else {
+                write(file, random.oneIn(2) ? withWrongNumbers(random, content) : content);
+            }
+            if (random.oneIn(20)) restless.push_back(file);
+        }
+    }
+    for (const hostile::Seed& seed : hostile::packageDatabases(random)) {
+        if (random.oneIn(2))
+            hostile::plant(random, tree / seed.path, seed.content, outside / "secret");
+        else
+            write(tree / seed.path, withWrongNumbers(random, seed.content));
+        if (random.oneIn(4)) restless.push_back(tree / seed.path);
+    }
+    return restless;
+}
+
+// Directories that groups list, with names and numbers of entries that no machine has.
+void plantEntries(Random& random, const fs::path& tree) {
+    static const char* const kListed[] = {
+        "sys/block", "sys/class/net", "sys/bus/pci/devices",   "sys/bus/usb/devices", "sys/bus/pci/slots",
+        "proc",      "snap",          "sys/devices/system/cpu"};
+    for (std::size_t i = random.below(3); i > 0; --i) {
+        const fs::path directory = tree / random.pick(kListed);
+        std::error_code ignored;
+        fs::create_directories(directory, ignored);
+        for (std::size_t entry = random.oneIn(10) ? 5'000 : random.below(30); entry > 0; --entry)
+            fs::create_directory_symlink(random.oneIn(2) ? "." : "/",
+                                         directory / ("x" + std::to_string(entry)), ignored);
+        if (fs::is_directory(directory, ignored)) hostile::plantDirectories(random, directory);
+    }
+}
+
+std::string configurationOfAllGroups() {
+    std::string text = "<Configuration>";
+    for (const toolkit::quorvah::Group* const group : toolkit::quorvah::allGroups())
+        text.append("<Group Name=\"").append(group->displayName).append("\"/>");
+    return text + "</Configuration>";
+}
+
+bool isCount(const std::string& value) {
+    return value.empty() || toolkit::readCount(value);
+}
+
+bool isDecimal(const std::string& value) {
+    const std::size_t point = value.find('.');
+    return value.empty() || (point != std::string::npos && toolkit::readCount(value.substr(0, point)) &&
+                             toolkit::readCount(value.substr(point + 1)));
+}
+
+Verdict judgeNumbers(const fs::path& output) {
+    bool tellsOfItself = false;
+    for (const quorvahtest::Element& element : quorvahtest::readOutput(output)) {
+        tellsOfItself = tellsOfItself || element.group == "ScanInfo";
+        for (const auto& [field, value] : element.fields) {
+            const bool counts = std::ranges::find(kCounts, field) != std::end(kCounts);
+            const bool good = field.starts_with("LoadAverage") ? isDecimal(value) : !counts || isCount(value);
+            if (!good) return element.group + "." + field + " is \"" + value.substr(0, 100) + "\"";
+        }
+    }
+    return tellsOfItself ? Verdict() : "ScanInfo is missing";
+}
+
+// What only the machine that scans has.
+std::vector<std::string> ownTexts() {
+    utsname names{};
+    ::uname(&names);
+    std::string bootId = contentOf("/proc/sys/kernel/random/boot_id");
+    bootId.resize(std::min(bootId.size(), bootId.find('\n')));
+    std::vector<std::string> texts = {names.release, names.version, bootId};
+    std::erase_if(texts, [](const std::string& text) { return text.size() < 8; });
+    return texts;
+}
+
+Verdict judgeOrigin(const fs::path& output) {
+    const std::string content = contentOf(output);
+    for (const std::string& text : ownTexts()) {
+        if (content.find(text) != std::string::npos)
+            return "the scanning machine's own \"" + text + "\" is told";
+    }
+    return {};
+}
+
+Verdict play(Random& random, const fs::path& directory, std::string& command) {
+    static const char* const kTrees[] = {"arm64-board", "container",   "contradictory",
+                                         "hybrid",      "kvm-guest",   "ppc64le",
+                                         "s390x",       "workstation", "x86-server"};
+    const fs::path outside = directory / "outside";
+    for (const char* const name : {"secret", "size", "uevent", "meta/snap.yaml", "address"})
+        write(outside / name, "name: " + kCanary + "\n");
+    const fs::path tree = directory / "tree";
+    const std::vector<fs::path> restless =
+        plantTree(random, fs::path(QUORVAH_TREES) / random.pick(kTrees), tree, outside);
+    plantEntries(random, tree);
+    const fs::path swapped = tree / (random.oneIn(2) ? "sys" : "var/lib");
+    fs::create_directories(swapped);
+
+    const bool wrong = random.oneIn(10);
+    std::string configuration = configurationOfAllGroups();
+    if (wrong) configuration = hostile::mutatedText(random, std::move(configuration));
+    const fs::path config = write(directory / "config.xml", configuration);
+    const fs::path output = directory / "out.xml";
+    std::unique_ptr<hostile::Restless> thread;
+    if (random.oneIn(2)) thread = std::make_unique<hostile::Restless>(swapped, outside, restless);
+    const hostile::Run run =
+        hostile::run(QUORVAH_PROGRAM, {"-c", config, "-o", output, "--root", tree}, directory, kMostTime);
+    thread.reset();
+    command = run.command;
+
+    Verdict verdict = hostile::judgeRun(run, wrong ? std::vector<int>{0, 2} : std::vector<int>{0}, directory);
+    if (!verdict.empty() || run.status == 2) return verdict;
+    verdict = hostile::judgeOutput(output, kCanary);
+    if (verdict.empty()) verdict = judgeOrigin(output);
+    if (verdict.empty() && !wrong) verdict = judgeNumbers(output);
+    if (verdict.empty() && run.said.find(kCanary) != std::string::npos)
+        verdict = "its messages tell of what lies outside of the root";
+    return verdict;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    return hostile::playAll(count, arguments, play);
+}
