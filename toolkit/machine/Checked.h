@@ -20,8 +20,9 @@ inline Count counted(std::uint64_t number) {
 }
 
 inline Count sum(Count left, Count right) {
-    // Both are half of what the type holds at most.
-    return left && right ? counted(*left + *right) : std::nullopt;
+    std::uint64_t result = 0;
+    if (!left || !right || __builtin_add_overflow(*left, *right, &result)) return std::nullopt;
+    return counted(result);
 }
 
 inline Count product(Count left, Count right) {

@@ -17,7 +17,9 @@ NetlinkAnswer askKernel(Report& report) {
 }
 
 std::string readOrEmpty(const Root& root, std::string_view path) {
-    return root.read(path).value_or(std::string());
+    // Each address is sought in the networks of all others.
+    constexpr std::size_t kLargest = std::size_t{1} << 20;
+    return root.read(path, kLargest).value_or(std::string());
 }
 
 // The file of a tree that tells of its addresses.

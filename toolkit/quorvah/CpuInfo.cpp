@@ -11,6 +11,7 @@ namespace toolkit::quorvah {
 namespace {
 
 constexpr int kMostCpu = 65535;
+constexpr std::size_t kMostLines = 64;  // of one; the kernel writes half of that
 
 std::optional<int> cpuNumber(std::string_view text) {
     int number = 0;
@@ -48,7 +49,7 @@ void CpuInfo::addLine(std::string_view line) {
         const std::optional<int> number = cpuNumber(value);
         if (number) current_ = &blocks_[*number];
     }
-    current_->emplace_back(key, value);
+    if (current_->size() < kMostLines) current_->emplace_back(key, value);
 }
 
 std::vector<int> CpuInfo::cpus() const {

@@ -102,8 +102,23 @@ class Inventory {
         }
     }
 
+    // Leaves out a group with which the file would be more than a host reads.
+    void bound(GroupResult& result) {
+        constexpr std::size_t kMost = std::size_t{192} << 20;
+        if (result.xml.size() <= kMost - rendered_) {
+            rendered_ += result.xml.size();
+            return;
+        }
+        result.xml = {};
+        result.memory.reset();
+        result.instances = 0;
+        result.state = GroupState::Unread;
+        result.reason = "too-large";
+    }
+
     void add(GroupResult&& result) {
         const char* const name = result.group->xmlName;
+        bound(result);
         note(result);
         for (const std::string& warning : result.warnings) warn(warning);
         std::printf("group %s: %zu instance%s, %lld ms%s%s\n", name, result.instances,
@@ -131,6 +146,7 @@ class Inventory {
     Scan scan_;
     std::optional<Sanitizer> sanitizer_;
     std::vector<GroupResult> results_;
+    std::size_t rendered_ = 0;  // bytes of their xml
 };
 
 }  // namespace

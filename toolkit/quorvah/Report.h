@@ -88,7 +88,7 @@ class TooMuch : public std::exception {
 // beyond what memory these may need, adding to it throws TooMuch, and what it holds by then stays.
 class Report {
   public:
-    static constexpr std::size_t kMostInstances = 200'000;
+    static constexpr std::size_t kMostInstances = 100'000;
     static constexpr std::size_t kMostBytes = std::size_t{64} << 20;  // of all values
     static constexpr std::size_t kLongestValue = std::size_t{64} << 10;
 

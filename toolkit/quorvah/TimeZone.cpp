@@ -44,7 +44,8 @@ std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time) {
     // it cannot read, and reads no file of a stranger's choice in a program with raised privileges.
     if (::getauxval(AT_SECURE) != 0) return std::nullopt;
     const std::string localtime = "/etc/localtime";
-    if (!root.read(localtime).value_or("").starts_with("TZif")) return std::nullopt;
+    constexpr std::size_t kLargest = std::size_t{64} << 10;
+    if (!root.read(localtime, kLargest).value_or("").starts_with("TZif")) return std::nullopt;
     const kest::Descriptor file = root.open(localtime);
     const std::string name = "/proc/self/fd/" + std::to_string(file.number());
     if (!file.isOpen() || ::access(name.c_str(), R_OK) != 0) return std::nullopt;

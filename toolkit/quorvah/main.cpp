@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include "toolkit/machine/OpenStreams.h"
 #include "toolkit/quorvah/CommandLine.h"
 #include "toolkit/quorvah/Inventory.h"
 
@@ -45,6 +46,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    toolkit::openMissingStreams();
     // Memory that was let go is used again rather than given back and fetched anew: the scanner lives
     // shortly.
     constexpr int kMegabyte = 1 << 20;

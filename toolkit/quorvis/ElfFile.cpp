@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "toolkit/machine/Checked.h"
 #include "toolkit/machine/ElfMachine.h"
 
 namespace toolkit::quorvis {
@@ -134,7 +135,7 @@ std::optional<std::uint64_t> ElfFile::offsetOf(std::uint64_t address) const {
     for (const Segment& loaded : segments_) {
         if (loaded.type != PT_LOAD || address < loaded.address) continue;
         const std::uint64_t inside = address - loaded.address;
-        if (inside < loaded.size) return loaded.offset + inside;
+        if (inside < loaded.size) return sum(loaded.offset, inside);
     }
     return std::nullopt;
 }
@@ -166,9 +167,13 @@ bool ElfFile::readDynamic(Dynamic& dynamic) const {
         if (tag == DT_STRTAB) texts = offsetOf(value);
     }
     if (needed.empty() && !soname) return true;
-    if (!texts || (soname && !readText(*texts + *soname, dynamic.soname))) return false;
-    return std::ranges::all_of(
-        needed, [&](std::uint64_t at) { return readText(*texts + at, dynamic.needed.emplace_back()); });
+    const auto readFrom = [&](std::uint64_t at, std::string& text) {
+        const Count place = sum(texts, at);
+        return place && readText(*place, text);
+    };
+    if (soname && !readFrom(*soname, dynamic.soname)) return false;
+    return std::ranges::all_of(needed,
+                               [&](std::uint64_t at) { return readFrom(at, dynamic.needed.emplace_back()); });
 }
 
 std::string ElfFile::buildIdIn(std::string_view notes, std::size_t alignment) const {

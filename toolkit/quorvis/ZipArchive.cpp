@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 
+#include "toolkit/machine/Checked.h"
 #include "toolkit/quorvis/LittleEndian.h"
 
 namespace toolkit::quorvis {
@@ -112,7 +113,9 @@ ZipReading listZip(const FileParts& file, const std::function<bool(std::string_v
         if (!wanted(name)) continue;
         if (members.size() == kMostWanted) return ZipReading::Damaged;
         member.name = name;
-        member.offset += directory->before;
+        const Count offset = sum(member.offset, directory->before);
+        if (!offset) return ZipReading::Damaged;
+        member.offset = *offset;
         members.push_back(member);
     }
     return ZipReading::Ok;

@@ -10,6 +10,7 @@
 #include <new>
 #include <string>
 
+#include "toolkit/machine/OpenStreams.h"
 #include "toolkit/quorvis/CommandLine.h"
 #include "toolkit/quorvis/Scan.h"
 
@@ -67,6 +68,7 @@ void takeLargePages() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    toolkit::openMissingStreams();
     keepMemory();
     takeLargePages();
     // The output files count even when nobody reads the messages any more.

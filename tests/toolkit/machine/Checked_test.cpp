@@ -54,6 +54,7 @@ TEST(Checked, WhatDoesNotFitIsUnknown) {
     EXPECT_EQ(sum(kMost - 1, 1), kMost);
     EXPECT_EQ(sum(kMost, 1), std::nullopt);
     EXPECT_EQ(sum(kMost, kMost), std::nullopt);
+    EXPECT_EQ(sum(~std::uint64_t{0}, 2), std::nullopt);
     EXPECT_EQ(sum(std::nullopt, 1), std::nullopt);
     EXPECT_EQ(product(0, kMost), 0U);
     EXPECT_EQ(product(kMost, 1), kMost);

@@ -384,6 +384,13 @@ TEST_F(Scanner, WritesTheOutputThoughNobodyReadsItsProgress) {
     EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
 }
 
+TEST_F(Scanner, StartedWithoutStandardStreamsWritesTheOutputAlone) {
+    const std::string command = std::string("'") + QUORVAH_PROGRAM + "' -c '" +
+                                configure({"Memory", "No such group"}) + "' -o '" + out() + "' <&- >&- 2>&-";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
+}
+
 TEST_F(Scanner, KilledLeavesTheOldOutputOrTheNew) {
     const std::string config = configure(allDisplayNames());
     for (int delay = 0; delay < 20; ++delay) {
