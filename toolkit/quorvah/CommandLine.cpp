@@ -2,6 +2,8 @@
 
 #include <getopt.h>
 
+#include <string_view>
+
 namespace toolkit::quorvah {
 
 const char* const kUsage =
@@ -17,15 +19,19 @@ const char* const kUsage =
     "      --raw          keep firmware texts that only stand in for a value\n"
     "      --no-volatile  leave out values that change while the machine stays the same\n"
     "      --sanitize     hash serial numbers, addresses and names of the machine and its users\n"
+    "      --sandbox optional\n"
+    "                     go on where the system does not let the scanner give up all rights that it\n"
+    "                     does not need; so does the environment variable QUORVAH_SANDBOX=optional\n"
     "  -h, --help         show this text\n"
     "  -V, --version      show the version\n"
     "\n"
-    "Exit status: 0 the output is written, 1 it could not be, 2 the command line or the\n"
+    "Exit status: 0 the output is written, 1 it could not be, or the sandbox is not whole, 2 the command "
+    "line or the\n"
     "configuration is at fault.\n";
 
 namespace {
 
-enum LongOption : int { kRoot = 256, kIds, kPretty, kRaw, kNoVolatile, kSanitize };
+enum LongOption : int { kRoot = 256, kIds, kPretty, kRaw, kNoVolatile, kSanitize, kSandbox };
 
 constexpr option kOptions[] = {
     {"config", required_argument, nullptr, 'c'},
@@ -36,6 +42,7 @@ constexpr option kOptions[] = {
     {"raw", no_argument, nullptr, kRaw},
     {"no-volatile", no_argument, nullptr, kNoVolatile},
     {"sanitize", no_argument, nullptr, kSanitize},
+    {"sandbox", required_argument, nullptr, kSandbox},
     {"help", no_argument, nullptr, 'h'},
     {"version", no_argument, nullptr, 'V'},
     {nullptr, 0, nullptr, 0},
@@ -94,6 +101,12 @@ CommandLine parseCommandLine(int count, char* const* arguments, const char* envi
         if (code == 'h' || code == 'V') {
             line.action = code == 'h' ? Action::Help : Action::Version;
             return line;
+        }
+        if (code == kSandbox) {
+            const std::string_view mode = ::optarg;
+            if (mode != "optional" && mode != "required")
+                return refused("--sandbox is either required or optional");
+            options.sandboxOptional = mode == "optional";
         }
         if (bool* const flag = switchOption(options, code)) *flag = true;
         if (std::string* const text = textOption(options, code)) {

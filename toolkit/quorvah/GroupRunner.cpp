@@ -10,6 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -19,6 +21,7 @@
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/WriteAll.h"
+#include "toolkit/quorvah/Confinement.h"
 #include "toolkit/quorvah/OutputDocument.h"
 
 namespace toolkit::quorvah {
@@ -92,7 +95,36 @@ void gather(Scan& scan, Report& report, const Prepare& prepare, Clock::time_poin
     prepare(report);
 }
 
-// The child's part: gathers the groups and writes a frame for each. Its standard streams are shut, for
+// What becomes of a group whose instances are more than memory holds.
+GroupResult outOfMemory() {
+    GroupResult result;
+    result.state = GroupState::Unread;
+    result.reason = "memory";
+    return result;
+}
+
+// False when nobody can be told of it.
+bool workOn(const Group& group, Scan& scan, const Prepare& prepare, int pipe, SharedTexts& texts,
+            Clock::time_point deadline) {
+    try {
+        Report report(group);
+        gather(scan, report, prepare, deadline);
+        const GroupResult result = render(report, scan.options().pretty);
+        const std::optional<std::uint64_t> place = texts.append(result.xml);
+        return place && writeAll(pipe, frameOf(result, *place));
+    } catch (const std::bad_alloc&) {
+        scan.limitTime({});
+    }
+    return writeAll(pipe, frameOf(outOfMemory(), texts.append({}).value_or(0)));
+}
+
+// The length of a text and the text.
+bool writeText(int pipe, const std::string& text) {
+    const std::uint64_t length = text.size();
+    return writeAll(pipe, {reinterpret_cast<const char*>(&length), sizeof length}) && writeAll(pipe, text);
+}
+
+// The child's part: enters the sandbox, tells what is missing of it, gathers the groups and writes a frame for each. Its standard streams are shut, for
 // whoever waits for the scanner's output to end would wait for a child that cannot be killed as well.
 [[noreturn]] void work(Scan& scan, std::span<const Group* const> groups, const Prepare& prepare, int pipe,
                        SharedTexts& texts, pid_t parent, const Deadline& deadline) {
@@ -100,12 +132,11 @@ void gather(Scan& scan, Report& report, const Prepare& prepare, Clock::time_poin
     if (::getppid() != parent) ::_exit(1);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, stream);
+    const std::string missing = enterSandbox();
+    if (!writeText(pipe, missing)) ::_exit(1);
+    if (!missing.empty() && !scan.options().sandboxOptional) ::_exit(1);
     for (const Group* const group : groups) {
-        Report report(*group);
-        gather(scan, report, prepare, deadline());
-        const GroupResult result = render(report, scan.options().pretty);
-        const std::optional<std::uint64_t> place = texts.append(result.xml);
-        if (!place || !writeAll(pipe, frameOf(result, *place))) ::_exit(1);
+        if (!workOn(*group, scan, prepare, pipe, texts, deadline())) ::_exit(1);
     }
     ::_exit(0);
 }
@@ -135,6 +166,21 @@ class Worker {
     }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
+
+    // What is missing of its sandbox. REQUIRES: called once, before anything else.
+    std::string missing() {
+        std::uint64_t length = 0;
+        while (received_.size() < sizeof length) {
+            if (!receive()) return {};  // that it died shows with the first group
+        }
+        std::memcpy(&length, received_.data(), sizeof length);
+        while (received_.size() < sizeof length + length) {
+            if (!receive()) return {};
+        }
+        std::string text = received_.substr(sizeof length, length);
+        received_.erase(0, sizeof length + length);
+        return text;
+    }
 
     // Waits for a child that has nothing more to do, so that its time counts as this process's.
     void join(Clock::time_point deadline) {
@@ -200,7 +246,7 @@ class Run {
           end_(Clock::now() + limits.run) {}
 
     void gatherAll(std::span<const Group* const> groups) {
-        const bool here = needsNoChild(groups);
+        const bool here = needNoChild(scan_, groups);
         while (!groups.empty() && Clock::now() < end_) {
             groups = groups.subspan(here ? gatherHere(*groups.front()) : gatherSome(groups));
         }
@@ -208,15 +254,16 @@ class Run {
     }
 
   private:
-    // A tree below a directory was made by others: reading it may end this program, or hang with their disk.
-    bool needsNoChild(std::span<const Group* const> groups) const {
-        return scan_.root().live() && std::ranges::all_of(groups, &Group::plainFiles);
-    }
-
     // Gathers this group without a child; one group settled.
     std::size_t gatherHere(const Group& group) {
         const auto report = std::make_shared<Report>(group);
-        gather(scan_, *report, prepare_, std::min(Clock::now() + limits_.group, end_));
+        const Clock::time_point start = Clock::now();
+        try {
+            gather(scan_, *report, prepare_, std::min(start + limits_.group, end_));
+        } catch (const std::bad_alloc&) {
+            finish(group, "memory", {}, start);
+            return 1;
+        }
         GroupResult result = outcomeOf(*report);
         result.report = report;
         onResult_(std::move(result));
@@ -226,6 +273,7 @@ class Run {
     // Gathers with one child until it fails; returns how many groups that has settled.
     std::size_t gatherSome(std::span<const Group* const> groups) {
         Worker worker(scan_, groups, prepare_, [this] { return deadlineOf(limits_, end_); });
+        if (const std::string missing = worker.missing(); !missing.empty()) tellOfSandbox(scan_, missing);
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();
             GroupResult result;
@@ -256,6 +304,20 @@ class Run {
 };
 
 }  // namespace
+
+// A tree below a directory was made by others: reading it may end this program, or hang with their disk.
+bool needNoChild(const Scan& scan, std::span<const Group* const> groups) {
+    return scan.root().live() && std::ranges::all_of(groups, &Group::plainFiles);
+}
+
+void tellOfSandbox(Scan& scan, const std::string& missing) {
+    if (!scan.options().sandboxOptional) throw Unconfined(missing);
+    std::vector<std::string>& warnings = scan.summary.warnings;
+    std::string warning = "the sandbox is not whole here: " + missing;
+    if (std::ranges::find(warnings, warning) != warnings.end()) return;
+    std::fprintf(stderr, "quorvah: %s\n", warning.c_str());
+    warnings.push_back(std::move(warning));
+}
 
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
                   const Prepare& prepare, const OnResult& onResult) {

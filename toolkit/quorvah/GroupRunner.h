@@ -28,9 +28,18 @@ using OnResult = std::function<void(GroupResult&& result)>;
 // costs no more than its own instances either ("failed"). A group that lacked a permission is partial by reason of
 // "permission" with what it has, and unread when it has nothing.
 //
+// The child enters the sandbox. Where that is not whole, Unconfined is thrown unless the options allow to go on; then the
+// scan's summary has a warning.
+//
 // Where all groups only read plain files of this very machine, no child is started: then a group that takes too
 // long ends by itself and keeps what it has. Throws std::system_error when no process can be started.
 void gatherGroups(Scan& scan, std::span<const Group* const> groups, const Limits& limits,
                   const Prepare& prepare, const OnResult& onResult);
+
+// Whether these groups are gathered without a child. Then it is for the caller to enter the sandbox.
+bool needNoChild(const Scan& scan, std::span<const Group* const> groups);
+
+// Tells that the sandbox is not whole.
+void tellOfSandbox(Scan& scan, const std::string& missing);
 
 }  // namespace toolkit::quorvah

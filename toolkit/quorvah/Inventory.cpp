@@ -11,6 +11,7 @@
 
 #include "toolkit/machine/OutputFile.h"
 #include "toolkit/quorvah/Configuration.h"
+#include "toolkit/quorvah/Confinement.h"
 #include "toolkit/quorvah/GroupRunner.h"
 #include "toolkit/quorvah/GroupTable.h"
 #include "toolkit/quorvah/OutputDocument.h"
@@ -42,6 +43,10 @@ class Inventory {
         const std::vector<const Group*> wanted = readWanted();
         std::vector<const Group*> gathered = wanted;
         const bool tellsOfItself = std::erase(gathered, &kScanInfo) > 0;
+        if (!gathered.empty() && needNoChild(scan_, gathered)) {
+            const std::string missing = enterSandbox();
+            if (!missing.empty()) tellOfSandbox(scan_, missing);
+        }
         gatherGroups(
             scan_, gathered, Limits(), [this](Report& report) { prepare(report); },
             [this](GroupResult&& result) { add(std::move(result)); });

@@ -20,6 +20,7 @@ struct Options {
     bool raw = false;
     bool noVolatile = false;
     bool sanitize = false;
+    bool sandboxOptional = false;  // whether to go on where the sandbox is not whole
 };
 
 // How the run went, for the group that tells of it.

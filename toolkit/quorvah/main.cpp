@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <string_view>
 
 #include "toolkit/machine/OpenStreams.h"
 #include "toolkit/quorvah/CommandLine.h"
@@ -23,6 +24,8 @@ int complain(const std::string& message, int status) {
 int run(int argc, char** argv) {
     const char* const root = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_ROOT") : nullptr;
     toolkit::quorvah::CommandLine line = toolkit::quorvah::parseCommandLine(argc, argv, root);
+    const char* const sandbox = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_SANDBOX") : nullptr;
+    if (sandbox != nullptr && std::string_view(sandbox) == "optional") line.options.sandboxOptional = true;
     switch (line.action) {
         case toolkit::quorvah::Action::Help:
             std::fputs(toolkit::quorvah::kUsage, stdout);

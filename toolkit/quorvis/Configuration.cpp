@@ -1,6 +1,6 @@
 #include "toolkit/quorvis/Configuration.h"
 
-#include <limits>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -11,6 +11,11 @@
 namespace toolkit::quorvis {
 
 namespace {
+
+constexpr unsigned kDeepest = 1'000;
+constexpr std::size_t kMost = 100'000;  // settings and variables
+
+struct TooMany {};
 
 std::string valueOf(const char* const* attributes, std::string_view name) {
     for (; *attributes != nullptr; attributes += 2) {
@@ -27,6 +32,7 @@ class Gatherer : public XmlHandler {
     void onStart(std::string_view name, const char* const* attributes, std::size_t /*offset*/) override {
         plugins_.push_back(plugins_.empty() ? std::string() : plugins_.back());
         if (name == "Plugin") plugins_.back() = valueOf(attributes, "name");
+        if (name == "Variable" || name == "Attribute") countOne();
         if (name == "Variable") {
             configuration_.presets.push_back(
                 {valueOf(attributes, "name"), valueOf(attributes, "value"), valueOf(attributes, "guid")});
@@ -40,6 +46,10 @@ class Gatherer : public XmlHandler {
     void onText(std::string_view /*text*/, std::size_t /*offset*/) override {}
 
   private:
+    void countOne() const {
+        if (configuration_.presets.size() + configuration_.settings.size() >= kMost) throw TooMany();
+    }
+
     Configuration& configuration_;
     std::vector<std::string> plugins_;  // the plug-in around each open element
 };
@@ -72,6 +82,7 @@ class LineGatherer {
     LineGatherer(Configuration& configuration, bool utf8) : configuration_(configuration), utf8_(utf8) {}
 
     void take(std::string_view line) {
+        if (configuration_.presets.size() + configuration_.settings.size() >= kMost) throw TooMany();
         line = trimmed(line);
         if (const auto plugin = takeBetween(line, "<Plugin name=\"", "\"")) {
             plugin_ = text(*plugin);
@@ -105,22 +116,31 @@ std::string describe(const DocumentText& document, const XmlFault& fault) {
            "; its lines are taken literally";
 }
 
-}  // namespace
-
-Configuration readConfiguration(const std::string& path) {
-    const DocumentText document = readDocument(path);
-    Configuration configuration;
-    configuration.error = document.error;
-    if (!document.error.empty()) return configuration;
+void read(const std::string& path, const DocumentText& document, Configuration& configuration) {
     Gatherer gatherer(configuration);
-    const std::optional<XmlFault> fault = parseXml(document, std::numeric_limits<unsigned>::max(), gatherer);
-    if (!fault) return configuration;
+    const std::optional<XmlFault> fault = parseXml(document, kDeepest, gatherer);
+    if (!fault) return;
 
     configuration = {};
     configuration.events.push_back({EventCode::Config, path, describe(document, *fault), {}, {}});
     LineGatherer lines(configuration, document.utf8);
     std::string_view rest = document.bytes;
     for (std::string_view line; nextLine(rest, line);) lines.take(line);
+}
+
+}  // namespace
+
+Configuration readConfiguration(const std::string& path) {
+    Configuration configuration;
+    try {
+        const DocumentText document = readDocument(path);
+        configuration.error = document.error;
+        if (document.error.empty()) read(path, document, configuration);
+    } catch (const TooMany&) {
+        configuration.error = path + ": more than 100000 settings and variables";
+    } catch (const std::bad_alloc&) {
+        configuration.error = path + ": takes more memory than is allowed";
+    }
     return configuration;
 }
 

@@ -12,6 +12,8 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr unsigned kDeepest = 64;
+constexpr std::size_t kMostNodes = 10'000;
+constexpr std::size_t kMostAttributes = 1'000;
 
 std::string_view copy(std::string_view text, std::pmr::memory_resource& memory) {
     if (text.empty()) return {};
@@ -30,7 +32,11 @@ class Builder : public XmlHandler {
             ElementVisitor& visitor)
         : document_(document.bytes), verbatim_(verbatim), texts_(texts), visitor_(visitor) {}
 
+    // Where the latest element starts.
+    std::size_t offset() const { return offset_; }
+
     void onStart(std::string_view name, const char* const* attributes, std::size_t offset) override {
+        offset_ = offset;
         flushText();
         Element& element = *makeElement(offset);
         element.name = copy(name, nodes_);
@@ -67,6 +73,8 @@ class Builder : public XmlHandler {
     };
 
     Element* makeElement(std::size_t offset) {
+        if (++nodesOfChild_ > kMostNodes)
+            throw TooManyElements{"more than 10000 elements and texts in one element"};
         auto* const element = ::new (nodes_.allocate(sizeof(Element), alignof(Element))) Element();
         element->offset = static_cast<std::uint32_t>(offset);
         element->line = lineAt(offset);
@@ -77,6 +85,7 @@ class Builder : public XmlHandler {
         std::size_t count = 0;
         while (attributes[2 * count] != nullptr) ++count;
         if (count == 0) return {};
+        if (count > kMostAttributes) throw TooManyElements{"more than 1000 attributes"};
         auto* const made = static_cast<ElementAttribute*>(
             nodes_.allocate(count * sizeof(ElementAttribute), alignof(ElementAttribute)));
         for (std::size_t i = 0; i < count; ++i) {
@@ -107,6 +116,7 @@ class Builder : public XmlHandler {
     void finish(const Element& child) {
         visitor_.onChild(child);
         nodes_.release();
+        nodesOfChild_ = 0;
     }
 
     // Offsets only grow, so each line is counted once.
@@ -128,9 +138,11 @@ class Builder : public XmlHandler {
     // Of one child of the root; the first part of it is used again and again.
     std::array<std::byte, 32768> firstNodes_;
     std::pmr::monotonic_buffer_resource nodes_{firstNodes_.data(), firstNodes_.size()};
+    std::size_t nodesOfChild_ = 0;
     std::vector<Open> open_;
     std::size_t verbatimLevel_ = 0;  // how many elements are open within the verbatim one; 0 outside
     std::string text_;
+    std::size_t offset_ = 0;
     std::size_t textOffset_ = 0;
     std::size_t counted_ = 0;
     std::uint32_t line_ = 1;
@@ -141,7 +153,11 @@ class Builder : public XmlHandler {
 std::optional<XmlFault> readElements(const DocumentText& document, std::string_view verbatim,
                                      std::pmr::memory_resource& texts, ElementVisitor& visitor) {
     Builder builder(document, verbatim, texts, visitor);
-    return parseXml(document, kDeepest, builder);
+    try {
+        return parseXml(document, kDeepest, builder);
+    } catch (const TooManyElements& excess) {
+        return XmlFault{builder.offset(), excess.text};
+    }
 }
 
 }  // namespace toolkit::quorvis

@@ -9,6 +9,11 @@
 
 namespace toolkit::quorvis {
 
+// Thrown by a visitor that takes no more; the sentence tells why.
+struct TooManyElements {
+    const char* text;
+};
+
 // Is given the elements of a document, one child of the root after the other.
 class ElementVisitor {
   public:
@@ -20,7 +25,8 @@ class ElementVisitor {
     virtual void onChild(const Element& child) = 0;
 };
 
-// Reads a document of at most 64 levels. Text of nothing but white space is left out, save within elements of the
+// Reads a document of at most 64 levels, with at most 10,000 elements and texts in each child of the root and 1,000
+// attributes in each element. Text of nothing but white space is left out, save within elements of the
 // name `verbatim`.
 std::optional<XmlFault> readElements(const DocumentText& document, std::string_view verbatim,
                                      std::pmr::memory_resource& texts, ElementVisitor& visitor);

@@ -26,6 +26,7 @@ enum class EventCode : std::uint8_t {
     Config,
     Encoding,
     Unsupported,
+    Sandbox,  // the scanner could not give up all that it does not need
     Invalid,  // a signatures file that was refused
 };
 

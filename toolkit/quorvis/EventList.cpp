@@ -14,7 +14,7 @@ struct CodeRow {
 };
 
 // In the order of EventCode.
-constexpr std::array<CodeRow, 20> kCodes = {{
+constexpr std::array<CodeRow, 21> kCodes = {{
     {"permission", "warning"},
     {"io", "warning"},
     {"limit-depth", "warning"},
@@ -34,6 +34,7 @@ constexpr std::array<CodeRow, 20> kCodes = {{
     {"config", "warning"},
     {"encoding", "info"},
     {"unsupported", "warning"},
+    {"sandbox", "error"},
     {"invalid", "error"},
 }};
 static_assert(kCodes[static_cast<std::size_t>(EventCode::Invalid)].name == "invalid");

@@ -3,13 +3,16 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 
 #include "toolkit/machine/OutputFile.h"
+#include "toolkit/machine/Sandbox.h"
 #include "toolkit/quorvis/Configuration.h"
 #include "toolkit/quorvis/OutputDocument.h"
+#include "toolkit/quorvis/Sandbox.h"
 #include "toolkit/quorvis/ScanKeeper.h"
 #include "toolkit/quorvis/SignatureReader.h"
 #include "toolkit/quorvis/WarningsDocument.h"
@@ -17,6 +20,9 @@
 namespace toolkit::quorvis {
 
 namespace {
+
+// Until the settings tell, and of the process that only reads input and puts the output together.
+constexpr std::uint64_t kMemoryForInput = std::uint64_t{1} << 30;
 
 Outcome refuse(const std::string& message) {
     std::fprintf(stderr, "quorvis: %s\n", message.c_str());
@@ -27,8 +33,9 @@ void say(const std::string& line) {
     std::puts(line.c_str());
 }
 
-void writeFiles(const Options& options, std::string_view matches, const EventList& events) {
-    writeOutputFile(options.output, outputDocument(matches, !events.toldLimit()));
+void writeFiles(const Options& options, std::string_view matches, const EventList& events,
+                bool complete = true) {
+    writeOutputFile(options.output, outputDocument(matches, complete && !events.toldLimit()));
     writeOutputFile(options.warnings, warningsDocument(events));
 }
 
@@ -69,6 +76,7 @@ Outcome refuseSignatures(const Options& options, const std::vector<std::string>&
 
 Outcome scan(const Options& options) {
     const auto start = std::chrono::steady_clock::now();
+    boundMemory(kMemoryForInput);
     Configuration configuration = readConfiguration(options.config);
     if (!configuration.error.empty()) return refuse(configuration.error);
     EventList events;
@@ -83,7 +91,11 @@ Outcome scan(const Options& options) {
     const DocumentText signatures = readDocument(options.signatures);
     const Findings found =
         keepScan({options, settings, *root, configuration.presets, signatures, start}, events);
-    if (!found.failure.empty()) throw std::runtime_error(found.failure);
+    if (!found.failure.empty()) {
+        writeFiles(options, {}, events, false);
+        sayEvents(events);
+        throw std::runtime_error(found.failure);
+    }
     if (!found.problems.empty()) return refuseSignatures(options, found.problems, events);
     writeFiles(options, found.matches, events);
     for (const std::string& line : found.explanation) say(line);
@@ -94,7 +106,16 @@ Outcome scan(const Options& options) {
 }
 
 Outcome check(const Options& options) {
-    const SignatureFile file = readSignatureFile(options.signatures, Settings());
+    boundMemory(kMemoryForInput);
+    const DocumentText document = readDocument(options.signatures);
+    const std::string missing = enterSandbox(Settings());
+    if (!missing.empty()) say("the sandbox is not whole here: " + missing);
+    SignatureFile file;
+    try {
+        file = readSignatureFile(options.signatures, document, Settings());
+    } catch (const std::bad_alloc&) {
+        file.problems.push_back(options.signatures + ": takes more memory than is allowed");
+    }
     for (const std::string& problem : file.problems) say(problem);
     for (const std::string& warning : file.warnings) say(warning + " (warning)");
     for (const Event& event : file.events) say(options.signatures + ": " + event.text);

@@ -102,6 +102,17 @@ std::vector<PresetValue> withOwnVariables(std::vector<PresetValue> presets, cons
     return presets;
 }
 
+// False when the evaluation must not go on.
+bool confine(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
+    const std::string missing = enterSandbox(job.settings);
+    if (missing.empty()) return true;
+    const std::string text = "The sandbox is not whole here: " + missing;
+    if (attempt.first == 0) report.onEvent({EventCode::Sandbox, {}, text, {}, {}});
+    if (job.settings.sandbox.required)
+        report.tell(Kind::Failed, text + " (the setting Sandbox/required allows to go on)");
+    return !job.settings.sandbox.required;
+}
+
 SignatureFile readSignatures(const ScanJob& job) {
     try {
         return readSignatureFile(job.options.signatures, job.signatures, job.settings);
@@ -114,7 +125,7 @@ SignatureFile readSignatures(const ScanJob& job) {
 
 void evaluate(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
     HashCache hashes(job.settings.evaluation.cache);
-    enterSandbox(job.settings);
+    if (!confine(job, attempt, report)) return;
     SignatureFile file = readSignatures(job);
     if (attempt.first == 0) report.onEvents(std::move(file.events));
     for (std::string& problem : file.problems) report.tell(Kind::Refused, std::move(problem));

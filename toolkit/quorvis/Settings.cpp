@@ -164,6 +164,8 @@ constexpr Row kRows[] = {
     {"Swid", "directory", kPath,
      [](Settings& s, std::string_view v) { return addPath(s.swid.directories, v); }},
     {"Secrets", "allow", kPath, [](Settings& s, std::string_view v) { return addPath(s.secrets.allow, v); }},
+    {"Sandbox", "required", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.sandbox.required, v); }},
     {"Evaluation", "timeLimit", "a number of seconds from 1 to 604800",
      [](Settings& s, std::string_view v) { return setSeconds(s.evaluation.timeLimit, v); }},
     {"Evaluation", "memoryLimit", kSize,

@@ -46,6 +46,9 @@ struct Settings {
     struct Secrets {
         std::vector<std::string> allow;  // trees in which signatures may see what other users may not
     } secrets;
+    struct Sandbox {
+        bool required = true;  // whether nothing is evaluated where it is not whole
+    } sandbox;
     struct Evaluation {
         std::chrono::seconds timeLimit{120};
         std::uint64_t memoryLimit = std::uint64_t{512} << 20;  // bytes

@@ -13,6 +13,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kMostSignatures = 100'000;
+constexpr std::size_t kMostChildren = 2 * kMostSignatures;
 constexpr std::size_t kMostProblems = 1'000;
 constexpr std::size_t kFirstTexts = std::size_t{256} << 10;
 constexpr std::size_t kSmallestUsual = 200;  // bytes of a signature
@@ -38,6 +39,8 @@ class Visitor : public ElementVisitor {
     }
 
     void onChild(const Element& child) override {
+        if (++children_ > kMostChildren)
+            throw TooManyElements{"more than 200000 elements and texts in Signatures"};
         Complaints complaints;
         Signature signature;
         if (child.name != "Signature") {
@@ -60,8 +63,17 @@ class Visitor : public ElementVisitor {
 
     // "sig.xml:3:7: ..."
     std::string told(std::size_t line, std::size_t offset, const std::string& text) const {
-        return path_ + ":" + std::to_string(line) + ":" + std::to_string(columnIn(document_, offset)) + ": " +
-               text;
+        return path_ + ":" + std::to_string(line) + ":" + std::to_string(columnOf(offset)) + ": " + text;
+    }
+
+    // Tells how many more were dropped than there are events for.
+    void tellOfRest() const {
+        if (dropped_ <= kMostProblems) return;
+        file_.events.push_back({EventCode::Unsupported,
+                                {},
+                                std::to_string(dropped_ - kMostProblems) + " more were dropped",
+                                {},
+                                {}});
     }
 
   private:
@@ -72,7 +84,25 @@ class Visitor : public ElementVisitor {
         }
     }
 
-    void drop(const Complaint& complaint, const Signature& signature) const {
+    // A line may be as long as the document: what is before the latest place is not counted again.
+    std::size_t columnOf(std::size_t offset) const {
+        const bool further =
+            offset >= counted_ &&
+            std::string_view(document_.bytes).substr(counted_, offset - counted_).find('\n') ==
+                std::string_view::npos;
+        column_ = further && column_ > 0 && document_.utf8 ? column_ + columnsBetween(counted_, offset)
+                                                           : columnIn(document_, offset);
+        counted_ = offset;
+        return column_;
+    }
+    std::size_t columnsBetween(std::size_t begin, std::size_t end) const {
+        const auto isStart = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80; };
+        return static_cast<std::size_t>(
+            std::ranges::count_if(std::string_view(document_.bytes).substr(begin, end - begin), isStart));
+    }
+
+    void drop(const Complaint& complaint, const Signature& signature) {
+        if (++dropped_ > kMostProblems) return;
         file_.events.push_back({EventCode::Unsupported,
                                 {},
                                 told(complaint.line, complaint.offset, complaint.text),
@@ -84,7 +114,11 @@ class Visitor : public ElementVisitor {
     const DocumentText& document_;
     const Settings& settings_;
     SignatureFile& file_;
-    Element root_;  // its name, for those that have no place in it
+    Element root_;                     // its name, for those that have no place in it
+    mutable std::size_t counted_ = 0;  // the latest place that was told of
+    mutable std::size_t column_ = 0;
+    std::size_t dropped_ = 0;
+    std::size_t children_ = 0;
     std::size_t count_ = 0;
     std::uint32_t leaves_ = 0;
 };
@@ -111,6 +145,7 @@ SignatureFile readSignatureFile(const std::string& path, const DocumentText& doc
         const TextPlace place = placeIn(document, fault->offset);
         file.problems.push_back(visitor.told(place.line, fault->offset, fault->text));
     }
+    visitor.tellOfRest();
     if (!file.problems.empty()) file.signatures.clear();
     return file;
 }

@@ -1,15 +1,22 @@
 #include "toolkit/quorvah/GroupRunner.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <new>
 #include <stdexcept>
 
+#include "tests/support/RefusedCall.h"
 #include "tests/support/ScratchDir.h"
+#include "toolkit/quorvah/Confinement.h"
 #include "toolkit/quorvah/OutputDocument.h"
 
 using std::chrono::milliseconds;
@@ -109,6 +116,33 @@ void findNothing(Scan& /*scan*/, Report& /*report*/) {}
 
 constexpr const char* kSource[] = {"/no/such/source"};
 
+void hungry(Scan& /*scan*/, Report& report) {
+    for (;;) report.add(std::string(std::size_t{1} << 20, 'x'));
+}
+void reachOut(Scan& /*scan*/, Report& report) {
+    char program[] = "/bin/true";
+    char* const arguments[] = {program, nullptr};
+    const auto tell = [&report](const char* what, bool refused) { report.add(what).set("Value", refused); };
+    tell("program", execv(program, arguments) != 0 && errno == EPERM);
+    tell("stream", socket(AF_INET, SOCK_STREAM, 0) < 0 && errno == EPERM);
+    tell("local", socket(AF_UNIX, SOCK_STREAM, 0) < 0 && errno == EPERM);
+    const int datagrams = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in somebody{};
+    somebody.sin_family = AF_INET;
+    somebody.sin_port = htons(9);
+    somebody.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto* const address = reinterpret_cast<const sockaddr*>(&somebody);
+    tell("datagram",
+         datagrams >= 0 && sendto(datagrams, "x", 1, 0, address, sizeof somebody) < 0 && errno == EPERM);
+    tell("connection", connect(datagrams, address, sizeof somebody) < 0 && errno == EPERM);
+    tell("signal", kill(getppid(), 0) < 0 && errno == EPERM);
+    const int kernel = socket(AF_NETLINK, SOCK_RAW, 0);
+    tell("kernel", kernel >= 0 && send(kernel, "x", 1, 0) == 1);
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    tell("child", child > 0 && waitpid(child, nullptr, 0) == child);
+}
+
 constexpr const char* kQuickXml =
     "<Quick><DeviceID>one</DeviceID><Value>1</Value></Quick><Quick><DeviceID>two</DeviceID><Value/></Quick>";
 
@@ -120,6 +154,8 @@ constexpr Group kCrash{"Crash", "Crash", kFields, crash};
 constexpr Group kLeave{"Leave", "Leave", kFields, leave};
 constexpr Group kFail{"Fail", "Fail", kFields, fail};
 constexpr Group kUnreadable{"Unreadable", "Unreadable", kFields, unreadable};
+constexpr Group kHungry{"Hungry", "Hungry", kFields, hungry};
+constexpr Group kReachOut{"Reach Out", "ReachOut", kFields, reachOut};
 constexpr Group kTalk{"Talk", "Talk", kFields, talk};
 constexpr Group kPlain{"Plain", "Plain", kFields, plain, true};
 constexpr Group kEndless{"Endless", "Endless", kFields, endless, true};
@@ -237,6 +273,38 @@ TEST(GroupRunner, AnExceptionKeepsWhatWasFoundAndSaysWhy) {
     EXPECT_EQ(results[0].instances, 1U);
     EXPECT_EQ(results[0].warnings, (std::vector<std::string>{"Fail: no such luck"}));
     EXPECT_EQ(results[1].reason, "");
+}
+
+#ifndef ZAV_SANITIZED
+TEST(GroupRunner, AGroupThatTakesAllMemoryCostsOnlyItself) {
+    const std::vector<GroupResult> results = run({&kHungry, &kQuick});
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_TRUE(results[0].reason == "memory" || results[0].reason == "too-large") << results[0].reason;
+    EXPECT_EQ(results[1].reason, "");
+    EXPECT_EQ(results[1].instances, 2U);
+}
+
+TEST(GroupRunner, GroupsReachTheKernelAndNobodyElse) {
+    const std::vector<GroupResult> results = run({&kReachOut});
+    ASSERT_EQ(results.size(), 1U);
+    EXPECT_EQ(results[0].instances, 8U);
+    EXPECT_EQ(results[0].xml.find("false"), std::string_view::npos) << results[0].xml;
+}
+#endif
+
+TEST(GroupRunner, WithoutAWholeSandboxNothingIsGatheredUnlessTheOptionsAllowIt) {
+    const int missing = zavtest::whereRefused(SYS_prctl, ENOSYS, [] {
+        Options options;
+        options.sandboxOptional = true;
+        if (run({&kQuick}, Limits(), options)[0].instances != 2) return 1;
+        try {
+            run({&kQuick});
+        } catch (const toolkit::quorvah::Unconfined&) {
+            return 0;
+        }
+        return 2;
+    });
+    EXPECT_EQ(missing, 0);
 }
 
 TEST(GroupRunner, AGroupThatIsNotBuiltIsUnsupported) {

@@ -1,9 +1,14 @@
 // The built scanner as a process: what it exits with, says and writes.
 #include <gtest/gtest.h>
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 
 #include "tests/support/Program.h"
+#include "tests/support/RefusedCall.h"
 
 using zavtest::Finished;
 using zavtest::readAll;
@@ -204,4 +209,52 @@ TEST_F(Scanner, CheckNamesEveryMistakeWithItsLine) {
 TEST_F(Scanner, HelpAndVersionGoToStandardOutput) {
     EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--help"}).output, "Usage: quorvis"));
     EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--version"}).output, "quorvis "));
+}
+
+TEST_F(Scanner, WithoutAWholeSandboxNothingIsEvaluatedUnlessTheSettingAllowsIt) {
+    struct Case {
+        long call;
+        const char* missing;
+    };
+    std::vector<Case> cases = {{SYS_prctl, "ban on new privileges"},
+                               {SYS_prlimit64, "limit of file sizes, ban on core dumps"}};
+    if (geteuid() == 0) cases.push_back({SYS_capset, "dropping of capabilities"});
+    for (const Case& one : cases) {
+        for (const int error : {EPERM, ENOSYS}) {
+            configure("");
+            EXPECT_EQ(1, zavtest::whereRefused(one.call, error, [&] { return scan(whole(kBash)).status; }))
+                << one.missing;
+            EXPECT_TRUE(contains(readAll(warnings()), "<Event code=\"sandbox\" severity=\"error\""))
+                << readAll(warnings());
+            EXPECT_TRUE(contains(readAll(warnings()), one.missing)) << readAll(warnings());
+            EXPECT_TRUE(contains(readAll(out()), "complete=\"false\"")) << readAll(out());
+            EXPECT_FALSE(contains(readAll(out()), "guid=")) << readAll(out());
+            configure("<Plugin name=\"Sandbox\"><Attribute name=\"required\" value=\"no\"/></Plugin>");
+            EXPECT_EQ(0, zavtest::whereRefused(one.call, error, [&] { return scan(whole(kBash)).status; }))
+                << one.missing;
+            EXPECT_TRUE(contains(readAll(warnings()), one.missing)) << readAll(warnings());
+            EXPECT_TRUE(contains(readAll(out()), "guid=\"b\"")) << readAll(out());
+        }
+    }
+}
+
+TEST_F(Scanner, MillionsOfEmptyElementsAreRefusedBeforeTheyTakeMemory) {
+    std::string elements;
+    for (int i = 0; i < 2'000'000; ++i) elements += "<a/>";
+    const Finished nested =
+        scan(whole("<Signature guid=\"b\" name=\"x\"><Metadata>" + elements + "</Metadata></Signature>"));
+    EXPECT_EQ(nested.status, 3);
+    EXPECT_TRUE(contains(nested.output, "more than 10000 elements and texts in one element"))
+        << nested.output;
+    elements.resize(1'200'000);
+    EXPECT_EQ(scan(whole(elements)).status, 3);
+    configure(elements +
+              "<Plugin name=\"Evaluation\"><Attribute name=\"onInvalid\" value=\"skip\"/></Plugin>");
+    EXPECT_EQ(scan(whole(elements)).status, 3);
+    configure(std::string(2'000, '<').append("x"));
+    EXPECT_EQ(scan(whole(kBash)).status, 0) << "what is no XML is read line by line";
+    std::string variables;
+    for (int i = 0; i < 100'001; ++i) variables += "<Variable name=\"a\" value=\"b\" guid=\"\"/>";
+    configure(variables);
+    EXPECT_EQ(scan(whole(kBash)).status, 2);
 }
