@@ -45,6 +45,10 @@ std::string csvText(const SoftwareReport& report) {
                            csvField(finding.name), csvField(variable.name), csvField(variable.value));
         }
     }
+    for (const Undecided& signature : report.undecided) {
+        fmt::format_to(std::back_inserter(text), ",{},{},_status,unknown\r\n", csvField(signature.guid),
+                       csvField(signature.name));
+    }
     return text;
 }
 

@@ -18,7 +18,8 @@ std::string csvField(std::string_view value);
 std::string csvText(const Inventory& inventory);
 
 // One record per variable of every result, in the columns result (from 0), guid, name, variable, value. A
-// result without variables has one record, in which the last two are empty.
+// result without variables has one record, in which the last two are empty. A signature of which it is unknown whether it
+// matches has one without a number, with the variable _status and the value unknown.
 std::string csvText(const SoftwareReport& report);
 
 }  // namespace zavcli

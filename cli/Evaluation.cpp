@@ -34,7 +34,9 @@ std::string explain(int code, ZAVSwCtx* software, const std::string& scanner) {
 
 std::map<std::string, std::string> namesIn(const std::vector<SignaturesFile>& files) {
     std::map<std::string, std::string> names;
-    for (const SignaturesFile& file : files) names.insert(file.names.begin(), file.names.end());
+    for (const SignaturesFile& file : files) {
+        for (const auto& [guid, name] : file.names) noteName(names, guid, name);
+    }
     return names;
 }
 

@@ -11,7 +11,7 @@ namespace zavcli {
 
 // What the last evaluation of the context found: everything, or what has one of the identifiers, in their
 // order and whatever their case. `names` are the readable names by identifier in lower case, for results that
-// do not say theirs. Throws Failure.
+// do not say theirs: those of a foreign scanner. Throws Failure.
 std::vector<Finding> readFindings(ZAVSwCtx* software, const std::vector<std::string>& guids,
                                   const std::map<std::string, std::string>& names);
 

@@ -42,11 +42,11 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kReasons
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kDatabaseReasons{{
     {"-broken", "the {} database is damaged"},
-    {"-unread", "the {} database cannot be read"},
-    {"-permission", "the {} database may not be read; root may"},
+    {"-unreadable", "the {} database cannot be read"},
+    {"-timeout", "reading the {} database took too long"},
     {"-unsupported", "the {} database is of a kind that the scanner cannot read"},
     {"-unsaved", "the {} database has changes that are not yet saved in it"},
-    {"-limit", "the {} database holds more than the scanner takes"},
+    {"-too-large", "the {} database holds more than the scanner takes"},
 }};
 
 std::string_view valueOf(std::string_view name, const std::vector<Field>& fields) {

@@ -77,8 +77,16 @@ std::string jsonText(const SoftwareReport& report) {
     for (const Finding& finding : report.results) results.push_back(result(finding));
     Json warnings = Json::array();
     for (const Warning& each : report.warnings) warnings.push_back(warning(each));
+    Json undecided = Json::array();
+    for (const Undecided& signature : report.undecided) {
+        Json json = {{"guid", signature.guid}};
+        if (!signature.name.empty()) json["name"] = signature.name;
+        undecided.push_back(std::move(json));
+    }
     return written({{"scan", scanFacts(report.scan)},
+                    {"complete", report.complete},
                     {"results", std::move(results)},
+                    {"undecided", std::move(undecided)},
                     {"warnings", std::move(warnings)}});
 }
 

@@ -12,8 +12,9 @@ namespace zavcli {
 // string; a group without instances is an empty array, and its status tells whether there are none.
 std::string jsonText(const Inventory& inventory);
 
-// {"scan": {...}, "results": [{"guid": ..., "name": ..., "variables": {...}, "metadata": {...}, "evidence":
-// [...]}, ...], "warnings": [...]}, indented. What is not known is left out, but for guid and variables.
+// {"scan": {...}, "complete": true, "results": [{"guid": ..., "name": ..., "variables": {...}, "metadata": {...},
+// "evidence": [...]}, ...], "undecided": [{"guid": ..., "name": ...}, ...], "warnings": [...]}, indented. What is not known
+// is left out, but for guid and variables.
 std::string jsonText(const SoftwareReport& report);
 
 }  // namespace zavcli

@@ -24,6 +24,7 @@ std::string Metadata::text(const std::string& name) const {
 }
 
 std::string Metadata::name() const {
+    if (!matchedName.empty()) return matchedName;
     const std::string name = text("Name");
     return name.empty() ? text("Title") : name;
 }
@@ -48,6 +49,8 @@ Metadata readMetadata(const std::string& xml) {
     for (const Element& child : root->children) {
         if (child.name == "Evidence")
             metadata.evidence.push_back(child.attributes);
+        else if (child.name == "MatchedName")
+            metadata.matchedName = child.text;  // the scanner's stands behind what the signature brought
         else if (child.children.empty() && !child.text.empty() && metadata.text(child.name).empty())
             metadata.texts.push_back({child.name, child.text});
     }

@@ -10,6 +10,7 @@ namespace zavcli {
 // What a result's metadata says, as far as it is flat.
 struct Metadata {
     std::vector<Field> texts;                  // children that hold nothing but text, such as Publisher
+    std::string matchedName;                   // as the scanner evaluated it, which is none of the texts
     std::vector<std::vector<Field>> evidence;  // the attributes of each Evidence: kind, source, name, version
 
     // The text of that child; empty when there is none.

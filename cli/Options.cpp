@@ -66,14 +66,15 @@ an identifier when a signature in the files has it, or when it looks like 6f0d1c
 has one value in a run.
 --config PLUGIN.ATTRIBUTE=VALUE changes a setting of the scanner.
 --guid GUID shows the results of this signature only, in any case. When it does not match, that is told on standard error,
-the result is empty and the exit status 0.
+the result is empty and the exit status 0. An identifier that no file has is refused.
 
 Formats:
   table  to read: a paragraph per match, with the first piece of evidence for it
-  json   {"scan": {...}, "results": [{"guid", "name", "variables": {...}, "metadata": {...}, "evidence": [...]}, ...],
-         "warnings": [...]}; all values are strings
-  csv    one record per variable: result,guid,name,variable,value; results count from 0
-  xml    one element MatchedSignature per match, as the scanner writes
+  json   {"scan": {...}, "complete": true, "results": [{"guid", "name", "variables": {...}, "metadata": {...},
+         "evidence": [...]}, ...], "undecided": [{"guid", "name"}, ...], "warnings": [...]}; all values are strings
+  csv    one record per variable: result,guid,name,variable,value; results count from 0; a signature of which it is
+         unknown whether it matches has one without a number, with the variable _status
+  xml    one element MatchedSignature per match, as the scanner writes; complete="false" when one may be missing
 
 What could not be examined, such as a file that must not be read, is told on standard error in any format.
 
@@ -89,7 +90,8 @@ Examples:
   zav sw --explain GUID signatures.xml           why does this signature match, or not?
 
 Exit status: 0 evaluated, also without a match, or valid; 1 the evaluation failed, or a file is not valid; 2 the command
-line is wrong, or a file cannot be read.)";
+line is wrong, or a file cannot be read; 3 the results are written, but of a signature it is unknown whether it matches, or
+something was left out.)";
 
 constexpr const char* kDoctorFooter =
     R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible). The checks named

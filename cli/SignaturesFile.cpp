@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +12,7 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "cli/Failure.h"
 #include "cli/Text.h"
@@ -28,6 +30,7 @@ struct Reading {
     int depth = 0;
     std::size_t bodyBegin = 0;
     std::size_t bodyEnd = 0;
+    std::string guid = {};  // of the signature at hand, in lower case
 };
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
@@ -65,11 +68,29 @@ std::string contentOf(const std::string& path) {
     return content;
 }
 
+// The name of an encoding in which characters have zero bytes; null for others.
+const char* wideEncodingOf(std::string_view content) {
+    constexpr std::array<std::pair<std::string_view, const char*>, 8> kStarts{
+        {{{"\xff\xfe\0\0", 4}, "UTF-32"},
+         {{"\0\0\xfe\xff", 4}, "UTF-32"},
+         {{"<\0\0\0", 4}, "UTF-32"},
+         {{"\0\0\0<", 4}, "UTF-32"},
+         {{"\xff\xfe", 2}, "UTF-16"},
+         {{"\xfe\xff", 2}, "UTF-16"},
+         {{"<\0", 2}, "UTF-16"},
+         {{"\0<", 2}, "UTF-16"}}};
+    for (const auto& [start, name] : kStarts) {
+        if (content.starts_with(start)) return name;
+    }
+    return nullptr;
+}
+
 std::size_t offset(const Reading& reading) {
     return static_cast<std::size_t>(XML_GetCurrentByteIndex(reading.parser));
 }
 
-void noteSignature(SignaturesFile& file, const char** attributes) {
+// Returns its identifier in lower case.
+std::string noteSignature(SignaturesFile& file, const char** attributes) {
     ++file.count;
     std::string guid;
     std::string name;
@@ -77,7 +98,26 @@ void noteSignature(SignaturesFile& file, const char** attributes) {
         if (std::string_view(attributes[0]) == "guid") guid = lowerCase(attributes[1]);
         if (std::string_view(attributes[0]) == "name") name = attributes[1];
     }
-    if (!guid.empty()) file.names.emplace(std::move(guid), std::move(name));
+    if (guid.empty()) return guid;
+    noteName(file.names, guid, name);
+    file.variables[guid];
+    return guid;
+}
+
+// Notes the variables that a text of a signature uses: "${name}", which "$${" is not.
+void noteUses(std::set<std::string>& uses, std::string_view text) {
+    for (std::size_t at = text.find("${"); at != std::string_view::npos; at = text.find("${", at + 2)) {
+        const std::size_t end = text.find('}', at);
+        const bool literal = at > 0 && text[at - 1] == '$';
+        if (!literal && end != std::string_view::npos) uses.emplace(text.substr(at + 2, end - at - 2));
+    }
+}
+
+void noteUses(std::set<std::string>& uses, std::string_view element, const char** attributes) {
+    for (; *attributes != nullptr; attributes += 2) {
+        noteUses(uses, attributes[1]);
+        if (element == "Preset" && std::string_view(attributes[0]) == "name") uses.emplace(attributes[1]);
+    }
 }
 
 void begin(void* data, const char* name, const char** attributes) {
@@ -89,8 +129,9 @@ void begin(void* data, const char* name, const char** attributes) {
         reading.bodyBegin =
             offset(reading) + static_cast<std::size_t>(XML_GetCurrentByteCount(reading.parser));
     } else if (reading.depth == 2 && std::string_view(name) == "Signature") {
-        noteSignature(reading.file, attributes);
+        reading.guid = noteSignature(reading.file, attributes);
     }
+    if (reading.depth >= 2) noteUses(reading.file.variables[reading.guid], name, attributes);
 }
 
 void end(void* data, const char* /*name*/) {
@@ -122,6 +163,7 @@ bool parse(const std::string& content, const char* encoding, SignaturesFile& fil
     XML_SetStartDoctypeDeclHandler(parser.get(), documentType);
     if (XML_Parse(parser.get(), content.data(), static_cast<int>(content.size()), 1) != XML_STATUS_OK)
         return false;
+    file.wellFormed = true;
     if (reading.joinable) file.body = content.substr(reading.bodyBegin, reading.bodyEnd - reading.bodyBegin);
     return true;
 }
@@ -148,12 +190,22 @@ std::vector<std::string> signaturesPaths(const std::vector<std::string>& argumen
     return paths;
 }
 
+void noteName(std::map<std::string, std::string>& names, const std::string& guid, const std::string& name) {
+    const bool plain = name.find("${") == std::string::npos;
+    const auto [known, isNew] = names.emplace(guid, plain ? name : "");
+    if (!isNew && known->second != name) known->second.clear();
+}
+
 SignaturesFile readSignaturesFile(const std::string& path) {
     const std::string content = contentOf(path);
-    SignaturesFile file{path, 0, {}, std::nullopt};
+    if (const char* const encoding = wideEncodingOf(content); encoding != nullptr)
+        refuse(path, fmt::format("it is {}; signatures files are UTF-8", encoding));
+    SignaturesFile file;
+    file.path = path;
     if (parse(content, nullptr, file)) return file;
     // Bytes that are not UTF-8 are taken for ISO-8859-1, as the bundled scanner takes them.
-    SignaturesFile other{path, 0, {}, std::nullopt};
+    SignaturesFile other;
+    other.path = path;
     return parse(content, "ISO-8859-1", other) ? other : file;
 }
 

@@ -24,6 +24,11 @@ struct Warning {
     std::string text;
 };
 
+struct Undecided {
+    std::string guid;
+    std::string name;  // empty when none is known
+};
+
 struct SoftwareReport {
     ScanFacts scan;
     std::size_t files = 0;       // signatures files that were evaluated
@@ -31,7 +36,9 @@ struct SoftwareReport {
     std::size_t matches = 0;     // before a choice of identifiers
     std::vector<Finding> results;
     std::vector<Warning> warnings;
-    std::string fault;  // why the warnings are not complete; empty when they are
+    std::vector<Undecided> undecided;  // signatures of which it is unknown whether they match
+    bool complete = true;              // whether nothing that was asked for is unknown or was left out
+    std::string fault;                 // why the warnings are not complete; empty when they are
 };
 
 }  // namespace zavcli

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 
 #include "cli/Commands.h"
 #include "cli/CsvWriter.h"
@@ -61,26 +62,72 @@ std::vector<Setting> settingsOf(const Options& options) {
     return settings;
 }
 
-// Says of each identifier that was asked for in vain whether there is such a signature at all.
-void tellMissing(const SoftwareReport& report, const std::vector<SignaturesFile>& files,
-                 const std::vector<std::string>& guids) {
+bool isIn(const std::vector<SignaturesFile>& files, const std::string& guid) {
+    const std::string wanted = lowerCase(guid);
+    return std::any_of(files.begin(), files.end(),
+                       [&](const SignaturesFile& file) { return file.names.contains(wanted); });
+}
+
+// A file that is not well-formed may hold any; what is wrong with it is for the scanner to say.
+void requireSignature(const std::vector<SignaturesFile>& files, const std::string& guid) {
+    const bool allRead =
+        std::all_of(files.begin(), files.end(), [](const SignaturesFile& file) { return file.wellFormed; });
+    if (allRead && !isIn(files, guid))
+        throw Failure(kExitBadUsage, fmt::format("no signature has the identifier {}", guid));
+}
+
+// Says of each identifier that was asked for in vain that it is so.
+void tellMissing(const SoftwareReport& report, const std::vector<std::string>& guids) {
+    const auto isAmong = [](const auto& items, const std::string& guid) {
+        return std::any_of(items.begin(), items.end(),
+                           [&](const auto& item) { return lowerCase(item.guid) == lowerCase(guid); });
+    };
     for (const std::string& guid : guids) {
-        const std::string wanted = lowerCase(guid);
-        const bool found =
-            std::any_of(report.results.begin(), report.results.end(),
-                        [&](const Finding& finding) { return lowerCase(finding.guid) == wanted; });
-        if (found) continue;
-        const bool known = std::any_of(files.begin(), files.end(), [&](const SignaturesFile& file) {
-            return file.names.contains(wanted);
-        });
-        complain(known ? fmt::format("the signature {} does not match", guid)
-                       : fmt::format("no signature has the identifier {}", guid));
+        if (!isAmong(report.results, guid) && !isAmong(report.undecided, guid))
+            complain(fmt::format("the signature {} does not match", guid));
     }
+}
+
+bool isUsed(const Preset& preset, const std::vector<SignaturesFile>& files) {
+    const std::string guid = lowerCase(preset.guid);
+    return std::any_of(files.begin(), files.end(), [&](const SignaturesFile& file) {
+        return std::any_of(file.variables.begin(), file.variables.end(), [&](const auto& uses) {
+            return (guid.empty() || guid == uses.first) && uses.second.contains(preset.name);
+        });
+    });
+}
+
+void tellUnused(const std::vector<Preset>& presets, const std::vector<SignaturesFile>& files) {
+    for (const Preset& preset : presets) {
+        if (isUsed(preset, files)) continue;
+        complain(preset.guid.empty()
+                     ? fmt::format("warning: no signature uses the variable '{}'", preset.name)
+                     : fmt::format("warning: the signature {} does not use the variable '{}'", preset.guid,
+                                   preset.name));
+    }
+}
+
+// Notes what the warnings say of the completeness of the results.
+void noteGaps(SoftwareReport& report, const std::vector<std::string>& guids,
+              const std::vector<SignaturesFile>& files) {
+    std::map<std::string, std::string> names;
+    for (const SignaturesFile& file : files) {
+        for (const auto& [guid, name] : file.names) noteName(names, guid, name);
+    }
+    for (const std::string& guid : undecidedSignatures(report.warnings)) {
+        const std::string folded = lowerCase(guid);
+        const bool wanted = guids.empty() || std::any_of(guids.begin(), guids.end(), [&](const auto& other) {
+                                return lowerCase(other) == folded;
+                            });
+        if (wanted) report.undecided.push_back({guid, names[folded]});
+    }
+    report.complete = report.fault.empty() && !tellOfGaps(report.warnings, guids);
 }
 
 SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile>& files) {
     const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
+    tellUnused(presets, files);
     const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
     const std::string root = setScannedRoot(options, kSoftwareScanner);
 
@@ -94,6 +141,7 @@ SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile
     SoftwareReport report =
         evaluateFiles(library, lines, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids);
     report.scan = record.facts();
+    noteGaps(report, options.guids, files);
     return report;
 }
 
@@ -101,17 +149,19 @@ SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile
 
 int software(const Options& options) {
     const std::vector<SignaturesFile> files = readFiles(options);
+    for (const std::string& guid : options.guids) requireSignature(files, guid);
     Destination destination(options);
     const SoftwareReport report = evaluate(options, files);
-    for (const Warning& warning : report.warnings) complain(warningText(warning));
-    tellMissing(report, files, options.guids);
+    for (const std::string& line : warningLines(report.warnings)) complain(line);
+    tellMissing(report, options.guids);
     destination.write(written(report, options));
     if (!report.fault.empty()) throw Failure(kExitFailed, report.fault);
-    return EXIT_SUCCESS;
+    return report.complete ? EXIT_SUCCESS : kExitUnread;
 }
 
 int checkSoftwareSignatures(const Options& options) {
     const std::vector<std::string> paths = signaturesPaths(options.signatures);
+    std::for_each(paths.begin(), paths.end(), readSignaturesFile);  // refuses what no scanner needs to see
     const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
     const CheckedSignatures checked =
         checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);
@@ -123,15 +173,14 @@ int explainSoftwareSignature(const Options& options) {
     const std::vector<SignaturesFile> files = readFiles(options);
     const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
+    tellUnused(presets, files);
     const std::string guid = lowerCase(*options.explain);
-    if (std::none_of(files.begin(), files.end(),
-                     [&](const SignaturesFile& file) { return file.names.contains(guid); }))
-        throw Failure(kExitBadUsage, fmt::format("no signature has the identifier {}", *options.explain));
+    requireSignature(files, *options.explain);
     const std::string scanner =
         scannerPath(toolkitFor(options, kSoftwareScanner).directory, kSoftwareScanner);
     setScannedRoot(options, kSoftwareScanner);
     for (const SignaturesFile& file : files) {
-        if (!file.names.contains(guid)) continue;
+        if (file.wellFormed && !file.names.contains(guid)) continue;
         writeStandardOutput(
             printableLines(explainSignature(scanner, file.path, *options.explain, presets, settings)));
     }

@@ -47,6 +47,10 @@ std::string summary(const SoftwareReport& report) {
     if (report.results.size() != report.matches) text += fmt::format(" of {} shown", report.matches);
     text += fmt::format("; {} in {}", counted(report.signatures, "signature", "signatures"),
                         counted(report.files, "file", "files"));
+    if (!report.undecided.empty())
+        text += fmt::format("; {} undecided", report.undecided.size());
+    else if (!report.complete)
+        text += "; something was left out";
     if (!report.warnings.empty())
         text += fmt::format("; {}", counted(report.warnings.size(), "warning", "warnings"));
     return text + "\n";

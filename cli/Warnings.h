@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/Software.h"
 
@@ -12,5 +13,15 @@ Warning readWarning(const std::string& xml);
 // The warning in words, such as "warning: /etc/x: cannot be opened: permission denied (signature GUID, leaf
 // f)".
 std::string warningText(const Warning& warning);
+
+// All warnings in words, one line for those that differ in the signature only: "warning: /opt/x: No permission to search this
+// directory (30 signatures: A, B, C, ...)".
+std::vector<std::string> warningLines(const std::vector<Warning>& warnings);
+
+// The identifiers of the signatures of which the warnings say that it is unknown whether they match, each once.
+std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings);
+
+// Whether the warnings tell that something was left out that concerns one of the signatures, or all when none is named.
+bool tellOfGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
 }  // namespace zavcli

@@ -50,7 +50,8 @@ std::string xmlText(const Inventory& inventory) {
 }
 
 std::string xmlText(const SoftwareReport& report) {
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MatchedSignatures>\n";
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MatchedSignatures";
+    text += report.complete ? " complete=\"true\">\n" : " complete=\"false\">\n";
     for (const Finding& finding : report.results) text += element(finding);
     return text + "</MatchedSignatures>\n";
 }

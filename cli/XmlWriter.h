@@ -13,7 +13,7 @@ namespace zavcli {
 std::string xmlText(const Inventory& inventory);
 
 // The same for software: below the root MatchedSignatures one element per result, with its metadata as it is
-// and its variables.
+// and its variables. The root's attribute `complete` is "false" when a result may be missing.
 std::string xmlText(const SoftwareReport& report);
 
 }  // namespace zavcli

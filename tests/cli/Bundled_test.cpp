@@ -92,6 +92,27 @@ TEST(Bundled, SoftwareIsFoundBySignatures) {
     EXPECT_FALSE(results.at(0).at("evidence").empty());
 }
 
+TEST(Bundled, NameIsThatOfTheSignatureThatMatched) {
+    const ScratchDir scratch;
+    const std::string root = treeWithTool(scratch);
+    const std::string file =
+        scratch
+            .write("s.xml",
+                   "<Signatures><Signature guid=\"same\" name=\"Absent\"><Match>"
+                   "<File path=\"/no/such\"/></Match></Signature>"
+                   "<Signature guid=\"same\" name=\"Tool ${v.value} of &lt;${who}&gt;\"><Match><All>"
+                   "<Property id=\"v\" path=\"/opt/tool/release\" format=\"properties\" "
+                   "key=\"version\"/></All></Match></Signature></Signatures>")
+            .string();
+    const Ended ended = bundled({"sw", file, "--root", root, "--format", "json", "--variable", "who=us"});
+    ASSERT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ("", ended.err);
+    const Json results = Json::parse(ended.out).at("results");
+    ASSERT_EQ(1U, results.size());
+    EXPECT_EQ("Tool 2.10 of <us>", results.at(0).at("name"));
+    EXPECT_FALSE(results.at(0).contains("metadata"));
+}
+
 TEST(Bundled, JoinedFilesFindWhatEachFinds) {
     const ScratchDir scratch;
     const std::string root = treeWithTool(scratch);

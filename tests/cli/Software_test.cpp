@@ -180,7 +180,11 @@ TEST_F(SoftwareTest, PresetsAndSettingsReachTheScanner) {
             "--config", "FileSystem.exclude=/a", "--config", "FileSystem.exclude=/b"})
             .run();
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ("", ended.err);
+    EXPECT_EQ(
+        "zav: warning: no signature uses the variable 'a'\n"
+        "zav: warning: the signature " +
+            guid + " does not use the variable 'b'\n",
+        ended.err);
     for (const std::string part :
          {"name=\"a\" value=\"&lt;&quot;&amp;gr\xc3\xb6\xc3\x9f\" guid=\"\"",
           "name=\"b\" value=\"2\" guid=\"6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001\"",
@@ -205,12 +209,118 @@ TEST_F(SoftwareTest, IdentifierChoosesItsResultsInAnyCase) {
 
 TEST_F(SoftwareTest, IdentifierWithoutResultIsToldAndNoFailure) {
     const std::string none = file("none.xml", "<MatchedSignatures/>");
-    const Ended ended = sw({file("one.xml", kOne), "--guid", "G1", "--guid", "other", "--format", "json"})
+    const Ended ended = sw({file("one.xml", kOne), "--guid", "G1", "--format", "json"})
                             .environment("ZAVTEST_OUTPUT", none)
                             .run();
     EXPECT_EQ(Guids{}, guidsOf(ended));
-    EXPECT_EQ("zav: the signature G1 does not match\nzav: no signature has the identifier other\n",
-              ended.err);
+    EXPECT_EQ("zav: the signature G1 does not match\n", ended.err);
+}
+
+TEST_F(SoftwareTest, IdentifierThatNoFileHasIsBadUsage) {
+    const Ended ended = sw({file("one.xml", kOne), "--guid", "G1", "--guid", "other"}).run();
+    EXPECT_EQ(2, ended.status);
+    EXPECT_EQ("", ended.out);
+    EXPECT_EQ("zav: no signature has the identifier other\n", ended.err);
+    EXPECT_TRUE(std::filesystem::is_empty(path("given")));
+    const std::string bad = file("cut.xml", "<Signatures>\n<Bad/><Signature guid=\"g");
+    expectSays(sw({bad, "--guid", "other"}).run().err, "the scanner refuses the signatures of " + bad);
+}
+
+TEST_F(SoftwareTest, VariablesThatNoSignatureUsesAreTold) {
+    const std::string uses = file("uses.xml",
+                                  "<Signatures><Signature guid=\"g1\" name=\"${used}\"><Match>"
+                                  "<File path=\"/a$${literal}\"/></Match></Signature>"
+                                  "<Signature guid=\"g2\"><Preset name=\"own\"/></Signature></Signatures>");
+    const Ended ended =
+        sw({uses, "--variable", "used=1", "--variable", "own=2@g2", "--variable", "literal=3"}).run();
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("zav: warning: no signature uses the variable 'literal'\n", ended.err);
+    EXPECT_EQ("zav: warning: the signature g2 does not use the variable 'used'\n",
+              sw({uses, "--variable", "used=1@g2"}).run().err);
+}
+
+TEST_F(SoftwareTest, FilesOfWideEncodingsAreRefusedByName) {
+    const struct {
+        std::string content;
+        const char* encoding;
+    } cases[] = {{std::string("\xff\xfe<\0S\0/\0>\0", 10), "UTF-16"},
+                 {std::string("\0<\0S\0/\0>", 8), "UTF-16"},
+                 {std::string("\xff\xfe\0\0<\0\0\0", 8), "UTF-32"},
+                 {std::string("\0\0\0<\0\0\0S", 8), "UTF-32"}};
+    for (const auto& [content, encoding] : cases) {
+        const std::string wide = file("wide.xml", content);
+        for (const Guids& arguments : {Guids{wide}, Guids{"--check", wide}}) {
+            const Ended ended = sw(arguments).run();
+            EXPECT_EQ(2, ended.status);
+            EXPECT_EQ("zav: cannot read '" + wide + "': it is " + encoding + "; signatures files are UTF-8\n",
+                      ended.err);
+        }
+    }
+}
+
+TEST_F(SoftwareTest, NameThatIsNotCertainIsNotShown) {
+    const std::string two = file("two.xml",
+                                 "<Signatures><Signature guid=\"g1\" name=\"First\"/>"
+                                 "<Signature guid=\"G1\" name=\"Second\"/></Signatures>");
+    const std::string variable =
+        file("variable.xml", "<Signatures><Signature guid=\"g3\" name=\"A ${x}\"/></Signatures>");
+    const Ended ended = sw({two, variable, "--format", "json"}).run();
+    ASSERT_EQ(0, ended.status) << ended.err;
+    for (const Json& result : Json::parse(ended.out).at("results"))
+        EXPECT_FALSE(result.contains("name")) << result;
+}
+
+TEST_F(SoftwareTest, NameThatTheScannerEvaluatedComesFirst) {
+    const std::string prepared =
+        file("prepared.xml",
+             "<MatchedSignatures><MatchedSignature guid=\"g1\"><Metadata><Name>of the writer</Name>"
+             "<MatchedName>forged</MatchedName><MatchedName>One 7</MatchedName></Metadata></MatchedSignature>"
+             "</MatchedSignatures>");
+    const Ended ended =
+        sw({file("one.xml", kOne), "--format", "json"}).environment("ZAVTEST_OUTPUT", prepared).run();
+    ASSERT_EQ(0, ended.status) << ended.err;
+    const Json result = Json::parse(ended.out).at("results").at(0);
+    EXPECT_EQ("One 7", result.at("name"));
+    EXPECT_EQ((Json{{"Name", "of the writer"}}), result.at("metadata"));
+}
+
+TEST_F(SoftwareTest, UndecidedSignaturesAreToldInEveryFormat) {
+    const std::string none = file("none.xml", "<MatchedSignatures/>");
+    const std::string events =
+        file("events.xml",
+             "<Events><Event code=\"permission\" severity=\"warning\" guid=\"g1\" leaf=\"f\" "
+             "path=\"/opt/x\" count=\"1\">No permission to search this directory</Event>"
+             "<Event code=\"unresolved\" severity=\"warning\" guid=\"g1\" "
+             "count=\"1\">whether the signature matches is unknown</Event></Events>");
+    const auto run = [&](const char* format) {
+        return sw({file("one.xml", kOne), "--format", format})
+            .environment("ZAVTEST_OUTPUT", none)
+            .environment("ZAVTEST_WARNINGS", events)
+            .run();
+    };
+    for (const char* format : {"table", "json", "csv", "xml"}) {
+        EXPECT_EQ(3, run(format).status);
+        EXPECT_EQ(
+            "zav: warning: /opt/x: No permission to search this directory (signature g1, leaf f)\n"
+            "zav: warning: whether the signature matches is unknown (signature g1)\n",
+            run(format).err);
+    }
+    EXPECT_EQ("no matches; 1 signature in 1 file; 1 undecided; 2 warnings\n", run("table").out);
+    const Json json = Json::parse(run("json").out);
+    EXPECT_EQ(false, json.at("complete"));
+    EXPECT_EQ((Json::array({{{"guid", "g1"}, {"name", "One"}}})), json.at("undecided"));
+    EXPECT_EQ("result,guid,name,variable,value\r\n,g1,One,_status,unknown\r\n", run("csv").out);
+    expectSays(run("xml").out, "<MatchedSignatures complete=\"false\">");
+}
+
+TEST_F(SoftwareTest, UndecidedSignaturesOfOtherIdentifiersDoNotCount) {
+    const std::string events = file("events.xml",
+                                    "<Events><Event code=\"unresolved\" severity=\"warning\" guid=\"g2\" "
+                                    "count=\"1\">whether the signature matches is unknown</Event></Events>");
+    const Guids files{file("one.xml", kOne), file("two.xml", kTwo)};
+    EXPECT_EQ(3, sw(files).environment("ZAVTEST_WARNINGS", events).run().status);
+    EXPECT_EQ(0,
+              sw({files[0], files[1], "--guid", "g1"}).environment("ZAVTEST_WARNINGS", events).run().status);
 }
 
 TEST_F(SoftwareTest, WarningsStandOnStandardErrorAndInJson) {

@@ -24,6 +24,39 @@ TEST(Warnings, AreToldInWords) {
     for (const auto& [xml, text] : cases) EXPECT_EQ(text, warningText(readWarning(xml)));
 }
 
+TEST(Warnings, ThoseThatDifferInTheSignatureOnlyAreOneLine) {
+    std::vector<Warning> warnings;
+    for (const char* guid : {"A", "B", "A", "C", "D", "E", "F"}) {
+        warnings.push_back(readWarning(
+            std::string(R"(<Event code="permission" severity="warning" guid=")") + guid +
+            R"(" leaf="f" path="/opt" count="1">No permission to search this directory</Event>)"));
+    }
+    warnings.push_back(
+        readWarning(R"(<Event code="io" severity="warning" guid="A" path="/x" count="1">broken</Event>)"));
+    warnings.push_back(
+        readWarning(R"(<Event code="permission" guid="A" count="9">more such events were left out</Event>)"));
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: /opt: No permission to search this directory (6 signatures: A, B, C, D, E, ...)",
+                  "warning: /x: broken (signature A)",
+                  "warning: more such events were left out (signature A, 9 times)"}),
+              warningLines(warnings));
+    EXPECT_TRUE(warningLines({}).empty());
+}
+
+TEST(Warnings, TellWhichSignaturesAreUndecidedAndWhatWasLeftOut) {
+    const Warning undecided =
+        readWarning(R"(<Event code="unresolved" severity="warning" guid="A" count="1">unknown</Event>)");
+    const Warning limit =
+        readWarning(R"(<Event code="deadline" severity="warning" count="1">out of time</Event>)");
+    const Warning other = readWarning(R"(<Event code="permission" severity="warning" guid="A">no</Event>)");
+    EXPECT_EQ((std::vector<std::string>{"A"}), undecidedSignatures({undecided, undecided, limit, other}));
+    EXPECT_TRUE(tellOfGaps({other, undecided}, {}));
+    EXPECT_TRUE(tellOfGaps({undecided}, {"a"}));
+    EXPECT_FALSE(tellOfGaps({undecided}, {"b"}));
+    EXPECT_TRUE(tellOfGaps({limit}, {"b"}));
+    EXPECT_FALSE(tellOfGaps({other}, {}));
+}
+
 TEST(Warnings, LongOnesAreWhole) {
     const std::string words(20'000, 'x');
     EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));

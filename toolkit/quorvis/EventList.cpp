@@ -64,8 +64,11 @@ void EventList::add(Event event) {
     event.path.resize(std::min(event.path.size(), kLongestText));
     event.text.resize(std::min(event.text.size(), kLongestText));
     Alike& alike = alike_[{event.code, event.guid}];
-    if (alike.kept < kMostAlike && kept_.size() < kMost) {
+    // Which signatures are undecided must be known of all of them; there is at most one such event of each.
+    const bool vital = event.code == EventCode::Unresolved;
+    if (vital || (alike.kept < kMostAlike && kept_.size() - vital_ < kMost)) {
         ++alike.kept;
+        if (vital) ++vital_;
         kept_.push_back(std::move(event));
     } else if (alike.kept < kMostAlike) {
         if (rest_.count == 0) rest_.event = {event.code, {}, "more events of any kind were left out", {}, {}};

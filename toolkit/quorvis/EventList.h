@@ -17,7 +17,7 @@ std::string_view nameOf(EventCode code);
 std::string_view severityOf(EventCode code);
 
 // The events of a run, few enough to be read: of those of one code and one signature, and of all, only the first
-// are kept, and one more counts the rest.
+// are kept, and one more counts the rest. Those that tell of an undecided signature are all kept.
 class EventList {
   public:
     struct Entry {
@@ -47,6 +47,7 @@ class EventList {
     std::vector<Entry> summaries_;
     Entry rest_{{}, 0};
     std::map<std::pair<EventCode, std::string>, Alike> alike_;
+    std::size_t vital_ = 0;  // of kept_, those that no bound holds for
     bool toldLimit_ = false;
 };
 

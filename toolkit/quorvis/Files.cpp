@@ -39,9 +39,24 @@ bool meansMissing(int error) {
     return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
 }
 
-Event eventOf(int error, const std::string& path) {
-    if (error == EACCES || error == EPERM)
+// The directory on the way to the path in which nothing may be looked up; empty when there is none.
+std::string closedDirectory(const Root& root, const std::string& path) {
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        const std::string directory = path.substr(0, end);
+        if (!root.openStrictly(directory + "/.", O_PATH | O_DIRECTORY).isOpen())
+            return errno == EACCES ? directory : std::string();
+    }
+    return {};
+}
+
+Event eventOf(int error, const Root& root, const std::string& path) {
+    if (error == EACCES || error == EPERM) {
+        std::string closed = closedDirectory(root, path);
+        if (!closed.empty())
+            return makeEvent(EventCode::Permission, std::move(closed),
+                             "No permission to search this directory");
         return makeEvent(EventCode::Permission, path, "No permission to open this");
+    }
     if (error == ELOOP)
         return makeEvent(EventCode::Loop, path, "A link that goes round in circles or is no true link");
     return makeEvent(EventCode::Io, path, "Cannot be opened: " + std::generic_category().message(error));
@@ -142,7 +157,7 @@ FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>
     if (found.problem == FoundFile::Problem::MadeByKernel)
         event = makeEvent(EventCode::Denied, path, kOfKernel);
     if (found.problem == FoundFile::Problem::NotOpened && !meansMissing(found.error))
-        event = eventOf(found.error, path);
+        event = eventOf(found.error, root_, path);
     return found;
 }
 
@@ -174,7 +189,7 @@ Files::Names Files::list(const std::string& path) {
                 makeEvent(EventCode::Denied, path, "Other users may not list this directory")};
     const int opened = ::openat(found.handle.number(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
     const std::unique_ptr<DIR, CloseDirectory> directory(opened < 0 ? nullptr : ::fdopendir(opened));
-    if (!directory) return {Access::Failed, {}, eventOf(errno, path)};
+    if (!directory) return {Access::Failed, {}, eventOf(errno, root_, path)};
     Names names{Access::Ok, {}, std::nullopt};
     while (const dirent* const entry = ::readdir(directory.get())) {
         const std::string_view name = static_cast<const char*>(entry->d_name);
@@ -225,7 +240,7 @@ Files::Opened Files::openToRead(const std::string& path) {
     }
     // A handle first: merely opening some devices for reading has effects.
     Opened opened{{}, reopened(found.handle), {}};
-    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
+    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, root_, path)}, {}, {}};
     opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
                     nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
     event = refusalOf(path, found, opened);

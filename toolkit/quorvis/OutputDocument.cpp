@@ -1,5 +1,6 @@
 #include "toolkit/quorvis/OutputDocument.h"
 
+#include "toolkit/machine/XmlText.h"
 #include "toolkit/quorvis/XmlAttribute.h"
 
 namespace toolkit::quorvis {
@@ -23,6 +24,12 @@ void appendMatch(std::string& xml, const Match& match) {
     appendXmlAttribute(xml, "name", match.name);
     xml.append("><Metadata>").append(match.metadata);
     for (const Evidence& evidence : match.evidence) appendEvidence(xml, evidence);
+    // Readers keep the metadata of a match, and not all of them its attributes.
+    if (!match.name.empty()) {
+        xml += "<MatchedName>";
+        appendXmlText(xml, match.name);
+        xml += "</MatchedName>";
+    }
     xml += "</Metadata>";
     for (const auto& [name, value] : match.variables) {
         xml += "<Variable";

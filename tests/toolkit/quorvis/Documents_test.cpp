@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "toolkit/quorvis/Attribute.h"
 #include "toolkit/quorvis/OutputDocument.h"
 #include "toolkit/quorvis/Template.h"
@@ -90,11 +92,24 @@ TEST(OutputDocument, HoldsEachMatchOnALineOfItsOwn) {
               "<MatchedSignatures language=\"1\" complete=\"true\">\n"
               "<MatchedSignature guid=\"G-1\" name=\"First\"><Metadata><P>x</P>"
               "<Evidence kind=\"package\" source=\"/db\" name=\"bash\" version=\"5\"/>"
-              "<Evidence kind=\"file\" source=\"/f\"/></Metadata>"
+              "<Evidence kind=\"file\" source=\"/f\"/><MatchedName>First</MatchedName></Metadata>"
               "<Variable name=\"v\" value=\"1\"/></MatchedSignature>\n"
-              "<MatchedSignature guid=\"G-2\" name=\"Second\"><Metadata></Metadata></MatchedSignature>\n"
+              "<MatchedSignature guid=\"G-2\" "
+              "name=\"Second\"><Metadata><MatchedName>Second</MatchedName></Metadata>"
+              "</MatchedSignature>\n"
               "</MatchedSignatures>\n");
     EXPECT_NE(outputDocument({}, false).find("complete=\"false\""), std::string::npos);
+}
+
+TEST(OutputDocument, KeepsTheNameWhereReadersOfMetadataFindIt) {
+    std::string document;
+    appendMatch(document, {"G", "<A>\xE2\x82\xAC", "<Name>n</Name>", {}, {}});
+    EXPECT_EQ(document,
+              "<MatchedSignature guid=\"G\" name=\"&lt;A&gt;&#8364;\"><Metadata><Name>n</Name>"
+              "<MatchedName>&lt;A&gt;&#8364;</MatchedName></Metadata></MatchedSignature>\n");
+    document.clear();
+    appendMatch(document, {"G", "", "", {}, {}});
+    EXPECT_EQ(document, "<MatchedSignature guid=\"G\" name=\"\"><Metadata></Metadata></MatchedSignature>\n");
 }
 
 TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
@@ -109,6 +124,21 @@ TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
         appendMatch(document, match);
         EXPECT_NE(document.find(std::string("value=\"") + written + "\"/>"), std::string::npos) << document;
     }
+}
+
+TEST(WarningsDocument, TellsOfEveryUndecidedSignature) {
+    EventList events;
+    for (int i = 0; i < 3000; ++i) {
+        const std::string guid = "g" + std::to_string(i);
+        events.add({EventCode::Permission, "/x", "No permission", guid, ""});
+        events.add({EventCode::Unresolved, "", "unknown", guid, ""});
+    }
+    const std::vector<EventList::Entry> entries = events.entries();
+    const auto undecided = std::ranges::count_if(
+        entries, [](const EventList::Entry& entry) { return entry.event.code == EventCode::Unresolved; });
+    EXPECT_EQ(undecided, 3000);
+    EXPECT_EQ(entries.size(), 3000U + 1000U + 1U) << "of the others 1,000, and one that counts the rest";
+    EXPECT_EQ(entries.back().count, 2000U);
 }
 
 TEST(WarningsDocument, TellsOfEachEvent) {
@@ -139,7 +169,7 @@ TEST(EventList, CountsWhatIsMoreThanTwentyOfOneKind) {
 
 TEST(EventList, CountsWhatIsMoreThanAThousand) {
     EventList events;
-    for (int i = 0; i < 5000; ++i) events.add(eventOf(EventCode::Unresolved, "G-" + std::to_string(i)));
+    for (int i = 0; i < 5000; ++i) events.add(eventOf(EventCode::Permission, "G-" + std::to_string(i)));
     const std::vector<EventList::Entry> entries = events.entries();
     ASSERT_EQ(entries.size(), 1001U);
     EXPECT_EQ(entries.back().count, 4000U);
