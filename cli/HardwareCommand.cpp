@@ -23,7 +23,7 @@ std::string written(const Inventory& inventory, const Options& options) {
         case Format::Json:
             return jsonText(inventory);
         case Format::Csv:
-            return csvText(inventory);
+            return csvText(inventory, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
         case Format::Xml:
             return xmlText(inventory);
         case Format::Table:

@@ -125,6 +125,10 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
 // What commands that run a scanner have in common.
 void addScan(CLI::App& command, Options& options, std::string& format, int& verbosity) {
     addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
+    command.add_flag(
+        "--csv-raw", options.csvRaw,
+        "Write values that begin with =, +, -, @ or a control character to csv without the apostrophe that "
+        "keeps spreadsheets from taking them for formulas");
     command
         .add_option("-o,--output", options.output,
                     "Write to this new file, whole or not at all; - is standard output")

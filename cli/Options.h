@@ -23,6 +23,7 @@ struct Options {
     bool check = false;                   // only tell whether the signatures files are valid
     std::optional<std::string> explain;   // tell how the conditions of this signature come out
     Format format = Format::Table;
+    bool csvRaw = false;  // values that look like formulas stay as they are
     bool all = false;
     std::optional<std::string> output;
     std::optional<std::string> toolkit;

@@ -32,7 +32,7 @@ std::string written(const SoftwareReport& report, const Options& options) {
         case Format::Json:
             return jsonText(report);
         case Format::Csv:
-            return csvText(report);
+            return csvText(report, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
         case Format::Xml:
             return xmlText(report);
         case Format::Table:

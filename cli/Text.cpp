@@ -27,10 +27,38 @@ bool changesDirection(wchar_t character) {
            (character >= 0x202a && character <= 0x202e) || (character >= 0x2066 && character <= 0x2069);
 }
 
+// Characters that show nothing of themselves: text with them looks like text without.
+bool isInvisible(wchar_t character) {
+    struct Range {
+        wchar_t first;
+        wchar_t last;
+    };
+    constexpr std::array<Range, 16> kRanges{{{0x00ad, 0x00ad},
+                                             {0x034f, 0x034f},
+                                             {0x0600, 0x0605},
+                                             {0x06dd, 0x06dd},
+                                             {0x070f, 0x070f},
+                                             {0x115f, 0x1160},
+                                             {0x17b4, 0x17b5},
+                                             {0x180b, 0x180f},
+                                             {0x200b, 0x200d},
+                                             {0x2028, 0x2029},
+                                             {0x2060, 0x206f},
+                                             {0x3164, 0x3164},
+                                             {0xfeff, 0xfeff},
+                                             {0xffa0, 0xffa0},
+                                             {0xfff9, 0xfffb},
+                                             {0xe0000, 0xe0fff}}};
+    return std::any_of(kRanges.begin(), kRanges.end(), [character](const Range& range) {
+        return character >= range.first && character <= range.last;
+    });
+}
+
 std::string spelledOut(wchar_t character) {
     if (character == L'\n') return "\\n";
     if (character == L'\t') return "\\t";
     if (character == L'\r') return "\\r";
+    if (character > 0xffff) return fmt::format("\\U{:08x}", static_cast<unsigned int>(character));
     return fmt::format("\\u{:04x}", static_cast<unsigned int>(character));
 }
 
@@ -113,7 +141,9 @@ std::string narrowBytes(std::wstring_view text) {
 std::string printable(std::string_view text) {
     std::string shown;
     for (const wchar_t character : fromUtf8(text)) {
-        const bool harmless = wcwidth(character) >= 0 && character != 0 && !changesDirection(character);
+        const bool control = character < 0x20 || (character >= 0x7f && character <= 0x9f);
+        const bool harmless =
+            !control && wcwidth(character) >= 0 && !changesDirection(character) && !isInvisible(character);
         shown += harmless ? toUtf8(std::wstring_view(&character, 1)) : spelledOut(character);
     }
     return shown;

@@ -25,8 +25,8 @@ std::wstring widenBytes(std::string_view path);
 // The bytes of a text in which the library keeps one byte, taken as a signed number, in each character.
 std::string narrowBytes(std::wstring_view text);
 
-// The text without anything that a terminal would obey: control characters, and those that change the
-// direction of writing, are spelt out as \n, \t or \u001b.
+// The text without anything that a terminal would obey or swallow: control characters, those that change the direction of
+// writing and those that are not seen are spelt out as \n, \t, \u001b or \U000e0001.
 std::string printable(std::string_view text);
 
 // The same for a text of several lines.

@@ -21,6 +21,39 @@ TEST(CsvWriter, FieldsAreQuotedOnlyWhereNeeded) {
     for (const auto& [value, written] : cases) EXPECT_EQ(written, csvField(value));
 }
 
+TEST(CsvWriter, FormulasAreProtectedAndNumbersAreNot) {
+    const struct {
+        const char* value;
+        const char* written;
+    } cases[] = {
+        {"=1+1", "'=1+1"},
+        {"+cmd", "'+cmd"},
+        {"-x", "'-x"},
+        {"@SUM(A1)", "'@SUM(A1)"},
+        {"\t=1", "'\t=1"},
+        {"\r", "\"'\r\""},
+        {"\x01", "'\x01"},
+        {"-5", "-5"},
+        {"+3.25", "+3.25"},
+        {"-1e9", "-1e9"},
+        {"-5+cmd", "'-5+cmd"},
+        {"--5", "'--5"},
+        {"-", "'-"},
+        {"-inf", "'-inf"},
+        {"'=1", "''=1"},
+        {"'", "'"},
+        {"'plain", "'plain"},
+        {"a=1", "a=1"},
+        {"", ""},
+        {"=\"a\"", "\"'=\"\"a\"\"\""},
+        {"gr\xc3\xb6", "gr\xc3\xb6"},
+    };
+    for (const auto& [value, written] : cases) {
+        EXPECT_EQ(written, csvValue(value, CsvFormulas::Protected)) << value;
+        EXPECT_EQ(csvField(value), csvValue(value, CsvFormulas::Raw)) << value;
+    }
+}
+
 TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
     EXPECT_EQ((Records{{"group", "instance", "field", "value"},
                        {"Processor", "", "_status", "unknown"},
@@ -38,7 +71,7 @@ TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
 
 TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
     const Inventory odd = zavtest::oddInventory();
-    const Records records = zavtest::readCsv(csvText(odd));
+    const Records records = zavtest::readCsv(csvText(odd, CsvFormulas::Raw));
     const Instance& instance = odd.groups[0].instances[0];
     ASSERT_EQ(instance.size() + 2, records.size());
     for (std::size_t i = 0; i < instance.size(); ++i)

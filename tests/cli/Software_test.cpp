@@ -366,6 +366,18 @@ TEST_F(SoftwareTest, OutputGoesToTheFileAlone) {
     EXPECT_EQ((CsvRecord{"0", "g1", "One", "", ""}), readCsv(readAll(path("out.csv"))).at(1));
 }
 
+TEST_F(SoftwareTest, FormulasAreProtectedInCsvUnlessRawValuesAreAskedFor) {
+    const std::string prepared = file("prepared.xml",
+                                      "<MatchedSignatures><MatchedSignature guid=\"g1\"><Variable name=\"v\" "
+                                      "value=\"=cmd()\"/></MatchedSignature></MatchedSignatures>");
+    const auto run = [&](const Guids& arguments) {
+        return sw(arguments).environment("ZAVTEST_OUTPUT", prepared).run().out;
+    };
+    const std::string one = file("one.xml", kOne);
+    expectSays(run({one, "--format", "csv"}), "0,g1,One,v,'=cmd()\r\n");
+    expectSays(run({one, "--format", "csv", "--csv-raw"}), "0,g1,One,v,=cmd()\r\n");
+}
+
 TEST_F(SoftwareTest, RootIsHandedToTheScannerAndRecorded) {
     const Ended ended = sw({file("one.xml", kOne), "--root", path("tmp"), "--format", "json"}).run();
     ASSERT_EQ(0, ended.status) << ended.err;

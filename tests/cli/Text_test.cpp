@@ -67,7 +67,15 @@ TEST(Text, ControlCharactersAreSpeltOut) {
         {"\x7f", "\\u007f"},
         {"\xc2\x9b", "\\u009b"},                    // C1: control sequence introducer
         {"\xe2\x80\xaetxt.exe", "\\u202etxt.exe"},  // right-to-left override
-        {"gr\xc3\xb6\xc3\x9f", "gr\xc3\xb6\xc3\x9f"},
+        {"\xc2\x85", "\\u0085"},                    // C1: next line
+        {"\xd8\x9c", "\\u061c"},                    // Arabic letter mark
+        {"\xe2\x81\xa6", "\\u2066"},                // isolate
+        {"a\xe2\x80\x8b"
+         "b",
+         "a\\u200bb"},  // zero width space
+        {"\xef\xbb\xbfx", "\\ufeffx"},
+        {"\xf3\xa0\x81\x81", "\\U000e0041"},  // a tag
+        {"gr\xc3\xb6\xc3\x9f \xf0\x9f\x98\x80", "gr\xc3\xb6\xc3\x9f \xf0\x9f\x98\x80"},
     };
     for (const auto& [text, shown] : cases) EXPECT_EQ(shown, printable(text)) << text;
 }

@@ -40,26 +40,31 @@ bool meansMissing(int error) {
 }
 
 // The directory on the way to the path in which nothing may be looked up; empty when there is none.
-std::string closedDirectory(const Root& root, const std::string& path) {
-    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        const std::string directory = path.substr(0, end);
-        if (!root.openStrictly(directory + "/.", O_PATH | O_DIRECTORY).isOpen())
-            return errno == EACCES ? directory : std::string();
+std::string closedDirectory(const FileFinder& finder, const std::string& path) {
+    std::size_t end = 0;
+    while (end != path.size()) {
+        const std::size_t begin = end;
+        end = std::min(path.find('/', begin + 1), path.size());
+        const FoundFile found = finder.find(path.substr(0, end), true);
+        if (found.problem == FoundFile::Problem::None) continue;
+        return found.error == EACCES ? path.substr(0, begin) : std::string();
     }
     return {};
 }
 
-Event eventOf(int error, const Root& root, const std::string& path) {
-    if (error == EACCES || error == EPERM) {
-        std::string closed = closedDirectory(root, path);
-        if (!closed.empty())
-            return makeEvent(EventCode::Permission, std::move(closed),
-                             "No permission to search this directory");
+Event eventOf(int error, const std::string& path) {
+    if (error == EACCES || error == EPERM)
         return makeEvent(EventCode::Permission, path, "No permission to open this");
-    }
     if (error == ELOOP)
         return makeEvent(EventCode::Loop, path, "A link that goes round in circles or is no true link");
     return makeEvent(EventCode::Io, path, "Cannot be opened: " + std::generic_category().message(error));
+}
+
+// Names the directory that may not be searched, so that all paths behind it are told of as one.
+Event notFound(const FileFinder& finder, int error, const std::string& path) {
+    std::string closed = error == EACCES ? closedDirectory(finder, path) : std::string();
+    if (closed.empty()) return eventOf(error, path);
+    return makeEvent(EventCode::Permission, std::move(closed), "No permission to search this directory");
 }
 
 // Why no such path can be looked up; empty for a proper one.
@@ -157,7 +162,7 @@ FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>
     if (found.problem == FoundFile::Problem::MadeByKernel)
         event = makeEvent(EventCode::Denied, path, kOfKernel);
     if (found.problem == FoundFile::Problem::NotOpened && !meansMissing(found.error))
-        event = eventOf(found.error, root_, path);
+        event = notFound(finder_, found.error, path);
     return found;
 }
 
@@ -189,7 +194,7 @@ Files::Names Files::list(const std::string& path) {
                 makeEvent(EventCode::Denied, path, "Other users may not list this directory")};
     const int opened = ::openat(found.handle.number(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
     const std::unique_ptr<DIR, CloseDirectory> directory(opened < 0 ? nullptr : ::fdopendir(opened));
-    if (!directory) return {Access::Failed, {}, eventOf(errno, root_, path)};
+    if (!directory) return {Access::Failed, {}, eventOf(errno, path)};
     Names names{Access::Ok, {}, std::nullopt};
     while (const dirent* const entry = ::readdir(directory.get())) {
         const std::string_view name = static_cast<const char*>(entry->d_name);
@@ -240,7 +245,7 @@ Files::Opened Files::openToRead(const std::string& path) {
     }
     // A handle first: merely opening some devices for reading has effects.
     Opened opened{{}, reopened(found.handle), {}};
-    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, root_, path)}, {}, {}};
+    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
     opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
                     nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
     event = refusalOf(path, found, opened);
