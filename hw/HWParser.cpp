@@ -18,15 +18,14 @@ using tessa::NodeList;
 
 constexpr const char* kFunction = "ZAV_hw_run";
 
-// Names and texts in messages, which a log can carry in any locale.
+// A name or text in messages.
 std::string quoted(const wchar_t* text) {
-    constexpr std::size_t kLongest = 200;
     std::string bytes;
-    for (; *text != L'\0' && bytes.size() < kLongest; ++text) {
+    for (; *text != L'\0' && bytes.size() <= kest::kLongestQuoted; ++text) {
         char utf8[4];
         bytes.append(utf8, tessa::narrowUtf8(*text, utf8));
     }
-    return '"' + kest::shown(bytes) + (*text != L'\0' ? "...\"" : "\"");
+    return kest::quoted(bytes);
 }
 
 // What is told of a fault, beside the messages that hosts know.

@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "kest/Shown.h"
 #include "kest/Text.h"
 #include "tessa/NodeReader.h"
-#include "tessa/Shown.h"
 
 namespace zav {
 
@@ -14,7 +14,7 @@ namespace {
 class NamedSink : public tessa::NodeSink {
   public:
     NamedSink(tessa::NodeSink& sink, const kest::String& path)
-        : sink_(sink), prefix_(kest::widen(tessa::shown(kest::narrow(path.view())) + ": ")) {}
+        : sink_(sink), prefix_(kest::widen(kest::shown(kest::narrow(path.view())) + ": ")) {}
 
     int onNodeTree(tessa::Node* root) override { return sink_.onNodeTree(root); }
     int onWarning(const kest::String& message, int line) override {

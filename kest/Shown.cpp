@@ -18,4 +18,9 @@ std::string shown(std::string_view bytes) {
     return text;
 }
 
+std::string quoted(std::string_view name) {
+    const bool whole = name.size() <= kLongestQuoted;
+    return '"' + shown(name.substr(0, kLongestQuoted)) + (whole ? "\"" : "...\"");
+}
+
 }  // namespace kest

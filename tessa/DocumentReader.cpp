@@ -8,11 +8,11 @@
 #include <string_view>
 #include <utility>
 
+#include "kest/Shown.h"
 #include "kest/Text.h"
 #include "tessa/Encoding.h"
 #include "tessa/EntityTable.h"
 #include "tessa/Fault.h"
-#include "tessa/Shown.h"
 #include "tessa/Transcoder.h"
 #include "tessa/TreeBuilder.h"
 #include "tessa/Utf8.h"
@@ -155,7 +155,7 @@ class Document {
 
     void meetVersion(const char* version) {
         if (version != nullptr && std::string_view(version) != "1.0")
-            throw fault("XML version " + quoted(version) + " is not supported, only \"1.0\"");
+            throw fault("XML version " + kest::quoted(version) + " is not supported, only \"1.0\"");
     }
 
     void meetEncoding(const char* encoding) {
@@ -179,7 +179,7 @@ class Document {
         XML_SetSkippedEntityHandler(parser_.get(), onSkipped);
         XML_SetExternalEntityRefHandler(parser_.get(), onExternal);
         const std::string loaded = "document type declaration: nothing external is loaded";
-        warn(systemId == nullptr ? loaded : loaded + ", so " + quoted(systemId) + " is left out");
+        warn(systemId == nullptr ? loaded : loaded + ", so " + kest::quoted(systemId) + " is left out");
     }
 
     void warn(const std::string& message) { sink_.onWarning(kest::String(kest::widen(message)), line()); }
@@ -224,7 +224,7 @@ class Document {
     Fault fault(std::string message) const { return Fault{std::move(message), line()}; }
 
     static Fault wrongEncoding(const std::string& declared) {
-        return Fault{"the file is not in the encoding " + quoted(declared) + " that it declares", 1};
+        return Fault{"the file is not in the encoding " + kest::quoted(declared) + " that it declares", 1};
     }
 
     [[noreturn]] void fail() {
@@ -238,7 +238,7 @@ class Document {
     std::string expectedAfter(XML_Error code) const {
         const std::string expected = builder_.openName();
         const bool tells = code == XML_ERROR_TAG_MISMATCH || code == XML_ERROR_NO_ELEMENTS;
-        return tells && !expected.empty() ? ", the end of " + quoted(expected) + " is expected" : "";
+        return tells && !expected.empty() ? ", the end of " + kest::quoted(expected) + " is expected" : "";
     }
 
     [[noreturn]] void rethrow() {

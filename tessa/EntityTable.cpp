@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "tessa/Shown.h"
+#include "kest/Shown.h"
 
 namespace tessa {
 
@@ -92,7 +92,7 @@ EntityTable::Entity* EntityTable::find(std::string_view name) {
 
 void EntityTable::leaveOut(std::string_view name, bool isParameter, const char* reason) {
     if (told_.size() > kMostEntities) return;
-    const std::string shownName = (isParameter ? "parameter entity " : "entity ") + quoted(name);
+    const std::string shownName = (isParameter ? "parameter entity " : "entity ") + kest::quoted(name);
     if (!told_.insert(shownName).second) return;
     if (told_.size() > kMostEntities) {
         tell_("more entities are left out");

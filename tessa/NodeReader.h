@@ -13,7 +13,7 @@ namespace tessa {
 // node. Text of nothing but white space is dropped when its parent holds an element, and when it holds a line
 // break and is all that its parent holds. A document type declaration is a warning, nothing external is ever
 // loaded, and an entity that is left out for that is a warning too. All messages are printable ASCII; what they
-// show of the document is written as in tessa/Shown.h.
+// show of the document is written as in kest/Shown.h.
 //     struct Sink : tessa::NodeSink { std::unique_ptr<tessa::Node> root; int onNodeTree(tessa::Node* n)
 //     override {...} }; NodeReader reader(sink); reader.process(kest::String(L"out.xml"), 0); if
 //     (reader.status == 0) ... sink.root ...

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <new>
 
+#include "kest/Shown.h"
 #include "tessa/Fault.h"
-#include "tessa/Shown.h"
 
 namespace tessa {
 
@@ -23,7 +23,7 @@ constexpr char kBadByte = '\xFF';
 Transcoder::Transcoder(const char* encoding) : converter_(iconv_open("UTF-8", encoding)) {
     if (reinterpret_cast<std::intptr_t>(converter_) != -1) return;
     if (errno == ENOMEM) throw std::bad_alloc();
-    throw Fault{"unknown encoding " + quoted(encoding), 1};
+    throw Fault{"unknown encoding " + kest::quoted(encoding), 1};
 }
 
 Transcoder::~Transcoder() {

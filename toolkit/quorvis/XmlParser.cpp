@@ -6,8 +6,8 @@
 #include <memory>
 #include <new>
 
+#include "kest/Shown.h"
 #include "tessa/Encoding.h"
-#include "tessa/Shown.h"
 
 namespace toolkit::quorvis {
 
@@ -78,9 +78,9 @@ class Parser {
                                       int /*standalone*/) {
         auto& parser = *static_cast<Parser*>(self);
         if (version != nullptr && !std::string_view(version).starts_with("1."))
-            parser.refuse("XML version " + tessa::quoted(version) + " is not supported");
+            parser.refuse("XML version " + kest::quoted(version) + " is not supported");
         if (encoding != nullptr && !tessa::ByteForm::readByExpat(encoding))
-            parser.refuse("encoding " + tessa::quoted(encoding) + " is not supported, UTF-8 is expected");
+            parser.refuse("encoding " + kest::quoted(encoding) + " is not supported, UTF-8 is expected");
     }
     static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                                   const XML_Char* /*publicId*/, int /*hasInternalSubset*/) {
