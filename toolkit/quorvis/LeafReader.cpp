@@ -5,6 +5,7 @@
 
 #include "toolkit/quorvis/ElementRules.h"
 #include "toolkit/quorvis/LeafChecks.h"
+#include "toolkit/quorvis/WholeNames.h"
 
 namespace toolkit::quorvis {
 
@@ -131,6 +132,7 @@ Leaf readLeaf(const Element& element, const LeafRules& rules, const Settings& se
     if (findsAnyNumber(leaf)) {
         complaints.warning(element, "the regex names no product and may find any number of the section");
     }
+    for (std::string& warning : wildcardsInWholeNames(leaf)) complaints.warning(element, std::move(warning));
     return leaf;
 }
 

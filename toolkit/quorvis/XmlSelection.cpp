@@ -11,11 +11,16 @@ namespace toolkit::quorvis {
 
 namespace {
 
+// Whether it may be the name of an element or attribute: no such name holds what stands for others elsewhere.
+bool isName(std::string_view text) {
+    return !text.empty() && text.find_first_of("@[]*?{}") == std::string_view::npos;
+}
+
 // "name" or "name[2]"
 bool parseStep(std::string_view text, XmlSelection::Step& step) {
     const std::size_t bracket = text.find('[');
     step.name = text.substr(0, bracket);
-    if (step.name.empty() || text.find_first_of("@]*") < bracket) return false;
+    if (!isName(step.name)) return false;
     if (bracket == std::string_view::npos) return true;
     if (text.size() < bracket + 3) return false;
     const char* const end = text.data() + text.size() - 1;
@@ -93,7 +98,7 @@ std::optional<XmlSelection> XmlSelection::parse(std::string_view text, std::stri
     while (!text.empty()) {
         const bool last = text.find('/') == std::string_view::npos;
         const std::string_view part = takeField(text, '/');
-        if (last && part.starts_with('@') && part.size() > 1 && !selection.steps.empty()) {
+        if (last && part.starts_with('@') && isName(part.substr(1)) && !selection.steps.empty()) {
             selection.attribute = part.substr(1);
         } else if ((!last && text.empty()) || !parseStep(part, selection.steps.emplace_back())) {
             problem = "wrong step \"" + std::string(part) + "\"";

@@ -206,6 +206,26 @@ TEST_F(Scanner, CheckNamesEveryMistakeWithItsLine) {
     EXPECT_TRUE(contains(run.output, file + ":3:")) << run.output;
 }
 
+TEST_F(Scanner, CheckWarnsOfAWildcardWithItsLineAndAScanTakesItAsItStands) {
+    const std::string signatures =
+        "<Signatures>\n<Signature guid=\"w\" name=\"x\"><Match>\n<File "
+        "path=\"/opt/*/f\"/></Match></Signature>\n"
+        "</Signatures>";
+    const std::string file = dir_.write("sig.xml", signatures).string();
+    const Finished run = zavtest::runProgram(QUORVIS_PROGRAM, {"--check", "-i", file});
+    EXPECT_EQ(run.status, 0) << "there may be such a file";
+    EXPECT_EQ(run.output,
+              file +
+                  ":3:1: path \"/opt/*/f\" holds a wildcard, but is taken as it stands; Glob finds "
+                  "by patterns (warning)\n" +
+                  file + ": valid, signatures: 1\n");
+    tree_.write("opt/a/f", "");
+    EXPECT_EQ(scan(signatures).output, "signatures: 1, matches: 0\n");
+    tree_.write("opt/*/f", "");
+    EXPECT_EQ(scan(signatures).output, "signatures: 1, matches: 1\n");
+    EXPECT_TRUE(contains(readAll(warnings()), "<Events>\n</Events>")) << readAll(warnings());
+}
+
 TEST_F(Scanner, HelpAndVersionGoToStandardOutput) {
     EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--help"}).output, "Usage: quorvis"));
     EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--version"}).output, "quorvis "));

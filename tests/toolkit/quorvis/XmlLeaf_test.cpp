@@ -49,9 +49,10 @@ TEST(XmlSelection, StepsLeadToValues) {
 }
 
 TEST(XmlSelection, WrongWaysAreRefused) {
-    for (const char* way : {"",    "/",      "//a",  "a//b", "a/",  "@a",    "/@a",
-                            "a/@", "a/@b/c", "a[0]", "a[x]", "a[1", "a[",    "a[]",
-                            "a]",  "a[1]b",  "a/*",  "a@b",  "[1]", "a[-1]", "a[99999999999999999999]"}) {
+    for (const char* way : {"",     "/",       "//a",  "a//b",   "a/",  "@a",    "/@a",
+                            "a/@",  "a/@b/c",  "a[0]", "a[x]",   "a[1", "a[",    "a[]",
+                            "a]",   "a[1]b",   "a/*",  "a@b",    "[1]", "a[-1]", "a[99999999999999999999]",
+                            "a/b?", "a/{b,c}", "a/@*", "a/@b[1]"}) {
         std::string problem;
         EXPECT_EQ(std::nullopt, XmlSelection::parse(way, problem)) << way;
         EXPECT_FALSE(problem.empty()) << way;
