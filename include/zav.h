@@ -35,8 +35,8 @@
  *    the scanner's output, from some KiB to some MiB, with its configuration. A host that scans again
  *    and again makes a new context now and then.
  * 7. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
- *    and keeps the context usable. Any function but ZAV_init with a null name may do so, as any may
- *    log; after a run that ended with it there are no results.
+ *    and keeps the context usable; after a run there are no results then. A function whose comment does
+ *    not name this code returns it only when the callback throws.
  * 8. Trust. The scanner runs with the host's rights. Before a privileged host passes a toolkit
  *    directory or relies on /etc/zav/zav.ini, it checks that this file, the toolkit's directory, both
  *    scanners and every directory above them belong to root or to the host's user and that nobody else
@@ -100,7 +100,7 @@ enum {
     ZAV_ERROR_HW_OUTPUT = 104,   /* the scanner's output file is missing or malformed */
     ZAV_ERROR_HW_INSTANCE = 105, /* no such instance */
     ZAV_ERROR_HW_FIELD = 106,    /* no such field */
-    ZAV_ERROR_HW_NO_SCAN = 107,  /* no valid scan: none yet, options changed since, or no output was read */
+    ZAV_ERROR_HW_NO_SCAN = 107,  /* no valid scan: none yet, options changed since, or the scanner failed */
     ZAV_ERROR_HW_GROUP_DISABLED = 108, /* group not enabled */
     ZAV_ERROR_HW_POINTER = 109,        /* a pointer argument is null */
     ZAV_ERROR_SW_CONFIG = 201,         /* configuration or signatures file not written */
