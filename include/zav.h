@@ -9,11 +9,11 @@
  *
  * 1. Return codes. Every function returns 0 on success or one of the codes below; zav_codes.h has a
  *    sentence for each. Results go out through pointer arguments, which are written on success only. No
- *    function throws, prints or exits.
+ *    function throws, prints or exits. What failed, and why, is told by messages at level 0.
  * 2. Ownership. All that a function hands out belongs to the context: never free or change it. It
  *    stays valid until the next run on that context or until the context is freed, whichever comes
- *    first. A handle or context is gone once its free function has returned: using or freeing it again
- *    is an error that the library cannot detect.
+ *    first; a run may be given texts of the results before. A handle or context is gone once its free
+ *    function has returned: using or freeing it again is an error that the library cannot detect.
  * 3. Text is wide and NUL-terminated. On the way to the operating system and into the scanner's files
  *    each character is cut to its low 8 bits. So 7-bit text passes as it is; any other path is passed
  *    with one character for each of its bytes, and other text in signatures, variables and settings as
@@ -21,29 +21,39 @@
  *    scanner hold any Unicode character.
  * 4. Locale. Messages with wide text are converted by the C library. Call setlocale(LC_CTYPE, "") in a
  *    UTF-8 locale before the first call: in the "C" locale a message with a character beyond 7 bits is
- *    dropped as a whole. Return codes and values do not depend on the locale.
+ *    dropped as a whole. The messages that say why something failed are printable ASCII and arrive in
+ *    every locale: other bytes of names show as \xHH in them, a backslash as two. Return codes and
+ *    values do not depend on the locale. Of the scanner's own lines, a last one without a line feed is
+ *    not logged, and carriage returns are left out.
  * 5. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its
  *    contexts, must not overlap. Different handles may be used by different threads at once. The
  *    logging callback is never entered by two threads at a time, whatever they use; it must not call
  *    back into the library, and must not leave by longjmp, which would keep its lock for ever. A thread
- *    that is cancelled (pthread_cancel) inside the library goes on until the function returns. Running
+ *    that is cancelled (pthread_cancel) inside the library goes on until the function returns. A run
  *    reads the environment (environ), which no other thread may change meanwhile. ZAV_init and the
  *    functions that make contexts seed rand() anew with the time; a host that relies on its sequence
  *    must seed it afterwards.
- * 6. Order of life. Free the contexts before the handle that they were made on. The files that a
+ * 6. Processes. The scanner is no child of the host: neither a handler of SIGCHLD nor a thread that
+ *    waits for every child disturbs a run. A run has no time limit of its own; it ends when the scanner
+ *    has ended, though a process that it left behind still has its output open. The library opens
+ *    nothing on the descriptors 0 to 2, also in a host that has closed them, and raises no SIGPIPE or
+ *    SIGXFSZ by its writing. A child that the host forks may use the library with handles of its own;
+ *    those of its parent are not for it to use or free.
+ * 7. Order of life. Free the contexts before the handle that they were made on. The files that a
  *    context exchanges with the scanner stay in its temporary directory until it is freed: for each run
  *    the scanner's output, from some KiB to some MiB, with its configuration. A host that scans again
  *    and again makes a new context now and then.
- * 7. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
+ * 8. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
  *    and keeps the context usable; after a run there are no results then. A function whose comment does
  *    not name this code returns it only when the callback throws.
- * 8. Trust. The scanner runs with the host's rights. Before a privileged host passes a toolkit
+ * 9. Trust. The scanner runs with the host's rights. Before a privileged host passes a toolkit
  *    directory or relies on /etc/zav/zav.ini, it checks that this file, the toolkit's directory, both
- *    scanners and every directory above them belong to root or to the host's user and that nobody else
- *    may write to them; the library does not. The same holds for the temporary directory, where a
- *    sticky bit makes up for being writable by others: who may rename the host's temporary directory
- *    chooses which files are read and written in its place. The toolkit's directory must have no blank,
- *    tab or double quote in its path: the scanner's path is not quoted, so it would be split there.
+ *    scanners and every directory and link on the way to them belong to root or to the host's user and
+ *    that nobody else may write to them; the library does not. The same holds for the temporary
+ *    directory, where a sticky bit makes up for being writable by others: who may rename in it chooses
+ *    which files are read and written in place of the host's. The toolkit's directory must have no
+ *    blank, tab or double quote in its path: the scanner's path is not quoted, so it would be split
+ *    there. All other paths may hold what a path can hold.
  */
 #ifndef ZAV_H
 #define ZAV_H
@@ -211,7 +221,8 @@ ZAV_EXPORT int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value)
 
 /* Scans the enabled groups: runs the scanner, waits for it without a time limit, and reads what it
  * wrote. The results of the scan before are released first. Every line that the scanner prints is
- * logged at level 2 as soon as it is printed.
+ * logged at level 2 as soon as it is printed. A group without instances means that there is nothing only
+ * where the group ScanInfo, asked for like any other, names it among the complete ones.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_CONFIG; ZAV_ERROR_HW_SCANNER; ZAV_ERROR_HW_OUTPUT, and
  * then the instances before the fault can be read; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_hw_run(ZAVHwCtx* context);
@@ -331,7 +342,8 @@ ZAV_EXPORT int ZAV_sw_get_variables(ZAVSwCtx* context, ZAVSwResult* result, cons
                                     int* count);
 
 /* *metadata: the result's metadata as indented XML text, L"" when it has none. The text is UTF-8: each
- * character is one byte of it, taken as a signed number.
+ * character is one byte of it, taken as a signed number. With the bundled scanner it ends with the
+ * element MatchedName, the signature's name with its variables replaced.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_RESULT;
  * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_get_metadata(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** metadata);
