@@ -156,7 +156,7 @@ int software(const Options& options) {
     tellMissing(report, options.guids);
     destination.write(written(report, options));
     if (!report.fault.empty()) throw Failure(kExitFailed, report.fault);
-    return report.complete ? EXIT_SUCCESS : kExitUnread;
+    return tellOfUnusualGaps(report.warnings, options.guids) ? kExitUnread : EXIT_SUCCESS;
 }
 
 int checkSoftwareSignatures(const Options& options) {

@@ -43,6 +43,14 @@ bool isGap(const std::string& code, const std::string& severity) {
     return code == "unresolved" || code == "deadline" || code == "unsupported" || code.starts_with("limit-");
 }
 
+// Whether the event is of one of the signatures, or of all; of any when none is named.
+bool concerns(const Element& event, const std::vector<std::string>& guids) {
+    const std::string guid = lowerCase(event.attribute("guid"));
+    return guid.empty() || guids.empty() ||
+           std::any_of(guids.begin(), guids.end(),
+                       [&](const std::string& wanted) { return lowerCase(wanted) == guid; });
+}
+
 }  // namespace
 
 Warning readWarning(const std::string& xml) {
@@ -111,12 +119,27 @@ std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warning
 bool tellOfGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
     return std::any_of(warnings.begin(), warnings.end(), [&](const Warning& warning) {
         const Element element = elementOf(warning);
-        const std::string guid = lowerCase(element.attribute("guid"));
-        const bool concerned = guid.empty() || guids.empty() ||
-                               std::any_of(guids.begin(), guids.end(), [&](const std::string& wanted) {
-                                   return lowerCase(wanted) == guid;
-                               });
-        return concerned && isGap(element.attribute("code"), element.attribute("severity"));
+        return concerns(element, guids) && isGap(element.attribute("code"), element.attribute("severity"));
+    });
+}
+
+bool tellOfUnusualGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
+    if (!guids.empty()) return tellOfGaps(warnings, guids);
+    std::map<std::string, std::set<std::string>> reasons;  // codes, by signature
+    for (const Warning& warning : warnings) {
+        const Element element = elementOf(warning);
+        reasons[lowerCase(element.attribute("guid"))].insert(element.attribute("code"));
+    }
+    const auto isRule = [&](const Element& unresolved) {
+        const std::set<std::string>& codes = reasons[lowerCase(unresolved.attribute("guid"))];
+        return codes.size() > 1 && std::all_of(codes.begin(), codes.end(), [](const std::string& code) {
+                   return code == "unresolved" || code == "permission" || code == "denied";
+               });
+    };
+    return std::any_of(warnings.begin(), warnings.end(), [&](const Warning& warning) {
+        const Element element = elementOf(warning);
+        const std::string code = element.attribute("code");
+        return isGap(code, element.attribute("severity")) && !(code == "unresolved" && isRule(element));
     });
 }
 

@@ -24,4 +24,8 @@ std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warning
 // Whether the warnings tell that something was left out that concerns one of the signatures, or all when none is named.
 bool tellOfGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
+// Whether they tell of such a gap that is not the rule: one that comes of more than files and directories which the scanner's
+// user, or any user, may not look at. Where a signature is named, every gap of it counts.
+bool tellOfUnusualGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
+
 }  // namespace zavcli

@@ -293,7 +293,7 @@ TEST_F(SoftwareTest, UndecidedSignaturesAreToldInEveryFormat) {
              "<Event code=\"unresolved\" severity=\"warning\" guid=\"g1\" "
              "count=\"1\">whether the signature matches is unknown</Event></Events>");
     const auto run = [&](const char* format) {
-        return sw({file("one.xml", kOne), "--format", format})
+        return sw({file("one.xml", kOne), "--guid", "g1", "--format", format})
             .environment("ZAVTEST_OUTPUT", none)
             .environment("ZAVTEST_WARNINGS", events)
             .run();

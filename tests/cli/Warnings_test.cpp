@@ -57,6 +57,21 @@ TEST(Warnings, TellWhichSignaturesAreUndecidedAndWhatWasLeftOut) {
     EXPECT_FALSE(tellOfGaps({other}, {}));
 }
 
+TEST(Warnings, GapsThatComeOfMissingPermissionAloneAreTheRule) {
+    const auto event = [](const std::string& code, const std::string& guid) {
+        return readWarning("<Event code=\"" + code + "\" severity=\"warning\" guid=\"" + guid +
+                           "\">x</Event>");
+    };
+    const Warning undecided = event("unresolved", "A");
+    EXPECT_FALSE(tellOfUnusualGaps({event("permission", "A"), undecided}, {}));
+    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "a"), event("permission", "A"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided}, {"A"}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), event("io", "A"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "B"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided, event("deadline", "")}, {}));
+    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "A")}, {}));
+}
+
 TEST(Warnings, LongOnesAreWhole) {
     const std::string words(20'000, 'x');
     EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));
