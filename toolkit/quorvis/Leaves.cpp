@@ -1,6 +1,7 @@
 #include "toolkit/quorvis/Leaves.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace toolkit::quorvis {
 
@@ -94,9 +95,11 @@ const LeafResult* Leaves::known(const Leaf& leaf) const {
 }
 
 Truth truthOf(const Leaf& leaf, const LeafResult& result) {
+    constexpr std::uint32_t kAnyNumber = std::numeric_limits<std::uint32_t>::max();
     const std::size_t count = result.items.size();
-    if (count >= leaf.min && count <= leaf.max) return Truth::True;
-    return result.incomplete ? Truth::Unknown : Truth::False;
+    // What was not looked at may hold items, too many of them.
+    if (result.incomplete && (count < leaf.min || leaf.max != kAnyNumber)) return Truth::Unknown;
+    return count >= leaf.min && count <= leaf.max ? Truth::True : Truth::False;
 }
 
 }  // namespace toolkit::quorvis
