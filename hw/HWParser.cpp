@@ -1,13 +1,10 @@
 #include "hw/HWParser.h"
 
-#include <algorithm>
 #include <iterator>
-#include <string_view>
 
 #include "core/Block.h"
+#include "hw/HWFaults.h"
 #include "intake/Children.h"
-#include "kest/Shown.h"
-#include "tessa/Utf8.h"
 
 namespace zav {
 
@@ -18,33 +15,13 @@ using tessa::NodeList;
 
 constexpr const char* kFunction = "ZAV_hw_run";
 
-// A name or text in messages.
-std::string quoted(const wchar_t* text) {
-    std::string bytes;
-    for (; *text != L'\0' && bytes.size() <= kest::kLongestQuoted; ++text) {
-        char utf8[4];
-        bytes.append(utf8, tessa::narrowUtf8(*text, utf8));
-    }
-    return kest::quoted(bytes);
-}
-
-// What is told of a fault, beside the messages that hosts know.
-int refuse(ZAVHwCtx* context, const char* what, const Node* node) {
-    context->trouble = what + quoted(node->text());
+int refuse(const ZAVHwCtx* context, const std::string& what, const Node* node) {
+    if (context->faults != nullptr) context->faults->tell(what, node);
     return ZAV_ERROR_HW_OUTPUT;
 }
 
-// The message that hosts know says this already, unless the locale drops it for the sake of the name.
-int refuseNamed(ZAVHwCtx* context, const char* what, const Node* node) {
-    const std::wstring_view name = node->text();
-    const bool carried = std::all_of(name.begin(), name.end(), [](wchar_t each) { return each < 0x80; });
-    return carried ? ZAV_ERROR_HW_OUTPUT : refuse(context, what, node);
-}
-
-// Where a child of the root stands, counted in instances.
-std::string placeOf(const Node* child, int before) {
-    if (!isElement(child)) return " behind instance " + std::to_string(before);
-    return " in instance " + std::to_string(before + 1) + ", " + quoted(child->text());
+int refuseText(const ZAVHwCtx* context, const std::string& expected, const Node* text) {
+    return refuse(context, expected + " is expected, not the text " + quotedText(text->text()), text);
 }
 
 // The value of a field that is one piece of text, which nearly all are: it is taken as it stands in the
@@ -102,14 +79,14 @@ class GroupFinder {
 };
 
 int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
-    if (!isElement(element))
-        return refuse(context, "an instance of a group is expected, not the text ", element);
+    if (!isElement(element)) return refuseText(context, "an instance of a group", element);
     const int id = groups.idOf(element);
     if (id < kFirstGroup) {
+        const int code = refuse(context, "no group has the name " + quotedText(element->text()), element);
         if (context->log != nullptr) {
             context->log->traceMIN(kFunction, "Error: No such group [%S]", element->text());
         }
-        return refuseNamed(context, "no group has the name ", element);
+        return code;
     }
     HWInstance instance;
     const int code = HW_parseHWGroup(context, &instance, element);
@@ -132,10 +109,7 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
     int instances = 0;
     for (const Node* const child : *children) {
         const int code = parseInstance(context, child, groups);
-        if (code != ZAV_SUCCESS) {
-            if (!context->trouble.empty()) context->trouble += placeOf(child, instances);
-            return code;
-        }
+        if (code != ZAV_SUCCESS) return code;
         ++instances;
     }
     if (context->log != nullptr) {
@@ -149,8 +123,8 @@ int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element
     if (children == nullptr) return ZAV_SUCCESS;
     instance->reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
     for (const Node* const child : *children) {
-        const int code = isElement(child) ? parseField(context, instance, child)
-                                          : refuse(context, "a field is expected, not the text ", child);
+        const int code =
+            isElement(child) ? parseField(context, instance, child) : refuseText(context, "a field", child);
         if (code != ZAV_SUCCESS) return code;
     }
     return ZAV_SUCCESS;
@@ -161,11 +135,15 @@ int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
     if (children == nullptr) return ZAV_SUCCESS;
     for (const Node* const child : *children) {
         if (child->type() != Node::kText) {
+            const int code = refuse(context,
+                                    "text is expected in the field " + quotedText(field->text()) +
+                                        ", not the element " + quotedText(child->text()),
+                                    child);
             if (context->log != nullptr) {
                 context->log->traceMIN("parseHWField()", "Error: unrecognized format of value in field [%S]",
                                        field->text());
             }
-            return refuseNamed(context, "no text is the value of the field ", field);
+            return code;
         }
         value += child->text();
     }

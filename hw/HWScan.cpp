@@ -1,13 +1,12 @@
 // ZAV_hw_run: one hardware scan.
 #include "core/Guard.h"
 #include "hw/HWConfigFile.h"
+#include "hw/HWFaults.h"
 #include "hw/HWParser.h"
 #include "hw/ZAVHwCtx.h"
 #include "intake/ScannerCommand.h"
 #include "intake/ScannerProcess.h"
 #include "intake/XMLParser.h"
-#include "kest/Shown.h"
-#include "kest/Text.h"
 
 namespace zav {
 
@@ -45,12 +44,8 @@ int readOutput(ZAVHwCtx* context, const std::wstring& output) {
     if (log != nullptr) log->traceMAX(kFunction, "Parsing XML file");
     const XMLParser parser(log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
-    const int code = HW_parseHWData(context, parser.getRootNode());
-    if (code != ZAV_SUCCESS && !context->trouble.empty()) {
-        context->trouble.insert(0, "[" + kest::shown(kest::narrow(output)) + "]: ");
-        tellTrouble(context);
-    }
-    return code;
+    const HWFaults faults(context, parser, output);
+    return HW_parseHWData(context, parser.getRootNode());
 }
 
 int scan(ZAVHwCtx* context) {

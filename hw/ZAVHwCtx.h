@@ -28,6 +28,8 @@ struct HWTexts {
     std::deque<std::wstring> joined;
 };
 
+class HWFaults;
+
 using HWFieldNames = std::map<int, std::vector<const wchar_t**>>;
 
 // Releases every array of field names and empties the group's vectors; the map then has an entry for every
@@ -56,6 +58,7 @@ struct ZAVHwCtx {
     std::map<int, std::vector<zav::HWInstance>> groups;
     zav::HWFieldNames fieldNames;  // per instance an array from malloc, null for an instance without fields
     zav::HWTexts texts;
-    std::string trouble;  // why a step of the scan failed; empty when that has been told
-    int returnCode = -1;  // -1 while there is no valid scan, else the scanner's status
+    const zav::HWFaults* faults = nullptr;  // while output is read; else faults are not told with their place
+    std::string trouble;                    // why a step of the scan failed; empty when that has been told
+    int returnCode = -1;                    // -1 while there is no valid scan, else the scanner's status
 };

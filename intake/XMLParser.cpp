@@ -36,18 +36,27 @@ class NamedSink : public tessa::NodeSink {
     std::wstring prefix_;
 };
 
-}  // namespace
-
-XMLParser::XMLParser(ZAVlog* log, const wchar_t* path) : status(1), sink_(log) {
-    const kest::String name(path);
-    NamedSink named(sink_, name);
-    tessa::NodeReader reader(named);
+tessa::NodeReader readerFor(tessa::NodeSink& sink) {
+    tessa::NodeReader reader(sink);
     reader.blockSize = 0;
     reader.keepWhitespace = false;
     reader.refuseDoctype = false;
     reader.expandNamespaces = false;
-    reader.process(name, 0);
+    return reader;
+}
+
+}  // namespace
+
+XMLParser::XMLParser(ZAVlog* log, const wchar_t* path) : status(1), path_(path), sink_(log) {
+    NamedSink named(sink_, path_);
+    tessa::NodeReader reader = readerFor(named);
+    reader.process(path_, 0);
     status = reader.status;
+}
+
+int XMLParser::lineOf(const tessa::Place& place) const {
+    XMLNodeSink deaf(nullptr);
+    return readerFor(deaf).lineOf(path_, place);
 }
 
 }  // namespace zav

@@ -13,6 +13,7 @@
 #include "tessa/Encoding.h"
 #include "tessa/EntityTable.h"
 #include "tessa/Fault.h"
+#include "tessa/LineFinder.h"
 #include "tessa/Transcoder.h"
 #include "tessa/TreeBuilder.h"
 #include "tessa/Utf8.h"
@@ -52,7 +53,14 @@ class Document {
         XML_SetParamEntityParsing(parser_.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     }
 
-    // Null when the document has to be read anew, through a Transcoder.
+    // Shows elements and texts to the finder instead of making a tree of them.
+    void showTo(LineFinder& finder) {
+        finder_ = &finder;
+        XML_SetElementHandler(parser_.get(), onSoughtStart, onSoughtEnd);
+        XML_SetCharacterDataHandler(parser_.get(), onSoughtText);
+    }
+
+    // Null when the document has to be read anew, through a Transcoder, and when no tree is made.
     std::unique_ptr<Node> read(InputFile& file) {
         const int blockSize = settings_.blockSize > 0 ? settings_.blockSize : kBlockSize;
         for (XML_Index given = 0;;) {
@@ -87,6 +95,20 @@ class Document {
     static void XMLCALL onText(void* self, const XML_Char* text, int length) {
         guarded(self,
                 [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
+    }
+
+    static void XMLCALL onSoughtStart(void* self, const XML_Char* /*name*/, const XML_Char** /*attributes*/) {
+        guarded(self, [](Document& document) { document.finder_->startElement(document.line()); });
+    }
+
+    static void XMLCALL onSoughtEnd(void* self, const XML_Char* /*name*/) {
+        guarded(self, [](Document& document) { document.finder_->endElement(); });
+    }
+
+    static void XMLCALL onSoughtText(void* self, const XML_Char* text, int length) {
+        guarded(self, [=](Document& document) {
+            document.finder_->text({text, static_cast<std::size_t>(length)}, document.line());
+        });
     }
 
     static void XMLCALL onDeclaration(void* self, const XML_Char* version, const XML_Char* encoding,
@@ -260,6 +282,7 @@ class Document {
     std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
     std::optional<Transcoder> transcoder_;
     TreeBuilder builder_;
+    LineFinder* finder_ = nullptr;
     bool isDeclared_ = false;  // the encoding
     bool isLatin1_ = false;
     std::string otherEncoding_;
@@ -268,19 +291,41 @@ class Document {
     std::exception_ptr failure_;
 };
 
-}  // namespace
+class DeafSink : public NodeSink {
+  public:
+    int onNodeTree(Node* /*root*/) override { return 0; }
+};
 
-std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file) {
+// With a finder there is no tree.
+std::unique_ptr<Node> read(const NodeReader& settings, NodeSink& sink, InputFile& file, LineFinder* finder) {
     char begin[4];
     const ByteForm& form = ByteForm::of({begin, file.peek(begin, sizeof begin)});
     std::string encoding = form.unit == 4 ? form.transcoded : "";
     for (;;) {
         Document document(settings, sink, form, encoding);
+        if (finder != nullptr) document.showTo(*finder);
         std::unique_ptr<Node> root = document.read(file);
-        if (root != nullptr) return root;
+        if (document.otherEncoding().empty()) return root;
         encoding = document.otherEncoding();
         file.rewind();
     }
+}
+
+}  // namespace
+
+std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file) {
+    return read(settings, sink, file, nullptr);
+}
+
+int findLine(const NodeReader& settings, InputFile& file, const Place& place) {
+    LineFinder finder(place, settings.keepWhitespace);
+    DeafSink sink;
+    try {
+        read(settings, sink, file, &finder);
+    } catch (const LineFinder::Found& found) {
+        return found.line;
+    }
+    return 0;
 }
 
 }  // namespace tessa

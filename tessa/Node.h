@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <iterator>
 #include <memory>
+#include <vector>
 
 #include "kest/String.h"
 #include "tessa/StringMap.h"
@@ -11,6 +12,10 @@
 namespace tessa {
 
 class Node;
+
+// Where a node stands: its index among the children of its parent, before that the one of its parent, and so on. The
+// root's place is empty.
+using Place = std::vector<std::size_t>;
 
 // The children of an element in document order, to be walked with a range-based for loop.
 class NodeList {

@@ -22,4 +22,13 @@ int NodeReader::process(const kest::String& path, int /*reserved*/) {
     return status;
 }
 
+int NodeReader::lineOf(const kest::String& path, const Place& place) const {
+    try {
+        InputFile file(kest::narrow(path.view()).c_str());
+        return findLine(*this, file, place);
+    } catch (const Fault&) {
+        return 0;
+    }
+}
+
 }  // namespace tessa

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "kest/String.h"
+#include "tessa/Node.h"
 #include "tessa/NodeSink.h"
 
 namespace tessa {
@@ -24,6 +25,10 @@ class NodeReader {
     // Reads the file at `path` and tells the sink of the tree, or of what is wrong. Returns `status`. The
     // second argument is reserved and must be 0. Throws std::bad_alloc when memory runs out.
     int process(const kest::String& path, int reserved);
+
+    // The line of the node at `place` in the file at `path`, which is read anew up to there; 0 when there is none.
+    // The sink is told nothing. Throws std::bad_alloc when memory runs out.
+    int lineOf(const kest::String& path, const Place& place) const;
 
     // 0 after a file that was read without error, 1 after one that was not.
     int status = 0;

@@ -299,36 +299,54 @@ struct RefusedCase {
     const char* name;
     std::string output;
     std::string reason;
+    std::string known;  // the message that follows
 };
 
 class RefusedTest : public HWScanTest, public testing::WithParamInterface<RefusedCase> {};
 
-TEST_P(RefusedTest, IsToldWithItsFileAndTheReason) {
+TEST_P(RefusedTest, IsToldWithItsFileItsLineAndTheReason) {
     scannerWrites(GetParam().output);
     ASSERT_EQ(run(), 104);
-    const Messages messages = takeMessages();
-    const zavtest::Message& last = messages.back();
-    EXPECT_EQ(last.level, 0);
-    EXPECT_EQ(last.function, "ZAV_hw_run");
-    EXPECT_TRUE(last.text.starts_with("[" + temp().string())) << last;
-    EXPECT_TRUE(last.text.ends_with("]: " + GetParam().reason)) << last;
+    Messages told = takeMessages();
+    std::erase_if(told, [](const zavtest::Message& each) { return each.level != 0; });
+    ASSERT_EQ(told.size(), GetParam().known.empty() ? 1U : 2U);
+    EXPECT_EQ(told[0].function, "ZAV_hw_run");
+    EXPECT_TRUE(told[0].text.starts_with("[" + temp().string())) << told[0];
+    EXPECT_TRUE(told[0].text.ends_with("], " + GetParam().reason)) << told[0];
+    if (!GetParam().known.empty()) EXPECT_EQ(told[1].text, GetParam().known);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Outputs, RefusedTest,
     testing::Values(
-        RefusedCase{"TextForAField", "<QEL><Memory/><Processor> </Processor></QEL>",
-                    "a field is expected, not the text \" \" in instance 2, \"Processor\""},
+        RefusedCase{"TextForAField", "<QEL>\n<Memory/>\n<Processor> </Processor>\n</QEL>",
+                    "line 3: a field is expected, not the text \" \" in instance 2, \"Processor\"", ""},
+        RefusedCase{"TextBehindAField", "<QEL>\n<Memory>\n<Size>1</Size>\n\nx</Memory>\n</QEL>",
+                    "line 5: a field is expected, not the text \"\\x0A\\x0Ax\" in instance 1, \"Memory\"",
+                    ""},
         RefusedCase{"TextForAnInstance", "<QEL><Memory/>free</QEL>",
-                    "an instance of a group is expected, not the text \"free\" behind instance 1"},
-        RefusedCase{"NameThatTheLocaleDrops", "<QEL><M\xC3\xB6\x62\x65l/></QEL>",
-                    "no group has the name \"M\\xC3\\xB6\x62\x65l\" in instance 1, \"M\\xC3\\xB6\x62\x65l\""},
-        RefusedCase{"FieldWithANameThatTheLocaleDrops",
-                    "<QEL><Memory><\xC3\xB6><b/></\xC3\xB6></Memory></QEL>",
-                    "no text is the value of the field \"\\xC3\\xB6\" in instance 1, \"Memory\""},
+                    "line 1: an instance of a group is expected, not the text \"free\" behind instance 1",
+                    ""},
+        RefusedCase{"UnknownGroup", "<QEL><Memory/>\n<Memory><Size>1</Size></Memory>\n\n<Nonsense/></QEL>",
+                    "line 4: no group has the name \"Nonsense\" in instance 3, \"Nonsense\"",
+                    "Error: No such group [Nonsense]"},
+        RefusedCase{"ElementInAField", "<QEL>\n<Memory>\n<A>1</A>\n<B>2\n<Unit/></B></Memory></QEL>",
+                    "line 5: text is expected in the field \"B\", not the element \"Unit\" in instance 1, "
+                    "\"Memory\"",
+                    "Error: unrecognized format of value in field [B]"},
+        RefusedCase{
+            "NameThatTheLocaleDrops", "<QEL><M\xC3\xB6\x62\x65l/></QEL>",
+            "line 1: no group has the name \"M\\xC3\\xB6\x62\x65l\" in instance 1, \"M\\xC3\\xB6\x62\x65l\"",
+            ""},
+        RefusedCase{
+            "FieldWithANameThatTheLocaleDrops", "<QEL><Memory><\xC3\xB6><b/></\xC3\xB6></Memory></QEL>",
+            "line 1: text is expected in the field \"\\xC3\\xB6\", not the element \"b\" in instance 1, "
+            "\"Memory\"",
+            ""},
         RefusedCase{"LongText", "<QEL>" + std::string(300, 'x') + "</QEL>",
-                    "an instance of a group is expected, not the text \"" + std::string(200, 'x') +
-                        "...\" behind instance 0"}),
+                    "line 1: an instance of a group is expected, not the text \"" + std::string(200, 'x') +
+                        "...\" behind instance 0",
+                    ""}),
     [](const auto& test) { return std::string(test.param.name); });
 
 struct LinesCase {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <filesystem>
 #include <type_traits>
 
 #include "kest/Text.h"
@@ -114,6 +115,19 @@ TEST_F(XMLParserTest, MessagesReachTheLogWhateverTheNamesHold) {
                 "\\xE9\\\\.xml: entity \"\\xC3\\xA4\" is left out: it is not declared in the document itself",
             "Error in line 0: " + name +
                 "\\xAC\\xC4: cannot be opened: ENOENT (no such file or directory)"}));
+}
+
+TEST_F(XMLParserTest, LineOfANodeIsFoundAndNothingIsToldAgain) {
+    const std::wstring path = write("<!DOCTYPE a><a>\n  <b>\n    <c/>text</b>\n</a>");
+    const XMLParser parser(&log_, path.c_str());
+    recorder_.messages.clear();
+    EXPECT_EQ(parser.lineOf({}), 1);
+    EXPECT_EQ(parser.lineOf({0}), 2);
+    EXPECT_EQ(parser.lineOf({0, 1}), 3);
+    EXPECT_EQ(parser.lineOf({1}), 0);
+    std::filesystem::remove(kest::narrow(path));
+    EXPECT_EQ(parser.lineOf({0}), 0);
+    EXPECT_TRUE(recorder_.messages.empty());
 }
 
 TEST_F(XMLParserTest, NullPathIsLikeAMissingFile) {
