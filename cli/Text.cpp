@@ -1,6 +1,7 @@
 #include "cli/Text.h"
 
 #include <fmt/format.h>
+#include <langinfo.h>
 #include <wchar.h>
 
 #include <algorithm>
@@ -90,7 +91,10 @@ std::size_t lineEnd(std::wstring_view text, std::size_t count) {
 }  // namespace
 
 void useUtf8() {
-    if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) std::setlocale(LC_CTYPE, "en_US.UTF-8");
+    for (const char* const name : {"", "C.UTF-8", "en_US.UTF-8"}) {
+        if (std::setlocale(LC_CTYPE, name) != nullptr && std::string_view(nl_langinfo(CODESET)) == "UTF-8")
+            return;
+    }
 }
 
 std::string toUtf8(std::wstring_view text) {

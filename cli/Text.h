@@ -8,7 +8,8 @@
 
 namespace zavcli {
 
-// Makes the C library's conversions and character widths those of UTF-8. All functions below but widenBytes
+// Makes the C library's conversions and character widths those of UTF-8: by the user's locale if that is one of UTF-8,
+// else by one that is. All functions below but widenBytes
 // rely on it.
 void useUtf8();
 
