@@ -97,8 +97,11 @@ Workspace::Workspace() {
 bool Workspace::make(const std::string& lead) {
     const SignalsHeld held;
     path_ = lead + "XXXXXX";
-    if (mkdtemp(path_.data()) == nullptr)
-        throw Failure(kExitFailed, std::string(sentence(ZAV_ERROR_WORKSPACE)));
+    if (mkdtemp(path_.data()) == nullptr) {
+        const std::string reason = std::generic_category().message(errno);
+        throw Failure(kExitFailed, "no temporary directory could be made: " + lead + "*: " + reason +
+                                       "; TEMP or TMP can name another place");
+    }
     chmod(path_.c_str(), S_IRWXU);  // the umask may take rights from the owner too
     lock_ = openDirectory(path_);
     if (lock_ >= 0 && flock(lock_, LOCK_EX | LOCK_NB) == 0 && isOwnAt(lock_, path_)) {

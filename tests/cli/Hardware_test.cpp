@@ -186,8 +186,11 @@ TEST_F(HardwareTest, ProgramThatCannotBeStartedIsReported) {
 TEST_F(HardwareTest, MissingTemporaryDirectoryIsReported) {
     const Ended ended = hw({}).environment("TEMP", path("no/such/place")).run();
     EXPECT_EQ(1, ended.status);
-    EXPECT_EQ("zav: no temporary directory could be made; TEMP or TMP can name another place than /tmp\n",
-              ended.err);
+    EXPECT_EQ(
+        0U, ended.err.find("zav: no temporary directory could be made: " + path("no/such/place") + "/zav-"));
+    EXPECT_NE(std::string::npos,
+              ended.err.find("*: No such file or directory; TEMP or TMP can name another place\n"))
+        << ended.err;
 }
 
 TEST_F(HardwareTest, BadUsageExitsWithTwoAndNoScan) {

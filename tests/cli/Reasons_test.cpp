@@ -91,5 +91,10 @@ TEST_F(ReasonsTest, FailedWriteIsToldWithItsFileAndTheError) {
     expectTold(process, {"Error during write [/", "Cannot write [/", "EFBIG (file too large)"});
 }
 
+TEST_F(ReasonsTest, MissingTemporaryDirectoryIsToldWithItsPathAndTheError) {
+    expectTold(hw(scanner("fails")).environment("TEMP", "/no/such/gr\xC3\xB6\xC3\x9F"),
+               {"/no/such/gr\xC3\xB6\xC3\x9F/zav-", ": No such file or directory"});
+}
+
 }  // namespace
 }  // namespace zavtest
