@@ -261,8 +261,8 @@ TEST(NodeReaderFaults, MessagesAreOfPrintableAsciiAlone) {
     const char* const documents[] = {
         "<\xC3\xA4></b>",
         "<\xC3\xA4>",
-        "<!DOCTYPE a SYSTEM '\xC3\xA4' [<!ENTITY \xC3\xB6 SYSTEM 'x'>]><a "
-        "x='&\xC3\xBC;'>&\xC3\xB6;&\xC3\xA4;</a>",
+        ("<!DOCTYPE a SYSTEM '\xC3\xA4' [<!ENTITY \xC3\xB6 SYSTEM 'x'>]><a "
+         "x='&\xC3\xBC;'>&\xC3\xB6;&\xC3\xA4;</a>"),
         "<?xml version='\xC3\xA4'?><a/>",
         "<?xml version='1.0' encoding='\xC3\xA4'?><a/>",
     };
