@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cxxabi.h>
+#include <poll.h>
 #include <pthread.h>
 
 #include "include/zav.h"
-#include "kest/CancelSignal.h"
 
 namespace zav {
 
@@ -35,23 +35,28 @@ int attempted(Work work) {
     });
 }
 
+// Any cancellation point does: the C library leaves none while a cancellation of the thread is under way.
+inline void awaitCancelSignal() {
+    poll(nullptr, 0, 0);
+}
+
 // The border of the library: what is caught, and what cancels the thread takes effect behind it. It may do so
 // in this function and the exported one that calls it, so neither may own anything.
 //
 // For a thread that may be cancelled at any time the type comes first and goes last: where setting the state
-// carries a cancellation out, glibc up to 2.36 does not tell so to who joins the thread. Nor does it look at the
-// state when the signal arrives that was sent before, so this waits, too.
+// carries a cancellation out, glibc up to 2.36 does not tell so to who joins the thread. Such a thread is
+// cancelled by a signal, whose handler heeds no state. One that may be on its way is waited for before anything
+// begins; with the type set no further one is sent.
 template <class Work>
 int guarded(Work work) {
     int state = 0;
     int type = 0;
     pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &type);
+    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) awaitCancelSignal();
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
-    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) kest::holdCancelSignal();
     const int code = caught(work);
     pthread_setcancelstate(state, nullptr);
     pthread_setcanceltype(type, nullptr);
-    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) kest::releaseCancelSignal();
     return code;
 }
 

@@ -82,7 +82,7 @@ std::vector<Sent> endingSignals() {
          {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGVTALRM,
           SIGPROF, SIGIO, SIGPWR, SIGSTKFLT, SIGSYS, SIGTRAP, SIGRTMIN, SIGRTMAX})
         all.push_back({signal, false});
-#ifndef __SANITIZE_ADDRESS__
+#ifndef ZAV_SANITIZED
     // A sanitizer keeps these for its own reports.
     for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGILL, SIGFPE}) all.push_back({signal, false});
 #endif

@@ -266,8 +266,8 @@ TEST_F(SoftwareTest, NameThatIsNotCertainIsNotShown) {
         file("variable.xml", "<Signatures><Signature guid=\"g3\" name=\"A ${x}\"/></Signatures>");
     const Ended ended = sw({two, variable, "--format", "json"}).run();
     ASSERT_EQ(0, ended.status) << ended.err;
-    for (const Json& result : Json::parse(ended.out).at("results"))
-        EXPECT_FALSE(result.contains("name")) << result;
+    const Json json = Json::parse(ended.out);
+    for (const Json& result : json.at("results")) EXPECT_FALSE(result.contains("name")) << result;
 }
 
 TEST_F(SoftwareTest, NameThatTheScannerEvaluatedComesFirst) {

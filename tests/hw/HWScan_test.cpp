@@ -313,7 +313,9 @@ TEST_P(RefusedTest, IsToldWithItsFileItsLineAndTheReason) {
     EXPECT_EQ(told[0].function, "ZAV_hw_run");
     EXPECT_TRUE(told[0].text.starts_with("[" + temp().string())) << told[0];
     EXPECT_TRUE(told[0].text.ends_with("], " + GetParam().reason)) << told[0];
-    if (!GetParam().known.empty()) EXPECT_EQ(told[1].text, GetParam().known);
+    if (!GetParam().known.empty()) {
+        EXPECT_EQ(told[1].text, GetParam().known);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

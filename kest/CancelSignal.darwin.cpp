@@ -1,9 +1,0 @@
-#include "kest/CancelSignal.h"
-
-namespace kest {
-
-void holdCancelSignal() {}
-
-void releaseCancelSignal() {}
-
-}  // namespace kest
