@@ -62,9 +62,9 @@ Event eventOf(int error, const std::string& path) {
 
 // Names the directory that may not be searched, so that all paths behind it are told of as one.
 Event notFound(const FileFinder& finder, int error, const std::string& path) {
-    std::string closed = error == EACCES ? closedDirectory(finder, path) : std::string();
+    const std::string closed = error == EACCES ? closedDirectory(finder, path) : std::string();
     if (closed.empty()) return eventOf(error, path);
-    return makeEvent(EventCode::Permission, std::move(closed), "No permission to search this directory");
+    return makeEvent(EventCode::Permission, closed, "No permission to search this directory");
 }
 
 // Why no such path can be looked up; empty for a proper one.
