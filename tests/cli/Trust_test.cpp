@@ -84,7 +84,7 @@ TEST_F(TrustTest, WhatIsMissingInASharedDirectoryCanBeMadeByOthers) {
 }
 
 TEST_F(TrustTest, WhatBelongsToAnotherUserIsNamed) {
-    if (onlyRootCanGiveAway()) GTEST_SKIP();
+    if (onlyRootCanGiveAway()) GTEST_SKIP() << "only root can give files away";
     const std::string tool = file("a/b/tool");
     giveAway("a/b/tool");
     EXPECT_NE(std::string::npos, found(tool).find(tool + " belongs to the user "));
@@ -93,7 +93,7 @@ TEST_F(TrustTest, WhatBelongsToAnotherUserIsNamed) {
 }
 
 TEST_F(TrustTest, OwnersOfDirectoriesCountAlsoWhereTheyAreShared) {
-    if (onlyRootCanGiveAway()) GTEST_SKIP();
+    if (onlyRootCanGiveAway()) GTEST_SKIP() << "only root can give files away";
     const std::string tool = file("a/b/tool");
     directory("a", 01777);
     giveAway("a");
@@ -102,7 +102,7 @@ TEST_F(TrustTest, OwnersOfDirectoriesCountAlsoWhereTheyAreShared) {
 }
 
 TEST_F(TrustTest, LinksAreFollowedStepByStep) {
-    if (onlyRootCanGiveAway()) GTEST_SKIP();
+    if (onlyRootCanGiveAway()) GTEST_SKIP() << "only root can give files away";
     file("real/bin/tool");
     directory("links");
     std::filesystem::create_symlink("../real/bin", path("links/bin"));
@@ -131,7 +131,7 @@ TEST_F(TrustTest, RemedyCanBePastedIntoAShell) {
 }
 
 TEST_F(TrustTest, UserBehindSudoIsTrustedWhereTheCommandIsHis) {
-    if (onlyRootCanGiveAway()) GTEST_SKIP();
+    if (onlyRootCanGiveAway()) GTEST_SKIP() << "only root can give files away";
     const std::string command = file("home/clone/bin/zav");
     const zavtest::EnvironmentVariable sudo("SUDO_UID", std::to_string(kStranger));
     EXPECT_EQ(std::vector<uid_t>{0}, trustedUsers(command));
