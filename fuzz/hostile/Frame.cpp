@@ -86,6 +86,15 @@ void empty(const fs::path& directory) {
     fs::create_directories(directory);
 }
 
+// What the generator itself throws is told with the seed as well.
+Verdict verdictOf(const Play& play, Random& random, const fs::path& place, std::string& command) {
+    try {
+        return play(random, place, command);
+    } catch (const std::exception& fault) {
+        return std::string("the case could not be set up: ") + fault.what();
+    }
+}
+
 }  // namespace
 
 Run run(const std::string& program, const std::vector<std::string>& arguments, const fs::path& directory,
@@ -154,7 +163,7 @@ int playAll(int count, char** arguments, const Play& play) {
         empty(place);
         Random random(seed + played);
         std::string command;
-        const Verdict verdict = play(random, place, command);
+        const Verdict verdict = verdictOf(play, random, place, command);
         if (verdict.empty()) {
             std::error_code ignored;
             fs::remove_all(place, ignored);

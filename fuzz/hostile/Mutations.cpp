@@ -70,11 +70,21 @@ void fill(Random& random, std::string& bytes) {
     for (char& c : bytes) c = anyByte(random);
 }
 
-void write(const fs::path& file, const std::string& bytes) {
-    std::ofstream(file, std::ios::binary) << bytes;
+}  // namespace
+
+bool clear(const fs::path& file) {
+    std::error_code error;
+    fs::create_directories(file.parent_path(), error);
+    if (error) return false;
+    fs::remove_all(file, error);
+    return !error;
 }
 
-}  // namespace
+bool write(const fs::path& file, const std::string& bytes) {
+    if (!clear(file)) return false;
+    std::ofstream(file, std::ios::binary) << bytes;
+    return true;
+}
 
 std::string mutated(Random& random, std::string bytes) {
     for (std::size_t i = random.below(3); i > 0; --i) {
@@ -112,9 +122,10 @@ std::string mutatedText(Random& random, std::string text) {
 }
 
 void plant(Random& random, const fs::path& file, const std::string& bytes, const fs::path& outside) {
-    fs::create_directories(file.parent_path());
+    const std::uint64_t kind = random.below(16);
+    if (!clear(file)) return;
     std::error_code ignored;
-    switch (random.below(16)) {
+    switch (kind) {
         case 0:
             ::mkfifo(file.c_str(), 0666);
             break;
@@ -124,7 +135,7 @@ void plant(Random& random, const fs::path& file, const std::string& bytes, const
                 fs::create_symlink("/dev/zero", file, ignored);
             break;
         case 2:
-            fs::create_directories(file);
+            fs::create_directory(file, ignored);
             break;
         case 3:
             fs::create_symlink(file.filename(), file, ignored);
@@ -148,15 +159,15 @@ void plant(Random& random, const fs::path& file, const std::string& bytes, const
 }
 
 void plantDirectories(Random& random, const fs::path& directory) {
-    fs::create_directories(directory);
     std::error_code ignored;
+    fs::create_directories(directory, ignored);
     fs::path deep = directory / "deep";
     const std::string name(random.oneIn(4) ? 200 : 1 + random.below(20), 'd');
     for (std::size_t i = random.below(15); i > 0; --i) deep /= name;
     fs::create_directories(deep, ignored);
     fs::create_symlink("..", directory / "loop", ignored);
     fs::create_symlink(directory, deep / "top", ignored);
-    fs::create_directories(directory / "full");
+    fs::create_directories(directory / "full", ignored);
     for (std::size_t i = random.oneIn(8) ? 5'000 : random.below(50); i > 0; --i)
         write(directory / "full" / std::to_string(i), "name=value\n");
     for (int i = 0; i < 10; ++i) {

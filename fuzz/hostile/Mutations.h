@@ -15,6 +15,12 @@ std::string mutated(Random& random, std::string bytes);
 // Only some bytes at the end missing, or some characters changed.
 std::string mutatedText(Random& random, std::string text);
 
+// Removes what stands in the place of a file and makes the directories that lead there. False where that cannot be done,
+// such as below a file that an earlier mutation left in a directory's place.
+bool clear(const std::filesystem::path& file);
+// A regular file of these bytes, in a cleared place. False where there is none.
+bool write(const std::filesystem::path& file, const std::string& bytes);
+
 // Puts something into the place of a file: such bytes, a pipe, a device, a directory, a link to nowhere, to itself, to a
 // device or to `outside`, or a file of a huge size with nothing in it.
 void plant(Random& random, const std::filesystem::path& file, const std::string& bytes,

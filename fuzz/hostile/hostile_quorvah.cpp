@@ -90,12 +90,6 @@ std::string contentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-fs::path write(const fs::path& file, const std::string& content) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << content;
-    return file;
-}
-
 // The text with some of its numbers made such as no file ought to have.
 std::string withWrongNumbers(Random& random, const std::string& text) {
     static const std::string kWrong[] = {"-1",
@@ -131,14 +125,13 @@ std::vector<fs::path> plantTree(Random& random, const fs::path& source, const fs
         const fs::path file = tree / entry.path().lexically_relative(source);
         std::error_code ignored;
         if (entry.is_symlink()) {
-            fs::create_directories(file.parent_path());
-            fs::copy_symlink(entry.path(), file, ignored);
+            if (hostile::clear(file)) fs::copy_symlink(entry.path(), file, ignored);
         } else if (entry.is_regular_file()) {
             const std::string content = contentOf(entry.path());
             if (random.oneIn(6)) {
                 hostile::plant(random, file, content, outside / "secret");
             } else {
-                write(file, random.oneIn(2) ? withWrongNumbers(random, content) : content);
+                hostile::write(file, random.oneIn(2) ? withWrongNumbers(random, content) : content);
             }
             if (random.oneIn(20)) restless.push_back(file);
         }
@@ -147,7 +140,7 @@ std::vector<fs::path> plantTree(Random& random, const fs::path& source, const fs
         if (random.oneIn(2))
             hostile::plant(random, tree / seed.path, seed.content, outside / "secret");
         else
-            write(tree / seed.path, withWrongNumbers(random, seed.content));
+            hostile::write(tree / seed.path, withWrongNumbers(random, seed.content));
         if (random.oneIn(4)) restless.push_back(tree / seed.path);
     }
     return restless;
@@ -225,18 +218,20 @@ Verdict play(Random& random, const fs::path& directory, std::string& command) {
                                          "s390x",       "workstation", "x86-server"};
     const fs::path outside = directory / "outside";
     for (const char* const name : {"secret", "size", "uevent", "meta/snap.yaml", "address"})
-        write(outside / name, "name: " + kCanary + "\n");
+        hostile::write(outside / name, "name: " + kCanary + "\n");
     const fs::path tree = directory / "tree";
     const std::vector<fs::path> restless =
         plantTree(random, fs::path(QUORVAH_TREES) / random.pick(kTrees), tree, outside);
     plantEntries(random, tree);
     const fs::path swapped = tree / (random.oneIn(2) ? "sys" : "var/lib");
-    fs::create_directories(swapped);
+    std::error_code ignored;
+    fs::create_directories(swapped, ignored);
 
     const bool wrong = random.oneIn(10);
     std::string configuration = configurationOfAllGroups();
     if (wrong) configuration = hostile::mutatedText(random, std::move(configuration));
-    const fs::path config = write(directory / "config.xml", configuration);
+    const fs::path config = directory / "config.xml";
+    hostile::write(config, configuration);
     const fs::path output = directory / "out.xml";
     std::unique_ptr<hostile::Restless> thread;
     if (random.oneIn(2)) thread = std::make_unique<hostile::Restless>(swapped, outside, restless);

@@ -74,16 +74,10 @@ std::string configuration(Random& random) {
     return text.str() + "</Plugin></Configuration>";
 }
 
-fs::path write(const fs::path& file, const std::string& content) {
-    std::ofstream(file, std::ios::binary) << content;
-    return file;
-}
-
 // What lies beside the tree and must not be told.
 void plantOutside(const fs::path& outside) {
-    fs::create_directories(outside / "sub");
     for (const char* const name : {"secret", "a.json", "name", "sub/secret"})
-        write(outside / name, "name=" + kCanary + "\nversion=" + kCanary + "\n");
+        hostile::write(outside / name, "name=" + kCanary + "\nversion=" + kCanary + "\n");
 }
 
 Verdict judgeEvents(const fs::path& warnings) {
@@ -109,17 +103,20 @@ Verdict play(const std::string& scanner, Random& random, const fs::path& directo
         if (random.oneIn(6)) restless.push_back(file);
     }
     hostile::plantDirectories(random, tree / "odd");
-    fs::create_directories(tree / "swap/sub");
-    write(tree / "swap/secret", "name=value\n");
+    std::error_code ignored;
+    fs::create_directories(tree / "swap/sub", ignored);
+    hostile::write(tree / "swap/secret", "name=value\n");
 
     std::string text = hostile::signaturesAbout(random, paths);
     const bool wrong = random.oneIn(6);
     if (wrong) text = hostile::mutatedText(random, std::move(text));
-    const fs::path signatures = write(directory / "signatures.xml", text);
+    const fs::path signatures = directory / "signatures.xml";
+    hostile::write(signatures, text);
     std::string settings = configuration(random);
     if (!wrong && !random.oneIn(4))
         settings.insert(settings.find("</Plugin>"), R"(<Attribute name="onInvalid" value="skip"/>)");
-    const fs::path config = write(directory / "config.xml", settings);
+    const fs::path config = directory / "config.xml";
+    hostile::write(config, settings);
     const fs::path output = directory / "out.xml";
     const fs::path warnings = directory / "warnings.xml";
 
