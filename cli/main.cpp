@@ -3,15 +3,15 @@
 #include <exception>
 #include <variant>
 
-#include "cli/Commands.h"
-#include "cli/Doctor.h"
-#include "cli/Ending.h"
-#include "cli/Failure.h"
-#include "cli/Options.h"
-#include "cli/Output.h"
-#include "cli/StandardStreams.h"
-#include "cli/Terminal.h"
-#include "cli/Text.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Doctor.h"
+#include "cli/commands/Options.h"
+#include "cli/system/Ending.h"
+#include "cli/system/Failure.h"
+#include "cli/system/Output.h"
+#include "cli/system/StandardStreams.h"
+#include "cli/terminal/Terminal.h"
+#include "cli/terminal/Text.h"
 
 namespace zavcli {
 

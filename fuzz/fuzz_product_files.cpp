@@ -6,12 +6,12 @@
 #include <string_view>
 
 #include "fuzz/MemoryFile.h"
-#include "toolkit/quorvis/ElfFile.h"
-#include "toolkit/quorvis/ProductFacts.h"
-#include "toolkit/quorvis/PropertyFormats.h"
-#include "toolkit/quorvis/SwidTags.h"
-#include "toolkit/quorvis/XmlSelection.h"
-#include "toolkit/quorvis/ZipArchive.h"
+#include "toolkit/quorvis/facts/SwidTags.h"
+#include "toolkit/quorvis/formats/ElfFile.h"
+#include "toolkit/quorvis/formats/ProductFacts.h"
+#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/XmlSelection.h"
+#include "toolkit/quorvis/formats/ZipArchive.h"
 
 namespace {
 

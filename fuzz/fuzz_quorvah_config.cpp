@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "fuzz/MemoryFile.h"
-#include "toolkit/quorvah/Configuration.h"
+#include "toolkit/quorvah/scan/Configuration.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const zavfuzz::MemoryFile file(data, size);

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "fuzz/MemoryFile.h"
-#include "toolkit/quorvis/SignatureReader.h"
+#include "toolkit/quorvis/language/SignatureReader.h"
 
 namespace {
 

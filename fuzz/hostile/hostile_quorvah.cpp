@@ -11,8 +11,8 @@
 #include "fuzz/hostile/Frame.h"
 #include "fuzz/hostile/Mutations.h"
 #include "tests/toolkit/quorvah/ScannerProcess.h"
-#include "toolkit/machine/Checked.h"
-#include "toolkit/quorvah/GroupTable.h"
+#include "toolkit/machine/text/Checked.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
 
 namespace {
 

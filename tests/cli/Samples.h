@@ -1,7 +1,7 @@
 // Inventories for the tests of the writers.
 #pragma once
 
-#include "cli/Model.h"
+#include "cli/scan/Model.h"
 
 namespace zavtest {
 

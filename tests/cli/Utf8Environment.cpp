@@ -1,7 +1,7 @@
 // Text is UTF-8 in the tests as it is in the command.
 #include <gtest/gtest.h>
 
-#include "cli/Text.h"
+#include "cli/terminal/Text.h"
 
 namespace {
 

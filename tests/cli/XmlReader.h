@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/Model.h"
+#include "cli/scan/Model.h"
 
 namespace zavtest {
 

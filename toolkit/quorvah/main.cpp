@@ -7,9 +7,9 @@
 #include <exception>
 #include <string_view>
 
-#include "toolkit/machine/OpenStreams.h"
-#include "toolkit/quorvah/CommandLine.h"
-#include "toolkit/quorvah/Inventory.h"
+#include "toolkit/machine/files/OpenStreams.h"
+#include "toolkit/quorvah/scan/CommandLine.h"
+#include "toolkit/quorvah/scan/Inventory.h"
 
 namespace {
 

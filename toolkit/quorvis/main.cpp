@@ -10,9 +10,9 @@
 #include <new>
 #include <string>
 
-#include "toolkit/machine/OpenStreams.h"
-#include "toolkit/quorvis/CommandLine.h"
-#include "toolkit/quorvis/Scan.h"
+#include "toolkit/machine/files/OpenStreams.h"
+#include "toolkit/quorvis/evaluation/Scan.h"
+#include "toolkit/quorvis/settings/CommandLine.h"
 
 namespace {
 

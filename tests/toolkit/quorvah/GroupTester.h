@@ -12,9 +12,9 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/GroupTable.h"
-#include "toolkit/quorvah/Report.h"
-#include "toolkit/quorvah/Scan.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/Report.h"
+#include "toolkit/quorvah/sources/Scan.h"
 
 namespace toolkit::quorvah {
 

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "tests/toolkit/quorvah/GroupTester.h"
-#include "toolkit/quorvah/Words.h"
+#include "toolkit/quorvah/sources/Words.h"
 
 namespace toolkit::quorvah {
 namespace {

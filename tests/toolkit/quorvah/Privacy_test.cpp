@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "toolkit/quorvah/Placeholders.h"
-#include "toolkit/quorvah/Sanitizer.h"
+#include "toolkit/quorvah/report/Sanitizer.h"
+#include "toolkit/quorvah/sources/Placeholders.h"
 
 using toolkit::quorvah::FieldDef;
 using toolkit::quorvah::Group;

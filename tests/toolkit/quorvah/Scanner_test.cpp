@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tests/toolkit/quorvah/ScannerProcess.h"
-#include "toolkit/quorvah/GroupTable.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
 
 using quorvahtest::Element;
 using quorvahtest::Finished;

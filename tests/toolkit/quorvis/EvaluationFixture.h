@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/machine/Root.h"
-#include "toolkit/quorvis/Evaluator.h"
-#include "toolkit/quorvis/EventList.h"
-#include "toolkit/quorvis/SignatureReader.h"
+#include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvis/evaluation/Evaluator.h"
+#include "toolkit/quorvis/language/SignatureReader.h"
+#include "toolkit/quorvis/report/EventList.h"
 
 namespace toolkit::quorvis {
 

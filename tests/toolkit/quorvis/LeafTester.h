@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/Leaf.h"
-#include "toolkit/quorvis/Machine.h"
+#include "toolkit/quorvis/leaves/Leaf.h"
+#include "toolkit/quorvis/leaves/Machine.h"
 
 namespace toolkit::quorvis {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/SignatureReader.h"
+#include "toolkit/quorvis/language/SignatureReader.h"
 
 namespace quorvistest {
 

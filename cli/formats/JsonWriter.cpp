@@ -1,0 +1,93 @@
+#include "cli/formats/JsonWriter.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/scan/Metadata.h"
+
+namespace zavcli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json scanFacts(const ScanFacts& scan) {
+    Json facts = {{"program", scan.program},
+                  {"time", scan.time},
+                  {"milliseconds", scan.milliseconds},
+                  {"toolkit", scan.toolkit}};
+    if (!scan.root.empty()) facts["root"] = scan.root;
+    return facts;
+}
+
+Json object(const std::vector<Field>& fields) {
+    Json object = Json::object();
+    for (const Field& field : fields) object[field.name] = field.value;
+    return object;
+}
+
+Json instances(const Group& group) {
+    Json array = Json::array();
+    for (const Instance& instance : group.instances) array.push_back(object(instance));
+    return array;
+}
+
+Json status(const Group& group) {
+    Json json = {{"status", wordOf(group.status.state)}};
+    if (!group.status.reason.empty()) json["reason"] = group.status.reason;
+    return json;
+}
+
+Json result(const Finding& finding) {
+    Json json = {{"guid", finding.guid}};
+    if (!finding.name.empty()) json["name"] = finding.name;
+    json["variables"] = object(finding.variables);
+    const Metadata metadata = readMetadata(finding.metadata);
+    if (!metadata.texts.empty()) json["metadata"] = object(metadata.texts);
+    for (const std::vector<Field>& piece : metadata.evidence) json["evidence"].push_back(object(piece));
+    return json;
+}
+
+Json warning(const Warning& warning) {
+    Json json = object(warning.attributes);
+    json["text"] = warning.text;
+    return json;
+}
+
+std::string written(const Json& document) {
+    // Paths may hold bytes that are no UTF-8.
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+std::string jsonText(const Inventory& inventory) {
+    Json statuses = Json::object();
+    Json groups = Json::object();
+    for (const Group& group : inventory.groups) {
+        statuses[group.name] = status(group);
+        groups[group.name] = instances(group);
+    }
+    return written({{"scan", scanFacts(inventory.scan)},
+                    {"status", std::move(statuses)},
+                    {"groups", std::move(groups)}});
+}
+
+std::string jsonText(const SoftwareReport& report) {
+    Json results = Json::array();
+    for (const Finding& finding : report.results) results.push_back(result(finding));
+    Json warnings = Json::array();
+    for (const Warning& each : report.warnings) warnings.push_back(warning(each));
+    Json undecided = Json::array();
+    for (const Undecided& signature : report.undecided) {
+        Json json = {{"guid", signature.guid}};
+        if (!signature.name.empty()) json["name"] = signature.name;
+        undecided.push_back(std::move(json));
+    }
+    return written({{"scan", scanFacts(report.scan)},
+                    {"complete", report.complete},
+                    {"results", std::move(results)},
+                    {"undecided", std::move(undecided)},
+                    {"warnings", std::move(warnings)}});
+}
+
+}  // namespace zavcli

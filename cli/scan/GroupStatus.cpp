@@ -1,0 +1,118 @@
+#include "cli/scan/GroupStatus.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "cli/scan/Model.h"
+
+namespace zavcli {
+
+namespace {
+
+struct List {
+    std::string_view field;
+    GroupState state;
+};
+
+// A group that stands in several has the state of the first.
+constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
+                                      {"GroupsPartial", GroupState::Partial},
+                                      {"GroupsUnsupported", GroupState::Unsupported},
+                                      {"GroupsNotApplicable", GroupState::NotApplicable},
+                                      {"GroupsComplete", GroupState::Complete}}};
+
+constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kReasons{{
+    {"permission", "permission denied; root may read it"},
+    {"timeout", "it took too long"},
+    {"memory", "memory ran out"},
+    {"failed", "the scanner failed there"},
+    {"limit", "there is more than the scanner takes"},
+    {"netlink", "the kernel did not answer"},
+    {"no-source", "this machine does not show what it is read from"},
+    {"not-in-tree", "the scanned directory does not tell of it"},
+    {"no-database", "there is no package database of a known kind"},
+    {"windows", "Windows only"},
+    {"other-system", "on other systems only"},
+    {"other-processor", "with other processors only"},
+}};
+
+constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kDatabaseReasons{{
+    {"-broken", "the {} database is damaged"},
+    {"-unreadable", "the {} database cannot be read"},
+    {"-timeout", "reading the {} database took too long"},
+    {"-unsupported", "the {} database is of a kind that the scanner cannot read"},
+    {"-unsaved", "the {} database has changes that are not yet saved in it"},
+    {"-too-large", "the {} database holds more than the scanner takes"},
+}};
+
+std::string_view valueOf(std::string_view name, const std::vector<Field>& fields) {
+    const auto found =
+        std::find_if(fields.begin(), fields.end(), [name](const Field& field) { return field.name == name; });
+    return found == fields.end() ? std::string_view() : std::string_view(found->value);
+}
+
+// The reason that stands behind the group in a list such as "Memory=permission;Printer"; nothing when it is not in it.
+std::optional<std::string> reasonIn(std::string_view list, std::string_view group) {
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(';'), list.size());
+        const std::string_view entry = list.substr(0, end);
+        list.remove_prefix(std::min(end + 1, list.size()));
+        const std::size_t equals = std::min(entry.find('='), entry.size());
+        if (entry.substr(0, equals) == group)
+            return std::string(entry.substr(std::min(equals + 1, entry.size())));
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string_view wordOf(GroupState state) {
+    switch (state) {
+        case GroupState::Complete:
+            return "complete";
+        case GroupState::Partial:
+            return "partial";
+        case GroupState::Unread:
+            return "unread";
+        case GroupState::NotApplicable:
+            return "not-applicable";
+        case GroupState::Unsupported:
+            return "unsupported";
+        case GroupState::Unknown:
+            break;
+    }
+    return "unknown";
+}
+
+std::string explained(std::string_view reason) {
+    for (const auto& [word, text] : kReasons) {
+        if (word == reason) return std::string(text);
+    }
+    for (const auto& [ending, text] : kDatabaseReasons) {
+        if (reason.size() > ending.size() && reason.ends_with(ending))
+            return fmt::format(fmt::runtime(text), reason.substr(0, reason.size() - ending.size()));
+    }
+    return std::string(reason);
+}
+
+bool tellsOfAbilities(const std::vector<Field>& scanInfo) {
+    return std::any_of(scanInfo.begin(), scanInfo.end(),
+                       [](const Field& field) { return field.name == "GroupsUnsupported"; });
+}
+
+GroupStatus statusOf(std::string_view group, const std::vector<Field>& scanInfo) {
+    for (const List& list : kLists) {
+        std::optional<std::string> reason = reasonIn(valueOf(list.field, scanInfo), group);
+        if (!reason) continue;
+        if (list.state == GroupState::Partial && *reason == "unsupported")
+            return {GroupState::Unsupported, ""};
+        return {list.state, *std::move(reason)};
+    }
+    return {};
+}
+
+}  // namespace zavcli

@@ -1,0 +1,124 @@
+#include "cli/scan/Workspace.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "cli/scan/Codes.h"
+#include "cli/scan/Location.h"
+#include "cli/system/Ending.h"
+#include "cli/system/Failure.h"
+#include "cli/system/TreeRemoval.h"
+#include "cli/system/Trust.h"
+#include "include/zav.h"
+
+namespace zavcli {
+
+namespace {
+
+constexpr int kAttempts = 100;
+constexpr std::size_t kBootDigits = 8;
+
+// The start of the names of directories that processes on this machine have made since it was started; a directory that
+// other machines use too may hold theirs. Empty where that cannot be told.
+std::string leadOfThisMachine() {
+    std::string boot;
+    if (!(std::ifstream("/proc/sys/kernel/random/boot_id") >> boot) || boot.size() < kBootDigits) return "";
+    return "zav-" + boot.substr(0, kBootDigits) + "-";
+}
+
+bool isSame(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+int openDirectory(const std::string& path) {
+    return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+// Whether the open directory is still the one at this path and belongs to this user alone.
+bool isOwnAt(int directory, const std::string& path) {
+    struct stat open {};
+    struct stat named {};
+    return fstat(directory, &open) == 0 && lstat(path.c_str(), &named) == 0 && isSame(open, named) &&
+           open.st_uid == geteuid() && (open.st_mode & 0777) == S_IRWXU;
+}
+
+// The lock of a process that lives cannot be had.
+void removeIfAbandoned(const std::string& path) {
+    const int directory = openDirectory(path);
+    if (directory < 0) return;
+    if (flock(directory, LOCK_EX | LOCK_NB) == 0 && isOwnAt(directory, path))
+        removeTree(AT_FDCWD, path.c_str());
+    close(directory);
+}
+
+void removeAbandoned(const std::string& parent, const std::string& lead) {
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(parent, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry->path().filename().string().starts_with(lead)) removeIfAbandoned(entry->path().string());
+    }
+}
+
+void requireSafe(const std::string& directory) {
+    const std::vector<Weakness> weaknesses =
+        weaknessesOf(directory, Leads::ToTemporaryDirectory, {geteuid()});
+    if (weaknesses.empty()) return;
+    throw Failure(
+        kExitFailed,
+        fmt::format("the temporary directory '{}' is not safe, since other users can rename what is in it: "
+                    "{}; TEMP or TMP can name another one",
+                    directory, describe(weaknesses)));
+}
+
+}  // namespace
+
+Workspace::Workspace() {
+    std::string parent = temporaryPath();
+    if (!parent.ends_with('/')) parent += '/';
+    requireSafe(parent);
+    const std::string lead = leadOfThisMachine();
+    if (!lead.empty()) removeAbandoned(parent, lead);
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (make(parent + (lead.empty() ? "zav-" : lead))) return;
+    }
+    throw Failure(kExitFailed, std::string(sentence(ZAV_ERROR_WORKSPACE)));
+}
+
+// A process that looks for abandoned directories may take one away before it is locked.
+bool Workspace::make(const std::string& lead) {
+    const SignalsHeld held;
+    path_ = lead + "XXXXXX";
+    if (mkdtemp(path_.data()) == nullptr) {
+        const std::string reason = std::generic_category().message(errno);
+        throw Failure(kExitFailed, "no temporary directory could be made: " + lead + "*: " + reason +
+                                       "; TEMP or TMP can name another place");
+    }
+    chmod(path_.c_str(), S_IRWXU);  // the umask may take rights from the owner too
+    lock_ = openDirectory(path_);
+    if (lock_ >= 0 && flock(lock_, LOCK_EX | LOCK_NB) == 0 && isOwnAt(lock_, path_)) {
+        noteTemporaryDirectory(path_);
+        return true;
+    }
+    if (lock_ >= 0) close(lock_);
+    lock_ = -1;
+    rmdir(path_.c_str());
+    return false;
+}
+
+Workspace::~Workspace() {
+    const SignalsHeld held;
+    removeTree(AT_FDCWD, path_.c_str());
+    noteTemporaryDirectory("");
+    close(lock_);
+}
+
+}  // namespace zavcli

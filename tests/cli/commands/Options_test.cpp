@@ -1,0 +1,169 @@
+#include "cli/commands/Options.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/system/Failure.h"
+
+namespace zavcli {
+namespace {
+
+using Words = std::vector<const char*>;
+
+std::variant<Options, HelpText> parse(Words words) {
+    words.insert(words.begin(), "zav");
+    return parseOptions(static_cast<int>(words.size()), words.data());
+}
+
+Options options(const Words& words) {
+    return std::get<Options>(parse(words));
+}
+
+std::string refusal(const Words& words) {
+    try {
+        parse(words);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(kExitBadUsage, failure.status());
+        return failure.what();
+    }
+    return "not refused";
+}
+
+TEST(Options, PlainInventoryIsATableOfAllGroups) {
+    const Options plain = options({"hw"});
+    EXPECT_EQ(Command::Hardware, plain.command);
+    EXPECT_EQ(Format::Table, plain.format);
+    EXPECT_TRUE(plain.groups.empty());
+    EXPECT_FALSE(plain.all);
+    EXPECT_FALSE(plain.output || plain.toolkit || plain.root);
+    EXPECT_EQ(Verbosity::Errors, plain.verbosity);
+}
+
+TEST(Options, EveryOptionOfAnInventoryIsUnderstood) {
+    const Options full =
+        options({"hw", "--group", "Processor", "-g", "Operating System", "--group=4", "--format", "json",
+                 "--all", "--output", "out.json", "--toolkit", "tools", "--root", "/"});
+    EXPECT_EQ((std::vector<std::string>{"Processor", "Operating System", "4"}), full.groups);
+    EXPECT_EQ(Format::Json, full.format);
+    EXPECT_TRUE(full.all);
+    EXPECT_EQ("out.json", full.output);
+    EXPECT_EQ("tools", full.toolkit);
+    EXPECT_EQ("/", full.root);
+}
+
+TEST(Options, EveryOptionOfASoftwareInventoryIsUnderstood) {
+    const Options full = options({"sw",
+                                  "a.xml",
+                                  "--variable",
+                                  "x=1",
+                                  "--variable=y=2",
+                                  "--config",
+                                  "FileSystem.maxDepth=3",
+                                  "--guid",
+                                  "g",
+                                  "--guid",
+                                  "h",
+                                  "--format",
+                                  "csv",
+                                  "-o",
+                                  "out.csv",
+                                  "--toolkit",
+                                  "tools",
+                                  "--root",
+                                  "/",
+                                  "-v",
+                                  "b.xml"});
+    EXPECT_EQ(Command::Software, full.command);
+    EXPECT_EQ((std::vector<std::string>{"a.xml", "b.xml"}), full.signatures);
+    EXPECT_EQ((std::vector<std::string>{"x=1", "y=2"}), full.variables);
+    EXPECT_EQ((std::vector<std::string>{"FileSystem.maxDepth=3"}), full.settings);
+    EXPECT_EQ((std::vector<std::string>{"g", "h"}), full.guids);
+    EXPECT_EQ(Format::Csv, full.format);
+    EXPECT_EQ("out.csv", full.output);
+    EXPECT_EQ("tools", full.toolkit);
+    EXPECT_EQ("/", full.root);
+    EXPECT_EQ(Verbosity::Notable, full.verbosity);
+    EXPECT_FALSE(full.check);
+    EXPECT_TRUE(options({"sw", "--check", "a.xml"}).check);
+}
+
+TEST(Options, FormatIsNamedInAnyCase) {
+    EXPECT_EQ(Format::Table, options({"hw", "--format", "table"}).format);
+    EXPECT_EQ(Format::Json, options({"hw", "--format", "JSON"}).format);
+    EXPECT_EQ(Format::Csv, options({"hw", "--format", "Csv"}).format);
+    EXPECT_EQ(Format::Xml, options({"hw", "--format", "xml"}).format);
+    EXPECT_EQ(Format::Csv, options({"groups", "--format", "csv"}).format);
+}
+
+TEST(Options, EachVShowsMore) {
+    EXPECT_EQ(Verbosity::Notable, options({"hw", "-v"}).verbosity);
+    EXPECT_EQ(Verbosity::Trace, options({"hw", "-vv"}).verbosity);
+    EXPECT_EQ(Verbosity::Trace, options({"hw", "-v", "-v"}).verbosity);
+    EXPECT_EQ(Verbosity::Trace, options({"hw", "-vvvv"}).verbosity);
+}
+
+TEST(Options, OtherCommandsAreUnderstood) {
+    EXPECT_EQ(Command::Groups, options({"groups"}).command);
+    EXPECT_EQ(Command::Doctor, options({"doctor"}).command);
+    EXPECT_EQ("tools", options({"doctor", "--toolkit", "tools"}).toolkit);
+}
+
+TEST(Options, HelpShowsExamplesAndNeedsNoCommand) {
+    for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"hw", "--help"}, Words{"sw", "--help"}}) {
+        const auto parsed = parse(words);
+        ASSERT_TRUE(std::holds_alternative<HelpText>(parsed));
+        EXPECT_NE(std::string::npos, std::get<HelpText>(parsed).text.find("Examples:"));
+    }
+}
+
+TEST(Options, HelpOfACommandNamesItsOptions) {
+    const std::string text = std::get<HelpText>(parse({"hw", "--help"})).text;
+    for (const char* option : {"--group", "--format", "--all", "--output", "--toolkit", "--root", "-v"})
+        EXPECT_NE(std::string::npos, text.find(option)) << option;
+    const std::string software = std::get<HelpText>(parse({"sw", "--help"})).text;
+    for (const char* option :
+         {"FILE", "--variable", "--config", "--guid", "--check", "--explain", "--format"})
+        EXPECT_NE(std::string::npos, software.find(option)) << option;
+}
+
+TEST(Options, VersionIsOneLine) {
+    const std::string text = std::get<HelpText>(parse({"--version"})).text;
+    EXPECT_EQ(0U, text.find("zav "));
+    EXPECT_EQ(text.size() - 1, text.find('\n'));
+}
+
+TEST(Options, BadCommandLinesAreRefusedNamingTheFault) {
+    const struct {
+        Words words;
+        const char* named;
+    } cases[] = {
+        {{}, "which command"},
+        {{"frob"}, "frob"},
+        {{"hw", "--nope"}, "--nope"},
+        {{"--nope"}, "--nope"},
+        {{"hw", "extra"}, "extra"},
+        {{"hw", "--group"}, "--group"},
+        {{"hw", "--output"}, "--output"},
+        {{"hw", "--format", "yaml"}, "yaml"},
+        {{"hw", "--format", "1"}, "1"},
+        {{"groups", "--format", "xml"}, "xml"},
+        {{"hw", "--root", "/no/such/place"}, "/no/such/place"},
+        {{"hw", "--root", "/dev/null"}, "/dev/null"},
+        {{"doctor", "--format", "json"}, "--format"},
+        {{"sw"}, "FILE"},
+        {{"sw", "a.xml", "--all"}, "--all"},
+        {{"sw", "a.xml", "--check", "--guid", "g"}, "--guid"},
+        {{"sw", "a.xml", "--check", "--format", "json"}, "--format"},
+        {{"sw", "a.xml", "--check", "--explain", "g"}, "--explain"},
+        {{"sw", "a.xml", "--explain", "g", "--output", "x"}, "--output"},
+        {{"hw", "groups"}, "groups"},
+        {{"hw", "--group", "a", "b"}, "b"},
+    };
+    for (const auto& [words, named] : cases) {
+        const std::string text = refusal(words);
+        EXPECT_NE(std::string::npos, text.find(named)) << text;
+        EXPECT_EQ(std::string::npos, text.find('\n')) << text;
+    }
+}
+
+}  // namespace
+}  // namespace zavcli

@@ -1,0 +1,81 @@
+#include "cli/scan/Warnings.h"
+
+#include <gtest/gtest.h>
+
+namespace zavcli {
+namespace {
+
+TEST(Warnings, AreToldInWords) {
+    const struct {
+        const char* xml;
+        const char* text;
+    } cases[] = {
+        {R"(<Event code="permission" severity="warning" guid="G" leaf="f" path="/etc/x" count="1">cannot be read</Event>)",
+         "warning: /etc/x: cannot be read (signature G, leaf f)"},
+        {R"(<Event code="permission" count="17" guid="G">more such events</Event>)",
+         "warning: more such events (signature G, 17 times)"},
+        {R"(<Event code="loop" severity="info" path="/a">a loop</Event>)", "note: /a: a loop"},
+        {R"(<Event path="/a">/a is too large</Event>)", "warning: /a is too large"},
+        {R"(<Event code="io" path="/gr&#246;&#223;"/>)", "warning: /gr\xc3\xb6\xc3\x9f: io"},
+        {R"(<Event>plain &lt;words&gt;</Event>)", "warning: plain <words>"},
+        {"<Event><Odd/></Event>", "warning: <Event><Odd/></Event>"},
+        {"no XML", "warning: no XML"},
+    };
+    for (const auto& [xml, text] : cases) EXPECT_EQ(text, warningText(readWarning(xml)));
+}
+
+TEST(Warnings, ThoseThatDifferInTheSignatureOnlyAreOneLine) {
+    std::vector<Warning> warnings;
+    for (const char* guid : {"A", "B", "A", "C", "D", "E", "F"}) {
+        warnings.push_back(readWarning(
+            std::string(R"(<Event code="permission" severity="warning" guid=")") + guid +
+            R"(" leaf="f" path="/opt" count="1">No permission to search this directory</Event>)"));
+    }
+    warnings.push_back(
+        readWarning(R"(<Event code="io" severity="warning" guid="A" path="/x" count="1">broken</Event>)"));
+    warnings.push_back(
+        readWarning(R"(<Event code="permission" guid="A" count="9">more such events were left out</Event>)"));
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: /opt: No permission to search this directory (6 signatures: A, B, C, D, E, ...)",
+                  "warning: /x: broken (signature A)",
+                  "warning: more such events were left out (signature A, 9 times)"}),
+              warningLines(warnings));
+    EXPECT_TRUE(warningLines({}).empty());
+}
+
+TEST(Warnings, TellWhichSignaturesAreUndecidedAndWhatWasLeftOut) {
+    const Warning undecided =
+        readWarning(R"(<Event code="unresolved" severity="warning" guid="A" count="1">unknown</Event>)");
+    const Warning limit =
+        readWarning(R"(<Event code="deadline" severity="warning" count="1">out of time</Event>)");
+    const Warning other = readWarning(R"(<Event code="permission" severity="warning" guid="A">no</Event>)");
+    EXPECT_EQ((std::vector<std::string>{"A"}), undecidedSignatures({undecided, undecided, limit, other}));
+    EXPECT_TRUE(tellOfGaps({other, undecided}, {}));
+    EXPECT_TRUE(tellOfGaps({undecided}, {"a"}));
+    EXPECT_FALSE(tellOfGaps({undecided}, {"b"}));
+    EXPECT_TRUE(tellOfGaps({limit}, {"b"}));
+    EXPECT_FALSE(tellOfGaps({other}, {}));
+}
+
+TEST(Warnings, GapsThatComeOfMissingPermissionAloneAreTheRule) {
+    const auto event = [](const std::string& code, const std::string& guid) {
+        return readWarning("<Event code=\"" + code + "\" severity=\"warning\" guid=\"" + guid +
+                           "\">x</Event>");
+    };
+    const Warning undecided = event("unresolved", "A");
+    EXPECT_FALSE(tellOfUnusualGaps({event("permission", "A"), undecided}, {}));
+    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "a"), event("permission", "A"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided}, {"A"}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), event("io", "A"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "B"), undecided}, {}));
+    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided, event("deadline", "")}, {}));
+    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "A")}, {}));
+}
+
+TEST(Warnings, LongOnesAreWhole) {
+    const std::string words(20'000, 'x');
+    EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));
+}
+
+}  // namespace
+}  // namespace zavcli

@@ -1,0 +1,115 @@
+// Numbers that somebody made too large, negative or otherwise wrong.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/toolkit/quorvah/GroupTester.h"
+#include "toolkit/quorvah/sources/SmbiosMemory.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+const Instance& only(const Report& report) {
+    EXPECT_EQ(1U, report.instances().size());
+    return report.instances().front();
+}
+
+std::string meminfo(const std::string& total, const std::string& swap) {
+    return "MemTotal: " + total + " kB\nMemFree: " + total + " kB\nSwapTotal: " + swap +
+           " kB\nSwapFree: " + swap + " kB\n";
+}
+
+TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
+    const Tree tree;
+    tree.put("proc/meminfo", meminfo("9223372036854775807", "1"));
+    const Report report = gatheredBelow("Memory", tree.path());
+    EXPECT_EQ("9223372036854775807", only(report).get("TotalVisibleMemorySize"));
+    EXPECT_EQ("1", only(report).get("TotalSwapSpaceSize"));
+    EXPECT_EQ("", only(report).get("TotalVirtualMemorySize"));
+    EXPECT_EQ("", only(report).get("FreeVirtualMemory"));
+}
+
+TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
+    for (const char* const wrong :
+         {"-5", "+5", "0x5", "18446744073709551615", "5x", "99999999999999999999"}) {
+        const Tree tree;
+        tree.put("proc/meminfo", meminfo(wrong, "1"));
+        tree.put("sys/block/sda/size", std::string(wrong) + "\n");
+        tree.put("sys/block/sda/queue/logical_block_size", std::string(wrong) + "\n");
+        tree.put("sys/block/sda/sda1/partition", std::string(wrong) + "\n");
+        tree.put("sys/block/sda/sda1/start", std::string(wrong) + "\n");
+        tree.put("sys/class/net/eth0/mtu", std::string(wrong) + "\n");
+        tree.put("sys/class/net/eth0/speed", std::string(wrong) + "\n");
+        tree.put("proc/uptime", std::string(wrong) + " 1.0\n");
+        tree.put("proc/loadavg", std::string(wrong) + " 0.10 0.20 1/2 3\n");
+        tree.put("proc/stat", "btime " + std::string(wrong) + "\n");
+        tree.put("proc/sys/kernel/pid_max", std::string(wrong) + "\n");
+        tree.put("etc/os-release", "ID=x\n");
+        tree.put("var/lib/dpkg/status",
+                 "Package: a\nStatus: install ok installed\nInstalled-Size: " + std::string(wrong) + "\n\n");
+        tree.put("lib/apk/db/installed", "P:b\nV:1\nI:" + std::string(wrong) + "\n\n");
+        tree.put("var/lib/pacman/local/c/desc", "%NAME%\nc\n\n%SIZE%\n" + std::string(wrong) +
+                                                    "\n\n%INSTALLDATE%\n" + std::string(wrong) + "\n");
+        const std::pair<const char*, std::vector<const char*>> unknown[] = {
+            {"Memory", {"TotalVisibleMemorySize", "TotalVirtualMemorySize", "FreePhysicalMemory"}},
+            {"Storage", {"Size", "BlockSize", "NumberOfBlocks"}},
+            {"DiskPartition", {"PartitionNumber", "StartingOffset", "BlockSize"}},
+            {"NetworkAdapter", {"ActiveMaximumTransmissionUnit", "Speed"}},
+            {"UNIXSystemParams", {"Uptime", "LoadAverage1"}},
+            {"OperatingSystem", {"LastBootUpTime", "MaxNumberOfProcesses", "LocalDateTime"}},
+            {"SoftwarePackages", {"InstalledSize", "InstallDate"}},
+        };
+        for (const auto& [group, fields] : unknown) {
+            const Report report = gatheredBelow(group, tree.path());
+            EXPECT_FALSE(report.instances().empty()) << group;
+            for (const Instance& instance : report.instances()) {
+                for (const char* const field : fields)
+                    EXPECT_EQ("", instance.get(field)) << group << field << wrong;
+            }
+        }
+    }
+}
+
+TEST(HostileNumbers, SizesThatDoNotFitAreUnknown) {
+    const Tree tree;
+    tree.put("sys/block/sda/size", "9223372036854775807\n");
+    tree.put("sys/block/sda/sda1/partition", "9223372036854775807\n");
+    tree.put("sys/block/sda/sda1/size", "36028797018963968\n");  // 2^63 bytes
+    tree.put("sys/devices/system/memory/block_size_bytes", "7fffffffffffffff\n");
+    for (int i = 0; i < 2000; ++i)
+        tree.put("sys/devices/system/memory/memory" + std::to_string(i) + "/state", "online\n");
+    tree.put("proc/meminfo", "MemTotal: 1 kB\n");
+    EXPECT_EQ("", only(gatheredBelow("Storage", tree.path())).get("Size"));
+    EXPECT_EQ("", only(gatheredBelow("DiskPartition", tree.path())).get("Size"));
+    EXPECT_EQ("", only(gatheredBelow("Memory", tree.path())).get("InstalledMemory"));
+}
+
+TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
+    const Tree tree;
+    tree.put("sys/devices/system/cpu/present", "0-1\n");
+    for (const char* const cpu : {"cpu0", "cpu1"}) {
+        const std::string index = "sys/devices/system/cpu/" + std::string(cpu) + "/cache/index2/";
+        tree.put(index + "level", "2\n");
+        tree.put(index + "type", "Unified\n");
+        tree.put(index + "size", "9223372036854775807K\n");
+        tree.put(index + "shared_cpu_list", std::string(cpu).substr(3) + "\n");
+    }
+    tree.put("proc/cpuinfo", "processor: 0\ncpu MHz: 9223372036854775807.9\n\nprocessor: 1\n");
+    EXPECT_EQ("", only(gatheredBelow("PhysicalProcessor", tree.path())).get("L2CacheSize"));
+    EXPECT_EQ("", gatheredBelow("Processor", tree.path()).instances().front().get("CurrentClockSpeed"));
+}
+
+TEST(HostileNumbers, MemoryOfMoreArraysThanFitIsUnknown) {
+    // Each holds 2^54 KiB less one.
+    std::string array = {16, 23, 0, 0, 3, 3, 0, '\x00', '\x00', '\x00', '\x80', 0, 0, '\xff', '\xff'};
+    array += std::string(8, '\xff');
+    array += std::string(2, '\0');
+    std::string table;
+    for (int i = 0; i < 600; ++i) table += array;
+    const SmbiosMemory memory = readSmbiosMemory(Smbios(table));
+    EXPECT_EQ(std::nullopt, memory.maximumCapacity);
+    EXPECT_EQ(600U * 65535, memory.devices);
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,0 +1,279 @@
+// The packages of trees, and of this machine as the package manager itself lists them.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "GroupTester.h"
+#include "toolkit/machine/packages/DpkgStatus.h"
+#include "toolkit/machine/text/IsoTime.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+const std::string kStatus = "var/lib/dpkg/status";
+
+std::string stanza(const std::string& name, const std::string& architecture, const std::string& version,
+                   const std::string& more = "Status: install ok installed\n") {
+    return "Package: " + name + "\nArchitecture: " + architecture + "\nVersion: " + version + "\n" + more +
+           "\n";
+}
+
+void putWithTime(const Tree& tree, const std::string& path, time_t seconds) {
+    tree.put(path, "");
+    const timespec times[2] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, (tree.path() + "/" + path).c_str(), times, 0));
+}
+
+TEST(DpkgPackages, APackageHasAllThatItsStanzaTells) {
+    const Tree tree;
+    tree.put("etc/os-release", "NAME=\"Debian GNU/Linux\"\nVERSION_ID=12\nID=debian\n");
+    tree.put(kStatus,
+             stanza("bash", "amd64", "2:5.2.15-2+b8",
+                    "Status: install ok installed\nMaintainer: A <a@b.org>\nDescription: The shell\n more\n"
+                    "Section: shells\nInstalled-Size: 7164\nSource: bash-src (5.2.15-2)\n"));
+    putWithTime(tree, "var/lib/dpkg/info/bash.list", 1700000000);
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    ASSERT_EQ(1U, report.instances().size());
+    EXPECT_EQ(
+        "pkg:deb/debian/bash@2:5.2.15-2%2Bb8?arch=amd64|bash|2:5.2.15-2+b8|A <a@b.org>|The "
+        "shell|2023-11-14T22:13:20Z|"
+        "amd64|2|2+b8|bash-src|shells|7164|install ok installed|dpkg|",
+        joined(report.instances().front()));
+}
+
+TEST(DpkgPackages, EveryArchitectureOfANameIsKeptWithItsOwnDate) {
+    const Tree tree;
+    const std::string same = "Status: install ok installed\nMulti-Arch: same\n";
+    tree.put(kStatus, stanza("libc6", "amd64", "2.36-9", same) + stanza("libc6", "i386", "2.36-9", same));
+    putWithTime(tree, "var/lib/dpkg/info/libc6:amd64.list", 100);
+    putWithTime(tree, "var/lib/dpkg/info/libc6:i386.list", 200);
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ("1970-01-01T00:01:40Z",
+              instanceOf(report, "pkg:deb/libc6@2.36-9?arch=amd64").get("InstallDate"));
+    EXPECT_EQ("1970-01-01T00:03:20Z",
+              instanceOf(report, "pkg:deb/libc6@2.36-9?arch=i386").get("InstallDate"));
+}
+
+TEST(DpkgPackages, OnlyInstalledPackagesAreListed) {
+    const Tree tree;
+    tree.put(kStatus,
+             stanza("a", "all", "1") + stanza("b", "all", "1", "Status: deinstall ok config-files\n") +
+                 stanza("c", "all", "1", "Status: install ok half-installed\n") +
+                 stanza("d", "all", "1", "Status: hold ok installed\n") + stanza("e", "all", "1", ""));
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all"}), keysOf(report));
+}
+
+TEST(DpkgPackages, OfARepeatedStanzaTheLastOneHolds) {
+    const Tree tree;
+    tree.put(kStatus, stanza("b", "all", "1") + stanza("a", "all", "1") + stanza("b", "all", "2") +
+                          stanza("a", "all", "1", "Status: deinstall ok config-files\n"));
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/b@2?arch=all"}), keysOf(report));
+}
+
+TEST(DpkgPackages, AnImageWithoutDpkgHasAFileForEachPackage) {
+    const Tree tree;
+    tree.put("usr/lib/os-release", "ID='debian'\n");
+    tree.put("var/lib/dpkg/status.d/base", stanza("base-files", "amd64", "12.4", ""));
+    tree.put("var/lib/dpkg/status.d/tzdata", stanza("tzdata", "all", "2024a-0", "Source: tz"));
+    tree.put("var/lib/dpkg/status.d/base.md5sums", "0123  ./etc/debian_version\n");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/debian/base-files@12.4?arch=amd64",
+                                        "pkg:deb/debian/tzdata@2024a-0?arch=all"}),
+              keysOf(report));
+}
+
+TEST(DpkgPackages, ANameThatLeadsElsewhereGetsNoDate) {
+    const Tree tree;
+    tree.put(kStatus, stanza("../../../../../../../../etc/group", "all", "1"));
+    putWithTime(tree, "etc/group.list", 100);
+    std::filesystem::create_directories(tree.path() + "/var/lib/dpkg/info");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    ASSERT_EQ(1U, report.instances().size());
+    EXPECT_EQ("", report.instances().front().get("InstallDate"));
+}
+
+TEST(SmallPackages, EachFormatHasItsInstances) {
+    const Tree tree;
+    tree.put("etc/os-release", "ID=alpine\n");
+    tree.put("lib/apk/db/installed",
+             "P:musl\nV:1.2.4-r2\nA:x86_64\nI:634881\nT:libc\no:musl\nm:T <t@x.org>\n\n");
+    tree.put("var/lib/pacman/local/zlib-1:1.3-2/desc",
+             "%NAME%\nzlib\n\n%VERSION%\n1:1.3-2\n\n%ARCH%\nx86_64\n\n%INSTALLDATE%\n100\n\n%SIZE%\n2048\n");
+    tree.put("var/lib/pacman/local/ALPM_DB_VERSION", "9\n");
+    tree.put("snap/core20/2015/meta/snap.yaml",
+             "name: core20\nversion: '2023'\nsummary: base\narchitectures: [amd64]\n");
+    tree.link("snap/core20/current", "2015");
+    tree.put("snap/README", "text\n");
+    tree.put("var/lib/flatpak/app/org.x.Y/x86_64/stable/abc/metadata",
+             "[Application]\nname=org.x.Y\nruntime=r\n");
+    tree.link("var/lib/flatpak/app/org.x.Y/x86_64/stable/active", "abc");
+    tree.link("var/lib/flatpak/app/org.x.Y/current", "x86_64/stable");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ("", report.reason());
+    ASSERT_EQ(4U, report.instances().size());
+    EXPECT_EQ(
+        "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64|musl|1.2.4-r2|T <t@x.org>|libc||x86_64||r2|musl||621||apk|",
+        joined(instanceOf(report, "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64")));
+    EXPECT_EQ(
+        "pkg:alpm/alpine/"
+        "zlib@1:1.3-2?arch=x86_64|zlib|1:1.3-2|||1970-01-01T00:01:40Z|x86_64|1|2|||2||pacman|",
+        joined(instanceOf(report, "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64")));
+    EXPECT_EQ("pkg:snap/core20@2023?arch=amd64|core20|2023||base||amd64||2015|||||snap|",
+              joined(instanceOf(report, "pkg:snap/core20@2023?arch=amd64")));
+    EXPECT_EQ("pkg:flatpak/org.x.Y?arch=x86_64&branch=stable|org.x.Y|||||x86_64|||||||flatpak|",
+              joined(instanceOf(report, "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable")));
+}
+
+std::string hexNumber(std::uint32_t value) {
+    char text[9];
+    std::snprintf(text, sizeof text, "%08x", value);
+    return text;
+}
+
+// The header of a package of that name, version 1, release 2, as an SQL literal.
+std::string headerLiteral(const std::string& name) {
+    std::string store;
+    std::string index;
+    const std::pair<unsigned, std::string> kTexts[] = {
+        {1000, name}, {1001, "1"}, {1002, "2"}, {1022, "noarch"}};
+    for (const auto& [tag, text] : kTexts) {
+        index += hexNumber(tag) + hexNumber(6) + hexNumber(static_cast<std::uint32_t>(store.size() / 2)) +
+                 hexNumber(1);
+        for (const char c : text) store += hexNumber(static_cast<unsigned char>(c)).substr(6);
+        store += "00";
+    }
+    return "x'" + hexNumber(4) + hexNumber(static_cast<std::uint32_t>(store.size() / 2)) + index + store +
+           "'";
+}
+
+void putRpmDatabase(const Tree& tree, const std::string& rows) {
+    tree.put("etc/os-release", "ID=\"fedora\"\n");
+    std::filesystem::create_directories(tree.path() + "/var/lib/rpm");
+    tree.put("script",
+             "create table Packages(hnum integer primary key autoincrement, blob blob not null);"
+             "insert into Packages(blob) values " +
+                 rows + ";");
+    linesOf("sqlite3 " + tree.path() + "/var/lib/rpm/rpmdb.sqlite < " + tree.path() + "/script");
+}
+
+TEST(RpmPackages, PackagesComeFromTheDatabaseAndKeysDoNotCount) {
+    const Tree tree;
+    putRpmDatabase(tree, "(" + headerLiteral("bash") + "),(" + headerLiteral("gpg-pubkey") + ")");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ("", report.reason());
+    ASSERT_EQ(1U, report.instances().size());
+    EXPECT_EQ("pkg:rpm/fedora/bash@1-2?arch=noarch|bash|1-2||||noarch||2|||||rpm|",
+              joined(report.instances().front()));
+}
+
+TEST(RpmPackages, ABrokenHeaderCostsOnlyItselfAndIsReported) {
+    const Tree tree;
+    putRpmDatabase(tree, "(" + headerLiteral("a") + "),(x'00'),(" + headerLiteral("b") + ")");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ("rpm-broken", report.reason());
+    EXPECT_EQ(2U, report.instances().size());
+}
+
+TEST(RpmPackages, WhatCannotBeReadWholeIsReported) {
+    const struct {
+        const char* path;
+        const char* content;
+        const char* reason;
+    } kCases[] = {
+        {"var/lib/rpm/Packages", "\0\1", "rpm-unsupported"},
+        {"var/lib/rpm/Packages.db", "RpmP", "rpm-unsupported"},
+        {"usr/lib/sysimage/rpm/Packages.db", "RpmP", "rpm-unsupported"},
+        {"var/lib/rpm/rpmdb.sqlite", "no database", "rpm-broken"},
+    };
+    for (const auto& test : kCases) {
+        const Tree tree;
+        tree.put(test.path, test.content);
+        const Report report = gatheredBelow("SoftwarePackages", tree.path());
+        EXPECT_EQ(test.reason, report.reason()) << test.path;
+        EXPECT_TRUE(report.instances().empty()) << test.path;
+    }
+}
+
+TEST(RpmPackages, ChangesThatAreNotInTheDatabaseYetAreReported) {
+    const Tree tree;
+    putRpmDatabase(tree, "(" + headerLiteral("a") + ")");
+    tree.put("var/lib/rpm/rpmdb.sqlite-wal", "log");
+    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    EXPECT_EQ("rpm-unsaved", report.reason());
+    EXPECT_EQ(1U, report.instances().size());
+}
+
+std::vector<std::string> dpkgQuery() {
+    std::vector<std::string> rows;
+    for (const std::string& line : linesOf(
+             "dpkg-query -W -f '${Status}\\t${Package}\\t${Version}\\t${Architecture}\\t${source:Package}\\t"
+             "${Section}\\t${Installed-Size}\\t${binary:Synopsis}\\t${Maintainer}\\t${db-fsys:Last-Modified}"
+             "\\n'")) {
+        std::vector<std::string> fields = fieldsOf(line);
+        if (fields.size() != 10 || !isInstalled(fields[0])) continue;
+        fields[9] = isoTime(std::stoll(fields[9]));
+        std::string row;
+        for (std::string& field : fields) {
+            field.resize(field.find_last_not_of(' ') + 1);  // some descriptions end in a blank
+            row += field + "|";
+        }
+        rows.push_back(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+std::vector<std::string> ourRows(const Report& report) {
+    std::vector<std::string> rows;
+    for (const Instance& package : report.instances()) {
+        if (package.get("PackageFormat") != "dpkg") continue;
+        std::string row;
+        for (const char* const field :
+             {"Status", "Name", "VersionString", "Architecture", "Source", "Section", "InstalledSize",
+              "Description", "Manufacturer", "InstallDate"}) {
+            row += package.get(field) + "|";
+        }
+        rows.push_back(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+TEST(DpkgPackagesLive, EveryPackageIsAsDpkgQueryShowsIt) {
+    const std::vector<std::string> theirs = dpkgQuery();
+    const std::vector<std::string> ours = ourRows(gatheredLive("SoftwarePackages"));
+    EXPECT_FALSE(theirs.empty());
+    EXPECT_EQ(theirs.size(), ours.size());
+    for (std::size_t i = 0; i < std::min(theirs.size(), ours.size()); ++i) EXPECT_EQ(theirs[i], ours[i]);
+}
+
+TEST(DpkgPackagesLive, TheSameFilesAsATreeGiveTheSamePackages) {
+    const Report live = gatheredLive("SoftwarePackages");
+    const Report tree = gatheredBelow("SoftwarePackages", "/");
+    EXPECT_EQ(keysOf(live), keysOf(tree));
+    EXPECT_EQ(ourRows(live), ourRows(tree));
+}
+
+TEST(IsoTime, SecondsBecomeDates) {
+    const struct {
+        std::int64_t seconds;
+        const char* text;
+    } kCases[] = {
+        {0, "1970-01-01T00:00:00Z"},
+        {1795241685, "2026-11-21T06:14:45Z"},
+        {-1, "1969-12-31T23:59:59Z"},
+        {951782400, "2000-02-29T00:00:00Z"},
+        {253402300799, "9999-12-31T23:59:59Z"},
+        {253402300800, ""},
+        {INT64_MAX, ""},
+        {INT64_MIN, ""},
+    };
+    for (const auto& test : kCases) EXPECT_EQ(test.text, isoTime(test.seconds)) << test.seconds;
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,0 +1,79 @@
+#include "toolkit/quorvah/scan/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using toolkit::quorvah::Action;
+using toolkit::quorvah::CommandLine;
+
+namespace {
+
+CommandLine parse(std::vector<std::string> arguments, const char* environmentRoot = nullptr) {
+    arguments.insert(arguments.begin(), "quorvah");
+    std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    return toolkit::quorvah::parseCommandLine(static_cast<int>(arguments.size()), pointers.data(),
+                                              environmentRoot);
+}
+
+}  // namespace
+
+TEST(ScannerCommandLine, TakesTheTwoFiles) {
+    const CommandLine line = parse({"-c", "config.xml", "-o", "out.xml"});
+    EXPECT_EQ(line.action, Action::Scan);
+    EXPECT_EQ(line.options.config, "config.xml");
+    EXPECT_EQ(line.options.output, "out.xml");
+    EXPECT_EQ(line.options.root, "");
+    EXPECT_FALSE(line.options.pretty || line.options.raw || line.options.noVolatile || line.options.sanitize);
+}
+
+TEST(ScannerCommandLine, TakesEveryOption) {
+    const CommandLine line = parse({"--config=c", "--output", "o", "--root", "/tree", "--ids=/ids",
+                                    "--pretty", "--raw", "--no-volatile", "--sanitize"});
+    EXPECT_EQ(line.action, Action::Scan);
+    EXPECT_EQ(line.options.config, "c");
+    EXPECT_EQ(line.options.output, "o");
+    EXPECT_EQ(line.options.root, "/tree");
+    EXPECT_EQ(line.options.ids, "/ids");
+    EXPECT_TRUE(line.options.pretty && line.options.raw && line.options.noVolatile && line.options.sanitize);
+}
+
+TEST(ScannerCommandLine, HelpAndVersionNeedNothingElse) {
+    EXPECT_EQ(parse({"--help"}).action, Action::Help);
+    EXPECT_EQ(parse({"-h"}).action, Action::Help);
+    EXPECT_EQ(parse({"--version"}).action, Action::Version);
+    EXPECT_EQ(parse({"-c", "x", "-V"}).action, Action::Version);
+}
+
+TEST(ScannerCommandLine, RefusesWithAReason) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{}, "-c"},
+        {{"-c", "x"}, "-o"},
+        {{"-o", "x"}, "-c"},
+        {{"-c"}, "-c needs a value"},
+        {{"-c", "x", "-o"}, "-o needs a value"},
+        {{"-c", "", "-o", "y"}, "-c needs a value"},
+        {{"-c", "x", "-o", "y", "--root"}, "--root needs a value"},
+        {{"-c", "x", "-o", "y", "--root="}, "--root= needs a value"},
+        {{"-c", "x", "-o", "y", "--nonsense"}, "unknown option --nonsense"},
+        {{"-c", "x", "-o", "y", "-z"}, "unknown option -z"},
+        {{"-c", "x", "-o", "y", "--pretty=yes"}, "--pretty=yes"},
+        {{"-c", "x", "-o", "y", "extra"}, "unexpected argument extra"},
+        {{"extra", "-c", "x", "-o", "y"}, "unexpected argument extra"},
+        {{"-c", "x", "-o", "y", "--", "--pretty"}, "unexpected argument --pretty"},
+    };
+    for (const auto& [arguments, reason] : cases) {
+        const CommandLine line = parse(arguments);
+        EXPECT_EQ(line.action, Action::Refuse) << reason;
+        EXPECT_NE(line.message.find(reason), std::string::npos) << line.message << " | " << reason;
+    }
+}
+
+TEST(ScannerCommandLine, TheEnvironmentGivesTheRootThatIsNotGiven) {
+    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "/from/environment").options.root, "/from/environment");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--root", "/given"}, "/from/environment").options.root, "/given");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "").options.root, "");
+}

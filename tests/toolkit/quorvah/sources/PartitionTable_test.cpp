@@ -1,0 +1,152 @@
+#include "toolkit/quorvah/sources/PartitionTable.h"
+
+#include <gtest/gtest.h>
+
+using toolkit::quorvah::PartitionTable;
+using toolkit::quorvah::readPartitionTable;
+
+namespace {
+
+// A disk in memory, as large as what has been written to it.
+class Disk {
+  public:
+    void put(std::size_t offset, const std::string& bytes) {
+        if (bytes_.size() < offset + bytes.size()) bytes_.resize(offset + bytes.size(), '\0');
+        bytes_.replace(offset, bytes.size(), bytes);
+    }
+    void putNumber(std::size_t offset, std::uint64_t number, std::size_t width) {
+        std::string bytes;
+        for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFFU);
+        put(offset, bytes);
+    }
+    // An entry of a partition table sector, which begins at a block of 512 bytes.
+    void putEntry(std::size_t block, std::size_t index, unsigned status, unsigned type, std::uint64_t start) {
+        const std::size_t at = block * 512 + 446 + index * 16;
+        putNumber(at, status, 1);
+        putNumber(at + 4, type, 1);
+        putNumber(at + 8, start, 4);
+        putNumber(block * 512 + 510, 0xAA55, 2);
+    }
+    PartitionTable table(std::uint64_t blockSize = 512) const {
+        return readPartitionTable(
+            [this](std::uint64_t offset, std::size_t size) {
+                return offset < bytes_.size() ? bytes_.substr(offset, size) : std::string();
+            },
+            blockSize);
+    }
+    void cut(std::size_t size) { bytes_.resize(size); }
+    std::size_t size() const { return bytes_.size(); }
+
+  private:
+    std::string bytes_;
+};
+
+Disk gptDisk(std::size_t blockSize) {
+    Disk disk;
+    disk.putEntry(0, 0, 0, 0xEE, 1);
+    disk.put(blockSize, "EFI PART");
+    disk.putNumber(blockSize + 72, 2, 8);
+    disk.putNumber(blockSize + 80, 128, 4);
+    disk.putNumber(blockSize + 84, 128, 4);
+    const std::size_t entry = 2 * blockSize + std::size_t{2} * 128;
+    disk.put(entry, std::string("\x28\x73\x2a\xc1\x1f\xf8\xd2\x11\xba\x4b\x00\xa0\xc9\x3e\xc9\x3b", 16));
+    disk.put(entry + 16, std::string("\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c\x0d\x0e\x0f\x10"));
+    disk.putNumber(entry + 48, 4, 8);
+    // "Aé€😀" in UTF-16
+    const unsigned name[] = {0x41, 0xE9, 0x20AC, 0xD83D, 0xDE00};
+    for (std::size_t i = 0; i < std::size(name); ++i) disk.putNumber(entry + 56 + 2 * i, name[i], 2);
+    disk.put(2 * blockSize + std::size_t{128} * 128 - 1, std::string(1, '\0'));
+    return disk;
+}
+
+}  // namespace
+
+TEST(PartitionTable, ReadsAGptWhateverTheBlockSize) {
+    for (const std::size_t blockSize : {std::size_t{512}, std::size_t{4096}}) {
+        const PartitionTable table = gptDisk(blockSize).table(blockSize);
+        EXPECT_EQ(table.type, "gpt");
+        ASSERT_EQ(table.entries.size(), 1U);
+        EXPECT_EQ(table.entries[0].number, 3);
+        EXPECT_EQ(table.entries[0].type, "c12a7328-f81f-11d2-ba4b-00a0c93ec93b");
+        EXPECT_EQ(table.entries[0].uuid, "04030201-0605-0807-090a-0b0c0d0e0f10");
+        EXPECT_EQ(table.entries[0].name, "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
+        EXPECT_TRUE(table.entries[0].primary);
+        EXPECT_TRUE(table.entries[0].bootable);
+    }
+}
+
+TEST(PartitionTable, LeavesHalfCharactersOutOfAName) {
+    Disk disk = gptDisk(512);
+    const std::size_t name = 1336;
+    disk.put(name, std::string(72, '\0'));
+    const unsigned units[] = {0xDC00, 0x41, 0xD800, 0x42, 0xD800};
+    for (std::size_t i = 0; i < std::size(units); ++i) disk.putNumber(name + 2 * i, units[i], 2);
+    EXPECT_EQ(disk.table().entries.at(0).name, "AB");
+}
+
+TEST(PartitionTable, ReadsPrimaryAndLogicalPartitionsOfAnMbr) {
+    Disk disk;
+    disk.putNumber(440, 0x9a8b7c6d, 4);
+    disk.putEntry(0, 0, 0x80, 0x83, 2048);
+    disk.putEntry(0, 2, 0, 0x0F, 100);
+    disk.putEntry(100, 0, 0, 0x82, 1);
+    disk.putEntry(100, 1, 0, 0x05, 50);
+    disk.putEntry(150, 0, 0, 0x07, 1);
+    const PartitionTable table = disk.table();
+    EXPECT_EQ(table.type, "dos");
+    ASSERT_EQ(table.entries.size(), 4U);
+    const std::tuple<int, const char*, const char*, bool, bool> expected[] = {
+        {1, "83", "9a8b7c6d-01", true, true},
+        {3, "0f", "9a8b7c6d-03", true, false},
+        {5, "82", "9a8b7c6d-05", false, false},
+        {6, "07", "9a8b7c6d-06", false, false}};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto& [number, type, uuid, primary, bootable] = expected[i];
+        EXPECT_EQ(table.entries[i].number, number);
+        EXPECT_EQ(table.entries[i].type, type);
+        EXPECT_EQ(table.entries[i].uuid, uuid);
+        EXPECT_EQ(table.entries[i].primary, primary);
+        EXPECT_EQ(table.entries[i].bootable, bootable);
+    }
+}
+
+TEST(PartitionTable, AChainThatLeadsBackToItselfEnds) {
+    Disk disk;
+    disk.putEntry(0, 0, 0, 0x05, 100);
+    disk.putEntry(100, 0, 0, 0x83, 1);
+    disk.putEntry(100, 1, 0, 0x05, 10);
+    disk.putEntry(110, 0, 0, 0x83, 1);
+    disk.putEntry(110, 1, 0, 0x05, 10);
+    EXPECT_LT(disk.table().entries.size(), 1000U);
+}
+
+TEST(PartitionTable, WhatIsNoTableHasNoPartitions) {
+    EXPECT_EQ(Disk().table().type, "");
+    Disk text;
+    text.put(0, std::string(512, 'x'));
+    EXPECT_EQ(text.table().type, "");
+    text.putNumber(510, 0xAA55, 2);
+    EXPECT_EQ(text.table().type, "") << "the boot sector of a file system ends alike";
+    Disk protective;
+    protective.putEntry(0, 0, 0, 0xEE, 1);
+    EXPECT_EQ(protective.table().type, "") << "the header that the entry announces is missing";
+    EXPECT_EQ(gptDisk(512).table(0).type, "");
+    EXPECT_EQ(gptDisk(512).table(1 << 20).type, "");
+}
+
+TEST(PartitionTable, EveryCutOfADiskIsTaken) {
+    const Disk whole = gptDisk(512);
+    for (std::size_t size = 0; size < whole.size(); size += 7) {
+        Disk cut = whole;
+        cut.cut(size);
+        EXPECT_LE(cut.table().entries.size(), 1U);
+    }
+}
+
+TEST(PartitionTable, AHeaderThatLiesReadsNoMoreThanADiskCanHold) {
+    for (const std::size_t field : {std::size_t{72}, std::size_t{80}, std::size_t{84}}) {
+        Disk disk = gptDisk(512);
+        disk.putNumber(512 + field, UINT64_MAX, field == 72 ? 8 : 4);
+        EXPECT_LE(disk.table().entries.size(), 1024U);
+    }
+}

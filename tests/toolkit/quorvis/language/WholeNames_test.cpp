@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/toolkit/quorvis/SignatureFiles.h"
+#include "toolkit/quorvis/language/ElementRules.h"
+#include "toolkit/quorvis/language/LeafTable.h"
+
+using quorvistest::joined;
+using quorvistest::match;
+using quorvistest::read;
+using toolkit::quorvis::Attribute;
+using toolkit::quorvis::AttributeSet;
+using toolkit::quorvis::LeafKind;
+using toolkit::quorvis::LeafRules;
+using toolkit::quorvis::leafRules;
+using toolkit::quorvis::SignatureFile;
+
+namespace {
+
+using Values = std::map<Attribute, std::string>;
+
+std::vector<Attribute> listOf(AttributeSet set) {
+    std::vector<Attribute> list;
+    for (; !set.empty(); set = set.without({set.first()})) list.push_back(set.first());
+    return list;
+}
+
+// Good values for what a leaf of this kind must have.
+Values needed(const LeafRules& rules) {
+    const Values good = {
+        {Attribute::Path, "/x"},    {Attribute::Pattern, "/x/y"},
+        {Attribute::Regex, "a"},    {Attribute::Format, rules.kind == LeafKind::FileVersion ? "jar" : "ini"},
+        {Attribute::Key, "k"},      {Attribute::Select, "/a"},
+        {Attribute::Left, "1"},     {Attribute::Equals, "1"},
+        {Attribute::NameRegex, "a"}};
+    Values values;
+    for (const Attribute attribute : listOf(rules.required)) values[attribute] = good.at(attribute);
+    if (rules.kind == LeafKind::Compare) values[Attribute::Equals] = "1";
+    if (rules.kind == LeafKind::Package) values[Attribute::NameRegex] = "a";
+    return values;
+}
+
+std::string leafWith(const LeafRules& rules, const Values& values) {
+    std::string text = "<" + std::string(rules.name);
+    for (const auto& [attribute, value] : values)
+        text += " " + std::string(nameOf(attribute)) + "='" + value + "'";
+    return match(text + "/>");
+}
+
+// Each kind of leaf with each attribute that it may have.
+template <class Take>
+void forEachAttribute(Take take) {
+    for (int kind = 0; kind <= static_cast<int>(LeafKind::Compare); ++kind) {
+        const LeafRules& rules = leafRules(static_cast<LeafKind>(kind));
+        for (const Attribute attribute : listOf(rules.allowed)) {
+            Values values = needed(rules);
+            if (attribute == Attribute::Name) values.erase(Attribute::NameRegex);
+            take(rules, attribute, values);
+        }
+    }
+}
+
+bool takesPatterns(Attribute attribute) {
+    return AttributeSet{Attribute::Pattern, Attribute::Exclude, Attribute::Regex, Attribute::ArgsRegex,
+                        Attribute::NameRegex}
+        .contains(attribute);
+}
+
+}  // namespace
+
+TEST(WholeNames, AWildcardIsRefusedOrWarnedOfWhereverItIsNoPattern) {
+    int warned = 0;
+    forEachAttribute([&](const LeafRules& rules, Attribute attribute, Values values) {
+        const std::string name(nameOf(attribute));
+        for (const char* value : {"/1/*/x", "/1/x?", "/1/[ab]", "/1/{a,b}"}) {
+            values[attribute] = value;
+            const SignatureFile file = read(leafWith(rules, values));
+            const std::string told = joined(file.warnings);
+            if (takesPatterns(attribute)) {
+                EXPECT_EQ(std::string::npos, told.find("wildcard")) << rules.name << " " << name;
+                continue;
+            }
+            if (!file.problems.empty()) {
+                EXPECT_NE(std::string::npos, joined(file.problems).find(": " + name + " \"")) << rules.name;
+                continue;
+            }
+            ++warned;
+            const std::string expected =
+                "sig.xml:2:37: " + name + " \"" + value + "\" holds a wildcard, but is taken as it stands";
+            EXPECT_TRUE(told.starts_with(expected)) << rules.name << " " << name << ": " << told;
+            EXPECT_EQ(1U, file.signatures.size());
+        }
+    });
+    EXPECT_GT(warned, 4 * 40);
+}
+
+TEST(WholeNames, WhatIsNoWildcardIsNotWarnedOf) {
+    forEachAttribute([&](const LeafRules& rules, Attribute attribute, Values values) {
+        if (takesPatterns(attribute)) return;
+        for (const char* value :
+             {"/1/x", "/usr/bin/[", "/1/{6F320B93}/x", "/1/]a[", "/1/}a,{", "${a}/${b.c}"}) {
+            values[attribute] = value;
+            EXPECT_EQ(std::string::npos, joined(read(leafWith(rules, values)).warnings).find("wildcard"))
+                << rules.name << " " << nameOf(attribute) << " " << value;
+        }
+    });
+}
+
+TEST(WholeNames, TheWarningSaysWhatFindsByPatterns) {
+    EXPECT_EQ(
+        "sig.xml:2:37: path \"/opt/*/x/f\" holds a wildcard, but is taken as it stands; Glob finds by "
+        "patterns\n",
+        joined(read(match("<File path='/opt/*/x/f'/>")).warnings));
+    EXPECT_EQ(
+        "sig.xml:2:37: name \"lib*\" holds a wildcard, but is taken as it stands; nameRegex finds by "
+        "expressions\n",
+        joined(read(match("<Package name='lib*'/>")).warnings));
+    EXPECT_EQ("sig.xml:2:37: name \"java*\" holds a wildcard, but is taken as it stands\n",
+              joined(read(match("<Process name='java*'/>")).warnings));
+}
+
+TEST(WholeNames, VariablesAreNoWildcardsAndHideNone) {
+    EXPECT_EQ("", joined(read(match("<File path='${top}/x'/>")).warnings));
+    EXPECT_NE("", joined(read(match("<File path='${top}/*/x'/>")).warnings));
+    EXPECT_NE("", joined(read(match("<File path='/opt/{a${top},b}'/>")).warnings));
+    EXPECT_EQ("", joined(read(match("<File path='/opt/{a${top}b}'/>")).warnings));
+}

@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "toolkit/quorvis/language/Attribute.h"
+#include "toolkit/quorvis/language/Template.h"
+#include "toolkit/quorvis/report/OutputDocument.h"
+#include "toolkit/quorvis/report/WarningsDocument.h"
+
+using toolkit::quorvis::appendMatch;
+using toolkit::quorvis::Event;
+using toolkit::quorvis::EventCode;
+using toolkit::quorvis::EventList;
+using toolkit::quorvis::lineOf;
+using toolkit::quorvis::Match;
+using toolkit::quorvis::outputDocument;
+using toolkit::quorvis::Template;
+using toolkit::quorvis::warningsDocument;
+
+namespace {
+
+// "[text](variable)"
+std::string shown(const Template& text) {
+    std::string result;
+    for (const Template::Piece& piece : text.pieces()) {
+        result += piece.variable ? "(" : "[";
+        result.append(piece.text);
+        result += piece.variable ? ")" : "]";
+    }
+    return result;
+}
+
+Event eventOf(EventCode code, const std::string& guid, const std::string& text = "text") {
+    return {code, {}, text, guid, {}};
+}
+
+}  // namespace
+
+TEST(Template, ATextWithoutVariablesIsItself) {
+    for (const char* const text : {"", "plain", "$", "a$b", "{x}", "$ {x}"}) {
+        Template parsed;
+        std::string problem;
+        EXPECT_TRUE(Template::parse(text, parsed, problem));
+        EXPECT_TRUE(parsed.constant()) << text;
+        EXPECT_EQ(parsed.source(), text);
+    }
+}
+
+TEST(Template, FindsVariablesAndWhatOnlyLooksLikeThem) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"${a}", "(a)"},     {"x${a.b}y", "[x](a.b)[y]"},    {"${a}${b}", "(a)(b)"},
+        {"$${a}", "[${a}]"}, {"x$${a}${b}", "[x][${a}](b)"}, {"$$${a}", "[$][${a}]"},
+        {"${a}$", "(a)[$]"},
+    };
+    for (const auto& [text, pieces] : cases) {
+        Template parsed;
+        std::string problem;
+        EXPECT_TRUE(Template::parse(text, parsed, problem)) << problem;
+        EXPECT_EQ(shown(parsed), pieces) << text;
+    }
+}
+
+TEST(Template, RefusesWhatIsNotClosedOrHasNoName) {
+    for (const char* const text : {"${", "${a", "x${}", "${a${b}}", "${a{b}"}) {
+        Template parsed;
+        std::string problem;
+        EXPECT_FALSE(Template::parse(text, parsed, problem)) << text;
+        EXPECT_NE(problem, "") << text;
+    }
+}
+
+TEST(AttributeNames, EachIsFoundByItsName) {
+    using toolkit::quorvis::Attribute;
+    for (int i = 0; i <= static_cast<int>(Attribute::User); ++i) {
+        const auto attribute = static_cast<Attribute>(i);
+        EXPECT_EQ(toolkit::quorvis::attributeNamed(nameOf(attribute)), attribute);
+    }
+    EXPECT_EQ(nameOf(Attribute::ArgsRegex), "argsRegex");
+    EXPECT_EQ(nameOf(Attribute::Pattern), "pattern");
+    EXPECT_FALSE(toolkit::quorvis::attributeNamed("Path").has_value());
+}
+
+TEST(OutputDocument, HoldsEachMatchOnALineOfItsOwn) {
+    const Match matches[] = {
+        {"G-1", "First", "<P>x</P>", {{"package", "/db", "bash", "5"}, {"file", "/f", "", ""}}, {{"v", "1"}}},
+        {"G-2", "Second", "", {}, {}},
+    };
+    std::string elements;
+    for (const Match& match : matches) appendMatch(elements, match);
+    EXPECT_EQ(outputDocument(elements, true),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<MatchedSignatures language=\"1\" complete=\"true\">\n"
+              "<MatchedSignature guid=\"G-1\" name=\"First\"><Metadata><P>x</P>"
+              "<Evidence kind=\"package\" source=\"/db\" name=\"bash\" version=\"5\"/>"
+              "<Evidence kind=\"file\" source=\"/f\"/><MatchedName>First</MatchedName></Metadata>"
+              "<Variable name=\"v\" value=\"1\"/></MatchedSignature>\n"
+              "<MatchedSignature guid=\"G-2\" "
+              "name=\"Second\"><Metadata><MatchedName>Second</MatchedName></Metadata>"
+              "</MatchedSignature>\n"
+              "</MatchedSignatures>\n");
+    EXPECT_NE(outputDocument({}, false).find("complete=\"false\""), std::string::npos);
+}
+
+TEST(OutputDocument, KeepsTheNameWhereReadersOfMetadataFindIt) {
+    std::string document;
+    appendMatch(document, {"G", "<A>\xE2\x82\xAC", "<Name>n</Name>", {}, {}});
+    EXPECT_EQ(document,
+              "<MatchedSignature guid=\"G\" name=\"&lt;A&gt;&#8364;\"><Metadata><Name>n</Name>"
+              "<MatchedName>&lt;A&gt;&#8364;</MatchedName></Metadata></MatchedSignature>\n");
+    document.clear();
+    appendMatch(document, {"G", "", "", {}, {}});
+    EXPECT_EQ(document, "<MatchedSignature guid=\"G\" name=\"\"><Metadata></Metadata></MatchedSignature>\n");
+}
+
+TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"a<b>&\"c\"", "a&lt;b&gt;&amp;&quot;c&quot;"},       {"a\tb\nc\rd", "a&#9;b&#10;c&#13;d"},
+        {"\xE2\x82\xAC\xF0\x9F\x98\x80", "&#8364;&#128512;"}, {"M\xFCller", "M&#252;ller"},
+        {std::string("a\0b\x01", 4) + "c\x1B", "abc"},        {"\xEF\xBF\xBFx", "x"},
+    };
+    for (const auto& [value, written] : cases) {
+        const Match match{"G", "N", {}, {}, {{"v", value}}};
+        std::string document;
+        appendMatch(document, match);
+        EXPECT_NE(document.find(std::string("value=\"") + written + "\"/>"), std::string::npos) << document;
+    }
+}
+
+TEST(WarningsDocument, TellsOfEveryUndecidedSignature) {
+    EventList events;
+    for (int i = 0; i < 3000; ++i) {
+        const std::string guid = "g" + std::to_string(i);
+        events.add({EventCode::Permission, "/x", "No permission", guid, ""});
+        events.add({EventCode::Unresolved, "", "unknown", guid, ""});
+    }
+    const std::vector<EventList::Entry> entries = events.entries();
+    const auto undecided = std::ranges::count_if(
+        entries, [](const EventList::Entry& entry) { return entry.event.code == EventCode::Unresolved; });
+    EXPECT_EQ(undecided, 3000);
+    EXPECT_EQ(entries.size(), 3000U + 1000U + 1U) << "of the others 1,000, and one that counts the rest";
+    EXPECT_EQ(entries.back().count, 2000U);
+}
+
+TEST(WarningsDocument, TellsOfEachEvent) {
+    EventList events;
+    events.add({EventCode::Permission, "/etc/<x>", "cannot be opened", "G", "f"});
+    events.add({EventCode::Invalid, "", "wrong", "", ""});
+    events.add({EventCode::RemoteSkipped, "/net", "not entered", "", ""});
+    EXPECT_EQ(
+        warningsDocument(events),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Events>\n"
+        "<Event code=\"permission\" severity=\"warning\" guid=\"G\" leaf=\"f\" path=\"/etc/&lt;x&gt;\" "
+        "count=\"1\">cannot be opened</Event>\n"
+        "<Event code=\"invalid\" severity=\"error\" count=\"1\">wrong</Event>\n"
+        "<Event code=\"remote-skipped\" severity=\"info\" path=\"/net\" count=\"1\">not entered</Event>\n"
+        "</Events>\n");
+}
+
+TEST(EventList, CountsWhatIsMoreThanTwentyOfOneKind) {
+    EventList events;
+    for (int i = 0; i < 50; ++i) events.add(eventOf(EventCode::Loop, "G-1"));
+    for (int i = 0; i < 3; ++i) events.add(eventOf(EventCode::Loop, "G-2"));
+    const std::vector<EventList::Entry> entries = events.entries();
+    ASSERT_EQ(entries.size(), 24U);
+    EXPECT_EQ(entries.back().event.code, EventCode::Loop);
+    EXPECT_EQ(entries.back().event.guid, "G-1");
+    EXPECT_EQ(entries.back().count, 30U);
+}
+
+TEST(EventList, CountsWhatIsMoreThanAThousand) {
+    EventList events;
+    for (int i = 0; i < 5000; ++i) events.add(eventOf(EventCode::Permission, "G-" + std::to_string(i)));
+    const std::vector<EventList::Entry> entries = events.entries();
+    ASSERT_EQ(entries.size(), 1001U);
+    EXPECT_EQ(entries.back().count, 4000U);
+}
+
+TEST(EventList, KnowsWhetherABoundWasReached) {
+    for (const EventCode code : {EventCode::LimitDepth, EventCode::LimitEntries, EventCode::LimitBytes,
+                                 EventCode::LimitMatches, EventCode::Deadline}) {
+        EventList events;
+        EXPECT_FALSE(events.toldLimit());
+        events.add(std::vector<Event>{eventOf(EventCode::Io, ""), eventOf(code, "")});
+        EXPECT_TRUE(events.toldLimit());
+    }
+    EventList events;
+    for (const EventCode code : {EventCode::Permission, EventCode::Io, EventCode::Loop, EventCode::Denied,
+                                 EventCode::Unresolved, EventCode::Invalid}) {
+        events.add(eventOf(code, ""));
+    }
+    EXPECT_FALSE(events.toldLimit());
+}
+
+TEST(EventList, AnEventIsOneLineOfText) {
+    EXPECT_EQ(lineOf({{EventCode::LimitDepth, "/a\nb", "12 levels", "G", "f"}, 3}),
+              "warning: limit-depth: /a?b: 12 levels (3) [G, f]");
+    EXPECT_EQ(lineOf({{EventCode::Encoding, "", "odd", "", ""}, 1}), "info: encoding: odd");
+}

@@ -1,0 +1,209 @@
+#include "toolkit/machine/files/Root.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <system_error>
+
+#include "toolkit/machine/files/OpenResolved.h"
+#include "toolkit/machine/files/PathWalk.h"
+#include "toolkit/machine/text/Lines.h"
+
+namespace toolkit {
+
+namespace {
+
+int openInRoot(int tree, const std::string& path, int flags) {
+    return openResolved(tree, path.c_str(), flags, RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS);
+}
+
+std::string relativeToRoot(std::string_view path) {
+    std::string relative(path.substr(std::min(path.find_first_not_of('/'), path.size())));
+    return relative.empty() ? "." : relative;
+}
+
+// What the kernel calls an open file; empty without /proc.
+std::string kernelPathOf(int descriptor) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    std::array<char, 4097> text;
+    const ssize_t length = ::readlink(link.c_str(), text.data(), text.size());
+    return length <= 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+// The bytes read, 0 at the end, -1 after an error.
+ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(descriptor, buffer, size);
+        if (count >= 0 || errno != EINTR) return count;
+    }
+}
+
+// Reads on until the end or more than `most`. False when reading fails.
+bool readPieces(int descriptor, std::size_t most, const Root& root, std::string& content) {
+    // Most files are sysfs attributes of a few bytes, which need no more than this.
+    std::array<char, 4096> buffer;
+    while (content.size() <= most && content.size() < 4 * buffer.size()) {
+        const ssize_t count = readSome(descriptor, buffer.data(), buffer.size());
+        if (count <= 0) return count == 0;
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    while (content.size() <= most) {
+        root.checkTime();
+        const std::size_t size = content.size();
+        content.resize(size + std::min(most + 1 - size, std::max(size, std::size_t{1} << 16)));
+        const ssize_t count = readSome(descriptor, content.data() + size, content.size() - size);
+        content.resize(size + static_cast<std::size_t>(std::max(count, ssize_t{0})));
+        if (count <= 0) return count == 0;
+    }
+    return true;
+}
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+}  // namespace
+
+Root::Root() {
+    const kest::Descriptor probe(openResolved(AT_FDCWD, "/", O_PATH | O_CLOEXEC, RESOLVE_NO_MAGICLINKS));
+    if (!probe.isOpen()) lookup_ = Lookup::ByComponent;
+}
+
+Root::Root(const std::string& directory, Lookup lookup)
+    : tree_(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      directory_(directory),
+      lookup_(lookup) {
+    if (!tree_.isOpen()) throw std::system_error(errno, std::generic_category(), directory);
+    // Old kernels do not have the call, and filters of containers refuse it.
+    const kest::Descriptor probe(openInRoot(tree_.number(), ".", O_PATH | O_CLOEXEC));
+    if (!probe.isOpen()) lookup_ = Lookup::ByComponent;
+}
+
+void Root::note(int error) const {
+    if (error == EACCES || error == EPERM) ++denials_;
+}
+
+kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
+    const std::string relative = relativeToRoot(path);
+    if (lookup_ == Lookup::ByComponent) return openByComponent(tree_.number(), relative, flags);
+    return kest::Descriptor(openInRoot(tree_.number(), relative, flags));
+}
+
+kest::Descriptor Root::open(std::string_view path, int flags) const {
+    checkTime();
+    flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 refuses them together
+    kest::Descriptor opened =
+        live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
+    if (!opened.isOpen()) note(errno);
+    return opened;
+}
+
+kest::Descriptor Root::openStrictly(std::string_view path, int flags, std::uint64_t resolve) const {
+    flags |= O_CLOEXEC;
+    resolve |= RESOLVE_NO_MAGICLINKS;
+    const std::string relative = relativeToRoot(path);
+    if (live() && lookup_ == Lookup::Kernel)
+        return kest::Descriptor(openResolved(AT_FDCWD, ("/" + relative).c_str(), flags, resolve));
+    if (lookup_ == Lookup::Kernel)
+        return kest::Descriptor(
+            openResolved(tree_.number(), relative.c_str(), flags, resolve | RESOLVE_IN_ROOT));
+    if (!live()) return openByComponent(tree_.number(), relative, flags);
+    const kest::Descriptor top(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return openByComponent(top.number(), relative, flags);
+}
+
+std::string Root::pathOf(const kest::Descriptor& file) const {
+    std::string path = kernelPathOf(file.number());
+    if (!path.starts_with('/')) return {};
+    if (live()) return path;
+    const std::string tree = kernelPathOf(tree_.number());
+    if (tree == "/") return path;
+    if (tree.empty() || path.compare(0, tree.size(), tree) != 0) return {};
+    path.erase(0, tree.size());
+    if (path.empty()) return "/";
+    return path.front() == '/' ? path : std::string();
+}
+
+// Up to one byte more than `most`. False when it cannot be read.
+bool Root::readUpTo(std::string_view path, std::size_t most, std::string& content) const {
+    const kest::Descriptor file = open(path);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    if (readPieces(file.number(), most, *this, content)) return true;
+    note(errno);
+    return false;
+}
+
+std::optional<std::string> Root::read(std::string_view path, std::size_t limit) const {
+    std::string content;
+    if (!readUpTo(path, limit, content)) return std::nullopt;
+    if (content.size() <= limit) return content;
+    ++excesses_;
+    return std::nullopt;
+}
+
+std::string Root::readLine(std::string_view path) const {
+    std::string content;
+    if (!readUpTo(path, kLineLimit, content)) return {};
+    std::string_view rest = content;
+    std::string_view line;
+    nextLine(rest, line);
+    if (line.size() <= kLineLimit) return std::string(trimmed(line));
+    ++excesses_;
+    return {};
+}
+
+Count Root::readCount(std::string_view path) const {
+    return toolkit::readCount(readLine(path));
+}
+
+std::vector<std::string> Root::list(std::string_view path) const {
+    std::vector<std::string> names;
+    kest::Descriptor opened = open(path, O_DIRECTORY);
+    const std::unique_ptr<DIR, CloseDirectory> directory(opened.isOpen() ? ::fdopendir(::dup(opened.number()))
+                                                                         : nullptr);
+    if (!directory) return names;
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        constexpr std::size_t kBetweenLooks = 1024;
+        if (names.size() % kBetweenLooks == 0) checkTime();
+        if (names.size() == kMostNames) {
+            ++excesses_;
+            break;
+        }
+        const std::string_view name = static_cast<const char*>(entry->d_name);
+        if (name != "." && name != "..") names.emplace_back(name);
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+std::string Root::readLink(std::string_view path) const {
+    const kest::Descriptor link = open(path, O_PATH | O_NOFOLLOW);
+    if (!link.isOpen()) return {};
+    std::array<char, 4096> text;
+    const ssize_t length = ::readlinkat(link.number(), "", text.data(), text.size());
+    return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+std::string Root::linkName(std::string_view path) const {
+    const std::string link = readLink(path);
+    return link.substr(link.rfind('/') + 1);
+}
+
+bool Root::exists(std::string_view path) const {
+    return open(path, O_PATH).isOpen();
+}
+
+bool Root::isDirectory(std::string_view path) const {
+    return open(path, O_PATH | O_DIRECTORY).isOpen();
+}
+
+}  // namespace toolkit

@@ -1,0 +1,113 @@
+#include "toolkit/machine/packages/Packages.h"
+
+#include <algorithm>
+
+#include "toolkit/machine/packages/PackageUrl.h"
+#include "toolkit/machine/text/ShellVariables.h"
+
+namespace toolkit {
+namespace {
+
+struct TypeRow {
+    std::string_view name;
+    std::string_view urlType;
+    bool ofDistribution;  // whether the distribution is the name space of its package URLs
+    PackageDatabase (*visit)(const Root&, const std::string&, PackageTexts&, const PackageVisitor&);
+};
+
+// In the order of PackageType.
+constexpr TypeRow kRows[] = {
+    {"dpkg", "deb", true, visitDpkgPackages}, {"rpm", "rpm", true, visitRpmPackages},
+    {"apk", "apk", true, visitApkPackages},   {"pacman", "alpm", true, visitPacmanPackages},
+    {"snap", "snap", false, visitSnaps},      {"flatpak", "flatpak", false, visitFlatpaks},
+};
+
+using Damage = PackageDatabase::Damage;
+
+Damage damageOf(Budget::Spent spent) {
+    switch (spent) {
+        case Budget::Spent::Nothing:
+            return Damage::None;
+        case Budget::Spent::Time:
+            return Damage::OutOfTime;
+        default:
+            return Damage::TooLarge;
+    }
+}
+
+// What none of these texts may be longer than kLongestValue for.
+constexpr std::string_view InstalledPackage::*kNeeded[] = {
+    &InstalledPackage::name, &InstalledPackage::version, &InstalledPackage::architecture};
+constexpr std::string_view InstalledPackage::*kOthers[] = {
+    &InstalledPackage::source,  &InstalledPackage::maintainer, &InstalledPackage::description,
+    &InstalledPackage::section, &InstalledPackage::status,     &InstalledPackage::branch,
+    &InstalledPackage::release, &InstalledPackage::kibibytes};
+
+template <std::size_t Count>
+bool anyTooLong(const InstalledPackage& package, std::string_view InstalledPackage::*const (&texts)[Count]) {
+    return std::ranges::any_of(texts, [&](auto text) { return (package.*text).size() > kLongestValue; });
+}
+
+InstalledPackage withoutLongTexts(InstalledPackage package) {
+    for (const auto text : kOthers) {
+        if ((package.*text).size() > kLongestValue) package.*text = {};
+    }
+    return package;
+}
+
+const TypeRow& rowOf(PackageType type) {
+    return kRows[static_cast<std::size_t>(type)];
+}
+
+}  // namespace
+
+std::string_view nameOf(PackageType type) {
+    return rowOf(type).name;
+}
+
+std::optional<PackageType> packageTypeNamed(std::string_view name) {
+    for (const PackageType type : kPackageTypes) {
+        if (nameOf(type) == name) return type;
+    }
+    return {};
+}
+
+PackageDatabase visitPackages(PackageType type, const Root& root, const std::string& database,
+                              PackageTexts& texts, const PackageVisitor& visit) {
+    texts.begin();
+    std::string_view tooLong;  // the file with a package that is left out
+    const PackageVisitor visitBelievable = [&](const InstalledPackage& package) {
+        if (anyTooLong(package, kNeeded)) {
+            tooLong = package.database;
+        } else if (anyTooLong(package, kOthers)) {
+            visit(withoutLongTexts(package));
+        } else {
+            visit(package);
+        }
+    };
+    PackageDatabase result = rowOf(type).visit(root, database, texts, visitBelievable);
+    if (texts.budget().isSpent()) result.damage = damageOf(texts.budget().spent());
+    if (!tooLong.empty()) result.note(Damage::Broken, tooLong);
+    return result;
+}
+
+std::string packageUrl(const InstalledPackage& package, std::string_view distribution) {
+    const TypeRow& row = rowOf(package.type);
+    std::string_view version = package.version;
+    std::string_view epoch;
+    if (package.type == PackageType::Rpm && !package.epoch.empty()) {
+        epoch = package.epoch;
+        version.remove_prefix(epoch.size() + 1);
+    }
+    return packageUrl(row.urlType, row.ofDistribution ? distribution : std::string_view(), package.name,
+                      version,
+                      {{"arch", package.architecture}, {"branch", package.branch}, {"epoch", epoch}});
+}
+
+std::string distributionId(const Root& root) {
+    std::optional<std::string> text = root.read("/etc/os-release");
+    if (!text) text = root.read("/usr/lib/os-release");
+    return text ? ShellVariables(*text).value("ID") : std::string();
+}
+
+}  // namespace toolkit

@@ -1,0 +1,94 @@
+#include "toolkit/machine/packages/SnapMeta.h"
+
+#include "toolkit/machine/text/Lines.h"
+
+namespace toolkit {
+namespace {
+
+// The text of a quoted scalar, with its quotes gone. In single quotes '' stands for one; in double quotes a
+// backslash takes the next character as it is, which covers \" and \\.
+std::string unquoted(std::string_view scalar) {
+    const char quote = scalar.front();
+    std::string text;
+    for (std::size_t i = 1; i < scalar.size(); ++i) {
+        const bool escape = quote == '"' ? scalar[i] == '\\' : scalar.substr(i, 2) == "''";
+        if (escape && i + 1 < scalar.size()) {
+            text += scalar[++i];
+        } else if (scalar[i] == quote) {
+            break;
+        } else {
+            text += scalar[i];
+        }
+    }
+    return text;
+}
+
+std::string scalarOf(std::string_view value) {
+    if (value.empty() || value.front() == '#') return {};
+    if (value.front() == '"' || value.front() == '\'') return unquoted(value);
+    return std::string(trimmed(value.substr(0, value.find(" #"))));
+}
+
+void appendItem(std::string& list, std::string_view value) {
+    const std::string item = scalarOf(trimmed(value));
+    if (item.empty()) return;
+    if (!list.empty()) list += ';';
+    list += item;
+}
+
+// "[amd64, i386]"
+void appendFlowList(std::string& list, std::string_view value) {
+    value.remove_prefix(1);
+    value = value.substr(0, value.find(']'));
+    while (!value.empty()) appendItem(list, takeField(value, ','));
+}
+
+std::string* valueOf(std::string_view key, SnapMeta& meta) {
+    if (key == "name") return &meta.name;
+    if (key == "version") return &meta.version;
+    if (key == "summary") return &meta.summary;
+    if (key == "architectures") return &meta.architectures;
+    return nullptr;
+}
+
+void storeValue(std::string& target, std::string_view value) {
+    if (value.empty() || value.front() == '|' || value.front() == '>')
+        return;  // stands in the lines that follow
+    if (value.front() == '[') {
+        appendFlowList(target, value);
+    } else if (target.empty()) {
+        target = scalarOf(value);
+    }
+}
+
+// A line that belongs to the key above it: an item of its list, or the first line of its block.
+void storeContinuation(std::string& target, bool list, std::string_view line) {
+    line = trimmed(line);
+    if (list && line.substr(0, 2) == "- ") {
+        appendItem(target, line.substr(2));
+    } else if (!list && target.empty()) {
+        target = line;
+    }
+}
+
+}  // namespace
+
+SnapMeta readSnapMeta(std::string_view text) {
+    SnapMeta meta;
+    std::string* target = nullptr;
+    std::string_view line;
+    while (nextLine(text, line)) {
+        if (line.empty() || line.front() == '#') continue;
+        if (line.front() == ' ' || line.front() == '\t' || line.front() == '-') {
+            if (target != nullptr) storeContinuation(*target, target == &meta.architectures, line);
+            continue;
+        }
+        const std::size_t colon = line.find(':');
+        target = valueOf(line.substr(0, colon), meta);
+        if (target != nullptr && colon != std::string_view::npos)
+            storeValue(*target, trimmed(line.substr(colon + 1)));
+    }
+    return meta;
+}
+
+}  // namespace toolkit

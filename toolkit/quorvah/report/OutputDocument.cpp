@@ -1,0 +1,150 @@
+#include "toolkit/quorvah/report/OutputDocument.h"
+
+#include <array>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "toolkit/machine/xml/XmlText.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+void breakLine(std::string& xml, std::size_t depth, bool pretty) {
+    if (pretty) xml.append("\n").append(2 * depth, ' ');
+}
+
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) text += part;
+    return text;
+}
+
+// The instances of one group.
+class InstanceWriter {
+  public:
+    InstanceWriter(const Group& group, bool pretty) {
+        std::string ahead;  // what ends a field that has a value
+        std::string line;   // where one begins
+        breakLine(line, 2, pretty);
+        for (const FieldDef& field : group.fields) {
+            fields_.push_back(
+                {tagOf(ahead, {line, "<", field.name, ">"}), tagOf(ahead, {line, "<", field.name, "/>"})});
+            ahead = joined({"</", field.name, ">"});
+        }
+        line.clear();
+        breakLine(line, 1, pretty);
+        open_ = joined({line, "<", group.xmlName, ">"});
+        close_ = tagOf(ahead, {line, "</", group.xmlName, ">"});
+    }
+
+    void write(std::string& xml, const Instance& instance) const {
+        xml += open_;
+        const auto values = instance.values();
+        bool open = false;  // whether the latest field waits for its end
+        for (std::size_t i = 0; i < fields_.size(); ++i) {
+            const bool before = std::exchange(open, !values[i].empty());
+            xml += (open ? fields_[i].open : fields_[i].empty)[before ? 1 : 0];
+            if (open) appendXmlText(xml, values[i]);
+        }
+        xml += close_[open ? 1 : 0];
+    }
+
+  private:
+    // A tag with the line break before it; the second one ends the field before that too.
+    using Tag = std::array<std::string, 2>;
+    struct Tags {
+        Tag open;
+        Tag empty;
+    };
+
+    static Tag tagOf(std::string_view ahead, std::initializer_list<std::string_view> parts) {
+        const std::string tag = joined(parts);
+        return {tag, joined({ahead, tag})};
+    }
+
+    std::vector<Tags> fields_;
+    std::string open_;
+    Tag close_;
+};
+
+// About the size of the instances' xml, so that it need not be moved while it grows.
+std::size_t sizeHint(const Report& report) {
+    std::size_t tags = 0;
+    for (const FieldDef& field : report.group().fields) tags += 2 * field.name.size() + 16;
+    std::size_t size = report.instances().size() * (tags + 64);
+    for (const Instance& instance : report.instances()) {
+        for (const std::string_view value : instance.values()) size += value.size();
+    }
+    return size;
+}
+
+// Text on its way to a sink. It is handed on in blocks that stay in the processor's cache: memory that is touched for
+// the first time costs more than what is written to it.
+class TextBlock {
+  public:
+    explicit TextBlock(const TextSink& sink) : sink_(sink) { text.reserve(kSize + kSize / 4); }
+
+    void add(const Report& report, bool pretty) {
+        const InstanceWriter writer(report.group(), pretty);
+        const auto& instances = report.instances();
+        for (std::size_t i = 0; i < instances.size(); ++i) {
+            if (i + kAhead < instances.size()) fetch(instances[i + kAhead]);
+            writer.write(text, instances[i]);
+            if (text.size() >= kSize) flush();
+        }
+    }
+    void add(std::string_view rendered) {
+        if (rendered.empty()) return;
+        flush();
+        sink_(rendered);
+    }
+    void flush() {
+        sink_(text);
+        text.clear();
+    }
+
+    std::string text;
+
+  private:
+    static constexpr std::size_t kSize = std::size_t{64} << 10;
+    static constexpr std::size_t kAhead = 2;  // instances
+
+    // Has the processor fetch values that are needed soon: many stand in a file, far from each other.
+    static void fetch(const Instance& instance) {
+        for (const std::string_view value : instance.values()) __builtin_prefetch(value.data());
+    }
+
+    const TextSink& sink_;
+};
+
+}  // namespace
+
+GroupResult render(const Report& report, bool pretty) {
+    const auto xml = std::make_shared<std::string>();
+    xml->reserve(sizeHint(report));
+    const InstanceWriter writer(report.group(), pretty);
+    for (const Instance& instance : report.instances()) writer.write(*xml, instance);
+    GroupResult result = outcomeOf(report);
+    result.xml = *xml;
+    result.memory = xml;
+    return result;
+}
+
+void writeDocument(std::span<const GroupResult> results, bool pretty, const TextSink& sink) {
+    TextBlock block(sink);
+    block.text = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    block.text += pretty ? "\n<Hardware>" : "<Hardware>";
+    for (const GroupResult& result : results) {
+        if (result.report) block.add(*result.report, pretty);
+        block.add(result.xml);
+    }
+    block.text += pretty ? "\n</Hardware>\n" : "</Hardware>";
+    block.flush();
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,102 @@
+#include "toolkit/quorvah/report/Sanitizer.h"
+
+#include <sys/random.h>
+
+#include <bit>
+#include <cerrno>
+#include <cstddef>
+#include <system_error>
+
+#include "toolkit/machine/text/Lines.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+struct SipState {
+    std::uint64_t v0;
+    std::uint64_t v1;
+    std::uint64_t v2;
+    std::uint64_t v3;
+
+    void round() {
+        v0 += v1;
+        v1 = std::rotl(v1, 13) ^ v0;
+        v0 = std::rotl(v0, 32);
+        v2 += v3;
+        v3 = std::rotl(v3, 16) ^ v2;
+        v0 += v3;
+        v3 = std::rotl(v3, 21) ^ v0;
+        v2 += v1;
+        v1 = std::rotl(v1, 17) ^ v2;
+        v2 = std::rotl(v2, 32);
+    }
+
+    void absorb(std::uint64_t word) {
+        v3 ^= word;
+        round();
+        round();
+        v0 ^= word;
+    }
+};
+
+std::uint64_t littleEndian(std::string_view bytes) {
+    std::uint64_t word = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    }
+    return word;
+}
+
+void appendHex(std::string& text, std::uint64_t number) {
+    for (int shift = 60; shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 0xFU];
+}
+
+template <typename Change>
+void forFields(Report& report, unsigned trait, Change change) {
+    const auto fields = report.group().fields;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if ((fields[i].traits & trait) == 0) continue;
+        for (Instance& instance : report.instances()) instance.replace(i, change(instance.values()[i]));
+    }
+}
+
+}  // namespace
+
+std::uint64_t sipHash(const std::array<std::uint64_t, 2>& key, std::string_view text) {
+    SipState state{key[0] ^ 0x736f6d6570736575U, key[1] ^ 0x646f72616e646f6dU, key[0] ^ 0x6c7967656e657261U,
+                   key[1] ^ 0x7465646279746573U};
+    const std::uint64_t length = text.size();
+    for (; text.size() >= 8; text.remove_prefix(8)) state.absorb(littleEndian(text.substr(0, 8)));
+    state.absorb(littleEndian(text) | length << 56U);
+    state.v2 ^= 0xFFU;
+    for (int i = 0; i < 4; ++i) state.round();
+    return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;
+}
+
+Sanitizer::Sanitizer() {
+    const ssize_t count = ::getrandom(key_.data(), sizeof key_, 0);
+    if (count != static_cast<ssize_t>(sizeof key_)) {
+        throw std::system_error(errno, std::generic_category(), "getrandom");
+    }
+}
+
+std::string Sanitizer::hashed(std::string_view values) const {
+    std::string hashes;
+    while (!values.empty()) {
+        const std::string_view value = takeField(values, ';');
+        if (!value.empty()) appendHex(hashes, sipHash(key_, value));
+        if (!values.empty()) hashes += ';';
+    }
+    return hashes;
+}
+
+void Sanitizer::hide(Report& report) const {
+    forFields(report, FieldDef::kPrivate, [this](std::string_view value) { return hashed(value); });
+}
+
+void dropVolatile(Report& report) {
+    forFields(report, FieldDef::kVolatile, [](std::string_view) { return std::string_view(); });
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,78 @@
+#include "toolkit/quorvah/sources/BlockDevices.h"
+
+#include <algorithm>
+
+namespace toolkit::quorvah {
+
+namespace {
+
+const std::string kBlock = "/sys/block/";
+constexpr std::uint64_t kSector = 512;
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+}  // namespace
+
+std::string BlockDevice::path() const {
+    std::string path = "/dev/" + name_;
+    std::ranges::replace(path, '!', '/');
+    return path;
+}
+
+std::optional<bool> BlockDevice::flag(std::string_view file) const {
+    const Count value = number(file);
+    return value ? std::optional(*value != 0) : std::nullopt;
+}
+
+Count BlockDevice::bytes(std::string_view file) const {
+    return product(number(file), kSector);
+}
+
+Count BlockDevice::blockSize() const {
+    const Count size = number("queue/logical_block_size");
+    return size.value_or(0) > 0 ? size : std::nullopt;
+}
+
+std::string BlockDevice::udevData() const {
+    const std::string device = line("dev");
+    return device.empty() ? std::string() : root_.read("/run/udev/data/b" + device).value_or("");
+}
+
+std::vector<BlockDevice> blockDevices(const Root& root) {
+    std::vector<BlockDevice> devices;
+    for (const std::string& name : root.list(kBlock)) {
+        BlockDevice device(root, kBlock + name + "/", name);
+        if (device.flag("hidden").value_or(false)) continue;
+        device.setPlace(root.readLink(kBlock + name));
+        devices.push_back(std::move(device));
+    }
+    return devices;
+}
+
+std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk) {
+    std::vector<BlockDevice> partitions;
+    for (const std::string& name : disk.list("")) {
+        // The directory of a partition begins with the name of its disk.
+        if (!name.starts_with(disk.name())) continue;
+        BlockDevice partition(root, disk.directory() + name + "/", name);
+        if (partition.has("partition")) partitions.push_back(std::move(partition));
+    }
+    return partitions;
+}
+
+bool isDrive(const BlockDevice& device) {
+    const std::string& name = device.name();
+    for (const char* const prefix : {"loop", "ram", "zram", "dm-", "md", "nbd", "fd"}) {
+        if (name.starts_with(prefix)) return false;
+    }
+    const bool cardArea = name.starts_with("mmcblk") &&
+                          (contains(name, "boot") || contains(name, "rpmb") || contains(name, "gp"));
+    // The node that gathers the paths to an NVMe disk is a virtual device too.
+    const bool madeUp =
+        contains(device.place(), "/virtual/") && !contains(device.place(), "/nvme-subsystem/");
+    return !cardArea && !madeUp;
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,69 @@
+#include "toolkit/quorvah/sources/Ethtool.h"
+
+#include <linux/ethtool.h>
+#include <linux/sockios.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace toolkit::quorvah {
+namespace {
+
+// The text in an array that need not be terminated. "N/A" is what drivers write for nothing.
+template <std::size_t size>
+std::string textOf(const char (&array)[size]) {
+    std::string text(array, strnlen(array, size));
+    return text == "N/A" ? std::string() : text;
+}
+
+std::string hexBytes(const unsigned char* bytes, std::size_t count) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0) text += ':';
+        text += kDigits[bytes[i] >> 4];
+        text += kDigits[bytes[i] & 15];
+    }
+    return text;
+}
+
+}  // namespace
+
+Ethtool::Ethtool() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+
+bool Ethtool::ask(const std::string& interface, void* command) const {
+    ifreq request{};
+    if (interface.size() >= sizeof request.ifr_name) return false;
+    std::memcpy(request.ifr_name, interface.data(), interface.size());
+    request.ifr_data = static_cast<char*>(command);
+    return ioctl(socket_.number(), SIOCETHTOOL, &request) == 0;
+}
+
+std::optional<DriverInfo> Ethtool::driver(const std::string& interface) const {
+    ethtool_drvinfo info{};
+    info.cmd = ETHTOOL_GDRVINFO;
+    if (!ask(interface, &info)) return {};
+    return DriverInfo{textOf(info.driver), textOf(info.version), textOf(info.fw_version)};
+}
+
+std::string Ethtool::permanentAddress(const std::string& interface) const {
+    constexpr std::size_t kLongest = 32;
+    constexpr std::size_t kHead = offsetof(ethtool_perm_addr, data);
+    alignas(ethtool_perm_addr) unsigned char buffer[kHead + kLongest] = {};
+    ethtool_perm_addr head{};
+    head.cmd = ETHTOOL_GPERMADDR;
+    head.size = kLongest;
+    std::memcpy(buffer, &head, kHead);
+    if (!ask(interface, buffer)) return {};
+    std::memcpy(&head, buffer, kHead);
+    const std::size_t size = std::min<std::size_t>(head.size, kLongest);
+    const unsigned char* const bytes = buffer + kHead;
+    const bool none = std::all_of(bytes, bytes + size, [](unsigned char byte) { return byte == 0; });
+    return none ? std::string() : hexBytes(bytes, size);
+}
+
+}  // namespace toolkit::quorvah

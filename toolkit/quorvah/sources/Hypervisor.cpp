@@ -1,0 +1,229 @@
+#include "toolkit/quorvah/sources/Hypervisor.h"
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <cpuid.h>
+#endif
+
+#include <array>
+#include <cstring>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/Words.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+struct Known {
+    std::string_view mark;
+    const char* type;
+    const char* vendor;
+};
+
+constexpr Known kSignatures[] = {
+    {"KVMKVMKVM", "kvm", "KVM"},
+    {"Linux KVM Hv", "kvm", "KVM"},
+    {"Microsoft Hv", "hyperv", "Microsoft"},
+    {"VMwareVMware", "vmware", "VMware"},
+    {"XenVMMXenVMM", "xen", "Xen"},
+    {"VBoxVBoxVBox", "virtualbox", "Oracle"},
+    {"TCGTCGTCGTCG", "", "QEMU"},
+    {"bhyve bhyve ", "", "bhyve"},
+    {"prl hyperv  ", "", "Parallels"},
+    {"ACRNACRNACRN", "", "ACRN"},
+};
+
+// In the texts for vendor, product and BIOS. What they name first is what runs the machine.
+constexpr Known kFirmwareMarks[] = {
+    {"VMware", "vmware", "VMware"},
+    {"VirtualBox", "virtualbox", "Oracle"},
+    {"innotek GmbH", "virtualbox", "Oracle"},
+    {"Xen", "xen", "Xen"},
+    {"Microsoft Corporation Virtual Machine", "hyperv", "Microsoft"},
+    {"QEMU", "kvm", "KVM"},
+    {"KVM", "kvm", "KVM"},
+    {"Amazon EC2", "kvm", "KVM"},
+    {"Google Compute Engine", "kvm", "KVM"},
+    {"OpenStack", "kvm", "KVM"},
+    {"DigitalOcean", "kvm", "KVM"},
+    {"Alibaba Cloud", "kvm", "KVM"},
+    {"Hetzner vServer", "kvm", "KVM"},
+    {"BHYVE", "", "bhyve"},
+    {"Parallels", "", "Parallels"},
+};
+
+Hypervisor of(const Known& known) {
+    return {true, known.type, known.vendor, {}, false};
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+constexpr unsigned kSignatureLeaf = 0x40000000;
+
+std::string cpuSignature() {
+    unsigned eax = 0;
+    std::array<unsigned, 3> text{};
+    __cpuid(kSignatureLeaf, eax, text[0], text[1], text[2]);
+    std::array<char, sizeof text> bytes{};
+    std::memcpy(bytes.data(), text.data(), sizeof text);
+    return {bytes.data(), bytes.size()};
+}
+
+std::string hyperVVersion() {
+    unsigned eax = 0;
+    unsigned ebx = 0;
+    unsigned ecx = 0;
+    unsigned edx = 0;
+    __cpuid(kSignatureLeaf + 2, eax, ebx, ecx, edx);
+    return std::to_string(ebx >> 16U) + "." + std::to_string(ebx & 0xFFFFU) + "." + std::to_string(eax);
+}
+
+Hypervisor fromCpu() {
+    constexpr unsigned kHypervisorBit = 1U << 31U;
+    unsigned eax = 0;
+    unsigned ebx = 0;
+    unsigned ecx = 0;
+    unsigned edx = 0;
+    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & kHypervisorBit) == 0) return {};
+    Hypervisor found = hypervisorOfSignature(cpuSignature());
+    if (found.type == "hyperv") found.version = hyperVVersion();
+    return found;
+}
+#else
+Hypervisor fromCpu() {
+    return {};
+}
+#endif
+
+// Whether the CPUs say that they are virtual ones; only x86 has a word for it.
+enum class CpuAnswer { Virtual, Real, None };
+
+CpuAnswer askCpuInfo(const Root& root) {
+    const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
+    const std::vector<int> cpus = info.cpus();
+    const std::string_view flags = cpus.empty() ? std::string_view() : info.value(cpus.front(), "flags");
+    if (flags.empty()) return CpuAnswer::None;
+    for (const std::string& flag : wordsOf(flags)) {
+        if (flag == "hypervisor") return CpuAnswer::Virtual;
+    }
+    return CpuAnswer::Real;
+}
+
+Hypervisor fromFirmware(const Root& root) {
+    std::string texts;
+    for (const char* const file : {"sys_vendor", "product_name", "bios_vendor"}) {
+        texts += root.readLine(std::string("/sys/class/dmi/id/") + file) + " ";
+    }
+    for (const Known& known : kFirmwareMarks) {
+        if (texts.find(known.mark) != std::string::npos) return of(known);
+    }
+    return {};
+}
+
+Hypervisor fromXen(const Root& root) {
+    const std::string directory = "/sys/hypervisor/";
+    if (root.readLine(directory + "type") != "xen") return {};
+    // The domain that runs the others is no guest.
+    if (root.readLine("/proc/xen/capabilities").find("control_d") != std::string::npos) return {};
+    Hypervisor found{true, "xen", "Xen", {}, root.readLine(directory + "guest_type") == "PV"};
+    const std::string major = root.readLine(directory + "version/major");
+    const std::string minor = root.readLine(directory + "version/minor");
+    if (!major.empty()) found.version = major + "." + minor + root.readLine(directory + "version/extra");
+    return found;
+}
+
+// Of an s390x machine, which is always divided, and may hold a hypervisor that divides it once more:
+//     VM00 Control Program: z/VM    6.4.0
+Hypervisor fromSysinfo(const Root& root) {
+    const std::string sysinfo = root.read("/proc/sysinfo").value_or("");
+    std::string_view program = valueOf(sysinfo, "VM00 Control Program");
+    if (program.starts_with("KVM")) return {true, "kvm", "KVM", {}, false};
+    if (!program.empty()) {
+        nextWord(program);
+        return {true, "zvm", "IBM", std::string(trimmed(program)), false};
+    }
+    if (valueOf(sysinfo, "LPAR Number").empty()) return {};
+    return {true, "lpar", "IBM", {}, false};
+}
+
+Hypervisor fromDeviceTree(const Root& root) {
+    const std::string compatible = root.read("/proc/device-tree/hypervisor/compatible").value_or("");
+    if (compatible.starts_with("linux,kvm")) return {true, "kvm", "KVM", {}, false};
+    if (compatible.starts_with("xen")) return {true, "xen", "Xen", {}, false};
+    if (compatible.starts_with("vmware")) return {true, "vmware", "VMware", {}, false};
+    if (root.exists("/proc/device-tree/ibm,partition-no")) return {true, "lpar", "IBM", {}, true};
+    return {};
+}
+
+// The maker's mark in the firmware table that every machine with ACPI has. Only root may read it, and whoever
+// may not loses no more than the finer name.
+bool isFirecracker(const Root& root) {
+    constexpr std::size_t kMaker = 10;
+    const int denials = root.denials();
+    const std::string table = root.read("/sys/firmware/acpi/tables/DSDT").value_or("");
+    root.forgetDenials(denials);
+    return table.size() > kMaker && std::string_view(table).substr(kMaker).starts_with("FIRECK");
+}
+
+Hypervisor firstFound(const Root& root) {
+    if (root.live()) {
+        Hypervisor found = fromCpu();
+        if (!found.vendor.empty() && found.type != "xen") return found;
+    }
+    for (Hypervisor (*const find)(const Root&) : {fromXen, fromSysinfo, fromDeviceTree}) {
+        Hypervisor found = find(root);
+        if (found.present) return found;
+    }
+    // Firmware texts are what someone once wrote down; the CPU knows better.
+    const CpuAnswer answer = askCpuInfo(root);
+    if (answer == CpuAnswer::Real) return {};
+    if (!root.list("/sys/bus/vmbus/devices").empty()) return {true, "hyperv", "Microsoft", {}, false};
+    Hypervisor found = fromFirmware(root);
+    found.present = found.present || answer == CpuAnswer::Virtual;
+    return found;
+}
+
+// The kernel's own numbering of the namespace that it starts with.
+constexpr std::string_view kFirstPidNamespace = "pid:[4026531836]";
+
+}  // namespace
+
+Hypervisor hypervisorOfSignature(std::string_view signature) {
+    for (const Known& known : kSignatures) {
+        if (signature.starts_with(known.mark)) return of(known);
+    }
+    return {true, {}, {}, {}, false};
+}
+
+Hypervisor findHypervisor(const Root& root) {
+    Hypervisor found = firstFound(root);
+    if ((found.type == "kvm" || found.type.empty()) && found.present && isFirecracker(root)) {
+        found.type = "firecracker";
+        found.vendor = "KVM";
+    }
+    return found;
+}
+
+std::string containerType(const Root& root) {
+    // An image made for containers carries their marks wherever it runs.
+    if (root.live() && root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
+    std::string type = root.readLine("/run/systemd/container");
+    if (!type.empty()) return type;
+    if (root.exists("/run/.containerenv")) return "podman";
+    return root.exists("/.dockerenv") ? "docker" : "";
+}
+
+std::string containerId(const Root& root) {
+    constexpr std::string_view kDirectory = "containers/";
+    constexpr std::size_t kIdLength = 64;
+    const std::string mounts = root.read("/proc/self/mountinfo").value_or("");
+    for (std::size_t at = mounts.find(kDirectory); at != std::string::npos;
+         at = mounts.find(kDirectory, at + 1)) {
+        std::string id = mounts.substr(at + kDirectory.size(), kIdLength);
+        if (id.size() == kIdLength && id.find_first_not_of("0123456789abcdef") == std::string::npos)
+            return id;
+    }
+    return {};
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,180 @@
+#include "toolkit/quorvah/sources/PartitionTable.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr std::size_t kMbrSize = 512;
+constexpr std::size_t kMbrEntries = 446;
+constexpr std::size_t kMbrEntrySize = 16;
+constexpr unsigned kProtective = 0xEE;  // the whole disk belongs to a GPT
+
+constexpr std::size_t kGptHeaderSize = 92;
+constexpr std::size_t kGptEntrySize = 128;
+constexpr std::uint64_t kMostEntries = 1024;  // far more than tools make
+
+constexpr int kFirstLogical = 5;
+constexpr int kMostLogical = 256;
+
+std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) {
+    std::uint64_t value = 0;
+    for (std::size_t i = width; i > 0; --i)
+        value = value << 8U | static_cast<unsigned char>(bytes[offset + i - 1]);
+    return value;
+}
+
+std::string hex(std::uint64_t value, int digits) {
+    std::string text;
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        text += "0123456789abcdef"[value >> shift & 0xFU];
+    return text;
+}
+
+// The first three fields of a GUID on disk have their lowest byte first.
+std::string guid(std::string_view bytes) {
+    std::string tail;
+    for (std::size_t i = 8; i < 16; ++i) tail += hex(number(bytes, i, 1), 2);
+    return hex(number(bytes, 0, 4), 8) + "-" + hex(number(bytes, 4, 2), 4) + "-" +
+           hex(number(bytes, 6, 2), 4) + "-" + tail.substr(0, 4) + "-" + tail.substr(4);
+}
+
+// UTF-16 of the lowest byte first, up to a zero, as UTF-8. Halves of pairs are left out.
+std::string utf8(std::string_view bytes) {
+    std::string text;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        std::uint64_t unit = number(bytes, i, 2);
+        if (unit == 0) break;
+        const bool high = unit >= 0xD800 && unit < 0xDC00;
+        if (high && i + 3 < bytes.size()) {
+            const std::uint64_t low = number(bytes, i + 2, 2);
+            if (low < 0xDC00 || low > 0xDFFF) continue;
+            unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
+            i += 2;
+        }
+        if (unit >= 0xD800 && unit <= 0xDFFF) continue;
+        const auto add = [&text](std::uint64_t byte) { text += static_cast<char>(byte); };
+        if (unit < 0x80) {
+            add(unit);
+        } else if (unit < 0x800) {
+            add(0xC0 | unit >> 6U);
+            add(0x80 | (unit & 0x3FU));
+        } else if (unit < 0x10000) {
+            add(0xE0 | unit >> 12U);
+            add(0x80 | (unit >> 6U & 0x3FU));
+            add(0x80 | (unit & 0x3FU));
+        } else {
+            add(0xF0 | unit >> 18U);
+            add(0x80 | (unit >> 12U & 0x3FU));
+            add(0x80 | (unit >> 6U & 0x3FU));
+            add(0x80 | (unit & 0x3FU));
+        }
+    }
+    return text;
+}
+
+PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
+    PartitionTable table;
+    const std::string header = read(blockSize, kGptHeaderSize);
+    if (header.size() < kGptHeaderSize || !header.starts_with("EFI PART")) return table;
+    table.type = "gpt";
+    const std::uint64_t block = number(header, 72, 8);
+    const std::uint64_t count = std::min(number(header, 80, 4), kMostEntries);
+    const std::uint64_t size = number(header, 84, 4);
+    if (size < kGptEntrySize || size > 4096 || block > UINT64_MAX / blockSize) return table;
+    const std::string entries = read(block * blockSize, count * size);
+    for (std::uint64_t i = 0; (i + 1) * size <= entries.size(); ++i) {
+        const std::string_view entry = std::string_view(entries).substr(i * size, size);
+        if (entry.substr(0, 16).find_first_not_of('\0') == std::string_view::npos) continue;
+        constexpr std::uint64_t kLegacyBoot = 4;
+        table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(16)),
+                                 utf8(entry.substr(56, 72)), true,
+                                 (number(entry, 48, 8) & kLegacyBoot) != 0});
+    }
+    return table;
+}
+
+struct MbrEntry {
+    unsigned status;
+    unsigned type;
+    std::uint64_t start;  // in blocks
+
+    bool isExtended() const { return type == 0x05 || type == 0x0F || type == 0x85; }
+};
+
+MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
+    const std::size_t at = kMbrEntries + index * kMbrEntrySize;
+    return {static_cast<unsigned>(number(sector, at, 1)), static_cast<unsigned>(number(sector, at + 4, 1)),
+            number(sector, at + 8, 4)};
+}
+
+bool isMbr(std::string_view sector) {
+    if (sector.size() < kMbrSize || number(sector, 510, 2) != 0xAA55) return false;
+    // The boot sector of a file system ends alike, but has code or text where the entries would be.
+    for (std::size_t i = 0; i < 4; ++i) {
+        if ((mbrEntry(sector, i).status & 0x7FU) != 0) return false;
+    }
+    return true;
+}
+
+class DosTable {
+  public:
+    DosTable(const ReadDisk& read, std::uint64_t blockSize, std::string_view mbr)
+        : read_(read), blockSize_(blockSize), signature_(hex(number(mbr, 440, 4), 8)) {
+        table_.type = "dos";
+        for (std::size_t i = 0; i < 4; ++i) {
+            const MbrEntry entry = mbrEntry(mbr, i);
+            if (entry.type != 0) add(entry, static_cast<int>(i + 1), true);
+        }
+        for (std::size_t i = 0; i < 4; ++i) {
+            const MbrEntry entry = mbrEntry(mbr, i);
+            if (entry.isExtended()) readLogical(entry.start);
+        }
+    }
+
+    PartitionTable take() { return std::move(table_); }
+
+  private:
+    void add(const MbrEntry& entry, int partition, bool primary) {
+        const std::string uuid = signature_ == "00000000"
+                                     ? std::string()
+                                     : signature_ + "-" + hex(static_cast<unsigned>(partition), 2);
+        table_.entries.push_back({partition, hex(entry.type, 2), uuid, {}, primary, entry.status == 0x80});
+    }
+
+    // Each logical partition has a sector of its own that also tells where the next one is.
+    void readLogical(std::uint64_t extended) {
+        std::uint64_t block = extended;
+        for (int seen = 0; seen < kMostLogical; ++seen) {
+            const std::string sector = read_(block * blockSize_, kMbrSize);
+            if (!isMbr(sector)) return;
+            const MbrEntry logical = mbrEntry(sector, 0);
+            if (logical.type != 0) add(logical, next_++, false);
+            const MbrEntry next = mbrEntry(sector, 1);
+            if (!next.isExtended() || next.start == 0) return;
+            block = extended + next.start;
+        }
+    }
+
+    const ReadDisk& read_;
+    std::uint64_t blockSize_;
+    std::string signature_;
+    PartitionTable table_;
+    int next_ = kFirstLogical;
+};
+
+}  // namespace
+
+PartitionTable readPartitionTable(const ReadDisk& read, std::uint64_t blockSize) {
+    if (blockSize < kMbrSize || blockSize > 65536) return {};
+    const std::string mbr = read(0, kMbrSize);
+    if (!isMbr(mbr)) return {};
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (mbrEntry(mbr, i).type == kProtective) return readGpt(read, blockSize);
+    }
+    return DosTable(read, blockSize, mbr).take();
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,98 @@
+#include "toolkit/quorvah/sources/Placeholders.h"
+
+#include <algorithm>
+#include <array>
+
+#include "toolkit/machine/text/Lines.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr std::array<std::string_view, 56> kPlaceholders = {
+    "none",
+    "n/a",
+    "na",
+    "not available",
+    "not applicable",
+    "not specified",
+    "not present",
+    "not provided",
+    "not set",
+    "not defined",
+    "unspecified",
+    "undefined",
+    "unknown",
+    "invalid",
+    "empty",
+    "null",
+    "(none)",
+    "no dimm",
+    "no asset tag",
+    "no asset information",
+    "default",
+    "default string",
+    "oem",
+    "o.e.m.",
+    "oem default string000",
+    "to be filled by o.e.m.",
+    "to be filled by o.e.m",
+    "to be filled by oem",
+    "tobefilledbyo.e.m.",
+    "fill by oem",
+    "filled by oem",
+    "system manufacturer",
+    "system product name",
+    "system version",
+    "system serial number",
+    "system uuid",
+    "sku",
+    "sys sku",
+    "system sku",
+    "asset tag",
+    "asset-1234567890",
+    "serial number",
+    "chassis manufacture",
+    "chassis manufacturer",
+    "chassis version",
+    "chassis serial number",
+    "chassis asset tag",
+    "base board manufacturer",
+    "base board product name",
+    "base board version",
+    "base board serial number",
+    "base board asset tag",
+    "type2 - board serial number",
+    "123456789",
+    "0123456789",
+    "1234567890",
+};
+
+// UUIDs that boards carry when nobody has given them one.
+constexpr std::string_view kSharedUuid = "03000200-0400-0500-0006-000700080009";
+
+constexpr char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameText(std::string_view text, std::string_view lowerCase) {
+    return std::ranges::equal(text, lowerCase, {}, lower);
+}
+
+// Whether the text is a row of one and the same character out of `fillers`, with dashes between: "00000000",
+// "........", "FFFFFFFF-FFFF-...". One character alone may well mean something.
+bool isFill(std::string_view text, std::string_view fillers) {
+    if (text.size() < 2 || fillers.find(text.front()) == std::string_view::npos) return false;
+    return std::ranges::all_of(text, [&](char c) { return c == '-' || lower(c) == lower(text.front()); });
+}
+
+}  // namespace
+
+bool isPlaceholder(std::string_view text) {
+    text = trimmed(text);
+    if (text.empty() || isFill(text, "0fFxX.-*_?") || sameText(text, kSharedUuid)) return true;
+    return std::ranges::any_of(kPlaceholders,
+                               [text](std::string_view entry) { return sameText(text, entry); });
+}
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,49 @@
+#include "toolkit/quorvah/sources/Utmp.h"
+
+#include <algorithm>
+#include <string>
+
+namespace toolkit::quorvah {
+
+namespace {
+
+// Bytes of a record: most machines, and those 64-bit ones that never had 32-bit programs.
+constexpr std::size_t kRecord = 384;
+constexpr std::size_t kWideRecord = 400;
+
+constexpr unsigned kUserProcess = 7;
+
+unsigned byteAt(std::string_view record, std::size_t at) {
+    return static_cast<unsigned char>(record[at]);
+}
+
+}  // namespace
+
+std::vector<unsigned> userSessions(std::string_view utmp) {
+    std::vector<unsigned> sessions;
+    const bool wide = utmp.size() % kRecord != 0 && utmp.size() % kWideRecord == 0;
+    const std::size_t size = wide ? kWideRecord : kRecord;
+    for (; utmp.size() >= size; utmp.remove_prefix(size)) {
+        // The type is a short integer below 10, so its bytes tell their order.
+        const bool little = byteAt(utmp, 0) == kUserProcess && byteAt(utmp, 1) == 0;
+        const bool big = byteAt(utmp, 0) == 0 && byteAt(utmp, 1) == kUserProcess;
+        if (!little && !big) continue;
+        unsigned process = 0;
+        for (std::size_t i = 0; i < 4; ++i) process = process << 8U | byteAt(utmp, little ? 7 - i : 4 + i);
+        sessions.push_back(process);
+    }
+    return sessions;
+}
+
+std::optional<std::size_t> countUsers(const Root& root) {
+    std::optional<std::string> utmp = root.read("/run/utmp");
+    if (!utmp) utmp = root.read("/var/run/utmp");
+    if (!utmp) return std::nullopt;
+    const std::vector<unsigned> sessions = userSessions(*utmp);
+    if (!root.live()) return sessions.size();
+    // A session that was killed leaves its record behind.
+    return static_cast<std::size_t>(std::ranges::count_if(
+        sessions, [&root](unsigned process) { return root.exists("/proc/" + std::to_string(process)); }));
+}
+
+}  // namespace toolkit::quorvah

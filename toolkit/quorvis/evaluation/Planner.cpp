@@ -1,0 +1,75 @@
+#include "toolkit/quorvis/evaluation/Planner.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+bool isCheap(LeafKind kind) {
+    return kind == LeafKind::Package || kind == LeafKind::File || kind == LeafKind::Compare;
+}
+
+}  // namespace
+
+void Planner::plan(std::span<const Signature> signatures) {
+    for (const Signature& signature : signatures) announceNames(signature);
+    for (const Signature& signature : signatures) add(signature);
+    if (!walks_.empty()) machine_.walkAhead(std::move(walks_));
+}
+
+void Planner::announceNames(const Signature& signature) {
+    const Scope scope(presets_, signature);
+    for (const Leaf& leaf : signature.leaves) {
+        if (leaf.kind != LeafKind::Package) continue;
+        std::string_view missing;
+        const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+        if (query && query->has(Attribute::NameRegex))
+            machine_.packages().announce(query->get(Attribute::NameRegex));
+    }
+}
+
+void Planner::add(const Signature& signature) {
+    const Scope scope(presets_, signature);
+    if (signature.each && foresee(signature.leaves[*signature.each], scope) == Truth::False) return;
+    if (signature.match) foresee(signature, scope, *signature.match);
+}
+
+Truth Planner::foresee(const Signature& signature, const Scope& scope, const Condition& condition) {
+    switch (condition.kind) {
+        case Condition::Kind::Leaf:
+            return foresee(signature.leaves[condition.leaf], scope);
+        case Condition::Kind::All:
+            for (const Condition& child : condition.children) {
+                if (foresee(signature, scope, child) == Truth::False) return Truth::False;
+            }
+            return Truth::Unknown;
+        case Condition::Kind::Any:
+            for (const Condition& child : condition.children) {
+                if (foresee(signature, scope, child) == Truth::True) return Truth::True;
+            }
+            return Truth::Unknown;
+        case Condition::Kind::Not:
+        case Condition::Kind::Optional:
+            foresee(signature, scope, condition.children.front());
+            return Truth::Unknown;
+    }
+    return Truth::Unknown;
+}
+
+void Planner::announceContent(const Query& query) {
+    // Of a part of a file the filter knows nothing.
+    if (query.has(Attribute::MaxBytes)) return;
+    machine_.contentFilters().announce(std::string(query.get(Attribute::Path)), query.get(Attribute::Regex),
+                                       query.get(Attribute::Flags));
+}
+
+Truth Planner::foresee(const Leaf& leaf, const Scope& scope) {
+    std::string_view missing;
+    const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+    if (!query) return Truth::Unknown;
+    if (isCheap(leaf.kind)) return truthOf(leaf, leaves_.result(*query));
+    if (leaf.kind == LeafKind::Glob) walks_.push_back(globRequest(*query));
+    if (leaf.kind == LeafKind::Content) announceContent(*query);
+    return Truth::Unknown;
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,86 @@
+#include "toolkit/quorvis/evaluation/ScanMessage.h"
+
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::size_t kMostTexts = 4;
+constexpr std::size_t kReadBeforeItIsDropped = std::size_t{1} << 20;
+
+void appendNumber(std::string& bytes, std::uint64_t number) {
+    bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
+    std::uint64_t number = 0;
+    if (bytes.size() < sizeof number) return std::nullopt;
+    std::memcpy(&number, bytes.data(), sizeof number);
+    bytes.remove_prefix(sizeof number);
+    return number;
+}
+
+// False when this is no message.
+bool decode(std::string_view bytes, ScanMessage& message) {
+    const std::optional<std::uint64_t> kind = takeNumber(bytes);
+    const std::optional<std::uint64_t> number = takeNumber(bytes);
+    if (!number || *kind > static_cast<std::uint64_t>(ScanMessage::Kind::Done)) return false;
+    message = {static_cast<ScanMessage::Kind>(*kind), *number, {}};
+    while (!bytes.empty()) {
+        const std::optional<std::uint64_t> length = takeNumber(bytes);
+        if (!length || *length > bytes.size() || message.texts.size() == kMostTexts) return false;
+        message.texts.emplace_back(bytes.substr(0, *length));
+        bytes.remove_prefix(*length);
+    }
+    const bool isEvent = message.kind == ScanMessage::Kind::Event;
+    const bool hasText =
+        !isEvent && message.kind != ScanMessage::Kind::Signatures && message.kind != ScanMessage::Kind::Done;
+    if (isEvent && *number > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
+    return message.texts.size() == (isEvent ? kMostTexts : hasText ? 1U : 0U);
+}
+
+}  // namespace
+
+ScanMessage messageOf(Event event) {
+    return {ScanMessage::Kind::Event,
+            static_cast<std::uint64_t>(event.code),
+            {std::move(event.path), std::move(event.text), std::move(event.guid), std::move(event.leaf)}};
+}
+
+Event eventOf(ScanMessage message) {
+    return {static_cast<EventCode>(message.number), std::move(message.texts.at(0)),
+            std::move(message.texts.at(1)), std::move(message.texts.at(2)), std::move(message.texts.at(3))};
+}
+
+std::string encoded(const ScanMessage& message) {
+    std::string bytes;
+    appendNumber(bytes, 0);  // the length, as soon as it is known
+    appendNumber(bytes, static_cast<std::uint64_t>(message.kind));
+    appendNumber(bytes, message.number);
+    for (const std::string& text : message.texts) {
+        appendNumber(bytes, text.size());
+        bytes.append(text);
+    }
+    const std::uint64_t length = bytes.size() - sizeof length;
+    std::memcpy(bytes.data(), &length, sizeof length);
+    return bytes;
+}
+
+ScanMessageReader::Next ScanMessageReader::next(ScanMessage& message) {
+    std::string_view rest = std::string_view(bytes_).substr(read_);
+    const std::optional<std::uint64_t> length = takeNumber(rest);
+    if (length && *length > kLongest) return Next::Broken;
+    if (!length || rest.size() < *length) {
+        bytes_.erase(0, std::exchange(read_, 0));
+        return Next::Incomplete;
+    }
+    if (!decode(rest.substr(0, *length), message)) return Next::Broken;
+    read_ += sizeof *length + *length;
+    if (read_ >= kReadBeforeItIsDropped) bytes_.erase(0, std::exchange(read_, 0));
+    return Next::Message;
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,221 @@
+#include "toolkit/quorvis/facts/PackageIndex.h"
+
+#include <re2/re2.h>
+
+#include <algorithm>
+#include <new>
+#include <tuple>
+#include <utility>
+
+#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/regex/PlainRegex.h"
+#include "toolkit/quorvis/regex/Regex.h"
+#include "toolkit/quorvis/regex/RegexSet.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+using Row = PackageIndex::Row;
+
+bool before(const Row& left, const Row& right) {
+    return std::tie(left.name, left.version, left.architecture, left.type) <
+           std::tie(right.name, right.version, right.architecture, right.type);
+}
+
+std::vector<PackageType> wantedTypes(const Settings::Packages& settings) {
+    std::vector<PackageType> types;
+    for (const std::string& name : settings.types) {
+        if (const auto type = packageTypeNamed(name)) types.push_back(*type);
+    }
+    if (types.empty()) types.assign(kPackageTypes.begin(), kPackageTypes.end());
+    return types;
+}
+
+std::string_view describe(PackageDatabase::Damage damage) {
+    using Damage = PackageDatabase::Damage;
+    switch (damage) {
+        case Damage::Unsupported:
+            return "of a kind that cannot be read";
+        case Damage::Unsaved:
+            return "beside a log with changes that are not read";
+        case Damage::Unreadable:
+            return "no file that can be read";
+        case Damage::TooLarge:
+            return "larger than what is read of one";
+        case Damage::OutOfTime:
+            return "read only in part, for the time is over";
+        default:
+            return "damaged";
+    }
+}
+
+EventCode codeOf(PackageDatabase::Damage damage) {
+    using Damage = PackageDatabase::Damage;
+    switch (damage) {
+        case Damage::Unreadable:
+            return EventCode::Io;
+        case Damage::TooLarge:
+            return EventCode::LimitBytes;
+        case Damage::OutOfTime:
+            return EventCode::Deadline;
+        default:
+            return EventCode::Parse;
+    }
+}
+
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+}
+
+// What every name begins with that the expression matches: the plain characters behind a "^". Empty when there may be
+// another branch.
+std::string requiredPrefix(std::string_view pattern) {
+    std::string prefix;
+    if (!pattern.starts_with('^') || pattern.find('|') != std::string_view::npos) return prefix;
+    for (std::size_t i = 1; i < pattern.size(); ++i) {
+        const bool escaped = pattern.substr(i).starts_with("\\.") || pattern.substr(i).starts_with("\\+");
+        if (escaped) ++i;
+        if (!escaped && !isPlain(pattern[i])) {
+            // What may be left out is not required.
+            if (!prefix.empty() && std::string_view("*?{").find(pattern[i]) != std::string_view::npos)
+                prefix.pop_back();
+            break;
+        }
+        prefix += pattern[i];
+    }
+    return prefix;
+}
+
+}  // namespace
+
+void PackageIndex::load(Machine& machine) {
+    if (std::exchange(loaded_, true)) return;
+    try {
+        loadAll(machine);
+    } catch (const std::bad_alloc&) {
+        rows_ = {};
+        for (const PackageType type : kPackageTypes) {
+            damages_.push_back(
+                {type,
+                 Event{EventCode::LimitMemory, {}, "the packages take more memory than is allowed", {}, {}}});
+        }
+    }
+}
+
+void PackageIndex::loadAll(Machine& machine) {
+    texts_.endAt(machine.effort().endOfLeaf());
+    const Settings::Packages& settings = machine.settings().packages;
+    const std::vector<PackageType> types = wantedTypes(settings);
+    for (const PackageType type : types) {
+        const bool first = type == types.front();
+        loadType(type, first ? settings.database : std::string(), machine.root());
+    }
+    if (!std::ranges::is_sorted(rows_, before)) std::ranges::sort(rows_, before);
+}
+
+void PackageIndex::loadType(PackageType type, const std::string& database, const Root& root) {
+    const int denials = root.denials();
+    const PackageDatabase read =
+        visitPackages(type, root, database, texts_, [this](const InstalledPackage& package) {
+            rows_.push_back({package.type, package.name, package.version, package.epoch, package.upstream,
+                             package.release, package.architecture, package.source, package.branch,
+                             package.database});
+        });
+    if (root.denials() > denials) {
+        damages_.push_back(
+            {type, Event{EventCode::Permission,
+                         database,
+                         "no permission to read all packages of type " + std::string(nameOf(type)),
+                         {},
+                         {}}});
+    }
+    if (read.damage != PackageDatabase::Damage::None) noteDamage(type, read);
+}
+
+void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database) {
+    std::string text = "the package database is ";
+    text += describe(database.damage);
+    if (database.offset != 0) text += " from byte " + std::to_string(database.offset) + " on";
+    damages_.push_back({type, Event{codeOf(database.damage), database.path, std::move(text), {}, {}}});
+}
+
+std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {
+    load(machine);
+    const auto first = std::ranges::lower_bound(rows_, name, {}, &Row::name);
+    auto end = first;
+    while (end != rows_.end() && end->name == name) ++end;
+    return {first, end};
+}
+
+std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& machine) {
+    load(machine);
+    const std::string prefix = requiredPrefix(regex.pattern());
+    const auto startOf = [&](const Row& row) { return row.name.substr(0, prefix.size()); };
+    std::vector<const Row*> rows;
+    const auto end = std::ranges::upper_bound(rows_, prefix, std::ranges::less(), startOf);
+    for (auto row = std::ranges::lower_bound(rows_, prefix, std::ranges::less(), startOf); row != end;
+         ++row) {
+        if (RE2::PartialMatch({row->name.data(), row->name.size()}, regex)) rows.push_back(&*row);
+    }
+    return rows;
+}
+
+void PackageIndex::announce(std::string_view regex) {
+    // The others, which are few, may need to be compiled in a way of their own.
+    const std::optional<int> groups = groupsOfPlainRegex(regex);
+    if (groups && *groups <= kMostGroups) announced_.emplace_back(regex);
+}
+
+const std::vector<const Row*>* PackageIndex::announced(std::string_view regex, Machine& machine) {
+    load(machine);
+    if (!announced_.empty()) matchAnnounced();
+    const auto found = matches_.find(std::string(regex));
+    return found == matches_.end() ? nullptr : &found->second;
+}
+
+void PackageIndex::matchAnnounced() {
+    const std::vector<std::string> announced = std::exchange(announced_, {});
+    std::vector<std::string_view> regexes(announced.begin(), announced.end());
+    std::ranges::sort(regexes);
+    regexes.erase(std::unique(regexes.begin(), regexes.end()), regexes.end());
+    if (regexes.size() < RegexSet::kFewest) return;
+    for (std::span<const std::string_view> rest = regexes; !rest.empty();) {
+        const std::size_t count = std::min(rest.size(), RegexSet::kMost);
+        matchTogether(rest.first(count));
+        rest = rest.subspan(count);
+    }
+}
+
+void PackageIndex::matchTogether(std::span<const std::string_view> regexes) {
+    const RegexSet set(regexes, RE2::Options::EncodingLatin1);
+    std::vector<std::vector<const Row*>> matches(regexes.size());
+    for (const Row& row : rows_) {
+        const std::optional<std::vector<int>> hits = set.matching(row.name);
+        if (!hits) return;
+        for (const int hit : *hits) matches[static_cast<std::size_t>(hit)].push_back(&row);
+    }
+    for (std::size_t i = 0; i < regexes.size(); ++i) matches_.emplace(regexes[i], std::move(matches[i]));
+}
+
+void PackageIndex::tellDamage(std::optional<PackageType> type, LeafResult& result) {
+    for (Damage& damage : damages_) {
+        if (type && *type != damage.type) continue;
+        result.incomplete = true;
+        if (damage.event) result.events.push_back(std::move(*damage.event));
+        damage.event.reset();
+    }
+}
+
+std::string PackageIndex::purl(const Row& row, Machine& machine) {
+    if (!distribution_) distribution_ = distributionId(machine.root());
+    InstalledPackage package;
+    package.type = row.type;
+    package.name = row.name;
+    package.version = row.version;
+    package.epoch = row.epoch;
+    package.architecture = row.architecture;
+    package.branch = row.branch;
+    return packageUrl(package, *distribution_);
+}
+
+}  // namespace toolkit::quorvis

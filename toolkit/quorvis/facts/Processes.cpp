@@ -1,0 +1,146 @@
+#include "toolkit/quorvis/facts/Processes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <map>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "kest/Descriptor.h"
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/facts/SecretArguments.h"
+#include "toolkit/quorvis/leaves/Machine.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::size_t kLongestArguments = std::size_t{16} << 10;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20;  // of all processes
+constexpr std::string_view kDeleted = " (deleted)";
+
+std::map<std::uint32_t, std::string> userNames(const Root& root) {
+    std::map<std::uint32_t, std::string> names;
+    const std::string text = root.read("/etc/passwd").value_or("");
+    std::string_view rest = text;
+    for (std::string_view line; nextLine(rest, line);) {
+        const std::string_view name = takeField(line, ':');
+        takeField(line, ':');
+        const std::string_view number = takeField(line, ':');
+        std::uint32_t uid = 0;
+        const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), uid);
+        // The first name of a number counts.
+        if (error == std::errc() && end == number.data() + number.size()) names.emplace(uid, name);
+    }
+    return names;
+}
+
+// The start of a file of a process; empty when the process has ended meanwhile.
+std::string readStart(int directory, const char* name, std::size_t limit) {
+    const kest::Descriptor file(::openat(directory, name, O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    std::string text(limit, '\0');
+    std::size_t size = 0;
+    while (file.isOpen() && size < limit) {
+        const ssize_t count = ::read(file.number(), text.data() + size, limit - size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        size += static_cast<std::size_t>(count);
+    }
+    text.resize(size);
+    return text;
+}
+
+void readExe(int directory, Process& process) {
+    std::array<char, 4096> target;
+    const ssize_t length = ::readlinkat(directory, "exe", target.data(), target.size());
+    if (length < 0) {
+        process.exeDenied = errno == EACCES || errno == EPERM;
+        return;
+    }
+    process.exe.assign(target.data(), static_cast<std::size_t>(length));
+    if (process.exe.ends_with(kDeleted)) process.exe.resize(process.exe.size() - kDeleted.size());
+}
+
+// None when the process has ended.
+std::optional<Process> readProcess(const Root& root, int pid, const std::string& path) {
+    const kest::Descriptor directory = root.open(path, O_DIRECTORY);
+    struct stat status {};
+    if (!directory.isOpen() || ::fstat(directory.number(), &status) != 0) return std::nullopt;
+    Process process;
+    process.pid = pid;
+    process.uid = status.st_uid;
+    process.comm = trimmed(readStart(directory.number(), "comm", 64));
+    if (process.comm.empty()) return std::nullopt;
+    readExe(directory.number(), process);
+    process.args = argumentsWithoutSecrets(readStart(directory.number(), "cmdline", kLongestArguments));
+    // Neither a thread of the kernel nor a process that has ended has arguments, or a program.
+    if (process.args.empty()) process.exeDenied = false;
+    return process;
+}
+
+}  // namespace
+
+std::string_view Process::name() const {
+    if (exe.empty()) return comm;
+    return std::string_view(exe).substr(exe.rfind('/') + 1);
+}
+
+const std::vector<Process>& Processes::processes(Machine& machine) {
+    if (!std::exchange(isRead_, true)) readAsFarAsAllowed(machine);
+    return processes_;
+}
+
+void Processes::readAsFarAsAllowed(Machine& machine) {
+    try {
+        read(machine);
+    } catch (const OverContract& over) {
+        note(over.code, "/proc", "not all processes were looked at: " + over.text);
+    } catch (const std::bad_alloc&) {
+        processes_ = {};
+        note(EventCode::LimitMemory, "/proc", "the processes take more memory than is allowed");
+    }
+}
+
+void Processes::read(Machine& machine) {
+    const Root& root = machine.root();
+    if (!machine.settings().processes.enabled) {
+        note(EventCode::Config, {}, "processes are not looked at: the configuration forbids it");
+        return;
+    }
+    if (!root.live()) {
+        note(EventCode::Unsupported, {}, "processes are not looked at below a root");
+        return;
+    }
+    const std::map<std::uint32_t, std::string> names = userNames(root);
+    std::size_t held = 0;
+    for (const std::string& entry : root.list("/proc")) {
+        int pid = 0;
+        const auto [end, error] = std::from_chars(entry.data(), entry.data() + entry.size(), pid);
+        if (error != std::errc() || end != entry.data() + entry.size()) continue;
+        std::optional<Process> process = readProcess(root, pid, "/proc/" + entry);
+        if (!process) continue;
+        const auto name = names.find(process->uid);
+        process->user = name == names.end() ? std::to_string(process->uid) : name->second;
+        held += process->args.size() + process->exe.size() + sizeof *process;
+        processes_.push_back(std::move(*process));
+        machine.effort().watchTimeNowAndThen();
+        if (held > kMostBytes) throw OverContract(EventCode::LimitBytes, "there is too much to know of them");
+    }
+    std::ranges::sort(processes_, {}, &Process::pid);
+    // A mount option of /proc hides the processes of other users, the first one among them.
+    if (processes_.empty() || processes_.front().pid != 1)
+        note(EventCode::Permission, "/proc", "the processes of other users are hidden");
+}
+
+void Processes::note(EventCode code, std::string path, std::string text) {
+    events_.push_back({code, std::move(path), std::move(text), {}, {}});
+}
+
+}  // namespace toolkit::quorvis

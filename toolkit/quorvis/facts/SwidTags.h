@@ -1,0 +1,63 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/quorvis/formats/Tick.h"
+#include "toolkit/quorvis/report/Event.h"
+
+namespace toolkit::quorvis {
+
+class Machine;
+
+// An organisation that has to do with a product.
+struct SwidEntity {
+    std::string regid;
+    std::string role;  // one or more words: "tagCreator softwareCreator"
+
+    bool hasRole(std::string_view wanted) const;
+};
+
+// What a software identification tag (ISO/IEC 19770-2) tells.
+struct SwidTag {
+    std::string path;
+    std::string tagId;
+    std::string name;
+    std::string version;
+    std::string tagVersion;
+    bool patch = false;
+    bool corpus = false;  // it stands for an installer, not for what is installed
+    std::vector<SwidEntity> entities;
+};
+
+// None, with `problem` told in words, when the text is no tag, or a damaged one.
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem, const Tick& tick = {});
+
+// The SWID tags of the machine, read once.
+class SwidTags {
+  public:
+    // Sorted by path.
+    const std::vector<SwidTag>& tags(Machine& machine);
+
+    // Of reading them; whether some could not be read.
+    const std::vector<Event>& events() const { return events_; }
+    bool incomplete() const { return incomplete_; }
+
+  private:
+    void readAsFarAsAllowed(Machine& machine);
+    void read(Machine& machine);
+    std::vector<std::string> namesIn(const std::string& directory, Machine& machine);
+    void readDirectory(const std::string& directory, bool andBelow, Machine& machine);
+    void readTag(const std::string& path, Machine& machine);
+    void note(EventCode code, const std::string& path, std::string text);
+
+    bool isRead_ = false;
+    std::vector<SwidTag> tags_;
+    std::vector<Event> events_;
+    bool incomplete_ = false;
+    std::size_t held_ = 0;  // bytes of tags_, about
+};
+
+}  // namespace toolkit::quorvis

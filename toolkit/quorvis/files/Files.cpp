@@ -1,0 +1,361 @@
+#include "toolkit/quorvis/files/Files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "toolkit/quorvis/files/Effort.h"
+#include "toolkit/quorvis/files/FileBytes.h"
+#include "toolkit/quorvis/files/KernelFiles.h"
+#include "toolkit/quorvis/files/SecretContent.h"
+#include "toolkit/quorvis/files/SecretNames.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::uint64_t kHeldAtMost = std::uint64_t{64} << 20;
+constexpr std::size_t kMostSums = 100'000;
+constexpr std::string_view kSha256 = "sha256";
+
+using Content = Files::Content;
+
+Event makeEvent(EventCode code, const std::string& path, std::string text) {
+    return {code, path, std::move(text), {}, {}};
+}
+
+Content failure(EventCode code, const std::string& path, std::string text) {
+    return {Access::Failed, nullptr, makeEvent(code, path, std::move(text))};
+}
+
+bool meansMissing(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+}
+
+// The directory on the way to the path in which nothing may be looked up; empty when there is none.
+std::string closedDirectory(const FileFinder& finder, const std::string& path) {
+    std::size_t end = 0;
+    while (end != path.size()) {
+        const std::size_t begin = end;
+        end = std::min(path.find('/', begin + 1), path.size());
+        const FoundFile found = finder.find(path.substr(0, end), true);
+        if (found.problem == FoundFile::Problem::None) continue;
+        return found.error == EACCES ? path.substr(0, begin) : std::string();
+    }
+    return {};
+}
+
+Event eventOf(int error, const std::string& path) {
+    if (error == EACCES || error == EPERM)
+        return makeEvent(EventCode::Permission, path, "No permission to open this");
+    if (error == ELOOP)
+        return makeEvent(EventCode::Loop, path, "A link that goes round in circles or is no true link");
+    return makeEvent(EventCode::Io, path, "Cannot be opened: " + std::generic_category().message(error));
+}
+
+// Names the directory that may not be searched, so that all paths behind it are told of as one.
+Event notFound(const FileFinder& finder, int error, const std::string& path) {
+    const std::string closed = error == EACCES ? closedDirectory(finder, path) : std::string();
+    if (closed.empty()) return eventOf(error, path);
+    return makeEvent(EventCode::Permission, closed, "No permission to search this directory");
+}
+
+// Why no such path can be looked up; empty for a proper one.
+std::string problemOf(const std::string& path) {
+    if (path.empty() || path.front() != '/') return "The path is not absolute";
+    if (path.find('\0') != std::string::npos) return "The path holds a NUL character";
+    return {};
+}
+
+FileFacts::Kind kindOf(mode_t mode) {
+    if (S_ISREG(mode)) return FileFacts::Kind::File;
+    if (S_ISDIR(mode)) return FileFacts::Kind::Directory;
+    if (S_ISLNK(mode)) return FileFacts::Kind::Link;
+    return FileFacts::Kind::Other;
+}
+
+FileFacts factsOf(const struct stat& status) {
+    FileFacts facts;
+    facts.kind = kindOf(status.st_mode);
+    facts.size = static_cast<std::uint64_t>(status.st_size);
+    facts.mode = status.st_mode & 07777U;
+    facts.owner = status.st_uid;
+    facts.modified = status.st_mtim.tv_sec;
+    facts.device = status.st_dev;
+    facts.inode = status.st_ino;
+    return facts;
+}
+
+std::int64_t nanoseconds(const timespec& time) {
+    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+std::string tooLarge(std::uint64_t limit) {
+    return "Larger than the " + std::to_string(limit) + " bytes that are read at most";
+}
+
+Content contentOf(BytesRead result, std::shared_ptr<const std::string> bytes, const std::string& path,
+                  std::uint64_t limit) {
+    switch (result) {
+        case BytesRead::All:
+        case BytesRead::Start:
+            return {Access::Ok, std::move(bytes), std::nullopt};
+        case BytesRead::TooMany:
+            return failure(EventCode::LimitBytes, path, tooLarge(limit));
+        case BytesRead::Changed:
+            return failure(EventCode::Io, path, "Changes its size again and again");
+        case BytesRead::Failed:
+            break;
+    }
+    return failure(EventCode::Io, path, "Cannot be read: " + std::generic_category().message(errno));
+}
+
+// A descriptor for reading of the very file that `handle` stands for, whatever has taken its path meanwhile.
+kest::Descriptor reopened(const kest::Descriptor& handle) {
+    const std::string link = "/proc/self/fd/" + std::to_string(handle.number());
+    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const int quietly = ::open(link.c_str(), flags | O_NOATIME);  // for owners and root only
+    if (quietly >= 0 || errno != EPERM) return kest::Descriptor(quietly);
+    return kest::Descriptor(::open(link.c_str(), flags));
+}
+
+constexpr const char* kHidden = "Other users may not look there";
+constexpr const char* kOfKernel = "The kernel makes this up, so it is not for signatures";
+constexpr const char* kUnreadable = "Other users may not read this";
+constexpr const char* kSecret = "The content of this file is never read";
+constexpr const char* kHoldsKey = "This holds a key or the hash of a password, so it is not read";
+
+// How much of a file is looked at to tell whether it holds a key, when it is not read from its start.
+constexpr std::size_t kLookedAt = 4096;
+
+bool startsWithKey(const kest::Descriptor& file, std::uint64_t size) {
+    std::array<char, kLookedAt> buffer;
+    const ssize_t count = ::pread(file.number(), buffer.data(), buffer.size(), 0);
+    const std::string_view start(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return beginsAsKey(start, size) || holdsKey(start);
+}
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+}  // namespace
+
+// What is found, else why not: without an event when there is nothing.
+FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>& event) const {
+    FoundFile found;
+    if (std::string problem = problemOf(path); !problem.empty()) {
+        found.problem = FoundFile::Problem::NotOpened;
+        event = makeEvent(EventCode::Unsupported, path, std::move(problem));
+        return found;
+    }
+    found = finder_.find(path, follow);
+    if (found.problem == FoundFile::Problem::HiddenDirectory)
+        event = makeEvent(EventCode::Denied, path, kHidden);
+    if (found.problem == FoundFile::Problem::MadeByKernel)
+        event = makeEvent(EventCode::Denied, path, kOfKernel);
+    if (found.problem == FoundFile::Problem::NotOpened && !meansMissing(found.error))
+        event = notFound(finder_, found.error, path);
+    return found;
+}
+
+Files::Facts Files::lookWith(const std::string& path, bool follow) const {
+    std::optional<Event> event;
+    const FoundFile found = find(path, follow, event);
+    if (found.problem == FoundFile::Problem::None) return {Access::Ok, factsOf(found.status), std::nullopt};
+    if (!event) return {};
+    return {Access::Failed, {}, std::move(event)};
+}
+
+Files::Facts Files::look(const std::string& path) {
+    return lookWith(path, true);
+}
+
+Files::Facts Files::lookAtLink(const std::string& path) {
+    return lookWith(path, false);
+}
+
+Files::Names Files::list(const std::string& path) {
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    if (found.problem != FoundFile::Problem::None)
+        return {event ? Access::Failed : Access::Missing, {}, std::move(event)};
+    if (!S_ISDIR(found.status.st_mode)) return {};
+    if (!disclosure_.ofNames(found.status, found.place))
+        return {Access::Failed,
+                {},
+                makeEvent(EventCode::Denied, path, "Other users may not list this directory")};
+    const int opened = ::openat(found.handle.number(), ".", O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+    const std::unique_ptr<DIR, CloseDirectory> directory(opened < 0 ? nullptr : ::fdopendir(opened));
+    if (!directory) return {Access::Failed, {}, eventOf(errno, path)};
+    Names names{Access::Ok, {}, std::nullopt};
+    while (const dirent* const entry = ::readdir(directory.get())) {
+        const std::string_view name = static_cast<const char*>(entry->d_name);
+        if (name != "." && name != "..") names.names.emplace_back(name);
+    }
+    std::ranges::sort(names.names);
+    return names;
+}
+
+std::string Files::withoutLinks(const std::string& path) {
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    if (found.problem != FoundFile::Problem::None) return path;
+    return found.place.empty() ? "/" : found.place;
+}
+
+std::string Files::linkText(const std::string& path) {
+    std::optional<Event> event;
+    const FoundFile found = find(path, false, event);
+    std::array<char, 4096> text;
+    if (found.problem != FoundFile::Problem::None || !S_ISLNK(found.status.st_mode)) return {};
+    const ssize_t length = ::readlinkat(found.handle.number(), "", text.data(), text.size());
+    return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
+}
+
+// Why the file that was opened is not read. What counts is the file itself, not only where it was found.
+std::optional<Event> Files::refusalOf(const std::string& path, const FoundFile& found,
+                                      const Opened& opened) const {
+    struct stat status {};
+    if (isSecretByName(path) || isSecretByName(found.place))
+        return makeEvent(EventCode::Denied, path, kSecret);
+    if (::fstat(opened.file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return eventOf(EIO, path);
+    if (isMadeByKernel(opened.file.number())) return makeEvent(EventCode::Denied, path, kOfKernel);
+    if (!disclosure_.ofContent(status, found.place)) return makeEvent(EventCode::Denied, path, kUnreadable);
+    return std::nullopt;
+}
+
+Files::Opened Files::openToRead(const std::string& path) {
+    std::optional<Event> event;
+    const FoundFile found = find(path, true, event);
+    const struct stat& status = found.status;
+    if (found.problem != FoundFile::Problem::None && !event) return {};
+    if (event) return {{Access::Failed, nullptr, std::move(event)}, {}, {}};
+    if (S_ISDIR(status.st_mode)) return {};
+    if (!S_ISREG(status.st_mode)) {
+        event = makeEvent(EventCode::SpecialFile, path, "Neither a file nor a directory, so it is not read");
+        return {{Access::Missing, nullptr, std::move(event)}, {}, {}};
+    }
+    // A handle first: merely opening some devices for reading has effects.
+    Opened opened{{}, reopened(found.handle), {}};
+    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
+    opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+                    nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
+    event = refusalOf(path, found, opened);
+    if (event) return {{Access::Failed, nullptr, std::move(event)}, {}, {}};
+    return opened;
+}
+
+void Files::count(std::uint64_t bytes) const {
+    if (effort_ != nullptr) effort_->read(bytes);
+}
+
+Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {
+    auto bytes = std::make_shared<std::string>();
+    const BytesRead result =
+        readBytes(opened.file, limit, whole, *bytes, [this](std::uint64_t size) { count(size); });
+    if (beginsAsKey(*bytes, opened.state.size) || holdsKey(*bytes))
+        return failure(EventCode::Denied, path, kHoldsKey);
+    return contentOf(result, std::move(bytes), path, limit);
+}
+
+std::uint64_t Files::heldBy(const Cached& cached) {
+    constexpr std::uint64_t kOverhead = 256;
+    return cached.bytes->size() + kOverhead;
+}
+
+void Files::keep(const FileState& state, Cached cached) {
+    const std::uint64_t size = heldBy(cached);
+    if (size > kHeldAtMost / 4) return;
+    const auto [place, added] = contents_.try_emplace(state);
+    if (added) order_.push_back(state);
+    held_ += size;
+    held_ -= added ? 0 : heldBy(place->second);
+    place->second = std::move(cached);
+    while (held_ > kHeldAtMost) {
+        const auto oldest = contents_.find(order_.front());
+        held_ -= heldBy(oldest->second);
+        contents_.erase(oldest);
+        order_.pop_front();
+    }
+}
+
+void Files::forget() {
+    contents_.clear();
+    order_.clear();
+    held_ = 0;
+}
+
+Content Files::read(const std::string& path, std::uint64_t limit) {
+    Opened opened = openToRead(path);
+    if (!opened.file.isOpen()) return std::move(opened.refusal);
+    if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
+    const auto cached = contents_.find(opened.state);
+    if (cached != contents_.end() && cached->second.whole) {
+        if (cached->second.bytes->size() > limit)
+            return failure(EventCode::LimitBytes, path, tooLarge(limit));
+        return {Access::Ok, cached->second.bytes, std::nullopt};
+    }
+    Content content = readOpened(path, opened, limit, true);
+    if (content.access == Access::Ok) keep(opened.state, {content.bytes, true});
+    return content;
+}
+
+Content Files::readStart(const std::string& path, std::uint64_t limit) {
+    Opened opened = openToRead(path);
+    if (!opened.file.isOpen()) return std::move(opened.refusal);
+    // So that a key cannot be read in parts that are too short to be one.
+    if (limit < kLookedAt && startsWithKey(opened.file, opened.state.size))
+        return failure(EventCode::Denied, path, kHoldsKey);
+    const auto cached = contents_.find(opened.state);
+    if (cached != contents_.end()) {
+        const Cached& held = cached->second;
+        if (held.bytes->size() == limit || (held.whole && held.bytes->size() < limit))
+            return {Access::Ok, held.bytes, std::nullopt};
+        if (held.bytes->size() > limit) {
+            auto start = std::make_shared<const std::string>(*held.bytes, 0, static_cast<std::size_t>(limit));
+            return {Access::Ok, std::move(start), std::nullopt};
+        }
+    }
+    Content content = readOpened(path, opened, limit, false);
+    if (content.access == Access::Ok) keep(opened.state, {content.bytes, content.bytes->size() < limit});
+    return content;
+}
+
+Files::Opening Files::open(const std::string& path) {
+    Opened opened = openToRead(path);
+    if (!opened.file.isOpen()) return {opened.refusal.access, {}, std::move(opened.refusal.event)};
+    if (startsWithKey(opened.file, opened.state.size))
+        return {Access::Failed, {}, makeEvent(EventCode::Denied, path, kHoldsKey)};
+    return {Access::Ok, std::move(opened.file), std::nullopt};
+}
+
+Content Files::sha256(const std::string& path) {
+    Opened opened = openToRead(path);
+    if (!opened.file.isOpen()) return std::move(opened.refusal);
+    if (startsWithKey(opened.file, opened.state.size)) return failure(EventCode::Denied, path, kHoldsKey);
+    const std::uint64_t limit = settings_.fileSystem.maxHashedSize;
+    if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
+    const auto known = sums_.find(opened.state);
+    if (known != sums_.end()) return {Access::Ok, known->second, std::nullopt};
+    if (const std::string* const kept = cache_ == nullptr ? nullptr : cache_->find(opened.state, kSha256))
+        return {Access::Ok, std::make_shared<const std::string>(*kept), std::nullopt};
+    auto sum = std::make_shared<std::string>();
+    const BytesRead result = sha256Of(opened.file, limit, *sum, [this](std::uint64_t size) { count(size); });
+    Content content = contentOf(result, std::move(sum), path, limit);
+    if (content.access != Access::Ok) return content;
+    if (sums_.size() == kMostSums) sums_.clear();
+    sums_.emplace(opened.state, content.bytes);
+    if (cache_ != nullptr && keepsStates(opened.file))
+        cache_->remember(opened.state, kSha256, *content.bytes);
+    return content;
+}
+
+}  // namespace toolkit::quorvis

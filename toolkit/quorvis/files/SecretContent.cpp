@@ -1,0 +1,103 @@
+#include "toolkit/quorvis/files/SecretContent.h"
+
+#include <re2/re2.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "toolkit/machine/text/BigEndian.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+using Mark = std::string_view;
+constexpr std::array<Mark, 14> kStarts = {
+    Mark("PuTTY-User-Key-File-"),
+    Mark("SSH PRIVATE KEY FILE FORMAT"),
+    Mark("---- BEGIN SSH2 ENCRYPTED PRIVATE KEY"),
+    Mark("(11:private-key"),
+    Mark("(21:protected-private-key"),
+    Mark("(20:shadowed-private-key"),
+    Mark("Private-key-format: "),
+    Mark("untrusted comment: minisign encrypted secret key"),
+    Mark("untrusted comment: signify secret key"),
+    Mark("== ed25519v1-secret"),
+    Mark("\xFE\xED\xFE\xED", 4),  // a key store of Java
+    Mark("\xCE\xCE\xCE\xCE", 4),
+    Mark("\x03\xD9\xA2\x9A", 4),  // a password manager's
+    Mark("LUKS\xBA\xBE", 6),
+};
+
+// The body of the DER sequence that starts the bytes; empty when none does.
+std::string_view sequenceBody(std::string_view bytes) {
+    if (bytes.size() < 8 || bytes[0] != '\x30') return {};
+    const auto length = static_cast<std::uint8_t>(bytes[1]);
+    const std::size_t more = length > 0x80 ? length - 0x80U : 0;
+    return more > 4 ? std::string_view() : bytes.substr(2 + more);
+}
+
+// A private key (version 0 or 1, then a number, an algorithm or the key) or a PKCS #12 store (version 3, then its
+// content). A certificate has no number first.
+bool isBinaryKey(std::string_view start) {
+    const std::string_view body = sequenceBody(start);
+    if (!body.starts_with(Mark("\x02\x01", 2)) || body.size() < 4) return false;
+    const char version = body[2];
+    const char next = body[3];
+    if (version == 3) return next == '\x30';
+    return (version == 0 || version == 1) && (next == '\x30' || next == '\x02' || next == '\x04');
+}
+
+// The first entry is as long as the file has room for.
+bool isKeyTable(std::string_view start, std::size_t size) {
+    if (start.size() < 8 || start[0] != '\x05' || (start[1] != 1 && start[1] != 2)) return false;
+    const std::uint64_t entry = bigEndian(start, 2, 4);
+    return entry > 0 && entry + 6 <= size;
+}
+
+bool isTicketCache(std::string_view start) {
+    return start.size() > 4 && start[0] == '\x05' && (start[1] == 3 || start[1] == 4) && start[2] == 0;
+}
+
+// A packet with a secret key: its tag, a length, the version.
+bool isSecretPacket(std::string_view start) {
+    if (start.size() < 8) return false;
+    const auto tag = static_cast<std::uint8_t>(start[0]);
+    std::size_t version = 0;
+    if (tag >= 0x94 && tag <= 0x96) version = std::size_t{1} + (std::size_t{1} << (tag & 3U));
+    if (tag == 0xC5)
+        version = static_cast<std::uint8_t>(start[1]) < 0xC0   ? 2
+                  : static_cast<std::uint8_t>(start[1]) < 0xE0 ? 3
+                                                               : 6;
+    return version > 0 && version < start.size() && start[version] >= 3 && start[version] <= 6;
+}
+
+// One expression, so that a text is gone through once. What makes a header a key is that something follows it.
+constexpr const char* kKeys =
+    R"(-----BEGIN (?:[A-Za-z0-9]+ )*PRIVATE KEY(?: BLOCK)?-----(?:\s|\\+[nrt]|\\u000[ad])*[A-Za-z0-9+/=&])"
+    R"(|LS0tLS1CRUdJTi(?:BSU0EgUFJJVkFURS|BQUklWQVRF|BFQyBQUklWQVRF|BPUEVOU1NIIFBSSVZBVEUg|BFTkNSWVBURUQgUFJJVkFURS|BEU0EgUFJJVkFURS|BQR1AgUFJJVkFURS))"
+    R"(|b3BlbnNzaC1rZXktdjE)"
+    R"(|\((?:11:|20:|21:)?(?:protected-|shadowed-)?private-key)"
+    R"(|AGE-SECRET-KEY-1)"
+    R"(|(?i:PrivateKey|PresharedKey)[ \t]*=[ \t]*[A-Za-z0-9+/]{43}=)"
+    R"(|:\$(?:1|2[abxy]?|5|6|7|y|gy|md5|sha1|apr1|argon2(?:i|d|id)?)\$[^:\s]{20,})";
+
+const RE2& keys() {
+    static const RE2 expression(kKeys, RE2::Latin1);
+    return expression;
+}
+
+}  // namespace
+
+bool beginsAsKey(std::string_view start, std::size_t size) {
+    const auto begins = [start](Mark mark) { return start.starts_with(mark); };
+    return std::ranges::any_of(kStarts, begins) || isBinaryKey(start) || isKeyTable(start, size) ||
+           isTicketCache(start) || isSecretPacket(start);
+}
+
+bool holdsKey(std::string_view text) {
+    return RE2::PartialMatch({text.data(), text.size()}, keys());
+}
+
+}  // namespace toolkit::quorvis

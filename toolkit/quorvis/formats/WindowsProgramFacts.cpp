@@ -1,0 +1,192 @@
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "toolkit/quorvis/formats/LittleEndian.h"
+#include "toolkit/quorvis/formats/ProductFacts.h"
+#include "toolkit/quorvis/formats/Utf16.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::uint64_t kVersionType = 16;  // of resources
+constexpr std::uint64_t kLargestResource = std::uint64_t{1} << 20;
+constexpr std::uint64_t kSubdirectory = 0x80000000U;
+
+// A part of the program's memory that stands in the file.
+struct Section {
+    std::uint64_t address;
+    std::uint64_t size;
+    std::uint64_t offset;
+};
+
+struct Program {
+    std::vector<Section> sections;
+    std::uint64_t resources = 0;  // address; 0 when there are none
+
+    std::optional<std::uint64_t> offsetOf(std::uint64_t address) const {
+        for (const Section& section : sections) {
+            if (address >= section.address && address - section.address < section.size)
+                return section.offset + (address - section.address);
+        }
+        return std::nullopt;
+    }
+};
+
+// False when it is damaged. `headerAt` is where "PE\0\0" stands.
+bool readHeaders(const FileParts& file, std::uint64_t headerAt, Program& program) {
+    constexpr std::size_t kFileHeader = 24;  // with the mark
+    constexpr std::size_t kSectionSize = 40;
+    std::string header;
+    if (!file.read(headerAt, kFileHeader, header)) return false;
+    const std::uint64_t count = littleEndian(header, 6, 2);
+    const std::uint64_t optionalSize = littleEndian(header, 20, 2);
+    std::string optional;
+    if (!file.read(headerAt + kFileHeader, optionalSize, optional) || optional.size() < 2) return false;
+    const bool wide = littleEndian(optional, 0, 2) == 0x20B;
+    const std::size_t directories = wide ? 112 : 96;
+    constexpr std::size_t kResources = 2;
+    constexpr std::size_t kDirectorySize = 8;
+    const std::size_t place = directories + kResources * kDirectorySize;
+    if (optional.size() >= place + kDirectorySize && littleEndian(optional, directories - 4, 4) > kResources)
+        program.resources = littleEndian(optional, place, 4);
+
+    std::string table;
+    if (!file.read(headerAt + kFileHeader + optionalSize, count * kSectionSize, table)) return false;
+    for (std::size_t at = 0; at < table.size(); at += kSectionSize) {
+        program.sections.push_back({littleEndian(table, at + 12, 4), littleEndian(table, at + 16, 4),
+                                    littleEndian(table, at + 20, 4)});
+    }
+    return true;
+}
+
+// Where the entry of a resource directory leads to: that of `type`, else the first one. All places count from
+// the start of the resources.
+std::optional<std::uint64_t> follow(const FileParts& file, std::uint64_t resources, std::uint64_t place,
+                                    std::optional<std::uint64_t> type) {
+    constexpr std::size_t kHeader = 16;
+    constexpr std::size_t kEntry = 8;
+    std::string header;
+    if (!file.read(resources + place, kHeader, header)) return std::nullopt;
+    const std::uint64_t count = littleEndian(header, 12, 2) + littleEndian(header, 14, 2);
+    const std::string entries = file.readUpTo(resources + place + kHeader, count * kEntry);
+    for (std::size_t at = 0; at + kEntry <= entries.size(); at += kEntry) {
+        if (!type || littleEndian(entries, at, 4) == *type) return littleEndian(entries, at + 4, 4);
+    }
+    return std::nullopt;
+}
+
+// The version resource; empty when there is none, nothing when it is damaged.
+std::optional<std::string> versionResource(const FileParts& file, const Program& program) {
+    if (program.resources == 0) return "";
+    const std::optional<std::uint64_t> resources = program.offsetOf(program.resources);
+    if (!resources) return std::nullopt;
+    // By type, then by name, then by language.
+    std::optional<std::uint64_t> place = follow(file, *resources, 0, kVersionType);
+    if (!place) return "";
+    for (int level = 0; level < 2; ++level) {
+        if ((*place & kSubdirectory) == 0) return std::nullopt;
+        place = follow(file, *resources, *place & ~kSubdirectory, std::nullopt);
+        if (!place) return std::nullopt;
+    }
+    std::string entry;
+    std::string bytes;
+    if (!file.read(*resources + *place, 16, entry)) return std::nullopt;
+    const std::optional<std::uint64_t> offset = program.offsetOf(littleEndian(entry, 0, 4));
+    const std::uint64_t size = littleEndian(entry, 4, 4);
+    if (!offset || size > kLargestResource || !file.read(*offset, size, bytes)) return std::nullopt;
+    return bytes;
+}
+
+// One block of a version resource: a header, a key, a value and further blocks.
+struct Block {
+    std::string key;
+    std::string_view value;
+    std::string_view children;
+};
+
+std::size_t aligned(std::size_t size) {
+    return (size + 3) / 4 * 4;
+}
+
+std::u16string unitsOf(std::string_view bytes) {
+    std::u16string units;
+    for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
+        const auto unit = static_cast<char16_t>(littleEndian(bytes, at, 2));
+        if (unit == 0) break;
+        units += unit;
+    }
+    return units;
+}
+
+// Takes the block at the front; false at the end and at a damage.
+bool takeBlock(std::string_view& rest, Block& block) {
+    constexpr std::size_t kHeader = 6;
+    if (rest.size() < kHeader) return false;
+    const std::size_t size = littleEndian(rest, 0, 2);
+    if (size < kHeader || size > rest.size()) return false;
+    const std::string_view whole = rest.substr(0, size);
+    const bool isText = littleEndian(whole, 4, 2) == 1;
+    const std::u16string key = unitsOf(whole.substr(kHeader));
+    const std::size_t valueAt = std::min(aligned(kHeader + 2 * (key.size() + 1)), size);
+    const std::size_t valueSize = littleEndian(whole, 2, 2) * (isText ? 2 : 1);
+    block.key = utf8OfUtf16(key);
+    block.value = whole.substr(valueAt, valueSize);
+    block.children = whole.substr(std::min(aligned(valueAt + block.value.size()), size));
+    rest.remove_prefix(std::min(aligned(size), rest.size()));
+    return true;
+}
+
+// "1.2.3.4" of the numbers that stand before all texts; empty without them.
+std::string fixedVersion(std::string_view value) {
+    constexpr std::uint64_t kMark = 0xFEEF04BD;
+    if (value.size() < 16 || littleEndian(value, 0, 4) != kMark) return {};
+    std::string version;
+    for (const std::size_t at : {10U, 8U, 14U, 12U})
+        version.append(version.empty() ? "" : ".").append(std::to_string(littleEndian(value, at, 2)));
+    return version;
+}
+
+// All pairs of a name and a text, of all languages.
+std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks) {
+    std::vector<std::pair<std::string, std::string>> texts;
+    for (Block info; takeBlock(blocks, info);) {
+        if (info.key != "StringFileInfo") continue;
+        for (Block language; takeBlock(info.children, language);) {
+            for (Block text; takeBlock(language.children, text);)
+                texts.emplace_back(text.key, utf8OfUtf16(unitsOf(text.value)));
+        }
+    }
+    return texts;
+}
+
+}  // namespace
+
+ProductFacts readWindowsProgram(const FileParts& file, std::string& damage) {
+    const std::string start = file.readUpTo(0, 64);
+    if (start.size() < 64 || !start.starts_with("MZ")) return {};
+    const std::uint64_t headerAt = littleEndian(start, 60, 4);
+    // Programs for DOS begin alike.
+    if (file.readUpTo(headerAt, 4) != std::string_view("PE\0\0", 4)) return {};
+    Program program;
+    const std::optional<std::string> resource =
+        readHeaders(file, headerAt, program) ? versionResource(file, program) : std::nullopt;
+    if (!resource) damage = "the headers or resources are damaged";
+
+    Block version;
+    std::string_view rest = resource ? std::string_view(*resource) : std::string_view();
+    if (!takeBlock(rest, version) || version.key != "VS_VERSION_INFO") return {};
+    const auto texts = textsOf(version.children);
+    const auto first = [&texts](std::string_view name) {
+        const auto found = std::ranges::find_if(
+            texts, [name](const auto& text) { return text.first == name && !text.second.empty(); });
+        return found == texts.end() ? std::string() : found->second;
+    };
+    ProductFacts facts{first("ProductName"), first("FileVersion"), first("CompanyName")};
+    if (facts.version.empty()) facts.version = first("ProductVersion");
+    if (facts.version.empty()) facts.version = fixedVersion(version.value);
+    return facts;
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,122 @@
+#include "toolkit/quorvis/formats/XmlSelection.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/formats/XmlEvents.h"
+#include "toolkit/quorvis/leaves/CapturedFields.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+// Whether it may be the name of an element or attribute: no such name holds what stands for others elsewhere.
+bool isName(std::string_view text) {
+    return !text.empty() && text.find_first_of("@[]*?{}") == std::string_view::npos;
+}
+
+// "name" or "name[2]"
+bool parseStep(std::string_view text, XmlSelection::Step& step) {
+    const std::size_t bracket = text.find('[');
+    step.name = text.substr(0, bracket);
+    if (!isName(step.name)) return false;
+    if (bracket == std::string_view::npos) return true;
+    if (text.size() < bracket + 3) return false;
+    const char* const end = text.data() + text.size() - 1;
+    const auto [stop, error] = std::from_chars(text.data() + bracket + 1, end, step.number);
+    return error == std::errc() && stop == end && *end == ']' && step.number > 0;
+}
+
+// Follows the steps while the document goes by.
+class Selector : public XmlEvents {
+  public:
+    Selector(const XmlSelection& selection, std::size_t limit)
+        : selection_(selection), limit_(limit), counts_(selection.steps.size()) {}
+
+    SelectedValues takeSelected() { return std::move(selected_); }
+
+    void start(std::string_view name, const XmlAttributes& attributes) override {
+        const bool parentMatches = depth_ == matched_;
+        ++depth_;
+        if (!parentMatches || matched_ == counts_.size()) return;
+        const XmlSelection::Step& step = selection_.steps[matched_];
+        if (name != step.name) return;
+        const std::size_t number = ++counts_[matched_];
+        if (step.number != 0 && step.number != number) return;
+        ++matched_;
+        if (matched_ < counts_.size()) {
+            counts_[matched_] = 0;
+        } else if (!selection_.attribute.empty()) {
+            if (const auto value = attributes.find(selection_.attribute)) add(*value);
+        }
+    }
+
+    void end() override {
+        if (matched_ == depth_) {
+            if (matched_ == counts_.size() && selection_.attribute.empty()) {
+                add(trimmed(text_));
+                text_.clear();
+            }
+            --matched_;
+        }
+        --depth_;
+    }
+
+    void text(std::string_view text) override {
+        const bool wanted = matched_ == counts_.size() && depth_ == matched_ && selection_.attribute.empty();
+        if (!wanted || text_.size() >= kLongestValue) return;
+        // White space in front counts for nothing, not even for the length.
+        text_.append(text_.empty() ? text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()))
+                                   : text);
+        if (text_.size() > kLongestValue) text_.resize(kLongestValue);
+    }
+
+  private:
+    void add(std::string_view value) {
+        if (selected_.values.size() == limit_) {
+            selected_.tooMany = true;
+        } else {
+            selected_.values.emplace_back(value.substr(0, kLongestValue));
+        }
+    }
+
+    const XmlSelection& selection_;
+    std::size_t limit_;
+    std::vector<std::size_t> counts_;  // of the elements that a step's name fits, in the latest parent
+    std::size_t depth_ = 0;
+    std::size_t matched_ = 0;  // how many of the open elements, from the root on, the steps fit
+    std::string text_;
+    SelectedValues selected_;
+};
+
+}  // namespace
+
+std::optional<XmlSelection> XmlSelection::parse(std::string_view text, std::string& problem) {
+    XmlSelection selection;
+    if (text.starts_with('/')) text.remove_prefix(1);
+    while (!text.empty()) {
+        const bool last = text.find('/') == std::string_view::npos;
+        const std::string_view part = takeField(text, '/');
+        if (last && part.starts_with('@') && isName(part.substr(1)) && !selection.steps.empty()) {
+            selection.attribute = part.substr(1);
+        } else if ((!last && text.empty()) || !parseStep(part, selection.steps.emplace_back())) {
+            problem = "wrong step \"" + std::string(part) + "\"";
+            return std::nullopt;
+        }
+    }
+    if (!selection.steps.empty()) return selection;
+    problem = "no step";
+    return std::nullopt;
+}
+
+SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit,
+                            const Tick& tick) {
+    Selector selector(selection, limit);
+    std::optional<std::string> problem = readXml(document, selector, tick);
+    SelectedValues selected = selector.takeSelected();
+    selected.problem = std::move(problem);
+    return selected;
+}
+
+}  // namespace toolkit::quorvis

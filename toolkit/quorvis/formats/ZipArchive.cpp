@@ -1,0 +1,142 @@
+#include "toolkit/quorvis/formats/ZipArchive.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+
+#include "toolkit/machine/text/Checked.h"
+#include "toolkit/quorvis/formats/LittleEndian.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::string_view kMemberMark("PK\x03\x04", 4);
+constexpr std::string_view kEntryMark("PK\x01\x02", 4);
+constexpr std::string_view kEndMark("PK\x05\x06", 4);
+constexpr std::string_view kEnd64Mark("PK\x06\x06", 4);
+constexpr std::string_view kLocator64Mark("PK\x06\x07", 4);
+
+constexpr std::size_t kMemberSize = 30;
+constexpr std::size_t kEntrySize = 46;
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kEnd64Size = 56;
+constexpr std::size_t kLocator64Size = 20;
+constexpr std::uint64_t kLongestComment = 0xFFFF;
+constexpr std::uint64_t kLargestDirectory = std::uint64_t{32} << 20;
+constexpr std::size_t kMostWanted = 1'000;
+
+constexpr std::uint64_t kStored = 0;
+constexpr std::uint64_t kDeflated = 8;
+
+struct Directory {
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+    std::uint64_t before = 0;  // bytes before the archive, such as a script that starts it
+};
+
+// Archives of more than 65,535 members or 4 GiB have a longer record before the one at the end.
+std::optional<Directory> directory64(const FileParts& file, std::uint64_t endAt) {
+    std::string record;
+    if (endAt < kLocator64Size || !file.read(endAt - kLocator64Size, kLocator64Size, record))
+        return std::nullopt;
+    if (!record.starts_with(kLocator64Mark)) return std::nullopt;
+    if (!file.read(littleEndian(record, 8, 8), kEnd64Size, record)) return std::nullopt;
+    if (!record.starts_with(kEnd64Mark)) return std::nullopt;
+    return Directory{littleEndian(record, 48, 8), littleEndian(record, 40, 8), 0};
+}
+
+std::optional<Directory> findDirectory(const FileParts& file) {
+    const std::uint64_t start = file.size() - std::min(file.size(), kEndSize + kLongestComment);
+    const std::string tail = file.readUpTo(start, kEndSize + kLongestComment);
+    if (tail.size() < kEndSize) return std::nullopt;
+    const std::size_t at = tail.rfind(kEndMark, tail.size() - kEndSize);
+    if (at == std::string::npos) return std::nullopt;
+    if (const auto directory = directory64(file, start + at)) return directory;
+
+    Directory directory{littleEndian(tail, at + 16, 4), littleEndian(tail, at + 12, 4), 0};
+    const std::uint64_t endAt = start + at;
+    if (directory.size > endAt || directory.offset > endAt - directory.size) return directory;
+    directory.before = endAt - directory.size - directory.offset;
+    directory.offset += directory.before;
+    return directory;
+}
+
+// Takes the next entry, without its name.
+bool takeEntry(std::string_view& rest, std::string_view& name, ZipMember& member) {
+    if (rest.size() < kEntrySize || !rest.starts_with(kEntryMark)) return false;
+    const std::size_t nameSize = littleEndian(rest, 28, 2);
+    const std::size_t size = kEntrySize + nameSize + littleEndian(rest, 30, 2) + littleEndian(rest, 32, 2);
+    if (size > rest.size()) return false;
+    name = rest.substr(kEntrySize, nameSize);
+    member.encrypted = (littleEndian(rest, 8, 2) & 1U) != 0;
+    member.method = littleEndian(rest, 10, 2);
+    member.packedSize = littleEndian(rest, 20, 4);
+    member.offset = littleEndian(rest, 42, 4);
+    rest.remove_prefix(size);
+    return true;
+}
+
+bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
+    content.resize(limit);
+    z_stream stream{};
+    // Without the header of a zlib stream.
+    const int begun = ::inflateInit2(&stream, -MAX_WBITS);
+    if (begun == Z_MEM_ERROR) throw std::bad_alloc();
+    if (begun != Z_OK) return false;
+    stream.next_in = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_in = static_cast<uInt>(packed.size());
+    stream.next_out = reinterpret_cast<Bytef*>(content.data());
+    stream.avail_out = static_cast<uInt>(limit);
+    const int status = ::inflate(&stream, Z_FINISH);
+    content.resize(stream.total_out);
+    ::inflateEnd(&stream);
+    if (status == Z_MEM_ERROR) throw std::bad_alloc();
+    return status == Z_STREAM_END || (status == Z_BUF_ERROR && content.size() == limit);
+}
+
+}  // namespace
+
+ZipReading listZip(const FileParts& file, const std::function<bool(std::string_view name)>& wanted,
+                   std::vector<ZipMember>& members) {
+    const std::optional<Directory> directory = findDirectory(file);
+    if (!directory) return file.readUpTo(0, 4) == kMemberMark ? ZipReading::Damaged : ZipReading::NoArchive;
+    std::string bytes;
+    if (directory->size > kLargestDirectory || !file.read(directory->offset, directory->size, bytes))
+        return ZipReading::Damaged;
+    std::string_view rest = bytes;
+    std::string_view name;
+    for (ZipMember member; !rest.empty();) {
+        if (!takeEntry(rest, name, member)) return ZipReading::Damaged;
+        if (!wanted(name)) continue;
+        if (members.size() == kMostWanted) return ZipReading::Damaged;
+        member.name = name;
+        const Count offset = sum(member.offset, directory->before);
+        if (!offset) return ZipReading::Damaged;
+        member.offset = *offset;
+        members.push_back(member);
+    }
+    return ZipReading::Ok;
+}
+
+bool readZipMember(const FileParts& file, const ZipMember& member, std::uint64_t limit,
+                   std::string& content) {
+    content.clear();
+    std::string header;
+    if (member.encrypted || !file.read(member.offset, kMemberSize, header) ||
+        !header.starts_with(kMemberMark))
+        return false;
+    const std::uint64_t start =
+        member.offset + kMemberSize + littleEndian(header, 26, 2) + littleEndian(header, 28, 2);
+    // What is packed can be a little larger than it was.
+    const std::uint64_t packedLimit = limit + limit / 8 + 64;
+    std::string packed;
+    if (!file.read(start, std::min(member.packedSize, packedLimit), packed)) return false;
+    if (member.method == kDeflated) return inflate(packed, limit, content);
+    content = packed.substr(0, limit);
+    return member.method == kStored;
+}
+
+}  // namespace toolkit::quorvis

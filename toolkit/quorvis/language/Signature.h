@@ -1,0 +1,87 @@
+// Signatures as they are after reading: valid, and with all their texts in the memory of the file that they came from.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/quorvis/language/Attribute.h"
+#include "toolkit/quorvis/language/Template.h"
+
+namespace toolkit::quorvis {
+
+enum class LeafKind : std::uint8_t {
+    Package,
+    File,
+    Glob,
+    Content,
+    Property,
+    Xml,
+    Process,
+    Elf,
+    FileVersion,
+    SwidTag,
+    Compare,
+};
+
+// "FileVersion"
+std::string_view nameOf(LeafKind kind);
+
+// What a group of a regular expression is called.
+struct Capture {
+    int group = 0;
+    std::string_view name;
+
+    bool operator==(const Capture&) const = default;
+};
+
+struct LeafAttribute {
+    Attribute attribute{};
+    Template value;
+};
+
+// Selects items of one kind and tests them.
+struct Leaf {
+    LeafKind kind{};
+    std::string_view id;  // empty when it binds nothing
+    std::uint32_t min = 1;
+    std::uint32_t max = std::numeric_limits<std::uint32_t>::max();
+    std::vector<LeafAttribute> attributes;  // sorted by attribute
+    std::vector<Capture> captures;
+    std::uint32_t line = 0;
+    std::uint32_t number = 0;  // among all leaves of a file
+};
+
+struct Condition {
+    enum class Kind : std::uint8_t { All, Any, Not, Optional, Leaf };
+    Kind kind = Kind::Leaf;
+    std::vector<Condition> children;  // of all kinds but Leaf
+    std::size_t leaf = 0;             // of kind Leaf: which of the signature's leaves
+};
+
+struct Preset {
+    std::string_view name;
+    std::optional<std::string_view> fallback;
+};
+
+struct OutputVariable {
+    std::string_view name;
+    Template value;
+};
+
+struct Signature {
+    std::string_view guid;
+    Template name;
+    std::string_view metadata;  // what stands in Metadata, as XML in ASCII; empty when there is nothing
+    std::vector<Preset> presets;
+    std::vector<Leaf> leaves;         // all leaves in document order
+    std::optional<std::size_t> each;  // the leaf of Each
+    std::optional<Condition> match;
+    std::vector<OutputVariable> output;
+    std::uint32_t line = 0;
+};
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,76 @@
+#include <algorithm>
+#include <charconv>
+
+#include "toolkit/quorvis/leaves/CapturedFields.h"
+#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+// The bytes that are searched; null when there are none.
+std::shared_ptr<const std::string> searched(const Query& query, const std::string& path, Machine& machine,
+                                            LeafResult& result) {
+    const std::string_view text = query.get(Attribute::MaxBytes);
+    std::uint64_t limit = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    if (!text.empty() && (error != std::errc() || end != text.data() + text.size())) {
+        result.fail(EventCode::Unsupported, path, "maxBytes is no number: " + std::string(text));
+        return nullptr;
+    }
+    if (text.empty() || limit > machine.settings().fileSystem.maxContentSize)
+        return contentOf(path, machine, result);
+    Files::Content content = machine.files().readStart(path, limit);
+    if (content.event) result.events.push_back(std::move(*content.event));
+    result.incomplete = content.access == Access::Failed;
+    return content.access == Access::Ok ? std::move(content.bytes) : nullptr;
+}
+
+// Counts lines on the way through a text.
+class LineCounter {
+  public:
+    explicit LineCounter(std::string_view text) : text_(text) {}
+
+    // The number of the line in which a place lies. REQUIRES: places come in their order.
+    std::size_t lineOf(std::size_t place) {
+        const std::string_view passed = text_.substr(counted_, place - counted_);
+        line_ += static_cast<std::size_t>(std::ranges::count(passed, '\n'));
+        counted_ = place;
+        return line_;
+    }
+
+  private:
+    std::string_view text_;
+    std::size_t counted_ = 0;
+    std::size_t line_ = 1;
+};
+
+}  // namespace
+
+LeafResult lookUpContent(const Query& query, Machine& machine) {
+    LeafResult result;
+    const RE2* const regex = regexOf(query, result);
+    if (regex == nullptr) return result;
+    const std::string path(query.get(Attribute::Path));
+    const std::shared_ptr<const std::string> content = searched(query, path, machine, result);
+    if (content == nullptr) return result;
+    // The filter has seen the whole content, not its start.
+    const bool whole = !query.has(Attribute::MaxBytes);
+    if (whole && !machine.contentFilters().mayMatch(path, *regex, *content)) return result;
+
+    LineCounter lines(*content);
+    for (Matches matches(*regex, *content, lastCapture(query)); matches.next();) {
+        if (!roomForMatch(machine, path, result)) break;
+        Item item;
+        item.source = path;
+        item.set("path", path);
+        item.set("line", std::to_string(lines.lineOf(matches.begin())));
+        item.set("match", matches.value(0));
+        addCaptures(query, matches, item);
+        keepItem(machine.effort(), result, std::move(item));
+    }
+    return result;
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,113 @@
+#include <algorithm>
+#include <unordered_set>
+
+#include "toolkit/quorvis/formats/ElfFile.h"
+#include "toolkit/quorvis/leaves/CapturedFields.h"
+#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+bool sameIgnoringCase(std::string_view left, std::string_view right) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+    return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+// What is true of the file as a whole: none when it fails the tests.
+std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::string& path,
+                             LeafResult& result) {
+    if (!isOrAny(query, Attribute::Machine, elf.machine())) return std::nullopt;
+    ElfFile::Dynamic dynamic;
+    const bool asked = query.has(Attribute::Soname) || query.has(Attribute::Needed);
+    if (!elf.readDynamic(dynamic) && asked) {
+        result.fail(EventCode::Parse, path, "the dynamic section is damaged");
+        return std::nullopt;
+    }
+    if (!isOrAny(query, Attribute::Soname, dynamic.soname)) return std::nullopt;
+    if (query.has(Attribute::Needed) &&
+        std::ranges::find(dynamic.needed, query.get(Attribute::Needed)) == dynamic.needed.end())
+        return std::nullopt;
+    const std::string buildId = elf.buildId();
+    if (query.has(Attribute::BuildId) && !sameIgnoringCase(buildId, query.get(Attribute::BuildId)))
+        return std::nullopt;
+
+    Item item;
+    item.source = path;
+    item.set("path", path);
+    if (!elf.machine().empty()) item.set("machine", std::string(elf.machine()));
+    if (!dynamic.soname.empty()) item.set("soname", dynamic.soname);
+    if (!buildId.empty()) item.set("buildId", buildId);
+    return item;
+}
+
+// Tells items with other captures apart.
+std::string keyOf(const Item& item) {
+    std::string key;
+    for (const Field& field : item.fields) {
+        key += field.name;
+        key += '=' + std::to_string(field.value.size()) + ':';
+        key += field.value;
+    }
+    return key;
+}
+
+// An item for each match that captures something new.
+void addMatches(const Query& query, std::string_view content, const Item& described, Machine& machine,
+                LeafResult& result) {
+    const RE2* const regex = regexOf(query, result);
+    if (regex == nullptr) return;
+    std::unordered_set<std::string> known;
+    for (Matches matches(*regex, content, lastCapture(query)); matches.next();) {
+        if (!roomForMatch(machine, described.source, result)) return;
+        Item item = described;
+        addCaptures(query, matches, item);
+        if (known.insert(keyOf(item)).second) keepItem(machine.effort(), result, std::move(item));
+        if (query.captures().empty()) return;
+    }
+}
+
+void searchSection(const Query& query, const ElfFile& elf, const Item& described, Machine& machine,
+                   LeafResult& result) {
+    const std::string name(query.has(Attribute::Section) ? query.get(Attribute::Section) : ".rodata");
+    const std::uint64_t limit = machine.settings().fileSystem.maxContentSize;
+    std::string content;
+    switch (elf.readSection(name, limit, content)) {
+        case ElfFile::Section::Found:
+            addMatches(query, content, described, machine, result);
+            break;
+        case ElfFile::Section::Missing:
+            break;
+        case ElfFile::Section::TooLarge:
+            result.fail(EventCode::LimitBytes, described.source,
+                        "the section " + name + " is larger than " + std::to_string(limit) + " bytes");
+            break;
+        case ElfFile::Section::Damaged:
+            result.fail(EventCode::Parse, described.source, "the sections are damaged");
+            break;
+    }
+}
+
+}  // namespace
+
+LeafResult lookUpElf(const Query& query, Machine& machine) {
+    LeafResult result;
+    const std::string path(query.get(Attribute::Path));
+    const std::optional<FileParts> file = partsOf(path, machine, result);
+    if (!file) return result;
+    bool damaged = false;
+    const std::optional<ElfFile> elf = ElfFile::open(*file, damaged);
+    if (damaged) result.fail(EventCode::Parse, path, "the ELF header is damaged");
+    if (!elf) return result;
+    std::optional<Item> described = describe(query, *elf, path, result);
+    if (!described) return result;
+    if (query.has(Attribute::Regex) || query.has(Attribute::Section)) {
+        searchSection(query, *elf, *described, machine, result);
+    } else {
+        keepItem(machine.effort(), result, std::move(*described));
+    }
+    return result;
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,94 @@
+#include "toolkit/quorvis/leaves/FileTests.h"
+
+#include <charconv>
+#include <limits>
+
+#include "toolkit/quorvis/facts/Accounts.h"
+#include "toolkit/quorvis/leaves/Machine.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::uint64_t kNobody = std::numeric_limits<std::uint64_t>::max();
+
+std::optional<std::uint64_t> parsed(std::string_view text, int base) {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return lower;
+}
+
+bool isOrAny(const std::optional<std::uint64_t>& wanted, std::uint64_t value) {
+    return !wanted || *wanted == value;
+}
+
+}  // namespace
+
+FileTests::FileTests(const Query& query, Machine& machine, LeafResult& result)
+    : size_(number(query, Attribute::Size, 10, result)),
+      minSize_(number(query, Attribute::MinSize, 10, result)),
+      maxSize_(number(query, Attribute::MaxSize, 10, result)),
+      mode_(number(query, Attribute::Mode, 8, result)),
+      sha256_(lowerCase(query.get(Attribute::Sha256))) {
+    readKind(query, result);
+    readOwner(query, machine, result);
+}
+
+std::optional<std::uint64_t> FileTests::number(const Query& query, Attribute attribute, int base,
+                                               LeafResult& result) {
+    if (!query.has(attribute)) return std::nullopt;
+    const std::optional<std::uint64_t> value = parsed(query.get(attribute), base);
+    if (!value) {
+        valid_ = false;
+        result.fail(EventCode::Unsupported, {},
+                    std::string(nameOf(attribute)) + " is no number: " + std::string(query.get(attribute)));
+    }
+    return value;
+}
+
+void FileTests::readKind(const Query& query, LeafResult& result) {
+    const std::string_view kind = query.get(Attribute::Kind);
+    if (kind.empty() || kind == "any") return;
+    if (kind == "file")
+        kind_ = FileFacts::Kind::File;
+    else if (kind == "dir")
+        kind_ = FileFacts::Kind::Directory;
+    else if (kind == "link")
+        kind_ = FileFacts::Kind::Link;
+    else
+        result.fail(EventCode::Unsupported, {}, "There is no kind of file called " + std::string(kind));
+    valid_ = valid_ && kind_.has_value();
+}
+
+void FileTests::readOwner(const Query& query, Machine& machine, LeafResult& result) {
+    if (!query.has(Attribute::Owner)) return;
+    const std::string_view owner = query.get(Attribute::Owner);
+    owner_ = parsed(owner, 10);
+    if (owner_) return;
+    const Files::Facts accounts = machine.files().look("/etc/passwd");
+    if (accounts.access == Access::Failed) {
+        valid_ = false;
+        result.fail(EventCode::Io, "/etc/passwd", "Cannot be told who " + std::string(owner) + " is");
+        return;
+    }
+    const std::optional<std::uint32_t> number = userNumber(machine.root(), owner);
+    owner_ = number ? std::uint64_t{*number} : kNobody;
+}
+
+bool FileTests::pass(const FileFacts& facts) const {
+    if (kind_ && *kind_ != facts.kind) return false;
+    if (minSize_ && facts.size < *minSize_) return false;
+    if (maxSize_ && facts.size > *maxSize_) return false;
+    return isOrAny(size_, facts.size) && isOrAny(mode_, facts.mode) && isOrAny(owner_, facts.owner);
+}
+
+}  // namespace toolkit::quorvis

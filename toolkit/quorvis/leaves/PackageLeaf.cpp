@@ -1,0 +1,128 @@
+#include <re2/re2.h>
+
+#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/regex/Regex.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+using Row = PackageIndex::Row;
+
+// The scheme in which versions are compared unless the query names one. Those of apk and pacman are ordered much as
+// rpm orders its own, but "1.0_rc1" and "1.0rc1" count as newer than "1.0".
+Scheme usualScheme(PackageType type) {
+    switch (type) {
+        case PackageType::Dpkg:
+            return Scheme::Deb;
+        case PackageType::Rpm:
+        case PackageType::Apk:
+        case PackageType::Pacman:
+            return Scheme::Rpm;
+        case PackageType::Snap:
+        case PackageType::Flatpak:
+            break;
+    }
+    return Scheme::Dotted;
+}
+
+Item itemOf(const Row& row, Machine& machine) {
+    Item item;
+    item.fields.reserve(9);
+    const auto set = [&item](std::string_view name, std::string_view value) {
+        item.set(name, std::string(value));
+    };
+    set("name", row.name);
+    set("version", row.version);
+    set("upstream", row.upstream);
+    set("epoch", row.epoch);
+    set("release", row.release);
+    set("arch", row.architecture);
+    set("source", row.source);
+    set("type", nameOf(row.type));
+    item.set("purl", machine.packages().purl(row, machine));
+    item.source = row.database;
+    return item;
+}
+
+class PackageLookUp {
+  public:
+    PackageLookUp(const Query& query, Machine& machine) : query_(query), machine_(machine) {}
+
+    LeafResult result() {
+        if (readType() && readCompare()) search();
+        return std::move(result_);
+    }
+
+  private:
+    bool readType() {
+        const std::string_view type = query_.get(Attribute::Type);
+        if (type.empty() || type == "any") return true;
+        type_ = packageTypeNamed(type);
+        if (!type_) refuse("no type of packages: ", type);
+        return type_.has_value();
+    }
+
+    bool readCompare() {
+        const std::string_view compare = query_.get(Attribute::Compare);
+        upstreamOnly_ = compare == "upstream";
+        if (!compare.empty() && !upstreamOnly_) refuse("nothing to compare: ", compare);
+        return compare.empty() || upstreamOnly_;
+    }
+
+    void refuse(std::string_view problem, std::string_view value) {
+        result_.fail(EventCode::Unsupported, {}, std::string(problem).append(value));
+    }
+
+    void search() {
+        PackageIndex& packages = machine_.packages();
+        if (query_.has(Attribute::Name)) {
+            for (const Row& row : packages.named(query_.get(Attribute::Name), machine_)) test(row);
+        } else if (!searchNames(query_.get(Attribute::NameRegex))) {
+            return;
+        }
+        packages.tellDamage(type_, result_);
+    }
+
+    // False when it is no expression.
+    bool searchNames(std::string_view pattern) {
+        PackageIndex& packages = machine_.packages();
+        if (const auto* const rows = packages.announced(pattern, machine_)) {
+            for (const Row* const row : *rows) test(*row);
+            return true;
+        }
+        std::string problem;
+        const RE2* const regex = compileRegex(pattern, {}, problem);
+        if (regex == nullptr) {
+            refuse("wrong expression: ", problem);
+            return false;
+        }
+        for (const Row* const row : packages.matching(*regex, machine_)) test(*row);
+        return true;
+    }
+
+    void test(const Row& row) {
+        machine_.effort().watchTimeNowAndThen();
+        if (type_ && row.type != *type_) return;
+        if (!isOrAny(query_, Attribute::Arch, row.architecture)) return;
+        if (!isOrAny(query_, Attribute::Source, row.source)) return;
+        const std::string_view version = upstreamOnly_ ? row.upstream : row.version;
+        if (!passesVersion(query_, usualScheme(row.type), version, std::string(row.database), result_))
+            return;
+        keepItem(machine_.effort(), result_, itemOf(row, machine_));
+    }
+
+    const Query& query_;
+    Machine& machine_;
+    LeafResult result_;
+    std::optional<PackageType> type_;  // none for any
+    bool upstreamOnly_ = false;
+};
+
+}  // namespace
+
+LeafResult lookUpPackage(const Query& query, Machine& machine) {
+    return PackageLookUp(query, machine).result();
+}
+
+}  // namespace toolkit::quorvis

@@ -1,0 +1,63 @@
+#include <re2/re2.h>
+
+#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/regex/Regex.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+// The program's name or the one that the process has given itself, whichever is asked for; null when it is
+// neither. A script is asked for by its own name, not by that of what runs it.
+std::optional<std::string_view> matchingName(const Query& query, const Process& process) {
+    if (isOrAny(query, Attribute::Name, process.name())) return process.name();
+    if (isOrAny(query, Attribute::Name, process.comm)) return process.comm;
+    return std::nullopt;
+}
+
+bool isUser(const Query& query, const Process& process) {
+    return isOrAny(query, Attribute::User, process.user) ||
+           isOrAny(query, Attribute::User, std::to_string(process.uid));
+}
+
+Item itemOf(const Process& process, std::string_view name) {
+    Item item;
+    item.source = "/proc/" + std::to_string(process.pid);
+    item.set("pid", std::to_string(process.pid));
+    item.set("name", std::string(name));
+    if (!process.exe.empty()) item.set("exe", process.exe);
+    item.set("user", process.user);
+    return item;
+}
+
+}  // namespace
+
+LeafResult lookUpProcess(const Query& query, Machine& machine) {
+    LeafResult result;
+    std::string problem;
+    const RE2* const regex = compileRegex(query.get(Attribute::ArgsRegex), {}, problem);
+    if (regex == nullptr) {
+        result.fail(EventCode::Unsupported, {}, "wrong expression: " + problem);
+        return result;
+    }
+    std::size_t denied = 0;
+    for (const Process& process : machine.processes().processes(machine)) {
+        machine.effort().watchTimeNowAndThen();
+        const std::optional<std::string_view> name = matchingName(query, process);
+        const bool passes = isUser(query, process) && RE2::PartialMatch(process.args, *regex);
+        if (passes && name && process.exeDenied && query.has(Attribute::Exe)) ++denied;
+        if (!passes || !name || !isOrAny(query, Attribute::Exe, process.exe)) continue;
+        keepItem(machine.effort(), result, itemOf(process, *name));
+    }
+    if (denied > 0) {
+        result.fail(EventCode::Permission, "/proc",
+                    "the programs of " + std::to_string(denied) + " processes may not be seen");
+    }
+    const Processes& processes = machine.processes();
+    result.events.insert(result.events.end(), processes.events().begin(), processes.events().end());
+    result.incomplete = result.incomplete || processes.incomplete();
+    return result;
+}
+
+}  // namespace toolkit::quorvis

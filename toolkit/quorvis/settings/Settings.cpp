@@ -1,0 +1,213 @@
+#include "toolkit/quorvis/settings/Settings.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/machine/text/SameText.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+// Takes a decimal number from the front; what follows it, without blanks around it, stays in `text`.
+std::optional<std::uint64_t> takeNumber(std::string_view& text) {
+    text = trimmed(text);
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc()) return std::nullopt;
+    text = trimmed(text.substr(static_cast<std::size_t>(end - text.data())));
+    return number;
+}
+
+template <class Number>
+bool setNumber(Number& target, std::string_view text, std::uint64_t least, std::uint64_t most) {
+    const std::optional<std::uint64_t> number = takeNumber(text);
+    if (!number || !text.empty() || *number < least || *number > most) return false;
+    target = static_cast<Number>(*number);
+    return true;
+}
+
+bool setCount(std::uint64_t& target, std::string_view text) {
+    return setNumber(target, text, 1, std::numeric_limits<std::uint64_t>::max());
+}
+
+// How many bits the unit stands for: "K", "KB", "KiB" and so on; none when it is no unit.
+std::optional<unsigned> shiftOf(std::string_view unit) {
+    constexpr std::array<std::pair<std::string_view, unsigned>, 4> kUnits = {
+        {{"", 0}, {"k", 10}, {"m", 20}, {"g", 30}}};
+    for (const auto& [letter, shift] : kUnits) {
+        for (const std::string_view tail : {"", "b", "ib"}) {
+            if (sameButForCase(unit, std::string(letter).append(tail))) return shift;
+        }
+    }
+    return std::nullopt;
+}
+
+bool setSize(std::uint64_t& target, std::string_view text) {
+    const std::optional<std::uint64_t> number = takeNumber(text);
+    const std::optional<unsigned> shift = shiftOf(text);
+    if (!number || !shift || *number > std::numeric_limits<std::uint64_t>::max() >> *shift) return false;
+    target = *number << *shift;
+    return true;
+}
+
+bool setSeconds(std::chrono::seconds& target, std::string_view text) {
+    constexpr std::uint64_t kMost = 604'800;  // a week
+    const std::optional<std::uint64_t> number = takeNumber(text);
+    if (!number || !(text.empty() || sameButForCase(text, "s")) || *number == 0 || *number > kMost)
+        return false;
+    target = std::chrono::seconds(*number);
+    return true;
+}
+
+bool setBoolean(bool& target, std::string_view text) {
+    text = trimmed(text);
+    const bool yes = sameButForCase(text, "true") || sameButForCase(text, "yes") || text == "1";
+    if (!yes && !sameButForCase(text, "false") && !sameButForCase(text, "no") && text != "0") return false;
+    target = yes;
+    return true;
+}
+
+bool setText(std::string& target, std::string_view text) {
+    target = text;
+    return !text.empty();
+}
+
+bool addPath(std::vector<std::string>& target, std::string_view text) {
+    if (!text.starts_with('/')) return false;
+    target.emplace_back(text);
+    return true;
+}
+
+bool isPackageType(std::string_view name) {
+    for (const std::string_view type : {"dpkg", "rpm", "apk", "pacman", "snap", "flatpak"}) {
+        if (name == type) return true;
+    }
+    return false;
+}
+
+// Names between commas or blanks.
+bool addTypes(std::vector<std::string>& target, std::string_view text) {
+    std::vector<std::string> added = target;
+    while (!text.empty()) {
+        std::string_view field = takeField(text, ',');
+        for (std::string_view word = nextWord(field); !word.empty(); word = nextWord(field)) {
+            std::string name;
+            for (const char c : word) name += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+            if (!isPackageType(name)) return false;
+            added.push_back(std::move(name));
+        }
+    }
+    target = std::move(added);
+    return true;
+}
+
+bool setDevices(bool& target, std::string_view text) {
+    if (!sameButForCase(trimmed(text), "local")) return setBoolean(target, text);
+    target = true;
+    return true;
+}
+
+bool setOnInvalid(bool& skip, std::string_view text) {
+    skip = sameButForCase(trimmed(text), "skip");
+    return skip || sameButForCase(trimmed(text), "fail");
+}
+
+constexpr std::string_view kBoolean = "true or false";
+constexpr std::string_view kNumber = "a number of 1 or more";
+constexpr std::string_view kSize = "a number of bytes, or of K, M or G";
+constexpr std::string_view kPath = "an absolute path";
+constexpr std::string_view kText = "a text";
+
+struct Row {
+    std::string_view plugin;
+    std::string_view attribute;
+    std::string_view expected;
+    bool (*apply)(Settings& settings, std::string_view value);
+};
+
+constexpr Row kRows[] = {
+    {"FileSystem", "root", kText,
+     [](Settings& s, std::string_view v) { return setText(s.fileSystem.root, v); }},
+    {"FileSystem", "maxDepth", "a number from 1 to 64",
+     [](Settings& s, std::string_view v) { return setNumber(s.fileSystem.maxDepth, v, 1, 64); }},
+    {"FileSystem", "maxEntries", kNumber,
+     [](Settings& s, std::string_view v) { return setCount(s.fileSystem.maxEntries, v); }},
+    {"FileSystem", "maxEntriesPerDirectory", kNumber,
+     [](Settings& s, std::string_view v) { return setCount(s.fileSystem.maxEntriesPerDirectory, v); }},
+    {"FileSystem", "maxMatches", kNumber,
+     [](Settings& s, std::string_view v) { return setCount(s.fileSystem.maxMatches, v); }},
+    {"FileSystem", "maxFileSize", kSize,
+     [](Settings& s, std::string_view v) { return setSize(s.fileSystem.maxContentSize, v); }},
+    {"FileSystem", "maxHashSize", kSize,
+     [](Settings& s, std::string_view v) { return setSize(s.fileSystem.maxHashedSize, v); }},
+    {"FileSystem", "crossDevices", "local, true or false",
+     [](Settings& s, std::string_view v) { return setDevices(s.fileSystem.crossDevices, v); }},
+    {"FileSystem", "remote", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.fileSystem.remote, v); }},
+    {"FileSystem", "exclude", kPath,
+     [](Settings& s, std::string_view v) { return addPath(s.fileSystem.exclude, v); }},
+    {"FileSystem", "wholeTree", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.fileSystem.wholeTree, v); }},
+    {"Packages", "types", "names of package formats",
+     [](Settings& s, std::string_view v) { return addTypes(s.packages.types, v); }},
+    {"Packages", "database", kPath,
+     [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.packages.database, v); }},
+    {"Processes", "enabled", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.processes.enabled, v); }},
+    {"Swid", "enabled", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.swid.enabled, v); }},
+    {"Swid", "directory", kPath,
+     [](Settings& s, std::string_view v) { return addPath(s.swid.directories, v); }},
+    {"Secrets", "allow", kPath, [](Settings& s, std::string_view v) { return addPath(s.secrets.allow, v); }},
+    {"Sandbox", "required", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.sandbox.required, v); }},
+    {"Evaluation", "timeLimit", "a number of seconds from 1 to 604800",
+     [](Settings& s, std::string_view v) { return setSeconds(s.evaluation.timeLimit, v); }},
+    {"Evaluation", "memoryLimit", kSize,
+     [](Settings& s, std::string_view v) { return setSize(s.evaluation.memoryLimit, v); }},
+    {"Evaluation", "jobs", "a number from 1 to 64",
+     [](Settings& s, std::string_view v) { return setNumber(s.evaluation.jobs, v, 1, 64); }},
+    {"Evaluation", "onInvalid", "fail or skip",
+     [](Settings& s, std::string_view v) { return setOnInvalid(s.evaluation.skipInvalid, v); }},
+    {"Evaluation", "evidence", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.evaluation.evidence, v); }},
+    {"Evaluation", "cache", kPath,
+     [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.evaluation.cache, v); }},
+};
+
+// What is wrong with the setting; empty when it was applied.
+std::string apply(const PluginSetting& given, Settings& settings) {
+    bool knownPlugin = false;
+    for (const Row& row : kRows) {
+        if (!sameButForCase(row.plugin, given.plugin)) continue;
+        knownPlugin = true;
+        if (!sameButForCase(row.attribute, given.attribute)) continue;
+        Settings changed = settings;
+        if (!row.apply(changed, given.value)) {
+            return std::string("\"").append(given.value).append("\" is not ").append(row.expected);
+        }
+        settings = std::move(changed);
+        return {};
+    }
+    return knownPlugin ? "the plug-in has no such setting" : "there is no such plug-in";
+}
+
+}  // namespace
+
+Settings makeSettings(const std::vector<PluginSetting>& given, std::vector<Event>& events) {
+    Settings settings;
+    for (const PluginSetting& setting : given) {
+        const std::string problem = apply(setting, settings);
+        if (problem.empty()) continue;
+        events.push_back(
+            {EventCode::Config, {}, setting.plugin + "/" + setting.attribute + ": " + problem, {}, {}});
+    }
+    return settings;
+}
+
+}  // namespace toolkit::quorvis

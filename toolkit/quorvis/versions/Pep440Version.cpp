@@ -1,0 +1,171 @@
+#include <algorithm>
+#include <string>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/versions/VersionSchemes.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+using Number = std::string_view;  // digits without leading zeros
+
+struct Parts {
+    Number epoch;
+    std::string_view release;  // "1.2.0"
+    char stage = 0;            // 'a', 'b', 'c' (release candidate); 0 for none
+    Number preRelease;
+    std::optional<Number> post;
+    std::optional<Number> dev;
+    std::string_view local;  // empty for none
+};
+
+bool isSeparator(char c) {
+    return c == '.' || c == '-' || c == '_';
+}
+
+struct Word {
+    std::string_view text;
+    char stage;
+};
+
+// The longer ones of those that begin alike come first.
+constexpr Word kStages[] = {{"alpha", 'a'},   {"a", 'a'},   {"beta", 'b'}, {"b", 'b'},
+                            {"preview", 'c'}, {"pre", 'c'}, {"rc", 'c'},   {"c", 'c'}};
+constexpr Word kPost[] = {{"post", 1}, {"rev", 1}, {"r", 1}};
+constexpr Word kDev[] = {{"dev", 1}};
+
+// Takes "[-_.]word[-_.][digits]" and gives the word's stage; 0 with nothing taken when no such word follows.
+template <std::size_t Count>
+char takeMarked(std::string_view& text, const Word (&words)[Count], Number& number) {
+    std::string_view rest = text;
+    if (!rest.empty() && isSeparator(rest.front())) rest.remove_prefix(1);
+    for (const Word& word : words) {
+        if (!rest.starts_with(word.text)) continue;
+        rest.remove_prefix(word.text.size());
+        if (rest.size() > 1 && isSeparator(rest[0]) && isDigit(rest[1])) rest.remove_prefix(1);
+        number = takeNumber(rest);
+        text = rest;
+        return word.stage;
+    }
+    return 0;
+}
+
+// Takes digits with dots between them; a dot at the end belongs to what follows.
+std::string_view takeRelease(std::string_view& text) {
+    std::size_t end = 0;
+    while (end < text.size() && (isDigit(text[end]) || (end > 0 && text[end] == '.' &&
+                                                        end + 1 < text.size() && isDigit(text[end + 1])))) {
+        ++end;
+    }
+    const std::string_view release = text.substr(0, end);
+    text.remove_prefix(end);
+    return release;
+}
+
+void takePost(std::string_view& text, Parts& parts) {
+    Number number;
+    if (takeMarked(text, kPost, number) != 0) {
+        parts.post = number;
+    } else if (text.size() > 1 && text[0] == '-' && isDigit(text[1])) {
+        text.remove_prefix(1);
+        parts.post = takeNumber(text);
+    }
+}
+
+bool isLocal(std::string_view text) {
+    if (text.empty() || isSeparator(text.front()) || isSeparator(text.back())) return false;
+    const auto bothSeparate = [](char a, char b) { return isSeparator(a) && isSeparator(b); };
+    return std::ranges::adjacent_find(text, bothSeparate) == text.end() &&
+           consistsOf(text, [](char c) { return isDigit(c) || isLetter(c) || isSeparator(c); });
+}
+
+// `version` is in small letters.
+std::optional<Parts> partsOf(std::string_view version) {
+    Parts parts;
+    version = trimmed(version);
+    if (version.starts_with('v')) version.remove_prefix(1);
+    parts.epoch = takeEpoch(version, '!');
+    parts.release = takeRelease(version);
+    if (parts.release.empty()) return {};
+    parts.stage = takeMarked(version, kStages, parts.preRelease);
+    takePost(version, parts);
+    Number number;
+    if (takeMarked(version, kDev, number) != 0) parts.dev = number;
+    if (version.empty()) return parts;
+    parts.local = version.substr(1);
+    if (version.front() != '+' || !isLocal(parts.local)) return {};
+    return parts;
+}
+
+std::weak_ordering compareReleases(std::string_view left, std::string_view right) {
+    while (!left.empty() || !right.empty()) {
+        std::string_view l = takeField(left, '.');
+        std::string_view r = takeField(right, '.');
+        if (const auto order = compareNumbers(takeNumber(l), takeNumber(r)); order != 0) return order;
+    }
+    return std::weak_ordering::equivalent;
+}
+
+// A development release of the version itself comes before its alphas; the version itself behind its candidates.
+char stageOf(const Parts& parts) {
+    if (parts.stage != 0) return parts.stage;
+    return parts.dev && !parts.post ? 'A' : 'z';
+}
+
+// `none` is where the one without a number stands.
+std::weak_ordering compareOptional(const std::optional<Number>& left, const std::optional<Number>& right,
+                                   std::weak_ordering none) {
+    if (left && right) return compareNumbers(*left, *right);
+    if (left.has_value() == right.has_value()) return std::weak_ordering::equivalent;
+    return left ? 0 <=> none : none;
+}
+
+// The next part of a local version: what stands before a separator.
+std::string_view takeLocalPart(std::string_view& local) {
+    const std::string_view part = takeRun(local, [](char c) { return !isSeparator(c); });
+    if (!local.empty()) local.remove_prefix(1);
+    return part;
+}
+
+std::weak_ordering compareLocals(std::string_view left, std::string_view right) {
+    while (!left.empty() && !right.empty()) {
+        std::string_view l = takeLocalPart(left);
+        std::string_view r = takeLocalPart(right);
+        const bool leftIsNumber = consistsOf(l, isDigit);
+        const bool rightIsNumber = consistsOf(r, isDigit);
+        if (leftIsNumber != rightIsNumber) return leftIsNumber <=> rightIsNumber;
+        const std::weak_ordering order =
+            leftIsNumber ? compareNumbers(takeNumber(l), takeNumber(r)) : std::weak_ordering(l <=> r);
+        if (order != 0) return order;
+    }
+    return !left.empty() <=> !right.empty();
+}
+
+std::string inSmallLetters(std::string_view text) {
+    std::string small(text);
+    for (char& c : small) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return small;
+}
+
+}  // namespace
+
+VersionOrder comparePep440(std::string_view left, std::string_view right) {
+    const std::string leftText = inSmallLetters(left);
+    const std::string rightText = inSmallLetters(right);
+    const std::optional<Parts> l = partsOf(leftText);
+    const std::optional<Parts> r = partsOf(rightText);
+    if (!l || !r) return {};
+    if (const auto order = compareNumbers(l->epoch, r->epoch); order != 0) return order;
+    if (const auto order = compareReleases(l->release, r->release); order != 0) return order;
+    if (const auto order = stageOf(*l) <=> stageOf(*r); order != 0) return order;
+    if (const auto order = compareNumbers(l->preRelease, r->preRelease); order != 0) return order;
+    if (const auto order = compareOptional(l->post, r->post, std::weak_ordering::less); order != 0)
+        return order;
+    if (const auto order = compareOptional(l->dev, r->dev, std::weak_ordering::greater); order != 0)
+        return order;
+    return compareLocals(l->local, r->local);
+}
+
+}  // namespace toolkit::quorvis

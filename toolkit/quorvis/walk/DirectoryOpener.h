@@ -1,0 +1,81 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kest/Descriptor.h"
+#include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvis/files/Disclosure.h"
+#include "toolkit/quorvis/files/FileFinder.h"
+#include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/settings/Settings.h"
+#include "toolkit/quorvis/walk/DirectoryChain.h"
+#include "toolkit/quorvis/walk/GlobPattern.h"
+#include "toolkit/quorvis/walk/MountTable.h"
+
+namespace toolkit::quorvis {
+
+// Opens directories for a walk, and decides which ones a walk enters. It never enters /proc, /sys, /dev and /run, the
+// stores of containers, which hold other machines' files (/var/lib/ docker, containers, containerd, lxc, lxd, incus,
+// machines, kubelet; /var/snap/lxd; .local/share/containers of users), what the kernel makes up elsewhere, what other users
+// may not look into, and what the settings exclude. Several threads may use it.
+class DirectoryOpener {
+  public:
+    DirectoryOpener(const Root& root, const Settings& settings);
+
+    // What came of it; neither a directory nor a problem when there is nothing to enter.
+    struct Result {
+        kest::Descriptor directory;
+        bool behindLink = false;  // whether a link was followed on the whole way
+        // Why not; with a directory, why its names cannot be listed.
+        std::optional<EventCode> problem;
+        std::string text;
+    };
+    struct Child {
+        const char* name = nullptr;
+        const std::string& path;  // in the tree, as the walk came here
+        bool link = false;        // known to be one
+        bool toList = false;      // else only to open what it holds by name
+    };
+    Result openTop(bool toList) const;
+    // Opens a child of the last of these directories. A link is followed.
+    Result open(const DirectoryChain& parents, const Child& child);
+
+    // Whether the last of these directories may be searched for the child with this path.
+    bool mayAsk(const DirectoryChain& parents, std::string_view path) const;
+
+    // Whether something that is not even to be asked about is mounted at this path, which the walk came to through
+    // these directories.
+    bool isRemote(const DirectoryChain& parents, std::string_view path) const;
+
+  private:
+    int openAt(int parent, const Child& child, bool across);
+    bool isRemote(std::string_view place) const;
+    std::string placeOf(const DirectoryChain& parents, std::string_view path) const;
+    Result openAllowed(const DirectoryChain& parents, const Child& child);
+    Result openPlain(const DirectoryChain& parents, const Child& child);
+    Result openMount(const DirectoryChain& parents, const Child& child);
+    Result follow(int parent, const Child& child) const;
+    Result disclosed(Result result, const std::string& place, bool toList) const;
+    Result opened(int parent, const Child& child, int descriptor) const;
+    bool isExcluded(std::string_view path) const;
+    bool liesInExcluded(std::string_view path) const;
+    bool leadsToRemote(const std::string& path) const;
+
+    const Root& root_;
+    Disclosure disclosure_;
+    FileFinder finder_;
+    MountTable mounts_;
+    std::vector<PathPattern> exclude_;
+    bool crossDevices_;
+    bool remote_;
+    bool kernelResolves_;
+    std::atomic<bool> keepTimes_ = true;  // whether times of access may be left alone
+    mutable std::mutex readingLinks_;     // for the root counts denials
+};
+
+}  // namespace toolkit::quorvis

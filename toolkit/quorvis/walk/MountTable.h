@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "toolkit/machine/files/Root.h"
+
+namespace toolkit::quorvis {
+
+// Whether files of this type ("nfs4", "fuse.sshfs", "autofs") come from other machines or from programs, so that merely
+// asking for one can take forever.
+bool isRemoteFileSystem(std::string_view type);
+
+// What is mounted in a tree, at the time when the table is made.
+class MountTable {
+  public:
+    explicit MountTable(const Root& root);
+
+    enum class Kind : unsigned char { None, Local, Remote };
+    // What is mounted at exactly this path of the tree, which names no links.
+    Kind at(std::string_view path) const;
+    bool anyRemote() const { return anyRemote_; }
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    std::unordered_map<std::string, Kind, Hash, std::equal_to<>> mounts_;
+    bool anyRemote_ = false;
+};
+
+}  // namespace toolkit::quorvis
