@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <map>
 
-#include "GroupTester.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
 #include "toolkit/machine/files/MountInfo.h"
 #include "toolkit/quorvah/sources/FileSystemUsage.h"
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "GroupTester.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
 #include "toolkit/machine/packages/DpkgStatus.h"
 #include "toolkit/machine/text/IsoTime.h"
 

@@ -1,7 +1,7 @@
 // Devices, adapters, addresses and drives of a captured tree.
 #include <gtest/gtest.h>
 
-#include "GroupTester.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
 namespace {
