@@ -2,18 +2,16 @@
 
 #include <cstring>
 
+#include "kest/Ascii.h"
+
 namespace kest {
 
 namespace {
 
-bool isUpper(char letter) {
-    return letter >= 'A' && letter <= 'Z';
-}
-
 // "Permission denied" begins small inside a sentence, "RFS specific error" does not.
 std::string insideASentence(std::string text) {
-    const bool isWord = text.size() > 1 && isUpper(text[0]) && !isUpper(text[1]);
-    if (isWord) text[0] = static_cast<char>(text[0] - 'A' + 'a');
+    const bool isWord = text.size() > 1 && isAsciiUpper(text[0]) && !isAsciiUpper(text[1]);
+    if (isWord) text[0] = asciiLower(text[0]);
     return text;
 }
 

@@ -4,7 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include "kest/Retry.h"
 
 namespace kest {
 
@@ -17,11 +17,9 @@ constexpr int signalOffset = 128;
 // By the bare system call: the function of the C library notes in the thread's memory that it may be cancelled there.
 int waitForChild(pid_t pid) {
     siginfo_t info = {};
-    long result = 0;
-    do {
-        result = syscall(SYS_waitid, P_PID, pid, &info, WEXITED, nullptr);
-    } while (result != 0 && errno == EINTR);
-    if (result != 0) return unknownExitStatus;
+    const long result =
+        retryInterrupted([&] { return syscall(SYS_waitid, P_PID, pid, &info, WEXITED, nullptr); });
+    if (result < 0) return unknownExitStatus;
     return info.si_code == CLD_EXITED ? info.si_status : signalOffset + info.si_status;
 }
 

@@ -3,17 +3,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+
+#include "kest/Malloced.h"
 
 namespace kest {
-
-namespace {
-
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
-
-}  // namespace
 
 wchar_t* i_wsprintf(const char* format, ...) {
     char* formatted = nullptr;
@@ -22,7 +15,7 @@ wchar_t* i_wsprintf(const char* format, ...) {
     const int length = vasprintf(&formatted, format, arguments);
     va_end(arguments);
     if (length < 0) return nullptr;
-    const std::unique_ptr<char, Free> bytes(formatted);
+    const Malloced<char> bytes(formatted);
     const auto size = static_cast<std::size_t>(length) + 1;
     auto* const wide = static_cast<wchar_t*>(std::malloc(size * sizeof(wchar_t)));
     if (wide == nullptr) return nullptr;

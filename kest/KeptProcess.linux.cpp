@@ -10,6 +10,7 @@
 #include <csignal>
 
 #include "kest/Descriptors.linux.h"
+#include "kest/Retry.h"
 #include "kest/SharedMemory.linux.h"
 #include "kest/SignalsBlocked.h"
 
@@ -71,17 +72,14 @@ bool KeptProcess::hasReport() const {
 
 // False when the keeper was killed.
 bool KeptProcess::receive(int& report) const {
-    long length = 0;
-    do {
-        length = syscall(SYS_read, reports_.number(), &report, sizeof report);
-    } while (length < 0 && errno == EINTR);
+    const long length =
+        retryInterrupted([&] { return syscall(SYS_read, reports_.number(), &report, sizeof report); });
     return length == sizeof report;
 }
 
 void KeptProcess::takeKeeperAway() {
-    // ECHILD: the host waits for whatever there is, and the keeper has ended.
-    while (waitpid(keeper_, nullptr, __WALL) < 0 && errno != ECHILD) {
-    }
+    // Fails when the host has waited for any child and so for the keeper, which has ended then.
+    retryInterrupted([this] { return waitpid(keeper_, nullptr, __WALL); });
     keeper_ = 0;
 }
 

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "kest/Launcher.h"
+#include "kest/Retry.h"
 #include "kest/StandardStreams.h"
 
 namespace kest {
@@ -27,10 +28,7 @@ class SpawnedProcess final : public Process {
     int wait() override {
         if (pid_ <= 0) return status_;
         int status = 0;
-        pid_t ended = 0;
-        do {
-            ended = waitpid(pid_, &status, 0);
-        } while (ended < 0 && errno == EINTR);
+        const pid_t ended = retryInterrupted([&] { return waitpid(pid_, &status, 0); });
         if (ended == pid_)
             status_ = WIFEXITED(status) ? WEXITSTATUS(status) : signalOffset + WTERMSIG(status);
         pid_ = 0;

@@ -4,8 +4,9 @@
 #include <sys/ioctl.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <iterator>
+
+#include "kest/Retry.h"
 
 namespace kest {
 
@@ -21,10 +22,7 @@ std::string_view PipeStream::readSome() {
 bool PipeStream::fill() {
     if (!pipe_.isOpen()) return false;
     const std::size_t size = awaitBytes();
-    ssize_t length = 0;
-    do {
-        length = ::read(pipe_.number(), block_.get(), size);
-    } while (length < 0 && errno == EINTR);
+    const ssize_t length = retryInterrupted([&] { return ::read(pipe_.number(), block_.get(), size); });
     if (length <= 0) {
         pipe_.close();
         return false;
@@ -49,11 +47,7 @@ std::size_t PipeStream::awaitBytes() {
 // Waits until either has happened: the pipe can be read, or the writer has ended. Where waiting fails, reading waits.
 bool PipeStream::hasWriterEnded() {
     pollfd events[] = {{pipe_.number(), POLLIN, 0}, {writerEnded_, POLLIN, 0}};
-    int count = 0;
-    do {
-        count = poll(events, std::size(events), -1);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) return false;
+    if (retryInterrupted([&] { return poll(events, std::size(events), -1); }) < 0) return false;
     // Somebody killed what would have told the end.
     if ((events[1].revents & (POLLIN | POLLHUP)) == POLLHUP) writerEnded_ = -1;
     return (events[1].revents & POLLIN) != 0;

@@ -2,18 +2,14 @@
 
 #include <algorithm>
 
+#include "kest/Ascii.h"
+
 namespace kest {
 
 namespace {
 
 int sign(int order) {
     return (order > 0) - (order < 0);
-}
-
-// ASCII by hand: names in the scanners' files are ASCII, and towlower would follow the host's locale.
-wchar_t lower(wchar_t character) {
-    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character + (L'a' - L'A'))
-                                                  : character;
 }
 
 }  // namespace
@@ -30,10 +26,10 @@ int String::compareTo(const String& other, int ignoreCase) const {
     if (ignoreCase == 0) return sign(text_.compare(other.text_));
     const auto [a, b] =
         std::mismatch(text_.begin(), text_.end(), other.text_.begin(), other.text_.end(),
-                      [](wchar_t mine, wchar_t theirs) { return lower(mine) == lower(theirs); });
+                      [](wchar_t mine, wchar_t theirs) { return asciiLower(mine) == asciiLower(theirs); });
     if (a == text_.end()) return b == other.text_.end() ? 0 : -1;
     if (b == other.text_.end()) return 1;
-    return lower(*a) < lower(*b) ? -1 : 1;
+    return asciiLower(*a) < asciiLower(*b) ? -1 : 1;
 }
 
 }  // namespace kest

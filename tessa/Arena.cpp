@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
 constexpr std::size_t kLargestBlock = std::size_t{4} << 20;
 
-std::byte* newBlock(std::size_t size) {
+std::byte* allocateBlock(std::size_t size) {
     if (size < kLargePage) return static_cast<std::byte*>(std::malloc(size));
     const std::size_t wholeSteps = (size + kLargePage - 1) / kLargePage * kLargePage;
     void* const block = std::aligned_alloc(kLargePage, wholeSteps);
@@ -28,7 +28,7 @@ void Arena::addBlock(std::size_t bytes) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kLargestBlock);
     const std::size_t size = std::max(aligned(bytes), blockSize_);
     budget_.charge(size);
-    std::unique_ptr<std::byte, Release> block(newBlock(size));
+    kest::Malloced<std::byte> block(allocateBlock(size));
     if (block == nullptr) throw std::bad_alloc();
     blocks_.push_back(std::move(block));
     next_ = blocks_.back().get();

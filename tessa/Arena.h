@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <vector>
+
+#include "kest/Malloced.h"
 
 namespace tessa {
 
@@ -60,12 +60,8 @@ class Arena {
         return (bytes + kAlignment - 1) & ~(kAlignment - 1);
     }
 
-    struct Release {
-        void operator()(std::byte* block) const { std::free(block); }
-    };
-
     Budget& budget_;
-    std::vector<std::unique_ptr<std::byte, Release>> blocks_;
+    std::vector<kest::Malloced<std::byte>> blocks_;
     std::byte* next_ = nullptr;
     std::byte* end_ = nullptr;
     std::size_t blockSize_ = 0;

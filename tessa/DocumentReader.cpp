@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kest/Ascii.h"
 #include "kest/Shown.h"
 #include "kest/Text.h"
 #include "tessa/Encoding.h"
@@ -184,9 +185,10 @@ class Document {
         isDeclared_ = true;
         if (!form_.fits(encoding)) throw wrongEncoding(encoding);
         if (transcoder_) {
-            if (form_.transcoded == nullptr && !sameName(encoding, encoding_)) throw wrongEncoding(encoding_);
+            if (form_.transcoded == nullptr && !kest::equalsIgnoringCase(encoding, encoding_))
+                throw wrongEncoding(encoding_);
         } else if (ByteForm::readByExpat(encoding)) {
-            isLatin1_ = sameName(encoding, "ISO-8859-1");
+            isLatin1_ = kest::equalsIgnoringCase(encoding, "ISO-8859-1");
         } else {
             otherEncoding_ = form_.transcoded != nullptr ? form_.transcoded : encoding;
             XML_StopParser(parser_.get(), XML_FALSE);

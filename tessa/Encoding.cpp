@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "kest/Ascii.h"
 #include "tessa/Utf8.h"
 
 namespace tessa {
@@ -11,13 +12,9 @@ namespace {
 
 using namespace std::string_view_literals;
 
-char lowerCase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 bool isOneOf(std::string_view name, std::span<const std::string_view> names) {
     return std::any_of(names.begin(), names.end(),
-                       [name](std::string_view each) { return sameName(each, name); });
+                       [name](std::string_view each) { return kest::equalsIgnoringCase(each, name); });
 }
 
 using Names = std::array<std::string_view, 4>;
@@ -42,11 +39,6 @@ const ByteForm kForms[] = {
 };
 
 }  // namespace
-
-bool sameName(std::string_view one, std::string_view other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char left, char right) { return lowerCase(left) == lowerCase(right); });
-}
 
 const ByteForm& ByteForm::of(std::string_view begin) {
     return *std::find_if(std::begin(kForms), std::end(kForms),

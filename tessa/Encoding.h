@@ -29,7 +29,4 @@ struct ByteForm {
     bool marked;             // with a byte order mark, so the encoding need not be declared
 };
 
-// Equal but for the case of ASCII letters.
-bool sameName(std::string_view one, std::string_view other);
-
 }  // namespace tessa

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "kest/ErrorText.h"
+#include "kest/Retry.h"
 #include "kest/StandardStreams.h"
 #include "tessa/Fault.h"
 
@@ -45,11 +46,8 @@ const char* kindOf(mode_t mode) {
 
 kest::Descriptor openedFile(const char* path) {
     return kest::Descriptor(kest::openedAbove([path] {
-        int number = -1;
-        do {
-            number = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        } while (number < 0 && errno == EINTR);
-        return number;
+        return kest::retryInterrupted(
+            [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     }));
 }
 
@@ -64,22 +62,18 @@ InputFile::InputFile(const char* path, std::size_t largest) : largest_(largest),
 }
 
 int InputFile::read(void* buffer, int size) {
-    for (;;) {
-        const ssize_t count = ::read(file_.number(), buffer, static_cast<std::size_t>(size));
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) failToRead(errno);
-        given_ += static_cast<std::size_t>(count);
-        if (given_ > largest_) refuseSize(largest_);
-        return static_cast<int>(count);
-    }
+    const ssize_t count = kest::retryInterrupted(
+        [&] { return ::read(file_.number(), buffer, static_cast<std::size_t>(size)); });
+    if (count < 0) failToRead(errno);
+    given_ += static_cast<std::size_t>(count);
+    if (given_ > largest_) refuseSize(largest_);
+    return static_cast<int>(count);
 }
 
 std::size_t InputFile::peek(char* buffer, std::size_t size) const {
-    for (;;) {
-        const ssize_t count = ::pread(file_.number(), buffer, size, 0);
-        if (count >= 0) return static_cast<std::size_t>(count);
-        if (errno != EINTR) failToRead(errno);
-    }
+    const ssize_t count = kest::retryInterrupted([&] { return ::pread(file_.number(), buffer, size, 0); });
+    if (count < 0) failToRead(errno);
+    return static_cast<std::size_t>(count);
 }
 
 void InputFile::rewind() {

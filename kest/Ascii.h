@@ -1,0 +1,25 @@
+// Letters of ASCII, independent of the host's locale.
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+
+namespace kest {
+
+template <class Character>
+constexpr bool isAsciiUpper(Character character) {
+    return character >= 'A' && character <= 'Z';
+}
+
+template <class Character>
+constexpr Character asciiLower(Character character) {
+    return isAsciiUpper(character) ? static_cast<Character>(character + ('a' - 'A')) : character;
+}
+
+// Case-insensitive for ASCII letters only.
+constexpr bool equalsIgnoringCase(std::string_view one, std::string_view other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](char left, char right) { return asciiLower(left) == asciiLower(right); });
+}
+
+}  // namespace kest
