@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 #include <new>
 #include <utility>
 
@@ -15,6 +14,7 @@
 #include "kest/ErrorText.h"
 #include "kest/ForksHeldOff.h"
 #include "kest/Format.h"
+#include "kest/Malloced.h"
 #include "kest/Shown.h"
 #include "kest/Text.h"
 
@@ -24,10 +24,6 @@ namespace {
 
 constexpr const char* kInit = "TemporaryDir::init()";
 constexpr mode_t kOwnerOnly = 0x41C0;  // a directory; read, write and search for the owner
-
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
 
 // The generator has a lock, which a child that the host forks in the wrong moment would inherit.
 int pseudoRandom() {
@@ -46,7 +42,7 @@ int attemptBudget() {
 }
 
 std::wstring numberSuffix(int number) {
-    const std::unique_ptr<wchar_t, Free> suffix(kest::i_wsprintf("_%d", number));
+    const kest::Malloced<wchar_t> suffix(kest::i_wsprintf("_%d", number));
     if (suffix == nullptr) throw std::bad_alloc();
     return suffix.get();
 }
@@ -66,10 +62,10 @@ char randomCharacter(unsigned int random) {
 
 }  // namespace
 
-TemporaryDir::TemporaryDir(ZAVlog* log, const wchar_t* basePath) : log_(log) {
+TemporaryDir::TemporaryDir(ZAVlog* log, const wchar_t* basePath) : log_(&orSilent(log)) {
     basePath_ = basePath != nullptr ? basePath : getSystemTempPath();
     normalizeDir(basePath_);
-    if (log_ != nullptr) log_->traceMAX("TemporaryDir::TemporaryDir()", "BasePath [%S]", basePath_.c_str());
+    log_->traceMAX("TemporaryDir::TemporaryDir()", "BasePath [%S]", basePath_.c_str());
     randomSource_ = openFileOrNull("/dev/urandom", "rbe");
     if (randomSource_ == nullptr) randomSource_ = openFileOrNull("/dev/random", "rbe");
 }
@@ -93,9 +89,8 @@ TemporaryDir::~TemporaryDir() {
 int TemporaryDir::close() {
     if (closed_) return ZAV_SUCCESS;
     closed_ = true;
-    const int announced = attempted([this] {
-        if (log_ != nullptr) log_->traceMAX("TemporaryDir::~TemporaryDir()", "Dealocation()");
-    });
+    const int announced =
+        attempted([this] { log_->traceMAX("TemporaryDir::~TemporaryDir()", "Dealocation()"); });
     int deleted = ZAV_SUCCESS;
     if (initialized_) {
         deleteFiles(true);
@@ -108,7 +103,7 @@ int TemporaryDir::close() {
 
 int TemporaryDir::init(const wchar_t* prefix) {
     const int attempts = attemptBudget();
-    if (log_ != nullptr) log_->traceMAX(kInit, "initialization");
+    log_->traceMAX(kInit, "initialization");
     reseed();
     bool made = false;
     for (int number = attempts; number > 0 && !made; --number) {
@@ -117,14 +112,9 @@ int TemporaryDir::init(const wchar_t* prefix) {
         made = makeDirectory();
         initialized_ = made;
         dirPathText_ = dirPath_.c_str();
-        if (log_ != nullptr) {
-            log_->traceMAX(kInit, "Creating directory [%S] %s", dirPath_.c_str(),
-                           made ? "success" : "failed");
-        }
+        log_->traceMAX(kInit, "Creating directory [%S] %s", dirPath_.c_str(), made ? "success" : "failed");
     }
-    if (log_ != nullptr) {
-        log_->traceMAX(kInit, "initialization %s [%S]", made ? "successful" : "failed", dirPathText_);
-    }
+    log_->traceMAX(kInit, "initialization %s [%S]", made ? "successful" : "failed", dirPathText_);
     return made ? 0 : ZAV_ERROR_WORKSPACE;
 }
 
@@ -165,9 +155,7 @@ int TemporaryDir::getTmpFile(std::wstring& path, const wchar_t* prefix, const wc
         if (exists(name)) continue;
         files_.push_back(std::move(name));
         path = std::move(free);
-        if (log_ != nullptr) {
-            log_->traceMAX("TemporaryDir::getTmpFile()", "Requesting tmpFile [%S]", path.c_str());
-        }
+        log_->traceMAX("TemporaryDir::getTmpFile()", "Requesting tmpFile [%S]", path.c_str());
         return 0;
     }
     return ZAV_ERROR_WORKSPACE;
@@ -183,10 +171,8 @@ int TemporaryDir::deleteFiles(bool /*unused*/) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): as its callers know it
 void TemporaryDir::deleteDirectory(std::wstring /*unused*/) {
     const bool removed = ::rmdir(dirName_.c_str()) == 0;
-    if (log_ != nullptr) {
-        log_->traceMAX("TemporaryDir::deleteDirectory()", "Deleting directory [%S] - %s", dirPathText_,
-                       removed ? "success" : "failed");
-    }
+    log_->traceMAX("TemporaryDir::deleteDirectory()", "Deleting directory [%S] - %s", dirPathText_,
+                   removed ? "success" : "failed");
 }
 
 unsigned int TemporaryDir::getRand() {
@@ -216,9 +202,7 @@ std::wstring TemporaryDir::getSystemTempPath() const {
     if (path == nullptr) path = std::getenv("TMP");
     if (path == nullptr) path = "/tmp";
     std::wstring wide = StringToWString(path);
-    if (log_ != nullptr) {
-        log_->traceMAX("TemporaryDir::getSystemTempPath()", "Requesting system TMP path [%S]", wide.c_str());
-    }
+    log_->traceMAX("TemporaryDir::getSystemTempPath()", "Requesting system TMP path [%S]", wide.c_str());
     return wide;
 }
 

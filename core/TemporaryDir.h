@@ -44,7 +44,7 @@ class TemporaryDir {
     int close();
 
     // Logs nothing from now on.
-    void silence() { log_ = nullptr; }
+    void silence() { log_ = &orSilent(nullptr); }
 
     // Why the last init() or getTmpFile() failed, in printable ASCII.
     std::string trouble() const;
@@ -76,7 +76,7 @@ class TemporaryDir {
     bool initialized_ = false;
     bool closed_ = false;
     const wchar_t* dirPathText_ = nullptr;
-    ZAVlog* log_ = nullptr;
+    ZAVlog* log_ = &orSilent(nullptr);
     File randomSource_;
 };
 

@@ -20,23 +20,23 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     if (handle->exploiterName == nullptr) return ZAV_ERROR_MEMORY;
     handle->log.reset(new (std::nothrow) zav::ZAVlog(kLibraryComponent, callback, userData));
     if (handle->log == nullptr) return ZAV_ERROR_LOGGER;
-    zav::ZAVlog* const log = handle->log.get();
+    zav::ZAVlog& log = *handle->log;
 
     // "init OK" stands first in every host's log, whatever the steps below find.
-    log->traceMAX("ZAV_init", "init OK, Exploiter: [%s] Version: [%s] ZAV DIR[%S]",
-                  handle->exploiterName.get(), kVersion, zavDir != nullptr ? zavDir : L"(null)");
+    log.traceMAX("ZAV_init", "init OK, Exploiter: [%s] Version: [%s] ZAV DIR[%S]",
+                 handle->exploiterName.get(), kVersion, zavDir != nullptr ? zavDir : L"(null)");
 
-    handle->tempDir = std::make_unique<zav::TemporaryDir>(log, tempDir);
+    handle->tempDir = std::make_unique<zav::TemporaryDir>(&log, tempDir);
     const int code = handle->tempDir->init(L"zav_");
-    zav::ZAVlocation location(log, exploiterName, zavDir);
+    zav::ZAVlocation location(&log, exploiterName, zavDir);
     handle->homeDir = location.getLocation();
-    if (location.isRegistered() == 0) log->traceMIN("ZAV_init", "Exploiter not correctly registered");
+    if (location.isRegistered() == 0) log.traceMIN("ZAV_init", "Exploiter not correctly registered");
     if (handle->homeDir.empty()) {
-        log->traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
+        log.traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
     }
     if (code != ZAV_SUCCESS) {
         std::string trouble = handle->tempDir->trouble();
-        log->tell("ZAV_init", trouble);
+        log.tell("ZAV_init", trouble);
         // The end of a handle that never was is no news for the host.
         handle->tempDir->silence();
         return code;
@@ -48,7 +48,8 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
 // Everything is released even when the callback throws. The handle is kept when the code is not 0.
 int release(ZAVCtx* handle) {
     int told = zav::attempted([handle] {
-        handle->log->traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
+        zav::orSilent(handle->log.get())
+            .traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
     });
     int code = ZAV_ERROR_EXPLOITER;
     if (handle->exploiterName != nullptr) {

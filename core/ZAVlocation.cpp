@@ -34,30 +34,30 @@ bool lists(char* names, const char* wanted) {
 
 }  // namespace
 
-ZAVlocation::ZAVlocation(ZAVlog* log, const char* exploiterName, const wchar_t* dir) : log_(log) {
+ZAVlocation::ZAVlocation(ZAVlog* log, const char* exploiterName, const wchar_t* dir) : log_(orSilent(log)) {
     const std::wstring systemLocation = getSystemLocation(exploiterName);
     if (dir != nullptr) {
         std::wstring given = dir;
         normalizeDir(given);
-        if (given != systemLocation && log_ != nullptr) {
-            log_->traceMID(kConstruct, "Default location [%S] is different that specified one [%S]",
-                           systemLocation.c_str(), dir);
+        if (given != systemLocation) {
+            log_.traceMID(kConstruct, "Default location [%S] is different that specified one [%S]",
+                          systemLocation.c_str(), dir);
         }
         location_ = given;
     } else {
         location_ = systemLocation;
     }
     normalizeDir(location_);
-    if (log_ != nullptr) log_->traceMAX(kConstruct, "ZAV location [%S]", location_.c_str());
+    log_.traceMAX(kConstruct, "ZAV location [%S]", location_.c_str());
 }
 
 std::wstring ZAVlocation::getSystemLocation(const char* exploiterName) {
-    if (log_ != nullptr) log_->traceMAX(kRead, "Checking ZAV location..");
+    log_.traceMAX(kRead, "Checking ZAV location..");
     std::wstring home;
     const File file = openForReading(kPath);
-    if (log_ != nullptr) log_->traceMAX(kRead, "Opening a file [%s]", kPath);
+    log_.traceMAX(kRead, "Opening a file [%s]", kPath);
     if (file == nullptr) {
-        if (log_ != nullptr) log_->traceMIN("ZAVLocation::getSystemLocation", "Can't open file [%s]", kPath);
+        log_.traceMIN("ZAVLocation::getSystemLocation", "Can't open file [%s]", kPath);
         return home;
     }
     char line[kLineSize];

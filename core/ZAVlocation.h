@@ -34,7 +34,7 @@ class ZAVlocation {
     void readLine(char* line, const char* exploiterName, std::wstring& home);
 
     std::wstring location_;
-    ZAVlog* log_;
+    ZAVlog& log_;
     int registered_ = 0;
 };
 

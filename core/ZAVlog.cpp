@@ -4,10 +4,10 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <utility>
 
 #include "core/File.h"
+#include "kest/Malloced.h"
 #include "kest/Mutex.h"
 
 namespace zav {
@@ -21,6 +21,9 @@ kest::Mutex& sharedMutex() {
     static constinit kest::Mutex shared;
     return shared;
 }
+
+// Initialised at load time for the same reason.
+constinit ZAVlog silentLog(0, nullptr, nullptr);
 
 // A fork does not wait for the lock, as a callback may take its time or wait for the thread that forks. So the
 // child frees it of a thread that it does not have.
@@ -47,10 +50,6 @@ class Ended {
     va_list& arguments_;
 };
 
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
-
 // The length of the formatted text, found by formatting it into the null device; negative when that fails. It
 // consumes the arguments.
 int measure(const char* format, va_list arguments) {
@@ -61,9 +60,6 @@ int measure(const char* format, va_list arguments) {
 }
 
 }  // namespace
-
-ZAVlog::ZAVlog(int componentId, ZAVlogCallback callback, void* userData)
-    : callback_(callback), userData_(userData), componentId_(componentId) {}
 
 ZAVlog::ZAVlog(int componentId) {
     const ZAVlog separate(componentId, nullptr, nullptr);
@@ -121,7 +117,7 @@ void ZAVlog::vsprintf(int level, const char* function, const char* format, va_li
     va_end(measured);
     if (length < 1) return;
     const auto size = static_cast<std::size_t>(length) + kSpare;
-    const std::unique_ptr<char, Free> message(static_cast<char*>(std::malloc(size)));
+    const kest::Malloced<char> message(static_cast<char*>(std::malloc(size)));
     if (message == nullptr) return;
     if (std::vsnprintf(message.get(), size, format, arguments) != length) return;
     callback_(level, componentId_, userData_, function, message.get());
@@ -129,6 +125,10 @@ void ZAVlog::vsprintf(int level, const char* function, const char* format, va_li
 
 int ZAVlog::mutex(int operation) {
     return operation == 1 ? sharedMutex().lock() : sharedMutex().unlock();
+}
+
+ZAVlog& orSilent(ZAVlog* log) {
+    return log != nullptr ? *log : silentLog;
 }
 
 }  // namespace zav

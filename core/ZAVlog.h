@@ -17,7 +17,8 @@ class ZAVlog {
   public:
     // A null callback makes a logger that does nothing. userData is handed to the callback and never looked
     // at.
-    ZAVlog(int componentId, ZAVlogCallback callback, void* userData);
+    constexpr ZAVlog(int componentId, ZAVlogCallback callback, void* userData)
+        : callback_(callback), userData_(userData), componentId_(componentId) {}
     // Loggers that deliver nothing.
     explicit ZAVlog(int componentId);
     ZAVlog();
@@ -51,5 +52,8 @@ class ZAVlog {
     void* userData_ = nullptr;
     int componentId_ = 0;
 };
+
+// The logger itself, or one that delivers nothing for null.
+ZAVlog& orSilent(ZAVlog* log);
 
 }  // namespace zav

@@ -23,11 +23,18 @@ void checkRoundTrip(const tessa::Node& root) {
     if (parser.status != 0 || textOf(*parser.getRootNode()) != text) std::abort();
 }
 
+void checkFieldNames(const zav::HWInstance& instance) {
+    if ((instance.fieldNames == nullptr) != instance.fields.empty()) std::abort();
+    for (std::size_t i = 0; i < instance.fields.size(); ++i) {
+        if (instance.fieldNames.get()[i] != instance.fields[i].name) std::abort();
+    }
+}
+
 void checkTables(ZAVHwCtx& context, const tessa::Node* root) {
     const int code = zav::HW_parseHWData(&context, root);
     if (code != 0 && code != ZAV_ERROR_HW_OUTPUT) std::abort();
-    for (const auto& [id, instances] : context.groups) {
-        if (instances.size() != context.fieldNames[id].size()) std::abort();
+    for (const auto& instances : context.groups) {
+        for (const zav::HWInstance& instance : instances) checkFieldNames(instance);
     }
 }
 

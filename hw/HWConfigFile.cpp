@@ -40,12 +40,12 @@ bool writeConfig(ZAVHwCtx* context, FILE* file) {
 
 int HW_generateHWConfigFile(ZAVHwCtx* context, const wchar_t* path) {
     constexpr const char* kFunction = "generateHWConfigFile()";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     const Written written = writeNewFile(
         path, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
     if (written == Written::kWhole) return ZAV_SUCCESS;
-    if (written == Written::kFailed && log != nullptr) {
-        log->traceMIN(kFunction, "Error during write [%S]", path);
+    if (written == Written::kFailed) {
+        log.traceMIN(kFunction, "Error during write [%S]", path);
     }
     return ZAV_ERROR_HW_CONFIG;
 }

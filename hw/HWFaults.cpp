@@ -47,12 +47,12 @@ HWFaults::HWFaults(ZAVHwCtx* context, const XMLParser& output, const std::wstrin
 
 void HWFaults::tell(const std::string& what, const Node* node) const {
     Place place;
-    if (context_->log == nullptr || !addPlace(output_.getRootNode(), node, place)) return;
+    if (!context_->logger().isHeard() || !addPlace(output_.getRootNode(), node, place)) return;
     const int line = output_.lineOf(place);
     std::string message = "[" + kest::shown(kest::narrow(path_)) + "]";
     if (line > 0) message += ", line " + std::to_string(line);
     message += ": " + what + described(output_.getRootNode(), place);
-    context_->log->tell("ZAV_hw_run", message);
+    context_->logger().tell("ZAV_hw_run", message);
 }
 
 std::string quotedText(const wchar_t* text) {

@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "core/Block.h"
 #include "hw/HWFaults.h"
 #include "intake/Children.h"
 
@@ -41,24 +40,8 @@ int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
         if (code != ZAV_SUCCESS) return code;
         value = context->texts.joined.emplace_back(std::move(joined)).c_str();
     }
-    instance->push_back({field->text(), value});
+    instance->fields.push_back({field->text(), value});
     return ZAV_SUCCESS;
-}
-
-// The array that the host is handed; null for an instance without fields.
-Block<const wchar_t*> fieldNamesOf(const HWInstance& instance) {
-    Block<const wchar_t*> names = newBlock<const wchar_t*>(instance.size());
-    const wchar_t** name = names.get();
-    for (const HWField& field : instance) *name++ = field.name;
-    return names;
-}
-
-void store(ZAVHwCtx* context, int id, HWInstance&& instance) {
-    auto names = fieldNamesOf(instance);
-    // The array first: one without its instance is never seen, should memory run out between the two.
-    context->fieldNames[id].push_back(names.get());
-    static_cast<void>(names.release());
-    context->groups[id].push_back(std::move(instance));
 }
 
 // The group of an element. Instances of a group mostly stand together, and the document holds each name once,
@@ -83,15 +66,15 @@ int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
     const int id = groups.idOf(element);
     if (id < kFirstGroup) {
         const int code = refuse(context, "no group has the name " + quotedText(element->text()), element);
-        if (context->log != nullptr) {
-            context->log->traceMIN(kFunction, "Error: No such group [%S]", element->text());
-        }
+        context->logger().traceMIN(kFunction, "Error: No such group [%S]", element->text());
         return code;
     }
     HWInstance instance;
     const int code = HW_parseHWGroup(context, &instance, element);
-    if (code == ZAV_SUCCESS) store(context, id, std::move(instance));
-    return code;
+    if (code != ZAV_SUCCESS) return code;
+    instance.makeFieldNames();
+    context->groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
+    return ZAV_SUCCESS;
 }
 
 }  // namespace
@@ -99,9 +82,7 @@ int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
 int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
     const NodeList* children = nullptr;
     if (root == nullptr || root->getChildren(&children) != 0 || children == nullptr) {
-        if (context->log != nullptr) {
-            context->log->traceMIN(kFunction, "Error during a parse, no root data");
-        }
+        context->logger().traceMIN(kFunction, "Error during a parse, no root data");
         return ZAV_ERROR_HW_OUTPUT;
     }
     context->texts.document = root->shareTexts();
@@ -112,16 +93,14 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
         if (code != ZAV_SUCCESS) return code;
         ++instances;
     }
-    if (context->log != nullptr) {
-        context->log->traceMAX(kFunction, "Parse finish. %d groups successfully retrieved", instances);
-    }
+    context->logger().traceMAX(kFunction, "Parse finish. %d groups successfully retrieved", instances);
     return ZAV_SUCCESS;
 }
 
 int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element) {
     const NodeList* const children = childrenOf(element);
     if (children == nullptr) return ZAV_SUCCESS;
-    instance->reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
+    instance->fields.reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
     for (const Node* const child : *children) {
         const int code =
             isElement(child) ? parseField(context, instance, child) : refuseText(context, "a field", child);
@@ -139,10 +118,8 @@ int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
                                     "text is expected in the field " + quotedText(field->text()) +
                                         ", not the element " + quotedText(child->text()),
                                     child);
-            if (context->log != nullptr) {
-                context->log->traceMIN("parseHWField()", "Error: unrecognized format of value in field [%S]",
+            context->logger().traceMIN("parseHWField()", "Error: unrecognized format of value in field [%S]",
                                        field->text());
-            }
             return code;
         }
         value += child->text();

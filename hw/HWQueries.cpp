@@ -13,20 +13,20 @@ bool isEnabled(const ZAVHwCtx* context, int groupId) {
     return context->groupEnabled.at(static_cast<std::size_t>(groupId)) == 1;
 }
 
-// The entry of an instance in one of the context's two tables; null when there is no such instance.
-template <class Table>
-auto findInstance(const Table& table, int groupId, int instance) -> decltype(table.begin()->second.data()) {
-    const auto group = table.find(groupId);
-    if (group == table.end() || instance < 0) return nullptr;
+const std::vector<HWInstance>& instancesOf(const ZAVHwCtx* context, int groupId) {
+    return context->groups.at(static_cast<std::size_t>(groupId));
+}
+
+// Null when there is no such instance.
+const HWInstance* findInstance(const ZAVHwCtx* context, int groupId, int instance) {
+    const std::vector<HWInstance>& instances = instancesOf(context, groupId);
     const auto index = static_cast<std::size_t>(instance);
-    return index < group->second.size() ? &group->second[index] : nullptr;
+    return instance >= 0 && index < instances.size() ? &instances[index] : nullptr;
 }
 
 int getGroupName(ZAVHwCtx* context, int groupId, const wchar_t** name) {
     if (!isGroupId(groupId)) return ZAV_ERROR_HW_GROUP;
-    if (context->log != nullptr) {
-        context->log->traceMAX("ZAV_hw_get_group_name", "Retrieving group id [%d]", groupId);
-    }
+    context->logger().traceMAX("ZAV_hw_get_group_name", "Retrieving group id [%d]", groupId);
     const HWGroup* const group = findGroup(groupId);
     if (group == nullptr) return ZAV_ERROR_HW_GROUP;
     if (name == nullptr) return ZAV_ERROR_HW_POINTER;
@@ -36,60 +36,55 @@ int getGroupName(ZAVHwCtx* context, int groupId, const wchar_t** name) {
 
 int getGroupInstances(ZAVHwCtx* context, int groupId, int* count) {
     constexpr const char* kFunction = "ZAV_hw_get_group_instances";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (count == nullptr) return ZAV_ERROR_HW_POINTER;
     if (context->returnCode != 0) return ZAV_ERROR_HW_NO_SCAN;
-    if (log != nullptr) log->traceMAX(kFunction, "Retrieving data for group [%d]", groupId);
+    log.traceMAX(kFunction, "Retrieving data for group [%d]", groupId);
     if (!isGroupId(groupId)) {
-        if (log != nullptr) log->traceMAX(kFunction, "Wrong group id [%d]", groupId);
+        log.traceMAX(kFunction, "Wrong group id [%d]", groupId);
         return ZAV_ERROR_HW_GROUP;
     }
     if (!isEnabled(context, groupId)) {
-        if (log != nullptr) log->traceMIN(kFunction, "Wrong group id [%d] - group not enabled", groupId);
+        log.traceMIN(kFunction, "Wrong group id [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const int size = static_cast<int>(context->groups[groupId].size());
-    if (log != nullptr) log->traceMAX(kFunction, "Size of group [%d] = [%d]", groupId, size);
+    const int size = static_cast<int>(instancesOf(context, groupId).size());
+    log.traceMAX(kFunction, "Size of group [%d] = [%d]", groupId, size);
     *count = size;
     return ZAV_SUCCESS;
 }
 
 int getFields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names, int* count) {
     constexpr const char* kFunction = "ZAV_hw_get_fields";
-    ZAVlog* const log = context->log.get();
-    if (log != nullptr) {
-        log->traceMAX(kFunction, "Retrieving fields  from group [%d] instance [%d]", groupId, instance);
-    }
+    ZAVlog& log = context->logger();
+    log.traceMAX(kFunction, "Retrieving fields  from group [%d] instance [%d]", groupId, instance);
     if (names == nullptr || count == nullptr) return ZAV_ERROR_HW_POINTER;
     if (context->returnCode != 0) {
-        if (log != nullptr) {
-            log->traceMIN(kFunction, "Wrong returncode of previous scan [%d]", context->returnCode);
-        }
+        log.traceMIN(kFunction, "Wrong returncode of previous scan [%d]", context->returnCode);
         return ZAV_ERROR_HW_NO_SCAN;
     }
     if (!isGroupId(groupId)) {
-        if (log != nullptr) log->traceMIN(kFunction, "Wrong group [%d]", groupId);
+        log.traceMIN(kFunction, "Wrong group [%d]", groupId);
         return ZAV_ERROR_HW_GROUP;
     }
     if (!isEnabled(context, groupId)) {
-        if (log != nullptr) log->traceMIN(kFunction, "Wrong group [%d] - group not enabled", groupId);
+        log.traceMIN(kFunction, "Wrong group [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const auto* const array = findInstance(context->fieldNames, groupId, instance);
-    const HWInstance* const fields = findInstance(context->groups, groupId, instance);
-    if (array == nullptr || fields == nullptr) {
-        if (log != nullptr) log->traceMIN(kFunction, "Wrong instance [%d]", instance);
+    const HWInstance* const found = findInstance(context, groupId, instance);
+    if (found == nullptr) {
+        log.traceMIN(kFunction, "Wrong instance [%d]", instance);
         return ZAV_ERROR_HW_INSTANCE;
     }
-    const int size = static_cast<int>(fields->size());
-    if (log != nullptr) log->traceMAX(kFunction, "Retrieved %d fields", size);
-    *names = *array;
+    const int size = static_cast<int>(found->fields.size());
+    log.traceMAX(kFunction, "Retrieved %d fields", size);
+    *names = found->fieldNames.get();
     *count = size;
     return ZAV_SUCCESS;
 }
 
 const HWField* findField(const HWInstance& instance, const wchar_t* name) {
-    for (const HWField& field : instance) {
+    for (const HWField& field : instance.fields) {
         if (std::wcscmp(field.name, name) == 0) return &field;
     }
     return nullptr;
@@ -97,36 +92,29 @@ const HWField* findField(const HWInstance& instance, const wchar_t* name) {
 
 int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field, const wchar_t** value) {
     constexpr const char* kFunction = "ZAV_hw_get_value";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (value == nullptr || field == nullptr) return ZAV_ERROR_HW_POINTER;
-    if (log != nullptr) {
-        log->traceMAX(kFunction, "Retrieving field [%S] from group [%d] instance [%d]", field, groupId,
-                      instance);
-    }
+    log.traceMAX(kFunction, "Retrieving field [%S] from group [%d] instance [%d]", field, groupId, instance);
     if (context->returnCode != 0) return ZAV_ERROR_HW_NO_SCAN;
     if (!isGroupId(groupId)) {
-        if (log != nullptr) log->traceMAX(kFunction, "No such group [%d]", groupId);
+        log.traceMAX(kFunction, "No such group [%d]", groupId);
         return ZAV_ERROR_HW_GROUP;
     }
     if (!isEnabled(context, groupId)) {
-        if (log != nullptr) log->traceMAX(kFunction, "Wrong group [%d] - group not enabled", groupId);
+        log.traceMAX(kFunction, "Wrong group [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const HWInstance* const fields = findInstance(context->groups, groupId, instance);
+    const HWInstance* const fields = findInstance(context, groupId, instance);
     if (fields == nullptr) {
-        if (log != nullptr) {
-            log->traceMAX(kFunction, "Wrong instance [%d] for group [%d]", instance, groupId);
-        }
+        log.traceMAX(kFunction, "Wrong instance [%d] for group [%d]", instance, groupId);
         return ZAV_ERROR_HW_INSTANCE;
     }
     const HWField* const found = findField(*fields, field);
     if (found == nullptr) {
-        if (log != nullptr) log->traceMID(kFunction, "Field not found [%S]", field);
+        log.traceMID(kFunction, "Field not found [%S]", field);
         return ZAV_ERROR_HW_FIELD;
     }
-    if (log != nullptr) {
-        log->traceMAX(kFunction, "Filed [%S] found with value [%S]", found->name, found->value);
-    }
+    log.traceMAX(kFunction, "Filed [%S] found with value [%S]", found->name, found->value);
     *value = found->value;
     return ZAV_SUCCESS;
 }

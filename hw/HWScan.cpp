@@ -16,7 +16,7 @@ constexpr const char* kFunction = "ZAV_hw_run";
 
 // What the steps know of a failure and do not say themselves.
 void tellTrouble(ZAVHwCtx* context) {
-    if (context->log != nullptr) context->log->tell(kFunction, context->trouble);
+    context->logger().tell(kFunction, context->trouble);
 }
 
 // A name for a file that goes to or comes from the scanner; empty when the workspace has none to give, so
@@ -29,34 +29,34 @@ std::wstring newFile(ZAVHwCtx* context, const wchar_t* prefix) {
 }
 
 int runScanner(ZAVHwCtx* context, const std::wstring& config, const std::wstring& output) {
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     ScannerCommand command(context->installDir + context->tmpDir->getDirectorySeparator() + L"quorvah");
     command.add(L"-c", config).add(L"-o", output);
-    if (log != nullptr) log->traceMAX(kFunction, "Executing ZAV [%S]", command.line().c_str());
-    ScannerProcess scanner(log, kFunction, command.arguments(), context->installDir);
+    log.traceMAX(kFunction, "Executing ZAV [%S]", command.line().c_str());
+    ScannerProcess scanner(&log, kFunction, command.arguments(), context->installDir);
     if (!scanner.started()) return ZAV_ERROR_HW_SCANNER;
     context->returnCode = scanner.drain();
     return scanner.check() == 0 ? ZAV_SUCCESS : ZAV_ERROR_HW_SCANNER;
 }
 
 int readOutput(ZAVHwCtx* context, const std::wstring& output) {
-    ZAVlog* const log = context->log.get();
-    if (log != nullptr) log->traceMAX(kFunction, "Parsing XML file");
-    const XMLParser parser(log, output.c_str());
+    ZAVlog& log = context->logger();
+    log.traceMAX(kFunction, "Parsing XML file");
+    const XMLParser parser(&log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
     const HWFaults faults(context, parser, output);
     return HW_parseHWData(context, parser.getRootNode());
 }
 
 int scan(ZAVHwCtx* context) {
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     const std::wstring config = newFile(context, L"config");
     context->discardResults();
-    if (log != nullptr) log->traceMAX(kFunction, "Generating config file: [%S]", config.c_str());
+    log.traceMAX(kFunction, "Generating config file: [%S]", config.c_str());
     const int written = HW_generateHWConfigFile(context, config.c_str());
     if (written != ZAV_SUCCESS) {
         tellTrouble(context);
-        if (log != nullptr) log->traceMIN(kFunction, "Config file creation error");
+        log.traceMIN(kFunction, "Config file creation error");
         return written;
     }
     const std::wstring output = newFile(context, L"out_");

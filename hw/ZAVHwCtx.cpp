@@ -1,23 +1,15 @@
 #include "hw/ZAVHwCtx.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "core/Guard.h"
 
 namespace zav {
 
-namespace {
-
-void freeArrays(std::vector<const wchar_t**>& instances) {
-    for (const wchar_t** const names : instances) std::free(names);
-    instances.clear();
-}
-
-}  // namespace
-
-void HW_cleanFields(HWFieldNames& fieldNames) {
-    for (int id = 0; id < kGroupSlots; ++id) freeArrays(fieldNames[id]);
+void HWInstance::makeFieldNames() {
+    fieldNames = kest::mallocArray<const wchar_t*>(fields.size());
+    std::transform(fields.begin(), fields.end(), fieldNames.get(),
+                   [](const HWField& field) { return field.name; });
 }
 
 namespace {
@@ -30,14 +22,14 @@ int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCt
     context->library = library;
     context->installDir = library->homeDir;
     context->log = std::make_unique<ZAVlog>(kHardwareComponent, callback, userData);
-    ZAVlog* const log = context->log.get();
-    context->tmpDir = std::make_unique<TemporaryDir>(log, library->tempDir->getBasePath());
+    ZAVlog& log = context->logger();
+    context->tmpDir = std::make_unique<TemporaryDir>(&log, library->tempDir->getBasePath());
     context->discardResults();
     if (context->tmpDir->init(L"quorvah") != 0) {
-        log->traceMAX(kInit, "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
+        log.traceMAX(kInit, "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
     }
     if (context->tmpDir->getTmpFile(context->scratchFile, L"hw_", L".xml") != 0) {
-        log->traceMAX(kInit, "Error in TMP file creation: %S", context->scratchFile.c_str());
+        log.traceMAX(kInit, "Error in TMP file creation: %S", context->scratchFile.c_str());
     }
     *contextOut = context.release();
     return ZAV_SUCCESS;
@@ -46,12 +38,12 @@ int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCt
 int setOption(ZAVHwCtx* context, int option, unsigned char value) {
     constexpr const char* kFunction = "ZAV_hw_setopt";
     const char* const text = value == 1 ? "true" : "false";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (option == 0) {
-        if (log != nullptr) log->traceMAX(kFunction, "Setting all opts: [%s]", text);
+        log.traceMAX(kFunction, "Setting all opts: [%s]", text);
         context->groupEnabled.fill(value);
     } else {
-        if (log != nullptr) log->traceMAX(kFunction, "Setting opt: [%d=%s]", option, text);
+        log.traceMAX(kFunction, "Setting opt: [%d=%s]", option, text);
         context->groupEnabled.at(static_cast<std::size_t>(option)) = value;
     }
     context->returnCode = -1;
@@ -67,23 +59,17 @@ int release(ZAVHwCtx* context) {
         told = context->tmpDir->close();
         context->tmpDir.reset();
     }
-    const int goodbye = attempted([context] {
-        if (context->log != nullptr) context->log->traceMAX("ZAV_hw_free", "Deleting logger 0, last call");
-    });
+    const int goodbye =
+        attempted([context] { context->logger().traceMAX("ZAV_hw_free", "Deleting logger 0, last call"); });
     return std::max(told, goodbye);
 }
 
 }  // namespace
 }  // namespace zav
 
-ZAVHwCtx::~ZAVHwCtx() {
-    for (auto& group : fieldNames) zav::freeArrays(group.second);
-}
-
 void ZAVHwCtx::discardResults() {
     returnCode = -1;
-    for (int id = 0; id < zav::kGroupSlots; ++id) std::vector<zav::HWInstance>().swap(groups[id]);
-    zav::HW_cleanFields(fieldNames);
+    for (auto& instances : groups) std::vector<zav::HWInstance>().swap(instances);
     texts.document.reset();
     texts.joined.clear();
 }

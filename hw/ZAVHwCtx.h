@@ -2,13 +2,13 @@
 
 #include <array>
 #include <deque>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/ZAVCtx.h"
 #include "hw/HWGroups.h"
+#include "kest/Malloced.h"
 
 namespace zav {
 
@@ -18,8 +18,13 @@ struct HWField {
     const wchar_t* value;
 };
 
-// The fields of one instance in document order; a name may occur more than once.
-using HWInstance = std::vector<HWField>;
+struct HWInstance {
+    // Fills fieldNames. REQUIRES: the fields are complete. Throws std::bad_alloc.
+    void makeFieldNames();
+
+    std::vector<HWField> fields;                // in document order; a name may occur more than once
+    kest::Malloced<const wchar_t*> fieldNames;  // of all fields, in their order; null without fields
+};
 
 // What the texts of all fields stand in: the document that they were read from, and the values that were put
 // together from several pieces of text.
@@ -30,23 +35,18 @@ struct HWTexts {
 
 class HWFaults;
 
-using HWFieldNames = std::map<int, std::vector<const wchar_t**>>;
-
-// Releases every array of field names and empties the group's vectors; the map then has an entry for every
-// id.
-void HW_cleanFields(HWFieldNames& fieldNames);
-
 }  // namespace zav
 
 // A hardware context: made by ZAV_hw_init, released by ZAV_hw_free, opaque to hosts.
 struct ZAVHwCtx {
     ZAVHwCtx() = default;
-    ~ZAVHwCtx();
     ZAVHwCtx(const ZAVHwCtx&) = delete;
     ZAVHwCtx& operator=(const ZAVHwCtx&) = delete;
 
-    // Forgets the results: both maps then hold an empty vector for every group, and there is no valid scan.
-    // Needs no memory but for the first time.
+    // Never missing: messages of a context without a log are dropped.
+    zav::ZAVlog& logger() const { return zav::orSilent(log.get()); }
+
+    // Releases the results of the last scan; there is no valid scan then. Needs no memory.
     void discardResults();
 
     ZAVCtx* library = nullptr;
@@ -55,8 +55,7 @@ struct ZAVHwCtx {
     std::wstring scratchFile;
     std::wstring installDir;
     std::array<unsigned char, zav::kGroupSlots> groupEnabled{};
-    std::map<int, std::vector<zav::HWInstance>> groups;
-    zav::HWFieldNames fieldNames;  // per instance an array from malloc, null for an instance without fields
+    std::array<std::vector<zav::HWInstance>, zav::kGroupSlots> groups;  // by group id
     zav::HWTexts texts;
     const zav::HWFaults* faults = nullptr;  // while output is read; else faults are not told with their place
     std::string trouble;                    // why a step of the scan failed; empty when that has been told

@@ -25,19 +25,19 @@ void appendWithoutReturns(std::string& line, std::string_view part) {
 
 ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::vector<std::string>& arguments,
                                const std::wstring& installDir)
-    : log_(log), function_(function) {
+    : log_(orSilent(log)), function_(function) {
     const std::string environment = environmentBlock(hostEnvironment(), kest::narrow(installDir));
     kest::Launch launch = kest::Runtime().launch(arguments, environment.c_str());
     child_ = std::move(launch.child);
-    if (child_ != nullptr || log_ == nullptr) return;
+    if (child_ != nullptr) return;
     const char* const program = arguments.empty() ? "" : arguments.front().c_str();
-    log_->traceMIN(function_, "Cannot start \"%s\": %s", program, launch.failure.c_str());
-    log_->traceMIN(function_, "Execution of command failed..");
+    log_.traceMIN(function_, "Cannot start \"%s\": %s", program, launch.failure.c_str());
+    log_.traceMIN(function_, "Execution of command failed..");
 }
 
 int ScannerProcess::drain() {
     kest::OutputStream* const stream = child_->getOutputStream();
-    const bool heard = log_ != nullptr && log_->isHeard();
+    const bool heard = log_.isHeard();
     std::string line;
     for (std::string_view output = stream->readSome(); !output.empty(); output = stream->readSome()) {
         if (heard) logLines(output, line);
@@ -51,7 +51,7 @@ void ScannerProcess::logLines(std::string_view output, std::string& line) const 
         const std::size_t end = output.find('\n');
         appendWithoutReturns(line, output.substr(0, end));
         if (end == std::string_view::npos) return;
-        log_->traceMAX(function_, "STDOUT data: [%s]", line.c_str());
+        log_.traceMAX(function_, "STDOUT data: [%s]", line.c_str());
         line.clear();
         output.remove_prefix(end + 1);
     }
@@ -59,11 +59,10 @@ void ScannerProcess::logLines(std::string_view output, std::string& line) const 
 
 int ScannerProcess::check() {
     const int code = child_->exitValue();
-    if (log_ == nullptr) return code;
     if (code == 0) {
-        log_->traceMAX(function_, "Exit code: %d (OK)", code);
+        log_.traceMAX(function_, "Exit code: %d (OK)", code);
     } else {
-        log_->traceMIN(function_, "Exit code: %d (ERROR)", code);
+        log_.traceMIN(function_, "Exit code: %d (ERROR)", code);
     }
     return code;
 }

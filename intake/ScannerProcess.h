@@ -32,7 +32,7 @@ class ScannerProcess {
   private:
     void logLines(std::string_view output, std::string& line) const;
 
-    ZAVlog* log_;
+    ZAVlog& log_;
     const char* function_;
     std::unique_ptr<kest::ChildProcess> child_;
 };

@@ -14,12 +14,12 @@ int XMLNodeSink::onNodeTree(tessa::Node* root) {
 }
 
 int XMLNodeSink::onWarning(const kest::String& message, int line) {
-    if (log_ != nullptr) log_->traceMAX(kFunction, "Warning in line %d: %S", line, message.text());
+    log_.traceMAX(kFunction, "Warning in line %d: %S", line, message.text());
     return 0;
 }
 
 int XMLNodeSink::onError(const kest::String& message, int line) {
-    if (log_ != nullptr) log_->traceMIN(kFunction, "Error in line %d: %S", line, message.text());
+    log_.traceMIN(kFunction, "Error in line %d: %S", line, message.text());
     return 0;
 }
 

@@ -10,7 +10,7 @@ namespace zav {
 class XMLNodeSink : public tessa::NodeSink {
   public:
     // A null log drops the complaints. REQUIRES: log outlives this.
-    explicit XMLNodeSink(ZAVlog* log) : log_(log) {}
+    explicit XMLNodeSink(ZAVlog* log) : log_(orSilent(log)) {}
     // Deletes the tree.
     ~XMLNodeSink() override { delete root_; }
     XMLNodeSink(const XMLNodeSink&) = delete;
@@ -27,7 +27,7 @@ class XMLNodeSink : public tessa::NodeSink {
 
   private:
     tessa::Node* root_ = nullptr;
-    ZAVlog* log_;
+    ZAVlog& log_;
 };
 
 }  // namespace zav

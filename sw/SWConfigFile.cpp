@@ -71,11 +71,9 @@ bool writeConfig(ZAVSwCtx* context, FILE* file) {
 
 int SW_CreateConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     const int named = context->tmpDir->getTmpFile(configFile, L"cfg_", L".xml");
-    if (log != nullptr) {
-        log->traceMAX("SW_CreateConfigFile", "Creating a config file [%S]", configFile.c_str());
-    }
+    log.traceMAX("SW_CreateConfigFile", "Creating a config file [%S]", configFile.c_str());
     if (named != 0) {
         context->trouble = context->tmpDir->trouble();
         return ZAV_ERROR_SW_CONFIG;
@@ -84,7 +82,7 @@ int SW_CreateConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
     const Written written = writeNewFile(
         configFile, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
     if (written != Written::kFailed) return ZAV_SUCCESS;
-    if (log != nullptr) log->traceMIN(kFunction, "Error during write [%S]", configFile.c_str());
+    log.traceMIN(kFunction, "Error during write [%S]", configFile.c_str());
     return ZAV_ERROR_SW_CONFIG;
 }
 

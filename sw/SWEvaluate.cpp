@@ -14,7 +14,7 @@ namespace {
 
 // What a step knows of a failure and does not say itself, under the name that it logs by.
 int told(ZAVSwCtx* context, const char* function, int code) {
-    if (context->log != nullptr) context->log->tell(function, context->trouble);
+    context->logger().tell(function, context->trouble);
     return code;
 }
 

@@ -106,15 +106,15 @@ class SignatureReader {
     WantedName valueName_{L"value", kExact};
 };
 
-Block<ZAVSwResult*> arrayOf(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
-    Block<ZAVSwResult*> array = newBlock<ZAVSwResult*>(results.size());
+kest::Malloced<ZAVSwResult*> arrayOf(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
+    kest::Malloced<ZAVSwResult*> array = kest::mallocArray<ZAVSwResult*>(results.size());
     std::transform(results.begin(), results.end(), array.get(),
                    [](const auto& result) { return result.get(); });
     return array;
 }
 
-Block<const wchar_t*> arrayOf(const std::vector<std::wstring>& texts) {
-    Block<const wchar_t*> array = newBlock<const wchar_t*>(texts.size());
+kest::Malloced<const wchar_t*> arrayOf(const std::vector<std::wstring>& texts) {
+    kest::Malloced<const wchar_t*> array = kest::mallocArray<const wchar_t*>(texts.size());
     std::transform(texts.begin(), texts.end(), array.get(),
                    [](const std::wstring& text) { return text.c_str(); });
     return array;
@@ -135,8 +135,8 @@ void readSignatures(ZAVSwCtx* context, const Node* root) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): as its callers know it
 int SW_ParseOutput(ZAVSwCtx* context, std::wstring outputFile, std::wstring warningsFile) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    const XMLParser output(context->log.get(), outputFile.c_str());
-    const XMLParser warnings(context->log.get(), warningsFile.c_str());
+    const XMLParser output(&context->logger(), outputFile.c_str());
+    const XMLParser warnings(&context->logger(), warningsFile.c_str());
     if (output.status > 0) return ZAV_ERROR_SW_OUTPUT;
     const int code = SW_parseOutData(context, output.getRootNode());
     if (code != ZAV_SUCCESS) return code;
@@ -146,7 +146,7 @@ int SW_ParseOutput(ZAVSwCtx* context, std::wstring outputFile, std::wstring warn
 
 int SW_parseOutData(ZAVSwCtx* context, const Node* root) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    if (context->log != nullptr) context->log->traceMAX("SW_parseOutData", "Parsing output file");
+    context->logger().traceMAX("SW_parseOutData", "Parsing output file");
     readSignatures(context, root);
     context->resultsArray = arrayOf(context->results);
     context->guidResults.build(context->results);
@@ -161,7 +161,7 @@ int SW_parseMatchedSignature(ZAVSwCtx* context, const Node* signature) {
 
 int SW_parseWarnData(ZAVSwCtx* context, const Node* root) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    if (context->log != nullptr) context->log->traceMAX("SW_parseWarnData", "Parsing warn data");
+    context->logger().traceMAX("SW_parseWarnData", "Parsing warn data");
     const NodeList* const children = childrenOf(root);
     if (children == nullptr) return ZAV_SUCCESS;
     SWNodeText text;

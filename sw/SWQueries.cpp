@@ -11,20 +11,18 @@ namespace {
 constexpr const char* kGetResults = "ZAV_sw_get_results";
 
 int getResults(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (context->returnCode != 0) {
-        if (log != nullptr) log->traceMIN(kGetResults, "ERROR: Wrong last return code");
+        log.traceMIN(kGetResults, "ERROR: Wrong last return code");
         return ZAV_ERROR_SW_NO_RESULTS;
     }
     if (results == nullptr || count == nullptr) {
-        if (log != nullptr) log->traceMAX(kGetResults, "Wrong table pointer");
+        log.traceMAX(kGetResults, "Wrong table pointer");
         return ZAV_ERROR_SW_POINTER;
     }
     const int size = static_cast<int>(context->results.size());
-    if (log != nullptr) {
-        log->traceMAX(kGetResults, "Requesting all results. Size: %d", size);
-        if (size < 1) log->traceMAX(kGetResults, "No results, passing NULL");
-    }
+    log.traceMAX(kGetResults, "Requesting all results. Size: %d", size);
+    if (size < 1) log.traceMAX(kGetResults, "No results, passing NULL");
     *count = size;
     *results = context->resultsArray.get();
     return ZAV_SUCCESS;
@@ -40,15 +38,15 @@ int findResult(const ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** resul
 
 int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, unsigned int* count) {
     constexpr const char* kFunction = "ZAV_sw_find_results_by_guid";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (results == nullptr || count == nullptr) {
-        if (log != nullptr) log->traceMAX(kFunction, "Wrong pointer");
+        log.traceMAX(kFunction, "Wrong pointer");
         return ZAV_ERROR_SW_POINTER;
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
     SWGuidIndex::Entry* const found = context->guidResults.find(guid);
     const bool again = found != nullptr && found->handedOut;
-    if (log != nullptr) log->traceMAX(kFunction, again ? "Using cached results" : "generating new results");
+    log.traceMAX(kFunction, again ? "Using cached results" : "generating new results");
     if (found == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
     found->handedOut = true;
     *count = found->count;
@@ -72,10 +70,8 @@ int getVariables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names,
     if (names == nullptr || count == nullptr) return ZAV_ERROR_SW_POINTER;
     if (result == nullptr) return ZAV_ERROR_SW_RESULT;
     const int size = static_cast<int>(result->variables.size());
-    if (context->log != nullptr) {
-        context->log->traceMAX("ZAV_sw_get_variables", "Requesting all variables for result [SIZE: %d]",
+    context->logger().traceMAX("ZAV_sw_get_variables", "Requesting all variables for result [SIZE: %d]",
                                size);
-    }
     *count = size;
     *names = result->variableNames.get();
     return ZAV_SUCCESS;
@@ -87,7 +83,7 @@ int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwRe
     if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
     if (text == nullptr) return ZAV_ERROR_SW_POINTER;
     if (result == nullptr) {
-        if (context->log != nullptr) context->log->traceMIN(kGetResults, "ERROR: Wrong result");
+        context->logger().traceMIN(kGetResults, "ERROR: Wrong result");
         return ZAV_ERROR_SW_RESULT;
     }
     *text = result->*which;
@@ -96,10 +92,10 @@ int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwRe
 
 int getWarnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count) {
     constexpr const char* kFunction = "ZAV_sw_get_warnings";
-    ZAVlog* const log = context->log.get();
-    if (log != nullptr) log->traceMAX(kFunction, "Retrieving Warnings");
+    ZAVlog& log = context->logger();
+    log.traceMAX(kFunction, "Retrieving Warnings");
     if (warnings == nullptr || count == nullptr) {
-        if (log != nullptr) log->traceMAX(kFunction, "Error: wrong pointer");
+        log.traceMAX(kFunction, "Error: wrong pointer");
         return ZAV_ERROR_SW_POINTER;
     }
     if (context->warningsArray == nullptr) return ZAV_SUCCESS;
@@ -110,15 +106,13 @@ int getWarnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count) {
 
 int getReturnCode(ZAVSwCtx* context, int* returnCode) {
     constexpr const char* kFunction = "ZAV_sw_get_returncode";
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     if (returnCode == nullptr) {
-        if (log != nullptr) log->traceMAX(kFunction, "Wrong pointer for RC");
+        log.traceMAX(kFunction, "Wrong pointer for RC");
         return ZAV_ERROR_SW_POINTER;
     }
     const int code = context->returnCode;
-    if (log != nullptr) {
-        log->traceMAX(kFunction, "Returning previous rc [%d] [%s]", code, code == 0 ? "TRUE" : "FALSE");
-    }
+    log.traceMAX(kFunction, "Returning previous rc [%d] [%s]", code, code == 0 ? "TRUE" : "FALSE");
     *returnCode = code;
     return ZAV_SUCCESS;
 }

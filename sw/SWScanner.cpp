@@ -22,18 +22,21 @@ constexpr ResultFile kOutput = {L"out_", "Output File: %S", "Can't create output
 constexpr ResultFile kWarnings = {L"warning_", "Warning file: %S", "Can't create warning file"};
 
 int nameFile(ZAVSwCtx* context, const ResultFile& file, std::wstring& path) {
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     const int code = context->tmpDir->getTmpFile(path, file.prefix, L".xml");
-    if (code != 0) context->trouble = context->tmpDir->trouble();
-    if (log != nullptr && code != 0) log->traceMIN(kFunction, "%s", file.notNamed);
-    if (log != nullptr && code == 0) log->traceMAX(kFunction, file.named, path.c_str());
+    if (code != 0) {
+        context->trouble = context->tmpDir->trouble();
+        log.traceMIN(kFunction, "%s", file.notNamed);
+    } else {
+        log.traceMAX(kFunction, file.named, path.c_str());
+    }
     return code;
 }
 
 int run(ZAVSwCtx* context, const ScannerCommand& command) {
-    ZAVlog* const log = context->log.get();
-    if (log != nullptr) log->traceMAX(kFunction, "Executing command: [%S]", command.line().c_str());
-    ScannerProcess scanner(log, kFunction, command.arguments(), context->installDir);
+    ZAVlog& log = context->logger();
+    log.traceMAX(kFunction, "Executing command: [%S]", command.line().c_str());
+    ScannerProcess scanner(&log, kFunction, command.arguments(), context->installDir);
     if (!scanner.started()) {
         context->returnCode = -1;
         return ZAV_ERROR_SW_SCANNER;

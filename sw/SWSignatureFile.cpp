@@ -25,14 +25,14 @@ bool writeSignatures(ZAVSwCtx* context, FILE* file, const wchar_t** signatures, 
 int SW_CreateSignatures(ZAVSwCtx* context, std::wstring& signatureFile, const wchar_t** signatures,
                         unsigned int count) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    ZAVlog* const log = context->log.get();
+    ZAVlog& log = context->logger();
     const int named = context->tmpDir->getTmpFile(signatureFile, L"sig_", L".xml");
-    if (log != nullptr) log->traceMAX(kFunction, "Creating a signature file [%S]", signatureFile.c_str());
+    log.traceMAX(kFunction, "Creating a signature file [%S]", signatureFile.c_str());
     const auto writing = [=](FILE* file) { return writeSignatures(context, file, signatures, count); };
     const Written written = writeNewFile(signatureFile, writing, context->trouble);
     if (written == Written::kWhole) return named;
-    if (written == Written::kFailed && log != nullptr) {
-        log->traceMIN(kFunction, "Error during write [%S]", signatureFile.c_str());
+    if (written == Written::kFailed) {
+        log.traceMIN(kFunction, "Error during write [%S]", signatureFile.c_str());
     }
     return ZAV_ERROR_SW_SIGNATURE;
 }

@@ -18,27 +18,25 @@ int initialise(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCt
     context->library = library;
     context->installDir = library->homeDir;
     context->log = std::make_unique<ZAVlog>(kSoftwareComponent, callback, userData);
-    ZAVlog* const log = context->log.get();
-    context->tmpDir = std::make_unique<TemporaryDir>(log, library->tempDir->getBasePath());
+    ZAVlog& log = context->logger();
+    context->tmpDir = std::make_unique<TemporaryDir>(&log, library->tempDir->getBasePath());
     if (context->tmpDir->init(L"quorvis") != 0) {
-        log->traceMAX("ZAV_sw_init", "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
+        log.traceMAX("ZAV_sw_init", "Can't create temporary DIR: %S", context->tmpDir->parentPath().c_str());
     }
     *contextOut = context.release();
     return ZAV_SUCCESS;
 }
 
 int refuseNull(const ZAVSwCtx* context, const char* function) {
-    if (context->log != nullptr) context->log->traceMIN(function, "Error: some of the attributes are NULL");
+    context->logger().traceMIN(function, "Error: some of the attributes are NULL");
     return ZAV_ERROR_OPTION;
 }
 
 int setVariable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value, const wchar_t* scope) {
     context->variables.insert_or_assign(name, SWPreset{value, scope});
     context->returnCode = -1;
-    if (context->log != nullptr) {
-        context->log->traceMAX(kSetVariable, "Variable [%S] set with value [%S] for scope [%S]", name, value,
+    context->logger().traceMAX(kSetVariable, "Variable [%S] set with value [%S] for scope [%S]", name, value,
                                scope);
-    }
     return ZAV_SUCCESS;
 }
 
@@ -55,18 +53,15 @@ void addSetting(ZAVSwCtx* context, const wchar_t* plugin, SWSettings::value_type
 int setConfig(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute, const wchar_t* value) {
     addSetting(context, plugin, {attribute, value});
     context->returnCode = -1;
-    if (context->log != nullptr) {
-        context->log->traceMIN(kSetConfig, "Plugin [%S] config set [%S] = [%S]", plugin, attribute, value);
-    }
+    context->logger().traceMIN(kSetConfig, "Plugin [%S] config set [%S] = [%S]", plugin, attribute, value);
     return ZAV_SUCCESS;
 }
 
 // Everything is released even when the callback throws.
 int release(ZAVSwCtx* context) {
     const std::unique_ptr<ZAVSwCtx> owner(context);
-    const int announced = attempted([context] {
-        if (context->log != nullptr) context->log->traceMAX("ZAV_sw_free", "Deleting context");
-    });
+    const int announced =
+        attempted([context] { context->logger().traceMAX("ZAV_sw_free", "Deleting context"); });
     int told = ZAV_SUCCESS;
     if (context->tmpDir != nullptr) {
         context->tmpDir->deleteFiles(true);

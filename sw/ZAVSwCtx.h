@@ -35,6 +35,9 @@ struct ZAVSwCtx {
     ZAVSwCtx(const ZAVSwCtx&) = delete;
     ZAVSwCtx& operator=(const ZAVSwCtx&) = delete;
 
+    // Never missing: messages of a context without a log are dropped.
+    zav::ZAVlog& logger() const { return zav::orSilent(log.get()); }
+
     ZAVCtx* library = nullptr;
     std::unique_ptr<zav::ZAVlog> log;
     std::unique_ptr<zav::TemporaryDir> tmpDir;  // borrows log
@@ -49,6 +52,6 @@ struct ZAVSwCtx {
     zav::SWTexts texts;
     zav::SWGuidIndex guidResults;
     std::vector<std::wstring> warnings;
-    zav::Block<const wchar_t*> warningsArray;
-    zav::Block<ZAVSwResult*> resultsArray;
+    kest::Malloced<const wchar_t*> warningsArray;
+    kest::Malloced<ZAVSwResult*> resultsArray;
 };

@@ -38,7 +38,7 @@ void ZAVSwResult::setVariables(const std::vector<zav::SWVariable>& inOrder) {
 }
 
 void ZAVSwResult::generateVariablesNames() {
-    variableNames = zav::newBlock<const wchar_t*>(variables.size());
+    variableNames = kest::mallocArray<const wchar_t*>(variables.size());
     const wchar_t** next = variableNames.get();
     for (const zav::SWVariable& variable : variables) *next++ = variable.name;
 }

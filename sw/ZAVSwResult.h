@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "core/Block.h"
+#include "kest/Malloced.h"
 
 namespace zav {
 
@@ -30,6 +30,6 @@ struct ZAVSwResult {
     const wchar_t* name = L"";
     const wchar_t* metadata = L"";
     std::vector<zav::SWVariable> variables;
-    zav::Block<const wchar_t*> variableNames;  // null without variables
-    ZAVSwResult* nextOfGuid = nullptr;         // the next result with the same identifier; set by SWGuidIndex
+    kest::Malloced<const wchar_t*> variableNames;  // null without variables
+    ZAVSwResult* nextOfGuid = nullptr;  // the next result with the same identifier; set by SWGuidIndex
 };

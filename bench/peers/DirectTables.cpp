@@ -2,7 +2,6 @@
 
 #include <expat.h>
 
-#include <cstdlib>
 #include <memory>
 
 #include "bench/peers/ExpatTokens.h"
@@ -18,18 +17,17 @@ struct Filling {
     int depth = 0;
     const wchar_t* group = nullptr;
     const wchar_t* field = nullptr;
-    zav::HWInstance instance{};
+    std::vector<zav::HWField> fields{};
 };
 
 void storeInstance(Filling& filling) {
     // The copy is as large as its fields, as a table's vector should be.
-    zav::HWInstance instance(filling.instance);
-    auto* const names = static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*)));
-    for (std::size_t i = 0; i < instance.size(); ++i) names[i] = instance[i].name;
+    zav::HWInstance instance;
+    instance.fields = filling.fields;
+    instance.makeFieldNames();
     const int id = zav::HW_getGroupId(filling.group);
-    filling.context.groups[id].push_back(std::move(instance));
-    filling.context.fieldNames[id].push_back(names);
-    filling.instance.clear();
+    filling.context.groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
+    filling.fields.clear();
 }
 
 void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attributes*/) {
@@ -42,7 +40,7 @@ void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attrib
 void XMLCALL onEnd(void* data, const XML_Char* /*name*/) {
     auto& filling = *static_cast<Filling*>(data);
     if (filling.depth == 3) {
-        filling.instance.push_back({filling.field, filling.texts.isOpen() ? filling.texts.finish() : L""});
+        filling.fields.push_back({filling.field, filling.texts.isOpen() ? filling.texts.finish() : L""});
     }
     if (filling.depth == 2) storeInstance(filling);
     --filling.depth;

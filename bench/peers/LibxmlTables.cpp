@@ -3,7 +3,6 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -22,13 +21,11 @@ void copyInstance(const xmlNode* element, ZAVHwCtx& context, tessa::TextStore& t
             const char* const content = reinterpret_cast<const char*>(text->content);
             texts.append(content, std::strlen(content));
         }
-        instance.push_back({name, texts.isOpen() ? texts.finish() : L""});
+        instance.fields.push_back({name, texts.isOpen() ? texts.finish() : L""});
     }
-    auto* const names = static_cast<const wchar_t**>(std::malloc(instance.size() * sizeof(const wchar_t*)));
-    for (std::size_t i = 0; i < instance.size(); ++i) names[i] = instance[i].name;
+    instance.makeFieldNames();
     const int id = zav::HW_getGroupId(texts.intern(reinterpret_cast<const char*>(element->name))->text());
-    context.groups[id].push_back(std::move(instance));
-    context.fieldNames[id].push_back(names);
+    context.groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
 }
 
 }  // namespace

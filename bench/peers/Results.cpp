@@ -10,7 +10,7 @@ void addResult(ZAVSwCtx& context, std::unique_ptr<ZAVSwResult> result) {
 }
 
 void finishResults(ZAVSwCtx& context) {
-    context.resultsArray = zav::newBlock<ZAVSwResult*>(context.results.size());
+    context.resultsArray = kest::mallocArray<ZAVSwResult*>(context.results.size());
     std::transform(context.results.begin(), context.results.end(), context.resultsArray.get(),
                    [](const auto& result) { return result.get(); });
     context.guidResults.build(context.results);

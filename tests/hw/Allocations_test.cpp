@@ -5,13 +5,11 @@
 
 #include "hw/ZAVHwCtx.h"
 #include "tests/hw/Toolkit.h"
-#include "tests/support/Heap.h"
-#include "tests/support/NothingLeft.h"
+#include "tests/support/AllocationTest.h"
 
 namespace hwtest {
 namespace {
 
-using zavtest::FailingHeap;
 using zavtest::liveBlocks;
 using zavtest::Shortage;
 
@@ -28,24 +26,19 @@ std::string largeOutput() {
     return output + "</QEL>";
 }
 
-class AllocationsTest : public testing::TestWithParam<Shortage> {
+class HWAllocationsTest : public zavtest::AllocationTest {
   protected:
-    AllocationsTest() {
+    HWAllocationsTest() {
         toolkit_.put("output.xml", largeOutput());
         toolkit_.put("lines", "one\n" + std::string(5000, 'x') + "\nthree\n");
         toolkit_.scannerIs("PrintLines");
         wholeLife();  // what the system's libraries keep for good they have from now on
     }
 
-    // Counts, as anything else might allocate.
-    static void callback(int, int, void* userData, const char*, const char*) {
-        ++*static_cast<int*>(userData);
-    }
-
     int init(ZAVCtx** handle) {
-        return ZAV_init("tests", callback, &messages_, temp_.c_str(), directory_.c_str(), handle);
+        return ZAV_init("tests", countMessage, &messages_, tempPath().c_str(), directory_.c_str(), handle);
     }
-    int hwInit(ZAVHwCtx** context) { return ZAV_hw_init(handle_, callback, &messages_, context); }
+    int hwInit(ZAVHwCtx** context) { return ZAV_hw_init(handle_, countMessage, &messages_, context); }
 
     void open() {
         ASSERT_EQ(init(&handle_), 0);
@@ -61,30 +54,6 @@ class AllocationsTest : public testing::TestWithParam<Shortage> {
         ASSERT_EQ(ZAV_hw_run(context_), 0);
         expectResults();
         close();
-    }
-
-    // One call with its nth allocation failing. False when it came to no such allocation.
-    template <class Call>
-    static bool failsAt(int nth, int& code, Call call) {
-        const FailingHeap heap(nth, GetParam());
-        code = call();
-        return heap.happened();
-    }
-
-    // Repeats a whole test until its call needs no further allocation. `once` gets the number of the
-    // allocation that fails, and returns whether it came to it.
-    template <class Once>
-    void everyAllocation(Once once) {
-        int nth = 1;
-        for (bool happened = true; happened; ++nth) {
-            const zavtest::NothingLeft nothingLeft;
-            const long blocks = liveBlocks();
-            happened = once(nth);
-            EXPECT_EQ(liveBlocks(), blocks) << nth;
-            EXPECT_TRUE(std::filesystem::is_empty(tempDirectory_.path())) << nth;
-            if (HasFatalFailure()) return;
-        }
-        EXPECT_GT(nth, 2);
     }
 
     // Nobody holds the logger's lock, else this would wait for ever.
@@ -107,8 +76,7 @@ class AllocationsTest : public testing::TestWithParam<Shortage> {
         int count = 4711;
         EXPECT_EQ(ZAV_hw_get_group_instances(context_, 3, &count), 107);
         EXPECT_EQ(count, 4711);
-        for (const auto& [group, instances] : context_->groups) EXPECT_TRUE(instances.empty()) << group;
-        for (const auto& [group, arrays] : context_->fieldNames) EXPECT_TRUE(arrays.empty()) << group;
+        for (const auto& instances : context_->groups) EXPECT_TRUE(instances.empty());
     }
 
     // All that is counted can be had.
@@ -130,116 +98,105 @@ class AllocationsTest : public testing::TestWithParam<Shortage> {
     }
 
     const Toolkit toolkit_;
-    const zavtest::ScratchDir tempDirectory_;
-    const std::wstring temp_ = tempDirectory_.path().wstring();
     const std::wstring directory_ = toolkit_.path().wstring();
     ZAVCtx* handle_ = nullptr;
     ZAVHwCtx* context_ = nullptr;
-    int messages_ = 0;
 };
 
-TEST_P(AllocationsTest, OfOpeningAHandle) {
+TEST_P(HWAllocationsTest, OfOpeningAHandle) {
     everyAllocation([this](int nth) {
         ZAVCtx* const untouched = reinterpret_cast<ZAVCtx*>(this);
         ZAVCtx* handle = untouched;
-        int code = 0;
-        const bool happened = failsAt(nth, code, [&] { return init(&handle); });
-        EXPECT_TRUE(code == 0 || (happened && (code == 5 || code == 4))) << nth << ": " << code;
-        if (code == 0) {
+        const Attempt attempt = failAt(
+            nth, [&] { return init(&handle); }, ZAV_SUCCESS, ZAV_ERROR_LOGGER);
+        if (attempt.code == 0) {
             EXPECT_EQ(ZAV_free(handle), 0);
         } else {
             EXPECT_EQ(handle, untouched);
         }
-        return happened;
+        return attempt.reached;
     });
 }
 
-TEST_P(AllocationsTest, OfMakingAContext) {
+TEST_P(HWAllocationsTest, OfMakingAContext) {
     everyAllocation([this](int nth) {
         EXPECT_EQ(init(&handle_), 0);
         ZAVHwCtx* context = reinterpret_cast<ZAVHwCtx*>(this);
-        int code = 0;
-        const bool happened = failsAt(nth, code, [&] { return hwInit(&context); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
-        if (code == 0) {
+        const Attempt attempt = failAt(nth, [&] { return hwInit(&context); });
+        if (attempt.code == 0) {
             EXPECT_EQ(ZAV_hw_free(context), 0);
         } else {
             EXPECT_EQ(context, nullptr);
         }
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return happened;
+        return attempt.reached;
     });
 }
 
-TEST_P(AllocationsTest, OfSettingAnOption) {
+TEST_P(HWAllocationsTest, OfSettingAnOption) {
     everyAllocation([this](int nth) {
         open();
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return ZAV_hw_setopt(context_, 4, 0); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
-        EXPECT_EQ(context_->groupEnabled.at(4), code == 0 ? 0 : 1) << nth;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_hw_setopt(context_, 4, 0); });
+        EXPECT_EQ(context_->groupEnabled.at(4), attempt.code == 0 ? 0 : 1) << nth;
         close();
-        return happened;
+        return attempt.reached;
     });
 }
 
-TEST_P(AllocationsTest, OfAScan) {
+TEST_P(HWAllocationsTest, OfAScan) {
     everyAllocation([this](int nth) {
         open();
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return ZAV_hw_run(context_); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_hw_run(context_); });
         expectLockFree();
         int returnCode = 0;
         EXPECT_EQ(ZAV_hw_get_returncode(context_, &returnCode), 0);
-        EXPECT_EQ(returnCode, code == 0 ? 0 : -1) << nth;
-        if (code == 0) {
+        EXPECT_EQ(returnCode, attempt.code == 0 ? 0 : -1) << nth;
+        if (attempt.code == 0) {
             expectResults();
         } else {
             expectNoResults();
         }
         close();
-        return happened;
+        return attempt.reached;
     });
 }
 
-TEST_P(AllocationsTest, OfAScanLeaveAContextInWhichTheNextScanSucceeds) {
+TEST_P(HWAllocationsTest, OfAScanLeaveAContextInWhichTheNextScanSucceeds) {
     toolkit_.put("output.xml", "<QEL><Memory><Size>1<!-- -->2</Size><Type/></Memory><Modem/></QEL>");
     int nth = 1;
-    for (bool happened = true; happened; ++nth) {
+    for (bool reached = true; reached; ++nth) {
         const long blocks = liveBlocks();
         open();
         ASSERT_EQ(ZAV_hw_run(context_), 0);
-        int code = 0;
-        happened = failsAt(nth, code, [this] { return ZAV_hw_run(context_); });
-        if (code != 0) expectNoResults();
-        ASSERT_EQ(ZAV_hw_run(context_), 0) << nth << ": " << code;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_hw_run(context_); });
+        reached = attempt.reached;
+        if (attempt.code != 0) expectNoResults();
+        ASSERT_EQ(ZAV_hw_run(context_), 0) << nth << ": " << attempt.code;
         int count = 0;
         EXPECT_EQ(ZAV_hw_get_group_instances(context_, 3, &count), 0);
         EXPECT_EQ(count, 1);
         expectConsistent();
         close();
-        EXPECT_EQ(liveBlocks(), blocks) << nth << ": " << code;
+        EXPECT_EQ(liveBlocks(), blocks) << nth << ": " << attempt.code;
     }
     EXPECT_GT(nth, 100);
 }
 
 // The encoding is one that the system's iconv reads.
-TEST_P(AllocationsTest, OfAScanWithAnotherEncoding) {
+TEST_P(HWAllocationsTest, OfAScanWithAnotherEncoding) {
     toolkit_.put("output.xml", "<?xml version='1.0' encoding='ISO-8859-2'?><QEL><Memory/></QEL>");
     open();
     ASSERT_EQ(ZAV_hw_run(context_), 0);
     int nth = 1;
-    for (bool happened = true; happened; ++nth) {
-        int code = 0;
-        happened = failsAt(nth, code, [this] { return ZAV_hw_run(context_); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+    for (bool reached = true; reached; ++nth) {
+        const Attempt attempt = failAt(nth, [this] { return ZAV_hw_run(context_); });
+        reached = attempt.reached;
     }
     EXPECT_GT(nth, 100);
     close();
 }
 
-TEST_P(AllocationsTest, OfQueries) {
+TEST_P(HWAllocationsTest, OfQueries) {
     open();
     ASSERT_EQ(ZAV_hw_run(context_), 0);
     const wchar_t* text = nullptr;
@@ -257,10 +214,9 @@ TEST_P(AllocationsTest, OfQueries) {
     const long blocks = liveBlocks();
     for (const auto& query : queries) {
         int nth = 1;
-        for (bool happened = true; happened; ++nth) {
-            int code = 0;
-            happened = failsAt(nth, code, query);
-            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        for (bool reached = true; reached; ++nth) {
+            const Attempt attempt = failAt(nth, query);
+            reached = attempt.reached;
             EXPECT_EQ(liveBlocks(), blocks);
             expectLockFree();
         }
@@ -270,33 +226,27 @@ TEST_P(AllocationsTest, OfQueries) {
     close();
 }
 
-TEST_P(AllocationsTest, OfReleasingAContext) {
+TEST_P(HWAllocationsTest, OfReleasingAContext) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(ZAV_hw_run(context_), 0);
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return ZAV_hw_free(context_); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_hw_free(context_); });
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return happened;
+        return attempt.reached;
     });
 }
 
-TEST_P(AllocationsTest, OfReleasingAHandle) {
+TEST_P(HWAllocationsTest, OfReleasingAHandle) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(ZAV_hw_free(context_), 0);
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return ZAV_free(handle_); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
-        return happened;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_free(handle_); });
+        return attempt.reached;
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(Fail, AllocationsTest, testing::Values(Shortage::Once, Shortage::ForGood),
-                         [](const auto& shortage) {
-                             return shortage.param == Shortage::Once ? "Once" : "FromThereOn";
-                         });
+INSTANTIATE_TEST_SUITE_P(Fail, HWAllocationsTest, testing::Values(Shortage::Once, Shortage::ForGood),
+                         zavtest::nameOf);
 
 }  // namespace
 }  // namespace hwtest

@@ -1,23 +1,15 @@
 // Threads that scan at once, each with a handle of its own.
-#include <thread>
-
 #include "tests/hw/Inventory.h"
+#include "tests/support/Threads.h"
 
 namespace hwtest {
 namespace {
 
 constexpr int kThreads = 8;
 
-template <class Work>
-void inThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
-
 TEST(Concurrent, EveryThreadGetsTheInventoryOfItsOwnScanner) {
     const zavtest::NothingLeft nothingLeft;
-    inThreads([](int number) {
+    zavtest::inThreads(kThreads, [](int number) {
         Inventory inventory;
         for (int round = 0; round < 5; ++round) {
             const std::string size = std::to_string(100 * number + round);
@@ -30,7 +22,7 @@ TEST(Concurrent, EveryThreadGetsTheInventoryOfItsOwnScanner) {
 
 TEST(Concurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
     const zavtest::NothingLeft nothingLeft;
-    inThreads([](int number) {
+    zavtest::inThreads(kThreads, [](int number) {
         Inventory inventory;
         inventory.scannerIs("FailAfterOutput");
         for (int round = 0; round < 5; ++round) {
@@ -44,7 +36,7 @@ TEST(Concurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
 
 TEST(Concurrent, HandlesAndContextsComeAndGoInEveryThread) {
     const zavtest::NothingLeft nothingLeft;
-    inThreads([](int) {
+    zavtest::inThreads(kThreads, [](int) {
         for (int round = 0; round < 5; ++round) {
             const Inventory inventory;
             EXPECT_EQ(inventory.run(), 103);
@@ -64,7 +56,7 @@ TEST(Concurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
     const Toolkit toolkit;
     toolkit.scannerWrites("<QEL><Memory/></QEL>");
     const zavtest::ScratchDir temp;
-    inThreads([&](int) {
+    zavtest::inThreads(kThreads, [&](int) {
         ZAVCtx* handle = nullptr;
         ZAVHwCtx* context = nullptr;
         ASSERT_EQ(ZAV_init("tests", Host::callback, &host, temp.path().wstring().c_str(),

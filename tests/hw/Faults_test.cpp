@@ -2,9 +2,9 @@
 // the next scan succeeds.
 #include <cerrno>
 #include <functional>
-#include <set>
 
 #include "tests/hw/Inventory.h"
+#include "tests/support/FaultCase.h"
 #include "tests/support/Faults.h"
 #include "tests/support/NothingLeft.h"
 
@@ -12,19 +12,10 @@ namespace hwtest {
 namespace {
 
 using zavtest::Fault;
+using zavtest::FaultCase;
+using zavtest::onAnything;
 
-using Codes = std::set<int>;
-
-struct FaultCase {
-    std::string function;
-    int error;
-    // The codes that are right when the call that failed was about this path.
-    std::function<Codes(const std::string& path)> codes;
-};
-
-Codes always(int code) {
-    return {code};
-}
+using zavtest::Codes;
 
 bool isConfiguration(const std::string& path) {
     return path.find("/config") != std::string::npos;
@@ -33,11 +24,7 @@ bool isConfiguration(const std::string& path) {
 // A message that cannot be formatted is lost, a configuration that cannot be written is an error.
 FaultCase onConfiguration(const char* function, int error, int code) {
     return {function, error,
-            [code](const std::string& path) { return always(isConfiguration(path) ? code : 0); }};
-}
-
-FaultCase onAnything(const char* function, int error, int code) {
-    return {function, error, [code](const std::string&) { return always(code); }};
+            [code](const std::string& path) { return Codes{isConfiguration(path) ? code : 0}; }};
 }
 
 class ScanFaultTest : public testing::TestWithParam<FaultCase> {};
@@ -66,29 +53,21 @@ TEST_P(ScanFaultTest, HasItsCodeAndPasses) {
 
 INSTANTIATE_TEST_SUITE_P(
     SystemCall, ScanFaultTest,
-    testing::Values(
-        onConfiguration("fopen", EMFILE, 102), onConfiguration("fopen", EACCES, 102),
-        onConfiguration("fopen", ENOMEM, 5), onConfiguration("fclose", ENOSPC, 102),
-        onAnything("fwrite", ENOSPC, 102), onAnything("fread", EIO, 0), onAnything("access", ENOENT, 0),
-        onAnything("access", EEXIST, 0), onAnything("open", EACCES, 104), onAnything("open", EMFILE, 104),
-        onAnything("open", ENOMEM, 5), onAnything("read", EINTR, 0), onAnything("pipe2", EMFILE, 103),
-        onAnything("pipe2", ENOMEM, 5), onAnything("posix_spawn", EAGAIN, 103),
-        onAnything("posix_spawn", ENOENT, 103), onAnything("posix_spawn", ENOMEM, 5),
-        onAnything("posix_spawn_file_actions_adddup2", EBADF, 103),
-        onAnything("posix_spawn_file_actions_adddup2", ENOMEM, 5),
-        onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
-        onAnything("posix_spawnattr_setflags", EINVAL, 103), onAnything("syscall", EINTR, 0),
-        onAnything("clone", EAGAIN, 103), onAnything("clone", ENOMEM, 5), onAnything("fcntl", EBADF, 0),
-        // A scanner whose output is no longer read may end by it.
-        FaultCase{"read", EIO,
-                  [](const std::string& kind) {
-                      return kind == "pipe" ? Codes{0, 103} : Codes{104};
-                  }}),
+    testing::ValuesIn(zavtest::withCommonFaults(
+        ZAV_ERROR_HW_SCANNER,
+        {onConfiguration("fopen", EMFILE, 102), onConfiguration("fopen", EACCES, 102),
+         onConfiguration("fopen", ENOMEM, 5), onConfiguration("fclose", ENOSPC, 102),
+         onAnything("fwrite", ENOSPC, 102), onAnything("open", EACCES, 104), onAnything("open", EMFILE, 104),
+         // A scanner whose output is no longer read may end with an error.
+         FaultCase{"read", EIO,
+                   [](const std::string& kind) {
+                       return kind == "pipe" ? Codes{0, 103} : Codes{104};
+                   }}})),
     [](const auto& test) { return test.param.function + std::to_string(test.param.error); });
 
-using FaultTest = InventoryTest;
+using HWFaultTest = InventoryTest;
 
-TEST_F(FaultTest, AFailedWriteIsTheLastOne) {
+TEST_F(HWFaultTest, AFailedWriteIsTheLastOne) {
     for (int nth = 1;; ++nth) {
         const Fault fault("fwrite", ENOSPC, nth);
         takeMessages();
@@ -110,7 +89,7 @@ TEST_F(FaultTest, AFailedWriteIsTheLastOne) {
     }
 }
 
-TEST_F(FaultTest, AConfigurationThatCannotBeOpenedIsToldWithTheReason) {
+TEST_F(HWFaultTest, AConfigurationThatCannotBeOpenedIsToldWithTheReason) {
     for (int nth = 1;; ++nth) {
         const Fault fault("fopen", EACCES, nth);
         takeMessages();
@@ -129,7 +108,7 @@ TEST_F(FaultTest, AConfigurationThatCannotBeOpenedIsToldWithTheReason) {
     }
 }
 
-TEST_F(FaultTest, WithoutAFreeNameThereIsNoConfiguration) {
+TEST_F(HWFaultTest, WithoutAFreeNameThereIsNoConfiguration) {
     const Fault fault("access", EEXIST, Fault::kEvery);
     EXPECT_EQ(run(), 102);
     const Messages messages = takeMessages();
@@ -142,7 +121,7 @@ TEST_F(FaultTest, WithoutAFreeNameThereIsNoConfiguration) {
     EXPECT_LE(fault.failures(), 59);
 }
 
-TEST_F(FaultTest, ALostNullDeviceLosesMessagesOnly) {
+TEST_F(HWFaultTest, ALostNullDeviceLosesMessagesOnly) {
     scannerWrites("<QEL><Memory/></QEL>");
     ASSERT_EQ(run(), 0);
     takeMessages();
@@ -152,7 +131,7 @@ TEST_F(FaultTest, ALostNullDeviceLosesMessagesOnly) {
     EXPECT_EQ(fault.path(), "/dev/null");
 }
 
-TEST_F(FaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold) {
+TEST_F(HWFaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold) {
     ZAVHwCtx* other = nullptr;
     zavtest::LogRecorder log;
     ASSERT_EQ(ZAV_hw_init(handle(), zavtest::LogRecorder::callback, &log, &other), 0);
@@ -171,7 +150,7 @@ TEST_F(FaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold) {
     }
 }
 
-TEST_F(FaultTest, AFileThatCannotBeDeletedStopsNoOther) {
+TEST_F(HWFaultTest, AFileThatCannotBeDeletedStopsNoOther) {
     scannerWrites("<QEL/>");
     ZAVHwCtx* other = nullptr;
     ASSERT_EQ(ZAV_hw_init(handle(), nullptr, nullptr, &other), 0);

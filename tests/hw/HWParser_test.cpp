@@ -5,6 +5,7 @@
 #include "intake/XMLParser.h"
 #include "kest/Text.h"
 #include "tests/hw/Inventory.h"
+#include "tests/support/ChildlessNode.h"
 
 namespace zav {
 namespace {
@@ -18,30 +19,9 @@ using Fields = std::vector<std::pair<std::wstring, std::wstring>>;
 
 Fields textsOf(const HWInstance& instance) {
     Fields fields;
-    for (const HWField& field : instance) fields.emplace_back(field.name, field.value);
+    for (const HWField& field : instance.fields) fields.emplace_back(field.name, field.value);
     return fields;
 }
-
-// An element whose children cannot be listed, or that has no list.
-class ChildlessNode : public Node {
-  public:
-    explicit ChildlessNode(int result) : result_(result) {}
-
-    int type() const override { return kElement; }
-    const wchar_t* text() const override { return name_.text(); }
-    const kest::String& name() const override { return name_; }
-    int getChildren(const NodeList** children) const override {
-        *children = nullptr;
-        return result_;
-    }
-    const tessa::StringMap* attributes() const override { return &attributes_; }
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
-
-  private:
-    int result_;
-    kest::String name_{L"Memory"};
-    tessa::StringMap attributes_;
-};
 
 class HWParserTest : public testing::Test {
   protected:
@@ -70,13 +50,14 @@ class HWParserTest : public testing::Test {
     std::vector<Fields> instances(int group) {
         parser_.reset();
         std::vector<Fields> all;
-        for (const HWInstance& instance : context_.groups[group]) all.push_back(textsOf(instance));
+        for (const HWInstance& instance : context_.groups.at(static_cast<std::size_t>(group)))
+            all.push_back(textsOf(instance));
         return all;
     }
 
     std::size_t storedInstances() {
         std::size_t count = 0;
-        for (const auto& [id, instances] : context_.groups) count += instances.size();
+        for (const auto& instances : context_.groups) count += instances.size();
         return count;
     }
 
@@ -109,11 +90,11 @@ TEST_F(HWParserTest, TheMessageAtTheEndCountsInstancesNotGroups) {
 
 TEST_F(HWParserTest, TheFieldNamesPointAtTheNamesOfTheInstance) {
     EXPECT_EQ(parse("<QEL><Memory><B>1</B><A>2</A><B>3</B></Memory><Memory/></QEL>"), 0);
-    const HWInstance& instance = context_.groups[3].at(0);
-    const std::vector<const wchar_t**>& names = context_.fieldNames[3];
-    ASSERT_EQ(names.size(), 2U);
-    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(names[0][i], instance[i].name);
-    EXPECT_EQ(names[1], nullptr);
+    const std::vector<HWInstance>& stored = context_.groups[3];
+    ASSERT_EQ(stored.size(), 2U);
+    ASSERT_EQ(stored[0].fields.size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(stored[0].fieldNames.get()[i], stored[0].fields[i].name);
+    EXPECT_EQ(stored[1].fieldNames, nullptr);
 }
 
 TEST_F(HWParserTest, AFieldThatOccursTwiceIsKeptTwice) {
@@ -151,8 +132,8 @@ TEST_F(HWParserTest, ARootWithoutChildrenIsAnEmptyInventory) {
 }
 
 TEST_F(HWParserTest, ARootWhoseChildrenCannotBeListedIsAnError) {
-    const ChildlessNode failing(-1);
-    const ChildlessNode listless(0);
+    const zavtest::ChildlessNode failing(L"Memory", -1);
+    const zavtest::ChildlessNode listless(L"Memory", 0);
     const Node* const text = firstChild("<QEL>text</QEL>");
     for (const Node* const root : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
                                    static_cast<const Node*>(&listless), text}) {
@@ -192,7 +173,7 @@ TEST_F(HWParserTest, AnElementInAFieldIsAnErrorThatNamesTheField) {
     EXPECT_EQ(log_.messages,
               (Messages{{0, 3, "parseHWField()", "Error: unrecognized format of value in field [C]"}}));
     EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"A", L"1"}}}));
-    EXPECT_EQ(context_.fieldNames[3].size(), 1U);
+    EXPECT_EQ(context_.groups[3].size(), 1U);
 }
 
 TEST_F(HWParserTest, OnlyTheFirstFaultIsReported) {
@@ -211,23 +192,24 @@ TEST_F(HWParserTest, FaultsNeedNoLogger) {
 }
 
 TEST_F(HWParserTest, AnInstanceWithoutChildrenHasNoFields) {
-    const ChildlessNode failing(-1);
-    const ChildlessNode listless(0);
+    const zavtest::ChildlessNode failing(L"Memory", -1);
+    const zavtest::ChildlessNode listless(L"Memory", 0);
     const Node* const text = firstChild("<QEL>text</QEL>");
     for (const Node* const element : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
                                       static_cast<const Node*>(&listless), text}) {
         HWInstance instance;
         EXPECT_EQ(HW_parseHWGroup(&context_, &instance, element), 0);
-        EXPECT_TRUE(instance.empty());
+        EXPECT_TRUE(instance.fields.empty());
     }
     HWInstance instance;
     EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory/>")), 0);
-    EXPECT_TRUE(instance.empty());
+    EXPECT_TRUE(instance.fields.empty());
     EXPECT_TRUE(log_.messages.empty());
 }
 
 TEST_F(HWParserTest, TheFieldsOfAnInstanceAreAddedBehindItsOthers) {
-    HWInstance instance = {{L"first", L"1"}};
+    HWInstance instance;
+    instance.fields = {{L"first", L"1"}};
     EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory><B>2</B><A>3</A></Memory>")), 0);
     EXPECT_EQ(textsOf(instance), (Fields{{L"first", L"1"}, {L"B", L"2"}, {L"A", L"3"}}));
 }
@@ -239,8 +221,8 @@ TEST_F(HWParserTest, AnInstanceStopsAtItsFirstFault) {
 }
 
 TEST_F(HWParserTest, AFieldWithoutChildrenHasTheEmptyValue) {
-    const ChildlessNode failing(-1);
-    const ChildlessNode listless(0);
+    const zavtest::ChildlessNode failing(L"Memory", -1);
+    const zavtest::ChildlessNode listless(L"Memory", 0);
     const Node* const text = firstChild("<QEL>text</QEL>");
     std::wstring value;
     for (const Node* const field : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),

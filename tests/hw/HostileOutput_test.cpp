@@ -2,9 +2,12 @@
 #include <algorithm>
 
 #include "tests/hw/Inventory.h"
+#include "tests/support/HostileXml.h"
 
 namespace hwtest {
 namespace {
+
+using zavtest::repeated;
 
 using HostileOutputTest = InventoryTest;
 
@@ -79,22 +82,6 @@ TEST_F(HostileOutputTest, Latin1IsRead) {
     EXPECT_EQ(value(3, 0, L"Type"), L"\u00E4");
 }
 
-std::string repeated(const std::string& text, std::size_t times) {
-    std::string all;
-    all.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i) all += text;
-    return all;
-}
-
-std::string amplifyingEntities() {
-    std::string document = "<!DOCTYPE QEL [<!ENTITY e0 \"lololololololololol\">";
-    for (int level = 1; level < 12; ++level) {
-        const std::string inner = "&e" + std::to_string(level - 1) + ";";
-        document += "<!ENTITY e" + std::to_string(level) + " \"" + repeated(inner, 10) + "\">";
-    }
-    return document + "]><QEL><Memory><Size>&e11;</Size></Memory></QEL>";
-}
-
 struct HostileCase {
     const char* name;
     std::string output;
@@ -130,7 +117,9 @@ INSTANTIATE_TEST_SUITE_P(
                     "Error in line 1: "},
         HostileCase{"UnknownEntity", "<QEL><Memory><A>&none;</A></Memory></QEL>", "Error in line 1: "},
         HostileCase{"DuplicateAttribute", "<QEL a='1' a='2'/>", "Error in line 1: "},
-        HostileCase{"EntitiesThatAmplify", amplifyingEntities(), "Error in line 1: "},
+        HostileCase{"EntitiesThatAmplify",
+                    zavtest::amplifyingDoctype() + "<QEL><Memory><Size>&e11;</Size></Memory></QEL>",
+                    "Error in line 1: "},
         HostileCase{"DeepInAField",
                     "<QEL><Memory>" + repeated("<a>", deep) + repeated("</a>", deep) + "</Memory></QEL>",
                     "Error: unrecognized format of value in field [a]"},

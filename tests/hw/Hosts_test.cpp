@@ -1,27 +1,14 @@
 // Hosts that make it hard to learn how a scanner ended.
 #include "tests/hw/Inventory.h"
-#include "tests/kest/SignalHandling.h"
+#include "tests/support/SignalHandling.h"
 
 namespace hwtest {
 namespace {
 
-struct HostKind {
-    const char* name;
-    void (*handler)(int);
-    int flags;
-};
-
-void takeEveryChild(int) {
-    const int saved = errno;
-    while (waitpid(-1, nullptr, WNOHANG) > 0) {
-    }
-    errno = saved;
-}
-
-class HostTest : public testing::TestWithParam<HostKind> {
+class HostTest : public testing::TestWithParam<zavtest::ChildHandling> {
   private:
     zavtest::NothingLeft nothingLeft_;
-    kest::test::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
+    zavtest::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
 TEST_P(HostTest, LearnsHowItsScannerEnded) {
@@ -48,18 +35,20 @@ TEST_P(HostTest, LearnsHowItsScannerEnded) {
 TEST_P(HostTest, IsNotDisturbedByAStormOfSignals) {
     Inventory inventory;
     inventory.scannerWrites("<QEL><Memory/></QEL>");
-    const kest::test::SignalStorm storm;
-    const int before = kest::test::SignalStorm::count();
+    const zavtest::SignalStorm storm;
+    const int before = zavtest::SignalStorm::count();
     do {
         ASSERT_EQ(inventory.run(), 0);
         EXPECT_EQ(inventory.instances(3), 1);
-    } while (kest::test::SignalStorm::count() < before + 50);
+    } while (zavtest::SignalStorm::count() < before + 50);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sigchld, HostTest,
-                         testing::Values(HostKind{"ByDefault", SIG_DFL, 0}, HostKind{"Ignored", SIG_IGN, 0},
-                                         HostKind{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
-                                         HostKind{"HandledByReaping", takeEveryChild, SA_RESTART}),
+                         testing::Values(zavtest::ChildHandling{"ByDefault", SIG_DFL, 0},
+                                         zavtest::ChildHandling{"Ignored", SIG_IGN, 0},
+                                         zavtest::ChildHandling{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
+                                         zavtest::ChildHandling{"HandledByReaping", zavtest::reapEveryChild,
+                                                                SA_RESTART}),
                          [](const auto& kind) { return kind.param.name; });
 
 TEST(Host, LearnsHowItsScannerEndedBesideAThreadThatTakesEveryChildAway) {
@@ -68,7 +57,7 @@ TEST(Host, LearnsHowItsScannerEndedBesideAThreadThatTakesEveryChildAway) {
     inventory.put("status", "7");
     inventory.scannerWrites("<QEL><Memory/></QEL>");
     for (const int options : {0, WNOHANG}) {
-        const kest::test::ReapingThread reaper(options);
+        const zavtest::ReapingThread reaper(options);
         for (int round = 0; round < 125; ++round) {
             inventory.scannerIs("CopyOutput");
             EXPECT_EQ(inventory.run(), 0);

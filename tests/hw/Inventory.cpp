@@ -4,22 +4,19 @@
 
 namespace hwtest {
 
-Inventory::Inventory(const std::string& toolkitName) : Toolkit(toolkitName) {
-    EXPECT_EQ(
-        ZAV_init("tests", nullptr, nullptr, temp().wstring().c_str(), path().wstring().c_str(), &handle_), 0);
-    EXPECT_EQ(ZAV_hw_init(handle_, zavtest::LogRecorder::callback, &log_, &context_), 0);
+Inventory::Inventory(const std::string& toolkitName) : Toolkit(toolkitName), LibraryHost(path()) {
+    EXPECT_EQ(ZAV_hw_init(handle(), zavtest::LogRecorder::callback, &log_, &context_), 0);
     EXPECT_EQ(enable(0), 0);
     log_.messages.clear();
 }
 
 Inventory::~Inventory() {
-    if (handle_ != nullptr) close();
+    if (context_ != nullptr) close();
 }
 
 void Inventory::close() {
     EXPECT_EQ(ZAV_hw_free(std::exchange(context_, nullptr)), 0);
-    EXPECT_EQ(ZAV_free(std::exchange(handle_, nullptr)), 0);
-    EXPECT_TRUE(std::filesystem::is_empty(temp()));
+    closeHandle();
 }
 
 int Inventory::returnCode() const {
@@ -45,16 +42,6 @@ std::wstring Inventory::value(int group, int instance, const wchar_t* field) con
     const wchar_t* text = L"";
     EXPECT_EQ(ZAV_hw_get_value(context_, group, instance, field, &text), 0);
     return text;
-}
-
-Messages Inventory::takeMessages() {
-    return std::exchange(log_.messages, {});
-}
-
-std::vector<std::string> Inventory::takeTextsOf(const std::string& function) {
-    std::vector<std::string> texts = log_.textsOf(function);
-    log_.messages.clear();
-    return texts;
 }
 
 }  // namespace hwtest

@@ -1,37 +1,28 @@
 // A host whose callback throws, at each message in its turn.
 #include <functional>
-#include <stdexcept>
 
-#include "tests/hw/Inventory.h"
+#include "include/zav.h"
+#include "tests/hw/Toolkit.h"
+#include "tests/support/ThrowingHost.h"
 
 namespace hwtest {
 namespace {
 
-// Throws at one message, counted from 1, and hears the others.
-struct ThrowingHost {
-    static void callback(int, int, void* userData, const char*, const char*) {
-        auto& self = *static_cast<ThrowingHost*>(userData);
-        if (++self.heard == self.throwsAt) throw std::runtime_error("the host's own");
-    }
-
-    int heard = 0;
-    int throwsAt = 0;
-};
-
-class ThrowingCallbackTest : public testing::Test, private zavtest::NothingLeft {
+class HWThrowingCallbackTest : public zavtest::ThrowingHostTest {
   protected:
-    ThrowingCallbackTest() {
+    HWThrowingCallbackTest() {
         toolkit_.put("output.xml", "<!DOCTYPE QEL><QEL><Memory><Size>1</Size></Memory></QEL>");
         toolkit_.put("lines", "one\ntwo\n");
         toolkit_.scannerIs("PrintLines");
     }
-    ~ThrowingCallbackTest() override { EXPECT_TRUE(std::filesystem::is_empty(temp_.path())); }
 
     int init(ZAVCtx** handle) {
-        return ZAV_init("tests", ThrowingHost::callback, &host_, temp_.path().wstring().c_str(),
+        return ZAV_init("tests", zavtest::ThrowingHost::callback, &host_, tempPath().c_str(),
                         toolkit_.path().wstring().c_str(), handle);
     }
-    int hwInit(ZAVHwCtx** context) { return ZAV_hw_init(handle_, ThrowingHost::callback, &host_, context); }
+    int hwInit(ZAVHwCtx** context) {
+        return ZAV_hw_init(handle_, zavtest::ThrowingHost::callback, &host_, context);
+    }
     void open() {
         host_ = {};
         ASSERT_EQ(init(&handle_), 0);
@@ -44,38 +35,19 @@ class ThrowingCallbackTest : public testing::Test, private zavtest::NothingLeft 
         EXPECT_EQ(ZAV_free(handle_), 0);
     }
 
-    // Makes the call once for each of its messages, which throws: the code is 5, and the lock is free again.
-    // Each time `before` comes first and `behind` last. Returns how many messages there were.
-    int everyMessage(const std::function<void()>& before, const std::function<int()>& call,
-                     const std::function<void()>& behind) {
-        for (int nth = 1;; ++nth) {
-            before();
-            host_ = {0, nth};
-            const int code = call();
-            const bool thrown = host_.heard >= nth;
-            host_.throwsAt = 0;
-            EXPECT_EQ(code, thrown ? 5 : 0) << nth;
-            behind();
-            if (!thrown || HasFailure()) return nth - 1;
-        }
-    }
-
-    // Else this would wait for ever.
     void expectLockFree() {
-        const int before = host_.heard;
-        const wchar_t* name = nullptr;
-        EXPECT_EQ(ZAV_hw_get_group_name(context_, 4, &name), 0);
-        EXPECT_EQ(host_.heard, before + 1);
+        ThrowingHostTest::expectLockFree([this] {
+            const wchar_t* name = nullptr;
+            return ZAV_hw_get_group_name(context_, 4, &name);
+        });
     }
 
     const Toolkit toolkit_;
-    const zavtest::ScratchDir temp_;
-    ThrowingHost host_;
     ZAVCtx* handle_ = nullptr;
     ZAVHwCtx* context_ = nullptr;
 };
 
-TEST_F(ThrowingCallbackTest, OpensNoHandle) {
+TEST_F(HWThrowingCallbackTest, OpensNoHandle) {
     ZAVCtx* const untouched = reinterpret_cast<ZAVCtx*>(this);
     const int messages = everyMessage([&] { handle_ = untouched; }, [this] { return init(&handle_); },
                                       [&] {
@@ -85,7 +57,7 @@ TEST_F(ThrowingCallbackTest, OpensNoHandle) {
     EXPECT_GE(messages, 8);
 }
 
-TEST_F(ThrowingCallbackTest, MakesNoContext) {
+TEST_F(HWThrowingCallbackTest, MakesNoContext) {
     const int messages = everyMessage(
         [this] {
             EXPECT_EQ(init(&handle_), 0);
@@ -101,7 +73,7 @@ TEST_F(ThrowingCallbackTest, MakesNoContext) {
     EXPECT_EQ(messages, 5);
 }
 
-TEST_F(ThrowingCallbackTest, ChangesNoOption) {
+TEST_F(HWThrowingCallbackTest, ChangesNoOption) {
     for (const int option : {0, 3}) {
         open();
         ASSERT_EQ(ZAV_hw_run(context_), 0);
@@ -114,7 +86,7 @@ TEST_F(ThrowingCallbackTest, ChangesNoOption) {
     }
 }
 
-TEST_F(ThrowingCallbackTest, EndsAScanButNotTheContext) {
+TEST_F(HWThrowingCallbackTest, EndsAScanButNotTheContext) {
     const int messages = everyMessage([this] { open(); }, [this] { return ZAV_hw_run(context_); },
                                       [this] {
                                           expectLockFree();
@@ -128,7 +100,7 @@ TEST_F(ThrowingCallbackTest, EndsAScanButNotTheContext) {
     EXPECT_EQ(messages, 10);
 }
 
-TEST_F(ThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
+TEST_F(HWThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
     open();
     int nth = 1;
     for (int code = 5; code == 5; ++nth) {
@@ -152,14 +124,14 @@ TEST_F(ThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
     close();
 }
 
-TEST_F(ThrowingCallbackTest, EndsAFailedScanAlike) {
+TEST_F(HWThrowingCallbackTest, EndsAFailedScanAlike) {
     toolkit_.put("status", "3");
     for (const char* const program : {"FailAfterOutput", "WriteNothing"}) {
         toolkit_.scannerIs(program);
         open();
         host_ = {};
         ASSERT_NE(ZAV_hw_run(context_), 0);
-        const int messages = host_.heard;
+        const int messages = host_.received;
         for (int nth = 1; nth <= messages; ++nth) {
             host_ = {0, nth};
             EXPECT_EQ(ZAV_hw_run(context_), 5) << program << " " << nth;
@@ -169,7 +141,7 @@ TEST_F(ThrowingCallbackTest, EndsAFailedScanAlike) {
     }
 }
 
-TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
+TEST_F(HWThrowingCallbackTest, AnswersNoQuery) {
     open();
     ASSERT_EQ(ZAV_hw_run(context_), 0);
     int number = 4711;
@@ -189,7 +161,7 @@ TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
             const wchar_t* const textBefore = text;
             const wchar_t** const namesBefore = names;
             ASSERT_EQ(query(), 0);
-            wanted = host_.heard;
+            wanted = host_.received;
             number = numberBefore;
             text = textBefore;
             names = namesBefore;
@@ -207,13 +179,13 @@ TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
     close();
 }
 
-TEST_F(ThrowingCallbackTest, ReleasesAContextAllTheSame) {
+TEST_F(HWThrowingCallbackTest, ReleasesAContextAllTheSame) {
     const int messages = everyMessage([this] { open(); }, [this] { return ZAV_hw_free(context_); },
                                       [this] { EXPECT_EQ(ZAV_free(handle_), 0); });
     EXPECT_EQ(messages, 3);
 }
 
-TEST_F(ThrowingCallbackTest, ReleasesAHandleAllTheSame) {
+TEST_F(HWThrowingCallbackTest, ReleasesAHandleAllTheSame) {
     const int messages =
         everyMessage([this] { EXPECT_EQ(init(&handle_), 0); }, [this] { return ZAV_free(handle_); }, [] {});
     EXPECT_EQ(messages, 3);

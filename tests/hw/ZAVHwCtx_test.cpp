@@ -67,11 +67,9 @@ TEST_F(HwInitTest, ANewContextHoldsWhatTheHandleKnowsAndNoResults) {
     EXPECT_EQ(context->installDir, L"/opt/zav/bin");
     EXPECT_EQ(context->returnCode, -1);
     EXPECT_EQ(context->groups.size(), 52U);
-    EXPECT_EQ(context->fieldNames.size(), 52U);
-    for (int id = 0; id <= 51; ++id) {
-        EXPECT_EQ(context->groupEnabled.at(static_cast<std::size_t>(id)), 0) << id;
+    for (std::size_t id = 0; id <= 51; ++id) {
+        EXPECT_EQ(context->groupEnabled.at(id), 0) << id;
         EXPECT_TRUE(context->groups.at(id).empty()) << id;
-        EXPECT_TRUE(context->fieldNames.at(id).empty()) << id;
     }
     EXPECT_EQ(ZAV_hw_free(context), 0);
 }
@@ -305,14 +303,19 @@ TEST_F(HwInitTest, FreeLeavesFilesOfOthersAlone) {
     std::filesystem::remove_all(workspace);
 }
 
-TEST(HwCleanFields, FreesEveryArrayAndKeepsAnEntryForEachId) {
-    zav::HWFieldNames names;
-    names[3].push_back(static_cast<const wchar_t**>(std::malloc(sizeof(const wchar_t*))));
-    names[3].push_back(nullptr);
-    names[51].push_back(static_cast<const wchar_t**>(std::malloc(2 * sizeof(const wchar_t*))));
-    zav::HW_cleanFields(names);
-    EXPECT_EQ(names.size(), 52U);
-    for (int id = 0; id <= 51; ++id) EXPECT_TRUE(names.at(id).empty()) << id;
+TEST(DiscardResults, ReleasesEveryInstanceOfEveryGroup) {
+    ZAVHwCtx context;
+    for (const std::size_t id : {3, 51}) {
+        zav::HWInstance instance;
+        instance.fields = {{L"Name", L"value"}};
+        instance.makeFieldNames();
+        context.groups.at(id).push_back(std::move(instance));
+        context.groups.at(id).emplace_back();
+    }
+    context.returnCode = 0;
+    context.discardResults();
+    EXPECT_EQ(context.returnCode, -1);
+    for (std::size_t id = 0; id <= 51; ++id) EXPECT_EQ(context.groups.at(id).capacity(), 0U) << id;
 }
 
 }  // namespace

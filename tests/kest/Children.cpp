@@ -3,26 +3,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <filesystem>
-#include <iterator>
-
+#include "kest/Retry.h"
 #include "kest/Runtime.h"
 #include "kest/Text.h"
 
 namespace kest::test {
-
-namespace {
-
-std::size_t entriesOf(const char* directory) {
-    const std::filesystem::directory_iterator first(directory);
-    return static_cast<std::size_t>(std::distance(begin(first), end(first)));
-}
-
-}  // namespace
 
 std::string child(const std::string& name) {
     return "\"" KEST_CHILDREN "/" + name + "\"";
@@ -66,15 +53,6 @@ Outcome run(const std::string& command, const std::string& environment) {
     return {output, status};
 }
 
-NothingLeft::NothingLeft() : descriptors_(entriesOf("/proc/self/fd")) {}
-
-NothingLeft::~NothingLeft() {
-    EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors_);
-    errno = 0;
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG | __WALL), -1);
-    EXPECT_EQ(errno, ECHILD);
-}
-
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,
                      const std::string& content, unsigned mode) {
     std::string path = directory.write(name, content);
@@ -89,10 +67,7 @@ std::string makeNamedPipe(const zavtest::ScratchDir& directory) {
 }
 
 void openForWriting(const std::string& namedPipe) {
-    int descriptor = -1;
-    do {
-        descriptor = open(namedPipe.c_str(), O_WRONLY | O_CLOEXEC);
-    } while (descriptor < 0 && errno == EINTR);
+    const int descriptor = retryInterrupted([&] { return open(namedPipe.c_str(), O_WRONLY | O_CLOEXEC); });
     EXPECT_GE(descriptor, 0);
     close(descriptor);
 }

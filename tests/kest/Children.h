@@ -7,9 +7,12 @@
 #include <string>
 
 #include "kest/ChildProcess.h"
+#include "tests/support/NothingLeft.h"
 #include "tests/support/ScratchDir.h"
 
 namespace kest::test {
+
+using zavtest::NothingLeft;
 
 // The path of a program in children/, quoted for a command line.
 std::string child(const std::string& name);
@@ -37,18 +40,6 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
 // The whole life of a child; a failed check and status -2 when it could not be started.
 Outcome run(const std::string& command, const std::string& environment = {0, 0, 0});
-
-// Checks at its end that there are as many descriptors as at its beginning, and no child.
-class NothingLeft {
-  public:
-    NothingLeft();
-    NothingLeft(const NothingLeft&) = delete;
-    NothingLeft& operator=(const NothingLeft&) = delete;
-    ~NothingLeft();
-
-  private:
-    std::size_t descriptors_;
-};
 
 // Both return the path.
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,

@@ -4,17 +4,17 @@
 #include <cerrno>
 
 #include "tests/kest/Children.h"
-#include "tests/kest/SignalHandling.h"
+#include "tests/support/SignalHandling.h"
 
 namespace kest::test {
 namespace {
 
 TEST(Interrupted, SignalsDoNotDisturbTheReading) {
     const NothingLeft nothingLeft;
-    const int before = SignalStorm::count();
+    const int before = zavtest::SignalStorm::count();
     {
-        const SignalStorm storm;
-        while (SignalStorm::count() < before + 50) {
+        const zavtest::SignalStorm storm;
+        while (zavtest::SignalStorm::count() < before + 50) {
             const Outcome outcome = run(child("WriteLines") + " 20000");
             ASSERT_EQ(outcome.status, 0);
             ASSERT_EQ(outcome.output.size(), 20'000 * sizeof("line ") + 88'890);
@@ -24,7 +24,7 @@ TEST(Interrupted, SignalsDoNotDisturbTheReading) {
 
 TEST(Interrupted, SignalsDoNotDisturbTheWaiting) {
     const NothingLeft nothingLeft;
-    const SignalStorm storm;
+    const zavtest::SignalStorm storm;
     const std::unique_ptr<ChildProcess> process = launch(child("CloseOutputThenExit"));
     ASSERT_NE(process, nullptr);
     EXPECT_EQ(process->getOutputStream()->read(), -1);
@@ -34,12 +34,12 @@ TEST(Interrupted, SignalsDoNotDisturbTheWaiting) {
 TEST(Interrupted, SignalsDoNotDisturbALineThatTheChildHoldsBack) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
-    const SignalStorm storm;
+    const zavtest::SignalStorm storm;
     const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
     ASSERT_NE(process, nullptr);
     EXPECT_EQ(readLine(*process->getOutputStream()), "first");
     std::thread later([&pipe] {
-        for (const int start = SignalStorm::count(); SignalStorm::count() < start + 20;)
+        for (const int start = zavtest::SignalStorm::count(); zavtest::SignalStorm::count() < start + 20;)
             std::this_thread::yield();
         openForWriting(pipe);
     });
@@ -67,7 +67,7 @@ TEST(Interrupted, AHostMayBeginToIgnoreItsChildrenWhileOneRuns) {
     const std::string pipe = makeNamedPipe(directory);
     const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
     ASSERT_NE(process, nullptr);
-    const Disposition ignored(SIGCHLD, SIG_IGN, 0);
+    const zavtest::Disposition ignored(SIGCHLD, SIG_IGN, 0);
     openForWriting(pipe);
     EXPECT_EQ(readAll(*process->getOutputStream()), "first\nsecond\n");
     EXPECT_EQ(process->waitFor(), 7);

@@ -8,31 +8,18 @@
 
 #include "kest/Descriptor.h"
 #include "tests/kest/Children.h"
-#include "tests/kest/SignalHandling.h"
-#include "tests/kest/Threads.h"
+#include "tests/support/SignalHandling.h"
+#include "tests/support/Threads.h"
 
 namespace kest::test {
 namespace {
 
-struct HostKind {
-    const char* name;
-    void (*handler)(int);
-    int flags;
-};
-
-void takeEveryChild(int) {
-    const int saved = errno;
-    while (waitpid(-1, nullptr, WNOHANG) > 0) {
-    }
-    errno = saved;
-}
-
 void lookAway(int) {}
 
-class KeeperTest : public testing::TestWithParam<HostKind> {
+class KeeperTest : public testing::TestWithParam<zavtest::ChildHandling> {
   private:
     NothingLeft nothingLeft_;
-    Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
+    zavtest::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
 TEST_P(KeeperTest, TellsTheStatus) {
@@ -111,7 +98,7 @@ TEST_P(KeeperTest, TheHostsDispositionStaysAsItWas) {
 }
 
 TEST_P(KeeperTest, ChildrenOfManyThreadsRunSideBySide) {
-    inThreads(8, [](int thread) {
+    zavtest::inThreads(8, [](int thread) {
         for (int i = 0; i < 10; ++i) {
             const int status = 10 * thread + i;
             EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)).status, status);
@@ -120,8 +107,8 @@ TEST_P(KeeperTest, ChildrenOfManyThreadsRunSideBySide) {
 }
 
 TEST_P(KeeperTest, SignalsDoNotDisturb) {
-    const SignalStorm storm;
-    for (const int before = SignalStorm::count(); SignalStorm::count() < before + 50;) {
+    const zavtest::SignalStorm storm;
+    for (const int before = zavtest::SignalStorm::count(); zavtest::SignalStorm::count() < before + 50;) {
         EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
     }
     EXPECT_EQ(run(child("CloseOutputThenExit")).status, 7);
@@ -129,7 +116,7 @@ TEST_P(KeeperTest, SignalsDoNotDisturb) {
 
 TEST_P(KeeperTest, AThreadThatTakesEveryChildGetsNone) {
     for (const int options : {0, WNOHANG}) {
-        const ReapingThread reaper(options);
+        const zavtest::ReapingThread reaper(options);
         for (int i = 0; i < 50; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
         EXPECT_EQ(reaper.count(), 0);
     }
@@ -137,16 +124,18 @@ TEST_P(KeeperTest, AThreadThatTakesEveryChildGetsNone) {
 
 TEST_P(KeeperTest, AThreadThatTakesEvenKeepersDoesNotDisturb) {
     for (const int options : {__WALL, __WALL | WNOHANG}) {
-        const ReapingThread reaper(options);
+        const zavtest::ReapingThread reaper(options);
         for (int i = 0; i < 50; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, KeeperTest,
-                         testing::Values(HostKind{"Usual", SIG_DFL, 0}, HostKind{"Ignoring", SIG_IGN, 0},
-                                         HostKind{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
-                                         HostKind{"ReapingInAHandler", takeEveryChild, 0},
-                                         HostKind{"LookingAway", lookAway, SA_RESTART}),
+                         testing::Values(zavtest::ChildHandling{"Usual", SIG_DFL, 0},
+                                         zavtest::ChildHandling{"Ignoring", SIG_IGN, 0},
+                                         zavtest::ChildHandling{"WithoutZombies", SIG_DFL, SA_NOCLDWAIT},
+                                         zavtest::ChildHandling{"ReapingInAHandler", zavtest::reapEveryChild,
+                                                                0},
+                                         zavtest::ChildHandling{"LookingAway", lookAway, SA_RESTART}),
                          [](const auto& kind) { return kind.param.name; });
 
 // The children of all threads of the process.
@@ -166,7 +155,7 @@ volatile std::sig_atomic_t handled = 0;
 TEST(Keeper, TheHostsHandlersAreCalledInNoThreadButItsOwn) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
-    const Disposition counted(
+    const zavtest::Disposition counted(
         SIGUSR1, [](int) { handled = handled + 1; }, 0);
     const std::unique_ptr<ChildProcess> process = launch(child("WriteLineThenWait") + " " + pipe);
     ASSERT_NE(process, nullptr);

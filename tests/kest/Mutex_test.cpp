@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/kest/Threads.h"
+#include "tests/support/Threads.h"
 
 namespace kest {
 namespace {
@@ -18,7 +18,7 @@ TEST(Mutex, BothOperationsReturnZero) {
 TEST(Mutex, LetsOneThreadInAtATime) {
     Mutex mutex;
     int count = 0;
-    test::inThreads(4, [&](int) {
+    zavtest::inThreads(4, [&](int) {
         for (int i = 0; i < 10'000; ++i) {
             mutex.lock();
             ++count;

@@ -11,9 +11,9 @@
 #include <string>
 #include <thread>
 
-#include "tests/kest/Threads.h"
 #include "tests/support/Child.h"
 #include "tests/support/ScratchDir.h"
+#include "tests/support/Threads.h"
 
 namespace kest::test {
 namespace {
@@ -120,7 +120,7 @@ TEST(StandardStreams, NeverLeadTheHostsLinesIntoWhatIsOpened) {
         std::thread host([&] {
             while (!over) written += write(STDOUT_FILENO, "line of the host\n", 17) > 0 ? 1 : 0;
         });
-        inThreads(3, [&file](int) {
+        zavtest::inThreads(3, [&file](int) {
             for (int i = 0; i < 3000; ++i) {
                 close(openedAbove(
                     [&file] { return ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600); }));

@@ -2,13 +2,12 @@
 #include <functional>
 
 #include "sw/ZAVSwCtx.h"
-#include "tests/support/Heap.h"
-#include "tests/sw/Evaluation.h"
+#include "tests/support/AllocationTest.h"
+#include "tests/sw/Toolkit.h"
 
 namespace swtest {
 namespace {
 
-using zavtest::FailingHeap;
 using zavtest::liveBlocks;
 using zavtest::Shortage;
 
@@ -33,7 +32,7 @@ std::string largeWarnings() {
     return warnings + "</Events>";
 }
 
-class SWAllocationsTest : public testing::TestWithParam<Shortage> {
+class SWAllocationsTest : public zavtest::AllocationTest {
   protected:
     SWAllocationsTest() {
         toolkit_.scannerWrites(largeOutput(), largeWarnings());
@@ -44,14 +43,9 @@ class SWAllocationsTest : public testing::TestWithParam<Shortage> {
         close();
     }
 
-    // Counts, as anything else might allocate.
-    static void callback(int, int, void* userData, const char*, const char*) {
-        ++*static_cast<int*>(userData);
-    }
-
-    int swInit(ZAVSwCtx** context) { return ZAV_sw_init(handle_, callback, &messages_, context); }
+    int swInit(ZAVSwCtx** context) { return ZAV_sw_init(handle_, countMessage, &messages_, context); }
     void openHandle() {
-        ASSERT_EQ(ZAV_init("tests", nullptr, nullptr, temp_.c_str(), directory_.c_str(), &handle_), 0);
+        ASSERT_EQ(ZAV_init("tests", nullptr, nullptr, tempPath().c_str(), directory_.c_str(), &handle_), 0);
     }
     void open() {
         openHandle();
@@ -66,30 +60,6 @@ class SWAllocationsTest : public testing::TestWithParam<Shortage> {
     int evaluate() {
         const wchar_t* signatures[] = {L"<Signature/>", L"<Signature a='a text that needs memory'/>"};
         return ZAV_sw_evaluate_multi(context_, signatures, 2);
-    }
-
-    // One call with its nth allocation failing. False when it came to no such allocation.
-    template <class Call>
-    static bool failsAt(int nth, int& code, Call call) {
-        const FailingHeap heap(nth, GetParam());
-        code = call();
-        return heap.happened();
-    }
-
-    // Repeats a whole test until its call needs no further allocation. `once` gets the number of the
-    // allocation that fails, and returns whether it came to it.
-    template <class Once>
-    void everyAllocation(Once once) {
-        int nth = 1;
-        for (bool happened = true; happened; ++nth) {
-            const zavtest::NothingLeft nothingLeft;
-            const long blocks = liveBlocks();
-            happened = once(nth);
-            EXPECT_EQ(liveBlocks(), blocks) << nth;
-            EXPECT_TRUE(std::filesystem::is_empty(tempDirectory_.path())) << nth;
-            if (HasFatalFailure()) return;
-        }
-        EXPECT_GT(nth, 2);
     }
 
     // Nobody holds the logger's lock, else this would wait for ever.
@@ -134,28 +104,23 @@ class SWAllocationsTest : public testing::TestWithParam<Shortage> {
     }
 
     const Toolkit toolkit_;
-    const zavtest::ScratchDir tempDirectory_;
-    const std::wstring temp_ = tempDirectory_.path().wstring();
     const std::wstring directory_ = toolkit_.path().wstring();
     ZAVCtx* handle_ = nullptr;
     ZAVSwCtx* context_ = nullptr;
-    int messages_ = 0;
 };
 
 TEST_P(SWAllocationsTest, OfMakingAContext) {
     everyAllocation([this](int nth) {
         openHandle();
         ZAVSwCtx* context = reinterpret_cast<ZAVSwCtx*>(this);
-        int code = 0;
-        const bool happened = failsAt(nth, code, [&] { return swInit(&context); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
-        if (code == 0) {
+        const Attempt attempt = failAt(nth, [&] { return swInit(&context); });
+        if (attempt.code == 0) {
             EXPECT_EQ(ZAV_sw_free(context), 0);
         } else {
             EXPECT_EQ(context, nullptr);
         }
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return happened;
+        return attempt.reached;
     });
 }
 
@@ -165,28 +130,23 @@ TEST_P(SWAllocationsTest, OfSettingAnOption) {
     for (const wchar_t* const name : {L"known", L"a name that needs memory of its own"}) {
         everyAllocation([&](int nth) {
             open();
-            int code = 0;
-            const bool happened = failsAt(nth, code, [&] {
-                return ZAV_sw_setopt_variable(context_, name, text.c_str(), text.c_str());
-            });
-            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+            const Attempt attempt = failAt(
+                nth, [&] { return ZAV_sw_setopt_variable(context_, name, text.c_str(), text.c_str()); });
             for (const auto& [key, preset] : context_->variables) {
                 EXPECT_TRUE((preset.value == L"1" && preset.scope == L"2") ||
                             (preset.value == text && preset.scope == text))
                     << nth;
             }
             close();
-            return happened;
+            return attempt.reached;
         });
         everyAllocation([&](int nth) {
             open();
-            int code = 0;
-            const bool happened = failsAt(
-                nth, code, [&] { return ZAV_sw_setopt_config(context_, name, text.c_str(), text.c_str()); });
-            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+            const Attempt attempt =
+                failAt(nth, [&] { return ZAV_sw_setopt_config(context_, name, text.c_str(), text.c_str()); });
             for (const auto& [plugin, settings] : context_->pluginConfigs) EXPECT_FALSE(settings.empty());
             close();
-            return happened;
+            return attempt.reached;
         });
     }
 }
@@ -194,26 +154,24 @@ TEST_P(SWAllocationsTest, OfSettingAnOption) {
 TEST_P(SWAllocationsTest, OfAnEvaluation) {
     everyAllocation([this](int nth) {
         open();
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return evaluate(); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
-        if (code == 0) {
+        const Attempt attempt = failAt(nth, [this] { return evaluate(); });
+        if (attempt.code == 0) {
             expectResults();
         } else {
             expectNoResults();
         }
         close();
-        return happened;
+        return attempt.reached;
     });
 }
 
 TEST_P(SWAllocationsTest, OfAnEvaluationLeaveAContextInWhichTheNextOneSucceeds) {
     open();
     int nth = 1;
-    for (bool happened = true; happened && !HasFailure(); nth += 7) {
-        int code = 0;
-        happened = failsAt(nth, code, [this] { return evaluate(); });
-        ASSERT_EQ(evaluate(), 0) << nth << ": " << code;
+    for (bool reached = true; reached && !HasFailure(); nth += 7) {
+        const Attempt attempt = failAt(nth, [this] { return evaluate(); });
+        reached = attempt.reached;
+        ASSERT_EQ(evaluate(), 0) << nth << ": " << attempt.code;
         expectResults();
     }
     EXPECT_GT(nth, 100);
@@ -242,10 +200,9 @@ TEST_P(SWAllocationsTest, OfQueries) {
     const long blocks = liveBlocks();
     for (const auto& query : queries) {
         int nth = 1;
-        for (bool happened = true; happened; ++nth) {
-            int code = 0;
-            happened = failsAt(nth, code, query);
-            EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        for (bool reached = true; reached; ++nth) {
+            const Attempt attempt = failAt(nth, query);
+            reached = attempt.reached;
             EXPECT_EQ(liveBlocks(), blocks);
             EXPECT_EQ(returnCode(), 0);
         }
@@ -260,23 +217,21 @@ TEST_P(SWAllocationsTest, OfAnIdentifierLookup) {
         open();
         EXPECT_EQ(evaluate(), 0);
         ZAVSwResult** const untouched = reinterpret_cast<ZAVSwResult**>(this);
-        bool happened = false;
+        bool reached = false;
         for (const auto& [guid, right] : {std::pair(L"1", 0), {L"an identifier that is nowhere", 210}}) {
             ZAVSwResult** results = untouched;
             unsigned int count = 0;
             const auto find = [&, wanted = guid] {
                 return ZAV_sw_find_results_by_guid(context_, wanted, &results, &count);
             };
-            int code = 0;
-            const bool failed = failsAt(nth, code, find);
-            happened = happened || failed;
-            EXPECT_TRUE(code == right || (failed && code == 5)) << nth << ": " << code;
-            EXPECT_EQ(results == untouched, code != 0) << nth;
+            const Attempt attempt = failAt(nth, find, right);
+            reached = reached || attempt.reached;
+            EXPECT_EQ(results == untouched, attempt.code != 0) << nth;
             EXPECT_EQ(find(), right) << nth;
             EXPECT_EQ(count, right == 0 ? 2U : 0U) << nth;
         }
         close();
-        return happened;
+        return reached;
     });
 }
 
@@ -284,18 +239,14 @@ TEST_P(SWAllocationsTest, OfReleasingAContext) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(evaluate(), 0);
-        int code = 0;
-        const bool happened = failsAt(nth, code, [this] { return ZAV_sw_free(context_); });
-        EXPECT_TRUE(code == 0 || (happened && code == 5)) << nth << ": " << code;
+        const Attempt attempt = failAt(nth, [this] { return ZAV_sw_free(context_); });
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return happened;
+        return attempt.reached;
     });
 }
 
 INSTANTIATE_TEST_SUITE_P(Fail, SWAllocationsTest, testing::Values(Shortage::Once, Shortage::ForGood),
-                         [](const auto& shortage) {
-                             return shortage.param == Shortage::Once ? "Once" : "FromThereOn";
-                         });
+                         zavtest::nameOf);
 
 }  // namespace
 }  // namespace swtest

@@ -1,6 +1,5 @@
 // Threads that evaluate at once, each with a handle of its own.
-#include <thread>
-
+#include "tests/support/Threads.h"
 #include "tests/sw/Evaluation.h"
 
 namespace swtest {
@@ -8,16 +7,9 @@ namespace {
 
 constexpr int kThreads = 8;
 
-template <class Work>
-void inThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
-
 TEST(SWConcurrent, EveryThreadGetsTheResultsOfItsOwnScanner) {
     const zavtest::NothingLeft nothingLeft;
-    inThreads([](int number) {
+    zavtest::inThreads(kThreads, [](int number) {
         Evaluation evaluation;
         for (int round = 0; round < 5; ++round) {
             const std::string guid = std::to_string(100 * number + round);
@@ -35,7 +27,7 @@ TEST(SWConcurrent, EveryThreadGetsTheResultsOfItsOwnScanner) {
 
 TEST(SWConcurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
     const zavtest::NothingLeft nothingLeft;
-    inThreads([](int number) {
+    zavtest::inThreads(kThreads, [](int number) {
         Evaluation evaluation;
         evaluation.scannerIs("CopyFiles");
         for (int round = 0; round < 5; ++round) {
@@ -59,7 +51,7 @@ TEST(SWConcurrent, ThreadsMayReadTheSameResults) {
     Evaluation evaluation;
     evaluation.scannerWrites(output + "</QEL>");
     ASSERT_EQ(evaluation.run(), 0);
-    inThreads([&evaluation](int) {
+    zavtest::inThreads(kThreads, [&evaluation](int) {
         for (int i = 0; i < kResults; ++i) {
             const std::wstring text = std::to_wstring(i);
             ZAVSwResult* result = nullptr;
@@ -83,7 +75,7 @@ TEST(SWConcurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
     const Toolkit toolkit;
     toolkit.scannerWrites("<QEL/>");
     const zavtest::ScratchDir temp;
-    inThreads([&](int) {
+    zavtest::inThreads(kThreads, [&](int) {
         ZAVCtx* handle = nullptr;
         ZAVSwCtx* context = nullptr;
         ASSERT_EQ(ZAV_init("tests", Host::callback, &host, temp.path().wstring().c_str(),

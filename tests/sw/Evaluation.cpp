@@ -2,44 +2,19 @@
 
 namespace swtest {
 
-Toolkit::Toolkit(const std::string& name) : path_(directory_.path() / name) {
-    std::filesystem::create_directories(path_);
-}
-
-void Toolkit::scannerIs(const std::string& program) const {
-    std::filesystem::remove(scanner());
-    std::filesystem::create_symlink(std::filesystem::path(SW_SCANNERS) / program / "quorvis", scanner());
-}
-
-void Toolkit::scannerWrites(const std::string& output, const std::string& warnings) const {
-    scannerIs("CopyFiles");
-    put("output.xml", output);
-    put("warnings.xml", warnings);
-}
-
-std::filesystem::path Toolkit::put(const std::string& name, const std::string& content) const {
-    const auto file = path_ / name;
-    std::ofstream(file, std::ios::binary) << content;
-    return file;
-}
-
 Evaluation::Evaluation(const std::string& toolkitName, const std::string& tempName)
-    : Toolkit(toolkitName), tempName_(tempName) {
-    std::filesystem::create_directory(temp());
-    EXPECT_EQ(
-        ZAV_init("tests", nullptr, nullptr, temp().wstring().c_str(), path().wstring().c_str(), &handle_), 0);
-    EXPECT_EQ(ZAV_sw_init(handle_, zavtest::LogRecorder::callback, &log_, &context_), 0);
+    : Toolkit(toolkitName), LibraryHost(path(), tempName) {
+    EXPECT_EQ(ZAV_sw_init(handle(), zavtest::LogRecorder::callback, &log_, &context_), 0);
     log_.messages.clear();
 }
 
 Evaluation::~Evaluation() {
-    if (handle_ != nullptr) close();
+    if (context_ != nullptr) close();
 }
 
 void Evaluation::close() {
     EXPECT_EQ(ZAV_sw_free(std::exchange(context_, nullptr)), 0);
-    EXPECT_EQ(ZAV_free(std::exchange(handle_, nullptr)), 0);
-    EXPECT_TRUE(std::filesystem::is_empty(temp()));
+    closeHandle();
 }
 
 int Evaluation::returnCode() const {
@@ -96,16 +71,6 @@ ZAVSwResult* Evaluation::find(const wchar_t* guid) const {
     const int code = ZAV_sw_find_result_by_guid(context_, guid, &result);
     EXPECT_EQ(code, result == nullptr ? 210 : 0);
     return result;
-}
-
-Messages Evaluation::takeMessages() {
-    return std::exchange(log_.messages, {});
-}
-
-Texts Evaluation::takeTextsOf(const std::string& function) {
-    Texts texts = log_.textsOf(function);
-    log_.messages.clear();
-    return texts;
 }
 
 Texts Evaluation::takePrinted() {

@@ -1,25 +1,20 @@
 // Each system call of an evaluation fails in its turn: the evaluation has its documented code, nothing is
 // left behind, and the next one succeeds.
 #include "tests/support/Faults.h"
+#include "tests/support/FaultCase.h"
 
 #include <cerrno>
 #include <functional>
-#include <set>
 
 #include "tests/sw/Evaluation.h"
 
 namespace swtest {
 namespace {
 
-using Codes = std::set<int>;
+using zavtest::Codes;
 using zavtest::Fault;
-
-struct FaultCase {
-    std::string function;
-    int error;
-    // The codes that are right when the call that failed was about this path.
-    std::function<Codes(const std::string& path)> codes;
-};
+using zavtest::FaultCase;
+using zavtest::onAnything;
 
 bool isConfiguration(const std::string& path) {
     return path.find("/cfg_") != std::string::npos;
@@ -29,10 +24,6 @@ bool isSignatures(const std::string& path) {
 }
 bool isWarnings(const std::string& path) {
     return path.find("/warning_") != std::string::npos;
-}
-
-FaultCase onAnything(const char* function, int error, int code) {
-    return {function, error, [code](const std::string&) { return Codes{code}; }};
 }
 
 // Files that the library writes; a message that cannot be formatted is lost, no more.
@@ -73,22 +64,16 @@ TEST_P(SWFaultTest, HasItsCodeAndPasses) {
 
 INSTANTIATE_TEST_SUITE_P(
     SystemCall, SWFaultTest,
-    testing::Values(
-        onFiles("fopen", EMFILE, 0, 201), onFiles("fopen", EACCES, 0, 201), onFiles("fopen", ENOMEM, 5, 5),
-        onFiles("fclose", ENOSPC, 201, 201), onAnything("fwrite", ENOSPC, 201), onAnything("fread", EIO, 0),
-        onAnything("access", ENOENT, 0), onAnything("access", EEXIST, 0), onResults("open", EACCES),
-        onResults("open", EMFILE), onAnything("open", ENOMEM, 5), onAnything("read", EINTR, 0),
-        onAnything("pipe2", EMFILE, 203), onAnything("pipe2", ENOMEM, 5),
-        onAnything("posix_spawn", EAGAIN, 203), onAnything("posix_spawn", ENOENT, 203),
-        onAnything("posix_spawn", ENOMEM, 5), onAnything("posix_spawn_file_actions_adddup2", EBADF, 203),
-        onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
-        onAnything("posix_spawnattr_setflags", EINVAL, 203), onAnything("syscall", EINTR, 0),
-        onAnything("clone", EAGAIN, 203), onAnything("clone", ENOMEM, 5), onAnything("fcntl", EBADF, 0),
-        // A scanner whose output is no longer read may end by it.
-        FaultCase{"read", EIO,
-                  [](const std::string& kind) {
-                      return kind == "pipe" ? Codes{0, 203} : Codes{204, 205};
-                  }}),
+    testing::ValuesIn(zavtest::withCommonFaults(
+        ZAV_ERROR_SW_SCANNER,
+        {onFiles("fopen", EMFILE, 0, 201), onFiles("fopen", EACCES, 0, 201), onFiles("fopen", ENOMEM, 5, 5),
+         onFiles("fclose", ENOSPC, 201, 201), onAnything("fwrite", ENOSPC, 201), onResults("open", EACCES),
+         onResults("open", EMFILE),
+         // A scanner whose output is no longer read may end with an error.
+         FaultCase{"read", EIO,
+                   [](const std::string& kind) {
+                       return kind == "pipe" ? Codes{0, 203} : Codes{204, 205};
+                   }}})),
     [](const auto& test) { return test.param.function + std::to_string(test.param.error); });
 
 using SWWriteFaultTest = EvaluationTest;

@@ -1,10 +1,13 @@
 // Output and warnings files that a scanner should never write.
 #include <algorithm>
 
+#include "tests/support/HostileXml.h"
 #include "tests/sw/Evaluation.h"
 
 namespace swtest {
 namespace {
+
+using zavtest::repeated;
 
 using HostileFilesTest = EvaluationTest;
 
@@ -78,22 +81,6 @@ TEST_F(HostileFilesTest, OtherEncodingsAreRead) {
                                     static_cast<wchar_t>(-123) + L"</Event>"});
 }
 
-std::string repeated(const std::string& text, std::size_t times) {
-    std::string all;
-    all.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i) all += text;
-    return all;
-}
-
-std::string amplifyingEntities() {
-    std::string document = "<!DOCTYPE QEL [<!ENTITY e0 \"lololololololololol\">";
-    for (int level = 1; level < 12; ++level) {
-        const std::string inner = "&e" + std::to_string(level - 1) + ";";
-        document += "<!ENTITY e" + std::to_string(level) + " \"" + repeated(inner, 10) + "\">";
-    }
-    return document + "]><QEL><Event>&e11;</Event></QEL>";
-}
-
 struct HostileCase {
     const char* name;
     std::string document;
@@ -127,7 +114,8 @@ INSTANTIATE_TEST_SUITE_P(
                     HostileCase{"UnknownEncoding", "<?xml version=\"1.0\" encoding=\"x-none\"?><QEL/>"},
                     HostileCase{"UnknownEntity", "<QEL><Event>&none;</Event></QEL>"},
                     HostileCase{"DuplicateAttribute", "<QEL><MatchedSignature guid='1' guid='2'/></QEL>"},
-                    HostileCase{"EntitiesThatAmplify", amplifyingEntities()},
+                    HostileCase{"EntitiesThatAmplify",
+                                zavtest::amplifyingDoctype() + "<QEL><Event>&e11;</Event></QEL>"},
                     HostileCase{"DeepWithoutAnEnd", repeated("<a>", 200'000)},
                     HostileCase{"AnEndlessTag", "<QEL " + std::string(8'000'000, 'x')}),
     [](const auto& test) { return std::string(test.param.name); });

@@ -7,6 +7,7 @@
 #include "kest/Text.h"
 #include "sw/SWQueries.h"
 #include "tessa/NodeReader.h"
+#include "tests/support/ChildlessNode.h"
 #include "tests/sw/Evaluation.h"
 
 namespace zav {
@@ -17,27 +18,6 @@ using swtest::Variables;
 using swtest::WideTexts;
 using tessa::Node;
 using tessa::NodeList;
-
-// An element whose children cannot be listed, or that has no list.
-class ChildlessNode : public Node {
-  public:
-    explicit ChildlessNode(int result) : result_(result) {}
-
-    int type() const override { return kElement; }
-    const wchar_t* text() const override { return name_.text(); }
-    const kest::String& name() const override { return name_; }
-    int getChildren(const NodeList** children) const override {
-        *children = nullptr;
-        return result_;
-    }
-    const tessa::StringMap* attributes() const override { return &attributes_; }
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
-
-  private:
-    int result_;
-    kest::String name_{L"MatchedSignature"};
-    tessa::StringMap attributes_;
-};
 
 const Messages kParsingOutput = {{2, 4, "SW_parseOutData", "Parsing output file"}};
 const Messages kParsingWarnings = {{2, 4, "SW_parseWarnData", "Parsing warn data"}};
@@ -154,8 +134,8 @@ TEST_F(SWParserTest, WithoutSignaturesThereIsNoArray) {
 }
 
 TEST_F(SWParserTest, ARootWhoseChildrenCannotBeListedHoldsNothing) {
-    const ChildlessNode failing(-1);
-    const ChildlessNode listless(0);
+    const zavtest::ChildlessNode failing(L"MatchedSignature", -1);
+    const zavtest::ChildlessNode listless(L"MatchedSignature", 0);
     for (const Node* const root : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
                                    static_cast<const Node*>(&listless)}) {
         EXPECT_EQ(SW_parseOutData(&context_, root), 0);
@@ -166,8 +146,8 @@ TEST_F(SWParserTest, ARootWhoseChildrenCannotBeListedHoldsNothing) {
 }
 
 TEST_F(SWParserTest, ASignatureWithoutANodeOrWithoutChildrenIsAppendedAllTheSame) {
-    const ChildlessNode failing(-1);
-    const ChildlessNode listless(0);
+    const zavtest::ChildlessNode failing(L"MatchedSignature", -1);
+    const zavtest::ChildlessNode listless(L"MatchedSignature", 0);
     EXPECT_EQ(SW_parseMatchedSignature(&context_, nullptr), 0);
     EXPECT_EQ(SW_parseMatchedSignature(&context_, &failing), 0);
     EXPECT_EQ(SW_parseMatchedSignature(&context_, &listless), 0);

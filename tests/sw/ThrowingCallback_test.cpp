@@ -1,39 +1,29 @@
 // A host whose callback throws, at each message in its turn.
 #include <functional>
-#include <stdexcept>
 
 #include "sw/ZAVSwCtx.h"
-#include "tests/sw/Evaluation.h"
+#include "tests/support/ThrowingHost.h"
+#include "tests/sw/Toolkit.h"
 
 namespace swtest {
 namespace {
 
-// Throws at one message, counted from 1, and hears the others.
-struct ThrowingHost {
-    static void callback(int, int, void* userData, const char*, const char*) {
-        auto& self = *static_cast<ThrowingHost*>(userData);
-        if (++self.heard == self.throwsAt) throw std::runtime_error("the host's own");
-    }
-
-    int heard = 0;
-    int throwsAt = 0;
-};
-
-class ThrowingCallbackTest : public testing::Test, private zavtest::NothingLeft {
+class SWThrowingCallbackTest : public zavtest::ThrowingHostTest {
   protected:
-    ThrowingCallbackTest() {
+    SWThrowingCallbackTest() {
         toolkit_.scannerWrites(
             "<!DOCTYPE QEL><QEL><MatchedSignature guid='1'><Variable name='a' value='b'/>"
             "</MatchedSignature></QEL>",
             "<!DOCTYPE Events><Events><Event/></Events>");
         toolkit_.put("lines", "one\ntwo\n");
     }
-    ~ThrowingCallbackTest() override { EXPECT_TRUE(std::filesystem::is_empty(temp_.path())); }
 
-    int swInit(ZAVSwCtx** context) { return ZAV_sw_init(handle_, ThrowingHost::callback, &host_, context); }
+    int swInit(ZAVSwCtx** context) {
+        return ZAV_sw_init(handle_, zavtest::ThrowingHost::callback, &host_, context);
+    }
     void openHandle() {
-        ASSERT_EQ(ZAV_init("tests", nullptr, nullptr, temp_.path().wstring().c_str(),
-                           toolkit_.path().wstring().c_str(), &handle_),
+        ASSERT_EQ(ZAV_init("tests", nullptr, nullptr, tempPath().c_str(), toolkit_.path().wstring().c_str(),
+                           &handle_),
                   0);
     }
     void open() {
@@ -48,28 +38,11 @@ class ThrowingCallbackTest : public testing::Test, private zavtest::NothingLeft 
     }
     int evaluate() { return ZAV_sw_evaluate(context_, L"<Signature/>"); }
 
-    // Makes the call once for each of its messages, which throws: the code is 5. Each time `before` comes
-    // first and `behind` last. Returns how many messages there were.
-    int everyMessage(const std::function<void()>& before, const std::function<int()>& call,
-                     const std::function<void()>& behind) {
-        for (int nth = 1;; ++nth) {
-            before();
-            host_ = {0, nth};
-            const int code = call();
-            const bool thrown = host_.heard >= nth;
-            host_.throwsAt = 0;
-            EXPECT_EQ(code, thrown ? 5 : 0) << nth;
-            behind();
-            if (!thrown || HasFailure()) return nth - 1;
-        }
-    }
-
-    // Else this would wait for ever.
     void expectLockFree() {
-        const int before = host_.heard;
-        int code = 0;
-        EXPECT_EQ(ZAV_sw_get_returncode(context_, &code), 0);
-        EXPECT_EQ(host_.heard, before + 1);
+        ThrowingHostTest::expectLockFree([this] {
+            int code = 0;
+            return ZAV_sw_get_returncode(context_, &code);
+        });
     }
 
     void expectNoResults() {
@@ -81,13 +54,11 @@ class ThrowingCallbackTest : public testing::Test, private zavtest::NothingLeft 
     }
 
     const Toolkit toolkit_;
-    const zavtest::ScratchDir temp_;
-    ThrowingHost host_;
     ZAVCtx* handle_ = nullptr;
     ZAVSwCtx* context_ = nullptr;
 };
 
-TEST_F(ThrowingCallbackTest, MakesNoContext) {
+TEST_F(SWThrowingCallbackTest, MakesNoContext) {
     const int messages = everyMessage(
         [this] {
             openHandle();
@@ -104,7 +75,7 @@ TEST_F(ThrowingCallbackTest, MakesNoContext) {
 }
 
 // An option is stored before it is told of.
-TEST_F(ThrowingCallbackTest, LeavesAnOptionStored) {
+TEST_F(SWThrowingCallbackTest, LeavesAnOptionStored) {
     const std::vector<std::function<int()>> options = {
         [this] { return ZAV_sw_setopt_variable(context_, L"a", L"b", L"c"); },
         [this] { return ZAV_sw_setopt_config(context_, L"a", L"b", L"c"); },
@@ -122,7 +93,7 @@ TEST_F(ThrowingCallbackTest, LeavesAnOptionStored) {
     close();
 }
 
-TEST_F(ThrowingCallbackTest, EndsAnEvaluationWithoutResultsButNotTheContext) {
+TEST_F(SWThrowingCallbackTest, EndsAnEvaluationWithoutResultsButNotTheContext) {
     const int messages = everyMessage([this] { open(); }, [this] { return evaluate(); },
                                       [this] {
                                           expectLockFree();
@@ -139,7 +110,7 @@ TEST_F(ThrowingCallbackTest, EndsAnEvaluationWithoutResultsButNotTheContext) {
     EXPECT_EQ(messages, 16);
 }
 
-TEST_F(ThrowingCallbackTest, EndsAFailedEvaluationAlike) {
+TEST_F(SWThrowingCallbackTest, EndsAFailedEvaluationAlike) {
     const std::vector<std::function<void()>> failures = {
         [this] { toolkit_.put("status", "3"); },
         [this] { toolkit_.remove("status"), toolkit_.remove("warnings.xml"); },
@@ -151,7 +122,7 @@ TEST_F(ThrowingCallbackTest, EndsAFailedEvaluationAlike) {
         prepare();
         host_ = {};
         ASSERT_NE(evaluate(), 0);
-        const int messages = host_.heard;
+        const int messages = host_.received;
         for (int nth = 1; nth <= messages; ++nth) {
             host_ = {0, nth};
             EXPECT_EQ(evaluate(), 5) << nth;
@@ -162,7 +133,7 @@ TEST_F(ThrowingCallbackTest, EndsAFailedEvaluationAlike) {
     close();
 }
 
-TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
+TEST_F(SWThrowingCallbackTest, AnswersNoQuery) {
     open();
     ASSERT_EQ(evaluate(), 0);
     ZAVSwResult* result = nullptr;
@@ -191,7 +162,7 @@ TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
         for (int nth = 1; nth <= queries[i].first; ++nth) {
             host_ = {0, nth};
             EXPECT_EQ(queries[i].second(), 5) << i;
-            EXPECT_EQ(host_.heard, nth) << i;
+            EXPECT_EQ(host_.received, nth) << i;
             expectLockFree();
         }
         EXPECT_EQ(number, 4711) << i;
@@ -205,7 +176,7 @@ TEST_F(ThrowingCallbackTest, AnswersNoQuery) {
     close();
 }
 
-TEST_F(ThrowingCallbackTest, ReleasesAContextAllTheSame) {
+TEST_F(SWThrowingCallbackTest, ReleasesAContextAllTheSame) {
     const int messages = everyMessage(
         [this] {
             open();

@@ -16,7 +16,7 @@
 
 #include "kest/Runtime.h"
 #include "kest/Text.h"
-#include "tests/kest/Threads.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ class StubbornWriter {
 std::set<std::string> outcomesOfThreads(const std::string& program) {
     std::set<std::string> outcomes;
     std::mutex mutex;
-    kest::test::inThreads(4, [&](int) {
+    zavtest::inThreads(4, [&](int) {
         for (int i = 0; i < 10; ++i) {
             const std::string outcome = outcomeOf(program);
             const std::lock_guard<std::mutex> guard(mutex);

@@ -5,12 +5,28 @@
 #include <sys/wait.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <thread>
 
-namespace kest::test {
+namespace zavtest {
 
-// What the host does about one signal; put back at the end.
+// A host's handling of SIGCHLD, with a name for the test.
+struct ChildHandling {
+    const char* name;
+    void (*handler)(int);
+    int flags;
+};
+
+// A handler that waits for every child that has ended, as some hosts do.
+inline void reapEveryChild(int) {
+    const int saved = errno;
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    errno = saved;
+}
+
+// Sets the disposition of a signal and restores it at the end.
 class Disposition {
   public:
     Disposition(int number, void (*handler)(int), int flags) : number_(number) {
@@ -83,4 +99,4 @@ class ReapingThread {
     std::thread thread_{[this] { reap(); }};
 };
 
-}  // namespace kest::test
+}  // namespace zavtest

@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-namespace kest::test {
+namespace zavtest {
 
 // Calls work(0), work(1) and so on, each in a thread of its own, and waits for all of them.
 template <class Work>
@@ -14,4 +14,4 @@ void inThreads(int count, Work work) {
     for (std::thread& thread : threads) thread.join();
 }
 
-}  // namespace kest::test
+}  // namespace zavtest
