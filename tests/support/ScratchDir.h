@@ -33,6 +33,12 @@ class ScratchDir {
         return file;
     }
 
+    // Makes a symbolic link below the directory.
+    void link(const std::string& name, const std::filesystem::path& target) const {
+        std::filesystem::create_directories((path_ / name).parent_path());
+        std::filesystem::create_symlink(target, path_ / name);
+    }
+
   private:
     std::filesystem::path path_;
 };

@@ -1,15 +1,12 @@
-// What the tests of the groups have in common.
+// Helpers for the tests of groups: gather one group and compare its instances.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -32,19 +29,34 @@ inline Report gathered(std::string_view group, const Options& options) {
     return report;
 }
 
+// From the machine that runs the test.
 inline Report gatheredLive(std::string_view group) {
     return gathered(group, {});
 }
 
-// From a tree; names come from the small databases that lie beside the trees.
-inline Report gatheredBelow(std::string_view group, const std::string& directory) {
+// From a tree. Device names come from the small databases in tests/toolkit/quorvah/trees/ids.
+inline Report gatheredBelow(std::string_view group, const std::filesystem::path& directory) {
     Options options;
-    options.root = directory;
+    options.root = directory.string();
     options.ids = QUORVAH_TEST_TREES "/ids";
     return gathered(group, options);
 }
 
-// The instance with that key; a failed test and an empty instance when there is none.
+inline Report gatherFrom(const Group& group, const std::filesystem::path& directory) {
+    Options options;
+    options.root = directory.string();
+    return gathered(group.xmlName, options);
+}
+
+// From one of the machines in tests/toolkit/quorvah/trees.
+inline Report gatherTree(const Group& group, const std::string& machine, bool raw = false) {
+    Options options;
+    options.root = std::string(QUORVAH_TEST_TREES "/") + machine;
+    options.raw = raw;
+    return gathered(group.xmlName, options);
+}
+
+// The instance with that key. If there is none, the test fails and the instance is empty.
 inline const Instance& instanceOf(const Report& report, std::string_view key) {
     for (const Instance& instance : report.instances()) {
         if (instance.values().front() == key) return instance;
@@ -54,7 +66,7 @@ inline const Instance& instanceOf(const Report& report, std::string_view key) {
     return none.instances().empty() ? none.add() : none.instances().front();
 }
 
-// All values, "|" between them: what a whole instance looks like.
+// All values of an instance, each followed by "|".
 inline std::string joined(const Instance& instance) {
     std::string text;
     for (const std::string_view value : instance.values()) {
@@ -70,69 +82,30 @@ inline std::vector<std::string> keysOf(const Report& report) {
     return keys;
 }
 
-// The lines that a shell command writes; a failed test when it does not end well.
-inline std::vector<std::string> linesOf(const std::string& command) {
-    std::string output;
-    std::FILE* const pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        ADD_FAILURE() << command;
-        return {};
+// Fields with their expected values. All other fields of the instance must be empty.
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+inline void expectAll(const Group& group, const Instance& instance, const Values& expected) {
+    Report wanted(group);
+    Instance& whole = wanted.add();
+    for (const auto& [field, value] : expected) whole.set(field, value);
+    for (const FieldDef& field : group.fields) {
+        EXPECT_EQ(instance.get(field.name), whole.get(field.name))
+            << group.xmlName << " " << instance.values().front() << " " << field.name;
     }
-    std::array<char, 4096> block{};
-    while (const std::size_t count = std::fread(block.data(), 1, block.size(), pipe)) {
-        output.append(block.data(), count);
-    }
-    EXPECT_EQ(0, pclose(pipe)) << command;
-    std::vector<std::string> lines;
-    std::size_t begin = 0;
-    for (std::size_t end = output.find('\n'); end != std::string::npos; end = output.find('\n', begin)) {
-        lines.push_back(output.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    if (begin < output.size()) lines.push_back(output.substr(begin));
-    return lines;
 }
 
-inline std::vector<std::string> fieldsOf(const std::string& line, char separator = '\t') {
-    std::vector<std::string> fields(1);
-    for (const char c : line) {
-        if (c == separator) {
-            fields.emplace_back();
-        } else {
-            fields.back() += c;
-        }
-    }
-    return fields;
+// Expects a single instance.
+inline void expectOnly(const Group& group, const std::string& machine, const Values& expected) {
+    const Report report = gatherTree(group, machine);
+    ASSERT_EQ(report.instances().size(), 1U) << group.xmlName << " of " << machine;
+    expectAll(group, report.instances().front(), expected);
 }
 
-// A tree of files that lives as long as the object.
-class Tree {
-  public:
-    Tree() {
-        std::string name = std::filesystem::temp_directory_path() / "quorvah_tree_XXXXXX";
-        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        folder_ = name;
-    }
-    ~Tree() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-    Tree(const Tree&) = delete;
-    Tree& operator=(const Tree&) = delete;
-
-    // `path` without the slash at its front.
-    void put(const std::string& path, std::string_view content) const {
-        std::filesystem::create_directories((folder_ / path).parent_path());
-        std::ofstream(folder_ / path, std::ios::binary) << content;
-    }
-    void link(const std::string& path, const std::string& target) const {
-        std::filesystem::create_directories((folder_ / path).parent_path());
-        std::filesystem::create_symlink(target, folder_ / path);
-    }
-    std::string path() const { return folder_.string(); }
-
-  private:
-    std::filesystem::path folder_;
-};
+inline void expectInstance(const Group& group, const std::string& machine, const std::string& key,
+                           const Values& expected) {
+    const Report report = gatherTree(group, machine);
+    expectAll(group, instanceOf(report, key), expected);
+}
 
 }  // namespace toolkit::quorvah

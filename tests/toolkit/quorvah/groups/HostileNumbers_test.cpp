@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 #include "toolkit/quorvah/sources/SmbiosMemory.h"
 
@@ -20,8 +21,8 @@ std::string meminfo(const std::string& total, const std::string& swap) {
 }
 
 TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
-    const Tree tree;
-    tree.put("proc/meminfo", meminfo("9223372036854775807", "1"));
+    const zavtest::ScratchDir tree;
+    tree.write("proc/meminfo", meminfo("9223372036854775807", "1"));
     const Report report = gatheredBelow("Memory", tree.path());
     EXPECT_EQ("9223372036854775807", only(report).get("TotalVisibleMemorySize"));
     EXPECT_EQ("1", only(report).get("TotalSwapSpaceSize"));
@@ -32,24 +33,24 @@ TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
 TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
     for (const char* const wrong :
          {"-5", "+5", "0x5", "18446744073709551615", "5x", "99999999999999999999"}) {
-        const Tree tree;
-        tree.put("proc/meminfo", meminfo(wrong, "1"));
-        tree.put("sys/block/sda/size", std::string(wrong) + "\n");
-        tree.put("sys/block/sda/queue/logical_block_size", std::string(wrong) + "\n");
-        tree.put("sys/block/sda/sda1/partition", std::string(wrong) + "\n");
-        tree.put("sys/block/sda/sda1/start", std::string(wrong) + "\n");
-        tree.put("sys/class/net/eth0/mtu", std::string(wrong) + "\n");
-        tree.put("sys/class/net/eth0/speed", std::string(wrong) + "\n");
-        tree.put("proc/uptime", std::string(wrong) + " 1.0\n");
-        tree.put("proc/loadavg", std::string(wrong) + " 0.10 0.20 1/2 3\n");
-        tree.put("proc/stat", "btime " + std::string(wrong) + "\n");
-        tree.put("proc/sys/kernel/pid_max", std::string(wrong) + "\n");
-        tree.put("etc/os-release", "ID=x\n");
-        tree.put("var/lib/dpkg/status",
-                 "Package: a\nStatus: install ok installed\nInstalled-Size: " + std::string(wrong) + "\n\n");
-        tree.put("lib/apk/db/installed", "P:b\nV:1\nI:" + std::string(wrong) + "\n\n");
-        tree.put("var/lib/pacman/local/c/desc", "%NAME%\nc\n\n%SIZE%\n" + std::string(wrong) +
-                                                    "\n\n%INSTALLDATE%\n" + std::string(wrong) + "\n");
+        const zavtest::ScratchDir tree;
+        tree.write("proc/meminfo", meminfo(wrong, "1"));
+        tree.write("sys/block/sda/size", std::string(wrong) + "\n");
+        tree.write("sys/block/sda/queue/logical_block_size", std::string(wrong) + "\n");
+        tree.write("sys/block/sda/sda1/partition", std::string(wrong) + "\n");
+        tree.write("sys/block/sda/sda1/start", std::string(wrong) + "\n");
+        tree.write("sys/class/net/eth0/mtu", std::string(wrong) + "\n");
+        tree.write("sys/class/net/eth0/speed", std::string(wrong) + "\n");
+        tree.write("proc/uptime", std::string(wrong) + " 1.0\n");
+        tree.write("proc/loadavg", std::string(wrong) + " 0.10 0.20 1/2 3\n");
+        tree.write("proc/stat", "btime " + std::string(wrong) + "\n");
+        tree.write("proc/sys/kernel/pid_max", std::string(wrong) + "\n");
+        tree.write("etc/os-release", "ID=x\n");
+        tree.write("var/lib/dpkg/status", "Package: a\nStatus: install ok installed\nInstalled-Size: " +
+                                              std::string(wrong) + "\n\n");
+        tree.write("lib/apk/db/installed", "P:b\nV:1\nI:" + std::string(wrong) + "\n\n");
+        tree.write("var/lib/pacman/local/c/desc", "%NAME%\nc\n\n%SIZE%\n" + std::string(wrong) +
+                                                      "\n\n%INSTALLDATE%\n" + std::string(wrong) + "\n");
         const std::pair<const char*, std::vector<const char*>> unknown[] = {
             {"Memory", {"TotalVisibleMemorySize", "TotalVirtualMemorySize", "FreePhysicalMemory"}},
             {"Storage", {"Size", "BlockSize", "NumberOfBlocks"}},
@@ -71,30 +72,30 @@ TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
 }
 
 TEST(HostileNumbers, SizesThatDoNotFitAreUnknown) {
-    const Tree tree;
-    tree.put("sys/block/sda/size", "9223372036854775807\n");
-    tree.put("sys/block/sda/sda1/partition", "9223372036854775807\n");
-    tree.put("sys/block/sda/sda1/size", "36028797018963968\n");  // 2^63 bytes
-    tree.put("sys/devices/system/memory/block_size_bytes", "7fffffffffffffff\n");
+    const zavtest::ScratchDir tree;
+    tree.write("sys/block/sda/size", "9223372036854775807\n");
+    tree.write("sys/block/sda/sda1/partition", "9223372036854775807\n");
+    tree.write("sys/block/sda/sda1/size", "36028797018963968\n");  // 2^63 bytes
+    tree.write("sys/devices/system/memory/block_size_bytes", "7fffffffffffffff\n");
     for (int i = 0; i < 2000; ++i)
-        tree.put("sys/devices/system/memory/memory" + std::to_string(i) + "/state", "online\n");
-    tree.put("proc/meminfo", "MemTotal: 1 kB\n");
+        tree.write("sys/devices/system/memory/memory" + std::to_string(i) + "/state", "online\n");
+    tree.write("proc/meminfo", "MemTotal: 1 kB\n");
     EXPECT_EQ("", only(gatheredBelow("Storage", tree.path())).get("Size"));
     EXPECT_EQ("", only(gatheredBelow("DiskPartition", tree.path())).get("Size"));
     EXPECT_EQ("", only(gatheredBelow("Memory", tree.path())).get("InstalledMemory"));
 }
 
 TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
-    const Tree tree;
-    tree.put("sys/devices/system/cpu/present", "0-1\n");
+    const zavtest::ScratchDir tree;
+    tree.write("sys/devices/system/cpu/present", "0-1\n");
     for (const char* const cpu : {"cpu0", "cpu1"}) {
         const std::string index = "sys/devices/system/cpu/" + std::string(cpu) + "/cache/index2/";
-        tree.put(index + "level", "2\n");
-        tree.put(index + "type", "Unified\n");
-        tree.put(index + "size", "9223372036854775807K\n");
-        tree.put(index + "shared_cpu_list", std::string(cpu).substr(3) + "\n");
+        tree.write(index + "level", "2\n");
+        tree.write(index + "type", "Unified\n");
+        tree.write(index + "size", "9223372036854775807K\n");
+        tree.write(index + "shared_cpu_list", std::string(cpu).substr(3) + "\n");
     }
-    tree.put("proc/cpuinfo", "processor: 0\ncpu MHz: 9223372036854775807.9\n\nprocessor: 1\n");
+    tree.write("proc/cpuinfo", "processor: 0\ncpu MHz: 9223372036854775807.9\n\nprocessor: 1\n");
     EXPECT_EQ("", only(gatheredBelow("PhysicalProcessor", tree.path())).get("L2CacheSize"));
     EXPECT_EQ("", gatheredBelow("Processor", tree.path()).instances().front().get("CurrentClockSpeed"));
 }

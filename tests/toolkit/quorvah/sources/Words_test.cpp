@@ -2,13 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "toolkit/machine/text/ShellVariables.h"
-
-using toolkit::ShellVariables;
-using toolkit::quorvah::bootParameter;
-using toolkit::quorvah::valueOf;
-using toolkit::quorvah::withoutSecrets;
-using toolkit::quorvah::wordsOf;
+namespace toolkit::quorvah {
+namespace {
 
 TEST(Words, StandBetweenBlanks) {
     EXPECT_EQ(wordsOf(" a  b\tc "), (std::vector<std::string>{"a", "b", "c"}));
@@ -48,28 +43,5 @@ TEST(BootParameters, SecretsAreCut) {
     for (const auto& [line, cut] : cases) EXPECT_EQ(withoutSecrets(line), cut) << line;
 }
 
-TEST(ShellVariables, ResolvesQuotesAndBackslashes) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"X=plain", "plain"},
-        {"X=\"two words\"", "two words"},
-        {"X='it is \"so\"'", "it is \"so\""},
-        {"X=\"a\\\"b\\\\c\\$d\\`e\"", "a\"b\\c$d`e"},
-        {"X=\"keep \\n\"", "keep \\n"},
-        {"X='keep \\\\'", "keep \\\\"},
-        {"X=Debian\\ GNU", "Debian GNU"},
-        {"X=one two", "one"},
-        {"X=7 # seven", "7"},
-        {"X=a\"b\"'c'", "abc"},
-        {"X=", ""},
-        {"X=\"unfinished", "unfinished"},
-        {"  X=indented", "indented"},
-        {"export X=exported", "exported"},
-        {"X=first\nX=last", "last"},
-        {"X=dos\r\nY=1", "dos"},
-        {"#X=comment", ""},
-        {"X =no", ""},
-        {"XY=other", ""},
-        {"", ""},
-    };
-    for (const auto& [text, value] : cases) EXPECT_EQ(ShellVariables(text).value("X"), value) << text;
-}
+}  // namespace
+}  // namespace toolkit::quorvah

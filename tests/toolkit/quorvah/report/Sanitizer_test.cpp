@@ -1,15 +1,8 @@
+#include "toolkit/quorvah/report/Sanitizer.h"
+
 #include <gtest/gtest.h>
 
-#include "toolkit/quorvah/report/Sanitizer.h"
-#include "toolkit/quorvah/sources/Placeholders.h"
-
-using toolkit::quorvah::FieldDef;
-using toolkit::quorvah::Group;
-using toolkit::quorvah::Instance;
-using toolkit::quorvah::isPlaceholder;
-using toolkit::quorvah::Report;
-using toolkit::quorvah::Sanitizer;
-
+namespace toolkit::quorvah {
 namespace {
 
 constexpr FieldDef kFields[] = {{"DeviceID"},
@@ -28,15 +21,13 @@ Report someReport() {
     return report;
 }
 
-}  // namespace
-
 TEST(SipHash, GivesThePublishedResults) {
     const std::array<std::uint64_t, 2> key = {0x0706050403020100, 0x0f0e0d0c0b0a0908};
     std::string text;
     for (char c = 0; c < 15; ++c) text += c;
-    EXPECT_EQ(toolkit::quorvah::sipHash(key, text), 0xa129ca6149be45e5U);
-    EXPECT_EQ(toolkit::quorvah::sipHash(key, ""), 0x726fdb47dd0e0e31U);
-    EXPECT_EQ(toolkit::quorvah::sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
+    EXPECT_EQ(sipHash(key, text), 0xa129ca6149be45e5U);
+    EXPECT_EQ(sipHash(key, ""), 0x726fdb47dd0e0e31U);
+    EXPECT_EQ(sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
 }
 
 TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
@@ -78,36 +69,5 @@ TEST(Volatile, FieldsAreEmptiedAndOthersKept) {
               (std::vector<std::string>{"a", "S1;S2;S1", "", ""}));
 }
 
-TEST(Placeholders, AreWhatMakersLeaveInPlaceOfAValue) {
-    for (const char* const text : {"",
-                                   "   ",
-                                   "To be filled by O.E.M.",
-                                   "TO BE FILLED BY O.E.M.",
-                                   " to be filled by o.e.m. ",
-                                   "Default string",
-                                   "Not Specified",
-                                   "System Serial Number",
-                                   "Chassis Asset Tag",
-                                   "None",
-                                   "N/A",
-                                   "123456789",
-                                   "Unknown",
-                                   "00000000-0000-0000-0000-000000000000",
-                                   "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF",
-                                   "ffffffff-ffff-ffff-ffff-ffffffffffff",
-                                   "03000200-0400-0500-0006-000700080009",
-                                   "........",
-                                   "00000000",
-                                   "xxxxxxxx",
-                                   "System manufacturer"}) {
-        EXPECT_TRUE(isPlaceholder(text)) << text;
-    }
-}
-
-TEST(Placeholders, AreNotValuesThatResembleThem) {
-    for (const char* const text : {"0", "1234567", "12345678901", "None of these", "Default string 2",
-                                   "ES-2630", "00000001", "FF00", "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
-                                   "Nonesuch", "03000200-0400-0500-0006-00070008000a", "11111111"}) {
-        EXPECT_FALSE(isPlaceholder(text)) << text;
-    }
-}
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,39 +1,9 @@
+#include "toolkit/quorvah/sources/CpuInfo.h"
+
 #include <gtest/gtest.h>
 
-#include "toolkit/quorvah/sources/CpuInfo.h"
-#include "toolkit/quorvah/sources/CpuList.h"
-
-using toolkit::quorvah::CpuInfo;
-using toolkit::quorvah::readCpuList;
-
-TEST(CpuList, ReadsNumbersAndRanges) {
-    const std::pair<const char*, std::vector<int>> cases[] = {
-        {"0", {0}},
-        {"0-3", {0, 1, 2, 3}},
-        {"0-1,4,6-7\n", {0, 1, 4, 6, 7}},
-        {" 5 ", {5}},
-        {"7,1,1-2", {1, 2, 7}},
-        {"3-3", {3}},
-        {"65535", {65535}},
-        {"", {}},
-        {"\n", {}},
-    };
-    for (const auto& [text, numbers] : cases) EXPECT_EQ(readCpuList(text), numbers) << text;
-}
-
-TEST(CpuList, RefusesWhatNoKernelWrites) {
-    for (const char* const text :
-         {"x", "-1", "1-", "3-1", "0-3x", "0--3", "1,,2", ",1", "65536", "0-4294967295",
-          "99999999999999999999", "0x3", "1 2", "0-65535,0-65535,0-65535"}) {
-        EXPECT_TRUE(readCpuList(text).empty()) << text;
-    }
-}
-
-TEST(CpuList, FindsANumberInASortedList) {
-    EXPECT_TRUE(toolkit::quorvah::contains({0, 2, 5}, 2));
-    EXPECT_FALSE(toolkit::quorvah::contains({0, 2, 5}, 3));
-    EXPECT_FALSE(toolkit::quorvah::contains({}, 0));
-}
+namespace toolkit::quorvah {
+namespace {
 
 TEST(CpuInfo, KeepsTheBlockOfEachCpu) {
     const CpuInfo info(
@@ -85,12 +55,5 @@ TEST(CpuInfo, GivesAwayTheArchitecture) {
         EXPECT_EQ(CpuInfo(text).architecture(), architecture) << text;
 }
 
-TEST(ArmParts, AreNamedWithinTheirImplementer) {
-    EXPECT_EQ(toolkit::quorvah::armImplementer("41"), "ARM");
-    EXPECT_EQ(toolkit::quorvah::armPart("41", "d0c"), "Neoverse-N1");
-    EXPECT_EQ(toolkit::quorvah::armPart("48", "d01"), "TaiShan-v110");
-    EXPECT_EQ(toolkit::quorvah::armPart("c0", "ac3"), "Ampere-1");
-    EXPECT_EQ(toolkit::quorvah::armPart("41", "fff"), "");
-    EXPECT_EQ(toolkit::quorvah::armPart("99", "d0c"), "");
-    EXPECT_EQ(toolkit::quorvah::armImplementer(""), "");
-}
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,27 +1,21 @@
 #include <gtest/gtest.h>
 
-#include "tests/toolkit/quorvah/Expectations.h"
-#include "toolkit/quorvah/groups/GroupTable.h"
+#include <algorithm>
+#include <map>
+#include <set>
 
-using toolkit::quorvah::expectInstance;
-using toolkit::quorvah::expectOnly;
-using toolkit::quorvah::gatherTree;
-using toolkit::quorvah::instanceOf;
-using toolkit::quorvah::keysOf;
-using toolkit::quorvah::kPhysicalProcessor;
-using toolkit::quorvah::kProcessor;
-using toolkit::quorvah::Report;
-using toolkit::quorvah::Values;
+#include "tests/toolkit/quorvah/Commands.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+#include "toolkit/quorvah/sources/Words.h"
 
+namespace toolkit::quorvah {
 namespace {
 
 const std::string kXeonFlags =
     "fpu;vme;de;pse;tsc;msr;pae;mce;cx8;apic;sep;mtrr;pge;mca;cmov;pat;pse36;clflush;lm;constant_tsc;avx2;"
     "sse4_2";
 
-}  // namespace
-
-TEST(ProcessorGroup, TellsAllOfAnX86Cpu) {
+TEST(Processor, TellsAllOfAnX86Cpu) {
     expectInstance(kProcessor, "x86-server", "cpu5",
                    {{"DeviceID", "cpu5"},
                     {"Name", "Intel(R) Xeon(R) Gold 6130 CPU @ 2.10GHz"},
@@ -47,7 +41,7 @@ TEST(ProcessorGroup, TellsAllOfAnX86Cpu) {
                     {"L3CacheSize", "22528"}});
 }
 
-TEST(ProcessorGroup, ListsAnOfflineCpuThatTellsNothingOfItself) {
+TEST(Processor, ListsAnOfflineCpuThatTellsNothingOfItself) {
     expectInstance(kProcessor, "x86-server", "cpu7",
                    {{"DeviceID", "cpu7"},
                     {"AddressWidth", "64"},
@@ -56,12 +50,12 @@ TEST(ProcessorGroup, ListsAnOfflineCpuThatTellsNothingOfItself) {
                     {"NumaNode", "1"}});
 }
 
-TEST(ProcessorGroup, ListsPresentCpusInTheirOrderAndNotThosePossible) {
+TEST(Processor, ListsPresentCpusInTheirOrderAndNotThosePossible) {
     EXPECT_EQ(keysOf(gatherTree(kProcessor, "x86-server")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2", "cpu3", "cpu4", "cpu5", "cpu6", "cpu7"}));
 }
 
-TEST(ProcessorGroup, NamesArmCoresByTheirNumbers) {
+TEST(Processor, NamesArmCoresByTheirNumbers) {
     const Values common = {{"Manufacturer", "ARM"},
                            {"Family", "8"},
                            {"MaxClockSpeed", "1500"},
@@ -87,7 +81,7 @@ TEST(ProcessorGroup, NamesArmCoresByTheirNumbers) {
     expectInstance(kProcessor, "arm64-board", "cpu3", big);
 }
 
-TEST(ProcessorGroup, ReadsTheListOfAnS390x) {
+TEST(Processor, ReadsTheListOfAnS390x) {
     expectInstance(kProcessor, "s390x", "cpu1",
                    {{"DeviceID", "cpu1"},
                     {"Name", "IBM/S390 2964"},
@@ -102,7 +96,7 @@ TEST(ProcessorGroup, ReadsTheListOfAnS390x) {
                     {"Flags", "esan3;zarch;stfle;msa;ldisp"}});
 }
 
-TEST(ProcessorGroup, ReadsTheListOfAPower9WithoutAnyOfSys) {
+TEST(Processor, ReadsTheListOfAPower9WithoutAnyOfSys) {
     expectInstance(kProcessor, "ppc64le", "cpu0",
                    {{"DeviceID", "cpu0"},
                     {"Name", "POWER9 (architected)"},
@@ -116,7 +110,7 @@ TEST(ProcessorGroup, ReadsTheListOfAPower9WithoutAnyOfSys) {
                     {"Architecture", "ppc64le"}});
 }
 
-TEST(ProcessorGroup, TellsTheKindsOfCoresApart) {
+TEST(Processor, TellsTheKindsOfCoresApart) {
     const Report report = gatherTree(kProcessor, "hybrid");
     EXPECT_EQ(instanceOf(report, "cpu1").get("CoreType"), "performance");
     EXPECT_EQ(instanceOf(report, "cpu1").get("ThreadIndex"), "1");
@@ -124,7 +118,7 @@ TEST(ProcessorGroup, TellsTheKindsOfCoresApart) {
     EXPECT_EQ(instanceOf(report, "cpu3").get("ClusterId"), "8");
 }
 
-TEST(ProcessorGroup, BelievesSysfsWhereFilesContradictEachOther) {
+TEST(Processor, BelievesSysfsWhereFilesContradictEachOther) {
     EXPECT_EQ(keysOf(gatherTree(kProcessor, "contradictory")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2"}));
     expectInstance(kProcessor, "contradictory", "cpu1",
@@ -135,72 +129,84 @@ TEST(ProcessorGroup, BelievesSysfsWhereFilesContradictEachOther) {
     expectInstance(kProcessor, "contradictory", "cpu2", {{"DeviceID", "cpu2"}, {"EnabledState", "Enabled"}});
 }
 
-TEST(PhysicalProcessorGroup, TellsAllOfASocket) {
-    expectInstance(kPhysicalProcessor, "x86-server", "package0",
-                   {{"DeviceID", "package0"},
-                    {"Name", "Intel(R) Xeon(R) Gold 6130 CPU @ 2.10GHz"},
-                    {"Manufacturer", "GenuineIntel"},
-                    {"Family", "6"},
-                    {"SocketDesignation", "CPU1"},
-                    {"Upgrade", "Socket LGA3647-1"},
-                    {"NumberOfCores", "2"},
-                    {"NumberOfEnabledCores", "2"},
-                    {"NumberOfLogicalProcessors", "4"},
-                    {"MaxClockSpeed", "3700"},
-                    {"ExternalClock", "100"},
-                    {"Voltage", "1800"},
-                    {"ProcessorID", "bfebfbff00050654"},
-                    {"SerialNumber", "S1"},
-                    {"PartNumber", "CPU-PART-1"},
-                    {"ThreadsPerCore", "2"},
-                    {"Dies", "1"},
-                    {"NumaNodes", "1"},
-                    {"L2CacheSize", "2048"},
-                    {"L3CacheSize", "22528"},
-                    {"Microcode", "0x2006b06"}});
+std::size_t countDistinct(const Report& report, const std::string& field) {
+    std::set<std::string> values;
+    for (const Instance& instance : report.instances()) values.insert(instance.get(field));
+    return values.size();
 }
 
-TEST(PhysicalProcessorGroup, CountsNoOfflineThreadWhosePackageIsUnknown) {
-    const Report report = gatherTree(kPhysicalProcessor, "x86-server");
-    EXPECT_EQ(keysOf(report), (std::vector<std::string>{"package0", "package1"}));
-    EXPECT_EQ(instanceOf(report, "package1").get("NumberOfLogicalProcessors"), "3");
-    EXPECT_EQ(instanceOf(report, "package1").get("SocketDesignation"), "CPU2");
-    EXPECT_EQ(instanceOf(report, "package1").get("SerialNumber"), "");
+TEST(ProcessorLive, AreThoseOfLscpu) {
+    const std::map<std::string, std::string> fields = lscpuFields();
+    const Report report = gatheredLive("Processor");
+    ASSERT_FALSE(report.instances().empty());
+    EXPECT_EQ(std::to_string(report.instances().size()), fields.at("CPU(s)"));
+    std::string flags = report.instances().front().get("Flags");
+    std::ranges::replace(flags, ';', ' ');
+    const std::pair<const char*, const char*> names[] = {
+        {"Name", "Model name"}, {"Manufacturer", "Vendor ID"}, {"Family", "CPU family"},
+        {"Model", "Model"},     {"Stepping", "Stepping"},      {"Architecture", "Architecture"},
+    };
+    for (const auto& [ours, theirs] : names) {
+        if (!fields.contains(theirs)) continue;
+        EXPECT_EQ(report.instances().front().get(ours), fields.at(theirs)) << ours;
+    }
+    EXPECT_EQ(flags, fields.at("Flags"));
 }
 
-TEST(PhysicalProcessorGroup, KeepsPlaceholdersWhenAskedTo) {
-    const Report report = gatherTree(kPhysicalProcessor, "x86-server", true);
-    EXPECT_EQ(instanceOf(report, "package1").get("SerialNumber"), "Not Specified");
-    EXPECT_EQ(instanceOf(report, "package1").get("AssetTag"), "UNKNOWN");
+TEST(ProcessorLive, StandWhereLscpuPutsThem) {
+    std::size_t rows = 0;
+    const Report report = gatheredLive("Processor");
+    std::map<std::string, std::set<std::string>> coresOfSockets;
+    for (const std::string& line : linesOf("LC_ALL=C lscpu -a -p=CPU,CORE,SOCKET,NODE,ONLINE")) {
+        if (line.starts_with('#')) continue;
+        const Rows row = fieldsOf(line, ',');
+        const Instance& cpu = instanceOf(report, "cpu" + row[0]);
+        EXPECT_EQ(cpu.get("NumaNode"), row[3]);
+        EXPECT_EQ(cpu.get("EnabledState"), row[4] == "Y" ? "Enabled" : "Disabled");
+        if (row[4] == "Y") coresOfSockets[row[2]].insert(row[1]);
+        ++rows;
+    }
+    EXPECT_EQ(rows, report.instances().size());
+    const Report packages = gatheredLive("PhysicalProcessor");
+    EXPECT_EQ(packages.instances().size(), coresOfSockets.size());
+    std::multiset<std::string> ours;
+    std::multiset<std::string> theirs;
+    for (const Instance& package : packages.instances()) ours.insert(package.get("NumberOfEnabledCores"));
+    for (const auto& [socket, cores] : coresOfSockets) theirs.insert(std::to_string(cores.size()));
+    EXPECT_EQ(ours, theirs);
 }
 
-TEST(PhysicalProcessorGroup, TakesCpusWithoutPackageForOnePackageAndNamesAllItsKinds) {
-    expectOnly(kPhysicalProcessor, "arm64-board",
-               {{"DeviceID", "package0"},
-                {"Name", "Cortex-A53;Cortex-A72"},
-                {"Manufacturer", "ARM"},
-                {"Family", "8"},
-                {"NumberOfCores", "4"},
-                {"NumberOfEnabledCores", "4"},
-                {"NumberOfLogicalProcessors", "4"},
-                {"MaxClockSpeed", "1500"},
-                {"ThreadsPerCore", "1"}});
+TEST(ProcessorLive, HaveTheCachesOfLscpu) {
+    const Report processors = gatheredLive("Processor");
+    const Report packages = gatheredLive("PhysicalProcessor");
+    std::map<std::string, std::uint64_t> totals;
+    for (const Instance& package : packages.instances()) {
+        for (const char* const field : {"L2CacheSize", "L3CacheSize"}) {
+            totals[field] += readLeadingCount(package.get(field)).value_or(0);
+        }
+    }
+    std::size_t compared = 0;
+    for (const std::string& line : linesOf("LC_ALL=C lscpu -B -C=NAME,ONE-SIZE,ALL-SIZE")) {
+        const std::vector<std::string> row = wordsOf(line);
+        if (row.size() != 3 || row[0] == "NAME") continue;
+        const std::string field = row[0] + "CacheSize";
+        if (field == "L4CacheSize") continue;
+        EXPECT_EQ(std::stoll(processors.instances().front().get(field)) * 1024, std::stoll(row[1])) << field;
+        if (totals.contains(field)) {
+            EXPECT_EQ(totals[field] * 1024, std::stoull(row[2])) << field;
+        }
+        ++compared;
+    }
+    const bool anyCache = !processors.instances().front().get("L1dCacheSize").empty();
+    EXPECT_EQ(compared > 0, anyCache);
 }
 
-TEST(PhysicalProcessorGroup, CountsCoresByTheirThreadsNotByTheirIds) {
-    expectOnly(kPhysicalProcessor, "hybrid",
-               {{"DeviceID", "package0"},
-                {"NumberOfCores", "3"},
-                {"NumberOfEnabledCores", "3"},
-                {"NumberOfLogicalProcessors", "4"},
-                {"ThreadsPerCore", "2"},
-                {"Dies", "1"}});
+TEST(ProcessorLive, ThreadsOfACoreAreNumberedFromZero) {
+    const Report report = gatheredLive("Processor");
+    const std::string threads = gatheredLive("PhysicalProcessor").instances().front().get("ThreadsPerCore");
+    EXPECT_EQ(std::to_string(countDistinct(report, "ThreadIndex")), threads);
+    EXPECT_EQ(lscpuFields().at("Thread(s) per core"), threads);
 }
 
-TEST(PhysicalProcessorGroup, CountsNoCoreWithoutATopology) {
-    expectOnly(kPhysicalProcessor, "contradictory",
-               {{"DeviceID", "package0"},
-                {"Name", "CPU 0;CPU 1"},
-                {"Manufacturer", "AuthenticAMD"},
-                {"NumberOfLogicalProcessors", "3"}});
-}
+}  // namespace
+}  // namespace toolkit::quorvah

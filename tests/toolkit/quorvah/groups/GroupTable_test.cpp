@@ -1,14 +1,12 @@
+#include "toolkit/quorvah/groups/GroupTable.h"
+
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-#include "toolkit/quorvah/groups/GroupTable.h"
-
-using toolkit::quorvah::allGroups;
-using toolkit::quorvah::FieldDef;
-using toolkit::quorvah::findGroup;
-using toolkit::quorvah::Group;
+namespace toolkit::quorvah {
+namespace {
 
 TEST(GroupTable, HoldsEveryGroupOnce) {
     std::set<std::string> names;
@@ -62,3 +60,6 @@ TEST(GroupTable, AGroupThatIsGatheredHasAKeyThatDoesNotChange) {
         EXPECT_EQ(group->fields.front().traits & FieldDef::kVolatile, 0U) << group->xmlName;
     }
 }
+
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "tests/toolkit/quorvah/Commands.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+TEST(DiskPartition, TellsAllOfAGptPartition) {
+    expectInstance(kDiskPartition, "x86-server", "/dev/sda1",
+                   {{"DeviceID", "/dev/sda1"},
+                    {"Name", "EFI System Partition"},
+                    {"StartingOffset", "1048576"},
+                    {"Size", "629145600"},
+                    {"BlockSize", "512"},
+                    {"PartitionType", "c12a7328-f81f-11d2-ba4b-00a0c93ec93b"},
+                    {"PrimaryPartition", "true"},
+                    {"Bootable", "true"},
+                    {"DiskName", "/dev/sda"},
+                    {"PartitionNumber", "1"},
+                    {"PartitionUuid", "1f2e3d4c-5b6a-4798-8a9b-0c1d2e3f4a5b"},
+                    {"TableType", "gpt"}});
+}
+
+TEST(DiskPartition, TellsWhatTheKernelKnowsWithoutUdev) {
+    expectInstance(kDiskPartition, "x86-server", "/dev/sda2",
+                   {{"DeviceID", "/dev/sda2"},
+                    {"Name", "from kernel 2"},
+                    {"StartingOffset", "630194176"},
+                    {"Size", "4000155959296"},
+                    {"BlockSize", "512"},
+                    {"DiskName", "/dev/sda"},
+                    {"PartitionNumber", "2"}});
+    expectInstance(kDiskPartition, "arm64-board", "/dev/mmcblk0p2",
+                   {{"DeviceID", "/dev/mmcblk0p2"},
+                    {"Name", "name with blanks 2"},
+                    {"StartingOffset", "272629760"},
+                    {"Size", "31642353664"},
+                    {"BlockSize", "512"},
+                    {"DiskName", "/dev/mmcblk0"},
+                    {"PartitionNumber", "2"},
+                    {"PartitionUuid", "ab12cd34-02"}});
+}
+
+TEST(DiskPartition, TellsPrimaryFromLogicalPartitionsOfAnMbr) {
+    expectInstance(kDiskPartition, "x86-server", "/dev/sdb1",
+                   {{"DeviceID", "/dev/sdb1"},
+                    {"StartingOffset", "1048576"},
+                    {"Size", "1073741824"},
+                    {"BlockSize", "4096"},
+                    {"PartitionType", "83"},
+                    {"PrimaryPartition", "true"},
+                    {"Bootable", "true"},
+                    {"DiskName", "/dev/sdb"},
+                    {"PartitionNumber", "1"},
+                    {"PartitionUuid", "9a8b7c6d-01"},
+                    {"TableType", "dos"}});
+    expectInstance(kDiskPartition, "x86-server", "/dev/sdb5",
+                   {{"DeviceID", "/dev/sdb5"},
+                    {"StartingOffset", "1075838976"},
+                    {"Size", "512000000"},
+                    {"BlockSize", "4096"},
+                    {"PartitionType", "0e"},
+                    {"PrimaryPartition", "false"},
+                    {"Bootable", "false"},
+                    {"DiskName", "/dev/sdb"},
+                    {"PartitionNumber", "5"},
+                    {"PartitionUuid", "9a8b7c6d-05"},
+                    {"TableType", "dos"}});
+}
+
+TEST(DiskPartition, LeavesOutNumbersThatCannotBe) {
+    expectOnly(kDiskPartition, "contradictory",
+               {{"DeviceID", "/dev/sdb1"}, {"Size", "4096"}, {"DiskName", "/dev/sdb"}});
+}
+
+TEST(DiskPartitionLive, AreThoseOfLsblk) {
+    const Report report = gatheredLive("DiskPartition");
+    std::set<std::string> theirs;
+    for (const std::string& line : linesOf("LC_ALL=C lsblk -b -P -o NAME,SIZE,PKNAME,TYPE")) {
+        std::map<std::string, std::string> row = pairsOf(line);
+        if (row["TYPE"] != "part") continue;
+        const Instance& partition = instanceOf(report, "/dev/" + row["NAME"]);
+        EXPECT_EQ(partition.get("Size"), row["SIZE"]);
+        EXPECT_EQ(partition.get("DiskName"), "/dev/" + row["PKNAME"]);
+        theirs.insert("/dev/" + row["NAME"]);
+    }
+    const Rows keys = keysOf(report);
+    EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()), theirs);
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

@@ -1,0 +1,128 @@
+// What holds for all groups: a tree tells of its own machine and never of the one that scans it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/ScratchDir.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+using zavtest::ScratchDir;
+namespace fs = std::filesystem;
+
+class EveryGroup : public testing::TestWithParam<const Group*> {};
+
+std::vector<const Group*> gatheredGroups() {
+    std::vector<const Group*> groups;
+    for (const Group* const group : allGroups()) {
+        if (group->gather != nullptr && group != &kScanInfo) groups.push_back(group);
+    }
+    return groups;
+}
+
+INSTANTIATE_TEST_SUITE_P(Groups, EveryGroup, testing::ValuesIn(gatheredGroups()),
+                         [](const auto& group) { return std::string(group.param->xmlName); });
+
+TEST_P(EveryGroup, HasNoInstanceInAnEmptyTree) {
+    const ScratchDir tree;
+    const Report report = gatherFrom(*GetParam(), tree.path());
+    EXPECT_TRUE(report.instances().empty());
+    EXPECT_LE(report.state(), GroupState::NotApplicable) << report.reason();
+}
+
+TEST_P(EveryGroup, TellsNothingOfTheHostThroughLinksThatLeadOut) {
+    const ScratchDir tree;
+    for (const char* const directory :
+         {"proc", "sys", "etc", "run", "usr", "var", "dev", "bin", "sbin", "lib"}) {
+        fs::create_symlink(std::string("../../../../../../../../../") + directory, tree.path() / directory);
+    }
+    EXPECT_TRUE(gatherFrom(*GetParam(), tree.path()).instances().empty());
+}
+
+TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
+    const ScratchDir tree;
+    for (const char* const file :
+         {"proc/cpuinfo/marker", "proc/meminfo/marker", "proc/stat/marker", "proc/version/marker",
+          "proc/self/mountinfo/marker", "etc/os-release/marker", "etc/machine-id/marker",
+          "etc/localtime/marker", "etc/hostname/marker", "run/utmp/marker",
+          "sys/devices/system/cpu/present/marker", "sys/devices/system/cpu/online/marker",
+          "var/lib/dpkg/status/marker", "sys/firmware/dmi/tables/DMI/marker", "proc/net/fib_trie/marker",
+          "proc/net/if_inet6/marker", "proc/cmdline/marker", "sys/class/dmi/id/product_uuid/marker"}) {
+        tree.write(file, "");
+    }
+    const Report report = gatherFrom(*GetParam(), tree.path());
+    for (const Instance& instance : report.instances()) {
+        for (const std::string_view value : instance.values())
+            EXPECT_EQ(value.find("marker"), std::string::npos) << value;
+    }
+}
+
+TEST(Trees, AContainerImageHasNoProcessorsNorDisks) {
+    for (const Group* const group : {&kProcessor, &kPhysicalProcessor, &kMemory, &kStorage, &kDiskPartition,
+                                     &kRegional, &kComponentID}) {
+        EXPECT_TRUE(gatherTree(*group, "container").instances().empty()) << group->xmlName;
+    }
+}
+
+// Devices that are named like those of the scanning machine, about which the tree says nothing.
+TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
+    const ScratchDir tree;
+    // The kernel has the loopback everywhere; an address stands for PCI devices where there are none.
+    std::vector<std::string> names = {"lo", "0000:00:00.0"};
+    for (const char* const folder : {"/sys/class/net", "/sys/bus/pci/devices", "/sys/bus/usb/devices"}) {
+        for (std::string& name : Root().list(folder)) names.push_back(std::move(name));
+    }
+    for (const std::string& name : names) {
+        if (name.find(':') != std::string::npos && name.find('-') != std::string::npos) continue;
+        std::filesystem::create_directories(tree.path() / "sys/class/net" / name);
+        std::filesystem::create_directories(tree.path() / "sys/bus/pci/devices" / name);
+        std::filesystem::create_directories(tree.path() / "sys/bus/usb/devices" / name);
+    }
+    const Report adapters = gatheredBelow("NetworkAdapter", tree.path());
+    EXPECT_FALSE(adapters.instances().empty());
+    for (const Instance& adapter : adapters.instances()) {
+        EXPECT_EQ(std::string(adapter.values().front()) + "|||||||||||||||false||", joined(adapter));
+    }
+    const Report pci = gatheredBelow("PCIDevice", tree.path());
+    EXPECT_FALSE(pci.instances().empty());
+    for (const Instance& device : pci.instances()) {
+        for (std::size_t i = 6; i < device.values().size(); ++i) EXPECT_EQ("", device.values()[i]) << i;
+    }
+    const Report usb = gatheredBelow("USBDevice", tree.path());
+    EXPECT_FALSE(usb.instances().empty());
+    for (const Instance& device : usb.instances()) {
+        for (std::size_t i = 1; i < device.values().size(); ++i) EXPECT_EQ("", device.values()[i]) << i;
+    }
+}
+
+// The same files through the lookups that keep a tree's links inside of it.
+TEST(LiveMachine, TellsTheSameWhenItIsScannedAsATree) {
+    const std::pair<const char*, std::vector<const char*>> groups[] = {
+        {"Processor", {"Name", "Family", "Flags", "NumaNode", "L2CacheSize", "EnabledState"}},
+        {"PhysicalProcessor", {"Name", "NumberOfCores", "NumberOfLogicalProcessors", "L3CacheSize"}},
+        {"Storage", {"Size", "InterfaceType", "BusAddress", "BlockSize"}},
+        {"DiskPartition", {"Size", "StartingOffset"}},
+        {"OperatingSystem", {"Caption", "Version", "KernelVersion", "Architecture", "CurrentTimeZone"}},
+        {"Regional", {"Locale", "TimeZoneName", "CurrentTimeZone"}},
+        {"ComponentID", {"MachineId", "Name"}},
+        {"Memory", {"TotalVisibleMemorySize", "InstalledMemory"}},
+    };
+    for (const auto& [group, fields] : groups) {
+        const Report live = gatheredLive(group);
+        const Report tree = gatheredBelow(group, "/");
+        ASSERT_EQ(keysOf(live), keysOf(tree)) << group;
+        for (std::size_t i = 0; i < live.instances().size(); ++i) {
+            for (const char* const field : fields) {
+                EXPECT_EQ(live.instances()[i].get(field), tree.instances()[i].get(field))
+                    << group << " " << field;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

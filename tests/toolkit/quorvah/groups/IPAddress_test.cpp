@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/toolkit/quorvah/Commands.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
+
+TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
+    const Report report = gatheredBelow("IPAddress", kWorkstation);
+    EXPECT_EQ((std::vector<std::string>{"127.0.0.1", "169.254.7.7", "192.0.2.10", "198.51.100.1"}),
+              keysOf(report));
+    EXPECT_EQ(
+        "192.0.2.10|br0|255.255.255.0|24||192.0.2.255||||192.0.2.254|54:e1:ad:00:00:01|192.0.2.53;2001:db8::"
+        "53|",
+        joined(instanceOf(report, "192.0.2.10")));
+    EXPECT_EQ("127.0.0.1||255.0.0.0|8||127.255.255.255|||||||", joined(instanceOf(report, "127.0.0.1")));
+}
+
+TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
+    const Report report = gatheredBelow("IPAddress", kWorkstation);
+    EXPECT_EQ("169.254.7.7||255.255.0.0|16|LinkLocal|||||||192.0.2.53;2001:db8::53|",
+              joined(instanceOf(report, "169.254.7.7")));
+    EXPECT_EQ("198.51.100.1|||||||||||192.0.2.53;2001:db8::53|", joined(instanceOf(report, "198.51.100.1")));
+}
+
+TEST(IPAddressLive, AddressesAreThoseOfIp) {
+    const Rows theirs = linesOf(
+        "ip -j addr | jq -r '.[] | .ifname as $name | .addr_info[] | select(.family == \"inet\") | "
+        "[.local, $name, (.prefixlen | tostring), .broadcast // \"\", .address // \"\", .scope, .label // "
+        "\"\"] | @tsv'");
+    EXPECT_FALSE(theirs.empty());
+    EXPECT_EQ(sorted(theirs),
+              rowsOf(gatheredLive("IPAddress"), {"IPv4Address", "Name", "PrefixLength", "BroadcastAddress",
+                                                 "PeerAddress", "Scope", "Label"}));
+}
+
+TEST(IPAddressLive, GatewaysAreThoseOfIpRoute) {
+    std::map<std::string, std::string> gateways;
+    for (const std::string& line :
+         linesOf("ip -j -4 route show default | jq -r 'sort_by(-(.metric // 0)) | .[] | "
+                 "select(.gateway) | [.dev, .gateway] | @tsv'")) {
+        const Rows fields = fieldsOf(line);
+        gateways[fields[0]] = fields[1];  // the last one has the smallest metric
+    }
+    const Report report = gatheredLive("IPAddress");
+    EXPECT_FALSE(report.instances().empty());
+    for (const Instance& address : report.instances()) {
+        EXPECT_EQ(gateways[address.get("Name")], address.get("Gateway")) << joined(address);
+    }
+}
+
+TEST(IPAddressLive, TheFilesOfTheKernelGiveTheSameAddresses) {
+    EXPECT_EQ(rowsOf(gatheredLive("IPAddress"), {"IPv4Address", "PrefixLength"}),
+              rowsOf(gatheredBelow("IPAddress", "/"), {"IPv4Address", "PrefixLength"}));
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

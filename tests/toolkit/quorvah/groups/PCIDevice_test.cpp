@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "tests/toolkit/quorvah/Commands.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
+
+TEST(PCIDevice, EveryFieldComesFromTheTree) {
+    const Report report = gatheredBelow("PCIDevice", kWorkstation);
+    EXPECT_EQ((std::vector<std::string>{"0000:00:02.1", "0000:00:14.0", "0000:00:1f.6", "0000:03:00.0",
+                                        "10000:e0:06.0"}),
+              keysOf(report));
+    EXPECT_EQ(
+        "0000:00:1f.6|Gigabit Adapter|Chip Maker|0|31|6|15bc|8086|2292|17aa|10|020000|Ethernet "
+        "controller||e1000e||14|"
+        "||||||"
+        "|",
+        joined(instanceOf(report, "0000:00:1f.6")));
+    EXPECT_EQ(
+        "0000:03:00.0|Fast SSD|Disk Maker|3|0|0|a808|144d|a801|144d|00|010802|Non-Volatile memory "
+        "controller|Fast SSD "
+        "Plus|nvme|0||8.0 GT/s PCIe|16.0 GT/s PCIe|4|4|7||true|",
+        joined(instanceOf(report, "0000:03:00.0")));
+}
+
+TEST(PCIDevice, WhatTheKernelCannotAskTheLinkIsUnknown) {
+    const Report report = gatheredBelow("PCIDevice", kWorkstation);
+    EXPECT_EQ(
+        "0000:00:14.0|USB Host Controller|Chip Maker|0|20|0|a36d|8086|a36d|8086||0c0330|USB controller|USB "
+        "Host "
+        "Controller|||||||||"
+        "|false|",
+        joined(instanceOf(report, "0000:00:14.0")));
+}
+
+TEST(PCIDevice, TheRevisionOfAnOldTreeComesFromTheConfigurationSpace) {
+    const Report report = gatheredBelow("PCIDevice", kWorkstation);
+    EXPECT_EQ("10000:e0:06.0||Chip Maker|224|6|0|1234|8086|||ab|060400|Bridge||||||||||||",
+              joined(instanceOf(report, "10000:e0:06.0")));
+}
+
+TEST(PCIDevice, AVirtualFunctionNamesItsParent) {
+    const Report report = gatheredBelow("PCIDevice", kWorkstation);
+    EXPECT_EQ("0000:00:1f.6", instanceOf(report, "0000:00:02.1").get("SriovParent"));
+}
+
+// "Key:\tvalue" lines of one device each.
+std::vector<std::map<std::string, std::string>> lspciDevices() {
+    std::vector<std::map<std::string, std::string>> devices(1);
+    for (const std::string& line : linesOf("lspci -Dvmmk")) {
+        const std::size_t tab = line.find(":\t");
+        if (line.empty()) {
+            devices.emplace_back();
+        } else if (tab != std::string::npos) {
+            devices.back()[line.substr(0, tab)] = line.substr(tab + 2);
+        }
+    }
+    while (!devices.empty() && devices.back().empty()) devices.pop_back();
+    return devices;
+}
+
+// lspci writes ids in place of the names that it does not know.
+std::string nameOf(const std::string& name) {
+    if (name.starts_with("Device ") || name.starts_with("Vendor ") || name.starts_with("Class ")) return {};
+    return name.substr(0, name.find(" ["));
+}
+
+TEST(PCIDeviceLive, NamesAndDriversAreThoseOfLspci) {
+    const Report report = gatheredLive("PCIDevice");
+    const auto devices = lspciDevices();
+    EXPECT_EQ(devices.size(), report.instances().size());
+    for (auto device : devices) {
+        const Instance& ours = instanceOf(report, device["Slot"]);
+        EXPECT_EQ(nameOf(device["Class"]), ours.get("ClassName")) << device["Slot"];
+        EXPECT_EQ(nameOf(device["Vendor"]), ours.get("Manufacturer")) << device["Slot"];
+        EXPECT_EQ(nameOf(device["Device"]), ours.get("Name")) << device["Slot"];
+        EXPECT_EQ(nameOf(device["SDevice"]), ours.get("SubsystemName")) << device["Slot"];
+        EXPECT_EQ(device["Driver"], ours.get("DriverName")) << device["Slot"];
+        EXPECT_EQ(device["NUMANode"], ours.get("NumaNode")) << device["Slot"];
+        EXPECT_EQ(device["IOMMUGroup"], ours.get("IommuGroup")) << device["Slot"];
+    }
+}
+
+// 0000:00:03.0 "0200" "1af4" "1041" -r01 -p00 "1af4" "1041"
+TEST(PCIDeviceLive, IdsAreThoseOfLspci) {
+    const Report report = gatheredLive("PCIDevice");
+    for (const std::string& line : linesOf("lspci -Dnmm")) {
+        std::string ids;
+        for (const Instance& ours : report.instances()) {
+            if (!line.starts_with(ours.get("DeviceID") + " ")) continue;
+            const std::string& code = ours.get("ClassCode");
+            ids = ours.get("DeviceID") + " \"" + code.substr(0, 4) + "\" \"" + ours.get("VendorID") +
+                  "\" \"" + ours.get("PCIDeviceID") + "\"";
+            if (ours.get("RevisionID") != "00") ids += " -r" + ours.get("RevisionID");
+            ids += " -p" + code.substr(4);
+            ids += " \"" + ours.get("SubsystemVendorID") + "\" \"" + ours.get("SubsystemID") + "\"";
+        }
+        EXPECT_EQ(line, ids);
+    }
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

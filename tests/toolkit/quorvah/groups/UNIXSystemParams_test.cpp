@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/ScratchDir.h"
+#include "tests/toolkit/quorvah/Commands.h"
+#include "tests/toolkit/quorvah/GroupTester.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+using zavtest::ScratchDir;
+
+TEST(UNIXSystemParams, TellsAllOfACapturedServer) {
+    expectOnly(kUNIXSystemParams, "x86-server",
+               {{"NodeName", "db1.example.com"},
+                {"SystemName", "Linux"},
+                {"Release", "5.14.0-362.8.1.el9_3.x86_64"},
+                {"Version", "#1 SMP PREEMPT_DYNAMIC Tue Nov 7 14:54:22 EST 2023"},
+                {"Machine", "x86_64"},
+                {"HostId", "12345678"},
+                {"ProcessorsConfigured", "16"},
+                {"ProcessorsOnline", "7"},
+                {"InitSystem", "systemd"},
+                {"DefaultTarget", "multi-user.target"},
+                {"BootParameters",
+                 "BOOT_IMAGE=(hd0,gpt2)/vmlinuz-5.14.0 root=/dev/mapper/rl-root ro crashkernel=1G "
+                 "grub.password=*** rd.luks.uuid=luks-1 \"dyndbg=file a.c +p\""},
+                {"RootDevice", "/dev/mapper/rl-root"},
+                {"SecurityModules", "lockdown;capability;yama;selinux;bpf"},
+                {"LoadAverage1", "0.52"},
+                {"LoadAverage5", "0.48"},
+                {"LoadAverage15", "0.40"},
+                {"Uptime", "86400"}});
+}
+
+TEST(UNIXSystemParams, ReadsTheRunLevelOfTheInitOfSystemV) {
+    expectOnly(kUNIXSystemParams, "arm64-board",
+               {{"NodeName", "board"},
+                {"SystemName", "Linux"},
+                {"Release", "6.1.21-v8+"},
+                {"Version", "#1642 SMP PREEMPT Mon Apr  3 17:24:16 BST 2023"},
+                {"Machine", "aarch64"},
+                {"InitSystem", "init"},
+                {"DefaultTarget", "runlevel 3"}});
+}
+
+TEST(UNIXSystemParams, TakesTheRootDeviceFromTheMountsWithoutABootLoader) {
+    const ScratchDir tree;
+    tree.write("proc/self/mountinfo",
+               "27 1 254:0 / / rw - ext4 /dev/vda rw\n28 27 8:1 / /boot rw - ext4 /dev/sda1 rw\n");
+    const Report report = gatherFrom(kUNIXSystemParams, tree.path());
+    ASSERT_EQ(report.instances().size(), 1U);
+    EXPECT_EQ(report.instances().front().get("RootDevice"), "/dev/vda");
+}
+
+TEST(UNIXSystemParamsLive, AreThoseOfUnameAndGetconf) {
+    const Report report = gatheredLive("UNIXSystemParams");
+    ASSERT_EQ(report.instances().size(), 1U);
+    const Instance& system = report.instances().front();
+    const std::pair<const char*, const char*> commands[] = {
+        {"NodeName", "uname -n"},
+        {"SystemName", "uname -s"},
+        {"Release", "uname -r"},
+        {"Version", "uname -v"},
+        {"Machine", "uname -m"},
+        {"PageSize", "getconf PAGE_SIZE"},
+        {"OpenMax", "getconf OPEN_MAX"},
+        {"ArgMax", "getconf ARG_MAX"},
+        {"ChildMax", "getconf CHILD_MAX"},
+        {"ClockTicksPerSecond", "getconf CLK_TCK"},
+        {"ProcessorsConfigured", "getconf _NPROCESSORS_CONF"},
+        {"ProcessorsOnline", "getconf _NPROCESSORS_ONLN"},
+    };
+    for (const auto& [field, command] : commands) EXPECT_EQ(system.get(field), lineOf(command)) << field;
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

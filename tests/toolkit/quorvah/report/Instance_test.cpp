@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "toolkit/quorvah/report/Report.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+constexpr FieldDef kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
+constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
+
+std::vector<std::string> textsOf(const Instance& instance) {
+    return {instance.values().begin(), instance.values().end()};
+}
+
+TEST(Instance, HasAllFieldsOfTheGroupEmptyAtFirst) {
+    Report report(kGroup);
+    const Instance& instance = report.add();
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"", "", "", ""}));
+}
+
+TEST(Instance, WritesEachTypeAsReadersExpectIt) {
+    Report report(kGroup);
+    Instance& instance = report.add();
+    instance.set("DeviceID", "sda");
+    instance.set("Size", std::uint64_t{18446744073709551615U});
+    instance.set("Removable", false);
+    instance.set("Parts", std::vector<std::string>{"a", "b"});
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"sda", "18446744073709551615", "false", "a;b"}));
+}
+
+TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
+    Report report(kGroup);
+    Instance& instance = report.add();
+    instance.set("Parts", "x");
+    instance.set("Size", -1);
+    instance.set("DeviceID", std::string("cpu0"));
+    instance.set("Parts", std::string_view("y"));
+    EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"cpu0", "-1", "", "y"}));
+    EXPECT_EQ(instance.get("Parts"), "y");
+}
+
+TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
+    Report report(kGroup);
+    Instance& instance = report.add();
+    instance.set("Size", std::optional<int>());
+    instance.set("Removable", std::optional<bool>(true));
+    EXPECT_EQ(instance.get("Size"), "");
+    EXPECT_EQ(instance.get("Removable"), "true");
+}
+
+TEST(Instance, RefusesAFieldThatTheGroupDoesNotHave) {
+    Report report(kGroup);
+    Instance& instance = report.add();
+    EXPECT_THROW(instance.set("Colour", "red"), std::logic_error);
+    EXPECT_THROW(instance.set("deviceid", "sda"), std::logic_error);
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

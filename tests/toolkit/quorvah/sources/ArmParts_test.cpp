@@ -1,0 +1,19 @@
+#include <gtest/gtest.h>
+
+#include "toolkit/quorvah/sources/CpuInfo.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+TEST(ArmParts, AreNamedWithinTheirImplementer) {
+    EXPECT_EQ(armImplementer("41"), "ARM");
+    EXPECT_EQ(armPart("41", "d0c"), "Neoverse-N1");
+    EXPECT_EQ(armPart("48", "d01"), "TaiShan-v110");
+    EXPECT_EQ(armPart("c0", "ac3"), "Ampere-1");
+    EXPECT_EQ(armPart("41", "fff"), "");
+    EXPECT_EQ(armPart("99", "d0c"), "");
+    EXPECT_EQ(armImplementer(""), "");
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah
