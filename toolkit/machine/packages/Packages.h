@@ -52,7 +52,7 @@ struct PackageDatabase {
         None,
         Broken,       // a part could not be read; the packages in all others were visited
         Unsupported,  // of a kind that cannot be read here
-        Unsaved,      // changes stand in a log beside the file, which is not read
+        Unsaved,      // a log beside the file has changes that could not be read
         Unreadable,   // it is no regular file, or the system does not give it out
         TooLarge,     // it holds more than is read; the packages up to there were visited
         OutOfTime,    // the time was over; the packages up to there were visited

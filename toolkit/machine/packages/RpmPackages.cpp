@@ -36,14 +36,31 @@ bool isKey(const RpmPackage& package) {
     return package.name == "gpg-pubkey";
 }
 
-// False when a part could not be read.
-bool visitSqlite(InputFile& file, std::string_view database, PackageTexts& texts,
-                 const PackageVisitor& visit) {
-    bool headersWhole = true;
-    const ReadBytes read = [&](std::uint64_t offset, std::span<char> bytes) {
-        return texts.budget().read(bytes.size()) && file.readAt(offset, bytes) == bytes.size();
+// A transaction that was broken off leaves its journal behind, with which SQLite would undo it. Where the journal is kept
+// between transactions, its first bytes are zero.
+bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
+    InputFile journal(root, path + "-journal");
+    char first = 0;
+    return journal.state() == InputFile::State::Open && journal.readAt(0, {&first, 1}) == 1 && first != 0;
+}
+
+PackageDatabase readFile(InputFile& file, const Root& root, const std::string& path, PackageTexts& texts,
+                         const PackageVisitor& visit) {
+    PackageDatabase result;
+    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
+    if (file.state() != InputFile::State::Open) return result;
+    const auto inputOf = [&texts](InputFile& input) -> SqliteInput {
+        return {[&](std::uint64_t offset, std::span<char> bytes) {
+                    return texts.budget().read(bytes.size()) && input.readAt(offset, bytes) == bytes.size();
+                },
+                input.size()};
     };
-    const bool tableWhole = readSqliteTable(read, file.size(), "Packages", [&](std::string_view record) {
+    const std::string_view database = texts.keep(path);
+    const std::string logPath = path + "-wal";
+    InputFile log(root, logPath);
+    if (log.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, logPath);
+    bool headersWhole = true;
+    const auto readRow = [&](std::string_view record) {
         RpmPackage rpm;
         if (!texts.budget().item()) return;
         if (!readRpmHeader(sqliteColumn(record, 1).bytes, rpm)) {
@@ -52,21 +69,17 @@ bool visitSqlite(InputFile& file, std::string_view database, PackageTexts& texts
             const InstalledPackage package = packageOf(rpm, database, texts);
             if (!texts.budget().isSpent()) visit(package);
         }
-    });
-    return tableWhole && headersWhole;
-}
-
-PackageDatabase readFile(InputFile& file, const Root& root, const std::string& path, PackageTexts& texts,
-                         const PackageVisitor& visit) {
-    PackageDatabase result;
-    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
-    if (file.state() != InputFile::State::Open) return result;
-    const bool whole = visitSqlite(file, texts.keep(path), texts, visit);
-    if (!whole) result.note(texts.budget().isSpent() ? Damage::TooLarge : Damage::Broken, path);
-    // Changes that rpm has not yet carried over into the database.
-    const std::string log = path + "-wal";
-    const InputFile changes(root, log);
-    if (changes.state() == InputFile::State::Open && changes.size() > 0) result.note(Damage::Unsaved, log);
+    };
+    const SqliteReading reading = readSqliteTable(inputOf(file), inputOf(log), "Packages", readRow);
+    if (texts.budget().isSpent()) {
+        result.note(Damage::TooLarge, path);
+    } else if (reading == SqliteReading::Incomplete || !headersWhole) {
+        result.note(Damage::Broken, path);
+    } else if (reading == SqliteReading::LogIgnored) {
+        result.note(Damage::Unsaved, logPath);
+    } else if (hasUnfinishedTransaction(root, path)) {
+        result.note(Damage::Unsaved, path + "-journal");
+    }
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,13 @@ namespace {
 
 constexpr std::string_view kMagic("SQLite format 3\0", 16);
 constexpr std::size_t kFileHeader = 100;
+constexpr std::size_t kMinUsable = 480;  // bytes of a page
 constexpr unsigned kInterior = 5;
 constexpr unsigned kLeaf = 13;
-constexpr unsigned kDeepest = 20;  // a deeper tree than any file can hold runs in a circle
-constexpr std::uint64_t kMostRead = std::uint64_t{4}
-                                    << 30;  // bytes of a file; a sparse one may claim any size
-constexpr std::uint64_t kLongestRecord = std::uint64_t{32} << 20;
+constexpr unsigned kMaxDepth = 20;  // a deeper tree than any file can hold runs in a circle
+// A sparse file may claim any size.
+constexpr std::uint64_t kMaxDatabaseSize = std::uint64_t{4} << 30;
+constexpr std::uint64_t kMaxRecordSize = std::uint64_t{32} << 20;
 
 // Takes a number of one to nine bytes, of which all but the ninth carry seven bits.
 bool takeVarint(std::string_view& bytes, std::uint64_t& value) {
@@ -56,11 +58,64 @@ SqliteValue valueOf(std::uint64_t type, std::string_view bytes) {
 
 using Row = std::function<void(std::string_view record)>;
 
-// One way through the tree of pages that is a table. Each page is read once: a sound table has it once, a broken one may
-// send its readers in circles.
+// The pages of a database: those in its log take the place of those in its file. Pages are numbered from 1.
+class Pages {
+  public:
+    Pages(const SqliteInput& database, const SqliteInput& log);
+
+    // 0 when this is no database that can be read.
+    std::size_t count() const { return count_; }
+    std::size_t size() const { return size_; }
+    // The size of the part of each page that holds content.
+    std::size_t usable() const { return usable_; }
+
+    // REQUIRES: 0 < number <= count().
+    bool read(std::size_t number, std::string& page) const;
+
+    bool isLogIgnored() const { return !log_.isReadable() || log_.wasRestarted(); }
+
+  private:
+    bool readHeader(std::array<char, kFileHeader>& header) const;
+
+    const SqliteInput& database_;
+    SqliteLog log_;
+    std::size_t count_ = 0;
+    std::size_t size_ = 0;
+    std::size_t usable_ = 0;
+};
+
+Pages::Pages(const SqliteInput& database, const SqliteInput& log) : database_(database), log_(log) {
+    std::array<char, kFileHeader> bytes;
+    if (database.size == 0 || !readHeader(bytes)) return;
+    const std::string_view header(bytes.data(), bytes.size());
+    const auto stored = static_cast<std::size_t>(bigEndian(header, 16, 2));
+    const auto reserved = static_cast<std::size_t>(bigEndian(header, 20, 1));
+    size_ = stored == 1 ? 65536 : stored;
+    const bool sizeFits = std::has_single_bit(size_) && size_ >= 512 && reserved + kMinUsable <= size_;
+    const bool sameSize = log_.isEmpty() || log_.pageSize() == size_;
+    const bool isUtf8 = (bigEndian(header, 56, 4) & 3U) <= 1;  // the other bits are ignored
+    if (!header.starts_with(kMagic) || !sizeFits || !sameSize || !isUtf8) return;
+    usable_ = size_ - reserved;
+    const std::uint64_t count = log_.isEmpty() ? database.size / size_ : log_.databasePages();
+    count_ = static_cast<std::size_t>(std::min<std::uint64_t>(count, kMaxDatabaseSize / size_));
+}
+
+bool Pages::readHeader(std::array<char, kFileHeader>& header) const {
+    if (const auto offset = log_.find(1)) return log_.read(*offset, header);
+    return database_.read(0, header);
+}
+
+bool Pages::read(std::size_t number, std::string& page) const {
+    page.resize(usable_);
+    if (const auto offset = log_.find(number)) return log_.read(*offset, page);
+    return database_.read(std::uint64_t{number - 1} * size_, page);
+}
+
+// One way through the tree of pages that is a table. Each page is read once: in a sound table no page occurs twice, a
+// damaged one may send its readers in circles.
 class TableWalk {
   public:
-    TableWalk(const ReadBytes& read, std::uint64_t size, const Row& row);
+    TableWalk(const Pages& pages, const Row& row) : pages_(pages), row_(row), taken_(pages.count()) {}
 
     // All rows below the page; false when some could not be read.
     bool walk(std::uint64_t page) { return walk(page, 0); }
@@ -73,40 +128,23 @@ class TableWalk {
     bool readOverflow(std::uint64_t page, std::size_t size);
     bool takePage(std::uint64_t number, std::string& page);
 
-    const ReadBytes& read_;
+    const Pages& pages_;
     const Row& row_;
-    std::size_t pageSize_ = 0;  // 0 when the file is no database
-    std::size_t usable_ = 0;
     std::vector<bool> taken_;  // of each page
     std::string payload_;
-    std::string overflow_;  // the latest page of that kind
+    std::string overflow_;  // the latest overflow page
 };
 
-TableWalk::TableWalk(const ReadBytes& read, std::uint64_t size, const Row& row) : read_(read), row_(row) {
-    std::array<char, kFileHeader> header;
-    if (!read(0, header)) return;
-    const std::string_view file(header.data(), header.size());
-    if (file.substr(0, kMagic.size()) != kMagic) return;
-    const auto told = static_cast<std::size_t>(bigEndian(file, 16, 2));
-    const std::size_t pageSize = told == 1 ? 65536 : told;
-    const auto reserved = static_cast<std::size_t>(bigEndian(file, 20, 1));
-    if (pageSize < 512 || reserved > pageSize - 480) return;
-    pageSize_ = pageSize;
-    usable_ = pageSize - reserved;
-    taken_.resize(static_cast<std::size_t>(std::min(size, kMostRead) / pageSize));
-}
-
-// Pages are numbered from 1. False when the file does not have the whole of it, and when it was taken before.
+// False when the database does not have the page, and when it was taken before.
 bool TableWalk::takePage(std::uint64_t number, std::string& page) {
     if (number == 0 || number > taken_.size() || taken_[static_cast<std::size_t>(number - 1)]) return false;
     taken_[static_cast<std::size_t>(number - 1)] = true;
-    page.resize(usable_);
-    return read_((number - 1) * pageSize_, page);
+    return pages_.read(static_cast<std::size_t>(number), page);
 }
 
 bool TableWalk::walk(std::uint64_t number, unsigned depth) {
     std::string page;
-    if (depth > kDeepest || !takePage(number, page)) return false;
+    if (depth > kMaxDepth || !takePage(number, page)) return false;
     const std::size_t head = number == 1 ? kFileHeader : 0;
     const std::uint64_t type = bigEndian(page, head, 1);
     if (type == kInterior) return walkInterior(page, head, depth);
@@ -127,13 +165,14 @@ bool TableWalk::walkInterior(std::string_view page, std::size_t head, unsigned d
 
 bool TableWalk::walkLeaf(std::string_view page, std::size_t head) {
     const auto count = static_cast<std::size_t>(bigEndian(page, head + 3, 2));
-    if (head + 8 + 2 * count > page.size()) return false;
-    std::size_t room =
-        page.size() - (head + 8 + 2 * count);  // for cells, which do not overlap in a sound page
+    const std::size_t cells = head + 8 + 2 * count;
+    if (cells > page.size()) return false;
+    std::size_t room = page.size() - cells;  // in a sound page cells do not overlap
     bool whole = true;
     for (std::size_t i = 0; i < count; ++i) {
         const auto cell = static_cast<std::size_t>(bigEndian(page, head + 8 + 2 * i, 2));
-        const std::size_t length = cell < page.size() ? readPayload(page.substr(cell)) : 0;
+        const bool isInside = cell >= cells && cell < page.size();
+        const std::size_t length = isInside ? readPayload(page.substr(cell)) : 0;
         if (length > room) return false;
         room -= length;
         if (length > 0) row_(payload_);
@@ -148,13 +187,14 @@ std::size_t TableWalk::readPayload(std::string_view cell) {
     const std::size_t before = cell.size();
     std::uint64_t size = 0;
     std::uint64_t rowId = 0;
-    const std::uint64_t most = std::min<std::uint64_t>(taken_.size() * pageSize_, kLongestRecord);
+    const std::size_t usable = pages_.usable();
+    const std::uint64_t most = std::min<std::uint64_t>(taken_.size() * pages_.size(), kMaxRecordSize);
     if (!takeVarint(cell, size) || !takeVarint(cell, rowId) || size > most) return 0;
-    const std::size_t mostLocal = usable_ - 35;
-    const std::size_t leastLocal = (usable_ - 12) * 32 / 255 - 23;
+    const std::size_t mostLocal = usable - 35;
+    const std::size_t leastLocal = (usable - 12) * 32 / 255 - 23;
     std::size_t local = size;
     if (size > mostLocal) {
-        local = leastLocal + (size - leastLocal) % (usable_ - 4);
+        local = leastLocal + (size - leastLocal) % (usable - 4);
         if (local > mostLocal) local = leastLocal;
     }
     const bool overflows = local < size;
@@ -170,7 +210,7 @@ bool TableWalk::readOverflow(std::uint64_t next, std::size_t size) {
     while (payload_.size() < size) {
         if (!takePage(next, overflow_)) return false;
         next = bigEndian(overflow_, 0, 4);
-        const std::size_t wanted = std::min(size - payload_.size(), usable_ - 4);
+        const std::size_t wanted = std::min(size - payload_.size(), pages_.usable() - 4);
         payload_.append(overflow_, 4, wanted);
     }
     return true;
@@ -195,15 +235,18 @@ SqliteValue sqliteColumn(std::string_view record, unsigned column) {
     return {};
 }
 
-bool readSqliteTable(const ReadBytes& read, std::uint64_t size, std::string_view table, const Row& row) {
+SqliteReading readSqliteTable(const SqliteInput& database, const SqliteInput& log, std::string_view table,
+                              const Row& row) {
+    const Pages pages(database, log);
     std::uint64_t root = 0;
     const Row findRoot = [&](std::string_view record) {
         const bool wanted =
             sqliteColumn(record, 0).bytes == "table" && sqliteColumn(record, 1).bytes == table;
         if (wanted) root = static_cast<std::uint64_t>(sqliteColumn(record, 3).number);
     };
-    TableWalk(read, size, findRoot).walk(1);
-    return TableWalk(read, size, row).walk(root);
+    TableWalk(pages, findRoot).walk(1);
+    if (!TableWalk(pages, row).walk(root)) return SqliteReading::Incomplete;
+    return pages.isLogIgnored() ? SqliteReading::LogIgnored : SqliteReading::Complete;
 }
 
 }  // namespace toolkit

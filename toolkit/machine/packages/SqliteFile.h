@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <functional>
-#include <span>
 #include <string_view>
+
+#include "toolkit/machine/packages/SqliteLog.h"
 
 namespace toolkit {
 
@@ -18,14 +19,19 @@ struct SqliteValue {
 // The value of one column (0 is the first) of a row; Missing when the row has no such column or is broken.
 SqliteValue sqliteColumn(std::string_view record, unsigned column);
 
-// Gives all of these bytes of a file; false when it has not that many or they may not be read.
-using ReadBytes = std::function<bool(std::uint64_t offset, std::span<char> bytes)>;
+enum class SqliteReading : std::uint8_t {
+    Complete,
+    LogIgnored,  // the log is damaged, unreadable or was overwritten meanwhile; the rows may be older than it is
+    Incomplete,  // there is no such table, or a part of it could not be read; all other rows were handed out
+};
 
-// Reads a whole table of an SQLite 3 database file of this size: calls `row` for the record of every row, in the order
-// of the row ids; the record is valid during the call only. What stands in a write-ahead log beside the file is
-// not seen. No byte of the file is used for two records, so together they are no longer than the file. False when there
-// is no such table, or when a part of it could not be read; all other rows were handed out.
-bool readSqliteTable(const ReadBytes& read, std::uint64_t size, std::string_view table,
-                     const std::function<void(std::string_view record)>& row);
+// Reads a whole table of an SQLite 3 database: calls `row` for the record of every row, in the order of the row ids; the
+// record is valid during the call only. `log` is the write-ahead log beside the database file, of size 0 where there is
+// none. No byte of the files is used for two records, so together they are no longer than the files.
+//
+// Not read are tables WITHOUT ROWID, databases with texts in UTF-16, records of more than 32 MiB and what lies beyond the
+// first 4 GiB of the database.
+SqliteReading readSqliteTable(const SqliteInput& database, const SqliteInput& log, std::string_view table,
+                              const std::function<void(std::string_view record)>& row);
 
 }  // namespace toolkit

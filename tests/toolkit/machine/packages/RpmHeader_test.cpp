@@ -1,0 +1,120 @@
+#include "toolkit/machine/packages/RpmHeader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace toolkit {
+namespace {
+
+std::string number(std::uint64_t value, int width) {
+    std::string bytes;
+    for (int i = width - 1; i >= 0; --i) bytes += static_cast<char>(value >> (8 * i));
+    return bytes;
+}
+
+struct Entry {
+    unsigned tag;
+    unsigned type;
+    std::string data;
+};
+
+std::string header(const std::vector<Entry>& entries) {
+    std::string index;
+    std::string store;
+    for (const Entry& entry : entries) {
+        index += number(entry.tag, 4) + number(entry.type, 4) + number(store.size(), 4) + number(1, 4);
+        store += entry.data;
+    }
+    return number(entries.size(), 4) + number(store.size(), 4) + index + store;
+}
+
+std::string text(const char* value) {
+    return std::string(value) + '\0';
+}
+
+std::string bashHeader() {
+    return header({{63, 7, std::string(16, '\x3e')},
+                   {1000, 6, text("bash")},
+                   {1001, 6, text("5.1.8")},
+                   {1002, 6, text("6.el9")},
+                   {1003, 4, number(2, 4)},
+                   {1004, 9, text("The GNU shell") + text("Die Shell")},
+                   {1008, 4, number(1700000000, 4)},
+                   {1009, 4, number(7738634, 4)},
+                   {1011, 6, text("Vendor")},
+                   {1016, 9, text("System/Shells")},
+                   {1022, 6, text("x86_64")},
+                   {1044, 6, text("bash-5.1.8-6.el9.src.rpm")}});
+}
+
+TEST(RpmHeader, AHeaderGivesItsFields) {
+    const std::string bytes = bashHeader();
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(bytes, package));
+    EXPECT_EQ("bash", package.name);
+    EXPECT_EQ("5.1.8", package.version);
+    EXPECT_EQ("6.el9", package.release);
+    EXPECT_TRUE(package.hasEpoch);
+    EXPECT_EQ(2U, package.epoch);
+    EXPECT_EQ("The GNU shell", package.summary);
+    EXPECT_EQ(1700000000U, package.installTime);
+    EXPECT_EQ(7738634U, package.size);
+    EXPECT_EQ("Vendor", package.vendor);
+    EXPECT_EQ("System/Shells", package.group);
+    EXPECT_EQ("x86_64", package.architecture);
+    EXPECT_EQ("bash-5.1.8-6.el9.src.rpm", package.sourceRpm);
+}
+
+TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
+    const std::string bytes = header({{1000, 6, text("a")}, {5009, 5, number(5'000'000'000, 8)}});
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(bytes, package));
+    EXPECT_EQ(5'000'000'000U, package.size);
+    EXPECT_FALSE(package.hasEpoch);
+}
+
+TEST(RpmHeader, ValuesOfTheWrongTypeAreLeftOut) {
+    const std::string bytes =
+        header({{1000, 6, text("a")}, {1001, 4, text("1234")}, {1009, 6, text("1234")}});
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(bytes, package));
+    EXPECT_EQ("", package.version);
+    EXPECT_EQ(0U, package.size);
+}
+
+TEST(RpmHeader, ATextWithoutAnEndIsNotLookedForThroughoutTheHeader) {
+    std::vector<Entry> entries{{1000, 6, text("a")}};
+    for (int i = 0; i < 60'000; ++i) entries.push_back({1004, 6, "A"});
+    entries.push_back({1001, 6, std::string(8 << 20, 'A')});
+    const std::string whole = header(entries);
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(whole, package));
+    EXPECT_EQ("a", package.name);
+    EXPECT_EQ("", package.summary);
+    EXPECT_EQ("", package.version);
+}
+
+TEST(RpmHeader, HeadersThatAreBrokenOrNamelessAreRefused) {
+    RpmPackage package;
+    EXPECT_FALSE(readRpmHeader("", package));
+    EXPECT_FALSE(readRpmHeader(header({}), package));
+    EXPECT_FALSE(readRpmHeader(header({{1001, 6, text("1")}}), package));
+    EXPECT_FALSE(readRpmHeader(header({{1000, 6, "no end"}}), package));
+    EXPECT_FALSE(readRpmHeader(std::string(64, '\xff'), package));
+    const std::string whole = bashHeader();
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_FALSE(readRpmHeader(whole.substr(0, length), package)) << length;
+    }
+}
+
+TEST(RpmHeader, TheSourcePackageIsNamedBeforeVersionAndRelease) {
+    EXPECT_EQ("bash", nameOfSourceRpm("bash-5.1.8-6.el9.src.rpm"));
+    EXPECT_EQ("python3-x", nameOfSourceRpm("python3-x-1-2.src.rpm"));
+    for (const char* const name : {"", "-", "bash", "bash-1", "-1"})
+        EXPECT_EQ("", nameOfSourceRpm(name)) << name;
+}
+
+}  // namespace
+}  // namespace toolkit
