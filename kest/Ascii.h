@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace kest {
@@ -14,6 +15,12 @@ constexpr bool isAsciiUpper(Character character) {
 template <class Character>
 constexpr Character asciiLower(Character character) {
     return isAsciiUpper(character) ? static_cast<Character>(character + ('a' - 'A')) : character;
+}
+
+inline std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) c = asciiLower(c);
+    return lower;
 }
 
 // Case-insensitive for ASCII letters only.

@@ -4,8 +4,8 @@
 #include <iterator>
 #include <span>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/machine/text/SameText.h"
 
 namespace toolkit {
 namespace {
@@ -41,7 +41,7 @@ constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
 // Whether a line gives a field of this name, in any case.
 bool gives(std::string_view line, std::string_view name) {
     return line.size() > name.size() && line[name.size()] == ':' &&
-           (line.starts_with(name) || sameButForCase(line.substr(0, name.size()), name));
+           (line.starts_with(name) || kest::equalsIgnoringCase(line.substr(0, name.size()), name));
 }
 
 void storeField(std::string_view line, DpkgStanza& stanza) {

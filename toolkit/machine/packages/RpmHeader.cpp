@@ -1,7 +1,7 @@
 #include "toolkit/machine/packages/RpmHeader.h"
 
-#include "toolkit/machine/text/BigEndian.h"
 #include "toolkit/machine/text/Budget.h"
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit {
 namespace {

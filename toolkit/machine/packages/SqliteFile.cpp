@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/machine/text/BigEndian.h"
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/machine/text/BigEndian.h"
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit {
 namespace {

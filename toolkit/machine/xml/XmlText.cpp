@@ -7,46 +7,11 @@
 #include <optional>
 #include <string>
 
+#include "toolkit/machine/text/Utf8.h"
+
 namespace toolkit {
 
 namespace {
-
-constexpr char32_t kInvalid = 0xFFFFFFFF;
-
-// How many bytes a character takes whose first byte is `lead`; 0 for a byte that begins none.
-std::size_t sequenceLength(unsigned char lead) {
-    if (lead < 0x80) return 1;
-    if (lead < 0xC2) return 0;
-    if (lead < 0xE0) return 2;
-    if (lead < 0xF0) return 3;
-    return lead < 0xF5 ? 4 : 0;
-}
-
-// The character at the front of `bytes`, which is taken away; kInvalid, and nothing taken, when it is not
-// UTF-8 in its shortest form or a surrogate.
-char32_t takeCharacter(std::string_view& bytes) {
-    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    const auto lead = static_cast<unsigned char>(bytes.front());
-    const std::size_t length = sequenceLength(lead);
-    if (length == 0 || length > bytes.size()) return kInvalid;
-    char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<unsigned char>(bytes[i]);
-        if ((next & 0xC0U) != 0x80) return kInvalid;
-        character = character << 6U | (next & 0x3FU);
-    }
-    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    if (character < kSmallest[length] || character > 0x10FFFF || surrogate) return kInvalid;
-    bytes.remove_prefix(length);
-    return character;
-}
-
-bool isUtf8(std::string_view bytes) {
-    while (!bytes.empty()) {
-        if (takeCharacter(bytes) == kInvalid) return false;
-    }
-    return true;
-}
 
 // The bytes that can be copied as they are.
 constexpr std::array<bool, 256> kPlain = [] {
@@ -136,7 +101,7 @@ void appendEscaped(std::string& xml, std::string_view bytes) {
         const auto next = static_cast<unsigned char>(bytes.front());
         if (next >= 0x80 && !utf8) utf8 = isUtf8(bytes);
         if (next >= 0x80 && *utf8) {
-            appendCharacter(xml, takeCharacter(bytes));
+            appendCharacter(xml, takeUtf8Character(bytes));
         } else {
             appendCharacter(xml, next);
             bytes.remove_prefix(1);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <system_error>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvah {
@@ -40,14 +41,6 @@ struct SipState {
     }
 };
 
-std::uint64_t littleEndian(std::string_view bytes) {
-    std::uint64_t word = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
-    }
-    return word;
-}
-
 void appendHex(std::string& text, std::uint64_t number) {
     for (int shift = 60; shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 0xFU];
 }
@@ -67,8 +60,8 @@ std::uint64_t sipHash(const std::array<std::uint64_t, 2>& key, std::string_view 
     SipState state{key[0] ^ 0x736f6d6570736575U, key[1] ^ 0x646f72616e646f6dU, key[0] ^ 0x6c7967656e657261U,
                    key[1] ^ 0x7465646279746573U};
     const std::uint64_t length = text.size();
-    for (; text.size() >= 8; text.remove_prefix(8)) state.absorb(littleEndian(text.substr(0, 8)));
-    state.absorb(littleEndian(text) | length << 56U);
+    for (; text.size() >= 8; text.remove_prefix(8)) state.absorb(littleEndian(text, 0, 8));
+    state.absorb(littleEndian(text, 0, text.size()) | length << 56U);
     state.v2 ^= 0xFFU;
     for (int i = 0; i < 4; ++i) state.round();
     return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvah {
@@ -71,28 +72,22 @@ constexpr std::array<std::string_view, 56> kPlaceholders = {
 // UUIDs that boards carry when nobody has given them one.
 constexpr std::string_view kSharedUuid = "03000200-0400-0500-0006-000700080009";
 
-constexpr char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameText(std::string_view text, std::string_view lowerCase) {
-    return std::ranges::equal(text, lowerCase, {}, lower);
-}
-
 // Whether the text is a row of one and the same character out of `fillers`, with dashes between: "00000000",
 // "........", "FFFFFFFF-FFFF-...". One character alone may well mean something.
 bool isFill(std::string_view text, std::string_view fillers) {
     if (text.size() < 2 || fillers.find(text.front()) == std::string_view::npos) return false;
-    return std::ranges::all_of(text, [&](char c) { return c == '-' || lower(c) == lower(text.front()); });
+    return std::ranges::all_of(
+        text, [&](char c) { return c == '-' || kest::asciiLower(c) == kest::asciiLower(text.front()); });
 }
 
 }  // namespace
 
 bool isPlaceholder(std::string_view text) {
     text = trimmed(text);
-    if (text.empty() || isFill(text, "0fFxX.-*_?") || sameText(text, kSharedUuid)) return true;
-    return std::ranges::any_of(kPlaceholders,
-                               [text](std::string_view entry) { return sameText(text, entry); });
+    if (text.empty() || isFill(text, "0fFxX.-*_?") || kest::equalsIgnoringCase(text, kSharedUuid))
+        return true;
+    return std::ranges::any_of(
+        kPlaceholders, [text](std::string_view entry) { return kest::equalsIgnoringCase(text, entry); });
 }
 
 }  // namespace toolkit::quorvah

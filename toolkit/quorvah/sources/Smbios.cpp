@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/quorvah/report/Report.h"
 
 namespace toolkit::quorvah {
@@ -12,13 +13,6 @@ namespace {
 constexpr std::size_t kHeaderLength = 4;
 constexpr unsigned kEndOfTable = 127;
 constexpr std::size_t kLargestTable = std::size_t{4} << 20;  // bytes; real ones have some thousand
-
-std::uint64_t littleEndian(std::string_view bytes) {
-    std::uint64_t number = 0;
-    for (std::size_t i = bytes.size(); i > 0; --i)
-        number = number << 8U | static_cast<unsigned char>(bytes[i - 1]);
-    return number;
-}
 
 // The version in an entry point of either form.
 std::string versionOf(std::string_view entryPoint) {
@@ -70,7 +64,7 @@ bool SmbiosStructure::has(std::size_t offset, std::size_t width) const {
 }
 
 std::uint64_t SmbiosStructure::number(std::size_t offset, std::size_t width) const {
-    return has(offset, width) ? littleEndian(formatted.substr(offset, width)) : 0;
+    return has(offset, width) ? littleEndian(formatted, offset, width) : 0;
 }
 
 std::string_view SmbiosStructure::string(std::size_t offset) const {

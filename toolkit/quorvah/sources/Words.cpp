@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvah {
@@ -24,10 +25,7 @@ std::string_view nextParameter(std::string_view& line) {
 }
 
 bool isSecret(std::string_view key) {
-    std::string lower(key);
-    std::ranges::transform(lower, lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    const std::string lower = kest::lowerCase(key);
     constexpr std::string_view kMarks[] = {"passw",      "passphrase", "secret", "token",
                                            "credential", "psk",        "apikey"};
     return std::ranges::any_of(

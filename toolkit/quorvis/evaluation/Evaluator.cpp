@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "toolkit/machine/text/SameText.h"
+#include "kest/Ascii.h"
 #include "toolkit/quorvis/evaluation/Planner.h"
 #include "toolkit/quorvis/evaluation/SignatureEvaluation.h"
 
@@ -37,7 +37,7 @@ void Evaluator::plan(std::span<const Signature> signatures) {
 }
 
 void Evaluator::evaluateOne(const Signature& signature) {
-    const bool explained = !explained_.empty() && sameButForCase(explained_, signature.guid);
+    const bool explained = !explained_.empty() && kest::equalsIgnoringCase(explained_, signature.guid);
     if (leaves_.holdTooMuch()) leaves_.forget();
     try {
         SignatureEvaluation(signature, presets_, leaves_, machine_.settings(), sink_, explained).run();

@@ -4,6 +4,7 @@
 #include <array>
 #include <vector>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvis {
@@ -68,10 +69,6 @@ bool isSpace(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
@@ -87,10 +84,10 @@ bool anyPartTells(std::string_view name, bool humps) {
     char before = '.';
     for (const char c : name) {
         const bool ends = c == '-' || c == '_' || c == '.';
-        const bool hump = humps && c != lower(c) && before == lower(before);
+        const bool hump = humps && c != kest::asciiLower(c) && before == kest::asciiLower(before);
         if ((ends || hump) && tells(part)) return true;
         if (ends || hump) part.clear();
-        if (!ends) part += lower(c);
+        if (!ends) part += kest::asciiLower(c);
         before = c;
     }
     return tells(part);
@@ -100,7 +97,7 @@ bool anyPartTells(std::string_view name, bool humps) {
 bool namesSecret(std::string_view name, bool humps = true) {
     while (name.starts_with('-')) name.remove_prefix(1);
     std::string small;
-    std::ranges::transform(name, std::back_inserter(small), lower);
+    std::ranges::transform(name, std::back_inserter(small), kest::asciiLower<char>);
     const auto isInside = [&](std::string_view text) { return small.find(text) != std::string::npos; };
     return std::ranges::any_of(kTellingTexts, isInside) || anyPartTells(name, humps);
 }

@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdint>
 
-#include "toolkit/machine/text/BigEndian.h"
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit::quorvis {
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvis {
@@ -311,8 +312,7 @@ std::string tidied(std::string_view path) {
         const std::string_view name = takeField(path, '/');
         if (!name.empty() && name != ".") tidy.append(1, '/').append(name);
     }
-    for (char& c : tidy) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return tidy;
+    return kest::lowerCase(tidy);
 }
 
 // Whether the path is that of a place, or lies below it.

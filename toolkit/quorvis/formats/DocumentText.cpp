@@ -11,51 +11,14 @@
 
 #include "kest/Descriptor.h"
 #include "tessa/Encoding.h"
+#include "toolkit/machine/text/Utf8.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-
 bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
-}
-
-// How many bytes at the front are ASCII.
-std::size_t asciiLength(std::string_view bytes) {
-    std::size_t length = 0;
-    for (; length + sizeof(std::uint64_t) <= bytes.size(); length += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes.data() + length, sizeof word);
-        if ((word & kHighBits) != 0) break;
-    }
-    while (length < bytes.size() && static_cast<unsigned char>(bytes[length]) < 0x80) ++length;
-    return length;
-}
-
-// The length of the character at the front, which is beyond ASCII; 0 when it is not UTF-8 in its shortest form or a
-// surrogate.
-std::size_t sequenceLength(std::string_view bytes) {
-    const auto lead = static_cast<unsigned char>(bytes.front());
-    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (length == 0 || length > bytes.size()) return 0;
-    if (!std::all_of(bytes.begin() + 1, bytes.begin() + length, isContinuation)) return 0;
-    const auto second = static_cast<unsigned char>(bytes[1]);
-    const bool tooLong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-    const bool surrogate = lead == 0xED && second >= 0xA0;
-    const bool tooLarge = lead == 0xF4 && second >= 0x90;
-    return tooLong || surrogate || tooLarge ? 0 : length;
-}
-
-bool isUtf8(std::string_view bytes) {
-    for (;;) {
-        bytes.remove_prefix(asciiLength(bytes));
-        if (bytes.empty()) return true;
-        const std::size_t length = sequenceLength(bytes);
-        if (length == 0) return false;
-        bytes.remove_prefix(length);
-    }
 }
 
 // False, with errno set, when the file cannot be read.

@@ -2,7 +2,7 @@
 #include <optional>
 #include <vector>
 
-#include "toolkit/quorvis/formats/LittleEndian.h"
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/quorvis/formats/ProductFacts.h"
 #include "toolkit/quorvis/formats/Utf16.h"
 

@@ -6,8 +6,8 @@
 #include <new>
 #include <optional>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Checked.h"
-#include "toolkit/quorvis/formats/LittleEndian.h"
 
 namespace toolkit::quorvis {
 

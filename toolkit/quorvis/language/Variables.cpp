@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "toolkit/machine/text/SameText.h"
+#include "kest/Ascii.h"
 #include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
 
@@ -27,7 +27,7 @@ const std::string* Presets::find(std::string_view name, std::string_view guid) c
     const auto [first, last] = byName_.equal_range(name);
     for (auto entry = first; entry != last; ++entry) {
         const PresetValue& value = *entry->second;
-        if (sameButForCase(value.guid, guid)) return &value.value;
+        if (kest::equalsIgnoringCase(value.guid, guid)) return &value.value;
         if (value.guid.empty()) forAll = &value.value;
     }
     return forAll;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "kest/Ascii.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/leaves/CapturedFields.h"
 #include "toolkit/quorvis/leaves/Machine.h"
@@ -9,11 +10,6 @@
 namespace toolkit::quorvis {
 
 namespace {
-
-bool sameIgnoringCase(std::string_view left, std::string_view right) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return std::ranges::equal(left, right, {}, lower, lower);
-}
 
 // What is true of the file as a whole: none when it fails the tests.
 std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::string& path,
@@ -30,7 +26,7 @@ std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::
         std::ranges::find(dynamic.needed, query.get(Attribute::Needed)) == dynamic.needed.end())
         return std::nullopt;
     const std::string buildId = elf.buildId();
-    if (query.has(Attribute::BuildId) && !sameIgnoringCase(buildId, query.get(Attribute::BuildId)))
+    if (query.has(Attribute::BuildId) && !kest::equalsIgnoringCase(buildId, query.get(Attribute::BuildId)))
         return std::nullopt;
 
     Item item;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 
+#include "kest/Ascii.h"
 #include "toolkit/quorvis/facts/Accounts.h"
 #include "toolkit/quorvis/leaves/Machine.h"
 
@@ -19,14 +20,6 @@ std::optional<std::uint64_t> parsed(std::string_view text, int base) {
     return value;
 }
 
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lower;
-}
-
 bool isOrAny(const std::optional<std::uint64_t>& wanted, std::uint64_t value) {
     return !wanted || *wanted == value;
 }
@@ -38,7 +31,7 @@ FileTests::FileTests(const Query& query, Machine& machine, LeafResult& result)
       minSize_(number(query, Attribute::MinSize, 10, result)),
       maxSize_(number(query, Attribute::MaxSize, 10, result)),
       mode_(number(query, Attribute::Mode, 8, result)),
-      sha256_(lowerCase(query.get(Attribute::Sha256))) {
+      sha256_(kest::lowerCase(query.get(Attribute::Sha256))) {
     readKind(query, result);
     readOwner(query, machine, result);
 }

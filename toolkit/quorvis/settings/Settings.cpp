@@ -6,8 +6,8 @@
 #include <optional>
 #include <string_view>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/machine/text/SameText.h"
 
 namespace toolkit::quorvis {
 
@@ -41,7 +41,7 @@ std::optional<unsigned> shiftOf(std::string_view unit) {
         {{"", 0}, {"k", 10}, {"m", 20}, {"g", 30}}};
     for (const auto& [letter, shift] : kUnits) {
         for (const std::string_view tail : {"", "b", "ib"}) {
-            if (sameButForCase(unit, std::string(letter).append(tail))) return shift;
+            if (kest::equalsIgnoringCase(unit, std::string(letter).append(tail))) return shift;
         }
     }
     return std::nullopt;
@@ -58,7 +58,7 @@ bool setSize(std::uint64_t& target, std::string_view text) {
 bool setSeconds(std::chrono::seconds& target, std::string_view text) {
     constexpr std::uint64_t kMost = 604'800;  // a week
     const std::optional<std::uint64_t> number = takeNumber(text);
-    if (!number || !(text.empty() || sameButForCase(text, "s")) || *number == 0 || *number > kMost)
+    if (!number || !(text.empty() || kest::equalsIgnoringCase(text, "s")) || *number == 0 || *number > kMost)
         return false;
     target = std::chrono::seconds(*number);
     return true;
@@ -66,8 +66,11 @@ bool setSeconds(std::chrono::seconds& target, std::string_view text) {
 
 bool setBoolean(bool& target, std::string_view text) {
     text = trimmed(text);
-    const bool yes = sameButForCase(text, "true") || sameButForCase(text, "yes") || text == "1";
-    if (!yes && !sameButForCase(text, "false") && !sameButForCase(text, "no") && text != "0") return false;
+    const bool yes =
+        kest::equalsIgnoringCase(text, "true") || kest::equalsIgnoringCase(text, "yes") || text == "1";
+    if (!yes && !kest::equalsIgnoringCase(text, "false") && !kest::equalsIgnoringCase(text, "no") &&
+        text != "0")
+        return false;
     target = yes;
     return true;
 }
@@ -96,8 +99,7 @@ bool addTypes(std::vector<std::string>& target, std::string_view text) {
     while (!text.empty()) {
         std::string_view field = takeField(text, ',');
         for (std::string_view word = nextWord(field); !word.empty(); word = nextWord(field)) {
-            std::string name;
-            for (const char c : word) name += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+            std::string name = kest::lowerCase(word);
             if (!isPackageType(name)) return false;
             added.push_back(std::move(name));
         }
@@ -107,14 +109,14 @@ bool addTypes(std::vector<std::string>& target, std::string_view text) {
 }
 
 bool setDevices(bool& target, std::string_view text) {
-    if (!sameButForCase(trimmed(text), "local")) return setBoolean(target, text);
+    if (!kest::equalsIgnoringCase(trimmed(text), "local")) return setBoolean(target, text);
     target = true;
     return true;
 }
 
 bool setOnInvalid(bool& skip, std::string_view text) {
-    skip = sameButForCase(trimmed(text), "skip");
-    return skip || sameButForCase(trimmed(text), "fail");
+    skip = kest::equalsIgnoringCase(trimmed(text), "skip");
+    return skip || kest::equalsIgnoringCase(trimmed(text), "fail");
 }
 
 constexpr std::string_view kBoolean = "true or false";
@@ -184,9 +186,9 @@ constexpr Row kRows[] = {
 std::string apply(const PluginSetting& given, Settings& settings) {
     bool knownPlugin = false;
     for (const Row& row : kRows) {
-        if (!sameButForCase(row.plugin, given.plugin)) continue;
+        if (!kest::equalsIgnoringCase(row.plugin, given.plugin)) continue;
         knownPlugin = true;
-        if (!sameButForCase(row.attribute, given.attribute)) continue;
+        if (!kest::equalsIgnoringCase(row.attribute, given.attribute)) continue;
         Settings changed = settings;
         if (!row.apply(changed, given.value)) {
             return std::string("\"").append(given.value).append("\" is not ").append(row.expected);

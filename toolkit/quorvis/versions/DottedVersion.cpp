@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "kest/Ascii.h"
 #include "toolkit/quorvis/versions/VersionSchemes.h"
 
 namespace toolkit::quorvis {
@@ -21,14 +22,10 @@ Part takePart(std::string_view& text) {
     return {takeNumber(text), false};
 }
 
-char inSmall(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::weak_ordering compareLetters(std::string_view left, std::string_view right) {
     return std::lexicographical_compare_three_way(
         left.begin(), left.end(), right.begin(), right.end(),
-        [](char l, char r) -> std::weak_ordering { return inSmall(l) <=> inSmall(r); });
+        [](char l, char r) -> std::weak_ordering { return kest::asciiLower(l) <=> kest::asciiLower(r); });
 }
 
 std::weak_ordering compareParts(const Part& left, const Part& right) {
@@ -42,7 +39,7 @@ std::weak_ordering compareParts(const Part& left, const Part& right) {
 std::string_view withoutPrefix(std::string_view version) {
     if (std::ranges::none_of(version, isDigit)) return {};
     takeRun(version, separates);
-    if (inSmall(version.front()) == 'v' && isDigit(version[1])) version.remove_prefix(1);
+    if (kest::asciiLower(version.front()) == 'v' && isDigit(version[1])) version.remove_prefix(1);
     return version;
 }
 

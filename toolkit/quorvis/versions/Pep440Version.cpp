@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/versions/VersionSchemes.h"
 
@@ -141,19 +142,11 @@ std::weak_ordering compareLocals(std::string_view left, std::string_view right) 
     return !left.empty() <=> !right.empty();
 }
 
-std::string inSmallLetters(std::string_view text) {
-    std::string small(text);
-    for (char& c : small) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return small;
-}
-
 }  // namespace
 
 VersionOrder comparePep440(std::string_view left, std::string_view right) {
-    const std::string leftText = inSmallLetters(left);
-    const std::string rightText = inSmallLetters(right);
+    const std::string leftText = kest::lowerCase(left);
+    const std::string rightText = kest::lowerCase(right);
     const std::optional<Parts> l = partsOf(leftText);
     const std::optional<Parts> r = partsOf(rightText);
     if (!l || !r) return {};
