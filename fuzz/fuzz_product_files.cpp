@@ -23,7 +23,7 @@ void must(bool holds) {
     if (!holds) std::abort();
 }
 
-void readProgram(const quorvis::FileParts& file) {
+void readProgram(const quorvis::RandomAccessFile& file) {
     bool damaged = false;
     const auto elf = quorvis::ElfFile::open(file, damaged);
     if (!elf) return;
@@ -36,7 +36,7 @@ void readProgram(const quorvis::FileParts& file) {
     }
 }
 
-void readArchive(const quorvis::FileParts& file) {
+void readArchive(const quorvis::RandomAccessFile& file) {
     std::vector<quorvis::ZipMember> members;
     quorvis::listZip(
         file, [](std::string_view name) { return !name.ends_with(".class"); }, members);
@@ -46,7 +46,7 @@ void readArchive(const quorvis::FileParts& file) {
     }
 }
 
-void readProducts(const quorvis::FileParts& file) {
+void readProducts(const quorvis::RandomAccessFile& file) {
     std::string damage;
     quorvis::readJar(file, damage);
     quorvis::readWindowsProgram(file, damage);
@@ -69,7 +69,8 @@ void readTexts(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const zavfuzz::MemoryFile memory(data, size);
-    const quorvis::FileParts file(kest::Descriptor(::open(memory.path().c_str(), O_RDONLY | O_CLOEXEC)));
+    const quorvis::RandomAccessFile file(
+        kest::Descriptor(::open(memory.path().c_str(), O_RDONLY | O_CLOEXEC)));
     readProgram(file);
     readArchive(file);
     readProducts(file);

@@ -44,10 +44,10 @@ class Evaluation : public testing::Test {
         read_ = readSignatureFile(path, settings_);
         for (const std::string& problem : read_.problems) ADD_FAILURE() << problem;
         root_.emplace(tree_.path().string());
-        machine_.emplace(*root_, settings_);
+        context_.emplace(*root_, settings_);
         presets_.emplace(given_);
         sink_.matches.clear();
-        evaluator_.emplace(*presets_, *machine_, sink_);
+        evaluator_.emplace(*presets_, *context_, sink_);
         evaluator_->explain(explained_);
         evaluator_->evaluate(read_.signatures);
         return sink_.matches;
@@ -74,7 +74,7 @@ class Evaluation : public testing::Test {
     std::string explained_;
     EventList events_;
     EvaluationCollector sink_{events_};
-    std::optional<Machine> machine_;
+    std::optional<EvaluationContext> context_;
     std::optional<Evaluator> evaluator_;
 
   private:

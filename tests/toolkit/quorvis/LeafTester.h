@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
 
@@ -55,8 +55,8 @@ class LeafTester {
             leaf_->attributes.push_back({attribute, Template()});
             values.push_back(std::move(value));
         }
-        Machine machine(root, settings);
-        return lookUp(Query(*leaf_, std::move(values)), machine);
+        EvaluationContext context(root, settings);
+        return lookUp(Query(*leaf_, std::move(values)), context);
     }
 
     std::unique_ptr<Leaf> leaf_;

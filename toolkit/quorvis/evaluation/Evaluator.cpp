@@ -12,7 +12,7 @@ void Evaluator::evaluate(std::span<const Signature> signatures, std::size_t firs
     leaves_.expect(signatures);
     plan(signatures.subspan(first));
     for (std::size_t i = first; i < signatures.size(); ++i) {
-        if (machine_.late()) {
+        if (context_.budget().expired()) {
             sink_.onEvent({EventCode::Deadline,
                            {},
                            "the time limit was reached: " + std::to_string(signatures.size() - i) +
@@ -29,10 +29,10 @@ void Evaluator::evaluate(std::span<const Signature> signatures, std::size_t firs
 // Without a plan each signature asks for itself, which only takes longer.
 void Evaluator::plan(std::span<const Signature> signatures) {
     try {
-        Planner(presets_, leaves_, machine_).plan(signatures);
+        Planner(presets_, leaves_, context_).plan(signatures);
     } catch (const std::bad_alloc&) {
         leaves_.forget();
-        machine_.forget();
+        context_.releaseMemory();
     }
 }
 
@@ -40,10 +40,10 @@ void Evaluator::evaluateOne(const Signature& signature) {
     const bool explained = !explained_.empty() && kest::equalsIgnoringCase(explained_, signature.guid);
     if (leaves_.holdTooMuch()) leaves_.forget();
     try {
-        SignatureEvaluation(signature, presets_, leaves_, machine_.settings(), sink_, explained).run();
+        SignatureEvaluation(signature, presets_, leaves_, context_.settings(), sink_, explained).run();
     } catch (const std::bad_alloc&) {
         leaves_.forget();
-        machine_.forget();
+        context_.releaseMemory();
         const std::string guid(signature.guid);
         sink_.onEvent({EventCode::LimitMemory, {}, "takes more memory than is allowed", guid, {}});
         sink_.onEvent({EventCode::Unresolved, {}, "whether the signature matches is unknown", guid, {}});

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "toolkit/quorvis/leaves/Leaves.h"
+#include "toolkit/quorvis/leaves/LeafCache.h"
 #include "toolkit/quorvis/report/EvaluationSink.h"
 
 namespace toolkit::quorvis {
@@ -13,8 +13,8 @@ namespace toolkit::quorvis {
 class Evaluator {
   public:
     // REQUIRES: all outlive the evaluator.
-    Evaluator(const Presets& presets, Machine& machine, EvaluationSink& sink)
-        : presets_(presets), machine_(machine), sink_(sink), leaves_(machine) {}
+    Evaluator(const Presets& presets, EvaluationContext& context, EvaluationSink& sink)
+        : presets_(presets), context_(context), sink_(sink), leaves_(context) {}
 
     // Tells the matches in the order of the signatures, then of the items. Those before `first` are passed over.
     // Memory that runs out leaves the one signature unknown that it runs out for.
@@ -28,9 +28,9 @@ class Evaluator {
     void plan(std::span<const Signature> signatures);
 
     const Presets& presets_;
-    Machine& machine_;
+    EvaluationContext& context_;
     EvaluationSink& sink_;
-    Leaves leaves_;
+    LeafCache leaves_;
     std::string explained_;
 };
 

@@ -13,7 +13,7 @@ bool isCheap(LeafKind kind) {
 void Planner::plan(std::span<const Signature> signatures) {
     for (const Signature& signature : signatures) announceNames(signature);
     for (const Signature& signature : signatures) add(signature);
-    if (!walks_.empty()) machine_.walkAhead(std::move(walks_));
+    if (!walks_.empty()) context_.tree().searchAhead(std::move(walks_));
 }
 
 void Planner::announceNames(const Signature& signature) {
@@ -21,9 +21,9 @@ void Planner::announceNames(const Signature& signature) {
     for (const Leaf& leaf : signature.leaves) {
         if (leaf.kind != LeafKind::Package) continue;
         std::string_view missing;
-        const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+        const std::optional<Query> query = LeafCache::query(leaf, scope, missing);
         if (query && query->has(Attribute::NameRegex))
-            machine_.packages().announce(query->get(Attribute::NameRegex));
+            context_.packages().announce(query->get(Attribute::NameRegex));
     }
 }
 
@@ -58,16 +58,16 @@ Truth Planner::foresee(const Signature& signature, const Scope& scope, const Con
 void Planner::announceContent(const Query& query) {
     // Of a part of a file the filter knows nothing.
     if (query.has(Attribute::MaxBytes)) return;
-    machine_.contentFilters().announce(std::string(query.get(Attribute::Path)), query.get(Attribute::Regex),
+    context_.contentFilters().announce(std::string(query.get(Attribute::Path)), query.get(Attribute::Regex),
                                        query.get(Attribute::Flags));
 }
 
 Truth Planner::foresee(const Leaf& leaf, const Scope& scope) {
     std::string_view missing;
-    const std::optional<Query> query = Leaves::query(leaf, scope, missing);
+    const std::optional<Query> query = LeafCache::query(leaf, scope, missing);
     if (!query) return Truth::Unknown;
     if (isCheap(leaf.kind)) return truthOf(leaf, leaves_.result(*query));
-    if (leaf.kind == LeafKind::Glob) walks_.push_back(globRequest(*query));
+    if (leaf.kind == LeafKind::Glob) walks_.push_back(globRequestOf(*query));
     if (leaf.kind == LeafKind::Content) announceContent(*query);
     return Truth::Unknown;
 }

@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "toolkit/quorvis/leaves/Leaves.h"
+#include "toolkit/quorvis/leaves/LeafCache.h"
 
 namespace toolkit::quorvis {
 
@@ -11,8 +11,8 @@ namespace toolkit::quorvis {
 // for all of them. Leaves that cost little are looked up meanwhile: what they have decided asks for nothing more.
 class Planner {
   public:
-    Planner(const Presets& presets, Leaves& leaves, Machine& machine)
-        : presets_(presets), leaves_(leaves), machine_(machine) {}
+    Planner(const Presets& presets, LeafCache& leaves, EvaluationContext& context)
+        : presets_(presets), leaves_(leaves), context_(context) {}
 
     // Tells the machine what these signatures will ask.
     void plan(std::span<const Signature> signatures);
@@ -27,12 +27,9 @@ class Planner {
     void announceContent(const Query& query);
 
     const Presets& presets_;
-    Leaves& leaves_;
-    Machine& machine_;
+    LeafCache& leaves_;
+    EvaluationContext& context_;
     std::vector<GlobRequest> walks_;
 };
-
-// What a query of a Glob leaf asks of the walk.
-GlobRequest globRequest(const Query& query);
 
 }  // namespace toolkit::quorvis

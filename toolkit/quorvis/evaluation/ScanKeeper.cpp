@@ -47,7 +47,7 @@ class Keeper {
         while (open && !done_ && reason.empty()) {
             const Clock::time_point now = Clock::now();
             late_ = now >= end_;
-            if (late_ || worker.pulse().isLateBy(kGrace)) {
+            if (late_ || worker.tail().deadline.isLateBy(kGrace)) {
                 reason = "it took too long";
                 worker.kill();
             } else if (worker.waitForInput(std::min(Clock::duration(kLookEvery), end_ - now))) {
@@ -56,8 +56,8 @@ class Keeper {
         }
         if (reason.empty()) reason = worker.join();
         take(worker.rest());
-        begun_ = worker.pulse().begun;
-        guid_ = worker.pulse().guid.data();
+        begun_ = worker.tail().begun;
+        guid_ = worker.tail().guid.data();
         return done_ ? std::string() : reason;
     }
 

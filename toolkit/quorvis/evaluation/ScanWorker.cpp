@@ -37,9 +37,9 @@ class Report : public EvaluationSink {
     Report(int pipe, ScanTail& tail) : pipe_(pipe), tail_(tail) {}
 
     void onBegin(std::size_t index, std::string_view guid) override {
-        const std::size_t length = std::min(guid.size(), tail_.pulse.guid.size() - 1);
-        *std::copy_n(guid.begin(), length, tail_.pulse.guid.begin()) = '\0';
-        tail_.pulse.begun = index + 1;
+        const std::size_t length = std::min(guid.size(), tail_.guid.size() - 1);
+        *std::copy_n(guid.begin(), length, tail_.guid.begin()) = '\0';
+        tail_.begun = index + 1;
     }
     void onMatch(const Match& match) override {
         std::string element;
@@ -75,7 +75,7 @@ class Report : public EvaluationSink {
         std::memcpy(tail_.bytes.data() + tail_.used, bytes.data(), bytes.size());
         tail_.used += bytes.size();
     }
-    ScanPulse& pulse() { return tail_.pulse; }
+    SharedDeadline& deadline() { return tail_.deadline; }
     void flush() {
         const std::size_t used = tail_.used;
         write({tail_.bytes.data(), used});
@@ -133,12 +133,12 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
     report.send({Kind::Signatures, file.signatures.size(), {}});
 
     const Presets presets(withOwnVariables(job.presets, job.root));
-    Machine machine(job.root, job.settings, job.start);
-    machine.effort().showIn(report.pulse());
-    if (!attempt.walks) machine.refuseWalks();
-    if (!attempt.together) machine.refuseFilters();
-    machine.files().keepSumsIn(hashes);
-    Evaluator evaluator(presets, machine, report);
+    EvaluationContext context(job.root, job.settings, job.start);
+    context.budget().publishDeadline(report.deadline());
+    if (!attempt.walks) context.tree().refuseWalks();
+    if (!attempt.together) context.contentFilters().turnOff();
+    context.files().keepSumsIn(hashes);
+    Evaluator evaluator(presets, context, report);
     evaluator.explain(job.options.explain);
     evaluator.evaluate(file.signatures, attempt.first);
     report.onEvents(hashes.save());

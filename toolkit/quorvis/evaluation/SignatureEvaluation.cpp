@@ -191,7 +191,7 @@ const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
         return known;
     }
     std::string_view missing;
-    const std::optional<Query> query = Leaves::query(leaf, scope_, missing);
+    const std::optional<Query> query = LeafCache::query(leaf, scope_, missing);
     if (!query) {
         report(EventCode::UndefinedVariable, "the variable \"" + std::string(missing) + "\" has no value",
                labelOf(leaf));

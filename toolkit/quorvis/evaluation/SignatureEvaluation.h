@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "toolkit/quorvis/leaves/Leaves.h"
+#include "toolkit/quorvis/leaves/LeafCache.h"
 #include "toolkit/quorvis/report/EvaluationSink.h"
 
 namespace toolkit::quorvis {
@@ -13,7 +13,7 @@ namespace toolkit::quorvis {
 class SignatureEvaluation {
   public:
     // `explained` when somebody wants to read how it went.
-    SignatureEvaluation(const Signature& signature, const Presets& presets, Leaves& leaves,
+    SignatureEvaluation(const Signature& signature, const Presets& presets, LeafCache& leaves,
                         const Settings& settings, EvaluationSink& sink, bool explained)
         : signature_(signature),
           leaves_(leaves),
@@ -44,7 +44,7 @@ class SignatureEvaluation {
     void explain(std::string text, Truth truth);
 
     const Signature& signature_;
-    Leaves& leaves_;
+    LeafCache& leaves_;
     const Settings& settings_;
     EvaluationSink& sink_;
     bool explained_;

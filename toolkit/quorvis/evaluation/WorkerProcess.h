@@ -24,7 +24,7 @@ class WorkerProcess {
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
 
-    const ScanPulse& pulse() const { return tail_->pulse; }
+    const ScanTail& tail() const { return *tail_; }
 
     // False when nothing has come for so long.
     bool waitForInput(std::chrono::steady_clock::duration time) const;

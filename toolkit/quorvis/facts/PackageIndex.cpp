@@ -7,7 +7,6 @@
 #include <tuple>
 #include <utility>
 
-#include "toolkit/quorvis/leaves/Machine.h"
 #include "toolkit/quorvis/regex/PlainRegex.h"
 #include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/regex/RegexSet.h"
@@ -88,10 +87,10 @@ std::string requiredPrefix(std::string_view pattern) {
 
 }  // namespace
 
-void PackageIndex::load(Machine& machine) {
+void PackageIndex::load() {
     if (std::exchange(loaded_, true)) return;
     try {
-        loadAll(machine);
+        loadAll();
     } catch (const std::bad_alloc&) {
         rows_ = {};
         for (const PackageType type : kPackageTypes) {
@@ -102,26 +101,25 @@ void PackageIndex::load(Machine& machine) {
     }
 }
 
-void PackageIndex::loadAll(Machine& machine) {
-    texts_.endAt(machine.effort().endOfLeaf());
-    const Settings::Packages& settings = machine.settings().packages;
-    const std::vector<PackageType> types = wantedTypes(settings);
+void PackageIndex::loadAll() {
+    texts_.endAt(budget_.currentDeadline());
+    const std::vector<PackageType> types = wantedTypes(settings_);
     for (const PackageType type : types) {
         const bool first = type == types.front();
-        loadType(type, first ? settings.database : std::string(), machine.root());
+        loadType(type, first ? settings_.database : std::string());
     }
     if (!std::ranges::is_sorted(rows_, before)) std::ranges::sort(rows_, before);
 }
 
-void PackageIndex::loadType(PackageType type, const std::string& database, const Root& root) {
-    const int denials = root.denials();
+void PackageIndex::loadType(PackageType type, const std::string& database) {
+    const int denials = root_.denials();
     const PackageDatabase read =
-        visitPackages(type, root, database, texts_, [this](const InstalledPackage& package) {
+        visitPackages(type, root_, database, texts_, [this](const InstalledPackage& package) {
             rows_.push_back({package.type, package.name, package.version, package.epoch, package.upstream,
                              package.release, package.architecture, package.source, package.branch,
                              package.database});
         });
-    if (root.denials() > denials) {
+    if (root_.denials() > denials) {
         damages_.push_back(
             {type, Event{EventCode::Permission,
                          database,
@@ -139,16 +137,16 @@ void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database)
     damages_.push_back({type, Event{codeOf(database.damage), database.path, std::move(text), {}, {}}});
 }
 
-std::span<const Row> PackageIndex::named(std::string_view name, Machine& machine) {
-    load(machine);
+std::span<const Row> PackageIndex::named(std::string_view name) {
+    load();
     const auto first = std::ranges::lower_bound(rows_, name, {}, &Row::name);
     auto end = first;
     while (end != rows_.end() && end->name == name) ++end;
     return {first, end};
 }
 
-std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex, Machine& machine) {
-    load(machine);
+std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex) {
+    load();
     const std::string prefix = requiredPrefix(regex.pattern());
     const auto startOf = [&](const Row& row) { return row.name.substr(0, prefix.size()); };
     std::vector<const Row*> rows;
@@ -166,8 +164,8 @@ void PackageIndex::announce(std::string_view regex) {
     if (groups && *groups <= kMostGroups) announced_.emplace_back(regex);
 }
 
-const std::vector<const Row*>* PackageIndex::announced(std::string_view regex, Machine& machine) {
-    load(machine);
+const std::vector<const Row*>* PackageIndex::announced(std::string_view regex) {
+    load();
     if (!announced_.empty()) matchAnnounced();
     const auto found = matches_.find(std::string(regex));
     return found == matches_.end() ? nullptr : &found->second;
@@ -197,17 +195,19 @@ void PackageIndex::matchTogether(std::span<const std::string_view> regexes) {
     for (std::size_t i = 0; i < regexes.size(); ++i) matches_.emplace(regexes[i], std::move(matches[i]));
 }
 
-void PackageIndex::tellDamage(std::optional<PackageType> type, LeafResult& result) {
+bool PackageIndex::takeDamage(std::optional<PackageType> type, std::vector<Event>& events) {
+    bool damaged = false;
     for (Damage& damage : damages_) {
         if (type && *type != damage.type) continue;
-        result.incomplete = true;
-        if (damage.event) result.events.push_back(std::move(*damage.event));
+        damaged = true;
+        if (damage.event) events.push_back(std::move(*damage.event));
         damage.event.reset();
     }
+    return damaged;
 }
 
-std::string PackageIndex::purl(const Row& row, Machine& machine) {
-    if (!distribution_) distribution_ = distributionId(machine.root());
+std::string PackageIndex::purl(const Row& row) {
+    if (!distribution_) distribution_ = distributionId(root_);
     InstalledPackage package;
     package.type = row.type;
     package.name = row.name;

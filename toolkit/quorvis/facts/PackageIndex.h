@@ -7,8 +7,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "toolkit/machine/files/Root.h"
 #include "toolkit/machine/packages/Packages.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
+#include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace re2 {
 class RE2;
@@ -16,11 +19,8 @@ class RE2;
 
 namespace toolkit::quorvis {
 
-class Machine;
-
-// The installed packages of the machine, found by name. They are read on the first question, from the databases of the
-// types that the settings name; the setting "database" says where that of the first of these types lies, of dpkg when
-// no type is named.
+// The installed packages, found by name. They are read on the first lookup, from the databases of the types that the
+// settings name. The setting "database" gives the place of the first type's database, of dpkg's when no type is named.
 class PackageIndex {
   public:
     struct Row {
@@ -36,34 +36,42 @@ class PackageIndex {
         std::string_view database;
     };
 
-    // Sorted by name, version, architecture and type; `name` is the whole name, an expression may match anywhere in it.
-    std::span<const Row> named(std::string_view name, Machine& machine);
-    std::vector<const Row*> matching(const re2::RE2& regex, Machine& machine);
+    // REQUIRES: all arguments outlive this.
+    PackageIndex(const Root& root, const Settings::Packages& settings, const LookupBudget& budget)
+        : root_(root), settings_(settings), budget_(budget) {}
 
-    // Tells beforehand that an expression will be asked for, so that many are matched in one pass of the names.
+    // The packages with exactly this name, sorted by version, architecture and type.
+    std::span<const Row> named(std::string_view name);
+    // The packages whose names the regex matches anywhere, sorted by name, version, architecture and type.
+    std::vector<const Row*> matching(const re2::RE2& regex);
+
+    // Says that a regex will be used, so that many are matched in one pass over the names.
     void announce(std::string_view regex);
-    // The packages that an announced expression matches. Null when it is to be matched alone.
-    const std::vector<const Row*>* announced(std::string_view regex, Machine& machine);
+    // The packages that an announced regex matches. Null when matching() must be used for this regex.
+    const std::vector<const Row*>* announced(std::string_view regex);
 
-    // Leaves the result incomplete when packages of this type, or of any, may be missing here. Only the first one who
-    // asks is told why. REQUIRES: the packages were asked for.
-    void tellDamage(std::optional<PackageType> type, LeafResult& result);
+    // Whether packages of this type, or of any without one, may be missing. The first call that finds it so appends the
+    // reason to the events. REQUIRES: packages have been looked up.
+    bool takeDamage(std::optional<PackageType> type, std::vector<Event>& events);
 
-    std::string purl(const Row& row, Machine& machine);
+    std::string purl(const Row& row);
 
   private:
     struct Damage {
         PackageType type{};
-        std::optional<Event> event;  // none when it was told
+        std::optional<Event> event;  // none when it has been taken
     };
 
-    void load(Machine& machine);
-    void loadAll(Machine& machine);
-    void loadType(PackageType type, const std::string& database, const Root& root);
+    void load();
+    void loadAll();
+    void loadType(PackageType type, const std::string& database);
     void matchAnnounced();
     void matchTogether(std::span<const std::string_view> regexes);
     void noteDamage(PackageType type, const PackageDatabase& database);
 
+    const Root& root_;
+    const Settings::Packages& settings_;
+    const LookupBudget& budget_;
     bool loaded_ = false;
     PackageTexts texts_;
     std::vector<Row> rows_;

@@ -16,7 +16,6 @@
 #include "kest/Descriptor.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/facts/SecretArguments.h"
-#include "toolkit/quorvis/leaves/Machine.h"
 
 namespace toolkit::quorvis {
 
@@ -92,15 +91,15 @@ std::string_view Process::name() const {
     return std::string_view(exe).substr(exe.rfind('/') + 1);
 }
 
-const std::vector<Process>& Processes::processes(Machine& machine) {
-    if (!std::exchange(isRead_, true)) readAsFarAsAllowed(machine);
+const std::vector<Process>& Processes::processes() {
+    if (!std::exchange(isRead_, true)) readWithinLimits();
     return processes_;
 }
 
-void Processes::readAsFarAsAllowed(Machine& machine) {
+void Processes::readWithinLimits() {
     try {
-        read(machine);
-    } catch (const OverContract& over) {
+        read();
+    } catch (const BudgetExceeded& over) {
         note(over.code, "/proc", "not all processes were looked at: " + over.text);
     } catch (const std::bad_alloc&) {
         processes_ = {};
@@ -108,30 +107,30 @@ void Processes::readAsFarAsAllowed(Machine& machine) {
     }
 }
 
-void Processes::read(Machine& machine) {
-    const Root& root = machine.root();
-    if (!machine.settings().processes.enabled) {
+void Processes::read() {
+    if (!settings_.enabled) {
         note(EventCode::Config, {}, "processes are not looked at: the configuration forbids it");
         return;
     }
-    if (!root.live()) {
+    if (!root_.live()) {
         note(EventCode::Unsupported, {}, "processes are not looked at below a root");
         return;
     }
-    const std::map<std::uint32_t, std::string> names = userNames(root);
+    const std::map<std::uint32_t, std::string> names = userNames(root_);
     std::size_t held = 0;
-    for (const std::string& entry : root.list("/proc")) {
+    for (const std::string& entry : root_.list("/proc")) {
         int pid = 0;
         const auto [end, error] = std::from_chars(entry.data(), entry.data() + entry.size(), pid);
         if (error != std::errc() || end != entry.data() + entry.size()) continue;
-        std::optional<Process> process = readProcess(root, pid, "/proc/" + entry);
+        std::optional<Process> process = readProcess(root_, pid, "/proc/" + entry);
         if (!process) continue;
         const auto name = names.find(process->uid);
         process->user = name == names.end() ? std::to_string(process->uid) : name->second;
         held += process->args.size() + process->exe.size() + sizeof *process;
         processes_.push_back(std::move(*process));
-        machine.effort().watchTimeNowAndThen();
-        if (held > kMostBytes) throw OverContract(EventCode::LimitBytes, "there is too much to know of them");
+        budget_.checkTimeOccasionally();
+        if (held > kMostBytes)
+            throw BudgetExceeded(EventCode::LimitBytes, "there is too much to know of them");
     }
     std::ranges::sort(processes_, {}, &Process::pid);
     // A mount option of /proc hides the processes of other users, the first one among them.

@@ -5,11 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace toolkit::quorvis {
-
-class Machine;
 
 struct Process {
     int pid = 0;
@@ -29,18 +30,25 @@ struct Process {
 // The running processes of the machine, read from /proc once.
 class Processes {
   public:
+    // REQUIRES: all arguments outlive this.
+    Processes(const Root& root, const Settings::Processes& settings, LookupBudget& budget)
+        : root_(root), settings_(settings), budget_(budget) {}
+
     // Sorted by pid.
-    const std::vector<Process>& processes(Machine& machine);
+    const std::vector<Process>& processes();
 
     // Of reading them; whether some could not be seen.
     const std::vector<Event>& events() const { return events_; }
     bool incomplete() const { return !events_.empty(); }
 
   private:
-    void readAsFarAsAllowed(Machine& machine);
-    void read(Machine& machine);
+    void readWithinLimits();
+    void read();
     void note(EventCode code, std::string path, std::string text);
 
+    const Root& root_;
+    const Settings::Processes& settings_;
+    LookupBudget& budget_;
     bool isRead_ = false;
     std::vector<Process> processes_;
     std::vector<Event> events_;

@@ -6,8 +6,6 @@
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/formats/XmlEvents.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
 
 namespace toolkit::quorvis {
 
@@ -42,7 +40,7 @@ class TagReader : public XmlEvents {
         if (depth_ == 1) {
             isTag_ = name == "SoftwareIdentity";
             const auto get = [&](std::string_view attribute) {
-                return attributes.get(attribute).substr(0, kLongestValue);
+                return attributes.get(attribute).substr(0, kMaxValueSize);
             };
             tag_.tagId = get("tagId");
             tag_.name = get("name");
@@ -89,15 +87,15 @@ std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem,
     return std::nullopt;
 }
 
-const std::vector<SwidTag>& SwidTags::tags(Machine& machine) {
-    if (!std::exchange(isRead_, true)) readAsFarAsAllowed(machine);
+const std::vector<SwidTag>& SwidTags::tags() {
+    if (!std::exchange(isRead_, true)) readWithinLimits();
     return tags_;
 }
 
-void SwidTags::readAsFarAsAllowed(Machine& machine) {
+void SwidTags::readWithinLimits() {
     try {
-        read(machine);
-    } catch (const OverContract& over) {
+        read();
+    } catch (const BudgetExceeded& over) {
         note(over.code, {}, "not all SWID tags were read: " + over.text);
     } catch (const std::bad_alloc&) {
         tags_ = {};
@@ -109,61 +107,58 @@ void SwidTags::readAsFarAsAllowed(Machine& machine) {
     tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
 }
 
-void SwidTags::read(Machine& machine) {
-    const Settings::Swid& settings = machine.settings().swid;
-    if (!settings.enabled) {
+void SwidTags::read() {
+    if (!settings_.swid.enabled) {
         note(EventCode::Config, {}, "SWID tags are not looked at: the configuration forbids it");
         return;
     }
-    for (const std::string_view directory : kUsualDirectories)
-        readDirectory(std::string(directory), true, machine);
-    for (const std::string& name : namesIn("/opt", machine))
-        readDirectory("/opt/" + name + "/swidtag", true, machine);
-    for (const std::string& directory : settings.directories) readDirectory(directory, true, machine);
+    for (const std::string_view directory : kUsualDirectories) readDirectory(std::string(directory), true);
+    for (const std::string& name : namesIn("/opt")) readDirectory("/opt/" + name + "/swidtag", true);
+    for (const std::string& directory : settings_.swid.directories) readDirectory(directory, true);
 }
 
 // None when there is no such directory; what may not be listed is told.
-std::vector<std::string> SwidTags::namesIn(const std::string& directory, Machine& machine) {
-    Files::Names listed = machine.files().list(directory);
+std::vector<std::string> SwidTags::namesIn(const std::string& directory) {
+    Files::Names listed = files_.list(directory);
     if (listed.event) events_.push_back(std::move(*listed.event));
     if (listed.access == Access::Failed) incomplete_ = true;
     return std::move(listed.names);
 }
 
-void SwidTags::readDirectory(const std::string& directory, bool andBelow, Machine& machine) {
-    const std::vector<std::string> names = namesIn(directory, machine);
-    if (names.size() > machine.settings().fileSystem.maxEntriesPerDirectory) {
+void SwidTags::readDirectory(const std::string& directory, bool andBelow) {
+    const std::vector<std::string> names = namesIn(directory);
+    if (names.size() > settings_.fileSystem.maxEntriesPerDirectory) {
         note(EventCode::LimitEntries, directory, "too many entries");
         return;
     }
     for (const std::string& name : names) {
-        machine.effort().watchTimeNowAndThen();
+        budget_.checkTimeOccasionally();
         std::string path = directory;
         path.append("/").append(name);
         if (name.ends_with(".swidtag")) {
-            readTag(path, machine);
-        } else if (andBelow && machine.files().look(path).facts.kind == FileFacts::Kind::Directory) {
-            readDirectory(path, false, machine);
+            readTag(path);
+        } else if (andBelow && files_.look(path).facts.kind == FileFacts::Kind::Directory) {
+            readDirectory(path, false);
         }
     }
 }
 
-void SwidTags::readTag(const std::string& path, Machine& machine) {
-    Files::Content content = machine.files().read(path, kLargestTag);
+void SwidTags::readTag(const std::string& path) {
+    Files::Content content = files_.read(path, kLargestTag);
     if (content.event) events_.push_back(std::move(*content.event));
     if (content.access == Access::Failed) incomplete_ = true;
     if (content.access != Access::Ok) return;
     std::string problem;
     std::optional<SwidTag> tag =
-        parseSwidTag(*content.bytes, problem, [&machine] { machine.effort().watchTimeNowAndThen(); });
+        parseSwidTag(*content.bytes, problem, [this] { budget_.checkTimeOccasionally(); });
     if (!tag) {
         note(EventCode::Parse, path, "no usable SWID tag: " + problem);
         return;
     }
-    tag->path = machine.files().withoutLinks(path);
+    tag->path = files_.withoutLinks(path);
     held_ += sizeOf(*tag);
     if (held_ > kMostBytes || tags_.size() == kMostTags)
-        throw OverContract(EventCode::LimitBytes, "there are too many or too large ones");
+        throw BudgetExceeded(EventCode::LimitBytes, "there are too many or too large ones");
     tags_.push_back(std::move(*tag));
 }
 

@@ -5,12 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/formats/Tick.h"
+#include "toolkit/quorvis/files/Files.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 #include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace toolkit::quorvis {
-
-class Machine;
 
 // An organisation that has to do with a product.
 struct SwidEntity {
@@ -38,21 +39,28 @@ std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem,
 // The SWID tags of the machine, read once.
 class SwidTags {
   public:
+    // REQUIRES: all arguments outlive this.
+    SwidTags(Files& files, const Settings& settings, LookupBudget& budget)
+        : files_(files), settings_(settings), budget_(budget) {}
+
     // Sorted by path.
-    const std::vector<SwidTag>& tags(Machine& machine);
+    const std::vector<SwidTag>& tags();
 
     // Of reading them; whether some could not be read.
     const std::vector<Event>& events() const { return events_; }
     bool incomplete() const { return incomplete_; }
 
   private:
-    void readAsFarAsAllowed(Machine& machine);
-    void read(Machine& machine);
-    std::vector<std::string> namesIn(const std::string& directory, Machine& machine);
-    void readDirectory(const std::string& directory, bool andBelow, Machine& machine);
-    void readTag(const std::string& path, Machine& machine);
+    void readWithinLimits();
+    void read();
+    std::vector<std::string> namesIn(const std::string& directory);
+    void readDirectory(const std::string& directory, bool andBelow);
+    void readTag(const std::string& path);
     void note(EventCode code, const std::string& path, std::string text);
 
+    Files& files_;
+    const Settings& settings_;
+    LookupBudget& budget_;
     bool isRead_ = false;
     std::vector<SwidTag> tags_;
     std::vector<Event> events_;

@@ -11,9 +11,9 @@
 #include <system_error>
 #include <utility>
 
-#include "toolkit/quorvis/files/Effort.h"
 #include "toolkit/quorvis/files/FileBytes.h"
 #include "toolkit/quorvis/files/KernelFiles.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/files/SecretContent.h"
 #include "toolkit/quorvis/files/SecretNames.h"
 
@@ -254,7 +254,7 @@ Files::Opened Files::openToRead(const std::string& path) {
 }
 
 void Files::count(std::uint64_t bytes) const {
-    if (effort_ != nullptr) effort_->read(bytes);
+    if (budget_ != nullptr) budget_->chargeRead(bytes);
 }
 
 Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {

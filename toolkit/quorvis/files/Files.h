@@ -22,7 +22,7 @@
 
 namespace toolkit::quorvis {
 
-class Effort;
+class LookupBudget;
 
 // How looking at a file went.
 enum class Access : std::uint8_t { Ok, Missing, Failed };
@@ -99,7 +99,7 @@ class Files {
     void keepSumsIn(HashCache& cache) { cache_ = &cache; }
 
     // What is read is counted there, which may end that. It must outlive the files.
-    void countIn(Effort& effort) { effort_ = &effort; }
+    void countIn(LookupBudget& budget) { budget_ = &budget; }
 
     // Lets go of the contents that are kept.
     void forget();
@@ -128,7 +128,7 @@ class Files {
     const Settings& settings_;
     Disclosure disclosure_;
     FileFinder finder_;
-    Effort* effort_ = nullptr;
+    LookupBudget* budget_ = nullptr;
     std::map<FileState, Cached> contents_;
     std::deque<FileState> order_;  // of contents_, the oldest first
     std::uint64_t held_ = 0;       // bytes in contents_

@@ -37,7 +37,7 @@ std::size_t aligned(std::size_t size, std::size_t alignment) {
 
 }  // namespace
 
-std::optional<ElfFile> ElfFile::open(const FileParts& file, bool& damaged) {
+std::optional<ElfFile> ElfFile::open(const RandomAccessFile& file, bool& damaged) {
     damaged = false;
     ElfFile elf(file);
     elf.header_ = file.readUpTo(0, sizeof(Elf64_Ehdr));

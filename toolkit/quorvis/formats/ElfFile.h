@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/files/FileParts.h"
+#include "toolkit/quorvis/formats/RandomAccessFile.h"
 
 namespace toolkit::quorvis {
 
@@ -16,7 +16,7 @@ class ElfFile {
   public:
     // None when the file is of another kind, and when its header is damaged: `damaged` tells which. `file`
     // outlives it.
-    static std::optional<ElfFile> open(const FileParts& file, bool& damaged);
+    static std::optional<ElfFile> open(const RandomAccessFile& file, bool& damaged);
 
     // As uname calls it; empty for one that is not known.
     std::string_view machine() const { return machine_; }
@@ -47,7 +47,7 @@ class ElfFile {
         std::uint64_t link = 0;
     };
 
-    explicit ElfFile(const FileParts& file) : file_(&file) {}
+    explicit ElfFile(const RandomAccessFile& file) : file_(&file) {}
 
     bool readHeader();
     bool readSegments();
@@ -61,7 +61,7 @@ class ElfFile {
     bool readText(std::uint64_t offset, std::string& text) const;
     std::string buildIdIn(std::string_view notes, std::size_t alignment) const;
 
-    const FileParts* file_;
+    const RandomAccessFile* file_;
     std::string header_;
     std::string_view machine_;
     bool wide_ = false;  // 64 bits

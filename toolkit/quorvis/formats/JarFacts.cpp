@@ -67,7 +67,7 @@ void takeMavenProperties(std::string_view text, ProductFacts& facts) {
 
 }  // namespace
 
-ProductFacts readJar(const FileParts& file, std::string& damage) {
+ProductFacts readJar(const RandomAccessFile& file, std::string& damage) {
     std::vector<ZipMember> members;
     const auto wanted = [](std::string_view name) { return name == kManifest || isMavenProperties(name); };
     if (listZip(file, wanted, members) == ZipReading::Damaged) damage = "the archive is damaged";

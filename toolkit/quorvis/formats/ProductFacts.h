@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "toolkit/quorvis/files/FileParts.h"
+#include "toolkit/quorvis/formats/RandomAccessFile.h"
 
 namespace toolkit::quorvis {
 
@@ -16,12 +16,12 @@ struct ProductFacts {
 
 // Of a Java archive: its manifest, else the properties that Maven leaves in it. A file of another kind tells
 // nothing; `damage` says what is wrong with a damaged one.
-ProductFacts readJar(const FileParts& file, std::string& damage);
+ProductFacts readJar(const RandomAccessFile& file, std::string& damage);
 
 // Of a program or library for Windows: its version resource.
-ProductFacts readWindowsProgram(const FileParts& file, std::string& damage);
+ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damage);
 
 // Of a Python distribution: METADATA or PKG-INFO.
-ProductFacts readPythonMetadata(const FileParts& file);
+ProductFacts readPythonMetadata(const RandomAccessFile& file);
 
 }  // namespace toolkit::quorvis

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/formats/Tick.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 
 namespace toolkit::quorvis {
 

@@ -35,7 +35,7 @@ struct Program {
 };
 
 // False when it is damaged. `headerAt` is where "PE\0\0" stands.
-bool readHeaders(const FileParts& file, std::uint64_t headerAt, Program& program) {
+bool readHeaders(const RandomAccessFile& file, std::uint64_t headerAt, Program& program) {
     constexpr std::size_t kFileHeader = 24;  // with the mark
     constexpr std::size_t kSectionSize = 40;
     std::string header;
@@ -63,8 +63,8 @@ bool readHeaders(const FileParts& file, std::uint64_t headerAt, Program& program
 
 // Where the entry of a resource directory leads to: that of `type`, else the first one. All places count from
 // the start of the resources.
-std::optional<std::uint64_t> follow(const FileParts& file, std::uint64_t resources, std::uint64_t place,
-                                    std::optional<std::uint64_t> type) {
+std::optional<std::uint64_t> follow(const RandomAccessFile& file, std::uint64_t resources,
+                                    std::uint64_t place, std::optional<std::uint64_t> type) {
     constexpr std::size_t kHeader = 16;
     constexpr std::size_t kEntry = 8;
     std::string header;
@@ -78,7 +78,7 @@ std::optional<std::uint64_t> follow(const FileParts& file, std::uint64_t resourc
 }
 
 // The version resource; empty when there is none, nothing when it is damaged.
-std::optional<std::string> versionResource(const FileParts& file, const Program& program) {
+std::optional<std::string> versionResource(const RandomAccessFile& file, const Program& program) {
     if (program.resources == 0) return "";
     const std::optional<std::uint64_t> resources = program.offsetOf(program.resources);
     if (!resources) return std::nullopt;
@@ -163,7 +163,7 @@ std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks
 
 }  // namespace
 
-ProductFacts readWindowsProgram(const FileParts& file, std::string& damage) {
+ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damage) {
     const std::string start = file.readUpTo(0, 64);
     if (start.size() < 64 || !start.starts_with("MZ")) return {};
     const std::uint64_t headerAt = littleEndian(start, 60, 4);

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvis/formats/Tick.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 
 namespace toolkit::quorvis {
 

@@ -4,8 +4,8 @@
 #include <charconv>
 
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 #include "toolkit/quorvis/formats/XmlEvents.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
 
 namespace toolkit::quorvis {
 
@@ -65,11 +65,11 @@ class Selector : public XmlEvents {
 
     void text(std::string_view text) override {
         const bool wanted = matched_ == counts_.size() && depth_ == matched_ && selection_.attribute.empty();
-        if (!wanted || text_.size() >= kLongestValue) return;
+        if (!wanted || text_.size() >= kMaxValueSize) return;
         // White space in front counts for nothing, not even for the length.
         text_.append(text_.empty() ? text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()))
                                    : text);
-        if (text_.size() > kLongestValue) text_.resize(kLongestValue);
+        if (text_.size() > kMaxValueSize) text_.resize(kMaxValueSize);
     }
 
   private:
@@ -77,7 +77,7 @@ class Selector : public XmlEvents {
         if (selected_.values.size() == limit_) {
             selected_.tooMany = true;
         } else {
-            selected_.values.emplace_back(value.substr(0, kLongestValue));
+            selected_.values.emplace_back(value.substr(0, kMaxValueSize));
         }
     }
 

@@ -38,7 +38,7 @@ struct Directory {
 };
 
 // Archives of more than 65,535 members or 4 GiB have a longer record before the one at the end.
-std::optional<Directory> directory64(const FileParts& file, std::uint64_t endAt) {
+std::optional<Directory> directory64(const RandomAccessFile& file, std::uint64_t endAt) {
     std::string record;
     if (endAt < kLocator64Size || !file.read(endAt - kLocator64Size, kLocator64Size, record))
         return std::nullopt;
@@ -48,7 +48,7 @@ std::optional<Directory> directory64(const FileParts& file, std::uint64_t endAt)
     return Directory{littleEndian(record, 48, 8), littleEndian(record, 40, 8), 0};
 }
 
-std::optional<Directory> findDirectory(const FileParts& file) {
+std::optional<Directory> findDirectory(const RandomAccessFile& file) {
     const std::uint64_t start = file.size() - std::min(file.size(), kEndSize + kLongestComment);
     const std::string tail = file.readUpTo(start, kEndSize + kLongestComment);
     if (tail.size() < kEndSize) return std::nullopt;
@@ -99,7 +99,7 @@ bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
 
 }  // namespace
 
-ZipReading listZip(const FileParts& file, const std::function<bool(std::string_view name)>& wanted,
+ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::string_view name)>& wanted,
                    std::vector<ZipMember>& members) {
     const std::optional<Directory> directory = findDirectory(file);
     if (!directory) return file.readUpTo(0, 4) == kMemberMark ? ZipReading::Damaged : ZipReading::NoArchive;
@@ -121,7 +121,7 @@ ZipReading listZip(const FileParts& file, const std::function<bool(std::string_v
     return ZipReading::Ok;
 }
 
-bool readZipMember(const FileParts& file, const ZipMember& member, std::uint64_t limit,
+bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::uint64_t limit,
                    std::string& content) {
     content.clear();
     std::string header;

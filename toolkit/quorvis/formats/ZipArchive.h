@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/files/FileParts.h"
+#include "toolkit/quorvis/formats/RandomAccessFile.h"
 
 namespace toolkit::quorvis {
 
@@ -22,10 +22,11 @@ struct ZipMember {
 enum class ZipReading : std::uint8_t { Ok, NoArchive, Damaged };
 
 // Lists the members whose names are wanted; those before a damage too.
-ZipReading listZip(const FileParts& file, const std::function<bool(std::string_view name)>& wanted,
+ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::string_view name)>& wanted,
                    std::vector<ZipMember>& members);
 
 // The first `limit` bytes of a member's content; false when it is damaged or packed in an unusual way.
-bool readZipMember(const FileParts& file, const ZipMember& member, std::uint64_t limit, std::string& content);
+bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::uint64_t limit,
+                   std::string& content);
 
 }  // namespace toolkit::quorvis

@@ -101,4 +101,8 @@ const LeafRules& leafRules(LeafKind kind) {
     return kLeaves.at(static_cast<std::size_t>(kind));
 }
 
+std::string_view nameOf(LeafKind kind) {
+    return leafRules(kind).name;
+}
+
 }  // namespace toolkit::quorvis

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/quorvis/language/Item.h"
 #include "toolkit/quorvis/language/Signature.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
 #include "toolkit/quorvis/settings/Configuration.h"
 
 namespace toolkit::quorvis {

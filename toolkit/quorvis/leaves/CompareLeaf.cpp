@@ -1,11 +1,11 @@
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
-LeafResult lookUpCompare(const Query& query, Machine& /*machine*/) {
+LeafResult lookUpCompare(const Query& query, EvaluationContext& /*context*/) {
     LeafResult result;
     // An item without values stands for a comparison that holds.
-    if (passesVersion(query, Scheme::Dotted, query.get(Attribute::Left), {}, result))
+    if (passesVersionTests(query, Scheme::Dotted, query.get(Attribute::Left), {}, result))
         result.items.emplace_back();
     return result;
 }

@@ -1,17 +1,17 @@
 #include <algorithm>
 #include <charconv>
 
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/leaves/RegexCaptures.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
 // The bytes that are searched; null when there are none.
-std::shared_ptr<const std::string> searched(const Query& query, const std::string& path, Machine& machine,
-                                            LeafResult& result) {
+std::shared_ptr<const std::string> searched(const Query& query, const std::string& path,
+                                            EvaluationContext& context, LeafResult& result) {
     const std::string_view text = query.get(Attribute::MaxBytes);
     std::uint64_t limit = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
@@ -19,12 +19,9 @@ std::shared_ptr<const std::string> searched(const Query& query, const std::strin
         result.fail(EventCode::Unsupported, path, "maxBytes is no number: " + std::string(text));
         return nullptr;
     }
-    if (text.empty() || limit > machine.settings().fileSystem.maxContentSize)
-        return contentOf(path, machine, result);
-    Files::Content content = machine.files().readStart(path, limit);
-    if (content.event) result.events.push_back(std::move(*content.event));
-    result.incomplete = content.access == Access::Failed;
-    return content.access == Access::Ok ? std::move(content.bytes) : nullptr;
+    if (text.empty() || limit > context.settings().fileSystem.maxContentSize)
+        return contentOf(path, context, result);
+    return startOf(path, limit, context, result);
 }
 
 // Counts lines on the way through a text.
@@ -48,27 +45,27 @@ class LineCounter {
 
 }  // namespace
 
-LeafResult lookUpContent(const Query& query, Machine& machine) {
+LeafResult lookUpContent(const Query& query, EvaluationContext& context) {
     LeafResult result;
     const RE2* const regex = regexOf(query, result);
     if (regex == nullptr) return result;
     const std::string path(query.get(Attribute::Path));
-    const std::shared_ptr<const std::string> content = searched(query, path, machine, result);
+    const std::shared_ptr<const std::string> content = searched(query, path, context, result);
     if (content == nullptr) return result;
     // The filter has seen the whole content, not its start.
     const bool whole = !query.has(Attribute::MaxBytes);
-    if (whole && !machine.contentFilters().mayMatch(path, *regex, *content)) return result;
+    if (whole && !context.contentFilters().mayMatch(path, *regex, *content)) return result;
 
     LineCounter lines(*content);
     for (Matches matches(*regex, *content, lastCapture(query)); matches.next();) {
-        if (!roomForMatch(machine, path, result)) break;
+        if (!roomForMatch(context, path, result)) break;
         Item item;
         item.source = path;
         item.set("path", path);
         item.set("line", std::to_string(lines.lineOf(matches.begin())));
         item.set("match", matches.value(0));
         addCaptures(query, matches, item);
-        keepItem(machine.effort(), result, std::move(item));
+        keepItem(context.budget(), result, std::move(item));
     }
     return result;
 }

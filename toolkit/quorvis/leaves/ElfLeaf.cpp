@@ -3,9 +3,9 @@
 
 #include "kest/Ascii.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/leaves/RegexCaptures.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
@@ -50,28 +50,28 @@ std::string keyOf(const Item& item) {
 }
 
 // An item for each match that captures something new.
-void addMatches(const Query& query, std::string_view content, const Item& described, Machine& machine,
-                LeafResult& result) {
+void addMatches(const Query& query, std::string_view content, const Item& described,
+                EvaluationContext& context, LeafResult& result) {
     const RE2* const regex = regexOf(query, result);
     if (regex == nullptr) return;
     std::unordered_set<std::string> known;
     for (Matches matches(*regex, content, lastCapture(query)); matches.next();) {
-        if (!roomForMatch(machine, described.source, result)) return;
+        if (!roomForMatch(context, described.source, result)) return;
         Item item = described;
         addCaptures(query, matches, item);
-        if (known.insert(keyOf(item)).second) keepItem(machine.effort(), result, std::move(item));
+        if (known.insert(keyOf(item)).second) keepItem(context.budget(), result, std::move(item));
         if (query.captures().empty()) return;
     }
 }
 
-void searchSection(const Query& query, const ElfFile& elf, const Item& described, Machine& machine,
+void searchSection(const Query& query, const ElfFile& elf, const Item& described, EvaluationContext& context,
                    LeafResult& result) {
     const std::string name(query.has(Attribute::Section) ? query.get(Attribute::Section) : ".rodata");
-    const std::uint64_t limit = machine.settings().fileSystem.maxContentSize;
+    const std::uint64_t limit = context.settings().fileSystem.maxContentSize;
     std::string content;
     switch (elf.readSection(name, limit, content)) {
         case ElfFile::Section::Found:
-            addMatches(query, content, described, machine, result);
+            addMatches(query, content, described, context, result);
             break;
         case ElfFile::Section::Missing:
             break;
@@ -87,10 +87,10 @@ void searchSection(const Query& query, const ElfFile& elf, const Item& described
 
 }  // namespace
 
-LeafResult lookUpElf(const Query& query, Machine& machine) {
+LeafResult lookUpElf(const Query& query, EvaluationContext& context) {
     LeafResult result;
     const std::string path(query.get(Attribute::Path));
-    const std::optional<FileParts> file = partsOf(path, machine, result);
+    const std::optional<RandomAccessFile> file = openFile(path, context, result);
     if (!file) return result;
     bool damaged = false;
     const std::optional<ElfFile> elf = ElfFile::open(*file, damaged);
@@ -99,9 +99,9 @@ LeafResult lookUpElf(const Query& query, Machine& machine) {
     std::optional<Item> described = describe(query, *elf, path, result);
     if (!described) return result;
     if (query.has(Attribute::Regex) || query.has(Attribute::Section)) {
-        searchSection(query, *elf, *described, machine, result);
+        searchSection(query, *elf, *described, context, result);
     } else {
-        keepItem(machine.effort(), result, std::move(*described));
+        keepItem(context.budget(), result, std::move(*described));
     }
     return result;
 }

@@ -4,9 +4,7 @@
 #include <utility>
 
 #include "toolkit/machine/text/IsoTime.h"
-#include "toolkit/quorvis/evaluation/Planner.h"
-#include "toolkit/quorvis/leaves/FileTests.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/FileFilter.h"
 
 namespace toolkit::quorvis {
 
@@ -21,15 +19,16 @@ struct Found {
 
 class FileSearch {
   public:
-    FileSearch(const Query& query, Machine& machine) : machine_(machine), tests_(query, machine, result_) {}
+    FileSearch(const Query& query, EvaluationContext& context)
+        : context_(context), tests_(query, context, result_) {}
 
     LeafResult& result() { return result_; }
     bool valid() const { return tests_.valid(); }
 
     // Paths come in the order of their bytes.
     void examine(const std::string& path) {
-        machine_.effort().watchTimeNowAndThen();
-        Files& files = machine_.files();
+        context_.budget().checkTimeOccasionally();
+        Files& files = context_.files();
         Files::Facts facts = tests_.ofLinks() ? files.lookAtLink(path) : files.look(path);
         if (facts.access == Access::Failed) return fail(std::move(facts.event));
         if (facts.access == Access::Missing || !tests_.pass(facts.facts)) return;
@@ -39,7 +38,7 @@ class FileSearch {
 
     LeafResult take() {
         for (const std::size_t index : withoutTwins())
-            keepItem(machine_.effort(), result_, itemOf(found_[index]));
+            keepItem(context_.budget(), result_, itemOf(found_[index]));
         return std::move(result_);
     }
 
@@ -50,7 +49,7 @@ class FileSearch {
     }
 
     bool passesSum(Found& found) {
-        Files::Content sum = machine_.files().sha256(found.path);
+        Files::Content sum = context_.files().sha256(found.path);
         if (sum.access == Access::Failed) fail(std::move(sum.event));
         if (sum.access != Access::Ok || *sum.bytes != tests_.sha256()) return false;
         found.sha256 = *sum.bytes;
@@ -72,7 +71,7 @@ class FileSearch {
     std::size_t plainestOf(const std::vector<std::size_t>& paths) {
         if (paths.size() == 1) return paths.front();
         const auto plain = std::ranges::find_if(paths, [this](std::size_t index) {
-            return machine_.files().withoutLinks(found_[index].path) == found_[index].path;
+            return context_.files().withoutLinks(found_[index].path) == found_[index].path;
         });
         return plain == paths.end() ? paths.front() : *plain;
     }
@@ -87,14 +86,14 @@ class FileSearch {
         item.set("size", std::to_string(found.facts.size));
         item.set("mtime", isoTime(found.facts.modified));
         if (!found.sha256.empty()) item.set("sha256", found.sha256);
-        std::string target = machine_.files().linkText(found.path);
+        std::string target = context_.files().linkText(found.path);
         if (!target.empty()) item.set("target", std::move(target));
         return item;
     }
 
-    Machine& machine_;
+    EvaluationContext& context_;
     LeafResult result_;
-    FileTests tests_;
+    FileFilter tests_;
     std::vector<Found> found_;
 };
 
@@ -107,28 +106,28 @@ unsigned depthOf(std::string_view text) {
 
 }  // namespace
 
-GlobRequest globRequest(const Query& query) {
+GlobRequest globRequestOf(const Query& query) {
     return {std::string(query.get(Attribute::Pattern)), depthOf(query.get(Attribute::MaxDepth)),
             std::string(query.get(Attribute::Exclude))};
 }
 
-LeafResult lookUpFile(const Query& query, Machine& machine) {
-    FileSearch search(query, machine);
+LeafResult lookUpFile(const Query& query, EvaluationContext& context) {
+    FileSearch search(query, context);
     if (search.valid()) search.examine(std::string(query.get(Attribute::Path)));
     return search.take();
 }
 
-LeafResult lookUpGlob(const Query& query, Machine& machine) {
-    FileSearch search(query, machine);
+LeafResult lookUpGlob(const Query& query, EvaluationContext& context) {
+    FileSearch search(query, context);
     LeafResult& result = search.result();
-    const GlobRequest request = globRequest(query);
+    const GlobRequest request = globRequestOf(query);
     if (query.has(Attribute::MaxDepth) && request.maxDepth == 0) {
         result.fail(EventCode::Unsupported, {},
                     "maxDepth is no number of levels: " + std::string(query.get(Attribute::MaxDepth)));
         return search.take();
     }
     if (!search.valid()) return search.take();
-    const GlobHits& hits = machine.hits(request);
+    const GlobHits& hits = context.tree().hits(request);
     result.incomplete = result.incomplete || hits.incomplete;
     result.events.insert(result.events.end(), hits.events.begin(), hits.events.end());
     for (const std::string& path : hits.paths) search.examine(path);

@@ -1,26 +1,26 @@
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 #include "toolkit/quorvis/formats/ProductFacts.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-ProductFacts readAs(std::string_view format, const FileParts& file, std::string& damage) {
+ProductFacts readAs(std::string_view format, const RandomAccessFile& file, std::string& damage) {
     if (format == "jar") return readJar(file, damage);
     if (format == "pe") return readWindowsProgram(file, damage);
     return readPythonMetadata(file);
 }
 
 void setKnown(Item& item, std::string_view name, std::string_view value) {
-    if (!value.empty()) item.set(name, std::string(value.substr(0, kLongestValue)));
+    if (!value.empty()) item.set(name, std::string(value.substr(0, kMaxValueSize)));
 }
 
 }  // namespace
 
-ProductFacts readPythonMetadata(const FileParts& file) {
+ProductFacts readPythonMetadata(const RandomAccessFile& file) {
     constexpr std::uint64_t kLongestHeader = std::uint64_t{1} << 20;
     const std::string text = file.readUpTo(0, kLongestHeader);
     ProductFacts facts;
@@ -36,7 +36,7 @@ ProductFacts readPythonMetadata(const FileParts& file) {
     return facts;
 }
 
-LeafResult lookUpFileVersion(const Query& query, Machine& machine) {
+LeafResult lookUpFileVersion(const Query& query, EvaluationContext& context) {
     LeafResult result;
     const std::string path(query.get(Attribute::Path));
     const std::string_view format = query.get(Attribute::Format);
@@ -44,20 +44,21 @@ LeafResult lookUpFileVersion(const Query& query, Machine& machine) {
         result.fail(EventCode::Unsupported, path, "unknown format \"" + std::string(format) + "\"");
         return result;
     }
-    const std::optional<FileParts> file = partsOf(path, machine, result);
+    const std::optional<RandomAccessFile> file = openFile(path, context, result);
     if (!file) return result;
     std::string damage;
     const ProductFacts facts = readAs(format, *file, damage);
     if (!damage.empty()) result.fail(EventCode::Parse, path, damage);
     const Scheme usual = format == "python-dist" ? Scheme::Pep440 : Scheme::Dotted;
     // A file that does not tell its version is none that was looked for.
-    if (facts.version.empty() || !passesVersion(query, usual, facts.version, path, result)) return result;
+    if (facts.version.empty() || !passesVersionTests(query, usual, facts.version, path, result))
+        return result;
     Item item;
     item.source = path;
     setKnown(item, "name", facts.name);
     setKnown(item, "version", facts.version);
     setKnown(item, "vendor", facts.vendor);
-    keepItem(machine.effort(), result, std::move(item));
+    keepItem(context.budget(), result, std::move(item));
     return result;
 }
 

@@ -1,7 +1,6 @@
 #include <re2/re2.h>
 
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 #include "toolkit/quorvis/regex/Regex.h"
 
 namespace toolkit::quorvis {
@@ -26,7 +25,7 @@ Scheme usualScheme(PackageType type) {
     return Scheme::Dotted;
 }
 
-Item itemOf(const Row& row, Machine& machine) {
+Item itemOf(const Row& row, EvaluationContext& context) {
     Item item;
     item.fields.reserve(9);
     const auto set = [&item](std::string_view name, std::string_view value) {
@@ -40,14 +39,14 @@ Item itemOf(const Row& row, Machine& machine) {
     set("arch", row.architecture);
     set("source", row.source);
     set("type", nameOf(row.type));
-    item.set("purl", machine.packages().purl(row, machine));
+    item.set("purl", context.packages().purl(row));
     item.source = row.database;
     return item;
 }
 
 class PackageLookUp {
   public:
-    PackageLookUp(const Query& query, Machine& machine) : query_(query), machine_(machine) {}
+    PackageLookUp(const Query& query, EvaluationContext& context) : query_(query), context_(context) {}
 
     LeafResult result() {
         if (readType() && readCompare()) search();
@@ -75,19 +74,19 @@ class PackageLookUp {
     }
 
     void search() {
-        PackageIndex& packages = machine_.packages();
+        PackageIndex& packages = context_.packages();
         if (query_.has(Attribute::Name)) {
-            for (const Row& row : packages.named(query_.get(Attribute::Name), machine_)) test(row);
+            for (const Row& row : packages.named(query_.get(Attribute::Name))) test(row);
         } else if (!searchNames(query_.get(Attribute::NameRegex))) {
             return;
         }
-        packages.tellDamage(type_, result_);
+        if (packages.takeDamage(type_, result_.events)) result_.incomplete = true;
     }
 
     // False when it is no expression.
     bool searchNames(std::string_view pattern) {
-        PackageIndex& packages = machine_.packages();
-        if (const auto* const rows = packages.announced(pattern, machine_)) {
+        PackageIndex& packages = context_.packages();
+        if (const auto* const rows = packages.announced(pattern)) {
             for (const Row* const row : *rows) test(*row);
             return true;
         }
@@ -97,23 +96,23 @@ class PackageLookUp {
             refuse("wrong expression: ", problem);
             return false;
         }
-        for (const Row* const row : packages.matching(*regex, machine_)) test(*row);
+        for (const Row* const row : packages.matching(*regex)) test(*row);
         return true;
     }
 
     void test(const Row& row) {
-        machine_.effort().watchTimeNowAndThen();
+        context_.budget().checkTimeOccasionally();
         if (type_ && row.type != *type_) return;
         if (!isOrAny(query_, Attribute::Arch, row.architecture)) return;
         if (!isOrAny(query_, Attribute::Source, row.source)) return;
         const std::string_view version = upstreamOnly_ ? row.upstream : row.version;
-        if (!passesVersion(query_, usualScheme(row.type), version, std::string(row.database), result_))
+        if (!passesVersionTests(query_, usualScheme(row.type), version, std::string(row.database), result_))
             return;
-        keepItem(machine_.effort(), result_, itemOf(row, machine_));
+        keepItem(context_.budget(), result_, itemOf(row, context_));
     }
 
     const Query& query_;
-    Machine& machine_;
+    EvaluationContext& context_;
     LeafResult result_;
     std::optional<PackageType> type_;  // none for any
     bool upstreamOnly_ = false;
@@ -121,8 +120,8 @@ class PackageLookUp {
 
 }  // namespace
 
-LeafResult lookUpPackage(const Query& query, Machine& machine) {
-    return PackageLookUp(query, machine).result();
+LeafResult lookUpPackage(const Query& query, EvaluationContext& context) {
+    return PackageLookUp(query, context).result();
 }
 
 }  // namespace toolkit::quorvis

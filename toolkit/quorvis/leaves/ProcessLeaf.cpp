@@ -1,7 +1,6 @@
 #include <re2/re2.h>
 
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 #include "toolkit/quorvis/regex/Regex.h"
 
 namespace toolkit::quorvis {
@@ -33,7 +32,7 @@ Item itemOf(const Process& process, std::string_view name) {
 
 }  // namespace
 
-LeafResult lookUpProcess(const Query& query, Machine& machine) {
+LeafResult lookUpProcess(const Query& query, EvaluationContext& context) {
     LeafResult result;
     std::string problem;
     const RE2* const regex = compileRegex(query.get(Attribute::ArgsRegex), {}, problem);
@@ -42,19 +41,19 @@ LeafResult lookUpProcess(const Query& query, Machine& machine) {
         return result;
     }
     std::size_t denied = 0;
-    for (const Process& process : machine.processes().processes(machine)) {
-        machine.effort().watchTimeNowAndThen();
+    for (const Process& process : context.processes().processes()) {
+        context.budget().checkTimeOccasionally();
         const std::optional<std::string_view> name = matchingName(query, process);
         const bool passes = isUser(query, process) && RE2::PartialMatch(process.args, *regex);
         if (passes && name && process.exeDenied && query.has(Attribute::Exe)) ++denied;
         if (!passes || !name || !isOrAny(query, Attribute::Exe, process.exe)) continue;
-        keepItem(machine.effort(), result, itemOf(process, *name));
+        keepItem(context.budget(), result, itemOf(process, *name));
     }
     if (denied > 0) {
         result.fail(EventCode::Permission, "/proc",
                     "the programs of " + std::to_string(denied) + " processes may not be seen");
     }
-    const Processes& processes = machine.processes();
+    const Processes& processes = context.processes();
     result.events.insert(result.events.end(), processes.events().begin(), processes.events().end());
     result.incomplete = result.incomplete || processes.incomplete();
     return result;

@@ -1,8 +1,8 @@
 #include "toolkit/machine/text/ShellVariables.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 #include "toolkit/quorvis/formats/PropertyFormats.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
@@ -36,18 +36,18 @@ std::optional<std::string> valueOf(const Query& query, std::string_view text, co
 
 }  // namespace
 
-LeafResult lookUpProperty(const Query& query, Machine& machine) {
+LeafResult lookUpProperty(const Query& query, EvaluationContext& context) {
     LeafResult result;
     const std::string path(query.get(Attribute::Path));
-    const std::shared_ptr<const std::string> content = contentOf(path, machine, result);
+    const std::shared_ptr<const std::string> content = contentOf(path, context, result);
     if (content == nullptr) return result;
-    const Tick tick = [&machine] { machine.effort().watchTimeNowAndThen(); };
+    const Tick tick = [&context] { context.budget().checkTimeOccasionally(); };
     const std::optional<std::string> value = valueOf(query, *content, path, tick, result);
-    if (!value || !passesTests(query, *value, path, result)) return result;
+    if (!value || !passesValueTests(query, *value, path, result)) return result;
     Item item;
     item.source = path;
-    item.set("value", value->substr(0, kLongestValue));
-    keepItem(machine.effort(), result, std::move(item));
+    item.set("value", value->substr(0, kMaxValueSize));
+    keepItem(context.budget(), result, std::move(item));
     return result;
 }
 

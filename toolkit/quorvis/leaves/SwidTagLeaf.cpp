@@ -1,8 +1,7 @@
 #include <algorithm>
 
-#include "toolkit/quorvis/leaves/CapturedFields.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/leaves/ReadingLeaf.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 
@@ -33,7 +32,7 @@ Item itemOf(const SwidTag& tag, const SwidEntity* entity) {
     Item item;
     item.source = tag.path;
     const auto set = [&item](std::string_view name, std::string_view value) {
-        if (!value.empty()) item.set(name, std::string(value.substr(0, kLongestValue)));
+        if (!value.empty()) item.set(name, std::string(value.substr(0, kMaxValueSize)));
     };
     set("tagId", tag.tagId);
     set("name", tag.name);
@@ -46,20 +45,20 @@ Item itemOf(const SwidTag& tag, const SwidEntity* entity) {
 
 }  // namespace
 
-LeafResult lookUpSwidTag(const Query& query, Machine& machine) {
+LeafResult lookUpSwidTag(const Query& query, EvaluationContext& context) {
     LeafResult result;
-    for (const SwidTag& tag : machine.swidTags().tags(machine)) {
-        machine.effort().watchTimeNowAndThen();
+    for (const SwidTag& tag : context.swidTags().tags()) {
+        context.budget().checkTimeOccasionally();
         const SwidEntity* const entity = entityOf(query, tag);
         if (!passes(query, tag, entity)) continue;
         // A tag without a version cannot pass a test of it.
         if (hasVersionTest(query) && tag.version.empty()) continue;
-        if (!passesVersion(query, Scheme::Dotted, tag.version, tag.path, result)) continue;
-        keepItem(machine.effort(), result, itemOf(tag, entity));
+        if (!passesVersionTests(query, Scheme::Dotted, tag.version, tag.path, result)) continue;
+        keepItem(context.budget(), result, itemOf(tag, entity));
     }
-    const std::vector<Event>& events = machine.swidTags().events();
+    const std::vector<Event>& events = context.swidTags().events();
     result.events.insert(result.events.end(), events.begin(), events.end());
-    result.incomplete = result.incomplete || machine.swidTags().incomplete();
+    result.incomplete = result.incomplete || context.swidTags().incomplete();
     return result;
 }
 

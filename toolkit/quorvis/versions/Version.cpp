@@ -12,14 +12,6 @@ constexpr std::pair<std::string_view, Scheme> kSchemes[] = {
     {"dotted", Scheme::Dotted}, {"int", Scheme::Int}, {"text", Scheme::Text},
 };
 
-using Accepts = bool (*)(std::partial_ordering);
-
-// What the order of an item's version and that of the test must be.
-constexpr std::pair<Attribute, Accepts> kTests[] = {
-    {Attribute::Equals, std::is_eq},   {Attribute::AtLeast, std::is_gteq}, {Attribute::Above, std::is_gt},
-    {Attribute::AtMost, std::is_lteq}, {Attribute::Below, std::is_lt},
-};
-
 struct Int {
     bool negative = false;
     std::string_view digits;
@@ -73,30 +65,6 @@ std::optional<std::weak_ordering> compareVersions(Scheme scheme, std::string_vie
             break;
     }
     return left <=> right;
-}
-
-bool hasVersionTest(const Query& query) {
-    for (const auto& [attribute, accepts] : kTests) {
-        if (query.has(attribute)) return true;
-    }
-    return false;
-}
-
-Truth passesVersionTests(const Query& query, Scheme usual, std::string_view version) {
-    const std::optional<Scheme> scheme =
-        query.has(Attribute::Scheme) ? schemeNamed(query.get(Attribute::Scheme)) : usual;
-    Truth truth = Truth::True;
-    for (const auto& [attribute, accepts] : kTests) {
-        if (!query.has(attribute)) continue;
-        const VersionOrder order =
-            scheme ? compareVersions(*scheme, version, query.get(attribute)) : VersionOrder();
-        if (!order) {
-            truth = Truth::Unknown;
-        } else if (!accepts(*order)) {
-            return Truth::False;
-        }
-    }
-    return truth;
 }
 
 }  // namespace toolkit::quorvis

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "toolkit/quorvis/leaves/Machine.h"
-
 namespace toolkit::quorvis {
 
-SharedWalk::SharedWalk(Machine& machine, const GlobTrie& trie, std::chrono::steady_clock::time_point end)
-    : machine_(machine),
+SharedWalk::SharedWalk(const Root& root, const Settings& settings, const GlobTrie& trie,
+                       std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point end)
+    : settings_(settings),
       trie_(trie),
-      end_(std::min(end, machine.effort().end())),
-      opener_(machine.root(), machine.settings()),
+      namesSeen_(namesSeen),
+      end_(end),
+      opener_(root, settings),
       excludes_(trie.scopeCount()) {
     for (std::uint32_t i = 0; i < excludes_.size(); ++i) {
         const std::string& exclude = trie.scope(i).exclude;
@@ -27,15 +27,15 @@ bool SharedWalk::passesOver(GlobTrie::NodeId node, const std::string& path) cons
 }
 
 std::uint64_t SharedWalk::claimNames(std::uint64_t count) {
-    const std::uint64_t limit = machine_.settings().fileSystem.maxEntries;
-    const std::uint64_t before = std::min(machine_.countEntries(count), limit);
+    const std::uint64_t limit = settings_.fileSystem.maxEntries;
+    const std::uint64_t before = std::min(namesSeen_.fetch_add(count), limit);
     if (count <= limit - before) return count;
     end(EventCode::LimitEntries, "More than " + std::to_string(limit) + " names in all directories");
     return limit - before;
 }
 
 std::uint64_t SharedWalk::mostNamesOfDirectory() const {
-    return machine_.settings().fileSystem.maxEntriesPerDirectory;
+    return settings_.fileSystem.maxEntriesPerDirectory;
 }
 
 void SharedWalk::watchTime() {

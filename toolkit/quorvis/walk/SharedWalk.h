@@ -15,13 +15,13 @@
 
 namespace toolkit::quorvis {
 
-class Machine;
-
 // What the threads of one walk have in common.
 class SharedWalk {
   public:
     // It ends at `end` at the latest.
-    SharedWalk(Machine& machine, const GlobTrie& trie, std::chrono::steady_clock::time_point end);
+    // `namesSeen` counts the names of all walks.
+    SharedWalk(const Root& root, const Settings& settings, const GlobTrie& trie,
+               std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point end);
 
     const GlobTrie& trie() const { return trie_; }
     DirectoryOpener& opener() { return opener_; }
@@ -45,8 +45,9 @@ class SharedWalk {
   private:
     void end(EventCode code, std::string text);
 
-    Machine& machine_;
+    const Settings& settings_;
     const GlobTrie& trie_;
+    std::atomic<std::uint64_t>& namesSeen_;
     std::chrono::steady_clock::time_point end_;
     DirectoryOpener opener_;
     WalkShares shares_;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "toolkit/quorvis/walk/GlobTrie.h"
-#include "toolkit/quorvis/walk/TreeWalk.h"
+#include "toolkit/quorvis/walk/TreeSearch.h"
 
 namespace toolkit::quorvis {
 

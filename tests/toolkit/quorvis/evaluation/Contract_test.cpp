@@ -3,8 +3,8 @@
 
 #include "tests/toolkit/quorvis/ElfBuilder.h"
 #include "tests/toolkit/quorvis/LeafTester.h"
-#include "toolkit/quorvis/files/Effort.h"
-#include "toolkit/quorvis/leaves/CapturedFields.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
+#include "toolkit/quorvis/leaves/RegexCaptures.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -66,20 +66,20 @@ TEST_F(ContractTest, ValuesAreCutWhateverFileTheyComeFrom) {
         return LeafTester::first(askAboutFile(kind, std::move(attributes)), field).size();
     };
     for (const char* const format : {"properties", "ini", "shell"}) {
-        EXPECT_EQ(kLongestValue,
+        EXPECT_EQ(kMaxValueSize,
                   lengthOf(LeafKind::Property, {{Attribute::Format, format}, {Attribute::Key, "k"}}, "value",
                            "k=" + endless))
             << format;
     }
-    EXPECT_EQ(kLongestValue,
+    EXPECT_EQ(kMaxValueSize,
               lengthOf(LeafKind::Property, {{Attribute::Format, "json"}, {Attribute::Key, "k"}}, "value",
                        "{\"k\": \"" + endless + "\"}"));
-    EXPECT_EQ(kLongestValue,
+    EXPECT_EQ(kMaxValueSize,
               lengthOf(LeafKind::Xml, {{Attribute::Select, "/a/@k"}}, "value", "<a k='" + endless + "'/>"));
-    EXPECT_EQ(kLongestValue,
+    EXPECT_EQ(kMaxValueSize,
               lengthOf(LeafKind::Xml, {{Attribute::Select, "/a"}}, "value", "<a>" + endless + "</a>"));
-    EXPECT_EQ(kLongestValue, lengthOf(LeafKind::Content, {{Attribute::Regex, "1+"}}, "match", endless));
-    EXPECT_EQ(kLongestValue, lengthOf(LeafKind::FileVersion, {{Attribute::Format, "python-dist"}}, "version",
+    EXPECT_EQ(kMaxValueSize, lengthOf(LeafKind::Content, {{Attribute::Regex, "1+"}}, "match", endless));
+    EXPECT_EQ(kMaxValueSize, lengthOf(LeafKind::FileVersion, {{Attribute::Format, "python-dist"}}, "version",
                                       "Version: " + endless.substr(0, 100'000)));
 }
 
@@ -93,32 +93,31 @@ TEST_F(ContractTest, TooManySwidTagsAreNotAllRead) {
     expectUnknown(result, EventCode::LimitBytes);
 }
 
-TEST(Effort, NothingIsCountedBesideALeaf) {
-    const Settings settings;
-    Effort effort(settings, Effort::Clock::time_point::max());
-    effort.read(UINT64_MAX);
-    effort.keep(UINT64_MAX);
-    const Effort::OfLeaf leaf(effort, LeafKind::Content);
-    EXPECT_THROW(effort.read(UINT64_MAX), OverContract);
-    EXPECT_THROW(effort.keep(std::uint64_t{1} << 30), OverContract);
+TEST(LookupBudget, CountsNothingOutsideOfALeaf) {
+    LookupBudget budget(LookupBudget::Clock::time_point::max());
+    budget.chargeRead(UINT64_MAX);
+    budget.chargeKept(UINT64_MAX);
+    const LookupBudget::LeafScope leaf(budget, limitsOf(LeafKind::Content, Settings()));
+    EXPECT_THROW(budget.chargeRead(UINT64_MAX), BudgetExceeded);
+    EXPECT_THROW(budget.chargeKept(std::uint64_t{1} << 30), BudgetExceeded);
 }
 
-TEST(Effort, ShowsWhenWhatIsBeingDoneMustEnd) {
-    const Settings settings;
-    ScanPulse pulse;
-    Effort effort(settings, Effort::Clock::now() - std::chrono::hours(1));
-    effort.showIn(pulse);
-    EXPECT_FALSE(pulse.isLateBy({}));
+TEST(LookupBudget, PublishesTheDeadlineOfTheCurrentWork) {
+    SharedDeadline shared;
+    LookupBudget budget(LookupBudget::Clock::now() - std::chrono::hours(1));
+    budget.publishDeadline(shared);
+    EXPECT_FALSE(shared.isLateBy({}));
     {
-        const Effort::OfLeaf leaf(effort, LeafKind::Content);
-        EXPECT_TRUE(pulse.isLateBy(std::chrono::minutes(59)));
+        const LookupBudget::LeafScope leaf(budget, limitsOf(LeafKind::Content, Settings()));
+        EXPECT_TRUE(shared.isLateBy(std::chrono::minutes(59)));
         {
-            const Effort::Until until(effort, Effort::Clock::now() + std::chrono::hours(1));
-            EXPECT_FALSE(pulse.isLateBy({}));
+            const LookupBudget::DeadlineScope later(budget,
+                                                    LookupBudget::Clock::now() + std::chrono::hours(1));
+            EXPECT_FALSE(shared.isLateBy({}));
         }
-        EXPECT_TRUE(pulse.isLateBy(std::chrono::minutes(59)));
+        EXPECT_TRUE(shared.isLateBy(std::chrono::minutes(59)));
     }
-    EXPECT_FALSE(pulse.isLateBy({}));
+    EXPECT_FALSE(shared.isLateBy({}));
 }
 
 }  // namespace

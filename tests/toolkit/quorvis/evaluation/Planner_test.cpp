@@ -92,7 +92,7 @@ TEST_F(Planning, ManyExpressionsOfPackagesAreMatchedTogether) {
     EXPECT_EQ(names,
               (std::vector<std::string>{"liba1", "liba2", "liba1", "libb1", "libb1", "liba1", "liba2"}));
     const auto together = [this](const char* regex) {
-        return machine_->packages().announced(regex, *machine_) != nullptr;
+        return context_->packages().announced(regex) != nullptr;
     };
     EXPECT_TRUE(together("^liba") && together("1$") && together("libb") && together("^x"));
     // These must be compiled in their own way, or are not known in time.

@@ -38,10 +38,10 @@ TEST(WorkerProcess, OneThatHangsIsKilledAndWhatItHadToldStays) {
     WorkerProcess worker([](int, ScanTail& tail) {
         std::memcpy(tail.bytes.data(), "told", 4);
         tail.used = 4;
-        tail.pulse.begin(ScanPulse::Clock::now());
+        tail.deadline.set(SharedDeadline::Clock::now());
         for (;;) ::pause();
     });
-    while (!worker.pulse().isLateBy(std::chrono::milliseconds(1))) {
+    while (!worker.tail().deadline.isLateBy(std::chrono::milliseconds(1))) {
     }
     worker.kill();
     EXPECT_EQ("told", worker.rest());

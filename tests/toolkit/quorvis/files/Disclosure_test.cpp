@@ -10,7 +10,7 @@
 #include <filesystem>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -101,17 +101,17 @@ TEST_F(DisclosureTest, NothingIsToldOfWhatLiesBelowAHiddenDirectory) {
 
 TEST_F(DisclosureTest, AWalkTellsOfHiddenDirectoriesAndNotWhatTheyHold) {
     if (geteuid() != 0) GTEST_SKIP() << "only who may read everything sees more than others";
-    Machine machine(root_, settings_);
+    EvaluationContext context(root_, settings_);
     for (const char* pattern :
          {"/home/*/f", "/home/alice/f", "/home/alice/none", "/home/**/f", "/open/*/f", "/unlisted/*"}) {
-        const GlobHits& hits = machine.hits({pattern, 0, ""});
+        const GlobHits& hits = context.tree().hits({pattern, 0, ""});
         EXPECT_TRUE(hits.paths.empty()) << pattern;
         EXPECT_TRUE(hits.incomplete) << pattern;
         EXPECT_FALSE(hits.events.empty()) << pattern;
         for (const Event& event : hits.events) EXPECT_EQ(EventCode::Denied, event.code) << pattern;
     }
-    EXPECT_EQ((std::vector<std::string>{"/unlisted/f"}), machine.hits({"/unlisted/f", 0, ""}).paths);
-    EXPECT_FALSE(machine.hits({"/unlisted/f", 0, ""}).incomplete);
+    EXPECT_EQ((std::vector<std::string>{"/unlisted/f"}), context.tree().hits({"/unlisted/f", 0, ""}).paths);
+    EXPECT_FALSE(context.tree().hits({"/unlisted/f", 0, ""}).incomplete);
 }
 
 TEST_F(DisclosureTest, ASettingOpensATreeAndNothingBesideIt) {
@@ -125,12 +125,12 @@ TEST_F(DisclosureTest, ASettingOpensATreeAndNothingBesideIt) {
     EXPECT_EQ((std::vector<std::string>{"deep"}), files.list("/home/alice/app").names);
     expectDenied(files.list("/home/alice").event, "/home/alice");
     if (geteuid() == 0) {
-        Machine machine(root_, settings_);
+        EvaluationContext context(root_, settings_);
         EXPECT_EQ((std::vector<std::string>{"/home/alice/app/deep/f"}),
-                  machine.hits({"/home/alice/app/**/f", 0, ""}).paths);
+                  context.tree().hits({"/home/alice/app/**/f", 0, ""}).paths);
         for (const char* pattern : {"/home/alice/f", "/home/alice/none"}) {
-            EXPECT_TRUE(machine.hits({pattern, 0, ""}).paths.empty()) << pattern;
-            EXPECT_TRUE(machine.hits({pattern, 0, ""}).incomplete) << pattern;
+            EXPECT_TRUE(context.tree().hits({pattern, 0, ""}).paths.empty()) << pattern;
+            EXPECT_TRUE(context.tree().hits({pattern, 0, ""}).incomplete) << pattern;
         }
     }
     settings_.secrets.allow = {"/"};
@@ -159,8 +159,8 @@ TEST_F(DisclosureTest, ASecondMountOfProcessesIsAsClosedAsTheFirst) {
                              mount("/proc/1", at("srv/bound").c_str(), nullptr, MS_BIND, nullptr) == 0;
         if (!mounted) _exit(2);
         const Root root(tree_.path().string());
-        Machine machine(root, settings_);
-        Files& files = machine.files();
+        EvaluationContext context(root, settings_);
+        Files& files = context.files();
         for (const char* path : {"/srv/p/1/cmdline", "/srv/p/version", "/srv/bound/cmdline", "/srv/bound/exe",
                                  "/srv/bound/no"}) {
             expectDenied(files.read(path, kPlenty).event, path);
@@ -171,7 +171,7 @@ TEST_F(DisclosureTest, ASecondMountOfProcessesIsAsClosedAsTheFirst) {
             EXPECT_EQ("", files.linkText(path)) << path;
         }
         for (const char* pattern : {"/srv/*/cmdline", "/srv/p/1/cmdline", "/srv/**/exe"})
-            EXPECT_TRUE(machine.hits({pattern, 0, ""}).paths.empty()) << pattern;
+            EXPECT_TRUE(context.tree().hits({pattern, 0, ""}).paths.empty()) << pattern;
         _exit(HasFailure() ? 1 : 0);
     }
     int status = 0;

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -30,9 +30,9 @@ class PackageLeaf : public testing::Test {
 
     // Asks the machine that was asked before, if any.
     LeafResult lookUp(Attributes attributes) {
-        if (!machine_) {
+        if (!context_) {
             root_.emplace(tree_.path());
-            machine_.emplace(*root_, settings_);
+            context_.emplace(*root_, settings_);
         }
         std::ranges::sort(attributes);
         Leaf leaf;
@@ -42,7 +42,7 @@ class PackageLeaf : public testing::Test {
             leaf.attributes.push_back({attribute, Template()});
             values.push_back(value);
         }
-        return lookUpPackage(Query(leaf, values), *machine_);
+        return lookUpPackage(Query(leaf, values), *context_);
     }
 
     // "name version arch" of each item.
@@ -64,7 +64,7 @@ class PackageLeaf : public testing::Test {
     zavtest::ScratchDir tree_;
     Settings settings_;
     std::optional<Root> root_;
-    std::optional<Machine> machine_;
+    std::optional<EvaluationContext> context_;
 };
 
 using Rows = std::vector<std::string>;
@@ -140,30 +140,30 @@ TEST_F(PackageLeaf, AnnouncedExpressionsFindWhatEachFindsAlone) {
         "^libz10?", "^z1|32", "^g\\+\\+$", "\\d\\d",      "^x"};
     std::vector<Rows> alone;
     for (const std::string& regex : regexes) alone.push_back(found({{A::NameRegex, regex}}));
-    for (const std::string& regex : regexes) machine_->packages().announce(regex);
+    for (const std::string& regex : regexes) context_->packages().announce(regex);
     for (std::size_t i = 0; i < regexes.size(); ++i) {
         EXPECT_EQ(alone[i], found({{A::NameRegex, regexes[i]}})) << regexes[i];
-        EXPECT_NE(nullptr, machine_->packages().announced(regexes[i], *machine_)) << regexes[i];
+        EXPECT_NE(nullptr, context_->packages().announced(regexes[i])) << regexes[i];
     }
-    EXPECT_EQ(nullptr, machine_->packages().announced("^li", *machine_));
+    EXPECT_EQ(nullptr, context_->packages().announced("^li"));
 }
 
 TEST_F(PackageLeaf, AFewAnnouncedExpressionsAreMatchedAlone) {
     tree_.write(kStatus, stanza("a", "1") + stanza("b", "1"));
     EXPECT_EQ((Rows{"a 1 amd64"}), found({{A::NameRegex, "^a"}}));
-    for (const char* const regex : {"^a", "^b", "^c", "^a"}) machine_->packages().announce(regex);
-    EXPECT_EQ(nullptr, machine_->packages().announced("^a", *machine_));
+    for (const char* const regex : {"^a", "^b", "^c", "^a"}) context_->packages().announce(regex);
+    EXPECT_EQ(nullptr, context_->packages().announced("^a"));
     EXPECT_EQ((Rows{"b 1 amd64"}), found({{A::NameRegex, "^b"}}));
 }
 
 TEST_F(PackageLeaf, ThousandsOfExpressionsAreAnnounced) {
     tree_.write(kStatus, stanza("a7", "1") + stanza("a1500", "1") + stanza("b1500", "1"));
     EXPECT_EQ((Rows{"a7 1 amd64"}), found({{A::NameRegex, "7"}}));
-    for (int i = 0; i < 2500; ++i) machine_->packages().announce(std::to_string(i) + "$");
+    for (int i = 0; i < 2500; ++i) context_->packages().announce(std::to_string(i) + "$");
     EXPECT_EQ((Rows{"a7 1 amd64"}), found({{A::NameRegex, "7$"}}));
     EXPECT_EQ((Rows{"a1500 1 amd64", "b1500 1 amd64"}), found({{A::NameRegex, "1500$"}}));
     EXPECT_EQ(Rows(), found({{A::NameRegex, "2499$"}}));
-    EXPECT_NE(nullptr, machine_->packages().announced("2499$", *machine_));
+    EXPECT_NE(nullptr, context_->packages().announced("2499$"));
 }
 
 TEST_F(PackageLeaf, TypeArchitectureAndSourceSelect) {
@@ -280,7 +280,7 @@ TEST_F(PackageLeaf, TheSettingsSayWhichDatabasesAreRead) {
     tree_.write("srv/installed", "P:a\nV:3-r0\n\n");
     settings_.packages.types = {"apk"};
     EXPECT_EQ(Rows{"a 2-r0 "}, found({{A::Name, "a"}}));
-    machine_.reset();
+    context_.reset();
     settings_.packages.database = "/srv/installed";
     EXPECT_EQ(Rows{"a 3-r0 "}, found({{A::Name, "a"}}));
 }

@@ -19,7 +19,7 @@
 #include <thread>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -89,10 +89,10 @@ TEST_F(Sandbox, FilesAreReadAndWrittenAndThreadsRun) {
     tree_.write("opt/a/f", "abc");
     inside([this] {
         const Root root(tree_.path().string());
-        Machine machine(root, settings_);
-        EXPECT_EQ("abc", *machine.files().read("/opt/a/f", 10).bytes);
-        EXPECT_EQ(64U, machine.files().sha256("/opt/a/f").bytes->size());
-        EXPECT_EQ(1U, machine.hits({"/opt/**/f", 0, ""}).paths.size());
+        EvaluationContext context(root, settings_);
+        EXPECT_EQ("abc", *context.files().read("/opt/a/f", 10).bytes);
+        EXPECT_EQ(64U, context.files().sha256("/opt/a/f").bytes->size());
+        EXPECT_EQ(1U, context.tree().hits({"/opt/**/f", 0, ""}).paths.size());
         tree_.write("out", "written");
         EXPECT_EQ("written", zavtest::readAll(tree_.path() / "out"));
         int value = 0;
@@ -108,8 +108,8 @@ TEST_F(Sandbox, AWalkInManyThreadsHasRoom) {
     settings_.evaluation.jobs = 64;
     inside([this] {
         const Root root(tree_.path().string());
-        Machine machine(root, settings_);
-        EXPECT_EQ(200U, machine.hits({"/opt/**/f", 0, ""}).paths.size());
+        EvaluationContext context(root, settings_);
+        EXPECT_EQ(200U, context.tree().hits({"/opt/**/f", 0, ""}).paths.size());
     });
 }
 

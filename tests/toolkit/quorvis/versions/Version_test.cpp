@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -211,7 +212,7 @@ Truth tested(Attribute attribute, const char* bound, const char* version, const 
         leaf.attributes.push_back({Attribute::Scheme, Template(scheme)});
         values.emplace_back(scheme);
     }
-    return passesVersionTests(Query(leaf, values), Scheme::Dotted, version);
+    return evaluateVersionTests(Query(leaf, values), Scheme::Dotted, version);
 }
 
 TEST(VersionTest, EachTestSaysWhichSideOfItsBoundPasses) {
@@ -247,7 +248,7 @@ TEST(VersionTest, OnlyTheFiveTestsAreTests) {
     Leaf leaf;
     leaf.attributes = {{Attribute::Scheme, Template("deb")}};
     EXPECT_FALSE(hasVersionTest(Query(leaf, {"deb"})));
-    EXPECT_EQ(Truth::True, passesVersionTests(Query(leaf, {"deb"}), Scheme::Deb, "no version"));
+    EXPECT_EQ(Truth::True, evaluateVersionTests(Query(leaf, {"deb"}), Scheme::Deb, "no version"));
     leaf.attributes = {{Attribute::Below, Template("1")}};
     EXPECT_TRUE(hasVersionTest(Query(leaf, {"1"})));
 }

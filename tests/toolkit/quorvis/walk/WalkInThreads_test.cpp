@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Machine.h"
-#include "toolkit/quorvis/walk/TreeWalk.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/walk/TreeSearch.h"
 
 namespace {
 
@@ -80,9 +80,9 @@ class WalkInThreads : public ::testing::Test {
     std::vector<GlobHits> walk(unsigned jobs, const std::vector<GlobRequest>& requests) {
         const Root root(tree_.path().string());
         settings_.evaluation.jobs = jobs;
-        Machine machine(root, settings_);
+        EvaluationContext context(root, settings_);
         threadsStarted = 0;
-        return walkTree(machine, requests);
+        return context.tree().walk(requests);
     }
     // Walks in more and more threads, each time with the hits of one.
     void expectSame(const std::vector<GlobRequest>& requests) {

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/walk/TreeWalk.h"
+#include "toolkit/quorvis/walk/TreeSearch.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -12,7 +12,7 @@
 #include <set>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
 #include "toolkit/quorvis/walk/MountTable.h"
 
 namespace toolkit::quorvis {
@@ -32,8 +32,8 @@ class TreeWalk : public ::testing::TestWithParam<Root::Lookup> {
     }
     std::vector<GlobHits> walk(const std::vector<GlobRequest>& requests) {
         const Root root(tree_.path().string(), GetParam());
-        Machine machine(root, settings_);
-        return walkTree(machine, requests);
+        EvaluationContext context(root, settings_);
+        return context.tree().walk(requests);
     }
     GlobHits walk(const std::string& pattern, unsigned maxDepth = 0, const std::string& exclude = "") {
         return walk({{pattern, maxDepth, exclude}}).front();
@@ -433,10 +433,10 @@ TEST(TreeWalkOfTheLiveMachine, FindsFilesAndKeepsOutOfProc) {
     fs::permissions(dir.path(), fs::perms(0755));
     const Root root;
     const Settings settings;
-    Machine machine(root, settings);
+    EvaluationContext context(root, settings);
     const std::string base = dir.path().string();
-    EXPECT_EQ((Paths{base + "/a/b/f"}), machine.hits({base + "/**/f", 0, ""}).paths);
-    EXPECT_EQ((Paths{}), machine.hits({base + "/*/stat*", 0, ""}).paths);
+    EXPECT_EQ((Paths{base + "/a/b/f"}), context.tree().hits({base + "/**/f", 0, ""}).paths);
+    EXPECT_EQ((Paths{}), context.tree().hits({base + "/*/stat*", 0, ""}).paths);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/leaves/Leaves.h"
+#include "toolkit/quorvis/leaves/LeafCache.h"
 
 #include <algorithm>
 #include <limits>
@@ -41,14 +41,14 @@ bool isConstant(const Leaf& leaf) {
 
 }  // namespace
 
-void Leaves::expect(std::span<const Signature> signatures) {
+void LeafCache::expect(std::span<const Signature> signatures) {
     std::size_t count = 0;
     for (const Signature& signature : signatures) count += signature.leaves.size();
     results_.reserve(count);
     known_.resize(count);
 }
 
-std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::string_view& missing) {
+std::optional<Query> LeafCache::query(const Leaf& leaf, const Scope& scope, std::string_view& missing) {
     if (isConstant(leaf)) return Query(leaf);
     std::vector<std::string> values;
     values.reserve(leaf.attributes.size());
@@ -61,36 +61,36 @@ std::optional<Query> Leaves::query(const Leaf& leaf, const Scope& scope, std::st
     return Query(leaf, std::move(values));
 }
 
-const LeafResult& Leaves::result(const Query& query) {
+const LeafResult& LeafCache::result(const Query& query) {
     const LeafResult*& result = results_[query];
     if (result == nullptr) {
         held_ += kOverhead + query.size();
-        result = keep(lookUp(query, machine_));
+        result = keep(lookUp(query, context_));
     }
     const std::size_t number = query.leaf().number;
     if (number < known_.size() && isConstant(query.leaf())) known_[number] = result;
     return *result;
 }
 
-const LeafResult* Leaves::keep(LeafResult result) {
+const LeafResult* LeafCache::keep(LeafResult result) {
     const bool nothing = result.items.empty() && result.events.empty() && !result.incomplete;
     if (nothing) return &nothing_;
     held_ += sizeOf(result);
     return &kept_.emplace_back(std::move(result));
 }
 
-void Leaves::forget() {
+void LeafCache::forget() {
     results_.clear();
     kept_.clear();
     std::ranges::fill(known_, nullptr);
     held_ = 0;
 }
 
-bool Leaves::holdTooMuch() const {
+bool LeafCache::holdTooMuch() const {
     return held_ > kHeldAtMost;
 }
 
-const LeafResult* Leaves::known(const Leaf& leaf) const {
+const LeafResult* LeafCache::known(const Leaf& leaf) const {
     return leaf.number < known_.size() ? known_[leaf.number] : nullptr;
 }
 

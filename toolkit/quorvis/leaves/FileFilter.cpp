@@ -1,11 +1,11 @@
-#include "toolkit/quorvis/leaves/FileTests.h"
+#include "toolkit/quorvis/leaves/FileFilter.h"
 
 #include <charconv>
 #include <limits>
 
 #include "kest/Ascii.h"
 #include "toolkit/quorvis/facts/Accounts.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
 
 namespace toolkit::quorvis {
 
@@ -26,18 +26,18 @@ bool isOrAny(const std::optional<std::uint64_t>& wanted, std::uint64_t value) {
 
 }  // namespace
 
-FileTests::FileTests(const Query& query, Machine& machine, LeafResult& result)
+FileFilter::FileFilter(const Query& query, EvaluationContext& context, LeafResult& result)
     : size_(number(query, Attribute::Size, 10, result)),
       minSize_(number(query, Attribute::MinSize, 10, result)),
       maxSize_(number(query, Attribute::MaxSize, 10, result)),
       mode_(number(query, Attribute::Mode, 8, result)),
       sha256_(kest::lowerCase(query.get(Attribute::Sha256))) {
     readKind(query, result);
-    readOwner(query, machine, result);
+    readOwner(query, context, result);
 }
 
-std::optional<std::uint64_t> FileTests::number(const Query& query, Attribute attribute, int base,
-                                               LeafResult& result) {
+std::optional<std::uint64_t> FileFilter::number(const Query& query, Attribute attribute, int base,
+                                                LeafResult& result) {
     if (!query.has(attribute)) return std::nullopt;
     const std::optional<std::uint64_t> value = parsed(query.get(attribute), base);
     if (!value) {
@@ -48,7 +48,7 @@ std::optional<std::uint64_t> FileTests::number(const Query& query, Attribute att
     return value;
 }
 
-void FileTests::readKind(const Query& query, LeafResult& result) {
+void FileFilter::readKind(const Query& query, LeafResult& result) {
     const std::string_view kind = query.get(Attribute::Kind);
     if (kind.empty() || kind == "any") return;
     if (kind == "file")
@@ -62,22 +62,22 @@ void FileTests::readKind(const Query& query, LeafResult& result) {
     valid_ = valid_ && kind_.has_value();
 }
 
-void FileTests::readOwner(const Query& query, Machine& machine, LeafResult& result) {
+void FileFilter::readOwner(const Query& query, EvaluationContext& context, LeafResult& result) {
     if (!query.has(Attribute::Owner)) return;
     const std::string_view owner = query.get(Attribute::Owner);
     owner_ = parsed(owner, 10);
     if (owner_) return;
-    const Files::Facts accounts = machine.files().look("/etc/passwd");
+    const Files::Facts accounts = context.files().look("/etc/passwd");
     if (accounts.access == Access::Failed) {
         valid_ = false;
         result.fail(EventCode::Io, "/etc/passwd", "Cannot be told who " + std::string(owner) + " is");
         return;
     }
-    const std::optional<std::uint32_t> number = userNumber(machine.root(), owner);
+    const std::optional<std::uint32_t> number = userNumber(context.root(), owner);
     owner_ = number ? std::uint64_t{*number} : kNobody;
 }
 
-bool FileTests::pass(const FileFacts& facts) const {
+bool FileFilter::pass(const FileFacts& facts) const {
     if (kind_ && *kind_ != facts.kind) return false;
     if (minSize_ && facts.size < *minSize_) return false;
     if (maxSize_ && facts.size > *maxSize_) return false;

@@ -1,8 +1,8 @@
-#include "toolkit/quorvis/leaves/CapturedFields.h"
+#include "toolkit/quorvis/leaves/RegexCaptures.h"
 
 #include <algorithm>
 
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/formats/ParseLimits.h"
 
 namespace toolkit::quorvis {
 
@@ -30,7 +30,7 @@ bool Matches::has(int group) const {
 
 std::string Matches::value(int group) const {
     const re2::StringPiece& text = groups_[static_cast<std::size_t>(group)];
-    return std::string(text.data(), std::min(text.size(), kLongestValue));
+    return std::string(text.data(), std::min(text.size(), kMaxValueSize));
 }
 
 int lastCapture(const Query& query) {
@@ -45,13 +45,13 @@ void addCaptures(const Query& query, const Matches& match, Item& item) {
     }
 }
 
-bool roomForMatch(Machine& machine, const std::string& path, LeafResult& result) {
-    const std::uint64_t limit = machine.settings().fileSystem.maxMatches;
+bool roomForMatch(EvaluationContext& context, const std::string& path, LeafResult& result) {
+    const std::uint64_t limit = context.settings().fileSystem.maxMatches;
     if (result.items.size() >= limit) {
         result.fail(EventCode::LimitMatches, path, "more than " + std::to_string(limit) + " matches");
         return false;
     }
-    machine.effort().watchTime();
+    context.budget().checkTime();
     return true;
 }
 

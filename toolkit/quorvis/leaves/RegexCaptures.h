@@ -7,12 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/leaves/Leaf.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
-
-// Longer values of an item are cut: nothing that is reported may be so long.
-constexpr std::size_t kLongestValue = std::size_t{8} << 10;
 
 // Walks through the matches of an expression in a text; they do not overlap.
 class Matches {
@@ -45,6 +43,6 @@ int lastCapture(const Query& query);
 void addCaptures(const Query& query, const Matches& match, Item& item);
 
 // Whether another match may become an item. Otherwise that there are too many fails in the result.
-bool roomForMatch(Machine& machine, const std::string& path, LeafResult& result);
+bool roomForMatch(EvaluationContext& context, const std::string& path, LeafResult& result);
 
 }  // namespace toolkit::quorvis

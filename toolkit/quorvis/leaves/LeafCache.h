@@ -9,15 +9,15 @@
 #include <vector>
 
 #include "toolkit/quorvis/language/Variables.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
-#include "toolkit/quorvis/leaves/Machine.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
 
 // Answers to leaves. Leaves that ask the same, of whatever signatures, are looked up once.
-class Leaves {
+class LeafCache {
   public:
-    explicit Leaves(Machine& machine) : machine_(machine) {}
+    explicit LeafCache(EvaluationContext& context) : context_(context) {}
 
     // These signatures' leaves will be asked for. REQUIRES: they are all that a file holds.
     void expect(std::span<const Signature> signatures);
@@ -41,7 +41,7 @@ class Leaves {
 
     const LeafResult* keep(LeafResult result);
 
-    Machine& machine_;
+    EvaluationContext& context_;
     std::unordered_map<Query, const LeafResult*, Hash> results_;
     std::deque<LeafResult> kept_;
     const LeafResult nothing_;              // what most leaves find

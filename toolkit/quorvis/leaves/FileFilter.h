@@ -5,15 +5,15 @@
 #include <string>
 
 #include "toolkit/quorvis/files/Files.h"
-#include "toolkit/quorvis/leaves/Leaf.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
 
 // What a query of kind File or Glob asks of a file besides its path.
-class FileTests {
+class FileFilter {
   public:
     // Reads the query; a value that is wrong fails in the result, and then valid() is false.
-    FileTests(const Query& query, Machine& machine, LeafResult& result);
+    FileFilter(const Query& query, EvaluationContext& context, LeafResult& result);
 
     bool valid() const { return valid_; }
     // Whether the files in question are links themselves, not what they lead to.
@@ -25,7 +25,7 @@ class FileTests {
 
   private:
     void readKind(const Query& query, LeafResult& result);
-    void readOwner(const Query& query, Machine& machine, LeafResult& result);
+    void readOwner(const Query& query, EvaluationContext& context, LeafResult& result);
     std::optional<std::uint64_t> number(const Query& query, Attribute attribute, int base,
                                         LeafResult& result);
 

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvis/files/LookupBudget.h"
+#include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/settings/Settings.h"
+
+namespace toolkit::quorvis {
+
+// What to look for in the tree of files.
+struct GlobRequest {
+    std::string pattern;    // absolute, as the language defines it
+    unsigned maxDepth = 0;  // levels below the pattern's fixed directories; 0 for the setting's
+    std::string exclude;    // a pattern of paths that are skipped; empty for none
+};
+
+struct GlobHits {
+    std::vector<std::string> paths;  // sorted by bytes; several paths may lead to one file
+    bool incomplete = false;
+    std::vector<Event> events;
+};
+
+// Searches the tree of files for paths that match patterns, and keeps what it finds.
+class TreeSearch {
+  public:
+    // REQUIRES: all arguments outlive this.
+    TreeSearch(const Root& root, const Settings& settings, LookupBudget& budget)
+        : root_(root), settings_(settings), budget_(budget) {}
+
+    // What matches a request. Walks through directories unless an earlier walk had the same request.
+    const GlobHits& hits(const GlobRequest& request);
+    // Finds what matches each of these requests, in one walk.
+    void searchAhead(std::vector<GlobRequest> requests);
+
+    // From now on no directories are walked; the hits of new requests are incomplete.
+    void refuseWalks() { walks_ = false; }
+
+    // Walks once for all requests. Enters a directory at most once, and only where a match can be.
+    std::vector<GlobHits> walk(std::span<const GlobRequest> requests);
+
+  private:
+    std::vector<GlobHits> walkUntil(std::chrono::steady_clock::time_point deadline,
+                                    std::span<const GlobRequest> requests);
+
+    const Root& root_;
+    const Settings& settings_;
+    LookupBudget& budget_;
+    std::unordered_map<std::string, GlobHits> hits_;
+    std::atomic<std::uint64_t> namesSeen_ = 0;  // in all walks
+    bool walks_ = true;
+};
+
+}  // namespace toolkit::quorvis
