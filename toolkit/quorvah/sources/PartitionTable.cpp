@@ -1,7 +1,11 @@
 #include "toolkit/quorvah/sources/PartitionTable.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
+#include <utility>
+
+#include "tessa/Utf8.h"
 
 namespace toolkit::quorvah {
 
@@ -13,11 +17,14 @@ constexpr std::size_t kMbrEntrySize = 16;
 constexpr unsigned kProtective = 0xEE;  // the whole disk belongs to a GPT
 
 constexpr std::size_t kGptHeaderSize = 92;
-constexpr std::size_t kGptEntrySize = 128;
-constexpr std::uint64_t kMostEntries = 1024;  // far more than tools make
+constexpr std::size_t kGptEntrySize = 128;  // at least
+constexpr std::size_t kMaxEntrySize = 4096;
+constexpr std::size_t kGptNameLength = 36;  // UTF-16 code units
+constexpr std::size_t kGuidSize = 16;
+constexpr std::uint64_t kMaxEntries = 1024;  // far more than tools make
 
 constexpr int kFirstLogical = 5;
-constexpr int kMostLogical = 256;
+constexpr int kMaxLogical = 256;
 
 std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) {
     std::uint64_t value = 0;
@@ -33,44 +40,39 @@ std::string hex(std::uint64_t value, int digits) {
     return text;
 }
 
-// The first three fields of a GUID on disk have their lowest byte first.
-std::string guid(std::string_view bytes) {
-    std::string tail;
-    for (std::size_t i = 8; i < 16; ++i) tail += hex(number(bytes, i, 1), 2);
-    return hex(number(bytes, 0, 4), 8) + "-" + hex(number(bytes, 4, 2), 4) + "-" +
-           hex(number(bytes, 6, 2), 4) + "-" + tail.substr(0, 4) + "-" + tail.substr(4);
+// The number at `offset`, two digits for each byte.
+std::string hexAt(std::string_view bytes, std::size_t offset, std::size_t width) {
+    return hex(number(bytes, offset, width), 2 * static_cast<int>(width));
 }
 
-// UTF-16 of the lowest byte first, up to a zero, as UTF-8. Halves of pairs are left out.
-std::string utf8(std::string_view bytes) {
+// The first three fields of a GUID on disk have their lowest byte first.
+std::string guid(std::string_view bytes) {
+    std::string text = hexAt(bytes, 0, 4) + "-" + hexAt(bytes, 4, 2) + "-" + hexAt(bytes, 6, 2) + "-";
+    for (std::size_t i = 8; i < kGuidSize; ++i) {
+        if (i == 10) text += '-';
+        text += hexAt(bytes, i, 1);
+    }
+    return text;
+}
+
+// The name of a partition, UTF-16 up to a zero, as UTF-8. Halves of pairs are left out.
+std::string name(std::string_view units) {
     std::string text;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        std::uint64_t unit = number(bytes, i, 2);
+    wchar_t high = 0;  // the first half of a pair whose second half may follow
+    for (std::size_t i = 0; i < kGptNameLength; ++i) {
+        auto unit = static_cast<wchar_t>(number(units, 2 * i, 2));
         if (unit == 0) break;
-        const bool high = unit >= 0xD800 && unit < 0xDC00;
-        if (high && i + 3 < bytes.size()) {
-            const std::uint64_t low = number(bytes, i + 2, 2);
-            if (low < 0xDC00 || low > 0xDFFF) continue;
-            unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
-            i += 2;
+        const wchar_t before = std::exchange(high, 0);
+        if (unit >= 0xD800 && unit <= 0xDBFF) {
+            high = unit;
+            continue;
         }
-        if (unit >= 0xD800 && unit <= 0xDFFF) continue;
-        const auto add = [&text](std::uint64_t byte) { text += static_cast<char>(byte); };
-        if (unit < 0x80) {
-            add(unit);
-        } else if (unit < 0x800) {
-            add(0xC0 | unit >> 6U);
-            add(0x80 | (unit & 0x3FU));
-        } else if (unit < 0x10000) {
-            add(0xE0 | unit >> 12U);
-            add(0x80 | (unit >> 6U & 0x3FU));
-            add(0x80 | (unit & 0x3FU));
-        } else {
-            add(0xF0 | unit >> 18U);
-            add(0x80 | (unit >> 12U & 0x3FU));
-            add(0x80 | (unit >> 6U & 0x3FU));
-            add(0x80 | (unit & 0x3FU));
+        if (unit >= 0xDC00 && unit <= 0xDFFF) {
+            if (before == 0) continue;
+            unit = 0x10000 + ((before - 0xD800) << 10) + (unit - 0xDC00);
         }
+        std::array<char, 4> bytes;
+        text.append(bytes.data(), tessa::narrowUtf8(unit, bytes.data()));
     }
     return text;
 }
@@ -81,17 +83,16 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
     if (header.size() < kGptHeaderSize || !header.starts_with("EFI PART")) return table;
     table.type = "gpt";
     const std::uint64_t block = number(header, 72, 8);
-    const std::uint64_t count = std::min(number(header, 80, 4), kMostEntries);
+    const std::uint64_t count = std::min(number(header, 80, 4), kMaxEntries);
     const std::uint64_t size = number(header, 84, 4);
-    if (size < kGptEntrySize || size > 4096 || block > UINT64_MAX / blockSize) return table;
+    if (size < kGptEntrySize || size > kMaxEntrySize || block > UINT64_MAX / blockSize) return table;
     const std::string entries = read(block * blockSize, count * size);
     for (std::uint64_t i = 0; (i + 1) * size <= entries.size(); ++i) {
         const std::string_view entry = std::string_view(entries).substr(i * size, size);
-        if (entry.substr(0, 16).find_first_not_of('\0') == std::string_view::npos) continue;
+        if (entry.substr(0, kGuidSize).find_first_not_of('\0') == std::string_view::npos) continue;
         constexpr std::uint64_t kLegacyBoot = 4;
-        table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(16)),
-                                 utf8(entry.substr(56, 72)), true,
-                                 (number(entry, 48, 8) & kLegacyBoot) != 0});
+        table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(kGuidSize)),
+                                 name(entry.substr(56)), true, (number(entry, 48, 8) & kLegacyBoot) != 0});
     }
     return table;
 }
@@ -147,7 +148,7 @@ class DosTable {
     // Each logical partition has a sector of its own that also tells where the next one is.
     void readLogical(std::uint64_t extended) {
         std::uint64_t block = extended;
-        for (int seen = 0; seen < kMostLogical; ++seen) {
+        for (int seen = 0; seen < kMaxLogical; ++seen) {
             const std::string sector = read_(block * blockSize_, kMbrSize);
             if (!isMbr(sector)) return;
             const MbrEntry logical = mbrEntry(sector, 0);
