@@ -140,11 +140,11 @@ class NewFile {
     // Tries names that nobody has, until `take` takes one.
     template <class Take>
     void takeName(const Take& take) {
-        constexpr std::size_t kLongest = 200;  // leaves room for what comes behind it
+        constexpr std::size_t kMaxLength = 200;  // leaves room for what comes behind it
         std::random_device random;
         for (int tries = 0; tries < 100; ++tries) {
             const std::string name =
-                place_.name().substr(0, kLongest) + '.' + std::to_string(random()) + ".new";
+                place_.name().substr(0, kMaxLength) + '.' + std::to_string(random()) + ".new";
             if (take(name.c_str())) {
                 name_ = name;
                 return;

@@ -7,7 +7,7 @@ namespace toolkit {
 namespace {
 
 constexpr std::size_t kBuffer = std::size_t{128} << 10;  // stays in the processor's cache
-constexpr std::size_t kLongestParagraph = std::size_t{16} << 20;
+constexpr std::size_t kMaxParagraph = std::size_t{16} << 20;
 
 constexpr std::string_view kParting = "\n\n";
 
@@ -102,7 +102,7 @@ std::string_view ParagraphReader::next() {
             searched_ = 0;
             return paragraphs;
         }
-        if (end_ - begin_ >= kLongestParagraph) pass();
+        if (end_ - begin_ >= kMaxParagraph) pass();
     }
     return takeRest();
 }

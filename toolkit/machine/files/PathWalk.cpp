@@ -13,7 +13,7 @@ namespace toolkit {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // as the kernel has it
+constexpr int kMaxLinks = 40;  // as the kernel has it
 
 // The components of `path` in reverse order, to be put on a stack.
 std::vector<std::string> reversedComponents(std::string_view path) {
@@ -78,7 +78,7 @@ kest::Descriptor openByComponent(int tree, std::string_view path, int flags) {
         const bool keepLink = last && (flags & O_NOFOLLOW) != 0;
         const std::string link = keepLink ? std::string() : linkText(walk.directory(), name);
         if (!link.empty()) {
-            if (++links > kMostLinks) {
+            if (++links > kMaxLinks) {
                 errno = ELOOP;
                 return {};
             }

@@ -174,7 +174,7 @@ std::vector<std::string> Root::list(std::string_view path) const {
     while (const dirent* const entry = ::readdir(directory.get())) {
         constexpr std::size_t kBetweenLooks = 1024;
         if (names.size() % kBetweenLooks == 0) checkTime();
-        if (names.size() == kMostNames) {
+        if (names.size() == kMaxNames) {
             ++excesses_;
             break;
         }

@@ -45,7 +45,7 @@ class Root {
 
     static constexpr std::size_t kFileLimit = std::size_t{64} << 20;
     static constexpr std::size_t kLineLimit = std::size_t{64} << 10;
-    static constexpr std::size_t kMostNames = 200'000;
+    static constexpr std::size_t kMaxNames = 200'000;
 
     // The content of a regular file; none when it cannot be read or is larger than `limit`.
     std::optional<std::string> read(std::string_view path, std::size_t limit = kFileLimit) const;
@@ -54,7 +54,7 @@ class Root {
     // The decimal number that a file's first line is; none for one that has a sign or does not fit.
     Count readCount(std::string_view path) const;
 
-    // The names in a directory, sorted, without "." and "..": kMostNames of them when there are more.
+    // The names in a directory, sorted, without "." and "..": kMaxNames of them when there are more.
     std::vector<std::string> list(std::string_view path) const;
     // The text of a symbolic link, and the last component of it.
     std::string readLink(std::string_view path) const;

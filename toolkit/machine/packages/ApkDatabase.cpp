@@ -1,5 +1,8 @@
 #include "toolkit/machine/packages/ApkDatabase.h"
 
+#include "toolkit/machine/files/ParagraphReader.h"
+#include "toolkit/machine/packages/PackageDatabase.h"
+#include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit {
@@ -30,7 +33,7 @@ std::string_view* valueOf(char letter, ApkPackage& package) {
 
 }  // namespace
 
-bool ApkDatabase::next(ApkPackage& package) {
+bool ApkParser::next(ApkPackage& package) {
     package = {};
     std::string_view line;
     while (nextLine(rest_, line)) {
@@ -46,5 +49,56 @@ bool ApkDatabase::next(ApkPackage& package) {
     package = {};
     return false;
 }
+
+namespace {
+
+using Damage = PackageReading::Damage;
+
+ApkPackage keptTexts(ApkPackage package, PackageTexts& texts) {
+    for (std::string_view* const text :
+         {&package.name, &package.version, &package.architecture, &package.maintainer, &package.description,
+          &package.origin, &package.installedSize})
+        *text = keepValue(*text, texts);
+    return package;
+}
+
+InstalledPackage packageOf(const ApkPackage& apk, std::string_view database) {
+    InstalledPackage package;
+    package.type = PackageType::Apk;
+    package.name = apk.name;
+    package.version = apk.version;
+    splitVersion(package);
+    package.architecture = apk.architecture;
+    package.source = apk.origin;
+    package.maintainer = apk.maintainer;
+    package.description = apk.description;
+    package.bytes = readCount(apk.installedSize);
+    package.database = database;
+    return package;
+}
+
+PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
+                             const PackageVisitor& visit) {
+    const std::string path = database.empty() ? "/lib/apk/db/installed" : database;
+    PackageReading result;
+    ParagraphReader file(root, path, texts.budget());
+    if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
+    const std::string_view kept = texts.keep(path);
+    for (std::string_view text = file.next(); !text.empty(); text = file.next()) {
+        ApkParser packages(text);
+        ApkPackage apk;
+        while (packages.next(apk) && texts.budget().item()) {
+            const InstalledPackage package = packageOf(keptTexts(apk, texts), kept);
+            if (!texts.budget().isSpent()) visit(package);
+        }
+    }
+    if (!file.whole()) result.note(Damage::Broken, path, file.damagedAt());
+    if (texts.budget().isSpent()) result.note(Damage::TooLarge, path);
+    return result;
+}
+
+}  // namespace
+
+constinit const PackageDatabase kApkDatabase{PackageType::Apk, "apk", "apk", true, visitPackages};
 
 }  // namespace toolkit

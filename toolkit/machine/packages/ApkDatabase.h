@@ -16,12 +16,11 @@ struct ApkPackage {
     std::string_view installedSize;  // bytes
 };
 
-// Reads the packages of an apk database one after the other. A paragraph without a package name is passed
-// over.
-class ApkDatabase {
+// Reads the packages of an apk database one after the other. A paragraph without a package name is skipped.
+class ApkParser {
   public:
-    // `text` outlives the packages.
-    explicit ApkDatabase(std::string_view text) : rest_(text) {}
+    // REQUIRES: `text` outlives the packages.
+    explicit ApkParser(std::string_view text) : rest_(text) {}
 
     // False at the end of the file, with `package` emptied.
     bool next(ApkPackage& package);

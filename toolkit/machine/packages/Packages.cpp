@@ -2,27 +2,18 @@
 
 #include <algorithm>
 
+#include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/packages/PackageUrl.h"
 #include "toolkit/machine/text/ShellVariables.h"
 
 namespace toolkit {
 namespace {
 
-struct TypeRow {
-    std::string_view name;
-    std::string_view urlType;
-    bool ofDistribution;  // whether the distribution is the name space of its package URLs
-    PackageDatabase (*visit)(const Root&, const std::string&, PackageTexts&, const PackageVisitor&);
-};
-
 // In the order of PackageType.
-constexpr TypeRow kRows[] = {
-    {"dpkg", "deb", true, visitDpkgPackages}, {"rpm", "rpm", true, visitRpmPackages},
-    {"apk", "apk", true, visitApkPackages},   {"pacman", "alpm", true, visitPacmanPackages},
-    {"snap", "snap", false, visitSnaps},      {"flatpak", "flatpak", false, visitFlatpaks},
-};
+constexpr const PackageDatabase* kDatabases[] = {&kDpkgDatabase,   &kRpmDatabase,  &kApkDatabase,
+                                                 &kPacmanDatabase, &kSnapDatabase, &kFlatpakDatabase};
 
-using Damage = PackageDatabase::Damage;
+using Damage = PackageReading::Damage;
 
 Damage damageOf(Budget::Spent spent) {
     switch (spent) {
@@ -35,7 +26,7 @@ Damage damageOf(Budget::Spent spent) {
     }
 }
 
-// What none of these texts may be longer than kLongestValue for.
+// What none of these texts may be longer than kMaxValueLength for.
 constexpr std::string_view InstalledPackage::*kNeeded[] = {
     &InstalledPackage::name, &InstalledPackage::version, &InstalledPackage::architecture};
 constexpr std::string_view InstalledPackage::*kOthers[] = {
@@ -45,24 +36,24 @@ constexpr std::string_view InstalledPackage::*kOthers[] = {
 
 template <std::size_t Count>
 bool anyTooLong(const InstalledPackage& package, std::string_view InstalledPackage::*const (&texts)[Count]) {
-    return std::ranges::any_of(texts, [&](auto text) { return (package.*text).size() > kLongestValue; });
+    return std::ranges::any_of(texts, [&](auto text) { return (package.*text).size() > kMaxValueLength; });
 }
 
 InstalledPackage withoutLongTexts(InstalledPackage package) {
     for (const auto text : kOthers) {
-        if ((package.*text).size() > kLongestValue) package.*text = {};
+        if ((package.*text).size() > kMaxValueLength) package.*text = {};
     }
     return package;
 }
 
-const TypeRow& rowOf(PackageType type) {
-    return kRows[static_cast<std::size_t>(type)];
+const PackageDatabase& databaseOf(PackageType type) {
+    return *kDatabases[static_cast<std::size_t>(type)];
 }
 
 }  // namespace
 
 std::string_view nameOf(PackageType type) {
-    return rowOf(type).name;
+    return databaseOf(type).name;
 }
 
 std::optional<PackageType> packageTypeNamed(std::string_view name) {
@@ -72,8 +63,8 @@ std::optional<PackageType> packageTypeNamed(std::string_view name) {
     return {};
 }
 
-PackageDatabase visitPackages(PackageType type, const Root& root, const std::string& database,
-                              PackageTexts& texts, const PackageVisitor& visit) {
+PackageReading visitPackages(PackageType type, const Root& root, const std::string& database,
+                             PackageTexts& texts, const PackageVisitor& visit) {
     texts.begin();
     std::string_view tooLong;  // the file with a package that is left out
     const PackageVisitor visitBelievable = [&](const InstalledPackage& package) {
@@ -85,21 +76,21 @@ PackageDatabase visitPackages(PackageType type, const Root& root, const std::str
             visit(package);
         }
     };
-    PackageDatabase result = rowOf(type).visit(root, database, texts, visitBelievable);
+    PackageReading result = databaseOf(type).visit(root, database, texts, visitBelievable);
     if (texts.budget().isSpent()) result.damage = damageOf(texts.budget().spent());
     if (!tooLong.empty()) result.note(Damage::Broken, tooLong);
     return result;
 }
 
 std::string packageUrl(const InstalledPackage& package, std::string_view distribution) {
-    const TypeRow& row = rowOf(package.type);
+    const PackageDatabase& kind = databaseOf(package.type);
     std::string_view version = package.version;
     std::string_view epoch;
     if (package.type == PackageType::Rpm && !package.epoch.empty()) {
         epoch = package.epoch;
         version.remove_prefix(epoch.size() + 1);
     }
-    return packageUrl(row.urlType, row.ofDistribution ? distribution : std::string_view(), package.name,
+    return packageUrl(kind.urlType, kind.ofDistribution ? distribution : std::string_view(), package.name,
                       version,
                       {{"arch", package.architecture}, {"branch", package.branch}, {"epoch", epoch}});
 }

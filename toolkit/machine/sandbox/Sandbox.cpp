@@ -16,7 +16,7 @@ namespace toolkit {
 
 namespace {
 
-constexpr std::uint64_t kLargestOutput = std::uint64_t{4} << 30;
+constexpr std::uint64_t kMaxOutput = std::uint64_t{4} << 30;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -78,7 +78,7 @@ std::string enterSandbox(const SandboxNeeds& needs) {
     note(gainNoPrivileges(), "ban on new privileges");
     note(limitMemory(needs), "memory limit");
     std::signal(SIGXFSZ, SIG_IGN);  // a write that is too much fails
-    note(limit(RLIMIT_FSIZE, kLargestOutput), "limit of file sizes");
+    note(limit(RLIMIT_FSIZE, kMaxOutput), "limit of file sizes");
     note(limit(RLIMIT_CORE, 0), "ban on core dumps");
     note(dropCapabilities(), "dropping of capabilities");
     note(filterSystemCalls(needs.calls), "system call filter");

@@ -8,7 +8,7 @@
 namespace toolkit {
 
 // The longest value that is believed, in bytes. What is longer is no name, version or line of text.
-inline constexpr std::size_t kLongestValue = 4096;
+inline constexpr std::size_t kMaxValueLength = 4096;
 
 // What reading something that a stranger may have made may cost: far more than anything real does.
 struct Allowance {

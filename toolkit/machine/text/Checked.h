@@ -11,12 +11,12 @@
 
 namespace toolkit {
 
-// A number from 0 to kMostCount; none when it is unknown.
+// A number from 0 to kMaxCount; none when it is unknown.
 using Count = std::optional<std::uint64_t>;
-inline constexpr std::uint64_t kMostCount = std::numeric_limits<std::int64_t>::max();
+inline constexpr std::uint64_t kMaxCount = std::numeric_limits<std::int64_t>::max();
 
 inline Count counted(std::uint64_t number) {
-    return number <= kMostCount ? Count(number) : std::nullopt;
+    return number <= kMaxCount ? Count(number) : std::nullopt;
 }
 
 inline Count sum(Count left, Count right) {

@@ -65,7 +65,7 @@ class Gatherer {
 
     void gather() {
         for (const PackageType type : kPackageTypes) {
-            const PackageDatabase database = visitPackages(
+            const PackageReading database = visitPackages(
                 type, root_, {}, *texts_, [&](const InstalledPackage& package) { add(package); });
             note(type, database);
         }
@@ -108,8 +108,8 @@ class Gatherer {
         return dates_->of(package);
     }
 
-    static const char* wordOf(PackageDatabase::Damage damage) {
-        using Damage = PackageDatabase::Damage;
+    static const char* wordOf(PackageReading::Damage damage) {
+        using Damage = PackageReading::Damage;
         switch (damage) {
             case Damage::None:
                 return nullptr;
@@ -129,7 +129,7 @@ class Gatherer {
         return "-broken";
     }
 
-    void note(PackageType type, const PackageDatabase& database) {
+    void note(PackageType type, const PackageReading& database) {
         const char* const word = wordOf(database.damage);
         if (word == nullptr) return;
         const std::string reason = std::string(nameOf(type)) + word;

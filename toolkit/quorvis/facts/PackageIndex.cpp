@@ -30,8 +30,8 @@ std::vector<PackageType> wantedTypes(const Settings::Packages& settings) {
     return types;
 }
 
-std::string_view describe(PackageDatabase::Damage damage) {
-    using Damage = PackageDatabase::Damage;
+std::string_view describe(PackageReading::Damage damage) {
+    using Damage = PackageReading::Damage;
     switch (damage) {
         case Damage::Unsupported:
             return "of a kind that cannot be read";
@@ -48,8 +48,8 @@ std::string_view describe(PackageDatabase::Damage damage) {
     }
 }
 
-EventCode codeOf(PackageDatabase::Damage damage) {
-    using Damage = PackageDatabase::Damage;
+EventCode codeOf(PackageReading::Damage damage) {
+    using Damage = PackageReading::Damage;
     switch (damage) {
         case Damage::Unreadable:
             return EventCode::Io;
@@ -113,7 +113,7 @@ void PackageIndex::loadAll() {
 
 void PackageIndex::loadType(PackageType type, const std::string& database) {
     const int denials = root_.denials();
-    const PackageDatabase read =
+    const PackageReading read =
         visitPackages(type, root_, database, texts_, [this](const InstalledPackage& package) {
             rows_.push_back({package.type, package.name, package.version, package.epoch, package.upstream,
                              package.release, package.architecture, package.source, package.branch,
@@ -127,10 +127,10 @@ void PackageIndex::loadType(PackageType type, const std::string& database) {
                          {},
                          {}}});
     }
-    if (read.damage != PackageDatabase::Damage::None) noteDamage(type, read);
+    if (read.damage != PackageReading::Damage::None) noteDamage(type, read);
 }
 
-void PackageIndex::noteDamage(PackageType type, const PackageDatabase& database) {
+void PackageIndex::noteDamage(PackageType type, const PackageReading& database) {
     std::string text = "the package database is ";
     text += describe(database.damage);
     if (database.offset != 0) text += " from byte " + std::to_string(database.offset) + " on";

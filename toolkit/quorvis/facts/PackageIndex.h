@@ -67,7 +67,7 @@ class PackageIndex {
     void loadType(PackageType type, const std::string& database);
     void matchAnnounced();
     void matchTogether(std::span<const std::string_view> regexes);
-    void noteDamage(PackageType type, const PackageDatabase& database);
+    void noteDamage(PackageType type, const PackageReading& database);
 
     const Root& root_;
     const Settings::Packages& settings_;

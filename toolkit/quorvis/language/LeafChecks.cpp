@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 
+#include "toolkit/machine/packages/Packages.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/language/ElementRules.h"
 #include "toolkit/quorvis/regex/PlainRegex.h"
@@ -54,7 +55,7 @@ bool isKind(std::string_view text) {
 }
 
 bool isPackageType(std::string_view text) {
-    return isAnyOf(text, {"dpkg", "rpm", "apk", "pacman", "snap", "flatpak", "any"});
+    return text == "any" || packageTypeNamed(text);
 }
 
 bool isComparison(std::string_view text) {

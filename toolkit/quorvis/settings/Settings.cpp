@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "kest/Ascii.h"
+#include "toolkit/machine/packages/Packages.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvis {
@@ -86,13 +87,6 @@ bool addPath(std::vector<std::string>& target, std::string_view text) {
     return true;
 }
 
-bool isPackageType(std::string_view name) {
-    for (const std::string_view type : {"dpkg", "rpm", "apk", "pacman", "snap", "flatpak"}) {
-        if (name == type) return true;
-    }
-    return false;
-}
-
 // Names between commas or blanks.
 bool addTypes(std::vector<std::string>& target, std::string_view text) {
     std::vector<std::string> added = target;
@@ -100,7 +94,7 @@ bool addTypes(std::vector<std::string>& target, std::string_view text) {
         std::string_view field = takeField(text, ',');
         for (std::string_view word = nextWord(field); !word.empty(); word = nextWord(field)) {
             std::string name = kest::lowerCase(word);
-            if (!isPackageType(name)) return false;
+            if (!packageTypeNamed(name)) return false;
             added.push_back(std::move(name));
         }
     }

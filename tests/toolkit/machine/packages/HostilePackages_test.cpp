@@ -15,7 +15,7 @@ namespace toolkit {
 namespace {
 
 namespace fs = std::filesystem;
-using Damage = PackageDatabase::Damage;
+using Damage = PackageReading::Damage;
 using Names = std::vector<std::string>;
 
 std::string stanza(const std::string& name, const std::string& more = {}) {
@@ -44,7 +44,7 @@ class HostilePackages : public testing::Test {
     }
 
     zavtest::ScratchDir tree_;
-    PackageDatabase result_;
+    PackageReading result_;
     std::vector<std::string> descriptions_;
     std::size_t kept_ = 0;
 };

@@ -10,7 +10,7 @@
 namespace toolkit {
 namespace {
 
-using Damage = PackageDatabase::Damage;
+using Damage = PackageReading::Damage;
 
 std::string stanza(const std::string& name, const std::string& version,
                    const std::string& architecture = "all", const std::string& state = "installed") {
@@ -38,7 +38,7 @@ class Packages : public testing::Test {
 
     zavtest::ScratchDir tree_;
     PackageTexts texts_;
-    PackageDatabase result_;
+    PackageReading result_;
     std::vector<std::string> databases_;
 };
 

@@ -8,7 +8,7 @@
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
-#include "toolkit/machine/packages/DpkgStatus.h"
+#include "toolkit/machine/packages/DpkgDatabase.h"
 #include "toolkit/machine/text/IsoTime.h"
 
 namespace toolkit::quorvah {

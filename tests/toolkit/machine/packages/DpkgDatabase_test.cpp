@@ -1,4 +1,4 @@
-#include "toolkit/machine/packages/DpkgStatus.h"
+#include "toolkit/machine/packages/DpkgDatabase.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ constexpr char kBash[] =
 
 std::vector<DpkgStanza> readAll(std::string_view text) {
     std::vector<DpkgStanza> stanzas;
-    DpkgStatus status(text);
+    DpkgStatusParser status(text);
     DpkgStanza stanza;
     while (status.next(stanza)) stanzas.push_back(stanza);
     return stanzas;
@@ -48,13 +48,13 @@ void expectBash(const DpkgStanza& stanza) {
     EXPECT_EQ("7164", stanza.installedSize);
 }
 
-TEST(DpkgStatus, AStanzaGivesItsFields) {
+TEST(DpkgStatusParser, AStanzaGivesItsFields) {
     const std::vector<DpkgStanza> stanzas = readAll(kBash);
     ASSERT_EQ(1U, stanzas.size());
     expectBash(stanzas[0]);
 }
 
-TEST(DpkgStatus, CarriageReturnsAreNoPartOfTheValues) {
+TEST(DpkgStatusParser, CarriageReturnsAreNoPartOfTheValues) {
     std::string text;
     for (const char c : std::string_view(kBash)) text += c == '\n' ? std::string("\r\n") : std::string(1, c);
     const std::string twice = text + "\r\n" + text;
@@ -64,23 +64,23 @@ TEST(DpkgStatus, CarriageReturnsAreNoPartOfTheValues) {
     expectBash(stanzas[1]);
 }
 
-TEST(DpkgStatus, TheLastStanzaMayLackItsLineEnd) {
+TEST(DpkgStatusParser, TheLastStanzaMayLackItsLineEnd) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nVersion: 1\n\nPackage: b\nVersion: 2");
     ASSERT_EQ(2U, stanzas.size());
     EXPECT_EQ("b", stanzas[1].package);
     EXPECT_EQ("2", stanzas[1].version);
 }
 
-TEST(DpkgStatus, SeveralBlankLinesPartStanzasLikeOne) {
+TEST(DpkgStatusParser, SeveralBlankLinesPartStanzasLikeOne) {
     EXPECT_EQ(2U, readAll("\n\nPackage: a\n\n\n\nPackage: b\n\n\n").size());
 }
 
-TEST(DpkgStatus, AnEmptyFileHasNoStanza) {
+TEST(DpkgStatusParser, AnEmptyFileHasNoStanza) {
     EXPECT_TRUE(readAll("").empty());
     EXPECT_TRUE(readAll("\n\n\n").empty());
 }
 
-TEST(DpkgStatus, AStanzaWithoutNameIsPassedOverAndLeavesNothingBehind) {
+TEST(DpkgStatusParser, AStanzaWithoutNameIsPassedOverAndLeavesNothingBehind) {
     const std::vector<DpkgStanza> stanzas =
         readAll("Version: 9\nArchitecture: mips\n\nPackage: b\nVersion: 2\n\nVersion: 7\n");
     ASSERT_EQ(1U, stanzas.size());
@@ -89,21 +89,21 @@ TEST(DpkgStatus, AStanzaWithoutNameIsPassedOverAndLeavesNothingBehind) {
     EXPECT_EQ("", stanzas[0].architecture);
 }
 
-TEST(DpkgStatus, TheFirstOfTwoEqualFieldsCounts) {
+TEST(DpkgStatusParser, TheFirstOfTwoEqualFieldsCounts) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nVersion: 1\nVersion: 2\nPackage: z\n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("a", stanzas[0].package);
     EXPECT_EQ("1", stanzas[0].version);
 }
 
-TEST(DpkgStatus, FieldNamesAreTheSameInAnyCase) {
+TEST(DpkgStatusParser, FieldNamesAreTheSameInAnyCase) {
     const std::vector<DpkgStanza> stanzas = readAll("PACKAGE: a\nversion:1\nInstalled-SIZE:\t12 \n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("1", stanzas[0].version);
     EXPECT_EQ("12", stanzas[0].installedSize);
 }
 
-TEST(DpkgStatus, NamesThatOnlyBeginAlikeAreOtherFields) {
+TEST(DpkgStatusParser, NamesThatOnlyBeginAlikeAreOtherFields) {
     const std::vector<DpkgStanza> stanzas = readAll(
         "Pack: x\nPackage-Type: udeb\nPackage: a\nSection-Two: x\nSourceless: x\nS: x\n:\n"
         "Source: b (1)\nVersion : 3\nVersion: 4\nMaintainers: x\nMulti-Arch: same\nversioN: 5\n");
@@ -116,19 +116,19 @@ TEST(DpkgStatus, NamesThatOnlyBeginAlikeAreOtherFields) {
     EXPECT_EQ("same", stanzas[0].multiArch);
 }
 
-TEST(DpkgStatus, LinesWithoutColonAreNoFields) {
+TEST(DpkgStatusParser, LinesWithoutColonAreNoFields) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nVersion\n<<<<<<< mine\nVersion: 3\n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("3", stanzas[0].version);
 }
 
-TEST(DpkgStatus, BytesThatAreNoUtf8PassUnchanged) {
+TEST(DpkgStatusParser, BytesThatAreNoUtf8PassUnchanged) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nMaintainer: J\xf6rg \xff\xfe\n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("J\xf6rg \xff\xfe", stanzas[0].maintainer);
 }
 
-TEST(DpkgStatus, AHugeFieldIsReadWhole) {
+TEST(DpkgStatusParser, AHugeFieldIsReadWhole) {
     const std::string huge(5U << 20, 'x');
     const std::string text = "Package: a\nDescription: " + huge + "\n " + huge + "\nVersion: 1\n";
     const std::vector<DpkgStanza> stanzas = readAll(text);
@@ -137,7 +137,7 @@ TEST(DpkgStatus, AHugeFieldIsReadWhole) {
     EXPECT_EQ("1", stanzas[0].version);
 }
 
-TEST(DpkgStatus, TheSamePackageForTwoArchitecturesIsTwoStanzas) {
+TEST(DpkgStatusParser, TheSamePackageForTwoArchitecturesIsTwoStanzas) {
     const std::vector<DpkgStanza> stanzas =
         readAll("Package: libc6\nArchitecture: amd64\n\nPackage: libc6\nArchitecture: i386\n");
     ASSERT_EQ(2U, stanzas.size());
@@ -147,7 +147,7 @@ TEST(DpkgStatus, TheSamePackageForTwoArchitecturesIsTwoStanzas) {
 
 // Wherever the file is cut off, the stanzas before the cut are whole, and every value is the beginning of the
 // full one.
-TEST(DpkgStatus, AFileCutOffAnywhereGivesWhatStandsBeforeTheCut) {
+TEST(DpkgStatusParser, AFileCutOffAnywhereGivesWhatStandsBeforeTheCut) {
     const std::string text = std::string(kBash) + "\n" + kBash;
     for (std::size_t length = 0; length <= text.size(); ++length) {
         const std::string cut = text.substr(0, length);
@@ -165,7 +165,7 @@ TEST(DpkgStatus, AFileCutOffAnywhereGivesWhatStandsBeforeTheCut) {
     }
 }
 
-TEST(DpkgStatus, OnlyPackagesThatWorkAreInstalled) {
+TEST(DpkgStatusParser, OnlyPackagesThatWorkAreInstalled) {
     const struct {
         const char* status;
         bool installed;
@@ -190,7 +190,7 @@ TEST(DpkgStatus, OnlyPackagesThatWorkAreInstalled) {
     for (const auto& test : kCases) EXPECT_EQ(test.installed, isInstalled(test.status)) << test.status;
 }
 
-TEST(DpkgStatus, AVersionHasAnEpochBeforeItsColonAndARevisionBehindItsLastDash) {
+TEST(DpkgStatusParser, AVersionHasAnEpochBeforeItsColonAndARevisionBehindItsLastDash) {
     const struct {
         const char* version;
         const char* epoch;

@@ -1,4 +1,4 @@
-#include "toolkit/machine/packages/RpmHeader.h"
+#include "toolkit/machine/packages/RpmDatabase.h"
 
 #include <gtest/gtest.h>
 

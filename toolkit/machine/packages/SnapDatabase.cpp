@@ -1,5 +1,8 @@
-#include "toolkit/machine/packages/SnapMeta.h"
+#include "toolkit/machine/packages/SnapDatabase.h"
 
+#include <vector>
+
+#include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit {
@@ -90,5 +93,51 @@ SnapMeta readSnapMeta(std::string_view text) {
     }
     return meta;
 }
+
+namespace {
+
+using Damage = PackageReading::Damage;
+
+InstalledPackage packageOf(const SnapMeta& snap, const std::string& revision, const std::string& database,
+                           PackageTexts& texts) {
+    InstalledPackage package;
+    package.type = PackageType::Snap;
+    package.name = keepValue(snap.name, texts);
+    package.version = keepValue(snap.version, texts);
+    package.upstream = package.version;
+    package.release = keepValue(revision, texts);
+    package.architecture = keepValue(snap.architectures, texts);
+    package.description = keepValue(snap.summary, texts);
+    package.database = texts.keep(database);
+    return package;
+}
+
+PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
+                             const PackageVisitor& visit) {
+    std::vector<std::string> folders{"/snap/", "/var/lib/snapd/snap/"};
+    if (!database.empty()) folders = {folderOf(database, "")};
+    PackageReading result;
+    for (const std::string& folder : folders) {
+        const std::vector<std::string> names = root.list(folder);
+        for (const std::string& name : names) {
+            if (!texts.budget().item()) {
+                result.note(Damage::TooLarge, folder);
+                break;
+            }
+            const std::string current = folder + name + "/current";
+            const std::string path = current + "/meta/snap.yaml";
+            const SnapMeta snap = readSnapMeta(readSmallFile(root, path, texts, result));
+            if (snap.name.empty()) continue;
+            const InstalledPackage package = packageOf(snap, root.linkName(current), path, texts);
+            if (!texts.budget().isSpent()) visit(package);
+        }
+        if (!names.empty()) break;  // where both folders are there, one is a link to the other
+    }
+    return result;
+}
+
+}  // namespace
+
+constinit const PackageDatabase kSnapDatabase{PackageType::Snap, "snap", "snap", false, visitPackages};
 
 }  // namespace toolkit

@@ -1,12 +1,103 @@
+#include "toolkit/machine/packages/DpkgDatabase.h"
+
 #include <algorithm>
+#include <array>
+#include <iterator>
+#include <span>
 #include <tuple>
 #include <vector>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/files/ParagraphReader.h"
-#include "toolkit/machine/packages/DpkgStatus.h"
-#include "toolkit/machine/packages/Packages.h"
+#include "toolkit/machine/packages/PackageDatabase.h"
+#include "toolkit/machine/text/Checked.h"
+#include "toolkit/machine/text/Lines.h"
 
 namespace toolkit {
+namespace {
+
+struct StanzaField {
+    std::string_view name;
+    std::string_view DpkgStanza::*value;
+};
+
+// Those that begin with the same letter stand together.
+constexpr StanzaField kFields[] = {
+    {"Package", &DpkgStanza::package},         {"Status", &DpkgStanza::status},
+    {"Section", &DpkgStanza::section},         {"Source", &DpkgStanza::source},
+    {"Version", &DpkgStanza::version},         {"Architecture", &DpkgStanza::architecture},
+    {"Maintainer", &DpkgStanza::maintainer},   {"Multi-Arch", &DpkgStanza::multiArch},
+    {"Description", &DpkgStanza::description}, {"Installed-Size", &DpkgStanza::installedSize},
+};
+
+// The fields whose names begin with a letter, in either case. Most lines begin with another character: they continue a
+// field, or give one that nobody asks for.
+using Fields = std::span<const StanzaField>;
+constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
+    std::array<Fields, 256> fields;
+    for (std::size_t first = 0, end = 0; first < std::size(kFields); first = end) {
+        const char letter = kFields[first].name.front();
+        while (end < std::size(kFields) && kFields[end].name.front() == letter) ++end;
+        const auto code = static_cast<unsigned char>(letter);
+        fields[code] = fields[code ^ 0x20U] = Fields(kFields).subspan(first, end - first);
+    }
+    return fields;
+}();
+
+// Whether a line gives a field of this name, in any case.
+bool gives(std::string_view line, std::string_view name) {
+    return line.size() > name.size() && line[name.size()] == ':' &&
+           (line.starts_with(name) || kest::equalsIgnoringCase(line.substr(0, name.size()), name));
+}
+
+void storeField(std::string_view line, DpkgStanza& stanza) {
+    for (const StanzaField& field : kFieldsOfLetter[static_cast<unsigned char>(line.front())]) {
+        if (!gives(line, field.name)) continue;
+        std::string_view& value = stanza.*field.value;
+        if (value.empty()) value = trimmed(line.substr(field.name.size() + 1));
+        return;
+    }
+}
+
+}  // namespace
+
+bool DpkgStatusParser::next(DpkgStanza& stanza) {
+    stanza = {};
+    std::string_view line;
+    while (nextLine(rest_, line)) {
+        if (line.empty()) {
+            if (!stanza.package.empty()) break;
+            stanza = {};
+        } else {
+            storeField(line, stanza);
+        }
+    }
+    stanza.source = trimmed(stanza.source.substr(0, stanza.source.find('(')));
+    if (!stanza.package.empty()) return true;
+    stanza = {};
+    return false;
+}
+
+bool isInstalled(std::string_view status) {
+    const std::size_t blank = status.rfind(' ');
+    if (blank == std::string_view::npos) return false;
+    const std::string_view state = status.substr(blank + 1);
+    return state == "installed" || state == "triggers-awaited" || state == "triggers-pending";
+}
+
+DpkgVersion splitDpkgVersion(std::string_view version) {
+    DpkgVersion parts;
+    const std::size_t colon = version.find(':');
+    if (colon != std::string_view::npos) {
+        parts.epoch = version.substr(0, colon);
+        version.remove_prefix(colon + 1);
+    }
+    const std::size_t dash = version.rfind('-');
+    if (dash != std::string_view::npos) parts.revision = version.substr(dash + 1);
+    parts.upstream = version.substr(0, dash);
+    return parts;
+}
+
 namespace {
 
 constexpr std::string_view kSame = "same";  // of Multi-Arch
@@ -39,12 +130,12 @@ class Reader {
     void readFile(const std::string& path, std::string_view usualStatus) {
         ParagraphReader file(root_, path, texts_.budget());
         if (file.state() == InputFile::State::Unreadable)
-            result_.note(PackageDatabase::Damage::Unreadable, path);
+            result_.note(PackageReading::Damage::Unreadable, path);
         const std::string_view database = texts_.keep(path);
         for (std::string_view text = file.next(); !text.empty(); text = file.next())
             readStanzas(text, usualStatus, database);
-        if (!file.whole()) result_.note(PackageDatabase::Damage::Broken, path, file.damagedAt());
-        if (texts_.budget().isSpent()) result_.note(PackageDatabase::Damage::TooLarge, path);
+        if (!file.whole()) result_.note(PackageReading::Damage::Broken, path, file.damagedAt());
+        if (texts_.budget().isSpent()) result_.note(PackageReading::Damage::TooLarge, path);
     }
 
     // A file for each package, whose being there says that it is installed; beside them lie lists of checksums.
@@ -71,11 +162,11 @@ class Reader {
         return found_;
     }
 
-    const PackageDatabase& result() const { return result_; }
+    const PackageReading& result() const { return result_; }
 
   private:
     void readStanzas(std::string_view text, std::string_view usualStatus, std::string_view database) {
-        DpkgStatus status(text);
+        DpkgStatusParser status(text);
         Found found{{}, database, false};
         while (status.next(found.stanza)) {
             if (found.stanza.status.empty()) found.stanza.status = usualStatus;
@@ -89,11 +180,12 @@ class Reader {
     // nobody will believe is kept no further than it takes to tell that.
     bool keep(DpkgStanza& stanza) {
         for (const auto text : kRepeated) {
-            const std::string_view believable = (stanza.*text).substr(0, kLongestValue + 1);
+            const std::string_view believable = (stanza.*text).substr(0, kMaxValueLength + 1);
             if (latest_.*text != believable) latest_.*text = texts_.keep(believable);
             stanza.*text = latest_.*text;
         }
-        for (const auto text : kOwn) stanza.*text = texts_.keep((stanza.*text).substr(0, kLongestValue + 1));
+        for (const auto text : kOwn)
+            stanza.*text = texts_.keep((stanza.*text).substr(0, kMaxValueLength + 1));
         // Only whether it says "same" is asked for.
         stanza.multiArch = stanza.multiArch == kSame ? kSame : std::string_view();
         return !texts_.budget().isSpent();
@@ -103,7 +195,7 @@ class Reader {
     PackageTexts& texts_;
     DpkgStanza latest_;  // the kept texts of the stanza before
     std::vector<Found> found_;
-    PackageDatabase result_;
+    PackageReading result_;
 };
 
 InstalledPackage packageOf(const Found& found) {
@@ -128,10 +220,8 @@ InstalledPackage packageOf(const Found& found) {
     return package;
 }
 
-}  // namespace
-
-PackageDatabase visitDpkgPackages(const Root& root, const std::string& database, PackageTexts& texts,
-                                  const PackageVisitor& visit) {
+PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
+                             const PackageVisitor& visit) {
     Reader reader(root, texts);
     if (!database.empty()) {
         reader.readFile(database, {});
@@ -144,5 +234,9 @@ PackageDatabase visitDpkgPackages(const Root& root, const std::string& database,
     }
     return reader.result();
 }
+
+}  // namespace
+
+constinit const PackageDatabase kDpkgDatabase{PackageType::Dpkg, "dpkg", "deb", true, visitPackages};
 
 }  // namespace toolkit

@@ -20,10 +20,10 @@ struct DpkgStanza {
 
 // Reads the stanzas of a dpkg status file one after the other. A stanza without a package name is passed
 // over; of a field that is given twice the first one counts, as nothing tells which one is right.
-class DpkgStatus {
+class DpkgStatusParser {
   public:
     // `text` outlives the stanzas.
-    explicit DpkgStatus(std::string_view text) : rest_(text) {}
+    explicit DpkgStatusParser(std::string_view text) : rest_(text) {}
 
     // False at the end of the file, with `stanza` emptied.
     bool next(DpkgStanza& stanza);
