@@ -1,4 +1,4 @@
-# How every target of the project is built: one function for the flags, one for a test executable.
+# Functions for the targets of the project: flags, static libraries, test executables.
 
 function(zav_target_flags target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
@@ -6,11 +6,11 @@ function(zav_target_flags target)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
   if(ZAV_SANITIZE)
-    # Not vptr: its check opens a pipe and finds every object invalid in a host that is out of descriptors.
+    # The check vptr opens a pipe. In a host without free descriptors it reports every object as invalid.
     target_compile_options(${target} PRIVATE -fsanitize=${ZAV_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer
                                              -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${ZAV_SANITIZE})
-    # The library needs the sanitizers' C++ part, in hosts written in C too.
+    # The library needs the C++ run time of the sanitizers, also in hosts written in C.
     set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   endif()
   if(ZAV_FUZZ)
@@ -25,12 +25,12 @@ function(zav_layer name)
   zav_target_flags(${name})
 endfunction()
 
-# A test executable whose every test is known to ctest: zav_test(name SOURCES ... LINK ... LABELS ...)
+# A test executable with a ctest test for each of its tests: zav_test(name SOURCES ... LINK ... LABELS ...)
 function(zav_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   zav_target_flags(${name})
-  # What is tested is optimised; the tests are not, as that is half of the time that they take to build.
+  # Optimising the tests themselves would double the time to build them.
   target_compile_options(${name} PRIVATE -O0)
   if(ZAV_PRECOMPILE)
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <filesystem> <fstream> <map> <string> <vector>)

@@ -1,4 +1,4 @@
-# Installs a build into an empty directory, and makes hosts outside the project from what lies there alone.
+# Installs a build into an empty directory, and builds hosts from that directory alone.
 #     cmake -DBUILD=... -DWORK=... -DVERSION=... -DC=... -DCXX=... -DCONSUMER=... -DSOURCE=... -P Install.cmake
 cmake_minimum_required(VERSION 3.25)
 
@@ -15,7 +15,7 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
-# A prefix may be moved.
+# An installation can be moved.
 file(RENAME ${WORK}/first ${WORK}/prefix)
 
 file(GLOB_RECURSE installed RELATIVE ${WORK}/prefix ${WORK}/prefix/*)
@@ -44,7 +44,7 @@ if(release)
   endforeach()
 endif()
 
-# By find_package.
+# With find_package.
 run(${CMAKE_COMMAND} -G Ninja -S ${CONSUMER} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${VERSION}
   -DCMAKE_C_COMPILER=${C} -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
@@ -53,7 +53,7 @@ expect("${output}" "OperatingSystem\n")
 run(${WORK}/consumer/cpp_host)
 expect("${output}" "messages came\n")
 
-# Below 1.0 another minor version is another library.
+# Below 1.0 another minor version is incompatible.
 foreach(other 0.0 0.99 1.0)
   execute_process(
     COMMAND ${CMAKE_COMMAND} -G Ninja -S ${CONSUMER} -B ${WORK}/refused -DCMAKE_PREFIX_PATH=${WORK}/prefix -DZAV_WANTED=${other}
@@ -64,7 +64,7 @@ foreach(other 0.0 0.99 1.0)
   endif()
 endforeach()
 
-# By pkg-config.
+# With pkg-config.
 file(GLOB_RECURSE pc ${WORK}/prefix/*/zav.pc)
 get_filename_component(pc_directory ${pc} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc_directory})
@@ -81,13 +81,13 @@ expect("${output}" "OperatingSystem\n")
 run(${WORK}/pc_cpp_host)
 expect("${output}" "messages came\n")
 
-# The command finds the scanners and the signatures that were installed with it.
+# The installed command finds the installed scanners and signatures.
 run(${WORK}/prefix/bin/zav sw ${WORK}/prefix/share/zav/signatures --format csv)
 if(NOT output MATCHES "^result,guid,name,variable,value")
   message(FATAL_ERROR "the installed command printed \"${output}\"")
 endif()
 
-# The programs that the README shows do what it says, each way that it shows of building them.
+# The programs in the README work, built in each way that it shows.
 file(COPY ${SOURCE}/examples DESTINATION ${WORK})
 run(${CMAKE_COMMAND} -G Ninja -S ${WORK}/examples -B ${WORK}/examples/build -DCMAKE_PREFIX_PATH=${WORK}/prefix
   -DCMAKE_C_COMPILER=${C})
