@@ -102,13 +102,14 @@ class Maker {
     void make() {
         int reserved = input_.ConsumeIntegralInRange(0, 3) == 0 ? input_.ConsumeIntegralInRange(0, 255) : 0;
         sqlite3_file_control(connection_, nullptr, SQLITE_FCNTL_RESERVE_BYTES, &reserved);
-        run("pragma page_size=" + std::to_string(512 << input_.ConsumeIntegralInRange(0, 7)));
+        const int pageSize = 512 << input_.ConsumeIntegralInRange(0, 7);
+        run("pragma page_size=" + std::to_string(pageSize));
         run("pragma auto_vacuum=" + std::to_string(input_.ConsumeIntegralInRange(0, 2)));
         constexpr const char* kEncodings[] = {"UTF-8", "UTF-8", "UTF-8", "UTF-16le"};
         run(std::string("pragma encoding='") + input_.PickValueInArray(kEncodings) + "'");
         if (input_.ConsumeBool()) run("pragma journal_mode=wal");
         run("pragma wal_autocheckpoint=" + std::to_string(input_.ConsumeIntegralInRange(0, 50)));
-        run("pragma max_page_count=300");
+        run("pragma max_page_count=" + std::to_string(20 + (1 << 21) / pageSize));
         makeTable();
         while (input_.remaining_bytes() > 16 && steps_++ < 100 && input_.ConsumeIntegralInRange(0, 15) != 15)
             step();

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
+
+#include "tests/support/ScratchDir.h"
+#include "toolkit/machine/packages/Packages.h"
 
 namespace toolkit {
 namespace {
@@ -114,6 +119,77 @@ TEST(RpmHeader, TheSourcePackageIsNamedBeforeVersionAndRelease) {
     EXPECT_EQ("python3-x", nameOfSourceRpm("python3-x-1-2.src.rpm"));
     for (const char* const name : {"", "-", "bash", "bash-1", "-1"})
         EXPECT_EQ("", nameOfSourceRpm(name)) << name;
+}
+
+// The rpm database of a tree, on which sqlite3 carries out statements.
+class RpmDatabase : public testing::Test {
+  protected:
+    void carryOut(const std::string& statements) {
+        const std::string script =
+            tree_.write("script", ".dbconfig no_ckpt_on_close on\npragma wal_autocheckpoint=0;" + statements)
+                .string();
+        tree_.write("var/lib/rpm/script", "");
+        const std::string command = "sqlite3 " + path() + " < " + script + " > " + script + ".out";
+        EXPECT_EQ(0, std::system(command.c_str()));
+    }
+    std::string path() const { return (tree_.path() / "var/lib/rpm/rpmdb.sqlite").string(); }
+
+    static std::string insertion(const char* name) {
+        std::string hex;
+        for (const char c : header({{1000, 6, text(name)}, {1001, 6, text("1")}, {1002, 6, text("2")}})) {
+            hex += "0123456789abcdef"[static_cast<unsigned char>(c) >> 4U];
+            hex += "0123456789abcdef"[static_cast<unsigned char>(c) & 0xFU];
+        }
+        return "insert into Packages(blob) values (x'" + hex + "');";
+    }
+
+    std::vector<std::string> names() {
+        std::vector<std::string> found;
+        PackageTexts texts;
+        reading_ = visitPackages(PackageType::Rpm, Root(tree_.path()), {}, texts,
+                                 [&](const InstalledPackage& package) { found.emplace_back(package.name); });
+        return found;
+    }
+
+    zavtest::ScratchDir tree_;
+    PackageReading reading_;
+};
+
+using Names = std::vector<std::string>;
+using Damage = PackageReading::Damage;
+constexpr char kCreate[] =
+    "create table Packages(hnum integer primary key autoincrement, blob blob not null);";
+
+TEST_F(RpmDatabase, ChangesInTheWriteAheadLogAreRead) {
+    carryOut(std::string("pragma journal_mode=wal;") + kCreate + insertion("a") +
+             "pragma wal_checkpoint(truncate);" + insertion("b") + "delete from Packages where hnum = 1;" +
+             insertion("c"));
+    ASSERT_GT(std::filesystem::file_size(path() + "-wal"), 0U);
+    EXPECT_EQ((Names{"b", "c"}), names());
+    EXPECT_EQ(Damage::None, reading_.damage);
+}
+
+TEST_F(RpmDatabase, ALogThatCannotBeUsedIsReportedAndTheFileIsRead) {
+    carryOut(kCreate + insertion("a"));
+    tree_.write("var/lib/rpm/rpmdb.sqlite-wal", "no log");
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::Unsaved, reading_.damage);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite-wal", reading_.path);
+    std::filesystem::remove(path() + "-wal");
+    std::filesystem::create_directory(path() + "-wal");
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::Unreadable, reading_.damage);
+}
+
+TEST_F(RpmDatabase, TheJournalOfAnUnfinishedTransactionIsReported) {
+    carryOut(kCreate + insertion("a"));
+    tree_.write("var/lib/rpm/rpmdb.sqlite-journal", std::string(512, '\0'));
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::None, reading_.damage) << "this is how a finished one leaves it";
+    tree_.write("var/lib/rpm/rpmdb.sqlite-journal", "\xd9\xd5\x05\xf9 and more");
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::Unsaved, reading_.damage);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite-journal", reading_.path);
 }
 
 }  // namespace
