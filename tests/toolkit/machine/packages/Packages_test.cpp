@@ -20,7 +20,7 @@ std::string stanza(const std::string& name, const std::string& version,
 
 class Packages : public testing::Test {
   protected:
-    // Epoch, upstream version and release between bars behind name and architecture.
+    // "name architecture=all epoch=1 version=2.0 release=3", without the parts that are empty.
     std::vector<std::string> visited(PackageType type, const std::string& database = {}) {
         std::vector<std::string> rows;
         result_ =
@@ -28,10 +28,13 @@ class Packages : public testing::Test {
                 EXPECT_EQ(type, package.type);
                 databases_.emplace_back(package.database);
                 std::string& row = rows.emplace_back(package.name);
-                for (const std::string_view part :
-                     {package.architecture, package.epoch, package.upstream, package.release}) {
-                    row.append("|").append(part);
-                }
+                const auto add = [&row](const char* part, std::string_view value) {
+                    if (!value.empty()) row.append(" ").append(part).append("=").append(value);
+                };
+                add("architecture", package.architecture);
+                add("epoch", package.epoch);
+                add("version", package.upstream);
+                add("release", package.release);
             });
         return rows;
     }
@@ -59,13 +62,15 @@ TEST_F(Packages, EveryTypeIsKnownByItsName) {
 TEST_F(Packages, VersionsFallIntoTheirParts) {
     tree_.write("var/lib/dpkg/status",
                 stanza("a", "2:1.0-3-4+b1") + stanza("b", "1.0") + stanza("c", "1:2:3"));
-    EXPECT_EQ((Rows{"a|all|2|1.0-3|4+b1", "b|all||1.0|", "c|all|1|2:3|"}), visited(PackageType::Dpkg));
+    EXPECT_EQ((Rows{"a architecture=all epoch=2 version=1.0-3 release=4+b1", "b architecture=all version=1.0",
+                    "c architecture=all epoch=1 version=2:3"}),
+              visited(PackageType::Dpkg));
     EXPECT_EQ(Rows(3, "/var/lib/dpkg/status"), databases_);
     tree_.write("lib/apk/db/installed", "P:musl\nV:1.2.4_git1-r2\nA:x86\n\n");
-    EXPECT_EQ((Rows{"musl|x86||1.2.4_git1|r2"}), visited(PackageType::Apk));
+    EXPECT_EQ((Rows{"musl architecture=x86 version=1.2.4_git1 release=r2"}), visited(PackageType::Apk));
     tree_.write("var/lib/pacman/local/z-1/desc", "%NAME%\nz\n\n%VERSION%\n1:1.3-2\n\n%ARCH%\nany\n");
     tree_.write("var/lib/pacman/local/ALPM_DB_VERSION", "9\n");
-    EXPECT_EQ((Rows{"z|any|1|1.3|2"}), visited(PackageType::Pacman));
+    EXPECT_EQ((Rows{"z architecture=any epoch=1 version=1.3 release=2"}), visited(PackageType::Pacman));
     EXPECT_EQ("/var/lib/pacman/local/z-1/desc", databases_.back());
     EXPECT_EQ(Damage::None, result_.damage);
 }
@@ -75,22 +80,23 @@ TEST_F(Packages, DpkgFilesInNoOrderAreSortedAndTheLastWordOnAPackageHolds) {
                                            stanza("a", "1", "amd64") + stanza("b", "2") +
                                            stanza("a", "1", "i386", "half-installed"));
     tree_.write("var/lib/dpkg/status.d/a", "Package: aa\nVersion: 3\n");
-    EXPECT_EQ((Rows{"a|amd64||1|", "aa|||3|", "b|all||2|"}), visited(PackageType::Dpkg));
+    EXPECT_EQ((Rows{"a architecture=amd64 version=1", "aa version=3", "b architecture=all version=2"}),
+              visited(PackageType::Dpkg));
 }
 
 TEST_F(Packages, AnotherDatabaseTakesThePlaceOfTheUsualOne) {
     tree_.write("var/lib/dpkg/status", stanza("a", "1"));
     tree_.write("srv/status", stanza("b", "1"));
-    EXPECT_EQ((Rows{"b|all||1|"}), visited(PackageType::Dpkg, "/srv/status"));
+    EXPECT_EQ((Rows{"b architecture=all version=1"}), visited(PackageType::Dpkg, "/srv/status"));
     EXPECT_EQ(Rows{"/srv/status"}, databases_);
     tree_.write("srv/installed", "P:c\nV:1-r0\n\n");
-    EXPECT_EQ((Rows{"c|||1|r0"}), visited(PackageType::Apk, "/srv/installed"));
+    EXPECT_EQ((Rows{"c version=1 release=r0"}), visited(PackageType::Apk, "/srv/installed"));
     tree_.write("srv/local/d/desc", "%NAME%\nd\n");
-    EXPECT_EQ((Rows{"d||||"}), visited(PackageType::Pacman, "/srv/local"));
+    EXPECT_EQ((Rows{"d"}), visited(PackageType::Pacman, "/srv/local"));
     tree_.write("srv/snaps/e/current/meta/snap.yaml", "name: e\nversion: 5\n");
-    EXPECT_EQ((Rows{"e|||5|"}), visited(PackageType::Snap, "/srv/snaps/"));
+    EXPECT_EQ((Rows{"e version=5"}), visited(PackageType::Snap, "/srv/snaps/"));
     tree_.write("srv/flatpaks/f/current/active/metadata", "[Application]\nname=f\n");
-    EXPECT_EQ((Rows{"f||||"}), visited(PackageType::Flatpak, "/srv/flatpaks"));
+    EXPECT_EQ((Rows{"f"}), visited(PackageType::Flatpak, "/srv/flatpaks"));
     tree_.write("srv/rpmdb", "no database");
     EXPECT_EQ(Rows(), visited(PackageType::Rpm, "/srv/rpmdb"));
     EXPECT_EQ(Damage::Broken, result_.damage);
@@ -102,16 +108,16 @@ TEST_F(Packages, AnotherDatabaseTakesThePlaceOfTheUsualOne) {
 TEST_F(Packages, AFileThatWasCutOffIsDamagedAtItsEndAndTheRestIsUsed) {
     const std::string whole = stanza("a", "1");
     tree_.write("var/lib/dpkg/status", whole + "Package: b\nStatus: install ok inst");
-    EXPECT_EQ((Rows{"a|all||1|"}), visited(PackageType::Dpkg));
+    EXPECT_EQ((Rows{"a architecture=all version=1"}), visited(PackageType::Dpkg));
     EXPECT_EQ(Damage::Broken, result_.damage);
     EXPECT_EQ("/var/lib/dpkg/status", result_.path);
     EXPECT_EQ(whole.size() + 34, result_.offset);
     tree_.write("lib/apk/db/installed", "P:a\nV:1\n\nP:b\nV");
-    EXPECT_EQ((Rows{"a|||1|", "b||||"}), visited(PackageType::Apk));
+    EXPECT_EQ((Rows{"a version=1", "b"}), visited(PackageType::Apk));
     EXPECT_EQ(Damage::Broken, result_.damage);
     tree_.write("var/lib/pacman/local/a-1/desc", "%NAME%\na\n");
     tree_.write("var/lib/pacman/local/b-1/files", "%FILES%\n");
-    EXPECT_EQ((Rows{"a||||"}), visited(PackageType::Pacman));
+    EXPECT_EQ((Rows{"a"}), visited(PackageType::Pacman));
     EXPECT_EQ(Damage::Broken, result_.damage);
     EXPECT_EQ("/var/lib/pacman/local/b-1/desc", result_.path);
 }

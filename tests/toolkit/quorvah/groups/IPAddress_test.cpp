@@ -14,18 +14,32 @@ TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
     const Report report = gatheredBelow("IPAddress", kWorkstation);
     EXPECT_EQ((std::vector<std::string>{"127.0.0.1", "169.254.7.7", "192.0.2.10", "198.51.100.1"}),
               keysOf(report));
-    EXPECT_EQ(
-        "192.0.2.10|br0|255.255.255.0|24||192.0.2.255||||192.0.2.254|54:e1:ad:00:00:01|192.0.2.53;2001:db8::"
-        "53|",
-        joined(instanceOf(report, "192.0.2.10")));
-    EXPECT_EQ("127.0.0.1||255.0.0.0|8||127.255.255.255|||||||", joined(instanceOf(report, "127.0.0.1")));
+    expectAll(report.group(), instanceOf(report, "192.0.2.10"),
+              {{"IPv4Address", "192.0.2.10"},
+               {"Name", "br0"},
+               {"SubnetMask", "255.255.255.0"},
+               {"PrefixLength", "24"},
+               {"BroadcastAddress", "192.0.2.255"},
+               {"Gateway", "192.0.2.254"},
+               {"MacAddress", "54:e1:ad:00:00:01"},
+               {"NameServers", "192.0.2.53;2001:db8::53"}});
+    expectAll(report.group(), instanceOf(report, "127.0.0.1"),
+              {{"IPv4Address", "127.0.0.1"},
+               {"SubnetMask", "255.0.0.0"},
+               {"PrefixLength", "8"},
+               {"BroadcastAddress", "127.255.255.255"}});
 }
 
 TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
     const Report report = gatheredBelow("IPAddress", kWorkstation);
-    EXPECT_EQ("169.254.7.7||255.255.0.0|16|LinkLocal|||||||192.0.2.53;2001:db8::53|",
-              joined(instanceOf(report, "169.254.7.7")));
-    EXPECT_EQ("198.51.100.1|||||||||||192.0.2.53;2001:db8::53|", joined(instanceOf(report, "198.51.100.1")));
+    expectAll(report.group(), instanceOf(report, "169.254.7.7"),
+              {{"IPv4Address", "169.254.7.7"},
+               {"SubnetMask", "255.255.0.0"},
+               {"PrefixLength", "16"},
+               {"AddressOrigin", "LinkLocal"},
+               {"NameServers", "192.0.2.53;2001:db8::53"}});
+    expectAll(report.group(), instanceOf(report, "198.51.100.1"),
+              {{"IPv4Address", "198.51.100.1"}, {"NameServers", "192.0.2.53;2001:db8::53"}});
 }
 
 TEST(IPAddressLive, AddressesAreThoseOfIp) {

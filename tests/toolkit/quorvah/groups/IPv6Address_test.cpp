@@ -10,21 +10,65 @@ const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
 
 TEST(IPv6Address, TheFlagsTellTheOrigin) {
     const Report report = gatheredBelow("IPv6Address", kWorkstation);
-    const char* const kEnd = "fe80::1|54:e1:ad:00:00:01|";
-    const struct {
-        const char* key;
-        const char* rest;
-    } kCases[] = {
-        {"2001:db8::10", "br0|64|SLAAC|Global Unicast|global|false|false|false|"},
-        {"2001:db8::dad", "br0|128|DHCPv6|Global Unicast|global|false|false|false|"},
-        {"2001:db8::1234:5678:abcd:ef01", "br0|64|SLAAC|Global Unicast|global|true|true|false|"},
-        {"2001:db8::99", "br0|64|Static|Global Unicast|global|false|false|true|"},
-        {"fe80::56e1:adff:fe00:1", "br0|64|LinkLocal|Link Local Unicast|link|false|false|false|"},
+    const Values cases[] = {
+        {{"IPv6Address", "2001:db8::10"},
+         {"PrefixLength", "64"},
+         {"AddressOrigin", "SLAAC"},
+         {"IPv6AddressType", "Global Unicast"},
+         {"Scope", "global"},
+         {"Temporary", "false"},
+         {"Deprecated", "false"},
+         {"Tentative", "false"}},
+        {{"IPv6Address", "2001:db8::dad"},
+         {"PrefixLength", "128"},
+         {"AddressOrigin", "DHCPv6"},
+         {"IPv6AddressType", "Global Unicast"},
+         {"Scope", "global"},
+         {"Temporary", "false"},
+         {"Deprecated", "false"},
+         {"Tentative", "false"}},
+        {{"IPv6Address", "2001:db8::1234:5678:abcd:ef01"},
+         {"PrefixLength", "64"},
+         {"AddressOrigin", "SLAAC"},
+         {"IPv6AddressType", "Global Unicast"},
+         {"Scope", "global"},
+         {"Temporary", "true"},
+         {"Deprecated", "true"},
+         {"Tentative", "false"}},
+        {{"IPv6Address", "2001:db8::99"},
+         {"PrefixLength", "64"},
+         {"AddressOrigin", "Static"},
+         {"IPv6AddressType", "Global Unicast"},
+         {"Scope", "global"},
+         {"Temporary", "false"},
+         {"Deprecated", "false"},
+         {"Tentative", "true"}},
+        {{"IPv6Address", "fe80::56e1:adff:fe00:1"},
+         {"PrefixLength", "64"},
+         {"AddressOrigin", "LinkLocal"},
+         {"IPv6AddressType", "Link Local Unicast"},
+         {"Scope", "link"},
+         {"Temporary", "false"},
+         {"Deprecated", "false"},
+         {"Tentative", "false"}},
     };
-    for (const auto& test : kCases) {
-        EXPECT_EQ(std::string(test.key) + "|" + test.rest + kEnd, joined(instanceOf(report, test.key)));
+    for (Values expected : cases) {
+        const std::string key = expected.front().second;
+        for (const auto& field :
+             Values{{"Name", "br0"}, {"Gateway", "fe80::1"}, {"MacAddress", "54:e1:ad:00:00:01"}})
+            expected.push_back(field);
+        expectAll(report.group(), instanceOf(report, key), expected);
     }
-    EXPECT_EQ("::1|lo|128|Static|Loopback|host|false|false|false|||", joined(instanceOf(report, "::1")));
+    expectAll(report.group(), instanceOf(report, "::1"),
+              {{"IPv6Address", "::1"},
+               {"Name", "lo"},
+               {"PrefixLength", "128"},
+               {"AddressOrigin", "Static"},
+               {"IPv6AddressType", "Loopback"},
+               {"Scope", "host"},
+               {"Temporary", "false"},
+               {"Deprecated", "false"},
+               {"Tentative", "false"}});
     EXPECT_EQ(6U, report.instances().size());
 }
 

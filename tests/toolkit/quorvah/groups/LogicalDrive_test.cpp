@@ -22,21 +22,49 @@ TEST(LogicalDrive, PseudoFileSystemsAndSecondMountsAreLeftOut) {
 
 TEST(LogicalDrive, EveryFieldComesFromTheTree) {
     const Report report = gatheredBelow("LogicalDrive", kWorkstation);
-    EXPECT_EQ(
-        "/|/dev/nvme0n1p2|ext4|512000|||false||rw,relatime,errors=remount-ro|root "
-        "fs|11111111-2222-3333-4444-555555555555|||false|",
-        joined(instanceOf(report, "/")));
-    EXPECT_EQ("/media/my disk|/dev/sda1|xfs||||true||ro,nosuid|||||false|",
-              joined(instanceOf(report, "/media/my disk")));
-    EXPECT_EQ("/ntfs|/dev/sdb1|fuseblk|1048576|||false||rw|||||false|", joined(instanceOf(report, "/ntfs")));
-    EXPECT_EQ("/merged|overlay|overlay||||false||rw,lowerdir=/a|||||false|",
-              joined(instanceOf(report, "/merged")));
+    expectAll(report.group(), instanceOf(report, "/"),
+              {{"Root", "/"},
+               {"Name", "/dev/nvme0n1p2"},
+               {"FileSystemType", "ext4"},
+               {"FileSystemSize", "512000"},
+               {"ReadOnly", "false"},
+               {"MountOptions", "rw,relatime,errors=remount-ro"},
+               {"Label", "root fs"},
+               {"Uuid", "11111111-2222-3333-4444-555555555555"},
+               {"Remote", "false"}});
+    expectAll(report.group(), instanceOf(report, "/media/my disk"),
+              {{"Root", "/media/my disk"},
+               {"Name", "/dev/sda1"},
+               {"FileSystemType", "xfs"},
+               {"ReadOnly", "true"},
+               {"MountOptions", "ro,nosuid"},
+               {"Remote", "false"}});
+    expectAll(report.group(), instanceOf(report, "/ntfs"),
+              {{"Root", "/ntfs"},
+               {"Name", "/dev/sdb1"},
+               {"FileSystemType", "fuseblk"},
+               {"FileSystemSize", "1048576"},
+               {"ReadOnly", "false"},
+               {"MountOptions", "rw"},
+               {"Remote", "false"}});
+    expectAll(report.group(), instanceOf(report, "/merged"),
+              {{"Root", "/merged"},
+               {"Name", "overlay"},
+               {"FileSystemType", "overlay"},
+               {"ReadOnly", "false"},
+               {"MountOptions", "rw,lowerdir=/a"},
+               {"Remote", "false"}});
 }
 
 TEST(LogicalDrive, RemoteFileSystemsHaveNoSizesAndTheirPasswordsAreCut) {
     const Report report = gatheredBelow("LogicalDrive", kWorkstation);
-    EXPECT_EQ("/net|server:/export|nfs4||||false||rw,vers=4.2,password=,addr=192.0.2.9|||||true|",
-              joined(instanceOf(report, "/net")));
+    expectAll(report.group(), instanceOf(report, "/net"),
+              {{"Root", "/net"},
+               {"Name", "server:/export"},
+               {"FileSystemType", "nfs4"},
+               {"ReadOnly", "false"},
+               {"MountOptions", "rw,vers=4.2,password=,addr=192.0.2.9"},
+               {"Remote", "true"}});
     EXPECT_EQ("true", instanceOf(report, "/sshfs").get("Remote"));
     EXPECT_EQ("", instanceOf(report, "/zip").get("Remote"));
 }
@@ -48,8 +76,14 @@ TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
         "UUID=2222 / ext4 ro,errors=remount-ro 0 1\nLABEL=my\\040data /srv ext4 defaults\nproc /proc proc\n");
     const Report report = gatheredBelow("LogicalDrive", tree.path());
     ASSERT_EQ(2U, report.instances().size());
-    EXPECT_EQ("/|UUID=2222|ext4||||true||ro,errors=remount-ro||2222|||false|",
-              joined(instanceOf(report, "/")));
+    expectAll(report.group(), instanceOf(report, "/"),
+              {{"Root", "/"},
+               {"Name", "UUID=2222"},
+               {"FileSystemType", "ext4"},
+               {"ReadOnly", "true"},
+               {"MountOptions", "ro,errors=remount-ro"},
+               {"Uuid", "2222"},
+               {"Remote", "false"}});
     EXPECT_EQ("my data", instanceOf(report, "/srv").get("Label"));
 }
 

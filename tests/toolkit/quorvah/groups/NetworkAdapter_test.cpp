@@ -11,28 +11,63 @@ const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
 TEST(NetworkAdapter, EveryFieldComesFromTheTree) {
     const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
     EXPECT_EQ((std::vector<std::string>{"br0", "br0.100", "enp0s31f6", "eth1", "lo"}), keysOf(report));
-    EXPECT_EQ(
-        "enp0s31f6|Gigabit Adapter|Chip "
-        "Maker|Ethernet|54:e1:ad:00:00:01|54:e1:ad:00:00:01|1000000000|true|Enabled|up|"
-        "1500|e1000e|3.2.6-k||0000:00:1f.6|true|br0|",
-        joined(instanceOf(report, "enp0s31f6")));
+    expectAll(report.group(), instanceOf(report, "enp0s31f6"),
+              {{"DeviceID", "enp0s31f6"},
+               {"Description", "Gigabit Adapter"},
+               {"Manufacturer", "Chip Maker"},
+               {"LinkTechnology", "Ethernet"},
+               {"PermanentAddress", "54:e1:ad:00:00:01"},
+               {"NetworkAddresses", "54:e1:ad:00:00:01"},
+               {"Speed", "1000000000"},
+               {"FullDuplex", "true"},
+               {"EnabledState", "Enabled"},
+               {"OperationalStatus", "up"},
+               {"ActiveMaximumTransmissionUnit", "1500"},
+               {"DriverName", "e1000e"},
+               {"DriverVersion", "3.2.6-k"},
+               {"BusAddress", "0000:00:1f.6"},
+               {"Physical", "true"},
+               {"Master", "br0"}});
 }
 
 TEST(NetworkAdapter, AnAssignedAddressIsNotPermanentAndAnImpossibleSpeedUnknown) {
     const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
-    EXPECT_EQ(
-        "eth1|Gigabit USB Adapter|Adapter "
-        "Maker|Ethernet||02:00:00:00:00:07|||Disabled|down|1500|ax88179|||1-4|true||",
-        joined(instanceOf(report, "eth1")));
+    expectAll(report.group(), instanceOf(report, "eth1"),
+              {{"DeviceID", "eth1"},
+               {"Description", "Gigabit USB Adapter"},
+               {"Manufacturer", "Adapter Maker"},
+               {"LinkTechnology", "Ethernet"},
+               {"NetworkAddresses", "02:00:00:00:00:07"},
+               {"EnabledState", "Disabled"},
+               {"OperationalStatus", "down"},
+               {"ActiveMaximumTransmissionUnit", "1500"},
+               {"DriverName", "ax88179"},
+               {"BusAddress", "1-4"},
+               {"Physical", "true"}});
 }
 
 TEST(NetworkAdapter, InterfacesWithoutHardwareSaySo) {
     const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
-    EXPECT_EQ("br0|||Bridge||54:e1:ad:00:00:01|||Enabled||1500|||||false||",
-              joined(instanceOf(report, "br0")));
-    EXPECT_EQ("br0.100|||VLAN||54:e1:ad:00:00:01|||Enabled||1500|||||false||",
-              joined(instanceOf(report, "br0.100")));
-    EXPECT_EQ("lo|||Loopback|||||Enabled||65536|||||false||", joined(instanceOf(report, "lo")));
+    expectAll(report.group(), instanceOf(report, "br0"),
+              {{"DeviceID", "br0"},
+               {"LinkTechnology", "Bridge"},
+               {"NetworkAddresses", "54:e1:ad:00:00:01"},
+               {"EnabledState", "Enabled"},
+               {"ActiveMaximumTransmissionUnit", "1500"},
+               {"Physical", "false"}});
+    expectAll(report.group(), instanceOf(report, "br0.100"),
+              {{"DeviceID", "br0.100"},
+               {"LinkTechnology", "VLAN"},
+               {"NetworkAddresses", "54:e1:ad:00:00:01"},
+               {"EnabledState", "Enabled"},
+               {"ActiveMaximumTransmissionUnit", "1500"},
+               {"Physical", "false"}});
+    expectAll(report.group(), instanceOf(report, "lo"),
+              {{"DeviceID", "lo"},
+               {"LinkTechnology", "Loopback"},
+               {"EnabledState", "Enabled"},
+               {"ActiveMaximumTransmissionUnit", "65536"},
+               {"Physical", "false"}});
 }
 
 TEST(NetworkAdapterLive, AdaptersAreThoseOfIpLink) {

@@ -15,33 +15,79 @@ TEST(PCIDevice, EveryFieldComesFromTheTree) {
     EXPECT_EQ((std::vector<std::string>{"0000:00:02.1", "0000:00:14.0", "0000:00:1f.6", "0000:03:00.0",
                                         "10000:e0:06.0"}),
               keysOf(report));
-    EXPECT_EQ(
-        "0000:00:1f.6|Gigabit Adapter|Chip Maker|0|31|6|15bc|8086|2292|17aa|10|020000|Ethernet "
-        "controller||e1000e||14|"
-        "||||||"
-        "|",
-        joined(instanceOf(report, "0000:00:1f.6")));
-    EXPECT_EQ(
-        "0000:03:00.0|Fast SSD|Disk Maker|3|0|0|a808|144d|a801|144d|00|010802|Non-Volatile memory "
-        "controller|Fast SSD "
-        "Plus|nvme|0||8.0 GT/s PCIe|16.0 GT/s PCIe|4|4|7||true|",
-        joined(instanceOf(report, "0000:03:00.0")));
+    expectAll(report.group(), instanceOf(report, "0000:00:1f.6"),
+              {{"DeviceID", "0000:00:1f.6"},
+               {"Name", "Gigabit Adapter"},
+               {"Manufacturer", "Chip Maker"},
+               {"BusNumber", "0"},
+               {"DeviceNumber", "31"},
+               {"FunctionNumber", "6"},
+               {"PCIDeviceID", "15bc"},
+               {"VendorID", "8086"},
+               {"SubsystemID", "2292"},
+               {"SubsystemVendorID", "17aa"},
+               {"RevisionID", "10"},
+               {"ClassCode", "020000"},
+               {"ClassName", "Ethernet controller"},
+               {"DriverName", "e1000e"},
+               {"IommuGroup", "14"}});
+    expectAll(report.group(), instanceOf(report, "0000:03:00.0"),
+              {{"DeviceID", "0000:03:00.0"},
+               {"Name", "Fast SSD"},
+               {"Manufacturer", "Disk Maker"},
+               {"BusNumber", "3"},
+               {"DeviceNumber", "0"},
+               {"FunctionNumber", "0"},
+               {"PCIDeviceID", "a808"},
+               {"VendorID", "144d"},
+               {"SubsystemID", "a801"},
+               {"SubsystemVendorID", "144d"},
+               {"RevisionID", "00"},
+               {"ClassCode", "010802"},
+               {"ClassName", "Non-Volatile memory controller"},
+               {"SubsystemName", "Fast SSD Plus"},
+               {"DriverName", "nvme"},
+               {"NumaNode", "0"},
+               {"CurrentLinkSpeed", "8.0 GT/s PCIe"},
+               {"MaxLinkSpeed", "16.0 GT/s PCIe"},
+               {"CurrentLinkWidth", "4"},
+               {"MaxLinkWidth", "4"},
+               {"PhysicalSlot", "7"},
+               {"Removable", "true"}});
 }
 
 TEST(PCIDevice, WhatTheKernelCannotAskTheLinkIsUnknown) {
     const Report report = gatheredBelow("PCIDevice", kWorkstation);
-    EXPECT_EQ(
-        "0000:00:14.0|USB Host Controller|Chip Maker|0|20|0|a36d|8086|a36d|8086||0c0330|USB controller|USB "
-        "Host "
-        "Controller|||||||||"
-        "|false|",
-        joined(instanceOf(report, "0000:00:14.0")));
+    expectAll(report.group(), instanceOf(report, "0000:00:14.0"),
+              {{"DeviceID", "0000:00:14.0"},
+               {"Name", "USB Host Controller"},
+               {"Manufacturer", "Chip Maker"},
+               {"BusNumber", "0"},
+               {"DeviceNumber", "20"},
+               {"FunctionNumber", "0"},
+               {"PCIDeviceID", "a36d"},
+               {"VendorID", "8086"},
+               {"SubsystemID", "a36d"},
+               {"SubsystemVendorID", "8086"},
+               {"ClassCode", "0c0330"},
+               {"ClassName", "USB controller"},
+               {"SubsystemName", "USB Host Controller"},
+               {"Removable", "false"}});
 }
 
 TEST(PCIDevice, TheRevisionOfAnOldTreeComesFromTheConfigurationSpace) {
     const Report report = gatheredBelow("PCIDevice", kWorkstation);
-    EXPECT_EQ("10000:e0:06.0||Chip Maker|224|6|0|1234|8086|||ab|060400|Bridge||||||||||||",
-              joined(instanceOf(report, "10000:e0:06.0")));
+    expectAll(report.group(), instanceOf(report, "10000:e0:06.0"),
+              {{"DeviceID", "10000:e0:06.0"},
+               {"Manufacturer", "Chip Maker"},
+               {"BusNumber", "224"},
+               {"DeviceNumber", "6"},
+               {"FunctionNumber", "0"},
+               {"PCIDeviceID", "1234"},
+               {"VendorID", "8086"},
+               {"RevisionID", "ab"},
+               {"ClassCode", "060400"},
+               {"ClassName", "Bridge"}});
 }
 
 TEST(PCIDevice, AVirtualFunctionNamesItsParent) {

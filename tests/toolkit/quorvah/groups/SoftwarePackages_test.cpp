@@ -40,11 +40,21 @@ TEST(DpkgPackages, APackageHasAllThatItsStanzaTells) {
     putWithTime(tree, "var/lib/dpkg/info/bash.list", 1700000000);
     const Report report = gatheredBelow("SoftwarePackages", tree.path());
     ASSERT_EQ(1U, report.instances().size());
-    EXPECT_EQ(
-        "pkg:deb/debian/bash@2:5.2.15-2%2Bb8?arch=amd64|bash|2:5.2.15-2+b8|A <a@b.org>|The "
-        "shell|2023-11-14T22:13:20Z|"
-        "amd64|2|2+b8|bash-src|shells|7164|install ok installed|dpkg|",
-        joined(report.instances().front()));
+    expectAll(report.group(), report.instances().front(),
+              {{"InstanceID", "pkg:deb/debian/bash@2:5.2.15-2%2Bb8?arch=amd64"},
+               {"Name", "bash"},
+               {"VersionString", "2:5.2.15-2+b8"},
+               {"Manufacturer", "A <a@b.org>"},
+               {"Description", "The shell"},
+               {"InstallDate", "2023-11-14T22:13:20Z"},
+               {"Architecture", "amd64"},
+               {"Epoch", "2"},
+               {"Release", "2+b8"},
+               {"Source", "bash-src"},
+               {"Section", "shells"},
+               {"InstalledSize", "7164"},
+               {"Status", "install ok installed"},
+               {"PackageFormat", "dpkg"}});
 }
 
 TEST(DpkgPackages, EveryArchitectureOfANameIsKeptWithItsOwnDate) {
@@ -120,17 +130,40 @@ TEST(SmallPackages, EachFormatHasItsInstances) {
     const Report report = gatheredBelow("SoftwarePackages", tree.path());
     EXPECT_EQ("", report.reason());
     ASSERT_EQ(4U, report.instances().size());
-    EXPECT_EQ(
-        "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64|musl|1.2.4-r2|T <t@x.org>|libc||x86_64||r2|musl||621||apk|",
-        joined(instanceOf(report, "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64")));
-    EXPECT_EQ(
-        "pkg:alpm/alpine/"
-        "zlib@1:1.3-2?arch=x86_64|zlib|1:1.3-2|||1970-01-01T00:01:40Z|x86_64|1|2|||2||pacman|",
-        joined(instanceOf(report, "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64")));
-    EXPECT_EQ("pkg:snap/core20@2023?arch=amd64|core20|2023||base||amd64||2015|||||snap|",
-              joined(instanceOf(report, "pkg:snap/core20@2023?arch=amd64")));
-    EXPECT_EQ("pkg:flatpak/org.x.Y?arch=x86_64&branch=stable|org.x.Y|||||x86_64|||||||flatpak|",
-              joined(instanceOf(report, "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable")));
+    expectAll(report.group(), instanceOf(report, "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64"),
+              {{"InstanceID", "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64"},
+               {"Name", "musl"},
+               {"VersionString", "1.2.4-r2"},
+               {"Manufacturer", "T <t@x.org>"},
+               {"Description", "libc"},
+               {"Architecture", "x86_64"},
+               {"Release", "r2"},
+               {"Source", "musl"},
+               {"InstalledSize", "621"},
+               {"PackageFormat", "apk"}});
+    expectAll(report.group(), instanceOf(report, "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64"),
+              {{"InstanceID", "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64"},
+               {"Name", "zlib"},
+               {"VersionString", "1:1.3-2"},
+               {"InstallDate", "1970-01-01T00:01:40Z"},
+               {"Architecture", "x86_64"},
+               {"Epoch", "1"},
+               {"Release", "2"},
+               {"InstalledSize", "2"},
+               {"PackageFormat", "pacman"}});
+    expectAll(report.group(), instanceOf(report, "pkg:snap/core20@2023?arch=amd64"),
+              {{"InstanceID", "pkg:snap/core20@2023?arch=amd64"},
+               {"Name", "core20"},
+               {"VersionString", "2023"},
+               {"Description", "base"},
+               {"Architecture", "amd64"},
+               {"Release", "2015"},
+               {"PackageFormat", "snap"}});
+    expectAll(report.group(), instanceOf(report, "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable"),
+              {{"InstanceID", "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable"},
+               {"Name", "org.x.Y"},
+               {"Architecture", "x86_64"},
+               {"PackageFormat", "flatpak"}});
 }
 
 std::string hexNumber(std::uint32_t value) {
@@ -172,8 +205,13 @@ TEST(RpmPackages, PackagesComeFromTheDatabaseAndKeysDoNotCount) {
     const Report report = gatheredBelow("SoftwarePackages", tree.path());
     EXPECT_EQ("", report.reason());
     ASSERT_EQ(1U, report.instances().size());
-    EXPECT_EQ("pkg:rpm/fedora/bash@1-2?arch=noarch|bash|1-2||||noarch||2|||||rpm|",
-              joined(report.instances().front()));
+    expectAll(report.group(), report.instances().front(),
+              {{"InstanceID", "pkg:rpm/fedora/bash@1-2?arch=noarch"},
+               {"Name", "bash"},
+               {"VersionString", "1-2"},
+               {"Architecture", "noarch"},
+               {"Release", "2"},
+               {"PackageFormat", "rpm"}});
 }
 
 TEST(RpmPackages, ABrokenHeaderCostsOnlyItselfAndIsReported) {

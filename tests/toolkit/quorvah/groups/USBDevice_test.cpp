@@ -11,19 +11,50 @@ const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
 TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
     const Report report = gatheredBelow("USBDevice", kWorkstation);
     EXPECT_EQ((std::vector<std::string>{"1-3", "1-4", "usb1"}), keysOf(report));
-    EXPECT_EQ(
-        "usb1|xHCI Host Controller|Linux 6.1 "
-        "xhci-hcd|0000:00:14.0|2.00|09|00|01|1|1d6b|0002|6.01|480000000|0||||",
-        joined(instanceOf(report, "usb1")));
-    EXPECT_EQ(
-        "1-3|Optical Mouse|Mouse Maker||2.00|00|00|00|1|046d|c077|72.00|1500000|100|usbhid|030102|true|",
-        joined(instanceOf(report, "1-3")));
+    expectAll(report.group(), instanceOf(report, "usb1"),
+              {{"DeviceID", "usb1"},
+               {"Name", "xHCI Host Controller"},
+               {"Manufacturer", "Linux 6.1 xhci-hcd"},
+               {"SerialNumber", "0000:00:14.0"},
+               {"USBVersion", "2.00"},
+               {"ClassCode", "09"},
+               {"SubclassCode", "00"},
+               {"ProtocolCode", "01"},
+               {"NumberOfConfigs", "1"},
+               {"VendorId", "1d6b"},
+               {"ProductId", "0002"},
+               {"Release", "6.01"},
+               {"Speed", "480000000"},
+               {"MaxPower", "0"}});
+    expectAll(report.group(), instanceOf(report, "1-3"),
+              {{"DeviceID", "1-3"},
+               {"Name", "Optical Mouse"},
+               {"Manufacturer", "Mouse Maker"},
+               {"USBVersion", "2.00"},
+               {"ClassCode", "00"},
+               {"SubclassCode", "00"},
+               {"ProtocolCode", "00"},
+               {"NumberOfConfigs", "1"},
+               {"VendorId", "046d"},
+               {"ProductId", "c077"},
+               {"Release", "72.00"},
+               {"Speed", "1500000"},
+               {"MaxPower", "100"},
+               {"Drivers", "usbhid"},
+               {"InterfaceClasses", "030102"},
+               {"Removable", "true"}});
 }
 
 TEST(USBDevice, EqualInterfacesAndPlaceholdersLeaveNoTrace) {
     const Report report = gatheredBelow("USBDevice", kWorkstation);
-    EXPECT_EQ("1-4|Gigabit USB Adapter|Adapter Maker|||||||0b95|1790||||ax88179|ffff00||",
-              joined(instanceOf(report, "1-4")));
+    expectAll(report.group(), instanceOf(report, "1-4"),
+              {{"DeviceID", "1-4"},
+               {"Name", "Gigabit USB Adapter"},
+               {"Manufacturer", "Adapter Maker"},
+               {"VendorId", "0b95"},
+               {"ProductId", "1790"},
+               {"Drivers", "ax88179"},
+               {"InterfaceClasses", "ffff00"}});
 }
 
 TEST(USBDeviceLive, DevicesAreThoseOfLsusb) {
