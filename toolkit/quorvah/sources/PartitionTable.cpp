@@ -63,11 +63,12 @@ std::string name(std::string_view units) {
         auto unit = static_cast<wchar_t>(number(units, 2 * i, 2));
         if (unit == 0) break;
         const wchar_t before = std::exchange(high, 0);
-        if (unit >= 0xD800 && unit <= 0xDBFF) {
+        const int half = unit & 0xFC00;
+        if (half == 0xD800) {
             high = unit;
             continue;
         }
-        if (unit >= 0xDC00 && unit <= 0xDFFF) {
+        if (half == 0xDC00) {
             if (before == 0) continue;
             unit = 0x10000 + ((before - 0xD800) << 10) + (unit - 0xDC00);
         }
