@@ -9,14 +9,15 @@
 
 namespace toolkit {
 
-// A regular file of the tree that is read in pieces. It is never mapped: whoever may cut it short would end the scanner.
+// A regular file of the tree that is read in pieces. It is never mapped, because truncating a mapped file would kill the
+// scanner.
 class InputFile {
   public:
     enum class State : std::uint8_t {
         Open,
         Missing,
         Denied,      // the tree has counted it
-        Unreadable,  // no regular file, or the system does not give it out
+        Unreadable,  // not a regular file, or reading fails
     };
 
     InputFile(const Root& root, const std::string& path);
@@ -24,9 +25,9 @@ class InputFile {
     State state() const { return state_; }
     std::uint64_t size() const { return size_; }  // when it was opened
 
-    // How many bytes there were; fewer than were asked for at its end, and where reading fails.
+    // Returns the number of bytes read. It is smaller than requested at the end of the file and when reading fails.
     std::size_t readAt(std::uint64_t offset, std::span<char> bytes);
-    // Whether reading failed so far.
+    // Whether a read has failed.
     bool failed() const { return failed_; }
 
   private:

@@ -24,7 +24,7 @@ std::string mergedOptions(std::string_view ofMount, std::string_view ofFileSyste
 }
 
 // 36 35 98:0 /mnt1 /mnt2 rw,noatime shared:1 master:2 - ext3 /dev/root rw,errors=continue
-// Exactly one blank parts the fields; a file system that was mounted without a source has an empty one.
+// Fields are separated by exactly one blank. The source of a file system that was mounted without one is empty.
 bool readMountInfoLine(std::string_view line, Mount& mount) {
     takeField(line, ' ');  // the mount's id
     takeField(line, ' ');  // its parent's

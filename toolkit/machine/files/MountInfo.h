@@ -13,20 +13,20 @@ struct Mount {
     std::string mountPoint;
     std::string type;
     std::string source;
-    std::string options;  // of the mount, then those of the file system that the mount does not name itself
+    std::string options;  // those of the mount, then the other ones of the file system
 };
 
-// The mounts in the order of the file, without the lines that are no mounts.
+// The mounts in the order of the file. Malformed lines are skipped.
 std::vector<Mount> readMountInfo(std::string_view text);
 
-// /proc/mounts, /etc/mtab and /etc/fstab are written alike. Of fstab's entries those count that a start of
-// the system mounts: no swap, no "noauto".
+// Parses /proc/mounts, /etc/mtab and /etc/fstab, which have one format. Entries of fstab that are not mounted at boot, swap
+// and "noauto", are skipped.
 std::vector<Mount> readMountTable(std::string_view text);
 
-// Replaces \040 and the like by the character meant.
+// Replaces octal escapes, such as \040 for a blank.
 std::string withoutOctalEscapes(std::string_view text);
 
-// Whether one of the comma-separated options is this one.
+// Whether the comma-separated options include this one.
 bool hasMountOption(std::string_view options, std::string_view wanted);
 
 }  // namespace toolkit

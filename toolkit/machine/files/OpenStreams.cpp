@@ -6,7 +6,7 @@
 namespace toolkit {
 
 void openMissingStreams() {
-    // A new descriptor is the lowest that is free.
+    // open() returns the lowest free descriptor.
     int opened = 0;
     while (opened >= 0 && opened <= STDERR_FILENO) opened = ::open("/dev/null", O_RDWR);
     if (opened > STDERR_FILENO) ::close(opened);

@@ -2,8 +2,8 @@
 
 namespace toolkit {
 
-// Opens /dev/null in the place of each standard stream that the program was started without, so that no file that it
-// opens is taken for one. To be called before anything is opened.
+// Opens /dev/null for each standard stream that the program was started without, so that no file opened later gets the
+// descriptor of a standard stream. Must be called before any file is opened.
 void openMissingStreams();
 
 }  // namespace toolkit

@@ -27,7 +27,7 @@ constexpr mode_t kMode = 0600;
 
 using Content = std::function<void(const TextSink& sink)>;
 
-// Keeps the signals that end a program waiting, so that no stray file stays behind.
+// Blocks the signals that end a program, so that no temporary file stays behind.
 class SignalsHeld {
   public:
     SignalsHeld() {
@@ -44,7 +44,7 @@ class SignalsHeld {
     sigset_t before_{};
 };
 
-// What stands in the place of a file and is not replaced; null for what is.
+// Describes a kind of file that is not replaced; null for a file that may be replaced.
 const char* whatBlocks(mode_t mode) {
     if (S_ISDIR(mode)) return "it is a directory";
     if (S_ISFIFO(mode)) return "it is a pipe";
@@ -53,7 +53,7 @@ const char* whatBlocks(mode_t mode) {
     return nullptr;
 }
 
-// Where a file is to stand. Its directory is held open: what becomes of its path meanwhile makes no difference.
+// The place of an output file. Its directory is kept open, so renaming the directory meanwhile has no effect.
 class Place {
   public:
     explicit Place(const std::string& path) : path_(path), name_(path.substr(path.rfind('/') + 1)) {
@@ -65,7 +65,7 @@ class Place {
         struct stat status {};
         if (::fstatat(directory_.number(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
         if (const char* const what = whatBlocks(status.st_mode)) refuse(what);
-        // /dev/stdout is one; nobody who names it wants it replaced.
+        // /dev/stdout is such a link, and must not be replaced.
         if (S_ISLNK(status.st_mode) && leadsToOpenFile()) refuse("it leads to an open file");
     }
 
@@ -90,12 +90,12 @@ class Place {
     kest::Descriptor directory_;
 };
 
-// A new file in the directory of the one that it is to replace, without a name where that can be had. Gone unless
-// it takes its place.
+// A new file in the directory of the file that it will replace, without a name if the file system supports that. It is
+// deleted unless it is put into its place.
 class NewFile {
   public:
     explicit NewFile(const Place& place) : place_(place) {
-        if (::access("/proc/self/fd", X_OK) == 0)  // by which it gets its name in the end
+        if (::access("/proc/self/fd", X_OK) == 0)  // needed to give the file its name
             file_ =
                 kest::Descriptor(::openat(place.directory(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, kMode));
         if (!file_.isOpen()) {
@@ -137,10 +137,10 @@ class NewFile {
         return ::linkat(AT_FDCWD, self.c_str(), place_.directory(), name, AT_SYMLINK_FOLLOW) == 0;
     }
 
-    // Tries names that nobody has, until `take` takes one.
+    // Tries random names until `take` accepts one.
     template <class Take>
     void takeName(const Take& take) {
-        constexpr std::size_t kMaxLength = 200;  // leaves room for what comes behind it
+        constexpr std::size_t kMaxLength = 200;  // leaves room for the suffix
         std::random_device random;
         for (int tries = 0; tries < 100; ++tries) {
             const std::string name =

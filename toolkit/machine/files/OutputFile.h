@@ -6,16 +6,15 @@
 
 namespace toolkit {
 
-// Takes pieces of text that follow each other.
+// Receives the content in consecutive pieces.
 using TextSink = std::function<void(std::string_view piece)>;
 
-// Makes `content` the content of the file at `path`, wholly or, on failure, not at all: a file that was there
-// stays as it was until the new one is safe on its disk. The file is a new one of the caller, with mode 0600
-// whatever the umask, whatever stood there. A link in its place is replaced, not followed; a directory, a pipe
-// or a device is refused. Where the file system has files without names, a process that is killed while it
-// writes leaves nothing. Throws std::exception with a text that names the path.
+// Atomically replaces the file at `path` by a new file with this content. On failure an existing file is unchanged. The new
+// file belongs to the caller and has mode 0600, independent of the umask and of the old file. A link is replaced, not
+// followed. A directory, a pipe or a device is refused. If the file system supports files without names, a process that is
+// killed while it writes leaves nothing behind. Throws std::exception with a message that names the path.
 void writeOutputFile(const std::string& path, std::string_view content);
-// The same with the content that `write` gives to its sink. What `write` throws is a failure too.
+// The same, with the content that `write` passes to its sink. An exception of `write` is a failure too.
 void writeOutputFile(const std::string& path, const std::function<void(const TextSink& sink)>& write);
 
 }  // namespace toolkit

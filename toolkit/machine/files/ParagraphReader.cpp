@@ -11,14 +11,14 @@ constexpr std::size_t kMaxParagraph = std::size_t{16} << 20;
 
 constexpr std::string_view kParting = "\n\n";
 
-// Behind the first parting of a text; 0 when there is none. The C library searches faster than a string does.
+// The offset behind the first blank line; 0 when there is none. memmem is faster than std::string_view::find.
 std::size_t behindFirstParting(std::string_view text) {
     const void* const found = ::memmem(text.data(), text.size(), kParting.data(), kParting.size());
     if (found == nullptr) return 0;
     return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + kParting.size();
 }
 
-// The same for the last one.
+// The offset behind the last blank line; 0 when there is none.
 std::size_t behindLastParting(std::string_view text) {
     while (text.size() >= kParting.size()) {
         const void* const found = ::memrchr(text.data(), '\n', text.size());
@@ -41,7 +41,7 @@ void ParagraphReader::noteDamage(std::uint64_t at) {
     damagedAt_ = std::min(damagedAt_, at);
 }
 
-// Reads more behind what is there. False at the end, and where no more may be read.
+// Appends more of the file to the buffer. False at the end of the file and when the budget is spent.
 bool ParagraphReader::fill() {
     if (begin_ > 0) {
         std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
@@ -59,7 +59,7 @@ bool ParagraphReader::fill() {
     return count > 0;
 }
 
-// Behind the last blank line of what is there; 0 when there is none.
+// The length of the whole paragraphs in the buffer; 0 when there is none.
 std::size_t ParagraphReader::endOfParagraphs() {
     const std::string_view text(buffer_.data() + begin_, end_ - begin_);
     const std::size_t before = searched_;
@@ -68,13 +68,13 @@ std::size_t ParagraphReader::endOfParagraphs() {
     return found == 0 ? 0 : before + found;
 }
 
-// Forgets the paragraph that the buffer is full of, up to its end if that is in sight.
+// Skips the paragraph that fills the buffer, up to its end if the buffer has that.
 void ParagraphReader::pass() {
     const std::string_view text(buffer_.data() + begin_, end_ - begin_);
     const std::size_t found = behindFirstParting(text);
     if (!passing_) noteDamage(read_ - text.size());
     passing_ = found == 0;
-    // The last character may be the first half of the parting.
+    // The last character may be the first half of a blank line.
     begin_ += passing_ ? text.size() - std::min<std::size_t>(text.size(), 1) : found;
     searched_ = 0;
 }
@@ -84,7 +84,7 @@ std::string_view ParagraphReader::takeRest() {
     begin_ = end_;
     searched_ = 0;
     if (passing_ || budget_.isSpent() || file_.failed()) return {};
-    // Whoever writes such a file ends every line; one that ends within a line was cut off.
+    // Writers of these files end every line, so a file that does not was truncated.
     if (!rest.empty() && rest.back() != '\n') noteDamage(read_);
     return rest;
 }

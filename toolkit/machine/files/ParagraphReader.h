@@ -10,20 +10,20 @@
 
 namespace toolkit {
 
-// Reads a text file whose paragraphs are parted by blank lines, a few whole paragraphs at a time. Memory does not grow
-// with the file; a paragraph that is longer than any real one is passed over.
+// Reads a text file whose paragraphs are separated by blank lines, several whole paragraphs at a time. Memory does not grow
+// with the file. A paragraph of more than 16 MiB is skipped.
 class ParagraphReader {
   public:
     ParagraphReader(const Root& root, const std::string& path, Budget& budget);
 
     InputFile::State state() const { return file_.state(); }
 
-    // The next paragraphs, valid until the next call. Empty when there are no more, or no more may be read.
+    // The next paragraphs, valid until the next call. Empty at the end of the file and when the budget is spent.
     std::string_view next();
 
-    // Whether all of it was handed out, and ended with a line.
+    // Whether the whole file was returned and its last line had a line end.
     bool whole() const { return damagedAt_ == kNowhere; }
-    // Where the first part begins that was not; that of a line that was cut off is the file's end.
+    // The offset of the first part that was not returned. For a last line without a line end it is the end of the file.
     std::uint64_t damagedAt() const { return damagedAt_; }
 
   private:
@@ -38,10 +38,10 @@ class ParagraphReader {
     InputFile file_;
     Budget& budget_;
     std::vector<char> buffer_;
-    std::size_t begin_ = 0;  // of what is in the buffer and was not handed out
+    std::size_t begin_ = 0;  // of the part of the buffer that was not returned yet
     std::size_t end_ = 0;
-    std::size_t searched_ = 0;  // from the beginning, for the end of a paragraph
-    std::uint64_t read_ = 0;    // of the file
+    std::size_t searched_ = 0;  // bytes from begin_ that hold no end of a paragraph
+    std::uint64_t read_ = 0;    // bytes of the file
     bool passing_ = false;      // within a paragraph that is too long
     std::uint64_t damagedAt_ = kNowhere;
 };

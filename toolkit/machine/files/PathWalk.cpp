@@ -13,9 +13,9 @@ namespace toolkit {
 
 namespace {
 
-constexpr int kMaxLinks = 40;  // as the kernel has it
+constexpr int kMaxLinks = 40;  // the limit of the kernel
 
-// The components of `path` in reverse order, to be put on a stack.
+// The components of `path` in reverse order, ready to be pushed on a stack.
 std::vector<std::string> reversedComponents(std::string_view path) {
     std::vector<std::string> components;
     while (!path.empty()) {
@@ -27,14 +27,14 @@ std::vector<std::string> reversedComponents(std::string_view path) {
     return components;
 }
 
-// The text of the symbolic link `name`; empty when it is none.
+// The target of the symbolic link `name`; empty when it is not a symbolic link.
 std::string linkText(int directory, const std::string& name) {
     std::array<char, 4096> text;
     const ssize_t length = ::readlinkat(directory, name.c_str(), text.data(), text.size());
     return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// A walk from the directory that stands for "/" to one below it.
+// The directories from the root of the tree to the current one.
 class Walk {
   public:
     explicit Walk(int tree) : tree_(tree) {}
@@ -43,7 +43,7 @@ class Walk {
 
     void goToRoot() { below_.clear(); }
 
-    // Above the root stands the root.
+    // The parent of the root is the root.
     void goUp() {
         if (!below_.empty()) below_.pop_back();
     }

@@ -7,8 +7,8 @@
 namespace toolkit {
 
 // Opens `path`, relative to the directory `tree`, as if that directory were the root of the file system:
-// neither ".." nor a symbolic link leads out of it. For systems whose kernel cannot be asked for that.
-// On failure no descriptor, and errno tells why.
+// neither ".." nor a symbolic link leads out of it. It is for kernels
+// without openat2. On failure the descriptor is not open and errno is set.
 kest::Descriptor openByComponent(int tree, std::string_view path, int flags);
 
 }  // namespace toolkit

@@ -29,7 +29,7 @@ std::string relativeToRoot(std::string_view path) {
     return relative.empty() ? "." : relative;
 }
 
-// What the kernel calls an open file; empty without /proc.
+// The kernel's path of an open file; empty without /proc.
 std::string kernelPathOf(int descriptor) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     std::array<char, 4097> text;
@@ -37,7 +37,7 @@ std::string kernelPathOf(int descriptor) {
     return length <= 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// The bytes read, 0 at the end, -1 after an error.
+// The number of bytes read; 0 at the end of the file, -1 on an error.
 ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
     for (;;) {
         const ssize_t count = ::read(descriptor, buffer, size);
@@ -45,9 +45,9 @@ ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
     }
 }
 
-// Reads on until the end or more than `most`. False when reading fails.
+// Reads until the end of the file or until there are more than `most` bytes. False when reading fails.
 bool readPieces(int descriptor, std::size_t most, const Root& root, std::string& content) {
-    // Most files are sysfs attributes of a few bytes, which need no more than this.
+    // Most files are sysfs attributes of a few bytes, for which this buffer suffices.
     std::array<char, 4096> buffer;
     while (content.size() <= most && content.size() < 4 * buffer.size()) {
         const ssize_t count = readSome(descriptor, buffer.data(), buffer.size());
@@ -81,7 +81,7 @@ Root::Root(const std::string& directory, Lookup lookup)
       directory_(directory),
       lookup_(lookup) {
     if (!tree_.isOpen()) throw std::system_error(errno, std::generic_category(), directory);
-    // Old kernels do not have the call, and filters of containers refuse it.
+    // Old kernels do not have the call, and filters of containers deny it.
     const kest::Descriptor probe(openInRoot(tree_.number(), ".", O_PATH | O_CLOEXEC));
     if (!probe.isOpen()) lookup_ = Lookup::ByComponent;
 }
@@ -99,7 +99,7 @@ kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
 kest::Descriptor Root::open(std::string_view path, int flags) const {
     checkTime();
     flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 refuses them together
+    if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 does not accept them with O_PATH
     kest::Descriptor opened =
         live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
     if (!opened.isOpen()) note(errno);
@@ -132,7 +132,7 @@ std::string Root::pathOf(const kest::Descriptor& file) const {
     return path.front() == '/' ? path : std::string();
 }
 
-// Up to one byte more than `most`. False when it cannot be read.
+// Reads one byte more than `most` at most. False when the file cannot be read.
 bool Root::readUpTo(std::string_view path, std::size_t most, std::string& content) const {
     const kest::Descriptor file = open(path);
     struct stat status {};

@@ -4,7 +4,7 @@
 
 namespace toolkit {
 
-// Writes all of it, however many calls that takes. False, with errno set, when one of them fails.
+// Writes all bytes, with as many calls of write() as needed. False, with errno set, when one of them fails.
 bool writeAll(int descriptor, std::string_view bytes);
 
 }  // namespace toolkit

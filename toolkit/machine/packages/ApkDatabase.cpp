@@ -8,8 +8,8 @@
 namespace toolkit {
 namespace {
 
-// Where the value of a line belongs; null for the lines about files, checksums and dependencies. Letters
-// differ by case: 'M' is the mode of a directory, 'm' the maintainer.
+// The field of `package` that a line sets; null for lines about files, checksums and dependencies. The letters are
+// case-sensitive: 'M' is the mode of a directory, 'm' the maintainer.
 std::string_view* valueOf(char letter, ApkPackage& package) {
     switch (letter) {
         case 'P':

@@ -4,7 +4,7 @@
 
 namespace toolkit {
 
-// One package of an apk database of installed packages. All texts are parts of the file; what is not given is
+// One package of an apk database of installed packages. All texts are parts of the file. A missing value is
 // empty.
 struct ApkPackage {
     std::string_view name;

@@ -21,7 +21,7 @@ struct StanzaField {
     std::string_view DpkgStanza::*value;
 };
 
-// Those that begin with the same letter stand together.
+// Names with the same first letter must be adjacent.
 constexpr StanzaField kFields[] = {
     {"Package", &DpkgStanza::package},         {"Status", &DpkgStanza::status},
     {"Section", &DpkgStanza::section},         {"Source", &DpkgStanza::source},
@@ -30,8 +30,8 @@ constexpr StanzaField kFields[] = {
     {"Description", &DpkgStanza::description}, {"Installed-Size", &DpkgStanza::installedSize},
 };
 
-// The fields whose names begin with a letter, in either case. Most lines begin with another character: they continue a
-// field, or give one that nobody asks for.
+// The fields whose names begin with a letter, in either case. This skips most lines at once, as they continue a field or
+// belong to a field that is not used.
 using Fields = std::span<const StanzaField>;
 constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
     std::array<Fields, 256> fields;
@@ -44,7 +44,7 @@ constexpr std::array<Fields, 256> kFieldsOfLetter = [] {
     return fields;
 }();
 
-// Whether a line gives a field of this name, in any case.
+// Whether a line is a field of this name. Names are case-insensitive.
 bool gives(std::string_view line, std::string_view name) {
     return line.size() > name.size() && line[name.size()] == ':' &&
            (line.starts_with(name) || kest::equalsIgnoringCase(line.substr(0, name.size()), name));
@@ -100,9 +100,9 @@ DpkgVersion splitDpkgVersion(std::string_view version) {
 
 namespace {
 
-constexpr std::string_view kSame = "same";  // of Multi-Arch
+constexpr std::string_view kSame = "same";  // value of Multi-Arch
 constexpr char kStatusFile[] = "/var/lib/dpkg/status";
-constexpr char kStatusFolder[] = "/var/lib/dpkg/status.d";  // of images that were put together without dpkg
+constexpr char kStatusFolder[] = "/var/lib/dpkg/status.d";  // in images that were built without dpkg
 
 struct Found {
     DpkgStanza stanza;
@@ -115,7 +115,7 @@ bool before(const Found& left, const Found& right) {
            std::tie(right.stanza.package, right.stanza.architecture);
 }
 
-// Texts of a package that are mostly those of the one before as well are kept once.
+// Values that are often the same as in the previous package; equal ones share one copy.
 constexpr std::string_view DpkgStanza::*kRepeated[] = {&DpkgStanza::status, &DpkgStanza::architecture,
                                                        &DpkgStanza::maintainer, &DpkgStanza::section};
 constexpr std::string_view DpkgStanza::*kOwn[] = {&DpkgStanza::package, &DpkgStanza::version,
@@ -126,19 +126,19 @@ class Reader {
   public:
     Reader(const Root& root, PackageTexts& texts) : root_(root), texts_(texts) {}
 
-    // Where no status is given, being told of is being installed.
-    void readFile(const std::string& path, std::string_view usualStatus) {
+    // `defaultStatus` is the status of packages without one.
+    void readFile(const std::string& path, std::string_view defaultStatus) {
         ParagraphReader file(root_, path, texts_.budget());
         if (file.state() == InputFile::State::Unreadable)
             result_.note(PackageReading::Damage::Unreadable, path);
         const std::string_view database = texts_.keep(path);
         for (std::string_view text = file.next(); !text.empty(); text = file.next())
-            readStanzas(text, usualStatus, database);
+            readStanzas(text, defaultStatus, database);
         if (!file.whole()) result_.note(PackageReading::Damage::Broken, path, file.damagedAt());
         if (texts_.budget().isSpent()) result_.note(PackageReading::Damage::TooLarge, path);
     }
 
-    // A file for each package, whose being there says that it is installed; beside them lie lists of checksums.
+    // The folder has one file per installed package, and lists of checksums.
     void readFolder(const std::string& folder) {
         for (const std::string& name : root_.list(folder)) {
             if (name.ends_with(".md5sums")) continue;
@@ -148,8 +148,7 @@ class Reader {
         }
     }
 
-    // dpkg knows a package of one name and architecture once, and writes them in this order. Should a file tell of one
-    // twice, the later word holds.
+    // dpkg writes one stanza per name and architecture, sorted. Of duplicates in a damaged file the last one is kept.
     std::vector<Found>& sorted() {
         const auto inOrder = [](const Found& left, const Found& right) { return !before(left, right); };
         if (std::ranges::adjacent_find(found_, inOrder) == found_.end()) return found_;
@@ -165,19 +164,19 @@ class Reader {
     const PackageReading& result() const { return result_; }
 
   private:
-    void readStanzas(std::string_view text, std::string_view usualStatus, std::string_view database) {
+    void readStanzas(std::string_view text, std::string_view defaultStatus, std::string_view database) {
         DpkgStatusParser status(text);
         Found found{{}, database, false};
         while (status.next(found.stanza)) {
-            if (found.stanza.status.empty()) found.stanza.status = usualStatus;
+            if (found.stanza.status.empty()) found.stanza.status = defaultStatus;
             found.installed = isInstalled(found.stanza.status);
             if (!texts_.budget().item() || !keep(found.stanza)) return;
             found_.push_back(found);
         }
     }
 
-    // Replaces the texts, which are parts of what is read, by copies. False where they are more than may be kept. What
-    // nobody will believe is kept no further than it takes to tell that.
+    // Replaces the texts, which are parts of the read buffer, by copies. False when the budget does not allow more. Values that
+    // are too long are truncated, to a length that is still too long.
     bool keep(DpkgStanza& stanza) {
         for (const auto text : kRepeated) {
             const std::string_view believable = (stanza.*text).substr(0, kMaxValueLength + 1);
@@ -186,14 +185,14 @@ class Reader {
         }
         for (const auto text : kOwn)
             stanza.*text = texts_.keep((stanza.*text).substr(0, kMaxValueLength + 1));
-        // Only whether it says "same" is asked for.
+        // Only the value "same" is used.
         stanza.multiArch = stanza.multiArch == kSame ? kSame : std::string_view();
         return !texts_.budget().isSpent();
     }
 
     const Root& root_;
     PackageTexts& texts_;
-    DpkgStanza latest_;  // the kept texts of the stanza before
+    DpkgStanza latest_;  // copies of the previous stanza's texts
     std::vector<Found> found_;
     PackageReading result_;
 };

@@ -4,7 +4,7 @@
 
 namespace toolkit {
 
-// One stanza of a dpkg status file. All texts are parts of the file; a field that the stanza lacks is empty.
+// One stanza of a dpkg status file. All texts are parts of the file. A missing field is empty.
 struct DpkgStanza {
     std::string_view package;
     std::string_view status;  // "install ok installed"
@@ -18,11 +18,11 @@ struct DpkgStanza {
     std::string_view installedSize;  // KiB
 };
 
-// Reads the stanzas of a dpkg status file one after the other. A stanza without a package name is passed
-// over; of a field that is given twice the first one counts, as nothing tells which one is right.
+// Reads the stanzas of a dpkg status file one after the other. A stanza without a package name is skipped.
+// The first of two equal fields counts.
 class DpkgStatusParser {
   public:
-    // `text` outlives the stanzas.
+    // REQUIRES: `text` outlives the stanzas.
     explicit DpkgStatusParser(std::string_view text) : rest_(text) {}
 
     // False at the end of the file, with `stanza` emptied.
@@ -32,9 +32,8 @@ class DpkgStatusParser {
     std::string_view rest_;
 };
 
-// Whether a status says that the package's files are in place and work. That leaves out what dpkg began and
-// did not finish (half-installed, unpacked, half-configured: nobody can rely on it) and what it only
-// remembers (config-files); a package that merely waits for triggers works.
+// Whether a package with this status is usable: it is installed or waits for triggers only. Packages that dpkg did not finish
+// (half-installed, unpacked, half-configured) or removed (config-files) are not.
 bool isInstalled(std::string_view status);
 
 // The parts of [epoch:]upstream[-revision].

@@ -7,7 +7,7 @@ namespace {
 
 using Damage = PackageReading::Damage;
 
-// `deployed` is where the link to what is in use leads: "x86_64/stable". The files do not tell the version.
+// `deployed` is the target of the link to the version in use, "x86_64/stable". The files do not contain the version number.
 InstalledPackage flatpakOf(std::string_view name, std::string_view deployed, const std::string& database,
                            PackageTexts& texts) {
     InstalledPackage package;

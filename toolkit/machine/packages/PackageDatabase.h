@@ -28,13 +28,13 @@ extern const PackageDatabase kPacmanDatabase;
 extern const PackageDatabase kSnapDatabase;
 extern const PackageDatabase kFlatpakDatabase;
 
-// A copy of a value. One that is too long is cut, but stays longer than kMaxValueLength.
+// A copy of a value. A value that is too long is truncated, to a length that is still more than kMaxValueLength.
 std::string_view keepValue(std::string_view value, PackageTexts& texts);
 
 // Sets epoch, upstream version and release from a version of the form [epoch:]upstream[-release].
 void splitVersion(InstalledPackage& package);
 
-// The directory with a slash at its end; the default when there is none.
+// `path` with a slash at its end, or `defaultPath` when it is empty.
 std::string folderOf(const std::string& path, const char* defaultPath);
 
 // The content of one of many small files that describe one package each. Empty when there is no such file, and when it

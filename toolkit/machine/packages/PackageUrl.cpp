@@ -5,7 +5,7 @@
 namespace toolkit {
 namespace {
 
-// The characters that stand for themselves. By hand: isalnum would follow the locale.
+// The characters that are not escaped. isalnum is not used because it follows the locale.
 constexpr std::array<bool, 256> kPlain = [] {
     std::array<bool, 256> plain{};
     for (char c = 'a'; c <= 'z'; ++c) plain[static_cast<unsigned char>(c)] = true;

@@ -26,7 +26,7 @@ Damage damageOf(Budget::Spent spent) {
     }
 }
 
-// What none of these texts may be longer than kMaxValueLength for.
+// A package with a longer value than kMaxValueLength in one of these is left out.
 constexpr std::string_view InstalledPackage::*kNeeded[] = {
     &InstalledPackage::name, &InstalledPackage::version, &InstalledPackage::architecture};
 constexpr std::string_view InstalledPackage::*kOthers[] = {

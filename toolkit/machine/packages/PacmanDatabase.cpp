@@ -35,7 +35,7 @@ std::string_view* valueUnder(std::string_view heading, PacmanPackage& package) {
 PacmanPackage readPacmanDesc(std::string_view text) {
     PacmanPackage package;
     std::string_view* value = nullptr;
-    bool heading = true;  // only behind a blank line; a value may look like one
+    bool heading = true;  // headings follow a blank line; other lines may look like one
     std::string_view line;
     while (nextLine(text, line)) {
         if (heading && !line.empty()) {

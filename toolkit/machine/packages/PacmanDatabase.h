@@ -4,20 +4,20 @@
 
 namespace toolkit {
 
-// What a pacman "desc" file tells of one installed package. All texts are parts of the file; what is not
-// given is empty.
+// The values of a pacman "desc" file, which describes one installed package. All texts are parts of the file. A missing value is
+// empty.
 struct PacmanPackage {
     std::string_view name;
     std::string_view version;  // [epoch:]upstream-release
     std::string_view architecture;
     std::string_view packager;
     std::string_view description;
-    std::string_view base;         // what it was built from
+    std::string_view base;         // the source package
     std::string_view installDate;  // seconds since 1970
     std::string_view size;         // bytes
 };
 
-// The views live as long as `text`.
+// REQUIRES: `text` outlives the package.
 PacmanPackage readPacmanDesc(std::string_view text);
 
 }  // namespace toolkit

@@ -32,8 +32,8 @@ enum Tag : std::uint64_t {
 
 enum Type : std::uint64_t { kInt32 = 4, kInt64 = 5, kString = 6, kTranslatedString = 9 };
 
-// The text that begins `bytes`; of a translated one the first, which is not translated. Empty without its
-// end, which is not looked for farther away than a text is long.
+// The text at the beginning of `bytes`. The first of several translations is the original. Empty when no end is found within the
+// maximum length.
 std::string_view textOf(std::uint64_t type, std::string_view bytes) {
     if (type != kString && type != kTranslatedString) return {};
     const std::size_t end = bytes.substr(0, kMaxValueLength + 1).find('\0');
@@ -68,7 +68,7 @@ void storeEntry(std::uint64_t tag, std::uint64_t type, std::string_view bytes, R
             numberOf(type, bytes, package.installTime);
             break;
         case kSize:
-        case kLongSize:  // stands instead of the other one where that is too narrow
+        case kLongSize:  // replaces kSize for large packages
             numberOf(type, bytes, package.size);
             break;
         case kVendor:
@@ -101,7 +101,7 @@ bool readRpmHeader(std::string_view header, RpmPackage& package) {
     const std::string_view store = header.substr(storeAt, storeSize);
     for (std::size_t at = kCounts; at < storeAt; at += kEntry) {
         const std::uint64_t offset = bigEndian(header, at + 8, 4);
-        if (offset >= store.size()) continue;  // the entry of a region may point outside
+        if (offset >= store.size()) continue;  // offsets of region entries may be outside
         storeEntry(bigEndian(header, at, 4), bigEndian(header, at + 4, 4), store.substr(offset), package);
     }
     return !package.name.empty();
@@ -118,14 +118,14 @@ namespace {
 
 using Damage = PackageReading::Damage;
 
-// The record that the header is a part of is gone after the visit.
+// Copies the texts, because the record with the header is valid during the visit only.
 InstalledPackage packageOf(const RpmPackage& rpm, std::string_view database, PackageTexts& texts) {
     const std::string epoch = rpm.hasEpoch ? std::to_string(rpm.epoch) : std::string();
     InstalledPackage package;
     package.type = PackageType::Rpm;
     package.name = texts.keep(rpm.name);
     package.version = texts.keep({epoch, epoch.empty() ? "" : ":", rpm.version, "-", rpm.release});
-    if (package.version.empty()) return package;  // more than may be kept
+    if (package.version.empty()) return package;  // the budget is spent
     package.epoch = package.version.substr(0, epoch.size());
     package.upstream = package.version.substr(epoch.empty() ? 0 : epoch.size() + 1, rpm.version.size());
     package.release = package.version.substr(package.version.size() - rpm.release.size());
@@ -141,13 +141,13 @@ InstalledPackage packageOf(const RpmPackage& rpm, std::string_view database, Pac
     return package;
 }
 
-// The database holds the keys that signatures are checked with as packages, too; they are no software.
+// Keys for checking signatures are in the database as packages, but are not software.
 bool isKey(const RpmPackage& package) {
     return package.name == "gpg-pubkey";
 }
 
-// A transaction that was broken off leaves its journal behind, with which SQLite would undo it. Where the journal is kept
-// between transactions, its first bytes are zero.
+// An interrupted transaction leaves its journal behind, and SQLite would roll it back. A journal that is kept between
+// transactions begins with zeros.
 bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
     InputFile journal(root, path + "-journal");
     char first = 0;
@@ -203,7 +203,7 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
         const std::string path = folder + "/rpmdb.sqlite";
         InputFile file(root, path);
         if (file.state() != InputFile::State::Missing) return readFile(file, root, path, texts, visit);
-        // The kinds of databases that rpm had before.
+        // The database formats of earlier versions of rpm.
         for (const char* const old : {"/Packages", "/Packages.db"}) {
             if (root.exists(folder + old)) return {Damage::Unsupported, folder + old};
         }

@@ -6,8 +6,7 @@
 
 namespace toolkit {
 
-// What the header of an installed rpm tells. The texts are parts of the header; what it does not tell is
-// empty or 0.
+// The values in the header of an installed rpm. The texts are parts of the header. Missing values are empty or 0.
 struct RpmPackage {
     std::string_view name;
     std::string_view version;
@@ -23,10 +22,10 @@ struct RpmPackage {
     std::uint64_t size = 0;         // bytes
 };
 
-// Reads a header as the rpm database holds it. False when it is broken or names no package.
+// Parses a header in the form of the rpm database. False when it is damaged or has no name.
 bool readRpmHeader(std::string_view header, RpmPackage& package);
 
-// "bash" of "bash-5.1.8-6.el9.src.rpm"; empty when the name is not made like that.
+// "bash" for "bash-5.1.8-6.el9.src.rpm"; empty for names that are not of this form.
 std::string_view nameOfSourceRpm(std::string_view sourceRpm);
 
 }  // namespace toolkit

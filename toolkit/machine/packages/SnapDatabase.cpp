@@ -8,8 +8,8 @@
 namespace toolkit {
 namespace {
 
-// The text of a quoted scalar, with its quotes gone. In single quotes '' stands for one; in double quotes a
-// backslash takes the next character as it is, which covers \" and \\.
+// The text of a quoted scalar without its quotes. In single quotes, '' is an escaped quote. In double quotes, a backslash escapes
+// the next character, which is right for \" and \\.
 std::string unquoted(std::string_view scalar) {
     const char quote = scalar.front();
     std::string text;
@@ -56,7 +56,7 @@ std::string* valueOf(std::string_view key, SnapMeta& meta) {
 
 void storeValue(std::string& target, std::string_view value) {
     if (value.empty() || value.front() == '|' || value.front() == '>')
-        return;  // stands in the lines that follow
+        return;  // the value is in the following lines
     if (value.front() == '[') {
         appendFlowList(target, value);
     } else if (target.empty()) {
@@ -64,7 +64,7 @@ void storeValue(std::string& target, std::string_view value) {
     }
 }
 
-// A line that belongs to the key above it: an item of its list, or the first line of its block.
+// Stores a line that continues the value of a key: an item of a list, or the first line of a block.
 void storeContinuation(std::string& target, bool list, std::string_view line) {
     line = trimmed(line);
     if (list && line.substr(0, 2) == "- ") {
@@ -131,7 +131,7 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
             const InstalledPackage package = packageOf(snap, root.linkName(current), path, texts);
             if (!texts.budget().isSpent()) visit(package);
         }
-        if (!names.empty()) break;  // where both folders are there, one is a link to the other
+        if (!names.empty()) break;  // if both folders exist, one is a link to the other
     }
     return result;
 }

@@ -5,7 +5,7 @@
 
 namespace toolkit {
 
-// What meta/snap.yaml tells of one snap. What is not given is empty.
+// The values of a snap's meta/snap.yaml. A missing value is empty.
 struct SnapMeta {
     std::string name;
     std::string version;
@@ -13,8 +13,7 @@ struct SnapMeta {
     std::string architectures;  // joined with ';'
 };
 
-// Understands the part of YAML that these files use at their top level: plain, quoted and block scalars, and
-// lists.
+// Parses the subset of YAML that these files use at their top level: plain, quoted and block scalars, and lists.
 SnapMeta readSnapMeta(std::string_view text);
 
 }  // namespace toolkit

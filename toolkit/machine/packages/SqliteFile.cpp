@@ -16,12 +16,12 @@ constexpr std::size_t kFileHeader = 100;
 constexpr std::size_t kMinUsable = 480;  // bytes of a page
 constexpr unsigned kInterior = 5;
 constexpr unsigned kLeaf = 13;
-constexpr unsigned kMaxDepth = 20;  // a deeper tree than any file can hold runs in a circle
+constexpr unsigned kMaxDepth = 20;  // no file can hold a deeper tree, so a deeper one is circular
 // A sparse file may claim any size.
 constexpr std::uint64_t kMaxDatabaseSize = std::uint64_t{4} << 30;
 constexpr std::uint64_t kMaxRecordSize = std::uint64_t{32} << 20;
 
-// Takes a number of one to nine bytes, of which all but the ninth carry seven bits.
+// Takes a variable-length number of one to nine bytes. Each of the first eight bytes has seven bits of it.
 bool takeVarint(std::string_view& bytes, std::uint64_t& value) {
     value = 0;
     for (std::size_t i = 0; i < 9 && i < bytes.size(); ++i) {
@@ -111,13 +111,12 @@ bool Pages::read(std::size_t number, std::string& page) const {
     return database_.read(std::uint64_t{number - 1} * size_, page);
 }
 
-// One way through the tree of pages that is a table. Each page is read once: in a sound table no page occurs twice, a
-// damaged one may send its readers in circles.
+// Walks the tree of pages of one table. No page is read twice, because the tree of a damaged file may be circular.
 class TableWalk {
   public:
     TableWalk(const Pages& pages, const Row& row) : pages_(pages), row_(row), taken_(pages.count()) {}
 
-    // All rows below the page; false when some could not be read.
+    // Visits all rows below the page. False when some could not be read.
     bool walk(std::uint64_t page) { return walk(page, 0); }
 
   private:
@@ -130,12 +129,12 @@ class TableWalk {
 
     const Pages& pages_;
     const Row& row_;
-    std::vector<bool> taken_;  // of each page
+    std::vector<bool> taken_;  // whether each page was read
     std::string payload_;
     std::string overflow_;  // the latest overflow page
 };
 
-// False when the database does not have the page, and when it was taken before.
+// Reads a page. False when the database does not have it or it was read before.
 bool TableWalk::takePage(std::uint64_t number, std::string& page) {
     if (number == 0 || number > taken_.size() || taken_[static_cast<std::size_t>(number - 1)]) return false;
     taken_[static_cast<std::size_t>(number - 1)] = true;
@@ -181,8 +180,8 @@ bool TableWalk::walkLeaf(std::string_view page, std::size_t head) {
     return whole;
 }
 
-// The payload of a leaf's cell: what the page holds of it, then a chain of overflow pages. The length of the cell; 0 when
-// it does not hold together.
+// Reads the payload of a leaf's cell: the part in the page, then a chain of overflow pages. Returns the length of the cell in
+// the page, or 0 when it is damaged.
 std::size_t TableWalk::readPayload(std::string_view cell) {
     const std::size_t before = cell.size();
     std::uint64_t size = 0;
@@ -205,7 +204,7 @@ std::size_t TableWalk::readPayload(std::string_view cell) {
     return before - cell.size() + end;
 }
 
-// Appends what stands in the chain of pages, until the payload has this size.
+// Appends the content of a chain of overflow pages until the payload has this size.
 bool TableWalk::readOverflow(std::uint64_t next, std::size_t size) {
     while (payload_.size() < size) {
         if (!takePage(next, overflow_)) return false;

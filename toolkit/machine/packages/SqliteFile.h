@@ -16,7 +16,7 @@ struct SqliteValue {
     std::string_view bytes;
 };
 
-// The value of one column (0 is the first) of a row; Missing when the row has no such column or is broken.
+// The value of one column of a row. Columns are counted from 0. Missing when the row has no such column or is damaged.
 SqliteValue sqliteColumn(std::string_view record, unsigned column);
 
 enum class SqliteReading : std::uint8_t {

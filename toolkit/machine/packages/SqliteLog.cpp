@@ -13,12 +13,12 @@
 namespace toolkit {
 namespace {
 
-// The log is a header, then frames; a frame is a header of its own and a page. All numbers are big-endian:
+// The log is a header followed by frames. A frame is a header and a page. All numbers are big-endian:
 //     header: magic, version, page size, count of checkpoints, salt (2), checksum (2)
 //     frame:  page number, pages of the database if this commits a transaction or 0, salt (2), checksum (2)
 constexpr std::size_t kHeaderSize = 32;
 constexpr std::size_t kFrameHeaderSize = 24;
-constexpr std::uint64_t kMagic = 0x377F0682;  // the lowest bit: checksums are of big-endian words
+constexpr std::uint64_t kMagic = 0x377F0682;  // the lowest bit is set if checksums are of big-endian words
 constexpr std::uint64_t kVersion = 3'007'000;
 
 template <std::size_t kSize>
@@ -28,7 +28,7 @@ std::string_view view(const std::array<char, kSize>& bytes) {
 
 }  // namespace
 
-// The sum that continues from frame to frame, over pairs of words.
+// The checksum that continues from frame to frame.
 class SqliteLog::Checksum {
   public:
     explicit Checksum(bool bigEndianWords)

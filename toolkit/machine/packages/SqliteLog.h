@@ -31,12 +31,12 @@ class SqliteLog {
     // The number of pages of the database after the last committed transaction.
     std::uint32_t databasePages() const { return databasePages_; }
 
-    // Where in the log the latest content of a page begins; none when the log does not hold that page.
+    // The offset of the latest content of a page; nothing when the log does not have that page.
     std::optional<std::uint64_t> find(std::uint64_t page) const;
 
     bool read(std::uint64_t offset, std::span<char> bytes) const { return log_.read(offset, bytes); }
 
-    // Whether the log was begun anew since this object was made. Its places are wrong then.
+    // Whether a writer restarted the log since this object was made, so that offsets are no longer valid.
     bool wasRestarted() const;
 
   private:

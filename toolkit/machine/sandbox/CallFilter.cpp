@@ -30,7 +30,8 @@ constexpr std::uint32_t kArchitecture = AUDIT_ARCH_RISCV64;
 constexpr std::uint32_t kArchitecture = 0;
 #endif
 
-constexpr std::uint32_t kOtherNumbering = 0x40000000;  // x86-64 has each call a second time from here
+constexpr std::uint32_t kOtherNumbering =
+    0x40000000;  // x86-64 has a second set of numbers for all calls from here on
 
 constexpr std::array kRefused = {
     // programs
@@ -40,7 +41,7 @@ constexpr std::array kRefused = {
     SYS_fork,
     SYS_vfork,
 #endif
-    // the network; io_uring reaches it past this filter
+    // the network, which io_uring could use in spite of this filter
     SYS_socketpair,
     SYS_connect,
     SYS_bind,
@@ -59,7 +60,7 @@ constexpr std::array kRefused = {
     SYS_rt_sigqueueinfo,
     SYS_rt_tgsigqueueinfo,
 #ifndef ZAV_SANITIZED
-    SYS_ptrace,  // with it the leak checker looks into its own process
+    SYS_ptrace,  // the leak checker inspects its own process with it
 #endif
     SYS_setns,
     SYS_unshare,
@@ -89,7 +90,7 @@ constexpr std::array kRefused = {
     SYS_setdomainname,
     SYS_open_by_handle_at,
 };
-// Signals that a process may send to itself.
+// Calls by which a process may send signals to itself only.
 constexpr std::array kOnlyToItself = {SYS_kill, SYS_tgkill};
 
 sock_filter load(std::size_t offset) {
@@ -107,7 +108,7 @@ sock_filter jumpIf(std::uint16_t comparison, std::uint32_t value, std::uint8_t y
 constexpr std::uint32_t kNewNamespaces =
     CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
 
-// The lower half of an argument, on processors that have it first.
+// The lower half of an argument on little-endian processors.
 constexpr std::size_t argument(std::size_t index) {
     return offsetof(seccomp_data, args) + 8 * index;
 }
@@ -116,15 +117,15 @@ constexpr std::size_t kUpperHalf = 4;
 const sock_filter kRefuse = answer(SECCOMP_RET_ERRNO | EPERM);
 const sock_filter kAllow = answer(SECCOMP_RET_ALLOW);
 
-// Adds what is to be done in one case of a call, which decides.
+// Adds the decision for one value of a call's argument.
 void add(std::vector<sock_filter>& steps, long call, std::initializer_list<sock_filter> body) {
     steps.push_back(
         jumpIf(BPF_JEQ, static_cast<std::uint32_t>(call), 0, static_cast<std::uint8_t>(body.size())));
     steps.insert(steps.end(), body);
 }
 
-// What may be started. What clone3() is to start stands in memory, where a filter cannot look: who tries it takes clone()
-// where the kernel does not have it.
+// Allows threads, and processes if they are needed. The flags of clone3() are in memory, which a filter cannot read. The filter
+// denies it with ENOSYS, and the C library then uses clone().
 [[maybe_unused]] void addClone(std::vector<sock_filter>& steps, bool children) {
     add(steps, SYS_clone3, {answer(SECCOMP_RET_ERRNO | ENOSYS)});
     add(steps, SYS_clone,
@@ -132,7 +133,7 @@ void add(std::vector<sock_filter>& steps, long call, std::initializer_list<sock_
          children ? kAllow : jumpIf(BPF_JSET, CLONE_THREAD, 1, 0), kRefuse, kAllow});
 }
 
-// Sockets, and asking something by one. One that has no destination reaches nobody but the kernel.
+// Allows sockets for requests to the kernel. A message without a destination address reaches only the kernel.
 void addSockets(std::vector<sock_filter>& steps, bool asksKernel) {
     if (!asksKernel) {
         add(steps, SYS_socket, {kRefuse});

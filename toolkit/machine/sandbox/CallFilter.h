@@ -2,14 +2,14 @@
 
 namespace toolkit {
 
-// What a process that looks at a machine must be able to do besides reading files and starting threads.
+// What a scanning process needs besides reading files and starting threads.
 struct CallNeeds {
-    bool asksKernel = false;  // sockets by which the kernel tells of the network
+    bool asksKernel = false;  // sockets for asking the kernel about the network
     bool children = false;    // processes that run the same program
 };
 
-// From now on refuses this process the system calls that it has no use for. False where this kind of processor is not
-// known, and when the kernel does not take the filter.
+// From now on denies this process the system calls that it does not need. False when the processor is not supported or the
+// kernel does not accept the filter.
 bool filterSystemCalls(const CallNeeds& needs);
 
 }  // namespace toolkit

@@ -26,8 +26,8 @@ bool gainNoPrivileges() {
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 || ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1;
 }
 
-// Keeps those with which an administrator's scan reads every file, writes its output where it was told to and sees
-// the programs of processes that have more capabilities than are left here.
+// Keeps the capabilities with which a scan by root reads all files, writes its output anywhere and sees the programs of
+// processes that have more capabilities than this process keeps.
 bool dropCapabilities() {
     constexpr std::uint32_t kNeeded = (std::uint32_t{1} << CAP_DAC_READ_SEARCH) |
                                       (std::uint32_t{1} << CAP_DAC_OVERRIDE) |
@@ -52,7 +52,7 @@ bool limit(__rlimit_resource resource, std::uint64_t most) {
     return ::setrlimit(resource, &bounds) == 0;
 }
 
-// The size of the address space, in bytes.
+// The size of the address space in bytes.
 [[maybe_unused]] std::uint64_t memoryInUse() {
     const std::unique_ptr<std::FILE, CloseFile> file(std::fopen("/proc/self/statm", "re"));
     unsigned long pages = 0;
@@ -77,7 +77,7 @@ std::string enterSandbox(const SandboxNeeds& needs) {
     };
     note(gainNoPrivileges(), "ban on new privileges");
     note(limitMemory(needs), "memory limit");
-    std::signal(SIGXFSZ, SIG_IGN);  // a write that is too much fails
+    std::signal(SIGXFSZ, SIG_IGN);  // writing too much fails instead
     note(limit(RLIMIT_FSIZE, kMaxOutput), "limit of file sizes");
     note(limit(RLIMIT_CORE, 0), "ban on core dumps");
     note(dropCapabilities(), "dropping of capabilities");

@@ -7,20 +7,20 @@
 
 namespace toolkit {
 
-// What a process needs while it looks at a machine.
+// What a scanning process needs.
 struct SandboxNeeds {
     std::uint64_t memory = 0;       // bytes of address space
-    std::uint64_t leastMemory = 0;  // those beyond what is in use that it has in any case
+    std::uint64_t leastMemory = 0;  // at least this much more than is in use
     CallNeeds calls;
 };
 
-// Gives up, for the rest of the process, what looking at a machine does not need: starting programs, connections, other
-// processes, privileges, and more memory than that. What it reads comes from somewhere else, from strangers too. What
-// the kernel or what stands around the process does not allow is left as it is. Returns what that was, with commas
-// between: "system call filter"; empty when nothing is missing.
+// Gives up, for the rest of the process, what scanning does not need: starting programs, network connections, access to other
+// processes, privileges, and memory beyond the limit. The files that a scanner reads are untrusted. Steps that the kernel
+// or the environment does not allow are skipped. Returns the names of the skipped steps, separated by commas, such as
+// "system call filter"; empty when none was skipped.
 std::string enterSandbox(const SandboxNeeds& needs);
 
-// Bounds the memory that this process may take until it says otherwise.
+// Limits the memory of this process until the next call.
 void boundMemory(std::uint64_t bytes);
 
 }  // namespace toolkit

@@ -7,10 +7,10 @@
 
 namespace toolkit {
 
-// The longest value that is believed, in bytes. What is longer is no name, version or line of text.
+// In bytes. A longer text is not a name, a version or a line of description.
 inline constexpr std::size_t kMaxValueLength = 4096;
 
-// What reading something that a stranger may have made may cost: far more than anything real does.
+// How much may be spent on reading an untrusted file. Real files need far less.
 struct Allowance {
     std::uint64_t bytesRead = std::uint64_t{512} << 20;
     std::uint64_t bytesKept = std::uint64_t{16} << 20;
@@ -18,18 +18,18 @@ struct Allowance {
     std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
-// What is left of an allowance. Where one part of it is used up, nothing more is allowed.
+// The rest of an allowance. When one part of it is used up, nothing more is allowed.
 class Budget {
   public:
     enum class Spent : std::uint8_t { Nothing, Bytes, Kept, Items, Time };
 
     explicit Budget(const Allowance& allowance = {}) : left_(allowance) {}
 
-    // Each takes from the allowance, and is false when there was not enough of it, now or before.
+    // These reduce the allowance. They return false when it does not suffice, or did not suffice before.
     bool read(std::uint64_t bytes) { return take(left_.bytesRead, bytes, Spent::Bytes) && inTime(); }
     bool keep(std::uint64_t bytes) { return take(left_.bytesKept, bytes, Spent::Kept); }
     bool item() {
-        constexpr std::uint64_t kBetweenLooks = 64;  // looking at the clock costs more than many an item
+        constexpr std::uint64_t kBetweenLooks = 64;  // reading the clock costs more than many items
         return take(left_.items, 1, Spent::Items) && (left_.items % kBetweenLooks != 0 || inTime());
     }
 

@@ -1,5 +1,5 @@
-// Numbers that files tell, and what is reckoned with them. What does not fit is unknown: it never wraps round, and never
-// turns negative for a reader whose numbers have a sign.
+// Numbers read from files, and arithmetic with them. A result that does not fit is unknown. It never wraps around, and it
+// fits a signed 64-bit number.
 #pragma once
 
 #include <charconv>
@@ -11,7 +11,7 @@
 
 namespace toolkit {
 
-// A number from 0 to kMaxCount; none when it is unknown.
+// A number from 0 to kMaxCount, or nothing when it is unknown.
 using Count = std::optional<std::uint64_t>;
 inline constexpr std::uint64_t kMaxCount = std::numeric_limits<std::int64_t>::max();
 
@@ -31,7 +31,7 @@ inline Count product(Count left, Count right) {
     return counted(result);
 }
 
-// The number that the whole text is: digits and nothing else, no sign and no prefix.
+// Parses a text that consists of digits only, without sign or prefix.
 inline Count readCount(std::string_view text, int base = 10) {
     std::uint64_t number = 0;
     const char* const last = text.data() + text.size();

@@ -4,8 +4,8 @@
 
 namespace toolkit {
 
-// The machine that an ELF file is made for, as uname calls it; empty for what is none, or none of a machine
-// that Linux commonly runs on. The first 20 bytes are enough.
+// The machine that an ELF file is built for, by the name that uname gives it. Empty when `header` is not the beginning of an
+// ELF file or the machine is not one that Linux commonly runs on. The first 20 bytes are enough.
 std::string_view machineOfElf(std::string_view header);
 
 }  // namespace toolkit

@@ -5,7 +5,7 @@
 namespace toolkit {
 namespace {
 
-// snprintf and gmtime_r would take longer than all else that is done for a package.
+// snprintf and gmtime_r would take longer than everything else that is done for a package.
 void putDigits(std::string& text, std::size_t at, std::size_t width, std::int64_t value) {
     for (std::size_t i = width; i-- > 0; value /= 10) text[at + i] = static_cast<char>('0' + value % 10);
 }

@@ -7,8 +7,7 @@ namespace toolkit {
 // The value of a key in one group of a desktop-style key file:
 //     [group]
 //     key=value
-// A part of `text`; empty when the group or the key is missing. Of a key that stands twice the first one
-// counts.
+// The result is a part of `text`. It is empty when the group or the key is missing. The first of two equal keys counts.
 std::string_view keyFileValue(std::string_view text, std::string_view group, std::string_view key);
 
 }  // namespace toolkit

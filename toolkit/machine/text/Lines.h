@@ -1,4 +1,4 @@
-// Walking through text line by line and word by word, without copying it.
+// Splits text into lines, words and fields without copying it.
 #pragma once
 
 #include <cstring>
@@ -22,7 +22,7 @@ inline bool nextLine(std::string_view& text, std::string_view& line) {
     return true;
 }
 
-// Takes the next word from `line`: what stands between blanks or tabs. Empty when none is left.
+// Takes the next word from `line`. Words are separated by blanks or tabs. Empty when no word is left.
 inline std::string_view nextWord(std::string_view& line) {
     const std::size_t begin = line.find_first_not_of(" \t");
     if (begin == std::string_view::npos) {
@@ -35,7 +35,7 @@ inline std::string_view nextWord(std::string_view& line) {
     return word;
 }
 
-// Takes what stands before the next `separator`, and the separator too; all that is left when there is none.
+// Takes the text before the next `separator` and the separator, or all of the text when there is no separator.
 inline std::string_view takeField(std::string_view& text, char separator) {
     const std::size_t end = text.find(separator);
     const std::string_view field = text.substr(0, end);
@@ -43,7 +43,7 @@ inline std::string_view takeField(std::string_view& text, char separator) {
     return field;
 }
 
-// Without the blanks, tabs and line ends at both sides.
+// The text without blanks, tabs and line ends at both ends.
 inline std::string_view trimmed(std::string_view text) {
     const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
     while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);

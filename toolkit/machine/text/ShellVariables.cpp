@@ -15,7 +15,7 @@ bool isName(std::string_view text) {
     return !text.empty() && std::ranges::all_of(text, isNameCharacter);
 }
 
-// A word as the shell would read it: up to a blank outside of quotes.
+// A word as the shell reads it: it ends at a blank outside of quotes.
 std::string unquoted(std::string_view word) {
     std::string value;
     char quote = '\0';
@@ -28,7 +28,7 @@ std::string unquoted(std::string_view word) {
             quote = c;
         } else if (c == '\\' && quote != '\'' && i + 1 < word.size()) {
             const char next = word[++i];
-            // In double quotes the backslash only counts before what would mean something there.
+            // In double quotes a backslash escapes only characters that are special there.
             const bool special = next == '"' || next == '\\' || next == '$' || next == '`';
             if (quote == '"' && !special) value += c;
             value += next;

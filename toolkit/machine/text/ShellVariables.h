@@ -8,7 +8,7 @@
 namespace toolkit {
 
 // The assignments NAME=value of a file that is written for the shell, such as /etc/os-release, with quotes
-// and backslashes resolved. Comments and lines that are no assignments count for nothing.
+// and backslashes resolved. Comments and all other lines are ignored.
 class ShellVariables {
   public:
     explicit ShellVariables(std::string_view text);

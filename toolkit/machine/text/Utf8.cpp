@@ -19,7 +19,7 @@ std::size_t asciiLength(std::string_view bytes) {
     return length;
 }
 
-// How many bytes a character has whose first byte is `lead`; 0 for a byte that cannot be the first.
+// The number of bytes of a character that begins with `lead`; 0 when no character begins with it.
 std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0x80) return 1;
     if (lead < 0xC2) return 0;

@@ -13,18 +13,18 @@ namespace toolkit {
 
 namespace {
 
-// The bytes that can be copied as they are.
+// The bytes that need no escaping.
 constexpr std::array<bool, 256> kPlain = [] {
     std::array<bool, 256> plain{};
     for (unsigned c = 0x20; c <= 0x7E; ++c) plain[c] = c != '&' && c != '<' && c != '>' && c != '"';
     return plain;
 }();
 
-// Bytes that are looked at all at once.
+// Bytes that are examined at once.
 template <std::size_t kSize>
 using Block [[gnu::vector_size(kSize)]] = unsigned char;
 
-// Whether as many bytes as a block has can be copied as they are.
+// Whether none of the bytes of a block needs escaping.
 template <std::size_t kSize>
 bool isPlainBlock(const char* bytes) {
     Block<kSize> block;
@@ -36,7 +36,7 @@ bool isPlainBlock(const char* bytes) {
     return std::ranges::all_of(words, [](std::uint64_t word) { return word == 0; });
 }
 
-// The same of all bytes, of which there are as many as a block has or more.
+// Whether none of the bytes needs escaping. REQUIRES: bytes.size() >= kSize.
 template <std::size_t kSize>
 bool arePlainBlocks(std::string_view bytes) {
     const char* const last = bytes.data() + bytes.size() - kSize;
@@ -52,7 +52,7 @@ bool isPlain(std::string_view bytes) {
     return std::ranges::all_of(bytes, [](char c) { return kPlain[static_cast<unsigned char>(c)]; });
 }
 
-// How many bytes at the front can be copied as they are.
+// The number of bytes at the front that need no escaping.
 std::size_t plainLength(std::string_view bytes) {
     std::size_t length = 0;
     while (bytes.size() - length >= 16 && isPlainBlock<16>(bytes.data() + length)) length += 16;
@@ -81,7 +81,7 @@ void appendCharacter(std::string& xml, char32_t character) {
         default:
             break;
     }
-    // A carriage return as itself would be read as a line feed.
+    // A parser would read a literal carriage return as a line feed.
     const bool forbidden =
         (character < 0x20 && character != U'\r') || character == 0xFFFE || character == 0xFFFF;
     if (forbidden) return;
@@ -97,7 +97,7 @@ void appendEscaped(std::string& xml, std::string_view bytes) {
         xml.append(bytes.data(), plain);
         bytes.remove_prefix(plain);
         if (bytes.empty()) return;
-        // What was taken so far is ASCII, so the rest tells what the whole is.
+        // The bytes so far are ASCII, so the rest decides whether the whole is UTF-8.
         const auto next = static_cast<unsigned char>(bytes.front());
         if (next >= 0x80 && !utf8) utf8 = isUtf8(bytes);
         if (next >= 0x80 && *utf8) {
