@@ -1,27 +1,19 @@
-// The command zav: a host of the library like any other.
+// The command zav, which is a host of the library like any other.
 #include <cstdlib>
 #include <exception>
 #include <variant>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/Doctor.h"
 #include "cli/commands/Options.h"
-#include "cli/system/Ending.h"
 #include "cli/system/Failure.h"
-#include "cli/system/Output.h"
+#include "cli/system/SignalCleanup.h"
 #include "cli/system/StandardStreams.h"
 #include "cli/terminal/Terminal.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
 
 namespace {
-
-int doctor(const Options& options) {
-    const std::vector<Check> checks = examine(options.toolkit);
-    writeStandardOutput(checkLines(checks));
-    return inventoryCanWork(checks) ? EXIT_SUCCESS : kExitFailed;
-}
 
 int run(int argc, const char* const* argv) {
     const auto parsed = parseOptions(argc, argv);
@@ -32,16 +24,16 @@ int run(int argc, const char* const* argv) {
     const auto& options = std::get<Options>(parsed);
     switch (options.command) {
         case Command::Groups:
-            return listGroups(options);
+            return runGroups(options);
         case Command::Doctor:
-            return doctor(options);
+            return runDoctor(options);
         case Command::Software:
-            if (options.check) return checkSoftwareSignatures(options);
-            return options.explain ? explainSoftwareSignature(options) : software(options);
+            if (options.check) return runSignatureCheck(options);
+            return options.explain ? runSignatureExplanation(options) : runSoftware(options);
         case Command::Hardware:
             break;
     }
-    return hardware(options);
+    return runHardware(options);
 }
 
 }  // namespace
@@ -49,17 +41,17 @@ int run(int argc, const char* const* argv) {
 }  // namespace zavcli
 
 int main(int argc, char** argv) {
-    zavcli::occupyStandardStreams();
-    zavcli::cleanUpAtSignals();
+    zavcli::reserveStandardStreams();
+    zavcli::installSignalCleanup();
     zavcli::useUtf8();
     try {
         const int status = zavcli::run(argc, argv);
         return status == EXIT_SUCCESS && zavcli::messagesWereLost() ? zavcli::kExitFailed : status;
     } catch (const zavcli::Failure& failure) {
-        zavcli::complain(failure.what());
+        zavcli::printMessage(failure.what());
         return failure.status();
     } catch (const std::exception& error) {
-        zavcli::complain(error.what());
+        zavcli::printMessage(error.what());
         return zavcli::kExitFailed;
     }
 }

@@ -1,14 +1,15 @@
-// The commands, each a function that prints its result and returns the exit status. All throw Failure.
+// The commands. Each prints its result and returns the exit status. All throw Failure.
 #pragma once
 
 #include "cli/commands/Options.h"
 
 namespace zavcli {
 
-int listGroups(const Options& options);
-int hardware(const Options& options);
-int software(const Options& options);
-int checkSoftwareSignatures(const Options& options);
-int explainSoftwareSignature(const Options& options);
+int runDoctor(const Options& options);
+int runGroups(const Options& options);
+int runHardware(const Options& options);
+int runSoftware(const Options& options);
+int runSignatureCheck(const Options& options);
+int runSignatureExplanation(const Options& options);
 
 }  // namespace zavcli

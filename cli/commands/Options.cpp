@@ -7,7 +7,7 @@
 #include <map>
 
 #include "cli/system/Failure.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
 

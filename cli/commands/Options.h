@@ -1,4 +1,4 @@
-// The command line.
+// Parses the command line.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "cli/scan/Reporter.h"
+#include "cli/scan/LogPrinter.h"
 
 namespace zavcli {
 
@@ -15,15 +15,15 @@ enum class Format { Table, Json, Csv, Xml };
 
 struct Options {
     Command command = Command::Hardware;
-    std::vector<std::string> groups;      // as they were typed
+    std::vector<std::string> groups;      // as typed
     std::vector<std::string> signatures;  // files and directories
-    std::vector<std::string> variables;   // as they were typed
-    std::vector<std::string> settings;    // as they were typed
+    std::vector<std::string> variables;   // as typed
+    std::vector<std::string> settings;    // as typed
     std::vector<std::string> guids;       // results to show; empty for all
-    bool check = false;                   // only tell whether the signatures files are valid
-    std::optional<std::string> explain;   // tell how the conditions of this signature come out
+    bool check = false;                   // only check whether the files are valid
+    std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
-    bool csvRaw = false;  // values that look like formulas stay as they are
+    bool csvRaw = false;  // do not protect values that look like formulas
     bool all = false;
     std::optional<std::string> output;
     std::optional<std::string> toolkit;
@@ -31,7 +31,7 @@ struct Options {
     Verbosity verbosity = Verbosity::Errors;
 };
 
-// A command line that asks for a text only, such as --help.
+// The text that the command line asks for, such as that of --help.
 struct HelpText {
     std::string text;
 };

@@ -5,52 +5,35 @@
 #include <map>
 
 #include "cli/commands/Commands.h"
-#include "cli/commands/Session.h"
-#include "cli/formats/CsvWriter.h"
-#include "cli/formats/JsonWriter.h"
-#include "cli/formats/SoftwareTable.h"
-#include "cli/formats/XmlWriter.h"
-#include "cli/scan/Evaluation.h"
-#include "cli/scan/Explanation.h"
-#include "cli/scan/Presets.h"
-#include "cli/scan/Reporter.h"
-#include "cli/scan/ScanRecord.h"
-#include "cli/scan/SignatureCheck.h"
-#include "cli/scan/SignaturesFile.h"
+#include "cli/commands/ScanSetup.h"
+#include "cli/scan/EvaluationOptions.h"
+#include "cli/scan/LogPrinter.h"
+#include "cli/scan/ScanFacts.h"
+#include "cli/scan/SignatureDiagnostics.h"
+#include "cli/scan/SignatureEvaluation.h"
+#include "cli/scan/SignatureFile.h"
 #include "cli/scan/Warnings.h"
 #include "cli/scan/Workspace.h"
 #include "cli/system/Failure.h"
+#include "cli/system/StandardStreams.h"
+#include "cli/terminal/PrintableText.h"
 #include "cli/terminal/Terminal.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
 
 namespace {
 
-std::string written(const SoftwareReport& report, const Options& options) {
-    switch (options.format) {
-        case Format::Json:
-            return jsonText(report);
-        case Format::Csv:
-            return csvText(report, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
-        case Format::Xml:
-            return xmlText(report);
-        case Format::Table:
-            break;
-    }
-    return tableText(report, tableStyle(options));
-}
-
-std::vector<SignaturesFile> readFiles(const Options& options) {
-    std::vector<SignaturesFile> files;
-    for (const std::string& path : signaturesPaths(options.signatures))
-        files.push_back(readSignaturesFile(path));
+std::vector<SignatureFile> readFiles(const Options& options) {
+    std::vector<SignatureFile> files;
+    for (const std::string& path : signatureFilePaths(options.signatures))
+        files.push_back(readSignatureFile(path));
     return files;
 }
 
-std::vector<Preset> presetsOf(const Options& options, const std::vector<SignaturesFile>& files) {
+std::vector<Preset> presetsOf(const Options& options, const std::vector<SignatureFile>& files) {
     Identifiers identifiers;
-    for (const SignaturesFile& file : files) {
+    for (const SignatureFile& file : files) {
         for (const auto& [guid, name] : file.names) identifiers.insert(guid);
     }
     return parsePresets(options.variables, identifiers);
@@ -62,124 +45,121 @@ std::vector<Setting> settingsOf(const Options& options) {
     return settings;
 }
 
-bool isIn(const std::vector<SignaturesFile>& files, const std::string& guid) {
+bool isIn(const std::vector<SignatureFile>& files, const std::string& guid) {
     const std::string wanted = lowerCase(guid);
     return std::any_of(files.begin(), files.end(),
-                       [&](const SignaturesFile& file) { return file.names.contains(wanted); });
+                       [&](const SignatureFile& file) { return file.names.contains(wanted); });
 }
 
-// A file that is not well-formed may hold any; what is wrong with it is for the scanner to say.
-void requireSignature(const std::vector<SignaturesFile>& files, const std::string& guid) {
+// A file that is not well-formed may hold any signature. The scanner reports what is wrong with it.
+void requireSignature(const std::vector<SignatureFile>& files, const std::string& guid) {
     const bool allRead =
-        std::all_of(files.begin(), files.end(), [](const SignaturesFile& file) { return file.wellFormed; });
+        std::all_of(files.begin(), files.end(), [](const SignatureFile& file) { return file.wellFormed; });
     if (allRead && !isIn(files, guid))
         throw Failure(kExitBadUsage, fmt::format("no signature has the identifier {}", guid));
 }
 
-// Says of each identifier that was asked for in vain that it is so.
-void tellMissing(const SoftwareReport& report, const std::vector<std::string>& guids) {
+// Reports each requested signature that does not match.
+void reportUnmatched(const SoftwareInventory& inventory, const std::vector<std::string>& guids) {
     const auto isAmong = [](const auto& items, const std::string& guid) {
         return std::any_of(items.begin(), items.end(),
                            [&](const auto& item) { return lowerCase(item.guid) == lowerCase(guid); });
     };
     for (const std::string& guid : guids) {
-        if (!isAmong(report.results, guid) && !isAmong(report.undecided, guid))
-            complain(fmt::format("the signature {} does not match", guid));
+        if (!isAmong(inventory.results, guid) && !isAmong(inventory.undecided, guid))
+            printMessage(fmt::format("the signature {} does not match", guid));
     }
 }
 
-bool isUsed(const Preset& preset, const std::vector<SignaturesFile>& files) {
+bool isUsed(const Preset& preset, const std::vector<SignatureFile>& files) {
     const std::string guid = lowerCase(preset.guid);
-    return std::any_of(files.begin(), files.end(), [&](const SignaturesFile& file) {
+    return std::any_of(files.begin(), files.end(), [&](const SignatureFile& file) {
         return std::any_of(file.variables.begin(), file.variables.end(), [&](const auto& uses) {
             return (guid.empty() || guid == uses.first) && uses.second.contains(preset.name);
         });
     });
 }
 
-void tellUnused(const std::vector<Preset>& presets, const std::vector<SignaturesFile>& files) {
+// Reports each preset that no signature uses.
+void reportUnused(const std::vector<Preset>& presets, const std::vector<SignatureFile>& files) {
     for (const Preset& preset : presets) {
         if (isUsed(preset, files)) continue;
-        complain(preset.guid.empty()
-                     ? fmt::format("warning: no signature uses the variable '{}'", preset.name)
-                     : fmt::format("warning: the signature {} does not use the variable '{}'", preset.guid,
-                                   preset.name));
+        printMessage(preset.guid.empty()
+                         ? fmt::format("warning: no signature uses the variable '{}'", preset.name)
+                         : fmt::format("warning: the signature {} does not use the variable '{}'",
+                                       preset.guid, preset.name));
     }
 }
 
-// Notes what the warnings say of the completeness of the results.
-void noteGaps(SoftwareReport& report, const std::vector<std::string>& guids,
-              const std::vector<SignaturesFile>& files) {
-    std::map<std::string, std::string> names;
-    for (const SignaturesFile& file : files) {
-        for (const auto& [guid, name] : file.names) noteName(names, guid, name);
-    }
-    for (const std::string& guid : undecidedSignatures(report.warnings)) {
-        const std::string folded = lowerCase(guid);
+// Adds the undecided signatures, and whether the results are complete.
+void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string>& guids,
+                     const std::vector<SignatureFile>& files) {
+    std::map<std::string, std::string> names = namesIn(files);
+    for (const std::string& guid : undecidedSignatures(inventory.warnings)) {
+        const std::string key = lowerCase(guid);
         const bool wanted = guids.empty() || std::any_of(guids.begin(), guids.end(), [&](const auto& other) {
-                                return lowerCase(other) == folded;
+                                return lowerCase(other) == key;
                             });
-        if (wanted) report.undecided.push_back({guid, names[folded]});
+        if (wanted) inventory.undecided.push_back({guid, names[key]});
     }
-    report.complete = report.fault.empty() && !tellOfGaps(report.warnings, guids);
+    inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
 
-SoftwareReport evaluate(const Options& options, const std::vector<SignaturesFile>& files) {
+SoftwareInventory evaluate(const Options& options, const std::vector<SignatureFile>& files) {
     const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
-    tellUnused(presets, files);
-    const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
-    const std::string root = setScannedRoot(options, kSoftwareScanner);
+    reportUnused(presets, files);
+    const Toolkit toolkit = selectToolkit(options, kSoftwareScanner);
+    const std::string root = passScannedRoot(options, kSoftwareScanner);
 
-    Progress progress(false);
-    Reporter reporter(options.verbosity, toolkit.source, progress);
-    ScannerLines lines(reporter);
+    ProgressBar progress(false);
+    LogPrinter printer(options.verbosity, toolkit.source, progress);
+    ScannerOutput output(printer);
     const Workspace workspace;
-    Library library(lines, workspace, toolkit.directory);
-    preset(library, presets, settings);
-    const ScanRecord record(toolkit.directory, root);
-    SoftwareReport report =
-        evaluateFiles(library, lines, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids);
-    report.scan = record.facts();
-    noteGaps(report, options.guids, files);
-    return report;
+    LibraryHandle library(&output, workspace, toolkit.directory);
+    applyOptions(library, presets, settings);
+    const ScanTimer timer(toolkit.directory, root);
+    SoftwareInventory inventory = evaluateFiles(
+        library, output, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids);
+    inventory.scan = timer.facts();
+    addCompleteness(inventory, options.guids, files);
+    return inventory;
 }
 
 }  // namespace
 
-int software(const Options& options) {
-    const std::vector<SignaturesFile> files = readFiles(options);
+int runSoftware(const Options& options) {
+    const std::vector<SignatureFile> files = readFiles(options);
     for (const std::string& guid : options.guids) requireSignature(files, guid);
-    Destination destination(options);
-    const SoftwareReport report = evaluate(options, files);
-    for (const std::string& line : warningLines(report.warnings)) complain(line);
-    tellMissing(report, options.guids);
-    destination.write(written(report, options));
-    if (!report.fault.empty()) throw Failure(kExitFailed, report.fault);
-    return tellOfUnusualGaps(report.warnings, options.guids) ? kExitUnread : EXIT_SUCCESS;
+    InventoryOutput output(options);
+    const SoftwareInventory inventory = evaluate(options, files);
+    for (const std::string& line : warningLines(inventory.warnings)) printMessage(line);
+    reportUnmatched(inventory, options.guids);
+    output.write(formatted(inventory, options));
+    if (!inventory.fault.empty()) throw Failure(kExitFailed, inventory.fault);
+    return hasUnexpectedGaps(inventory.warnings, options.guids) ? kExitUnread : EXIT_SUCCESS;
 }
 
-int checkSoftwareSignatures(const Options& options) {
-    const std::vector<std::string> paths = signaturesPaths(options.signatures);
-    std::for_each(paths.begin(), paths.end(), readSignaturesFile);  // refuses what no scanner needs to see
-    const Toolkit toolkit = toolkitFor(options, kSoftwareScanner);
-    const CheckedSignatures checked =
-        checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);
-    writeStandardOutput(checked.text);
-    return checked.valid ? EXIT_SUCCESS : kExitFailed;
+int runSignatureCheck(const Options& options) {
+    const std::vector<std::string> paths = signatureFilePaths(options.signatures);
+    std::for_each(paths.begin(), paths.end(), readSignatureFile);  // throws if one cannot be read
+    const Toolkit toolkit = selectToolkit(options, kSoftwareScanner);
+    const CheckResult check = checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);
+    writeStandardOutput(check.text);
+    return check.valid ? EXIT_SUCCESS : kExitFailed;
 }
 
-int explainSoftwareSignature(const Options& options) {
-    const std::vector<SignaturesFile> files = readFiles(options);
+int runSignatureExplanation(const Options& options) {
+    const std::vector<SignatureFile> files = readFiles(options);
     const std::vector<Preset> presets = presetsOf(options, files);
     const std::vector<Setting> settings = settingsOf(options);
-    tellUnused(presets, files);
+    reportUnused(presets, files);
     const std::string guid = lowerCase(*options.explain);
     requireSignature(files, *options.explain);
     const std::string scanner =
-        scannerPath(toolkitFor(options, kSoftwareScanner).directory, kSoftwareScanner);
-    setScannedRoot(options, kSoftwareScanner);
-    for (const SignaturesFile& file : files) {
+        scannerPath(selectToolkit(options, kSoftwareScanner).directory, kSoftwareScanner);
+    passScannedRoot(options, kSoftwareScanner);
+    for (const SignatureFile& file : files) {
         if (file.wellFormed && !file.names.contains(guid)) continue;
         writeStandardOutput(
             printableLines(explainSignature(scanner, file.path, *options.explain, presets, settings)));

@@ -29,8 +29,8 @@ bool isNumber(std::string_view text) {
     return digitFirst && error != std::errc::invalid_argument && end == text.data() + text.size();
 }
 
-// Spreadsheets take such a value for a formula, or pass over what hides one. A value that looks like a protected one is
-// protected, too, so that every value can be had back.
+// Spreadsheets evaluate such values, and may skip a leading control character. A value that already looks protected counts
+// too.
 bool looksLikeFormula(std::string_view value) {
     const std::size_t quotes = std::min(value.find_first_not_of('\''), value.size());
     const std::string_view rest = value.substr(quotes);
@@ -47,11 +47,11 @@ std::string csvValue(std::string_view value, CsvFormulas formulas) {
     return csvField(protect ? "'" + std::string(value) : std::string(value));
 }
 
-std::string csvText(const Inventory& inventory, CsvFormulas formulas) {
+std::string csvText(const HardwareInventory& inventory, CsvFormulas formulas) {
     std::string text = "group,instance,field,value\r\n";
     for (const Group& group : inventory.groups) {
         fmt::format_to(std::back_inserter(text), "{},,_status,{}\r\n", csvField(group.name),
-                       wordOf(group.status.state));
+                       statusWord(group.status.state));
         if (!group.status.reason.empty())
             fmt::format_to(std::back_inserter(text), "{},,_reason,{}\r\n", csvField(group.name),
                            csvField(group.status.reason));
@@ -65,19 +65,19 @@ std::string csvText(const Inventory& inventory, CsvFormulas formulas) {
     return text;
 }
 
-std::string csvText(const SoftwareReport& report, CsvFormulas formulas) {
+std::string csvText(const SoftwareInventory& inventory, CsvFormulas formulas) {
     std::string text = "result,guid,name,variable,value\r\n";
-    for (std::size_t i = 0; i < report.results.size(); ++i) {
-        const Finding& finding = report.results[i];
-        std::vector<Field> variables = finding.variables;
+    for (std::size_t i = 0; i < inventory.results.size(); ++i) {
+        const MatchedSignature& match = inventory.results[i];
+        std::vector<Field> variables = match.variables;
         if (variables.empty()) variables.emplace_back();
         for (const Field& variable : variables) {
-            fmt::format_to(std::back_inserter(text), "{},{},{},{},{}\r\n", i,
-                           csvValue(finding.guid, formulas), csvValue(finding.name, formulas),
-                           csvValue(variable.name, formulas), csvValue(variable.value, formulas));
+            fmt::format_to(std::back_inserter(text), "{},{},{},{},{}\r\n", i, csvValue(match.guid, formulas),
+                           csvValue(match.name, formulas), csvValue(variable.name, formulas),
+                           csvValue(variable.value, formulas));
         }
     }
-    for (const Undecided& signature : report.undecided) {
+    for (const UndecidedSignature& signature : inventory.undecided) {
         fmt::format_to(std::back_inserter(text), ",{},{},_status,unknown\r\n",
                        csvValue(signature.guid, formulas), csvValue(signature.name, formulas));
     }

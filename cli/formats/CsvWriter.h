@@ -1,32 +1,33 @@
+// Writes inventories as CSV.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include "cli/scan/Model.h"
-#include "cli/scan/Software.h"
+#include "cli/scan/HardwareInventory.h"
+#include "cli/scan/SoftwareInventory.h"
 
 namespace zavcli {
 
-// One field of a CSV record as RFC 4180 wants it: in double quotes when it holds a comma, a quote or a line
-// end.
+// One field of an RFC 4180 record: in double quotes if it contains a comma, a quote or a line break.
 std::string csvField(std::string_view value);
 
-// Whether values that a spreadsheet would take for a formula are protected by a leading apostrophe: those that begin with =, +,
-// -, @ or a control character, but for numbers, and those that would look protected.
+// Whether values that a spreadsheet would take for a formula get a leading apostrophe. These begin with =, +, -, @ or a
+// control character and are not numbers. Values that look like protected ones are protected too, so that every value can be
+// restored.
 enum class CsvFormulas { Protected, Raw };
 
-// A value as one field of a CSV record.
+// A value as one field of a record.
 std::string csvValue(std::string_view value, CsvFormulas formulas);
 
-// RFC 4180 with a header line: one record per field of every instance, in the columns group, instance (from
-// 0), field, value. In front of them stands one for each group without an instance, whose field _status tells how
-// reading it went, and one with the field _reason where there is a reason.
-std::string csvText(const Inventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
+// RFC 4180 with a header line and the columns group, instance, field, value: one record per field, with instances counted
+// from 0. The records of a group follow one without an instance number whose field is _status, and if there is a reason one
+// whose field is _reason.
+std::string csvText(const HardwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
 
-// One record per variable of every result, in the columns result (from 0), guid, name, variable, value. A
-// result without variables has one record, in which the last two are empty. A signature of which it is unknown whether it
-// matches has one without a number, with the variable _status and the value unknown.
-std::string csvText(const SoftwareReport& report, CsvFormulas formulas = CsvFormulas::Protected);
+// RFC 4180 with a header line and the columns result, guid, name, variable, value: one record per variable, with results
+// counted from 0. A result without variables has one record whose last two columns are empty. An undecided signature has one
+// record without a result number, with the variable _status and the value unknown.
+std::string csvText(const SoftwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
 
 }  // namespace zavcli

@@ -6,13 +6,13 @@
 #include <iterator>
 
 #include "cli/formats/TableLayout.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/PrintableText.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr int kNarrowestValue = 2;
+constexpr int kMinValueColumns = 2;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ FieldLines fieldLines(const std::vector<Field>& fields, std::string_view indent,
     for (const Field& field : fields) nameColumns = std::max(nameColumns, columnsOf(field.name));
     nameColumns = std::min(nameColumns, columns / 2);
     const int valueColumns =
-        std::max(kNarrowestValue, columns - nameColumns - kGap - static_cast<int>(indent.size()));
+        std::max(kMinValueColumns, columns - nameColumns - kGap - static_cast<int>(indent.size()));
     FieldLines result;
     for (const Field& field : fields) {
         std::vector<std::string> lines = wrap(field.value, valueColumns);

@@ -1,3 +1,4 @@
+// Fields laid out as lines of name and value.
 #pragma once
 
 #include <cstddef>
@@ -6,16 +7,16 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/scan/Model.h"
+#include "cli/scan/Field.h"
 
 namespace zavcli {
 
 struct FieldLines {
     std::string text;
-    bool cut = false;  // whether a value had more lines than it may
+    bool cut = false;  // whether a value was cut to `linesPerValue`
 };
 
-// Lines of name and value, the values below each other. REQUIRES: the values are printable.
+// One line per field with the values aligned. Longer values are wrapped. REQUIRES: the values are printable.
 FieldLines fieldLines(const std::vector<Field>& fields, std::string_view indent, int columns,
                       std::size_t linesPerValue = std::numeric_limits<std::size_t>::max());
 

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/scan/Metadata.h"
+#include "cli/scan/ResultMetadata.h"
 
 namespace zavcli {
 
@@ -32,16 +32,16 @@ Json instances(const Group& group) {
 }
 
 Json status(const Group& group) {
-    Json json = {{"status", wordOf(group.status.state)}};
+    Json json = {{"status", statusWord(group.status.state)}};
     if (!group.status.reason.empty()) json["reason"] = group.status.reason;
     return json;
 }
 
-Json result(const Finding& finding) {
-    Json json = {{"guid", finding.guid}};
-    if (!finding.name.empty()) json["name"] = finding.name;
-    json["variables"] = object(finding.variables);
-    const Metadata metadata = readMetadata(finding.metadata);
+Json result(const MatchedSignature& match) {
+    Json json = {{"guid", match.guid}};
+    if (!match.name.empty()) json["name"] = match.name;
+    json["variables"] = object(match.variables);
+    const Metadata metadata = readMetadata(match.metadata);
     if (!metadata.texts.empty()) json["metadata"] = object(metadata.texts);
     for (const std::vector<Field>& piece : metadata.evidence) json["evidence"].push_back(object(piece));
     return json;
@@ -54,13 +54,13 @@ Json warning(const Warning& warning) {
 }
 
 std::string written(const Json& document) {
-    // Paths may hold bytes that are no UTF-8.
+    // Paths may contain bytes that are not UTF-8.
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace
 
-std::string jsonText(const Inventory& inventory) {
+std::string jsonText(const HardwareInventory& inventory) {
     Json statuses = Json::object();
     Json groups = Json::object();
     for (const Group& group : inventory.groups) {
@@ -72,19 +72,19 @@ std::string jsonText(const Inventory& inventory) {
                     {"groups", std::move(groups)}});
 }
 
-std::string jsonText(const SoftwareReport& report) {
+std::string jsonText(const SoftwareInventory& inventory) {
     Json results = Json::array();
-    for (const Finding& finding : report.results) results.push_back(result(finding));
+    for (const MatchedSignature& match : inventory.results) results.push_back(result(match));
     Json warnings = Json::array();
-    for (const Warning& each : report.warnings) warnings.push_back(warning(each));
+    for (const Warning& each : inventory.warnings) warnings.push_back(warning(each));
     Json undecided = Json::array();
-    for (const Undecided& signature : report.undecided) {
+    for (const UndecidedSignature& signature : inventory.undecided) {
         Json json = {{"guid", signature.guid}};
         if (!signature.name.empty()) json["name"] = signature.name;
         undecided.push_back(std::move(json));
     }
-    return written({{"scan", scanFacts(report.scan)},
-                    {"complete", report.complete},
+    return written({{"scan", scanFacts(inventory.scan)},
+                    {"complete", inventory.complete},
                     {"results", std::move(results)},
                     {"undecided", std::move(undecided)},
                     {"warnings", std::move(warnings)}});

@@ -2,19 +2,13 @@
 
 #include <algorithm>
 
-#include "cli/terminal/Text.h"
+#include "cli/terminal/PrintableText.h"
 
 namespace zavcli {
 
 namespace {
 
-std::string cell(const Instance& instance, const std::string& name) {
-    const auto field = std::find_if(instance.begin(), instance.end(),
-                                    [&](const Field& other) { return other.name == name; });
-    return field == instance.end() ? "" : printable(field->value);
-}
-
-// Every field name of the group, each at the place where it first came up.
+// All field names of the group in the order of their first occurrence.
 std::vector<std::string> fieldNames(const std::vector<Instance>& instances) {
     std::vector<std::string> names;
     for (const Instance& instance : instances) {
@@ -28,10 +22,10 @@ std::vector<std::string> fieldNames(const std::vector<Instance>& instances) {
 Column makeColumn(const std::vector<Instance>& instances, const std::string& name) {
     Column column{name, {}, columnsOf(name)};
     for (const Instance& instance : instances) {
-        column.cells.push_back(cell(instance, name));
+        column.cells.push_back(printable(valueOf(instance, name)));
         column.width = std::max(column.width, columnsOf(column.cells.back()));
     }
-    column.width = std::min(column.width, kWidestColumn);
+    column.width = std::min(column.width, kMaxColumnWidth);
     return column;
 }
 

@@ -1,35 +1,33 @@
-// The instances of one group as a table: which values belong under the heading, which columns stand in the
-// table.
+// Divides the instances of a group into common values and the columns of a table.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "cli/scan/Model.h"
+#include "cli/scan/HardwareInventory.h"
 
 namespace zavcli {
 
+// Blanks between two columns.
+constexpr int kGap = 2;
+// Wider cells are clipped.
+constexpr int kMaxColumnWidth = 36;
+
 struct Column {
     std::string name;
-    std::vector<std::string> cells;  // one per instance, printable, "" where it has no value
+    std::vector<std::string> cells;  // one per instance, printable; empty if the instance has no value
     int width = 0;
 };
 
 struct TableLayout {
-    std::vector<Field> common;  // the same, not empty, in every one of several instances
+    std::vector<Field> common;  // values that all of several instances share
     std::vector<Column>
-        columns;  // the others, in the scanner's order, without those that are empty everywhere
+        columns;  // the other fields in the order of the scanner, except those that are empty everywhere
 };
 
 TableLayout layOut(const std::vector<Instance>& instances);
 
-// The indexes of the columns that stand side by side in so many terminal columns, in order. The first is
-// always there; then as many others as there is room for.
+// The indexes of the columns that fit side by side into the available width. The first column is always included.
 std::vector<std::size_t> fittingColumns(const std::vector<Column>& columns, int available);
-
-// Blank columns between two columns.
-constexpr int kGap = 2;
-// Cells wider than this are clipped.
-constexpr int kWidestColumn = 36;
 
 }  // namespace zavcli

@@ -10,7 +10,8 @@
 
 #include "cli/formats/FieldLines.h"
 #include "cli/formats/TableLayout.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/PrintableText.h"
+#include "include/zav.h"
 
 namespace zavcli {
 
@@ -20,9 +21,11 @@ constexpr std::size_t kOverviewRows = 10;
 constexpr std::size_t kOverviewValueLines = 2;
 constexpr std::string_view kIndent = "  ";
 
-// What an administrator asks first, and what is too long or too special to stand at the front.
-constexpr std::array kFirst{4, 1, 44, 3, 5, 11, 7, 6, 51};
-constexpr std::array kLast{35, 25, 24, 20};
+// The overview begins with what administrators ask first, and ends with what is long or special.
+constexpr std::array kFirst{ZAV_HW_OPERATING_SYSTEM, ZAV_HW_COMPONENT_ID, ZAV_HW_PHYSICAL_PROCESSOR,
+                            ZAV_HW_MEMORY,           ZAV_HW_STORAGE,      ZAV_HW_LOGICAL_DRIVE,
+                            ZAV_HW_NETWORK_ADAPTER,  ZAV_HW_IP_ADDRESS,   ZAV_HW_IPV6_ADDRESS};
+constexpr std::array kLast{ZAV_HW_SERVICE_INFO, ZAV_HW_SOFTWARE_PACKAGES, ZAV_HW_SMBIOS, ZAV_HW_SCAN_INFO};
 
 int rank(int id) {
     const auto* first = std::find(kFirst.begin(), kFirst.end(), id);
@@ -36,18 +39,18 @@ std::string withoutTrailingBlanks(std::string line) {
     return line;
 }
 
-// What stands behind the name of a group that has instances.
-std::string remark(const GroupStatus& status) {
+// The text after the name of an incomplete group that has instances.
+std::string incompleteMark(const GroupStatus& status) {
     if (status.state != GroupState::Partial && status.state != GroupState::Unread) return "";
-    return fmt::format(" - incomplete: {}", printable(explained(status.reason)));
+    return fmt::format(" - incomplete: {}", printable(reasonText(status.reason)));
 }
 
 std::string withReason(const Group& group) {
     if (group.status.reason.empty() || group.status.state == GroupState::Unsupported) return group.name;
-    return fmt::format("{} ({})", group.name, printable(explained(group.status.reason)));
+    return fmt::format("{} ({})", group.name, printable(reasonText(group.status.reason)));
 }
 
-// A sentence for each way in which groups can have no instances.
+// A sentence for each reason why groups have no instances.
 std::vector<std::string> emptyGroups(const std::vector<Group>& groups) {
     struct Kind {
         GroupState state;
@@ -55,7 +58,7 @@ std::vector<std::string> emptyGroups(const std::vector<Group>& groups) {
     };
     constexpr std::array<Kind, 6> kKinds{
         {{GroupState::Complete, "Nothing found for"},
-         {GroupState::Unknown, "Nothing found, and the scanner does not tell whether it looked, for"},
+         {GroupState::Unknown, "Nothing found, and the scanner does not report whether it is complete, for"},
          {GroupState::Partial, "Could not be read"},
          {GroupState::Unread, "Could not be read"},
          {GroupState::NotApplicable, "Not applicable here"},
@@ -76,7 +79,7 @@ class Writer {
   public:
     explicit Writer(const TableStyle& style) : style_(style) {}
 
-    std::string write(const Inventory& inventory) {
+    std::string write(const HardwareInventory& inventory) {
         std::vector<Group> groups = inventory.groups;
         if (style_.overview) {
             std::stable_sort(groups.begin(), groups.end(),
@@ -86,8 +89,9 @@ class Writer {
             if (!group.instances.empty()) writeGroup(group);
         }
         for (const std::string& line : emptyGroups(groups)) paragraph("", line);
-        if (leftOut_)
-            paragraph("", "Some rows or fields are left out: --all shows them, and so do json, csv and xml.");
+        if (omitted_)
+            paragraph(
+                "", "Some rows or fields are omitted. Use --all, or --format json, csv or xml, to see them.");
         return text_;
     }
 
@@ -106,9 +110,9 @@ class Writer {
         const std::string name =
             style_.bold ? fmt::format("\x1b[1m{}\x1b[0m", printable(group.name)) : printable(group.name);
         if (group.instances.size() > 1)
-            print("{} ({}){}\n", name, group.instances.size(), remark(group.status));
+            print("{} ({}){}\n", name, group.instances.size(), incompleteMark(group.status));
         else
-            print("{}{}\n", name, remark(group.status));
+            print("{}{}\n", name, incompleteMark(group.status));
     }
 
     void writeGroup(const Group& group) {
@@ -141,7 +145,7 @@ class Writer {
         const FieldLines written = cutShort ? fieldLines(lines, indent, style_.columns, kOverviewValueLines)
                                             : fieldLines(lines, indent, style_.columns);
         text_ += written.text;
-        leftOut_ = leftOut_ || written.cut;
+        omitted_ = omitted_ || written.cut;
     }
 
     void rows(const std::vector<Column>& columns, const Group& group) {
@@ -152,7 +156,7 @@ class Writer {
             blocks(columns, group.instances.size());
             return;
         }
-        leftOut_ = leftOut_ || isClipped(columns);
+        omitted_ = omitted_ || isClipped(columns);
         line(columns, shown, [](const Column& column) { return column.name; });
         const std::size_t count = group.instances.size();
         const std::size_t limit = style_.overview && !style_.everything ? kOverviewRows : count;
@@ -161,9 +165,9 @@ class Writer {
         if (count > limit) {
             paragraph(kIndent,
                       fmt::format("... and {} more (--group {} shows all rows)", count - limit, group.name));
-            leftOut_ = true;
+            omitted_ = true;
         }
-        namesOfOthers(columns, shown);
+        otherFieldNames(columns, shown);
     }
 
     static bool isClipped(const std::vector<Column>& columns) {
@@ -183,14 +187,14 @@ class Writer {
         print("{}\n", withoutTrailingBlanks(std::move(text)));
     }
 
-    void namesOfOthers(const std::vector<Column>& columns, const std::vector<std::size_t>& shown) {
+    void otherFieldNames(const std::vector<Column>& columns, const std::vector<std::size_t>& shown) {
         std::vector<std::string> names;
         for (std::size_t i = 0; i < columns.size(); ++i) {
             if (std::find(shown.begin(), shown.end(), i) == shown.end()) names.push_back(columns[i].name);
         }
         if (names.empty()) return;
-        leftOut_ = true;
-        paragraph(kIndent, fmt::format("also known: {}", fmt::join(names, ", ")));
+        omitted_ = true;
+        paragraph(kIndent, fmt::format("more fields: {}", fmt::join(names, ", ")));
     }
 
     void blocks(const std::vector<Column>& columns, std::size_t count) {
@@ -202,12 +206,12 @@ class Writer {
 
     const TableStyle& style_;
     std::string text_;
-    bool leftOut_ = false;
+    bool omitted_ = false;
 };
 
 }  // namespace
 
-std::string tableText(const Inventory& inventory, const TableStyle& style) {
+std::string tableText(const HardwareInventory& inventory, const TableStyle& style) {
     return Writer(style).write(inventory);
 }
 

@@ -1,21 +1,22 @@
+// Writes a hardware inventory for people.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-#include "cli/scan/Model.h"
+#include "cli/scan/HardwareInventory.h"
 
 namespace zavcli {
 
 struct TableStyle {
     int columns = 100;        // width of the terminal
     bool bold = false;        // headings in bold type
-    bool overview = false;    // all groups: what matters most first, long groups and long values cut short
-    bool everything = false;  // nothing is left out: fields that do not fit make one block per instance
+    bool overview = false;    // the most important groups first, long groups and long values shortened
+    bool everything = false;  // nothing is omitted: if not all fields fit, each instance becomes a block
 };
 
-// The inventory for people: a heading per group; one instance as lines of field and value, several as a table
-// below the values that all of them share. Empty values are left out, and control characters spelt out.
-std::string tableText(const Inventory& inventory, const TableStyle& style);
+// A heading per group. One instance is shown as lines of field and value, several as a table below the values that they
+// share. Empty values are omitted.
+std::string tableText(const HardwareInventory& inventory, const TableStyle& style);
 
 }  // namespace zavcli

@@ -4,17 +4,16 @@
 
 #include <string_view>
 
-#include "cli/scan/XmlText.h"
+#include "cli/scan/HardwareScan.h"
+#include "cli/scan/Xml.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr std::string_view kScanInfo = "ScanInfo";
-
 std::string element(const Field& field) {
     if (field.value.empty()) return fmt::format("    <{}/>\n", field.name);
-    return fmt::format("    <{0}>{1}</{0}>\n", field.name, escapedXml(field.value));
+    return fmt::format("    <{0}>{1}</{0}>\n", field.name, escapeXml(field.value));
 }
 
 std::string element(std::string_view group, const Instance& instance) {
@@ -24,35 +23,35 @@ std::string element(std::string_view group, const Instance& instance) {
     return text + fmt::format("  </{}>\n", group);
 }
 
-std::string element(const Finding& finding) {
-    std::string text = fmt::format("  <MatchedSignature guid=\"{}\"", escapedXml(finding.guid));
-    if (!finding.name.empty()) text += fmt::format(" name=\"{}\"", escapedXml(finding.name));
-    text += ">\n" + finding.metadata;
+std::string element(const MatchedSignature& match) {
+    std::string text = fmt::format("  <MatchedSignature guid=\"{}\"", escapeXml(match.guid));
+    if (!match.name.empty()) text += fmt::format(" name=\"{}\"", escapeXml(match.name));
+    text += ">\n" + match.metadata;
     if (!text.ends_with('\n')) text += '\n';
-    for (const Field& variable : finding.variables) {
-        text += fmt::format("    <Variable name=\"{}\" value=\"{}\"/>\n", escapedXml(variable.name),
-                            escapedXml(variable.value));
+    for (const Field& variable : match.variables) {
+        text += fmt::format("    <Variable name=\"{}\" value=\"{}\"/>\n", escapeXml(variable.name),
+                            escapeXml(variable.value));
     }
     return text + "  </MatchedSignature>\n";
 }
 
 }  // namespace
 
-std::string xmlText(const Inventory& inventory) {
+std::string xmlText(const HardwareInventory& inventory) {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Inventory>\n";
-    bool tellsOfScan = false;
+    bool hasScanInfo = false;
     for (const Group& group : inventory.groups) {
         for (const Instance& instance : group.instances) text += element(group.name, instance);
-        tellsOfScan = tellsOfScan || group.name == kScanInfo;
+        hasScanInfo = hasScanInfo || group.name == kScanInfo.name;
     }
-    if (!tellsOfScan && !inventory.scanInfo.empty()) text += element(kScanInfo, inventory.scanInfo);
+    if (!hasScanInfo && !inventory.scanInfo.empty()) text += element(kScanInfo.name, inventory.scanInfo);
     return text + "</Inventory>\n";
 }
 
-std::string xmlText(const SoftwareReport& report) {
+std::string xmlText(const SoftwareInventory& inventory) {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MatchedSignatures";
-    text += report.complete ? " complete=\"true\">\n" : " complete=\"false\">\n";
-    for (const Finding& finding : report.results) text += element(finding);
+    text += inventory.complete ? " complete=\"true\">\n" : " complete=\"false\">\n";
+    for (const MatchedSignature& match : inventory.results) text += element(match);
     return text + "</MatchedSignatures>\n";
 }
 

@@ -1,19 +1,19 @@
+// Writes inventories as XML, in the form that the scanners write.
 #pragma once
 
 #include <string>
 
-#include "cli/scan/Model.h"
-#include "cli/scan/Software.h"
+#include "cli/scan/HardwareInventory.h"
+#include "cli/scan/SoftwareInventory.h"
 
 namespace zavcli {
 
-// A document of the shape in which the scanner writes: below the root one element per instance, named after
-// its group, and in it one element per field. The scanner's own ScanInfo, which tells how each group went, is always
-// among them. Characters that XML 1.0 cannot carry become U+FFFD.
-std::string xmlText(const Inventory& inventory);
+// One element per instance below the root, named after its group, with one element per field. The element ScanInfo, which
+// reports the status of each group, is always included. Characters that XML 1.0 does not allow become U+FFFD.
+std::string xmlText(const HardwareInventory& inventory);
 
-// The same for software: below the root MatchedSignatures one element per result, with its metadata as it is
-// and its variables. The root's attribute `complete` is "false" when a result may be missing.
-std::string xmlText(const SoftwareReport& report);
+// One element MatchedSignature per result below the root, with its metadata and its variables. The attribute `complete` of
+// the root is "false" if a result may be missing.
+std::string xmlText(const SoftwareInventory& inventory);
 
 }  // namespace zavcli

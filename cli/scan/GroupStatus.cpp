@@ -7,8 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include "cli/scan/Model.h"
-
 namespace zavcli {
 
 namespace {
@@ -18,44 +16,39 @@ struct List {
     GroupState state;
 };
 
-// A group that stands in several has the state of the first.
+// A group that is in several lists has the state of the first one.
 constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsPartial", GroupState::Partial},
                                       {"GroupsUnsupported", GroupState::Unsupported},
                                       {"GroupsNotApplicable", GroupState::NotApplicable},
                                       {"GroupsComplete", GroupState::Complete}}};
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kReasons{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 13> kReasons{{
     {"permission", "permission denied; root may read it"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
-    {"failed", "the scanner failed there"},
-    {"limit", "there is more than the scanner takes"},
+    {"failed", "the scanner failed while reading it"},
+    {"limit", "there is more data than the scanner reads"},
+    {"too-large", "there is more data than the scanner reads"},
     {"netlink", "the kernel did not answer"},
-    {"no-source", "this machine does not show what it is read from"},
-    {"not-in-tree", "the scanned directory does not tell of it"},
-    {"no-database", "there is no package database of a known kind"},
+    {"no-source", "this machine does not provide the data"},
+    {"not-in-tree", "the scanned directory does not contain the data"},
+    {"no-database", "there is no package database of a known format"},
     {"windows", "Windows only"},
-    {"other-system", "on other systems only"},
-    {"other-processor", "with other processors only"},
+    {"other-system", "other operating systems only"},
+    {"other-processor", "other processors only"},
 }};
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kDatabaseReasons{{
     {"-broken", "the {} database is damaged"},
     {"-unreadable", "the {} database cannot be read"},
     {"-timeout", "reading the {} database took too long"},
-    {"-unsupported", "the {} database is of a kind that the scanner cannot read"},
-    {"-unsaved", "the {} database has changes that are not yet saved in it"},
-    {"-too-large", "the {} database holds more than the scanner takes"},
+    {"-unsupported", "the {} database has a format that the scanner cannot read"},
+    {"-unsaved", "the {} database has changes that are not saved in it yet"},
+    {"-too-large", "the {} database holds more data than the scanner reads"},
 }};
 
-std::string_view valueOf(std::string_view name, const std::vector<Field>& fields) {
-    const auto found =
-        std::find_if(fields.begin(), fields.end(), [name](const Field& field) { return field.name == name; });
-    return found == fields.end() ? std::string_view() : std::string_view(found->value);
-}
-
-// The reason that stands behind the group in a list such as "Memory=permission;Printer"; nothing when it is not in it.
+// The reason of the group in a list such as "Memory=permission;Printer". Nothing if the group is not in the list.
 std::optional<std::string> reasonIn(std::string_view list, std::string_view group) {
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(';'), list.size());
@@ -70,7 +63,7 @@ std::optional<std::string> reasonIn(std::string_view list, std::string_view grou
 
 }  // namespace
 
-std::string_view wordOf(GroupState state) {
+std::string_view statusWord(GroupState state) {
     switch (state) {
         case GroupState::Complete:
             return "complete";
@@ -88,7 +81,7 @@ std::string_view wordOf(GroupState state) {
     return "unknown";
 }
 
-std::string explained(std::string_view reason) {
+std::string reasonText(std::string_view reason) {
     for (const auto& [word, text] : kReasons) {
         if (word == reason) return std::string(text);
     }
@@ -99,14 +92,13 @@ std::string explained(std::string_view reason) {
     return std::string(reason);
 }
 
-bool tellsOfAbilities(const std::vector<Field>& scanInfo) {
-    return std::any_of(scanInfo.begin(), scanInfo.end(),
-                       [](const Field& field) { return field.name == "GroupsUnsupported"; });
+bool reportsAbilities(const std::vector<Field>& scanInfo) {
+    return findField(scanInfo, "GroupsUnsupported") != nullptr;
 }
 
 GroupStatus statusOf(std::string_view group, const std::vector<Field>& scanInfo) {
     for (const List& list : kLists) {
-        std::optional<std::string> reason = reasonIn(valueOf(list.field, scanInfo), group);
+        std::optional<std::string> reason = reasonIn(valueOf(scanInfo, list.field), group);
         if (!reason) continue;
         if (list.state == GroupState::Partial && *reason == "unsupported")
             return {GroupState::Unsupported, ""};

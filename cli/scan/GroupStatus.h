@@ -1,38 +1,38 @@
-// How the scanner fared with each group, as it tells in the group ScanInfo.
+// Whether the scanner read each group completely, as its own group ScanInfo reports.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/scan/Field.h"
+
 namespace zavcli {
 
-struct Field;
-
 enum class GroupState {
-    Unknown,        // the scanner does not tell
-    Complete,       // what is not there does not exist
-    Partial,        // there may be more
+    Unknown,        // the scanner does not report it
+    Complete,       // everything was read
+    Partial,        // something is missing
     Unread,         // nothing could be read
-    NotApplicable,  // this system, or the scanned directory, has no such thing
-    Unsupported,    // the scanner does not know how
+    NotApplicable,  // this system, or the scanned directory, cannot have it
+    Unsupported,    // the scanner does not implement it
 };
 
 struct GroupStatus {
     GroupState state = GroupState::Unknown;
-    std::string reason;  // one word of the scanner's, such as "permission"; mostly empty
+    std::string reason;  // the scanner's code, such as "permission"; often empty
 };
 
 // "complete", "partial", "unread", "not-applicable", "unsupported" or "unknown".
-std::string_view wordOf(GroupState state);
+std::string_view statusWord(GroupState state);
 
-// The reason in words, such as "permission denied"; the scanner's own word where there are none.
-std::string explained(std::string_view reason);
+// The reason as text, such as "permission denied"; the code itself if it is not known.
+std::string reasonText(std::string_view reason);
 
-// Whether the scanner tells in these fields what it does not gather.
-bool tellsOfAbilities(const std::vector<Field>& scanInfo);
+// Whether the fields of ScanInfo list the groups that the scanner does not gather.
+bool reportsAbilities(const std::vector<Field>& scanInfo);
 
-// How it went with the group of this name, by the fields of the group ScanInfo; empty fields tell nothing.
+// The status of the group of this name, taken from the fields of ScanInfo. Unknown if there are no fields.
 GroupStatus statusOf(std::string_view group, const std::vector<Field>& scanInfo);
 
 }  // namespace zavcli

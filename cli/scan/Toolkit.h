@@ -1,4 +1,4 @@
-// Which toolkit directory a scan uses.
+// Chooses the toolkit directory, which holds the scanners.
 #pragma once
 
 #include <filesystem>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/system/Trust.h"
+#include "cli/system/PathTrust.h"
 
 namespace zavcli {
 
@@ -15,7 +15,7 @@ namespace zavcli {
 struct Scanner {
     const char* program;
     const char* kind;
-    const char* rootVariable;  // the bundled scanner reads the directory to scan from it
+    const char* rootVariable;  // the environment variable that names the directory to scan
 };
 
 inline constexpr Scanner kHardwareScanner{"quorvah", "hardware", "QUORVAH_ROOT"};
@@ -28,36 +28,35 @@ struct Toolkit {
     ToolkitSource source = ToolkitSource::Bundled;
 };
 
-// Where a toolkit may be.
-struct ToolkitPlaces {
-    std::optional<std::string> given;  // on the command line: it or nothing
-    std::string configured;            // in /etc/zav/zav.ini; empty for none
-    std::vector<std::string> bundled;  // directories that come with this command, the best first
+struct ToolkitCandidates {
+    std::optional<std::string> given;  // from the command line; excludes the others
+    std::string configured;            // from /etc/zav/zav.ini; empty if it names none
+    std::vector<std::string> bundled;  // from the installation of this command, in order of preference
 };
 
-// The directories that may hold the scanners that came with the command of this path.
-std::vector<std::string> bundledPlaces(const std::filesystem::path& command);
+// The directories that may hold the scanners of the installation to which the command at this path belongs.
+std::vector<std::string> bundledDirectories(const std::filesystem::path& command);
 
-// The path of this command's executable file.
-std::filesystem::path thisCommand();
+// The path of the executable of this process.
+std::filesystem::path commandPath();
 
 // Whether the directory holds an executable program of that name.
-bool holdsProgram(const std::string& directory, const std::string& name);
+bool containsProgram(const std::string& directory, const std::string& name);
 
-// Whether the library could start a program in the directory: it splits the scanner's path at blanks and
-// tabs, and drops double quotes.
-bool canBeStartedFrom(std::string_view directory);
+// Whether the library can start a program in the directory. It splits the path of a scanner at blanks and tabs, and removes
+// double quotes.
+bool isStartablePath(std::string_view directory);
 
-// The scanner's path in the toolkit directory.
+// The path of the scanner in the toolkit directory.
 std::string scannerPath(const std::string& directory, const Scanner& scanner);
 
-// The first of the places that holds the scanner. Throws Failure when there is none or it cannot be started.
-Toolkit chooseToolkit(const ToolkitPlaces& places, const Scanner& scanner);
+// The first candidate that holds the scanner. Throws Failure if there is none or if the scanner cannot be started there.
+Toolkit chooseToolkit(const ToolkitCandidates& candidates, const Scanner& scanner);
 
-// What lets other users put something else into the place of the scanner, or of the file that names the toolkit.
-std::vector<Weakness> weaknessesOf(const Toolkit& toolkit, const Scanner& scanner);
+// What lets other users replace the scanner, or the file that names the toolkit.
+std::vector<Weakness> findWeaknesses(const Toolkit& toolkit, const Scanner& scanner);
 
-// Throws Failure when root would start a scanner that has such weaknesses.
+// Throws Failure if this process runs as root and other users could replace the scanner.
 void requireTrusted(const Toolkit& toolkit, const Scanner& scanner);
 
 }  // namespace zavcli

@@ -7,45 +7,47 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <string_view>
 
-#include "cli/scan/Element.h"
-#include "cli/terminal/Text.h"
+#include "cli/scan/Xml.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr std::size_t kMostNamed = 5;  // signatures of one line
+constexpr std::size_t kMaxNamed = 5;  // signatures that a line names
 
-Element elementOf(const Warning& warning) {
-    return {"Event", warning.attributes, warning.text, {}};
+std::string attribute(const Warning& warning, std::string_view name) {
+    return valueOf(warning.attributes, name);
 }
 
-// What is said whatever the signature: "warning: /etc/x: cannot be opened".
-std::string lead(const Element& event) {
-    std::string text = event.attribute("severity") == "info" ? "note: " : "warning: ";
-    const std::string path = event.attribute("path");
-    const std::string what = event.text.empty() ? event.attribute("code") : event.text;
+// The part that does not depend on the signature, such as "warning: /etc/x: cannot be opened".
+std::string commonText(const Warning& warning) {
+    std::string text = attribute(warning, "severity") == "info" ? "note: " : "warning: ";
+    const std::string path = attribute(warning, "path");
+    const std::string what = warning.text.empty() ? attribute(warning, "code") : warning.text;
     if (!path.empty() && !what.starts_with(path)) text += path + ": ";
     return text + what;
 }
 
 std::string signatures(const std::vector<std::string>& guids) {
-    const std::size_t named = std::min(kMostNamed, guids.size());
+    const std::size_t named = std::min(kMaxNamed, guids.size());
     return fmt::format(" ({} signatures: {}{})", guids.size(),
                        fmt::join(guids.begin(), guids.begin() + static_cast<std::ptrdiff_t>(named), ", "),
                        named < guids.size() ? ", ..." : "");
 }
 
-// Whether such an event means that a result may be missing.
-bool isGap(const std::string& code, const std::string& severity) {
-    if (severity == "info") return false;
+// Whether the warning means that a result may be missing.
+bool isGap(const Warning& warning) {
+    const std::string code = attribute(warning, "code");
+    if (attribute(warning, "severity") == "info") return false;
     return code == "unresolved" || code == "deadline" || code == "unsupported" || code.starts_with("limit-");
 }
 
-// Whether the event is of one of the signatures, or of all; of any when none is named.
-bool concerns(const Element& event, const std::vector<std::string>& guids) {
-    const std::string guid = lowerCase(event.attribute("guid"));
+// Whether the warning concerns one of the signatures, or all signatures. Always true if `guids` is empty.
+bool concerns(const Warning& warning, const std::vector<std::string>& guids) {
+    const std::string guid = lowerCase(attribute(warning, "guid"));
     return guid.empty() || guids.empty() ||
            std::any_of(guids.begin(), guids.end(),
                        [&](const std::string& wanted) { return lowerCase(wanted) == guid; });
@@ -54,20 +56,19 @@ bool concerns(const Element& event, const std::vector<std::string>& guids) {
 }  // namespace
 
 Warning readWarning(const std::string& xml) {
-    std::optional<Element> element = readElement(xml);
+    std::optional<XmlElement> element = readXmlElement(xml);
     if (!element) return {{}, xml};
-    // One that says nothing in words and attributes alone is shown as it is.
+    // An element without text and attributes is shown as XML.
     if (element->text.empty() && element->attributes.empty()) return {{}, xml};
     return {std::move(element->attributes), std::move(element->text)};
 }
 
 std::string warningText(const Warning& warning) {
-    const Element element = elementOf(warning);
-    std::string text = lead(element);
+    std::string text = commonText(warning);
     std::vector<std::string> where;
-    const std::string guid = element.attribute("guid");
-    const std::string leaf = element.attribute("leaf");
-    const std::string count = element.attribute("count");
+    const std::string guid = attribute(warning, "guid");
+    const std::string leaf = attribute(warning, "leaf");
+    const std::string count = attribute(warning, "count");
     if (!guid.empty()) where.push_back("signature " + guid);
     if (!leaf.empty()) where.push_back("leaf " + leaf);
     if (!count.empty() && count != "1") where.push_back(count + " times");
@@ -83,11 +84,10 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
     std::vector<std::string> order;
     std::map<std::string, Line> lines;
     for (const Warning& warning : warnings) {
-        const Element element = elementOf(warning);
-        const std::string guid = element.attribute("guid");
-        const std::string count = element.attribute("count");
+        const std::string guid = attribute(warning, "guid");
+        const std::string count = attribute(warning, "count");
         const bool single = !guid.empty() && (count.empty() || count == "1");
-        const std::string key = single ? lead(element) : warningText(warning);
+        const std::string key = single ? commonText(warning) : warningText(warning);
         Line& line = lines[key];
         if (line.first == nullptr) {
             line.first = &warning;
@@ -108,38 +108,33 @@ std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warning
     std::vector<std::string> guids;
     std::set<std::string> known;
     for (const Warning& warning : warnings) {
-        const Element element = elementOf(warning);
-        const std::string guid = element.attribute("guid");
-        if (element.attribute("code") == "unresolved" && !guid.empty() && known.insert(guid).second)
+        const std::string guid = attribute(warning, "guid");
+        if (attribute(warning, "code") == "unresolved" && !guid.empty() && known.insert(guid).second)
             guids.push_back(guid);
     }
     return guids;
 }
 
-bool tellOfGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
-    return std::any_of(warnings.begin(), warnings.end(), [&](const Warning& warning) {
-        const Element element = elementOf(warning);
-        return concerns(element, guids) && isGap(element.attribute("code"), element.attribute("severity"));
-    });
+bool hasGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
+    return std::any_of(warnings.begin(), warnings.end(),
+                       [&](const Warning& warning) { return concerns(warning, guids) && isGap(warning); });
 }
 
-bool tellOfUnusualGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
-    if (!guids.empty()) return tellOfGaps(warnings, guids);
+bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
+    if (!guids.empty()) return hasGaps(warnings, guids);
     std::map<std::string, std::set<std::string>> reasons;  // codes, by signature
     for (const Warning& warning : warnings) {
-        const Element element = elementOf(warning);
-        reasons[lowerCase(element.attribute("guid"))].insert(element.attribute("code"));
+        reasons[lowerCase(attribute(warning, "guid"))].insert(attribute(warning, "code"));
     }
-    const auto isRule = [&](const Element& unresolved) {
-        const std::set<std::string>& codes = reasons[lowerCase(unresolved.attribute("guid"))];
+    const auto isExpected = [&](const Warning& unresolved) {
+        const std::set<std::string>& codes = reasons[lowerCase(attribute(unresolved, "guid"))];
         return codes.size() > 1 && std::all_of(codes.begin(), codes.end(), [](const std::string& code) {
                    return code == "unresolved" || code == "permission" || code == "denied";
                });
     };
     return std::any_of(warnings.begin(), warnings.end(), [&](const Warning& warning) {
-        const Element element = elementOf(warning);
-        const std::string code = element.attribute("code");
-        return isGap(code, element.attribute("severity")) && !(code == "unresolved" && isRule(element));
+        const std::string code = attribute(warning, "code");
+        return isGap(warning) && !(code == "unresolved" && isExpected(warning));
     });
 }
 

@@ -1,31 +1,31 @@
+// Reads the warnings of the software scanner and decides what they mean for the results.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "cli/scan/Software.h"
+#include "cli/scan/SoftwareInventory.h"
 
 namespace zavcli {
 
-// Understands a warning as the library hands it out. One that is not XML is kept as text.
+// Parses a warning as the library returns it. A warning that is not XML becomes the text.
 Warning readWarning(const std::string& xml);
 
-// The warning in words, such as "warning: /etc/x: cannot be opened: permission denied (signature GUID, leaf
-// f)".
+// The warning in words, such as "warning: /etc/x: cannot be opened (signature GUID, leaf f)".
 std::string warningText(const Warning& warning);
 
-// All warnings in words, one line for those that differ in the signature only: "warning: /opt/x: No permission to search this
-// directory (30 signatures: A, B, C, ...)".
+// All warnings in words. Those that differ only in the signature share a line, such as
+// "warning: /opt/x: No permission to search this directory (30 signatures: A, B, C, ...)".
 std::vector<std::string> warningLines(const std::vector<Warning>& warnings);
 
-// The identifiers of the signatures of which the warnings say that it is unknown whether they match, each once.
+// The identifiers of the signatures of which it is unknown whether they match, each once.
 std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings);
 
-// Whether the warnings tell that something was left out that concerns one of the signatures, or all when none is named.
-bool tellOfGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
+// Whether the warnings report that a result of one of the signatures may be missing, or any result if `guids` is empty.
+bool hasGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
-// Whether they tell of such a gap that is not the rule: one that comes of more than files and directories which the scanner's
-// user, or any user, may not look at. Where a signature is named, every gap of it counts.
-bool tellOfUnusualGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
+// The same for gaps that must be reported by the exit status. Without `guids`, a gap does not count if its only cause is a
+// file or directory that the user of the scanner, or every user, may not read.
+bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
 }  // namespace zavcli

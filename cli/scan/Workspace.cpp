@@ -12,12 +12,12 @@
 #include <fstream>
 #include <system_error>
 
-#include "cli/scan/Codes.h"
-#include "cli/scan/Location.h"
-#include "cli/system/Ending.h"
+#include "cli/scan/ErrorMessages.h"
+#include "cli/scan/LocationFile.h"
 #include "cli/system/Failure.h"
+#include "cli/system/PathTrust.h"
+#include "cli/system/SignalCleanup.h"
 #include "cli/system/TreeRemoval.h"
-#include "cli/system/Trust.h"
 #include "include/zav.h"
 
 namespace zavcli {
@@ -27,8 +27,8 @@ namespace {
 constexpr int kAttempts = 100;
 constexpr std::size_t kBootDigits = 8;
 
-// The start of the names of directories that processes on this machine have made since it was started; a directory that
-// other machines use too may hold theirs. Empty where that cannot be told.
+// The prefix of the directory names of this machine since its last boot. The temporary directory may be shared with other
+// machines. Empty if the boot id is unknown.
 std::string leadOfThisMachine() {
     std::string boot;
     if (!(std::ifstream("/proc/sys/kernel/random/boot_id") >> boot) || boot.size() < kBootDigits) return "";
@@ -43,7 +43,7 @@ int openDirectory(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-// Whether the open directory is still the one at this path and belongs to this user alone.
+// Whether the path still leads to the open directory, and only this user has access to it.
 bool isOwnAt(int directory, const std::string& path) {
     struct stat open {};
     struct stat named {};
@@ -51,7 +51,7 @@ bool isOwnAt(int directory, const std::string& path) {
            open.st_uid == geteuid() && (open.st_mode & 0777) == S_IRWXU;
 }
 
-// The lock of a process that lives cannot be had.
+// A directory is abandoned if its lock is free.
 void removeIfAbandoned(const std::string& path) {
     const int directory = openDirectory(path);
     if (directory < 0) return;
@@ -70,7 +70,7 @@ void removeAbandoned(const std::string& parent, const std::string& lead) {
 
 void requireSafe(const std::string& directory) {
     const std::vector<Weakness> weaknesses =
-        weaknessesOf(directory, Leads::ToTemporaryDirectory, {geteuid()});
+        findWeaknesses(directory, PathKind::TemporaryDirectory, {geteuid()});
     if (weaknesses.empty()) return;
     throw Failure(
         kExitFailed,
@@ -81,8 +81,16 @@ void requireSafe(const std::string& directory) {
 
 }  // namespace
 
+std::string temporaryDirectory() {
+    const char* path = std::getenv("TEMP");
+    if (path == nullptr) path = std::getenv("TMP");
+    std::string directory = path == nullptr ? "/tmp" : path;
+    collapseSlashes(directory);
+    return directory;
+}
+
 Workspace::Workspace() {
-    std::string parent = temporaryPath();
+    std::string parent = temporaryDirectory();
     if (!parent.ends_with('/')) parent += '/';
     requireSafe(parent);
     const std::string lead = leadOfThisMachine();
@@ -90,22 +98,23 @@ Workspace::Workspace() {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         if (make(parent + (lead.empty() ? "zav-" : lead))) return;
     }
-    throw Failure(kExitFailed, std::string(sentence(ZAV_ERROR_WORKSPACE)));
+    throw Failure(kExitFailed, std::string(errorMessage(ZAV_ERROR_WORKSPACE)));
 }
 
-// A process that looks for abandoned directories may take one away before it is locked.
+// Another process may take the new directory for an abandoned one and remove it before it is locked.
 bool Workspace::make(const std::string& lead) {
-    const SignalsHeld held;
+    const SignalsBlocked blocked;
     path_ = lead + "XXXXXX";
     if (mkdtemp(path_.data()) == nullptr) {
-        const std::string reason = std::generic_category().message(errno);
-        throw Failure(kExitFailed, "no temporary directory could be made: " + lead + "*: " + reason +
-                                       "; TEMP or TMP can name another place");
+        throw Failure(
+            kExitFailed,
+            fmt::format("no temporary directory could be made: {}*: {}; TEMP or TMP can name another place",
+                        lead, systemErrorText(errno)));
     }
-    chmod(path_.c_str(), S_IRWXU);  // the umask may take rights from the owner too
+    chmod(path_.c_str(), S_IRWXU);  // the umask may have removed permissions of the owner
     lock_ = openDirectory(path_);
     if (lock_ >= 0 && flock(lock_, LOCK_EX | LOCK_NB) == 0 && isOwnAt(lock_, path_)) {
-        noteTemporaryDirectory(path_);
+        registerTemporaryDirectory(path_);
         return true;
     }
     if (lock_ >= 0) close(lock_);
@@ -115,9 +124,9 @@ bool Workspace::make(const std::string& lead) {
 }
 
 Workspace::~Workspace() {
-    const SignalsHeld held;
+    const SignalsBlocked blocked;
     removeTree(AT_FDCWD, path_.c_str());
-    noteTemporaryDirectory("");
+    registerTemporaryDirectory("");
     close(lock_);
 }
 

@@ -4,12 +4,15 @@
 
 namespace zavcli {
 
-// A directory for the temporary files of this process, the library's among them. It is removed with all that is in it
-// at the end and when a signal ends the process. What was left by processes that were killed is removed when the next
-// one is made. There is one at a time.
+// The directory for temporary files, chosen as the library does: the value of TEMP, else of TMP, else /tmp.
+std::string temporaryDirectory();
+
+// A directory for the temporary files of this process and of the library. It is removed with its content by the
+// destructor, or by a signal that ends the process. Making one removes the directories that killed processes left behind.
+// There is one at a time.
 class Workspace {
   public:
-    // Throws Failure when no directory can be made, or when others could rename what is in the temporary directory.
+    // Throws Failure if no directory can be made, or if other users could rename files in the temporary directory.
     Workspace();
     ~Workspace();
     Workspace(const Workspace&) = delete;
@@ -18,11 +21,11 @@ class Workspace {
     const std::string& path() const { return path_; }
 
   private:
-    // False when another name is to be tried.
+    // Returns false if another name must be tried.
     bool make(const std::string& lead);
 
     std::string path_;
-    int lock_ = -1;  // the open directory; locked as long as its process lives
+    int lock_ = -1;  // the open directory, locked as long as this process lives
 };
 
 }  // namespace zavcli

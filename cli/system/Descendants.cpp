@@ -1,6 +1,5 @@
 #include "cli/system/Descendants.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,14 +9,17 @@
 #include <cstddef>
 #include <ctime>
 
+#include "cli/system/DirectoryEntries.h"
+
 namespace zavcli {
 
 namespace {
 
-constexpr int kRounds = 200;  // of 5 ms each, for each of the two ways of ending them
+// One second for each of the two signals.
+constexpr int kRounds = 200;
 constexpr long kRoundNanoseconds = 5'000'000;
 
-// The path of a file below /proc, put together without taking memory.
+// The path of a file below /proc, built without allocating memory.
 class ProcPath {
   public:
     ProcPath& add(const char* text) {
@@ -45,13 +47,13 @@ class ProcPath {
 
 class Processes {
   public:
-    // All that are below this process, the nearest first.
+    // Finds all descendants of this process, the nearest first.
     void find() {
         count_ = 0;
         addChildrenOf(getpid());
         for (std::size_t i = 0; i < count_; ++i) addChildrenOf(list_.at(i));
     }
-    bool none() const { return count_ == 0; }
+    bool empty() const { return count_ == 0; }
     void send(int signal) const {
         for (std::size_t i = 0; i < count_; ++i) kill(list_.at(i), signal);
     }
@@ -60,20 +62,11 @@ class Processes {
     void addChildrenOf(pid_t process) {
         const int tasks = ProcPath().add("/proc/").add(process).add("/task").open(O_DIRECTORY);
         if (tasks < 0) return;
-        alignas(dirent64) std::array<char, 2048> block;
-        for (;;) {
-            const ssize_t length = getdents64(tasks, block.data(), block.size());
-            if (length <= 0) break;
-            for (std::size_t at = 0; at < static_cast<std::size_t>(length);) {
-                const auto* const entry = reinterpret_cast<const dirent64*>(block.data() + at);
-                if (entry->d_name[0] != '.') addChildrenOf(process, entry->d_name);
-                at += entry->d_reclen;
-            }
-        }
+        forEachEntry(tasks, [&](const char* thread) { addChildrenOf(process, thread); });
         close(tasks);
     }
 
-    // The file holds the numbers of the thread's children, each with a blank behind it.
+    // The file holds the process ids of the thread's children, each followed by a blank.
     void addChildrenOf(pid_t process, const char* thread) {
         const int file =
             ProcPath().add("/proc/").add(process).add("/task/").add(thread).add("/children").open(0);
@@ -107,15 +100,15 @@ void reap() {
     }
 }
 
-// Whether all have ended.
-bool endedWithin(Processes& processes, int signal, bool again) {
+// Sends the signal and waits for up to a second. Returns whether all processes have ended.
+bool endWithin(Processes& processes, int signal, bool repeat) {
     const timespec pause{0, kRoundNanoseconds};
     for (int round = 0; round < kRounds; ++round) {
-        if (round == 0 || again) processes.send(signal);
+        if (round == 0 || repeat) processes.send(signal);
         nanosleep(&pause, nullptr);
         reap();
         processes.find();
-        if (processes.none()) return true;
+        if (processes.empty()) return true;
     }
     return false;
 }
@@ -126,9 +119,9 @@ void endDescendants() {
     reap();
     Processes processes;
     processes.find();
-    if (processes.none()) return;
+    if (processes.empty()) return;
     processes.send(SIGCONT);
-    if (!endedWithin(processes, SIGTERM, false)) endedWithin(processes, SIGKILL, true);
+    if (!endWithin(processes, SIGTERM, false)) endWithin(processes, SIGKILL, true);
 }
 
 }  // namespace zavcli

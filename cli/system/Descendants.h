@@ -2,9 +2,9 @@
 
 namespace zavcli {
 
-// Ends all processes that this one has started, directly or through others: asks them first, and kills after a second
-// what does not end. Calls only what a signal handler may call.
-// REQUIRES: nothing waits for one of them any more, since their statuses are taken here.
+// Ends all processes that this one has started, directly or through others: sends SIGTERM, and SIGKILL to those that
+// are still running after a second. Async-signal-safe.
+// REQUIRES: no other code waits for any of them, because their exit statuses are collected here.
 void endDescendants();
 
 }  // namespace zavcli

@@ -1,21 +1,25 @@
-// Standard input, output and error, whatever state they were handed over in.
+// Standard input, output and error, in whatever state the parent process passed them on.
 #pragma once
 
 #include <string_view>
 
 namespace zavcli {
 
-// Gives each of the three that is closed something in its place, so that no file which is opened later is taken for one
-// of them: writing to standard output goes on to fail, and messages go nowhere. To be called before anything is opened.
-void occupyStandardStreams();
+// Opens a placeholder for each standard stream that is closed, so that no file that is opened later gets its number.
+// Writing to a placeholder of standard output fails; one of standard error discards messages.
+// REQUIRES: called before anything is opened.
+void reserveStandardStreams();
 
-// Writes the text to standard error. It never throws: a message that cannot be written must not end the work.
+// Throws Failure if standard output does not take all of the text.
+void writeStandardOutput(std::string_view text);
+
+// Writes the text to standard error. Never throws: a message that cannot be written must not end the work.
 void writeStandardError(std::string_view text) noexcept;
 
-// Whether a standard error that was there did not take a message.
+// Whether standard error was open but did not take a message.
 bool messagesWereLost();
 
-// Writes all of the text; false, with errno set, when the descriptor does not take it.
+// Writes all of the text. Returns false with errno set if the descriptor does not take it.
 bool writeAll(int descriptor, std::string_view text) noexcept;
 
 }  // namespace zavcli

@@ -10,13 +10,13 @@
 #include <exception>
 
 #include "cli/system/StandardStreams.h"
-#include "cli/terminal/Text.h"
+#include "cli/terminal/PrintableText.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr int kFewestColumns = 40;
+constexpr int kMinColumns = 40;
 constexpr int kDefaultColumns = 100;
 
 int environmentColumns() {
@@ -34,13 +34,13 @@ bool isCapableTerminal(int descriptor) {
     return isatty(descriptor) != 0 && term != nullptr && *term != '\0' && std::string_view(term) != "dumb";
 }
 
-int columnsFor(int descriptor) {
+int terminalColumns(int descriptor) {
     winsize size{};
     const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return std::max(kFewestColumns, known ? static_cast<int>(size.ws_col) : environmentColumns());
+    return std::max(kMinColumns, known ? static_cast<int>(size.ws_col) : environmentColumns());
 }
 
-void complain(std::string_view text) noexcept {
+void printMessage(std::string_view text) noexcept {
     try {
         writeStandardError(fmt::format("zav: {}\n", printable(text)));
     } catch (const std::exception&) {

@@ -1,18 +1,17 @@
-// What is known of the terminals behind standard output and standard error.
+// The terminals of standard output and standard error.
 #pragma once
 
 #include <string_view>
 
 namespace zavcli {
 
-// Whether the descriptor is a terminal on which the cursor can be moved: one that TERM does not call dumb.
+// Whether the descriptor is a terminal with a movable cursor: TERM is set and not "dumb".
 bool isCapableTerminal(int descriptor);
 
-// The columns to write for: those of the terminal, else those that COLUMNS names, else 100; never fewer
-// than 40.
-int columnsFor(int descriptor);
+// The width to write for: that of the terminal, else the value of COLUMNS, else 100; at least 40.
+int terminalColumns(int descriptor);
 
-// Prints "zav: ", the text made safe for a terminal, and a line end to standard error.
-void complain(std::string_view text) noexcept;
+// Prints "zav: ", the text with escapes for unprintable characters, and a line feed to standard error.
+void printMessage(std::string_view text) noexcept;
 
 }  // namespace zavcli

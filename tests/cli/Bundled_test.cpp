@@ -1,4 +1,4 @@
-// The command with the scanner that comes with it, on this machine.
+// Runs the command with the bundled scanners on this machine.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -14,7 +14,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 Ended bundled(std::vector<std::string> arguments) {
-    return Process(std::move(arguments)).configuration(std::nullopt).run();
+    return Process(std::move(arguments)).locationFile(std::nullopt).run();
 }
 
 TEST(Bundled, DoctorFindsNoProblem) {
@@ -39,7 +39,7 @@ TEST(Bundled, FormatsAgree) {
     const Json& packages = json.at("groups").at("SoftwarePackages");
     ASSERT_TRUE(xml);
     ASSERT_EQ(packages.size() + 1, xml->size()) << "the scanner's own report is among them";
-    std::size_t record = 2;  // behind the header and the group's status
+    std::size_t record = 2;  // after the header and the status of the group
     for (std::size_t i = 0; i < packages.size(); ++i) {
         for (const auto& field : xml->at(i).fields) {
             ASSERT_LT(record, csv.size());
@@ -51,7 +51,7 @@ TEST(Bundled, FormatsAgree) {
     EXPECT_EQ(csv.size(), record);
 }
 
-TEST(Bundled, RootScansAnotherTree) {
+TEST(Bundled, RootOptionScansAnotherTree) {
     const ScratchDir tree;
     tree.write("etc/os-release", "NAME=\"Other\"\nPRETTY_NAME=\"Other System 7\"\nID=other\n");
     const Ended ended =
@@ -70,7 +70,7 @@ constexpr const char* kSignatures = R"(<Signatures>
 </Signatures>
 )";
 
-// A machine in which the first signature matches.
+// A tree in which the first signature matches.
 std::string treeWithTool(const ScratchDir& scratch) {
     scratch.write("tree/opt/tool/bin/tool", "#!/bin/sh\n");
     scratch.write("tree/opt/tool/release", "version=2.10\n");
@@ -92,7 +92,7 @@ TEST(Bundled, SoftwareIsFoundBySignatures) {
     EXPECT_FALSE(results.at(0).at("evidence").empty());
 }
 
-TEST(Bundled, NameIsThatOfTheSignatureThatMatched) {
+TEST(Bundled, NameIsTakenFromTheMatchedSignature) {
     const ScratchDir scratch;
     const std::string root = treeWithTool(scratch);
     const std::string file =
@@ -127,7 +127,7 @@ TEST(Bundled, JoinedFilesFindWhatEachFinds) {
               joined.at(0));
 }
 
-TEST(Bundled, InvalidSignaturesAreNamedWithTheirLine) {
+TEST(Bundled, InvalidSignaturesAreReportedWithTheirLine) {
     const ScratchDir scratch;
     const std::string file =
         scratch
@@ -143,7 +143,7 @@ TEST(Bundled, InvalidSignaturesAreNamedWithTheirLine) {
     EXPECT_EQ(0, bundled({"sw", "--check", scratch.write("t.xml", kSignatures).string()}).status);
 }
 
-TEST(Bundled, TableIsReadable) {
+TEST(Bundled, TableBeginsWithTheOperatingSystem) {
     const Ended ended = bundled({"hw"});
     EXPECT_EQ(0, ended.status) << ended.err;
     EXPECT_EQ(0U, ended.out.find("OperatingSystem\n")) << ended.out.substr(0, 200);

@@ -7,7 +7,7 @@ namespace zavtest {
 
 using CsvRecord = std::vector<std::string>;
 
-// The records of a text that follows RFC 4180 to the letter; empty for one that does not.
+// The records of a text that strictly follows RFC 4180; empty for any other text.
 inline std::vector<CsvRecord> readCsv(const std::string& text) {
     std::vector<CsvRecord> records;
     CsvRecord record;

@@ -1,4 +1,4 @@
-// The example program of the documentation.
+// Runs the example program of the documentation.
 #include <gtest/gtest.h>
 
 #include "tests/cli/Process.h"

@@ -1,4 +1,4 @@
-// `zav hw` as a whole process with scanners of the tests.
+// Runs `zav hw` as a whole process with test scanners.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -16,8 +16,7 @@ using Json = nlohmann::ordered_json;
 
 class HardwareTest : public testing::Test {
   protected:
-    // `zav hw` on the scanner that answers with the prepared output; temporary files go to the scratch
-    // directory.
+    // By default the scanner answers with the prepared output. Temporary files go to the scratch directory.
     Process hw(std::vector<std::string> arguments, const std::string& scannerName = "copies") {
         arguments.insert(arguments.begin(), {"hw", "--toolkit", scanner(scannerName)});
         return Process(arguments)
@@ -40,7 +39,7 @@ class HardwareTest : public testing::Test {
     void SetUp() override { std::filesystem::remove(temporary_ / "x"); }
 };
 
-TEST_F(HardwareTest, TableShowsAllGroupsAndNothingElse) {
+TEST_F(HardwareTest, TableShowsAllGroups) {
     const Ended ended = hw({}).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.err);
@@ -48,14 +47,14 @@ TEST_F(HardwareTest, TableShowsAllGroupsAndNothingElse) {
                       "OperatingSystem\n  Name     linux\n  Caption  Gr\xc3\xb6\xc3\x9f \xf0\x9f\x98\x80\n"
                       "  Notes    one\\ntwo\n\nProcessor (2)\n"))
         << ended.out;
-    EXPECT_NE(
-        std::string::npos,
-        ended.out.find("Nothing found, and the scanner does not tell whether it looked, for: ComponentID"))
+    EXPECT_NE(std::string::npos,
+              ended.out.find(
+                  "Nothing found, and the scanner does not report whether it is complete, for: ComponentID"))
         << ended.out;
     EXPECT_TRUE(temporaryFilesAreGone());
 }
 
-TEST_F(HardwareTest, JsonHoldsEveryGroupAndTheScan) {
+TEST_F(HardwareTest, JsonContainsEveryGroupAndTheScan) {
     const Ended ended = hw({"--format", "json"}).run();
     ASSERT_EQ(0, ended.status);
     const Json json = Json::parse(ended.out);
@@ -70,7 +69,7 @@ TEST_F(HardwareTest, JsonHoldsEveryGroupAndTheScan) {
     EXPECT_FALSE(json.at("scan").contains("root"));
 }
 
-TEST_F(HardwareTest, NamedGroupsAloneAreScannedInTheirOrder) {
+TEST_F(HardwareTest, OnlyNamedGroupsAreScannedInTheirOrder) {
     const Ended ended = hw({"--group", "operating system", "--group", "2", "--format", "json"}).run();
     ASSERT_EQ(0, ended.status);
     std::vector<std::string> names;
@@ -89,7 +88,7 @@ TEST_F(HardwareTest, CsvHoldsOneRecordPerField) {
     EXPECT_EQ((CsvRecord{"Processor", "1", "CoreId", "1"}), records[7]);
 }
 
-TEST_F(HardwareTest, XmlIsUnderstoodByTheLibraryAgain) {
+TEST_F(HardwareTest, XmlCanBeReadByTheLibrary) {
     const Ended first = hw({"--format", "xml"}).run();
     ASSERT_EQ(0, first.status);
     ASSERT_TRUE(readXml(first.out));
@@ -100,7 +99,7 @@ TEST_F(HardwareTest, XmlIsUnderstoodByTheLibraryAgain) {
     EXPECT_EQ(first.out, second.out);
 }
 
-TEST_F(HardwareTest, OutputGoesToTheFileAlone) {
+TEST_F(HardwareTest, OutputGoesOnlyToTheFile) {
     const Ended ended = hw({"--format", "csv", "--output", path("out")}).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.out + ended.err);
@@ -115,23 +114,22 @@ TEST_F(HardwareTest, OutputNamedMinusIsStandardOutput) {
     EXPECT_FALSE(std::filesystem::exists(path("-")));
 }
 
-TEST_F(HardwareTest, OutputInThePlaceOfADeviceIsRefusedBeforeTheScan) {
+TEST_F(HardwareTest, DeviceAsOutputIsRefusedBeforeTheScan) {
     const Ended ended = hw({"-vv", "--output", "/dev/null"}).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_EQ(
-        "zav: cannot write '/dev/null': it is a device; without --output, or with '--output -', the text "
-        "goes to "
-        "standard output\n",
+        "zav: cannot write '/dev/null': it is a device; to write to standard output, omit --output or use "
+        "'--output -'\n",
         ended.err);
 }
 
-TEST_F(HardwareTest, UnwritableOutputFailsNamingTheFile) {
+TEST_F(HardwareTest, UnwritableOutputIsReportedWithItsPath) {
     const Ended ended = hw({"--output", path("none/out")}).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_EQ("zav: cannot write '" + path("none/out") + "': No such file or directory\n", ended.err);
 }
 
-TEST_F(HardwareTest, FailedScanLeavesAnEarlierOutputAlone) {
+TEST_F(HardwareTest, FailedScanKeepsAnEarlierOutput) {
     scratch_.write("out", "earlier");
     EXPECT_EQ(1, hw({"--output", path("out")}, "fails").run().status);
     EXPECT_EQ("earlier", readAll(path("out")));
@@ -162,7 +160,7 @@ TEST_F(HardwareTest, ScannerEndedBySignalIsReportedWithTheSignal) {
         << ended.err;
 }
 
-TEST_F(HardwareTest, CutOffOutputFileIsNoInventory) {
+TEST_F(HardwareTest, TruncatedScannerOutputIsRefused) {
     for (const char* format : {"table", "json", "csv", "xml"}) {
         const Ended ended = hw({"--format", format}, "cut_off").run();
         EXPECT_EQ(1, ended.status);
@@ -193,7 +191,7 @@ TEST_F(HardwareTest, MissingTemporaryDirectoryIsReported) {
         << ended.err;
 }
 
-TEST_F(HardwareTest, BadUsageExitsWithTwoAndNoScan) {
+TEST_F(HardwareTest, BadUsageExitsWithTwoWithoutAScan) {
     const std::vector<std::vector<std::string>> cases = {
         {"--nope"},
         {"--group", "Procesor"},
@@ -210,7 +208,7 @@ TEST_F(HardwareTest, BadUsageExitsWithTwoAndNoScan) {
     }
 }
 
-TEST_F(HardwareTest, UnknownGroupSuggestsTheNearest) {
+TEST_F(HardwareTest, UnknownGroupIsRefusedWithASuggestion) {
     EXPECT_EQ("zav: unknown group 'Procesor'; did you mean Processor? 'zav groups' lists all\n",
               hw({"--group", "Procesor"}).run().err);
 }
@@ -218,7 +216,7 @@ TEST_F(HardwareTest, UnknownGroupSuggestsTheNearest) {
 TEST_F(HardwareTest, ToolkitWithoutScannerIsBadUsage) {
     const Ended ended = Process({"hw", "--toolkit", temporary_.string()}).run();
     EXPECT_EQ(2, ended.status);
-    EXPECT_EQ("zav: --toolkit: '" + temporary_.string() + "' holds no program 'quorvah'\n", ended.err);
+    EXPECT_EQ("zav: --toolkit: '" + temporary_.string() + "' contains no program 'quorvah'\n", ended.err);
 }
 
 TEST_F(HardwareTest, ToolkitPathWithBlankIsRefusedWithTheReason) {
@@ -247,7 +245,7 @@ TEST_F(HardwareTest, RelativeToolkitPathWorks) {
     EXPECT_EQ(0, ended.status) << ended.err;
 }
 
-TEST_F(HardwareTest, RootIsHandedToTheScannerAndRecorded) {
+TEST_F(HardwareTest, RootIsPassedToTheScannerAndRecorded) {
     const Ended ended =
         hw({"--root", temporary_.string(), "--format", "json", "--group", "ScanInfo"}, "tells_root").run();
     ASSERT_EQ(0, ended.status) << ended.err;
@@ -256,12 +254,12 @@ TEST_F(HardwareTest, RootIsHandedToTheScannerAndRecorded) {
     EXPECT_EQ(temporary_.string(), json.at("scan").at("root"));
 }
 
-TEST_F(HardwareTest, WithoutRootTheScannerIsToldNone) {
+TEST_F(HardwareTest, NoRootIsPassedByDefault) {
     const Ended ended = hw({"--format", "json", "--group", "ScanInfo"}, "tells_root").run();
     EXPECT_EQ("none", Json::parse(ended.out).at("groups").at("ScanInfo").at(0).at("RootPath"));
 }
 
-TEST_F(HardwareTest, VerboseShowsMessagesOnStandardErrorOnly) {
+TEST_F(HardwareTest, VerboseMessagesGoToStandardErrorOnly) {
     const Ended quiet = hw({}).run();
     const Ended notable = hw({"-v"}).run();
     const Ended trace = hw({"-vv"}).run();

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-// The names that the linker gives to the functions that it wraps. The mode goes on whether or not there is one.
+// The symbols that the linker option --wrap uses. The mode is passed on even if it is not needed.
 extern "C" {
 int zavtestOpenAt(int directory, const char* path, int flags, mode_t mode) __asm__("__wrap_openat");
 int zavtestOpenAtReally(int directory, const char* path, int flags, mode_t mode) __asm__("__real_openat");

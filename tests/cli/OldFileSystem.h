@@ -1,9 +1,9 @@
-// File systems that cannot do what newer ones can. Link with --wrap=openat and --wrap=linkat.
+// Simulates file systems with fewer features. Link with --wrap=openat and --wrap=linkat.
 #pragma once
 
 namespace zavtest {
 
-// While it lives, there are no files without a name.
+// During its lifetime, unnamed files are not supported.
 class OldFileSystem {
   public:
     OldFileSystem();
@@ -12,7 +12,7 @@ class OldFileSystem {
     OldFileSystem& operator=(const OldFileSystem&) = delete;
 };
 
-// While it lives, files without a name cannot be given one.
+// During its lifetime, unnamed files cannot be linked under a name.
 class FilesStayUnnamed {
   public:
     FilesStayUnnamed();

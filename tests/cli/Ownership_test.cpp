@@ -1,4 +1,4 @@
-// Which scanners and directories the command does without, since other users could change them.
+// Scanners and directories that the command refuses because other users could change them.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@ class OwnershipTest : public testing::Test {
         return Process(std::move(arguments))
             .environment("ZAVTEST_OUTPUT", prepared_)
             .environment("SUDO_UID", std::nullopt)
-            .configuration(std::nullopt);
+            .locationFile(std::nullopt);
     }
     Ended hw() const { return zav({"hw", "--toolkit", tools_.string()}).run(); }
     Ended sw() const { return zav({"sw", "--toolkit", tools_.string(), signatures_}).run(); }
@@ -92,7 +92,7 @@ TEST_F(OwnershipTest, RootStartsNoScannerThatOthersCanReplace) {
     }
 }
 
-TEST_F(OwnershipTest, NeitherSoftwareScannerNorItsCheckNorExplanationIsStarted) {
+TEST_F(OwnershipTest, UntrustedSoftwareScannerIsNotStartedByAnyOption) {
     give(tools_ / "quorvis");
     for (const std::vector<std::string>& more :
          {std::vector<std::string>{}, {"--check"}, {"--explain", "g"}}) {
@@ -106,47 +106,47 @@ TEST_F(OwnershipTest, NeitherSoftwareScannerNorItsCheckNorExplanationIsStarted) 
     EXPECT_EQ(0, hw().status);
 }
 
-TEST_F(OwnershipTest, LinkOfAnotherUserLeadsNowhere) {
+TEST_F(OwnershipTest, LinkOfAnotherUserIsRefused) {
     const auto link = scratch_.path() / "link";
     std::filesystem::create_directory_symlink(tools_, link);
     EXPECT_EQ(0, zav({"hw", "--toolkit", link.string()}).run().status);
     give(link);
     const Ended ended = zav({"hw", "--toolkit", link.string()}).run();
     EXPECT_EQ(1, ended.status);
-    expectSays(ended.err, "'chown -h root " + link.string() + "' mends that");
+    expectSays(ended.err, "'chown -h root " + link.string() + "' fixes that");
 }
 
-TEST_F(OwnershipTest, SafeEntryOfASharedDirectoryIsStarted) {
+TEST_F(OwnershipTest, ScannerInAStickyDirectoryIsStarted) {
     allow(tools_.parent_path(), 01777);
     EXPECT_EQ(0, hw().status);
     allow(tools_.parent_path(), 0777);
     EXPECT_EQ(1, hw().status);
 }
 
-TEST_F(OwnershipTest, RelativeToolkitIsJudgedByTheWholePath) {
+TEST_F(OwnershipTest, RelativeToolkitIsExaminedByItsWholePath) {
     give(tools_.parent_path());
     const Ended ended = zav({"hw", "--toolkit", "tools"}).directory(tools_.parent_path().string()).run();
     EXPECT_EQ(1, ended.status);
     expectSays(ended.err, tools_.parent_path().string() + " belongs to the user ");
 }
 
-TEST_F(OwnershipTest, LocationFileOfAnotherUserIsNotObeyed) {
+TEST_F(OwnershipTest, LocationFileOfAnotherUserIsRefused) {
     const auto home = scratch_.path() / "home";
     std::filesystem::create_directories(home);
     std::filesystem::rename(tools_, home / "bin");
     const std::string ini = "ZAV_HomeDirectory = " + home.string() + "\n";
-    EXPECT_EQ(0, zav({"hw"}).configuration(ini).run().status);
-    const Ended ended = zav({"hw"}).configuration(ini).configurationOwner(kStranger, 0666).run();
+    EXPECT_EQ(0, zav({"hw"}).locationFile(ini).run().status);
+    const Ended ended = zav({"hw"}).locationFile(ini).locationFileOwner(kStranger, 0666).run();
     EXPECT_EQ(1, ended.status);
     expectSays(ended.err, "/etc/zav/zav.ini belongs to the user ");
-    expectSays(ended.err, "'chown root /etc/zav/zav.ini' mends that");
-    const Ended checked = zav({"doctor"}).configuration(ini).configurationOwner(kStranger, 0666).run();
+    expectSays(ended.err, "'chown root /etc/zav/zav.ini' fixes that");
+    const Ended checked = zav({"doctor"}).locationFile(ini).locationFileOwner(kStranger, 0666).run();
     EXPECT_EQ(1, checked.status);
     expectSays(checked.out, "problem  ownership: /etc/zav/zav.ini belongs to the user ");
     expectSays(checked.out, "problem  ownership: /etc/zav/zav.ini can be changed by all users");
 }
 
-TEST_F(OwnershipTest, OtherUsersAreWarnedByTheDoctorAlone) {
+TEST_F(OwnershipTest, OtherUsersAreWarnedOnlyByTheDoctor) {
     if (zav({"--version"}).user(kStranger).run().status != 0)
         GTEST_SKIP() << "the build stands where other users cannot go";
     allow(tools_, 0777);
@@ -156,7 +156,7 @@ TEST_F(OwnershipTest, OtherUsersAreWarnedByTheDoctorAlone) {
     EXPECT_EQ(0, zav({"hw", "--toolkit", tools_.string()}).user(kStranger).run().status);
 }
 
-TEST_F(OwnershipTest, TreeOfTheUserBehindSudoIsTrustedWithItsOwnCommand) {
+TEST_F(OwnershipTest, TreeOfTheUserBehindSudoIsTrustedForItsOwnCommand) {
     const auto command = tools_ / "zav";
     std::filesystem::copy_file(ZAVTEST_COMMAND, command);
     give(tools_.parent_path());
@@ -167,14 +167,14 @@ TEST_F(OwnershipTest, TreeOfTheUserBehindSudoIsTrustedWithItsOwnCommand) {
     EXPECT_EQ(1, run("1").status);
     const Ended ended = run(std::to_string(kStranger));
     EXPECT_EQ(0, ended.status) << ended.err;
-    // A command of root's does not trust him.
+    // A command that belongs to root does not trust that user.
     EXPECT_EQ(1, zav({"hw", "--toolkit", tools_.string()})
                      .environment("SUDO_UID", std::to_string(kStranger))
                      .run()
                      .status);
 }
 
-TEST_F(OwnershipTest, TemporaryDirectoryInWhichOthersMayRenameIsRefusedAndNamedByTheDoctor) {
+TEST_F(OwnershipTest, UnsafeTemporaryDirectoryIsRefusedAndReportedByTheDoctor) {
     const auto temporary = scratch_.path() / "tmp";
     std::filesystem::create_directory(temporary);
     const auto with = [&](std::vector<std::string> arguments) {
@@ -186,7 +186,7 @@ TEST_F(OwnershipTest, TemporaryDirectoryInWhichOthersMayRenameIsRefusedAndNamedB
     const Ended ended = with(scan);
     EXPECT_EQ(1, ended.status);
     expectSays(ended.err, "zav: the temporary directory '" + temporary.string() + "/' is not safe");
-    expectSays(ended.err, "'chmod +t " + temporary.string() + "' mends that");
+    expectSays(ended.err, "'chmod +t " + temporary.string() + "' fixes that");
     const Ended checked = with({"doctor", "--toolkit", tools_.string()});
     EXPECT_EQ(1, checked.status);
     expectSays(checked.out, "problem  temporary files: the temporary directory");
@@ -196,7 +196,7 @@ TEST_F(OwnershipTest, TemporaryDirectoryInWhichOthersMayRenameIsRefusedAndNamedB
     EXPECT_EQ(1, with(scan).status);
 }
 
-TEST_F(OwnershipTest, FileThatAnotherUserPutIntoThePlaceOfTheOutputGivesItNoMode) {
+TEST_F(OwnershipTest, ModeOfAnotherUsersFileIsNotTakenOver) {
     const auto shared = scratch_.path() / "shared";
     std::filesystem::create_directory(shared);
     allow(shared, 01777);

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kCannotStart = 126;
 
-// Both ends of a channel: what the process writes to, and where the test reads it.
+// A pipe or a pseudo terminal: the process writes to one end, and the test reads from the other.
 struct Channel {
     int reader = -1;
     int writer = -1;
@@ -54,7 +54,7 @@ void writeTo(Channel& channel, const std::string& file) {
     channel.writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
 }
 
-// False at the end of the output; a terminal whose other side is closed answers EIO.
+// Returns false at the end of the output. A terminal whose other side is closed returns EIO.
 bool readSome(int descriptor, std::string& text) {
     std::array<char, 4096> block{};
     const ssize_t count = read(descriptor, block.data(), block.size());
@@ -74,7 +74,7 @@ Process::Process(std::vector<std::string> arguments)
     : program_(ZAVTEST_COMMAND), arguments_(std::move(arguments)) {
     environment("TERM", "xterm").environment("COLUMNS", std::nullopt).environment("NO_COLOR", std::nullopt);
     environment("QUORVAH_ROOT", std::nullopt).environment("QUORVIS_ROOT", std::nullopt);
-    // As if started by the owner of the build, whoever runs the tests.
+    // As if the owner of the build had started the command by sudo.
     struct stat build {};
     stat(program_.c_str(), &build);
     environment("SUDO_UID", std::to_string(build.st_uid));
@@ -130,13 +130,13 @@ Process& Process::without(std::vector<int> descriptors) {
     return *this;
 }
 
-Process& Process::configuration(const std::optional<std::string>& zavIni) {
+Process& Process::locationFile(const std::optional<std::string>& zavIni) {
     ownEtc_ = true;
     zavIni_ = zavIni;
     return *this;
 }
 
-Process& Process::configurationOwner(unsigned int user, unsigned int mode) {
+Process& Process::locationFileOwner(unsigned int user, unsigned int mode) {
     iniUser_ = user;
     iniMode_ = mode;
     return *this;
@@ -152,8 +152,7 @@ Process& Process::watch(std::function<void(const std::string&, int)> watcher) {
     return *this;
 }
 
-// In a mount name space of its own, so that the machine's /etc stays as it is; without root, in a user name
-// space too.
+// Enters a new mount name space, so that /etc of the machine does not change; without root, also a new user name space.
 void Process::enterOwnEtc() const {
     const uid_t user = geteuid();
     const gid_t group = getegid();

@@ -1,4 +1,4 @@
-// Runs the command as a whole process, as a user's shell would.
+// Runs the command as a whole process, as a shell does.
 #pragma once
 
 #include <functional>
@@ -11,40 +11,40 @@ namespace zavtest {
 
 struct Ended {
     int status = -1;  // exit status
-    int signal = 0;   // the signal that ended it, else 0
+    int signal = 0;   // the signal that ended it; 0 if none
     std::string out;
     std::string err;
 };
 
 class Process {
   public:
-    // The built command zav with these arguments.
+    // The command zav of this build with these arguments.
     explicit Process(std::vector<std::string> arguments);
 
     Process& program(const std::string& path);
-    // Sets a variable, or removes it.
+    // Sets or removes an environment variable.
     Process& environment(const std::string& name, const std::optional<std::string>& value);
     Process& directory(const std::string& path);
-    // Standard error, or standard output, is a terminal of so many columns.
+    // Makes standard error or standard output a terminal of that many columns.
     Process& errorTerminal(int columns);
     Process& outputTerminal(int columns);
-    // Standard output, or standard error, is this file.
+    // Redirects standard output or standard error to a file.
     Process& outputTo(const std::string& path);
     Process& errorTo(const std::string& path);
-    // Nobody reads what the process writes to this descriptor, 1 or 2.
+    // Closes the reading end of the pipe at this descriptor, which is 1 or 2.
     Process& unread(int descriptor);
-    // The process is started with this signal ignored.
+    // Starts the process with this signal ignored.
     Process& ignoring(int signal);
-    // The process is started without these descriptors.
+    // Starts the process with these descriptors closed.
     Process& without(std::vector<int> descriptors);
-    // The process sees an /etc that holds nothing but zav/zav.ini of this content, or nothing at all.
-    Process& configuration(const std::optional<std::string>& zavIni);
-    // That zav.ini belongs to this user and has this mode.
-    Process& configurationOwner(unsigned int user, unsigned int mode);
-    // Root starts the process as this user.
+    // Replaces /etc by a directory that contains only zav/zav.ini with this content, or nothing.
+    Process& locationFile(const std::optional<std::string>& zavIni);
+    // Sets the owner and the mode of that zav.ini.
+    Process& locationFileOwner(unsigned int user, unsigned int mode);
+    // Starts the process as this user. REQUIRES: the tests run as root.
     Process& user(unsigned int id);
-    // Called again and again with what standard error has brought so far and the process id, which is that of
-    // its process group too.
+    // Calls the watcher after each piece of output, with all of standard error so far and the process id, which is also the
+    // process group id.
     Process& watch(std::function<void(const std::string& err, int pid)> watcher);
 
     Ended run();

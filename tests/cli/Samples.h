@@ -1,11 +1,11 @@
-// Inventories for the tests of the writers.
+// Sample inventories for the tests of the writers.
 #pragma once
 
-#include "cli/scan/Model.h"
+#include "cli/scan/HardwareInventory.h"
 
 namespace zavtest {
 
-inline zavcli::Inventory sampleInventory() {
+inline zavcli::HardwareInventory sampleInventory() {
     return {{"zav 0.1.0", "2026-11-21T06:14:45Z", 12, "/opt/zav/bin", ""},
             {{2,
               "Processor",
@@ -15,8 +15,8 @@ inline zavcli::Inventory sampleInventory() {
              {32, "Monitor", {{}}}}};
 }
 
-// Values that trip careless writers.
-inline zavcli::Inventory oddInventory() {
+// Values that need escaping.
+inline zavcli::HardwareInventory oddInventory() {
     return {{"zav 0.1.0", "2026-11-21T06:14:45Z", 12, "/opt/zav/bin", "/mnt/image"},
             {{3,
               "Memory",

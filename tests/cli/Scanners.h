@@ -1,16 +1,16 @@
-// The scanners of these tests, each a program `quorvah` in a directory of its own.
+// The test scanners. Each is a program `quorvah` or `quorvis` in a directory of its own.
 #pragma once
 
 #include <string>
 
 namespace zavtest {
 
-// The directory of the scanner whose source is scanners/NAME.cpp.
+// The directory of the scanner with the source scanners/NAME.cpp.
 inline std::string scanner(const std::string& name) {
     return std::string(ZAVTEST_SCANNERS) + "/" + name;
 }
 
-// An output file of two processors, one system and odd characters.
+// An output file with two processors, an operating system and special characters.
 inline constexpr const char* kPreparedOutput =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<Inventory>"

@@ -1,4 +1,4 @@
-// What signals leave of the command: nothing.
+// A command that a signal ends leaves neither files nor processes behind.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -22,7 +22,7 @@ class SignalsTest : public testing::Test {
             .environment("ZAVTEST_OUTPUT", prepared_)
             .environment("TEMP", temporary_.string());
     }
-    // Calls `act` with the process id once the scanner has said something.
+    // Calls `act` with the process id as soon as the scanner has printed a line.
     Ended whenScanning(Process process, const std::function<void(int)>& act) {
         bool done = false;
         return process
@@ -53,8 +53,7 @@ class SignalsTest : public testing::Test {
 
 using Names = std::vector<std::string>;
 
-// How a signal reaches the command: Ctrl-C on a terminal goes to the scanner too, a service manager's to the
-// command alone.
+// How a signal is sent: Ctrl-C on a terminal also reaches the scanner, a service manager signals only the command.
 struct Sent {
     int signal;
     bool toGroup;
@@ -83,7 +82,7 @@ std::vector<Sent> endingSignals() {
           SIGPROF, SIGIO, SIGPWR, SIGSTKFLT, SIGSYS, SIGTRAP, SIGRTMIN, SIGRTMAX})
         all.push_back({signal, false});
 #ifndef ZAV_SANITIZED
-    // A sanitizer keeps these for its own reports.
+    // Sanitizers handle these signals themselves.
     for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGILL, SIGFPE}) all.push_back({signal, false});
 #endif
     return all;
@@ -93,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Each, EndingSignalTest, testing::ValuesIn(endingSignals
     return std::to_string(each.param.signal) + (each.param.toGroup ? "ToAll" : "");
 });
 
-TEST_F(SignalsTest, ScannersThatDoNotListenAreKilledWithTheirChildren) {
+TEST_F(SignalsTest, ScannersThatIgnoreSignalsAreKilledWithTheirChildren) {
     int scannerProcess = 0;
     int itsChild = 0;
     const Ended ended = whenScanning(hw({"-vv"}, "stubborn"), [](int pid) { kill(pid, SIGTERM); });
@@ -109,7 +108,7 @@ TEST_F(SignalsTest, ScannersThatDoNotListenAreKilledWithTheirChildren) {
     EXPECT_EQ(Names{}, leftTemporary());
 }
 
-TEST_F(SignalsTest, ReaderThatGoesAwayEndsTheCommandAsItEndsOthers) {
+TEST_F(SignalsTest, ClosedPipeEndsTheCommandBySignal) {
     const Ended quiet = hw({}, "copies").unread(1).run();
     EXPECT_EQ(SIGPIPE, quiet.signal);
     const Ended talking = hw({"-vv"}).unread(2).run();
@@ -117,7 +116,7 @@ TEST_F(SignalsTest, ReaderThatGoesAwayEndsTheCommandAsItEndsOthers) {
     EXPECT_EQ(Names{}, leftTemporary());
 }
 
-TEST_F(SignalsTest, ReaderThatGoesAwayIsAFailureWhereThatSignalIsIgnored) {
+TEST_F(SignalsTest, ClosedPipeIsAFailureIfTheSignalIsIgnored) {
     const Ended ended = hw({}, "copies").unread(1).ignoring(SIGPIPE).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_EQ("zav: cannot write to standard output: Broken pipe\n", ended.err);
@@ -133,7 +132,7 @@ TEST_F(SignalsTest, IgnoredSignalsStayIgnored) {
     EXPECT_EQ(SIGTERM, ended.signal);
 }
 
-TEST_F(SignalsTest, StatusOfAScannerIsKnownWhereChildrenAreIgnored) {
+TEST_F(SignalsTest, ScannerStatusIsKnownIfChildSignalsAreIgnored) {
     const Ended ended = hw({}, "fails").ignoring(SIGCHLD).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_NE(std::string::npos, ended.err.find("failed with status 3")) << ended.err;
@@ -142,7 +141,7 @@ TEST_F(SignalsTest, StatusOfAScannerIsKnownWhereChildrenAreIgnored) {
         1, Process({"sw", "--check", "--toolkit", scanner("answers"), bad}).ignoring(SIGCHLD).run().status);
 }
 
-TEST_F(SignalsTest, NextStartRemovesWhatAKilledCommandLeft) {
+TEST_F(SignalsTest, NextRunRemovesFilesOfAKilledCommand) {
     Names left;
     whenScanning(hw({"-vv"}), [&](int pid) {
         left = leftTemporary();
@@ -154,7 +153,7 @@ TEST_F(SignalsTest, NextStartRemovesWhatAKilledCommandLeft) {
     EXPECT_EQ(Names{}, leftTemporary());
 }
 
-TEST_F(SignalsTest, StartLeavesTheFilesOfACommandThatStillRunsAlone) {
+TEST_F(SignalsTest, FilesOfARunningCommandAreKept) {
     Names whileRunning;
     const Ended ended = whenScanning(hw({"-vv"}), [&](int pid) {
         EXPECT_EQ(0, hw({}, "copies").run().status);

@@ -1,4 +1,4 @@
-// `zav sw` as a whole process with scanners of the tests.
+// Runs `zav sw` as a whole process with test scanners.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -38,7 +38,7 @@ class SoftwareTest : public testing::Test {
         return scratch_.write(name, content).string();
     }
     std::string path(const std::string& name) const { return (scratch_.path() / name).string(); }
-    // What the scanner was given in its nth run.
+    // The input that the scanner saved in the given run.
     std::string given(const std::string& what, int run = 1) const {
         return readAll(path("given/" + what + std::to_string(run)));
     }
@@ -69,14 +69,14 @@ class SoftwareTest : public testing::Test {
 
 using Guids = std::vector<std::string>;
 
-TEST_F(SoftwareTest, TableNamesWhatWasFoundFromTheSignaturesFile) {
+TEST_F(SoftwareTest, TableNamesMatchesFromTheSignatureFile) {
     const Ended ended = sw({file("one.xml", kOne)}).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.err);
     EXPECT_EQ("One\n  GUID  g1\n\n1 match; 1 signature in 1 file\n", ended.out);
 }
 
-TEST_F(SoftwareTest, NamesOfTheResultsComeFirst) {
+TEST_F(SoftwareTest, NamesOfTheResultsArePreferred) {
     const std::string prepared = file("prepared.xml", kResults);
     const Ended ended = sw({file("one.xml", kOne)}).environment("ZAVTEST_OUTPUT", prepared).run();
     EXPECT_EQ(0, ended.status) << ended.err;
@@ -86,7 +86,7 @@ TEST_F(SoftwareTest, NamesOfTheResultsComeFirst) {
         ended.out);
 }
 
-TEST_F(SoftwareTest, OneFileIsReadByTheScannerItself) {
+TEST_F(SoftwareTest, SingleFileIsReadByTheScanner) {
     EXPECT_EQ(0, sw({file("one.xml", kOne)}).run().status);
     EXPECT_EQ(kOne, given("signatures"));
     EXPECT_EQ("none", given("root"));
@@ -103,7 +103,7 @@ TEST_F(SoftwareTest, SeveralFilesAreEvaluatedInOneRun) {
         given("signatures"));
 }
 
-TEST_F(SoftwareTest, FilesThatCannotBeJoinedAreEvaluatedAlone) {
+TEST_F(SoftwareTest, FilesThatCannotBeJoinedAreEvaluatedSeparately) {
     const Ended ended =
         sw({file("1.xml", kLatin), file("2.xml", kOne), file("3.xml", kTwo), "--format", "json"}).run();
     EXPECT_EQ((Guids{"g3", "g1", "g2"}), guidsOf(ended));
@@ -112,23 +112,23 @@ TEST_F(SoftwareTest, FilesThatCannotBeJoinedAreEvaluatedAlone) {
     expectSays(given("signatures", 2), "g2");
 }
 
-TEST_F(SoftwareTest, DirectoryStandsForItsFiles) {
+TEST_F(SoftwareTest, DirectoryStandsForItsXmlFiles) {
     file("d/b.xml", kOne);
     file("d/a.xml", kTwo);
     EXPECT_EQ((Guids{"g2", "g1"}), guidsOf(sw({path("d"), "--format", "json"}).run()));
 }
 
-TEST_F(SoftwareTest, RefusedFileIsNamedWithItsLine) {
+TEST_F(SoftwareTest, RefusedFileIsReportedWithItsLine) {
     const std::string bad = file("bad.xml", kBad);
-    const std::string complaint = "zav: " + bad +
-                                  ":4:1: unknown element Bad\n"
-                                  "zav: the scanner refuses the signatures of " +
-                                  bad + "\n";
+    const std::string message = "zav: " + bad +
+                                ":4:1: unknown element Bad\n"
+                                "zav: the scanner refuses the signatures of " +
+                                bad + "\n";
     for (const auto& files : {Guids{bad}, Guids{file("one.xml", kOne), bad, file("two.xml", kTwo)}}) {
         const Ended ended = sw(files).run();
         EXPECT_EQ(1, ended.status);
         EXPECT_EQ("", ended.out);
-        EXPECT_EQ(complaint, ended.err);
+        EXPECT_EQ(message, ended.err);
     }
 }
 
@@ -192,13 +192,13 @@ TEST_F(SoftwareTest, PresetsAndSettingsReachTheScanner) {
         expectSays(given("configuration"), part);
 }
 
-TEST_F(SoftwareTest, PresetOfASignatureIsKnownByTheFilesIdentifiers) {
+TEST_F(SoftwareTest, PresetIdentifiersAreFoundInTheFiles) {
     sw({file("one.xml", kOne), "--variable", "a=1@G1", "--variable", "b=me@example.com"}).run();
     expectSays(given("configuration"), "name=\"a\" value=\"1\" guid=\"G1\"");
     expectSays(given("configuration"), "name=\"b\" value=\"me@example.com\" guid=\"\"");
 }
 
-TEST_F(SoftwareTest, IdentifierChoosesItsResultsInAnyCase) {
+TEST_F(SoftwareTest, GuidFilterIsCaseInsensitive) {
     const std::string prepared = file("prepared.xml", kResults);
     const Ended ended = sw({file("one.xml", kOne), "--guid", "g1", "--guid", "G1", "--format", "json"})
                             .environment("ZAVTEST_OUTPUT", prepared)
@@ -207,7 +207,7 @@ TEST_F(SoftwareTest, IdentifierChoosesItsResultsInAnyCase) {
     EXPECT_EQ("", ended.err);
 }
 
-TEST_F(SoftwareTest, IdentifierWithoutResultIsToldAndNoFailure) {
+TEST_F(SoftwareTest, GuidWithoutResultIsReportedAndSucceeds) {
     const std::string none = file("none.xml", "<MatchedSignatures/>");
     const Ended ended = sw({file("one.xml", kOne), "--guid", "G1", "--format", "json"})
                             .environment("ZAVTEST_OUTPUT", none)
@@ -216,7 +216,7 @@ TEST_F(SoftwareTest, IdentifierWithoutResultIsToldAndNoFailure) {
     EXPECT_EQ("zav: the signature G1 does not match\n", ended.err);
 }
 
-TEST_F(SoftwareTest, IdentifierThatNoFileHasIsBadUsage) {
+TEST_F(SoftwareTest, UnknownGuidIsBadUsage) {
     const Ended ended = sw({file("one.xml", kOne), "--guid", "G1", "--guid", "other"}).run();
     EXPECT_EQ(2, ended.status);
     EXPECT_EQ("", ended.out);
@@ -226,7 +226,7 @@ TEST_F(SoftwareTest, IdentifierThatNoFileHasIsBadUsage) {
     expectSays(sw({bad, "--guid", "other"}).run().err, "the scanner refuses the signatures of " + bad);
 }
 
-TEST_F(SoftwareTest, VariablesThatNoSignatureUsesAreTold) {
+TEST_F(SoftwareTest, UnusedVariablesAreReported) {
     const std::string uses = file("uses.xml",
                                   "<Signatures><Signature guid=\"g1\" name=\"${used}\"><Match>"
                                   "<File path=\"/a$${literal}\"/></Match></Signature>"
@@ -239,7 +239,7 @@ TEST_F(SoftwareTest, VariablesThatNoSignatureUsesAreTold) {
               sw({uses, "--variable", "used=1@g2"}).run().err);
 }
 
-TEST_F(SoftwareTest, FilesOfWideEncodingsAreRefusedByName) {
+TEST_F(SoftwareTest, FilesInWideEncodingsAreRefused) {
     const struct {
         std::string content;
         const char* encoding;
@@ -252,13 +252,14 @@ TEST_F(SoftwareTest, FilesOfWideEncodingsAreRefusedByName) {
         for (const Guids& arguments : {Guids{wide}, Guids{"--check", wide}}) {
             const Ended ended = sw(arguments).run();
             EXPECT_EQ(2, ended.status);
-            EXPECT_EQ("zav: cannot read '" + wide + "': it is " + encoding + "; signatures files are UTF-8\n",
+            EXPECT_EQ("zav: cannot read '" + wide + "': its encoding is " + encoding +
+                          "; signature files must be UTF-8\n",
                       ended.err);
         }
     }
 }
 
-TEST_F(SoftwareTest, NameThatIsNotCertainIsNotShown) {
+TEST_F(SoftwareTest, AmbiguousNameIsNotShown) {
     const std::string two = file("two.xml",
                                  "<Signatures><Signature guid=\"g1\" name=\"First\"/>"
                                  "<Signature guid=\"G1\" name=\"Second\"/></Signatures>");
@@ -270,7 +271,7 @@ TEST_F(SoftwareTest, NameThatIsNotCertainIsNotShown) {
     for (const Json& result : json.at("results")) EXPECT_FALSE(result.contains("name")) << result;
 }
 
-TEST_F(SoftwareTest, NameThatTheScannerEvaluatedComesFirst) {
+TEST_F(SoftwareTest, NameEvaluatedByTheScannerIsPreferred) {
     const std::string prepared =
         file("prepared.xml",
              "<MatchedSignatures><MatchedSignature guid=\"g1\"><Metadata><Name>of the writer</Name>"
@@ -284,7 +285,7 @@ TEST_F(SoftwareTest, NameThatTheScannerEvaluatedComesFirst) {
     EXPECT_EQ((Json{{"Name", "of the writer"}}), result.at("metadata"));
 }
 
-TEST_F(SoftwareTest, UndecidedSignaturesAreToldInEveryFormat) {
+TEST_F(SoftwareTest, UndecidedSignaturesAreReportedInEveryFormat) {
     const std::string none = file("none.xml", "<MatchedSignatures/>");
     const std::string events =
         file("events.xml",
@@ -313,7 +314,7 @@ TEST_F(SoftwareTest, UndecidedSignaturesAreToldInEveryFormat) {
     expectSays(run("xml").out, "<MatchedSignatures complete=\"false\">");
 }
 
-TEST_F(SoftwareTest, UndecidedSignaturesOfOtherIdentifiersDoNotCount) {
+TEST_F(SoftwareTest, UndecidedSignaturesWithOtherGuidsAreIgnored) {
     const std::string events = file("events.xml",
                                     "<Events><Event code=\"unresolved\" severity=\"warning\" guid=\"g2\" "
                                     "count=\"1\">whether the signature matches is unknown</Event></Events>");
@@ -323,7 +324,7 @@ TEST_F(SoftwareTest, UndecidedSignaturesOfOtherIdentifiersDoNotCount) {
               sw({files[0], files[1], "--guid", "g1"}).environment("ZAVTEST_WARNINGS", events).run().status);
 }
 
-TEST_F(SoftwareTest, WarningsStandOnStandardErrorAndInJson) {
+TEST_F(SoftwareTest, WarningsAreOnStandardErrorAndInJson) {
     const std::string events =
         file("events.xml",
              "<Events><Event code=\"permission\" severity=\"warning\" guid=\"g1\" leaf=\"f\" "
@@ -338,7 +339,7 @@ TEST_F(SoftwareTest, WarningsStandOnStandardErrorAndInJson) {
     EXPECT_EQ("/gr\xc3\xb6\xc3\x9f", json.at("warnings").at(0).at("path"));
 }
 
-TEST_F(SoftwareTest, ResultsAreShownWhenTheWarningsAreDamaged) {
+TEST_F(SoftwareTest, ResultsAreShownIfTheWarningsAreInvalid) {
     const Ended ended =
         sw({file("one.xml", kOne)}).environment("ZAVTEST_WARNINGS", file("events.xml", "<Events>")).run();
     EXPECT_EQ(1, ended.status);
@@ -358,7 +359,7 @@ TEST_F(SoftwareTest, ScannersThatFailAreReported) {
     }
 }
 
-TEST_F(SoftwareTest, OutputGoesToTheFileAlone) {
+TEST_F(SoftwareTest, OutputGoesOnlyToTheFile) {
     const std::string one = file("one.xml", kOne);
     const Ended ended = sw({one, "--format", "csv", "--output", path("out.csv")}).run();
     EXPECT_EQ(0, ended.status);
@@ -366,7 +367,7 @@ TEST_F(SoftwareTest, OutputGoesToTheFileAlone) {
     EXPECT_EQ((CsvRecord{"0", "g1", "One", "", ""}), readCsv(readAll(path("out.csv"))).at(1));
 }
 
-TEST_F(SoftwareTest, FormulasAreProtectedInCsvUnlessRawValuesAreAskedFor) {
+TEST_F(SoftwareTest, FormulasInCsvAreProtectedByDefault) {
     const std::string prepared = file("prepared.xml",
                                       "<MatchedSignatures><MatchedSignature guid=\"g1\"><Variable name=\"v\" "
                                       "value=\"=cmd()\"/></MatchedSignature></MatchedSignatures>");
@@ -378,14 +379,14 @@ TEST_F(SoftwareTest, FormulasAreProtectedInCsvUnlessRawValuesAreAskedFor) {
     expectSays(run({one, "--format", "csv", "--csv-raw"}), "0,g1,One,v,=cmd()\r\n");
 }
 
-TEST_F(SoftwareTest, RootIsHandedToTheScannerAndRecorded) {
+TEST_F(SoftwareTest, RootIsPassedToTheScannerAndRecorded) {
     const Ended ended = sw({file("one.xml", kOne), "--root", path("tmp"), "--format", "json"}).run();
     ASSERT_EQ(0, ended.status) << ended.err;
     EXPECT_EQ(path("tmp"), Json::parse(ended.out).at("scan").at("root"));
     EXPECT_EQ(path("tmp"), given("root"));
 }
 
-TEST_F(SoftwareTest, BadUsageExitsWithTwoAndNoRun) {
+TEST_F(SoftwareTest, BadUsageExitsWithTwoWithoutARun) {
     const std::string one = file("one.xml", kOne);
     for (const auto& arguments :
          {Guids{}, Guids{path("none.xml")}, Guids{path("given")}, Guids{"/dev/null"},
@@ -398,11 +399,11 @@ TEST_F(SoftwareTest, BadUsageExitsWithTwoAndNoRun) {
         EXPECT_EQ(0U, ended.err.find("zav: ")) << ended.err;
     }
     EXPECT_TRUE(std::filesystem::is_empty(path("given")));
-    EXPECT_EQ("zav: --toolkit: '" + scanner("copies") + "' holds no program 'quorvis'\n",
+    EXPECT_EQ("zav: --toolkit: '" + scanner("copies") + "' contains no program 'quorvis'\n",
               sw({one}, "copies").run().err);
 }
 
-TEST_F(SoftwareTest, VerboseShowsWhatTheScannerSays) {
+TEST_F(SoftwareTest, VerboseShowsTheScannerOutput) {
     const std::string bad = file("bad.xml", kBad);
     expectSays(sw({bad, "-vv"}).run().err, "SW_ExecuteScanner(): STDOUT data: [error: invalid: " + bad);
     expectSays(sw({bad, "-v"}).run().err, "zav: Exit code: 3 (ERROR)\n");

@@ -1,5 +1,4 @@
-// Which toolkit the command takes on machines with and without an installed one, and what the doctor says of
-// them.
+// Which toolkit the command uses on machines with and without an installed one, and what `zav doctor` reports about it.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -13,14 +12,14 @@ namespace {
 
 class ToolkitsTest : public testing::Test {
   protected:
-    // A copy of the command in a directory tree of its own: ROOT/bin/zav.
+    // A copy of the command in a directory tree of its own, as ROOT/bin/zav.
     std::string installedCommand() {
         const auto place = scratch_.path() / "installed" / "bin" / "zav";
         std::filesystem::create_directories(place.parent_path());
         std::filesystem::copy_file(ZAVTEST_COMMAND, place, std::filesystem::copy_options::overwrite_existing);
         return place.string();
     }
-    // A scanner at that place below the scratch directory.
+    // Copies a hardware scanner to that directory below the scratch directory.
     std::string place(const std::string& name, const std::string& directory) {
         const auto target = scratch_.path() / directory;
         std::filesystem::create_directories(target);
@@ -51,28 +50,28 @@ class ToolkitsTest : public testing::Test {
 
 TEST_F(ToolkitsTest, ScannerBesideTheCommandIsFound) {
     const std::string bundled = place("copies", "installed/bin");
-    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).configuration(std::nullopt).run()));
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).locationFile(std::nullopt).run()));
 }
 
 TEST_F(ToolkitsTest, ScannerInLibexecIsFound) {
     const std::string bundled = place("copies", "installed/libexec/zav");
-    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).configuration(std::nullopt).run()));
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).locationFile(std::nullopt).run()));
 }
 
-TEST_F(ToolkitsTest, ConfiguredToolkitComesBeforeTheBundledOne) {
+TEST_F(ToolkitsTest, ConfiguredToolkitIsPreferredToTheBundledOne) {
     place("fails", "installed/bin");
     const std::string configured = place("copies", "opt/bin");
     const std::string ini =
         "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = zav\n";
-    const Ended ended = zav({"hw", "--format", "json"}).configuration(ini).run();
+    const Ended ended = zav({"hw", "--format", "json"}).locationFile(ini).run();
     EXPECT_EQ(configured, toolkitOf(ended));
     EXPECT_EQ("", ended.err);
 }
 
-TEST_F(ToolkitsTest, ConfiguredToolkitWithoutScannerIsPassedOver) {
+TEST_F(ToolkitsTest, ConfiguredToolkitWithoutScannerIsSkipped) {
     const std::string bundled = place("copies", "installed/bin");
     EXPECT_EQ(bundled,
-              toolkitOf(zav({"hw", "--format", "json"}).configuration("ZAV_HomeDirectory = /nope\n").run()));
+              toolkitOf(zav({"hw", "--format", "json"}).locationFile("ZAV_HomeDirectory = /nope\n").run()));
 }
 
 TEST_F(ToolkitsTest, ConfiguredToolkitAndTemporaryDirectoryOutsideAsciiAreUsed) {
@@ -83,78 +82,79 @@ TEST_F(ToolkitsTest, ConfiguredToolkitAndTemporaryDirectoryOutsideAsciiAreUsed) 
     const std::string ini = "ZAV_HomeDirectory = /nope\nZAV_HomeDirectory = " +
                             (scratch_.path() / "gr\xc3\xb6\xc3\x9f").string() + "\n";
     const Ended ended =
-        zav({"hw", "--format", "json"}).environment("TEMP", temporary.string()).configuration(ini).run();
+        zav({"hw", "--format", "json"}).environment("TEMP", temporary.string()).locationFile(ini).run();
     EXPECT_EQ(configured, toolkitOf(ended));
     EXPECT_TRUE(std::filesystem::is_empty(temporary));
 }
 
-TEST_F(ToolkitsTest, ConfiguredToolkitThatIsPassedOverIsTold) {
+TEST_F(ToolkitsTest, SkippedConfiguredToolkitIsReported) {
     const std::string bundled = place("copies", "installed/bin");
-    const Ended ended = zav({"hw"}).configuration("ZAV_HomeDirectory = /nope\n").run();
+    const Ended ended = zav({"hw"}).locationFile("ZAV_HomeDirectory = /nope\n").run();
     EXPECT_EQ(0, ended.status);
-    EXPECT_EQ(0U, ended.err.find(
-                      "zav: /etc/zav/zav.ini names /nope/bin, which holds no program 'quorvah'; that of " +
-                      bundled + " is used\n"))
+    EXPECT_EQ(0U,
+              ended.err.find(
+                  "zav: /etc/zav/zav.ini names /nope/bin, which contains no program 'quorvah'; the one in " +
+                  bundled + " is used\n"))
         << ended.err;
 }
 
-TEST_F(ToolkitsTest, GivenToolkitComesFirst) {
+TEST_F(ToolkitsTest, GivenToolkitIsPreferred) {
     place("fails", "installed/bin");
     const std::string given = place("copies", "given");
     const std::string ini = "ZAV_HomeDirectory = " + place("fails", "opt/bin") + "/..\n";
-    EXPECT_EQ(given, toolkitOf(zav({"hw", "--format", "json", "--toolkit", given}).configuration(ini).run()));
+    EXPECT_EQ(given, toolkitOf(zav({"hw", "--format", "json", "--toolkit", given}).locationFile(ini).run()));
 }
 
-TEST_F(ToolkitsTest, DirectoryToScanPassesTheConfiguredToolkitOver) {
+TEST_F(ToolkitsTest, RootOptionSkipsTheConfiguredToolkit) {
     const std::string bundled = place("tells_root", "installed/bin");
     place("copies", "opt/bin");
     const std::string ini = "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\n";
-    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json", "--root", "/"}).configuration(ini).run()));
+    EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json", "--root", "/"}).locationFile(ini).run()));
 }
 
-TEST_F(ToolkitsTest, UnregisteredProductIsNoticedWithAnInstalledToolkitOnly) {
+TEST_F(ToolkitsTest, UnregisteredProductIsReportedOnlyWithAnInstalledToolkit) {
     place("copies", "installed/bin");
-    EXPECT_EQ("", zav({"hw"}).configuration(std::nullopt).run().err);
+    EXPECT_EQ("", zav({"hw"}).locationFile(std::nullopt).run().err);
     place("copies", "opt/bin");
     const std::string ini = "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\n";
-    EXPECT_EQ("zav: Exploiter not correctly registered\n", zav({"hw"}).configuration(ini).run().err);
+    EXPECT_EQ("zav: Exploiter not correctly registered\n", zav({"hw"}).locationFile(ini).run().err);
 }
 
-TEST_F(ToolkitsTest, NoScannerAnywhereFailsNamingThePlaces) {
-    const Ended ended = zav({"hw"}).configuration(std::nullopt).run();
+TEST_F(ToolkitsTest, MissingScannerIsReportedWithAllDirectories) {
+    const Ended ended = zav({"hw"}).locationFile(std::nullopt).run();
     const std::string installed = (scratch_.path() / "installed").string();
     EXPECT_EQ(1, ended.status);
     EXPECT_EQ("zav: no hardware scanner 'quorvah' in " + installed + "/bin or " + installed +
-                  "/libexec/zav; --toolkit names its directory\n",
+                  "/libexec/zav; use --toolkit to name its directory\n",
               ended.err);
 }
 
 TEST_F(ToolkitsTest, GroupsNeedNoScanner) {
-    const Ended ended = zav({"groups"}).configuration(std::nullopt).run();
+    const Ended ended = zav({"groups"}).locationFile(std::nullopt).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.err);
     EXPECT_TRUE(says(ended, " 4  OperatingSystem\n"));
     EXPECT_EQ(49, std::count(ended.out.begin(), ended.out.end(), '\n'));
 }
 
-TEST_F(ToolkitsTest, DoctorIsContentWithABundledScannerAlone) {
+TEST_F(ToolkitsTest, DoctorAcceptsABundledScanner) {
     const std::string bundled = place("copies", "installed/bin");
-    const Ended ended = zav({"doctor"}).configuration(std::nullopt).run();
+    const Ended ended = zav({"doctor"}).locationFile(std::nullopt).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.err);
     EXPECT_TRUE(says(ended, "note     configuration: there is no /etc/zav/zav.ini")) << ended.out;
-    EXPECT_TRUE(says(ended, "ok       toolkit directory: " + bundled + " (came with this command)\n"))
+    EXPECT_TRUE(says(ended, "ok       toolkit directory: " + bundled + " (bundled with this command)\n"))
         << ended.out;
     EXPECT_TRUE(says(ended, "ok       hardware scanner: " + bundled + "/quorvah ran")) << ended.out;
     EXPECT_TRUE(says(ended, "note     software scanner: no software scanner 'quorvis' in ")) << ended.out;
 }
 
-TEST_F(ToolkitsTest, DoctorFindsAFullInstallationInOrder) {
+TEST_F(ToolkitsTest, DoctorAcceptsAFullInstallation) {
     const std::string configured = place("copies", "opt/bin");
     addSoftwareScanner("answers", configured);
     const std::string ini =
         "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\nZAV_Exploiters = other:zav\n";
-    const Ended ended = zav({"doctor"}).configuration(ini).run();
+    const Ended ended = zav({"doctor"}).locationFile(ini).run();
     EXPECT_EQ(0, ended.status);
     for (const std::string& line :
          {"ok       configuration: /etc/zav/zav.ini names " + configured + "\n",
@@ -164,9 +164,9 @@ TEST_F(ToolkitsTest, DoctorFindsAFullInstallationInOrder) {
         EXPECT_TRUE(says(ended, line)) << line << ended.out;
 }
 
-TEST_F(ToolkitsTest, DoctorNamesFaultyConfigurationLines) {
+TEST_F(ToolkitsTest, DoctorReportsFaultyLocationFileLines) {
     place("copies", "installed/bin");
-    const Ended ended = zav({"doctor"}).configuration("# zav\nZAV_HomeDirectory=/opt/zav\n").run();
+    const Ended ended = zav({"doctor"}).locationFile("# zav\nZAV_HomeDirectory=/opt/zav\n").run();
     EXPECT_EQ(0, ended.status);
     EXPECT_TRUE(says(
         ended,
@@ -175,22 +175,22 @@ TEST_F(ToolkitsTest, DoctorNamesFaultyConfigurationLines) {
     EXPECT_TRUE(says(ended, "note     registration: 'zav' is not registered")) << ended.out;
 }
 
-TEST_F(ToolkitsTest, DoctorReportsAConfiguredDirectoryThatIsPassedOver) {
+TEST_F(ToolkitsTest, DoctorReportsASkippedConfiguredDirectory) {
     place("copies", "installed/bin");
-    const Ended ended = zav({"doctor"}).configuration("ZAV_HomeDirectory = /nope\n").run();
+    const Ended ended = zav({"doctor"}).locationFile("ZAV_HomeDirectory = /nope\n").run();
     EXPECT_EQ(0, ended.status);
     EXPECT_TRUE(says(ended, "; the configured /nope/bin has no usable 'quorvah'\n")) << ended.out;
 }
 
 TEST_F(ToolkitsTest, DoctorReportsAMissingScanner) {
-    const Ended ended = zav({"doctor"}).configuration(std::nullopt).run();
+    const Ended ended = zav({"doctor"}).locationFile(std::nullopt).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_TRUE(says(ended, "problem  toolkit directory: no hardware scanner 'quorvah' in ")) << ended.out;
 }
 
 TEST_F(ToolkitsTest, DoctorReportsScannersThatDoNotWork) {
     for (const char* name : {"fails", "crashes", "cut_off"}) {
-        const Ended ended = zav({"doctor", "--toolkit", scanner(name)}).configuration(std::nullopt).run();
+        const Ended ended = zav({"doctor", "--toolkit", scanner(name)}).locationFile(std::nullopt).run();
         EXPECT_EQ(1, ended.status) << name;
         EXPECT_TRUE(says(ended, "problem  hardware scanner: ")) << ended.out;
     }
@@ -200,7 +200,7 @@ TEST_F(ToolkitsTest, DoctorReportsSoftwareScannersThatDoNotWork) {
     for (const char* name : {"crashes", "cut_off"}) {
         const std::string tools = place("copies", name);
         addSoftwareScanner(name, tools);
-        const Ended ended = zav({"doctor", "--toolkit", tools}).configuration(std::nullopt).run();
+        const Ended ended = zav({"doctor", "--toolkit", tools}).locationFile(std::nullopt).run();
         EXPECT_EQ(1, ended.status) << name;
         EXPECT_TRUE(says(ended, "ok       hardware scanner: ")) << ended.out;
         EXPECT_TRUE(says(ended, "problem  software scanner: ")) << ended.out;
@@ -209,14 +209,14 @@ TEST_F(ToolkitsTest, DoctorReportsSoftwareScannersThatDoNotWork) {
 
 TEST_F(ToolkitsTest, DoctorReportsAToolkitPathWithABlank) {
     const Ended ended =
-        zav({"doctor", "--toolkit", place("copies", "my tools")}).configuration(std::nullopt).run();
+        zav({"doctor", "--toolkit", place("copies", "my tools")}).locationFile(std::nullopt).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_TRUE(says(ended, "cannot start a scanner from a path with blanks")) << ended.out;
 }
 
 TEST_F(ToolkitsTest, DoctorReportsAMissingTemporaryDirectory) {
     const Ended ended =
-        zav({"doctor"}).environment("TEMP", "/no/such/place").configuration(std::nullopt).run();
+        zav({"doctor"}).environment("TEMP", "/no/such/place").locationFile(std::nullopt).run();
     EXPECT_EQ(1, ended.status);
     EXPECT_TRUE(says(ended, "problem  temporary files: no temporary directory could be made")) << ended.out;
 }
@@ -225,7 +225,7 @@ TEST_F(ToolkitsTest, DoctorLeavesNoTemporaryFiles) {
     place("copies", "installed/bin");
     const auto temporary = scratch_.path() / "tmp";
     std::filesystem::create_directory(temporary);
-    zav({"doctor"}).environment("TEMP", temporary.string()).configuration(std::nullopt).run();
+    zav({"doctor"}).environment("TEMP", temporary.string()).locationFile(std::nullopt).run();
     EXPECT_TRUE(std::filesystem::is_empty(temporary));
 }
 

@@ -1,7 +1,7 @@
-// Text is UTF-8 in the tests as it is in the command.
+// Sets up UTF-8 conversions for all tests, as main() does for the command.
 #include <gtest/gtest.h>
 
-#include "cli/terminal/Text.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/scan/Model.h"
+#include "cli/scan/HardwareInventory.h"
 
 namespace zavtest {
 
@@ -13,8 +13,7 @@ struct XmlInstance {
     zavcli::Instance fields;
 };
 
-// The instances of an inventory document in document order; nothing when it is not well-formed or has another
-// shape.
+// The instances of an inventory document in document order. Nothing if it is not well-formed or has another structure.
 std::optional<std::vector<XmlInstance>> readXml(const std::string& text);
 
 }  // namespace zavtest

@@ -69,8 +69,8 @@ TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
               zavtest::readCsv(csvText(zavtest::sampleInventory())));
 }
 
-TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
-    const Inventory odd = zavtest::oddInventory();
+TEST(CsvWriter, OddValuesSurviveARoundTrip) {
+    const HardwareInventory odd = zavtest::oddInventory();
     const Records records = zavtest::readCsv(csvText(odd, CsvFormulas::Raw));
     const Instance& instance = odd.groups[0].instances[0];
     ASSERT_EQ(instance.size() + 2, records.size());
@@ -78,8 +78,8 @@ TEST(CsvWriter, OddValuesComeBackAsTheyWent) {
         EXPECT_EQ((zavtest::CsvRecord{"Memory", "0", instance[i].name, instance[i].value}), records[i + 2]);
 }
 
-TEST(CsvWriter, TellsHowReadingEachGroupWent) {
-    Inventory inventory;
+TEST(CsvWriter, StatusOfEachGroupIsWritten) {
+    HardwareInventory inventory;
     inventory.groups = {{30, "Modem", {}, {GroupState::Complete, ""}},
                         {25, "SoftwarePackages", {}, {GroupState::Unread, "rpm-broken"}}};
     EXPECT_EQ((Records{{"group", "instance", "field", "value"},
@@ -89,8 +89,8 @@ TEST(CsvWriter, TellsHowReadingEachGroupWent) {
               zavtest::readCsv(csvText(inventory)));
 }
 
-TEST(CsvWriter, EmptyInventoryIsTheHeaderAlone) {
-    EXPECT_EQ("group,instance,field,value\r\n", csvText(Inventory()));
+TEST(CsvWriter, EmptyInventoryIsOnlyTheHeader) {
+    EXPECT_EQ("group,instance,field,value\r\n", csvText(HardwareInventory()));
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ TEST(JsonWriter, GroupWithoutInstancesIsAnEmptyArray) {
     EXPECT_EQ(Json::array({Json::object()}), groups.at("Monitor"));
 }
 
-TEST(JsonWriter, StatusTellsHowReadingEachGroupWent) {
-    Inventory inventory;
+TEST(JsonWriter, StatusOfEachGroupIsWritten) {
+    HardwareInventory inventory;
     inventory.groups = {{30, "Modem", {}, {GroupState::Complete, ""}},
                         {25, "SoftwarePackages", {}, {GroupState::Unread, "rpm-broken"}},
                         {14, "Printer", {}, {GroupState::Unsupported, ""}},
@@ -38,7 +38,7 @@ TEST(JsonWriter, StatusTellsHowReadingEachGroupWent) {
               Json::parse(jsonText(inventory)).at("status"));
 }
 
-TEST(JsonWriter, ScanTellsItsCircumstances) {
+TEST(JsonWriter, CircumstancesOfTheScanAreWritten) {
     const Json scan = Json::parse(jsonText(zavtest::sampleInventory())).at("scan");
     EXPECT_EQ((Json{{"program", "zav 0.1.0"},
                     {"time", "2026-11-21T06:14:45Z"},
@@ -47,26 +47,26 @@ TEST(JsonWriter, ScanTellsItsCircumstances) {
               scan);
 }
 
-TEST(JsonWriter, ScannedDirectoryIsNamedWhenItIsNotThisMachine) {
+TEST(JsonWriter, ScannedDirectoryIsWrittenUnlessItIsThisMachine) {
     EXPECT_EQ("/mnt/image", Json::parse(jsonText(zavtest::oddInventory())).at("scan").at("root"));
 }
 
-TEST(JsonWriter, OddValuesComeBackAsTheyWent) {
-    const Inventory odd = zavtest::oddInventory();
+TEST(JsonWriter, OddValuesSurviveARoundTrip) {
+    const HardwareInventory odd = zavtest::oddInventory();
     const Json object = Json::parse(jsonText(odd)).at("groups").at("Memory").at(0);
     for (const Field& field : odd.groups[0].instances[0])
         EXPECT_EQ(field.value, object.at(field.name)) << field.name;
 }
 
-TEST(JsonWriter, OrderIsThatOfTheInventory) {
+TEST(JsonWriter, OrderOfTheInventoryIsKept) {
     std::vector<std::string> names;
     const Json json = Json::parse(jsonText(zavtest::sampleInventory()));
     for (const auto& [name, instances] : json.at("groups").items()) names.push_back(name);
     EXPECT_EQ((std::vector<std::string>{"Processor", "Memory", "Modem", "Monitor"}), names);
 }
 
-TEST(JsonWriter, PathThatIsNoUtf8StillGivesValidJson) {
-    Inventory inventory = zavtest::sampleInventory();
+TEST(JsonWriter, PathThatIsNotUtf8GivesValidJson) {
+    HardwareInventory inventory = zavtest::sampleInventory();
     inventory.scan.toolkit = "/opt/\xff";
     EXPECT_EQ("/opt/\xef\xbf\xbd", Json::parse(jsonText(inventory)).at("scan").at("toolkit"));
 }

@@ -1,13 +1,13 @@
-// A software report in every format.
+// A software inventory in every format.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/formats/CsvWriter.h"
 #include "cli/formats/JsonWriter.h"
-#include "cli/formats/SoftwareTable.h"
+#include "cli/formats/SoftwareTableWriter.h"
 #include "cli/formats/XmlWriter.h"
-#include "cli/scan/Element.h"
+#include "cli/scan/Xml.h"
 #include "tests/cli/CsvReader.h"
 
 namespace zavcli {
@@ -15,8 +15,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-SoftwareReport sampleReport() {
-    SoftwareReport report;
+SoftwareInventory sampleSoftware() {
+    SoftwareInventory report;
     report.scan = {"zav 0.1.0", "2026-11-21T06:14:45Z", 12, "/opt/zav/bin", ""};
     report.files = 2;
     report.signatures = 5;
@@ -49,11 +49,11 @@ TEST(SoftwareWriters, TableHasAParagraphPerMatchAndASummary) {
         "  GUID  g-1\n"
         "\n"
         "3 matches; 5 signatures in 2 files; 1 warning\n",
-        tableText(sampleReport(), {}));
+        tableText(sampleSoftware(), {}));
 }
 
-TEST(SoftwareWriters, TableSaysWhatWasChosenAndThatNothingWasFound) {
-    SoftwareReport report;
+TEST(SoftwareWriters, TableReportsTheFilterAndMissingMatches) {
+    SoftwareInventory report;
     report.files = 1;
     report.signatures = 1;
     EXPECT_EQ("no matches; 1 signature in 1 file\n", tableText(report, {}));
@@ -62,7 +62,7 @@ TEST(SoftwareWriters, TableSaysWhatWasChosenAndThatNothingWasFound) {
 }
 
 TEST(SoftwareWriters, JsonHoldsResultsAndWarnings) {
-    const Json json = Json::parse(jsonText(sampleReport()));
+    const Json json = Json::parse(jsonText(sampleSoftware()));
     EXPECT_EQ((Json{{"guid", "g-1"},
                     {"name", "A, \"B\" & <C>"},
                     {"variables", {{"home", "/opt\n/x"}, {"version", "1.2"}}},
@@ -75,8 +75,8 @@ TEST(SoftwareWriters, JsonHoldsResultsAndWarnings) {
     EXPECT_EQ("/opt/zav/bin", json.at("scan").at("toolkit"));
 }
 
-TEST(SoftwareWriters, JsonOfNothingHasEmptyLists) {
-    const Json json = Json::parse(jsonText(SoftwareReport()));
+TEST(SoftwareWriters, JsonWithoutResultsHasEmptyLists) {
+    const Json json = Json::parse(jsonText(SoftwareInventory()));
     EXPECT_EQ(Json::array(), json.at("results"));
     EXPECT_EQ(Json::array(), json.at("warnings"));
 }
@@ -89,20 +89,20 @@ TEST(SoftwareWriters, CsvHasARecordPerVariable) {
         {"1", "g-2", "", "", ""},
         {"2", "g-1", "A, \"B\" & <C>", "version", "gr\xc3\xb6\xc3\x9f"},
     };
-    EXPECT_EQ(records, zavtest::readCsv(csvText(sampleReport())));
+    EXPECT_EQ(records, zavtest::readCsv(csvText(sampleSoftware())));
 }
 
 TEST(SoftwareWriters, XmlKeepsMetadataAndValues) {
-    const std::optional<Element> root = readElement(xmlText(sampleReport()));
+    const std::optional<XmlElement> root = readXmlElement(xmlText(sampleSoftware()));
     ASSERT_TRUE(root);
     EXPECT_EQ("MatchedSignatures", root->name);
     ASSERT_EQ(3U, root->children.size());
-    const Element& first = root->children[0];
-    EXPECT_EQ("g-1", first.attribute("guid"));
-    EXPECT_EQ("A, \"B\" & <C>", first.attribute("name"));
+    const XmlElement& first = root->children[0];
+    EXPECT_EQ("g-1", valueOf(first.attributes, "guid"));
+    EXPECT_EQ("A, \"B\" & <C>", valueOf(first.attributes, "name"));
     ASSERT_EQ(3U, first.children.size());
     EXPECT_EQ("P & Q", first.children[0].children.at(0).text);
-    EXPECT_EQ("/opt\n/x", first.children[1].attribute("value"));
+    EXPECT_EQ("/opt\n/x", valueOf(first.children[1].attributes, "value"));
     EXPECT_TRUE(root->children[1].children.empty());
 }
 

@@ -20,7 +20,7 @@ TEST(TableLayout, ColumnsThatAreEmptyEverywhereAreLeftOut) {
     EXPECT_EQ((Names{"A", "C"}), names(layout.columns));
 }
 
-TEST(TableLayout, ValuesThatAllInstancesShareAreCommon) {
+TEST(TableLayout, ValuesSharedByAllInstancesAreCommon) {
     const TableLayout layout = layOut({{{"A", "1"}, {"B", "x"}}, {{"A", "2"}, {"B", "x"}}});
     EXPECT_EQ((Names{"A"}), names(layout.columns));
     ASSERT_EQ(1U, layout.common.size());
@@ -40,11 +40,11 @@ TEST(TableLayout, FieldMissingInSomeInstancesIsAnEmptyCell) {
     EXPECT_EQ((Names{"", "x"}), layout.columns[1].cells);
 }
 
-TEST(TableLayout, WidthIsThatOfTheWidestCellOrTheNameUpToALimit) {
+TEST(TableLayout, WidthIsThatOfTheWidestCellOrNameUpToALimit) {
     const TableLayout layout =
         layOut({{{"Name", "1"}, {"B", std::string(200, 'x')}}, {{"Name", "12345"}, {"B", ""}}});
     EXPECT_EQ(5, layout.columns[0].width);
-    EXPECT_EQ(kWidestColumn, layout.columns[1].width);
+    EXPECT_EQ(kMaxColumnWidth, layout.columns[1].width);
 }
 
 TEST(TableLayout, CellsArePrintable) {
@@ -56,7 +56,7 @@ TEST(TableLayout, NoInstancesGiveNothing) {
     EXPECT_TRUE(layout.columns.empty() && layout.common.empty());
 }
 
-TEST(FittingColumns, AsManyAsThereIsRoomForInOrder) {
+TEST(FittingColumns, AsManyColumnsAsFitAreChosenInOrder) {
     const std::vector<Column> columns{{"A", {}, 10}, {"B", {}, 10}, {"C", {}, 30}, {"D", {}, 4}};
     const struct {
         int available;

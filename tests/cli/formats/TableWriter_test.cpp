@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "cli/terminal/Text.h"
+#include "cli/terminal/PrintableText.h"
 #include "tests/cli/Samples.h"
 
 namespace zavcli {
@@ -12,11 +12,11 @@ namespace {
 
 const GroupStatus kComplete{GroupState::Complete, ""};
 
-Inventory inventoryOf(std::vector<Group> groups) {
+HardwareInventory inventoryOf(std::vector<Group> groups) {
     return {{}, std::move(groups)};
 }
 
-// So many packages, all of one format.
+// A group of that many packages.
 Group packages(int count) {
     Group group{25, "SoftwarePackages", {}};
     for (int i = 0; i < count; ++i)
@@ -24,7 +24,7 @@ Group packages(int count) {
     return group;
 }
 
-// A group of two instances that is much too wide.
+// A group of two instances that is wider than the terminal.
 Group wide() {
     Group group{29, "PCIDevice", {}};
     for (const char* key : {"a", "b"}) {
@@ -55,7 +55,7 @@ TEST(TableWriter, OneInstanceIsLinesOfFieldAndValue) {
         tableText(inventoryOf({group}), style(false)));
 }
 
-TEST(TableWriter, SeveralInstancesAreATableBelowWhatTheyShare) {
+TEST(TableWriter, SeveralInstancesAreATableBelowSharedValues) {
     const Group group{2,
                       "Processor",
                       {{{"DeviceID", "cpu0"}, {"Name", "Good One"}, {"CoreId", "0"}, {"Empty", ""}},
@@ -77,12 +77,12 @@ TEST(TableWriter, GroupsWithoutInstancesAreNamedAtTheEnd) {
     EXPECT_EQ("Nothing found for: Modem, IPXAddress.\n", text);
 }
 
-TEST(TableWriter, NothingFoundIsSaidOfCompleteGroupsOnly) {
+TEST(TableWriter, OnlyCompleteGroupsAreReportedAsEmpty) {
     TableStyle wide = style(false);
     wide.columns = 200;
     EXPECT_EQ(
         "Nothing found for: Modem.\n"
-        "Nothing found, and the scanner does not tell whether it looked, for: Monitor.\n"
+        "Nothing found, and the scanner does not report whether it is complete, for: Monitor.\n"
         "Could not be read: SoftwarePackages (the rpm database is damaged).\n"
         "Not applicable here: WinCluster (Windows only).\n"
         "Not implemented by this scanner: Printer.\n",
@@ -94,23 +94,23 @@ TEST(TableWriter, NothingFoundIsSaidOfCompleteGroupsOnly) {
                   wide));
 }
 
-TEST(TableWriter, HeadingOfAnIncompleteGroupSaysWhy) {
+TEST(TableWriter, HeadingOfAnIncompleteGroupHasTheReason) {
     const Group group{3, "Memory", {{{"Size", "1"}}}, {GroupState::Partial, "permission"}};
     EXPECT_EQ("Memory - incomplete: permission denied; root may read it\n  Size  1\n\n",
               tableText(inventoryOf({group}), style(false)));
 }
 
-TEST(TableWriter, InstanceWithoutValuesIsSaidToHaveNone) {
+TEST(TableWriter, InstanceWithoutValuesIsReported) {
     EXPECT_EQ("Monitor\n  no values\n\n", tableText(inventoryOf({{32, "Monitor", {{}}}}), style(false)));
 }
 
-TEST(TableWriter, InstancesThatAreAllAlikeNeedNoTable) {
+TEST(TableWriter, IdenticalInstancesNeedNoTable) {
     const Group group{32, "Monitor", {{{"Name", "x"}}, {{"Name", "x"}}}};
     EXPECT_EQ("Monitor (2)\n  the same for all:\n    Name  x\n\n",
               tableText(inventoryOf({group}), style(false)));
 }
 
-TEST(TableWriter, OverviewCutsLongGroupsAndSaysSo) {
+TEST(TableWriter, OverviewShortensLongGroupsAndReportsIt) {
     const std::string text = tableText(inventoryOf({packages(800)}), style(true));
     EXPECT_TRUE(contains(text, "SoftwarePackages (800)\n"));
     EXPECT_TRUE(contains(text, "  package9\n  ... and 790 more (--group SoftwarePackages shows all rows)\n"));
@@ -118,7 +118,7 @@ TEST(TableWriter, OverviewCutsLongGroupsAndSaysSo) {
     EXPECT_TRUE(contains(text, "--all"));
 }
 
-TEST(TableWriter, NamedGroupsAndAllAreNotCut) {
+TEST(TableWriter, NamedGroupsAndAllAreNotShortened) {
     for (const TableStyle& whole : {style(false), style(true, true)}) {
         const std::string text = tableText(inventoryOf({packages(800)}), whole);
         EXPECT_TRUE(contains(text, "package799\n"));
@@ -149,7 +149,7 @@ TEST(TableWriter, NamedGroupsKeepTheirOrder) {
 TEST(TableWriter, FieldsThatDoNotFitAreNamed) {
     const std::string text = tableText(inventoryOf({wide()}), style(false));
     EXPECT_TRUE(contains(text, "DeviceID  Field0"));
-    EXPECT_TRUE(contains(text, "also known: "));
+    EXPECT_TRUE(contains(text, "more fields: "));
     EXPECT_TRUE(contains(text, "Field19"));
     EXPECT_TRUE(contains(text, "--all"));
 }
@@ -169,10 +169,10 @@ TEST(TableWriter, EverythingClipsNoCell) {
     EXPECT_TRUE(contains(tableText(inventoryOf({group}), style(false, true)), value));
 }
 
-TEST(TableWriter, LongValuesAreWrappedOrCutInTheOverview) {
+TEST(TableWriter, LongValuesAreWrappedOrShortenedInTheOverview) {
     std::string flags;
     for (int i = 100; i < 200; ++i) flags += "flag" + std::to_string(i) + " ";
-    const Inventory inventory = inventoryOf({{2, "Processor", {{{"Flags", flags}}}}});
+    const HardwareInventory inventory = inventoryOf({{2, "Processor", {{{"Flags", flags}}}}});
     EXPECT_TRUE(contains(tableText(inventory, style(false)), "flag199"));
     const std::string overview = tableText(inventory, style(true));
     EXPECT_FALSE(contains(overview, "flag199"));
@@ -180,7 +180,7 @@ TEST(TableWriter, LongValuesAreWrappedOrCutInTheOverview) {
 }
 
 TEST(TableWriter, NoLineIsWiderThanTheTerminal) {
-    Inventory inventory = zavtest::oddInventory();
+    HardwareInventory inventory = zavtest::oddInventory();
     inventory.groups.push_back(wide());
     inventory.groups.push_back(packages(20));
     inventory.groups.push_back({3, "Memory", {{{std::string(90, 'n'), std::string(300, 'v')}}}});
@@ -197,15 +197,15 @@ TEST(TableWriter, NoLineIsWiderThanTheTerminal) {
 }
 
 TEST(TableWriter, ControlCharactersDoNotReachTheTerminal) {
-    Inventory inventory = zavtest::oddInventory();
+    HardwareInventory inventory = zavtest::oddInventory();
     inventory.groups[0].instances.push_back(inventory.groups[0].instances[0]);
     inventory.groups[0].instances.push_back({{"Lines", "\x1b]0;title\x07"}});
     const std::string text = tableText(inventory, style(false));
     for (const char byte : text) EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20);
 }
 
-TEST(TableWriter, HeadingsAreBoldOnRequestOnly) {
-    const Inventory inventory = inventoryOf({packages(1)});
+TEST(TableWriter, HeadingsAreBoldOnlyOnRequest) {
+    const HardwareInventory inventory = inventoryOf({packages(1)});
     EXPECT_EQ(0U, tableText(inventory, {80, true, false, false}).find("\x1b[1mSoftwarePackages\x1b[0m\n"));
     EXPECT_FALSE(contains(tableText(inventory, style(false)), "\x1b"));
 }

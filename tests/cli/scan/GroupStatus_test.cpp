@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/commands/HardwareRemarks.h"
-#include "cli/scan/Model.h"
+#include "cli/scan/HardwareInventory.h"
 
 namespace zavcli {
 namespace {
@@ -15,7 +14,7 @@ const Instance kScanInfo{{"GroupsRequested", "Memory;Modem;SoftwarePackages;Prin
                          {"GroupsNotApplicable", "WinCluster=windows"},
                          {"GroupsUnsupported", "Printer;Keyboard"}};
 
-TEST(GroupStatus, IsWhatTheListsOfScanInfoSay) {
+TEST(GroupStatus, IsTakenFromTheListsOfScanInfo) {
     const struct {
         const char* group;
         GroupState state;
@@ -34,55 +33,19 @@ TEST(GroupStatus, IsWhatTheListsOfScanInfoSay) {
     }
 }
 
-TEST(GroupStatus, IsUnknownWhereTheScannerDoesNotTell) {
+TEST(GroupStatus, IsUnknownWithoutAReportOfTheScanner) {
     EXPECT_EQ(GroupState::Unknown, statusOf("Memory", {}).state);
     EXPECT_EQ(GroupState::Unknown, statusOf("Memory", {{"ScannerName", "other"}}).state);
-    EXPECT_FALSE(tellsOfAbilities({{"GroupsComplete", "ScanInfo"}}));
-    EXPECT_TRUE(tellsOfAbilities(kScanInfo));
+    EXPECT_FALSE(reportsAbilities({{"GroupsComplete", "ScanInfo"}}));
+    EXPECT_TRUE(reportsAbilities(kScanInfo));
 }
 
-TEST(GroupStatus, ReasonsAreExplainedAndUnknownOnesShownAsTheyAre) {
-    EXPECT_EQ("it took too long", explained("timeout"));
-    EXPECT_EQ("the dpkg database is damaged", explained("dpkg-broken"));
-    EXPECT_EQ("sunspots", explained("sunspots"));
-    EXPECT_EQ("-broken", explained("-broken"));
-}
-
-Inventory inventoryOf(const GroupStatus& status) {
-    Inventory inventory;
-    inventory.groups = {{3, "Memory", {}, status}};
-    return inventory;
-}
-
-TEST(HardwareRemarks, NameGroupsByWhatBecameOfThem) {
-    Inventory inventory;
-    for (const char* name :
-         {"Modem", "Memory", "SoftwarePackages", "Storage", "WinCluster", "Printer", "Other"})
-        inventory.groups.push_back({1, name, {}, statusOf(name, kScanInfo)});
-    EXPECT_EQ((std::vector<std::string>{"could not be read: SoftwarePackages: the rpm database is damaged",
-                                        "could not be read: Storage: it took too long",
-                                        "incomplete: Memory: permission denied; root may read it",
-                                        "not applicable here: WinCluster",
-                                        "not implemented by this scanner: Printer"}),
-              remarksOn(inventory));
-}
-
-TEST(HardwareRemarks, SayWhatIsLacking) {
-    const struct {
-        GroupStatus status;
-        bool lacking;
-        bool lackingWhenNamed;
-    } cases[] = {{{GroupState::Complete, ""}, false, false},
-                 {{GroupState::Unknown, ""}, false, false},
-                 {{GroupState::NotApplicable, "windows"}, false, false},
-                 {{GroupState::Unsupported, ""}, false, true},
-                 {{GroupState::Partial, "permission"}, false, false},
-                 {{GroupState::Partial, "rpm-broken"}, true, true},
-                 {{GroupState::Unread, "permission"}, true, true}};
-    for (const auto& [status, lacking, lackingWhenNamed] : cases) {
-        EXPECT_EQ(lacking, lacksWhatWasAskedFor(inventoryOf(status), false)) << wordOf(status.state);
-        EXPECT_EQ(lackingWhenNamed, lacksWhatWasAskedFor(inventoryOf(status), true)) << wordOf(status.state);
-    }
+TEST(GroupStatus, ReasonsAreExplainedAndUnknownOnesKept) {
+    EXPECT_EQ("it took too long", reasonText("timeout"));
+    EXPECT_EQ("there is more data than the scanner reads", reasonText("too-large"));
+    EXPECT_EQ("the dpkg database is damaged", reasonText("dpkg-broken"));
+    EXPECT_EQ("sunspots", reasonText("sunspots"));
+    EXPECT_EQ("-broken", reasonText("-broken"));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 
 class ToolkitTest : public testing::Test {
   protected:
-    // A directory with a program of that name in it.
+    // A directory that contains a program of that name.
     std::string directoryWith(const std::string& name, const std::string& program = "quorvah",
                               bool executable = true) {
         const auto file = scratch_.write(name + "/" + program, "#!/bin/true\n");
@@ -21,7 +21,7 @@ class ToolkitTest : public testing::Test {
         std::filesystem::create_directories(scratch_.path() / name);
         return (scratch_.path() / name).string();
     }
-    static std::string refusal(const ToolkitPlaces& places, int status) {
+    static std::string refusal(const ToolkitCandidates& places, int status) {
         try {
             return "chose " + chooseToolkit(places, kHardwareScanner).directory;
         } catch (const Failure& failure) {
@@ -40,14 +40,14 @@ TEST_F(ToolkitTest, GivenDirectoryWins) {
     EXPECT_EQ(directoryWith("given"), toolkit.directory);
 }
 
-TEST_F(ToolkitTest, ConfiguredDirectoryComesBeforeTheBundledOne) {
+TEST_F(ToolkitTest, ConfiguredDirectoryIsPreferredToTheBundledOne) {
     const Toolkit toolkit = chooseToolkit(
         {std::nullopt, directoryWith("configured"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Configured, toolkit.source);
     EXPECT_EQ(directoryWith("configured"), toolkit.directory);
 }
 
-TEST_F(ToolkitTest, ConfiguredDirectoryWithoutScannerIsPassedOver) {
+TEST_F(ToolkitTest, ConfiguredDirectoryWithoutScannerIsSkipped) {
     const Toolkit toolkit = chooseToolkit(
         {std::nullopt, emptyDirectory("configured"), {directoryWith("bundled")}}, kHardwareScanner);
     EXPECT_EQ(ToolkitSource::Bundled, toolkit.source);
@@ -68,11 +68,11 @@ TEST_F(ToolkitTest, BundledDirectoriesAreTriedInOrder) {
 
 TEST_F(ToolkitTest, GivenDirectoryWithoutScannerIsRefusedEvenIfAnotherHasOne) {
     const std::string empty = emptyDirectory("empty");
-    EXPECT_EQ("--toolkit: '" + empty + "' holds no program 'quorvah'",
+    EXPECT_EQ("--toolkit: '" + empty + "' contains no program 'quorvah'",
               refusal({empty, directoryWith("configured"), {}}, kExitBadUsage));
 }
 
-TEST_F(ToolkitTest, GivenDirectoryThatIsNoneIsRefused) {
+TEST_F(ToolkitTest, GivenFileIsRefused) {
     EXPECT_EQ("--toolkit: '/no/such/place' is not a directory",
               refusal({"/no/such/place", "", {}}, kExitBadUsage));
     EXPECT_EQ("--toolkit: '' is not a directory", refusal({"", "", {}}, kExitBadUsage));
@@ -89,39 +89,40 @@ TEST_F(ToolkitTest, OnlyDirectoryWithBlankIsAFailureWithTheReason) {
     EXPECT_NE(std::string::npos, text.find("blanks")) << text;
 }
 
-TEST_F(ToolkitTest, NoScannerAnywhereNamesAllPlaces) {
-    EXPECT_EQ("no hardware scanner 'quorvah' in /a or /b or /c; --toolkit names its directory",
+TEST_F(ToolkitTest, MissingScannerIsReportedWithAllDirectories) {
+    EXPECT_EQ("no hardware scanner 'quorvah' in /a or /b or /c; use --toolkit to name its directory",
               refusal({std::nullopt, "/a", {"/b", "/c"}}, kExitFailed));
 }
 
 TEST_F(ToolkitTest, EachScannerHasAToolkitOfItsOwn) {
-    const ToolkitPlaces places{std::nullopt, directoryWith("configured"), {directoryWith("both", "quorvis")}};
+    const ToolkitCandidates places{
+        std::nullopt, directoryWith("configured"), {directoryWith("both", "quorvis")}};
     EXPECT_EQ(ToolkitSource::Configured, chooseToolkit(places, kHardwareScanner).source);
     EXPECT_EQ(ToolkitSource::Bundled, chooseToolkit(places, kSoftwareScanner).source);
 }
 
 TEST_F(ToolkitTest, ProgramMustBeAnExecutableFile) {
-    EXPECT_TRUE(holdsProgram(directoryWith("good"), "quorvah"));
-    EXPECT_FALSE(holdsProgram(directoryWith("plain", "quorvah", false), "quorvah"));
-    EXPECT_FALSE(holdsProgram(directoryWith("other", "quorvis"), "quorvah"));
+    EXPECT_TRUE(containsProgram(directoryWith("good"), "quorvah"));
+    EXPECT_FALSE(containsProgram(directoryWith("plain", "quorvah", false), "quorvah"));
+    EXPECT_FALSE(containsProgram(directoryWith("other", "quorvis"), "quorvah"));
     emptyDirectory("nested/quorvah");
-    EXPECT_FALSE(holdsProgram((scratch_.path() / "nested").string(), "quorvah"));
+    EXPECT_FALSE(containsProgram((scratch_.path() / "nested").string(), "quorvah"));
 }
 
-TEST(Toolkit, SomeCharactersKeepAScannerFromStarting) {
+TEST(Toolkit, BlanksAndQuotesPreventStarting) {
     for (const char* usable : {"/opt/zav/bin", "/opt/z\xc3\xa4v", "/opt/a;b$(c)'d"})
-        EXPECT_TRUE(canBeStartedFrom(usable)) << usable;
+        EXPECT_TRUE(isStartablePath(usable)) << usable;
     for (const char* unusable : {"/opt/my tools", " /opt", "/opt/a\tb", "/opt/\"q\""})
-        EXPECT_FALSE(canBeStartedFrom(unusable)) << unusable;
+        EXPECT_FALSE(isStartablePath(unusable)) << unusable;
 }
 
-TEST(Toolkit, BundledScannersLieBesideTheCommandOrInLibexec) {
-    EXPECT_EQ((std::vector<std::string>{"/usr/bin", "/usr/libexec/zav"}), bundledPlaces("/usr/bin/zav"));
+TEST(Toolkit, BundledScannersAreBesideTheCommandOrInLibexec) {
+    EXPECT_EQ((std::vector<std::string>{"/usr/bin", "/usr/libexec/zav"}), bundledDirectories("/usr/bin/zav"));
 }
 
 TEST(Toolkit, ThisCommandIsTheRunningExecutable) {
-    EXPECT_TRUE(std::filesystem::is_regular_file(thisCommand()));
-    EXPECT_EQ("zav_cli_tests", thisCommand().filename());
+    EXPECT_TRUE(std::filesystem::is_regular_file(commandPath()));
+    EXPECT_EQ("zav_cli_tests", commandPath().filename());
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 namespace zavcli {
 namespace {
 
-TEST(Warnings, AreToldInWords) {
+TEST(Warnings, AreDescribedInWords) {
     const struct {
         const char* xml;
         const char* text;
@@ -24,7 +24,7 @@ TEST(Warnings, AreToldInWords) {
     for (const auto& [xml, text] : cases) EXPECT_EQ(text, warningText(readWarning(xml)));
 }
 
-TEST(Warnings, ThoseThatDifferInTheSignatureOnlyAreOneLine) {
+TEST(Warnings, ThoseThatDifferOnlyInTheSignatureShareALine) {
     std::vector<Warning> warnings;
     for (const char* guid : {"A", "B", "A", "C", "D", "E", "F"}) {
         warnings.push_back(readWarning(
@@ -43,36 +43,36 @@ TEST(Warnings, ThoseThatDifferInTheSignatureOnlyAreOneLine) {
     EXPECT_TRUE(warningLines({}).empty());
 }
 
-TEST(Warnings, TellWhichSignaturesAreUndecidedAndWhatWasLeftOut) {
+TEST(Warnings, ReportUndecidedSignaturesAndGaps) {
     const Warning undecided =
         readWarning(R"(<Event code="unresolved" severity="warning" guid="A" count="1">unknown</Event>)");
     const Warning limit =
         readWarning(R"(<Event code="deadline" severity="warning" count="1">out of time</Event>)");
     const Warning other = readWarning(R"(<Event code="permission" severity="warning" guid="A">no</Event>)");
     EXPECT_EQ((std::vector<std::string>{"A"}), undecidedSignatures({undecided, undecided, limit, other}));
-    EXPECT_TRUE(tellOfGaps({other, undecided}, {}));
-    EXPECT_TRUE(tellOfGaps({undecided}, {"a"}));
-    EXPECT_FALSE(tellOfGaps({undecided}, {"b"}));
-    EXPECT_TRUE(tellOfGaps({limit}, {"b"}));
-    EXPECT_FALSE(tellOfGaps({other}, {}));
+    EXPECT_TRUE(hasGaps({other, undecided}, {}));
+    EXPECT_TRUE(hasGaps({undecided}, {"a"}));
+    EXPECT_FALSE(hasGaps({undecided}, {"b"}));
+    EXPECT_TRUE(hasGaps({limit}, {"b"}));
+    EXPECT_FALSE(hasGaps({other}, {}));
 }
 
-TEST(Warnings, GapsThatComeOfMissingPermissionAloneAreTheRule) {
+TEST(Warnings, GapsCausedOnlyByMissingPermissionAreExpected) {
     const auto event = [](const std::string& code, const std::string& guid) {
         return readWarning("<Event code=\"" + code + "\" severity=\"warning\" guid=\"" + guid +
                            "\">x</Event>");
     };
     const Warning undecided = event("unresolved", "A");
-    EXPECT_FALSE(tellOfUnusualGaps({event("permission", "A"), undecided}, {}));
-    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "a"), event("permission", "A"), undecided}, {}));
-    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided}, {"A"}));
-    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), event("io", "A"), undecided}, {}));
-    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "B"), undecided}, {}));
-    EXPECT_TRUE(tellOfUnusualGaps({event("denied", "A"), undecided, event("deadline", "")}, {}));
-    EXPECT_FALSE(tellOfUnusualGaps({event("denied", "A")}, {}));
+    EXPECT_FALSE(hasUnexpectedGaps({event("permission", "A"), undecided}, {}));
+    EXPECT_FALSE(hasUnexpectedGaps({event("denied", "a"), event("permission", "A"), undecided}, {}));
+    EXPECT_TRUE(hasUnexpectedGaps({event("denied", "A"), undecided}, {"A"}));
+    EXPECT_TRUE(hasUnexpectedGaps({event("denied", "A"), event("io", "A"), undecided}, {}));
+    EXPECT_TRUE(hasUnexpectedGaps({event("denied", "B"), undecided}, {}));
+    EXPECT_TRUE(hasUnexpectedGaps({event("denied", "A"), undecided, event("deadline", "")}, {}));
+    EXPECT_FALSE(hasUnexpectedGaps({event("denied", "A")}, {}));
 }
 
-TEST(Warnings, LongOnesAreWhole) {
+TEST(Warnings, LongOnesAreNotShortened) {
     const std::string words(20'000, 'x');
     EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));
 }

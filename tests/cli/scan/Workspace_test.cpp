@@ -25,7 +25,7 @@ class WorkspaceTest : public testing::Test {
             return failure.what();
         }
     }
-    // A directory as a process that was killed leaves it.
+    // A directory as a killed process leaves it behind.
     std::string abandoned(const std::string& ending) const {
         std::string boot;
         std::ifstream("/proc/sys/kernel/random/boot_id") >> boot;
@@ -40,7 +40,7 @@ class WorkspaceTest : public testing::Test {
     const zavtest::EnvironmentVariable temporary_{"TEMP", scratch_.path().string()};
 };
 
-TEST_F(WorkspaceTest, IsForItsOwnerAloneWhateverTheUmask) {
+TEST_F(WorkspaceTest, IsPrivateWithEveryUmask) {
     for (const mode_t mask : {0U, 022U, 0777U}) {
         const mode_t before = umask(mask);
         const Workspace workspace;
@@ -50,7 +50,7 @@ TEST_F(WorkspaceTest, IsForItsOwnerAloneWhateverTheUmask) {
     }
 }
 
-TEST_F(WorkspaceTest, GoesWithAllThatIsInItAndFollowsNoLink) {
+TEST_F(WorkspaceTest, IsRemovedWithItsContentWithoutFollowingLinks) {
     scratch_.write("outside/precious", "x");
     {
         const Workspace workspace;
@@ -64,25 +64,25 @@ TEST_F(WorkspaceTest, GoesWithAllThatIsInItAndFollowsNoLink) {
     EXPECT_TRUE(std::filesystem::is_empty(scratch_.path()));
 }
 
-TEST_F(WorkspaceTest, WhatWasAbandonedIsRemoved) {
+TEST_F(WorkspaceTest, AbandonedDirectoriesAreRemoved) {
     abandoned("abcdef");
     abandoned("ghijkl");
     { const Workspace workspace; }
     EXPECT_TRUE(std::filesystem::is_empty(scratch_.path()));
 }
 
-TEST_F(WorkspaceTest, WhatMayBeInUseIsLeftAlone) {
-    // That of a process that lives.
+TEST_F(WorkspaceTest, DirectoriesThatMayBeInUseAreKept) {
+    // The directory of a running process.
     const std::string locked = abandoned("locked");
     const int lock = open(locked.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(0, flock(lock, LOCK_EX | LOCK_NB));
-    // A link to another directory, and one that others may use.
+    // A link to another directory, and a directory that other users may use.
     scratch_.write("elsewhere/file", "x");
     std::filesystem::create_symlink("elsewhere",
                                     path(std::filesystem::path(abandoned("x")).filename().string() + "link"));
     const std::string open = abandoned("open");
     ASSERT_EQ(0, chmod(open.c_str(), 0755));
-    // Those of other machines and of other programs that use the library.
+    // Directories of other machines, and of other programs that use the library.
     scratch_.write("zav-00000000-abcdef/file", "x");
     scratch_.write("zav_1234512ABCDEF_33/file", "x");
     { const Workspace workspace; }
@@ -92,7 +92,7 @@ TEST_F(WorkspaceTest, WhatMayBeInUseIsLeftAlone) {
     close(lock);
 }
 
-TEST_F(WorkspaceTest, DirectoryOfAnotherUserIsLeftAlone) {
+TEST_F(WorkspaceTest, DirectoryOfAnotherUserIsKept) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can give a directory away";
     const std::string other = abandoned("other");
     ASSERT_EQ(0, chown(other.c_str(), 65534, 65534));
@@ -106,7 +106,7 @@ TEST_F(WorkspaceTest, DirectoryInWhichOthersMayRenameIsRefused) {
         const std::string text = refusal();
         EXPECT_EQ(0U, text.find("the temporary directory '" + scratch_.path().string() + "/' is not safe"))
             << text;
-        EXPECT_NE(std::string::npos, text.find("'chmod +t " + scratch_.path().string() + "' mends that"))
+        EXPECT_NE(std::string::npos, text.find("'chmod +t " + scratch_.path().string() + "' fixes that"))
             << text;
     }
     for (const mode_t mode : {01777U, 01770U, 0755U, 0700U}) {
@@ -128,6 +128,23 @@ TEST_F(WorkspaceTest, DirectoryOfAnotherUserIsRefused) {
     ASSERT_EQ(0, chown(scratch_.path().c_str(), 65534, 65534));
     EXPECT_NE(std::string::npos, refusal().find("belongs to the user"));
     ASSERT_EQ(0, chown(scratch_.path().c_str(), 0, 0));
+}
+
+TEST(TemporaryDirectory, IsTempElseTmpElseTheDefault) {
+    const struct {
+        std::optional<std::string> temp;
+        std::optional<std::string> tmp;
+        const char* path;
+    } cases[] = {{"/a", "/b", "/a"},
+                 {std::nullopt, "/b//c", "/b/c"},
+                 {std::nullopt, std::nullopt, "/tmp"},
+                 {"", "/b", ""},
+                 {"/gr\xc3\xb6\xc3\x9f///", std::nullopt, "/gr\xc3\xb6\xc3\x9f/"}};
+    for (const auto& [temp, tmp, path] : cases) {
+        const zavtest::EnvironmentVariable first("TEMP", temp);
+        const zavtest::EnvironmentVariable second("TMP", tmp);
+        EXPECT_EQ(path, temporaryDirectory());
+    }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// A signature scanner for which every signature matches, unless ZAVTEST_OUTPUT names other results. The
-// warnings are those of ZAVTEST_WARNINGS. An element <Bad/> makes the signatures invalid. What it is given is
-// kept in the directory ZAVTEST_GIVEN, numbered from 1.
+// A signature scanner for which every signature matches, unless ZAVTEST_OUTPUT names a file of other results. Its warnings
+// are the file ZAVTEST_WARNINGS. An element <Bad/> makes the signatures invalid. The input of each run is saved in the
+// directory ZAVTEST_GIVEN, with the runs numbered from 1.
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -19,7 +19,7 @@ std::string contentOf(const char* path) {
     return content.str();
 }
 
-// The number of the line in which an element is invalid; 0 when there is none.
+// The number of the line with the invalid element; 0 if there is none.
 int invalidLine(const std::string& signatures) {
     std::istringstream lines(signatures);
     int number = 1;

@@ -1,5 +1,5 @@
-// A scanner that reports the end of every group of its configuration and answers with the file that
-// ZAVTEST_OUTPUT names.
+// A scanner that reports every group of its configuration as finished and copies the file that ZAVTEST_OUTPUT names to its
+// output.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>

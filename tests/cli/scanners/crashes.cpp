@@ -1,4 +1,4 @@
-// A scanner that a signal ends.
+// A scanner that is ended by a signal.
 #include <csignal>
 
 int main() {

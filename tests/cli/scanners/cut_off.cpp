@@ -1,4 +1,4 @@
-// A scanner that writes half of its output and says that all is well.
+// A scanner that writes truncated output and exits with status 0.
 #include <fstream>
 
 #include "tests/cli/scanners/Arguments.h"

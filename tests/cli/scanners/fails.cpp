@@ -1,4 +1,4 @@
-// A scanner that gives up.
+// A scanner that fails.
 int main() {
     return 3;
 }

@@ -1,5 +1,4 @@
-// A scanner that, like the child that it starts, is not impressed by signals. It tells both process ids. Neither lives
-// longer than a minute.
+// A scanner that ignores signals, as does the child that it starts. It prints both process ids. Both end after a minute.
 #include <unistd.h>
 
 #include <csignal>

@@ -1,4 +1,4 @@
-// A scanner that reports the directory that it was told to scan.
+// A scanner that reports the directory that it was asked to scan.
 #include <cstdlib>
 #include <fstream>
 

@@ -1,4 +1,4 @@
-// A scanner that says that it began and then waits to be ended.
+// A scanner that prints a line and then waits for a signal.
 #include <unistd.h>
 
 int main() {

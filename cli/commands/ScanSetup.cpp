@@ -1,0 +1,54 @@
+#include "cli/commands/ScanSetup.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "cli/scan/LibraryHandle.h"
+#include "cli/scan/LocationFile.h"
+#include "cli/system/StandardStreams.h"
+#include "cli/terminal/Terminal.h"
+
+namespace zavcli {
+
+Toolkit selectToolkit(const Options& options, const Scanner& scanner) {
+    // An installed scanner may not support --root and would then report this machine.
+    const std::string configured = options.root ? "" : readLocationFile(kLocationFile, kProductName).toolkit;
+    Toolkit toolkit =
+        chooseToolkit({options.toolkit, configured, bundledDirectories(commandPath())}, scanner);
+    requireTrusted(toolkit, scanner);
+    if (toolkit.source == ToolkitSource::Bundled && !configured.empty())
+        printMessage(fmt::format("{} names {}, which contains no program '{}'; the one in {} is used",
+                                 kLocationFile, configured, scanner.program, toolkit.directory));
+    return toolkit;
+}
+
+std::string passScannedRoot(const Options& options, const Scanner& scanner) {
+    if (options.root) setenv(scanner.rootVariable, std::filesystem::canonical(*options.root).c_str(), 1);
+    const char* const root = std::getenv(scanner.rootVariable);
+    return root == nullptr ? "" : root;
+}
+
+TableStyle tableStyle(const Options& options) {
+    TableStyle style;
+    style.columns = terminalColumns(options.output ? -1 : STDOUT_FILENO);
+    style.bold = !options.output && isCapableTerminal(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr;
+    style.overview = options.groups.empty();
+    style.everything = options.all;
+    return style;
+}
+
+InventoryOutput::InventoryOutput(const Options& options) {
+    if (options.output) file_.emplace(*options.output);
+}
+
+void InventoryOutput::write(const std::string& text) {
+    if (file_)
+        file_->commit(text);
+    else
+        writeStandardOutput(text);
+}
+
+}  // namespace zavcli

@@ -1,0 +1,44 @@
+// The progress of a hardware scan, taken from the lines that the scanner prints.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cli/scan/LibraryHandle.h"
+
+namespace zavcli {
+
+// The group that the scanner has finished according to the message, such as "Processor". Nothing for other messages.
+std::optional<std::string> finishedGroup(const LogMessage& message);
+
+// The bar in at most that many columns, such as "[######    ] 24/48 Processor".
+std::string progressBar(int done, int total, std::string_view group, int columns);
+
+// Shows the bar on standard error. A disabled bar writes nothing.
+class ProgressBar {
+  public:
+    explicit ProgressBar(bool enabled) : enabled_(enabled) {}
+    ~ProgressBar() { hide(); }
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    // Shows an empty bar for that many groups.
+    void begin(int total);
+    // Advances the bar if the message reports a finished group.
+    void onMessage(const LogMessage& message);
+    // Erases the bar so that other text can be printed.
+    void hide();
+    // Draws the bar again, unless it has ended.
+    void show();
+    void end();
+
+  private:
+    bool enabled_;
+    bool shown_ = false;
+    int total_ = 0;
+    int done_ = 0;
+    std::string group_;
+};
+
+}  // namespace zavcli
