@@ -14,91 +14,101 @@ namespace zavcli {
 namespace {
 
 constexpr const char* kMainFooter = R"(Examples:
-  zav hw                                   what is in this machine, to read
-  zav hw --group Processor --group Memory  two groups only
-  zav hw --format json --output pc.json    everything, for a program
-  zav sw signatures.xml                    which of the software described there is installed
-  zav doctor                               why it does not work, if it does not
+  zav hw                                   show the hardware and the system
+  zav hw --group Processor --group Memory  show two groups only
+  zav hw --format json --output pc.json    write everything to a file, for a program
+  zav sw signatures.xml                    show which of the described software is installed
+  zav doctor                               find out why an inventory does not work
 
-Exit status: 0 success, 1 the inventory failed, 2 the command line is wrong, 3 the inventory is written, but something
-that was asked for could not be read. A signal ends the command as such, once it has cleaned up.
---output puts a new file into its place and follows no link; it refuses pipes, devices and directories.
-'zav hw --help' and 'zav sw --help' tell more.)";
+Exit status: 0 success, 1 the command failed, 2 the command line is wrong, 3 the inventory is written, but requested
+data could not be read. If a signal ends the command, it cleans up first and its parent sees that signal.
+'zav hw --help' and 'zav sw --help' describe formats and options.)";
 
 constexpr const char* kHardwareFooter =
-    R"(Groups are named as 'zav groups' lists them, in any case, with or without blanks, or by number:
+    R"(Groups are named as 'zav groups' lists them, or by number. Names are case-insensitive, and blanks are ignored:
 '--group OperatingSystem', '--group "operating system"' and '--group 4' are the same.
 
 Formats:
-  table  to read. Several instances stand in a table below the values that all of them share. With all groups, long
-         groups and long values are cut short; --group or --all shows them whole.
+  table  for people. Several instances form a table below the values that they share. Without --group, long groups and
+         long values are shortened; --group or --all shows them completely.
   json   {"scan": {...}, "status": {"Processor": {"status": "complete"}, ...},
          "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings
-  csv    one record per field: group,instance,field,value; instances count from 0; the field _status of a group without
-         an instance tells how reading it went
-  xml    one element per instance below the root, one element per field in it, as the scanner writes; the scanner's own
-         ScanInfo, which tells how reading each group went, is always among them
+  csv    one record per field: group,instance,field,value. Instances are numbered from 0. The record with the field
+         _status and without an instance holds the status of a group.
+  xml    the format of the scanner: one element per instance below the root, one element per field in it. The element
+         ScanInfo, which reports the status of each group, is always included.
 
-That a group has no instances means that there are none only where it is complete. Others are told on standard error:
-partial, unread (it could not be read), unsupported (the scanner does not know how), not-applicable (this system has no
-such thing, or the scanned directory does not tell of it), or unknown where the scanner does not say.
+A group without instances proves that the machine has none only if its status is complete. The other statuses are
+reported on standard error: partial (data is missing), unread (nothing could be read), unsupported (the scanner does
+not implement the group), not-applicable (this system or the scanned directory cannot have it) and unknown (the
+scanner does not report it).
 
-The scanner 'quorvah' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the one that
-came with this command. --root is understood by the latter, so an installed toolkit is passed over then.
+The scanner 'quorvah' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the
+toolkit that is bundled with this command. Only the bundled scanner supports --root, so an installed toolkit is then
+not used.
+
+--output replaces an existing file and does not follow a link. Pipes, devices and directories are refused.
 
 Examples:
-  sudo zav hw                                      serial numbers and memory modules need root
+  sudo zav hw                                      root may read serial numbers and memory modules
   zav hw --group "Software Packages" --all
   zav hw --group 25 --format csv --output packages.csv
-  zav hw --root /mnt/image --format json           the system below /mnt/image in place of this machine
+  zav hw --root /mnt/image --format json           scan the system below /mnt/image instead of this machine
 
-Exit status: 0 the inventory is written, 1 it failed, 2 the command line is wrong, 3 it is written, but a group could not
-be read, or is partial for another reason than a missing permission, or was named by --group and the scanner does not
-know how to gather it.)";
+Exit status: 0 the inventory is written, 1 the command failed, 2 the command line is wrong, 3 the inventory is
+written, but a group is unread, or partial for another reason than a missing permission, or was named by --group and
+is unsupported.)";
 
 constexpr const char* kSoftwareFooter =
-    R"(A signatures file describes software: which packages, files or contents tell that it is installed, and which values,
-such as its version, are to be reported. A directory stands for all *.xml files in it. Several files are evaluated in one
-run where they can be joined.
+    R"(A signature file describes software: which packages, files or contents show that it is installed, and which values,
+such as its version, to report. A directory stands for all *.xml files in it. Files that can be joined are evaluated
+in one run.
 
---variable NAME=VALUE presets a variable for all signatures, NAME=VALUE@GUID for one. What stands behind the last '@' is
-an identifier when a signature in the files has it, or when it looks like 6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001. A variable
-has one value in a run.
+--variable NAME=VALUE presets a variable for all signatures, NAME=VALUE@GUID for one signature. The text after the
+last '@' is an identifier if a signature in the files has it, or if it has the form
+6f0d1c52-8f0e-4c39-9a55-0b5a3d1f0001. A variable has one value per run.
 --config PLUGIN.ATTRIBUTE=VALUE changes a setting of the scanner.
---guid GUID shows the results of this signature only, in any case. When it does not match, that is told on standard error,
-the result is empty and the exit status 0. An identifier that no file has is refused.
+--guid GUID shows only the results of this signature (case-insensitive). If it does not match, a message says so, the
+result is empty, and the exit status is 0. An identifier that is in none of the files is refused.
 
 Formats:
-  table  to read: a paragraph per match, with the first piece of evidence for it
+  table  for people: a paragraph per match, with the first piece of evidence
   json   {"scan": {...}, "complete": true, "results": [{"guid", "name", "variables": {...}, "metadata": {...},
          "evidence": [...]}, ...], "undecided": [{"guid", "name"}, ...], "warnings": [...]}; all values are strings
-  csv    one record per variable: result,guid,name,variable,value; results count from 0; a signature of which it is
-         unknown whether it matches has one without a number, with the variable _status
-  xml    one element MatchedSignature per match, as the scanner writes; complete="false" when one may be missing
+  csv    one record per variable: result,guid,name,variable,value. Results are numbered from 0. A signature of which it
+         is unknown whether it matches has a record without a number and with the variable _status.
+  xml    the format of the scanner: one element MatchedSignature per match; complete="false" if one may be missing
 
-What could not be examined, such as a file that must not be read, is told on standard error in any format.
+What could not be examined, such as an unreadable file, is reported on standard error in every format.
 
-The scanner 'quorvis' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the one that
-came with this command. --root is understood by the latter, so an installed toolkit is passed over then.
+The scanner 'quorvis' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the
+toolkit that is bundled with this command. Only the bundled scanner supports --root, so an installed toolkit is then
+not used.
 
 Examples:
   zav sw signatures.xml
   zav sw /usr/share/zav/signatures --format json --output software.json
   zav sw signatures.xml --variable minVersion=3.11 --config FileSystem.maxDepth=6
-  zav sw signatures.xml --root /mnt/image        the system below /mnt/image in place of this machine
-  zav sw --check signatures.xml                  is the file valid? if not, in which line is it wrong?
-  zav sw --explain GUID signatures.xml           why does this signature match, or not?
+  zav sw signatures.xml --root /mnt/image        scan the system below /mnt/image instead of this machine
+  zav sw --check signatures.xml                  show whether the file is valid, and the lines of the errors
+  zav sw --explain GUID signatures.xml           show why this signature matches or not
 
-Exit status: 0 evaluated, also without a match, or valid; 1 the evaluation failed, or a file is not valid; 2 the command
-line is wrong, or a file cannot be read; 3 the results are written, but of a signature it is unknown whether it matches, or
-something was left out.)";
+Exit status: 0 the signatures are evaluated, with or without a match, or the files are valid; 1 the command failed, or
+a file is not valid; 2 the command line is wrong, or a file cannot be read; 3 the results are written, but of a
+signature it is unknown whether it matches, or a result may be missing.)";
+
+constexpr const char* kGroupsFooter =
+    R"(Groups that the scanner does not gather, or that this machine cannot have, are marked. Without a scanner, the groups
+are listed without marks.
+Exit status: 0 the list is written, 1 the command failed, 2 the command line is wrong.)";
 
 constexpr const char* kDoctorFooter =
-    R"(Prints one line per check: ok, note (works, but worth knowing) or problem (no inventory is possible). The checks named
-'ownership' tell who else could replace a scanner, with the command line that mends it; root starts no such scanner.
-Exit status: 0 when an inventory can work, 1 when not.)";
+    R"(Prints one line per check: ok, note (it works, but there is something to know) or problem (no inventory is possible).
+The checks named 'ownership' report which other users could replace a scanner, with a command line that fixes it.
+Root does not start such a scanner.
+Exit status: 0 an inventory can be taken, 1 it cannot, 2 the command line is wrong.)";
 
-// The format is chosen by its name in any case.
+// The name of the format is case-insensitive.
 void addFormat(CLI::App& command, std::string& name, const std::vector<std::string>& names,
                const std::string& help) {
     command.add_option("--format", name, help)
@@ -122,37 +132,33 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
     command.add_option(names, values, help)->type_name(type)->take_all()->allow_extra_args(false);
 }
 
-// What commands that run a scanner have in common.
+// The options of the commands that run a scanner.
 void addScan(CLI::App& command, Options& options, std::string& format, int& verbosity) {
     addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
-    command.add_flag(
-        "--csv-raw", options.csvRaw,
-        "Write values that begin with =, +, -, @ or a control character to csv without the apostrophe that "
-        "keeps spreadsheets from taking them for formulas");
-    command
-        .add_option("-o,--output", options.output,
-                    "Write to this new file, whole or not at all; - is standard output")
+    command.add_flag("--csv-raw", options.csvRaw,
+                     "In csv, do not mark values that look like formulas with an apostrophe");
+    command.add_option("-o,--output", options.output, "Write to this file instead of standard output (-)")
         ->type_name("FILE");
     addToolkit(command, options);
     command.add_option("--root", options.root, "Scan the system below this directory")
         ->type_name("DIR")
         ->check(CLI::ExistingDirectory.description(""));
-    command.add_flag("-v", verbosity, "Show more of the library's messages; -vv shows all");
+    command.add_flag("-v", verbosity, "Show more messages of the library; -vv shows all");
 }
 
 void addHardware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
     CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
     command.footer(kHardwareFooter);
-    addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan this group only; may be repeated");
+    addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan only this group; may be repeated");
     addScan(command, options, format, verbosity);
-    command.add_flag("--all", options.all, "Leave nothing out of the table");
+    command.add_flag("--all", options.all, "Show everything in the table");
     command.callback([&options] { options.command = Command::Hardware; });
 }
 
 void addSoftware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
     CLI::App& command = *app.add_subcommand("sw", "Find software by signatures");
     command.footer(kSoftwareFooter);
-    command.add_option("FILE", options.signatures, "Signatures files, or directories of them")
+    command.add_option("FILE", options.signatures, "Signature files, or directories of them")
         ->type_name("")
         ->required();
     addRepeated(command, "--variable", options.variables, "NAME=VALUE[@GUID]",
@@ -160,18 +166,17 @@ void addSoftware(CLI::App& app, Options& options, std::string& format, int& verb
     addRepeated(command, "--config", options.settings, "PLUGIN.ATTRIBUTE=VALUE",
                 "Change a setting of the scanner; may be repeated");
     addRepeated(command, "--guid", options.guids, "GUID",
-                "Show this signature's results only; may be repeated");
+                "Show only the results of this signature; may be repeated");
     addScan(command, options, format, verbosity);
-    command.add_flag("--check", options.check, "Only tell whether the files are valid, and what is wrong");
-    command
-        .add_option("--explain", options.explain,
-                    "Only tell how the conditions of this signature come out, and why")
+    command.add_flag("--check", options.check, "Only check whether the files are valid");
+    command.add_option("--explain", options.explain, "Only explain why this signature matches or not")
         ->type_name("GUID");
     command.callback([&options] { options.command = Command::Software; });
 }
 
 void addGroups(CLI::App& app, Options& options, std::string& format) {
-    CLI::App& command = *app.add_subcommand("groups", "List the groups");
+    CLI::App& command = *app.add_subcommand("groups", "List the hardware groups");
+    command.footer(kGroupsFooter);
     addFormat(command, format, {"table", "json", "csv"}, "table (the default), json or csv");
     addToolkit(command, options);
     command.callback([&options] { options.command = Command::Groups; });
@@ -179,17 +184,23 @@ void addGroups(CLI::App& app, Options& options, std::string& format) {
 
 void addDoctor(CLI::App& app, Options& options) {
     CLI::App& command =
-        *app.add_subcommand("doctor", "Check whether an inventory can work, and say what to do if not");
+        *app.add_subcommand("doctor", "Check whether an inventory can be taken, and what to do if not");
     command.footer(kDoctorFooter);
     addToolkit(command, options);
     command.callback([&options] { options.command = Command::Doctor; });
+}
+
+// What "--help" is appended to in messages, such as "zav hw".
+std::string parsedCommand(const CLI::App& app) {
+    const std::vector<CLI::App*> parsed = app.get_subcommands();
+    return parsed.empty() ? "zav" : "zav " + parsed.front()->get_name();
 }
 
 void requireAlone(const CLI::App& software, const char* flag, const std::vector<const char*>& others) {
     if (software.count(flag) == 0) return;
     for (const char* option : others) {
         if (software.count(option) > 0)
-            throw Failure(kExitBadUsage, fmt::format("{} and {} exclude each other", flag, option));
+            throw Failure(kExitBadUsage, fmt::format("{} and {} cannot be used together", flag, option));
     }
 }
 
@@ -199,7 +210,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     Options options;
     std::string format = "table";
     int verbosity = 0;
-    CLI::App app("The inventory of this machine, hardware and software.", "zav");
+    CLI::App app("Takes an inventory of the hardware and software of this machine.", "zav");
     app.footer(kMainFooter);
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
@@ -215,11 +226,11 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     } catch (const CLI::CallForVersion& version) {
         return HelpText{std::string(version.what()) + "\n"};
     } catch (const CLI::ParseError& error) {
-        throw Failure(kExitBadUsage, fmt::format("{} (see 'zav --help')", error.what()));
+        throw Failure(kExitBadUsage, fmt::format("{} (see '{} --help')", error.what(), parsedCommand(app)));
     }
     if (app.get_subcommands().empty())
-        throw Failure(kExitBadUsage, "which command: hw, sw, groups or doctor? (see 'zav --help')");
-    // What shapes results has no meaning where there are none.
+        throw Failure(kExitBadUsage, "a command is missing: hw, sw, groups or doctor (see 'zav --help')");
+    // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
                  {"--explain", "--variable", "--config", "--guid", "--format", "--output", "--root"});

@@ -38,7 +38,7 @@ TEST(Options, PlainInventoryIsATableOfAllGroups) {
     EXPECT_EQ(Verbosity::Errors, plain.verbosity);
 }
 
-TEST(Options, EveryOptionOfAnInventoryIsUnderstood) {
+TEST(Options, EveryOptionOfAnInventoryIsParsed) {
     const Options full =
         options({"hw", "--group", "Processor", "-g", "Operating System", "--group=4", "--format", "json",
                  "--all", "--output", "out.json", "--toolkit", "tools", "--root", "/"});
@@ -50,7 +50,7 @@ TEST(Options, EveryOptionOfAnInventoryIsUnderstood) {
     EXPECT_EQ("/", full.root);
 }
 
-TEST(Options, EveryOptionOfASoftwareInventoryIsUnderstood) {
+TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     const Options full = options({"sw",
                                   "a.xml",
                                   "--variable",
@@ -86,7 +86,7 @@ TEST(Options, EveryOptionOfASoftwareInventoryIsUnderstood) {
     EXPECT_TRUE(options({"sw", "--check", "a.xml"}).check);
 }
 
-TEST(Options, FormatIsNamedInAnyCase) {
+TEST(Options, FormatIsCaseInsensitive) {
     EXPECT_EQ(Format::Table, options({"hw", "--format", "table"}).format);
     EXPECT_EQ(Format::Json, options({"hw", "--format", "JSON"}).format);
     EXPECT_EQ(Format::Csv, options({"hw", "--format", "Csv"}).format);
@@ -94,14 +94,14 @@ TEST(Options, FormatIsNamedInAnyCase) {
     EXPECT_EQ(Format::Csv, options({"groups", "--format", "csv"}).format);
 }
 
-TEST(Options, EachVShowsMore) {
+TEST(Options, EachVRaisesTheVerbosity) {
     EXPECT_EQ(Verbosity::Notable, options({"hw", "-v"}).verbosity);
     EXPECT_EQ(Verbosity::Trace, options({"hw", "-vv"}).verbosity);
     EXPECT_EQ(Verbosity::Trace, options({"hw", "-v", "-v"}).verbosity);
     EXPECT_EQ(Verbosity::Trace, options({"hw", "-vvvv"}).verbosity);
 }
 
-TEST(Options, OtherCommandsAreUnderstood) {
+TEST(Options, OtherCommandsAreParsed) {
     EXPECT_EQ(Command::Groups, options({"groups"}).command);
     EXPECT_EQ(Command::Doctor, options({"doctor"}).command);
     EXPECT_EQ("tools", options({"doctor", "--toolkit", "tools"}).toolkit);
@@ -125,18 +125,30 @@ TEST(Options, HelpOfACommandNamesItsOptions) {
         EXPECT_NE(std::string::npos, software.find(option)) << option;
 }
 
+TEST(Options, CommandsWithoutFormatsOfTheirOwnDoNotRepeatTheMainHelp) {
+    for (const char* command : {"groups", "doctor"})
+        EXPECT_EQ(std::string::npos, std::get<HelpText>(parse({command, "--help"})).text.find("zav hw"))
+            << command;
+}
+
+TEST(Options, BadUsageRefersToTheHelpOfTheCommand) {
+    EXPECT_TRUE(refusal({"frob"}).ends_with("(see 'zav --help')"));
+    EXPECT_TRUE(refusal({"hw", "--nope"}).ends_with("(see 'zav hw --help')"));
+    EXPECT_TRUE(refusal({"sw"}).ends_with("(see 'zav sw --help')"));
+}
+
 TEST(Options, VersionIsOneLine) {
     const std::string text = std::get<HelpText>(parse({"--version"})).text;
     EXPECT_EQ(0U, text.find("zav "));
     EXPECT_EQ(text.size() - 1, text.find('\n'));
 }
 
-TEST(Options, BadCommandLinesAreRefusedNamingTheFault) {
+TEST(Options, BadCommandLinesAreRefusedWithTheReason) {
     const struct {
         Words words;
         const char* named;
     } cases[] = {
-        {{}, "which command"},
+        {{}, "a command is missing"},
         {{"frob"}, "frob"},
         {{"hw", "--nope"}, "--nope"},
         {{"--nope"}, "--nope"},
