@@ -1,5 +1,5 @@
-// Splitting command lines: no character but quotes and separators is lost or added, and plain arguments
-// survive quoting.
+// Fuzzes the splitting of command lines: all characters except quotes and separators are kept, none is added, and splitting
+// the quoted arguments gives the same arguments again.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
