@@ -7,9 +7,7 @@
 #include <tuple>
 #include <utility>
 
-#include "toolkit/quorvis/regex/PlainRegex.h"
 #include "toolkit/quorvis/regex/Regex.h"
-#include "toolkit/quorvis/regex/RegexSet.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -161,7 +159,7 @@ std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex) {
 void PackageIndex::announce(std::string_view regex) {
     // The others, which are few, may need to be compiled in a way of their own.
     const std::optional<int> groups = groupsOfPlainRegex(regex);
-    if (groups && *groups <= kMostGroups) announced_.emplace_back(regex);
+    if (groups && *groups <= kMaxGroups) announced_.emplace_back(regex);
 }
 
 const std::vector<const Row*>* PackageIndex::announced(std::string_view regex) {
@@ -176,9 +174,9 @@ void PackageIndex::matchAnnounced() {
     std::vector<std::string_view> regexes(announced.begin(), announced.end());
     std::ranges::sort(regexes);
     regexes.erase(std::unique(regexes.begin(), regexes.end()), regexes.end());
-    if (regexes.size() < RegexSet::kFewest) return;
+    if (regexes.size() < RegexSet::kMin) return;
     for (std::span<const std::string_view> rest = regexes; !rest.empty();) {
-        const std::size_t count = std::min(rest.size(), RegexSet::kMost);
+        const std::size_t count = std::min(rest.size(), RegexSet::kMax);
         matchTogether(rest.first(count));
         rest = rest.subspan(count);
     }

@@ -11,7 +11,6 @@
 #include "toolkit/machine/packages/Packages.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/language/ElementRules.h"
-#include "toolkit/quorvis/regex/PlainRegex.h"
 #include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/versions/Version.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
@@ -187,7 +186,7 @@ Problem problemOfGlob(Attribute attribute, const Template& text, const Settings&
 // How many groups an expression has; none, with `problem` told, when it is wrong.
 std::optional<int> groupsOf(const std::string& pattern, std::string_view flags, std::string& problem) {
     const std::optional<int> plain = groupsOfPlainRegex(pattern);
-    if (plain && *plain <= kMostGroups) return plain;
+    if (plain && *plain <= kMaxGroups) return plain;
     const re2::RE2* const regex = compileRegex(pattern, flags, problem);
     if (regex == nullptr) return std::nullopt;
     return regex->NumberOfCapturingGroups();

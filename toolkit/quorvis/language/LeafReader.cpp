@@ -6,12 +6,11 @@
 #include "toolkit/quorvis/language/ElementRules.h"
 #include "toolkit/quorvis/language/LeafChecks.h"
 #include "toolkit/quorvis/language/WholeNames.h"
+#include "toolkit/quorvis/regex/Regex.h"
 
 namespace toolkit::quorvis {
 
 namespace {
-
-constexpr std::uint32_t kMostGroups = 32;
 
 bool isNumber(std::string_view text, std::uint32_t& number) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -95,7 +94,7 @@ void readCapture(const Element& element, const LeafRules& rules, Leaf& leaf, Com
     refuseChildren(element, complaints);
     if (!group || !name) return;
     std::uint32_t number = 0;
-    if (!isNumber(*group, number) || number > kMostGroups) {
+    if (!isNumber(*group, number) || number > std::uint32_t{kMaxGroups}) {
         complaints.problem(element, "group " + quoted(*group) + " is not a number up to 32");
         return;
     }

@@ -6,7 +6,6 @@
 #include <span>
 
 #include "toolkit/quorvis/regex/Regex.h"
-#include "toolkit/quorvis/regex/RegexSet.h"
 
 namespace toolkit::quorvis {
 
@@ -14,8 +13,8 @@ namespace {
 
 using Regexes = std::vector<const RE2*>;
 
-// Those of the expressions that match somewhere; all of them when that cannot be found out. REQUIRES: all
-// have this encoding.
+// The expressions that match somewhere in the content; all of them when the search fails. REQUIRES: all have this
+// encoding.
 Regexes matching(std::span<const RE2* const> regexes, RE2::Options::Encoding encoding,
                  std::string_view content) {
     std::vector<std::string_view> patterns;
@@ -49,7 +48,7 @@ void ContentFilters::search(Filter& filter, std::string_view content) {
     Regexes regexes = std::move(filter.regexes);
     std::ranges::sort(regexes);
     regexes.erase(std::unique(regexes.begin(), regexes.end()), regexes.end());
-    if (regexes.size() < RegexSet::kFewest) return;
+    if (regexes.size() < RegexSet::kMin) return;
 
     filter.silent.insert(regexes.begin(), regexes.end());
     for (const auto encoding : {RE2::Options::EncodingLatin1, RE2::Options::EncodingUTF8}) {
@@ -58,7 +57,7 @@ void ContentFilters::search(Filter& filter, std::string_view content) {
             return regex->options().encoding() == encoding;
         });
         for (std::span<const RE2* const> rest = alike; !rest.empty();) {
-            const std::size_t count = std::min(rest.size(), RegexSet::kMost);
+            const std::size_t count = std::min(rest.size(), RegexSet::kMax);
             for (const RE2* const hit : matching(rest.first(count), encoding, content))
                 filter.silent.erase(hit);
             rest = rest.subspan(count);

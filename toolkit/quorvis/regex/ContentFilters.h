@@ -12,26 +12,27 @@ class RE2;
 
 namespace toolkit::quorvis {
 
-// Searches a file for many expressions at once, to tell which of them are worth a search of their own.
+// Searches the content of a file once for all expressions that are looked for in it, so that only those that match
+// somewhere are searched for one by one.
 class ContentFilters {
   public:
-    // Tells beforehand that an expression will be looked for in a file.
+    // Registers an expression that will be looked for in a file.
     void announce(const std::string& path, std::string_view pattern, std::string_view flags);
 
-    // Whether an expression can match in the content of a file; false only for one that was announced. The
-    // first question about a file with several announced expressions searches it. REQUIRES: the content of a
-    // file stays the same; the expression comes from compileRegex().
+    // False when an announced expression does not match in the content of the file. The first call for a file with
+    // several announced expressions searches it. REQUIRES: the content of a file stays the same; the expression comes
+    // from compileRegex().
     bool mayMatch(const std::string& path, const re2::RE2& regex, std::string_view content);
 
     void forget() { filters_.clear(); }
-    // Every expression may match then.
+    // From now on mayMatch() is always true.
     void turnOff() { off_ = true; }
 
   private:
     struct Filter {
         std::vector<const re2::RE2*> regexes;
         bool searched = false;
-        std::unordered_set<const re2::RE2*> silent;  // those that match nowhere
+        std::unordered_set<const re2::RE2*> silent;  // expressions that match nowhere
     };
 
     static void search(Filter& filter, std::string_view content);
