@@ -11,7 +11,7 @@
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/evaluation/Evaluator.h"
 #include "toolkit/quorvis/language/SignatureReader.h"
-#include "toolkit/quorvis/report/EventList.h"
+#include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
 

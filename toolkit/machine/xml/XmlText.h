@@ -5,8 +5,11 @@
 
 namespace toolkit {
 
-// Appends bytes of any origin as the text of an XML element, in pure ASCII: as UTF-8 if they are valid UTF-8,
-// else as ISO-8859-1. Characters that XML forbids are dropped.
+// Appends bytes as the text of an XML element, in ASCII. Bytes that are not valid UTF-8 are interpreted as ISO-8859-1.
+// Characters that XML does not allow are dropped.
 void appendXmlText(std::string& xml, std::string_view bytes);
+
+// Appends ` name="value"` in ASCII. Line feeds and tabs are escaped, so that a reader does not turn them into blanks.
+void appendXmlAttribute(std::string& xml, std::string_view name, std::string_view value);
 
 }  // namespace toolkit

@@ -12,8 +12,7 @@
 #include "toolkit/machine/sandbox/Sandbox.h"
 #include "toolkit/quorvis/evaluation/ScanKeeper.h"
 #include "toolkit/quorvis/language/SignatureReader.h"
-#include "toolkit/quorvis/report/OutputDocument.h"
-#include "toolkit/quorvis/report/WarningsDocument.h"
+#include "toolkit/quorvis/report/Documents.h"
 #include "toolkit/quorvis/sandbox/Sandbox.h"
 #include "toolkit/quorvis/settings/Configuration.h"
 
@@ -35,7 +34,7 @@ void say(const std::string& line) {
 
 void writeFiles(const Options& options, std::string_view matches, const EventList& events,
                 bool complete = true) {
-    writeOutputFile(options.output, outputDocument(matches, complete && !events.toldLimit()));
+    writeOutputFile(options.output, outputDocument(matches, complete && !events.reachedLimit()));
     writeOutputFile(options.warnings, warningsDocument(events));
 }
 

@@ -8,7 +8,7 @@
 
 #include "toolkit/quorvis/evaluation/ScanMessage.h"
 #include "toolkit/quorvis/evaluation/WorkerProcess.h"
-#include "toolkit/quorvis/report/OutputBound.h"
+#include "toolkit/quorvis/report/Documents.h"
 
 namespace toolkit::quorvis {
 
@@ -106,7 +106,7 @@ class Keeper {
     }
 
     void takeMatch(const std::string& element) {
-        if (bound_.admits(element)) {
+        if (limit_.admit(element)) {
             findings_.matches += element;
             ++findings_.matchCount;
         } else if (!std::exchange(full_, true)) {
@@ -168,7 +168,7 @@ class Keeper {
     Findings findings_;
     ScanAttempt attempt_;
     ScanMessageReader reader_;
-    OutputBound bound_;
+    OutputLimit limit_;
     bool full_ = false;
     std::size_t explained_ = 0;
     // Of the latest attempt.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "toolkit/quorvis/evaluation/ScanWorker.h"
-#include "toolkit/quorvis/report/EventList.h"
+#include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
 

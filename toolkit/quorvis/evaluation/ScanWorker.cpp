@@ -15,7 +15,7 @@
 #include "toolkit/quorvis/evaluation/ScanMessage.h"
 #include "toolkit/quorvis/files/HashCache.h"
 #include "toolkit/quorvis/language/SignatureReader.h"
-#include "toolkit/quorvis/report/OutputDocument.h"
+#include "toolkit/quorvis/report/Documents.h"
 #include "toolkit/quorvis/sandbox/Sandbox.h"
 
 namespace toolkit::quorvis {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "toolkit/machine/xml/XmlText.h"
-#include "toolkit/quorvis/report/XmlAttribute.h"
 
 namespace toolkit::quorvis {
 

@@ -3,21 +3,39 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "toolkit/quorvis/report/Event.h"
-#include "toolkit/quorvis/report/Match.h"
 
 namespace toolkit::quorvis {
 
-// Is told what comes of an evaluation, as soon as it is known.
+// An item that a signature matched. Empty fields are not written.
+struct Evidence {
+    std::string kind;    // "package"
+    std::string source;  // the file that it was read from
+    std::string name;
+    std::string version;
+};
+
+// A signature that matched, with its output.
+struct Match {
+    std::string_view guid;
+    std::string name;
+    std::string_view metadata;  // XML in ASCII
+    std::vector<Evidence> evidence;
+    std::vector<std::pair<std::string, std::string>> variables;  // name and value
+};
+
+// Receives the results of an evaluation as soon as they are known.
 class EvaluationSink {
   public:
     virtual ~EvaluationSink() = default;
-    // The signature with this index is evaluated from now on.
+    // The evaluation of the signature with this index begins.
     virtual void onBegin(std::size_t /*index*/, std::string_view /*guid*/) {}
     virtual void onMatch(const Match& match) = 0;
     virtual void onEvent(Event event) = 0;
-    // For people: how a condition came out.
+    // A line for --explain: the outcome of a condition.
     virtual void onExplanation(std::string line) = 0;
 };
 

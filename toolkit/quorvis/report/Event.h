@@ -1,11 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace toolkit::quorvis {
 
-// What an event is about; the names in the warnings file are "permission", "limit-depth" and so on.
+// The subject of an event. The warnings file contains it as nameOf() writes it: "limit-depth".
 enum class EventCode : std::uint8_t {
     Permission,
     Io,
@@ -26,17 +30,60 @@ enum class EventCode : std::uint8_t {
     Config,
     Encoding,
     Unsupported,
-    Sandbox,  // the scanner could not give up all that it does not need
-    Invalid,  // a signatures file that was refused
+    Sandbox,  // the sandbox is incomplete
+    Invalid,  // the signatures file was refused
 };
 
-// Something that a user of the results must know. guid and leaf are added by whoever evaluates.
+// Something that limits or explains the results. The evaluation of a signature sets guid and leaf.
 struct Event {
     EventCode code{};
-    std::string path;  // of the file in question; empty when there is none
+    std::string path;  // of the file concerned; empty when there is none
     std::string text;  // a sentence without a full stop
-    std::string guid;  // of the signature; empty when it concerns them all
-    std::string leaf;  // the id of the leaf, or its kind when it has none
+    std::string guid;  // of the signature; empty when the event concerns all signatures
+    std::string leaf;  // the id of the leaf, or its kind when it has no id
 };
+
+// "limit-depth"
+std::string_view nameOf(EventCode code);
+// "error", "warning" or "info"
+std::string_view severityOf(EventCode code);
+
+// The events of a run. Their number is limited, per signature and code as well as in total: further events are only
+// counted, in summary entries. Events with the code Unresolved are always kept.
+class EventList {
+  public:
+    struct Entry {
+        Event event;
+        std::uint64_t count = 1;  // the number of events that this entry represents
+    };
+
+    void add(Event event);
+    void add(std::vector<Event> events);
+
+    // The kept events in the order of add(), then the summaries.
+    std::vector<Entry> entries() const;
+
+    // Whether an event was added that says that a limit or the deadline was reached, and the results are incomplete.
+    bool reachedLimit() const { return reachedLimit_; }
+
+  private:
+    static constexpr std::size_t kMaxAlike = 20;
+    static constexpr std::size_t kMax = 1'000;
+
+    struct Alike {
+        std::size_t kept = 0;
+        std::size_t summary = 0;  // index in summaries_ plus 1; 0 when there is none
+    };
+
+    std::vector<Event> kept_;
+    std::vector<Entry> summaries_;
+    Entry rest_{{}, 0};
+    std::map<std::pair<EventCode, std::string>, Alike> alike_;
+    std::size_t unresolved_ = 0;  // number of events in kept_ that are exempt from the limits
+    bool reachedLimit_ = false;
+};
+
+// The event as a line of text: "warning: permission: /etc/x: cannot be opened [guid, f]".
+std::string lineOf(const EventList::Entry& entry);
 
 }  // namespace toolkit::quorvis

@@ -156,7 +156,7 @@ TEST_F(Conditions, AfterTheTimeLimitNothingMoreIsEvaluatedAndThatIsTold) {
     ASSERT_EQ(eventCodes(), std::vector<std::string>{"deadline"});
     EXPECT_EQ(events_.entries().front().event.text,
               "the time limit was reached: 1 signatures were not evaluated");
-    EXPECT_TRUE(events_.toldLimit());
+    EXPECT_TRUE(events_.reachedLimit());
 }
 
 }  // namespace

@@ -82,21 +82,21 @@ TEST_F(ScanKeeper, AFileThatKillsTheProcessCostsItsSignatureOnly) {
     EXPECT_EQ(2U, found.matchCount);
     EXPECT_EQ(3U, found.signatureCount);
     EXPECT_EQ("aborted kills, unresolved kills", events());
-    EXPECT_TRUE(events_.toldLimit());
+    EXPECT_TRUE(events_.reachedLimit());
 }
 
 TEST_F(ScanKeeper, OneThatKillsItAgainAndAgainEndsTheScanWithWhatThereIs) {
     std::vector<std::string> files(30, "kills");
     files.insert(files.begin(), "good");
     EXPECT_EQ(1U, scan(files).matchCount);
-    EXPECT_TRUE(events_.toldLimit());
+    EXPECT_TRUE(events_.reachedLimit());
 }
 
 TEST_F(ScanKeeper, AReadThatHangsEndsWithTheTimeAndWhatWasFoundStays) {
     settings_.evaluation.timeLimit = std::chrono::seconds(1);
     const Findings found = scan({"good", "hangs"});
     EXPECT_EQ(1U, found.matchCount);
-    EXPECT_TRUE(events_.toldLimit());
+    EXPECT_TRUE(events_.reachedLimit());
 }
 
 TEST_F(ScanKeeper, ALeafThatHangsCostsItsSignatureOnly) {

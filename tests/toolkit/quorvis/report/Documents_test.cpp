@@ -2,10 +2,7 @@
 
 #include <algorithm>
 
-#include "toolkit/quorvis/language/Attribute.h"
-#include "toolkit/quorvis/language/Template.h"
-#include "toolkit/quorvis/report/OutputDocument.h"
-#include "toolkit/quorvis/report/WarningsDocument.h"
+#include "toolkit/quorvis/report/Documents.h"
 
 using toolkit::quorvis::appendMatch;
 using toolkit::quorvis::Event;
@@ -14,21 +11,10 @@ using toolkit::quorvis::EventList;
 using toolkit::quorvis::lineOf;
 using toolkit::quorvis::Match;
 using toolkit::quorvis::outputDocument;
-using toolkit::quorvis::Template;
+using toolkit::quorvis::OutputLimit;
 using toolkit::quorvis::warningsDocument;
 
 namespace {
-
-// "[text](variable)"
-std::string shown(const Template& text) {
-    std::string result;
-    for (const Template::Piece& piece : text.pieces()) {
-        result += piece.variable ? "(" : "[";
-        result.append(piece.text);
-        result += piece.variable ? ")" : "]";
-    }
-    return result;
-}
 
 Event eventOf(EventCode code, const std::string& guid, const std::string& text = "text") {
     return {code, {}, text, guid, {}};
@@ -36,51 +22,7 @@ Event eventOf(EventCode code, const std::string& guid, const std::string& text =
 
 }  // namespace
 
-TEST(Template, ATextWithoutVariablesIsItself) {
-    for (const char* const text : {"", "plain", "$", "a$b", "{x}", "$ {x}"}) {
-        Template parsed;
-        std::string problem;
-        EXPECT_TRUE(Template::parse(text, parsed, problem));
-        EXPECT_TRUE(parsed.constant()) << text;
-        EXPECT_EQ(parsed.source(), text);
-    }
-}
-
-TEST(Template, FindsVariablesAndWhatOnlyLooksLikeThem) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"${a}", "(a)"},     {"x${a.b}y", "[x](a.b)[y]"},    {"${a}${b}", "(a)(b)"},
-        {"$${a}", "[${a}]"}, {"x$${a}${b}", "[x][${a}](b)"}, {"$$${a}", "[$][${a}]"},
-        {"${a}$", "(a)[$]"},
-    };
-    for (const auto& [text, pieces] : cases) {
-        Template parsed;
-        std::string problem;
-        EXPECT_TRUE(Template::parse(text, parsed, problem)) << problem;
-        EXPECT_EQ(shown(parsed), pieces) << text;
-    }
-}
-
-TEST(Template, RefusesWhatIsNotClosedOrHasNoName) {
-    for (const char* const text : {"${", "${a", "x${}", "${a${b}}", "${a{b}"}) {
-        Template parsed;
-        std::string problem;
-        EXPECT_FALSE(Template::parse(text, parsed, problem)) << text;
-        EXPECT_NE(problem, "") << text;
-    }
-}
-
-TEST(AttributeNames, EachIsFoundByItsName) {
-    using toolkit::quorvis::Attribute;
-    for (int i = 0; i <= static_cast<int>(Attribute::User); ++i) {
-        const auto attribute = static_cast<Attribute>(i);
-        EXPECT_EQ(toolkit::quorvis::attributeNamed(nameOf(attribute)), attribute);
-    }
-    EXPECT_EQ(nameOf(Attribute::ArgsRegex), "argsRegex");
-    EXPECT_EQ(nameOf(Attribute::Pattern), "pattern");
-    EXPECT_FALSE(toolkit::quorvis::attributeNamed("Path").has_value());
-}
-
-TEST(OutputDocument, HoldsEachMatchOnALineOfItsOwn) {
+TEST(OutputDocument, WritesOneLinePerMatch) {
     const Match matches[] = {
         {"G-1", "First", "<P>x</P>", {{"package", "/db", "bash", "5"}, {"file", "/f", "", ""}}, {{"v", "1"}}},
         {"G-2", "Second", "", {}, {}},
@@ -101,7 +43,7 @@ TEST(OutputDocument, HoldsEachMatchOnALineOfItsOwn) {
     EXPECT_NE(outputDocument({}, false).find("complete=\"false\""), std::string::npos);
 }
 
-TEST(OutputDocument, KeepsTheNameWhereReadersOfMetadataFindIt) {
+TEST(OutputDocument, RepeatsTheNameInTheMetadata) {
     std::string document;
     appendMatch(document, {"G", "<A>\xE2\x82\xAC", "<Name>n</Name>", {}, {}});
     EXPECT_EQ(document,
@@ -112,7 +54,7 @@ TEST(OutputDocument, KeepsTheNameWhereReadersOfMetadataFindIt) {
     EXPECT_EQ(document, "<MatchedSignature guid=\"G\" name=\"\"><Metadata></Metadata></MatchedSignature>\n");
 }
 
-TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
+TEST(OutputDocument, EscapesValuesAsAscii) {
     const std::pair<std::string, const char*> cases[] = {
         {"a<b>&\"c\"", "a&lt;b&gt;&amp;&quot;c&quot;"},       {"a\tb\nc\rd", "a&#9;b&#10;c&#13;d"},
         {"\xE2\x82\xAC\xF0\x9F\x98\x80", "&#8364;&#128512;"}, {"M\xFCller", "M&#252;ller"},
@@ -126,7 +68,7 @@ TEST(OutputDocument, WritesWhateverStandsInAValueInAscii) {
     }
 }
 
-TEST(WarningsDocument, TellsOfEveryUndecidedSignature) {
+TEST(WarningsDocument, ListsEveryUndecidedSignature) {
     EventList events;
     for (int i = 0; i < 3000; ++i) {
         const std::string guid = "g" + std::to_string(i);
@@ -137,11 +79,11 @@ TEST(WarningsDocument, TellsOfEveryUndecidedSignature) {
     const auto undecided = std::ranges::count_if(
         entries, [](const EventList::Entry& entry) { return entry.event.code == EventCode::Unresolved; });
     EXPECT_EQ(undecided, 3000);
-    EXPECT_EQ(entries.size(), 3000U + 1000U + 1U) << "of the others 1,000, and one that counts the rest";
+    EXPECT_EQ(entries.size(), 3000U + 1000U + 1U) << "1,000 of the other events and a summary";
     EXPECT_EQ(entries.back().count, 2000U);
 }
 
-TEST(WarningsDocument, TellsOfEachEvent) {
+TEST(WarningsDocument, ListsEachEvent) {
     EventList events;
     events.add({EventCode::Permission, "/etc/<x>", "cannot be opened", "G", "f"});
     events.add({EventCode::Invalid, "", "wrong", "", ""});
@@ -156,7 +98,7 @@ TEST(WarningsDocument, TellsOfEachEvent) {
         "</Events>\n");
 }
 
-TEST(EventList, CountsWhatIsMoreThanTwentyOfOneKind) {
+TEST(EventList, CountsMoreThanTwentyOfOneKind) {
     EventList events;
     for (int i = 0; i < 50; ++i) events.add(eventOf(EventCode::Loop, "G-1"));
     for (int i = 0; i < 3; ++i) events.add(eventOf(EventCode::Loop, "G-2"));
@@ -167,7 +109,7 @@ TEST(EventList, CountsWhatIsMoreThanTwentyOfOneKind) {
     EXPECT_EQ(entries.back().count, 30U);
 }
 
-TEST(EventList, CountsWhatIsMoreThanAThousand) {
+TEST(EventList, CountsMoreThanAThousand) {
     EventList events;
     for (int i = 0; i < 5000; ++i) events.add(eventOf(EventCode::Permission, "G-" + std::to_string(i)));
     const std::vector<EventList::Entry> entries = events.entries();
@@ -175,24 +117,43 @@ TEST(EventList, CountsWhatIsMoreThanAThousand) {
     EXPECT_EQ(entries.back().count, 4000U);
 }
 
-TEST(EventList, KnowsWhetherABoundWasReached) {
+TEST(EventList, KnowsWhetherALimitWasReached) {
     for (const EventCode code : {EventCode::LimitDepth, EventCode::LimitEntries, EventCode::LimitBytes,
                                  EventCode::LimitMatches, EventCode::Deadline}) {
         EventList events;
-        EXPECT_FALSE(events.toldLimit());
+        EXPECT_FALSE(events.reachedLimit());
         events.add(std::vector<Event>{eventOf(EventCode::Io, ""), eventOf(code, "")});
-        EXPECT_TRUE(events.toldLimit());
+        EXPECT_TRUE(events.reachedLimit());
     }
     EventList events;
     for (const EventCode code : {EventCode::Permission, EventCode::Io, EventCode::Loop, EventCode::Denied,
                                  EventCode::Unresolved, EventCode::Invalid}) {
         events.add(eventOf(code, ""));
     }
-    EXPECT_FALSE(events.toldLimit());
+    EXPECT_FALSE(events.reachedLimit());
 }
 
-TEST(EventList, AnEventIsOneLineOfText) {
+TEST(EventList, WritesAnEventAsOneLine) {
     EXPECT_EQ(lineOf({{EventCode::LimitDepth, "/a\nb", "12 levels", "G", "f"}, 3}),
               "warning: limit-depth: /a?b: 12 levels (3) [G, f]");
     EXPECT_EQ(lineOf({{EventCode::Encoding, "", "odd", "", ""}, 1}), "info: encoding: odd");
+}
+
+TEST(OutputLimit, BoundsTheTreeOfAReader) {
+    OutputLimit limit;
+    const std::string large(std::size_t{1} << 20, 'x');
+    std::size_t admitted = 0;
+    while (limit.admit(large)) ++admitted;
+    EXPECT_GE(admitted, 100U);
+    EXPECT_LE(admitted, 256U);
+    EXPECT_TRUE(limit.admit(""));
+}
+
+TEST(OutputLimit, CountsTheNodesOfSmallElements) {
+    OutputLimit limit;
+    std::string small;
+    for (int i = 0; i < 1'000; ++i) small += "<a/>";
+    std::size_t admitted = 0;
+    while (limit.admit(small)) ++admitted;
+    EXPECT_LE(admitted, 8'000U);
 }

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/report/EventList.h"
+#include "toolkit/quorvis/report/Event.h"
 
 #include <algorithm>
 #include <array>
@@ -9,41 +9,47 @@ namespace toolkit::quorvis {
 namespace {
 
 struct CodeRow {
+    EventCode code;
     std::string_view name;
     std::string_view severity;
 };
 
-// In the order of EventCode.
 constexpr std::array<CodeRow, 21> kCodes = {{
-    {"permission", "warning"},
-    {"io", "warning"},
-    {"limit-depth", "warning"},
-    {"limit-entries", "warning"},
-    {"limit-bytes", "warning"},
-    {"limit-matches", "warning"},
-    {"limit-memory", "warning"},
-    {"aborted", "warning"},
-    {"deadline", "warning"},
-    {"loop", "info"},
-    {"special-file", "info"},
-    {"remote-skipped", "info"},
-    {"denied", "warning"},
-    {"parse", "warning"},
-    {"undefined-variable", "warning"},
-    {"unresolved", "warning"},
-    {"config", "warning"},
-    {"encoding", "info"},
-    {"unsupported", "warning"},
-    {"sandbox", "error"},
-    {"invalid", "error"},
+    {EventCode::Permission, "permission", "warning"},
+    {EventCode::Io, "io", "warning"},
+    {EventCode::LimitDepth, "limit-depth", "warning"},
+    {EventCode::LimitEntries, "limit-entries", "warning"},
+    {EventCode::LimitBytes, "limit-bytes", "warning"},
+    {EventCode::LimitMatches, "limit-matches", "warning"},
+    {EventCode::LimitMemory, "limit-memory", "warning"},
+    {EventCode::Aborted, "aborted", "warning"},
+    {EventCode::Deadline, "deadline", "warning"},
+    {EventCode::Loop, "loop", "info"},
+    {EventCode::SpecialFile, "special-file", "info"},
+    {EventCode::RemoteSkipped, "remote-skipped", "info"},
+    {EventCode::Denied, "denied", "warning"},
+    {EventCode::Parse, "parse", "warning"},
+    {EventCode::UndefinedVariable, "undefined-variable", "warning"},
+    {EventCode::Unresolved, "unresolved", "warning"},
+    {EventCode::Config, "config", "warning"},
+    {EventCode::Encoding, "encoding", "info"},
+    {EventCode::Unsupported, "unsupported", "warning"},
+    {EventCode::Sandbox, "sandbox", "error"},
+    {EventCode::Invalid, "invalid", "error"},
 }};
-static_assert(kCodes[static_cast<std::size_t>(EventCode::Invalid)].name == "invalid");
+// rowOf() uses the code as an index.
+static_assert([] {
+    for (std::size_t i = 0; i < kCodes.size(); ++i) {
+        if (kCodes[i].code != static_cast<EventCode>(i)) return false;
+    }
+    return true;
+}());
 
 const CodeRow& rowOf(EventCode code) {
     return kCodes.at(static_cast<std::size_t>(code));
 }
 
-constexpr std::size_t kLongestText = std::size_t{4} << 10;
+constexpr std::size_t kMaxTextSize = std::size_t{4} << 10;
 
 bool isLimit(EventCode code) {
     return code >= EventCode::LimitDepth && code <= EventCode::Deadline;
@@ -60,17 +66,17 @@ std::string_view severityOf(EventCode code) {
 }
 
 void EventList::add(Event event) {
-    toldLimit_ = toldLimit_ || isLimit(event.code);
-    event.path.resize(std::min(event.path.size(), kLongestText));
-    event.text.resize(std::min(event.text.size(), kLongestText));
+    reachedLimit_ = reachedLimit_ || isLimit(event.code);
+    event.path.resize(std::min(event.path.size(), kMaxTextSize));
+    event.text.resize(std::min(event.text.size(), kMaxTextSize));
     Alike& alike = alike_[{event.code, event.guid}];
-    // Which signatures are undecided must be known of all of them; there is at most one such event of each.
-    const bool vital = event.code == EventCode::Unresolved;
-    if (vital || (alike.kept < kMostAlike && kept_.size() - vital_ < kMost)) {
+    // Every undecided signature must be reported. There is at most one such event per signature.
+    const bool unresolved = event.code == EventCode::Unresolved;
+    if (unresolved || (alike.kept < kMaxAlike && kept_.size() - unresolved_ < kMax)) {
         ++alike.kept;
-        if (vital) ++vital_;
+        if (unresolved) ++unresolved_;
         kept_.push_back(std::move(event));
-    } else if (alike.kept < kMostAlike) {
+    } else if (alike.kept < kMaxAlike) {
         if (rest_.count == 0) rest_.event = {event.code, {}, "more events of any kind were left out", {}, {}};
         ++rest_.count;
     } else if (alike.summary == 0) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "toolkit/quorvis/report/EvaluationSink.h"
+#include "toolkit/quorvis/report/Event.h"
+
+namespace toolkit::quorvis {
+
+// Appends the element of a match in ASCII, as a line of its own.
+void appendMatch(std::string& xml, const Match& match);
+
+// The XML document of the results. `matches` are the elements from appendMatch(); `complete` is false when a limit left
+// something out.
+std::string outputDocument(std::string_view matches, bool complete);
+
+// The XML document of the events in ASCII, one line per event.
+std::string warningsDocument(const EventList& events);
+
+// Limits the size of an output so that a reader can keep its tree in memory. Leaving out the elements beyond the limit is
+// better than an output that readers refuse.
+class OutputLimit {
+  public:
+    // Whether the element is within the limit. If so, its size is counted.
+    bool admit(std::string_view element);
+
+  private:
+    std::uint64_t size_ = 0;
+};
+
+}  // namespace toolkit::quorvis
