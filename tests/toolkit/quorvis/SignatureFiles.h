@@ -1,4 +1,4 @@
-// Signatures files for tests, and what becomes of them.
+// Creates and reads signatures files for tests.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ using toolkit::quorvis::readSignatureFile;
 using toolkit::quorvis::Settings;
 using toolkit::quorvis::SignatureFile;
 
-// With the directory taken from what is told.
+// Reads a file with this text. Diagnostics name it "sig.xml".
 inline SignatureFile read(const std::string& text, const Settings& settings = {}) {
     const zavtest::ScratchDir dir;
     SignatureFile file = readSignatureFile(dir.write("sig.xml", text).string(), settings);

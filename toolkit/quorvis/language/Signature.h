@@ -1,4 +1,4 @@
-// Signatures as they are after reading: valid, and with all their texts in the memory of the file that they came from.
+// Parsed and validated signatures. Their texts point into the memory of a SignatureFile.
 #pragma once
 
 #include <cstdint>
@@ -8,29 +8,12 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/language/Attribute.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/language/Template.h"
 
 namespace toolkit::quorvis {
 
-enum class LeafKind : std::uint8_t {
-    Package,
-    File,
-    Glob,
-    Content,
-    Property,
-    Xml,
-    Process,
-    Elf,
-    FileVersion,
-    SwidTag,
-    Compare,
-};
-
-// "FileVersion"
-std::string_view nameOf(LeafKind kind);
-
-// What a group of a regular expression is called.
+// The name of a group of a regular expression.
 struct Capture {
     int group = 0;
     std::string_view name;
@@ -46,20 +29,20 @@ struct LeafAttribute {
 // Selects items of one kind and tests them.
 struct Leaf {
     LeafKind kind{};
-    std::string_view id;  // empty when it binds nothing
+    std::string_view id;  // empty when the items are not bound to variables
     std::uint32_t min = 1;
     std::uint32_t max = std::numeric_limits<std::uint32_t>::max();
     std::vector<LeafAttribute> attributes;  // sorted by attribute
     std::vector<Capture> captures;
     std::uint32_t line = 0;
-    std::uint32_t number = 0;  // among all leaves of a file
+    std::uint32_t number = 0;  // index among all leaves of the file
 };
 
 struct Condition {
     enum class Kind : std::uint8_t { All, Any, Not, Optional, Leaf };
     Kind kind = Kind::Leaf;
-    std::vector<Condition> children;  // of all kinds but Leaf
-    std::size_t leaf = 0;             // of kind Leaf: which of the signature's leaves
+    std::vector<Condition> children;  // of every kind except Leaf
+    std::size_t leaf = 0;             // of kind Leaf: index in Signature::leaves
 };
 
 struct Preset {
@@ -75,7 +58,7 @@ struct OutputVariable {
 struct Signature {
     std::string_view guid;
     Template name;
-    std::string_view metadata;  // what stands in Metadata, as XML in ASCII; empty when there is nothing
+    std::string_view metadata;  // the content of Metadata as XML in ASCII
     std::vector<Preset> presets;
     std::vector<Leaf> leaves;         // all leaves in document order
     std::optional<std::size_t> each;  // the leaf of Each

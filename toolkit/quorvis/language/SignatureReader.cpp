@@ -1,23 +1,224 @@
 #include "toolkit/quorvis/language/SignatureReader.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "toolkit/quorvis/formats/DocumentText.h"
-#include "toolkit/quorvis/language/ElementReader.h"
-#include "toolkit/quorvis/language/ElementRules.h"
-#include "toolkit/quorvis/language/SignatureBuilder.h"
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/Element.h"
+#include "toolkit/quorvis/language/IdentifierChecks.h"
+#include "toolkit/quorvis/language/LeafParser.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kMostSignatures = 100'000;
-constexpr std::size_t kMostChildren = 2 * kMostSignatures;
-constexpr std::size_t kMostProblems = 1'000;
-constexpr std::size_t kFirstTexts = std::size_t{256} << 10;
-constexpr std::size_t kSmallestUsual = 200;  // bytes of a signature
+constexpr std::size_t kMaxSignatures = 100'000;
+constexpr std::size_t kMaxChildren = 2 * kMaxSignatures;
+constexpr std::size_t kMaxProblems = 1'000;
+constexpr std::size_t kFirstBlockSize = std::size_t{256} << 10;
+constexpr std::size_t kMinTypicalSize = 200;  // bytes of a signature
+constexpr std::size_t kMaxConditions = 200;
+constexpr std::size_t kMaxGuidSize = 128;
+constexpr std::size_t kMaxNameSize = std::size_t{1} << 10;
+constexpr std::size_t kMaxMetadataSize = std::size_t{1} << 20;
+constexpr std::size_t kMaxVariables = 1'000;
 
+bool isGuid(std::string_view text) {
+    const auto allowed = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               std::string_view(".:_{}-").find(c) != std::string_view::npos;
+    };
+    return !text.empty() && text.size() <= kMaxGuidSize && std::ranges::all_of(text, allowed);
+}
+
+std::optional<Condition::Kind> branchKind(std::string_view name) {
+    if (name == "All") return Condition::Kind::All;
+    if (name == "Any") return Condition::Kind::Any;
+    if (name == "Not") return Condition::Kind::Not;
+    if (name == "Optional") return Condition::Kind::Optional;
+    return std::nullopt;
+}
+
+// Parses the element of one signature.
+class SignatureParser {
+  public:
+    SignatureParser(const Element& element, const Settings& settings, std::pmr::memory_resource& texts,
+                    Diagnostics& diagnostics)
+        : element_(element), settings_(settings), texts_(texts), diagnostics_(diagnostics) {}
+
+    Signature parse() {
+        signature_.line = element_.line;
+        readHead();
+        forEachElement(element_, diagnostics_, [this](const Element& part) { readPart(part); });
+        if (!signature_.each && !signature_.match)
+            diagnostics_.problem(element_, "Signature has neither Each nor Match");
+        if (conditions_ > kMaxConditions)
+            diagnostics_.problem(element_, "Signature has more than 200 conditions");
+        checkIdentifiers(signature_, element_, diagnostics_);
+        return std::move(signature_);
+    }
+
+  private:
+    // A child element of a signature. The parts stand in a fixed order.
+    struct Part {
+        std::string_view name;
+        void (SignatureParser::*read)(const Element& part);
+        bool repeatable = false;
+    };
+
+    void readHead() {
+        constexpr std::array<AttributeName, 3> kNames = {{{"guid", true}, {"name", true}, {"revision"}}};
+        const auto values = valuesOf(element_, kNames, diagnostics_);
+        signature_.guid = values[0].value_or(std::string_view());
+        if (values[0] && !isGuid(*values[0]))
+            diagnostics_.problem(element_, "guid " + quoted(*values[0]) +
+                                               " is not made of 1 to 128 letters, digits and .:_{}-");
+        if (values[1]) signature_.name = parseTemplate(element_, "name", *values[1], diagnostics_);
+    }
+
+    void readPart(const Element& part) {
+        static constexpr std::array<Part, 5> kParts = {{
+            {"Metadata", &SignatureParser::readMetadata},
+            {"Preset", &SignatureParser::readPreset, true},
+            {"Each", &SignatureParser::readEach},
+            {"Match", &SignatureParser::readMatch},
+            {"Output", &SignatureParser::readOutput},
+        }};
+        const auto* const found = std::ranges::find(kParts, part.name, &Part::name);
+        const auto position = static_cast<std::size_t>(found - kParts.begin());
+        if (found == kParts.end() || position < nextPart_) {
+            reportMisplaced(element_, part, diagnostics_);
+            return;
+        }
+        nextPart_ = found->repeatable ? position : position + 1;
+        (this->*found->read)(part);
+    }
+
+    void readMetadata(const Element& part) {
+        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
+        const std::optional<std::string> xml = innerXml(part);
+        if (!xml) {
+            diagnostics_.problem(part, "Metadata has a name beyond ASCII");
+        } else if (xml->size() > kMaxMetadataSize) {
+            diagnostics_.problem(part, "Metadata of more than 1 MiB");
+        } else if (!xml->empty()) {
+            auto* const copy = static_cast<char*>(texts_.allocate(xml->size(), 1));
+            std::copy(xml->begin(), xml->end(), copy);
+            signature_.metadata = {copy, xml->size()};
+        }
+    }
+
+    void readPreset(const Element& part) {
+        constexpr std::array<AttributeName, 2> kNames = {{{"name", true}, {"default"}}};
+        const auto [name, fallback] = valuesOf(part, kNames, diagnostics_);
+        requireNoChildren(part, diagnostics_);
+        if (!name) return;
+        if (name->empty() || name->find_first_of("${}") != std::string_view::npos)
+            diagnostics_.problem(part, "name " + quoted(*name) + " cannot name a variable");
+        if (name->starts_with("quorvis."))
+            diagnostics_.problem(part, "name " + quoted(*name) + " belongs to the scanner");
+        const auto sameName = [&wanted = *name](const Preset& preset) { return preset.name == wanted; };
+        if (std::ranges::any_of(signature_.presets, sameName))
+            diagnostics_.problem(part, "Preset " + quoted(*name) + " stands twice");
+        signature_.presets.push_back({*name, fallback});
+    }
+
+    void readEach(const Element& part) {
+        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
+        forEachElement(part, diagnostics_, [&](const Element& child) {
+            const LeafRules* const rules = leafRules(child.name);
+            if (rules == nullptr || rules->kind == LeafKind::Compare) {
+                reportMisplaced(part, child, diagnostics_);
+            } else if (signature_.each) {
+                diagnostics_.problem(child, "Each has more than one leaf");
+            } else {
+                signature_.each = addLeaf(child, *rules);
+                if (signature_.leaves.back().id.empty()) reportMissingAttribute(child, "id", diagnostics_);
+            }
+        });
+        if (!signature_.each) diagnostics_.problem(part, "Each has no leaf");
+    }
+
+    void readMatch(const Element& part) {
+        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
+        std::vector<Condition> conditions = readConditions(part);
+        if (conditions.size() > 1) diagnostics_.problem(part, "Match has more than one condition");
+        signature_.match = conditions.empty() ? Condition() : std::move(conditions.front());
+    }
+
+    // Reports an element without conditions.
+    std::vector<Condition> readConditions(const Element& parent) {
+        std::vector<Condition> conditions;
+        forEachElement(parent, diagnostics_, [&](const Element& child) {
+            if (std::optional<Condition> condition = readCondition(parent, child))
+                conditions.push_back(std::move(*condition));
+        });
+        if (conditions.empty()) diagnostics_.problem(parent, std::string(parent.name) + " has no condition");
+        return conditions;
+    }
+
+    std::optional<Condition> readCondition(const Element& parent, const Element& element) {
+        ++conditions_;
+        if (const LeafRules* const rules = leafRules(element.name))
+            return Condition{Condition::Kind::Leaf, {}, addLeaf(element, *rules)};
+        const std::optional<Condition::Kind> kind = branchKind(element.name);
+        if (!kind) {
+            reportMisplaced(parent, element, diagnostics_);
+            return std::nullopt;
+        }
+        valuesOf(element, std::array<AttributeName, 0>(), diagnostics_);
+        Condition condition{*kind, readConditions(element), 0};
+        const bool single = *kind == Condition::Kind::Not || *kind == Condition::Kind::Optional;
+        if (single && condition.children.size() > 1)
+            diagnostics_.problem(element, std::string(element.name) + " has more than one condition");
+        return condition;
+    }
+
+    std::size_t addLeaf(const Element& element, const LeafRules& rules) {
+        signature_.leaves.push_back(parseLeaf(element, rules, settings_, diagnostics_));
+        return signature_.leaves.size() - 1;
+    }
+
+    void readOutput(const Element& part) {
+        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
+        forEachElement(part, diagnostics_, [&](const Element& child) {
+            if (child.name != "Variable") return reportMisplaced(part, child, diagnostics_);
+            readVariable(child);
+        });
+    }
+
+    void readVariable(const Element& element) {
+        constexpr std::array<AttributeName, 2> kNames = {{{"name", true}, {"value", true}}};
+        const auto [name, value] = valuesOf(element, kNames, diagnostics_);
+        requireNoChildren(element, diagnostics_);
+        if (!name || !value) return;
+        if (name->empty()) diagnostics_.problem(element, "a Variable without a name");
+        if (name->size() > kMaxNameSize) diagnostics_.problem(element, "a name of more than 1 KiB");
+        if (signature_.output.size() == kMaxVariables) {
+            diagnostics_.problem(element, "more than 1000 variables");
+            return;
+        }
+        const auto sameName = [&wanted = *name](const OutputVariable& variable) {
+            return variable.name == wanted;
+        };
+        if (std::ranges::any_of(signature_.output, sameName))
+            diagnostics_.problem(element, "Variable " + quoted(*name) + " stands twice");
+        signature_.output.push_back({*name, parseTemplate(element, "value", *value, diagnostics_)});
+    }
+
+    const Element& element_;
+    const Settings& settings_;
+    std::pmr::memory_resource& texts_;
+    Diagnostics& diagnostics_;
+    Signature signature_;
+    std::size_t nextPart_ = 0;  // position of the first part that is still allowed
+    std::size_t conditions_ = 0;
+};
+
+// Collects the signatures of a document.
 class Visitor : public ElementVisitor {
   public:
     Visitor(const std::string& path, const DocumentText& document, const Settings& settings,
@@ -25,73 +226,73 @@ class Visitor : public ElementVisitor {
         : path_(path), document_(document), settings_(settings), file_(file) {}
 
     void onRoot(const Element& root) override {
-        Complaints complaints;
+        Diagnostics diagnostics;
         if (root.name != "Signatures") {
-            complaints.problem(root, "the root is " + quoted(root.name) + ", not Signatures");
+            diagnostics.problem(root, "the root is " + quoted(root.name) + ", not Signatures");
         }
         for (const ElementAttribute& attribute : root.attributes) {
-            // Those that tie the document to its schema.
+            // These associate the document with its schema.
             if (attribute.name.starts_with("xmlns") || attribute.name.starts_with("xsi:")) continue;
-            complainOfUnknownAttribute(root, attribute.name, complaints);
+            reportUnknownAttribute(root, attribute.name, diagnostics);
         }
-        tell(complaints.problems, file_.problems);
+        append(diagnostics.problems, file_.problems);
         root_.name = "Signatures";
     }
 
     void onChild(const Element& child) override {
-        if (++children_ > kMostChildren)
+        if (++children_ > kMaxChildren)
             throw TooManyElements{"more than 200000 elements and texts in Signatures"};
-        Complaints complaints;
+        Diagnostics diagnostics;
         Signature signature;
         if (child.name != "Signature") {
-            complainOfChild(root_, child, complaints);
-        } else if (++count_ > kMostSignatures) {
-            complaints.problem(child, "more than 100000 signatures");
+            reportMisplaced(root_, child, diagnostics);
+        } else if (++count_ > kMaxSignatures) {
+            diagnostics.problem(child, "more than 100000 signatures");
         } else {
-            signature = readSignature(child, settings_, *file_.texts, complaints);
+            signature = SignatureParser(child, settings_, *file_.texts, diagnostics).parse();
         }
-        tell(complaints.warnings, file_.warnings);
-        if (complaints.problems.empty()) {
+        append(diagnostics.warnings, file_.warnings);
+        if (diagnostics.problems.empty()) {
             for (Leaf& leaf : signature.leaves) leaf.number = leaves_++;
             file_.signatures.push_back(std::move(signature));
         } else if (settings_.evaluation.skipInvalid) {
-            drop(complaints.problems.front(), signature);
+            drop(diagnostics.problems.front(), signature);
         } else {
-            tell(complaints.problems, file_.problems);
+            append(diagnostics.problems, file_.problems);
         }
     }
 
     // "sig.xml:3:7: ..."
-    std::string told(std::size_t line, std::size_t offset, const std::string& text) const {
+    std::string located(std::size_t line, std::size_t offset, const std::string& text) const {
         return path_ + ":" + std::to_string(line) + ":" + std::to_string(columnOf(offset)) + ": " + text;
     }
 
-    // Tells how many more were dropped than there are events for.
-    void tellOfRest() const {
-        if (dropped_ <= kMostProblems) return;
+    // Adds an event with the number of dropped signatures that have no event of their own.
+    void summarizeDropped() const {
+        if (dropped_ <= kMaxProblems) return;
         file_.events.push_back({EventCode::Unsupported,
                                 {},
-                                std::to_string(dropped_ - kMostProblems) + " more were dropped",
+                                std::to_string(dropped_ - kMaxProblems) + " more were dropped",
                                 {},
                                 {}});
     }
 
   private:
-    void tell(const std::vector<Complaint>& complaints, std::vector<std::string>& list) const {
-        for (const Complaint& complaint : complaints) {
-            if (list.size() == kMostProblems) return;
-            list.push_back(told(complaint.line, complaint.offset, complaint.text));
+    void append(const std::vector<Diagnostic>& diagnostics, std::vector<std::string>& list) const {
+        for (const Diagnostic& diagnostic : diagnostics) {
+            if (list.size() == kMaxProblems) return;
+            list.push_back(located(diagnostic.line, diagnostic.offset, diagnostic.text));
         }
     }
 
-    // A line may be as long as the document: what is before the latest place is not counted again.
+    // A line may be as long as the document, so columns are counted from the previous place in the same line.
     std::size_t columnOf(std::size_t offset) const {
-        const bool further =
+        const bool sameLine =
             offset >= counted_ &&
             std::string_view(document_.bytes).substr(counted_, offset - counted_).find('\n') ==
                 std::string_view::npos;
-        column_ = further && column_ > 0 && document_.utf8 ? column_ + columnsBetween(counted_, offset)
-                                                           : columnIn(document_, offset);
+        column_ = sameLine && column_ > 0 && document_.utf8 ? column_ + columnsBetween(counted_, offset)
+                                                            : columnIn(document_, offset);
         counted_ = offset;
         return column_;
     }
@@ -101,11 +302,11 @@ class Visitor : public ElementVisitor {
             std::ranges::count_if(std::string_view(document_.bytes).substr(begin, end - begin), isStart));
     }
 
-    void drop(const Complaint& complaint, const Signature& signature) {
-        if (++dropped_ > kMostProblems) return;
+    void drop(const Diagnostic& diagnostic, const Signature& signature) {
+        if (++dropped_ > kMaxProblems) return;
         file_.events.push_back({EventCode::Unsupported,
                                 {},
-                                told(complaint.line, complaint.offset, complaint.text),
+                                located(diagnostic.line, diagnostic.offset, diagnostic.text),
                                 std::string(signature.guid),
                                 {}});
     }
@@ -114,8 +315,8 @@ class Visitor : public ElementVisitor {
     const DocumentText& document_;
     const Settings& settings_;
     SignatureFile& file_;
-    Element root_;                     // its name, for those that have no place in it
-    mutable std::size_t counted_ = 0;  // the latest place that was told of
+    Element root_;                     // only its name is set
+    mutable std::size_t counted_ = 0;  // the offset of the previous place
     mutable std::size_t column_ = 0;
     std::size_t dropped_ = 0;
     std::size_t children_ = 0;
@@ -138,14 +339,14 @@ SignatureFile readSignatureFile(const std::string& path, const DocumentText& doc
     }
     if (!document.utf8)
         file.events.push_back({EventCode::Encoding, path, "not UTF-8; read as ISO-8859-1", {}, {}});
-    file.texts = std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstTexts);
-    file.signatures.reserve(std::min(document.bytes.size() / kSmallestUsual + 1, kMostSignatures));
+    file.texts = std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstBlockSize);
+    file.signatures.reserve(std::min(document.bytes.size() / kMinTypicalSize + 1, kMaxSignatures));
     Visitor visitor(path, document, settings, file);
     if (const auto fault = readElements(document, "Metadata", *file.texts, visitor)) {
         const TextPlace place = placeIn(document, fault->offset);
-        file.problems.push_back(visitor.told(place.line, fault->offset, fault->text));
+        file.problems.push_back(visitor.located(place.line, fault->offset, fault->text));
     }
-    visitor.tellOfRest();
+    visitor.summarizeDropped();
     if (!file.problems.empty()) file.signatures.clear();
     return file;
 }

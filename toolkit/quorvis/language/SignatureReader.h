@@ -12,22 +12,21 @@
 
 namespace toolkit::quorvis {
 
-// What a signatures file holds.
+// The content of a signatures file.
 struct SignatureFile {
     std::unique_ptr<std::pmr::monotonic_buffer_resource> texts;  // the memory that the signatures point into
     std::vector<Signature> signatures;                           // none when there are problems
-    // What makes the file invalid, in its order: "sig.xml:3:7: File has no attribute 'path'". Empty when it is
-    // valid.
+    // The problems that make the file invalid, in document order: "sig.xml:3:7: File lacks the attribute "path"".
     std::vector<std::string> problems;
-    // What is valid and yet hardly meant, in the same form.
+    // Valid elements that are probably mistakes, in the same form.
     std::vector<std::string> warnings;
-    // Of signatures that were dropped (Evaluation/onInvalid=skip) and of the file's encoding.
+    // Signatures that were dropped (Evaluation/onInvalid=skip), and an unexpected encoding of the file.
     std::vector<Event> events;
 };
 
-// Reads and validates a signatures file. A file that cannot be read is a problem as well.
+// Reads and validates a signatures file. It is also a problem if the file cannot be read.
 SignatureFile readSignatureFile(const std::string& path, const Settings& settings);
-// The same of one whose bytes are there already.
+// Validates a document that was read from `path`.
 SignatureFile readSignatureFile(const std::string& path, const DocumentText& document,
                                 const Settings& settings);
 

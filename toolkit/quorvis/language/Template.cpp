@@ -8,7 +8,7 @@ void addLiteral(std::vector<Template::Piece>& pieces, std::string_view text) {
     if (!text.empty()) pieces.push_back({text, false});
 }
 
-// Takes "${name}" from the front of `text`. False, with `problem` told, when it is none.
+// Takes "${name}" from the front of `text`. False, with `problem` set, when it is invalid.
 bool takeVariable(std::string_view& text, std::string_view& name, std::string& problem) {
     const std::size_t end = text.find('}');
     if (end == std::string_view::npos) {
@@ -25,14 +25,14 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
     return true;
 }
 
-// False, with `problem` told, when the text is no template.
+// False, with `problem` set, when the text is not a valid template.
 bool split(std::string_view text, std::vector<Template::Piece>& pieces, std::string& problem) {
     std::size_t passed = 0;
     while ((passed = text.find('$', passed)) != std::string_view::npos) {
         const std::string_view rest = text.substr(passed);
         if (rest.starts_with("$${")) {
             addLiteral(pieces, text.substr(0, passed));
-            text.remove_prefix(passed + 1);  // what follows begins with "${" itself
+            text.remove_prefix(passed + 1);  // the literal "${" remains
             passed = 2;
         } else if (rest.starts_with("${")) {
             addLiteral(pieces, text.substr(0, passed));
@@ -55,9 +55,9 @@ bool Template::parse(std::string_view text, Template& parsed, std::string& probl
     parsed = Template(text);
     if (text.find("${") == std::string_view::npos) return true;
     std::vector<Piece> pieces;
-    const bool proper = split(text, pieces, problem);
+    const bool valid = split(text, pieces, problem);
     parsed.constant_ = pieces.empty();
-    return proper;
+    return valid;
 }
 
 std::vector<Template::Piece> Template::pieces() const {

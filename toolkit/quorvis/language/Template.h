@@ -6,8 +6,7 @@
 
 namespace toolkit::quorvis {
 
-// A text in which "${name}" stands for a variable and "$${" for "${" itself.
-//     Template::parse("lib${name}.so", value, problem)
+// A text that may contain variables: "lib${name}.so". "$${" is an escaped "${".
 class Template {
   public:
     struct Piece {
@@ -19,15 +18,13 @@ class Template {
     // A text without variables.
     explicit Template(std::string_view literal) : source_(literal) {}
 
-    // False, with `problem` told in words, when "${" is not closed or its name is empty. `text` outlives the
-    // template.
+    // False, with `problem` set, when "${" is not closed or its name is empty. REQUIRES: `text` outlives the template.
     static bool parse(std::string_view text, Template& parsed, std::string& problem);
 
-    // Whether the text is what it says, as nearly all are: then source() is the value.
+    // Whether the text contains neither variables nor escapes. Then source() is its value.
     bool constant() const { return constant_; }
     std::string_view source() const { return source_; }
-    // The pieces of a text that is not constant, in order. They are found anew each time: few texts are asked for
-    // theirs.
+    // The pieces of a text that is not constant. They are computed by each call: most texts are constant.
     std::vector<Piece> pieces() const;
 
   private:

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/language/Attribute.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 
 #include <gtest/gtest.h>
 

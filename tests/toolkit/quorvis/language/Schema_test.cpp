@@ -10,7 +10,7 @@
 
 namespace {
 
-// Whether xmllint finds that the file is valid by the schema; any other end of it is a failure of the test.
+// Whether the file is valid according to the schema. The test fails when xmllint cannot decide that.
 bool isValid(const std::filesystem::path& file) {
     const std::string command =
         "xmllint --noout --schema '" QUORVIS_SCHEMA "' '" + file.string() + "' >/dev/null 2>&1";

@@ -11,7 +11,7 @@ using quorvistest::whole;
 using toolkit::quorvis::readSignatureFile;
 using toolkit::quorvis::SignatureFile;
 
-TEST(SignatureProblems, RefusesWithThePlaceAndTheReason) {
+TEST(SignatureProblems, ReportsPlaceAndReason) {
     const std::string capture = "<Capture group='1' name='n'/>";
     const std::pair<std::string, const char*> cases[] = {
         // the document
@@ -131,7 +131,7 @@ TEST(SignatureProblems, RefusesWithThePlaceAndTheReason) {
     }
 }
 
-TEST(SignatureProblems, TellsOfAllProblemsInTheirOrder) {
+TEST(SignatureProblems, ReportsAllProblemsInDocumentOrder) {
     const SignatureFile file = read(
         "<Signatures>\n"
         "<Signature guid='A' name='a'><Match><File/></Match></Signature>\n"
@@ -155,7 +155,7 @@ TEST(SignatureProblems, ColumnsCountCharacters) {
         read("<Signatures><!-- \xE9\xA4 --><x/></Signatures>").problems.at(0).starts_with("sig.xml:1:24: "));
 }
 
-TEST(SignatureProblems, HoldsTheBounds) {
+TEST(SignatureProblems, EnforcesLimits) {
     std::string conditions;
     for (int i = 0; i < 199; ++i) conditions += "<File path='/x'/>";
     EXPECT_EQ(joined(read(match("<All>" + conditions + "</All>")).problems), "");
@@ -186,7 +186,7 @@ TEST(SignatureProblems, HoldsTheBounds) {
     EXPECT_NE(joined(read(match("<Content path='/x' regex='" + groups + "(a)'/>")).problems), "");
 }
 
-TEST(SignatureProblems, RefusesMoreThanAHundredThousandSignatures) {
+TEST(SignatureProblems, RefusesMoreThan100000Signatures) {
     const std::string one = "<Signature guid='A' name='a'><Match><File path='/a'/></Match></Signature>\n";
     std::string text = "<Signatures>";
     for (int i = 0; i < 100'000; ++i) text += one;
@@ -194,7 +194,7 @@ TEST(SignatureProblems, RefusesMoreThanAHundredThousandSignatures) {
     EXPECT_NE(joined(read(text + one + "</Signatures>").problems).find("100000"), std::string::npos);
 }
 
-TEST(SignatureProblems, RefusesAFileThatIsMissingOrTooLarge) {
+TEST(SignatureProblems, RefusesMissingAndTooLargeFiles) {
     const zavtest::ScratchDir dir;
     const std::string missing = (dir.path() / "missing.xml").string();
     EXPECT_EQ(joined(readSignatureFile(missing, {}).problems), missing + ": No such file or directory\n");
@@ -204,7 +204,7 @@ TEST(SignatureProblems, RefusesAFileThatIsMissingOrTooLarge) {
     EXPECT_EQ(joined(readSignatureFile(large, {}).problems), large + ": larger than 64 MiB\n");
 }
 
-TEST(SignatureProblems, WarnsOfWhatIsHardlyMeant) {
+TEST(SignatureProblems, WarnsOfProbableMistakes) {
     const std::pair<std::string, const char*> cases[] = {
         {match("<Elf path='/x' regex='[0-9]+\\.[0-9]+'/>"), "sig.xml:2:37: the regex names no product"},
         {match("<Elf path='/x' regex='v?(\\d+)'/>"), ""},

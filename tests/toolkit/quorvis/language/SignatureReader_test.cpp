@@ -77,7 +77,7 @@ TEST(SignatureReader, ReadsEveryExample) {
     EXPECT_EQ(readExample("java").signatures[0].each, 0U);
 }
 
-TEST(SignatureReader, AcceptsWhatTheLanguageAllows) {
+TEST(SignatureReader, AcceptsEveryFormOfTheLanguage) {
     const std::string cases[] = {
         "<Signatures/>",
         "<Signatures xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
@@ -106,7 +106,7 @@ TEST(SignatureReader, AcceptsWhatTheLanguageAllows) {
     for (const std::string& text : cases) EXPECT_EQ(joined(read(text).problems), "") << text;
 }
 
-TEST(SignatureReader, SkipsInvalidSignaturesWhenItIsTold) {
+TEST(SignatureReader, SkipsInvalidSignaturesIfConfigured) {
     Settings settings;
     settings.evaluation.skipInvalid = true;
     const std::string good = "<Signature guid='A' name='a'><Match><File path='/a'/></Match></Signature>\n";
@@ -129,7 +129,7 @@ TEST(SignatureReader, SkipsInvalidSignaturesWhenItIsTold) {
     EXPECT_TRUE(illFormed.signatures.empty());
 }
 
-TEST(SignatureReader, KeepsMetadataAsItIsInAscii) {
+TEST(SignatureReader, KeepsMetadataAsAscii) {
     const std::pair<std::string, const char*> cases[] = {
         {"<Metadata/>", ""},
         {"<Metadata> a <b c='1&#10;\"'> </b>\n<d/></Metadata>", " a <b c=\"1&#10;&quot;\"> </b>\n<d/>"},
@@ -144,7 +144,7 @@ TEST(SignatureReader, KeepsMetadataAsItIsInAscii) {
     }
 }
 
-TEST(SignatureReader, ReadsOneByteForEachCharacterWithAnEventWhenItIsNotUtf8) {
+TEST(SignatureReader, ReadsInvalidUtf8AsLatin1WithAnEvent) {
     const SignatureFile latin =
         read("<?xml version='1.0' encoding='UTF-8'?>" + match("<Package name='M\xFC'/>"));
     ASSERT_EQ(joined(latin.problems), "");
@@ -156,7 +156,7 @@ TEST(SignatureReader, ReadsOneByteForEachCharacterWithAnEventWhenItIsNotUtf8) {
     EXPECT_EQ(valueOf(utf8.signatures.at(0).leaves.at(0), Attribute::Name), "M\xC3\xBC");
 }
 
-TEST(SignatureReader, OtherEncodingsAndVersionsAreRefusedByName) {
+TEST(SignatureReader, NamesTheUnsupportedEncodingOrVersion) {
     const std::string good = match("<Package name='x'/>");
     const auto wide = [&](std::size_t unit, bool bigEndian, std::string bytes) {
         for (const char byte : good) {
@@ -190,7 +190,7 @@ TEST(SignatureReader, OtherEncodingsAndVersionsAreRefusedByName) {
     }
 }
 
-TEST(SignatureReader, SearchesTheWholeTreeWhenItIsAllowed) {
+TEST(SignatureReader, AllowsSearchesOfTheWholeTreeIfConfigured) {
     Settings settings;
     settings.fileSystem.wholeTree = true;
     EXPECT_EQ(joined(read(match("<Glob pattern='/**/x'/>"), settings).problems), "");

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/language/LeafChecks.h"
+#include "toolkit/quorvis/language/LeafValidator.h"
 
 #include <re2/re2.h>
 
@@ -10,7 +10,8 @@
 
 #include "toolkit/machine/packages/Packages.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
-#include "toolkit/quorvis/language/ElementRules.h"
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/versions/Version.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
@@ -19,10 +20,10 @@ namespace toolkit::quorvis {
 
 namespace {
 
-bool isNumber(std::string_view text, std::uint64_t least, std::uint64_t most) {
+bool isNumber(std::string_view text, std::uint64_t min, std::uint64_t max) {
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number >= least && number <= most;
+    return error == std::errc() && end == text.data() + text.size() && number >= min && number <= max;
 }
 
 bool isSize(std::string_view text) {
@@ -69,7 +70,7 @@ bool isFlags(std::string_view text) {
     return text.find_first_not_of("ims") == std::string_view::npos;
 }
 
-bool isFilled(std::string_view text) {
+bool isNotEmpty(std::string_view text) {
     return !text.empty();
 }
 
@@ -86,14 +87,14 @@ constexpr ValueRule kValueRules[] = {
     {Attribute::Compare, isComparison, "upstream"},
     {Attribute::Corpus, isBoolean, kBooleanText},
     {Attribute::Flags, isFlags, "made of the letters i, m and s"},
-    {Attribute::Key, isFilled, "a key"},
+    {Attribute::Key, isNotEmpty, "a key"},
     {Attribute::Kind, isKind, "file, dir, link or any"},
     {Attribute::MaxBytes, isSize, kSizeText},
     {Attribute::MaxDepth, isDepth, "a number from 1 to 64"},
     {Attribute::MaxSize, isSize, kSizeText},
     {Attribute::MinSize, isSize, kSizeText},
     {Attribute::Mode, isMode, "an octal number"},
-    {Attribute::Name, isFilled, "a name"},
+    {Attribute::Name, isNotEmpty, "a name"},
     {Attribute::Patch, isBoolean, kBooleanText},
     {Attribute::Scheme, isScheme, "deb, rpm, semver, pep440, dotted, int or text"},
     {Attribute::Sha256, isDigest, "a SHA-256 of 64 hexadecimal digits"},
@@ -101,17 +102,17 @@ constexpr ValueRule kValueRules[] = {
     {Attribute::Type, isPackageType, "dpkg, rpm, apk, pacman, snap, flatpak or any"},
 };
 
-// What is wrong with the value of this attribute, which is `text` with some value for each variable.
+// The description of a problem; none when the value is valid.
 using Problem = std::optional<std::string>;
 
-Problem notWhatIsExpected(Attribute attribute, std::string_view value, std::string_view expected) {
+Problem unexpected(Attribute attribute, std::string_view value, std::string_view expected) {
     return std::string(nameOf(attribute)) + " " + quoted(value) + " is not " + std::string(expected);
 }
 
-Problem problemOfWord(Attribute attribute, std::string_view value) {
+Problem problemOfConstant(Attribute attribute, std::string_view value) {
     for (const ValueRule& rule : kValueRules) {
         if (rule.attribute == attribute && !rule.accepts(value))
-            return notWhatIsExpected(attribute, value, rule.expected);
+            return unexpected(attribute, value, rule.expected);
     }
     return std::nullopt;
 }
@@ -119,10 +120,10 @@ Problem problemOfWord(Attribute attribute, std::string_view value) {
 Problem problemOfFormat(LeafKind kind, std::string_view value) {
     if (kind == LeafKind::FileVersion) {
         if (isAnyOf(value, {"jar", "pe", "python-dist"})) return std::nullopt;
-        return notWhatIsExpected(Attribute::Format, value, "jar, pe or python-dist");
+        return unexpected(Attribute::Format, value, "jar, pe or python-dist");
     }
     if (isAnyOf(value, {"properties", "ini", "shell", "json"})) return std::nullopt;
-    return notWhatIsExpected(Attribute::Format, value, "properties, ini, shell or json");
+    return unexpected(Attribute::Format, value, "properties, ini, shell or json");
 }
 
 const Template* find(const Leaf& leaf, Attribute attribute) {
@@ -132,7 +133,7 @@ const Template* find(const Leaf& leaf, Attribute attribute) {
     return nullptr;
 }
 
-// The scheme of the leaf's version tests; none when it depends on what is found.
+// The scheme of the leaf's version tests; none when it depends on the items.
 std::optional<Scheme> schemeOf(const Leaf& leaf) {
     if (const Template* const scheme = find(leaf, Attribute::Scheme))
         return scheme->constant() ? schemeNamed(scheme->source()) : std::nullopt;
@@ -144,10 +145,10 @@ Problem problemOfVersion(const Leaf& leaf, Attribute attribute, std::string_view
     const std::optional<Scheme> scheme = schemeOf(leaf);
     const bool valid = !value.empty() && (!scheme || compareVersions(*scheme, value, value).has_value());
     if (valid) return std::nullopt;
-    return notWhatIsExpected(attribute, value, "a version");
+    return unexpected(attribute, value, "a version");
 }
 
-// The text with each variable replaced by one that is as good as any.
+// The text with each variable replaced by `value`.
 std::string sample(const Template& text, std::string_view value) {
     if (text.constant()) return std::string(text.source());
     std::string result;
@@ -161,7 +162,7 @@ bool startsWithVariable(const Template& text) {
 
 Problem problemOfPath(const Template& text) {
     if (text.source().starts_with('/') || startsWithVariable(text)) return std::nullopt;
-    return notWhatIsExpected(Attribute::Path, text.source(), "an absolute path");
+    return unexpected(Attribute::Path, text.source(), "an absolute path");
 }
 
 Problem problemOfSelection(std::string_view value) {
@@ -175,15 +176,15 @@ Problem problemOfGlob(Attribute attribute, const Template& text, const Settings&
     if (startsWithVariable(text)) pattern.insert(0, 1, '/');
     std::vector<GlobSteps> alternatives;
     Problem problem = readPattern(pattern, alternatives);
-    const bool mayRoam = attribute == Attribute::Exclude || settings.fileSystem.wholeTree;
-    if (!problem && !mayRoam && searchesWholeTree(alternatives)) {
+    const bool wholeTreeAllowed = attribute == Attribute::Exclude || settings.fileSystem.wholeTree;
+    if (!problem && !wholeTreeAllowed && searchesWholeTree(alternatives)) {
         problem = "\"**\" stands below no directory of a fixed name";
     }
     if (!problem) return std::nullopt;
     return std::string(nameOf(attribute)) + " " + quoted(text.source()) + ": " + *problem;
 }
 
-// How many groups an expression has; none, with `problem` told, when it is wrong.
+// The number of groups of an expression. None, with `problem` set, when it is invalid.
 std::optional<int> groupsOf(const std::string& pattern, std::string_view flags, std::string& problem) {
     const std::optional<int> plain = groupsOfPlainRegex(pattern);
     if (plain && *plain <= kMaxGroups) return plain;
@@ -192,7 +193,7 @@ std::optional<int> groupsOf(const std::string& pattern, std::string_view flags, 
     return regex->NumberOfCapturingGroups();
 }
 
-// The flags so far as they are known and proper.
+// The flags if they are constant and valid.
 std::string_view flagsOf(const Leaf& leaf) {
     const Template* const flags = find(leaf, Attribute::Flags);
     return flags != nullptr && flags->constant() && isFlags(flags->source()) ? flags->source()
@@ -237,12 +238,58 @@ Problem problemOfValue(const Leaf& leaf, const LeafAttribute& given, const Setti
         case Attribute::Select:
             return problemOfSelection(text.source());
         default:
-            return problemOfWord(given.attribute, text.source());
+            return problemOfConstant(given.attribute, text.source());
     }
 }
 
 bool isLetter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+// Attributes whose values are compared literally. All others contain patterns or expressions, or cannot contain a wildcard.
+constexpr AttributeSet kLiterals = {
+    Attribute::Above,   Attribute::Arch,   Attribute::AtLeast, Attribute::AtMost, Attribute::Below,
+    Attribute::BuildId, Attribute::Equals, Attribute::Exe,     Attribute::Key,    Attribute::Left,
+    Attribute::Machine, Attribute::Name,   Attribute::Needed,  Attribute::Owner,  Attribute::Path,
+    Attribute::Regid,   Attribute::Role,   Attribute::Section, Attribute::Soname, Attribute::Source,
+    Attribute::TagId,   Attribute::User};
+
+// Brackets and braces count only in pairs that form a pattern: `[` is the name of a program, and some identifiers have the
+// form `{...}`.
+bool containsWildcard(std::string_view text) {
+    const std::size_t first = text.find_first_of("*?[{");
+    if (first == std::string_view::npos) return false;
+    if (text.find_first_of("*?", first) != std::string_view::npos) return true;
+    const std::size_t bracket = text.find('[', first);
+    if (bracket != std::string_view::npos && text.find(']', bracket + 2) != std::string_view::npos)
+        return true;
+    const std::size_t brace = text.find('{', first);
+    const std::size_t comma = text.find(',', brace);
+    return brace != std::string_view::npos && text.find('}', comma) != std::string_view::npos;
+}
+
+std::string_view adviceFor(LeafKind kind, Attribute attribute) {
+    if (attribute == Attribute::Path) return "; Glob finds by patterns";
+    if (attribute == Attribute::Name && kind == LeafKind::Package) return "; nameRegex finds by expressions";
+    return {};
+}
+
+// Whether the leaf searches an executable for an expression that names no product.
+bool matchesAnyNumber(const Leaf& leaf) {
+    const Template* const regex = find(leaf, Attribute::Regex);
+    if (leaf.kind != LeafKind::Elf || regex == nullptr || !regex->constant()) return false;
+    std::string_view text = regex->source();
+    if (text.find_first_of("^$") != std::string_view::npos) return false;
+    while (!text.empty()) {
+        if (isLetter(text.front())) return false;
+        std::size_t length = 1;
+        if (text.front() == '\\') length = 2;
+        // A bracket at the start of a class is one of its characters.
+        if (text.front() == '[') length = text.find(']', text.starts_with("[^") ? 3 : 2) + 1;
+        if (length == 0 || length > text.size()) break;
+        text.remove_prefix(length);
+    }
+    return true;
 }
 
 }  // namespace
@@ -259,21 +306,17 @@ std::vector<std::string> problemsOf(const Leaf& leaf, const Settings& settings) 
     return problems;
 }
 
-bool findsAnyNumber(const Leaf& leaf) {
-    const Template* const regex = find(leaf, Attribute::Regex);
-    if (leaf.kind != LeafKind::Elf || regex == nullptr || !regex->constant()) return false;
-    std::string_view text = regex->source();
-    if (text.find_first_of("^$") != std::string_view::npos) return false;
-    while (!text.empty()) {
-        if (isLetter(text.front())) return false;
-        std::size_t length = 1;
-        if (text.front() == '\\') length = 2;
-        // A bracket right at the start of a class is one of its characters.
-        if (text.front() == '[') length = text.find(']', text.starts_with("[^") ? 3 : 2) + 1;
-        if (length == 0 || length > text.size()) break;
-        text.remove_prefix(length);
+std::vector<std::string> warningsFor(const Leaf& leaf) {
+    std::vector<std::string> warnings;
+    if (matchesAnyNumber(leaf))
+        warnings.emplace_back("the regex names no product and may find any number of the section");
+    for (const LeafAttribute& given : leaf.attributes) {
+        if (!kLiterals.contains(given.attribute) || !containsWildcard(sample(given.value, "x"))) continue;
+        warnings.push_back(std::string(nameOf(given.attribute)) + " " + quoted(given.value.source()) +
+                           " holds a wildcard, but is taken as it stands");
+        warnings.back() += adviceFor(leaf.kind, given.attribute);
     }
-    return true;
+    return warnings;
 }
 
 }  // namespace toolkit::quorvis

@@ -3,8 +3,8 @@
 #include <map>
 
 #include "tests/toolkit/quorvis/SignatureFiles.h"
-#include "toolkit/quorvis/language/ElementRules.h"
-#include "toolkit/quorvis/language/LeafTable.h"
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 
 using quorvistest::joined;
 using quorvistest::match;
@@ -26,7 +26,7 @@ std::vector<Attribute> listOf(AttributeSet set) {
     return list;
 }
 
-// Good values for what a leaf of this kind must have.
+// Valid values for the required attributes of a leaf of this kind.
 Values needed(const LeafRules& rules) {
     const Values good = {
         {Attribute::Path, "/x"},    {Attribute::Pattern, "/x/y"},
@@ -48,7 +48,7 @@ std::string leafWith(const LeafRules& rules, const Values& values) {
     return match(text + "/>");
 }
 
-// Each kind of leaf with each attribute that it may have.
+// Calls `take` for each attribute of each kind of leaf.
 template <class Take>
 void forEachAttribute(Take take) {
     for (int kind = 0; kind <= static_cast<int>(LeafKind::Compare); ++kind) {
@@ -69,16 +69,16 @@ bool takesPatterns(Attribute attribute) {
 
 }  // namespace
 
-TEST(WholeNames, AWildcardIsRefusedOrWarnedOfWhereverItIsNoPattern) {
+TEST(LeafValidator, RefusesOrReportsWildcardsInLiterals) {
     int warned = 0;
     forEachAttribute([&](const LeafRules& rules, Attribute attribute, Values values) {
         const std::string name(nameOf(attribute));
         for (const char* value : {"/1/*/x", "/1/x?", "/1/[ab]", "/1/{a,b}"}) {
             values[attribute] = value;
             const SignatureFile file = read(leafWith(rules, values));
-            const std::string told = joined(file.warnings);
+            const std::string warnings = joined(file.warnings);
             if (takesPatterns(attribute)) {
-                EXPECT_EQ(std::string::npos, told.find("wildcard")) << rules.name << " " << name;
+                EXPECT_EQ(std::string::npos, warnings.find("wildcard")) << rules.name << " " << name;
                 continue;
             }
             if (!file.problems.empty()) {
@@ -88,14 +88,14 @@ TEST(WholeNames, AWildcardIsRefusedOrWarnedOfWhereverItIsNoPattern) {
             ++warned;
             const std::string expected =
                 "sig.xml:2:37: " + name + " \"" + value + "\" holds a wildcard, but is taken as it stands";
-            EXPECT_TRUE(told.starts_with(expected)) << rules.name << " " << name << ": " << told;
+            EXPECT_TRUE(warnings.starts_with(expected)) << rules.name << " " << name << ": " << warnings;
             EXPECT_EQ(1U, file.signatures.size());
         }
     });
     EXPECT_GT(warned, 4 * 40);
 }
 
-TEST(WholeNames, WhatIsNoWildcardIsNotWarnedOf) {
+TEST(LeafValidator, AcceptsTextsThatAreNoWildcards) {
     forEachAttribute([&](const LeafRules& rules, Attribute attribute, Values values) {
         if (takesPatterns(attribute)) return;
         for (const char* value :
@@ -107,7 +107,7 @@ TEST(WholeNames, WhatIsNoWildcardIsNotWarnedOf) {
     });
 }
 
-TEST(WholeNames, TheWarningSaysWhatFindsByPatterns) {
+TEST(LeafValidator, WarningsRecommendAPatternAttribute) {
     EXPECT_EQ(
         "sig.xml:2:37: path \"/opt/*/x/f\" holds a wildcard, but is taken as it stands; Glob finds by "
         "patterns\n",
@@ -120,7 +120,7 @@ TEST(WholeNames, TheWarningSaysWhatFindsByPatterns) {
               joined(read(match("<Process name='java*'/>")).warnings));
 }
 
-TEST(WholeNames, VariablesAreNoWildcardsAndHideNone) {
+TEST(LeafValidator, VariablesNeitherAreNorHideWildcards) {
     EXPECT_EQ("", joined(read(match("<File path='${top}/x'/>")).warnings));
     EXPECT_NE("", joined(read(match("<File path='${top}/*/x'/>")).warnings));
     EXPECT_NE("", joined(read(match("<File path='/opt/{a${top},b}'/>")).warnings));

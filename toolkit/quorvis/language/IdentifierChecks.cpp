@@ -1,10 +1,10 @@
-#include "toolkit/quorvis/language/Names.h"
+#include "toolkit/quorvis/language/IdentifierChecks.h"
 
 #include <algorithm>
 #include <string>
 
-#include "toolkit/quorvis/language/ElementRules.h"
-#include "toolkit/quorvis/language/LeafTable.h"
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/LeafSyntax.h"
 
 namespace toolkit::quorvis {
 
@@ -14,8 +14,8 @@ using Ids = std::vector<std::string_view>;
 
 class Checker {
   public:
-    Checker(const Signature& signature, const Element& element, Complaints& complaints)
-        : signature_(signature), element_(element), complaints_(complaints) {}
+    Checker(const Signature& signature, const Element& element, Diagnostics& diagnostics)
+        : signature_(signature), element_(element), diagnostics_(diagnostics) {}
 
     void check() {
         Ids ids;
@@ -33,8 +33,8 @@ class Checker {
         const std::string_view id = signature_.leaves[leaf].id;
         if (id.empty()) return;
         if (std::ranges::find(ids, id) != ids.end()) {
-            complaints_.problem(element_, "id " + quoted(id) + " stands twice (line " +
-                                              std::to_string(signature_.leaves[leaf].line) + ")");
+            diagnostics_.problem(element_, "id " + quoted(id) + " stands twice (line " +
+                                               std::to_string(signature_.leaves[leaf].line) + ")");
         }
         ids.push_back(id);
     }
@@ -48,7 +48,7 @@ class Checker {
             for (const Condition& child : condition.children) addIds(child, ids);
             return;
         }
-        // Only one of the branches comes out, so each may use what the others do.
+        // At most one branch of Any is bound, so the branches may use the same identifiers.
         const Ids before = ids;
         for (const Condition& child : condition.children) {
             Ids branch = before;
@@ -60,14 +60,14 @@ class Checker {
     void checkText(const Template& text) {
         if (text.constant()) return;
         for (const Template::Piece& piece : text.pieces()) {
-            if (piece.variable && !isGiven(piece.text))
-                complaints_.warning(element_,
-                                    "nothing in the signature gives " + quoted(piece.text) + " a value");
+            if (piece.variable && !isSet(piece.text))
+                diagnostics_.warning(element_,
+                                     "nothing in the signature gives " + quoted(piece.text) + " a value");
         }
     }
 
-    // A name without a dot may be preset by the host.
-    bool isGiven(std::string_view name) const {
+    // The host may preset any name without a dot.
+    bool isSet(std::string_view name) const {
         const std::size_t dot = name.find('.');
         if (dot == std::string_view::npos) return true;
         const auto sameName = [&](const Preset& preset) { return preset.name == name; };
@@ -76,10 +76,10 @@ class Checker {
         const std::string_view field = name.substr(dot + 1);
         if (id == "quorvis") return field == "root" || field == "arch";
         return std::ranges::any_of(signature_.leaves,
-                                   [&](const Leaf& leaf) { return leaf.id == id && gives(leaf, field); });
+                                   [&](const Leaf& leaf) { return leaf.id == id && provides(leaf, field); });
     }
 
-    static bool gives(const Leaf& leaf, std::string_view field) {
+    static bool provides(const Leaf& leaf, std::string_view field) {
         const auto& values = leafRules(leaf.kind).values;
         const auto sameName = [&](const Capture& capture) { return capture.name == field; };
         return std::ranges::find(values, field) != values.end() ||
@@ -88,13 +88,13 @@ class Checker {
 
     const Signature& signature_;
     const Element& element_;
-    Complaints& complaints_;
+    Diagnostics& diagnostics_;
 };
 
 }  // namespace
 
-void checkNames(const Signature& signature, const Element& element, Complaints& complaints) {
-    Checker(signature, element, complaints).check();
+void checkIdentifiers(const Signature& signature, const Element& element, Diagnostics& diagnostics) {
+    Checker(signature, element, diagnostics).check();
 }
 
 }  // namespace toolkit::quorvis

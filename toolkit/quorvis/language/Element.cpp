@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/language/ElementReader.h"
+#include "toolkit/quorvis/language/Element.h"
 
 #include <algorithm>
 #include <array>
@@ -7,13 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/machine/xml/XmlText.h"
+
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr unsigned kDeepest = 64;
-constexpr std::size_t kMostNodes = 10'000;
-constexpr std::size_t kMostAttributes = 1'000;
+constexpr unsigned kMaxDepth = 64;
+constexpr std::size_t kMaxNodes = 10'000;
+constexpr std::size_t kMaxAttributes = 1'000;
 
 std::string_view copy(std::string_view text, std::pmr::memory_resource& memory) {
     if (text.empty()) return {};
@@ -32,7 +34,7 @@ class Builder : public XmlHandler {
             ElementVisitor& visitor)
         : document_(document.bytes), verbatim_(verbatim), texts_(texts), visitor_(visitor) {}
 
-    // Where the latest element starts.
+    // Of the most recent element.
     std::size_t offset() const { return offset_; }
 
     void onStart(std::string_view name, const char* const* attributes, std::size_t offset) override {
@@ -73,7 +75,7 @@ class Builder : public XmlHandler {
     };
 
     Element* makeElement(std::size_t offset) {
-        if (++nodesOfChild_ > kMostNodes)
+        if (++nodesOfChild_ > kMaxNodes)
             throw TooManyElements{"more than 10000 elements and texts in one element"};
         auto* const element = ::new (nodes_.allocate(sizeof(Element), alignof(Element))) Element();
         element->offset = static_cast<std::uint32_t>(offset);
@@ -85,7 +87,7 @@ class Builder : public XmlHandler {
         std::size_t count = 0;
         while (attributes[2 * count] != nullptr) ++count;
         if (count == 0) return {};
-        if (count > kMostAttributes) throw TooManyElements{"more than 1000 attributes"};
+        if (count > kMaxAttributes) throw TooManyElements{"more than 1000 attributes"};
         auto* const made = static_cast<ElementAttribute*>(
             nodes_.allocate(count * sizeof(ElementAttribute), alignof(ElementAttribute)));
         for (std::size_t i = 0; i < count; ++i) {
@@ -112,14 +114,14 @@ class Builder : public XmlHandler {
         if (open_.size() == 1) finish(element);
     }
 
-    // The child of the root is whole.
+    // A child of the root is complete.
     void finish(const Element& child) {
         visitor_.onChild(child);
         nodes_.release();
         nodesOfChild_ = 0;
     }
 
-    // Offsets only grow, so each line is counted once.
+    // Offsets only increase, so each line is counted once.
     std::uint32_t lineAt(std::size_t offset) {
         const auto* const end = document_.data() + std::min(offset, document_.size());
         for (const auto* from = document_.data() + counted_; from < end; ++from) {
@@ -135,12 +137,12 @@ class Builder : public XmlHandler {
     std::string_view verbatim_;
     std::pmr::memory_resource& texts_;
     ElementVisitor& visitor_;
-    // Of one child of the root; the first part of it is used again and again.
+    // The nodes of one child of the root. Most fit into the buffer, which is reused for each child.
     std::array<std::byte, 32768> firstNodes_;
     std::pmr::monotonic_buffer_resource nodes_{firstNodes_.data(), firstNodes_.size()};
     std::size_t nodesOfChild_ = 0;
     std::vector<Open> open_;
-    std::size_t verbatimLevel_ = 0;  // how many elements are open within the verbatim one; 0 outside
+    std::size_t verbatimLevel_ = 0;  // depth of the open verbatim element; 0 when none is open
     std::string text_;
     std::size_t offset_ = 0;
     std::size_t textOffset_ = 0;
@@ -148,16 +150,54 @@ class Builder : public XmlHandler {
     std::uint32_t line_ = 1;
 };
 
+bool isAscii(std::string_view name) {
+    return std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// False when a name is not ASCII. The reader limits the depth of the recursion.
+bool append(std::string& xml, const Element& element) {
+    if (element.isText()) {
+        appendXmlText(xml, element.text);
+        return true;
+    }
+    if (!isAscii(element.name)) return false;
+    xml.append("<").append(element.name);
+    for (const ElementAttribute& attribute : element.attributes) {
+        if (!isAscii(attribute.name)) return false;
+        appendXmlAttribute(xml, attribute.name, attribute.value);
+    }
+    if (element.firstChild == nullptr) {
+        xml += "/>";
+        return true;
+    }
+    xml += '>';
+    for (const Element* child = element.firstChild; child != nullptr; child = child->next) {
+        if (!append(xml, *child)) return false;
+    }
+    xml.append("</").append(element.name).append(">");
+    return true;
+}
+
 }  // namespace
 
 std::optional<XmlFault> readElements(const DocumentText& document, std::string_view verbatim,
                                      std::pmr::memory_resource& texts, ElementVisitor& visitor) {
     Builder builder(document, verbatim, texts, visitor);
     try {
-        return parseXml(document, kDeepest, builder);
+        return parseXml(document, kMaxDepth, builder);
     } catch (const TooManyElements& excess) {
-        return XmlFault{builder.offset(), excess.text};
+        return XmlFault{builder.offset(), excess.reason};
     }
+}
+
+std::optional<std::string> innerXml(const Element& element) {
+    constexpr std::size_t kTypicalSize = 250;
+    std::string xml;
+    xml.reserve(kTypicalSize);
+    for (const Element* child = element.firstChild; child != nullptr; child = child->next) {
+        if (!append(xml, *child)) return std::nullopt;
+    }
+    return xml;
 }
 
 }  // namespace toolkit::quorvis

@@ -1,0 +1,137 @@
+#include "toolkit/quorvis/language/LeafParser.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/LeafValidator.h"
+#include "toolkit/quorvis/regex/Regex.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+bool isNumber(std::string_view text, std::uint32_t& number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+bool isId(std::string_view text) {
+    const auto allowed = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+               c == '-';
+    };
+    return !text.empty() && text != "quorvis" && std::ranges::all_of(text, allowed);
+}
+
+bool isVariableName(std::string_view text) {
+    return !text.empty() && text.find_first_of("${}") == std::string_view::npos;
+}
+
+// Parses id, min and max, which every leaf has. False for every other attribute.
+bool parseCommonAttribute(const Element& element, const ElementAttribute& given, Leaf& leaf,
+                          Diagnostics& diagnostics) {
+    if (given.name == "id") {
+        leaf.id = given.value;
+        if (!isId(given.value))
+            diagnostics.problem(element,
+                                "id " + quoted(given.value) + " is not made of letters, digits, _ and -");
+        return true;
+    }
+    if (given.name != "min" && given.name != "max") return false;
+    if (!isNumber(given.value, given.name == "min" ? leaf.min : leaf.max)) {
+        diagnostics.problem(element,
+                            std::string(given.name) + " " + quoted(given.value) + " is not a number");
+    }
+    return true;
+}
+
+void parseAttributes(const Element& element, const LeafRules& rules, Leaf& leaf, Diagnostics& diagnostics) {
+    leaf.attributes.reserve(element.attributes.size());
+    for (const ElementAttribute& given : element.attributes) {
+        if (parseCommonAttribute(element, given, leaf, diagnostics)) continue;
+        const std::optional<Attribute> attribute = attributeNamed(given.name);
+        if (!attribute || !rules.allowed.contains(*attribute)) {
+            reportUnknownAttribute(element, given.name, diagnostics);
+        } else {
+            leaf.attributes.push_back(
+                {*attribute, parseTemplate(element, given.name, given.value, diagnostics)});
+        }
+    }
+    std::ranges::sort(leaf.attributes, {}, &LeafAttribute::attribute);
+    if (leaf.min > leaf.max) diagnostics.problem(element, "min is greater than max");
+}
+
+void checkPresence(const Element& element, const LeafRules& rules, const Leaf& leaf,
+                   Diagnostics& diagnostics) {
+    AttributeSet given;
+    for (const LeafAttribute& attribute : leaf.attributes) given.insert(attribute.attribute);
+    for (AttributeSet missing = rules.required.without(given); !missing.empty();
+         missing = missing.without({missing.first()})) {
+        reportMissingAttribute(element, nameOf(missing.first()), diagnostics);
+    }
+    if (rules.oneOf.empty() || rules.oneOf.meets(given)) return;
+    std::string names;
+    for (AttributeSet rest = rules.oneOf; !rest.empty(); rest = rest.without({rest.first()}))
+        names.append(names.empty() ? "" : ", ").append(nameOf(rest.first()));
+    diagnostics.problem(element, std::string(element.name) + " has none of the attributes " + names);
+}
+
+void checkCaptureName(const Element& element, const LeafRules& rules, const Leaf& leaf, std::string_view name,
+                      Diagnostics& diagnostics) {
+    const auto sameName = [&](const Capture& capture) { return capture.name == name; };
+    if (!isVariableName(name)) {
+        diagnostics.problem(element, "name " + quoted(name) + " cannot name a variable");
+    } else if (std::ranges::find(rules.values, name) != rules.values.end()) {
+        diagnostics.problem(
+            element, "name " + quoted(name) + " is that of a value of every " + std::string(rules.name));
+    } else if (std::ranges::any_of(leaf.captures, sameName)) {
+        diagnostics.problem(element, "name " + quoted(name) + " was given to another group");
+    }
+}
+
+void parseCapture(const Element& element, const LeafRules& rules, Leaf& leaf, Diagnostics& diagnostics) {
+    constexpr std::array<AttributeName, 2> kNames = {{{"group", true}, {"name", true}}};
+    const auto [group, name] = valuesOf(element, kNames, diagnostics);
+    requireNoChildren(element, diagnostics);
+    if (!group || !name) return;
+    std::uint32_t number = 0;
+    if (!isNumber(*group, number) || number > std::uint32_t{kMaxGroups}) {
+        diagnostics.problem(element, "group " + quoted(*group) + " is not a number up to 32");
+        return;
+    }
+    checkCaptureName(element, rules, leaf, *name, diagnostics);
+    leaf.captures.push_back({static_cast<int>(number), *name});
+}
+
+}  // namespace
+
+Template parseTemplate(const Element& element, std::string_view attribute, std::string_view value,
+                       Diagnostics& diagnostics) {
+    Template text;
+    std::string problem;
+    if (!Template::parse(value, text, problem))
+        diagnostics.problem(element, std::string(attribute) + " " + quoted(value) + ": " + problem);
+    return text;
+}
+
+Leaf parseLeaf(const Element& element, const LeafRules& rules, const Settings& settings,
+               Diagnostics& diagnostics) {
+    Leaf leaf;
+    leaf.kind = rules.kind;
+    leaf.line = element.line;
+    parseAttributes(element, rules, leaf, diagnostics);
+    checkPresence(element, rules, leaf, diagnostics);
+    forEachElement(element, diagnostics, [&](const Element& child) {
+        if (rules.captures && child.name == "Capture") {
+            parseCapture(child, rules, leaf, diagnostics);
+        } else {
+            reportMisplaced(element, child, diagnostics);
+        }
+    });
+    for (std::string& problem : problemsOf(leaf, settings)) diagnostics.problem(element, std::move(problem));
+    for (std::string& warning : warningsFor(leaf)) diagnostics.warning(element, std::move(warning));
+    return leaf;
+}
+
+}  // namespace toolkit::quorvis
