@@ -1,8 +1,6 @@
 #include "toolkit/quorvah/scan/CommandLine.h"
 
-#include <getopt.h>
-
-#include <string_view>
+#include "toolkit/machine/text/OptionParser.h"
 
 namespace toolkit::quorvah {
 
@@ -31,59 +29,9 @@ const char* const kUsage =
 
 namespace {
 
-enum LongOption : int { kRoot = 256, kIds, kPretty, kRaw, kNoVolatile, kSanitize, kSandbox };
-
-constexpr option kOptions[] = {
-    {"config", required_argument, nullptr, 'c'},
-    {"output", required_argument, nullptr, 'o'},
-    {"root", required_argument, nullptr, kRoot},
-    {"ids", required_argument, nullptr, kIds},
-    {"pretty", no_argument, nullptr, kPretty},
-    {"raw", no_argument, nullptr, kRaw},
-    {"no-volatile", no_argument, nullptr, kNoVolatile},
-    {"sanitize", no_argument, nullptr, kSanitize},
-    {"sandbox", required_argument, nullptr, kSandbox},
-    {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'V'},
-    {nullptr, 0, nullptr, 0},
-};
-
-CommandLine refused(std::string message) {
-    CommandLine line;
-    line.action = Action::Refuse;
-    line.message = std::move(message);
-    return line;
-}
-
-// The text option that `code` stands for; null when it is none.
-std::string* textOption(Options& options, int code) {
-    switch (code) {
-        case 'c':
-            return &options.config;
-        case 'o':
-            return &options.output;
-        case kRoot:
-            return &options.root;
-        case kIds:
-            return &options.ids;
-        default:
-            return nullptr;
-    }
-}
-
-bool* switchOption(Options& options, int code) {
-    switch (code) {
-        case kPretty:
-            return &options.pretty;
-        case kRaw:
-            return &options.raw;
-        case kNoVolatile:
-            return &options.noVolatile;
-        case kSanitize:
-            return &options.sanitize;
-        default:
-            return nullptr;
-    }
+std::string problemOfSandbox(const std::string& mode) {
+    const bool valid = mode == "optional" || mode == "required";
+    return valid ? "" : "--sandbox is either required or optional";
 }
 
 }  // namespace
@@ -91,33 +39,34 @@ bool* switchOption(Options& options, int code) {
 CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot) {
     CommandLine line;
     Options& options = line.options;
-    ::optind = 0;  // start over
-    for (;;) {
-        const int next = ::optind == 0 ? 1 : ::optind;
-        const int code = ::getopt_long(count, arguments, ":c:o:hV", kOptions, nullptr);
-        if (code == -1) break;
-        if (code == ':') return refused(std::string("option ") + arguments[next] + " needs a value");
-        if (code == '?') return refused(std::string("unknown option ") + arguments[next]);
-        if (code == 'h' || code == 'V') {
-            line.action = code == 'h' ? Action::Help : Action::Version;
-            return line;
-        }
-        if (code == kSandbox) {
-            const std::string_view mode = ::optarg;
-            if (mode != "optional" && mode != "required")
-                return refused("--sandbox is either required or optional");
-            options.sandboxOptional = mode == "optional";
-        }
-        if (bool* const flag = switchOption(options, code)) *flag = true;
-        if (std::string* const text = textOption(options, code)) {
-            if (*::optarg == '\0')
-                return refused(std::string("option ") + arguments[next] + " needs a value");
-            *text = ::optarg;
+    std::string sandbox;
+    bool help = false;
+    bool version = false;
+    const Option table[] = {
+        {.name = "config", .letter = 'c', .value = &options.config},
+        {.name = "output", .letter = 'o', .value = &options.output},
+        {.name = "root", .value = &options.root},
+        {.name = "ids", .value = &options.ids},
+        {.name = "pretty", .given = &options.pretty},
+        {.name = "raw", .given = &options.raw},
+        {.name = "no-volatile", .given = &options.noVolatile},
+        {.name = "sanitize", .given = &options.sanitize},
+        {.name = "sandbox", .value = &sandbox, .check = problemOfSandbox},
+        {.name = "help", .letter = 'h', .given = &help, .last = true},
+        {.name = "version", .letter = 'V', .given = &version, .last = true},
+    };
+    line.message = parseOptions(count, arguments, table);
+    options.sandboxOptional = sandbox == "optional";
+    if (help) line.action = Action::Help;
+    if (version) line.action = Action::Version;
+    if (line.message.empty() && !help && !version) {
+        if (options.config.empty()) {
+            line.message = "no configuration file given (-c)";
+        } else if (options.output.empty()) {
+            line.message = "no output file given (-o)";
         }
     }
-    if (::optind < count) return refused(std::string("unexpected argument ") + arguments[::optind]);
-    if (options.config.empty()) return refused("no configuration file given (-c)");
-    if (options.output.empty()) return refused("no output file given (-o)");
+    if (!line.message.empty()) line.action = Action::Refuse;
     if (options.root.empty() && environmentRoot != nullptr) options.root = environmentRoot;
     return line;
 }

@@ -1,8 +1,6 @@
 #include "toolkit/quorvis/settings/CommandLine.h"
 
-#include <getopt.h>
-
-#include <utility>
+#include "toolkit/machine/text/OptionParser.h"
 
 namespace toolkit::quorvis {
 
@@ -27,56 +25,14 @@ const char* const kUsage =
 
 namespace {
 
-enum LongOption : int { kRoot = 256, kCheck, kExplain };
-
-constexpr option kOptions[] = {
-    {"config", required_argument, nullptr, 'c'},
-    {"output", required_argument, nullptr, 'o'},
-    {"warnings", required_argument, nullptr, 'e'},
-    {"signatures", required_argument, nullptr, 'i'},
-    {"root", required_argument, nullptr, kRoot},
-    {"check", no_argument, nullptr, kCheck},
-    {"explain", required_argument, nullptr, kExplain},
-    {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'V'},
-    {nullptr, 0, nullptr, 0},
-};
-
-CommandLine refused(std::string message) {
-    CommandLine line;
-    line.action = Action::Refuse;
-    line.message = std::move(message);
-    return line;
-}
-
-// The text option that `code` stands for; null when it is none.
-std::string* textOption(Options& options, int code) {
-    switch (code) {
-        case 'c':
-            return &options.config;
-        case 'o':
-            return &options.output;
-        case 'e':
-            return &options.warnings;
-        case 'i':
-            return &options.signatures;
-        case kRoot:
-            return &options.root;
-        case kExplain:
-            return &options.explain;
-        default:
-            return nullptr;
-    }
-}
-
-// The first file that must be given and is not; null when there is none.
-const char* missingFile(const CommandLine& line) {
+// Reports the first missing file; empty when all required files are given.
+std::string problemOf(const CommandLine& line) {
     const Options& options = line.options;
     if (options.signatures.empty()) return "no signatures file given (-i)";
-    if (line.action == Action::Check) return nullptr;
+    if (line.action == Action::Check) return {};
     if (options.config.empty()) return "no configuration file given (-c)";
     if (options.output.empty()) return "no output file given (-o)";
-    return options.warnings.empty() ? "no warnings file given (-e)" : nullptr;
+    return options.warnings.empty() ? "no warnings file given (-e)" : "";
 }
 
 }  // namespace
@@ -84,26 +40,26 @@ const char* missingFile(const CommandLine& line) {
 CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot) {
     CommandLine line;
     Options& options = line.options;
-    ::optind = 0;  // start over
-    for (;;) {
-        const int next = ::optind == 0 ? 1 : ::optind;
-        const int code = ::getopt_long(count, arguments, ":c:o:e:i:hV", kOptions, nullptr);
-        if (code == -1) break;
-        if (code == ':') return refused(std::string("option ") + arguments[next] + " needs a value");
-        if (code == '?') return refused(std::string("unknown option ") + arguments[next]);
-        if (code == 'h' || code == 'V') {
-            line.action = code == 'h' ? Action::Help : Action::Version;
-            return line;
-        }
-        if (code == kCheck) line.action = Action::Check;
-        if (std::string* const text = textOption(options, code)) {
-            if (*::optarg == '\0')
-                return refused(std::string("option ") + arguments[next] + " needs a value");
-            *text = ::optarg;
-        }
-    }
-    if (::optind < count) return refused(std::string("unexpected argument ") + arguments[::optind]);
-    if (const char* const missing = missingFile(line)) return refused(missing);
+    bool check = false;
+    bool help = false;
+    bool version = false;
+    const Option table[] = {
+        {.name = "config", .letter = 'c', .value = &options.config},
+        {.name = "output", .letter = 'o', .value = &options.output},
+        {.name = "warnings", .letter = 'e', .value = &options.warnings},
+        {.name = "signatures", .letter = 'i', .value = &options.signatures},
+        {.name = "root", .value = &options.root},
+        {.name = "check", .given = &check},
+        {.name = "explain", .value = &options.explain},
+        {.name = "help", .letter = 'h', .given = &help, .last = true},
+        {.name = "version", .letter = 'V', .given = &version, .last = true},
+    };
+    line.message = parseOptions(count, arguments, table);
+    if (check) line.action = Action::Check;
+    if (help) line.action = Action::Help;
+    if (version) line.action = Action::Version;
+    if (line.message.empty() && !help && !version) line.message = problemOf(line);
+    if (!line.message.empty()) line.action = Action::Refuse;
     if (options.root.empty() && environmentRoot != nullptr) options.root = environmentRoot;
     return line;
 }

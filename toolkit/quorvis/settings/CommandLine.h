@@ -10,10 +10,10 @@ struct Options {
     std::string warnings;
     std::string signatures;
     std::string root;     // empty when neither the command line nor the environment names one
-    std::string explain;  // the guid of a signature; empty for none
+    std::string explain;  // the guid of a signature; empty when none is explained
 };
 
-// Check: only tell what is wrong with the signatures file; all other files may be missing from the options.
+// Check only reports the problems of the signatures file; the other files are optional.
 enum class Action { Scan, Check, Help, Version, Refuse };
 
 struct CommandLine {
@@ -22,8 +22,7 @@ struct CommandLine {
     std::string message;  // why the command line is refused
 };
 
-// Understands the arguments of main(). `environmentRoot` stands in for a --root that is not given; it may be
-// null.
+// Parses the arguments of main(). `environmentRoot` is the default of --root and may be null.
 CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot);
 
 extern const char* const kUsage;
