@@ -18,7 +18,7 @@ namespace {
 
 namespace quorvis = toolkit::quorvis;
 
-int complain(const std::string& message, quorvis::Outcome outcome) {
+int fail(const std::string& message, quorvis::Outcome outcome) {
     std::fprintf(stderr, "quorvis: %s\n", message.c_str());
     return static_cast<int>(outcome);
 }
@@ -34,7 +34,7 @@ int run(int argc, char** argv) {
             std::puts("quorvis " QUORVIS_VERSION);
             return 0;
         case quorvis::Action::Refuse:
-            return complain(line.message + " (--help shows the usage)", quorvis::Outcome::BadInput);
+            return fail(line.message + " (--help shows the usage)", quorvis::Outcome::BadInput);
         case quorvis::Action::Check:
             return static_cast<int>(quorvis::check(line.options));
         case quorvis::Action::Scan:
@@ -45,24 +45,25 @@ int run(int argc, char** argv) {
 
 constexpr int kMegabyte = 1 << 20;
 
-// Memory that was let go is used again rather than given back and fetched anew: the scanner lives shortly.
+// Keeps freed memory in the process for reuse, because a scan is short.
 void keepMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);
     ::mallopt(M_TRIM_THRESHOLD, 256 * kMegabyte);
     ::mallopt(M_TOP_PAD, kMegabyte);
-    // Each further arena would reserve 64 megabytes of the address space, which the settings bound.
+    // Each additional arena would reserve 64 MB of the address space, which the settings limit.
     ::mallopt(M_ARENA_MAX, 1);
 }
 
-// Lets the memory that thousands of signatures take come in large pages: to take it page by page is a tenth of a scan.
-void takeLargePages() {
-    constexpr std::size_t kLargePage = std::size_t{2} << 20;
-    std::size_t size = 8 * kLargePage;
-    // It stays untouched, and is what is taken from then on.
+// Uses huge pages for the memory of the signatures. With thousands of signatures, page faults would take a tenth of the
+// time of a scan.
+void useHugePages() {
+    constexpr std::size_t kHugePageSize = std::size_t{2} << 20;
+    std::size_t size = 8 * kHugePageSize;
+    // The block is freed untouched, and later allocations reuse its memory.
     const std::unique_ptr<std::byte[]> block(new (std::nothrow) std::byte[size]);
     void* start = block.get();
-    if (start != nullptr && std::align(kLargePage, kLargePage, start, size) != nullptr)
-        ::madvise(start, size / kLargePage * kLargePage, MADV_HUGEPAGE);
+    if (start != nullptr && std::align(kHugePageSize, kHugePageSize, start, size) != nullptr)
+        ::madvise(start, size / kHugePageSize * kHugePageSize, MADV_HUGEPAGE);
 }
 
 }  // namespace
@@ -70,12 +71,12 @@ void takeLargePages() {
 int main(int argc, char** argv) {
     toolkit::openMissingStreams();
     keepMemory();
-    takeLargePages();
-    // The output files count even when nobody reads the messages any more.
+    useHugePages();
+    // The output files must be written even if nobody reads the messages.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         return run(argc, argv);
     } catch (const std::exception& failure) {
-        return complain(failure.what(), quorvis::Outcome::Failed);
+        return fail(failure.what(), quorvis::Outcome::Failed);
     }
 }

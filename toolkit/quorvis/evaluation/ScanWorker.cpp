@@ -137,7 +137,7 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
     context.budget().publishDeadline(report.deadline());
     if (!attempt.walks) context.tree().refuseWalks();
     if (!attempt.together) context.contentFilters().turnOff();
-    context.files().keepSumsIn(hashes);
+    context.files().useHashCache(hashes);
     Evaluator evaluator(presets, context, report);
     evaluator.explain(job.options.explain);
     evaluator.evaluate(file.signatures, attempt.first);

@@ -10,32 +10,40 @@
 
 namespace toolkit::quorvis {
 
-// What signatures may see of the files of a machine: with a scanner that may read everything, no more than any user of
-// the machine could, save within the trees that the settings name. The top of the tree is the host's choice. Where the scanner is a plain user, what it may see
-// itself. Paths are those in the scanned tree, without links.
+// Decides what signatures may see of the files of a machine. A privileged scanner discloses only what every user of the
+// machine may see, and the trees that the settings permit. An unprivileged scanner discloses what it may see itself. The
+// top of the scanned tree is always disclosed. Paths are those in the scanned tree, without links.
 class Disclosure {
   public:
     explicit Disclosure(const Settings& settings);
-    // `sees`: whether this process may look at more than others.
-    Disclosure(const Settings& settings, bool sees);
+    // `privileged`: whether this process may see more than other users.
+    Disclosure(const Settings& settings, bool privileged);
 
-    // Whether this directory may be searched for the child at `path`, or for any, when `path` is its own.
+    // Whether a directory may be searched. `path` is that of the child that is looked up, or of the directory itself if
+    // any child may be.
     bool ofSearch(const struct stat& directory, std::string_view path) const;
     // Whether the names in the directory at `path` may be listed.
     bool ofNames(const struct stat& directory, std::string_view path) const;
     // Whether the content of the file at `path` may be read.
     bool ofContent(const struct stat& file, std::string_view path) const;
-    // Whether there are directories of which only some children may be seen.
-    bool differs() const { return seesMore_ && !trees_.empty(); }
+    // Whether there may be directories of which only some children are disclosed.
+    bool differs() const { return privileged_ && !trees_.empty(); }
 
   private:
     bool liesInTree(std::string_view path) const;
 
-    bool seesMore_;
+    bool privileged_;
     std::vector<std::string> trees_;
 };
 
 // Whether `path` is `directory` or lies below it.
 bool liesIn(std::string_view path, std::string_view directory);
+
+// The path with single slashes and without "." and a trailing slash; empty for the root.
+std::string normalizedPath(std::string_view path);
+
+// Whether an open file lies on a pseudo file system of the kernel, for example of processes, devices, debugging or control
+// groups, regardless of the mount point. The descriptor may be one that was opened with O_PATH.
+bool isOnPseudoFileSystem(int descriptor);
 
 }  // namespace toolkit::quorvis

@@ -6,35 +6,33 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <vector>
+
+#include "kest/Retry.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{1} << 20;
+constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 
 ssize_t readAt(int file, char* buffer, std::size_t size, std::uint64_t offset, const OnRead& onRead) {
     onRead(size);
-    for (;;) {
-        const ssize_t count = ::pread(file, buffer, size, static_cast<off_t>(offset));
-        if (count >= 0 || errno != EINTR) return count;
-    }
+    return kest::retryInterrupted([&] { return ::pread(file, buffer, size, static_cast<off_t>(offset)); });
 }
 
-// -1 when it cannot be told.
+// -1 when the size is unknown.
 off_t sizeOf(int file) {
     struct stat status {};
     return ::fstat(file, &status) == 0 ? status.st_size : -1;
 }
 
-// Whether there is more than the size tells, which is 0 for files that the kernel makes up when they are read.
+// Whether more bytes were read than the file had. The size of files that the kernel generates is 0.
 bool hasGrown(off_t size, std::uint64_t held) {
     return size > 0 && held > static_cast<std::uint64_t>(size);
 }
 
-// Calls `attempt` with the size of the file, and once more when the size changed meanwhile.
+// Calls `attempt` with the size of the file, and a second time if the size changed meanwhile.
 template <typename Attempt>
 BytesRead untilSteady(int file, const Attempt& attempt) {
     for (int i = 0; i < 2; ++i) {
@@ -49,26 +47,26 @@ BytesRead untilSteady(int file, const Attempt& attempt) {
 BytesRead readOnce(int file, off_t size, std::uint64_t limit, bool whole, std::string& bytes,
                    const OnRead& onRead) {
     const auto expected = static_cast<std::uint64_t>(std::max<off_t>(size, 0));
-    const std::uint64_t most =
-        whole && limit != UINT64_MAX ? limit + 1 : limit;  // one more tells of yet more
-    // One byte more than the size shows the end of the file without another call.
-    std::uint64_t room = std::min(most, std::max<std::uint64_t>(expected + 1, 4096));
+    // One byte beyond the limit shows that the file exceeds it.
+    const std::uint64_t max = whole && limit != UINT64_MAX ? limit + 1 : limit;
+    // One byte beyond the size detects the end of the file without another call.
+    std::uint64_t room = std::min(max, std::max<std::uint64_t>(expected + 1, 4096));
     std::uint64_t held = 0;
     BytesRead result = BytesRead::Start;
     for (bool more = true; more;) {
         bytes.resize(static_cast<std::size_t>(room));
-        const std::size_t wanted = std::min(static_cast<std::size_t>(room - held), kPiece);
+        const std::size_t wanted = std::min(static_cast<std::size_t>(room - held), kBlockSize);
         const ssize_t count = readAt(file, bytes.data() + held, wanted, held, onRead);
         if (count < 0) return BytesRead::Failed;
         held += static_cast<std::uint64_t>(count);
         const bool atEnd = count == 0 || (static_cast<std::size_t>(count) < wanted && held == expected);
-        more = !hasGrown(size, held) && !atEnd && held < most;
+        more = !hasGrown(size, held) && !atEnd && held < max;
         if (atEnd) result = BytesRead::All;
-        if (held == room) room = std::min(most, room * 2);
+        if (held == room) room = std::min(max, room * 2);
     }
     bytes.resize(static_cast<std::size_t>(held));
     if (hasGrown(size, held)) return BytesRead::Changed;
-    return whole && held >= most ? BytesRead::TooMany : result;
+    return whole && held >= max ? BytesRead::TooMany : result;
 }
 
 BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>& buffer, std::string& sum,

@@ -8,15 +8,20 @@
 
 namespace toolkit::quorvis {
 
-// How reading an open file went: to its end; up to the limit; beyond the limit; with a size that changed twice; with
-// an error, which errno tells.
-enum class BytesRead : std::uint8_t { All, Start, TooMany, Changed, Failed };
+// The outcome of reading an open file.
+enum class BytesRead : std::uint8_t {
+    All,      // up to its end
+    Start,    // up to the limit
+    TooMany,  // the file exceeds the limit
+    Changed,  // the size of the file changed during both attempts
+    Failed,   // errno is set
+};
 
-// Is told of every piece before it is read, and throws to end that.
+// Called before each block is read. May throw to stop reading.
 using OnRead = std::function<void(std::uint64_t bytes)>;
 
-// Reads a regular file from its start. When it is to be `whole`, more than `limit` bytes are too many; else no more than
-// the first `limit` bytes are read. It is read once more when its size changes meanwhile.
+// Reads a regular file from its start: the whole file, which may have at most `limit` bytes, or else at most the first
+// `limit` bytes. Reads it a second time if its size changes meanwhile.
 BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes,
                     const OnRead& onRead);
 

@@ -10,29 +10,29 @@
 #include <vector>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/files/KernelFiles.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // as the kernel has it
+constexpr int kMaxLinks = 40;  // the limit of the kernel
 using Problem = FoundFile::Problem;
 
-// The way from the top to one file.
-class Way {
+// Resolves one path from the top.
+class PathResolver {
   public:
-    Way(const Disclosure& disclosure, int top, const struct stat& topStatus)
+    PathResolver(const Disclosure& disclosure, int top, const struct stat& topStatus)
         : disclosure_(disclosure), top_(top), topStatus_(topStatus) {}
 
-    FoundFile go(std::string todo, bool follow) {
+    FoundFile resolve(std::string todo, bool follow) {
         while (found_.problem == Problem::None && !todo.empty()) {
             std::string_view rest = todo;
             const std::string name(takeField(rest, '/'));
             const bool last = rest.empty() && !todo.ends_with('/');
             std::string next(rest);
             if (!name.empty()) step(name, last, follow, next);
-            // What stands before a slash must be a directory.
+            // Everything before a slash must be a directory.
             if (!last && found_.problem == Problem::None && !S_ISDIR(status().st_mode)) fail(ENOTDIR);
             todo = std::move(next);
         }
@@ -43,7 +43,7 @@ class Way {
     struct Level {
         kest::Descriptor handle;
         struct stat status {};
-        std::size_t placeLength = 0;  // of the directory above
+        std::size_t placeLength = 0;  // of the parent directory
     };
 
     int current() const { return levels_.empty() ? top_ : levels_.back().handle.number(); }
@@ -60,22 +60,22 @@ class Way {
         Level next;
         next.placeLength = found_.place.size();
         found_.place.append(1, '/').append(name);
-        // The top is what the host has chosen.
+        // The host has chosen the top, so it may always be searched.
         if (!levels_.empty() && !disclosure_.ofSearch(status(), found_.place)) {
             found_.problem = Problem::HiddenDirectory;
             return;
         }
         next.handle = openChild(name.c_str(), last);
         if (!next.handle.isOpen() || ::fstat(next.handle.number(), &next.status) != 0) return fail(errno);
-        if (next.status.st_dev != status().st_dev && isMadeByKernel(next.handle.number())) {
-            found_.problem = Problem::MadeByKernel;
+        if (next.status.st_dev != status().st_dev && isOnPseudoFileSystem(next.handle.number())) {
+            found_.problem = Problem::PseudoFile;
             return;
         }
-        if (S_ISLNK(next.status.st_mode) && (follow || !last)) return goAlong(next, last, rest);
+        if (S_ISLNK(next.status.st_mode) && (follow || !last)) return followLink(next, last, rest);
         levels_.push_back(std::move(next));
     }
 
-    // One on the way as a directory first, which has the kernel mount what belongs there.
+    // Opens a component on the way as a directory first, so that the kernel mounts an automount point.
     kest::Descriptor openChild(const char* name, bool last) const {
         constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
         const int directory = last ? -1 : ::openat(current(), name, kFlags | O_DIRECTORY);
@@ -84,7 +84,7 @@ class Way {
         return kest::Descriptor(::openat(current(), name, kFlags));
     }
 
-    // Above the top stands the top.
+    // ".." of the top is the top.
     void goUp() {
         if (levels_.empty()) return;
         if (!disclosure_.ofSearch(status(), found_.place)) {
@@ -95,11 +95,11 @@ class Way {
         levels_.pop_back();
     }
 
-    void goAlong(const Level& link, bool last, std::string& rest) {
+    void followLink(const Level& link, bool last, std::string& rest) {
         std::array<char, 4096> text;
         const ssize_t length = ::readlinkat(link.handle.number(), "", text.data(), text.size());
         if (length <= 0) return fail(length < 0 ? errno : ENOENT);
-        if (++links_ > kMostLinks) return fail(ELOOP);
+        if (++links_ > kMaxLinks) return fail(ELOOP);
         found_.place.resize(link.placeLength);
         std::string target(text.data(), static_cast<std::size_t>(length));
         if (target.front() == '/') {
@@ -137,7 +137,7 @@ FileFinder::FileFinder(const Root& root, const Disclosure& disclosure)
 }
 
 FoundFile FileFinder::find(const std::string& path, bool follow) const {
-    return Way(disclosure_, top_.number(), topStatus_).go(path, follow);
+    return PathResolver(disclosure_, top_.number(), topStatus_).resolve(path, follow);
 }
 
 }  // namespace toolkit::quorvis

@@ -11,25 +11,25 @@
 
 namespace toolkit::quorvis {
 
-// What a path leads to.
+// The file that a path leads to.
 struct FoundFile {
-    // Why nothing was found; `error` tells of NotOpened.
-    enum class Problem : std::uint8_t { None, NotOpened, HiddenDirectory, MadeByKernel };
+    // Why no file was found. `error` is the error number of NotOpened.
+    enum class Problem : std::uint8_t { None, NotOpened, HiddenDirectory, PseudoFile };
     Problem problem = Problem::None;
     int error = 0;
-    kest::Descriptor handle;  // not open for reading
+    kest::Descriptor handle;  // opened with O_PATH
     struct stat status {};
     std::string place;  // the path in the tree without links; empty for the top
 };
 
-// Finds files in the scanned tree, as signatures may: each directory on the way, that of a link and that above a ".."
-// too, must be one in which they may look. So it is the same whether a name is missing in a hidden directory or there.
-// Nothing is found where the kernel makes files up.
+// Finds files in the scanned tree on behalf of signatures. Each directory on the way, including those of links and the
+// parents of "..", must be disclosed to them. Therefore a signature cannot find out whether a name exists in a hidden
+// directory. Files on pseudo file systems are not found.
 class FileFinder {
   public:
     FileFinder(const Root& root, const Disclosure& disclosure);
 
-    // Links are followed, the last one if `follow` says so. Several threads may ask.
+    // Follows links; a link at the end of the path only if `follow` is set. Thread-safe.
     FoundFile find(const std::string& path, bool follow) const;
 
   private:

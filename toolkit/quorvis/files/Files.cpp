@@ -12,7 +12,6 @@
 #include <utility>
 
 #include "toolkit/quorvis/files/FileBytes.h"
-#include "toolkit/quorvis/files/KernelFiles.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/files/SecretContent.h"
 #include "toolkit/quorvis/files/SecretNames.h"
@@ -21,8 +20,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kHeldAtMost = std::uint64_t{64} << 20;
-constexpr std::size_t kMostSums = 100'000;
+constexpr std::uint64_t kMaxCachedBytes = std::uint64_t{64} << 20;
+constexpr std::size_t kMaxHashes = 100'000;
 constexpr std::string_view kSha256 = "sha256";
 
 using Content = Files::Content;
@@ -39,7 +38,7 @@ bool meansMissing(int error) {
     return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
 }
 
-// The directory on the way to the path in which nothing may be looked up; empty when there is none.
+// The directory on the way to the path that may not be searched; empty when there is none.
 std::string closedDirectory(const FileFinder& finder, const std::string& path) {
     std::size_t end = 0;
     while (end != path.size()) {
@@ -60,14 +59,14 @@ Event eventOf(int error, const std::string& path) {
     return makeEvent(EventCode::Io, path, "Cannot be opened: " + std::generic_category().message(error));
 }
 
-// Names the directory that may not be searched, so that all paths behind it are told of as one.
+// Reports the directory that may not be searched, so that all paths below it cause the same event.
 Event notFound(const FileFinder& finder, int error, const std::string& path) {
     const std::string closed = error == EACCES ? closedDirectory(finder, path) : std::string();
     if (closed.empty()) return eventOf(error, path);
     return makeEvent(EventCode::Permission, closed, "No permission to search this directory");
 }
 
-// Why no such path can be looked up; empty for a proper one.
+// Why the path is invalid; empty when it is valid.
 std::string problemOf(const std::string& path) {
     if (path.empty() || path.front() != '/') return "The path is not absolute";
     if (path.find('\0') != std::string::npos) return "The path holds a NUL character";
@@ -117,11 +116,11 @@ Content contentOf(BytesRead result, std::shared_ptr<const std::string> bytes, co
     return failure(EventCode::Io, path, "Cannot be read: " + std::generic_category().message(errno));
 }
 
-// A descriptor for reading of the very file that `handle` stands for, whatever has taken its path meanwhile.
+// Opens the file of `handle` for reading, even if its path now leads to another file.
 kest::Descriptor reopened(const kest::Descriptor& handle) {
     const std::string link = "/proc/self/fd/" + std::to_string(handle.number());
     const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    const int quietly = ::open(link.c_str(), flags | O_NOATIME);  // for owners and root only
+    const int quietly = ::open(link.c_str(), flags | O_NOATIME);  // allowed for the owner and root only
     if (quietly >= 0 || errno != EPERM) return kest::Descriptor(quietly);
     return kest::Descriptor(::open(link.c_str(), flags));
 }
@@ -132,11 +131,11 @@ constexpr const char* kUnreadable = "Other users may not read this";
 constexpr const char* kSecret = "The content of this file is never read";
 constexpr const char* kHoldsKey = "This holds a key or the hash of a password, so it is not read";
 
-// How much of a file is looked at to tell whether it holds a key, when it is not read from its start.
-constexpr std::size_t kLookedAt = 4096;
+// The number of bytes that are searched for a key before parts of a file are read.
+constexpr std::size_t kSearchedForKeys = 4096;
 
 bool startsWithKey(const kest::Descriptor& file, std::uint64_t size) {
-    std::array<char, kLookedAt> buffer;
+    std::array<char, kSearchedForKeys> buffer;
     const ssize_t count = ::pread(file.number(), buffer.data(), buffer.size(), 0);
     const std::string_view start(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return beginsAsKey(start, size) || holdsKey(start);
@@ -148,7 +147,7 @@ struct CloseDirectory {
 
 }  // namespace
 
-// What is found, else why not: without an event when there is nothing.
+// Finds a file. Sets `event` when there is a problem other than a missing file.
 FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>& event) const {
     FoundFile found;
     if (std::string problem = problemOf(path); !problem.empty()) {
@@ -159,7 +158,7 @@ FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>
     found = finder_.find(path, follow);
     if (found.problem == FoundFile::Problem::HiddenDirectory)
         event = makeEvent(EventCode::Denied, path, kHidden);
-    if (found.problem == FoundFile::Problem::MadeByKernel)
+    if (found.problem == FoundFile::Problem::PseudoFile)
         event = makeEvent(EventCode::Denied, path, kOfKernel);
     if (found.problem == FoundFile::Problem::NotOpened && !meansMissing(found.error))
         event = notFound(finder_, found.error, path);
@@ -220,14 +219,14 @@ std::string Files::linkText(const std::string& path) {
     return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// Why the file that was opened is not read. What counts is the file itself, not only where it was found.
+// Why the opened file must not be read. This is decided by the opened file itself, not only by its path.
 std::optional<Event> Files::refusalOf(const std::string& path, const FoundFile& found,
                                       const Opened& opened) const {
     struct stat status {};
     if (isSecretByName(path) || isSecretByName(found.place))
         return makeEvent(EventCode::Denied, path, kSecret);
     if (::fstat(opened.file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return eventOf(EIO, path);
-    if (isMadeByKernel(opened.file.number())) return makeEvent(EventCode::Denied, path, kOfKernel);
+    if (isOnPseudoFileSystem(opened.file.number())) return makeEvent(EventCode::Denied, path, kOfKernel);
     if (!disclosure_.ofContent(status, found.place)) return makeEvent(EventCode::Denied, path, kUnreadable);
     return std::nullopt;
 }
@@ -243,7 +242,7 @@ Files::Opened Files::openToRead(const std::string& path) {
         event = makeEvent(EventCode::SpecialFile, path, "Neither a file nor a directory, so it is not read");
         return {{Access::Missing, nullptr, std::move(event)}, {}, {}};
     }
-    // A handle first: merely opening some devices for reading has effects.
+    // find() opens with O_PATH: opening a device for reading may have side effects.
     Opened opened{{}, reopened(found.handle), {}};
     if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
     opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
@@ -273,13 +272,13 @@ std::uint64_t Files::heldBy(const Cached& cached) {
 
 void Files::keep(const FileState& state, Cached cached) {
     const std::uint64_t size = heldBy(cached);
-    if (size > kHeldAtMost / 4) return;
+    if (size > kMaxCachedBytes / 4) return;
     const auto [place, added] = contents_.try_emplace(state);
     if (added) order_.push_back(state);
     held_ += size;
     held_ -= added ? 0 : heldBy(place->second);
     place->second = std::move(cached);
-    while (held_ > kHeldAtMost) {
+    while (held_ > kMaxCachedBytes) {
         const auto oldest = contents_.find(order_.front());
         held_ -= heldBy(oldest->second);
         contents_.erase(oldest);
@@ -311,8 +310,8 @@ Content Files::read(const std::string& path, std::uint64_t limit) {
 Content Files::readStart(const std::string& path, std::uint64_t limit) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
-    // So that a key cannot be read in parts that are too short to be one.
-    if (limit < kLookedAt && startsWithKey(opened.file, opened.state.size))
+    // A part may be too short to be recognised as a key.
+    if (limit < kSearchedForKeys && startsWithKey(opened.file, opened.state.size))
         return failure(EventCode::Denied, path, kHoldsKey);
     const auto cached = contents_.find(opened.state);
     if (cached != contents_.end()) {
@@ -351,7 +350,7 @@ Content Files::sha256(const std::string& path) {
     const BytesRead result = sha256Of(opened.file, limit, *sum, [this](std::uint64_t size) { count(size); });
     Content content = contentOf(result, std::move(sum), path, limit);
     if (content.access != Access::Ok) return content;
-    if (sums_.size() == kMostSums) sums_.clear();
+    if (sums_.size() == kMaxHashes) sums_.clear();
     sums_.emplace(opened.state, content.bytes);
     if (cache_ != nullptr && keepsStates(opened.file))
         cache_->remember(opened.state, kSha256, *content.bytes);

@@ -15,7 +15,6 @@
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/files/Disclosure.h"
 #include "toolkit/quorvis/files/FileFinder.h"
-#include "toolkit/quorvis/files/FileState.h"
 #include "toolkit/quorvis/files/HashCache.h"
 #include "toolkit/quorvis/report/Event.h"
 #include "toolkit/quorvis/settings/Settings.h"
@@ -24,10 +23,10 @@ namespace toolkit::quorvis {
 
 class LookupBudget;
 
-// How looking at a file went.
+// The outcome of accessing a file.
 enum class Access : std::uint8_t { Ok, Missing, Failed };
 
-// What the file system tells of a file.
+// The attributes of a file.
 struct FileFacts {
     enum class Kind : std::uint8_t { File, Directory, Link, Other };
     Kind kind = Kind::Other;
@@ -39,9 +38,8 @@ struct FileFacts {
     std::uint64_t inode = 0;
 };
 
-// The files of the scanned tree, as signatures may see them: every path is resolved below the root; nothing but
-// regular files is read; what others may not see, and what holds secrets, is not read at all; each file is read once
-// while it is asked for again and again.
+// The files of the scanned tree as signatures may see them. Every path is resolved below the root. Only regular files are
+// read, and none that other users may not read or that contains secrets. Contents are cached.
 class Files {
   public:
     Files(const Root& root, const Settings& settings) : Files(root, settings, Disclosure(settings)) {}
@@ -50,15 +48,15 @@ class Files {
     Files(const Files&) = delete;
     Files& operator=(const Files&) = delete;
 
-    // A failure comes with the event that tells why.
+    // The event is set when access is Failed.
     struct Facts {
         Access access = Access::Missing;
         FileFacts facts;
         std::optional<Event> event;
     };
-    // Of what `path` leads to, links followed.
+    // The attributes of the file at `path`. Follows links.
     Facts look(const std::string& path);
-    // Of the link itself where it is one.
+    // The attributes of the file or link at `path`.
     Facts lookAtLink(const std::string& path);
 
     struct Names {
@@ -66,10 +64,10 @@ class Files {
         std::vector<std::string> names;  // sorted, without "." and ".."
         std::optional<Event> event;
     };
-    // What a directory holds; of anything else Missing.
+    // The names in a directory. Anything else is Missing.
     Names list(const std::string& path);
 
-    // The path without symbolic links, "/usr/bin/dash" for "/bin/sh"; `path` itself when nothing is there.
+    // The path without symbolic links: "/usr/bin/dash" for "/bin/sh". `path` itself when there is no such file.
     std::string withoutLinks(const std::string& path);
     std::string linkText(const std::string& path);
 
@@ -78,9 +76,8 @@ class Files {
         std::shared_ptr<const std::string> bytes;  // of access Ok
         std::optional<Event> event;
     };
-    // The whole content of a regular file of at most `limit` bytes: a larger one fails with LimitBytes. What is no
-    // regular file is Missing, and if it is no directory either, an event says so. A file whose size changes while it
-    // is read is read once more and then fails.
+    // The whole content of a regular file. A file with more than `limit` bytes fails with LimitBytes. Anything else is
+    // Missing, with an event unless it is a directory. A file whose size changes during both of two attempts fails.
     Content read(const std::string& path, std::uint64_t limit);
     // At most the first `limit` bytes.
     Content readStart(const std::string& path, std::uint64_t limit);
@@ -90,24 +87,24 @@ class Files {
         kest::Descriptor file;  // of access Ok
         std::optional<Event> event;
     };
-    // A regular file, for those who need some parts of a large one.
+    // Opens a regular file, of which only parts are needed.
     Opening open(const std::string& path);
 
     // The SHA-256 of a regular file in lower-case hexadecimal digits, in `bytes`.
     Content sha256(const std::string& path);
-    // Takes such sums from there, and gives them to it. It must outlive the files.
-    void keepSumsIn(HashCache& cache) { cache_ = &cache; }
+    // Looks up and stores hashes in this cache. REQUIRES: it outlives this object.
+    void useHashCache(HashCache& cache) { cache_ = &cache; }
 
     // What is read is counted there, which may end that. It must outlive the files.
     void countIn(LookupBudget& budget) { budget_ = &budget; }
 
-    // Lets go of the contents that are kept.
+    // Releases the cached contents.
     void forget();
 
   private:
     struct Opened {
-        Content refusal;        // when the file is not to be read
-        kest::Descriptor file;  // else open for reading
+        Content refusal;        // if the file must not be read
+        kest::Descriptor file;  // otherwise open for reading
         FileState state;
     };
     struct Cached {
@@ -130,7 +127,7 @@ class Files {
     FileFinder finder_;
     LookupBudget* budget_ = nullptr;
     std::map<FileState, Cached> contents_;
-    std::deque<FileState> order_;  // of contents_, the oldest first
+    std::deque<FileState> order_;  // keys of contents_, oldest first
     std::uint64_t held_ = 0;       // bytes in contents_
     std::map<FileState, std::shared_ptr<const std::string>> sums_;
     HashCache* cache_ = nullptr;

@@ -1,10 +1,13 @@
 #include "toolkit/quorvis/files/HashCache.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -23,11 +26,11 @@ namespace {
 
 constexpr std::string_view kName = "quorvis-hashes ";
 constexpr std::string_view kHeader = "quorvis-hashes 1\n";
-constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
-constexpr std::size_t kManyEntries = 100'000;  // with more, those that nobody uses are dropped
+constexpr std::uint64_t kMaxSize = std::uint64_t{64} << 20;
+constexpr std::size_t kMaxUnusedEntries = 100'000;  // a larger cache drops the entries that were not used
 constexpr std::int64_t kSecond = 1'000'000'000;
 
-// The lines of an open file, each with its line feed.
+// Reads an open file line by line. The lines include their line feed.
 class LineReader {
   public:
     explicit LineReader(const kest::Descriptor& file)
@@ -44,7 +47,7 @@ class LineReader {
         line = length < 0 ? std::string_view() : std::string_view(line_, static_cast<std::size_t>(length));
         return length >= 0;
     }
-    // Whether no line is left, rather than that one could not be read.
+    // Whether next() failed at the end of the file, and not because of an error.
     bool atEnd() const { return stream_ != nullptr && std::feof(stream_) != 0; }
 
   private:
@@ -53,7 +56,7 @@ class LineReader {
     std::size_t room_ = 0;
 };
 
-// Takes a number from the front, with the blank behind it.
+// Takes a number and the blank behind it from the front.
 template <class Number>
 bool takeNumber(std::string_view& line, Number& number) {
     const char* const last = line.data() + line.size();
@@ -73,13 +76,19 @@ void appendFields(std::string& text, Fields... fields) {
     ((text += std::to_string(fields), text += ' '), ...);
 }
 
-// Why a file is not believed; empty for the user's own.
-std::string doubtAbout(const struct stat& status) {
+// Why a file is not trusted; empty when it is.
+std::string reasonForDistrust(const struct stat& status) {
     if (!S_ISREG(status.st_mode)) return "it is no regular file";
     if (status.st_uid != ::geteuid()) return "it belongs to another user";
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "other users may write to it";
     return {};
 }
+
+constexpr std::uint32_t kXfs = 0x58465342;
+constexpr std::uint32_t kZfs = 0x2FC12FC1;
+constexpr std::array<std::uint32_t, 7> kWritableFileSystems = {
+    EXT4_SUPER_MAGIC, kXfs, BTRFS_SUPER_MAGIC, kZfs, F2FS_SUPER_MAGIC, TMPFS_MAGIC, OVERLAYFS_SUPER_MAGIC,
+};
 
 }  // namespace
 
@@ -110,7 +119,8 @@ void HashCache::open() {
     struct stat status {};
     if (::fstat(file_.number(), &status) != 0)
         return giveUp(EventCode::Io, std::generic_category().message(errno));
-    if (const std::string doubt = doubtAbout(status); !doubt.empty()) return giveUp(EventCode::Denied, doubt);
+    if (const std::string reason = reasonForDistrust(status); !reason.empty())
+        return giveUp(EventCode::Denied, reason);
     size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
@@ -139,7 +149,7 @@ HashCache::Reading HashCache::readFile() {
     std::string_view line;
     if (!lines.next(line)) return lines.atEnd() ? Reading::Done : Reading::Damaged;
     if (!line.starts_with(kName)) return Reading::NoCache;
-    if (size_ > kMostBytes) return Reading::TooLarge;
+    if (size_ > kMaxSize) return Reading::TooLarge;
     if (line != kHeader) return Reading::OtherVersion;
     while (lines.next(line)) {
         if (!readEntry(line)) return Reading::Damaged;
@@ -180,7 +190,7 @@ void HashCache::remember(const FileState& state, std::string_view algorithm, std
 }
 
 void HashCache::write(const TextSink& sink) const {
-    const bool all = entries_.size() <= kManyEntries;
+    const bool all = entries_.size() <= kMaxUnusedEntries;
     std::uint64_t written = kHeader.size();
     std::string text(kHeader);
     for (const auto& [key, entry] : entries_) {
@@ -190,7 +200,7 @@ void HashCache::write(const TextSink& sink) const {
         appendFields(text, state.device, state.inode, state.size, state.changed, state.modified);
         text.append(key.algorithm).append(1, ' ').append(entry.hash).append(1, '\n');
         written += text.size() - before;
-        if (written > kMostBytes) {
+        if (written > kMaxSize) {
             text.resize(before);
             break;
         }
@@ -215,6 +225,13 @@ std::vector<Event> HashCache::save() {
         }
     }
     return std::exchange(events_, {});
+}
+
+bool keepsStates(const kest::Descriptor& file) {
+    struct statfs status {};
+    return ::fstatfs(file.number(), &status) == 0 &&
+           std::ranges::find(kWritableFileSystems, static_cast<std::uint32_t>(status.f_type)) !=
+               kWritableFileSystems.end();
 }
 
 }  // namespace toolkit::quorvis

@@ -12,25 +12,25 @@ namespace toolkit::quorvis {
 
 namespace {
 
-using Mark = std::string_view;
-constexpr std::array<Mark, 14> kStarts = {
-    Mark("PuTTY-User-Key-File-"),
-    Mark("SSH PRIVATE KEY FILE FORMAT"),
-    Mark("---- BEGIN SSH2 ENCRYPTED PRIVATE KEY"),
-    Mark("(11:private-key"),
-    Mark("(21:protected-private-key"),
-    Mark("(20:shadowed-private-key"),
-    Mark("Private-key-format: "),
-    Mark("untrusted comment: minisign encrypted secret key"),
-    Mark("untrusted comment: signify secret key"),
-    Mark("== ed25519v1-secret"),
-    Mark("\xFE\xED\xFE\xED", 4),  // a key store of Java
-    Mark("\xCE\xCE\xCE\xCE", 4),
-    Mark("\x03\xD9\xA2\x9A", 4),  // a password manager's
-    Mark("LUKS\xBA\xBE", 6),
+using Magic = std::string_view;
+constexpr std::array<Magic, 14> kMagics = {
+    Magic("PuTTY-User-Key-File-"),
+    Magic("SSH PRIVATE KEY FILE FORMAT"),
+    Magic("---- BEGIN SSH2 ENCRYPTED PRIVATE KEY"),
+    Magic("(11:private-key"),
+    Magic("(21:protected-private-key"),
+    Magic("(20:shadowed-private-key"),
+    Magic("Private-key-format: "),
+    Magic("untrusted comment: minisign encrypted secret key"),
+    Magic("untrusted comment: signify secret key"),
+    Magic("== ed25519v1-secret"),
+    Magic("\xFE\xED\xFE\xED", 4),  // Java key store
+    Magic("\xCE\xCE\xCE\xCE", 4),
+    Magic("\x03\xD9\xA2\x9A", 4),  // database of a password manager
+    Magic("LUKS\xBA\xBE", 6),
 };
 
-// The body of the DER sequence that starts the bytes; empty when none does.
+// The body of the DER sequence at the start of the bytes; empty when there is none.
 std::string_view sequenceBody(std::string_view bytes) {
     if (bytes.size() < 8 || bytes[0] != '\x30') return {};
     const auto length = static_cast<std::uint8_t>(bytes[1]);
@@ -38,18 +38,18 @@ std::string_view sequenceBody(std::string_view bytes) {
     return more > 4 ? std::string_view() : bytes.substr(2 + more);
 }
 
-// A private key (version 0 or 1, then a number, an algorithm or the key) or a PKCS #12 store (version 3, then its
-// content). A certificate has no number first.
+// Whether this is a private key (version 0 or 1, followed by a number, an algorithm or the key) or a PKCS #12 store (version
+// 3, followed by its content). A certificate does not start with a number.
 bool isBinaryKey(std::string_view start) {
     const std::string_view body = sequenceBody(start);
-    if (!body.starts_with(Mark("\x02\x01", 2)) || body.size() < 4) return false;
+    if (!body.starts_with(Magic("\x02\x01", 2)) || body.size() < 4) return false;
     const char version = body[2];
     const char next = body[3];
     if (version == 3) return next == '\x30';
     return (version == 0 || version == 1) && (next == '\x30' || next == '\x02' || next == '\x04');
 }
 
-// The first entry is as long as the file has room for.
+// Whether this is a Kerberos key table, whose first entry fits into the file.
 bool isKeyTable(std::string_view start, std::size_t size) {
     if (start.size() < 8 || start[0] != '\x05' || (start[1] != 1 && start[1] != 2)) return false;
     const std::uint64_t entry = bigEndian(start, 2, 4);
@@ -60,7 +60,7 @@ bool isTicketCache(std::string_view start) {
     return start.size() > 4 && start[0] == '\x05' && (start[1] == 3 || start[1] == 4) && start[2] == 0;
 }
 
-// A packet with a secret key: its tag, a length, the version.
+// Whether this is an OpenPGP packet with a secret key: a tag, a length and the version.
 bool isSecretPacket(std::string_view start) {
     if (start.size() < 8) return false;
     const auto tag = static_cast<std::uint8_t>(start[0]);
@@ -73,7 +73,7 @@ bool isSecretPacket(std::string_view start) {
     return version > 0 && version < start.size() && start[version] >= 3 && start[version] <= 6;
 }
 
-// One expression, so that a text is gone through once. What makes a header a key is that something follows it.
+// A single expression, so that a text is searched once. A PEM header counts only if a key follows it.
 constexpr const char* kKeys =
     R"(-----BEGIN (?:[A-Za-z0-9]+ )*PRIVATE KEY(?: BLOCK)?-----(?:\s|\\+[nrt]|\\u000[ad])*[A-Za-z0-9+/=&])"
     R"(|LS0tLS1CRUdJTi(?:BSU0EgUFJJVkFURS|BQUklWQVRF|BFQyBQUklWQVRF|BPUEVOU1NIIFBSSVZBVEUg|BFTkNSWVBURUQgUFJJVkFURS|BEU0EgUFJJVkFURS|BQR1AgUFJJVkFURS))"
@@ -91,8 +91,8 @@ const RE2& keys() {
 }  // namespace
 
 bool beginsAsKey(std::string_view start, std::size_t size) {
-    const auto begins = [start](Mark mark) { return start.starts_with(mark); };
-    return std::ranges::any_of(kStarts, begins) || isBinaryKey(start) || isKeyTable(start, size) ||
+    const auto begins = [start](Magic magic) { return start.starts_with(magic); };
+    return std::ranges::any_of(kMagics, begins) || isBinaryKey(start) || isKeyTable(start, size) ||
            isTicketCache(start) || isSecretPacket(start);
 }
 

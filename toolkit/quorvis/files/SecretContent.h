@@ -4,12 +4,12 @@
 
 namespace toolkit::quorvis {
 
-// Whether a file that begins like this is a store of keys: of PKCS #12, Java, Kerberos, PuTTY, GnuPG, a password manager,
-// or a private key in binary form. `size` is that of the file.
+// Whether a file that starts with these bytes is a private key in binary form or a key store: PKCS #12, Java, Kerberos,
+// PuTTY, GnuPG, a password manager. `size` is the size of the file.
 bool beginsAsKey(std::string_view start, std::size_t size);
 
-// Whether a text holds a private key or the hash of a password anywhere: PEM, also in base64 or with escaped line ends,
-// OpenSSH, OpenPGP, WireGuard, age; lines as those of /etc/shadow.
+// Whether a text contains a private key (PEM, also in base64 or with escaped line ends, OpenSSH, OpenPGP, WireGuard, age)
+// or the hash of a password, as in /etc/shadow.
 bool holdsKey(std::string_view text);
 
 }  // namespace toolkit::quorvis

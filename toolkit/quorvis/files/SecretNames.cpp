@@ -5,13 +5,13 @@
 #include <string>
 
 #include "kest/Ascii.h"
-#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-// Names of files, wherever they lie.
+// Names of files in any directory, in lower case.
 constexpr std::string_view kFiles[] = {
     // of the system
     "shadow",
@@ -134,7 +134,7 @@ constexpr std::string_view kEnds[] = {
 
 constexpr std::string_view kStarts[] = {".env.", "krb5cc_", "terraform.tfstate."};
 
-// Directories, wherever they lie.
+// Directories at any place, in lower case.
 constexpr std::string_view kDirectories[] = {
     ".ssh",
     ".gnupg",
@@ -185,7 +185,7 @@ constexpr std::string_view kDirectories[] = {
     ".cloudflared",
 };
 
-// Files and directories of the whole machine.
+// Files and directories with fixed paths, in lower case.
 constexpr std::string_view kPlaces[] = {
     "/dev",
     "/proc",
@@ -254,8 +254,8 @@ constexpr std::string_view kPlaces[] = {
     "/var/spool/mail",
 };
 
-// What copies of a file have behind its name.
-constexpr std::string_view kMarks[] = {
+// Suffixes of copies of a file.
+constexpr std::string_view kCopySuffixes[] = {
     "~",        "-",         "+",         ".bak",       "_bak",      "-bak",     ".old",
     "_old",     "-old",      ".orig",     ".org",       ".save",     ".sav",     ".saved",
     ".swp",     ".swo",      ".tmp",      ".temp",      ".copy",     "_copy",    "-copy",
@@ -264,7 +264,7 @@ constexpr std::string_view kMarks[] = {
     ".gz",      ".bz2",      ".xz",       ".zst",       ".lz4",      ".zip",     ".txt",
 };
 
-// Removes a date or number with what separates it: "shadow-2025-01-31", ".netrc.1".
+// Removes a trailing date or number and its separator: "shadow-2025-01-31", ".netrc.1".
 bool dropNumber(std::string_view& name) {
     const std::size_t end = name.find_last_not_of("0123456789-_.:T");
     if (end == std::string_view::npos || end + 2 >= name.size()) return false;
@@ -273,10 +273,10 @@ bool dropNumber(std::string_view& name) {
     return true;
 }
 
-bool dropMark(std::string_view& name) {
-    for (const std::string_view mark : kMarks) {
-        if (name.size() <= mark.size() || !name.ends_with(mark)) continue;
-        name.remove_suffix(mark.size());
+bool dropCopySuffix(std::string_view& name) {
+    for (const std::string_view suffix : kCopySuffixes) {
+        if (name.size() <= suffix.size() || !name.ends_with(suffix)) continue;
+        name.remove_suffix(suffix.size());
         return true;
     }
     return dropNumber(name);
@@ -292,32 +292,17 @@ bool isSecretFile(std::string_view name) {
     return std::ranges::any_of(kEnds, endsIt) || std::ranges::any_of(kStarts, startsIt);
 }
 
-// The name itself, or that of which it is a copy.
+// Whether the file, or the original if it is a copy, is secret.
 bool isSecretFileOrCopy(std::string_view name) {
     do {
         if (isSecretFile(name)) return true;
-        // What an editor has open: ".shadow.swp"
+        // Swap files of editors: ".shadow.swp"
         if (name.starts_with('.') && isSecretFile(name.substr(1))) return true;
         if (name.starts_with('#') && name.ends_with('#') && name.size() > 2 &&
             isSecretFile(name.substr(1, name.size() - 2)))
             return true;
-    } while (dropMark(name));
+    } while (dropCopySuffix(name));
     return false;
-}
-
-// In small letters, with single slashes and without ".".
-std::string tidied(std::string_view path) {
-    std::string tidy;
-    while (!path.empty()) {
-        const std::string_view name = takeField(path, '/');
-        if (!name.empty() && name != ".") tidy.append(1, '/').append(name);
-    }
-    return kest::lowerCase(tidy);
-}
-
-// Whether the path is that of a place, or lies below it.
-bool liesIn(std::string_view path, std::string_view place) {
-    return path.starts_with(place) && (path.size() == place.size() || path[place.size()] == '/');
 }
 
 bool passesThrough(std::string_view path, std::string_view directory) {
@@ -331,8 +316,8 @@ bool passesThrough(std::string_view path, std::string_view directory) {
 }  // namespace
 
 bool isSecretByName(std::string_view path) {
-    const std::string tidy = tidied(path);
-    const std::string_view all = tidy;
+    const std::string normalized = kest::lowerCase(normalizedPath(path));
+    const std::string_view all = normalized;
     const auto liesThere = [all](std::string_view place) { return liesIn(all, place); };
     const auto leadsThrough = [all](std::string_view directory) { return passesThrough(all, directory); };
     if (std::ranges::any_of(kPlaces, liesThere) || std::ranges::any_of(kDirectories, leadsThrough))

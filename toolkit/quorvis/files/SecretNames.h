@@ -4,8 +4,8 @@
 
 namespace toolkit::quorvis {
 
-// Whether a file of this path is known to hold passwords, keys, tokens, or what somebody has typed, as copies that
-// editors and administrators leave beside such files are. Capitals make no difference.
+// Whether files with this path are known to contain passwords, keys, tokens or command histories. Backup copies of such
+// files count as well. Case-insensitive.
 bool isSecretByName(std::string_view path);
 
 }  // namespace toolkit::quorvis

@@ -12,9 +12,9 @@ class HelperThread {
   public:
     static constexpr std::size_t kStackSize = std::size_t{512} << 10;
 
-    // Runs `work`, which throws nothing; not at all where no thread can be had.
+    // Runs `work` in the thread. Does nothing if no thread can be created. REQUIRES: `work` does not throw.
     explicit HelperThread(std::function<void()> work);
-    // Waits for its end.
+    // Waits until `work` returns.
     ~HelperThread();
     HelperThread(const HelperThread&) = delete;
     HelperThread& operator=(const HelperThread&) = delete;

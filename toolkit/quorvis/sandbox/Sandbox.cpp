@@ -6,11 +6,11 @@
 namespace toolkit::quorvis {
 
 std::string enterSandbox(const Settings& settings) {
-    constexpr std::uint64_t kLeastRoom = std::uint64_t{64} << 20;
-    constexpr std::uint64_t kRoomOfThread = 2 * HelperThread::kStackSize;
+    constexpr std::uint64_t kMinMemory = std::uint64_t{64} << 20;
+    constexpr std::uint64_t kMemoryOfThread = 2 * HelperThread::kStackSize;
     SandboxNeeds needs;
     needs.memory = settings.evaluation.memoryLimit;
-    needs.leastMemory = kLeastRoom + settings.evaluation.jobs * kRoomOfThread;
+    needs.leastMemory = kMinMemory + settings.evaluation.jobs * kMemoryOfThread;
     return toolkit::enterSandbox(needs);
 }
 

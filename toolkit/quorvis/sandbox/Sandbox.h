@@ -6,8 +6,8 @@
 
 namespace toolkit::quorvis {
 
-// Gives up, for the rest of the process, what evaluating signatures does not need, and more memory than the settings
-// allow. Returns what could not be given up; empty when nothing is missing.
+// Permanently restricts the process to what the evaluation of signatures needs, and its memory to the limit of the
+// settings. Returns the restrictions that failed; empty if the sandbox is complete.
 std::string enterSandbox(const Settings& settings);
 
 }  // namespace toolkit::quorvis

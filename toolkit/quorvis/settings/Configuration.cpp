@@ -12,8 +12,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr unsigned kDeepest = 1'000;
-constexpr std::size_t kMost = 100'000;  // settings and variables
+constexpr unsigned kMaxDepth = 1'000;
+constexpr std::size_t kMaxEntries = 100'000;  // settings and variables
 
 struct TooMany {};
 
@@ -24,15 +24,15 @@ std::string valueOf(const char* const* attributes, std::string_view name) {
     return {};
 }
 
-// Gathers from a document that is well-formed.
-class Gatherer : public XmlHandler {
+// Reads the elements of a well-formed document.
+class ElementCollector : public XmlHandler {
   public:
-    explicit Gatherer(Configuration& configuration) : configuration_(configuration) {}
+    explicit ElementCollector(Configuration& configuration) : configuration_(configuration) {}
 
     void onStart(std::string_view name, const char* const* attributes, std::size_t /*offset*/) override {
         plugins_.push_back(plugins_.empty() ? std::string() : plugins_.back());
         if (name == "Plugin") plugins_.back() = valueOf(attributes, "name");
-        if (name == "Variable" || name == "Attribute") countOne();
+        if (name == "Variable" || name == "Attribute") checkCount();
         if (name == "Variable") {
             configuration_.presets.push_back(
                 {valueOf(attributes, "name"), valueOf(attributes, "value"), valueOf(attributes, "guid")});
@@ -46,15 +46,15 @@ class Gatherer : public XmlHandler {
     void onText(std::string_view /*text*/, std::size_t /*offset*/) override {}
 
   private:
-    void countOne() const {
-        if (configuration_.presets.size() + configuration_.settings.size() >= kMost) throw TooMany();
+    void checkCount() const {
+        if (configuration_.presets.size() + configuration_.settings.size() >= kMaxEntries) throw TooMany();
     }
 
     Configuration& configuration_;
-    std::vector<std::string> plugins_;  // the plug-in around each open element
+    std::vector<std::string> plugins_;  // the enclosing plug-in of each open element
 };
 
-// Takes what stands between `before` and the first `after` from the front.
+// Takes `before`, a text and the first `after` from the front. Returns the text.
 std::optional<std::string_view> takeBetween(std::string_view& text, std::string_view before,
                                             std::string_view after) {
     if (!text.starts_with(before)) return std::nullopt;
@@ -65,7 +65,7 @@ std::optional<std::string_view> takeBetween(std::string_view& text, std::string_
     return found;
 }
 
-// Takes off the "/>" of an element that ends the line, with the blanks and the quote before it.
+// Removes the end of an element and the quote before it from the end of the line.
 bool takeEnd(std::string_view& text) {
     for (const std::string_view end : {"\" />", "\"/>"}) {
         if (text.ends_with(end)) {
@@ -76,13 +76,13 @@ bool takeEnd(std::string_view& text) {
     return false;
 }
 
-// Gathers from the lines of a document whose values may hold anything, quotes as well.
-class LineGatherer {
+// Reads the lines of a document whose attribute values are not escaped.
+class LineCollector {
   public:
-    LineGatherer(Configuration& configuration, bool utf8) : configuration_(configuration), utf8_(utf8) {}
+    LineCollector(Configuration& configuration, bool utf8) : configuration_(configuration), utf8_(utf8) {}
 
     void take(std::string_view line) {
-        if (configuration_.presets.size() + configuration_.settings.size() >= kMost) throw TooMany();
+        if (configuration_.presets.size() + configuration_.settings.size() >= kMaxEntries) throw TooMany();
         line = trimmed(line);
         if (const auto plugin = takeBetween(line, "<Plugin name=\"", "\"")) {
             plugin_ = text(*plugin);
@@ -117,13 +117,13 @@ std::string describe(const DocumentText& document, const XmlFault& fault) {
 }
 
 void read(const std::string& path, const DocumentText& document, Configuration& configuration) {
-    Gatherer gatherer(configuration);
-    const std::optional<XmlFault> fault = parseXml(document, kDeepest, gatherer);
+    ElementCollector collector(configuration);
+    const std::optional<XmlFault> fault = parseXml(document, kMaxDepth, collector);
     if (!fault) return;
 
     configuration = {};
     configuration.events.push_back({EventCode::Config, path, describe(document, *fault), {}, {}});
-    LineGatherer lines(configuration, document.utf8);
+    LineCollector lines(configuration, document.utf8);
     std::string_view rest = document.bytes;
     for (std::string_view line; nextLine(rest, line);) lines.take(line);
 }

@@ -14,7 +14,7 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// Takes a decimal number from the front; what follows it, without blanks around it, stays in `text`.
+// Takes a decimal number from the front. The rest of the text remains, without surrounding blanks.
 std::optional<std::uint64_t> takeNumber(std::string_view& text) {
     text = trimmed(text);
     std::uint64_t number = 0;
@@ -25,9 +25,9 @@ std::optional<std::uint64_t> takeNumber(std::string_view& text) {
 }
 
 template <class Number>
-bool setNumber(Number& target, std::string_view text, std::uint64_t least, std::uint64_t most) {
+bool setNumber(Number& target, std::string_view text, std::uint64_t min, std::uint64_t max) {
     const std::optional<std::uint64_t> number = takeNumber(text);
-    if (!number || !text.empty() || *number < least || *number > most) return false;
+    if (!number || !text.empty() || *number < min || *number > max) return false;
     target = static_cast<Number>(*number);
     return true;
 }
@@ -36,7 +36,7 @@ bool setCount(std::uint64_t& target, std::string_view text) {
     return setNumber(target, text, 1, std::numeric_limits<std::uint64_t>::max());
 }
 
-// How many bits the unit stands for: "K", "KB", "KiB" and so on; none when it is no unit.
+// The power of two of a unit: 10 for "K", "KB" and "KiB". None for an unknown unit.
 std::optional<unsigned> shiftOf(std::string_view unit) {
     constexpr std::array<std::pair<std::string_view, unsigned>, 4> kUnits = {
         {{"", 0}, {"k", 10}, {"m", 20}, {"g", 30}}};
@@ -57,9 +57,10 @@ bool setSize(std::uint64_t& target, std::string_view text) {
 }
 
 bool setSeconds(std::chrono::seconds& target, std::string_view text) {
-    constexpr std::uint64_t kMost = 604'800;  // a week
+    constexpr std::uint64_t kMaxSeconds = 604'800;  // a week
     const std::optional<std::uint64_t> number = takeNumber(text);
-    if (!number || !(text.empty() || kest::equalsIgnoringCase(text, "s")) || *number == 0 || *number > kMost)
+    if (!number || !(text.empty() || kest::equalsIgnoringCase(text, "s")) || *number == 0 ||
+        *number > kMaxSeconds)
         return false;
     target = std::chrono::seconds(*number);
     return true;
@@ -87,7 +88,7 @@ bool addPath(std::vector<std::string>& target, std::string_view text) {
     return true;
 }
 
-// Names between commas or blanks.
+// Adds names that are separated by commas or blanks.
 bool addTypes(std::vector<std::string>& target, std::string_view text) {
     std::vector<std::string> added = target;
     while (!text.empty()) {
@@ -176,7 +177,7 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.evaluation.cache, v); }},
 };
 
-// What is wrong with the setting; empty when it was applied.
+// Applies a setting. Returns the problem; empty if there is none.
 std::string apply(const PluginSetting& given, Settings& settings) {
     bool knownPlugin = false;
     for (const Row& row : kRows) {

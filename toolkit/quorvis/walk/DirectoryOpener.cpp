@@ -10,7 +10,7 @@
 #include <system_error>
 
 #include "toolkit/machine/files/OpenResolved.h"
-#include "toolkit/quorvis/files/KernelFiles.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 #include "toolkit/quorvis/walk/LinkPath.h"
 
 namespace toolkit::quorvis {
@@ -139,7 +139,7 @@ Result DirectoryOpener::openMount(const DirectoryChain& parents, const Child& ch
     if (!crossDevices_) return {};
     const int parent = parents.last().number();
     Result result = opened(parent, child, openAt(parent, child, true));
-    if (result.directory.isOpen() && isMadeByKernel(result.directory.number())) return {};
+    if (result.directory.isOpen() && isOnPseudoFileSystem(result.directory.number())) return {};
     if (result.directory.isOpen() && parents.holds(result.directory.number()))
         return {{}, false, EventCode::Loop, "A directory is mounted inside of itself"};
     return result;
@@ -205,7 +205,7 @@ bool DirectoryOpener::mayAsk(const DirectoryChain& parents, std::string_view pat
 Result DirectoryOpener::follow(int parent, const Child& child) const {
     if (leadsToRemote(child.path)) return remoteSkipped();
     const FoundFile found = finder_.find(child.path, true);
-    if (found.problem == FoundFile::Problem::MadeByKernel) return {};
+    if (found.problem == FoundFile::Problem::PseudoFile) return {};
     if (found.problem == FoundFile::Problem::HiddenDirectory)
         return {{}, true, EventCode::Denied, "This leads to where other users may not look"};
     if (found.problem != FoundFile::Problem::None) {

@@ -63,7 +63,7 @@ class HashCacheTest : public ::testing::Test {
     std::string sumIn(const Root& root, const std::string& path) {
         HashCache cache(cache_.string(), currentTime() + 10 * kSecond);
         Files files(root, settings_);
-        files.keepSumsIn(cache);
+        files.useHashCache(cache);
         const Files::Content content = files.sha256(path);
         events_ = cache.save();
         return content.access == Access::Ok ? *content.bytes : "?";
@@ -147,7 +147,7 @@ TEST_F(HashCacheTest, WhatChangedJustNowOrLaterIsNotKept) {
         HashCache cache(cache_.string(), now);
         const Root root(tree_.path().string());
         Files files(root, settings_);
-        files.keepSumsIn(cache);
+        files.useHashCache(cache);
         EXPECT_EQ(kSumOfAbc, *files.sha256("/f").bytes);
         EXPECT_TRUE(cache.save().empty());
         EXPECT_EQ(kept, fs::exists(cache_)) << now - changed;
