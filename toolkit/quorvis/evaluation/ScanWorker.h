@@ -6,7 +6,7 @@
 
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/evaluation/ScanTail.h"
-#include "toolkit/quorvis/formats/DocumentText.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/settings/CommandLine.h"
 #include "toolkit/quorvis/settings/Configuration.h"
 #include "toolkit/quorvis/settings/Settings.h"

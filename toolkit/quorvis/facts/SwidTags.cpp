@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/XmlEvents.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {
 
@@ -72,10 +72,11 @@ bool SwidEntity::hasRole(std::string_view wanted) const {
     return false;
 }
 
-std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem, const Tick& tick) {
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem,
+                                    const ProgressCheck& checkProgress) {
     SwidTag tag;
     TagReader reader(tag);
-    if (std::optional<std::string> damage = readXml(text, reader, tick)) {
+    if (std::optional<std::string> damage = readXml(text, reader, checkProgress)) {
         problem = "damaged XML, " + *damage;
     } else if (!reader.isTag()) {
         problem = "no SoftwareIdentity element";

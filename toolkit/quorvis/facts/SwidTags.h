@@ -34,7 +34,8 @@ struct SwidTag {
 };
 
 // None, with `problem` told in words, when the text is no tag, or a damaged one.
-std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem, const Tick& tick = {});
+std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem,
+                                    const ProgressCheck& checkProgress = {});
 
 // The SWID tags of the machine, read once.
 class SwidTags {

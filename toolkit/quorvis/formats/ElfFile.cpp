@@ -12,12 +12,12 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kMostSections = std::uint64_t{1} << 18;
-constexpr std::uint64_t kLargestNames = std::uint64_t{16} << 20;
-constexpr std::uint64_t kLargestDynamic = std::uint64_t{1} << 20;
-constexpr std::uint64_t kLargestNote = std::uint64_t{64} << 10;
-constexpr std::uint64_t kLongestText = std::uint64_t{4} << 10;
-constexpr std::size_t kMostNeeded = 1000;
+constexpr std::uint64_t kMaxSections = std::uint64_t{1} << 18;
+constexpr std::uint64_t kMaxNamesSize = std::uint64_t{16} << 20;
+constexpr std::uint64_t kMaxDynamicSize = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMaxNoteSize = std::uint64_t{64} << 10;
+constexpr std::uint64_t kMaxTextSize = std::uint64_t{4} << 10;
+constexpr std::size_t kMaxNeeded = 1000;
 
 std::string hexadecimal(std::string_view bytes) {
     constexpr char kDigits[] = "0123456789abcdef";
@@ -108,7 +108,7 @@ bool ElfFile::readSegments() {
     return true;
 }
 
-// False when they are damaged. `names` holds the names of the sections.
+// Reads the section headers, and the section that contains their names. False when they are damaged.
 bool ElfFile::readSections(std::vector<Segment>& sections, std::string& names) const {
     const std::uint64_t offset =
         address(header_, offsetof(Elf32_Ehdr, e_shoff), offsetof(Elf64_Ehdr, e_shoff));
@@ -117,18 +117,18 @@ bool ElfFile::readSections(std::vector<Segment>& sections, std::string& names) c
     if (offset == 0) return true;
     std::string table;
     if (number(header_, sizeAt, 2) != size || !file_->read(offset, size, table)) return false;
-    // Numbers that are too large for the header stand in the first section.
+    // Numbers that do not fit into the header are in the first section header.
     const Segment first = section(table);
     std::uint64_t count = number(header_, sizeAt + 2, 2);
     std::uint64_t namesAt = number(header_, sizeAt + 4, 2);
     if (count == 0) count = first.size;
     if (namesAt == SHN_XINDEX) namesAt = first.link;
-    if (count > kMostSections || !file_->read(offset, count * size, table)) return false;
+    if (count > kMaxSections || !file_->read(offset, count * size, table)) return false;
     for (std::size_t at = 0; at < table.size(); at += size)
         sections.push_back(section(std::string_view(table).substr(at, size)));
     if (namesAt >= sections.size()) return namesAt == SHN_UNDEF;
     const Segment& place = sections[namesAt];
-    return place.size <= kLargestNames && file_->read(place.offset, place.size, names);
+    return place.size <= kMaxNamesSize && file_->read(place.offset, place.size, names);
 }
 
 std::optional<std::uint64_t> ElfFile::offsetOf(std::uint64_t address) const {
@@ -141,7 +141,7 @@ std::optional<std::uint64_t> ElfFile::offsetOf(std::uint64_t address) const {
 }
 
 bool ElfFile::readText(std::uint64_t offset, std::string& text) const {
-    text = file_->readUpTo(offset, kLongestText);
+    text = file_->readUpTo(offset, kMaxTextSize);
     const std::size_t end = text.find('\0');
     if (end == std::string::npos) return false;
     text.resize(end);
@@ -152,7 +152,7 @@ bool ElfFile::readDynamic(Dynamic& dynamic) const {
     const auto found = std::ranges::find(segments_, std::uint64_t{PT_DYNAMIC}, &Segment::type);
     if (found == segments_.end()) return true;
     std::string table;
-    if (found->size > kLargestDynamic || !file_->read(found->offset, found->size, table)) return false;
+    if (found->size > kMaxDynamicSize || !file_->read(found->offset, found->size, table)) return false;
 
     const std::size_t width = wide_ ? 8 : 4;
     std::vector<std::uint64_t> needed;
@@ -162,7 +162,7 @@ bool ElfFile::readDynamic(Dynamic& dynamic) const {
         const std::uint64_t tag = number(table, at, width);
         const std::uint64_t value = number(table, at + width, width);
         if (tag == DT_NULL) break;
-        if (tag == DT_NEEDED && needed.size() < kMostNeeded) needed.push_back(value);
+        if (tag == DT_NEEDED && needed.size() < kMaxNeeded) needed.push_back(value);
         if (tag == DT_SONAME) soname = value;
         if (tag == DT_STRTAB) texts = offsetOf(value);
     }
@@ -193,14 +193,14 @@ std::string ElfFile::buildIdIn(std::string_view notes, std::size_t alignment) co
 
 std::string ElfFile::buildId() const {
     const auto idIn = [this](const Segment& place) {
-        const std::string notes = file_->readUpTo(place.offset, std::min(place.size, kLargestNote));
+        const std::string notes = file_->readUpTo(place.offset, std::min(place.size, kMaxNoteSize));
         return buildIdIn(notes, place.alignment == 8 ? 8 : 4);
     };
     for (const Segment& segment : segments_) {
         std::string id = segment.type == PT_NOTE ? idIn(segment) : std::string();
         if (!id.empty()) return id;
     }
-    // Modules of the kernel have no segments.
+    // Kernel modules have no segments.
     std::vector<Segment> sections;
     std::string names;
     if (!segments_.empty() || !readSections(sections, names)) return {};

@@ -10,25 +10,24 @@
 
 namespace toolkit::quorvis {
 
-// What a program or library tells of itself. Files of both classes and byte orders are read, whatever this
-// machine is; nothing that they say is trusted.
+// Reads an ELF program or library of any class and byte order. The file is not trusted: all offsets and sizes are checked.
 class ElfFile {
   public:
-    // None when the file is of another kind, and when its header is damaged: `damaged` tells which. `file`
-    // outlives it.
+    // None if the file is not an ELF file, or if its header is damaged; then `damaged` is set. REQUIRES: `file` outlives
+    // this object.
     static std::optional<ElfFile> open(const RandomAccessFile& file, bool& damaged);
 
-    // As uname calls it; empty for one that is not known.
+    // The name that uname prints; empty for an unknown machine.
     std::string_view machine() const { return machine_; }
 
-    // What the dynamic linker reads; false when it is damaged.
+    // The dynamic section. False when it is damaged.
     struct Dynamic {
         std::string soname;
         std::vector<std::string> needed;
     };
     bool readDynamic(Dynamic& dynamic) const;
 
-    // In lower-case hexadecimal digits; empty when there is none.
+    // In lower-case hexadecimal digits; empty if there is none.
     std::string buildId() const;
 
     enum class Section : std::uint8_t { Found, Missing, TooLarge, Damaged };
@@ -36,14 +35,14 @@ class ElfFile {
     Section readSection(std::string_view name, std::uint64_t limit, std::string& content) const;
 
   private:
-    // A part of a program header or section header table entry.
+    // The fields of a program header or a section header.
     struct Segment {
         std::uint64_t type = 0;
         std::uint64_t offset = 0;
         std::uint64_t address = 0;
         std::uint64_t size = 0;  // in the file
         std::uint64_t alignment = 0;
-        std::uint64_t name = 0;  // of a section: where it stands in the names
+        std::uint64_t name = 0;  // of a section: its offset in the section of names
         std::uint64_t link = 0;
     };
 
@@ -55,7 +54,7 @@ class ElfFile {
     Segment segment(std::string_view entry) const;
     Segment section(std::string_view entry) const;
     std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) const;
-    // A number of the class's width that stands at `offset32` or `offset64`.
+    // Reads an address at `offset32` or `offset64`, depending on the class of the file.
     std::uint64_t address(std::string_view bytes, std::size_t offset32, std::size_t offset64) const;
     std::optional<std::uint64_t> offsetOf(std::uint64_t address) const;
     bool readText(std::uint64_t offset, std::string& text) const;

@@ -11,14 +11,14 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::string_view kManifest = "META-INF/MANIFEST.MF";
-constexpr std::uint64_t kLargestMember = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMaxMemberSize = std::uint64_t{1} << 20;
 
 bool isMavenProperties(std::string_view name) {
     return name.starts_with("META-INF/maven/") && name.ends_with("/pom.properties");
 }
 
-// The main part of a manifest: up to the first empty line. A line that starts with a blank continues the one
-// before.
+// The main section of a manifest, which ends at the first empty line. A line that starts with a blank continues the
+// previous line.
 class Manifest {
   public:
     explicit Manifest(std::string_view text) {
@@ -32,7 +32,7 @@ class Manifest {
         }
     }
 
-    // The first of these that has a value of its own: "%name" stands for one in another file.
+    // The first of these entries with a value. "%name" is not a value: it refers to another file.
     std::string first(std::initializer_list<std::string_view> names) const {
         for (const std::string_view name : names) {
             const auto isNamed = [name](const auto& entry) { return entry.first == name; };
@@ -76,15 +76,15 @@ ProductFacts readJar(const RandomAccessFile& file, std::string& damage) {
     std::string text;
     const auto manifest = std::ranges::find(members, kManifest, &ZipMember::name);
     if (manifest != members.end()) {
-        if (!readZipMember(file, *manifest, kLargestMember, text)) damage = "the manifest is damaged";
+        if (!readZipMember(file, *manifest, kMaxMemberSize, text)) damage = "the manifest is damaged";
         takeManifest(text, facts);
     }
     const bool complete = !facts.name.empty() && !facts.version.empty() && !facts.vendor.empty();
     const auto isMaven = [](const ZipMember& member) { return isMavenProperties(member.name); };
-    // An archive with the properties of several projects does not tell which one it is.
+    // With the properties of several projects, the product is not known.
     if (complete || std::ranges::count_if(members, isMaven) != 1) return facts;
     const auto properties = std::ranges::find_if(members, isMaven);
-    if (!readZipMember(file, *properties, kLargestMember, text)) damage = "the Maven properties are damaged";
+    if (!readZipMember(file, *properties, kMaxMemberSize, text)) damage = "the Maven properties are damaged";
     takeMavenProperties(text, facts);
     return facts;
 }

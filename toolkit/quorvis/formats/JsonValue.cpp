@@ -8,18 +8,18 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kDeepest = 64;
-constexpr std::size_t kMostBytes = std::size_t{64} << 10;
+constexpr std::size_t kMaxDepth = 64;
+constexpr std::size_t kMaxTextSize = std::size_t{64} << 10;
 
 using Json = nlohmann::json;
 
-// Whoever compares or reports a value has no use for an endless one.
+// Limits the size of a value.
 std::optional<std::string> cut(std::optional<std::string> value) {
-    if (value && value->size() > kMostBytes) value->resize(kMostBytes);
+    if (value && value->size() > kMaxTextSize) value->resize(kMaxTextSize);
     return value;
 }
 
-// "~1" stands for a slash and "~0" for a tilde.
+// Replaces the escapes of JSON pointers: "~1" is a slash and "~0" is a tilde.
 std::string withoutTildes(std::string_view step) {
     std::string name;
     for (std::size_t i = 0; i < step.size(); ++i) {
@@ -43,10 +43,11 @@ std::vector<std::string> stepsOf(std::string_view key) {
     return steps;
 }
 
-// Finds the value while the parser goes through the document, which is never held as a whole.
+// Finds the value during parsing, so that no tree of the document is needed.
 class Finder : public Json::json_sax_t {
   public:
-    Finder(std::vector<std::string> steps, const Tick& tick) : steps_(std::move(steps)), tick_(tick) {}
+    Finder(std::vector<std::string> steps, const ProgressCheck& checkProgress)
+        : steps_(std::move(steps)), checkProgress_(checkProgress) {}
 
     JsonValue takeFound() { return std::move(found_); }
 
@@ -54,7 +55,7 @@ class Finder : public Json::json_sax_t {
     bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
     bool number_integer(number_integer_t value) override { return scalar(std::to_string(value)); }
     bool number_unsigned(number_unsigned_t value) override { return scalar(std::to_string(value)); }
-    // As it is written: 1.10 is a version too.
+    // The text is kept, because 1.10 may be a version.
     bool number_float(number_float_t /*value*/, const string_t& text) override { return scalar(text); }
     bool string(string_t& text) override { return scalar(text); }
     bool binary(binary_t& /*value*/) override { return false; }
@@ -77,37 +78,37 @@ class Finder : public Json::json_sax_t {
   private:
     struct Container {
         bool array;
-        bool onTheWay;  // to the value
+        bool onPath;  // whether the path to the value leads through it
         std::size_t index = 0;
     };
 
-    // Whether the value that comes now is the one that the steps so far lead to.
-    bool onTheWay() const {
+    // Whether the path to the wanted value leads to or through the next value.
+    bool onPath() const {
         if (open_.empty()) return true;
         const Container& parent = open_.back();
-        if (!parent.onTheWay || open_.size() > steps_.size()) return false;
+        if (!parent.onPath || open_.size() > steps_.size()) return false;
         const std::string& wanted = steps_[open_.size() - 1];
         return parent.array ? wanted == std::to_string(parent.index) : wanted == step_;
     }
 
     void passValue() {
-        if (tick_) tick_();
+        if (checkProgress_) checkProgress_();
         if (!open_.empty()) ++open_.back().index;
     }
 
     bool scalar(std::optional<std::string> value) {
-        if (open_.size() == steps_.size() && onTheWay()) found_.value = cut(std::move(value));
+        if (open_.size() == steps_.size() && onPath()) found_.value = cut(std::move(value));
         passValue();
         return true;
     }
 
     bool open(bool array) {
-        if (open_.size() == steps_.size() && onTheWay()) found_.value.reset();
-        if (open_.size() == kDeepest) {
+        if (open_.size() == steps_.size() && onPath()) found_.value.reset();
+        if (open_.size() == kMaxDepth) {
             found_.damage = 0;
             return false;
         }
-        open_.push_back({array, onTheWay()});
+        open_.push_back({array, onPath()});
         return true;
     }
 
@@ -118,7 +119,7 @@ class Finder : public Json::json_sax_t {
     }
 
     std::vector<std::string> steps_;
-    const Tick& tick_;
+    const ProgressCheck& checkProgress_;
     std::vector<Container> open_;
     std::string step_;
     JsonValue found_;
@@ -126,8 +127,8 @@ class Finder : public Json::json_sax_t {
 
 }  // namespace
 
-JsonValue jsonValue(std::string_view text, std::string_view key, const Tick& tick) {
-    Finder finder(stepsOf(key), tick);
+JsonValue jsonValue(std::string_view text, std::string_view key, const ProgressCheck& checkProgress) {
+    Finder finder(stepsOf(key), checkProgress);
     Json::sax_parse(text.begin(), text.end(), &finder);
     return finder.takeFound();
 }

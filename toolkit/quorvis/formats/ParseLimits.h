@@ -5,10 +5,10 @@
 
 namespace toolkit::quorvis {
 
-// Longer values of a file are cut.
+// The maximum size of a value from a file. Longer values are cut.
 constexpr std::size_t kMaxValueSize = std::size_t{8} << 10;
 
-// Called again and again by code that parses much foreign data. It throws when the parsing must end.
-using Tick = std::function<void()>;
+// Called repeatedly while untrusted data is parsed. Throws when the parsing must end, for example at a deadline.
+using ProgressCheck = std::function<void()>;
 
 }  // namespace toolkit::quorvis

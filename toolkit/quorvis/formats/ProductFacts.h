@@ -1,4 +1,4 @@
-// What files of common formats tell of the product that they belong to.
+// The product information in files of common formats.
 #pragma once
 
 #include <string>
@@ -7,21 +7,21 @@
 
 namespace toolkit::quorvis {
 
-// What is not told is empty.
+// Missing information is empty.
 struct ProductFacts {
     std::string name;
     std::string version;
     std::string vendor;
 };
 
-// Of a Java archive: its manifest, else the properties that Maven leaves in it. A file of another kind tells
-// nothing; `damage` says what is wrong with a damaged one.
+// Reads a Java archive: its manifest, and the properties that Maven adds. The result is empty for files of other formats.
+// `damage` describes the problem of a damaged file.
 ProductFacts readJar(const RandomAccessFile& file, std::string& damage);
 
-// Of a program or library for Windows: its version resource.
+// Reads the version resource of a program or library for Windows.
 ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damage);
 
-// Of a Python distribution: METADATA or PKG-INFO.
+// Reads METADATA or PKG-INFO of a Python distribution.
 ProductFacts readPythonMetadata(const RandomAccessFile& file);
 
 }  // namespace toolkit::quorvis

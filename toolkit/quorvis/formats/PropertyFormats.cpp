@@ -22,7 +22,7 @@ bool endsInBackslash(std::string_view line) {
     return count % 2 == 1;
 }
 
-// Takes the next line with all that continue it. False at the end.
+// Takes the next line with its continuation lines. False at the end.
 bool nextJavaLine(std::string_view& text, std::string& whole) {
     whole.clear();
     std::string_view line;
@@ -37,7 +37,7 @@ bool nextJavaLine(std::string_view& text, std::string& whole) {
     return !whole.empty();
 }
 
-// The four digits after "\u".
+// Parses the four digits of "\uXXXX".
 std::optional<char16_t> javaCharacter(std::string_view text) {
     unsigned unit = 0;
     const std::string_view digits = text.substr(0, 4);
@@ -61,8 +61,7 @@ char javaEscape(char c) {
     }
 }
 
-// With all escapes resolved. Two of them may make one character, so those that follow one another are kept
-// together.
+// Resolves all escapes. Consecutive escapes are converted together, because two of them may form a surrogate pair.
 std::string unescaped(std::string_view text) {
     std::string plain;
     std::u16string units;
@@ -87,7 +86,7 @@ std::string unescaped(std::string_view text) {
     return plain;
 }
 
-// Takes the key from a line; the value is left.
+// Takes the key from a line. The value remains.
 std::string_view takeJavaKey(std::string_view& line) {
     std::size_t end = 0;
     while (end < line.size() && line[end] != '=' && line[end] != ':' &&
@@ -108,10 +107,11 @@ std::string_view withoutQuotes(std::string_view value) {
 
 }  // namespace
 
-std::optional<std::string> propertyValue(std::string_view text, std::string_view key, const Tick& tick) {
+std::optional<std::string> propertyValue(std::string_view text, std::string_view key,
+                                         const ProgressCheck& checkProgress) {
     std::optional<std::string> value;
     for (std::string line; nextJavaLine(text, line);) {
-        if (tick) tick();
+        if (checkProgress) checkProgress();
         std::string_view rest = line;
         if (unescaped(takeJavaKey(rest)) == key) value = unescaped(rest);
     }
@@ -119,11 +119,11 @@ std::optional<std::string> propertyValue(std::string_view text, std::string_view
 }
 
 std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key,
-                                    const Tick& tick) {
+                                    const ProgressCheck& checkProgress) {
     std::optional<std::string> value;
     bool inside = section.empty();
     for (std::string_view line; nextLine(text, line);) {
-        if (tick) tick();
+        if (checkProgress) checkProgress();
         line = trimmed(line);
         if (line.empty() || line.front() == ';' || line.front() == '#') continue;
         if (line.front() == '[') {

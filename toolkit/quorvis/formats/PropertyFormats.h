@@ -1,4 +1,4 @@
-// The values of keys in files of common formats. Of a key that stands twice the last one counts.
+// Reads the values of keys in common file formats. If a key occurs several times, the last one counts.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,19 @@
 
 namespace toolkit::quorvis {
 
-// In a properties file as Java reads it.
-std::optional<std::string> propertyValue(std::string_view text, std::string_view key, const Tick& tick = {});
+// Reads a properties file of Java.
+std::optional<std::string> propertyValue(std::string_view text, std::string_view key,
+                                         const ProgressCheck& checkProgress = {});
 
-// In a section of an ini file; before all sections when it is empty. A pair of quotes round the value is no
-// part of it.
+// Reads an ini file. An empty section stands for the keys before the first section. Quotes around the value are removed.
 std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key,
-                                    const Tick& tick = {});
+                                    const ProgressCheck& checkProgress = {});
 
 struct JsonValue {
-    std::optional<std::string> value;   // of a text, number or truth value
-    std::optional<std::size_t> damage;  // where the document is wrong
+    std::optional<std::string> value;   // of a string, number or boolean
+    std::optional<std::size_t> damage;  // offset of a syntax error
 };
-// The key is a JSON pointer ("/packages/0/name") or names with dots between them ("packages.0.name").
-JsonValue jsonValue(std::string_view text, std::string_view key, const Tick& tick = {});
+// Reads a JSON document. The key is a JSON pointer ("/packages/0/name") or names separated by dots ("packages.0.name").
+JsonValue jsonValue(std::string_view text, std::string_view key, const ProgressCheck& checkProgress = {});
 
 }  // namespace toolkit::quorvis

@@ -5,7 +5,7 @@
 
 namespace toolkit::quorvis {
 
-// Half of a pair stands for U+FFFD.
+// Converts UTF-16 to UTF-8. An unpaired surrogate becomes U+FFFD.
 std::string utf8OfUtf16(std::u16string_view text);
 
 }  // namespace toolkit::quorvis

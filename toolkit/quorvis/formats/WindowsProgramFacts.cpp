@@ -10,11 +10,11 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kVersionType = 16;  // of resources
-constexpr std::uint64_t kLargestResource = std::uint64_t{1} << 20;
+constexpr std::uint64_t kVersionType = 16;  // RT_VERSION
+constexpr std::uint64_t kMaxResourceSize = std::uint64_t{1} << 20;
 constexpr std::uint64_t kSubdirectory = 0x80000000U;
 
-// A part of the program's memory that stands in the file.
+// A section of the program: its address in memory and its place in the file.
 struct Section {
     std::uint64_t address;
     std::uint64_t size;
@@ -34,7 +34,7 @@ struct Program {
     }
 };
 
-// False when it is damaged. `headerAt` is where "PE\0\0" stands.
+// False when the headers are damaged. `headerAt` is the offset of "PE\0\0".
 bool readHeaders(const RandomAccessFile& file, std::uint64_t headerAt, Program& program) {
     constexpr std::size_t kFileHeader = 24;  // with the mark
     constexpr std::size_t kSectionSize = 40;
@@ -61,8 +61,8 @@ bool readHeaders(const RandomAccessFile& file, std::uint64_t headerAt, Program& 
     return true;
 }
 
-// Where the entry of a resource directory leads to: that of `type`, else the first one. All places count from
-// the start of the resources.
+// The target of an entry of a resource directory: the entry of `type`, or the first one without a type. Places are relative
+// to the start of the resources.
 std::optional<std::uint64_t> follow(const RandomAccessFile& file, std::uint64_t resources,
                                     std::uint64_t place, std::optional<std::uint64_t> type) {
     constexpr std::size_t kHeader = 16;
@@ -77,7 +77,7 @@ std::optional<std::uint64_t> follow(const RandomAccessFile& file, std::uint64_t 
     return std::nullopt;
 }
 
-// The version resource; empty when there is none, nothing when it is damaged.
+// The version resource; empty if there is none. None if the resources are damaged.
 std::optional<std::string> versionResource(const RandomAccessFile& file, const Program& program) {
     if (program.resources == 0) return "";
     const std::optional<std::uint64_t> resources = program.offsetOf(program.resources);
@@ -95,11 +95,11 @@ std::optional<std::string> versionResource(const RandomAccessFile& file, const P
     if (!file.read(*resources + *place, 16, entry)) return std::nullopt;
     const std::optional<std::uint64_t> offset = program.offsetOf(littleEndian(entry, 0, 4));
     const std::uint64_t size = littleEndian(entry, 4, 4);
-    if (!offset || size > kLargestResource || !file.read(*offset, size, bytes)) return std::nullopt;
+    if (!offset || size > kMaxResourceSize || !file.read(*offset, size, bytes)) return std::nullopt;
     return bytes;
 }
 
-// One block of a version resource: a header, a key, a value and further blocks.
+// A block of a version resource: a header, a key, a value and nested blocks.
 struct Block {
     std::string key;
     std::string_view value;
@@ -120,7 +120,7 @@ std::u16string unitsOf(std::string_view bytes) {
     return units;
 }
 
-// Takes the block at the front; false at the end and at a damage.
+// Takes the block at the front. False at the end or if the block is damaged.
 bool takeBlock(std::string_view& rest, Block& block) {
     constexpr std::size_t kHeader = 6;
     if (rest.size() < kHeader) return false;
@@ -138,7 +138,7 @@ bool takeBlock(std::string_view& rest, Block& block) {
     return true;
 }
 
-// "1.2.3.4" of the numbers that stand before all texts; empty without them.
+// The version numbers of the fixed part of the resource: "1.2.3.4". Empty if there are none.
 std::string fixedVersion(std::string_view value) {
     constexpr std::uint64_t kMark = 0xFEEF04BD;
     if (value.size() < 16 || littleEndian(value, 0, 4) != kMark) return {};
@@ -148,7 +148,7 @@ std::string fixedVersion(std::string_view value) {
     return version;
 }
 
-// All pairs of a name and a text, of all languages.
+// The names and texts of all languages.
 std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks) {
     std::vector<std::pair<std::string, std::string>> texts;
     for (Block info; takeBlock(blocks, info);) {
@@ -167,7 +167,7 @@ ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damag
     const std::string start = file.readUpTo(0, 64);
     if (start.size() < 64 || !start.starts_with("MZ")) return {};
     const std::uint64_t headerAt = littleEndian(start, 60, 4);
-    // Programs for DOS begin alike.
+    // Programs for DOS start with "MZ" as well.
     if (file.readUpTo(headerAt, 4) != std::string_view("PE\0\0", 4)) return {};
     Program program;
     const std::optional<std::string> resource =

@@ -5,13 +5,13 @@
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/formats/ParseLimits.h"
-#include "toolkit/quorvis/formats/XmlEvents.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-// Whether it may be the name of an element or attribute: no such name holds what stands for others elsewhere.
+// Whether the text can be the name of an element or attribute. Refuses the special characters of other pattern languages.
 bool isName(std::string_view text) {
     return !text.empty() && text.find_first_of("@[]*?{}") == std::string_view::npos;
 }
@@ -28,7 +28,7 @@ bool parseStep(std::string_view text, XmlSelection::Step& step) {
     return error == std::errc() && stop == end && *end == ']' && step.number > 0;
 }
 
-// Follows the steps while the document goes by.
+// Follows the steps during parsing.
 class Selector : public XmlEvents {
   public:
     Selector(const XmlSelection& selection, std::size_t limit)
@@ -66,7 +66,7 @@ class Selector : public XmlEvents {
     void text(std::string_view text) override {
         const bool wanted = matched_ == counts_.size() && depth_ == matched_ && selection_.attribute.empty();
         if (!wanted || text_.size() >= kMaxValueSize) return;
-        // White space in front counts for nothing, not even for the length.
+        // Leading white space does not count towards the limit.
         text_.append(text_.empty() ? text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()))
                                    : text);
         if (text_.size() > kMaxValueSize) text_.resize(kMaxValueSize);
@@ -83,9 +83,9 @@ class Selector : public XmlEvents {
 
     const XmlSelection& selection_;
     std::size_t limit_;
-    std::vector<std::size_t> counts_;  // of the elements that a step's name fits, in the latest parent
+    std::vector<std::size_t> counts_;  // per step: the number of elements with its name in the current parent
     std::size_t depth_ = 0;
-    std::size_t matched_ = 0;  // how many of the open elements, from the root on, the steps fit
+    std::size_t matched_ = 0;  // the number of open elements, from the root, that match the steps
     std::string text_;
     SelectedValues selected_;
 };
@@ -111,9 +111,9 @@ std::optional<XmlSelection> XmlSelection::parse(std::string_view text, std::stri
 }
 
 SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit,
-                            const Tick& tick) {
+                            const ProgressCheck& checkProgress) {
     Selector selector(selection, limit);
-    std::optional<std::string> problem = readXml(document, selector, tick);
+    std::optional<std::string> problem = readXml(document, selector, checkProgress);
     SelectedValues selected = selector.takeSelected();
     selected.problem = std::move(problem);
     return selected;

@@ -24,9 +24,9 @@ constexpr std::size_t kEntrySize = 46;
 constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kEnd64Size = 56;
 constexpr std::size_t kLocator64Size = 20;
-constexpr std::uint64_t kLongestComment = 0xFFFF;
-constexpr std::uint64_t kLargestDirectory = std::uint64_t{32} << 20;
-constexpr std::size_t kMostWanted = 1'000;
+constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
+constexpr std::uint64_t kMaxDirectorySize = std::uint64_t{32} << 20;
+constexpr std::size_t kMaxMembers = 1'000;
 
 constexpr std::uint64_t kStored = 0;
 constexpr std::uint64_t kDeflated = 8;
@@ -34,10 +34,10 @@ constexpr std::uint64_t kDeflated = 8;
 struct Directory {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
-    std::uint64_t before = 0;  // bytes before the archive, such as a script that starts it
+    std::uint64_t before = 0;  // number of bytes before the archive, for example of a script
 };
 
-// Archives of more than 65,535 members or 4 GiB have a longer record before the one at the end.
+// Archives with more than 65,535 members or 4 GiB have an additional ZIP64 record before the end record.
 std::optional<Directory> directory64(const RandomAccessFile& file, std::uint64_t endAt) {
     std::string record;
     if (endAt < kLocator64Size || !file.read(endAt - kLocator64Size, kLocator64Size, record))
@@ -49,8 +49,8 @@ std::optional<Directory> directory64(const RandomAccessFile& file, std::uint64_t
 }
 
 std::optional<Directory> findDirectory(const RandomAccessFile& file) {
-    const std::uint64_t start = file.size() - std::min(file.size(), kEndSize + kLongestComment);
-    const std::string tail = file.readUpTo(start, kEndSize + kLongestComment);
+    const std::uint64_t start = file.size() - std::min(file.size(), kEndSize + kMaxCommentSize);
+    const std::string tail = file.readUpTo(start, kEndSize + kMaxCommentSize);
     if (tail.size() < kEndSize) return std::nullopt;
     const std::size_t at = tail.rfind(kEndMark, tail.size() - kEndSize);
     if (at == std::string::npos) return std::nullopt;
@@ -64,7 +64,7 @@ std::optional<Directory> findDirectory(const RandomAccessFile& file) {
     return directory;
 }
 
-// Takes the next entry, without its name.
+// Takes the next entry. Sets all members of `member` except the name.
 bool takeEntry(std::string_view& rest, std::string_view& name, ZipMember& member) {
     if (rest.size() < kEntrySize || !rest.starts_with(kEntryMark)) return false;
     const std::size_t nameSize = littleEndian(rest, 28, 2);
@@ -82,7 +82,7 @@ bool takeEntry(std::string_view& rest, std::string_view& name, ZipMember& member
 bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
     content.resize(limit);
     z_stream stream{};
-    // Without the header of a zlib stream.
+    // Negative bits select a stream without a zlib header.
     const int begun = ::inflateInit2(&stream, -MAX_WBITS);
     if (begun == Z_MEM_ERROR) throw std::bad_alloc();
     if (begun != Z_OK) return false;
@@ -104,14 +104,14 @@ ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::s
     const std::optional<Directory> directory = findDirectory(file);
     if (!directory) return file.readUpTo(0, 4) == kMemberMark ? ZipReading::Damaged : ZipReading::NoArchive;
     std::string bytes;
-    if (directory->size > kLargestDirectory || !file.read(directory->offset, directory->size, bytes))
+    if (directory->size > kMaxDirectorySize || !file.read(directory->offset, directory->size, bytes))
         return ZipReading::Damaged;
     std::string_view rest = bytes;
     std::string_view name;
     for (ZipMember member; !rest.empty();) {
         if (!takeEntry(rest, name, member)) return ZipReading::Damaged;
         if (!wanted(name)) continue;
-        if (members.size() == kMostWanted) return ZipReading::Damaged;
+        if (members.size() == kMaxMembers) return ZipReading::Damaged;
         member.name = name;
         const Count offset = sum(member.offset, directory->before);
         if (!offset) return ZipReading::Damaged;
@@ -130,7 +130,7 @@ bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::u
         return false;
     const std::uint64_t start =
         member.offset + kMemberSize + littleEndian(header, 26, 2) + littleEndian(header, 28, 2);
-    // What is packed can be a little larger than it was.
+    // Incompressible data grows slightly by packing.
     const std::uint64_t packedLimit = limit + limit / 8 + 64;
     std::string packed;
     if (!file.read(start, std::min(member.packedSize, packedLimit), packed)) return false;

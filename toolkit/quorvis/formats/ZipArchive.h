@@ -10,10 +10,10 @@
 
 namespace toolkit::quorvis {
 
-// A file in an archive.
+// A member of an archive.
 struct ZipMember {
     std::string name;
-    std::uint64_t offset = 0;  // of its own header
+    std::uint64_t offset = 0;  // of its local header
     std::uint64_t packedSize = 0;
     std::uint64_t method = 0;
     bool encrypted = false;
@@ -21,11 +21,11 @@ struct ZipMember {
 
 enum class ZipReading : std::uint8_t { Ok, NoArchive, Damaged };
 
-// Lists the members whose names are wanted; those before a damage too.
+// Lists the members with wanted names. In a damaged archive, those before the damage.
 ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::string_view name)>& wanted,
                    std::vector<ZipMember>& members);
 
-// The first `limit` bytes of a member's content; false when it is damaged or packed in an unusual way.
+// Reads the first `limit` bytes of a member. False if it is damaged, encrypted, or uses an unsupported compression method.
 bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::uint64_t limit,
                    std::string& content);
 

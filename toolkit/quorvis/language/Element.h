@@ -8,8 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvis/formats/DocumentText.h"
-#include "toolkit/quorvis/formats/XmlParser.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {
 

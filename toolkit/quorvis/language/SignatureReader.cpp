@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "toolkit/quorvis/formats/DocumentText.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/IdentifierChecks.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/quorvis/formats/DocumentText.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/language/Signature.h"
 #include "toolkit/quorvis/report/Event.h"
 #include "toolkit/quorvis/settings/Settings.h"

@@ -15,21 +15,21 @@ std::optional<std::string> shellValue(std::string_view text, std::string_view ke
 }
 
 std::optional<std::string> jsonOrFail(std::string_view text, std::string_view key, const std::string& path,
-                                      const Tick& tick, LeafResult& result) {
-    JsonValue found = jsonValue(text, key, tick);
+                                      const ProgressCheck& checkProgress, LeafResult& result) {
+    JsonValue found = jsonValue(text, key, checkProgress);
     if (found.damage)
         result.fail(EventCode::Parse, path, "damaged JSON at byte " + std::to_string(*found.damage));
     return std::move(found.value);
 }
 
 std::optional<std::string> valueOf(const Query& query, std::string_view text, const std::string& path,
-                                   const Tick& tick, LeafResult& result) {
+                                   const ProgressCheck& checkProgress, LeafResult& result) {
     const std::string_view format = query.get(Attribute::Format);
     const std::string_view key = query.get(Attribute::Key);
-    if (format == "properties") return propertyValue(text, key, tick);
-    if (format == "ini") return iniValue(text, query.get(Attribute::Section), key, tick);
+    if (format == "properties") return propertyValue(text, key, checkProgress);
+    if (format == "ini") return iniValue(text, query.get(Attribute::Section), key, checkProgress);
     if (format == "shell") return shellValue(text, key);
-    if (format == "json") return jsonOrFail(text, key, path, tick, result);
+    if (format == "json") return jsonOrFail(text, key, path, checkProgress, result);
     result.fail(EventCode::Unsupported, path, "unknown format \"" + std::string(format) + "\"");
     return std::nullopt;
 }
@@ -41,8 +41,8 @@ LeafResult lookUpProperty(const Query& query, EvaluationContext& context) {
     const std::string path(query.get(Attribute::Path));
     const std::shared_ptr<const std::string> content = contentOf(path, context, result);
     if (content == nullptr) return result;
-    const Tick tick = [&context] { context.budget().checkTimeOccasionally(); };
-    const std::optional<std::string> value = valueOf(query, *content, path, tick, result);
+    const ProgressCheck checkProgress = [&context] { context.budget().checkTimeOccasionally(); };
+    const std::optional<std::string> value = valueOf(query, *content, path, checkProgress, result);
     if (!value || !passesValueTests(query, *value, path, result)) return result;
     Item item;
     item.source = path;

@@ -5,8 +5,7 @@
 #include <string_view>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/DocumentText.h"
-#include "toolkit/quorvis/formats/XmlParser.h"
+#include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {
 
