@@ -9,17 +9,17 @@
 
 namespace toolkit::quorvis {
 
-// The lowest byte first.
+// Little-endian.
 inline std::string littleEndianBytes(std::uint64_t value, std::size_t width) {
     std::string bytes;
     for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
     return bytes;
 }
 
-// Makes a zip archive.
+// Builds a ZIP archive.
 class ArchiveBuilder {
   public:
-    // `before` stands in front of the archive, such as a script.
+    // `before` is a prefix of the file, for example a script.
     explicit ArchiveBuilder(std::string before = {}) : file_(std::move(before)), start_(file_.size()) {}
 
     void add(const std::string& name, const std::string& content, bool deflated = true, unsigned flags = 0) {
@@ -32,7 +32,7 @@ class ArchiveBuilder {
         ++count_;
     }
 
-    // With the records of large archives when `large`.
+    // With ZIP64 records if `large` is set.
     std::string build(bool large = false, const std::string& comment = {}) const {
         const std::size_t at = file_.size() - start_;
         std::string end;

@@ -52,7 +52,7 @@ Elf64_Dyn entryOf(std::int64_t tag, std::uint64_t value) {
     return entry;
 }
 
-// A block of a version resource, its key and value in UTF-16.
+// A block of a version resource with key and value in UTF-16.
 std::string block(const std::string& key, const std::string& value, const std::string& children) {
     const auto wide = [](const std::string& text) {
         std::string units;

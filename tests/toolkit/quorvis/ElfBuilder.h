@@ -9,7 +9,7 @@
 
 namespace toolkit::quorvis {
 
-// Makes a small library, for any machine.
+// Builds a small library for any machine.
 struct ElfBuilder {
     bool wide = true;
     bool littleEndian = true;

@@ -1,4 +1,4 @@
-// The built scanner, run as its users run it, and what it wrote.
+// Runs the scanner as a process and reads its output files.
 #pragma once
 
 #include <map>
@@ -11,13 +11,13 @@ namespace quorvistest {
 
 struct ScannerRun {
     std::multimap<std::string, FoundSoftware> found;  // by the guid of the signature
-    // The codes of the events that name this signature.
+    // The codes of the events of this signature.
     std::vector<std::string> eventsOf(const std::string& guid) const;
 
     std::multimap<std::string, std::string> events;  // codes by guid
 };
 
-// The machine itself when `root` is empty.
+// Scans the machine itself if `root` is empty.
 ScannerRun runScanner(const std::string& signatures, const std::string& root);
 
 }  // namespace quorvistest

@@ -1,4 +1,4 @@
-// The built scanner as a process: what it exits with, says and writes.
+// Runs the scanner as a process: its status, messages and output files.
 #include <gtest/gtest.h>
 
 #include <sys/syscall.h>
@@ -73,19 +73,19 @@ TEST_F(Scanner, WritesWhatMatchedAndEmptyWarnings) {
     EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(Scanner, ExitsWithZeroWhenNothingMatches) {
+TEST_F(Scanner, ExitsWithZeroWithoutMatches) {
     EXPECT_EQ(scan(whole("")).status, 0);
     EXPECT_TRUE(contains(readAll(out()), "complete=\"true\""));
 }
 
-TEST_F(Scanner, ASecondRunWritesTheSameBytes) {
+TEST_F(Scanner, SecondRunWritesTheSameBytes) {
     scan(whole(kBash));
     const std::string first = readAll(out());
     scan(whole(kBash));
     EXPECT_EQ(readAll(out()), first);
 }
 
-TEST_F(Scanner, ExitsWithThreeForAnInvalidFileAndStillWritesBothFiles) {
+TEST_F(Scanner, ExitsWithThreeForInvalidSignaturesAndWritesBothFiles) {
     const Finished run = scan(
         "<Signatures>\n <Signature guid=\"b\" name=\"x\"><Match><Packet "
         "name=\"y\"/></Match></Signature>\n</Signatures>");
@@ -106,7 +106,7 @@ TEST_F(Scanner, ExitsWithThreeForAMissingSignaturesFile) {
     EXPECT_TRUE(contains(readAll(warnings()), "none.xml"));
 }
 
-TEST_F(Scanner, ExitsWithTwoForAConfigurationThatCannotBeRead) {
+TEST_F(Scanner, ExitsWithTwoForAnUnreadableConfiguration) {
     fs::remove(config_);
     const Finished run = scan(whole(kBash));
     EXPECT_EQ(run.status, 2);
@@ -120,13 +120,13 @@ TEST_F(Scanner, ExitsWithTwoForABadCommandLine) {
     EXPECT_TRUE(contains(run.errors, "--what")) << run.errors;
 }
 
-TEST_F(Scanner, ExitsWithTwoForARootThatIsNoDirectory) {
+TEST_F(Scanner, ExitsWithTwoIfTheRootIsNotADirectory) {
     const Finished run = scan(whole(kBash), {"--root", "/nonexistent"});
     EXPECT_EQ(run.status, 2);
     EXPECT_TRUE(contains(run.errors, "/nonexistent")) << run.errors;
 }
 
-TEST_F(Scanner, ExitsWithOneWhenTheOutputCannotBeWrittenAndLeavesNoHalfFile) {
+TEST_F(Scanner, ExitsWithOneForUnwritableOutputAndLeavesNoPartialFile) {
     fs::create_directory(out());
     const Finished run = scan(whole(kBash));
     EXPECT_EQ(run.status, 1);
@@ -134,7 +134,7 @@ TEST_F(Scanner, ExitsWithOneWhenTheOutputCannotBeWrittenAndLeavesNoHalfFile) {
     EXPECT_TRUE(fs::is_empty(out()));
 }
 
-TEST_F(Scanner, TheRootSettingTellsWhereToLookUnlessTheCommandLineDoes) {
+TEST_F(Scanner, CommandLineOverridesTheRootSetting) {
     const zavtest::ScratchDir other;
     configure("<Plugins><Plugin name=\"FileSystem\"><Attribute name=\"root\" value=\"" +
               other.path().string() + "\"/></Plugin></Plugins>");
@@ -153,7 +153,7 @@ TEST_F(Scanner, PresetVariablesTakeEffect) {
     EXPECT_TRUE(contains(readAll(out()), "guid=\"v\""));
 }
 
-TEST_F(Scanner, AnUnknownSettingIsAnEventAndNoFailure) {
+TEST_F(Scanner, UnknownSettingIsAnEvent) {
     configure(R"(<Plugins><Plugin name="Nothing"><Attribute name="a" value="b"/></Plugin></Plugins>)");
     const Finished run = scan(whole(kBash));
     EXPECT_EQ(run.status, 0);
@@ -161,13 +161,13 @@ TEST_F(Scanner, AnUnknownSettingIsAnEventAndNoFailure) {
     EXPECT_TRUE(contains(run.output, "Nothing")) << run.output;
 }
 
-TEST_F(Scanner, TheScannersOwnVariablesHaveValues) {
+TEST_F(Scanner, SetsItsOwnVariables) {
     scan(whole(
         R"(<Signature guid="v" name="${quorvis.root} ${quorvis.arch}"><Match><Package name="bash"/></Match></Signature>)"));
     EXPECT_TRUE(contains(readAll(out()), "name=\"" + tree_.path().string() + " ")) << readAll(out());
 }
 
-TEST_F(Scanner, OutputCutShortByALimitSaysSo) {
+TEST_F(Scanner, OutputIsMarkedIncompleteAfterALimit) {
     for (int i = 0; i < 5; ++i) tree_.write("opt/x" + std::to_string(i), "");
     configure(
         R"(<Plugins><Plugin name="FileSystem"><Attribute name="maxEntriesPerDirectory" value="2"/></Plugin></Plugins>)");
@@ -180,7 +180,7 @@ TEST_F(Scanner, OutputCutShortByALimitSaysSo) {
     EXPECT_TRUE(contains(readAll(out()), "complete=\"false\"")) << readAll(out());
 }
 
-TEST_F(Scanner, ExplainTellsHowASignatureCameOut) {
+TEST_F(Scanner, ExplainPrintsTheConditions) {
     const Finished run = scan(whole(kBash), {"--explain", "b"});
     EXPECT_EQ(run.output,
               "  Package name=\"bash\", items found: 1: true\nsignature: true\nsignatures: 1, matches: 1\n");
@@ -194,7 +194,7 @@ TEST_F(Scanner, CheckAcceptsAValidFileAndWritesNothing) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
-TEST_F(Scanner, CheckNamesEveryMistakeWithItsLine) {
+TEST_F(Scanner, CheckReportsEveryMistakeWithItsLine) {
     const std::string file = dir_.write("sig.xml",
                                         "<Signatures>\n<Signature guid=\"a b\" name=\"x\"><Match><Package "
                                         "name=\"y\"/></Match></Signature>\n<Signature guid=\"c\" "
@@ -206,7 +206,7 @@ TEST_F(Scanner, CheckNamesEveryMistakeWithItsLine) {
     EXPECT_TRUE(contains(run.output, file + ":3:")) << run.output;
 }
 
-TEST_F(Scanner, CheckWarnsOfAWildcardWithItsLineAndAScanTakesItAsItStands) {
+TEST_F(Scanner, CheckWarnsOfWildcardsThatAScanComparesLiterally) {
     const std::string signatures =
         "<Signatures>\n<Signature guid=\"w\" name=\"x\"><Match>\n<File "
         "path=\"/opt/*/f\"/></Match></Signature>\n"
@@ -231,14 +231,14 @@ TEST_F(Scanner, HelpAndVersionGoToStandardOutput) {
     EXPECT_TRUE(contains(zavtest::runProgram(QUORVIS_PROGRAM, {"--version"}).output, "quorvis "));
 }
 
-TEST_F(Scanner, WithoutAWholeSandboxNothingIsEvaluatedUnlessTheSettingAllowsIt) {
+TEST_F(Scanner, IncompleteSandboxPreventsTheScanUnlessConfigured) {
     struct Case {
         long call;
         const char* missing;
     };
     std::vector<Case> cases = {{SYS_prctl, "ban on new privileges"}};
 #ifndef ZAV_SANITIZED
-    // A sanitizer asks for limits itself.
+    // Sanitizers query limits themselves.
     cases.push_back({SYS_prlimit64, "limit of file sizes, ban on core dumps"});
 #endif
     if (geteuid() == 0) cases.push_back({SYS_capset, "dropping of capabilities"});
@@ -261,7 +261,7 @@ TEST_F(Scanner, WithoutAWholeSandboxNothingIsEvaluatedUnlessTheSettingAllowsIt) 
     }
 }
 
-TEST_F(Scanner, MillionsOfEmptyElementsAreRefusedBeforeTheyTakeMemory) {
+TEST_F(Scanner, RefusesMillionsOfEmptyElementsWithoutUsingMemory) {
     std::string elements;
     for (int i = 0; i < 2'000'000; ++i) elements += "<a/>";
     const Finished nested =

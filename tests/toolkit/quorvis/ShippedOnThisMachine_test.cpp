@@ -1,5 +1,5 @@
-// What the shipped signatures find on this machine, against what its own tools say. Software that the machine does not
-// have is not looked at.
+// Compares the results of the shipped signatures on this machine with the output of its own tools. Software that is not
+// installed is skipped.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ std::string outputOf(const std::string& command) {
     return run.status == 0 ? run.output + run.errors : std::string();
 }
 
-// What the first group of the expression matches; empty when it does not.
+// The text of the first group of the expression; empty if it does not match.
 std::string partOf(const std::string& text, const std::string& expression) {
     std::smatch match;
     return std::regex_search(text, match, std::regex(expression)) ? match[1].str() : std::string();
@@ -31,7 +31,7 @@ std::string valueOf(const FoundSoftware& software, const std::string& name) {
     return {};
 }
 
-// Whether one is the other, maybe with more behind it: "8.6.13" of "8.6.13+dfsg".
+// Whether one version is equal to the other or a prefix of it: "8.6.13" of "8.6.13+dfsg".
 bool begins(const std::string& version, const std::string& start) {
     return version.starts_with(start) &&
            (version.size() == start.size() ||
@@ -80,7 +80,7 @@ constexpr Tool kTools[] = {
     {"zav.npm", "language-packages", "node @path/bin/npm-cli.js --version", "([0-9.]+)"},
 };
 
-// Empty when the software has no such variable: what a package brought is found without its path.
+// Empty if the match has no such variable: software from a package is found without its path.
 std::string withValues(std::string command, const FoundSoftware& software) {
     std::smatch match;
     while (std::regex_search(command, match, std::regex("@([a-z]+)"))) {
@@ -103,7 +103,7 @@ class ShippedOnThisMachine : public testing::TestWithParam<Tool> {
     }
 };
 
-TEST_P(ShippedOnThisMachine, HasTheVersionThatTheProgramTells) {
+TEST_P(ShippedOnThisMachine, HasTheVersionThatTheProgramPrints) {
     const Tool& tool = GetParam();
     const std::string command = tool.command;
     if (command.find('@') != std::string::npos) {
@@ -144,7 +144,7 @@ std::string decoded(const std::string& text) {
     return plain;
 }
 
-TEST(ShippedOnThisMachineDpkg, KnowsEachPackageInThisVersion) {
+TEST(ShippedOnThisMachineDpkg, ListsTheSamePackages) {
     int packages = 0;
     for (const auto& [guid, software] : runScanner(QUORVIS_SIGNATURES "/debian.xml", "").found) {
         std::smatch url;

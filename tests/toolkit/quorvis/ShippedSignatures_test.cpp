@@ -1,4 +1,4 @@
-// The signatures in examples/signatures, each on machines that have its software and on machines that nearly do.
+// Evaluates the signatures in examples/signatures on machines with their software, and on machines with similar software.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
@@ -27,7 +27,7 @@ struct Case {
     friend void PrintTo(const Case& c, std::ostream* out) { *out << c.signature.guid; }
 };
 
-// The files with signatures, by their names without ending.
+// The names of the signature files without extension.
 std::vector<std::string> shippedFiles() {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(QUORVIS_SIGNATURES))
@@ -53,12 +53,12 @@ std::vector<Case> allCases() {
     return cases;
 }
 
-// A copy of `sleep` under another name, until this goes.
+// Runs a copy of `sleep` under another name until destruction.
 class RunningProgram {
   public:
     explicit RunningProgram(const fs::path& path) {
         fs::copy_file("/usr/bin/sleep", path);
-        // The other end is closed as soon as the child is the program.
+        // The other end is closed when the child executes the program.
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
         child_ = fork();
@@ -82,7 +82,7 @@ class RunningProgram {
     pid_t child_ = -1;
 };
 
-// One line for each, so that a difference is easy to see.
+// One line per match, so that differences are easy to see.
 std::string textOf(const FoundSoftware& software) {
     std::string text = software.name + "\n";
     for (const auto& [name, value] : software.variables)
@@ -111,7 +111,7 @@ void checkTree(const Case& c, const ShippedTree& tree) {
     EXPECT_EQ(run.eventsOf(c.signature.guid), tree.events);
 }
 
-// The machine itself is scanned, which may run such a program of its own as well.
+// Scans the machine itself, which may also run other instances of the program.
 void checkRunning(const Case& c, const ShippedTree& tree) {
     const zavtest::ScratchDir dir;
     const fs::path program = fs::canonical(dir.path()) / tree.running();
@@ -132,7 +132,7 @@ void checkRunning(const Case& c, const ShippedTree& tree) {
 
 class ShippedSignatureTest : public testing::TestWithParam<Case> {};
 
-TEST_P(ShippedSignatureTest, FindsItsSoftwareAndNothingLikeIt) {
+TEST_P(ShippedSignatureTest, FindsOnlyItsSoftware) {
     const auto finds = [](const ShippedTree& tree) { return !tree.found.empty(); };
     const std::vector<ShippedTree>& trees = GetParam().signature.trees;
     EXPECT_TRUE(std::ranges::any_of(trees, finds)) << "no tree has the software";
@@ -167,14 +167,14 @@ TEST_P(ShippedFile, HasTreesForEachOfItsSignatures) {
     EXPECT_EQ(covered, guids);
 }
 
-TEST_P(ShippedFile, IsValidToTheScannerWithoutAnyWarning) {
+TEST_P(ShippedFile, IsValidWithoutWarnings) {
     const zavtest::Finished run =
         zavtest::runProgram(QUORVIS_PROGRAM, {"--check", "-i", signaturesIn(GetParam())});
     EXPECT_EQ(run.status, 0) << run.output;
     EXPECT_EQ(run.output.find("(warning)"), std::string::npos) << run.output;
 }
 
-TEST_P(ShippedFile, IsValidToTheSchema) {
+TEST_P(ShippedFile, IsValidAccordingToTheSchema) {
     const zavtest::Finished run = zavtest::runProgram(
         "/usr/bin/xmllint", {"--noout", "--nonet", "--schema", QUORVIS_SCHEMA, signaturesIn(GetParam())});
     EXPECT_EQ(run.status, 0) << run.errors;
@@ -192,7 +192,7 @@ INSTANTIATE_TEST_SUITE_P(Shipped, ShippedFile, testing::ValuesIn(shippedFiles())
     return name;
 });
 
-TEST(SignatureReference, ShowsOnlyValidSignatures) {
+TEST(SignatureReference, ContainsOnlyValidSignatures) {
     const std::string text = zavtest::readAll(QUORVIS_REFERENCE);
     const zavtest::ScratchDir dir;
     int examples = 0;
@@ -211,7 +211,7 @@ TEST(SignatureReference, ShowsOnlyValidSignatures) {
     EXPECT_GE(examples, 10);
 }
 
-TEST(ShippedFiles, GiveEachSignatureAnIdentifierOfItsOwn) {
+TEST(ShippedFiles, HaveUniqueIdentifiers) {
     std::set<std::string> guids;
     for (const Case& c : allCases()) EXPECT_TRUE(guids.insert(c.signature.guid).second) << c.signature.guid;
 }

@@ -1,18 +1,18 @@
-// What a file in tests/toolkit/quorvis/shipped says: for each signature the machines that have its software, and those
-// that nearly have it. A line is a word and what belongs to it:
+// The files in tests/toolkit/quorvis/shipped describe, for each signature, machines with its software and machines with
+// similar software. A line consists of a keyword and its arguments:
 //     signature GUID              the trees that follow are for this signature
-//     tree TEXT                   a machine; what is in it follows
+//     tree TEXT                   a machine; its content follows
 //     dpkg NAME VERSION [SOURCE]  an installed package; likewise rpm, apk, pacman and snap
-//     removed NAME VERSION        one of which only the configuration is left
-//     file PATH                   a file, whose lines follow with "| " before each
-//     elf PATH [SECTION [SONAME]] a program with these texts in its section, else in .rodata
+//     removed NAME VERSION        a removed package of which only the configuration is left
+//     file PATH                   a file; its lines follow, each with the prefix "| "
+//     elf PATH [SECTION [SONAME]] a program with these texts in its section (default .rodata)
 //     jar PATH                    an archive with these lines as its manifest
 //     pe PATH NAME VALUE          a Windows program with this text in its version resource
 //     link PATH TARGET
 //     running NAME                a program with this name runs on the machine itself, which is scanned instead
-//     found TEXT                  what is found, by the name that is given to it
-//     = NAME VALUE                a variable of it
-//     event CODE                  what the user is told
+//     found TEXT                  an expected match with this name
+//     = NAME VALUE                an expected variable of the match
+//     event CODE                  an expected event
 #pragma once
 
 #include <filesystem>
@@ -40,7 +40,7 @@ struct ShippedTree {
     std::vector<FoundSoftware> found;
     std::vector<std::string> events;
 
-    // The name of the program that runs; empty for a tree of files.
+    // The name of the running program; empty for a tree of files.
     std::string running() const;
 };
 
@@ -49,10 +49,10 @@ struct ShippedSignature {
     std::vector<ShippedTree> trees;
 };
 
-// Throws when the file cannot be understood.
+// Throws if the file is invalid.
 std::vector<ShippedSignature> readShippedTrees(const std::filesystem::path& file);
 
-// Makes the files of the tree below a directory.
+// Creates the files of the tree below a directory.
 void plantTree(const ShippedTree& tree, const std::filesystem::path& directory);
 
 }  // namespace quorvistest

@@ -8,7 +8,7 @@
 
 namespace toolkit::quorvis {
 
-// Makes a program for Windows that holds nothing but its version.
+// Builds a program for Windows that contains only a version resource.
 struct WindowsProgramBuilder {
     bool wide = true;
     std::vector<std::pair<std::string, std::string>> texts = {
@@ -31,7 +31,7 @@ struct WindowsProgramBuilder {
         file += optional;
         file += std::string(".rsrc\0\0\0", 8) + put(0x1000, 4) + put(kAddress, 4) +
                 put(kResourceHead + version.size(), 4) + put(fileAt, 4) + std::string(16, '\0');
-        // Another type of resource stands before the version.
+        // A resource of another type precedes the version.
         file += directory(2) + put(3, 4) + put(0x80000000 + 32, 4) + put(16, 4) + put(0x80000000 + 32, 4);
         file += directory(1) + put(1, 4) + put(0x80000000 + 56, 4);
         file += directory(1) + put(1033, 4) + put(80, 4);
@@ -49,7 +49,7 @@ struct WindowsProgramBuilder {
         return std::string(12, '\0') + put(0, 2) + put(entries, 2);
     }
 
-    // Texts of characters below U+0100, given as UTF-8, with the zero that ends them.
+    // Converts UTF-8 with characters below U+0100 to UTF-16 with a terminating zero.
     static std::string utf16(const std::string& text) {
         std::string units;
         for (std::size_t i = 0; i < text.size(); ++i) {

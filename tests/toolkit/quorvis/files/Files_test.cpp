@@ -12,7 +12,7 @@
 #include "tests/support/ScratchDir.h"
 #include "toolkit/quorvis/files/SecretNames.h"
 
-// Reading goes through here, so that a file can change between two reads.
+// Wraps pread(), so that a test can change the file between two reads.
 static std::function<void()> beforeReading;
 extern "C" ssize_t __real_pread(int file, void* buffer, std::size_t size, off_t offset);
 extern "C" ssize_t __wrap_pread(int file, void* buffer, std::size_t size, off_t offset) {
@@ -26,7 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 constexpr std::uint64_t kPlenty = std::uint64_t{1} << 20;
 
-// With and without the kernel's help to keep paths inside of the tree.
+// With and without support of the kernel for resolving paths within the tree.
 class FilesTest : public ::testing::TestWithParam<Root::Lookup> {
   protected:
     FilesTest() : root_(tree_.path().string(), GetParam()), files_(root_, settings_) {}
@@ -58,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(, FilesTest, ::testing::Values(Root::Lookup::Kernel, Ro
                              return tested.param == Root::Lookup::Kernel ? "Kernel" : "ByComponent";
                          });
 
-TEST_P(FilesTest, LooksAtWhatAPathLeadsTo) {
+TEST_P(FilesTest, FollowsLinksToTheFile) {
     tree_.write("usr/bin/dash", "#!");
     ASSERT_EQ(0, chmod(at("usr/bin/dash").c_str(), 04751));
     link("/usr/bin", "bin");
@@ -83,7 +83,7 @@ TEST_P(FilesTest, LooksAtWhatAPathLeadsTo) {
     EXPECT_EQ("", files_.linkText("/usr/bin/dash"));
 }
 
-TEST_P(FilesTest, WhatIsNotThereIsMissing) {
+TEST_P(FilesTest, MissingFilesAreMissing) {
     tree_.write("f", "");
     link("/nowhere", "dangling");
     for (const std::string& path :
@@ -95,7 +95,7 @@ TEST_P(FilesTest, WhatIsNotThereIsMissing) {
     }
 }
 
-TEST_P(FilesTest, PathsAreAbsoluteAndStayInTheTree) {
+TEST_P(FilesTest, PathsMustBeAbsoluteAndStayInTheTree) {
     const zavtest::ScratchDir outside;
     outside.write("secret", "secret");
     tree_.write("etc/f", "inside");
@@ -110,7 +110,7 @@ TEST_P(FilesTest, PathsAreAbsoluteAndStayInTheTree) {
     expectFailure(files_.read(std::string("/etc/f\0x", 8), kPlenty), EventCode::Unsupported);
 }
 
-TEST_P(FilesTest, LinksInCirclesFail) {
+TEST_P(FilesTest, CircularLinksFail) {
     link("b", "a");
     link("a", "b");
     const Files::Facts facts = files_.look("/a");
@@ -134,7 +134,7 @@ TEST_P(FilesTest, OnlyRegularFilesAreRead) {
     EXPECT_EQ(FileFacts::Kind::Other, files_.look("/fifo").facts.kind);
 }
 
-TEST_P(FilesTest, SecretsAreNotReadUnderAnyName) {
+TEST_P(FilesTest, SecretFilesAreNotReadByAnyPath) {
     for (const char* path : {"etc/shadow", "etc/gshadow-", "etc/ssl/private/a.key", "root/.ssh/id",
                              "home/u/.ssh/id", "home/u/.gnupg/k", "etc/ssh/ssh_host_rsa_key",
                              "etc/pki/tls/private/k", "proc/1/environ", "proc/1/mem", "dev/shm/x"}) {
@@ -155,7 +155,7 @@ TEST_P(FilesTest, SecretsAreNotReadUnderAnyName) {
         EXPECT_FALSE(isSecretByName(path)) << path;
 }
 
-TEST_P(FilesTest, ContentIsReadUpToItsLimit) {
+TEST_P(FilesTest, ContentIsLimited) {
     const std::string content = std::string(10'000, 'x') + "end";
     tree_.write("f", content);
     tree_.write("empty", "");
@@ -168,7 +168,7 @@ TEST_P(FilesTest, ContentIsReadUpToItsLimit) {
     EXPECT_EQ("", *files_.readStart("/f", 0).bytes);
 }
 
-TEST_P(FilesTest, AStartThatWasReadDoesNotPassForTheWhole) {
+TEST_P(FilesTest, CachedStartIsNotUsedAsTheWholeFile) {
     tree_.write("f", "0123456789");
     EXPECT_EQ("012", *files_.readStart("/f", 3).bytes);
     EXPECT_EQ("01", *files_.readStart("/f", 2).bytes);
@@ -177,7 +177,7 @@ TEST_P(FilesTest, AStartThatWasReadDoesNotPassForTheWhole) {
     EXPECT_EQ("0123456789", *files_.readStart("/f", 10).bytes);
 }
 
-TEST_P(FilesTest, AFileIsReadOnceUnderAllItsNamesUntilItChanges) {
+TEST_P(FilesTest, UnchangedFileIsReadOnce) {
     tree_.write("f", "first");
     link("f", "l");
     const auto bytes = files_.read("/f", kPlenty).bytes;
@@ -188,7 +188,7 @@ TEST_P(FilesTest, AFileIsReadOnceUnderAllItsNamesUntilItChanges) {
     EXPECT_EQ("first", *bytes);
 }
 
-TEST_P(FilesTest, MoreThanIsHeldIsReadAgain) {
+TEST_P(FilesTest, EvictedFilesAreReadAgain) {
     for (int i = 0; i < 8; ++i)
         tree_.write("f" + std::to_string(i), std::string(std::size_t{12} << 20, static_cast<char>('a' + i)));
     std::weak_ptr<const std::string> first = files_.read("/f0", 1U << 30U).bytes;
@@ -198,7 +198,7 @@ TEST_P(FilesTest, MoreThanIsHeldIsReadAgain) {
     EXPECT_EQ('a', text("/f0", 1U << 30U).front());
 }
 
-TEST_P(FilesTest, TheSumIsThatOfSha256) {
+TEST_P(FilesTest, HashIsSha256) {
     tree_.write("empty", "");
     tree_.write("abc", "abc");
     tree_.write("million", std::string(1'000'000, 'a'));
@@ -214,7 +214,7 @@ TEST_P(FilesTest, TheSumIsThatOfSha256) {
     EXPECT_EQ(Access::Missing, files_.sha256("/none").access);
 }
 
-TEST_P(FilesTest, AFileThatChangesItsSizeIsReadOnceMoreAndThenFails) {
+TEST_P(FilesTest, FileWithChangingSizeFailsAfterTwoAttempts) {
     int changes = 0;
     const auto growTimes = [&](int times) {
         tree_.write("f", "abc");
@@ -238,7 +238,7 @@ TEST_P(FilesTest, AFileThatChangesItsSizeIsReadOnceMoreAndThenFails) {
     beforeReading = nullptr;
 }
 
-TEST_P(FilesTest, WithoutPermissionReadingFails) {
+TEST_P(FilesTest, ReadingWithoutPermissionFails) {
     tree_.write("f", "x");
     tree_.write("closed/f", "x");
     fs::permissions(at("f"), fs::perms::none);
@@ -260,7 +260,7 @@ TEST_P(FilesTest, WithoutPermissionReadingFails) {
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
-TEST(FilesOfTheLiveMachine, WhatTheKernelMakesUpIsNotThere) {
+TEST(FilesOfTheLiveMachine, PseudoFilesAreDenied) {
     const Settings settings;
     const Root root;
     Files files(root, settings);

@@ -37,7 +37,7 @@ bool keepsStatesHere(const fs::path& path) {
     return keepsStates(kest::Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)));
 }
 
-// Puts another hash into the lines of the cache, so that answers from there are known from those of the files.
+// Replaces the hashes in the cache, so that results from the cache differ from those of the files.
 void spoil(const fs::path& cache) {
     std::string text = zavtest::readAll(cache);
     for (std::size_t end = text.find('\n', text.find('\n') + 1); end != std::string::npos;
@@ -58,7 +58,7 @@ class HashCacheTest : public ::testing::Test {
         tree_.write("f", "abc");
     }
 
-    // The sum as a scan finds it: so much later that the files of the test have had time to settle.
+    // The hash as found by a scan at a later time, at which the files of the test are no longer recent.
     std::string sum(const std::string& path = "/f") { return sumIn(Root(tree_.path().string()), path); }
     std::string sumIn(const Root& root, const std::string& path) {
         HashCache cache(cache_.string(), currentTime() + 10 * kSecond);
@@ -73,7 +73,7 @@ class HashCacheTest : public ::testing::Test {
         EXPECT_EQ(code, events_.front().code) << events_.front().text;
         EXPECT_EQ(cache_.string(), events_.front().path);
     }
-    // Does this again until the clock of the file system has gone on.
+    // Repeats the change until the times of the file system have advanced.
     void change(const std::function<void()>& change) const {
         const FileState before = stateOf(tree_.path() / "f");
         do change();
@@ -87,7 +87,7 @@ class HashCacheTest : public ::testing::Test {
     std::vector<Event> events_;
 };
 
-TEST_F(HashCacheTest, TheNextRunAnswersFromIt) {
+TEST_F(HashCacheTest, NextRunUsesTheCache) {
     EXPECT_EQ(kSumOfAbc, sum());
     spoil(cache_);
     const FileState written = stateOf(cache_);
@@ -98,7 +98,7 @@ TEST_F(HashCacheTest, TheNextRunAnswersFromIt) {
     EXPECT_EQ(kSumOfAbc, sum());
 }
 
-TEST_F(HashCacheTest, AFileThatChangedInAnyWayIsReadAnew) {
+TEST_F(HashCacheTest, ChangedFileIsHashedAgain) {
     const fs::path file = tree_.path() / "f";
     const std::pair<const char*, std::function<void()>> changes[] = {
         {"content", [this] { tree_.write("f", "abd"); }},
@@ -128,7 +128,7 @@ TEST_F(HashCacheTest, AFileThatChangedInAnyWayIsReadAnew) {
     EXPECT_EQ(3U, linesIn(cache_)) << "one for the first file, one for that in its place";
 }
 
-TEST_F(HashCacheTest, EveryPartOfTheStateCounts) {
+TEST_F(HashCacheTest, EveryPartOfTheStateIsCompared) {
     const FileState state{1, 2, 3, 4, 5};
     HashCache cache(cache_.string());
     cache.remember(state, "sha256", "ab");
@@ -139,7 +139,7 @@ TEST_F(HashCacheTest, EveryPartOfTheStateCounts) {
         EXPECT_EQ(nullptr, cache.find(other, "sha256"));
 }
 
-TEST_F(HashCacheTest, WhatChangedJustNowOrLaterIsNotKept) {
+TEST_F(HashCacheTest, RecentlyChangedFilesAreNotStored) {
     const std::int64_t changed = stateOf(tree_.path() / "f").changed;
     for (const auto& [now, kept] : {std::pair{changed - 10 * kSecond, false},
                                     {changed + 2 * kSecond - 1, false},
@@ -154,7 +154,7 @@ TEST_F(HashCacheTest, WhatChangedJustNowOrLaterIsNotKept) {
     }
 }
 
-TEST_F(HashCacheTest, WhatTheKernelMakesUpIsNeitherHashedNorKept) {
+TEST_F(HashCacheTest, PseudoFilesAreNeitherHashedNorStored) {
     settings_.secrets.allow = {tree_.path().string(), "/proc"};
     EXPECT_EQ("?", sumIn(Root(), "/proc/version"));
     EXPECT_FALSE(fs::exists(cache_));
@@ -162,7 +162,7 @@ TEST_F(HashCacheTest, WhatTheKernelMakesUpIsNeitherHashedNorKept) {
     EXPECT_TRUE(fs::exists(cache_));
 }
 
-TEST_F(HashCacheTest, AFileHasAHashOfEachAlgorithm) {
+TEST_F(HashCacheTest, StoresOneHashPerAlgorithm) {
     const FileState state{1, 2, 3, 4, 5};
     HashCache first(cache_.string());
     first.remember(state, "sha256", "aa");
@@ -177,7 +177,7 @@ TEST_F(HashCacheTest, AFileHasAHashOfEachAlgorithm) {
     EXPECT_EQ(nullptr, second.find(state, "sha1"));
 }
 
-TEST_F(HashCacheTest, TreesDoNotMixTheirFiles) {
+TEST_F(HashCacheTest, FilesOfDifferentTreesAreDistinguished) {
     const zavtest::ScratchDir other;
     other.write("f", "");
     EXPECT_EQ(kSumOfAbc, sum());
@@ -189,7 +189,7 @@ TEST_F(HashCacheTest, TreesDoNotMixTheirFiles) {
     EXPECT_EQ(1, std::distance(fs::directory_iterator(tree_.path()), {})) << "nothing is written there";
 }
 
-TEST_F(HashCacheTest, ADamagedOneBeginsAnew) {
+TEST_F(HashCacheTest, DamagedCacheIsReplaced) {
     sum();
     spoil(cache_);
     const std::string good = zavtest::readAll(cache_);
@@ -209,7 +209,7 @@ TEST_F(HashCacheTest, ADamagedOneBeginsAnew) {
     }
 }
 
-TEST_F(HashCacheTest, ATooLargeOneBeginsAnew) {
+TEST_F(HashCacheTest, TooLargeCacheIsReplaced) {
     sum();
     fs::resize_file(cache_, (std::uintmax_t{64} << 20) + 1);
     EXPECT_EQ(kSumOfAbc, sum());
@@ -228,7 +228,7 @@ TEST_F(HashCacheTest, IsNeverWrittenTooLarge) {
     EXPECT_TRUE(next.save().empty());
 }
 
-TEST_F(HashCacheTest, OfVeryManyHashesThoseThatNobodyUsesAreDropped) {
+TEST_F(HashCacheTest, LargeCacheDropsUnusedHashes) {
     const auto stateOfNumber = [](std::uint64_t number) { return FileState{1, number, 3, 4, 5}; };
     HashCache first(cache_.string());
     for (std::uint64_t i = 1; i <= 100'000; ++i) first.remember(stateOfNumber(i), "sha256", "aa");
@@ -241,7 +241,7 @@ TEST_F(HashCacheTest, OfVeryManyHashesThoseThatNobodyUsesAreDropped) {
     EXPECT_EQ("quorvis-hashes 1\n1 7 3 4 5 sha256 aa\n1 7 3 4 5 sha512 bb\n", zavtest::readAll(cache_));
 }
 
-TEST_F(HashCacheTest, WhatOthersMayHaveWrittenIsNeitherBelievedNorReplaced) {
+TEST_F(HashCacheTest, UntrustedCacheIsNeitherUsedNorReplaced) {
     sum();
     spoil(cache_);
     const std::string good = zavtest::readAll(cache_);
@@ -281,7 +281,7 @@ TEST_F(HashCacheTest, WhatOthersMayHaveWrittenIsNeitherBelievedNorReplaced) {
     }
 }
 
-TEST_F(HashCacheTest, WhereItCannotBeWrittenTheSumIsFoundAllTheSame) {
+TEST_F(HashCacheTest, UnwritableCacheDoesNotFailTheScan) {
     for (const fs::path& path :
          {place_.path() / "missing" / "hashes", tree_.path() / "f" / "hashes", fs::path("/proc/hashes")}) {
         cache_ = path;
@@ -290,7 +290,7 @@ TEST_F(HashCacheTest, WhereItCannotBeWrittenTheSumIsFoundAllTheSame) {
     }
 }
 
-TEST_F(HashCacheTest, IsForItsUserAloneAndFollowsNoLink) {
+TEST_F(HashCacheTest, HasMode0600AndFollowsNoLink) {
     const fs::path other = place_.write("other", "precious");
     HashCache cache(cache_.string());
     fs::create_symlink(other, cache_);
@@ -303,7 +303,7 @@ TEST_F(HashCacheTest, IsForItsUserAloneAndFollowsNoLink) {
     EXPECT_EQ(fs::perms(0600), fs::status(cache_).permissions());
 }
 
-TEST_F(HashCacheTest, WhatMayNotBeReadHasNoHashEvenIfItIsKept) {
+TEST_F(HashCacheTest, StoredHashOfUnreadableFileIsNotDisclosed) {
     tree_.write("etc/gshadow", "abc");
     HashCache cache(cache_.string());
     cache.remember(stateOf(tree_.path() / "etc/gshadow"), "sha256", kOtherSum);
@@ -311,7 +311,7 @@ TEST_F(HashCacheTest, WhatMayNotBeReadHasNoHashEvenIfItIsKept) {
     EXPECT_EQ("?", sum("/etc/gshadow"));
 }
 
-// The scanner itself, with a program of this machine, which has not changed just now.
+// Runs the scanner on a program of this machine, which is not a recently changed file.
 class ScanWithCache : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -327,7 +327,7 @@ class ScanWithCache : public ::testing::Test {
                                       R"(" sha256=")" + sum + R"("/></Match></Signature></Signatures>)");
         root_ = program.parent_path().parent_path();
     }
-    // Whether the program was found to have its sum.
+    // Whether the scan found the program by its hash.
     bool found(const std::string& settings) {
         const fs::path config =
             dir_.write("config.xml", "<C><Plugin name=\"Evaluation\">" + settings + "</Plugin></C>");
@@ -350,7 +350,7 @@ class ScanWithCache : public ::testing::Test {
     fs::path root_;
 };
 
-TEST_F(ScanWithCache, TheNextScanAnswersFromIt) {
+TEST_F(ScanWithCache, NextScanUsesTheCache) {
     EXPECT_TRUE(found(setting()));
     EXPECT_EQ(2U, linesIn(cache_));
     EXPECT_EQ(fs::perms(0600), fs::status(cache_).permissions());
@@ -361,14 +361,14 @@ TEST_F(ScanWithCache, TheNextScanAnswersFromIt) {
     EXPECT_TRUE(found("")) << "without the setting it is not asked";
 }
 
-TEST_F(ScanWithCache, WithoutTheSettingNothingIsWritten) {
+TEST_F(ScanWithCache, NothingIsWrittenWithoutTheSetting) {
     EXPECT_TRUE(found(""));
     EXPECT_TRUE(fs::is_empty(place_.path()));
     EXPECT_EQ(4, std::distance(fs::directory_iterator(dir_.path()), {}))
         << "what it was given and its output";
 }
 
-TEST_F(ScanWithCache, WhatIsWrongWithItIsAnEventOfAScanThatSucceeds) {
+TEST_F(ScanWithCache, ProblemsAreEventsOfASuccessfulScan) {
     fs::create_directory(cache_);
     EXPECT_TRUE(found(setting()));
     EXPECT_NE(std::string::npos, warnings().find("<Event code=\"denied\"")) << warnings();
@@ -378,7 +378,7 @@ TEST_F(ScanWithCache, WhatIsWrongWithItIsAnEventOfAScanThatSucceeds) {
 }
 
 #ifndef ZAV_SANITIZED
-TEST_F(ScanWithCache, OneThatTakesTooMuchMemoryIsNotUsed) {
+TEST_F(ScanWithCache, CacheThatNeedsTooMuchMemoryIsNotUsed) {
     std::ofstream file(cache_, std::ios::binary);
     file << "quorvis-hashes 1\n";
     for (int i = 0; i < 700'000; ++i) file << "1 " << i << " 3 4 5 sha256 " << kOtherSum << '\n';

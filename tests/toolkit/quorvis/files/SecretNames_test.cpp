@@ -5,7 +5,7 @@
 namespace toolkit::quorvis {
 namespace {
 
-TEST(SecretNames, FilesThatHoldSecretsAreKnown) {
+TEST(SecretNames, RecognisesSecretFiles) {
     for (const char* path : {"/etc/shadow",
                              "/ETC/Shadow",
                              "/etc//./shadow",
@@ -97,7 +97,7 @@ TEST(SecretNames, FilesThatHoldSecretsAreKnown) {
         EXPECT_TRUE(isSecretByName(path)) << path;
 }
 
-TEST(SecretNames, FilesOfSoftwareAreNone) {
+TEST(SecretNames, AcceptsFilesOfSoftware) {
     for (const char* path : {"/etc/passwd",
                              "/etc/group",
                              "/etc/shadow.conf",

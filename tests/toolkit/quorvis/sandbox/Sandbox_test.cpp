@@ -52,7 +52,7 @@ class Sandbox : public ::testing::Test {
     Settings settings_;
 };
 
-TEST_F(Sandbox, ProgramsTheNetworkAndOtherProcessesAreOutOfReach) {
+TEST_F(Sandbox, BlocksProgramsNetworkAndOtherProcesses) {
     const pid_t parent = getpid();
     inside([parent] {
         const auto expectRefused = [](long result, const char* what) {
@@ -85,7 +85,7 @@ TEST_F(Sandbox, ProgramsTheNetworkAndOtherProcessesAreOutOfReach) {
     });
 }
 
-TEST_F(Sandbox, FilesAreReadAndWrittenAndThreadsRun) {
+TEST_F(Sandbox, AllowsFilesAndThreads) {
     tree_.write("opt/a/f", "abc");
     inside([this] {
         const Root root(tree_.path().string());
@@ -101,7 +101,7 @@ TEST_F(Sandbox, FilesAreReadAndWrittenAndThreadsRun) {
     });
 }
 
-TEST_F(Sandbox, AWalkInManyThreadsHasRoom) {
+TEST_F(Sandbox, AllowsWalksInManyThreads) {
     for (int i = 0; i < 200; ++i)
         tree_.write("opt/" + std::to_string(i / 20) + "/" + std::to_string(i) + "/f", "");
     settings_.evaluation.memoryLimit = 1;
@@ -113,7 +113,7 @@ TEST_F(Sandbox, AWalkInManyThreadsHasRoom) {
     });
 }
 
-TEST_F(Sandbox, RootKeepsNothingButWhatReadingNeeds) {
+TEST_F(Sandbox, RootKeepsOnlyCapabilitiesForReading) {
     tree_.write("closed/f", "abc");
     std::filesystem::permissions(tree_.path() / "closed", std::filesystem::perms::none);
     inside([this] {
@@ -131,7 +131,7 @@ TEST_F(Sandbox, RootKeepsNothingButWhatReadingNeeds) {
 }
 
 #ifndef ZAV_SANITIZED
-TEST_F(Sandbox, MemoryIsBoundButNeverBelowWhatIsNeeded) {
+TEST_F(Sandbox, MemoryLimitHasAMinimum) {
     settings_.evaluation.memoryLimit = 1;
     inside([] {
         const auto map = [](std::size_t size) {
@@ -146,7 +146,7 @@ TEST_F(Sandbox, MemoryIsBoundButNeverBelowWhatIsNeeded) {
 }
 #endif
 
-TEST_F(Sandbox, AFileThatGrowsTooLargeIsAFailedWrite) {
+TEST_F(Sandbox, TooLargeFileIsAFailedWrite) {
     inside([this] {
         const int file = open((tree_.path() / "huge").c_str(), O_WRONLY | O_CREAT, 0600);
         EXPECT_EQ(-1, pwrite(file, "x", 1, off_t{1} << 40));

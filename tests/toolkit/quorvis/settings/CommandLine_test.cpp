@@ -29,7 +29,7 @@ std::vector<std::string> complete(std::vector<std::string> more) {
 
 }  // namespace
 
-TEST(SignatureScannerCommandLine, TakesTheFourFilesByShortAndLongNames) {
+TEST(SignatureScannerCommandLine, AcceptsShortAndLongOptions) {
     const std::vector<std::string> shortNames = complete({});
     const std::vector<std::string> longNames = {"--config",   "c", "--output=o",
                                                 "--warnings", "e", "--signatures=i"};
@@ -44,7 +44,7 @@ TEST(SignatureScannerCommandLine, TakesTheFourFilesByShortAndLongNames) {
     }
 }
 
-TEST(SignatureScannerCommandLine, TakesWhatMayBeAdded) {
+TEST(SignatureScannerCommandLine, AcceptsOptionalOptions) {
     const CommandLine line = parse(complete({"--root", "/tree", "--explain=GUID"}));
     EXPECT_EQ(line.action, Action::Scan);
     EXPECT_EQ(line.options.root, "/tree");
@@ -53,14 +53,14 @@ TEST(SignatureScannerCommandLine, TakesWhatMayBeAdded) {
     EXPECT_EQ(parse({"-V", "-c"}).action, Action::Version);
 }
 
-TEST(SignatureScannerCommandLine, ACheckNeedsOnlyTheSignatures) {
+TEST(SignatureScannerCommandLine, CheckRequiresOnlyTheSignatures) {
     const CommandLine line = parse({"--check", "-i", "sig.xml"});
     EXPECT_EQ(line.action, Action::Check) << line.message;
     EXPECT_EQ(line.options.signatures, "sig.xml");
     EXPECT_EQ(parse({"--check"}).action, Action::Refuse);
 }
 
-TEST(SignatureScannerCommandLine, ARefusalNamesTheOption) {
+TEST(SignatureScannerCommandLine, RefusalsNameTheOption) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{}, "-i"},
         {{"--check"}, "-i"},
@@ -83,7 +83,7 @@ TEST(SignatureScannerCommandLine, ARefusalNamesTheOption) {
     }
 }
 
-TEST(SignatureScannerCommandLine, TheEnvironmentGivesTheRootThatIsNotGiven) {
+TEST(SignatureScannerCommandLine, EnvironmentIsTheDefaultRoot) {
     EXPECT_EQ(parse(complete({}), "/environment").options.root, "/environment");
     EXPECT_EQ(parse(complete({"--root", "/given"}), "/environment").options.root, "/given");
 }

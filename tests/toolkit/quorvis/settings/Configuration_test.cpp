@@ -31,7 +31,7 @@ std::vector<std::string> settingsOf(const Configuration& configuration) {
     return settings;
 }
 
-// What the library writes around the values, which it does not escape.
+// A configuration as the library writes it. Values are not escaped.
 std::string written(const std::string& presetValue, const std::string& settingValue) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<QEL xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">\n"
@@ -69,7 +69,7 @@ TEST(SignatureConfiguration, ReadsWhatTheLibraryWrites) {
               (std::vector<std::string>{"FileSystem/exclude=/srv", "Swid/enabled=0"}));
 }
 
-TEST(SignatureConfiguration, FindsItsElementsWhereverTheyStandAndNoOthers) {
+TEST(SignatureConfiguration, FindsItsElementsAtAnyDepth) {
     const Configuration configuration = read(
         "<x><Variable name='a' value='&lt;&#8364;'/><Hardware><Group Name='g'/><Plugin name='P'><y>"
         "<Attribute name='b' value='1'/></y></Plugin></Hardware><Attribute name='c' value='2'/></x>");
@@ -77,7 +77,7 @@ TEST(SignatureConfiguration, FindsItsElementsWhereverTheyStandAndNoOthers) {
     EXPECT_EQ(settingsOf(configuration), (std::vector<std::string>{"P/b=1", "/c=2"}));
 }
 
-TEST(SignatureConfiguration, TakesTheLinesOfAnIllFormedFileLiterally) {
+TEST(SignatureConfiguration, ReadsIllFormedFilesLineByLine) {
     for (const std::string value : {"a&b", "<", "a<b>&c;", "say \"hi\"", "\" guid=\"", "&amp;&", "\" />&"}) {
         const Configuration configuration = read(written(value, value + "&"));
         EXPECT_EQ(configuration.error, "");
@@ -90,7 +90,7 @@ TEST(SignatureConfiguration, TakesTheLinesOfAnIllFormedFileLiterally) {
     }
 }
 
-TEST(SignatureConfiguration, ReadsOneByteForEachCharacterWhenItIsNotUtf8) {
+TEST(SignatureConfiguration, ReadsInvalidUtf8AsLatin1) {
     const Configuration wellFormed = read(written("M\xFCller", "/\xE9"));
     EXPECT_TRUE(wellFormed.events.empty());
     EXPECT_EQ(presetsOf(wellFormed).front(), "first=M\xC3\xBCller (G-1)");
@@ -103,13 +103,13 @@ TEST(SignatureConfiguration, ReadsOneByteForEachCharacterWhenItIsNotUtf8) {
     EXPECT_EQ(presetsOf(utf8).front(), "first=M\xC3\xBCller (G-1)");
 }
 
-TEST(SignatureConfiguration, NamesAFileThatCannotBeRead) {
+TEST(SignatureConfiguration, ReportsUnreadableFiles) {
     const zavtest::ScratchDir dir;
     for (const std::string& path : {(dir.path() / "missing.xml").string(), dir.path().string()})
         EXPECT_TRUE(readConfiguration(path).error.starts_with(path + ": ")) << readConfiguration(path).error;
 }
 
-TEST(SignatureConfiguration, WithoutItsElementsItSaysNothing) {
+TEST(SignatureConfiguration, IsEmptyWithoutItsElements) {
     for (const std::string text : {"<QEL/>", "no markup at all", ""}) {
         const Configuration configuration = read(text);
         EXPECT_EQ(configuration.error, "");

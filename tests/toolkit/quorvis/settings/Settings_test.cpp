@@ -25,7 +25,7 @@ Settings make(const std::vector<PluginSetting>& given) {
 
 }  // namespace
 
-TEST(PluginSettings, EachChangesWhatItNames) {
+TEST(PluginSettings, EachIsApplied) {
     const std::tuple<PluginSetting, std::function<bool(const Settings&)>> cases[] = {
         {{"FileSystem", "root", "/tree"}, [](auto& s) { return s.fileSystem.root == "/tree"; }},
         {{"FileSystem", "maxDepth", "64"}, [](auto& s) { return s.fileSystem.maxDepth == 64; }},
@@ -70,7 +70,7 @@ TEST(PluginSettings, EachChangesWhatItNames) {
     }
 }
 
-TEST(PluginSettings, TheLastOneWinsAndSomeAddUp) {
+TEST(PluginSettings, LastOneWinsAndListsAccumulate) {
     const Settings settings = make({{"FileSystem", "maxDepth", "3"},
                                     {"FileSystem", "exclude", "/a"},
                                     {"Swid", "directory", "/s"},
@@ -85,7 +85,7 @@ TEST(PluginSettings, TheLastOneWinsAndSomeAddUp) {
     EXPECT_EQ(settings.packages.types, (Strings{"dpkg", "rpm", "snap"}));
 }
 
-TEST(PluginSettings, AWrongOneIsAnEventAndTheDefaultStays) {
+TEST(PluginSettings, InvalidOneIsAnEventAndKeepsTheDefault) {
     const PluginSetting cases[] = {
         {"Nonsense", "root", "/"},
         {"FileSystem", "nonsense", "1"},

@@ -16,7 +16,7 @@
 namespace toolkit::quorvis {
 namespace {
 
-// Versions of one scheme, each newer than the one before; what stands beside each other in one line is equal.
+// Versions of one scheme in ascending order. The versions in one line are equal.
 struct Ladder {
     Scheme scheme;
     std::vector<std::vector<std::string_view>> steps;
@@ -124,7 +124,7 @@ const Ladder kLadders[] = {
     {Scheme::Text, {{""}, {"1.10"}, {"1.9"}, {"A"}, {"a"}, {"ab"}, {"\xff"}}},
 };
 
-TEST(Version, TheVersionsOfEachSchemeAreOrderedAsItDefines) {
+TEST(Version, EachSchemeOrdersItsVersions) {
     for (const Ladder& ladder : kLadders) {
         for (std::size_t i = 0; i < ladder.steps.size(); ++i) {
             for (std::size_t j = 0; j < ladder.steps.size(); ++j) {
@@ -141,12 +141,12 @@ TEST(Version, TheVersionsOfEachSchemeAreOrderedAsItDefines) {
     }
 }
 
-TEST(Version, AnRpmTestWithoutReleaseMeansAnyRelease) {
+TEST(Version, RpmIgnoresReleasesUnlessBothHaveOne) {
     EXPECT_TRUE(compareVersions(Scheme::Rpm, "5.1.8-6.el9", "5.1.8") == std::weak_ordering::equivalent);
     EXPECT_TRUE(compareVersions(Scheme::Rpm, "5.1.8", "0:5.1.8-1") == std::weak_ordering::equivalent);
 }
 
-TEST(Version, WhatIsNoVersionOfASchemeIsNotCompared) {
+TEST(Version, InvalidVersionsAreNotCompared) {
     const std::pair<Scheme, std::vector<std::string_view>> kNone[] = {
         {Scheme::Deb, {"", "1:", ":1", "a:1", "1-", "-1", "1 2", "1_2", "1.0-1_2", "1\n"}},
         {Scheme::Rpm, {"", "1-", "-1", "1:", "a:1", "1 0", "1/2"}},
@@ -179,7 +179,7 @@ std::string randomDebVersion(std::mt19937& random) {
     return version;
 }
 
-TEST(Version, DpkgOrdersDebVersionsTheSameWay) {
+TEST(Version, DpkgAgreesWithTheOrderOfDebVersions) {
     const zavtest::ScratchDir scratch;
     std::mt19937 random(20261121);
     std::vector<std::pair<std::string, std::string>> pairs;
@@ -215,7 +215,7 @@ Truth tested(Attribute attribute, const char* bound, const char* version, const 
     return evaluateVersionTests(Query(leaf, values), Scheme::Dotted, version);
 }
 
-TEST(VersionTest, EachTestSaysWhichSideOfItsBoundPasses) {
+TEST(VersionTest, EachTestAcceptsItsSideOfTheBound) {
     const struct {
         Attribute attribute;
         Truth older, same, newer;
@@ -233,18 +233,18 @@ TEST(VersionTest, EachTestSaysWhichSideOfItsBoundPasses) {
     }
 }
 
-TEST(VersionTest, TheQuerysSchemeComesBeforeTheUsualOne) {
+TEST(VersionTest, SchemeOfTheQueryOverridesTheDefault) {
     EXPECT_EQ(Truth::True, tested(Attribute::Above, "1.0rc1", "1.0", "pep440"));
     EXPECT_EQ(Truth::False, tested(Attribute::Above, "1.0rc1", "1.0"));
 }
 
-TEST(VersionTest, WhatCannotBeComparedIsUnknown) {
+TEST(VersionTest, InvalidVersionsAreUnknown) {
     EXPECT_EQ(Truth::Unknown, tested(Attribute::AtLeast, "x", "1"));
     EXPECT_EQ(Truth::Unknown, tested(Attribute::AtLeast, "1", "", "int"));
     EXPECT_EQ(Truth::Unknown, tested(Attribute::AtLeast, "1", "1", "roman"));
 }
 
-TEST(VersionTest, OnlyTheFiveTestsAreTests) {
+TEST(VersionTest, OtherAttributesAreNoVersionTests) {
     Leaf leaf;
     leaf.attributes = {{Attribute::Scheme, Template("deb")}};
     EXPECT_FALSE(hasVersionTest(Query(leaf, {"deb"})));
