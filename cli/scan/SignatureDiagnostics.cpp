@@ -72,10 +72,11 @@ std::string explainSignature(const std::string& scanner, const std::string& sign
         runProgram(scanner, {"-c", settingsFile, "-o", workspace.path() + "/output.xml", "-e",
                              workspace.path() + "/warnings.xml", "-i", signatures, "--explain", guid});
     if (result.status == 0) return result.output;
-    throw Failure(kExitFailed, fmt::format("the scanner {} cannot explain the signature: it ended with "
-                                           "status {}{}{}",
-                                           scanner, result.status, result.output.empty() ? "" : " and said: ",
-                                           result.output.substr(0, result.output.find('\n'))));
+    throw Failure(kExitFailed,
+                  fmt::format("the scanner {} cannot explain the signature: it ended with "
+                              "status {}{}{}",
+                              scanner, result.status, result.output.empty() ? "" : " and printed: ",
+                              result.output.substr(0, result.output.find('\n'))));
 }
 
 }  // namespace zavcli

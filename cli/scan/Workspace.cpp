@@ -74,7 +74,7 @@ void requireSafe(const std::string& directory) {
     if (weaknesses.empty()) return;
     throw Failure(
         kExitFailed,
-        fmt::format("the temporary directory '{}' is not safe, since other users can rename what is in it: "
+        fmt::format("the temporary directory '{}' is not safe, because other users can rename files in it: "
                     "{}; TEMP or TMP can name another one",
                     directory, describe(weaknesses)));
 }
