@@ -8,8 +8,8 @@
 
 namespace zavcli {
 
-// A line for each way in which groups are incomplete, such as "could not be read: SoftwarePackages: the rpm database is
-// damaged". Groups of unknown status are not mentioned.
+// A line for each way in which groups are incomplete, such as "could not be read: SoftwarePackages: the rpm
+// database is damaged". Groups of unknown status are not mentioned.
 std::vector<std::string> completenessMessages(const HardwareInventory& inventory);
 
 // Whether requested data could not be read: a group is unread, or it is partial for another reason than a missing

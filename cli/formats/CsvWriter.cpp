@@ -29,8 +29,8 @@ bool isNumber(std::string_view text) {
     return digitFirst && error != std::errc::invalid_argument && end == text.data() + text.size();
 }
 
-// Spreadsheets evaluate such values, and may skip a leading control character. A value that already looks protected counts
-// too.
+// Spreadsheets evaluate such values, and may skip a leading control character. A value that already looks
+// protected counts too.
 bool looksLikeFormula(std::string_view value) {
     const std::size_t quotes = std::min(value.find_first_not_of('\''), value.size());
     const std::string_view rest = value.substr(quotes);

@@ -12,22 +12,23 @@ namespace zavcli {
 // One field of an RFC 4180 record: in double quotes if it contains a comma, a quote or a line break.
 std::string csvField(std::string_view value);
 
-// Whether values that a spreadsheet would take for a formula get a leading apostrophe. These begin with =, +, -, @ or a
-// control character and are not numbers. Values that look like protected ones are protected too, so that every value can be
-// restored.
+// Whether values that a spreadsheet would take for a formula get a leading apostrophe. These begin with =, +,
+// -, @ or a control character and are not numbers. Values that look like protected ones are protected too, so
+// that every value can be restored.
 enum class CsvFormulas { Protected, Raw };
 
 // A value as one field of a record.
 std::string csvValue(std::string_view value, CsvFormulas formulas);
 
-// RFC 4180 with a header line and the columns group, instance, field, value: one record per field, with instances counted
-// from 0. The records of a group follow one without an instance number whose field is _status, and if there is a reason one
-// whose field is _reason.
+// RFC 4180 with a header line and the columns group, instance, field, value: one record per field, with
+// instances counted from 0. The records of each group begin with one that has no instance number and holds the
+// status in the field _status. If there is a reason, a similar record holds it in the field _reason.
 std::string csvText(const HardwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
 
-// RFC 4180 with a header line and the columns result, guid, name, variable, value: one record per variable, with results
-// counted from 0. A result without variables has one record whose last two columns are empty. An undecided signature has one
-// record without a result number, with the variable _status and the value unknown.
+// RFC 4180 with a header line and the columns result, guid, name, variable, value: one record per variable,
+// with results counted from 0. A result without variables has one record whose last two columns are empty. An
+// undecided signature has one record without a result number, with the variable _status and the value
+// unknown.
 std::string csvText(const SoftwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
 
 }  // namespace zavcli

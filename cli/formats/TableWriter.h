@@ -15,8 +15,8 @@ struct TableStyle {
     bool everything = false;  // nothing is omitted: if not all fields fit, each instance becomes a block
 };
 
-// A heading per group. One instance is shown as lines of field and value, several as a table below the values that they
-// share. Empty values are omitted.
+// A heading per group. One instance is shown as lines of field and value, several as a table below the values
+// that they share. Empty values are omitted.
 std::string tableText(const HardwareInventory& inventory, const TableStyle& style);
 
 }  // namespace zavcli

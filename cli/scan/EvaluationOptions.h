@@ -24,8 +24,9 @@ struct Setting {
 // Identifiers of signatures in lower case.
 using Identifiers = std::set<std::string>;
 
-// Parses NAME=VALUE or NAME=VALUE@GUID. The text after the last '@' is an identifier if it is in `identifiers`
-// (case-insensitive) or consists of 8-4-4-4-12 hexadecimal digits with or without braces; otherwise it belongs to the value.
+// Parses NAME=VALUE or NAME=VALUE@GUID. The text after the last '@' is an identifier if it is in
+// `identifiers` (case-insensitive) or consists of 8-4-4-4-12 hexadecimal digits with or without braces;
+// otherwise it belongs to the value.
 // Throws Failure (bad usage).
 Preset parsePreset(const std::string& text, const Identifiers& identifiers);
 

@@ -16,8 +16,8 @@ inline const GroupName kScanInfo{ZAV_HW_SCAN_INFO, "ScanInfo"};
 std::vector<Group> scanGroups(LibraryHandle& library, const std::string& toolkit,
                               const std::vector<GroupName>& groups);
 
-// Scans the groups and adds the circumstances of the scan and the status of each group. `root` is the scanned directory,
-// empty for this machine. Throws Failure if the scan fails.
+// Scans the groups and adds the circumstances of the scan and the status of each group. `root` is the scanned
+// directory, empty for this machine. Throws Failure if the scan fails.
 HardwareInventory scanHardware(LibraryHandle& library, const std::string& toolkit, const std::string& root,
                                const std::vector<GroupName>& groups);
 

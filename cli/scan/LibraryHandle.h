@@ -31,8 +31,8 @@ class LogListener {
 
 class LibraryHandle {
   public:
-    // Opens the library on a toolkit directory. If that is empty, no scanner can be started. Messages go to the listener;
-    // without one they are discarded.
+    // Opens the library on a toolkit directory. If that is empty, no scanner can be started. Messages go to
+    // the listener; without one they are discarded.
     // REQUIRES: the listener and the workspace outlive the handle. Throws Failure.
     LibraryHandle(LogListener* listener, const Workspace& workspace, const std::string& toolkit);
     ~LibraryHandle();

@@ -18,8 +18,8 @@ struct LocationFile {
 // Reads a location file by the same rules as the library, which matches its keys exactly.
 LocationFile readLocationFile(const std::string& path, const std::string& product);
 
-// Describes the lines of a location file that the library does not read as they were meant, each with its line number and
-// the correction.
+// Describes the lines of a location file that the library does not read as they were meant, each with its
+// line number and the correction.
 std::vector<std::string> locationFileFaults(std::istream& lines);
 
 // Replaces runs of slashes in a path by a single slash.

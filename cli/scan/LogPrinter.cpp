@@ -18,8 +18,8 @@ bool isNormalWithoutInstallation(const LogMessage& message) {
            message.text == "ZAV not installed, please specify a directory";
 }
 
-// The command itself reports how the software scanner ended, and evaluates joined signatures again if they are refused.
-// The settings are those of its own command line.
+// The command itself reports how the software scanner ended, and evaluates joined signatures again if they
+// are refused. The settings are those of its own command line.
 bool isRedundant(const LogMessage& message) {
     return (message.function == "SW_ExecuteScanner()" && message.text.starts_with("Exit code: ")) ||
            (message.function == "ZAV_sw_setopt_config" && message.text.starts_with("Plugin ["));

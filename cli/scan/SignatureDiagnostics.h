@@ -13,7 +13,8 @@ struct CheckResult {
     std::string text;   // the report of the scanner on each file
 };
 
-// Checks whether the files are valid. `scanner` is the path of the program. Throws Failure if the scanner cannot tell.
+// Checks whether the files are valid. `scanner` is the path of the program. Throws Failure if the scanner
+// cannot tell.
 CheckResult checkSignatures(const std::string& scanner, const std::vector<std::string>& paths);
 
 // Explains how each condition of the signatures with that identifier is decided. `signatures` is the path of a file.

@@ -11,9 +11,10 @@
 
 namespace zavcli {
 
-// Evaluates the files with the scanner at the path `scanner`. Files that can be joined are evaluated in one run. `output` is
-// the listener of the library. Only results with one of the identifiers are kept, or all if there are no identifiers.
-// Prints what the scanner reports about files that it refuses. Throws Failure if an evaluation fails.
+// Evaluates the files with the scanner at the path `scanner`. Files that can be joined are evaluated in one
+// run. `output` is the listener of the library. Only results with one of the identifiers are kept, or all if
+// there are no identifiers. Prints what the scanner reports about files that it refuses. Throws Failure if an
+// evaluation fails.
 SoftwareInventory evaluateFiles(LibraryHandle& library, ScannerOutput& output, const std::string& scanner,
                                 const std::vector<SignatureFile>& files,
                                 const std::vector<std::string>& guids);

@@ -11,8 +11,9 @@
 
 namespace zavcli {
 
-// The matched signatures: all of them, or those with one of the identifiers, in that order and case-insensitive.
-// `names` holds names by identifier in lower case, for results that do not bring their own, such as those of other scanners.
+// The matched signatures: all of them, or those with one of the identifiers, in that order and
+// case-insensitive. `names` holds names by identifier in lower case, for results that do not bring their own,
+// such as those of other scanners.
 std::vector<MatchedSignature> readMatches(ZAVSwCtx* software, const std::vector<std::string>& guids,
                                           const std::map<std::string, std::string>& names);
 

@@ -43,14 +43,15 @@ std::filesystem::path commandPath();
 // Whether the directory holds an executable program of that name.
 bool containsProgram(const std::string& directory, const std::string& name);
 
-// Whether the library can start a program in the directory. It splits the path of a scanner at blanks and tabs, and removes
-// double quotes.
+// Whether the library can start a program in the directory. It splits the path of a scanner at blanks and
+// tabs, and removes double quotes.
 bool isStartablePath(std::string_view directory);
 
 // The path of the scanner in the toolkit directory.
 std::string scannerPath(const std::string& directory, const Scanner& scanner);
 
-// The first candidate that holds the scanner. Throws Failure if there is none or if the scanner cannot be started there.
+// The first candidate that holds the scanner. Throws Failure if there is none or if the scanner cannot be
+// started there.
 Toolkit chooseToolkit(const ToolkitCandidates& candidates, const Scanner& scanner);
 
 // What lets other users replace the scanner, or the file that names the toolkit.

@@ -21,11 +21,12 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings);
 // The identifiers of the signatures of which it is unknown whether they match, each once.
 std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings);
 
-// Whether the warnings report that a result of one of the signatures may be missing, or any result if `guids` is empty.
+// Whether the warnings report that a result of one of the signatures may be missing, or any result if `guids`
+// is empty.
 bool hasGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
-// The same for gaps that must be reported by the exit status. Without `guids`, a gap does not count if its only cause is a
-// file or directory that the user of the scanner, or every user, may not read.
+// The same for gaps that must be reported by the exit status. Without `guids`, a gap does not count if its
+// only cause is a file or directory that the user of the scanner, or every user, may not read.
 bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
 }  // namespace zavcli

@@ -27,8 +27,8 @@ namespace {
 constexpr int kAttempts = 100;
 constexpr std::size_t kBootDigits = 8;
 
-// The prefix of the directory names of this machine since its last boot. The temporary directory may be shared with other
-// machines. Empty if the boot id is unknown.
+// The prefix of the directory names of this machine since its last boot. The temporary directory may be
+// shared with other machines. Empty if the boot id is unknown.
 std::string leadOfThisMachine() {
     std::string boot;
     if (!(std::ifstream("/proc/sys/kernel/random/boot_id") >> boot) || boot.size() < kBootDigits) return "";

@@ -10,7 +10,8 @@
 
 namespace zavcli {
 
-// Calls `visit` with the name of each entry of the open directory except "." and "..". Async-signal-safe if `visit` is.
+// Calls `visit` with the name of each entry of the open directory except "." and "..". Async-signal-safe if
+// `visit` is.
 template <typename Visit>
 void forEachEntry(int directory, Visit visit) {
     alignas(dirent64) std::array<char, 2048> block;

@@ -8,8 +8,9 @@
 
 namespace zavcli {
 
-// A file that appears complete or not at all. It replaces what has its name: an earlier file is not written to, and a link
-// is not followed. Pipes, sockets, devices and directories are refused. Every failure names the file.
+// A file that appears complete or not at all. It replaces what has its name: an earlier file is not written
+// to, and a link is not followed. Pipes, sockets, devices and directories are refused. Every failure names
+// the file.
 class OutputFile {
   public:
     // Checks that the file can be written, before any work is done for it. Throws Failure.

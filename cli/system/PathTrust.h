@@ -28,8 +28,8 @@ enum class PathKind {
     TemporaryDirectory  // other users may add files to it, but must not be able to rename those of this user
 };
 
-// The users who may own the files besides root: the user of this process, and under sudo also the calling user if he owns
-// part of the path of this command, because he could then replace the command itself.
+// The users who may own the files besides root: the user of this process, and under sudo also the calling
+// user if he owns part of the path of this command, because he could then replace the command itself.
 std::vector<uid_t> trustedUsers(std::string_view command);
 
 // All weaknesses of a path: every directory from the root on, every link, and what the links lead to are examined.

@@ -60,8 +60,8 @@ bool isFault(int signal) {
     _exit(128 + signal);
 }
 
-// Async-signal-safe. It always runs on the main thread, except for faults: while that thread is here, it starts no scanner
-// and creates no file.
+// Async-signal-safe. It always runs on the main thread, except for faults: while that thread is here, it
+// starts no scanner and creates no file.
 void cleanUp(int signal) {
     if (gettid() != getpid() && !isFault(signal)) {
         const int error = errno;

@@ -69,8 +69,8 @@ std::size_t fittingCount(std::wstring_view text, int columns) {
     return count;
 }
 
-// The length of a line of at most `count` characters: up to a blank, or up to and including a ';' that joins values, else
-// `count`. REQUIRES: the text is longer.
+// The length of a line of at most `count` characters: up to a blank, or up to and including a ';' that joins
+// values, else `count`. REQUIRES: the text is longer.
 std::size_t lineEnd(std::wstring_view text, std::size_t count) {
     for (std::size_t end = count; end > 0; --end) {
         if (text[end] == L' ' || text[end - 1] == L';') return end;

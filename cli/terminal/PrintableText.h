@@ -7,8 +7,8 @@
 
 namespace zavcli {
 
-// The text with escapes such as \n, \u001b and \U000e0001 for control characters, invisible characters, and characters
-// that change the direction of writing.
+// The text with escapes such as \n, \u001b and \U000e0001 for control characters, invisible characters, and
+// characters that change the direction of writing.
 std::string printable(std::string_view text);
 
 // The same for a text of several lines, which stay separate lines.
