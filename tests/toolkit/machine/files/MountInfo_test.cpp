@@ -27,7 +27,7 @@ TEST(MountInfo, TheOptionalFieldsMayBeMissing) {
     EXPECT_EQ("/dev/vda", mounts[0].source);
 }
 
-TEST(MountInfo, AnEmptySourceShiftsNothing) {
+TEST(MountInfo, AnEmptySourceIsAField) {
     const auto mounts = readMountInfo("27 1 0:30 / /t rw - tmpfs  rw,size=4k\n");
     ASSERT_EQ(1U, mounts.size());
     EXPECT_EQ("", mounts[0].source);
@@ -54,7 +54,7 @@ TEST(MountInfo, EitherOptionListCanForbidWriting) {
     }
 }
 
-TEST(MountInfo, LinesThatAreNoMountsAreLeftOut) {
+TEST(MountInfo, MalformedLinesAreSkipped) {
     for (const char* const line :
          {"", "\n\n", "1", "1 2 8:1 / /x rw", "1 2 8:1 / /x rw shared:1 -", "garbage line\n",
           "1 2 8:1 /  rw - ext4 /dev/a rw", "1 2 8:1 / /x rw -ext4 /dev/a rw"}) {
@@ -62,7 +62,7 @@ TEST(MountInfo, LinesThatAreNoMountsAreLeftOut) {
     }
 }
 
-TEST(MountInfo, AFileCutOffAnywhereGivesOnlyBeginnings) {
+TEST(MountInfo, ATruncatedFileGivesPrefixesOnly) {
     const std::string text =
         "1 2 8:1 / /a rw - ext4 /dev/a rw\n1 2 8:2 / /b\\040c rw shared:1 - xfs /dev/b rw,x\n";
     for (std::size_t length = 0; length <= text.size(); ++length) {

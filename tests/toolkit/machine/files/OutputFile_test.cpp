@@ -30,7 +30,7 @@ class OutputFile : public ::testing::Test {
     std::ptrdiff_t filesThere() const { return std::distance(fs::directory_iterator(dir_.path()), {}); }
     fs::perms modeOf(const fs::path& file) const { return fs::symlink_status(file).permissions(); }
 
-    // The text with which writing is refused.
+    // The message of the exception. Fails when there is none.
     std::string refusal(const fs::path& path) const {
         try {
             writeOutputFile(path.string(), "new");
@@ -41,7 +41,7 @@ class OutputFile : public ::testing::Test {
         return {};
     }
 
-    // The status of a process that does this.
+    // The exit status of a process that runs this.
     static int statusOf(const std::function<void()>& work) {
         const pid_t child = fork();
         if (child == 0) {
@@ -80,7 +80,7 @@ TEST_F(OutputFile, IsWrittenWhole) {
     EXPECT_EQ(filesThere(), 1) << "nothing else is left behind";
 }
 
-TEST_F(OutputFile, IsItsOwnersAloneWhateverTheUmask) {
+TEST_F(OutputFile, IsPrivateWhateverTheUmask) {
     for (const mode_t mask : {0U, 022U, 0277U, 0777U}) {
         umask(mask);
         fs::remove(file_);
@@ -107,7 +107,7 @@ TEST_F(OutputFile, TakesNeitherModeNorOwnerOfTheFileThatItReplaces) {
     }
 }
 
-TEST_F(OutputFile, ReplacesALinkAndLeavesAloneWhereItLeads) {
+TEST_F(OutputFile, ReplacesALinkAndNotItsTarget) {
     const fs::path other = dir_.write("precious", "old");
     for (const fs::path& target : {fs::path("precious"), other, fs::path("missing"), fs::path("/dev/full")}) {
         fs::remove(file_);
@@ -120,9 +120,9 @@ TEST_F(OutputFile, ReplacesALinkAndLeavesAloneWhereItLeads) {
     EXPECT_FALSE(fs::exists(dir_.path() / "missing"));
 }
 
-TEST_F(OutputFile, WhatIsNoFileIsRefusedAtOnceAndStays) {
+TEST_F(OutputFile, RefusesWhatIsNotAFileAtOnce) {
     const auto open = [this](const char* name) { return dir_.path() / name; };
-    ASSERT_EQ(mkfifo(open("pipe").c_str(), 0666), 0);  // one that nobody reads
+    ASSERT_EQ(mkfifo(open("pipe").c_str(), 0666), 0);  // a pipe without a reader
     fs::create_directory(open("folder"));
     EXPECT_NE(refusal(open("pipe")).find("it is a pipe"), std::string::npos);
     EXPECT_NE(refusal(open("folder")).find("it is a directory"), std::string::npos);
@@ -140,7 +140,7 @@ TEST_F(OutputFile, AStandardStreamIsNotReplaced) {
     EXPECT_TRUE(fs::is_symlink(file_));
 }
 
-TEST_F(OutputFile, OfAReaderThatHoldsTheOldOneStaysTheOldOne) {
+TEST_F(OutputFile, LeavesTheOldFileToItsReaders) {
     dir_.write("out.xml", "old");
     std::ifstream reader(file_);
     writeOutputFile(file_.string(), "new");
@@ -150,7 +150,7 @@ TEST_F(OutputFile, OfAReaderThatHoldsTheOldOneStaysTheOldOne) {
     EXPECT_EQ(readAll(file_), "new");
 }
 
-TEST_F(OutputFile, LiesInTheWorkingDirectoryWhenNoOtherIsNamed) {
+TEST_F(OutputFile, IsInTheWorkingDirectoryByDefault) {
     EXPECT_EQ(statusOf([this] {
                   fs::current_path(dir_.path());
                   writeOutputFile("out.xml", "new");
@@ -159,21 +159,21 @@ TEST_F(OutputFile, LiesInTheWorkingDirectoryWhenNoOtherIsNamed) {
     EXPECT_EQ(readAll(file_), "new");
 }
 
-TEST_F(OutputFile, HasANameAsLongAsTheFileSystemTakes) {
+TEST_F(OutputFile, MayHaveANameOfTheMaximumLength) {
     const fs::path longest = dir_.path() / std::string(255, 'n');
     writeOutputFile(longest.string(), "new");
     writeOutputFile(longest.string(), "newer");
     EXPECT_EQ(readAll(longest), "newer");
 }
 
-TEST_F(OutputFile, ThatCannotBeWrittenLeavesNothingAndIsNamed) {
+TEST_F(OutputFile, IsNamedInTheErrorAndLeavesNothingIfItCannotBeWritten) {
     const fs::path blocked = dir_.write("file", "x");
     for (const fs::path& path : {dir_.path() / "missing" / "out.xml", blocked / "out.xml"})
         EXPECT_NE(refusal(path).find(path.string()), std::string::npos) << path;
     EXPECT_EQ(filesThere(), 1);
 }
 
-TEST_F(OutputFile, WhoseContentCannotBeMadeStaysTheOldOne) {
+TEST_F(OutputFile, StaysTheOldOneIfItsContentThrows) {
     dir_.write("out.xml", "old");
     const auto write = [](const TextSink& sink) {
         sink("half of it");
@@ -184,7 +184,7 @@ TEST_F(OutputFile, WhoseContentCannotBeMadeStaysTheOldOne) {
     EXPECT_EQ(filesThere(), 1);
 }
 
-TEST_F(OutputFile, OfAWriterThatIsKilledLeavesNothing) {
+TEST_F(OutputFile, LeavesNothingWhenItsWriterIsKilled) {
     if (!namelessFilesAreToBeHad()) GTEST_SKIP() << "this file system has no files without names";
     for (const bool replacing : {false, true}) {
         if (replacing) dir_.write("out.xml", "old");
@@ -200,10 +200,10 @@ TEST_F(OutputFile, OfAWriterThatIsKilledLeavesNothing) {
     EXPECT_EQ(readAll(file_), "old");
 }
 
-TEST_F(OutputFile, OnAFullDiskKeepsTheOldOne) {
+TEST_F(OutputFile, StaysTheOldOneOnAFullDisk) {
     dir_.write("out.xml", "old");
     const int status = statusOf([this] {
-        // A limit on the size of files fails a write as a full disk does.
+        // With a limit on file sizes, a write fails as on a full disk.
         const rlimit small{1000, 1000};
         signal(SIGXFSZ, SIG_IGN);
         setrlimit(RLIMIT_FSIZE, &small);

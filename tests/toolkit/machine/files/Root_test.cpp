@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Everything that holds below a directory holds for both ways to stay inside of it.
+// All tests of directories run with lookups by the kernel and by the walk.
 class RootBelow : public testing::TestWithParam<Root::Lookup> {
   protected:
     Root root() const { return Root(dir_.path().string(), GetParam()); }
@@ -56,7 +56,7 @@ TEST_P(RootBelow, AbsoluteLinksStayInside) {
     EXPECT_EQ(root().read("/etc/os-release"), "ID=inside\n");
 }
 
-TEST_P(RootBelow, LinksToTheHostLeadNowhere) {
+TEST_P(RootBelow, LinksToTheHostAreMissing) {
     link("/etc/passwd", "etc/shadowed");
     link("/proc", "host");
     EXPECT_EQ(root().read("/etc/shadowed"), std::nullopt);
@@ -162,7 +162,7 @@ TEST_P(RootBelow, AFileAboveTheLimitIsRefused) {
     }
 }
 
-TEST_P(RootBelow, ALineThatIsTooLongIsUnknownAndCounted) {
+TEST_P(RootBelow, AnOverlongLineIsUnknownAndCounted) {
     const Root tree = root();
     dir_.write("short", std::string(Root::kLineLimit, 'x') + "\nmore");
     EXPECT_EQ(tree.readLine("/short").size(), Root::kLineLimit);
@@ -170,14 +170,14 @@ TEST_P(RootBelow, ALineThatIsTooLongIsUnknownAndCounted) {
     dir_.write("long", std::string(Root::kLineLimit + 1, 'x'));
     EXPECT_EQ(tree.readLine("/long"), "");
     EXPECT_EQ(tree.excesses(), 1);
-    // Of a sparse file no more is read than it takes.
+    // A sparse file is read only up to the limit.
     fs::resize_file(dir_.write("sparse", "first\n"), std::uintmax_t{1} << 40);
     EXPECT_EQ(tree.readLine("/sparse"), "first");
     EXPECT_EQ(tree.read("/sparse"), std::nullopt);
     EXPECT_EQ(tree.excesses(), 2);
 }
 
-TEST_P(RootBelow, AfterItsTimeEveryLookEnds) {
+TEST_P(RootBelow, EveryAccessThrowsAfterTheDeadline) {
     dir_.write("file", "x");
     Root tree = root();
     tree.watch(Root::Clock::now() + std::chrono::hours(1));
@@ -190,7 +190,7 @@ TEST_P(RootBelow, AfterItsTimeEveryLookEnds) {
     EXPECT_EQ(tree.readLine("/file"), "x");
 }
 
-TEST(Root, RefusesADirectoryThatIsNone) {
+TEST(Root, RefusesAMissingDirectory) {
     const zavtest::ScratchDir dir;
     const fs::path file = dir.write("file", "");
     EXPECT_THROW(Root(file.string()), std::system_error);

@@ -40,7 +40,7 @@ TEST(ApkParser, APackageGivesItsFields) {
     EXPECT_EQ("", package.name);
 }
 
-TEST(ApkParser, ParagraphsWithoutNameArePassedOver) {
+TEST(ApkParser, ParagraphsWithoutNameAreSkipped) {
     ApkParser database("V:9\nA:mips\n\n\nP:a\nV:1\n\nV:3\n\nP:b\nV:2");
     ApkPackage package;
     ASSERT_TRUE(database.next(package));
@@ -52,7 +52,7 @@ TEST(ApkParser, ParagraphsWithoutNameArePassedOver) {
     EXPECT_FALSE(database.next(package));
 }
 
-TEST(ApkParser, AFileCutOffAnywhereGivesAtMostWhatStandsBeforeTheCut) {
+TEST(ApkParser, ATruncatedFileGivesAtMostThePackagesBeforeItsEnd) {
     const std::string text = kApk;
     for (std::size_t length = 0; length <= text.size(); ++length) {
         const std::string cut = text.substr(0, length);

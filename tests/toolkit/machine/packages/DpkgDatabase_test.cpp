@@ -54,7 +54,7 @@ TEST(DpkgStatusParser, AStanzaGivesItsFields) {
     expectBash(stanzas[0]);
 }
 
-TEST(DpkgStatusParser, CarriageReturnsAreNoPartOfTheValues) {
+TEST(DpkgStatusParser, CarriageReturnsAreNotPartOfValues) {
     std::string text;
     for (const char c : std::string_view(kBash)) text += c == '\n' ? std::string("\r\n") : std::string(1, c);
     const std::string twice = text + "\r\n" + text;
@@ -71,7 +71,7 @@ TEST(DpkgStatusParser, TheLastStanzaMayLackItsLineEnd) {
     EXPECT_EQ("2", stanzas[1].version);
 }
 
-TEST(DpkgStatusParser, SeveralBlankLinesPartStanzasLikeOne) {
+TEST(DpkgStatusParser, SeveralBlankLinesSeparateStanzasLikeOne) {
     EXPECT_EQ(2U, readAll("\n\nPackage: a\n\n\n\nPackage: b\n\n\n").size());
 }
 
@@ -80,7 +80,7 @@ TEST(DpkgStatusParser, AnEmptyFileHasNoStanza) {
     EXPECT_TRUE(readAll("\n\n\n").empty());
 }
 
-TEST(DpkgStatusParser, AStanzaWithoutNameIsPassedOverAndLeavesNothingBehind) {
+TEST(DpkgStatusParser, AStanzaWithoutNameIsSkipped) {
     const std::vector<DpkgStanza> stanzas =
         readAll("Version: 9\nArchitecture: mips\n\nPackage: b\nVersion: 2\n\nVersion: 7\n");
     ASSERT_EQ(1U, stanzas.size());
@@ -96,14 +96,14 @@ TEST(DpkgStatusParser, TheFirstOfTwoEqualFieldsCounts) {
     EXPECT_EQ("1", stanzas[0].version);
 }
 
-TEST(DpkgStatusParser, FieldNamesAreTheSameInAnyCase) {
+TEST(DpkgStatusParser, FieldNamesAreCaseInsensitive) {
     const std::vector<DpkgStanza> stanzas = readAll("PACKAGE: a\nversion:1\nInstalled-SIZE:\t12 \n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("1", stanzas[0].version);
     EXPECT_EQ("12", stanzas[0].installedSize);
 }
 
-TEST(DpkgStatusParser, NamesThatOnlyBeginAlikeAreOtherFields) {
+TEST(DpkgStatusParser, FieldNamesAreComparedWhole) {
     const std::vector<DpkgStanza> stanzas = readAll(
         "Pack: x\nPackage-Type: udeb\nPackage: a\nSection-Two: x\nSourceless: x\nS: x\n:\n"
         "Source: b (1)\nVersion : 3\nVersion: 4\nMaintainers: x\nMulti-Arch: same\nversioN: 5\n");
@@ -116,13 +116,13 @@ TEST(DpkgStatusParser, NamesThatOnlyBeginAlikeAreOtherFields) {
     EXPECT_EQ("same", stanzas[0].multiArch);
 }
 
-TEST(DpkgStatusParser, LinesWithoutColonAreNoFields) {
+TEST(DpkgStatusParser, LinesWithoutColonAreSkipped) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nVersion\n<<<<<<< mine\nVersion: 3\n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("3", stanzas[0].version);
 }
 
-TEST(DpkgStatusParser, BytesThatAreNoUtf8PassUnchanged) {
+TEST(DpkgStatusParser, InvalidUtf8PassesUnchanged) {
     const std::vector<DpkgStanza> stanzas = readAll("Package: a\nMaintainer: J\xf6rg \xff\xfe\n");
     ASSERT_EQ(1U, stanzas.size());
     EXPECT_EQ("J\xf6rg \xff\xfe", stanzas[0].maintainer);
@@ -145,9 +145,8 @@ TEST(DpkgStatusParser, TheSamePackageForTwoArchitecturesIsTwoStanzas) {
     EXPECT_EQ("i386", stanzas[1].architecture);
 }
 
-// Wherever the file is cut off, the stanzas before the cut are whole, and every value is the beginning of the
-// full one.
-TEST(DpkgStatusParser, AFileCutOffAnywhereGivesWhatStandsBeforeTheCut) {
+// At any truncation, the stanzas before the end are complete, and every other value is a prefix.
+TEST(DpkgStatusParser, ATruncatedFileGivesThePackagesBeforeItsEnd) {
     const std::string text = std::string(kBash) + "\n" + kBash;
     for (std::size_t length = 0; length <= text.size(); ++length) {
         const std::string cut = text.substr(0, length);
@@ -165,7 +164,7 @@ TEST(DpkgStatusParser, AFileCutOffAnywhereGivesWhatStandsBeforeTheCut) {
     }
 }
 
-TEST(DpkgStatusParser, OnlyPackagesThatWorkAreInstalled) {
+TEST(DpkgStatusParser, OnlyUsablePackagesAreInstalled) {
     const struct {
         const char* status;
         bool installed;

@@ -1,4 +1,4 @@
-// Databases of packages that somebody made to cost more than they are worth, or that cannot be read.
+// Package databases that were made to exhaust memory or time, or that cannot be read.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,7 +38,7 @@ class HostilePackages : public testing::Test {
         return names;
     }
 
-    // A file with a hole that makes it a tebibyte long.
+    // A sparse file of one tebibyte.
     void writeSparse(const std::string& name, const std::string& start) const {
         fs::resize_file(tree_.write(name, start), std::uintmax_t{1} << 40);
     }
@@ -52,7 +52,7 @@ class HostilePackages : public testing::Test {
 const char* const kDatabases[] = {"var/lib/dpkg/status", "var/lib/rpm/rpmdb.sqlite", "lib/apk/db/installed"};
 constexpr PackageType kTypes[] = {PackageType::Dpkg, PackageType::Rpm, PackageType::Apk};
 
-TEST_F(HostilePackages, AFieldThatIsTooLongIsUnknownAndTheRestIsRead) {
+TEST_F(HostilePackages, AnOverlongFieldIsUnknownAndTheRestIsRead) {
     tree_.write("var/lib/dpkg/status",
                 stanza("a") + stanza("b", "Description: " + std::string(5000, 'A') + "\n") + stanza("c"));
     EXPECT_EQ((Names{"a", "b", "c"}), visited(PackageType::Dpkg));
@@ -60,7 +60,7 @@ TEST_F(HostilePackages, AFieldThatIsTooLongIsUnknownAndTheRestIsRead) {
     EXPECT_EQ(Damage::None, result_.damage);
 }
 
-TEST_F(HostilePackages, APackageWithoutABelievableNameIsDamageAndTheRestIsRead) {
+TEST_F(HostilePackages, APackageWithAnOverlongNameIsDamageAndTheRestIsRead) {
     const std::string longName(5000, 'A');
     tree_.write("var/lib/dpkg/status", stanza("a") + stanza(longName) + stanza("c"));
     tree_.write("lib/apk/db/installed", "P:a\nV:1\n\nP:b\nV:" + longName + "\n\nP:c\nV:1\n\n");
@@ -81,7 +81,7 @@ TEST_F(HostilePackages, APackageWithoutABelievableNameIsDamageAndTheRestIsRead) 
     }
 }
 
-TEST_F(HostilePackages, AParagraphLongerThanAnyIsPassedOver) {
+TEST_F(HostilePackages, AnOverlongParagraphIsSkipped) {
     const std::string start = stanza("a");
     tree_.write("var/lib/dpkg/status",
                 start + stanza("b", "Description: " + std::string(40 << 20, 'A') + "\n") + stanza("c"));
@@ -90,8 +90,8 @@ TEST_F(HostilePackages, AParagraphLongerThanAnyIsPassedOver) {
     EXPECT_EQ(start.size(), result_.offset);
 }
 
-TEST_F(HostilePackages, ParagraphsAreWholeWhereverAPieceOfTheFileEnds) {
-    // Longer and shorter than what is read at once, with line ends at every distance from its end.
+TEST_F(HostilePackages, ParagraphsAcrossTheBufferEndAreWhole) {
+    // Longer and shorter than the buffer, with line ends at every distance from its end.
     std::string text;
     Names names;
     for (int i = 0; i < 700; ++i) {
@@ -107,7 +107,7 @@ TEST_F(HostilePackages, ParagraphsAreWholeWhereverAPieceOfTheFileEnds) {
     EXPECT_EQ(Damage::None, result_.damage);
 }
 
-TEST_F(HostilePackages, ASparseFileOfATebibyteIsReadInPartAndSaysSo) {
+TEST_F(HostilePackages, ASparseFileOfATebibyteIsReadInPartAndReported) {
     Allowance allowance;
     allowance.bytesRead = std::uint64_t{64} << 20;
     writeSparse("var/lib/dpkg/status", stanza("a"));
@@ -125,7 +125,7 @@ TEST_F(HostilePackages, ASparseFileOfATebibyteIsReadInPartAndSaysSo) {
     }
 }
 
-TEST_F(HostilePackages, MoreOfThemThanAreAllowedAreReadUpToThere) {
+TEST_F(HostilePackages, PackagesBeyondTheAllowanceAreNotRead) {
     Allowance allowance;
     allowance.items = 3;
     for (const char* const name : {"a", "b", "c", "d", "e"}) {
@@ -145,7 +145,7 @@ TEST_F(HostilePackages, MoreOfThemThanAreAllowedAreReadUpToThere) {
     }
 }
 
-TEST_F(HostilePackages, NoMoreIsKeptOfThemThanIsAllowed) {
+TEST_F(HostilePackages, TextsBeyondTheAllowanceAreNotKept) {
     std::string text;
     for (int i = 0; i < 5000; ++i)
         text += stanza("p" + std::to_string(i), "Description: " + std::string(4000, 'A') + "\n");
@@ -171,7 +171,7 @@ TEST_F(HostilePackages, EachDatabaseHasAnAllowanceOfItsOwn) {
     EXPECT_EQ((Names{"a", "c"}), names);
 }
 
-TEST_F(HostilePackages, WhenTheTimeIsOverWhatWasReadIsVisited) {
+TEST_F(HostilePackages, PackagesReadBeforeTheDeadlineAreVisited) {
     tree_.write("var/lib/dpkg/status", stanza("a"));
     Allowance allowance;
     allowance.deadline = std::chrono::steady_clock::now();
@@ -179,7 +179,7 @@ TEST_F(HostilePackages, WhenTheTimeIsOverWhatWasReadIsVisited) {
     EXPECT_EQ(Damage::OutOfTime, result_.damage);
 }
 
-TEST_F(HostilePackages, WhatIsNoFileIsToldRatherThanTakenForAbsence) {
+TEST_F(HostilePackages, ADatabaseThatIsNotAFileIsReportedAndNotTakenForMissing) {
     for (std::size_t i = 0; i < std::size(kTypes); ++i) {
         const fs::path file = tree_.path() / kDatabases[i];
         fs::create_directories(file);
@@ -191,7 +191,7 @@ TEST_F(HostilePackages, WhatIsNoFileIsToldRatherThanTakenForAbsence) {
         EXPECT_EQ(Names(), visited(kTypes[i]));
         EXPECT_EQ(Damage::Unreadable, result_.damage) << file;
         fs::remove(file);
-        fs::create_symlink(file.filename(), file);  // one that leads to itself
+        fs::create_symlink(file.filename(), file);  // a link to itself
         EXPECT_EQ(Names(), visited(kTypes[i]));
         EXPECT_EQ(Damage::Unreadable, result_.damage) << file;
     }

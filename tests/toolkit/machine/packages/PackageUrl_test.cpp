@@ -5,12 +5,12 @@
 namespace toolkit {
 namespace {
 
-TEST(PackageUrl, PartsStandInTheirOrder) {
+TEST(PackageUrl, PartsAreInOrder) {
     EXPECT_EQ("pkg:deb/debian/bash@5.2.15-2?arch=amd64",
               packageUrl("deb", "debian", "bash", "5.2.15-2", {{"arch", "amd64"}}));
 }
 
-TEST(PackageUrl, EmptyPartsAreLeftOut) {
+TEST(PackageUrl, EmptyPartsAreOmitted) {
     EXPECT_EQ("pkg:snap/core20@20230801", packageUrl("snap", "", "core20", "20230801", {{"arch", ""}}));
     EXPECT_EQ("pkg:deb/bash", packageUrl("deb", "", "bash", "", {}));
     EXPECT_EQ("pkg:rpm/fedora/a@1-1?epoch=2",
@@ -22,7 +22,7 @@ TEST(PackageUrl, QualifiersAreJoinedByAmpersands) {
               packageUrl("rpm", "fedora", "a", "1-1", {{"arch", "x86_64"}, {"epoch", "2"}}));
 }
 
-TEST(PackageUrl, WhatIsNoUrlTextIsEscaped) {
+TEST(PackageUrl, ReservedCharactersAreEscaped) {
     const struct {
         const char* version;
         const char* url;

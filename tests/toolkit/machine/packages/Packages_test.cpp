@@ -47,19 +47,19 @@ class Packages : public testing::Test {
 
 using Rows = std::vector<std::string>;
 
-TEST_F(Packages, NothingIsFoundWhereNoDatabaseLies) {
+TEST_F(Packages, AMissingDatabaseHasNoPackages) {
     for (const PackageType type : kPackageTypes) {
         EXPECT_EQ(Rows(), visited(type)) << nameOf(type);
         EXPECT_EQ(Damage::None, result_.damage) << nameOf(type);
     }
 }
 
-TEST_F(Packages, EveryTypeIsKnownByItsName) {
+TEST_F(Packages, EveryTypeIsFoundByItsName) {
     for (const PackageType type : kPackageTypes) EXPECT_EQ(type, packageTypeNamed(nameOf(type)));
     EXPECT_EQ(std::nullopt, packageTypeNamed("zip"));
 }
 
-TEST_F(Packages, VersionsFallIntoTheirParts) {
+TEST_F(Packages, VersionsAreSplit) {
     tree_.write("var/lib/dpkg/status",
                 stanza("a", "2:1.0-3-4+b1") + stanza("b", "1.0") + stanza("c", "1:2:3"));
     EXPECT_EQ((Rows{"a architecture=all epoch=2 version=1.0-3 release=4+b1", "b architecture=all version=1.0",
@@ -75,7 +75,7 @@ TEST_F(Packages, VersionsFallIntoTheirParts) {
     EXPECT_EQ(Damage::None, result_.damage);
 }
 
-TEST_F(Packages, DpkgFilesInNoOrderAreSortedAndTheLastWordOnAPackageHolds) {
+TEST_F(Packages, DpkgPackagesAreSortedAndTheLastDuplicateCounts) {
     tree_.write("var/lib/dpkg/status", stanza("b", "1") + stanza("a", "1", "i386") +
                                            stanza("a", "1", "amd64") + stanza("b", "2") +
                                            stanza("a", "1", "i386", "half-installed"));
@@ -84,7 +84,7 @@ TEST_F(Packages, DpkgFilesInNoOrderAreSortedAndTheLastWordOnAPackageHolds) {
               visited(PackageType::Dpkg));
 }
 
-TEST_F(Packages, AnotherDatabaseTakesThePlaceOfTheUsualOne) {
+TEST_F(Packages, AGivenDatabaseReplacesTheDefaultOne) {
     tree_.write("var/lib/dpkg/status", stanza("a", "1"));
     tree_.write("srv/status", stanza("b", "1"));
     EXPECT_EQ((Rows{"b architecture=all version=1"}), visited(PackageType::Dpkg, "/srv/status"));
@@ -105,7 +105,7 @@ TEST_F(Packages, AnotherDatabaseTakesThePlaceOfTheUsualOne) {
     EXPECT_EQ(Damage::None, result_.damage);
 }
 
-TEST_F(Packages, AFileThatWasCutOffIsDamagedAtItsEndAndTheRestIsUsed) {
+TEST_F(Packages, ATruncatedFileIsDamagedAtItsEndAndTheRestIsUsed) {
     const std::string whole = stanza("a", "1");
     tree_.write("var/lib/dpkg/status", whole + "Package: b\nStatus: install ok inst");
     EXPECT_EQ((Rows{"a architecture=all version=1"}), visited(PackageType::Dpkg));
@@ -122,7 +122,7 @@ TEST_F(Packages, AFileThatWasCutOffIsDamagedAtItsEndAndTheRestIsUsed) {
     EXPECT_EQ("/var/lib/pacman/local/b-1/desc", result_.path);
 }
 
-TEST_F(Packages, PackageUrlsNameWhatTellsAPackageApart) {
+TEST_F(Packages, PackageUrlsIdentifyThePackage) {
     InstalledPackage package;
     package.name = "a+b";
     package.version = "1:2-3";

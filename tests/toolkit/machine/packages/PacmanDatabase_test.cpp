@@ -24,7 +24,7 @@ TEST(PacmanDesc, AFileGivesItsFields) {
     EXPECT_EQ("357376", package.size);
 }
 
-TEST(PacmanDesc, TheSecondLineOfAListIsNoHeading) {
+TEST(PacmanDesc, TheSecondLineOfAListIsNotAHeading) {
     const PacmanPackage package = readPacmanDesc("%GROUPS%\nbase\n%NAME%\nwrong\n\n%NAME%\nright\nsecond\n");
     EXPECT_EQ("right", package.name);
 }

@@ -80,7 +80,7 @@ TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
     EXPECT_FALSE(package.hasEpoch);
 }
 
-TEST(RpmHeader, ValuesOfTheWrongTypeAreLeftOut) {
+TEST(RpmHeader, ValuesOfTheWrongTypeAreUnknown) {
     const std::string bytes =
         header({{1000, 6, text("a")}, {1001, 4, text("1234")}, {1009, 6, text("1234")}});
     RpmPackage package;
@@ -89,7 +89,7 @@ TEST(RpmHeader, ValuesOfTheWrongTypeAreLeftOut) {
     EXPECT_EQ(0U, package.size);
 }
 
-TEST(RpmHeader, ATextWithoutAnEndIsNotLookedForThroughoutTheHeader) {
+TEST(RpmHeader, AnUnterminatedTextIsNotSearchedBeyondTheMaximumLength) {
     std::vector<Entry> entries{{1000, 6, text("a")}};
     for (int i = 0; i < 60'000; ++i) entries.push_back({1004, 6, "A"});
     entries.push_back({1001, 6, std::string(8 << 20, 'A')});
@@ -101,7 +101,7 @@ TEST(RpmHeader, ATextWithoutAnEndIsNotLookedForThroughoutTheHeader) {
     EXPECT_EQ("", package.version);
 }
 
-TEST(RpmHeader, HeadersThatAreBrokenOrNamelessAreRefused) {
+TEST(RpmHeader, DamagedAndNamelessHeadersAreRefused) {
     RpmPackage package;
     EXPECT_FALSE(readRpmHeader("", package));
     EXPECT_FALSE(readRpmHeader(header({}), package));
@@ -114,14 +114,14 @@ TEST(RpmHeader, HeadersThatAreBrokenOrNamelessAreRefused) {
     }
 }
 
-TEST(RpmHeader, TheSourcePackageIsNamedBeforeVersionAndRelease) {
+TEST(RpmHeader, TheNameOfASourcePackageEndsBeforeVersionAndRelease) {
     EXPECT_EQ("bash", nameOfSourceRpm("bash-5.1.8-6.el9.src.rpm"));
     EXPECT_EQ("python3-x", nameOfSourceRpm("python3-x-1-2.src.rpm"));
     for (const char* const name : {"", "-", "bash", "bash-1", "-1"})
         EXPECT_EQ("", nameOfSourceRpm(name)) << name;
 }
 
-// The rpm database of a tree, on which sqlite3 carries out statements.
+// The rpm database of a tree, made by sqlite3.
 class RpmDatabase : public testing::Test {
   protected:
     void carryOut(const std::string& statements) {
@@ -185,7 +185,7 @@ TEST_F(RpmDatabase, TheJournalOfAnUnfinishedTransactionIsReported) {
     carryOut(kCreate + insertion("a"));
     tree_.write("var/lib/rpm/rpmdb.sqlite-journal", std::string(512, '\0'));
     EXPECT_EQ(Names{"a"}, names());
-    EXPECT_EQ(Damage::None, reading_.damage) << "this is how a finished one leaves it";
+    EXPECT_EQ(Damage::None, reading_.damage) << "a finished transaction leaves zeros";
     tree_.write("var/lib/rpm/rpmdb.sqlite-journal", "\xd9\xd5\x05\xf9 and more");
     EXPECT_EQ(Names{"a"}, names());
     EXPECT_EQ(Damage::Unsaved, reading_.damage);

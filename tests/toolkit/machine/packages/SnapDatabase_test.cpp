@@ -41,7 +41,7 @@ TEST(SnapMeta, ArchitecturesAreJoinedFromEitherKindOfList) {
     EXPECT_EQ("all", readSnapMeta("architectures: all\n").architectures);
 }
 
-TEST(SnapMeta, ListsOfOtherKeysAreLeftAlone) {
+TEST(SnapMeta, ListsOfOtherKeysAreIgnored) {
     const SnapMeta meta = readSnapMeta("name: core\nplugs:\n- name: y\nsummary: runtime\nassumes: [a]\n");
     EXPECT_EQ("core", meta.name);
     EXPECT_EQ("runtime", meta.summary);

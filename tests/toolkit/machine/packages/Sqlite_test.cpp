@@ -22,7 +22,7 @@ struct Files {
     std::string log;
 };
 
-// The files after sqlite3 carried out the statements. What is in the log at the end stays there.
+// The files after sqlite3 executed the statements. The log is not checkpointed at the end.
 Files filesOf(const std::string& statements) {
     const zavtest::ScratchDir folder;
     const std::string script =
@@ -85,8 +85,8 @@ TEST(SqliteFile, ValuesOfEveryKindAreRead) {
     EXPECT_EQ(SqliteValue::Kind::Text, rows[13].kind);
 }
 
-// Payload sizes around every border between page, local part and overflow chain, in small and large pages.
-TEST(SqliteFile, PayloadsOfEverySizeAreWholeInEveryPageSize) {
+// Payload sizes around all limits between page, local part and overflow chain.
+TEST(SqliteFile, PayloadsOfAllSizesAreReadFromPagesOfAllSizes) {
     for (const int pageSize : {512, 1024, 4096, 65536}) {
         const std::string file = databaseOf(
             "pragma page_size=" + std::to_string(pageSize) +
@@ -129,7 +129,7 @@ std::string sampleDatabase() {
         "insert into t select i, zeroblob(30 * i) from n;");
 }
 
-TEST(SqliteFile, ACutOffFileIsReportedAndGivesNoRowTwice) {
+TEST(SqliteFile, ATruncatedFileIsReportedAndGivesNoRowTwice) {
     const std::string file = sampleDatabase();
     for (std::size_t length = 0; length < file.size(); length += 61) {
         bool whole = true;
@@ -139,8 +139,8 @@ TEST(SqliteFile, ACutOffFileIsReportedAndGivesNoRowTwice) {
     }
 }
 
-// Page numbers, counts and lengths that lie must neither read outside nor run in circles.
-TEST(SqliteFile, WrongBytesEndTheReading) {
+// Wrong page numbers, counts and lengths must cause neither reads out of bounds nor endless loops.
+TEST(SqliteFile, DamagedBytesNeverPreventTheEnd) {
     const std::string file = sampleDatabase();
     for (std::size_t i = 0; i < file.size(); i += 3) {
         for (const char byte : {'\x00', '\x01', '\x05', '\x7f', '\xff'}) {
@@ -158,19 +158,19 @@ std::string number(std::uint64_t value, int width) {
     return bytes;
 }
 
-// A database whose second page is a leaf of a table with that many pointers to one cell.
+// A database whose second page is a table leaf with this number of pointers to one cell.
 std::string databaseOfOneCell(std::size_t pointers) {
     std::string file =
         databaseOf("pragma page_size=65536; create table t(v); insert into t values (zeroblob(32000));");
     std::string page = file.substr(65536, 65536);
-    const std::string cell = page.substr(5, 2);  // where the only one begins
+    const std::string cell = page.substr(5, 2);  // the offset of the only cell
     page.replace(3, 2, number(pointers, 2));
     for (std::size_t i = 0; i < pointers; ++i) page.replace(8 + 2 * i, 2, page.substr(8, 2));
     EXPECT_EQ(page.substr(8, 2), cell);
     return file.replace(65536, 65536, page);
 }
 
-TEST(SqliteFile, CellsThatOverlapEndTheirPageBeforeItGivesMoreThanItHolds) {
+TEST(SqliteFile, OverlappingCellsGiveNoMoreBytesThanTheirPageHas) {
     for (const std::size_t pointers : {3U, 100U, 16000U}) {
         bool whole = true;
         std::size_t bytes = 0;
@@ -181,8 +181,8 @@ TEST(SqliteFile, CellsThatOverlapEndTheirPageBeforeItGivesMoreThanItHolds) {
     }
 }
 
-TEST(SqliteFile, APageThatIsNamedTwiceIsReadOnce) {
-    // The only interior page's children all become the first one.
+TEST(SqliteFile, APageThatIsReferencedTwiceIsReadOnce) {
+    // All children of the only interior page become its first child.
     std::string file = databaseOf(
         "pragma page_size=512; create table t(id integer primary key, v);"
         "with recursive n(i) as (select 1 union all select i + 1 from n where i < 40) "
@@ -222,8 +222,7 @@ TEST(SqliteFile, ASparseFileThatClaimsATebibyteTakesNoMemoryForIt) {
 constexpr std::size_t kPage = 512;
 constexpr std::size_t kFrame = 24 + kPage;
 
-// A table of ten rows in the database file, and five transactions in the log that add one row each, in a page that
-// all of them write.
+// A table of ten rows in the database file, and five transactions in the log. Each adds a row to the same page.
 Files filesWithLog() {
     return filesOf(
         "pragma page_size=512; pragma journal_mode=wal; create table t(id integer primary key, v);"
@@ -236,7 +235,7 @@ Files filesWithLog() {
 
 struct Reading {
     SqliteReading result;
-    std::vector<std::int64_t> numbers;  // of the second column
+    std::vector<std::int64_t> numbers;  // values of the second column
 };
 
 Reading readThrough(const SqliteInput& database, const SqliteInput& log) {
@@ -258,7 +257,7 @@ std::vector<std::int64_t> numbersTo(std::size_t last) {
     return numbers;
 }
 
-// Gives a log the checksums that fit its content.
+// Gives a log the checksums of its content.
 void seal(std::string& log, std::size_t frameSize = kFrame) {
     std::uint32_t sum[2] = {};
     const auto add = [&](std::size_t begin, std::size_t size) {
@@ -289,7 +288,7 @@ TEST(SqliteLog, PagesInTheLogTakeThePlaceOfThoseInTheFile) {
     EXPECT_EQ(numbersTo(15), reading.numbers);
 }
 
-TEST(SqliteLog, ADatabaseThatGrewShrankAndMovedItsTablesInTheLogIsReadWhole) {
+TEST(SqliteLog, ADatabaseThatWasRebuiltInTheLogIsReadCompletely) {
     for (const int pageSize : {512, 1024, 65536}) {
         const Files files = filesOf(
             "pragma page_size=" + std::to_string(pageSize) +
@@ -318,7 +317,7 @@ TEST(SqliteLog, AnInterruptedTransactionIsNotSeen) {
     EXPECT_EQ(numbersTo(14), readThrough({files.database, log}).numbers);
 }
 
-TEST(SqliteLog, AWrongByteEndsTheLogBeforeItsFrame) {
+TEST(SqliteLog, ADamagedFrameEndsTheLog) {
     const Files files = filesWithLog();
     for (std::size_t at = 32; at < files.log.size(); ++at) {
         std::string log = files.log;
@@ -349,7 +348,7 @@ TEST(SqliteLog, ChecksumsOfEitherByteOrderAreUnderstood) {
     EXPECT_EQ(numbersTo(15), reading.numbers);
 }
 
-TEST(SqliteLog, ALogWhoseHeaderIsDamagedIsIgnoredAndThatIsTold) {
+TEST(SqliteLog, ALogWithADamagedHeaderIsIgnoredAndReported) {
     const Files files = filesWithLog();
     for (std::size_t at = 0; at < 32; ++at) {
         std::string log = files.log;
@@ -364,7 +363,7 @@ TEST(SqliteLog, ALogWhoseHeaderIsDamagedIsIgnoredAndThatIsTold) {
             << length;
 }
 
-TEST(SqliteLog, VersionsAndPageSizesThatDoNotExistAreRefused) {
+TEST(SqliteLog, UnknownVersionsAndPageSizesAreRefused) {
     const Files files = filesWithLog();
     const struct {
         std::size_t at;
@@ -378,7 +377,7 @@ TEST(SqliteLog, VersionsAndPageSizesThatDoNotExistAreRefused) {
     }
 }
 
-TEST(SqliteLog, ALogOfPagesOfAnotherSizeBelongsToAnotherDatabase) {
+TEST(SqliteLog, ALogWithAnotherPageSizeIsRefused) {
     Files files = filesWithLog();
     files.log.replace(8, 4, number(1024, 4));
     files.log.resize(32 + 2 * (24 + 1024));
@@ -405,7 +404,7 @@ TEST(SqliteLog, ALogThatClaimsBillionsOfPagesTakesNoMemoryForThem) {
     EXPECT_EQ(numbersTo(15), reading.numbers);
 }
 
-TEST(SqliteLog, PagesBehindTheEndOfTheDatabaseAreNotRead) {
+TEST(SqliteLog, PagesBeyondTheEndOfTheDatabaseAreNotRead) {
     Files files = filesWithLog();
     files.log.replace(32 + 4 * kFrame + 4, 4, number(1, 4));  // the table is in page 2
     seal(files.log);
@@ -414,7 +413,7 @@ TEST(SqliteLog, PagesBehindTheEndOfTheDatabaseAreNotRead) {
     EXPECT_TRUE(reading.numbers.empty());
 }
 
-TEST(SqliteLog, ALogThatIsBegunAnewWhileItIsReadIsTold) {
+TEST(SqliteLog, ALogThatIsRestartedMeanwhileIsReported) {
     const Files files = filesWithLog();
     int readings = 0;
     const SqliteInput whole = inputOf(files.log);
@@ -429,7 +428,7 @@ TEST(SqliteLog, ALogThatIsBegunAnewWhileItIsReadIsTold) {
     EXPECT_EQ(numbersTo(15), reading.numbers);
 }
 
-TEST(SqliteLog, ALogThatCannotBeReadIsIgnoredWhole) {
+TEST(SqliteLog, AnUnreadableLogIsIgnoredCompletely) {
     const Files files = filesWithLog();
     const SqliteInput whole = inputOf(files.log);
     for (std::uint64_t unreadable = 0; unreadable < files.log.size(); unreadable += kPage) {
@@ -463,7 +462,7 @@ TEST(SqliteFile, TablesWithoutRowIdsAndTextsInUtf16AreRefused) {
     }
 }
 
-TEST(SqliteFile, HeadersThatNoDatabaseHasAreRefused) {
+TEST(SqliteFile, InvalidHeadersAreRefused) {
     const std::string file =
         databaseOf("pragma page_size=512; create table t(a, b); insert into t values (1, 1);");
     ASSERT_EQ(numbersTo(1), readThrough({file, {}}).numbers);

@@ -8,12 +8,12 @@
 namespace toolkit {
 namespace {
 
-constexpr std::uint64_t kMost = 9223372036854775807;
+constexpr std::uint64_t kMax = 9223372036854775807;
 
 TEST(Checked, OnlyDigitsAreACount) {
     const std::pair<std::string_view, Count> cases[] = {{"0", 0},
                                                         {"007", 7},
-                                                        {"9223372036854775807", kMost},
+                                                        {"9223372036854775807", kMax},
                                                         {"9223372036854775808", std::nullopt},
                                                         {"18446744073709551615", std::nullopt},
                                                         {"18446744073709551616", std::nullopt},
@@ -33,7 +33,7 @@ TEST(Checked, OnlyDigitsAreACount) {
     EXPECT_EQ(readCount("-1", 16), std::nullopt);
 }
 
-TEST(Checked, ACountAtTheFrontEndsWithItsDigits) {
+TEST(Checked, ALeadingCountEndsWithItsDigits) {
     const std::pair<std::string_view, Count> cases[] = {{"12.5 kB", 12},
                                                         {"16 kB", 16},
                                                         {"3", 3},
@@ -51,17 +51,17 @@ TEST(Checked, ACountAtTheFrontEndsWithItsDigits) {
 
 TEST(Checked, WhatDoesNotFitIsUnknown) {
     EXPECT_EQ(sum(2, 3), 5U);
-    EXPECT_EQ(sum(kMost - 1, 1), kMost);
-    EXPECT_EQ(sum(kMost, 1), std::nullopt);
-    EXPECT_EQ(sum(kMost, kMost), std::nullopt);
+    EXPECT_EQ(sum(kMax - 1, 1), kMax);
+    EXPECT_EQ(sum(kMax, 1), std::nullopt);
+    EXPECT_EQ(sum(kMax, kMax), std::nullopt);
     EXPECT_EQ(sum(~std::uint64_t{0}, 2), std::nullopt);
     EXPECT_EQ(sum(std::nullopt, 1), std::nullopt);
-    EXPECT_EQ(product(0, kMost), 0U);
-    EXPECT_EQ(product(kMost, 1), kMost);
-    EXPECT_EQ(product(kMost, 2), std::nullopt);
+    EXPECT_EQ(product(0, kMax), 0U);
+    EXPECT_EQ(product(kMax, 1), kMax);
+    EXPECT_EQ(product(kMax, 2), std::nullopt);
     EXPECT_EQ(product(std::uint64_t{1} << 32, std::uint64_t{1} << 32), std::nullopt);
     EXPECT_EQ(product(1, std::nullopt), std::nullopt);
-    EXPECT_EQ(counted(kMost + 1), std::nullopt);
+    EXPECT_EQ(counted(kMax + 1), std::nullopt);
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ TEST(XmlText, IsAsciiWithReferences) {
     for (const auto& [bytes, text] : cases) EXPECT_EQ(xml(bytes), text);
 }
 
-TEST(XmlText, TakesNoUtf8ThatIsNotValid) {
+TEST(XmlText, ReadsInvalidUtf8AsLatin1) {
     const std::pair<std::string, std::string> cases[] = {
         {"\xC0\xAF", "&#192;&#175;"},  // not the shortest form
         {"\xE0\x80\x80", "&#224;&#128;&#128;"},
@@ -52,7 +52,7 @@ TEST(XmlText, TakesNoUtf8ThatIsNotValid) {
     for (const auto& [bytes, text] : cases) EXPECT_EQ(xml(bytes), text);
 }
 
-TEST(XmlText, ABytesPlaceMakesNoDifference) {
+TEST(XmlText, IsTheSameAtAnyOffset) {
     for (int byte = 0; byte < 256; ++byte) {
         const std::string character(1, static_cast<char>(byte));
         const std::string text = xml(character);
