@@ -1,6 +1,8 @@
 // Which toolkit the command uses on machines with and without an installed one, and what `zav doctor` reports about it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/Process.h"

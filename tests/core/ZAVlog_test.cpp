@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <type_traits>

@@ -2,6 +2,7 @@
 // the next scan succeeds.
 #include <cerrno>
 #include <functional>
+#include <iostream>
 
 #include "tests/hw/Inventory.h"
 #include "tests/support/FaultCase.h"

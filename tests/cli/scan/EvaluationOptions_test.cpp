@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "cli/system/Failure.h"
 
 namespace zavcli {

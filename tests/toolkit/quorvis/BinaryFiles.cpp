@@ -3,6 +3,7 @@
 #include <elf.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 

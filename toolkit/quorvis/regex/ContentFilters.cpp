@@ -3,6 +3,7 @@
 #include <re2/re2.h>
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 
 #include "toolkit/quorvis/regex/Regex.h"
