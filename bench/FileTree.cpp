@@ -24,7 +24,7 @@ void write(const path& file, const std::string& text) {
     std::ofstream(file) << text;
 }
 
-// Directories in an order in which a parent comes before its children; four to eight levels.
+// Directories of four to eight levels, each parent before its children.
 std::vector<path> makeDirectories(const path& root, std::size_t count, Numbers& numbers) {
     std::vector<path> all;
     for (const char* top : kTops) all.push_back(root / top);

@@ -4,15 +4,15 @@
 
 namespace zavbench {
 
-// What stands in a tree of files for a feed of signatures to find (see MixedSignatures.h).
+// The content of a file tree for a set of signatures (see MixedSignatures.h).
 struct FileTree {
     std::filesystem::path root;
-    int files = 0;     // of all kinds
-    int products = 0;  // every tenth of the feed is there
+    int files = 0;     // number of files of all kinds
+    int products = 0;  // number of products; the tree contains every tenth
 };
 
-// Makes a tree of so many regular files, some ten of them a directory, below /usr, /opt, /srv and /home, with this
-// machine's package database. Product number N has a directory "productN" somewhere in it, which holds "release",
+// Creates a tree with this number of regular files, about ten per directory, below /usr, /opt, /srv and /home, and
+// with this machine's package database. Product number N has a directory "productN" with the files "release",
 // "libproductN.so.1" and "productN.conf".
 void makeFileTree(const FileTree& tree);
 

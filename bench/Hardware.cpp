@@ -14,7 +14,7 @@ namespace zavbench {
 
 namespace {
 
-constexpr int kRuns = 50;  // of a scanner, within one sample
+constexpr int kRuns = 50;  // runs of a scanner per sample
 
 std::string outputFile(const std::filesystem::path& scratch, const std::string& name, int instances) {
     const std::string path = scratch / name;

@@ -1,4 +1,4 @@
-// The hardware inventory: reading its output, running a scanner, and the bundled scanner.
+// Benchmarks of the hardware inventory: reading its output, running a scanner, and the bundled scanner.
 #pragma once
 
 #include <filesystem>
@@ -10,11 +10,11 @@ namespace zavbench {
 
 const std::vector<Row>& hardwareRows();
 
-// Registers the works and programs of the rows. Their files go to `scratch`, and those that no disk is to slow down to
-// `memory`.
+// Registers the works and programs of the rows. `scratch` is the directory for their files, `memory` one in a file
+// system in memory for files that no disk may slow down.
 void addHardware(const std::filesystem::path& scratch, const std::filesystem::path& memory);
 
-// Counts the instructions of the works that are counted.
+// Counts instructions of the works for which rows report them.
 void countHardware(const std::filesystem::path& scratch, Medians& medians);
 
 }  // namespace zavbench

@@ -5,8 +5,8 @@
 
 namespace zavbench {
 
-// The instructions that this program executes for a work, as callgrind counts them: a figure that does not
-// waver. Ends the program with a message when valgrind is missing or the work fails.
+// Counts the instructions that this program executes for a work, with callgrind. The result does not fluctuate. Ends
+// the program with a message if valgrind is missing or the work fails.
 double instructionsOf(const std::vector<std::string>& work);
 
 }  // namespace zavbench

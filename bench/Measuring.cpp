@@ -9,7 +9,7 @@ namespace zavbench {
 
 namespace {
 
-// Prints nothing while it measures and keeps the medians.
+// Collects the medians and prints only progress and errors.
 class Collector : public benchmark::BenchmarkReporter {
   public:
     explicit Collector(Medians& medians) : medians_(medians) {}

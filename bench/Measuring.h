@@ -1,4 +1,4 @@
-// How a figure is measured: Google Benchmark repeats, interleaves and takes the medians.
+// Measuring with Google Benchmark, which repeats and interleaves the works and computes medians.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -10,15 +10,15 @@
 
 namespace zavbench {
 
-// Registers a work of this program (see Worker.h) that does the same thing `perSample` times over: its CPU time
-// of one of them, and its peak memory as NAME/bytes.
+// Registers a work of this program (see Worker.h) that repeats the same operation `perSample` times. Measures the CPU
+// time of one operation, and the peak memory as NAME/bytes.
 void measureWork(const std::string& name, const std::vector<std::string>& arguments, int perSample = 1);
 
-// Registers a whole program, started `runs` times a sample: the CPU time of one run, and its duration as
+// Registers a program that is run `runs` times per sample. Measures the CPU time of one run, and its duration as
 // NAME/wall.
 void measureProgram(const std::string& name, const std::vector<std::string>& command, int runs = 5);
 
-// Measures everything that is registered. False when something failed; messages say what.
+// Measures everything that is registered. Prints messages and returns false on failure.
 bool measureRegistered(Medians& medians);
 
 }  // namespace zavbench

@@ -70,8 +70,8 @@ std::string contentOfCopy(const Product& product) {
         product.number, product.top);
 }
 
-// Of every twenty: nine ask for a package, four for a package or a file, two for both, two for files of known
-// paths, two for a property and one for the content of what they find.
+// Of every twenty signatures nine ask for a package, four for a package or a file, two for both, two for files of
+// known paths, two for a property and one for the content of files.
 std::string condition(const Product& product) {
     const int kind = product.number % 20;
     if (kind < 9) return package(product);
@@ -89,7 +89,7 @@ void writeMixedSignatures(const std::string& path, int count, int present,
     Numbers numbers;
     out << "<Signatures>\n";
     for (int i = 0; i < count; ++i) {
-        // What is present comes in between what is not.
+        // Interleaves present and missing products.
         const bool there = i % (count / present) == 0;
         const Product product = {i,
                                  there ? packages[static_cast<std::size_t>(i) % packages.size()]

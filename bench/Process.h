@@ -6,17 +6,17 @@
 namespace zavbench {
 
 struct Finished {
-    int status;          // as wait4 gives it
-    double cpuSeconds;   // user and system, of the whole child
-    double wallSeconds;  // from its start to its end
-    std::string output;  // what it wrote to standard output
+    int status;          // as returned by wait4
+    double cpuSeconds;   // user and system time of the child
+    double wallSeconds;  // from start to end
+    std::string output;  // its standard output
 };
 
-// Starts a program by its path or by its name in PATH and waits for it; its standard error goes to the null
-// device when `quiet`. Ends this program with a message when it cannot be started.
+// Runs a program, given by its path or by a name in PATH, and waits for it. If `quiet`, its standard error is
+// discarded. Ends this program with a message if it cannot be started.
 Finished runProcess(const std::vector<std::string>& arguments, bool quiet = false);
 
-// The path of a program that is built beside this one.
+// The path of a program that is built in the directory of this one.
 std::string besideThis(const std::string& name);
 
 }  // namespace zavbench

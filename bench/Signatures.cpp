@@ -31,7 +31,7 @@ std::string contentOf(const path& file) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// What the scanner reads and writes for one signatures file.
+// The input and output files of the scanner for one signatures file.
 struct Scan {
     Scan(const path& scratch, const std::string& name)
         : signatures(scratch / (name + "-signatures.xml")),
@@ -57,14 +57,14 @@ struct Scan {
     std::vector<std::string> command;
 };
 
-// The figures of programs that disagree cannot be compared.
+// Figures are comparable only if both programs get the same results.
 void mustBe(std::size_t found, std::size_t wanted, const std::string& what) {
     if (found == wanted && found != 0) return;
     std::cerr << "zav_bench: " << what << ": " << found << " instead of " << wanted << '\n';
     std::exit(1);
 }
 
-// Without package lists there is little that OpenSCAP's reader of packages has to load.
+// Removing the package lists leaves OpenSCAP's package reader little to load.
 void hidePackageLists(const path& scratch) {
     const path lists = scratch / "lists";
     const path configuration = scratch / "apt.conf";

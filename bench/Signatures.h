@@ -1,4 +1,4 @@
-// The bundled signature scanner.
+// Benchmarks of the bundled signature scanner.
 #pragma once
 
 #include <filesystem>
@@ -10,10 +10,10 @@ namespace zavbench {
 
 const std::vector<Row>& signatureRows();
 
-// Registers the programs of the rows; their files go to `scratch`.
+// Registers the programs of the rows. `scratch` is the directory for their files.
 void addSignatures(const std::filesystem::path& scratch);
 
-// Adds the figures that follow from measured ones.
+// Adds the figures that are computed from measured ones.
 void deriveSignatures(Medians& medians);
 
 }  // namespace zavbench

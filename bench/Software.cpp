@@ -10,7 +10,7 @@ namespace zavbench {
 
 namespace {
 
-constexpr int kLookups = 100'000;  // of one sample, whatever the number of results
+constexpr int kLookups = 100'000;  // per sample, independent of the number of results
 
 std::string outputFile(const std::filesystem::path& scratch, int results, int variables) {
     const std::string path = scratch / ("software" + std::to_string(results) + ".xml");
@@ -69,7 +69,7 @@ void deriveSoftware(Medians& medians) {
     const auto large = medians.find("results100000");
     if (small == medians.end() || large == medians.end()) return;
     medians["results/growth"] = large->second / small->second;
-    medians["nlogn/growth"] = std::log(100'000) / std::log(1'000);  // of one look-up
+    medians["nlogn/growth"] = std::log(100'000) / std::log(1'000);  // per lookup
 }
 
 void countSoftware(const std::filesystem::path& scratch, Medians& medians) {

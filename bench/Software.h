@@ -1,4 +1,4 @@
-// Software evaluations: reading their output, and looking up their results.
+// Benchmarks of software evaluations: reading their output and looking up their results.
 #pragma once
 
 #include <filesystem>
@@ -10,13 +10,13 @@ namespace zavbench {
 
 const std::vector<Row>& softwareRows();
 
-// Registers the works of the rows; their files go to `scratch`.
+// Registers the works of the rows. `scratch` is the directory for their files.
 void addSoftware(const std::filesystem::path& scratch);
 
-// Adds the figures that follow from measured ones.
+// Adds the figures that are computed from measured ones.
 void deriveSoftware(Medians& medians);
 
-// Counts the instructions of the works that are counted.
+// Counts instructions of the works for which rows report them.
 void countSoftware(const std::filesystem::path& scratch, Medians& medians);
 
 }  // namespace zavbench

@@ -40,7 +40,7 @@ Action readResultsAlone(const Arguments& arguments) {
     };
 }
 
-// Contexts of as many results as a file holds, which are looked up one after another.
+// Contexts with the results of a file, which are looked up one after another.
 struct Lookups {
     // Arguments: output file, warnings file, number of its results, number of contexts.
     explicit Lookups(const Arguments& arguments)
@@ -85,8 +85,7 @@ Action findResult(const Arguments& arguments) {
     };
 }
 
-// What find_results_by_guid must not be much slower than: the results by identifier in a map that is filled as it is
-// asked.
+// The peer of find_results_by_guid: results by identifier in a map that is filled on demand.
 Action findInMap(const Arguments& arguments) {
     const auto lookups = std::make_shared<Lookups>(arguments);
     return [lookups, maps = std::make_shared<std::map<ZAVSwCtx*, ResultMap>>()] {

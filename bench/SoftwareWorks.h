@@ -7,7 +7,7 @@
 
 namespace zavbench {
 
-// Those of allWorks that deal with the results of software evaluations.
+// The works of allWorks() for software evaluations.
 std::map<std::string, Work> softwareWorks();
 
 }  // namespace zavbench

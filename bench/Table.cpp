@@ -28,7 +28,7 @@ std::string figure(const std::string& name, double value) {
     return fmt::format("{:.0f} ns", value * 1e9);
 }
 
-// A ratio or its bound.
+// Formats a ratio or its bound.
 std::string factor(double value) {
     return value < 0.1 ? fmt::format("{:.3f}", value) : fmt::format("{:.2f}", value);
 }

@@ -7,11 +7,11 @@
 
 namespace zavbench {
 
-// Medians by benchmark name: time in seconds, or bytes, instructions or growth where the name says so.
+// Medians by benchmark name: seconds, or bytes, instructions or growth if the name says so.
 using Medians = std::map<std::string, double>;
 
-// One line of the result: a figure of ours over a figure of a peer, and what it must reach. Without a peer
-// the figure is printed as it is; without a bound (0) it is not judged.
+// A row of the table: a figure of this project divided by that of a peer, and the bound for the ratio. Without a peer
+// the figure itself is printed. A bound of 0 is not checked.
 struct Row {
     std::string work;
     std::string ours;
@@ -19,10 +19,10 @@ struct Row {
     double bound;
 };
 
-// Prints the rows whose figures are there, as a Markdown table that is also readable as it stands.
+// Prints the rows that have figures as a Markdown table with aligned columns.
 void printTable(std::ostream& out, const std::vector<Row>& rows, const Medians& medians);
 
-// True when every judged row whose figures are there reaches its bound.
+// Whether every row with figures and a bound is within its bound.
 bool allReached(const std::vector<Row>& rows, const Medians& medians);
 
 }  // namespace zavbench

@@ -22,7 +22,7 @@ std::string words(Numbers& numbers, std::uint32_t count, const char* separator) 
 }
 
 std::string identifier(int number) {
-    // A multiplication by an odd number: no two identifiers are equal, and neighbours look unlike.
+    // Multiplying by an odd number keeps identifiers distinct and makes adjacent ones dissimilar.
     const auto mixed = (static_cast<std::uint64_t>(number) + 1) * 0x9e3779b97f4a7c15U;
     return fmt::format("{:08x}-{:04x}-4{:03x}-8{:03x}-{:012x}", mixed >> 32U, (mixed >> 16U) & 0xffffU,
                        mixed & 0xfffU, (mixed >> 12U) & 0xfffU, number);

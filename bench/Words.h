@@ -1,4 +1,4 @@
-// What generated files are filled with, the same on every machine.
+// Deterministic content for generated files.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace zavbench {
 
-// Numbers that look random.
+// A pseudo-random number generator with a fixed seed.
 class Numbers {
   public:
     std::uint32_t below(std::uint32_t limit) {
@@ -18,10 +18,10 @@ class Numbers {
     std::uint64_t state_ = 42;
 };
 
-// That many words of a vocabulary of 16.
+// `count` words of a vocabulary of 16.
 std::string words(Numbers& numbers, std::uint32_t count, const char* separator);
 
-// The identifier of a signature; no two numbers share one.
+// The identifier of a signature. Identifiers of distinct numbers are distinct.
 std::string identifier(int number);
 
 }  // namespace zavbench

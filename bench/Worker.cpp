@@ -20,7 +20,7 @@ double seconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
 }
 
-// Of this process and of its children that have ended.
+// The CPU time of this process and of its children that have ended.
 double cpuNow() {
     double used = 0;
     for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
@@ -31,7 +31,7 @@ double cpuNow() {
     return used;
 }
 
-// The kernel's own high-water mark: that of getrusage would still hold the parent's memory.
+// The high-water mark of the kernel. The value of getrusage would include the parent's memory.
 double peakBytes() {
     std::ifstream status("/proc/self/status");
     std::string line;

@@ -1,5 +1,4 @@
-// Work that is measured in a process of its own, so that it starts with a fresh heap and its memory can be
-// told.
+// Measures a work in a process of its own, so that it starts with a new heap and its memory can be measured.
 #pragma once
 
 #include <string>
@@ -8,15 +7,15 @@
 namespace zavbench {
 
 struct Sample {
-    double cpuSeconds;  // user and system, of the work alone and of the children that it started
+    double cpuSeconds;  // user and system time of the work and of its children
     double peakBytes;   // of the whole process
 };
 
-// Runs this program anew with "--work NAME ARGUMENT..." and returns what it measured. Ends the program with a
-// message when the work failed.
+// Runs this program with "--work NAME ARGUMENT..." and returns its measurement. Ends the program with a message if
+// the work fails.
 Sample runWorker(const std::vector<std::string>& arguments);
 
-// The other side: carries out the work named by the arguments and prints the sample. Returns the exit status.
+// Called in that process: carries out the work and prints the sample. Returns the exit status.
 int work(const std::vector<std::string>& arguments);
 
 }  // namespace zavbench

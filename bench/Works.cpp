@@ -47,8 +47,8 @@ Action readTablesAlone(const Arguments& arguments) {
     return [path = arguments.at(0), context = emptyTables()] { return fillTablesDirectly(path, *context); };
 }
 
-// A host with a hardware context and no callback, whose scanner is the one in `toolkit` and whose files are
-// in `tempDir`.
+// A host with a hardware context and no callback. `toolkit` is the directory of its scanner, `tempDir` that of its
+// files.
 class Host {
   public:
     Host(const std::string& toolkit, const std::string& tempDir) {
@@ -66,7 +66,7 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // A run of a scanner that ends well without writing an output file.
+    // Runs a scanner that succeeds without writing an output file.
     bool run() { return ZAV_hw_run(context_) == ZAV_ERROR_HW_OUTPUT; }
 
   private:
@@ -109,7 +109,7 @@ Action spawnAlone(const Arguments& arguments) {
 // Arguments: toolkit directory, number of runs, directory for files.
 Action spawnAndMakeFile(const Arguments& arguments) {
     const std::string program = arguments.at(0) + "/quorvah";
-    std::string directory = arguments.at(2) + "/peer_XXXXXX";  // goes with the directory that it stands in
+    std::string directory = arguments.at(2) + "/peer_XXXXXX";  // removed with its parent directory
     if (::mkdtemp(directory.data()) == nullptr) std::abort();
     return repeated(arguments.at(1), [program, directory, number = 0]() mutable {
         return makeFile(directory + "/config" + std::to_string(++number)) && spawnBare(program, "-c");

@@ -9,10 +9,10 @@ namespace zavbench {
 
 using Arguments = std::vector<std::string>;
 
-// Prepares a work, which is not measured, and returns the work itself, which tells whether it succeeded.
+// Prepares a work without measuring it and returns the function to measure, which returns whether it succeeded.
 using Work = std::function<std::function<bool()>(const Arguments&)>;
 
-// What this library does, and what its peers do with the same input.
+// The works of this library and the same works done by its peers.
 const std::map<std::string, Work>& allWorks();
 
 }  // namespace zavbench

@@ -1,4 +1,4 @@
-// zav_bench: every figure that the project promises, measured in one run against peers that do the same work.
+// zav_bench: measures every figure that the project documents, next to peers that do the same work.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
@@ -46,7 +46,8 @@ std::vector<Row> allRows() {
 }
 
 bool measureAll(const std::filesystem::path& scratch, Medians& medians) {
-    const ScratchDirectory memory("/dev/shm");  // a file system whose own speed does not show
+    const ScratchDirectory memory(
+        "/dev/shm");  // a file system in memory, so that no disk affects the figures
     zavbench::addHardware(scratch, memory.path());
     zavbench::addSoftware(scratch);
     zavbench::addSignatures(scratch);

@@ -6,7 +6,7 @@
 
 namespace zavfuzz {
 
-// A file in memory that holds the fuzzer's input, for code that reads files by their path.
+// A file in memory with the fuzzer's input, for code that reads files by path.
 class MemoryFile {
   public:
     MemoryFile(const std::uint8_t* data, std::size_t size);

@@ -1,5 +1,5 @@
-// The software scanner's two files: any bytes give results that can be looked up, and warnings that read the same
-// again, or a refusal.
+// The software scanner's two files. Any bytes must be refused or give results that can be looked up and warnings that
+// can be parsed again.
 #include <algorithm>
 #include <cstdlib>
 #include <cwchar>

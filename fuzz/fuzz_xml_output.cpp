@@ -1,5 +1,5 @@
-// The scanner's output file: any bytes give tables or a refusal, and a tree that was read reads the same from
-// its own text.
+// The hardware scanner's output file. Any bytes must be refused or give consistent tables, and a tree must not change
+// when its text is read again.
 #include <cstdlib>
 #include <sstream>
 

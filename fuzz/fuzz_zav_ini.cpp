@@ -1,5 +1,5 @@
-// The configuration file of the toolkit's location: any bytes give a directory that is empty or ends in /bin,
-// and a name is registered only when the file holds it.
+// The configuration file of the toolkit's location. Any bytes must give a directory that is empty or ends in /bin,
+// and a product may be registered only if the file contains its name.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +16,7 @@ std::size_t inputSize = 0;
 
 }  // namespace
 
-// Stands in for fopen at link time: every file that the library opens holds the fuzzer's input.
+// Replaces fopen at link time: every file that the library opens contains the fuzzer's input.
 extern "C" FILE* __wrap_fopen(const char* /*path*/, const char* /*mode*/) {
     static std::uint8_t lineFeed = '\n';
     if (inputSize == 0) return fmemopen(&lineFeed, 1, "r");

@@ -4,11 +4,10 @@
 
 namespace zavbench {
 
-// posix_spawn, a pipe, reads of 64 KiB, waitpid, and nothing else. False when the program did not end with
-// status 0.
+// Runs a program with posix_spawn, a pipe, reads of 64 KiB and waitpid. False if its exit status is not 0.
 bool spawnBare(const std::string& path, const std::string& argument);
 
-// Makes a file that is not there yet, with its own name in it.
+// Creates a file with its own name as content. False if the file exists already.
 bool makeFile(const std::string& path);
 
 }  // namespace zavbench

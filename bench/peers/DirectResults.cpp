@@ -20,7 +20,7 @@ struct Filling {
     int depth = 0;
     std::unique_ptr<ZAVSwResult> result;
     std::vector<zav::SWVariable> variables;
-    std::string metadata;  // the XML of the one at hand
+    std::string metadata;  // the XML text of the current result
 };
 
 const wchar_t* valueOf(Filling& filling, const XML_Char** attributes, const char* name) {

@@ -6,8 +6,8 @@
 
 namespace zavbench {
 
-// The context's results filled straight from Expat's events, without a tree: what the results alone need. False
-// when the file is refused.
+// Fills the context's results directly from Expat's events, without a tree: the memory that the results alone need.
+// False if the file is refused.
 bool fillResultsDirectly(const std::string& path, ZAVSwCtx& context);
 
 }  // namespace zavbench

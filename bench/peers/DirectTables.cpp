@@ -21,7 +21,7 @@ struct Filling {
 };
 
 void storeInstance(Filling& filling) {
-    // The copy is as large as its fields, as a table's vector should be.
+    // Copying makes the vector's capacity equal to its size.
     zav::HWInstance instance;
     instance.fields = filling.fields;
     instance.makeFieldNames();

@@ -6,8 +6,8 @@
 
 namespace zavbench {
 
-// The context's tables filled straight from Expat's events, without a tree: what the tables alone need. False
-// when the file is refused.
+// Fills the context's tables directly from Expat's events, without a tree: the memory that the tables alone need.
+// False if the file is refused.
 bool fillTablesDirectly(const std::string& path, ZAVHwCtx& context);
 
 }  // namespace zavbench

@@ -6,7 +6,7 @@
 
 namespace zavbench {
 
-// libxml2's tree of the file, copied into the context's results. False when the file is refused.
+// Reads the file into a tree of libxml2 and copies it into the context's results. False if the file is refused.
 bool fillResultsWithLibxml(const std::string& path, ZAVSwCtx& context);
 
 }  // namespace zavbench

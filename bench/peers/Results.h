@@ -6,10 +6,10 @@
 
 namespace zavbench {
 
-// Appends a result whose variables are complete.
+// Appends a result with complete variables.
 void addResult(ZAVSwCtx& context, std::unique_ptr<ZAVSwResult> result);
 
-// Makes all results ready for the getters.
+// Prepares all results for the getters.
 void finishResults(ZAVSwCtx& context);
 
 }  // namespace zavbench

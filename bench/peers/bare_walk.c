@@ -1,4 +1,4 @@
-/* bare_walk DIRECTORY: opens every directory below one, reads all its names, and does nothing with them. */
+/* bare_walk DIRECTORY: opens every directory of a tree and reads all names in it without using them. */
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <stddef.h>
