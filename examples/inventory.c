@@ -1,5 +1,5 @@
 /* Prints the operating system and the processors of this machine.
- *     inventory [TOOLKIT-DIRECTORY]     without one, the directory that /etc/zav/zav.ini names */
+ *     inventory [TOOLKIT-DIRECTORY]     default: the directory that /etc/zav/zav.ini names */
 #include <locale.h>
 #include <stdio.h>
 #include <zav.h>
@@ -27,7 +27,7 @@ static int print_group(ZAVHwCtx* hw, int group) {
 }
 
 int main(int argc, char** argv) {
-    setlocale(LC_ALL, ""); /* values hold any Unicode character */
+    setlocale(LC_ALL, ""); /* values may contain any Unicode character */
     wchar_t toolkit[4096];
     if (argc > 1 && swprintf(toolkit, 4096, L"%s", argv[1]) < 0) return 1;
 
@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     if (code == ZAV_SUCCESS) code = print_group(hw, PROCESSOR);
     if (code != ZAV_SUCCESS) fprintf(stderr, "inventory: failed with code %d, see zav.h\n", code);
 
-    ZAV_hw_free(hw); /* both take null, too */
+    ZAV_hw_free(hw); /* both accept null */
     ZAV_free(zav);
     return code == ZAV_SUCCESS ? 0 : 1;
 }

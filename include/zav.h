@@ -4,56 +4,55 @@
  *
  * A host opens one library handle (ZAVCtx), then any number of contexts on it: hardware contexts
  * (ZAVHwCtx) and software contexts (ZAVSwCtx). A context runs the toolkit's scanner as a child process
- * and keeps its findings until the next run. What holds for every function stands here once;
- * examples/inventory.c is a whole host.
+ * and keeps the results until the next run. The following holds for all functions. A complete host is
+ * examples/inventory.c.
  *
  * 1. Return codes. Every function returns 0 on success or one of the codes below; zav_codes.h has a
- *    sentence for each. Results go out through pointer arguments, which are written on success only. No
- *    function throws, prints or exits. What failed, and why, is told by messages at level 0.
- * 2. Ownership. All that a function hands out belongs to the context: never free or change it. It
+ *    sentence for each. Results are returned through pointer arguments, which are written only on success.
+ *    No function throws, prints or exits. Messages at level 0 say what failed and why.
+ * 2. Ownership. Everything that a function returns is owned by the context: never free or change it. It
  *    stays valid until the next run on that context or until the context is freed, whichever comes
- *    first; a run may be given texts of the results before. A handle or context is gone once its free
- *    function has returned: using or freeing it again is an error that the library cannot detect.
+ *    first. Texts of the previous results may be arguments of a run. A handle or context must not be used
+ *    after its free function has returned; the library cannot detect such an error.
  * 3. Text is wide and NUL-terminated. On the way to the operating system and into the scanner's files
- *    each character is cut to its low 8 bits. So 7-bit text passes as it is; any other path is passed
- *    with one character for each of its bytes, and other text in signatures, variables and settings as
- *    character references (&#233;) or likewise as the bytes of its UTF-8 form. Values found by the
- *    scanner hold any Unicode character.
+ *    each character is reduced to its low 8 bits. 7-bit text is therefore passed unchanged. Pass any other
+ *    path with one character for each of its bytes, and other text in signatures, variables and settings
+ *    as character references (&#233;) or as the bytes of its UTF-8 form. Values found by the scanner may
+ *    contain any Unicode character.
  * 4. Locale. Messages with wide text are converted by the C library. Call setlocale(LC_CTYPE, "") in a
  *    UTF-8 locale before the first call: in the "C" locale a message with a character beyond 7 bits is
  *    dropped as a whole. The messages that say why something failed are printable ASCII and arrive in
- *    every locale: other bytes of names show as \xHH in them, a backslash as two. Return codes and
- *    values do not depend on the locale. Of the scanner's own lines, a last one without a line feed is
- *    not logged, and carriage returns are left out.
+ *    every locale: other bytes of names are written as \xHH, and a backslash is doubled. Return codes and
+ *    values do not depend on the locale. The scanner's lines are logged without carriage returns; a last
+ *    line without a line feed is not logged.
  * 5. Threads. Handles and contexts have no lock: calls on one of them, and on a handle and its
- *    contexts, must not overlap. Different handles may be used by different threads at once. The
- *    logging callback is never entered by two threads at a time, whatever they use; it must not call
- *    back into the library, and must not leave by longjmp, which would keep its lock for ever. A thread
- *    that is cancelled (pthread_cancel) inside the library goes on until the function returns. A run
- *    reads the environment (environ), which no other thread may change meanwhile. ZAV_init and the
- *    functions that make contexts seed rand() anew with the time; a host that relies on its sequence
- *    must seed it afterwards.
- * 6. Processes. The scanner is no child of the host: neither a handler of SIGCHLD nor a thread that
- *    waits for every child disturbs a run. A run has no time limit of its own; it ends when the scanner
- *    has ended, though a process that it left behind still has its output open. The library opens
- *    nothing on the descriptors 0 to 2, also in a host that has closed them, and raises no SIGPIPE or
- *    SIGXFSZ by its writing. A child that the host forks may use the library with handles of its own;
- *    those of its parent are not for it to use or free.
- * 7. Order of life. Free the contexts before the handle that they were made on. The files that a
- *    context exchanges with the scanner stay in its temporary directory until it is freed: for each run
- *    the scanner's output, from some KiB to some MiB, with its configuration. A host that scans again
- *    and again makes a new context now and then.
+ *    contexts, must not overlap. Different threads may use different handles at the same time. The logging
+ *    callback is never called by two threads at once. It must not call the library, and it must not leave
+ *    by longjmp, which would never release the logger's lock. A thread that is cancelled (pthread_cancel)
+ *    inside the library continues until the function returns. A run reads the environment (environ), which
+ *    no other thread may change in the meantime. ZAV_init and the functions that make contexts call srand()
+ *    with the time; a host that relies on the sequence of rand() must call srand() afterwards.
+ * 6. Processes. The scanner is not a child of the host: neither a handler of SIGCHLD nor a thread that
+ *    waits for every child affects a run. A run has no time limit; it ends when the scanner has ended, even
+ *    if a process that the scanner started still has its output open. The library opens nothing on the
+ *    descriptors 0 to 2, not even in a host that has closed them, and its writes raise no SIGPIPE or
+ *    SIGXFSZ. A child that the host forks may use the library with handles of its own; it must neither use
+ *    nor free those of its parent.
+ * 7. Lifetime. Free the contexts before the handle on which they were made. The files that a context
+ *    exchanges with the scanner stay in its temporary directory until it is freed: for each run the
+ *    configuration and the scanner's output, from some KiB to some MiB. A host that scans repeatedly should
+ *    make a new context from time to time.
  * 8. Memory. A function that runs out of memory, or whose callback throws, returns ZAV_ERROR_MEMORY
- *    and keeps the context usable; after a run there are no results then. A function whose comment does
- *    not name this code returns it only when the callback throws.
- * 9. Trust. The scanner runs with the host's rights. Before a privileged host passes a toolkit
- *    directory or relies on /etc/zav/zav.ini, it checks that this file, the toolkit's directory, both
- *    scanners and every directory and link on the way to them belong to root or to the host's user and
- *    that nobody else may write to them; the library does not. The same holds for the temporary
- *    directory, where a sticky bit makes up for being writable by others: who may rename in it chooses
- *    which files are read and written in place of the host's. The toolkit's directory must have no
- *    blank, tab or double quote in its path: the scanner's path is not quoted, so it would be split
- *    there. All other paths may hold what a path can hold.
+ *    and keeps the context usable; if it was a run, there are no results. A function whose comment does not
+ *    name this code returns it only when the callback throws.
+ * 9. Trust. The scanner runs with the host's privileges. A privileged host that passes a toolkit directory
+ *    or relies on /etc/zav/zav.ini must check that this file, the toolkit's directory, both scanners and
+ *    every directory and link on the way to them belong to root or to the host's user and that no other
+ *    user can write to them; the library does not check this. The same holds for the temporary directory,
+ *    which may be writable by others only if it has the sticky bit: whoever can rename its entries
+ *    determines which files are read and written. The path of the toolkit's directory must not contain a
+ *    blank, tab or double quote, as the scanner's path is not quoted and would be split there. All other
+ *    paths may contain any character.
  */
 #ifndef ZAV_H
 #define ZAV_H
@@ -90,7 +89,7 @@ typedef struct ZAVSwResult ZAVSwResult;
  * level        0 for errors and notices that matter at every setting, 1 for notable events, 2 for the
  *              detailed trace.
  * componentId  1 for a library handle, 3 for a hardware context, 4 for a software context.
- * userData     as it was given together with the callback.
+ * userData     the pointer that was passed with the callback.
  * function     the reporting function's name.
  * message      the text; valid during the call only. */
 typedef void (*ZAVlogCallback)(int level, int componentId, void* userData, const char* function,
@@ -126,7 +125,7 @@ enum {
 };
 
 /* The hardware groups, for `option` and `groupId` below. docs/hardware-groups.md lists the fields that the
- * bundled scanner gives, with their units. 17, 18 and 33 are no groups. */
+ * bundled scanner provides, with their units. 17, 18 and 33 are unused. */
 enum {
     ZAV_HW_ALL = 0,                     /* for ZAV_hw_setopt only */
     ZAV_HW_COMPONENT_ID = 1,            /* the computer: maker, product, serial number, identifiers */
@@ -184,9 +183,9 @@ enum {
 /* Opens a library handle and stores it in *handle.
  * exploiterName  the calling product's name; copied. It is looked up among the registered products of
  *                /etc/zav/zav.ini.
- * callback       receives the messages; null for silence. userData is handed to it.
+ * callback       receives the messages and userData; null for none.
  * tempDir        directory for temporary files; null for the one named by TEMP or TMP, else /tmp.
- * zavDir         the directory that holds the scanners; null for the one that /etc/zav/zav.ini names.
+ * zavDir         the directory of the scanners; null for the one that /etc/zav/zav.ini names.
  *                A missing file, an unregistered product and a missing directory are logged at level 0
  *                and do not fail the call.
  * Returns 0; ZAV_ERROR_EXPLOITER for a null name; ZAV_ERROR_CONTEXT for a null handle;
@@ -198,8 +197,8 @@ ZAV_EXPORT int ZAV_init(const char* exploiterName, ZAVlogCallback callback, void
                         const wchar_t* tempDir, const wchar_t* zavDir, ZAVCtx** handle);
 
 /* Deletes the handle's temporary files and directory and releases the handle; free its contexts first.
- * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
- * released nevertheless. */
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw; everything is
+ * released even then. */
 ZAV_EXPORT int ZAV_free(ZAVCtx* handle);
 
 /* ---- Hardware -------------------------------------------------------------------------------------- */
@@ -212,17 +211,17 @@ ZAV_EXPORT int ZAV_free(ZAVCtx* handle);
 ZAV_EXPORT int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** context);
 
 /* Enables (value 1) or disables (value 0) the group with the id `option`, 1 to 51, or all groups with
- * option 0. Results of an earlier scan can no longer be asked for, but pointers that were handed out
- * stay valid.
+ * option 0. Results of an earlier scan are no longer available, but pointers that were returned stay
+ * valid.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for another value; ZAV_ERROR_HW_GROUP for another
  * option.
  *     ZAV_hw_setopt(hw, ZAV_HW_PROCESSOR, 1); */
 ZAV_EXPORT int ZAV_hw_setopt(ZAVHwCtx* context, int option, unsigned char value);
 
 /* Scans the enabled groups: runs the scanner, waits for it without a time limit, and reads what it
- * wrote. The results of the scan before are released first. Every line that the scanner prints is
- * logged at level 2 as soon as it is printed. A group without instances means that there is nothing only
- * where the group ScanInfo, asked for like any other, names it among the complete ones.
+ * wrote. The results of the previous scan are released first. Every line that the scanner prints is
+ * logged at level 2 as soon as it is printed. A group without instances is known to be empty only if the
+ * group ScanInfo, which is enabled like any other, lists it as complete.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_CONFIG; ZAV_ERROR_HW_SCANNER; ZAV_ERROR_HW_OUTPUT, and
  * then the instances before the fault can be read; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_hw_run(ZAVHwCtx* context);
@@ -249,7 +248,7 @@ ZAV_EXPORT int ZAV_hw_get_group_instances(ZAVHwCtx* context, int groupId, int* c
 ZAV_EXPORT int ZAV_hw_get_fields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names,
                                  int* count);
 
-/* *value: the text of the instance's first field of that name (case counts); L"" when the scanner gave
+/* *value: the text of the instance's first field of that name (case-sensitive); L"" when the scanner gave
  * none.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_HW_POINTER; ZAV_ERROR_HW_NO_SCAN; ZAV_ERROR_HW_GROUP;
  * ZAV_ERROR_HW_GROUP_DISABLED; ZAV_ERROR_HW_INSTANCE; ZAV_ERROR_HW_FIELD. */
@@ -257,8 +256,8 @@ ZAV_EXPORT int ZAV_hw_get_value(ZAVHwCtx* context, int groupId, int instance, co
                                 const wchar_t** value);
 
 /* Deletes the context's temporary files and releases it with all its results.
- * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
- * released nevertheless. */
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw; everything is
+ * released even then. */
 ZAV_EXPORT int ZAV_hw_free(ZAVHwCtx* context);
 
 /* ---- Software -------------------------------------------------------------------------------------- */
@@ -269,28 +268,28 @@ ZAV_EXPORT int ZAV_hw_free(ZAVHwCtx* context);
  * ZAV_ERROR_MEMORY, and then *context is null. */
 ZAV_EXPORT int ZAV_sw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** context);
 
-/* Presets the variable `name` for the signature whose identifier is `scope`. There is one preset a
+/* Presets the variable `name` for the signature whose identifier is `scope`. There is one preset per
  * name: setting it again replaces value and scope. All texts are copied; empty ones are allowed. They
- * go to the scanner unescaped, so '<', '&' and '"' are to be written as XML wants them.
- * Presets last as long as the context. Results of an earlier evaluation can no longer be asked for,
- * but pointers that were handed out stay valid.
+ * are passed to the scanner unescaped, so '<', '&' and '"' must be written as in XML.
+ * Presets last as long as the context. Results of an earlier evaluation are no longer available, but
+ * pointers that were returned stay valid.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text, and then nothing changes;
  * ZAV_ERROR_MEMORY.
  *     ZAV_sw_setopt_variable(sw, L"minimum", L"2.0", L"c1b2...");   // for one signature */
 ZAV_EXPORT int ZAV_sw_setopt_variable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value,
                                       const wchar_t* scope);
 
-/* Adds a setting of a scanner plug-in. Nothing is replaced: repeated settings are all kept, in order.
- * Otherwise as ZAV_sw_setopt_variable.
+/* Adds a setting of a scanner plug-in. Repeated settings are all kept, in order. The rest is as for
+ * ZAV_sw_setopt_variable.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_OPTION for a null text, and then nothing changes;
  * ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute,
                                     const wchar_t* value);
 
 /* Evaluates one signature, given as XML text: runs the scanner, waits for it without a time limit, and
- * reads what it wrote. The results of the evaluation before are released first. Every line that the
+ * reads what it wrote. The results of the previous evaluation are released first. Every line that the
  * scanner prints is logged at level 2 as soon as it is printed.
- * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_SIGNATURE for null, and then the results before stay, or
+ * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_SIGNATURE for null, which keeps the previous results, or
  * when the scanner ended with status 3; ZAV_ERROR_SW_CONFIG; ZAV_ERROR_SW_SCANNER;
  * ZAV_ERROR_SW_OUTPUT, and then there are no results; ZAV_ERROR_SW_WARNINGS, and then all results can
  * be read, but no warnings; ZAV_ERROR_WORKSPACE when there was no name for a file that the scanner
@@ -298,8 +297,8 @@ ZAV_EXPORT int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, co
  *     if (ZAV_sw_evaluate(sw, L"<Signature guid=\"c1b2...\">...</Signature>") == ZAV_SUCCESS) ... */
 ZAV_EXPORT int ZAV_sw_evaluate(ZAVSwCtx* context, const wchar_t* signature);
 
-/* The same for the signatures of an existing file. The path goes to the scanner as it is; whether the
- * file can be read is for the scanner to find out.
+/* The same for the signatures of an existing file. The path is passed to the scanner unchanged; the
+ * library does not check whether the file can be read.
  * Returns what ZAV_sw_evaluate returns. */
 ZAV_EXPORT int ZAV_sw_evaluate_file(ZAVSwCtx* context, const wchar_t* signatureFile);
 
@@ -315,20 +314,20 @@ ZAV_EXPORT int ZAV_sw_evaluate_multi(ZAVSwCtx* context, const wchar_t** signatur
  *     ZAV_sw_get_results(sw, &results, &count); */
 ZAV_EXPORT int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count);
 
-/* *result: the first matched signature with that identifier (case counts). Answers in any state of the
- * context; after an option was set, from the evaluation before. Several threads may look up and get
- * values at once, as long as no other function is called on the context.
+/* *result: the first matched signature with that identifier (case-sensitive). Works in any state of the
+ * context; after an option was set, it uses the previous evaluation. Several threads may look up results
+ * and get values at the same time, as long as no other function is called on the context.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER for a null result or guid;
  * ZAV_ERROR_SW_NOT_FOUND. */
 ZAV_EXPORT int ZAV_sw_find_result_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult** result);
 
-/* *results: all matched signatures with that identifier, in the scanner's order; *count: how many. Asked
- * again it hands out the same array. Answers in any state of the context.
+/* *results: all matched signatures with that identifier, in the scanner's order; *count: how many.
+ * Repeated calls return the same array. Works in any state of the context.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER; ZAV_ERROR_SW_NOT_FOUND; ZAV_ERROR_MEMORY. */
 ZAV_EXPORT int ZAV_sw_find_results_by_guid(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results,
                                            unsigned int* count);
 
-/* *value: the text of the result's variable of that name (case counts).
+/* *value: the text of the result's variable of that name (case-sensitive).
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_NO_RESULTS; ZAV_ERROR_SW_RESULT; ZAV_ERROR_SW_POINTER;
  * ZAV_ERROR_SW_VARIABLE. */
 ZAV_EXPORT int ZAV_sw_get_value(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t* name,
@@ -354,8 +353,8 @@ ZAV_EXPORT int ZAV_sw_get_metadata(ZAVSwCtx* context, ZAVSwResult* result, const
 ZAV_EXPORT int ZAV_sw_get_guid(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** guid);
 
 /* *warnings: the warnings of the last evaluation, each as XML text of one line, in UTF-8 as metadata is;
- * *count: how many. Both stay untouched when there were none, so preset them. Answers in any state of
- * the context.
+ * *count: how many. Both are left unchanged when there were none, so initialise them. Works in any state
+ * of the context.
  * Returns 0; ZAV_ERROR_CONTEXT; ZAV_ERROR_SW_POINTER; ZAV_ERROR_MEMORY.
  *     const wchar_t** warnings = NULL;
  *     int count = 0;
@@ -368,8 +367,8 @@ ZAV_EXPORT int ZAV_sw_get_warnings(ZAVSwCtx* context, const wchar_t*** warnings,
 ZAV_EXPORT int ZAV_sw_get_returncode(ZAVSwCtx* context, int* returnCode);
 
 /* Deletes the context's temporary files and releases it with all its results.
- * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw, and then all is
- * released nevertheless. */
+ * Returns 0; ZAV_ERROR_CONTEXT for null; ZAV_ERROR_MEMORY when the callback threw; everything is
+ * released even then. */
 ZAV_EXPORT int ZAV_sw_free(ZAVSwCtx* context);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * zav_codes.h: what the return codes of zav.h mean, as text for logs and messages. The function stands in
- * this header, so it adds nothing to what libzav exports. */
+ * zav_codes.h: the meaning of the return codes of zav.h, as text for logs and messages. The function is
+ * defined in this header, so libzav does not export it. */
 #ifndef ZAV_CODES_H
 #define ZAV_CODES_H
 
@@ -11,8 +11,8 @@
 extern "C" {
 #endif
 
-/* The meaning of a return code, in English, without capital and full stop; "unknown return code" for a
- * number that is none. Never null; static text.
+/* The meaning of a return code in English, without capital letter and full stop; "unknown return code" for
+ * any other number. Static text; never null.
  *     int code = ZAV_hw_run(hw);
  *     if (code != ZAV_SUCCESS) fprintf(stderr, "inventory: %s (%d)\n", ZAV_code_text(code), code); */
 static inline const char* ZAV_code_text(int code) {
