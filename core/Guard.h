@@ -4,19 +4,26 @@
 #include <poll.h>
 #include <pthread.h>
 
+#include <type_traits>
+
 #include "include/zav.h"
 
 namespace zav {
 
-// What `work` returns, or ZAV_ERROR_MEMORY when anything is thrown. Only running out of memory and the host's
-// callback throw. A callback that ends its thread ends it: that must not be caught.
+// Returns the result of `work`, ZAV_SUCCESS if it has none, or ZAV_ERROR_MEMORY if it throws. Only memory shortage and
+// the host's callback cause exceptions. The forced unwinding of a thread that the callback ends is passed on.
 //
-// Never inlined: a function that catches something or has anything to clean up cannot be left at any
-// instruction, as a thread that may be cancelled at any time has to.
+// Not inlined: the caller may be cancelled at any instruction, where a function with a handler or a destructor must not
+// be left.
 template <class Work>
-[[gnu::noinline]] int caught(Work work) {
+[[gnu::noinline]] int catchAll(Work work) {
     try {
-        return work();
+        if constexpr (std::is_void_v<decltype(work())>) {
+            work();
+            return ZAV_SUCCESS;
+        } else {
+            return work();
+        }
 #ifdef _CXXABI_FORCED_H
     } catch (const abi::__forced_unwind&) {
         throw;
@@ -26,35 +33,26 @@ template <class Work>
     }
 }
 
-// The same for work without a code of its own.
-template <class Work>
-int attempted(Work work) {
-    return caught([&work] {
-        work();
-        return ZAV_SUCCESS;
-    });
-}
-
-// Any cancellation point does: the C library leaves none while a cancellation of the thread is under way.
-inline void awaitCancelSignal() {
+// Returns only if no cancellation of the thread is in progress. Every cancellation point of the C library does this.
+inline void waitForPendingCancellation() {
     poll(nullptr, 0, 0);
 }
 
-// The border of the library: what is caught, and what cancels the thread takes effect behind it. It may do so
-// in this function and the exported one that calls it, so neither may own anything.
+// The boundary of every exported function: no exception leaves it, and cancellation of the thread is deferred until the
+// work is done. Cancellation may then take effect here or in the exported function, so neither may own a resource.
 //
-// For a thread that may be cancelled at any time the type comes first and goes last: where setting the state
-// carries a cancellation out, glibc up to 2.36 does not tell so to who joins the thread. Such a thread is
-// cancelled by a signal, whose handler heeds no state. One that may be on its way is waited for before anything
-// begins; with the type set no further one is sent.
+// A thread with asynchronous cancellation is cancelled by a signal whose handler ignores the cancellation state. The
+// type is therefore set first, after which no further signal is sent, and a signal that is already on its way is waited
+// for. The type is restored last: if setting the state carries out a cancellation, glibc up to 2.36 does not report it
+// to the thread that joins.
 template <class Work>
 int guarded(Work work) {
     int state = 0;
     int type = 0;
     pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &type);
-    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) awaitCancelSignal();
+    if (type == PTHREAD_CANCEL_ASYNCHRONOUS) waitForPendingCancellation();
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
-    const int code = caught(work);
+    const int code = catchAll(work);
     pthread_setcancelstate(state, nullptr);
     pthread_setcanceltype(type, nullptr);
     return code;

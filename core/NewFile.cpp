@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "kest/ErrorText.h"
-#include "kest/Shown.h"
+#include "kest/Escape.h"
+#include "kest/ScopedWriteSignalBlock.h"
 #include "kest/StandardStreams.h"
 #include "kest/Text.h"
-#include "kest/WriteSignalsHeld.h"
 
 namespace zav {
 
@@ -22,51 +22,51 @@ bool isPipe(int descriptor) {
     return ::fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// Neither follows a link nor waits for who reads a pipe.
-File openExisting(const char* path) {
-    const int descriptor = kest::openedAbove(
+// Does not follow a link and does not wait for the reader of a pipe.
+StdioFile openExisting(const char* path) {
+    const int descriptor = kest::openAboveStandardStreams(
         [path] { return ::open(path, O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); });
     if (descriptor < 0) return nullptr;
-    if (!isPipe(descriptor)) return File(::fdopen(descriptor, "w"));
+    if (!isPipe(descriptor)) return StdioFile(::fdopen(descriptor, "w"));
     ::close(descriptor);
     errno = EEXIST;
     return nullptr;
 }
 
-File openNew(const char* path) {
-    File file = openFile(path, "wxe");
+StdioFile openNew(const char* path) {
+    StdioFile file = openFile(path, "wxe");
     if (file != nullptr) ::fchmod(::fileno(file.get()), S_IRUSR | S_IWUSR);
     return file == nullptr && errno == EEXIST ? openExisting(path) : std::move(file);
 }
 
 struct Outcome {
-    Written written;
-    int error;  // 0 where the system is not what failed
+    WriteResult written;
+    int error;  // 0 when no system call failed
 };
 
-Outcome write(const char* path, const Writing& writing) {
-    const kest::WriteSignalsHeld held;
-    File file = openNew(path);
-    if (file == nullptr) return {Written::kNotMade, errno};
+Outcome write(const char* path, const WriteContent& writeContent) {
+    const kest::ScopedWriteSignalBlock held;
+    StdioFile file = openNew(path);
+    if (file == nullptr) return {WriteResult::kNotCreated, errno};
     errno = 0;
-    const bool taken = writing(file.get());
+    const bool taken = writeContent(file.get());
     int error = errno;
     const bool closed = closeFile(std::move(file));
-    if (taken && closed) return {Written::kWhole, 0};
+    if (taken && closed) return {WriteResult::kComplete, 0};
     if (taken) error = errno;
-    held.forget(error);
-    return {Written::kFailed, error};
+    held.discardSignalOf(error);
+    return {WriteResult::kFailed, error};
 }
 
 }  // namespace
 
-Written writeNewFile(const std::wstring& path, const Writing& writing, std::string& trouble) {
+WriteResult writeNewFile(const std::wstring& path, const WriteContent& writeContent, std::string& failure) {
     const std::string name = kest::narrow(path);
-    const Outcome outcome = write(name.c_str(), writing);
-    if (outcome.written == Written::kWhole || !trouble.empty()) return outcome.written;
-    trouble = outcome.written == Written::kNotMade ? "Cannot make [" : "Cannot write [";
-    trouble += kest::shown(name) + "]: ";
-    trouble += outcome.error != 0 ? kest::errorText(outcome.error) : "a text of it is null";
+    const Outcome outcome = write(name.c_str(), writeContent);
+    if (outcome.written == WriteResult::kComplete || !failure.empty()) return outcome.written;
+    failure = outcome.written == WriteResult::kNotCreated ? "Cannot make [" : "Cannot write [";
+    failure += kest::escaped(name) + "]: ";
+    failure += outcome.error != 0 ? kest::errorText(outcome.error) : "a text of it is null";
     return outcome.written;
 }
 

@@ -3,18 +3,18 @@
 #include <functional>
 #include <string>
 
-#include "core/File.h"
+#include "core/StdioFile.h"
 
 namespace zav {
 
-// What writes a file: false when not all was taken.
-using Writing = std::function<bool(std::FILE*)>;
+// Writes the content of a file. False when a write failed.
+using WriteContent = std::function<bool(std::FILE*)>;
 
-enum class Written { kWhole, kNotMade, kFailed };
+enum class WriteResult { kComplete, kNotCreated, kFailed };
 
-// Writes a file for a scanner. It is for the owner alone, and a new one: what is there already, which only a
-// stranger can have put there, is written to unless it is a link or a pipe. Failing writes raise no signal. Why
-// it failed goes to `trouble`, unless the cause of that stands there already. Throws std::bad_alloc, and what `writing` throws.
-Written writeNewFile(const std::wstring& path, const Writing& writing, std::string& trouble);
+// Creates a file for a scanner that only its owner can read and write. A file that already exists, which another user
+// must have created, is overwritten unless it is a link or a pipe. Failed writes raise no signal. Stores the reason of a
+// failure in `failure` unless that already holds an earlier one. Throws std::bad_alloc and what `writeContent` throws.
+WriteResult writeNewFile(const std::wstring& path, const WriteContent& writeContent, std::string& failure);
 
 }  // namespace zav

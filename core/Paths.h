@@ -4,7 +4,7 @@
 
 namespace zav {
 
-// Every run of slashes becomes one slash. Nothing else changes: a slash at the end stays.
+// Replaces every run of slashes by one slash. A slash at the end stays.
 void collapseSlashes(std::wstring& path);
 
 }  // namespace zav

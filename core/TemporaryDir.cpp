@@ -12,10 +12,10 @@
 #include "core/Guard.h"
 #include "core/Paths.h"
 #include "kest/ErrorText.h"
-#include "kest/ForksHeldOff.h"
+#include "kest/Escape.h"
 #include "kest/Format.h"
 #include "kest/Malloced.h"
-#include "kest/Shown.h"
+#include "kest/ScopedForkBlock.h"
 #include "kest/Text.h"
 
 namespace zav {
@@ -23,21 +23,21 @@ namespace zav {
 namespace {
 
 constexpr const char* kInit = "TemporaryDir::init()";
-constexpr mode_t kOwnerOnly = 0x41C0;  // a directory; read, write and search for the owner
+constexpr mode_t kOwnerOnly = 0x41C0;  // a directory that only its owner can read, write and search
 
-// The generator has a lock, which a child that the host forks in the wrong moment would inherit.
+// The generator has a lock. A child that the host forks while it is held would inherit it.
 int pseudoRandom() {
-    const kest::ForksHeldOff held;
+    const kest::ScopedForkBlock held;
     return std::rand();
 }
 
 void reseed() {
-    const kest::ForksHeldOff held;
+    const kest::ScopedForkBlock held;
     std::srand(static_cast<unsigned int>(std::time(nullptr)));
 }
 
-// How many names are tried: 30 to 59.
-int attemptBudget() {
+// The number of names to try: 30 to 59.
+int attemptLimit() {
     return pseudoRandom() % 30 + 30;
 }
 
@@ -51,7 +51,7 @@ bool exists(const std::string& path) {
     return ::access(path.c_str(), F_OK) == 0;
 }
 
-// A digit or a letter; never "z".
+// A digit or a letter except "z".
 char randomCharacter(unsigned int random) {
     unsigned int character = random % 122;
     if (character < 48) character += 48;
@@ -89,12 +89,13 @@ TemporaryDir::~TemporaryDir() {
 int TemporaryDir::close() {
     if (closed_) return ZAV_SUCCESS;
     closed_ = true;
+    // Hosts match this message byte for byte, spelling included.
     const int announced =
-        attempted([this] { log_->traceMAX("TemporaryDir::~TemporaryDir()", "Dealocation()"); });
+        catchAll([this] { log_->traceMAX("TemporaryDir::~TemporaryDir()", "Dealocation()"); });
     int deleted = ZAV_SUCCESS;
     if (initialized_) {
         deleteFiles(true);
-        deleted = attempted([this] { deleteDirectory({}); });
+        deleted = catchAll([this] { deleteDirectory({}); });
         initialized_ = false;
     }
     randomSource_.reset();
@@ -102,7 +103,7 @@ int TemporaryDir::close() {
 }
 
 int TemporaryDir::init(const wchar_t* prefix) {
-    const int attempts = attemptBudget();
+    const int attempts = attemptLimit();
     log_->traceMAX(kInit, "initialization");
     reseed();
     bool made = false;
@@ -118,7 +119,7 @@ int TemporaryDir::init(const wchar_t* prefix) {
     return made ? 0 : ZAV_ERROR_WORKSPACE;
 }
 
-// mkdir subtracts the umask, which may take rights from the owner too.
+// chmod follows because mkdir applies the umask, which may also restrict the owner.
 bool TemporaryDir::makeDirectory() {
     if (exists(dirName_)) {
         error_ = EEXIST;
@@ -132,9 +133,9 @@ bool TemporaryDir::makeDirectory() {
     return true;
 }
 
-std::string TemporaryDir::trouble() const {
-    if (initialized_) return "No name is free in [" + kest::shown(dirName_) + "]";
-    return "Cannot make a directory in [" + kest::shown(WStringToString(basePath_)) +
+std::string TemporaryDir::failureReason() const {
+    if (initialized_) return "No name is free in [" + kest::escaped(dirName_) + "]";
+    return "Cannot make a directory in [" + kest::escaped(WStringToString(basePath_)) +
            "]: " + kest::errorText(error_);
 }
 
@@ -149,7 +150,7 @@ std::wstring TemporaryDir::candidate(const std::wstring& directory, const wchar_
 
 int TemporaryDir::getTmpFile(std::wstring& path, const wchar_t* prefix, const wchar_t* extension) {
     if (!initialized_) return ZAV_ERROR_WORKSPACE;
-    for (int number = attemptBudget(); number > 0; --number) {
+    for (int number = attemptLimit(); number > 0; --number) {
         std::wstring free = candidate(dirPath_, prefix, extension, number);
         std::string name = WStringToString(free);
         if (exists(name)) continue;

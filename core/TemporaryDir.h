@@ -3,55 +3,54 @@
 #include <list>
 #include <string>
 
-#include "core/File.h"
+#include "core/StdioFile.h"
 #include "core/ZAVlog.h"
 
 namespace zav {
 
-// A private directory for the files that go to and from a scanner. It hands out names of files that do not
-// exist yet and remembers them, so that all can be deleted; it never makes a file itself. Not for use by two
-// threads at once.
+// A private directory for the files that are exchanged with a scanner. It returns names of files that do not exist yet
+// and records them, so that the files can be deleted; it does not create files itself. Not thread-safe.
 class TemporaryDir {
   public:
-    // Works below basePath; null for the system's temporary directory. log may be null. REQUIRES: log
-    // outlives this.
+    // The directory will be made in basePath, or in the system's temporary directory if that is null. log may be null.
+    // REQUIRES: log outlives this object.
     TemporaryDir(ZAVlog* log, const wchar_t* basePath);
-    // Workspaces that cannot be initialised.
+    // These make an object without a base path, which must not be used.
     explicit TemporaryDir(const wchar_t* basePath);
     explicit TemporaryDir(ZAVlog* log);
     TemporaryDir();
-    // As close().
+    // Calls close().
     ~TemporaryDir();
     TemporaryDir(const TemporaryDir&) = delete;
     TemporaryDir& operator=(const TemporaryDir&) = delete;
 
-    // Makes the directory, for the owner alone. 0, or 6 when none could be made.
+    // Makes the directory with access for its owner only. Returns 0, or 6 when no directory could be made.
     int init(const wchar_t* prefix);
 
-    // A name that is free: 0, or 6 with `path` unchanged (not initialised, or no free name). prefix and
-    // extension may be null; a number stands behind the extension.
+    // Stores the name of a file that does not exist in `path` and returns 0. Returns 6 and leaves `path` unchanged if
+    // the directory is not initialised or no name is free. prefix and extension may be null. A number follows the
+    // extension.
     int getTmpFile(std::wstring& path, const wchar_t* prefix, const wchar_t* extension);
 
-    // Deletes every file whose name was handed out and forgets them: 0, or 6 when not initialised. Needs no
-    // memory.
+    // Deletes all recorded files and clears the record. Returns 0, or 6 if not initialised. Allocates no memory.
     int deleteFiles(bool unused);
 
-    // Removes the workspace's directory if it is empty, whatever is named.
+    // Removes the directory if it is empty. The argument is ignored.
     void deleteDirectory(std::wstring unused);
 
-    // Ends the workspace: deletes the remembered files, and the directory unless somebody else's files are in
-    // it. 0, or 5 when the log's callback threw, which stops nothing.
+    // Deletes the recorded files, and the directory unless it contains other files. Returns 0, or 5 when the log's
+    // callback threw; an exception does not stop the clean-up.
     int close();
 
-    // Logs nothing from now on.
+    // Stops logging.
     void silence() { log_ = &orSilent(nullptr); }
 
-    // Why the last init() or getTmpFile() failed, in printable ASCII.
-    std::string trouble() const;
+    // The reason why the last init() or getTmpFile() failed, in printable ASCII.
+    std::string failureReason() const;
 
-    // The workspace's directory, valid as long as the workspace; null when not initialised.
+    // The path of the directory, valid for the lifetime of this object; null if not initialised.
     const wchar_t* getBasePath() const { return initialized_ ? dirPathText_ : nullptr; }
-    // The directory in which the workspace was to be made.
+    // The directory in which init() makes the directory.
     const std::wstring& parentPath() const { return basePath_; }
 
     unsigned int getRand();
@@ -67,17 +66,17 @@ class TemporaryDir {
                            int number);
     bool makeDirectory();
 
-    // The names are kept as the system takes them, so that deleting cannot run out of memory.
+    // Narrow names, so that deleting the files allocates no memory.
     std::list<std::string> files_;
     std::wstring basePath_;
     std::wstring dirPath_;
     std::string dirName_;
-    int error_ = 0;  // of the last directory that could not be made
+    int error_ = 0;  // error number of the last directory that could not be made
     bool initialized_ = false;
     bool closed_ = false;
     const wchar_t* dirPathText_ = nullptr;
     ZAVlog* log_ = &orSilent(nullptr);
-    File randomSource_;
+    StdioFile randomSource_;
 };
 
 }  // namespace zav

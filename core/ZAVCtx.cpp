@@ -22,7 +22,7 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     if (handle->log == nullptr) return ZAV_ERROR_LOGGER;
     zav::ZAVlog& log = *handle->log;
 
-    // "init OK" stands first in every host's log, whatever the steps below find.
+    // Hosts expect "init OK" as the first message, whatever the result of the steps below.
     log.traceMAX("ZAV_init", "init OK, Exploiter: [%s] Version: [%s] ZAV DIR[%S]",
                  handle->exploiterName.get(), kVersion, zavDir != nullptr ? zavDir : L"(null)");
 
@@ -35,9 +35,9 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
         log.traceMIN("ZAV_init", "ZAV not installed, please specify a directory");
     }
     if (code != ZAV_SUCCESS) {
-        std::string trouble = handle->tempDir->trouble();
-        log.tell("ZAV_init", trouble);
-        // The end of a handle that never was is no news for the host.
+        std::string failure = handle->tempDir->failureReason();
+        log.reportFailure("ZAV_init", failure);
+        // The host has no handle whose end could be logged.
         handle->tempDir->silence();
         return code;
     }
@@ -45,9 +45,9 @@ int initialise(const char* exploiterName, ZAVlogCallback callback, void* userDat
     return ZAV_SUCCESS;
 }
 
-// Everything is released even when the callback throws. The handle is kept when the code is not 0.
+// Releases everything even if the callback throws. The handle itself stays allocated when the code is not 0.
 int release(ZAVCtx* handle) {
-    int told = zav::attempted([handle] {
+    int told = zav::catchAll([handle] {
         zav::orSilent(handle->log.get())
             .traceMAX("ZAV_free", "Deinit for exploiter: [%s]", handle->exploiterName.get());
     });

@@ -7,10 +7,10 @@
 #include "core/ZAVlog.h"
 #include "kest/Malloced.h"
 
-// The library handle: made by ZAV_init, released by ZAV_free, opaque to hosts.
+// The library handle. ZAV_init makes it, ZAV_free releases it. Opaque to hosts.
 struct ZAVCtx {
     kest::Malloced<char> exploiterName;
     std::unique_ptr<zav::ZAVlog> log;
     std::unique_ptr<zav::TemporaryDir> tempDir;  // borrows log
-    std::wstring homeDir;                        // of the scanners; empty when unknown
+    std::wstring homeDir;                        // the directory of the scanners; empty if unknown
 };

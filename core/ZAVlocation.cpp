@@ -3,8 +3,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "core/File.h"
 #include "core/Paths.h"
+#include "core/StdioFile.h"
 #include "kest/Text.h"
 
 namespace zav {
@@ -14,9 +14,9 @@ namespace {
 constexpr const char* kPath = "/etc/zav/zav.ini";
 constexpr const char* kRead = "ZAVLocation::getSystemLocation()";
 constexpr const char* kConstruct = "ZAVLocation::ZAVLocation()";
-constexpr int kLineSize = 1024;  // a longer line counts as several
+constexpr int kLineSize = 1024;  // a longer line is read as several lines
 
-// The text behind the key and one optional blank; null when the line does not begin with the key.
+// The text after the key and one optional blank; null if the line does not begin with the key.
 char* valueOf(char* line, std::string_view key) {
     if (std::strncmp(line, key.data(), key.size()) != 0) return nullptr;
     char* const value = line + key.size();
@@ -40,6 +40,7 @@ ZAVlocation::ZAVlocation(ZAVlog* log, const char* exploiterName, const wchar_t* 
         std::wstring given = dir;
         normalizeDir(given);
         if (given != systemLocation) {
+            // Hosts match this message byte for byte, "different that" included.
             log_.traceMID(kConstruct, "Default location [%S] is different that specified one [%S]",
                           systemLocation.c_str(), dir);
         }
@@ -54,7 +55,7 @@ ZAVlocation::ZAVlocation(ZAVlog* log, const char* exploiterName, const wchar_t* 
 std::wstring ZAVlocation::getSystemLocation(const char* exploiterName) {
     log_.traceMAX(kRead, "Checking ZAV location..");
     std::wstring home;
-    const File file = openForReading(kPath);
+    const StdioFile file = openForReading(kPath);
     log_.traceMAX(kRead, "Opening a file [%s]", kPath);
     if (file == nullptr) {
         log_.traceMIN("ZAVLocation::getSystemLocation", "Can't open file [%s]", kPath);

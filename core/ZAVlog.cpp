@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "core/File.h"
+#include "core/StdioFile.h"
 #include "kest/Malloced.h"
 #include "kest/Mutex.h"
 
@@ -14,48 +14,48 @@ namespace zav {
 
 namespace {
 
-constexpr std::size_t kSpare = 5;
+constexpr std::size_t kSpareBytes = 5;
 
-// Ready before the first use: a child that was forked while a thread made it would wait for that for ever.
+// Initialised at compile time: a child that is forked during a first-use initialisation would wait for it for ever.
 kest::Mutex& sharedMutex() {
     static constinit kest::Mutex shared;
     return shared;
 }
 
-// Initialised at load time for the same reason.
+// Delivers nothing. Initialised at compile time for the same reason.
 constinit ZAVlog silentLog(0, nullptr, nullptr);
 
-// A fork does not wait for the lock, as a callback may take its time or wait for the thread that forks. So the
-// child frees it of a thread that it does not have.
-[[maybe_unused]] const int atForks = pthread_atfork(nullptr, nullptr, [] { sharedMutex().forked(); });
+// A fork does not wait for the lock, as a callback may take long or wait for the forking thread. Instead the child
+// releases a lock that was held by a thread of its parent.
+[[maybe_unused]] const int atForks =
+    pthread_atfork(nullptr, nullptr, [] { sharedMutex().unlockAfterFork(); });
 
-class Locked {
+class LogLock {
   public:
-    Locked() { ZAVlog::mutex(1); }
-    ~Locked() { ZAVlog::mutex(0); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
+    LogLock() { ZAVlog::mutex(1); }
+    ~LogLock() { ZAVlog::mutex(0); }
+    LogLock(const LogLock&) = delete;
+    LogLock& operator=(const LogLock&) = delete;
 };
 
-// Ends the use of variable arguments also when a callback throws.
-class Ended {
+// Calls va_end even if a callback throws.
+class VaListEnd {
   public:
-    explicit Ended(va_list& arguments) : arguments_(arguments) {}
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the owner began them
-    ~Ended() { va_end(arguments_); }
-    Ended(const Ended&) = delete;
-    Ended& operator=(const Ended&) = delete;
+    explicit VaListEnd(va_list& arguments) : arguments_(arguments) {}
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has called va_start
+    ~VaListEnd() { va_end(arguments_); }
+    VaListEnd(const VaListEnd&) = delete;
+    VaListEnd& operator=(const VaListEnd&) = delete;
 
   private:
     va_list& arguments_;
 };
 
-// The length of the formatted text, found by formatting it into the null device; negative when that fails. It
-// consumes the arguments.
-int measure(const char* format, va_list arguments) {
-    const File nullDevice = openFileOrNull("/dev/null", "we");
+// Formats the text into the null device and returns its length; negative on error. Consumes the arguments.
+int formattedLength(const char* format, va_list arguments) {
+    const StdioFile nullDevice = openFileOrNull("/dev/null", "we");
     if (nullDevice == nullptr) return -1;
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller began them
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has called va_start
     return std::vfprintf(nullDevice.get(), format, arguments);
 }
 
@@ -72,51 +72,51 @@ ZAVlog::ZAVlog() {
 void ZAVlog::traceMIN(const char* function, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Ended ended(arguments);
+    const VaListEnd end(arguments);
     deliver(0, function, format, arguments);
 }
 
 void ZAVlog::traceMID(const char* function, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Ended ended(arguments);
+    const VaListEnd end(arguments);
     deliver(1, function, format, arguments);
 }
 
 void ZAVlog::traceMAX(const char* function, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Ended ended(arguments);
+    const VaListEnd end(arguments);
     deliver(2, function, format, arguments);
 }
 
 void ZAVlog::trace(int level, const char* function, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const Ended ended(arguments);
+    const VaListEnd end(arguments);
     deliver(level, function, format, arguments);
 }
 
-void ZAVlog::tell(const char* function, std::string& trouble) {
-    const std::string told = std::exchange(trouble, {});
+void ZAVlog::reportFailure(const char* function, std::string& failure) {
+    const std::string told = std::exchange(failure, {});
     if (!told.empty()) traceMIN(function, "%s", told.c_str());
 }
 
 void ZAVlog::deliver(int level, const char* function, const char* format, va_list arguments) {
-    const Locked locked;
+    const LogLock lock;
     vsprintf(level, function, format, arguments);
 }
 
-// The text is measured in the null device and then formatted into a buffer of its size. It is delivered only
-// when both passes agree, so the host never sees half a message.
+// Measures the text and then formats it into a buffer of that size. The message is delivered only if both passes agree,
+// so the host never receives a truncated one.
 void ZAVlog::vsprintf(int level, const char* function, const char* format, va_list arguments) {
     if (format == nullptr || callback_ == nullptr) return;
     va_list measured;
     va_copy(measured, arguments);
-    const int length = measure(format, measured);
+    const int length = formattedLength(format, measured);
     va_end(measured);
     if (length < 1) return;
-    const auto size = static_cast<std::size_t>(length) + kSpare;
+    const auto size = static_cast<std::size_t>(length) + kSpareBytes;
     const kest::Malloced<char> message(static_cast<char*>(std::malloc(size)));
     if (message == nullptr) return;
     if (std::vsnprintf(message.get(), size, format, arguments) != length) return;

@@ -7,16 +7,13 @@
 
 namespace zav {
 
-// Carries messages to the host's callback. One lock serves all loggers of the process, so the host is never
-// called by two threads at once; it is held while the callback runs, and is free again when the callback
-// throws.
+// Delivers messages to the host's callback. All loggers of the process share one lock, which is held while the callback
+// runs, so the host is never called by two threads at once. The lock is released when the callback throws.
 //
-// Formats are printf formats; "%S" takes wide text. A message that is empty or cannot be formatted is
-// dropped.
+// Formats are printf formats; "%S" takes wide text. A message that is empty or cannot be formatted is dropped.
 class ZAVlog {
   public:
-    // A null callback makes a logger that does nothing. userData is handed to the callback and never looked
-    // at.
+    // With a null callback the logger delivers nothing. userData is passed to the callback and never dereferenced.
     constexpr ZAVlog(int componentId, ZAVlogCallback callback, void* userData)
         : callback_(callback), userData_(userData), componentId_(componentId) {}
     // Loggers that deliver nothing.
@@ -26,23 +23,25 @@ class ZAVlog {
     ZAVlog(const ZAVlog&) = delete;
     ZAVlog& operator=(const ZAVlog&) = delete;
 
-    void traceMIN(const char* function, const char* format,
-                  ...);  // level 0: errors, and what the host must see
-    void traceMID(const char* function, const char* format, ...);  // level 1: notable events
-    void traceMAX(const char* function, const char* format, ...);  // level 2: the detailed trace
+    // Level 0: errors and messages that every host should show.
+    void traceMIN(const char* function, const char* format, ...);
+    // Level 1: notable events.
+    void traceMID(const char* function, const char* format, ...);
+    // Level 2: detailed trace.
+    void traceMAX(const char* function, const char* format, ...);
     void trace(int level, const char* function, const char* format, ...);
 
-    // Tells at level 0 why something failed, if there is anything to tell, and empties it. REQUIRES: printable
-    // ASCII, which no locale drops.
-    void tell(const char* function, std::string& trouble);
+    // Logs the reason of a failure at level 0 unless it is empty, and clears it. REQUIRES: printable ASCII, which is
+    // never dropped in any locale.
+    void reportFailure(const char* function, std::string& failure);
 
-    // Whether there is a callback that messages go to; for what is costly to put together.
-    bool isHeard() const { return callback_ != nullptr; }
+    // Whether messages reach a callback. Lets callers skip messages that are costly to compose.
+    bool hasCallback() const { return callback_ != nullptr; }
 
     // Delivers one message. REQUIRES: the shared lock is held.
     void vsprintf(int level, const char* function, const char* format, va_list arguments);
 
-    // The shared lock: 1 takes it, any other operation gives it back. Returns 0.
+    // The shared lock: operation 1 acquires it, any other releases it. Returns 0.
     static int mutex(int operation);
 
   private:
@@ -53,7 +52,7 @@ class ZAVlog {
     int componentId_ = 0;
 };
 
-// The logger itself, or one that delivers nothing for null.
+// Returns the logger, or one that delivers nothing if it is null.
 ZAVlog& orSilent(ZAVlog* log);
 
 }  // namespace zav

@@ -41,10 +41,10 @@ bool writeConfig(ZAVHwCtx* context, FILE* file) {
 int HW_generateHWConfigFile(ZAVHwCtx* context, const wchar_t* path) {
     constexpr const char* kFunction = "generateHWConfigFile()";
     ZAVlog& log = context->logger();
-    const Written written = writeNewFile(
-        path, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
-    if (written == Written::kWhole) return ZAV_SUCCESS;
-    if (written == Written::kFailed) {
+    const WriteResult written = writeNewFile(
+        path, [context](FILE* file) { return writeConfig(context, file); }, context->failure);
+    if (written == WriteResult::kComplete) return ZAV_SUCCESS;
+    if (written == WriteResult::kFailed) {
         log.traceMIN(kFunction, "Error during write [%S]", path);
     }
     return ZAV_ERROR_HW_CONFIG;

@@ -4,34 +4,33 @@
 
 namespace zav {
 
-// One hardware group: the id of the exported interface, the name in the scanner's configuration, the name in
-// its output.
+// A hardware group.
 struct HWGroup {
-    int id;
-    const char* displayName;
-    const wchar_t* xmlName;
+    int id;                   // in the exported interface
+    const char* displayName;  // in the scanner's configuration
+    const wchar_t* xmlName;   // in the scanner's output
 };
 
-// Ids run from kFirstGroup to kLastGroup with gaps at 17, 18 and 33; per-group arrays have kGroupSlots slots.
+// Ids run from kFirstGroup to kLastGroup; 17, 18 and 33 are unused. Arrays indexed by id have kGroupSlots elements.
 constexpr int kFirstGroup = 1;
 constexpr int kLastGroup = 51;
 constexpr int kGroupSlots = 52;
 
-// The catalogue, in the order of the configuration file; ended by a row with null names.
+// All groups in the order of the configuration file. A row with null names ends the table.
 extern const HWGroup HWGroups[];
 
-// True for every id of the range, the gaps included.
+// True for every id of the range, including the unused ones.
 constexpr bool isGroupId(int id) {
     return id >= kFirstGroup && id <= kLastGroup;
 }
 
-// The row behind `row`, null at the catalogue's end; the first row for null.
+// The row after `row`, or the first row for null. Null at the end of the table.
 const HWGroup* nextGroup(const HWGroup* row);
 
-// The id of the group with that output name (case counts), or -1.
+// The id of the group with this name in the output, or -1. Case-sensitive.
 int HW_getGroupId(std::wstring name);
 
-// The row of an id, or null.
+// The row of a group, or null if no group has this id.
 const HWGroup* findGroup(int id);
 
 }  // namespace zav

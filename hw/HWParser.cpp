@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "hw/HWFaults.h"
-#include "intake/Children.h"
+#include "hw/HWDiagnostics.h"
+#include "intake/NodeChildren.h"
 
 namespace zav {
 
@@ -14,8 +14,8 @@ using tessa::NodeList;
 
 constexpr const char* kFunction = "ZAV_hw_run";
 
-int refuse(const ZAVHwCtx* context, const std::string& what, const Node* node) {
-    if (context->faults != nullptr) context->faults->tell(what, node);
+int refuse(const ZAVHwCtx* context, const std::string& description, const Node* node) {
+    if (context->diagnostics != nullptr) context->diagnostics->report(description, node);
     return ZAV_ERROR_HW_OUTPUT;
 }
 
@@ -23,9 +23,8 @@ int refuseText(const ZAVHwCtx* context, const std::string& expected, const Node*
     return refuse(context, expected + " is expected, not the text " + quotedText(text->text()), text);
 }
 
-// The value of a field that is one piece of text, which nearly all are: it is taken as it stands in the
-// document. Null for any other field.
-const wchar_t* soleText(const Node* field) {
+// The value of a field with at most one text node, which can be used without a copy. Null for any other field.
+const wchar_t* singleText(const Node* field) {
     const NodeList* const children = childrenOf(field);
     if (children == nullptr) return L"";
     const Node* const only = children->front();
@@ -33,7 +32,7 @@ const wchar_t* soleText(const Node* field) {
 }
 
 int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
-    const wchar_t* value = soleText(field);
+    const wchar_t* value = singleText(field);
     if (value == nullptr) {
         std::wstring joined;
         const int code = HW_parseHWField(context, field, joined);
@@ -44,9 +43,9 @@ int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
     return ZAV_SUCCESS;
 }
 
-// The group of an element. Instances of a group mostly stand together, and the document holds each name once,
-// so the answer for the element before is nearly always the answer.
-class GroupFinder {
+// Looks up the group of an element and caches the last result. Instances of a group are usually adjacent, and equal
+// names of a document have one address.
+class GroupCache {
   public:
     int idOf(const Node* element) {
         if (element->text() != name_) {
@@ -61,7 +60,7 @@ class GroupFinder {
     int id_ = 0;
 };
 
-int parseInstance(ZAVHwCtx* context, const Node* element, GroupFinder& groups) {
+int parseInstance(ZAVHwCtx* context, const Node* element, GroupCache& groups) {
     if (!isElement(element)) return refuseText(context, "an instance of a group", element);
     const int id = groups.idOf(element);
     if (id < kFirstGroup) {
@@ -86,13 +85,14 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
         return ZAV_ERROR_HW_OUTPUT;
     }
     context->texts.document = root->shareTexts();
-    GroupFinder groups;
+    GroupCache groups;
     int instances = 0;
     for (const Node* const child : *children) {
         const int code = parseInstance(context, child, groups);
         if (code != ZAV_SUCCESS) return code;
         ++instances;
     }
+    // Hosts match this message byte for byte, although it counts instances, not groups.
     context->logger().traceMAX(kFunction, "Parse finish. %d groups successfully retrieved", instances);
     return ZAV_SUCCESS;
 }

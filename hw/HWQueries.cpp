@@ -1,5 +1,5 @@
-// The getters over the last scan's results. Each is the list of its checks in order; the orders and the
-// levels of the messages differ from getter to getter, and hosts rely on them.
+// The getters for the results of the last scan. Each lists its checks in order. The orders and the levels of the messages
+// differ between getters, and hosts rely on them.
 #include <cwchar>
 
 #include "core/Guard.h"
@@ -57,6 +57,7 @@ int getGroupInstances(ZAVHwCtx* context, int groupId, int* count) {
 int getFields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** names, int* count) {
     constexpr const char* kFunction = "ZAV_hw_get_fields";
     ZAVlog& log = context->logger();
+    // Hosts match this message byte for byte, both blanks included.
     log.traceMAX(kFunction, "Retrieving fields  from group [%d] instance [%d]", groupId, instance);
     if (names == nullptr || count == nullptr) return ZAV_ERROR_HW_POINTER;
     if (context->returnCode != 0) {
@@ -114,6 +115,7 @@ int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field,
         log.traceMID(kFunction, "Field not found [%S]", field);
         return ZAV_ERROR_HW_FIELD;
     }
+    // Hosts match this message byte for byte, spelling included.
     log.traceMAX(kFunction, "Filed [%S] found with value [%S]", found->name, found->value);
     *value = found->value;
     return ZAV_SUCCESS;

@@ -1,7 +1,7 @@
 // ZAV_hw_run: one hardware scan.
 #include "core/Guard.h"
 #include "hw/HWConfigFile.h"
-#include "hw/HWFaults.h"
+#include "hw/HWDiagnostics.h"
 #include "hw/HWParser.h"
 #include "hw/ZAVHwCtx.h"
 #include "intake/ScannerCommand.h"
@@ -14,17 +14,17 @@ namespace {
 
 constexpr const char* kFunction = "ZAV_hw_run";
 
-// What the steps know of a failure and do not say themselves.
-void tellTrouble(ZAVHwCtx* context) {
-    context->logger().tell(kFunction, context->trouble);
+// Logs the reason of a failed step unless the step has logged it itself.
+void reportFailure(ZAVHwCtx* context) {
+    context->logger().reportFailure(kFunction, context->failure);
 }
 
-// A name for a file that goes to or comes from the scanner; empty when the workspace has none to give, so
-// that opening the file is what fails.
-std::wstring newFile(ZAVHwCtx* context, const wchar_t* prefix) {
+// A name for a file that is exchanged with the scanner. It is empty when no name is available; opening the file fails
+// then.
+std::wstring newFileName(ZAVHwCtx* context, const wchar_t* prefix) {
     std::wstring path;
     if (context->tmpDir->getTmpFile(path, prefix, L".xml") != 0)
-        context->trouble = context->tmpDir->trouble();
+        context->failure = context->tmpDir->failureReason();
     return path;
 }
 
@@ -44,31 +44,31 @@ int readOutput(ZAVHwCtx* context, const std::wstring& output) {
     log.traceMAX(kFunction, "Parsing XML file");
     const XMLParser parser(&log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
-    const HWFaults faults(context, parser, output);
+    const HWDiagnostics diagnostics(context, parser, output);
     return HW_parseHWData(context, parser.getRootNode());
 }
 
 int scan(ZAVHwCtx* context) {
     ZAVlog& log = context->logger();
-    const std::wstring config = newFile(context, L"config");
+    const std::wstring config = newFileName(context, L"config");
     context->discardResults();
     log.traceMAX(kFunction, "Generating config file: [%S]", config.c_str());
     const int written = HW_generateHWConfigFile(context, config.c_str());
     if (written != ZAV_SUCCESS) {
-        tellTrouble(context);
+        reportFailure(context);
         log.traceMIN(kFunction, "Config file creation error");
         return written;
     }
-    const std::wstring output = newFile(context, L"out_");
-    tellTrouble(context);
+    const std::wstring output = newFileName(context, L"out_");
+    reportFailure(context);
     const int ran = runScanner(context, config, output);
     if (ran != ZAV_SUCCESS) return ran;
     return readOutput(context, output);
 }
 
-// A scan that was broken off leaves no results, not even those of the scan before.
-int wholeOrNothing(ZAVHwCtx* context) {
-    const int code = caught([context] { return scan(context); });
+// An aborted scan leaves no results, not even those of the previous scan.
+int scanOrDiscard(ZAVHwCtx* context) {
+    const int code = catchAll([context] { return scan(context); });
     if (code == ZAV_ERROR_MEMORY) context->discardResults();
     return code;
 }
@@ -78,5 +78,5 @@ int wholeOrNothing(ZAVHwCtx* context) {
 
 int ZAV_hw_run(ZAVHwCtx* context) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    return zav::guarded([context] { return zav::wholeOrNothing(context); });
+    return zav::guarded([context] { return zav::scanOrDiscard(context); });
 }

@@ -50,7 +50,7 @@ int setOption(ZAVHwCtx* context, int option, unsigned char value) {
     return ZAV_SUCCESS;
 }
 
-// Everything is released even when the callback throws.
+// Releases everything even if the callback throws.
 int release(ZAVHwCtx* context) {
     const std::unique_ptr<ZAVHwCtx> owner(context);
     int told = ZAV_SUCCESS;
@@ -60,7 +60,7 @@ int release(ZAVHwCtx* context) {
         context->tmpDir.reset();
     }
     const int goodbye =
-        attempted([context] { context->logger().traceMAX("ZAV_hw_free", "Deleting logger 0, last call"); });
+        catchAll([context] { context->logger().traceMAX("ZAV_hw_free", "Deleting logger 0, last call"); });
     return std::max(told, goodbye);
 }
 

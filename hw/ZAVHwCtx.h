@@ -12,7 +12,7 @@
 
 namespace zav {
 
-// A field of an instance. Both texts are NUL-terminated and belong to the context (see HWTexts).
+// A field of an instance. Both texts are NUL-terminated and owned by the context (see HWTexts).
 struct HWField {
     const wchar_t* name;
     const wchar_t* value;
@@ -26,27 +26,26 @@ struct HWInstance {
     kest::Malloced<const wchar_t*> fieldNames;  // of all fields, in their order; null without fields
 };
 
-// What the texts of all fields stand in: the document that they were read from, and the values that were put
-// together from several pieces of text.
+// Owns the texts of all fields: those of the document, and the values that were joined from several text nodes.
 struct HWTexts {
     std::shared_ptr<const void> document;
     std::deque<std::wstring> joined;
 };
 
-class HWFaults;
+class HWDiagnostics;
 
 }  // namespace zav
 
-// A hardware context: made by ZAV_hw_init, released by ZAV_hw_free, opaque to hosts.
+// A hardware context. ZAV_hw_init makes it, ZAV_hw_free releases it. Opaque to hosts.
 struct ZAVHwCtx {
     ZAVHwCtx() = default;
     ZAVHwCtx(const ZAVHwCtx&) = delete;
     ZAVHwCtx& operator=(const ZAVHwCtx&) = delete;
 
-    // Never missing: messages of a context without a log are dropped.
+    // A logger that delivers nothing if the context has no log.
     zav::ZAVlog& logger() const { return zav::orSilent(log.get()); }
 
-    // Releases the results of the last scan; there is no valid scan then. Needs no memory.
+    // Releases the results of the last scan, after which there is no valid scan. Allocates no memory.
     void discardResults();
 
     ZAVCtx* library = nullptr;
@@ -57,7 +56,7 @@ struct ZAVHwCtx {
     std::array<unsigned char, zav::kGroupSlots> groupEnabled{};
     std::array<std::vector<zav::HWInstance>, zav::kGroupSlots> groups;  // by group id
     zav::HWTexts texts;
-    const zav::HWFaults* faults = nullptr;  // while output is read; else faults are not told with their place
-    std::string trouble;                    // why a step of the scan failed; empty when that has been told
-    int returnCode = -1;                    // -1 while there is no valid scan, else the scanner's status
+    const zav::HWDiagnostics* diagnostics = nullptr;  // set while the output is parsed; null otherwise
+    std::string failure;  // why a step of the scan failed; empty once it has been logged
+    int returnCode = -1;  // the scanner's exit status; -1 while there is no valid scan
 };

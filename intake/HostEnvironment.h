@@ -2,7 +2,7 @@
 
 namespace zav {
 
-// The process environment: name=value entries, ended by a null.
+// The environment of the process: name=value entries, ended by a null pointer.
 char** hostEnvironment();
 
 }  // namespace zav

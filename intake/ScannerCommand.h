@@ -5,21 +5,21 @@
 
 namespace zav {
 
-// The command that runs a scanner, in two forms: as it is logged, and as the scanner gets it.
+// The command that runs a scanner: as a line for the log and as a list of arguments for the process.
 //     ScannerCommand command(L"/opt/zav/quorvah");
 //     command.add(L"-c", config).add(L"-o", output);
 class ScannerCommand {
   public:
-    // The path of the program, which is split at blanks.
+    // `program` is the path of the scanner. Blanks in it separate arguments.
     explicit ScannerCommand(std::wstring program);
 
-    // An option and the file that follows it.
+    // Adds an option and the file that follows it.
     ScannerCommand& add(const wchar_t* option, const std::wstring& file);
 
-    // One line: the program as it stands, and each file in double quotes, whatever it holds.
+    // The program as given, and the options with each file in double quotes. Nothing is escaped.
     const std::wstring& line() const { return line_; }
 
-    // What the program is called with, its own path first. Each file is one argument, whatever it holds.
+    // The program's path and its arguments. Each file is one argument, whatever characters it contains.
     const std::vector<std::string>& arguments() const { return arguments_; }
 
   private:

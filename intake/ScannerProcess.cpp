@@ -3,8 +3,8 @@
 #include <string_view>
 #include <utility>
 
-#include "intake/EnvironmentBlock.h"
 #include "intake/HostEnvironment.h"
+#include "intake/ScannerEnvironment.h"
 #include "kest/Runtime.h"
 #include "kest/Text.h"
 
@@ -26,8 +26,8 @@ void appendWithoutReturns(std::string& line, std::string_view part) {
 ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::vector<std::string>& arguments,
                                const std::wstring& installDir)
     : log_(orSilent(log)), function_(function) {
-    const std::string environment = environmentBlock(hostEnvironment(), kest::narrow(installDir));
-    kest::Launch launch = kest::Runtime().launch(arguments, environment.c_str());
+    const std::string environment = scannerEnvironment(hostEnvironment(), kest::narrow(installDir));
+    kest::LaunchResult launch = kest::Runtime().launch(arguments, environment.c_str());
     child_ = std::move(launch.child);
     if (child_ != nullptr) return;
     const char* const program = arguments.empty() ? "" : arguments.front().c_str();
@@ -37,15 +37,15 @@ ScannerProcess::ScannerProcess(ZAVlog* log, const char* function, const std::vec
 
 int ScannerProcess::drain() {
     kest::OutputStream* const stream = child_->getOutputStream();
-    const bool heard = log_.isHeard();
+    const bool isLogged = log_.hasCallback();
     std::string line;
     for (std::string_view output = stream->readSome(); !output.empty(); output = stream->readSome()) {
-        if (heard) logLines(output, line);
+        if (isLogged) logLines(output, line);
     }
     return child_->waitFor();
 }
 
-// `line` holds what came before and goes on to hold what has no line feed yet.
+// `line` holds the beginning of a line whose line feed has not arrived yet.
 void ScannerProcess::logLines(std::string_view output, std::string& line) const {
     for (;;) {
         const std::size_t end = output.find('\n');

@@ -9,24 +9,24 @@
 
 namespace zav {
 
-// One run of a scanner, in three steps: launch it, drain() its output, check() how it ended. Messages go to
-// the log under the name of the calling function; log may be null.
+// One run of a scanner in three steps: the constructor starts it, drain() reads its output, check() evaluates its exit
+// status. Messages are logged under the name of the calling function. log may be null.
 class ScannerProcess {
   public:
-    // The first of the arguments is the path of the scanner; installDir goes in front of the child's library search
-    // path. REQUIRES: log and function outlive this.
+    // The first argument is the path of the scanner. installDir is prepended to the child's library search path.
+    // REQUIRES: log and function outlive this object.
     ScannerProcess(ZAVlog* log, const char* function, const std::vector<std::string>& arguments,
                    const std::wstring& installDir);
 
-    // False when the scanner could not be launched, which is logged with the reason; the steps below are then not to
-    // be taken.
+    // False when the scanner could not be started, which the constructor logs with the reason. drain() and check()
+    // must then not be called.
     bool started() const { return child_ != nullptr; }
 
-    // Logs each line of the scanner's standard output as soon as its line feed arrives, and waits for the
-    // scanner's end. Returns its status: 0 for a scanner that ended well.
+    // Logs each line of the scanner's standard output as soon as its line feed arrives, waits for the scanner, and
+    // returns its exit status.
     int drain();
 
-    // Logs how the scanner ended and returns its exit code.
+    // Logs the scanner's exit status and returns it.
     int check();
 
   private:

@@ -6,23 +6,23 @@
 
 namespace zav {
 
-// Keeps the tree that a reader delivers, and tells the log what the reader complains of.
+// Keeps the tree that a reader delivers and logs the reader's warnings and errors.
 class XMLNodeSink : public tessa::NodeSink {
   public:
-    // A null log drops the complaints. REQUIRES: log outlives this.
+    // log may be null. REQUIRES: log outlives this object.
     explicit XMLNodeSink(ZAVlog* log) : log_(orSilent(log)) {}
     // Deletes the tree.
     ~XMLNodeSink() override { delete root_; }
     XMLNodeSink(const XMLNodeSink&) = delete;
     XMLNodeSink& operator=(const XMLNodeSink&) = delete;
 
-    // The last tree is the one that is kept and owned.
+    // Keeps the tree and takes ownership of it.
     int onNodeTree(tessa::Node* root) override;
     int onWarning(const kest::String& message, int line) override;
     int onError(const kest::String& message, int line) override;
     int onCriticalError(const kest::String& message, int line) override;
 
-    // Null when no tree was delivered; lives as long as the sink.
+    // Null if no tree was delivered; valid for the lifetime of the sink.
     tessa::Node* root() const { return root_; }
 
   private:

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kest/Shown.h"
+#include "kest/Escape.h"
 #include "kest/Text.h"
 #include "tessa/NodeReader.h"
 
@@ -10,11 +10,11 @@ namespace zav {
 
 namespace {
 
-// Puts the file's name before every message.
+// Prepends the file's name to every message.
 class NamedSink : public tessa::NodeSink {
   public:
     NamedSink(tessa::NodeSink& sink, const kest::String& path)
-        : sink_(sink), prefix_(kest::widen(kest::shown(kest::narrow(path.view())) + ": ")) {}
+        : sink_(sink), prefix_(kest::widen(kest::escaped(kest::narrow(path.view())) + ": ")) {}
 
     int onNodeTree(tessa::Node* root) override { return sink_.onNodeTree(root); }
     int onWarning(const kest::String& message, int line) override {
@@ -54,9 +54,9 @@ XMLParser::XMLParser(ZAVlog* log, const wchar_t* path) : status(1), path_(path),
     status = reader.status;
 }
 
-int XMLParser::lineOf(const tessa::Place& place) const {
-    XMLNodeSink deaf(nullptr);
-    return readerFor(deaf).lineOf(path_, place);
+int XMLParser::lineOf(const tessa::NodePath& place) const {
+    XMLNodeSink silent(nullptr);
+    return readerFor(silent).lineOf(path_, place);
 }
 
 }  // namespace zav

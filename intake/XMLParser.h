@@ -5,22 +5,23 @@
 
 namespace zav {
 
-// One XML file that a scanner wrote, read at construction.
+// An XML file that a scanner wrote. The constructor reads it.
 //     XMLParser parser(log, path);
 //     if (parser.status == 0) ... parser.getRootNode() ...
 class XMLParser {
   public:
-    // log may be null; complaints of the reader go there, with the file's name before them. REQUIRES: log outlives this. Throws std::bad_alloc.
+    // Warnings and errors go to log, with the file's name in front; log may be null. REQUIRES: log outlives this object.
+    // Throws std::bad_alloc.
     XMLParser(ZAVlog* log, const wchar_t* path);
 
-    // The document's root element, null when there is none; lives as long as the parser.
+    // The document's root element; null if there is none. Valid for the lifetime of the parser.
     tessa::Node* getRootNode() const { return sink_.root(); }
 
-    // The line of a node of the tree, for what is said of it; 0 when the file does not hold it any more. Reads the
-    // file anew. Throws std::bad_alloc.
-    int lineOf(const tessa::Place& place) const;
+    // The line of a node of the tree, for use in messages; 0 if the file no longer contains the node. Reads the file
+    // again. Throws std::bad_alloc.
+    int lineOf(const tessa::NodePath& place) const;
 
-    // 0 when the file was read without error, 1 or more when it was not.
+    // 0 if the file was read without error, otherwise 1 or more.
     int status;
 
   private:

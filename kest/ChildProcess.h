@@ -4,21 +4,21 @@
 
 namespace kest {
 
-// A started child, for the thread that launched it. Destroying it closes its output and waits for its end: no
-// descriptor and no zombie stays behind.
+// A child process, for use by the thread that started it. The destructor closes the child's output and waits for the
+// child, so neither a descriptor nor a zombie is left.
 class ChildProcess {
   public:
     virtual ~ChildProcess() = default;
 
-    // The exit status of the child, 128 + n when signal n ended it, -1 when the status is not to be had. Waits for
-    // the child's end, which may never come while there is output that nobody reads.
+    // Waits for the child and returns its exit status: 128 + n when signal n ended it, -1 when the status is not
+    // available. A child whose output is not read may never end.
     virtual int exitValue() = 0;
 
-    // Waits for the child's end; the same value as exitValue().
+    // The same as exitValue().
     virtual int waitFor() = 0;
 
-    // The child's standard output; belongs to the ChildProcess. It ends when the child has ended, though processes
-    // that the child left behind may still have it open.
+    // The child's standard output, owned by the ChildProcess. The stream ends when the child has ended, even if
+    // processes that the child started still have it open.
     virtual OutputStream* getOutputStream() = 0;
 };
 

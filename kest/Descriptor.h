@@ -6,11 +6,11 @@
 
 namespace kest {
 
-// A file descriptor that is closed when its owner dies.
+// Owns a file descriptor and closes it on destruction.
 class Descriptor {
   public:
     Descriptor() = default;
-    // Takes `number` over; a negative one is no descriptor.
+    // Takes ownership of `number`. A negative number stands for no descriptor.
     explicit Descriptor(int number) : number_(number) {}
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept {
@@ -22,7 +22,7 @@ class Descriptor {
     ~Descriptor() { close(); }
 
     bool isOpen() const { return number_ >= 0; }
-    // -1 when there is none.
+    // Negative when there is no descriptor.
     int number() const { return number_; }
 
     void close() {

@@ -2,7 +2,7 @@
 
 namespace kest {
 
-// The C library has only texts in the language of the host.
+// The C library offers only texts that depend on the host's locale.
 std::string errorText(int error) {
     return "error " + std::to_string(error);
 }

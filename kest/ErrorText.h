@@ -4,7 +4,7 @@
 
 namespace kest {
 
-// What an error number of the system means, in words that follow no locale: a log can carry them in any host.
+// The name and the meaning of an error number. The text does not depend on the host's locale.
 //     errorText(EACCES)   ->   EACCES (permission denied)
 std::string errorText(int error);
 

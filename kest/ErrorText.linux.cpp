@@ -8,8 +8,8 @@ namespace kest {
 
 namespace {
 
-// "Permission denied" begins small inside a sentence, "RFS specific error" does not.
-std::string insideASentence(std::string text) {
+// "Permission denied" becomes lower case inside a sentence; "RFS specific error" begins with an acronym.
+std::string lowerFirstWord(std::string text) {
     const bool isWord = text.size() > 1 && isAsciiUpper(text[0]) && !isAsciiUpper(text[1]);
     if (isWord) text[0] = asciiLower(text[0]);
     return text;
@@ -21,7 +21,7 @@ std::string errorText(int error) {
     const char* const name = strerrorname_np(error);
     const char* const description = strerrordesc_np(error);
     if (name == nullptr || description == nullptr) return "error " + std::to_string(error);
-    return std::string(name) + " (" + insideASentence(description) + ")";
+    return std::string(name) + " (" + lowerFirstWord(description) + ")";
 }
 
 }  // namespace kest

@@ -14,7 +14,7 @@ constexpr int signalOffset = 128;
 
 }  // namespace
 
-// By the bare system call: the function of the C library notes in the thread's memory that it may be cancelled there.
+// Uses the system call directly: the C library's waitid() is a cancellation point and writes to thread-local memory.
 int waitForChild(pid_t pid) {
     siginfo_t info = {};
     const long result =

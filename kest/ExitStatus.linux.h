@@ -4,11 +4,11 @@
 
 namespace kest {
 
-// What Process::wait() tells when the status is not to be had.
+// Returned by Process::wait() when the status is not available.
 constexpr int unknownExitStatus = -1;
 
-// Waits for the end of a child of the calling process and takes it away from the process table. Leaves thread-local
-// memory alone.
+// Waits for a child of the calling process, reaps it, and returns its exit status. Does not write to thread-local
+// memory unless the call fails.
 int waitForChild(pid_t pid);
 
 }  // namespace kest

@@ -2,8 +2,8 @@
 
 namespace kest {
 
-// The narrow printf format and its arguments as a new wide string, which the caller releases with free();
-// null when memory ran out or the format could not be carried out.
+// Formats like printf and returns the result as a new wide string, each byte widened as a signed character. The caller
+// releases it with free(). Null when memory runs out or formatting fails.
 //     wchar_t* suffix = i_wsprintf("_%d", 30);
 wchar_t* i_wsprintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

@@ -7,25 +7,25 @@
 
 #include "kest/Descriptor.h"
 #include "kest/ExitStatus.linux.h"
-#include "kest/Launcher.h"
+#include "kest/Process.h"
 #include "kest/SpawnRequest.linux.h"
 
 namespace kest {
 
-// A program whose parent is not the host but a keeper: a process of its own that starts the program, waits for it, and
-// reports through a pipe. The host is free to ignore its children, or to take each of them away in a handler or a
-// thread: none of that reaches the program. The keeper itself is nothing that such hosts see, as it ends without a
-// signal. It must never exec, which would give it SIGCHLD as the signal of its end.
+// A program that is started by a keeper, a separate process that waits for the program and reports its status through
+// a pipe. The program is not a child of the host, so its status is available even in a host that ignores SIGCHLD or
+// that reaps every child in a handler or a thread. Such hosts do not notice the keeper, which ends without a signal.
+// The keeper must never call execve, which would set its exit signal to SIGCHLD.
 //
-// The keeper uses the memory of the host; where it cannot, a copy.
+// The keeper shares the memory of the host, or has a copy of it where sharing is not possible.
 //
-// REQUIRES: used by one thread only. When that thread ends, so does the keeper.
+// REQUIRES: used by one thread only. The keeper is killed when that thread ends.
 class KeptProcess final : public Process {
   public:
     KeptProcess() = default;
     ~KeptProcess() override { wait(); }
 
-    // 0, or the number of the error. REQUIRES: called once.
+    // Returns 0 or an error number. REQUIRES: called once.
     int start(const SpawnRequest& request);
 
     int wait() override;
@@ -38,16 +38,16 @@ class KeptProcess final : public Process {
     void keep() const;
     bool hasReport() const;
     bool receive(int& report) const;
-    void takeKeeperAway();
+    void reapKeeper();
 
     static constexpr std::size_t stackSize = std::size_t{64} * 1024;
 
     const SpawnRequest* request_ = nullptr;
     const pid_t host_ = getpid();
     const std::unique_ptr<std::byte[]> stack_ = std::make_unique_for_overwrite<std::byte[]>(stackSize);
-    // The keeper's reports: the number of an error, and when that is 0, the status of the program.
+    // Delivers an error number when the program was started or not, then, if that was 0, the program's status.
     Descriptor reports_;
-    // Where the keeper writes them, among its own descriptors.
+    // The number of the pipe's writing end in the keeper.
     int keepersEnd_ = -1;
     pid_t keeper_ = 0;
     int status_ = unknownExitStatus;

@@ -41,13 +41,13 @@ class SpawnedProcess final : public Process {
 };
 
 Descriptor closeOnExec(int number) {
-    Descriptor descriptor(movedUp(number));
+    Descriptor descriptor(moveAboveStandardStreams(number));
     if (descriptor.isOpen()) fcntl(descriptor.number(), F_SETFD, FD_CLOEXEC);
     return descriptor;
 }
 
 int openPipe(Descriptor& readEnd, Descriptor& writeEnd) {
-    const StandardStreamsTaken taken;
+    const ScopedStreamReservation taken;
     if (taken.error() != 0) return taken.error();
     int ends[2] = {-1, -1};
     if (pipe(ends) != 0) return errno;

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <new>
 
-#include "kest/Descriptors.linux.h"
 #include "kest/KeptProcess.linux.h"
+#include "kest/Pipe.linux.h"
 #include "kest/SpawnRequest.linux.h"
 
 namespace kest {

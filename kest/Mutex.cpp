@@ -16,10 +16,10 @@ int Mutex::unlock() {
     return 0;
 }
 
-void Mutex::forked() {
+void Mutex::unlockAfterFork() {
     if (holder_ == pthread_self()) return;
     holder_ = pthread_t();
-    // No operation of a mutex makes it free of a thread that is gone.
+    // A mutex cannot be unlocked on behalf of a thread that no longer exists.
     new (&mutex_) std::mutex;
 }
 

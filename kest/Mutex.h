@@ -13,9 +13,9 @@ class Mutex {
     int lock();
     int unlock();
 
-    // For a child that was just forked: gives the lock back that another thread held, which the child does not
-    // have. What the thread that forked holds, it goes on to hold.
-    void forked();
+    // Call in a child right after fork: releases the lock if another thread held it, as that thread does not exist in
+    // the child. A lock held by the forking thread stays held.
+    void unlockAfterFork();
 
   private:
     std::mutex mutex_;

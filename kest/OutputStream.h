@@ -4,18 +4,16 @@
 
 namespace kest {
 
-// The bytes that a child process writes to its standard output, in order. Both operations take from the same
-// stream: what one has delivered the other does not deliver again.
+// The standard output of a child process. Both operations consume the same stream: each byte is delivered once.
 class OutputStream {
   public:
     virtual ~OutputStream() = default;
 
-    // The next byte, 0 to 255, as soon as the child has written it; -1 at the end of the output, and from
-    // then on.
+    // The next byte, 0 to 255, as soon as the child has written it; -1 at the end of the output and after it.
     virtual int read() = 0;
 
-    // All that has arrived and was not read yet: waits for at least one byte; empty at the end of the output,
-    // and from then on. Valid until the next call of either operation, or until the stream dies.
+    // Waits for at least one byte and returns all bytes that have arrived; empty at the end of the output and after
+    // it. The bytes are valid until the next operation or the end of the stream's lifetime.
     virtual std::string_view readSome() = 0;
 };
 

@@ -17,8 +17,8 @@ std::string_view PipeStream::readSome() {
     return arrived;
 }
 
-// A failed reading ends the stream like the end of the output. The pipe is closed then: the child must not
-// wait for room in a pipe that nobody reads any more.
+// A read error ends the stream. The pipe is closed then, so the child does not wait for space in a pipe that is no
+// longer read.
 bool PipeStream::fill() {
     if (!pipe_.isOpen()) return false;
     const std::size_t size = awaitBytes();
@@ -33,8 +33,8 @@ bool PipeStream::fill() {
     return true;
 }
 
-// How many bytes may be read, 0 for none any more. Once the writer has ended, all that it wrote is in the pipe; what
-// others may add is not waited for.
+// The number of bytes to read; 0 at the end. When the writer has ended, everything that it wrote is in the pipe, and
+// later output of other processes is not waited for.
 std::size_t PipeStream::awaitBytes() {
     if (!left_ && hasWriterEnded()) {
         int inPipe = 0;
@@ -44,11 +44,12 @@ std::size_t PipeStream::awaitBytes() {
     return std::min(left_.value_or(blockSize), blockSize);
 }
 
-// Waits until either has happened: the pipe can be read, or the writer has ended. Where waiting fails, reading waits.
+// Waits until the pipe is readable or the writer has ended, and returns whether the writer has. If poll fails, read
+// waits instead.
 bool PipeStream::hasWriterEnded() {
     pollfd events[] = {{pipe_.number(), POLLIN, 0}, {writerEnded_, POLLIN, 0}};
     if (retryInterrupted([&] { return poll(events, std::size(events), -1); }) < 0) return false;
-    // Somebody killed what would have told the end.
+    // The process that would have reported the end was killed.
     if ((events[1].revents & (POLLIN | POLLHUP)) == POLLHUP) writerEnded_ = -1;
     return (events[1].revents & POLLIN) != 0;
 }

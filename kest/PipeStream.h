@@ -9,12 +9,12 @@
 
 namespace kest {
 
-// The reading end of a pipe, read in blocks: each block is what has arrived until then.
+// The reading end of a pipe, read in blocks. A block holds the bytes that have arrived so far.
 class PipeStream final : public OutputStream {
   public:
-    // `writerEnded` is a descriptor that has something to read once the writer has ended. The stream ends with what
-    // is in the pipe then, though others may hold the pipe open. With -1 it ends when nobody does any more.
-    // REQUIRES: called once, before the first reading; `writerEnded` stays open until the end of the stream.
+    // `writerEnded` is a descriptor that becomes readable when the writer ends. The stream then ends after the bytes
+    // that are in the pipe, even if other processes hold the pipe open. With -1 it ends when no process does.
+    // REQUIRES: called once, before the first read; `writerEnded` stays open until the end of the stream.
     void open(Descriptor pipe, int writerEnded = -1) {
         pipe_ = std::move(pipe);
         writerEnded_ = writerEnded;
@@ -34,10 +34,10 @@ class PipeStream final : public OutputStream {
 
     static constexpr std::size_t blockSize = std::size_t{64} * 1024;
 
-    // Closed from the end of the output on.
+    // Closed at the end of the output.
     Descriptor pipe_;
     int writerEnded_ = -1;
-    // Set from the writer's end on: the bytes in the pipe that are still to be read.
+    // The bytes left in the pipe; set when the writer has ended.
     std::optional<std::size_t> left_;
     const std::unique_ptr<char[]> block_ = std::make_unique_for_overwrite<char[]>(blockSize);
     const char* next_ = nullptr;

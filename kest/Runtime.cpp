@@ -13,7 +13,7 @@ namespace {
 
 class StartedChild final : public ChildProcess {
   public:
-    // 0, or the number of the error.
+    // Returns 0 or an error number.
     int start(const Program& program) {
         StartedProgram started = startProgram(program);
         if (started.process == nullptr) return started.error;
@@ -27,15 +27,15 @@ class StartedChild final : public ChildProcess {
     OutputStream* getOutputStream() override { return &output_; }
 
   private:
-    // In this order: the pipe is closed before the process is waited for, so that a child that still writes
-    // can end.
+    // Members are destroyed in reverse order: the pipe must be closed before the process is waited for, or a child
+    // that still writes could not end.
     std::unique_ptr<Process> process_;
     PipeStream output_;
 };
 
-// Why these cannot be passed to a program; empty when they can. An argument that holds a NUL would be cut short on its
-// way.
-std::string objectionTo(const std::vector<std::string>& arguments) {
+// The reason why these arguments cannot be passed to a program; empty if they can. An argument with a NUL would be
+// truncated.
+std::string invalidArguments(const std::vector<std::string>& arguments) {
     if (arguments.empty()) return "no program is named";
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i].find('\0') == std::string::npos) continue;
@@ -58,14 +58,14 @@ ChildProcess* Runtime::launch(const String& command, const char* environment) {
     return launch(splitCommandLine(narrow(command.view())), environment).child.release();
 }
 
-Launch Runtime::launch(const std::vector<std::string>& arguments, const char* environment) {
-    if (std::string objection = objectionTo(arguments); !objection.empty())
-        return {nullptr, std::move(objection)};
+LaunchResult Runtime::launch(const std::vector<std::string>& arguments, const char* environment) {
+    if (std::string reason = invalidArguments(arguments); !reason.empty())
+        return {nullptr, std::move(reason)};
     const std::vector<const char*> argumentPointers = pointersTo(arguments);
     std::vector<const char*> entries = splitEnvironmentBlock(environment);
     entries.push_back(nullptr);
 
-    // Made before the start: once the child runs, nothing may fail any more.
+    // Allocated before the start: nothing may fail once the child runs.
     auto child = std::make_unique<StartedChild>();
     const int error = child->start({argumentPointers.data(), entries.data()});
     if (error != 0) return {nullptr, errorText(error)};

@@ -9,35 +9,33 @@
 
 namespace kest {
 
-// What came of the attempt to start a program.
-struct Launch {
-    // Null when it could not be started: it is missing, not executable or not a program, or the system is out of
-    // processes or descriptors.
+struct LaunchResult {
+    // Null when the program could not be started: it is missing, not executable or not a program, or the system is
+    // out of processes or descriptors.
     std::unique_ptr<ChildProcess> child;
-    // Why not, in words that follow no locale.
+    // The reason when `child` is null. The text does not depend on the host's locale.
     std::string failure;
 };
 
-// Starts programs. Any number of threads may launch at once.
+// Starts programs. Several threads may start programs at the same time.
 class Runtime {
   public:
     virtual ~Runtime() = default;
 
-    // Starts the program that a command names, `command` being split at blanks and tabs; double quotes group and are
-    // removed. No shell, no search, no expansion. Null when it could not be started; else the caller owns what is
-    // returned. For the environment and the child see below.
+    // Starts the program of a command line, which splitCommandLine() splits. There is no shell, no search path and no
+    // expansion. Null when the program could not be started; otherwise the caller owns the result. The overload below
+    // describes the environment and the child.
     virtual ChildProcess* launch(const String& command, const char* environment);
 
-    // Starts the program whose path is the first of the arguments. Each argument reaches it as it is, whatever it
-    // holds; a NUL cannot be passed, and one that holds it is refused. Throws std::bad_alloc. Neither that nor a
-    // failure leaves anything behind.
+    // Starts the program whose path is the first argument. The arguments are passed on unchanged; an argument with a
+    // NUL is refused. Throws std::bad_alloc. No process or descriptor is left after a failure.
     //
-    // `environment` holds name=value entries, each ended by a NUL, the block ended by two more NULs at least; null
-    // is an empty environment.
+    // `environment` holds name=value entries, each ended by a NUL, and ends with at least two more NULs; null is an
+    // empty environment.
     //
-    // The child reads nothing from its standard input, writes to the host's standard error, and has no other
-    // descriptor of the host; no signal is blocked or ignored in it.
-    Launch launch(const std::vector<std::string>& arguments, const char* environment);
+    // The child's standard input is empty, and its standard error is the host's. It inherits no other descriptor of
+    // the host. No signal is blocked or ignored in it.
+    LaunchResult launch(const std::vector<std::string>& arguments, const char* environment);
 };
 
 }  // namespace kest

@@ -16,7 +16,7 @@ constexpr const char* nullDevice = "/dev/null";
 }  // namespace
 
 SpawnRequest::SpawnRequest(const Program& program, const Descriptor& output) : program_(program) {
-    // With glibc these two only fill the structures, and the lists are freed by destroying them.
+    // With glibc these two cannot fail.
     posix_spawn_file_actions_init(&actions_);
     posix_spawnattr_init(&attributes_);
     error_ = prepareDescriptors(output);
@@ -28,16 +28,15 @@ SpawnRequest::~SpawnRequest() {
     posix_spawn_file_actions_destroy(&actions_);
 }
 
-// Standard input comes last: then the descriptors that were closed before make room for it in a host that has
-// reached its limit. A child without a standard error would get the first file that it opens as one, hence
-// the null device.
+// Standard input is opened last: the closed descriptors leave room for it in a host that has reached its limit. The null
+// device replaces a missing standard error, as the first file that the child opens would take its number.
 int SpawnRequest::prepareDescriptors(const Descriptor& output) {
     int error = posix_spawn_file_actions_adddup2(&actions_, output.number(), STDOUT_FILENO);
     if (error == 0) error = posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
     if (error == 0)
         error = posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, nullDevice, O_RDONLY, 0);
     if (error != 0) return error;
-    // Onto itself: no longer close-on-exec, if the host had made it so.
+    // Duplicating a descriptor onto itself removes a close-on-exec flag that the host may have set.
     if (hostHasStream(STDERR_FILENO)) {
         return posix_spawn_file_actions_adddup2(&actions_, STDERR_FILENO, STDERR_FILENO);
     }
@@ -47,8 +46,7 @@ int SpawnRequest::prepareDescriptors(const Descriptor& output) {
 int SpawnRequest::prepareSignals() {
     sigset_t none;
     sigemptyset(&none);
-    // Not sigfillset: it leaves out the two signals that the C library keeps for itself, and the child would
-    // be born with those ignored.
+    // sigfillset() leaves out the two signals that the C library reserves; the child would inherit them as ignored.
     sigset_t all;
     std::memset(&all, 0xFF, sizeof all);
     int error = posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
@@ -59,7 +57,7 @@ int SpawnRequest::prepareSignals() {
 
 int SpawnRequest::start(pid_t& pid) const {
     if (error_ != 0) return error_;
-    // posix_spawn takes the strings as char* for the sake of old programs; it does not write to them.
+    // posix_spawn does not write to the strings; the parameter types are historical.
     return posix_spawn(&pid, program_.arguments[0], &actions_, &attributes_,
                        const_cast<char* const*>(program_.arguments),
                        const_cast<char* const*>(program_.environment));

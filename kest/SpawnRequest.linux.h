@@ -2,12 +2,12 @@
 
 #include <spawn.h>
 
-#include "kest/Launcher.h"
+#include "kest/Descriptor.h"
+#include "kest/Process.h"
 
 namespace kest {
 
-// Everything that starting a program needs, prepared beforehand: start() itself needs neither the heap nor a
-// lock.
+// The prepared start of a program. start() itself uses neither the heap nor a lock.
 class SpawnRequest {
   public:
     // `output` becomes the program's standard output. `program` and `output` must outlive start().
@@ -16,7 +16,7 @@ class SpawnRequest {
     SpawnRequest& operator=(const SpawnRequest&) = delete;
     ~SpawnRequest();
 
-    // 0 with the new child in `pid`, or the number of the error.
+    // Returns 0 and the new child in `pid`, or an error number.
     int start(pid_t& pid) const;
 
   private:

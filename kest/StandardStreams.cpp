@@ -8,16 +8,16 @@
 #include <atomic>
 #include <cerrno>
 
-#include "kest/ForksHeldOff.h"
+#include "kest/ScopedForkBlock.h"
 
 namespace kest {
 
 namespace {
 
 #ifdef O_PATH
-constexpr int namesOnly = O_PATH | O_CLOEXEC;
+constexpr int placeholderFlags = O_PATH | O_CLOEXEC;
 #else
-constexpr int namesOnly = O_EVTONLY | O_CLOEXEC;
+constexpr int placeholderFlags = O_EVTONLY | O_CLOEXEC;
 #endif
 
 constexpr int streams = STDERR_FILENO + 1;
@@ -30,10 +30,10 @@ bool allAreOpen() {
     return isOpen(STDIN_FILENO) && isOpen(STDOUT_FILENO) && isOpen(STDERR_FILENO);
 }
 
-// The placeholders of the process. All but current() and forked() need forks to be held off.
+// The placeholders of the process. All functions but current() and releaseAfterFork() require that no thread can fork.
 class Placeholders {
   public:
-    // Odd while there may be placeholders, and another number after each time that there were.
+    // A counter that changes when placeholders appear and when they are gone; odd while there may be some.
     unsigned current() const { return turn_; }
 
     int take() {
@@ -48,8 +48,8 @@ class Placeholders {
         if (--users_ == 0) leave();
     }
 
-    // Of the threads that used them only the one that forked is left, and that one did not.
-    void forked() {
+    // The child has only the thread that forked, and that thread uses no placeholders.
+    void releaseAfterFork() {
         if (users_ == 0) return;
         users_ = 0;
         leave();
@@ -60,9 +60,9 @@ class Placeholders {
   private:
     int fill() {
         while (!allAreOpen()) {
-            const int number = ::open("/", namesOnly);
+            const int number = ::open("/", placeholderFlags);
             if (number < 0) return errno;
-            // The host itself was faster.
+            // The host has opened the number itself in the meantime.
             if (number >= streams) {
                 ::close(number);
                 continue;
@@ -81,7 +81,7 @@ class Placeholders {
         ++turn_;
     }
 
-    // Not when the host has put a descriptor of its own in that place meanwhile.
+    // False when the host has replaced the descriptor by one of its own.
     bool isStillOurs(int number) const {
         struct stat found = {};
         return fstat(number, &found) == 0 && found.st_dev == identity_.st_dev &&
@@ -96,10 +96,11 @@ class Placeholders {
 
 constinit Placeholders placeholders;
 
-// A child that the host forks does not inherit them.
-[[maybe_unused]] const int atForks = pthread_atfork(nullptr, nullptr, [] { placeholders.forked(); });
+// A child that the host forks must not inherit the placeholders.
+[[maybe_unused]] const int atForks =
+    pthread_atfork(nullptr, nullptr, [] { placeholders.releaseAfterFork(); });
 
-// What is open while there are no placeholders is the host's, and stays.
+// Descriptors that are open while there are no placeholders belong to the host.
 bool hostHasAll() {
     const unsigned before = placeholders.current();
     return before % 2 == 0 && allAreOpen() && placeholders.current() == before;
@@ -107,25 +108,25 @@ bool hostHasAll() {
 
 }  // namespace
 
-StandardStreamsTaken::StandardStreamsTaken() {
+ScopedStreamReservation::ScopedStreamReservation() {
     if (hostHasAll()) return;
-    placeholders_.emplace();
-    const ForksHeldOff held;
+    signals_.emplace();
+    const ScopedForkBlock held;
     error_ = placeholders.take();
 }
 
-StandardStreamsTaken::~StandardStreamsTaken() {
-    if (!placeholders_) return;
+ScopedStreamReservation::~ScopedStreamReservation() {
+    if (!signals_) return;
     const int saved = error_ != 0 ? error_ : errno;
     if (error_ == 0) {
-        const ForksHeldOff held;
+        const ScopedForkBlock held;
         placeholders.give();
     }
-    placeholders_.reset();
+    signals_.reset();
     errno = saved;
 }
 
-int movedUp(int number) {
+int moveAboveStandardStreams(int number) {
     if (number < 0 || number >= streams) return number;
     const int higher = fcntl(number, F_DUPFD_CLOEXEC, streams);
     const int error = errno;
@@ -135,7 +136,7 @@ int movedUp(int number) {
 }
 
 bool hostHasStream(int number) {
-    const ForksHeldOff held;
+    const ScopedForkBlock held;
     return isOpen(number) && !placeholders.isPlaceholder(number);
 }
 

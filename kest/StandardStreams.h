@@ -1,49 +1,48 @@
-// How the library stays away from the descriptors 0, 1 and 2. What is opened gets the lowest number that is
-// free; where the host has closed one of these three, that would be the number on which it reads or writes.
+// Keeps the library's files away from descriptors 0, 1 and 2. A new file gets the lowest free number. In a host that has
+// closed a standard stream, that could be a number to which the host still writes.
 #pragma once
 
 #include <optional>
 
-#include "kest/SignalsBlocked.h"
+#include "kest/ScopedSignalBlock.h"
 
 namespace kest {
 
-// While one lives, none of the numbers 0 to 2 is free, so that whatever this thread opens lies above them. A
-// number that the host has closed is taken by a placeholder on which reading and writing fail as before; the
-// last one to go gives the numbers back.
+// Reserves the numbers 0 to 2, so that files opened by this thread get higher ones. A placeholder occupies each number
+// that the host has closed; reading and writing it still fail. The last reservation to end frees the numbers.
 //
-// Meanwhile nothing may wait for anybody else: signals may be blocked.
-class StandardStreamsTaken {
+// Signals may be blocked during a reservation, so do not wait for other threads or processes.
+class ScopedStreamReservation {
   public:
-    StandardStreamsTaken();
-    // Leaves errno as it is.
-    ~StandardStreamsTaken();
-    StandardStreamsTaken(const StandardStreamsTaken&) = delete;
-    StandardStreamsTaken& operator=(const StandardStreamsTaken&) = delete;
+    ScopedStreamReservation();
+    // Does not change errno.
+    ~ScopedStreamReservation();
+    ScopedStreamReservation(const ScopedStreamReservation&) = delete;
+    ScopedStreamReservation& operator=(const ScopedStreamReservation&) = delete;
 
-    // 0, or the number of the error that kept the placeholders away: then nothing is to be opened.
+    // 0 or an error number. After an error nothing is reserved and no file must be opened.
     int error() const { return error_; }
 
   private:
-    // While there are any: a handler that forks in this very thread would leave them to the child. Empty where
-    // all three numbers are the host's own.
-    std::optional<SignalsBlocked> placeholders_;
+    // Prevents a handler from forking in this thread while there are placeholders, which the child would inherit.
+    // Empty when the host has all three streams.
+    std::optional<ScopedSignalBlock> signals_;
     int error_ = 0;
 };
 
-// `number`, unless it is 0, 1 or 2, because the host closed that just now: it is closed then, and a duplicate
-// takes its place. -1 with errno when there is none. A negative number is handed back.
-int movedUp(int number);
+// Returns `number` if it is above 2 or negative. The numbers 0 to 2 can occur when the host closes a stream during the
+// call; the descriptor is then replaced by a duplicate with a higher number. -1 with errno when that fails.
+int moveAboveStandardStreams(int number);
 
-// The descriptor that `open` returns, which never was below 3; -1 with errno.
-//     const int descriptor = openedAbove([path] { return ::open(path, O_RDONLY | O_CLOEXEC); });
+// Calls `open` and returns its descriptor, which is above 2; -1 with errno on error.
+//     const int descriptor = openAboveStandardStreams([path] { return ::open(path, O_RDONLY | O_CLOEXEC); });
 template <class Open>
-int openedAbove(Open open) {
-    const StandardStreamsTaken taken;
-    return taken.error() == 0 ? movedUp(open()) : -1;
+int openAboveStandardStreams(Open open) {
+    const ScopedStreamReservation taken;
+    return taken.error() == 0 ? moveAboveStandardStreams(open()) : -1;
 }
 
-// Whether the host has a descriptor of that number. REQUIRES: it is 0, 1 or 2.
+// Whether the host has this standard stream open. REQUIRES: `number` is 0, 1 or 2.
 bool hostHasStream(int number);
 
 }  // namespace kest

@@ -5,21 +5,21 @@
 
 namespace kest {
 
-// A wide string that compares itself.
+// A wide string with locale-independent comparison.
 class String {
   public:
     String() = default;
-    // A null text is an empty one.
+    // Null is an empty text.
     explicit String(const wchar_t* text);
     explicit String(std::wstring_view text);
 
-    // The text, NUL-terminated; valid until the String changes or dies.
+    // NUL-terminated; valid until the String changes or is destroyed.
     const wchar_t* text() const { return text_.c_str(); }
     std::size_t length() const { return text_.size(); }
     std::wstring_view view() const { return text_; }
 
-    // 0 when both are the same text, else negative or positive as this one sorts before or behind the other.
-    // A null `other` is an empty text. With `ignoreCase` not 0, "GUID" and "guid" are the same.
+    // 0 when the texts are equal, negative when this one sorts before `other`, otherwise positive. Null is an empty
+    // text. A nonzero `ignoreCase` ignores the case of ASCII letters.
     int compareTo(const wchar_t* other) const;
     int compareTo(const String& other, int ignoreCase) const;
 

@@ -1,5 +1,5 @@
-// The two conversions between wide and narrow text. They copy character by character and follow no locale:
-// paths and option texts are 7-bit by agreement, and what is not comes back as it went.
+// The two conversions between wide and narrow text. They convert character by character, independent of any locale.
+// Paths and option texts are 7-bit by convention; narrow(widen(bytes)) returns any bytes unchanged.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace kest {
 
-// Each character cut to its low 8 bits; as long as `wide`.
+// Each character is reduced to its low 8 bits. The result is as long as `wide`.
 std::string narrow(std::wstring_view wide);
 
-// Each byte widened as a signed character, so bytes from 0x80 become negative; as long as `bytes`.
+// Each byte is widened as a signed character: bytes from 0x80 become negative. The result is as long as `bytes`.
 std::wstring widen(std::string_view bytes);
 
 }  // namespace kest

@@ -10,17 +10,17 @@ namespace zav {
 
 namespace {
 
-// Writes piece by piece; what comes after a failed write is skipped.
-class Writer {
+// Writes texts one by one. Skips all texts after a failed write.
+class ConfigWriter {
   public:
-    Writer(ZAVSwCtx* context, FILE* file) : context_(context), file_(file) {}
+    ConfigWriter(ZAVSwCtx* context, FILE* file) : context_(context), file_(file) {}
 
     template <class Text>
-    Writer& operator<<(const Text* text) {
+    ConfigWriter& operator<<(const Text* text) {
         good_ = good_ && SW_writeData(context_, file_, text);
         return *this;
     }
-    Writer& operator<<(const std::wstring& text) { return *this << text.c_str(); }
+    ConfigWriter& operator<<(const std::wstring& text) { return *this << text.c_str(); }
 
     bool good() const { return good_; }
 
@@ -30,7 +30,7 @@ class Writer {
     bool good_ = true;
 };
 
-void writeVariables(Writer& out, const std::map<std::wstring, SWPreset>& variables) {
+void writeVariables(ConfigWriter& out, const std::map<std::wstring, SWPreset>& variables) {
     if (variables.empty()) return;
     out << "\t\t\t<PresetVariables>\n";
     for (const auto& [name, preset] : variables) {
@@ -40,7 +40,7 @@ void writeVariables(Writer& out, const std::map<std::wstring, SWPreset>& variabl
     out << "\t\t\t</PresetVariables>\n";
 }
 
-void writePlugin(Writer& out, const std::wstring& name, const SWSettings& settings) {
+void writePlugin(ConfigWriter& out, const std::wstring& name, const SWSettings& settings) {
     if (settings.empty()) return;
     out << "\t\t\t\t<Plugin name=\"" << name << "\" version=\"1.0\">\n";
     for (const auto& [attribute, value] : settings) {
@@ -49,7 +49,7 @@ void writePlugin(Writer& out, const std::wstring& name, const SWSettings& settin
     out << "\t\t\t\t</Plugin>\n";
 }
 
-void writePlugins(Writer& out, const std::map<std::wstring, SWSettings>& plugins) {
+void writePlugins(ConfigWriter& out, const std::map<std::wstring, SWSettings>& plugins) {
     if (plugins.empty()) return;
     out << "\t\t\t<Plugins>\n";
     for (const auto& [name, settings] : plugins) writePlugin(out, name, settings);
@@ -57,7 +57,7 @@ void writePlugins(Writer& out, const std::map<std::wstring, SWSettings>& plugins
 }
 
 bool writeConfig(ZAVSwCtx* context, FILE* file) {
-    Writer out(context, file);
+    ConfigWriter out(context, file);
     for (const char* const text : kConfigFrameHead) out << text;
     out << "\t\t<XSE version=\"1.0\">\n";
     writeVariables(out, context->variables);
@@ -75,13 +75,13 @@ int SW_CreateConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
     const int named = context->tmpDir->getTmpFile(configFile, L"cfg_", L".xml");
     log.traceMAX("SW_CreateConfigFile", "Creating a config file [%S]", configFile.c_str());
     if (named != 0) {
-        context->trouble = context->tmpDir->trouble();
+        context->failure = context->tmpDir->failureReason();
         return ZAV_ERROR_SW_CONFIG;
     }
     constexpr const char* kFunction = "SW_CreateConfigFile()";
-    const Written written = writeNewFile(
-        configFile, [context](FILE* file) { return writeConfig(context, file); }, context->trouble);
-    if (written != Written::kFailed) return ZAV_SUCCESS;
+    const WriteResult written = writeNewFile(
+        configFile, [context](FILE* file) { return writeConfig(context, file); }, context->failure);
+    if (written != WriteResult::kFailed) return ZAV_SUCCESS;
     log.traceMIN(kFunction, "Error during write [%S]", configFile.c_str());
     return ZAV_ERROR_SW_CONFIG;
 }

@@ -1,10 +1,9 @@
-// The three evaluations. They differ in where the signatures come from, and in the codes for files that could
-// not be written: ZAV_sw_evaluate_multi alone hands on what the writers return. What the host hands over may
-// be a text of the old results, which therefore go when it has been taken.
+// The three evaluations. They differ in the source of the signatures and in the codes for files that could not be
+// written: only ZAV_sw_evaluate_multi returns the codes of the functions that write them. The host's argument may be a
+// text of the old results, so these are deleted after the argument has been used.
 #include "core/Guard.h"
 #include "sw/SWConfigFile.h"
 #include "sw/SWParser.h"
-#include "sw/SWQueries.h"
 #include "sw/SWScanner.h"
 #include "sw/SWSignatureFile.h"
 
@@ -12,27 +11,28 @@ namespace zav {
 
 namespace {
 
-// What a step knows of a failure and does not say itself, under the name that it logs by.
-int told(ZAVSwCtx* context, const char* function, int code) {
-    context->logger().tell(function, context->trouble);
+// Logs the reason of a failed step under that step's name, and returns the step's code.
+int reported(ZAVSwCtx* context, const char* function, int code) {
+    context->logger().reportFailure(function, context->failure);
     return code;
 }
 
 int createConfigFile(ZAVSwCtx* context, std::wstring& configFile) {
-    return told(context, "SW_CreateConfigFile()", SW_CreateConfigFile(context, configFile));
+    return reported(context, "SW_CreateConfigFile()", SW_CreateConfigFile(context, configFile));
 }
 
 int createSignatures(ZAVSwCtx* context, std::wstring& signatureFile, const wchar_t** signatures,
                      unsigned int count) {
-    return told(context, "SW_CreateSignatures()",
-                SW_CreateSignatures(context, signatureFile, signatures, count));
+    return reported(context, "SW_CreateSignatures()",
+                    SW_CreateSignatures(context, signatureFile, signatures, count));
 }
 
 int scan(ZAVSwCtx* context, const std::wstring& configFile, const std::wstring& signatureFile) {
     std::wstring warningsFile;
     std::wstring outputFile;
-    const int code = told(context, "SW_ExecuteScanner()",
-                          SW_ExecuteScanner(context, configFile, signatureFile, warningsFile, outputFile));
+    const int code =
+        reported(context, "SW_ExecuteScanner()",
+                 SW_ExecuteScanner(context, configFile, signatureFile, warningsFile, outputFile));
     return code != ZAV_SUCCESS ? code : SW_ParseOutput(context, outputFile, warningsFile);
 }
 
@@ -73,11 +73,11 @@ int evaluateFile(ZAVSwCtx* context, const wchar_t* path) {
     return scan(context, configFile, signatureFile);
 }
 
-// An evaluation that was broken off leaves no results: what was read of them is not ready for the getters.
+// An aborted evaluation leaves no results, as those read so far are not ready for the getters.
 template <class Evaluation>
-int wholeOrNothing(ZAVSwCtx* context, Evaluation evaluation) {
+int evaluateOrDiscard(ZAVSwCtx* context, Evaluation evaluation) {
     return guarded([&] {
-        const int code = caught(evaluation);
+        const int code = catchAll(evaluation);
         if (code == ZAV_ERROR_MEMORY) SW_deleteResults(context);
         return code;
     });
@@ -89,17 +89,17 @@ int wholeOrNothing(ZAVSwCtx* context, Evaluation evaluation) {
 int ZAV_sw_evaluate(ZAVSwCtx* context, const wchar_t* signature) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     if (signature == nullptr) return ZAV_ERROR_SW_SIGNATURE;
-    return zav::wholeOrNothing(context, [&] { return zav::evaluate(context, signature); });
+    return zav::evaluateOrDiscard(context, [&] { return zav::evaluate(context, signature); });
 }
 
 int ZAV_sw_evaluate_multi(ZAVSwCtx* context, const wchar_t** signatures, unsigned int count) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     if (signatures == nullptr) return ZAV_ERROR_SW_SIGNATURE;
-    return zav::wholeOrNothing(context, [&] { return zav::evaluateMulti(context, signatures, count); });
+    return zav::evaluateOrDiscard(context, [&] { return zav::evaluateMulti(context, signatures, count); });
 }
 
 int ZAV_sw_evaluate_file(ZAVSwCtx* context, const wchar_t* signatureFile) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     if (signatureFile == nullptr) return ZAV_ERROR_SW_SIGNATURE;
-    return zav::wholeOrNothing(context, [&] { return zav::evaluateFile(context, signatureFile); });
+    return zav::evaluateOrDiscard(context, [&] { return zav::evaluateFile(context, signatureFile); });
 }

@@ -15,7 +15,7 @@ SWNodeText::Buffer::int_type SWNodeText::Buffer::overflow(int_type byte) {
 }
 
 SWNodeText::SWNodeText() : stream_(&buffer_) {
-    // A stream keeps exceptions of its buffer to itself unless it is told otherwise.
+    // By default a stream swallows exceptions of its buffer.
     stream_.exceptions(std::ios::badbit);
 }
 

@@ -8,16 +8,15 @@
 
 namespace zav {
 
-// Nodes as XML text. One object serves many nodes: a stream is dear to make.
+// Converts nodes to XML text. Use one object for many nodes, as making a stream is expensive.
 class SWNodeText {
   public:
     SWNodeText();
 
-    // The text that the node writes, each byte widened as a signed character. Throws std::bad_alloc.
+    // The text of a node, each byte widened as a signed character. Throws std::bad_alloc.
     std::wstring of(const tessa::Node* node, int mode);
 
   private:
-    // Keeps what is written to it.
     class Buffer : public std::streambuf {
       public:
         std::string bytes;

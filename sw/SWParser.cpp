@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "intake/Children.h"
+#include "intake/NodeChildren.h"
 #include "intake/XMLParser.h"
 #include "sw/SWNodeText.h"
 
@@ -17,13 +17,12 @@ using tessa::NodeList;
 constexpr int kExact = 0;
 constexpr int kIgnoreCase = 1;
 
-// A name that is looked for. A document holds each name once, so the one that was right before is known by
-// its address.
-class WantedName {
+// Matches names against a given one. Equal names of a document have one address, so the last match is remembered by it.
+class NameMatcher {
   public:
-    WantedName(const wchar_t* text, int ignoreCase) : text_(text), ignoreCase_(ignoreCase) {}
+    NameMatcher(const wchar_t* text, int ignoreCase) : text_(text), ignoreCase_(ignoreCase) {}
 
-    bool is(const kest::String& name) {
+    bool matches(const kest::String& name) {
         if (&name == latest_) return true;
         if (name.compareTo(text_, ignoreCase_) != 0) return false;
         latest_ = &name;
@@ -36,12 +35,12 @@ class WantedName {
     const kest::String* latest_ = nullptr;
 };
 
-// Makes a result of each matched signature of a document.
+// Converts the matched signatures of a document into results.
 class SignatureReader {
   public:
     explicit SignatureReader(ZAVSwCtx* context) : context_(context) {}
 
-    bool isSignature(const Node* node) { return isElement(node) && signatureName_.is(node->name()); }
+    bool isSignature(const Node* node) { return isElement(node) && signatureName_.matches(node->name()); }
 
     void read(const Node* signature) {
         auto result = std::make_unique<ZAVSwResult>();
@@ -56,9 +55,9 @@ class SignatureReader {
   private:
     void readAttributes(ZAVSwResult& result, const Node* signature) {
         for (const Attribute& attribute : *signature->attributes()) {
-            if (guidName_.is(*attribute.name)) {
+            if (guidName_.matches(*attribute.name)) {
                 result.guid = attribute.value;
-            } else if (nameName_.is(*attribute.name)) {
+            } else if (nameName_.matches(*attribute.name)) {
                 result.name = attribute.value;
             }
         }
@@ -71,9 +70,9 @@ class SignatureReader {
         variables_.clear();
         for (const Node* const child : *children) {
             if (!isElement(child)) continue;
-            if (variableName_.is(child->name())) {
+            if (variableName_.matches(child->name())) {
                 readVariable(child);
-            } else if (metadataName_.is(child->name())) {
+            } else if (metadataName_.matches(child->name())) {
                 metadata = child;
             }
         }
@@ -85,9 +84,9 @@ class SignatureReader {
     void readVariable(const Node* element) {
         SWVariable variable = {L"", L""};
         for (const Attribute& attribute : *element->attributes()) {
-            if (variableNameName_.is(*attribute.name)) {
+            if (variableNameName_.matches(*attribute.name)) {
                 variable.name = attribute.value;
-            } else if (valueName_.is(*attribute.name)) {
+            } else if (valueName_.matches(*attribute.name)) {
                 variable.value = attribute.value;
             }
         }
@@ -95,25 +94,25 @@ class SignatureReader {
     }
 
     ZAVSwCtx* context_;
-    std::vector<SWVariable> variables_;  // of the signature at hand, in document order
+    std::vector<SWVariable> variables_;  // of the current signature, in document order
     SWNodeText text_;
-    WantedName signatureName_{L"MatchedSignature", kExact};
-    WantedName guidName_{L"guid", kIgnoreCase};
-    WantedName nameName_{L"name", kIgnoreCase};
-    WantedName metadataName_{L"Metadata", kExact};
-    WantedName variableName_{L"Variable", kExact};
-    WantedName variableNameName_{L"name", kExact};
-    WantedName valueName_{L"value", kExact};
+    NameMatcher signatureName_{L"MatchedSignature", kExact};
+    NameMatcher guidName_{L"guid", kIgnoreCase};
+    NameMatcher nameName_{L"name", kIgnoreCase};
+    NameMatcher metadataName_{L"Metadata", kExact};
+    NameMatcher variableName_{L"Variable", kExact};
+    NameMatcher variableNameName_{L"name", kExact};
+    NameMatcher valueName_{L"value", kExact};
 };
 
-kest::Malloced<ZAVSwResult*> arrayOf(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
+kest::Malloced<ZAVSwResult*> pointersTo(const std::vector<std::unique_ptr<ZAVSwResult>>& results) {
     kest::Malloced<ZAVSwResult*> array = kest::mallocArray<ZAVSwResult*>(results.size());
     std::transform(results.begin(), results.end(), array.get(),
                    [](const auto& result) { return result.get(); });
     return array;
 }
 
-kest::Malloced<const wchar_t*> arrayOf(const std::vector<std::wstring>& texts) {
+kest::Malloced<const wchar_t*> pointersTo(const std::vector<std::wstring>& texts) {
     kest::Malloced<const wchar_t*> array = kest::mallocArray<const wchar_t*>(texts.size());
     std::transform(texts.begin(), texts.end(), array.get(),
                    [](const std::wstring& text) { return text.c_str(); });
@@ -148,7 +147,7 @@ int SW_parseOutData(ZAVSwCtx* context, const Node* root) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
     context->logger().traceMAX("SW_parseOutData", "Parsing output file");
     readSignatures(context, root);
-    context->resultsArray = arrayOf(context->results);
+    context->resultsArray = pointersTo(context->results);
     context->guidResults.build(context->results);
     return ZAV_SUCCESS;
 }
@@ -165,11 +164,11 @@ int SW_parseWarnData(ZAVSwCtx* context, const Node* root) {
     const NodeList* const children = childrenOf(root);
     if (children == nullptr) return ZAV_SUCCESS;
     SWNodeText text;
-    WantedName event(L"Event", kExact);
+    NameMatcher event(L"Event", kExact);
     for (const Node* const child : *children) {
-        if (event.is(child->name())) context->warnings.push_back(text.of(child, Node::kCompact));
+        if (event.matches(child->name())) context->warnings.push_back(text.of(child, Node::kCompact));
     }
-    if (!context->warnings.empty()) context->warningsArray = arrayOf(context->warnings);
+    if (!context->warnings.empty()) context->warningsArray = pointersTo(context->warnings);
     return ZAV_SUCCESS;
 }
 

@@ -5,22 +5,22 @@
 #include "sw/ZAVSwCtx.h"
 #include "tessa/Node.h"
 
-// The scanner's two files, as trees, into the context's results and warnings. Each function returns 3 for a
-// null context, and throws std::bad_alloc.
+// Converts the trees of the scanner's two files into the context's results and warnings. Each function returns 3 for a
+// null context and throws std::bad_alloc.
 namespace zav {
 
-// Reads both files and stores what they hold: 0; 204 when the output cannot be read, and nothing is stored;
-// 205 when the warnings cannot be read, and all results are stored.
+// Reads both files and stores their content. Returns 0; 204 when the output cannot be read, in which case nothing is
+// stored; 205 when the warnings cannot be read, in which case all results are stored.
 int SW_ParseOutput(ZAVSwCtx* context, std::wstring outputFile, std::wstring warningsFile);
 
-// Appends the results of a document, given by its root, and makes them ready for the getters.
+// Appends the results of the document with this root and prepares them for the getters.
 int SW_parseOutData(ZAVSwCtx* context, const tessa::Node* root);
 
-// Appends the result of one element; an empty one for null. It points into the document's texts, which are
-// to live as long as the results.
+// Appends the result of one element; for null an empty one. It points into the document's texts, which must live as long
+// as the results.
 int SW_parseMatchedSignature(ZAVSwCtx* context, const tessa::Node* signature);
 
-// Appends the warnings of a document, given by its root.
+// Appends the warnings of the document with this root.
 int SW_parseWarnData(ZAVSwCtx* context, const tessa::Node* root);
 
 }  // namespace zav

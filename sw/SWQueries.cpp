@@ -1,8 +1,7 @@
-// The getters over the last evaluation's results. Each is the list of its checks in order; the orders, the
-// messages and the names under which they are logged differ from getter to getter, and hosts rely on them.
-#include "sw/SWQueries.h"
-
+// The getters for the results of the last evaluation. Each lists its checks in order. The orders, the messages and the
+// function names in the log differ between getters, and hosts rely on them.
 #include "core/Guard.h"
+#include "sw/ZAVSwCtx.h"
 
 namespace zav {
 
@@ -45,10 +44,10 @@ int findResults(ZAVSwCtx* context, const wchar_t* guid, ZAVSwResult*** results, 
     }
     if (guid == nullptr) return ZAV_ERROR_SW_POINTER;
     SWGuidIndex::Entry* const found = context->guidResults.find(guid);
-    const bool again = found != nullptr && found->handedOut;
+    const bool again = found != nullptr && found->wasRequested;
     log.traceMAX(kFunction, again ? "Using cached results" : "generating new results");
     if (found == nullptr) return ZAV_ERROR_SW_NOT_FOUND;
-    found->handedOut = true;
+    found->wasRequested = true;
     *count = found->count;
     *results = found->results;
     return ZAV_SUCCESS;
@@ -77,7 +76,7 @@ int getVariables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names,
     return ZAV_SUCCESS;
 }
 
-// One text of a result.
+// Gets one text of a result. Its message names another getter; hosts match it byte for byte.
 int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwResult::*which,
             const wchar_t** text) {
     if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
@@ -118,19 +117,6 @@ int getReturnCode(ZAVSwCtx* context, int* returnCode) {
 }
 
 }  // namespace
-
-void SW_deleteResults(ZAVSwCtx* context) {
-    if (context == nullptr) return;
-    context->results.clear();
-    context->resultsArray.reset();
-    context->guidResults.clear();
-    context->returnCode = -1;
-    context->warnings.clear();
-    context->warningsArray.reset();
-    context->texts.documents.clear();
-    context->texts.metadata.clear();
-}
-
 }  // namespace zav
 
 int ZAV_sw_get_results(ZAVSwCtx* context, ZAVSwResult*** results, int* count) {

@@ -9,13 +9,14 @@ namespace {
 
 constexpr const char* kFunction = "SW_ExecuteScanner()";
 
-// The status with which the scanner refuses signatures.
+// The exit status of a scanner that refuses the signatures.
 constexpr int kSignaturesRefused = 3;
 
+// A file that the scanner writes, with the messages for the choice of its name.
 struct ResultFile {
     const wchar_t* prefix;
-    const char* named;
-    const char* notNamed;
+    const char* success;
+    const char* failure;
 };
 
 constexpr ResultFile kOutput = {L"out_", "Output File: %S", "Can't create output file"};
@@ -25,10 +26,10 @@ int nameFile(ZAVSwCtx* context, const ResultFile& file, std::wstring& path) {
     ZAVlog& log = context->logger();
     const int code = context->tmpDir->getTmpFile(path, file.prefix, L".xml");
     if (code != 0) {
-        context->trouble = context->tmpDir->trouble();
-        log.traceMIN(kFunction, "%s", file.notNamed);
+        context->failure = context->tmpDir->failureReason();
+        log.traceMIN(kFunction, "%s", file.failure);
     } else {
-        log.traceMAX(kFunction, file.named, path.c_str());
+        log.traceMAX(kFunction, file.success, path.c_str());
     }
     return code;
 }

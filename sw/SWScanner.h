@@ -6,10 +6,10 @@
 
 namespace zav {
 
-// Runs the scanner on a configuration and a signatures file, and names the files that it is to write. Its
-// status goes to the context's returnCode, -1 when it could not be launched.
-// Returns 0; 3 for a null context; 202 when the scanner ended with 3; 203 when it ended with another status
-// than 0 or could not be launched; else what the workspace answered to the request for a name.
+// Runs the scanner with a configuration file and a signatures file, and stores the names of the files that it writes. The
+// context's returnCode becomes the exit status, or -1 when the scanner could not be started.
+// Returns 0; 3 for a null context; 202 when the exit status is 3; 203 when it is another nonzero value or the scanner
+// could not be started; otherwise the error code of the request for a file name.
 int SW_ExecuteScanner(ZAVSwCtx* context, std::wstring configFile, std::wstring signatureFile,
                       std::wstring& warningsFile, std::wstring& outputFile);
 

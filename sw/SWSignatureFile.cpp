@@ -29,9 +29,9 @@ int SW_CreateSignatures(ZAVSwCtx* context, std::wstring& signatureFile, const wc
     const int named = context->tmpDir->getTmpFile(signatureFile, L"sig_", L".xml");
     log.traceMAX(kFunction, "Creating a signature file [%S]", signatureFile.c_str());
     const auto writing = [=](FILE* file) { return writeSignatures(context, file, signatures, count); };
-    const Written written = writeNewFile(signatureFile, writing, context->trouble);
-    if (written == Written::kWhole) return named;
-    if (written == Written::kFailed) {
+    const WriteResult written = writeNewFile(signatureFile, writing, context->failure);
+    if (written == WriteResult::kComplete) return named;
+    if (written == WriteResult::kFailed) {
         log.traceMIN(kFunction, "Error during write [%S]", signatureFile.c_str());
     }
     return ZAV_ERROR_SW_SIGNATURE;

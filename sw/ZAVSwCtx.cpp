@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "core/Guard.h"
-#include "sw/SWQueries.h"
 
 namespace zav {
 
 namespace {
 
 constexpr int kSoftwareComponent = 4;
+// Not quite the function's name; hosts match it byte for byte.
 constexpr const char* kSetVariable = "ZAV_sw_setopt_variables";
 constexpr const char* kSetConfig = "ZAV_sw_setopt_config";
 
@@ -40,7 +40,7 @@ int setVariable(ZAVSwCtx* context, const wchar_t* name, const wchar_t* value, co
     return ZAV_SUCCESS;
 }
 
-// A plug-in is never known without a setting, should memory run out.
+// Adds a new plug-in together with its setting, so that none is left without settings when memory runs out.
 void addSetting(ZAVSwCtx* context, const wchar_t* plugin, SWSettings::value_type setting) {
     const auto known = context->pluginConfigs.find(plugin);
     if (known != context->pluginConfigs.end()) {
@@ -57,11 +57,11 @@ int setConfig(ZAVSwCtx* context, const wchar_t* plugin, const wchar_t* attribute
     return ZAV_SUCCESS;
 }
 
-// Everything is released even when the callback throws.
+// Releases everything even if the callback throws.
 int release(ZAVSwCtx* context) {
     const std::unique_ptr<ZAVSwCtx> owner(context);
     const int announced =
-        attempted([context] { context->logger().traceMAX("ZAV_sw_free", "Deleting context"); });
+        catchAll([context] { context->logger().traceMAX("ZAV_sw_free", "Deleting context"); });
     int told = ZAV_SUCCESS;
     if (context->tmpDir != nullptr) {
         context->tmpDir->deleteFiles(true);
@@ -74,6 +74,19 @@ int release(ZAVSwCtx* context) {
 }
 
 }  // namespace
+
+void SW_deleteResults(ZAVSwCtx* context) {
+    if (context == nullptr) return;
+    context->results.clear();
+    context->resultsArray.reset();
+    context->guidResults.clear();
+    context->returnCode = -1;
+    context->warnings.clear();
+    context->warningsArray.reset();
+    context->texts.documents.clear();
+    context->texts.metadata.clear();
+}
+
 }  // namespace zav
 
 int ZAV_sw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVSwCtx** context) {

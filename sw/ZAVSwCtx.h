@@ -18,10 +18,10 @@ struct SWPreset {
     std::wstring scope;
 };
 
-// Attribute and value of each setting of a plug-in, in the order in which they were set.
+// The settings of a plug-in, as pairs of attribute and value in the order in which they were added.
 using SWSettings = std::vector<std::pair<std::wstring, std::wstring>>;
 
-// What the texts of all results stand in: the documents that they were read from, and the metadata.
+// Owns the texts of all results: those of the documents, and the metadata.
 struct SWTexts {
     std::vector<std::shared_ptr<const void>> documents;
     std::deque<std::wstring> metadata;
@@ -29,25 +29,25 @@ struct SWTexts {
 
 }  // namespace zav
 
-// A software context: made by ZAV_sw_init, released by ZAV_sw_free, opaque to hosts.
+// A software context. ZAV_sw_init makes it, ZAV_sw_free releases it. Opaque to hosts.
 struct ZAVSwCtx {
     ZAVSwCtx() = default;
     ZAVSwCtx(const ZAVSwCtx&) = delete;
     ZAVSwCtx& operator=(const ZAVSwCtx&) = delete;
 
-    // Never missing: messages of a context without a log are dropped.
+    // A logger that delivers nothing if the context has no log.
     zav::ZAVlog& logger() const { return zav::orSilent(log.get()); }
 
     ZAVCtx* library = nullptr;
     std::unique_ptr<zav::ZAVlog> log;
     std::unique_ptr<zav::TemporaryDir> tmpDir;  // borrows log
     std::wstring installDir;
-    std::string trouble;  // why a step of the evaluation failed; empty when that has been told
-    int returnCode = -1;  // -1 while there are no valid results, else the scanner's status
+    std::string failure;  // why a step of the evaluation failed; empty once it has been logged
+    int returnCode = -1;  // the scanner's exit status; -1 while there are no valid results
     std::map<std::wstring, zav::SWPreset> variables;
     std::map<std::wstring, zav::SWSettings> pluginConfigs;
 
-    // The results; the arrays are what hosts are handed, null when there is nothing to hand out.
+    // The results. The getters return the arrays, which are null when they would be empty.
     std::vector<std::unique_ptr<ZAVSwResult>> results;
     zav::SWTexts texts;
     zav::SWGuidIndex guidResults;
@@ -55,3 +55,11 @@ struct ZAVSwCtx {
     kest::Malloced<const wchar_t*> warningsArray;
     kest::Malloced<ZAVSwResult*> resultsArray;
 };
+
+namespace zav {
+
+// Releases all results and warnings and everything that the getters have returned. There are no valid results after that.
+// Does nothing for null. Allocates no memory.
+void SW_deleteResults(ZAVSwCtx* context);
+
+}  // namespace zav

@@ -16,8 +16,8 @@ bool notBefore(const SWVariable& one, const SWVariable& other) {
     return !sortsBefore(one, other);
 }
 
-// Of each run of equal names only the last one stays.
-void keepLastOfEach(std::vector<SWVariable>& sorted) {
+// Removes all but the last of each run of equal names.
+void removeOverridden(std::vector<SWVariable>& sorted) {
     auto end = sorted.begin();
     for (auto next = sorted.begin(); next != sorted.end(); ++next) {
         const auto following = std::next(next);
@@ -31,10 +31,10 @@ void keepLastOfEach(std::vector<SWVariable>& sorted) {
 
 void ZAVSwResult::setVariables(const std::vector<zav::SWVariable>& inOrder) {
     variables.assign(inOrder.begin(), inOrder.end());
-    // Scanners mostly list them in order already.
+    // Scanners usually write them in order.
     if (std::adjacent_find(variables.begin(), variables.end(), zav::notBefore) == variables.end()) return;
     std::stable_sort(variables.begin(), variables.end(), zav::sortsBefore);
-    zav::keepLastOfEach(variables);
+    zav::removeOverridden(variables);
 }
 
 void ZAVSwResult::generateVariablesNames() {

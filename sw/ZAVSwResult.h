@@ -6,7 +6,7 @@
 
 namespace zav {
 
-// A variable of a result. Both texts are NUL-terminated and belong to the context (see SWTexts).
+// A variable of a result. Both texts are NUL-terminated and owned by the context (see SWTexts).
 struct SWVariable {
     const wchar_t* name;
     const wchar_t* value;
@@ -14,16 +14,16 @@ struct SWVariable {
 
 }  // namespace zav
 
-// One matched signature: made by the parser, owned by its context, opaque to hosts. Its texts are
-// NUL-terminated and belong to the context too.
+// A matched signature, owned by its context and opaque to hosts. Its texts are NUL-terminated and owned by the context
+// too.
 struct ZAVSwResult {
-    // Takes variables in document order: sorted by name, and of those with one name the last one.
+    // Stores variables, given in document order, sorted by name. Of several with the same name the last one is kept.
     void setVariables(const std::vector<zav::SWVariable>& inOrder);
 
-    // Makes variableNames, once the variables are complete. Throws std::bad_alloc.
+    // Fills variableNames. REQUIRES: the variables are complete. Throws std::bad_alloc.
     void generateVariablesNames();
 
-    // Null when there is no variable of that name.
+    // The value of a variable, or null if there is none of that name.
     const wchar_t* findValue(const wchar_t* variable) const;
 
     const wchar_t* guid = L"";

@@ -10,9 +10,9 @@ namespace tessa {
 
 namespace {
 
-// Small documents stay small; large ones need few blocks.
+// Block sizes double from the first to the largest, so small documents take little memory and large ones few blocks.
 constexpr std::size_t kFirstBlock = std::size_t{16} << 10;
-constexpr std::size_t kLargestBlock = std::size_t{4} << 20;
+constexpr std::size_t kMaxBlock = std::size_t{4} << 20;
 
 std::byte* allocateBlock(std::size_t size) {
     if (size < kLargePage) return static_cast<std::byte*>(std::malloc(size));
@@ -25,7 +25,7 @@ std::byte* allocateBlock(std::size_t size) {
 }  // namespace
 
 void Arena::addBlock(std::size_t bytes) {
-    blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kLargestBlock);
+    blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kMaxBlock);
     const std::size_t size = std::max(aligned(bytes), blockSize_);
     budget_.charge(size);
     kest::Malloced<std::byte> block(allocateBlock(size));

@@ -8,16 +8,16 @@
 
 namespace tessa {
 
-// A document wants more memory than any inventory needs.
+// Thrown when a document needs more memory than its budget allows.
 class DocumentTooLarge : public std::runtime_error {
   public:
     DocumentTooLarge() : std::runtime_error("document too large") {}
 };
 
-// What one document may take, in bytes; shared by all that it is made of.
-class Budget {
+// The number of bytes that a document may allocate, shared by all its parts.
+class MemoryBudget {
   public:
-    // Throws DocumentTooLarge when the document would exceed its limit.
+    // Throws DocumentTooLarge if the limit would be exceeded.
     void charge(std::size_t bytes) {
         if (bytes > left_) throw DocumentTooLarge();
         left_ -= bytes;
@@ -28,14 +28,14 @@ class Budget {
     std::size_t left_ = std::size_t{1} << 30;
 };
 
-// Memory that is handed out piece by piece and released all at once. Nothing in it is destroyed.
+// Allocates memory in small pieces and releases all of it at once. Destructors of objects in it are not called.
 class Arena {
   public:
-    explicit Arena(Budget& budget) : budget_(budget) {}
+    explicit Arena(MemoryBudget& budget) : budget_(budget) {}
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
-    // Aligned for pointers; valid as long as the arena.
+    // The memory is aligned for pointers and valid for the lifetime of the arena.
     void* allocate(std::size_t bytes) {
         bytes = aligned(bytes);
         if (bytes > room()) addBlock(bytes);
@@ -44,13 +44,12 @@ class Arena {
         return piece;
     }
 
-    // The rest of the current block, for a piece whose size is not known yet: fill it, then take() what was
-    // used.
+    // The rest of the current block, for a piece of unknown size: write to it, then take() the number of bytes used.
     std::byte* open() const { return next_; }
     std::size_t room() const { return static_cast<std::size_t>(end_ - next_); }
     void take(std::size_t bytes) { next_ += aligned(bytes); }
 
-    // Starts a new block with room for `bytes` at least.
+    // Starts a new block of at least `bytes` bytes.
     void addBlock(std::size_t bytes);
 
   private:
@@ -60,7 +59,7 @@ class Arena {
         return (bytes + kAlignment - 1) & ~(kAlignment - 1);
     }
 
-    Budget& budget_;
+    MemoryBudget& budget_;
     std::vector<kest::Malloced<std::byte>> blocks_;
     std::byte* next_ = nullptr;
     std::byte* end_ = nullptr;

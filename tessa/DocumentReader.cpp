@@ -9,12 +9,12 @@
 #include <utility>
 
 #include "kest/Ascii.h"
-#include "kest/Shown.h"
+#include "kest/Escape.h"
 #include "kest/Text.h"
 #include "tessa/Encoding.h"
 #include "tessa/EntityTable.h"
-#include "tessa/Fault.h"
 #include "tessa/LineFinder.h"
+#include "tessa/ReadError.h"
 #include "tessa/Transcoder.h"
 #include "tessa/TreeBuilder.h"
 #include "tessa/Utf8.h"
@@ -25,15 +25,15 @@ namespace {
 
 constexpr int kBlockSize = 64 << 10;
 
-// Expat looks at an unfinished token anew with every block, so an endless comment or attribute would cost
-// quadratic time.
-constexpr XML_Index kLongestToken = XML_Index{4} << 20;
+// Expat scans an incomplete token again with every block, so an endless comment or attribute would take quadratic time.
+constexpr XML_Index kMaxTokenBytes = XML_Index{4} << 20;
 
-// One document on its way from Expat into a tree.
+// Reads one document with Expat and builds its tree.
 class Document {
   public:
-    // `encoding` is what a Transcoder calls the document's encoding; empty when Expat is to read it by itself.
-    Document(const NodeReader& settings, NodeSink& sink, const ByteForm& form, const std::string& encoding)
+    // `encoding` is the document's encoding as a Transcoder names it; empty if Expat can read it directly.
+    Document(const ReaderSettings& settings, NodeSink& sink, const ByteLayout& form,
+             const std::string& encoding)
         : settings_(settings),
           sink_(sink),
           form_(form),
@@ -50,19 +50,19 @@ class Document {
         XML_SetCharacterDataHandler(parser_.get(), onText);
         XML_SetXmlDeclHandler(parser_.get(), onDeclaration);
         XML_SetStartDoctypeDeclHandler(parser_.get(), onDoctype);
-        // Parameter entities of the document itself are replaced; Expat asks for others, and gets nothing.
+        // Expat then replaces parameter entities that the document declares. Its requests for external ones are refused.
         XML_SetParamEntityParsing(parser_.get(), XML_PARAM_ENTITY_PARSING_ALWAYS);
     }
 
-    // Shows elements and texts to the finder instead of making a tree of them.
-    void showTo(LineFinder& finder) {
+    // Passes elements and texts to the finder instead of building a tree.
+    void sendTo(LineFinder& finder) {
         finder_ = &finder;
         XML_SetElementHandler(parser_.get(), onSoughtStart, onSoughtEnd);
         XML_SetCharacterDataHandler(parser_.get(), onSoughtText);
     }
 
-    // Null when the document has to be read anew, through a Transcoder, and when no tree is made.
-    std::unique_ptr<Node> read(InputFile& file) {
+    // Null if no tree is built or if the document must be read again through a Transcoder.
+    std::unique_ptr<Node> read(DocumentFile& file) {
         const int blockSize = settings_.blockSize > 0 ? settings_.blockSize : kBlockSize;
         for (XML_Index given = 0;;) {
             void* const block = XML_GetBuffer(parser_.get(), blockSize);
@@ -74,61 +74,62 @@ class Document {
             if (status != XML_STATUS_OK) fail();
             if (count == 0) return finished();
             given += count;
-            if (given - XML_GetCurrentByteIndex(parser_.get()) > kLongestToken) throw fault("token too long");
+            if (given - XML_GetCurrentByteIndex(parser_.get()) > kMaxTokenBytes)
+                throw fault("token too long");
         }
     }
 
-    // What a Transcoder calls the encoding in which the document has to be read anew.
+    // The encoding with which the document must be read again; empty if it need not be.
     const std::string& otherEncoding() const { return otherEncoding_; }
 
   private:
     static void XMLCALL onStart(void* self, const XML_Char* name, const XML_Char** attributes) {
-        guarded(self, [=](Document& document) {
+        handle(self, [=](Document& document) {
             if (document.hasDoctype_) document.entities_.leaveOutReferences(document.currentTag());
             document.builder_.startElement(name, attributes);
         });
     }
 
     static void XMLCALL onEnd(void* self, const XML_Char* /*name*/) {
-        guarded(self, [](Document& document) { document.builder_.endElement(); });
+        handle(self, [](Document& document) { document.builder_.endElement(); });
     }
 
     static void XMLCALL onText(void* self, const XML_Char* text, int length) {
-        guarded(self,
-                [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
+        handle(self,
+               [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
     }
 
     static void XMLCALL onSoughtStart(void* self, const XML_Char* /*name*/, const XML_Char** /*attributes*/) {
-        guarded(self, [](Document& document) { document.finder_->startElement(document.line()); });
+        handle(self, [](Document& document) { document.finder_->startElement(document.line()); });
     }
 
     static void XMLCALL onSoughtEnd(void* self, const XML_Char* /*name*/) {
-        guarded(self, [](Document& document) { document.finder_->endElement(); });
+        handle(self, [](Document& document) { document.finder_->endElement(); });
     }
 
     static void XMLCALL onSoughtText(void* self, const XML_Char* text, int length) {
-        guarded(self, [=](Document& document) {
+        handle(self, [=](Document& document) {
             document.finder_->text({text, static_cast<std::size_t>(length)}, document.line());
         });
     }
 
     static void XMLCALL onDeclaration(void* self, const XML_Char* version, const XML_Char* encoding,
                                       int /*standalone*/) {
-        guarded(self, [=](Document& document) {
-            document.meetVersion(version);
-            if (encoding != nullptr) document.meetEncoding(encoding);
+        handle(self, [=](Document& document) {
+            document.checkVersion(version);
+            if (encoding != nullptr) document.checkEncoding(encoding);
         });
     }
 
     static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* systemId,
                                   const XML_Char* /*publicId*/, int /*hasInternalSubset*/) {
-        guarded(self, [=](Document& document) { document.meetDoctype(systemId); });
+        handle(self, [=](Document& document) { document.handleDoctype(systemId); });
     }
 
     static void XMLCALL onEntity(void* self, const XML_Char* name, int isParameter, const XML_Char* value,
                                  int length, const XML_Char* /*base*/, const XML_Char* systemId,
                                  const XML_Char* /*publicId*/, const XML_Char* /*notation*/) {
-        guarded(self, [=](Document& document) {
+        handle(self, [=](Document& document) {
             EntityTable& entities = document.entities_;
             const bool taken =
                 value != nullptr
@@ -138,22 +139,22 @@ class Document {
         });
     }
 
-    // A default value of an attribute.
+    // Called for each attribute in an attribute list declaration; `value` is its default.
     static void XMLCALL onAttlist(void* self, const XML_Char* /*element*/, const XML_Char* /*attribute*/,
                                   const XML_Char* /*type*/, const XML_Char* value, int /*isRequired*/) {
-        guarded(self, [=](Document& document) {
+        handle(self, [=](Document& document) {
             if (value != nullptr) document.entities_.leaveOutReferences(document.currentLiteral());
         });
     }
 
     static void XMLCALL onSkipped(void* self, const XML_Char* name, int isParameter) {
-        guarded(self,
-                [=](Document& document) { document.entities_.leaveOutUndeclared(name, isParameter != 0); });
+        handle(self,
+               [=](Document& document) { document.entities_.leaveOutUndeclared(name, isParameter != 0); });
     }
 
     static int XMLCALL onExternal(XML_Parser parser, const XML_Char* openNames, const XML_Char* /*base*/,
                                   const XML_Char* systemId, const XML_Char* /*publicId*/) {
-        guarded(XML_GetUserData(parser), [=](Document& document) {
+        handle(XML_GetUserData(parser), [=](Document& document) {
             if (openNames != nullptr) {
                 document.entities_.leaveOutExternal(openNames);
             } else if (systemId != nullptr) {
@@ -163,9 +164,10 @@ class Document {
         return XML_STATUS_OK;
     }
 
-    // An exception must not fly through Expat, which is C: it is kept until Expat has returned.
+    // Runs the body of a handler. An exception must not propagate through Expat, which is C, so it is kept until Expat
+    // has returned.
     template <class Action>
-    static void guarded(void* self, Action action) {
+    static void handle(void* self, Action action) {
         auto& document = *static_cast<Document*>(self);
         if (document.failure_ != nullptr) return;
         try {
@@ -176,18 +178,18 @@ class Document {
         }
     }
 
-    void meetVersion(const char* version) {
+    void checkVersion(const char* version) {
         if (version != nullptr && std::string_view(version) != "1.0")
             throw fault("XML version " + kest::quoted(version) + " is not supported, only \"1.0\"");
     }
 
-    void meetEncoding(const char* encoding) {
+    void checkEncoding(const char* encoding) {
         isDeclared_ = true;
         if (!form_.fits(encoding)) throw wrongEncoding(encoding);
         if (transcoder_) {
             if (form_.transcoded == nullptr && !kest::equalsIgnoringCase(encoding, encoding_))
                 throw wrongEncoding(encoding_);
-        } else if (ByteForm::readByExpat(encoding)) {
+        } else if (ByteLayout::readByExpat(encoding)) {
             isLatin1_ = kest::equalsIgnoringCase(encoding, "ISO-8859-1");
         } else {
             otherEncoding_ = form_.transcoded != nullptr ? form_.transcoded : encoding;
@@ -195,7 +197,7 @@ class Document {
         }
     }
 
-    void meetDoctype(const char* systemId) {
+    void handleDoctype(const char* systemId) {
         if (settings_.refuseDoctype) throw fault("document type declaration refused");
         hasDoctype_ = true;
         XML_SetEntityDeclHandler(parser_.get(), onEntity);
@@ -208,7 +210,7 @@ class Document {
 
     void warn(const std::string& message) { sink_.onWarning(kest::String(kest::widen(message)), line()); }
 
-    // What Expat has of the document from this place on; empty when it does not keep it.
+    // The part of the document from the current position on that Expat has in memory; empty if not available.
     std::string_view input() const {
         int offset = 0;
         int size = 0;
@@ -225,7 +227,7 @@ class Document {
         return utf8Of(input().substr(0, static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()))));
     }
 
-    // From quotation mark to quotation mark: where Expat tells of a default value, it tells where that begins only.
+    // The default value of an attribute with its quotation marks. Expat reports only where it begins.
     std::string currentLiteral() const {
         const std::string_view bytes = input();
         const std::size_t unit = transcoder_ ? 1 : static_cast<std::size_t>(form_.unit);
@@ -235,7 +237,7 @@ class Document {
         return utf8Of(bytes.substr(0, end));
     }
 
-    // A tree that came out of bytes of which nothing tells what they mean is none.
+    // Refuses a tree that was read with a guessed encoding.
     std::unique_ptr<Node> finished() {
         if (!isDeclared_ && transcoder_ && form_.transcoded == nullptr) throw wrongEncoding(encoding_);
         if (!isDeclared_ && !form_.marked && form_.unit != 1)
@@ -277,9 +279,9 @@ class Document {
         void operator()(XML_ParserStruct* parser) const { XML_ParserFree(parser); }
     };
 
-    const NodeReader& settings_;
+    const ReaderSettings& settings_;
     NodeSink& sink_;
-    const ByteForm& form_;
+    const ByteLayout& form_;
     const std::string& encoding_;
     std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
     std::optional<Transcoder> transcoder_;
@@ -293,19 +295,20 @@ class Document {
     std::exception_ptr failure_;
 };
 
-class DeafSink : public NodeSink {
+class NullSink : public NodeSink {
   public:
     int onNodeTree(Node* /*root*/) override { return 0; }
 };
 
-// With a finder there is no tree.
-std::unique_ptr<Node> read(const NodeReader& settings, NodeSink& sink, InputFile& file, LineFinder* finder) {
+// Builds no tree if there is a finder.
+std::unique_ptr<Node> read(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file,
+                           LineFinder* finder) {
     char begin[4];
-    const ByteForm& form = ByteForm::of({begin, file.peek(begin, sizeof begin)});
+    const ByteLayout& form = ByteLayout::of({begin, file.peek(begin, sizeof begin)});
     std::string encoding = form.unit == 4 ? form.transcoded : "";
     for (;;) {
         Document document(settings, sink, form, encoding);
-        if (finder != nullptr) document.showTo(*finder);
+        if (finder != nullptr) document.sendTo(*finder);
         std::unique_ptr<Node> root = document.read(file);
         if (document.otherEncoding().empty()) return root;
         encoding = document.otherEncoding();
@@ -315,13 +318,13 @@ std::unique_ptr<Node> read(const NodeReader& settings, NodeSink& sink, InputFile
 
 }  // namespace
 
-std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file) {
+std::unique_ptr<Node> readDocument(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file) {
     return read(settings, sink, file, nullptr);
 }
 
-int findLine(const NodeReader& settings, InputFile& file, const Place& place) {
+int findLine(const ReaderSettings& settings, DocumentFile& file, const NodePath& place) {
     LineFinder finder(place, settings.keepWhitespace);
-    DeafSink sink;
+    NullSink sink;
     try {
         read(settings, sink, file, &finder);
     } catch (const LineFinder::Found& found) {

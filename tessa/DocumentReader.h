@@ -2,18 +2,19 @@
 
 #include <memory>
 
-#include "tessa/InputFile.h"
+#include "tessa/DocumentFile.h"
 #include "tessa/Node.h"
-#include "tessa/NodeReader.h"
+#include "tessa/NodeSink.h"
+#include "tessa/ReaderSettings.h"
 
 namespace tessa {
 
-// Reads the document in a file into a tree; warnings go to the sink. Throws Fault for what is
-// wrong with the document, std::bad_alloc when memory runs out, and what the sink throws.
-std::unique_ptr<Node> readDocument(const NodeReader& settings, NodeSink& sink, InputFile& file);
+// Reads a document into a tree and reports warnings to the sink. Throws Fault if the document is invalid,
+// std::bad_alloc, and what the sink throws.
+std::unique_ptr<Node> readDocument(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file);
 
-// The line of the node that stands at `place` in the tree of that document, without a tree; 0 when there is none.
-// Throws Fault and std::bad_alloc.
-int findLine(const NodeReader& settings, InputFile& file, const Place& place);
+// The line of the node at `place` in a document, found without building its tree; 0 if there is no such node. Throws
+// Fault and std::bad_alloc.
+int findLine(const ReaderSettings& settings, DocumentFile& file, const NodePath& place);
 
 }  // namespace tessa

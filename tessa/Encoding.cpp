@@ -17,15 +17,15 @@ bool isOneOf(std::string_view name, std::span<const std::string_view> names) {
                        [name](std::string_view each) { return kest::equalsIgnoringCase(each, name); });
 }
 
-using Names = std::array<std::string_view, 4>;
-constexpr Names kUtf8 = {"UTF-8", "UTF8"};
-constexpr Names kUtf16Big = {"UTF-16", "UTF-16BE", "UCS-2", "ISO-10646-UCS-2"};
-constexpr Names kUtf16Little = {"UTF-16", "UTF-16LE", "UCS-2", "ISO-10646-UCS-2"};
-constexpr Names kUtf32Big = {"UTF-32", "UTF-32BE", "UCS-4", "ISO-10646-UCS-4"};
-constexpr Names kUtf32Little = {"UTF-32", "UTF-32LE", "UCS-4", "ISO-10646-UCS-4"};
+using EncodingNames = std::array<std::string_view, 4>;
+constexpr EncodingNames kUtf8 = {"UTF-8", "UTF8"};
+constexpr EncodingNames kUtf16Big = {"UTF-16", "UTF-16BE", "UCS-2", "ISO-10646-UCS-2"};
+constexpr EncodingNames kUtf16Little = {"UTF-16", "UTF-16LE", "UCS-2", "ISO-10646-UCS-2"};
+constexpr EncodingNames kUtf32Big = {"UTF-32", "UTF-32BE", "UCS-4", "ISO-10646-UCS-4"};
+constexpr EncodingNames kUtf32Little = {"UTF-32", "UTF-32LE", "UCS-4", "ISO-10646-UCS-4"};
 
-// The first that fits counts. Where there is no mark, a document can only begin with "<".
-const ByteForm kForms[] = {
+// The first matching row applies. A document without a byte order mark can only begin with "<".
+const ByteLayout kForms[] = {
     {"\xEF\xBB\xBF"sv, kUtf8, nullptr, 1, false, true},
     {"\0\0\xFE\xFF"sv, kUtf32Big, "UTF-32BE", 4, true, true},
     {"\xFF\xFE\0\0"sv, kUtf32Little, "UTF-32LE", 4, false, true},
@@ -40,25 +40,25 @@ const ByteForm kForms[] = {
 
 }  // namespace
 
-const ByteForm& ByteForm::of(std::string_view begin) {
+const ByteLayout& ByteLayout::of(std::string_view begin) {
     return *std::find_if(std::begin(kForms), std::end(kForms),
-                         [begin](const ByteForm& form) { return begin.starts_with(form.begin); });
+                         [begin](const ByteLayout& form) { return begin.starts_with(form.begin); });
 }
 
-bool ByteForm::fits(std::string_view encoding) const {
+bool ByteLayout::fits(std::string_view encoding) const {
     if (!names.front().empty()) return isOneOf(encoding, names);
     return std::all_of(std::begin(kForms), std::end(kForms),
-                       [encoding](const ByteForm& form) { return form.unit == 1 || !form.fits(encoding); });
+                       [encoding](const ByteLayout& form) { return form.unit == 1 || !form.fits(encoding); });
 }
 
-bool ByteForm::readByExpat(std::string_view encoding) {
+bool ByteLayout::readByExpat(std::string_view encoding) {
     constexpr std::string_view names[] = {"UTF-8",    "UTF-16",     "UTF-16BE",
                                           "UTF-16LE", "ISO-8859-1", "US-ASCII"};
     return isOneOf(encoding, names);
 }
 
-// Names have no characters beyond U+FFFF, and nothing else matters here.
-std::string ByteForm::utf8Of(std::string_view bytes, bool isLatin1) const {
+// Handles code points up to U+FFFF only. The result is searched for names, which contain no others.
+std::string ByteLayout::utf8Of(std::string_view bytes, bool isLatin1) const {
     if (unit == 1 && !isLatin1) return std::string(bytes);
     std::string text;
     const auto width = static_cast<std::size_t>(unit);

@@ -1,4 +1,4 @@
-// In which encoding a document is: what its first bytes show, and whether that goes with what it declares.
+// Determines the encoding of a document from its first bytes and the encoding that it declares.
 #pragma once
 
 #include <array>
@@ -7,26 +7,26 @@
 
 namespace tessa {
 
-// How the characters of a document are laid out, as its first four bytes show it.
-struct ByteForm {
-    // `begin` holds the first four bytes of the file, or all that it has.
-    static const ByteForm& of(std::string_view begin);
+// The size and byte order of a document's code units, as its first four bytes show them.
+struct ByteLayout {
+    // `begin` contains the first four bytes of the file, or all bytes of a shorter one.
+    static const ByteLayout& of(std::string_view begin);
 
-    // Whether a declared encoding may have bytes like these.
+    // Whether a declared encoding is compatible with this form.
     bool fits(std::string_view encoding) const;
 
-    // Expat reads only a few by itself.
+    // Whether Expat supports an encoding without a Transcoder.
     static bool readByExpat(std::string_view encoding);
 
-    // Bytes of a document that Expat reads by itself as UTF-8; ISO-8859-1 does not show.
+    // Converts bytes of a document that Expat reads directly to UTF-8. The form does not tell ISO-8859-1 from UTF-8.
     std::string utf8Of(std::string_view bytes, bool isLatin1) const;
 
     std::string_view begin;
-    std::array<std::string_view, 4> names;  // that may be declared; empty where most may
-    const char* transcoded;  // what a Transcoder calls it; null where only the declared name tells
-    int unit;                // bytes
-    bool bigEndian;          // where a unit has more than one
-    bool marked;             // with a byte order mark, so the encoding need not be declared
+    std::array<std::string_view, 4> names;  // compatible encodings; empty for 8-bit units without a mark
+    const char* transcoded;  // the name for a Transcoder; null if the declaration determines it
+    int unit;                // bytes per code unit
+    bool bigEndian;          // for units of several bytes
+    bool marked;             // has a byte order mark, so the encoding need not be declared
 };
 
 }  // namespace tessa

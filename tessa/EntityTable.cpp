@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "kest/Shown.h"
+#include "kest/Escape.h"
 
 namespace tessa {
 
 namespace {
 
-constexpr std::size_t kMostEntities = 64;
+constexpr std::size_t kMaxEntities = 64;
 
 constexpr const char* kExternal = "it is external, and nothing external is loaded";
 constexpr const char* kUndeclared = "it is not declared in the document itself";
@@ -31,7 +31,7 @@ bool EntityTable::declareExternal(std::string_view name, bool isParameter, std::
 
 bool EntityTable::add(Entity entity) {
     entities_.push_back(std::move(entity));
-    return entities_.size() <= kMostEntities;
+    return entities_.size() <= kMaxEntities;
 }
 
 void EntityTable::leaveOutUndeclared(std::string_view name, bool isParameter) {
@@ -55,7 +55,7 @@ void EntityTable::leaveOutExternalParameter(std::string_view systemId) {
     }
 }
 
-// Every content is searched once: what it leaves out is told once.
+// Searches the content of each entity at most once.
 void EntityTable::leaveOutReferences(std::string_view text) {
     std::vector<Entity*> waiting;
     search(text, waiting);
@@ -91,13 +91,13 @@ EntityTable::Entity* EntityTable::find(std::string_view name) {
 }
 
 void EntityTable::leaveOut(std::string_view name, bool isParameter, const char* reason) {
-    if (told_.size() > kMostEntities) return;
+    if (reported_.size() > kMaxEntities) return;
     const std::string shownName = (isParameter ? "parameter entity " : "entity ") + kest::quoted(name);
-    if (!told_.insert(shownName).second) return;
-    if (told_.size() > kMostEntities) {
-        tell_("more entities are left out");
+    if (!reported_.insert(shownName).second) return;
+    if (reported_.size() > kMaxEntities) {
+        warn_("more entities are left out");
     } else {
-        tell_(shownName + " is left out: " + reason);
+        warn_(shownName + " is left out: " + reason);
     }
 }
 

@@ -8,26 +8,26 @@
 
 namespace tessa {
 
-// The entities that a document declares, so that those which are left out can be told by name: external ones, and
-// those that would be declared in a part that is not loaded.
+// The entities that a document declares. Reports by name those that are left out: external entities, and entities whose
+// declaration would be in a part that is not loaded.
 class EntityTable {
   public:
-    // `tell` gets each name that is left out, for a message, once, and why; not more than there may be entities.
-    explicit EntityTable(std::function<void(const std::string&)> tell) : tell_(std::move(tell)) {}
+    // `warn` receives one message for each entity that is left out, up to the maximum number of entities.
+    explicit EntityTable(std::function<void(const std::string&)> warn) : warn_(std::move(warn)) {}
 
-    // Expat expands an entity that names another by recursion, so a long chain of them would exhaust the stack: false
-    // when there are more than a document may have.
+    // Both return false if there are too many entities. Expat expands nested entities recursively, so a long chain of
+    // them would exhaust the stack.
     bool declare(std::string_view name, bool isParameter, std::string_view value);
     bool declareExternal(std::string_view name, bool isParameter, std::string_view systemId);
 
     void leaveOutUndeclared(std::string_view name, bool isParameter);
-    // Expat tells of an external entity by the names of all that are open, between form feeds.
+    // Expat identifies an external entity by the names of all open entities, separated by form feeds.
     void leaveOutExternal(std::string_view openNames);
-    // ... and of a parameter entity by where it lies only.
+    // Expat identifies an external parameter entity only by its system identifier.
     void leaveOutExternalParameter(std::string_view systemId);
 
-    // Expat says nothing of references in attributes: `text` is the element's tag in UTF-8, or the literal of a
-    // default value.
+    // Finds references in attributes, which Expat does not report. `text` is a tag or the literal of a default value, in
+    // UTF-8.
     void leaveOutReferences(std::string_view text);
 
   private:
@@ -35,7 +35,7 @@ class EntityTable {
         std::string name;
         bool isParameter;
         bool isExternal;
-        std::string content;  // or where an external one lies
+        std::string content;  // the system identifier if external
         bool searched = false;
     };
 
@@ -44,9 +44,9 @@ class EntityTable {
     void search(std::string_view text, std::vector<Entity*>& waiting);
     void leaveOut(std::string_view name, bool isParameter, const char* reason);
 
-    std::function<void(const std::string&)> tell_;
+    std::function<void(const std::string&)> warn_;
     std::vector<Entity> entities_;
-    std::set<std::string> told_;
+    std::set<std::string> reported_;
 };
 
 }  // namespace tessa

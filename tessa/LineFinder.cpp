@@ -4,7 +4,7 @@ namespace tessa {
 
 void LineFinder::startElement(int line) {
     finishText(true);
-    meetNode(line);
+    visitNode(line);
     next_.push_back(0);
 }
 
@@ -22,12 +22,12 @@ void LineFinder::text(std::string_view utf8, int line) {
     breaksLine_ = breaksLine_ || utf8.find('\n') != std::string_view::npos;
 }
 
-// Which texts are dropped: see TreeBuilder.
+// Drops the same texts as TreeBuilder::finishText().
 void LineFinder::finishText(bool elementFollows) {
     if (!hasText_) return;
     const bool isLayout = isWhitespace_ && (elementFollows || breaksLine_ || next_.back() > 0);
     if (keepWhitespace_ || !isLayout) {
-        meetNode(textLine_);
+        visitNode(textLine_);
         ++next_.back();
     }
     hasText_ = false;
@@ -35,7 +35,7 @@ void LineFinder::finishText(bool elementFollows) {
     breaksLine_ = false;
 }
 
-void LineFinder::meetNode(int line) const {
+void LineFinder::visitNode(int line) const {
     if (next_ == wanted_) throw Found{line};
 }
 

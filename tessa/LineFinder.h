@@ -7,16 +7,16 @@
 
 namespace tessa {
 
-// Finds the line of a node in what a parser meets. Nodes are counted as a TreeBuilder makes them; nothing of the
-// document is kept.
+// Finds the line of a node from a parser's events, without keeping the document. Nodes are counted as a TreeBuilder makes
+// them.
 class LineFinder {
   public:
-    // Thrown as soon as the node is met.
+    // Thrown when the node is reached.
     struct Found {
         int line;
     };
 
-    LineFinder(Place place, bool keepWhitespace)
+    LineFinder(NodePath place, bool keepWhitespace)
         : wanted_(std::move(place)), keepWhitespace_(keepWhitespace) {}
 
     void startElement(int line);
@@ -25,15 +25,15 @@ class LineFinder {
 
   private:
     void finishText(bool elementFollows);
-    void meetNode(int line) const;
+    void visitNode(int line) const;
 
-    Place wanted_;
+    NodePath wanted_;
     bool keepWhitespace_;
-    Place next_;  // where the next node will stand
+    NodePath next_;  // the place of the next node
     bool hasText_ = false;
-    bool isWhitespace_ = true;  // the text so far
-    bool breaksLine_ = false;   // the text so far
-    int textLine_ = 0;          // where the text, less the white space before it, begins
+    bool isWhitespace_ = true;  // whether the text so far is only white space
+    bool breaksLine_ = false;   // whether the text so far contains a line break
+    int textLine_ = 0;          // the first line of the text that is not white space
 };
 
 }  // namespace tessa

@@ -13,11 +13,11 @@ namespace tessa {
 
 class Node;
 
-// Where a node stands: its index among the children of its parent, before that the one of its parent, and so on. The
-// root's place is empty.
-using Place = std::vector<std::size_t>;
+// The place of a node in a tree: at each level below the root, the index of the ancestor or of the node itself among its
+// siblings. The root's place is empty.
+using NodePath = std::vector<std::size_t>;
 
-// The children of an element in document order, to be walked with a range-based for loop.
+// The children of an element in document order, for range-based for loops.
 class NodeList {
   public:
     class Iterator {
@@ -47,8 +47,7 @@ class NodeList {
     Node* first_ = nullptr;
 };
 
-// One element or one text of a document. All nodes live in the document's own memory, which belongs to the
-// root: delete the root and nothing else.
+// An element or a text of a document. The root owns the memory of all nodes: delete only the root.
 class Node {
   public:
     static constexpr int kElement = 0;
@@ -63,24 +62,24 @@ class Node {
 
     virtual int type() const = 0;
 
-    // An element's name or a text node's text; NUL-terminated.
+    // The name of an element or the text of a text node; NUL-terminated.
     virtual const wchar_t* text() const = 0;
 
-    // An element's name; empty for a text node.
+    // The name of an element; empty for a text node.
     virtual const kest::String& name() const = 0;
 
-    // An element: 0, and *children is its own list. A text node: -1, and *children stays.
+    // For an element: stores its list in *children and returns 0. For a text: returns -1 and leaves *children unchanged.
     virtual int getChildren(const NodeList** children) const = 0;
 
-    // An element's attributes; empty for a text node.
+    // The attributes of an element; empty for a text node.
     virtual const StringMap* attributes() const = 0;
 
-    // The texts and names of the whole document, which live as long as what is returned, even when the tree
-    // is gone; from the root only, null from any other node.
+    // Shares ownership of all texts and names of the document, so that they can outlive the tree. Null unless this is
+    // the root.
     virtual std::shared_ptr<const void> shareTexts() const = 0;
 
-    // Writes the node with all below it as XML, escaped, in UTF-8. kIndented puts each child on a line of its
-    // own, two blanks a level, where an element holds only elements.
+    // Writes the node and its descendants as escaped XML in UTF-8. kIndented writes each child of an element that has
+    // only element children on a line of its own, indented by two blanks per level.
     virtual void write(std::ostream& out, int mode) const;
 
     Node* nextSibling() const { return next_; }

@@ -3,16 +3,16 @@
 #include <memory>
 
 #include "kest/Text.h"
+#include "tessa/DocumentFile.h"
 #include "tessa/DocumentReader.h"
-#include "tessa/Fault.h"
-#include "tessa/InputFile.h"
+#include "tessa/ReadError.h"
 
 namespace tessa {
 
 int NodeReader::process(const kest::String& path, int /*reserved*/) {
     status = 1;
     try {
-        InputFile file(kest::narrow(path.view()).c_str());
+        DocumentFile file(kest::narrow(path.view()).c_str());
         std::unique_ptr<Node> root = readDocument(*this, sink_, file);
         status = 0;
         sink_.onNodeTree(root.release());
@@ -22,9 +22,9 @@ int NodeReader::process(const kest::String& path, int /*reserved*/) {
     return status;
 }
 
-int NodeReader::lineOf(const kest::String& path, const Place& place) const {
+int NodeReader::lineOf(const kest::String& path, const NodePath& place) const {
     try {
-        InputFile file(kest::narrow(path.view()).c_str());
+        DocumentFile file(kest::narrow(path.view()).c_str());
         return findLine(*this, file, place);
     } catch (const Fault&) {
         return 0;

@@ -1,43 +1,39 @@
 #pragma once
 
-#include <cstddef>
-
 #include "kest/String.h"
 #include "tessa/Node.h"
 #include "tessa/NodeSink.h"
+#include "tessa/ReaderSettings.h"
 
 namespace tessa {
 
 // Reads XML files into node trees.
 //
-// Comments and processing instructions are dropped and CDATA is text; adjacent pieces of text make one text
-// node. Text of nothing but white space is dropped when its parent holds an element, and when it holds a line
-// break and is all that its parent holds. A document type declaration is a warning, nothing external is ever
-// loaded, and an entity that is left out for that is a warning too. All messages are printable ASCII; what they
-// show of the document is written as in kest/Shown.h.
-//     struct Sink : tessa::NodeSink { std::unique_ptr<tessa::Node> root; int onNodeTree(tessa::Node* n)
-//     override {...} }; NodeReader reader(sink); reader.process(kest::String(L"out.xml"), 0); if
-//     (reader.status == 0) ... sink.root ...
-class NodeReader {
+// Comments and processing instructions are dropped. CDATA is text, and adjacent texts form one text node. A text of only
+// white space is dropped if its parent has an element, or if it is the parent's only content and has a line break. A
+// document type declaration causes a warning. Nothing external is loaded; each entity that is left out for this reason
+// causes a warning. All messages are printable ASCII; parts of the document in them are escaped as in kest/Escape.h.
+//     struct Sink : tessa::NodeSink {
+//         int onNodeTree(tessa::Node* node) override { root.reset(node); return 0; }
+//         std::unique_ptr<tessa::Node> root;
+//     } sink;
+//     NodeReader reader(sink);
+//     reader.process(kest::String(L"out.xml"), 0);
+//     if (reader.status == 0) ... sink.root ...
+class NodeReader : public ReaderSettings {
   public:
     explicit NodeReader(NodeSink& sink) : sink_(sink) {}
 
-    // Reads the file at `path` and tells the sink of the tree, or of what is wrong. Returns `status`. The
-    // second argument is reserved and must be 0. Throws std::bad_alloc when memory runs out.
+    // Reads the file at `path` and passes its tree or an error to the sink. Returns `status`. The second argument is
+    // reserved and must be 0. Throws std::bad_alloc.
     int process(const kest::String& path, int reserved);
 
-    // The line of the node at `place` in the file at `path`, which is read anew up to there; 0 when there is none.
-    // The sink is told nothing. Throws std::bad_alloc when memory runs out.
-    int lineOf(const kest::String& path, const Place& place) const;
+    // The line of the node at `place` in the file at `path`, which is read up to that node; 0 if there is no such node.
+    // Does not call the sink. Throws std::bad_alloc.
+    int lineOf(const kest::String& path, const NodePath& place) const;
 
-    // 0 after a file that was read without error, 1 after one that was not.
+    // 0 if the last file was read without error, otherwise 1.
     int status = 0;
-
-    // Settings, to be changed before process().
-    int blockSize = 0;              // bytes read at a time; 0 for the reader's own choice
-    bool keepWhitespace = false;    // keep text of nothing but white space everywhere
-    bool refuseDoctype = false;     // a document type declaration is a critical error
-    bool expandNamespaces = false;  // names become "namespace|name"
 
   private:
     NodeSink& sink_;

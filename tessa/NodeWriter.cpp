@@ -1,4 +1,4 @@
-// Node::write: a tree as XML text. It keeps its own stack, for documents may be of any depth.
+// Node::write. Uses a stack of its own instead of recursion, as documents may have any depth.
 #include <algorithm>
 #include <array>
 #include <ostream>
@@ -12,12 +12,12 @@ namespace tessa {
 
 namespace {
 
-// Lines of deeper levels begin here too, else the blanks of a deep document would outweigh it.
-constexpr std::size_t kDeepestIndent = 100;
+// Deeper levels are not indented further, or most of a deep document would be blanks.
+constexpr std::size_t kMaxIndentLevel = 100;
 
-class Writer {
+class XmlWriter {
   public:
-    Writer(std::ostream& out, bool indented) : out_(out), indented_(indented) {}
+    XmlWriter(std::ostream& out, bool indented) : out_(out), indented_(indented) {}
 
     void write(const Node& top) {
         enter(top);
@@ -38,7 +38,7 @@ class Writer {
     struct Open {
         const Node* node;
         const Node* nextChild;
-        bool onLines;  // each child stands on a line of its own
+        bool onLines;  // whether each child is written on a line of its own
     };
 
     void enter(const Node& node) {
@@ -47,7 +47,7 @@ class Writer {
             return;
         }
         put('<');
-        plain(node.text());
+        putName(node.text());
         writeAttributes(*node.attributes());
         const NodeList* children = nullptr;
         node.getChildren(&children);
@@ -65,7 +65,7 @@ class Writer {
         open_.pop_back();
         if (last.onLines) breakLine(open_.size());
         put("</");
-        plain(last.node->text());
+        putName(last.node->text());
         put('>');
     }
 
@@ -78,24 +78,24 @@ class Writer {
 
     void breakLine(std::size_t level) {
         put('\n');
-        for (std::size_t blanks = 2 * std::min(level, kDeepestIndent); blanks > 0; --blanks) put(' ');
+        for (std::size_t blanks = 2 * std::min(level, kMaxIndentLevel); blanks > 0; --blanks) put(' ');
     }
 
     void writeAttributes(const StringMap& attributes) {
         for (const Attribute& attribute : attributes) {
             put(' ');
-            plain(attribute.name->text());
+            putName(attribute.name->text());
             put("=\"");
             escape(attribute.value, true);
             put('"');
         }
     }
 
-    void plain(const wchar_t* text) {
+    void putName(const wchar_t* text) {
         for (; *text != L'\0'; ++text) putCodePoint(*text);
     }
 
-    // White space that a reader would change on its way is written as a reference.
+    // White space that a reader would normalise is written as a character reference.
     void escape(const wchar_t* text, bool inAttribute) {
         for (; *text != L'\0'; ++text) {
             switch (*text) {
@@ -152,7 +152,7 @@ class Writer {
     std::ostream& out_;
     bool indented_;
     std::vector<Open> open_;
-    // Handing a stream single bytes would cost more than all the rest.
+    // Writing single bytes to the stream would take more time than everything else.
     std::array<char, 2048> buffer_;
     std::size_t used_ = 0;
 };
@@ -160,7 +160,7 @@ class Writer {
 }  // namespace
 
 void Node::write(std::ostream& out, int mode) const {
-    Writer(out, mode == kIndented).write(*this);
+    XmlWriter(out, mode == kIndented).write(*this);
 }
 
 }  // namespace tessa

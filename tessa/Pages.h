@@ -4,11 +4,11 @@
 
 namespace tessa {
 
-// Asks the system to give the memory of a large block in big steps: taking it page by page costs more than
-// reading the document. Changes nothing but the speed.
+// Asks the system to back a large block with large pages: faulting in small pages takes more time than reading the
+// document. Affects only speed.
 void useLargePages(void* block, std::size_t size);
 
-// What a block is to be aligned to for this to help.
+// The alignment that a block needs to benefit.
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
 }  // namespace tessa

@@ -4,7 +4,7 @@
 
 namespace tessa {
 
-// One attribute; both texts live as long as the document's.
+// An attribute. Both texts live as long as the texts of the document.
 struct Attribute {
     const kest::String* name;
     const wchar_t* value;
@@ -18,11 +18,12 @@ class StringMap {
 
     int count() const { return count_; }
 
-    // For a range-based for loop without copies. Names are held once a document: equal ones have one address.
+    // For range-based for loops without copies. Equal names of a document have the same address.
     const Attribute* begin() const { return attributes_; }
     const Attribute* end() const { return attributes_ + count_; }
 
-    // 0 with both texts set; -1, and both untouched, for an index outside 0 to count() - 1.
+    // Stores name and value of an attribute and returns 0. Returns -1 and leaves both unchanged if the index is not in
+    // 0 to count() - 1.
     int getEntry(int index, kest::String& name, kest::String& value) const;
 
   private:

@@ -11,10 +11,10 @@ namespace {
 
 constexpr std::size_t kFirstTable = 64;
 
-// What a name costs beside its texts: its place in the table here, and what the parser below keeps of it.
+// The memory that a name takes besides its texts, in the table here and in the parser.
 constexpr std::size_t kNameCost = 256;
 
-// Names are short and few, so a byte at a time is quick enough (FNV-1a).
+// FNV-1a, which is fast enough for short and few names.
 std::uint64_t hashOf(std::string_view bytes) {
     std::uint64_t hash = 14695981039346656037U;
     for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
@@ -23,8 +23,8 @@ std::uint64_t hashOf(std::string_view bytes) {
 
 }  // namespace
 
-// Instances of a group name the same fields in the same order, so the name that followed the latest one
-// before is nearly always the one that is asked for.
+// Instances of a group have the same fields in the same order, so the name that followed the previous one last time is
+// nearly always the next.
 const kest::String* TextStore::intern(const char* utf8) {
     Name* const expected = latest_ != nullptr ? latest_->follower : nullptr;
     Name* const name =
@@ -75,7 +75,7 @@ void TextStore::append(const char* utf8, std::size_t length) {
     length_ = static_cast<std::size_t>(widenUtf8(utf8, length, begin + length_) - begin);
 }
 
-// Moves the open text to a block that has room for it; a long text doubles its room, so it moves seldom.
+// Moves the open text to a larger block. The size is doubled so that long texts move only a few times.
 void TextStore::makeRoom(std::size_t characters) {
     const wchar_t* const old = openText();
     arena_.addBlock((length_ == 0 ? characters : 2 * characters) * sizeof(wchar_t));

@@ -6,15 +6,15 @@
 #include <cstring>
 #include <new>
 
-#include "kest/Shown.h"
-#include "tessa/Fault.h"
+#include "kest/Escape.h"
+#include "tessa/ReadError.h"
 
 namespace tessa {
 
 namespace {
 
-// Longer than what any encoding needs for a character, and than the UTF-8 of what it may hold back.
-constexpr std::size_t kLongestCharacter = 64;
+// An upper bound for the bytes of a character in any encoding and for the UTF-8 that a conversion may hold back.
+constexpr std::size_t kMaxCharacterBytes = 64;
 
 constexpr char kBadByte = '\xFF';
 
@@ -30,7 +30,7 @@ Transcoder::~Transcoder() {
     iconv_close(converter_);
 }
 
-int Transcoder::read(InputFile& file, char* buffer, int size) {
+int Transcoder::read(DocumentFile& file, char* buffer, int size) {
     const auto blockSize = static_cast<std::size_t>(size);
     while (textBegin_ == textEnd_ && !ended_) fill(file, blockSize);
     const std::size_t count = std::min(textEnd_ - textBegin_, blockSize);
@@ -39,7 +39,7 @@ int Transcoder::read(InputFile& file, char* buffer, int size) {
     return static_cast<int>(count);
 }
 
-void Transcoder::fill(InputFile& file, std::size_t blockSize) {
+void Transcoder::fill(DocumentFile& file, std::size_t blockSize) {
     textBegin_ = 0;
     textEnd_ = 0;
     if (starved_) {
@@ -49,7 +49,7 @@ void Transcoder::fill(InputFile& file, std::size_t blockSize) {
         bytes_.resize(left + static_cast<std::size_t>(count));
         ended_ = count == 0;
     }
-    text_.resize(std::max(text_.size(), 2 * bytes_.size() + 2 * kLongestCharacter));
+    text_.resize(std::max(text_.size(), 2 * bytes_.size() + 2 * kMaxCharacterBytes));
     if (ended_) {
         finish();
     } else {
@@ -57,24 +57,24 @@ void Transcoder::fill(InputFile& file, std::size_t blockSize) {
     }
 }
 
-// Converts as much as there is, or as there is room for.
+// Converts until the input is used up or the output is full.
 void Transcoder::convert() {
     char* in = bytes_.data();
     std::size_t inLeft = bytes_.size();
     char* out = text_.data();
-    std::size_t outLeft = text_.size() - 1;  // for the bad byte
+    std::size_t outLeft = text_.size() - 1;  // leaves room for the bad byte
     const std::size_t result = iconv(converter_, &in, &inLeft, &out, &outLeft);
     const int error = result == static_cast<std::size_t>(-1) ? errno : 0;
     const bool moved = inLeft != bytes_.size() || out != text_.data();
     bytes_.erase(bytes_.begin(), bytes_.end() - static_cast<std::ptrdiff_t>(inLeft));
     textEnd_ = static_cast<std::size_t>(out - text_.data());
     starved_ = error != E2BIG;
-    const bool cutOff = error == EINVAL && bytes_.size() < kLongestCharacter;
+    const bool cutOff = error == EINVAL && bytes_.size() < kMaxCharacterBytes;
     const bool full = error == E2BIG && moved;
     if (error != 0 && !cutOff && !full) endWithBadByte();
 }
 
-// What was held back until now comes out.
+// Writes what the conversion has held back.
 void Transcoder::finish() {
     char* out = text_.data();
     std::size_t outLeft = text_.size() - 1;

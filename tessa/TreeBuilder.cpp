@@ -10,7 +10,7 @@ namespace tessa {
 
 namespace {
 
-// What a level costs while it is open, in the builder and in the parser below it.
+// The memory that an open element takes in the builder and in the parser.
 constexpr std::size_t kLevelCost = 256;
 
 bool isWhitespace(std::wstring_view text) {
@@ -75,8 +75,7 @@ void TreeBuilder::addChild(Node* node) {
     parent.lastChild = node;
 }
 
-// A text of white space alone is layout, not content, where elements stand beside it or where it breaks the
-// line.
+// A text of only white space is layout, not content, if it has element siblings or contains a line break.
 void TreeBuilder::finishText(bool elementFollows) {
     TextStore& texts = *memory().texts;
     if (!texts.isOpen()) return;

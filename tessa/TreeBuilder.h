@@ -8,21 +8,20 @@
 
 namespace tessa {
 
-// Makes a tree of what a parser meets, in document order. Every operation may throw std::bad_alloc or
-// DocumentTooLarge.
+// Builds a tree from a parser's events. Every operation may throw std::bad_alloc or DocumentTooLarge.
 class TreeBuilder {
   public:
     explicit TreeBuilder(bool keepWhitespace) : keepWhitespace_(keepWhitespace) {}
 
-    // `attributes` are names and values in turn, ended by a null; all in UTF-8.
+    // `attributes` are alternating names and values, ended by a null pointer. All texts are UTF-8.
     void startElement(const char* name, const char** attributes);
     void endElement();
     void text(const char* utf8, std::size_t length) { memory().texts->append(utf8, length); }
 
-    // The innermost element that has not ended, in UTF-8; empty when there is none.
+    // The name of the innermost open element in UTF-8; empty if there is none.
     std::string openName() const;
 
-    // The tree; null before its root has ended. The builder is empty afterwards.
+    // Releases the tree; null if its root has not ended. The builder must not be used afterwards.
     std::unique_ptr<Node> takeRoot();
 
   private:
@@ -38,7 +37,7 @@ class TreeBuilder {
 
     bool keepWhitespace_;
     std::unique_ptr<TreeMemory> owned_ = std::make_unique<TreeMemory>();
-    TreeMemory* memory_ = owned_.get();  // owned by the root, once there is one
+    TreeMemory* memory_ = owned_.get();  // owned by the root once it exists
     std::unique_ptr<RootNode> root_;
     std::vector<Open> open_;
 };

@@ -1,5 +1,4 @@
-// The nodes that a document's tree is made of. All but the root lie in the root's arena and are never
-// destroyed.
+// The node classes of a document's tree. All nodes except the root are in the root's arena and are never destroyed.
 #pragma once
 
 #include <memory>
@@ -44,7 +43,7 @@ class TextNode final : public Node {
     const wchar_t* text_;
 };
 
-// What a tree stands in: the texts, which may be shared beyond it, and the nodes.
+// The memory of a tree: its texts, which can outlive it, and its nodes.
 struct TreeMemory {
     std::shared_ptr<TextStore> texts = std::make_shared<TextStore>();
     Arena nodes{texts->budget()};
@@ -61,7 +60,7 @@ class RootNode final : public ElementNode {
     std::unique_ptr<TreeMemory> memory_;
 };
 
-// Attributes of elements that have none.
+// The attributes of elements without any.
 extern const StringMap kNoAttributes;
 
 }  // namespace tessa

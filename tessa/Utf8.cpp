@@ -21,8 +21,7 @@ struct Block8 {
     using Wides = std::uint32_t __attribute__((vector_size(32)));
 };
 
-// Most text is ASCII: a block of characters in a few instructions. False, with nothing written, when one of
-// them is not.
+// Converts a block of ASCII characters in a few instructions. False, with nothing written, if the block is not ASCII.
 template <class Block>
 bool widenAscii(const char* utf8, wchar_t* out) {
     std::uint64_t words[Block::kSize / sizeof(std::uint64_t)];
@@ -69,7 +68,7 @@ wchar_t* widenUtf8(const char* utf8, std::size_t length, wchar_t* out) {
             utf8 += 8;
             out += 8;
         } else {
-            // Up to eight one by one, then try the quick way again.
+            // Converts up to eight bytes one by one before trying a whole block again.
             const char* const stop = left > 8 ? utf8 + 8 : end;
             while (utf8 < stop) *out++ = codePoint(utf8);
         }

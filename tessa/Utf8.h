@@ -4,11 +4,11 @@
 
 namespace tessa {
 
-// Writes one wide character per code point to `out` and returns its end; `out` has room for `length`
-// characters. REQUIRES: valid UTF-8 without a NUL, as an XML parser hands it out.
+// Writes one wide character per code point to `out`, which must have room for `length` characters, and returns the end of
+// the output. REQUIRES: valid UTF-8 without a NUL, as an XML parser delivers it.
 wchar_t* widenUtf8(const char* utf8, std::size_t length, wchar_t* out);
 
-// Writes a code point as UTF-8, four bytes at most, and returns its end.
+// Writes a code point as UTF-8, at most four bytes, and returns the end of the output.
 char* narrowUtf8(wchar_t codePoint, char* out);
 
 }  // namespace tessa

@@ -35,7 +35,7 @@ TEST(Fork, WhileAThreadLogsLeavesTheChildAbleToLog) {
     logger.join();
 }
 
-// The callback waits for what the thread that forks has still to do.
+// The callback waits for the thread that forks.
 TEST(Fork, DoesNotWaitForACallback) {
     struct Host {
         static void callback(int, int, void* userData, const char*, const char*) {
@@ -54,7 +54,7 @@ TEST(Fork, DoesNotWaitForACallback) {
     EXPECT_TRUE(canLog());
 }
 
-TEST(Fork, InACallbackLeavesBothAbleToLogBehindIt) {
+TEST(Fork, InACallbackLeavesBothProcessesAbleToLog) {
     struct Host {
         static void callback(int, int, void* userData, const char*, const char*) {
             *static_cast<pid_t*>(userData) = fork();

@@ -1,4 +1,4 @@
-// The files of the workspace, and its end.
+// The files of a TemporaryDir, and its end.
 
 #include "tests/core/TemporaryDirFixture.h"
 #include "tests/support/Allocations.h"
@@ -112,7 +112,7 @@ TEST_F(TemporaryDirFiles, FailsUnloggedWhenEveryNameIsTaken) {
     }
 }
 
-TEST_F(TemporaryDirFiles, NotInitialisedWorkspaceHandsNothingOut) {
+TEST_F(TemporaryDirFiles, UninitialisedWorkspaceReturnsNoNames) {
     const auto workspace = make();
     std::wstring path = L"unchanged";
     EXPECT_EQ(workspace->getTmpFile(path, L"out_", L".xml"), 6);
@@ -178,7 +178,7 @@ TEST_F(TemporaryDirFiles, DestructionRemovesFilesAndDirectory) {
     EXPECT_TRUE(fs::is_empty(base_.path()));
 }
 
-TEST_F(TemporaryDirFiles, DestructionLeavesSomebodyElsesFile) {
+TEST_F(TemporaryDirFiles, DestructionKeepsForeignFiles) {
     auto workspace = makeInitialised();
     const fs::path directory = directoryOf(*workspace);
     touch(newFile(*workspace));
@@ -211,7 +211,7 @@ TEST_F(TemporaryDirFiles, OuterWorkspaceStaysWhereAnInnerOneWasNotRemoved) {
     EXPECT_TRUE(fs::is_directory(directoryOf(inner)));
 }
 
-TEST_F(TemporaryDirFiles, DeleteDirectoryRemovesTheWorkspaceWhateverIsNamed) {
+TEST_F(TemporaryDirFiles, DeleteDirectoryIgnoresItsArgument) {
     auto workspace = makeInitialised();
     const fs::path directory = directoryOf(*workspace);
     const fs::path named = base_.path() / "named";
@@ -273,7 +273,7 @@ TEST_F(TemporaryDirFiles, ThrowingCallbackStopsNeitherClosingNorDestruction) {
     }
 }
 
-TEST_F(TemporaryDirFiles, OtherConstructorsMakeNothingThatCanBeUsed) {
+TEST_F(TemporaryDirFiles, OtherConstructorsMakeUnusableObjects) {
     const zavtest::EnvironmentVariable temp("TEMP", base_.path().string());
     TemporaryDir none;
     TemporaryDir onlyPath(wide(base_.path()).c_str());

@@ -1,4 +1,4 @@
-// What the tests of the workspace share.
+// Support for the tests of TemporaryDir.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -36,12 +36,12 @@ inline bool matches(const std::string& text, const std::string& pattern) {
     return matched;
 }
 
-// What every name holds behind its prefix.
+// The pattern of every name after its prefix.
 inline std::string processIds() {
     return std::to_string(getpid()) + std::to_string(getppid());
 }
 
-// The next workspace or file tries this many names.
+// The number of names that the next directory or file tries.
 inline int seedBudget(unsigned seed) {
     std::srand(seed);
     const int budget = std::rand() % 30 + 30;
@@ -49,12 +49,12 @@ inline int seedBudget(unsigned seed) {
     return budget;
 }
 
-// All random characters are "0" and every name has six of them, as long as this lives.
+// Makes all random characters "0" and gives every name six of them.
 class NoRandomness {
     zavtest::OpenRule zeros_{kRandomDevice, "/dev/zero"};
 };
 
-// The random device delivers these values, and nothing behind them.
+// Makes the random device deliver these values and then end.
 class RandomValues {
   public:
     explicit RandomValues(const std::vector<std::uint32_t>& values) : rule_(kRandomDevice, write(values)) {}
@@ -69,7 +69,7 @@ class RandomValues {
     zavtest::OpenRule rule_;
 };
 
-// A workspace is made below a directory of the test's own.
+// A test whose temporary directories are made in a directory of its own.
 class TemporaryDirTest : public testing::Test {
   protected:
     std::unique_ptr<TemporaryDir> make() {

@@ -1,4 +1,4 @@
-// How the workspace makes its directory.
+// How TemporaryDir makes its directory.
 #include <sys/stat.h>
 
 #include <ctime>
@@ -13,7 +13,7 @@ using zavtest::Message;
 
 class TemporaryDirInit : public TemporaryDirTest {
   protected:
-    // The name that is tried with this number when there is no randomness.
+    // The name that is tried with this number when nothing is random.
     std::string tried(int number) const {
         return (base_.path() / ("zav_" + processIds() + "000000_" + std::to_string(number))).string();
     }
@@ -103,7 +103,7 @@ TEST_F(TemporaryDirInit, EachCallSeedsTheGeneratorWithTheTime) {
     EXPECT_TRUE(seeded);
 }
 
-TEST_F(TemporaryDirInit, DirectoryIsTheOwnersAloneUnderAnyUmask) {
+TEST_F(TemporaryDirInit, DirectoryHasOwnerPermissionsOnlyForAnyUmask) {
     for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
         const Umask umask(mask);
         const auto workspace = make();
@@ -129,7 +129,7 @@ TEST_F(TemporaryDirInit, SuccessIsLoggedInOrder) {
     EXPECT_EQ(workspace->WStringToString(workspace->getBasePath()), tried(budget));
 }
 
-TEST_F(TemporaryDirInit, WhateverHasTheNameTheNextIsTried) {
+TEST_F(TemporaryDirInit, NextNameIsTriedIfTheNameIsTaken) {
     namespace fs = std::filesystem;
     const std::function<void(const fs::path&)> obstacles[] = {
         [](const fs::path& path) { fs::create_directory(path); },
@@ -156,7 +156,7 @@ TEST_F(TemporaryDirInit, WhateverHasTheNameTheNextIsTried) {
     EXPECT_FALSE(fs::exists("/nowhere"));
 }
 
-TEST_F(TemporaryDirInit, LastNumberThatIsTriedIsOne) {
+TEST_F(TemporaryDirInit, LastNumberTriedIsOne) {
     const NoRandomness zeros;
     const auto workspace = make();
     const int budget = seedBudget(11);
@@ -199,7 +199,7 @@ TEST_F(TemporaryDirInit, FailsWhereNoDirectoryCanBeMade) {
     }
 }
 
-TEST_F(TemporaryDirInit, FailedWorkspaceHandsNothingOutAndRemovesNothing) {
+TEST_F(TemporaryDirInit, FailedWorkspaceReturnsNoNamesAndRemovesNothing) {
     auto workspace = std::make_unique<TemporaryDir>(&log_, wide(base_.path() / "missing").c_str());
     EXPECT_EQ(workspace->getBasePath(), nullptr);
     EXPECT_EQ(workspace->init(L"zav_"), 6);

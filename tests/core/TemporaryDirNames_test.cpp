@@ -1,4 +1,4 @@
-// How the workspace names things: conversions, the place of its directory, random names.
+// The names that TemporaryDir makes: conversions, the parent directory, random names.
 
 #include "tests/core/TemporaryDirFixture.h"
 #include "tests/support/EnvironmentVariable.h"
@@ -109,7 +109,7 @@ TEST_F(TemporaryDirNames, RandomCharactersFollowTheMapping) {
     const std::string digits = "0123456789";
     const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
     const std::string lower = "abcdefghijklmnopqrstuvwxy";
-    // The remainders 0 to 9 and 48 to 57 are digits, 10 to 16 and 58 to 64 become "A" to "G", and so on.
+    // The remainders 0 to 9 and 48 to 57 become digits, 10 to 16 and 58 to 64 become "A" to "G", and so on.
     for (std::uint32_t r = 0; r < 10; ++r) add(r, digits[r]);
     for (std::uint32_t r = 10; r < 17; ++r) add(r, upper[r - 10]);
     for (std::uint32_t r = 17; r < 43; ++r) add(r, upper[r - 17]);

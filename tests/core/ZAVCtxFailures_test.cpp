@@ -1,5 +1,4 @@
-// ZAV_init and ZAV_free where memory runs out at any point, and where the host's callback throws at any
-// message.
+// ZAV_init and ZAV_free when an allocation fails and when the host's callback throws, at every possible point.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -17,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Throws at the message whose turn it is, counted from 1; at every one for kAlways.
+// Throws at one message, counted from 1, or at every message for kAlways.
 struct ThrowingHost {
     static constexpr int kAlways = -1;
 
@@ -32,7 +31,7 @@ struct ThrowingHost {
 
 class ZAVCtxFailures : public testing::Test {
   protected:
-    // What a failed call must leave as it was.
+    // The value of the output argument that a failed call must not change.
     struct Left {
         long blocks = zavtest::liveBlocks();
         std::size_t descriptors = zavtest::openDescriptors();
@@ -45,7 +44,7 @@ class ZAVCtxFailures : public testing::Test {
                         handle);
     }
 
-    // Nobody holds the logger's lock: else this would wait for ever.
+    // The test hangs if the logger's lock is still held.
     static void expectLockFree() {
         zavtest::LogRecorder recorder;
         ZAVlog(1, zavtest::LogRecorder::callback, &recorder).traceMIN("f", "free");
@@ -57,7 +56,7 @@ class ZAVCtxFailures : public testing::Test {
     zavtest::ZavIni ini_{"ZAV_HomeDirectory = /opt/zav\nZAV_Exploiters = other\n"};
 };
 
-TEST_F(ZAVCtxFailures, MemoryThatRunsOutDuringInitIsToldAndLeavesNothing) {
+TEST_F(ZAVCtxFailures, FailedAllocationDuringInitIsReportedAndLeavesNothing) {
     auto* const untouched = reinterpret_cast<ZAVCtx*>(this);
     std::vector<int> codes;
     for (int nth = 1;; ++nth) {
@@ -80,13 +79,13 @@ TEST_F(ZAVCtxFailures, MemoryThatRunsOutDuringInitIsToldAndLeavesNothing) {
         expectLockFree();
         codes.push_back(code);
     }
-    // The handle, its name, its logger, and all that follows.
+    // At least the handle, its name and its logger.
     ASSERT_GT(codes.size(), 10U);
     EXPECT_EQ(std::vector<int>(codes.begin(), codes.begin() + 3), (std::vector<int>{5, 5, 4}));
     for (std::size_t i = 3; i < codes.size(); ++i) EXPECT_EQ(codes[i], 5) << i;
 }
 
-TEST_F(ZAVCtxFailures, MemoryThatRunsOutWhileTheFileIsOpenedIsTold) {
+TEST_F(ZAVCtxFailures, FailedAllocationWhileOpeningTheFileIsReported) {
     const zavtest::OpenRule noMemory(zavtest::kZavIni, ENOMEM);
     ZAVCtx* handle = nullptr;
     EXPECT_EQ(init(nullptr, nullptr, &handle), 5);

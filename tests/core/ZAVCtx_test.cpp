@@ -1,4 +1,4 @@
-// ZAV_init and ZAV_free: what they return, make, tell and release.
+// ZAV_init and ZAV_free: return codes, side effects, messages and released resources.
 #include "core/ZAVCtx.h"
 
 #include <gtest/gtest.h>
@@ -65,7 +65,7 @@ TEST_F(ZAVCtxTest, NullNameIsRefusedInSilence) {
     EXPECT_EQ(ZAV_init(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 2);
 }
 
-TEST_F(ZAVCtxTest, NullPlaceForTheHandleIsRefusedInSilence) {
+TEST_F(ZAVCtxTest, NullHandleArgumentIsRefusedSilently) {
     EXPECT_EQ(ZAV_init("product", LogRecorder::callback, &recorder_, tempDir_.c_str(), nullptr, nullptr), 3);
     EXPECT_TRUE(recorder_.messages.empty());
     EXPECT_TRUE(fs::is_empty(temp_.path()));
@@ -112,7 +112,7 @@ TEST_F(ZAVCtxTest, DirectoryIsTheGivenOneOrTheFiles) {
     EXPECT_EQ(handle_->homeDir, L"/usr/zav");
 }
 
-TEST_F(ZAVCtxTest, NoticesTellWhatIsMissing) {
+TEST_F(ZAVCtxTest, MessagesReportWhatIsMissing) {
     const struct {
         const char* file;
         const wchar_t* zavDir;
@@ -220,7 +220,7 @@ TEST_F(ZAVCtxTest, ReleaseIsLoggedInOrder) {
               }));
 }
 
-TEST_F(ZAVCtxTest, ReleaseDeletesEveryFileThatWasHandedOut) {
+TEST_F(ZAVCtxTest, ReleaseDeletesEveryNamedFile) {
     ASSERT_EQ(init(), 0);
     for (int i = 0; i < 5; ++i) {
         std::wstring path;
@@ -231,7 +231,7 @@ TEST_F(ZAVCtxTest, ReleaseDeletesEveryFileThatWasHandedOut) {
     EXPECT_TRUE(fs::is_empty(temp_.path()));
 }
 
-TEST_F(ZAVCtxTest, ReleaseLeavesSomebodyElsesFile) {
+TEST_F(ZAVCtxTest, ReleaseKeepsForeignFiles) {
     ASSERT_EQ(init(), 0);
     const fs::path theirs = fs::path(directory()) / "theirs";
     std::ofstream(theirs) << "x";
@@ -248,7 +248,7 @@ std::unique_ptr<ZAVCtx> handMade(LogRecorder& recorder) {
     return handle;
 }
 
-TEST_F(ZAVCtxTest, HandleWithoutANameLosesItsLoggerOnly) {
+TEST_F(ZAVCtxTest, HandleWithoutANameLosesOnlyItsLogger) {
     const auto handle = handMade(recorder_);
     handle->exploiterName.reset();
     handle->homeDir = L"/usr/zav";

@@ -10,7 +10,7 @@
 namespace zav::test {
 namespace {
 
-// A host that counts without a lock of its own and notices when two threads are in its callback at once.
+// A host that counts messages without a lock and detects two threads in its callback.
 struct Host {
     static void callback(int, int component, void* userData, const char*, const char*) {
         auto& host = *static_cast<Host*>(userData);
@@ -26,7 +26,7 @@ struct Host {
     int software = 0;
 };
 
-// The threads' messages are the first of the process, so they also race for the making of the lock.
+// These are the first messages of the process, so the threads also race for the first use of the lock.
 TEST(ZAVlogThreads, TwoLoggersNeverCallTheHostAtOnce) {
     constexpr int kMessages = 2000;
     Host host;

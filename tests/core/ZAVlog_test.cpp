@@ -31,7 +31,7 @@ class ZAVlogTest : public testing::Test {
     ZAVlog log_{1, LogRecorder::callback, &recorder_};
 };
 
-// The locale of the C library decides what "%S" can convert.
+// The locale determines which characters "%S" can convert.
 class Locale {
   public:
     explicit Locale(const char* name) : before_(std::setlocale(LC_ALL, nullptr)) {
@@ -45,7 +45,7 @@ class Locale {
     std::string before_;
 };
 
-TEST(ZAVlog, HandsOverLevelComponentFunctionAndText) {
+TEST(ZAVlog, PassesLevelComponentFunctionAndText) {
     for (const int component : {1, 3, 4, 0, -7}) {
         LogRecorder recorder;
         ZAVlog log(component, LogRecorder::callback, &recorder);
@@ -64,7 +64,7 @@ TEST(ZAVlog, HandsOverLevelComponentFunctionAndText) {
     }
 }
 
-TEST(ZAVlog, HandsOverTheHostsPointerAndTheFunctionNameItself) {
+TEST(ZAVlog, PassesTheHostsPointerAndTheFunctionNameUnchanged) {
     struct Seen {
         const char* function = nullptr;
     } seen;
@@ -184,8 +184,7 @@ TEST_F(ZAVlogTest, WithoutMemoryTheMessageIsDropped) {
     EXPECT_EQ(recorder_.textsOf("f"), std::vector<std::string>{"kept"});
 }
 
-// A conversion of the C library that answers "1" the first time and one more digit each time it is asked
-// again.
+// A custom printf conversion whose output grows by one digit with each evaluation, starting with "1".
 class GrowingConversion {
   public:
     GrowingConversion() {
@@ -226,7 +225,7 @@ TEST(ZAVlog, BufferIsReleasedAfterTheCallback) {
     EXPECT_EQ(zavtest::liveBlocks(), before);
 }
 
-TEST(ZAVlog, ThrowingCallbackLeavesTheLockFreeAndNothingAllocated) {
+TEST(ZAVlog, ThrowingCallbackReleasesTheLockAndItsMemory) {
     ZAVlog throwing(
         1, [](int, int, void*, const char*, const char*) { throw 7; }, nullptr);
     const long before = zavtest::liveBlocks();
@@ -251,13 +250,13 @@ TEST(ZAVlog, LoggersWithoutCallbackConstructorsDeliverNothing) {
     EXPECT_EQ(nullDevice.count(), 0);
 }
 
-TEST(ZAVlog, DestructionTellsTheHostNothing) {
+TEST(ZAVlog, DestructionLogsNothing) {
     LogRecorder recorder;
     delete new ZAVlog(1, LogRecorder::callback, &recorder);
     EXPECT_TRUE(recorder.messages.empty());
 }
 
-TEST(ZAVlog, LockIsTakenByOneAndGivenBackByAnythingElse) {
+TEST(ZAVlog, LockIsAcquiredByOneAndReleasedByAnyOtherOperation) {
     for (const int unlock : {0, 2, -1}) {
         EXPECT_EQ(ZAVlog::mutex(1), 0);
         EXPECT_EQ(ZAVlog::mutex(unlock), 0);

@@ -1,4 +1,4 @@
-// Memory that runs out at any point of any call: once, or from there on.
+// Every allocation of every call fails: alone, or with all later ones.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -15,7 +15,7 @@ using zavtest::Shortage;
 
 constexpr int kPlenty = 70;
 
-// Large enough for every table and every block of memory to grow.
+// Large enough that every table and every arena grows.
 std::string largeOutput() {
     std::string output = "<?xml version='1.0'?><!DOCTYPE QEL><QEL>";
     for (int i = 0; i < kPlenty; ++i) {
@@ -32,7 +32,7 @@ class HWAllocationsTest : public zavtest::AllocationTest {
         toolkit_.put("output.xml", largeOutput());
         toolkit_.put("lines", "one\n" + std::string(5000, 'x') + "\nthree\n");
         toolkit_.scannerIs("PrintLines");
-        wholeLife();  // what the system's libraries keep for good they have from now on
+        wholeLife();  // allocates what the system's libraries keep until the process ends
     }
 
     int init(ZAVCtx** handle) {
@@ -56,7 +56,7 @@ class HWAllocationsTest : public zavtest::AllocationTest {
         close();
     }
 
-    // Nobody holds the logger's lock, else this would wait for ever.
+    // The test hangs if the logger's lock is still held.
     void expectLockFree() {
         const int before = messages_;
         const wchar_t* name = nullptr;
@@ -71,7 +71,7 @@ class HWAllocationsTest : public zavtest::AllocationTest {
         expectConsistent();
     }
 
-    // Of the scan that was broken off as of the one before.
+    // Neither those of the aborted scan nor those of the previous one.
     void expectNoResults() {
         int count = 4711;
         EXPECT_EQ(ZAV_hw_get_group_instances(context_, 3, &count), 107);
@@ -79,7 +79,7 @@ class HWAllocationsTest : public zavtest::AllocationTest {
         for (const auto& instances : context_->groups) EXPECT_TRUE(instances.empty());
     }
 
-    // All that is counted can be had.
+    // Every instance and every field that is counted can be read.
     void expectConsistent() {
         for (const int group : {3, 30}) {
             int instances = 0;
@@ -103,7 +103,7 @@ class HWAllocationsTest : public zavtest::AllocationTest {
     ZAVHwCtx* context_ = nullptr;
 };
 
-TEST_P(HWAllocationsTest, OfOpeningAHandle) {
+TEST_P(HWAllocationsTest, OpenHandle) {
     everyAllocation([this](int nth) {
         ZAVCtx* const untouched = reinterpret_cast<ZAVCtx*>(this);
         ZAVCtx* handle = untouched;
@@ -118,7 +118,7 @@ TEST_P(HWAllocationsTest, OfOpeningAHandle) {
     });
 }
 
-TEST_P(HWAllocationsTest, OfMakingAContext) {
+TEST_P(HWAllocationsTest, MakeContext) {
     everyAllocation([this](int nth) {
         EXPECT_EQ(init(&handle_), 0);
         ZAVHwCtx* context = reinterpret_cast<ZAVHwCtx*>(this);
@@ -133,7 +133,7 @@ TEST_P(HWAllocationsTest, OfMakingAContext) {
     });
 }
 
-TEST_P(HWAllocationsTest, OfSettingAnOption) {
+TEST_P(HWAllocationsTest, SetOption) {
     everyAllocation([this](int nth) {
         open();
         const Attempt attempt = failAt(nth, [this] { return ZAV_hw_setopt(context_, 4, 0); });
@@ -143,7 +143,7 @@ TEST_P(HWAllocationsTest, OfSettingAnOption) {
     });
 }
 
-TEST_P(HWAllocationsTest, OfAScan) {
+TEST_P(HWAllocationsTest, Scan) {
     everyAllocation([this](int nth) {
         open();
         const Attempt attempt = failAt(nth, [this] { return ZAV_hw_run(context_); });
@@ -161,7 +161,7 @@ TEST_P(HWAllocationsTest, OfAScan) {
     });
 }
 
-TEST_P(HWAllocationsTest, OfAScanLeaveAContextInWhichTheNextScanSucceeds) {
+TEST_P(HWAllocationsTest, NextScanSucceeds) {
     toolkit_.put("output.xml", "<QEL><Memory><Size>1<!-- -->2</Size><Type/></Memory><Modem/></QEL>");
     int nth = 1;
     for (bool reached = true; reached; ++nth) {
@@ -182,8 +182,8 @@ TEST_P(HWAllocationsTest, OfAScanLeaveAContextInWhichTheNextScanSucceeds) {
     EXPECT_GT(nth, 100);
 }
 
-// The encoding is one that the system's iconv reads.
-TEST_P(HWAllocationsTest, OfAScanWithAnotherEncoding) {
+// The system's iconv converts this encoding.
+TEST_P(HWAllocationsTest, ScanWithIconvEncoding) {
     toolkit_.put("output.xml", "<?xml version='1.0' encoding='ISO-8859-2'?><QEL><Memory/></QEL>");
     open();
     ASSERT_EQ(ZAV_hw_run(context_), 0);
@@ -196,7 +196,7 @@ TEST_P(HWAllocationsTest, OfAScanWithAnotherEncoding) {
     close();
 }
 
-TEST_P(HWAllocationsTest, OfQueries) {
+TEST_P(HWAllocationsTest, Queries) {
     open();
     ASSERT_EQ(ZAV_hw_run(context_), 0);
     const wchar_t* text = nullptr;
@@ -226,7 +226,7 @@ TEST_P(HWAllocationsTest, OfQueries) {
     close();
 }
 
-TEST_P(HWAllocationsTest, OfReleasingAContext) {
+TEST_P(HWAllocationsTest, ReleaseContext) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(ZAV_hw_run(context_), 0);
@@ -236,7 +236,7 @@ TEST_P(HWAllocationsTest, OfReleasingAContext) {
     });
 }
 
-TEST_P(HWAllocationsTest, OfReleasingAHandle) {
+TEST_P(HWAllocationsTest, ReleaseHandle) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(ZAV_hw_free(context_), 0);

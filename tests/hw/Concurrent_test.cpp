@@ -1,4 +1,4 @@
-// Threads that scan at once, each with a handle of its own.
+// Threads that scan at the same time, each with its own handle.
 #include "tests/hw/Inventory.h"
 #include "tests/support/Threads.h"
 
@@ -44,8 +44,7 @@ TEST(Concurrent, HandlesAndContextsComeAndGoInEveryThread) {
     });
 }
 
-// One callback for all threads: it counts without a lock of its own, which is right only because the library
-// never enters it twice at a time.
+// The callback counts without a lock, which is correct only if the library never calls it from two threads at once.
 TEST(Concurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
     struct Host {
         static void callback(int, int, void* userData, const char*, const char*) {

@@ -1,5 +1,5 @@
-// Each system call of a scan fails in its turn: the scan has its documented code, nothing is left behind, and
-// the next scan succeeds.
+// Each system call of a scan fails once: the scan returns its documented code, nothing is left behind, and the next
+// scan succeeds.
 #include <cerrno>
 #include <functional>
 #include <iostream>
@@ -22,7 +22,7 @@ bool isConfiguration(const std::string& path) {
     return path.find("/config") != std::string::npos;
 }
 
-// A message that cannot be formatted is lost, a configuration that cannot be written is an error.
+// A message that cannot be formatted is dropped; a configuration that cannot be written is an error.
 FaultCase onConfiguration(const char* function, int error, int code) {
     return {function, error,
             [code](const std::string& path) { return Codes{isConfiguration(path) ? code : 0}; }};
@@ -30,7 +30,7 @@ FaultCase onConfiguration(const char* function, int error, int code) {
 
 class ScanFaultTest : public testing::TestWithParam<FaultCase> {};
 
-TEST_P(ScanFaultTest, HasItsCodeAndPasses) {
+TEST_P(ScanFaultTest, ReturnsItsCodeAndTheNextRunSucceeds) {
     const zavtest::NothingLeft nothingLeft;
     int failures = 0;
     for (int nth = 1;; ++nth) {
@@ -90,7 +90,7 @@ TEST_F(HWFaultTest, AFailedWriteIsTheLastOne) {
     }
 }
 
-TEST_F(HWFaultTest, AConfigurationThatCannotBeOpenedIsToldWithTheReason) {
+TEST_F(HWFaultTest, AConfigurationThatCannotBeCreatedIsReportedWithTheReason) {
     for (int nth = 1;; ++nth) {
         const Fault fault("fopen", EACCES, nth);
         takeMessages();
@@ -122,7 +122,7 @@ TEST_F(HWFaultTest, WithoutAFreeNameThereIsNoConfiguration) {
     EXPECT_LE(fault.failures(), 59);
 }
 
-TEST_F(HWFaultTest, ALostNullDeviceLosesMessagesOnly) {
+TEST_F(HWFaultTest, WithoutTheNullDeviceOnlyMessagesAreLost) {
     scannerWrites("<QEL><Memory/></QEL>");
     ASSERT_EQ(run(), 0);
     takeMessages();
@@ -132,7 +132,7 @@ TEST_F(HWFaultTest, ALostNullDeviceLosesMessagesOnly) {
     EXPECT_EQ(fault.path(), "/dev/null");
 }
 
-TEST_F(HWFaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold) {
+TEST_F(HWFaultTest, ADirectoryThatCannotBeRemovedIsKeptAndTheFailureIsLogged) {
     ZAVHwCtx* other = nullptr;
     zavtest::LogRecorder log;
     ASSERT_EQ(ZAV_hw_init(handle(), zavtest::LogRecorder::callback, &log, &other), 0);
@@ -164,8 +164,8 @@ TEST_F(HWFaultTest, AFileThatCannotBeDeletedStopsNoOther) {
     EXPECT_EQ(std::filesystem::remove_all(workspace), 2U) << "the file and its directory are left";
 }
 
-// Every directory that the library makes, for a handle and for a context.
-TEST(WorkspaceFault, AHandleWithoutAWorkspaceIsNone) {
+// Both directories that the library makes: for a handle and for a context.
+TEST(WorkspaceFault, NoHandleIsMadeWithoutAWorkspace) {
     const zavtest::NothingLeft nothingLeft;
     const zavtest::ScratchDir temp;
     auto* const untouched = reinterpret_cast<ZAVCtx*>(&std::cout);
@@ -190,7 +190,7 @@ TEST(WorkspaceFault, ADirectoryThatCannotBeMadeIsTriedUnderAnotherName) {
     EXPECT_TRUE(std::filesystem::is_empty(temp.path()));
 }
 
-TEST(WorkspaceFault, AContextWithoutAWorkspaceIsOneAllTheSame) {
+TEST(WorkspaceFault, AContextIsMadeWithoutAWorkspace) {
     Inventory inventory;
     ZAVHwCtx* context = nullptr;
     {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/File.h"
+#include "core/StdioFile.h"
 #include "kest/Text.h"
 #include "tests/hw/Inventory.h"
 #include "tests/support/LogRecorder.h"
@@ -118,7 +118,7 @@ TEST_F(HWConfigFileTest, AFileThatCannotBeOpenedIsRefusedSilently) {
     EXPECT_TRUE(log_.messages.empty());
 }
 
-// All that the file holds fits into the stream's buffer, so the full disk shows when the file is closed.
+// The content fits into the stream's buffer, so the full disk is detected when the file is closed.
 TEST_F(HWConfigFileTest, AFullDiskThatShowsOnlyAtTheEndIsAFailedWrite) {
     enableAll();
     EXPECT_EQ(generate("/dev/full"), 102);
@@ -135,7 +135,7 @@ TEST_F(HWConfigFileTest, NoFaultNeedsALogger) {
 TEST_F(HWConfigFileTest, WriteDataWritesATextWithoutItsEnd) {
     const std::string path = directory_.path() / "file";
     {
-        const File file = openFile(path.c_str(), "we");
+        const StdioFile file = openFile(path.c_str(), "we");
         EXPECT_TRUE(HW_writeData(&context_, file.get(), "one "));
         EXPECT_TRUE(HW_writeData(&context_, file.get(), ""));
         EXPECT_TRUE(HW_writeData(nullptr, file.get(), "two\n"));
@@ -143,12 +143,12 @@ TEST_F(HWConfigFileTest, WriteDataWritesATextWithoutItsEnd) {
     EXPECT_EQ(zavtest::readAll(path), "one two\n");
 }
 
-TEST_F(HWConfigFileTest, WriteDataTellsThatAFileTakesNothing) {
-    const File full = openFile("/dev/full", "we");
+TEST_F(HWConfigFileTest, WriteDataReportsAFailedWrite) {
+    const StdioFile full = openFile("/dev/full", "we");
     std::setvbuf(full.get(), nullptr, _IONBF, 0);
     EXPECT_FALSE(HW_writeData(&context_, full.get(), "text"));
 
-    const File readOnly = openFile("/dev/null", "re");
+    const StdioFile readOnly = openFile("/dev/null", "re");
     EXPECT_FALSE(HW_writeData(&context_, readOnly.get(), "text"));
 }
 

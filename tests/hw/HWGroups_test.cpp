@@ -15,7 +15,7 @@ struct Row {
     bool operator==(const Row&) const = default;
 };
 
-// The catalogue as the scanners know it.
+// The groups as the scanners know them.
 const std::vector<Row> catalogue = {
     {1, "ComponentID", L"ComponentID"},
     {2, "Processor", L"Processor"},
@@ -75,7 +75,7 @@ std::vector<Row> walk() {
     return rows;
 }
 
-TEST(HWGroups, AWalkMeetsTheWholeCatalogueInItsOrder) {
+TEST(HWGroups, IterationVisitsAllGroupsInOrder) {
     ASSERT_EQ(catalogue.size(), 48U);
     EXPECT_EQ(walk(), catalogue);
 }
@@ -87,7 +87,7 @@ TEST(HWGroups, TheLastRowIsTheTerminator) {
     EXPECT_EQ(terminator.xmlName, nullptr);
 }
 
-TEST(HWGroups, BothNamesOfAGroupDifferInBlanksOnly) {
+TEST(HWGroups, BothNamesOfAGroupDifferOnlyInBlanks) {
     for (const Row& row : catalogue) {
         std::wstring withoutBlanks;
         for (const char character : row.displayName) {
@@ -101,7 +101,7 @@ TEST(HWGroups, EveryOutputNameLeadsToItsId) {
     for (const Row& row : catalogue) EXPECT_EQ(HW_getGroupId(row.xmlName), row.id);
 }
 
-TEST(HWGroups, AnyOtherNameLeadsToNone) {
+TEST(HWGroups, AnUnknownNameIsNotFound) {
     for (const wchar_t* const name :
          {L"Operating System", L"operatingsystem", L"OPERATINGSYSTEM", L"", L"OperatingSyste",
           L"OperatingSystems", L" OperatingSystem", L"OperatingSystem ", L"IPv6 Address", L"(null)"}) {
@@ -118,7 +118,7 @@ TEST(HWGroups, EveryIdOfTheCatalogueFindsItsRow) {
     }
 }
 
-TEST(HWGroups, AnyOtherIdFindsNone) {
+TEST(HWGroups, AnUnknownIdIsNotFound) {
     for (const int id : {-52, -1, 0, 17, 18, 33, 52, 53, 1000}) EXPECT_EQ(findGroup(id), nullptr) << id;
 }
 

@@ -14,7 +14,7 @@ using hwtest::Messages;
 using tessa::Node;
 using tessa::NodeList;
 
-// Name and value of each field of each instance.
+// The name and the value of each field of an instance.
 using Fields = std::vector<std::pair<std::wstring, std::wstring>>;
 
 Fields textsOf(const HWInstance& instance) {
@@ -30,7 +30,7 @@ class HWParserTest : public testing::Test {
         context_.discardResults();
     }
 
-    // The root of a document; the tree lives until the next call.
+    // Returns the root of a document. The tree is valid until the next call.
     const Node* read(const std::string& document) {
         const std::wstring path = kest::widen(directory_.write("output.xml", document).string());
         parser_ = std::make_unique<XMLParser>(context_.log.get(), path.c_str());
@@ -46,7 +46,7 @@ class HWParserTest : public testing::Test {
 
     int parse(const std::string& document) { return HW_parseHWData(&context_, read(document)); }
 
-    // The tree is gone when the results are looked at, as it is for hosts.
+    // Deletes the tree first, as it no longer exists when hosts read the results.
     std::vector<Fields> instances(int group) {
         parser_.reset();
         std::vector<Fields> all;
@@ -207,7 +207,7 @@ TEST_F(HWParserTest, AnInstanceWithoutChildrenHasNoFields) {
     EXPECT_TRUE(log_.messages.empty());
 }
 
-TEST_F(HWParserTest, TheFieldsOfAnInstanceAreAddedBehindItsOthers) {
+TEST_F(HWParserTest, TheFieldsOfAnInstanceAreAppended) {
     HWInstance instance;
     instance.fields = {{L"first", L"1"}};
     EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory><B>2</B><A>3</A></Memory>")), 0);

@@ -1,4 +1,4 @@
-// The getters: each one's checks in their order, with code, message and level.
+// The getters: the checks of each in order, with code, message and level.
 #include <functional>
 
 #include "tests/hw/Inventory.h"
@@ -9,7 +9,7 @@ namespace {
 const wchar_t* const untouchedText = L"untouched";
 constexpr int untouchedNumber = 4711;
 
-// The outputs of a query, which is to write them on success only.
+// The output arguments of a query, which must be written only on success.
 struct Outputs {
     int number = untouchedNumber;
     const wchar_t* text = untouchedText;
@@ -18,7 +18,7 @@ struct Outputs {
     bool areUntouched() const { return number == untouchedNumber && text == untouchedText && names == &text; }
 };
 
-// In the states of a context that the checks tell apart.
+// The states of a context that the checks distinguish.
 enum class State { Unscanned, Scanned, Failed };
 
 struct QueryCase {
@@ -29,8 +29,8 @@ struct QueryCase {
     Messages messages;
 };
 
-// Group 3 has an instance with two fields of one name and one without fields; group 4 has none; group 5 is
-// not enabled.
+// Group 3 has one instance with two fields of the same name and one without fields; group 4 has none; group 5 is not
+// enabled.
 class HWQueryTest : public InventoryTest {
   protected:
     HWQueryTest() {
@@ -72,7 +72,7 @@ auto nameOf(const QueryCase& query) {
     return std::string(query.name);
 }
 
-// Calls that differ in their arguments only.
+// Calls that differ only in their arguments.
 auto groupName(int group) {
     return [=](Context context, Outputs& out) { return ZAV_hw_get_group_name(context, group, &out.text); };
 }
@@ -278,7 +278,7 @@ INSTANTIATE_TEST_SUITE_P(
                   valueRefused("[Slot] from group [3] instance [1]", 1, "Field not found [Slot]")}),
     [](const auto& test) { return nameOf(test.param); });
 
-TEST_F(HWQueryTest, TheReturnCodeIsToldWithoutAMessage) {
+TEST_F(HWQueryTest, TheReturnCodeIsReturnedSilently) {
     int code = 0;
     EXPECT_EQ(ZAV_hw_get_returncode(context(), &code), 0);
     EXPECT_EQ(code, -1);
@@ -324,7 +324,7 @@ TEST_F(HWQueryTest, FieldNamesComeInTheOrderOfTheOutputWithTheirDuplicates) {
                                         {2, 3, kFields, "Retrieved 3 fields"}}));
 }
 
-TEST_F(HWQueryTest, TheSameArrayIsHandedOutEachTime) {
+TEST_F(HWQueryTest, TheSameArrayIsReturnedEachTime) {
     enter(State::Scanned);
     const wchar_t** first = nullptr;
     const wchar_t** second = nullptr;

@@ -1,4 +1,4 @@
-// One scan after another, seen from the host.
+// Scans as seen by the host.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 using HWScanTest = InventoryTest;
 using Texts = std::vector<std::string>;
 
-// What the workspace of the context holds.
+// The files in the context's temporary directory.
 std::size_t filesOf(const Inventory& inventory) {
     const std::filesystem::directory_iterator files(kest::narrow(inventory.context()->tmpDir->getBasePath()));
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
@@ -35,7 +35,7 @@ TEST_F(HWScanTest, FillsTheContextWithWhatTheScannerWrote) {
     EXPECT_EQ(instances(4), 0);
 }
 
-// The paths that a scan tells of, in order: the configuration file and the output file.
+// The paths that a scan logs: the configuration file and the output file.
 struct Paths {
     explicit Paths(const Messages& messages) {
         for (const zavtest::Message& message : messages) {
@@ -50,7 +50,7 @@ struct Paths {
     std::string output;
 };
 
-TEST_F(HWScanTest, TellsItsWholeStoryInOrder) {
+TEST_F(HWScanTest, LogsEveryStepInOrder) {
     put("output.xml", "<QEL><Memory/><Memory/><Modem/></QEL>");
     put("lines", "one\r\n\ntwo");
     scannerIs("PrintLines");
@@ -72,7 +72,7 @@ TEST_F(HWScanTest, TellsItsWholeStoryInOrder) {
                         }));
 }
 
-TEST_F(HWScanTest, ItsFilesLieInTheContextsWorkspaceUntilTheContextIsFreed) {
+TEST_F(HWScanTest, ItsFilesStayInTheContextsWorkspaceUntilTheContextIsFreed) {
     scannerWrites("<QEL/>");
     ASSERT_EQ(run(), 0);
     const Paths first(takeMessages());
@@ -92,7 +92,7 @@ TEST_F(HWScanTest, ItsFilesLieInTheContextsWorkspaceUntilTheContextIsFreed) {
     EXPECT_FALSE(std::filesystem::exists(workspace));
 }
 
-TEST_F(HWScanTest, TheScannerReadsWhichGroupsAreWanted) {
+TEST_F(HWScanTest, TheScannerReadsTheEnabledGroups) {
     scannerIs("ShowConfiguration");
     disable(0);
     enable(4);
@@ -107,7 +107,7 @@ TEST_F(HWScanTest, TheScannerReadsWhichGroupsAreWanted) {
         << configuration;
 }
 
-TEST_F(HWScanTest, WithoutGroupsTheScannerRunsAllTheSame) {
+TEST_F(HWScanTest, TheScannerRunsWithoutEnabledGroups) {
     scannerIs("ShowConfiguration");
     disable(0);
     EXPECT_EQ(run(), 0);
@@ -125,7 +125,7 @@ TEST_F(HWScanTest, ASecondScanReplacesTheFirst) {
     EXPECT_EQ(value(3, 0, L"Size"), L"2");
 }
 
-TEST_F(HWScanTest, PointersStayValidUntilTheNextScanWhateverElseIsAsked) {
+TEST_F(HWScanTest, PointersStayValidUntilTheNextScan) {
     scannerWrites("<QEL><Memory><Size>1<!-- -->2</Size><Type>DDR</Type></Memory></QEL>");
     ASSERT_EQ(run(), 0);
     const wchar_t* size = nullptr;
@@ -145,10 +145,10 @@ TEST_F(HWScanTest, PointersStayValidUntilTheNextScanWhateverElseIsAsked) {
     EXPECT_STREQ(names[1], L"Type");
 }
 
-// What each way of failing leaves behind.
+// The state after each kind of failure.
 
 TEST_F(HWScanTest, AScannerThatCannotBeStartedIsALaunchFailure) {
-    put("quorvah", "no program\n");  // and not executable
+    put("quorvah", "no program\n");  // not executable either
     EXPECT_EQ(run(), 103);
     EXPECT_EQ(returnCode(), -1);
     const Messages messages = takeMessages();
@@ -167,7 +167,7 @@ TEST_F(HWScanTest, AScannerThatCannotBeStartedIsALaunchFailure) {
     EXPECT_EQ(returnCode(), -1);
 }
 
-TEST_F(HWScanTest, ALaunchFailureLeavesNoResultsOfTheScanBefore) {
+TEST_F(HWScanTest, ALaunchFailureDiscardsTheResultsOfThePreviousScan) {
     scannerWrites("<QEL><Memory/></QEL>");
     ASSERT_EQ(run(), 0);
     std::filesystem::remove(scanner());
@@ -185,7 +185,7 @@ TEST_P(ExitStatusTest, OtherThanZeroIsAFailureThatIsKept) {
     scannerIs("FailAfterOutput");
     EXPECT_EQ(run(), 103);
     EXPECT_EQ(returnCode(), GetParam());
-    // The output is there, but not read.
+    // The output exists but is not read.
     EXPECT_EQ(
         takeMessages().back(),
         (zavtest::Message{0, 3, "ZAV_hw_run", "Exit code: " + std::to_string(GetParam()) + " (ERROR)"}));
@@ -222,7 +222,7 @@ TEST_F(HWScanTest, AMissingOutputFileIsAnErrorOfTheOutput) {
     EXPECT_EQ(instances(3), 0);
 }
 
-TEST_F(HWScanTest, AnOutputFileThatIsCutOffIsAnErrorOfTheOutputAndLeavesTheTablesEmpty) {
+TEST_F(HWScanTest, AnOutputFileThatIsTruncatedIsAnErrorOfTheOutputAndLeavesTheTablesEmpty) {
     put("output.xml", "<QEL>\n<Memory><Size>1</Size></Memory>\n<Memory><Size>2</Size></Memory></QEL>\n");
     scannerIs("WriteHalf");
     EXPECT_EQ(run(), 104);
@@ -271,13 +271,13 @@ TEST_F(HWScanTest, AContextIsAsGoodAsNewAfterEveryFailure) {
 
 // The scanner's standard output.
 
-TEST_F(HWScanTest, EachLineIsToldAsSoonAsItsLineFeedArrives) {
+TEST_F(HWScanTest, EachLineIsLoggedAsSoonAsItsLineFeedArrives) {
     put("output.xml", "<QEL/>");
     const std::string pipe = path() / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     scannerIs("PrintThenWait");
 
-    // The scanner goes on when it has been heard.
+    // The scanner continues after its line has been received.
     struct Listener {
         static void callback(int, int, void* userData, const char*, const char* message) {
             auto& self = *static_cast<Listener*>(userData);
@@ -298,12 +298,12 @@ struct RefusedCase {
     const char* name;
     std::string output;
     std::string reason;
-    std::string known;  // the message that follows
+    std::string known;  // the message after it that hosts match
 };
 
 class RefusedTest : public HWScanTest, public testing::WithParamInterface<RefusedCase> {};
 
-TEST_P(RefusedTest, IsToldWithItsFileItsLineAndTheReason) {
+TEST_P(RefusedTest, IsReportedWithFileLineAndReason) {
     scannerWrites(GetParam().output);
     ASSERT_EQ(run(), 104);
     Messages told = takeMessages();
@@ -358,7 +358,7 @@ struct LinesCase {
 
 class LinesTest : public HWScanTest, public testing::WithParamInterface<LinesCase> {};
 
-TEST_P(LinesTest, AreToldOneByOne) {
+TEST_P(LinesTest, AreLoggedOneByOne) {
     put("output.xml", "<QEL/>");
     put("lines", GetParam().printed);
     scannerIs("PrintLines");
@@ -392,7 +392,7 @@ INSTANTIATE_TEST_SUITE_P(Outputs, LinesTest,
                                                    Texts(2000, "l")}),
                          [](const auto& test) { return std::string(test.param.name); });
 
-TEST_F(HWScanTest, ALineIsToldUpToItsFirstNul) {
+TEST_F(HWScanTest, ALineIsLoggedUpToItsFirstNul) {
     put("output.xml", "<QEL/>");
     put("lines", std::string("a\0b\nc\n", 6));
     scannerIs("PrintLines");
@@ -402,7 +402,7 @@ TEST_F(HWScanTest, ALineIsToldUpToItsFirstNul) {
     EXPECT_EQ(std::count(texts.begin(), texts.end(), "STDOUT data: [c]"), 1);
 }
 
-// Waiting for the end of the output is not enough.
+// The scanner ends after its output, so waiting only for the end of the output is not enough.
 TEST_F(HWScanTest, AScannerThatClosesItsOutputIsWaitedFor) {
     put("output.xml", "<QEL><Memory/></QEL>");
     const std::string pipe = path() / "pipe";

@@ -37,7 +37,7 @@ TEST_F(HostileOutputTest, EveryBeginningOfAGoodOutputIsRefused) {
     }
 }
 
-TEST_F(HostileOutputTest, EveryByteLostFromAGoodOutputLeavesTheContextWhole) {
+TEST_F(HostileOutputTest, EveryByteRemovedFromAGoodOutputKeepsTheContextConsistent) {
     for (std::size_t lost = 0; lost < goodOutput.size(); ++lost) {
         scannerWrites(goodOutput.substr(0, lost) + goodOutput.substr(lost + 1));
         const int code = run();
@@ -85,7 +85,7 @@ TEST_F(HostileOutputTest, Latin1IsRead) {
 struct HostileCase {
     const char* name;
     std::string output;
-    std::string message;  // the beginning of the last one
+    std::string message;  // the beginning of the last message
 };
 
 class HostileDocumentTest : public HostileOutputTest, public testing::WithParamInterface<HostileCase> {};
@@ -140,7 +140,7 @@ TEST_F(HostileOutputTest, OneLongValueIsNoProblem) {
     EXPECT_EQ(value(3, 0, L"A").size(), 3'000'000U);
 }
 
-// Nothing that the output names is opened: neither a file nor what would answer on the network.
+// External entities are never loaded, neither from files nor from the network.
 TEST_F(HostileOutputTest, ExternalEntitiesAreNeverLoaded) {
     const std::string secret = put("secret", "the secret");
     scannerWrites("<!DOCTYPE QEL [<!ENTITY x SYSTEM \"file://" + secret +
@@ -165,7 +165,7 @@ TEST_F(HostileOutputTest, AnExternalDoctypeIsAWarningOnly) {
     EXPECT_EQ(instances(3), 1);
 }
 
-TEST_F(HostileOutputTest, ADirectoryInThePlaceOfTheOutputIsRefused) {
+TEST_F(HostileOutputTest, ADirectoryInPlaceOfTheOutputIsRefused) {
     scannerIs("LinkToDirectory");
     EXPECT_EQ(run(), 104);
     const zavtest::Message last = takeMessages().back();

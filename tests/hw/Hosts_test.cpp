@@ -1,4 +1,4 @@
-// Hosts that make it hard to learn how a scanner ended.
+// Hosts in which the exit status of a scanner is hard to obtain.
 #include "tests/hw/Inventory.h"
 #include "tests/support/SignalHandling.h"
 
@@ -11,7 +11,7 @@ class HostTest : public testing::TestWithParam<zavtest::ChildHandling> {
     zavtest::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
-TEST_P(HostTest, LearnsHowItsScannerEnded) {
+TEST_P(HostTest, GetsTheExitStatus) {
     Inventory inventory;
     inventory.put("status", "7");
     inventory.put("signal", "15");
@@ -32,7 +32,7 @@ TEST_P(HostTest, LearnsHowItsScannerEnded) {
     }
 }
 
-TEST_P(HostTest, IsNotDisturbedByAStormOfSignals) {
+TEST_P(HostTest, IsNotDisturbedByManySignals) {
     Inventory inventory;
     inventory.scannerWrites("<QEL><Memory/></QEL>");
     const zavtest::SignalStorm storm;
@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(Sigchld, HostTest,
                                                                 SA_RESTART}),
                          [](const auto& kind) { return kind.param.name; });
 
-TEST(Host, LearnsHowItsScannerEndedBesideAThreadThatTakesEveryChildAway) {
+TEST(Host, GetsTheExitStatusBesideAThreadThatReapsEveryChild) {
     const zavtest::NothingLeft nothingLeft;
     Inventory inventory;
     inventory.put("status", "7");

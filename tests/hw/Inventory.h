@@ -43,7 +43,7 @@ class Inventory : public Toolkit, public zavtest::LibraryHost {
     ZAVHwCtx* context_ = nullptr;
 };
 
-// A test on an inventory that leaves nothing behind: no file, no descriptor, no child.
+// A test with an inventory that must leave nothing behind: no file, no descriptor, no child.
 class InventoryTest : public testing::Test, private zavtest::NothingLeft, protected Inventory {};
 
 }  // namespace hwtest

@@ -1,4 +1,4 @@
-// How the scanner is started: its path, its arguments, its environment.
+// How the scanner is started: path, arguments and environment.
 #include <fcntl.h>
 #include <sys/resource.h>
 
@@ -57,7 +57,7 @@ TEST(ScannerLaunch, TheDirectoryOfTheCommandIsNotQuoted) {
     EXPECT_EQ(inventory.run(), 103);
     EXPECT_EQ(loggedCommand(inventory).find(inventory.scanner().string() + " -c \""), 0U);
 
-    // What stands before the blank is the program.
+    // The part before the blank is taken as the program.
     const auto program = inventory.path().parent_path() / "with";
     std::filesystem::copy_file(inventory.scanner(), program);
     const Texts arguments = printed(inventory);
@@ -139,7 +139,7 @@ TEST(ScannerLaunch, TheRestOfTheEnvironmentIsTheHosts) {
     EXPECT_EQ(std::count(entries.begin(), entries.end(), "ZAV_TEST_MARK=with blanks = and \"quotes\""), 1);
 }
 
-// Not even those that a careless host leaves open for its children.
+// This includes descriptors that the host has left inheritable.
 TEST(ScannerLaunch, TheScannerHasNoDescriptorOfTheHost) {
     const zavtest::NothingLeft nothingLeft;
     constexpr rlim_t wanted = 4000;
@@ -179,7 +179,7 @@ TEST(ScannerLaunch, AHostWithoutFreeDescriptorsIsRefusedAndRecovers) {
         all.push_back(std::move(next));
     }
     EXPECT_EQ(inventory.run(), 102);
-    // One is enough for the configuration file, but not for a pipe.
+    // One is enough for the configuration file but not for a pipe.
     all.pop_back();
     EXPECT_EQ(inventory.run(), 103);
     all.clear();

@@ -1,4 +1,4 @@
-// Hosts that cancel the thread that is in the library, or fork beside it.
+// Hosts that cancel a thread while it is in the library, or that fork at that time.
 #include <pthread.h>
 #include <sys/stat.h>
 
@@ -12,7 +12,7 @@
 namespace hwtest {
 namespace {
 
-// What a thread does that is cancelled at any instruction: nothing in here has anything to clean up.
+// The work of a thread that can be cancelled at any instruction. Nothing in it needs clean-up.
 void* scanForEver(void* context) {
     pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
     for (;;) {
@@ -41,7 +41,7 @@ void* openForEver(void* temp) {
     }
 }
 
-// Cancels such a thread in its course, so many microseconds after its start.
+// Cancels such a thread `course` microseconds after its start and returns its result.
 void* endOf(void* (*work)(void*), void* argument, useconds_t course) {
     pthread_t thread = {};
     EXPECT_EQ(pthread_create(&thread, nullptr, work, argument), 0);
@@ -57,7 +57,7 @@ class Cancellation : public InventoryTest {
     Cancellation() { scannerWrites("<QEL><Memory><Size>1</Size></Memory></QEL>"); }
 };
 
-TEST_F(Cancellation, TakesEffectBehindTheScan) {
+TEST_F(Cancellation, TakesEffectAfterTheScan) {
     for (useconds_t course = 0; course < 10'000; course += 500) {
         EXPECT_EQ(endOf(scanForEver, context(), course), PTHREAD_CANCELED);
     }
@@ -65,7 +65,7 @@ TEST_F(Cancellation, TakesEffectBehindTheScan) {
     EXPECT_EQ(value(3, 0, L"Size"), L"1");
 }
 
-TEST_F(Cancellation, TakesEffectBehindTheQuery) {
+TEST_F(Cancellation, TakesEffectAfterTheQuery) {
     ASSERT_EQ(run(), 0);
     for (useconds_t course = 0; course < 200; ++course) {
         EXPECT_EQ(endOf(askForEver, context(), course), PTHREAD_CANCELED);
@@ -73,8 +73,8 @@ TEST_F(Cancellation, TakesEffectBehindTheQuery) {
     EXPECT_EQ(value(3, 0, L"Size"), L"1");
 }
 
-// Each time in a process of its own, which takes along what the thread did not come to release.
-TEST_F(Cancellation, TakesEffectBehindOpeningAndReleasing) {
+// Runs in a child each time, as the cancelled thread may leave a handle unreleased.
+TEST_F(Cancellation, TakesEffectAfterOpeningAndReleasing) {
     const zavtest::ScratchDir elsewhere;
     std::wstring temp = elsewhere.path().wstring();
     for (useconds_t course = 0; course < 1000; course += 20) {
@@ -83,7 +83,7 @@ TEST_F(Cancellation, TakesEffectBehindOpeningAndReleasing) {
     }
 }
 
-// The scanner waits until it has been heard, and what the callback calls could be where the thread ends.
+// The scanner waits until its line has been received. The functions that the callback uses are cancellation points.
 TEST_F(Cancellation, DoesNotTakeEffectInACallback) {
     scannerIs("PrintThenWait");
     struct Host {
@@ -115,7 +115,7 @@ TEST_F(Cancellation, DoesNotTakeEffectInACallback) {
     EXPECT_EQ(ZAV_hw_free(host.context), 0);
 }
 
-TEST_F(Cancellation, IsNotWhatACallbackMeansThatEndsItsThread) {
+TEST_F(Cancellation, IsNotConfusedWithACallbackThatEndsItsThread) {
     struct Host {
         static void callback(int, int, void* userData, const char*, const char*) {
             if (static_cast<Host*>(userData)->ends) pthread_exit(userData);
@@ -139,12 +139,12 @@ TEST_F(Cancellation, IsNotWhatACallbackMeansThatEndsItsThread) {
     EXPECT_EQ(ZAV_hw_free(context), 0);
 }
 
-// Each thread's context is its own; they share the toolkit.
+// The threads have contexts of their own and share the toolkit.
 class Fork : public InventoryTest {
   protected:
     Fork() { scannerWrites("<QEL><Memory><Size>1</Size></Memory></QEL>"); }
 
-    // From opening the library to releasing it.
+    // Runs everything from opening the library to releasing it.
     bool canScan() const {
         zavtest::LogRecorder log;
         ZAVCtx* handle = nullptr;
@@ -171,8 +171,8 @@ TEST_F(Fork, WhileAThreadScansLeavesTheChildAbleToScan) {
     scanner.join();
 }
 
-// A daemon that has closed its standard streams and goes on to write to them. It opens the library itself.
-TEST(HostWithoutStandardStreams, FindsNothingThatItWritesInWhatTheScannerIsGiven) {
+// A daemon that opens the library after it has closed its standard streams, and that still writes to them.
+TEST(HostWithoutStandardStreams, DoesNotWriteIntoTheScannersFiles) {
     EXPECT_TRUE(zavtest::holdsInChild([] {
         for (const int stream : {0, 1, 2}) ::close(stream);
         Inventory inventory;

@@ -1,4 +1,4 @@
-// A host whose callback throws, at each message in its turn.
+// A host whose callback throws at each message in turn.
 #include <functional>
 
 #include "include/zav.h"
@@ -86,7 +86,7 @@ TEST_F(HWThrowingCallbackTest, ChangesNoOption) {
     }
 }
 
-TEST_F(HWThrowingCallbackTest, EndsAScanButNotTheContext) {
+TEST_F(HWThrowingCallbackTest, AbortsAScanButKeepsTheContext) {
     const int messages = everyMessage([this] { open(); }, [this] { return ZAV_hw_run(context_); },
                                       [this] {
                                           expectLockFree();
@@ -100,7 +100,7 @@ TEST_F(HWThrowingCallbackTest, EndsAScanButNotTheContext) {
     EXPECT_EQ(messages, 10);
 }
 
-TEST_F(HWThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
+TEST_F(HWThrowingCallbackTest, LeavesNoResultsOfThisOrThePreviousScan) {
     open();
     int nth = 1;
     for (int code = 5; code == 5; ++nth) {
@@ -124,7 +124,7 @@ TEST_F(HWThrowingCallbackTest, LeavesNoResultsOfAScanAndOfTheOneBefore) {
     close();
 }
 
-TEST_F(HWThrowingCallbackTest, EndsAFailedScanAlike) {
+TEST_F(HWThrowingCallbackTest, AbortsAFailedScanToo) {
     toolkit_.put("status", "3");
     for (const char* const program : {"FailAfterOutput", "WriteNothing"}) {
         toolkit_.scannerIs(program);
@@ -179,13 +179,13 @@ TEST_F(HWThrowingCallbackTest, AnswersNoQuery) {
     close();
 }
 
-TEST_F(HWThrowingCallbackTest, ReleasesAContextAllTheSame) {
+TEST_F(HWThrowingCallbackTest, StillReleasesAContext) {
     const int messages = everyMessage([this] { open(); }, [this] { return ZAV_hw_free(context_); },
                                       [this] { EXPECT_EQ(ZAV_free(handle_), 0); });
     EXPECT_EQ(messages, 3);
 }
 
-TEST_F(HWThrowingCallbackTest, ReleasesAHandleAllTheSame) {
+TEST_F(HWThrowingCallbackTest, StillReleasesAHandle) {
     const int messages =
         everyMessage([this] { EXPECT_EQ(init(&handle_), 0); }, [this] { return ZAV_free(handle_); }, [] {});
     EXPECT_EQ(messages, 3);

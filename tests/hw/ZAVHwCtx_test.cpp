@@ -1,4 +1,4 @@
-// The life of a hardware context and its options.
+// The lifecycle of a hardware context and its options.
 #include "hw/ZAVHwCtx.h"
 
 #include <sys/stat.h>
@@ -46,7 +46,7 @@ class HwInitTest : public testing::Test, private zavtest::NothingLeft {
     zavtest::ScratchDir temp_;
 };
 
-TEST_F(HwInitTest, RefusesANullLibraryFirstAndLeavesTheOutputAlone) {
+TEST_F(HwInitTest, RefusesANullLibraryFirstAndKeepsTheOutput) {
     auto* const before = reinterpret_cast<ZAVHwCtx*>(this);
     ZAVHwCtx* context = before;
     EXPECT_EQ(ZAV_hw_init(nullptr, LogRecorder::callback, &log_, &context), 3);
@@ -60,7 +60,7 @@ TEST_F(HwInitTest, RefusesANullContextNext) {
     EXPECT_TRUE(log_.messages.empty());
 }
 
-TEST_F(HwInitTest, ANewContextHoldsWhatTheHandleKnowsAndNoResults) {
+TEST_F(HwInitTest, ANewContextHasTheHandlesSettingsAndNoResults) {
     ZAVHwCtx* context = nullptr;
     ASSERT_EQ(init(&context), 0);
     EXPECT_EQ(context->library, handle_);
@@ -93,7 +93,7 @@ TEST_F(HwInitTest, TheWorkspaceIsADirectoryInTheHandlesOwn) {
     EXPECT_FALSE(std::filesystem::exists(workspace));
 }
 
-TEST_F(HwInitTest, TellsOfTheWorkspaceOnlyAsTheHardwareComponent) {
+TEST_F(HwInitTest, LogsTheWorkspaceAsTheHardwareComponent) {
     ZAVHwCtx* context = nullptr;
     ASSERT_EQ(init(&context), 0);
     const std::string workspace = narrow(context->tmpDir->getBasePath());
@@ -228,7 +228,7 @@ TEST_F(HwOptionsTest, OneOptionChangesNoOther) {
         EXPECT_EQ(context()->groupEnabled.at(id), id == 17 ? 1 : 0) << id;
 }
 
-TEST_F(HwOptionsTest, AnyChangeMakesTheScanInvalidButKeepsWhatWasHandedOut) {
+TEST_F(HwOptionsTest, AnyChangeInvalidatesTheScanButKeepsReturnedPointers) {
     scannerWrites("<QEL><Memory><Size>64</Size></Memory></QEL>");
     for (const int option : {3, 4, 17, 0}) {
         ASSERT_EQ(run(), 0);
@@ -261,7 +261,7 @@ TEST(HwFree, RefusesANullContext) {
     EXPECT_EQ(ZAV_hw_free(nullptr), 3);
 }
 
-TEST(HwFree, ReleasesWhateverTheContextHas) {
+TEST(HwFree, ReleasesAnyContext) {
     auto* const bare = new ZAVHwCtx;
     EXPECT_EQ(ZAV_hw_free(bare), 0);
 }
@@ -291,7 +291,7 @@ TEST_F(HwInitTest, FreeDeletesTheFilesThenTheDirectoryThenTheLogger) {
     EXPECT_FALSE(std::filesystem::exists(workspace));
 }
 
-TEST_F(HwInitTest, FreeLeavesFilesOfOthersAlone) {
+TEST_F(HwInitTest, FreeKeepsForeignFiles) {
     ZAVHwCtx* context = nullptr;
     ASSERT_EQ(init(&context), 0);
     const std::filesystem::path workspace = narrow(context->tmpDir->getBasePath());

@@ -7,14 +7,14 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-TEST(ScannerCommand, IsOneLineAndAListOfArguments) {
+TEST(ScannerCommand, HasALineAndAListOfArguments) {
     ScannerCommand command(L"/opt/t/quorvah");
     command.add(L"-c", L"/w/config.xml").add(L"-o", L"/w/out.xml");
     EXPECT_EQ(command.line(), L"/opt/t/quorvah -c \"/w/config.xml\" -o \"/w/out.xml\"");
     EXPECT_EQ(command.arguments(), (Arguments{"/opt/t/quorvah", "-c", "/w/config.xml", "-o", "/w/out.xml"}));
 }
 
-TEST(ScannerCommand, AFileIsOneArgumentWhateverItHolds) {
+TEST(ScannerCommand, AFileIsOneArgumentWhateverItContains) {
     const struct {
         std::wstring file;
         std::string argument;

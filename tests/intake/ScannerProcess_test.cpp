@@ -28,7 +28,7 @@ const char* const kFunction = "ZAV_hw_run";
 
 using Arguments = std::vector<std::string>;
 
-// A program of tests/intake/children, which are built beside this one.
+// A program of tests/intake/children. They are built in the directory of this one.
 std::string child(const std::string& name) {
     return fs::canonical("/proc/self/exe").parent_path() / ("intake_child_" + name);
 }
@@ -55,7 +55,7 @@ class ScannerProcessTest : public testing::Test {
         return run(&log_, arguments, installDir);
     }
 
-    // A child that writes these bytes and ends with this status.
+    // A child that writes these bytes and exits with this status.
     Outcome runWriting(const std::string& bytes, int status = 0) {
         return run({child("CopyFile"), directory_.write("bytes", bytes), std::to_string(status)});
     }
@@ -66,7 +66,7 @@ class ScannerProcessTest : public testing::Test {
         return {0, 3, kFunction, "Exit code: " + std::to_string(code) + " (ERROR)"};
     }
 
-    // The texts between the brackets of the messages about lines.
+    // The lines in the brackets of the messages about scanner output.
     std::vector<std::string> lines() const {
         std::vector<std::string> result;
         for (const Message& message : recorder_.messages) {
@@ -128,7 +128,7 @@ TEST_F(ScannerProcessTest, OutputThatNobodyHearsIsReadToItsEnd) {
     }
 }
 
-// A host that lets the child go on when it has seen the child's first line.
+// A host that lets the child continue after it has received the child's first line.
 struct WaitingHost {
     static void callback(int, int, void* userData, const char*, const char* message) {
         auto& host = *static_cast<WaitingHost*>(userData);
@@ -152,7 +152,7 @@ TEST_F(ScannerProcessTest, LineIsLoggedWhileTheScannerStillRuns) {
     close(host.descriptor);
 }
 
-TEST_F(ScannerProcessTest, ExitStatusIsToldAndLogged) {
+TEST_F(ScannerProcessTest, ExitStatusIsReturnedAndLogged) {
     for (const int status : {1, 2, 3, 103, 255}) {
         EXPECT_EQ(runWriting("a\nb", status), (Outcome{true, status, status}));
         EXPECT_EQ(recorder_.messages, (std::vector<Message>{line("a"), error(status)}));
@@ -193,7 +193,7 @@ TEST_F(ScannerProcessTest, FailedLaunchIsLoggedWithItsReason) {
     }
 }
 
-TEST_F(ScannerProcessTest, WithoutALogTheScannerRunsAllTheSame) {
+TEST_F(ScannerProcessTest, ScannerRunsWithoutALog) {
     const std::string bytes = directory_.write("bytes", "a\nb\n");
     EXPECT_EQ(run(nullptr, {child("CopyFile"), bytes, "0"}), (Outcome{true, 0, 0}));
     EXPECT_EQ(run(nullptr, {child("CopyFile"), bytes, "7"}), (Outcome{true, 7, 7}));
@@ -221,7 +221,7 @@ TEST_F(ScannerProcessTest, SearchPathIsAddedAsTheLastEntryOfTheHostsEnvironment)
     EXPECT_EQ(lines(), expected);
 }
 
-TEST_F(ScannerProcessTest, SearchPathOfTheHostIsExtendedInItsPlace) {
+TEST_F(ScannerProcessTest, SearchPathOfTheHostIsExtendedInPlace) {
     const zavtest::EnvironmentVariable path(kSearchPath, "/usr/lib");
     const zavtest::EnvironmentVariable behind("ZAVTEST_BEHIND", "1");
     std::vector<std::string> expected;

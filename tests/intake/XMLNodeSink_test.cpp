@@ -11,7 +11,7 @@ namespace {
 using zavtest::LogRecorder;
 using zavtest::Message;
 
-// A node that counts its deletion.
+// A node that counts its deletions.
 struct CountedNode : tessa::Node {
     explicit CountedNode(int& deletions) : deletions_(deletions) {}
     ~CountedNode() override { ++deletions_; }
@@ -48,7 +48,7 @@ TEST(XMLNodeSink, WarningsAndErrorsAreLoggedWithTheirLines) {
                                  }));
 }
 
-TEST(XMLNodeSink, ErrorsOfBothKindsAreLoggedAlike) {
+TEST(XMLNodeSink, ErrorsOfBothKindsAreLoggedInTheSameWay) {
     LogRecorder recorder;
     ZAVlog log(4, LogRecorder::callback, &recorder);
     XMLNodeSink sink(&log);
@@ -58,7 +58,7 @@ TEST(XMLNodeSink, ErrorsOfBothKindsAreLoggedAlike) {
     EXPECT_EQ(recorder.messages[0], recorder.messages[1]);
 }
 
-TEST(XMLNodeSink, WithoutALogComplaintsAreDropped) {
+TEST(XMLNodeSink, WithoutALogDiagnosticsAreDropped) {
     XMLNodeSink sink(nullptr);
     EXPECT_EQ(sink.onWarning(kest::String(L"x"), 1), 0);
     EXPECT_EQ(sink.onError(kest::String(L"x"), 1), 0);
@@ -88,7 +88,7 @@ TEST(XMLNodeSink, TreeIsDeletedWithTheSink) {
     EXPECT_EQ(deletions, 1);
 }
 
-TEST(XMLNodeSink, LaterTreeTakesThePlaceOfAnEarlierOneWithoutDeletingIt) {
+TEST(XMLNodeSink, LaterTreeReplacesAnEarlierOneWithoutDeletingIt) {
     int deletions = 0;
     const auto earlier = std::make_unique<CountedNode>(deletions);
     {

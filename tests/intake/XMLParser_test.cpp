@@ -27,7 +27,7 @@ class XMLParserTest : public testing::Test {
         return kest::widen(directory_.write("out.xml", xml).string());
     }
 
-    // A message of the file that was written last, as it is logged.
+    // The logged form of a message about the file that was written last.
     std::string named(const std::string& place, const std::string& message) const {
         return place + ": " + (directory_.path() / "out.xml").string() + ": " + message;
     }
@@ -59,7 +59,7 @@ TEST_F(XMLParserTest, WarningIsLoggedAndChangesNothingElse) {
                    named("Warning in line 2", "document type declaration: nothing external is loaded")}}));
 }
 
-TEST_F(XMLParserTest, FileThatIsNoXmlIsToldWithItsLine) {
+TEST_F(XMLParserTest, FileThatIsNotXmlIsReportedWithItsLine) {
     const struct {
         const char* xml;
         const char* place;
@@ -80,7 +80,7 @@ TEST_F(XMLParserTest, FileThatIsNoXmlIsToldWithItsLine) {
     }
 }
 
-TEST_F(XMLParserTest, MissingFileIsToldWithLineZero) {
+TEST_F(XMLParserTest, MissingFileIsReportedWithLineZero) {
     const std::wstring missing = kest::widen((directory_.path() / "missing").string());
     const XMLParser parser(&log_, missing.c_str());
     EXPECT_GE(parser.status, 1);
@@ -91,8 +91,8 @@ TEST_F(XMLParserTest, MissingFileIsToldWithLineZero) {
                                          ": cannot be opened: ENOENT (no such file or directory)"}}));
 }
 
-// The logger drops what the host's locale cannot convert, and the "C" locale converts ASCII alone.
-TEST_F(XMLParserTest, MessagesReachTheLogWhateverTheNamesHold) {
+// The logger drops messages that the locale cannot convert, and the "C" locale converts only ASCII.
+TEST_F(XMLParserTest, MessagesReachTheLogForAnyNames) {
     ASSERT_STREQ(setlocale(LC_CTYPE, nullptr), "C");
     const std::wstring directory = kest::widen(directory_.path().string());
     const auto path = [&](const char* name, const char* xml) {
@@ -117,7 +117,7 @@ TEST_F(XMLParserTest, MessagesReachTheLogWhateverTheNamesHold) {
                 "\\xAC\\xC4: cannot be opened: ENOENT (no such file or directory)"}));
 }
 
-TEST_F(XMLParserTest, LineOfANodeIsFoundAndNothingIsToldAgain) {
+TEST_F(XMLParserTest, LineOfANodeIsFoundSilently) {
     const std::wstring path = write("<!DOCTYPE a><a>\n  <b>\n    <c/>text</b>\n</a>");
     const XMLParser parser(&log_, path.c_str());
     recorder_.messages.clear();
@@ -135,7 +135,7 @@ TEST_F(XMLParserTest, NullPathIsLikeAMissingFile) {
     EXPECT_EQ(recorder_.messages.size(), 1U);
 }
 
-TEST_F(XMLParserTest, WithoutALogTheFileIsReadAllTheSame) {
+TEST_F(XMLParserTest, FileIsReadWithoutALog) {
     EXPECT_EQ(shown(XMLParser(nullptr, write("<!DOCTYPE a><a/>").c_str()).getRootNode()), L"a");
     EXPECT_GE(XMLParser(nullptr, write("<a>").c_str()).status, 1);
     EXPECT_GE(XMLParser(nullptr, L"/missing/altogether").status, 1);

@@ -1,4 +1,4 @@
-// What a child is born with.
+// The state in which a child starts.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -13,7 +13,7 @@
 namespace kest::test {
 namespace {
 
-// The host's descriptor 2, put back at the end.
+// Saves the host's descriptor 2 and restores it at the end.
 class RedirectedError {
   public:
     explicit RedirectedError(const std::string& path)
@@ -29,7 +29,7 @@ class RedirectedError {
     Descriptor saved_;
 };
 
-// Blocks all signals that can be blocked and ignores all that a host ignores now and then, except SIGCHLD.
+// Blocks all signals and ignores those that hosts commonly ignore, except SIGCHLD.
 class DeafHost {
   public:
     DeafHost() {
@@ -52,7 +52,7 @@ class DeafHost {
     sigset_t before_ = {};
 };
 
-// The number from which on the host gets no descriptor; put back at the end.
+// Limits the number of descriptors and restores the limit at the end.
 class DescriptorLimit {
   public:
     explicit DescriptorLimit(rlim_t limit) {
@@ -68,12 +68,12 @@ class DescriptorLimit {
     rlimit before_ = {};
 };
 
-// The lowest free numbers above the standard streams: as many as two pipes take.
+// The lowest free numbers above the standard streams, as many as two pipes need.
 std::vector<int> nextDescriptors() {
     std::vector<Descriptor> taken;
     std::vector<int> numbers;
     const Descriptor any(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    // `any` itself is one of them, unless the host lacks a standard stream.
+    // `any` is one of them unless the host lacks a standard stream.
     if (any.number() > STDERR_FILENO) numbers.push_back(any.number());
     while (numbers.size() < 4) {
         taken.emplace_back(fcntl(any.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));

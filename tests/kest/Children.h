@@ -1,5 +1,4 @@
-// What the tests of launching share: running one of the programs in children/, and watching that nothing
-// stays behind.
+// Support for tests that start the programs in children/.
 #pragma once
 
 #include <initializer_list>
@@ -17,19 +16,19 @@ using zavtest::NothingLeft;
 // The path of a program in children/, quoted for a command line.
 std::string child(const std::string& name);
 
-// An environment block as hosts build it, with three NULs behind the last entry.
+// An environment block as hosts build it, with three NULs after the last entry.
 std::string environmentBlock(std::initializer_list<std::string> entries);
 
 // Null when Runtime::launch returns null.
 std::unique_ptr<ChildProcess> launch(const std::string& command, const std::string& environment = {0, 0, 0});
 
-// Byte by byte, to the end.
+// Reads byte by byte to the end.
 std::string readAll(OutputStream& stream);
 
-// Byte by byte, to the line feed, which is not part of the line, or to the end.
+// Reads byte by byte to a line feed, which is not included, or to the end.
 std::string readLine(OutputStream& stream);
 
-// What a child wrote, and the status that both operations told.
+// The output of a child, and the status that both operations returned.
 struct Outcome {
     std::string output;
     int status = -1;
@@ -38,15 +37,15 @@ struct Outcome {
 };
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
-// The whole life of a child; a failed check and status -2 when it could not be started.
+// Runs a child to its end. Fails the test and returns status -2 if the child could not be started.
 Outcome run(const std::string& command, const std::string& environment = {0, 0, 0});
 
-// Both return the path.
+// Both return the path of the new file.
 std::string makeFile(const zavtest::ScratchDir& directory, const std::string& name,
                      const std::string& content, unsigned mode);
 std::string makeNamedPipe(const zavtest::ScratchDir& directory);
 
-// Waits until somebody has the named pipe open for reading.
+// Blocks until another process has opened the named pipe for reading.
 void openForWriting(const std::string& namedPipe);
 
 }  // namespace kest::test

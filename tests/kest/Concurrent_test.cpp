@@ -54,7 +54,7 @@ TEST(Concurrent, AFailedLaunchDoesNotDisturbOthers) {
     });
 }
 
-// A child that had the pipe of another one would keep its reader waiting.
+// If a child inherited the pipe of another one, the reader of that pipe would wait for both.
 TEST(Concurrent, NoChildHoldsThePipeOfAnother) {
     const NothingLeft nothingLeft;
     const zavtest::ScratchDir directory;

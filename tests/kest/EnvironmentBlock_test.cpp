@@ -20,7 +20,7 @@ TEST(EnvironmentBlock, EntriesEndWithANulAndTheBlockWithTwoMore) {
     EXPECT_EQ(split("A=1\0B=2\0\0\0"s), (Entries{"A=1", "B=2"}));
 }
 
-TEST(EnvironmentBlock, NulsBehindTheEndAreNotLookedAt) {
+TEST(EnvironmentBlock, NulsAfterTheEndAreIgnored) {
     EXPECT_EQ(split("A=1\0\0\0\0"s), (Entries{"A=1"}));
     EXPECT_EQ(split("A=1\0\0\0\0B=2\0\0\0"s), (Entries{"A=1"}));
 }

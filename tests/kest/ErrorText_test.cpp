@@ -7,7 +7,7 @@
 namespace kest {
 namespace {
 
-TEST(ErrorText, IsTheNameAndWhatItMeans) {
+TEST(ErrorText, ContainsNameAndMeaning) {
     const struct {
         int error;
         const char* text;
@@ -19,7 +19,7 @@ TEST(ErrorText, IsTheNameAndWhatItMeans) {
     for (const auto& each : cases) EXPECT_EQ(errorText(each.error), each.text);
 }
 
-TEST(ErrorText, ANumberThatTheSystemDoesNotKnowIsTold) {
+TEST(ErrorText, AnUnknownNumberIsPrinted) {
     EXPECT_EQ(errorText(-1), "error -1");
     EXPECT_EQ(errorText(99999), "error 99999");
 }

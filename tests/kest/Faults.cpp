@@ -23,7 +23,7 @@ namespace {
 std::string failing;
 std::atomic<int> failingError = 0;
 
-// Shared with processes that have a copy of the memory only.
+// Shared with processes that have only a copy of the memory.
 std::atomic<int>& shared() {
     void* const block =
         mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -36,7 +36,7 @@ std::function<void()> beforeClone;
 std::atomic<bool> allocationsAreCounted = false;
 std::atomic<int> allocationsLeft = 0;
 
-// The error with which this call has to fail, else 0.
+// The error with which this call must fail; 0 if it must not.
 int errorOf(const char* function) {
     if (failingTimes <= 0 || failing != function) return 0;
     --failingTimes;
@@ -113,11 +113,11 @@ void operator delete[](void* block, std::size_t) noexcept {
 
 using kest::test::errorOf;
 
-// The linker asks for these reserved names.
+// The linker's option --wrap requires these reserved names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
-// A function that returns -1 and sets errno.
+// Wraps a function that returns -1 and sets errno.
 #define SETS_ERRNO(function, parameters, arguments)         \
     int __real_##function parameters;                       \
     int __wrap_##function parameters {                      \
@@ -127,7 +127,7 @@ extern "C" {
         return -1;                                          \
     }
 
-// A function that returns the number of the error.
+// Wraps a function that returns an error number.
 #define RETURNS_ERROR(function, parameters, arguments)           \
     int __real_##function parameters;                            \
     int __wrap_##function parameters {                           \
@@ -173,7 +173,7 @@ int __wrap_clone(int (*function)(void*), void* stack, int flags, void* argument)
     return -1;
 }
 
-// Of this only the calls that the library makes: without a mode.
+// Supports only calls without a mode, as the library makes them.
 int __real_open(const char* path, int flags);
 int __wrap_open(const char* path, int flags) {
     const int error = errorOf("open");
@@ -182,7 +182,7 @@ int __wrap_open(const char* path, int flags) {
     return -1;
 }
 
-// The C++ library waits by it, too: all calls but two go through unchanged.
+// The C++ library also waits with this function. All but two system calls are passed on unchanged.
 long __real_syscall(long number, long a, long b, long c, long d, long e, long f);
 long __wrap_syscall(long number, long a, long b, long c, long d, long e, long f) {
     int error = 0;

@@ -1,4 +1,4 @@
-// Makes system calls fail. The test executable is linked with --wrap for each function that is named here.
+// Makes system calls fail. The test executable is linked with --wrap for each supported function.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace kest::test {
 
-// While it lives, calls of `function` fail with `error`: the first `times` of them. "waitid" is the waiting for a child
-// by the bare system call, "read" the reading by whatever means, "open" that of a placeholder for a standard stream.
+// Makes the first `times` calls of `function` fail with `error`. "waitid" stands for the direct system call, "read"
+// for reads of any kind, "open" for the opening of a placeholder for a standard stream.
 class Fault {
   public:
     Fault(std::string function, int error, int times = 1);
@@ -16,11 +16,11 @@ class Fault {
     Fault& operator=(const Fault&) = delete;
     ~Fault();
 
-    // Whether each of them has come about.
+    // Whether all of them have failed.
     static bool happened();
 };
 
-// While it lives, `action` is taken each time before a process is cloned.
+// Runs `action` before each process is cloned.
 class BeforeClone {
   public:
     explicit BeforeClone(std::function<void()> action);
@@ -29,7 +29,7 @@ class BeforeClone {
     ~BeforeClone();
 };
 
-// While it lives, the allocation after `successes` others fails, in whatever thread.
+// Makes one allocation of the process fail after `successes` successful ones.
 class AllocationFault {
   public:
     explicit AllocationFault(int successes);

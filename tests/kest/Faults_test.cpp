@@ -1,4 +1,4 @@
-// Every system call on the way of a child fails once.
+// Every system call that starting and running a child needs fails once.
 #include "tests/kest/Faults.h"
 
 #include <fcntl.h>
@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "kest/Descriptor.h"
+#include "kest/MemorySharing.linux.h"
 #include "kest/Runtime.h"
-#include "kest/SharedMemory.linux.h"
 #include "kest/Text.h"
 #include "tests/kest/Children.h"
 
@@ -51,13 +51,13 @@ TEST_F(FaultTest, ALaunchWithoutAProcessFails) {
     expectNotStarted("posix_spawn", EPERM);
 }
 
-// The keeper takes its host for gone.
+// The keeper believes that its host has ended.
 TEST_F(FaultTest, ALaunchWhoseKeeperEndsAtOnceFails) {
     expectNotStarted("getppid", ESRCH);
 }
 
 TEST_F(FaultTest, WhereTheKeeperCannotShareTheMemoryItHasACopy) {
-    const int kinds = memoryCanBeShared() ? 3 : 2;
+    const int kinds = canShareMemory() ? 3 : 2;
     for (int refusals = 1; refusals < kinds; ++refusals) {
         const NothingLeft nothingLeft;
         {
@@ -119,7 +119,7 @@ TEST_F(FaultTest, AnInterruptedReadingGoesOn) {
     EXPECT_TRUE(Fault::happened());
 }
 
-TEST_F(FaultTest, AFailedReadingIsTheEndOfTheOutput) {
+TEST_F(FaultTest, AReadErrorEndsTheOutput) {
     const NothingLeft nothingLeft;
     const std::unique_ptr<ChildProcess> process = launch(child("WriteForever"));
     ASSERT_NE(process, nullptr);
@@ -145,15 +145,15 @@ TEST_F(FaultTest, AStatusThatCannotBeHadIsUnknown) {
     EXPECT_TRUE(Fault::happened());
 }
 
-TEST_F(FaultTest, WhereTheWaitingForTheOutputFailsItIsReadAllTheSame) {
+TEST_F(FaultTest, TheOutputIsReadEvenIfPollFails) {
     const NothingLeft nothingLeft;
     const Fault fault("poll", ENOMEM);
     EXPECT_EQ(run(command), twoLines);
     EXPECT_TRUE(Fault::happened());
 }
 
-// Forked while the host has the writing ends of the pipes, it keeps them open for ever.
-TEST_F(FaultTest, AProcessThatTheHostForksMeanwhileDoesNotHoldUpTheRun) {
+// A process that is forked while the host has the writing ends of the pipes keeps them open.
+TEST_F(FaultTest, AProcessThatTheHostForksDuringTheRunDoesNotDelayIt) {
     const NothingLeft nothingLeft;
     std::vector<pid_t> forked;
     {

@@ -1,4 +1,4 @@
-// Hosts that a test executable cannot be itself: programs in children/ that use the library.
+// Hosts whose state a test executable cannot have itself. They are programs in children/ that use the library.
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -8,7 +8,7 @@
 namespace kest::test {
 namespace {
 
-// What is told of its descriptors by the children of a host that has closed `closed` of its own.
+// The descriptors that the children of a host report when the host has closed the streams in `closed`.
 std::string descriptorsOfChildren(const std::string& closed, const std::string& sigchld) {
     const zavtest::ScratchDir directory;
     const std::string result = directory.path() / "result";
@@ -20,7 +20,7 @@ std::string descriptorsOfChildren(const std::string& closed, const std::string& 
 
 class DeprivedHost : public testing::TestWithParam<const char*> {};
 
-TEST_P(DeprivedHost, WithoutStandardInputOrOutputItsChildrenLackNothing) {
+TEST_P(DeprivedHost, ItsChildrenHaveAllStreamsWithoutItsStandardInputOrOutput) {
     const std::string complete = descriptorsOfChildren("", GetParam());
     EXPECT_EQ(complete.find("0 /dev/null\n1 pipe\n2 "), 0U) << complete;
     for (const char* const closed : {"0", "1", "01"}) {
@@ -38,7 +38,7 @@ TEST_P(DeprivedHost, WithoutStandardErrorItsChildrenWriteTheirsNowhere) {
 INSTANTIATE_TEST_SUITE_P(Sigchld, DeprivedHost, testing::Values("default", "ignored"),
                          [](const auto& sigchld) { return std::string(sigchld.param); });
 
-// As the test takes over the orphans of its descendants, it sees how the keeper ends.
+// The test adopts the orphans of its descendants, so it can wait for the keeper.
 TEST(VanishingHost, TakesItsKeeperAlong) {
     ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     const zavtest::ScratchDir directory;

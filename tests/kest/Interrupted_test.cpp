@@ -1,4 +1,4 @@
-// Hosts that are disturbed by signals while a child runs, or that change their mind about their children.
+// Hosts that are interrupted by signals or change their handling of SIGCHLD while a child runs.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -48,7 +48,7 @@ TEST(Interrupted, SignalsDoNotDisturbALineThatTheChildHoldsBack) {
     later.join();
 }
 
-TEST(Interrupted, TheHostCannotTakeAnEndedChildAway) {
+TEST(Interrupted, TheHostCannotReapAnEndedChild) {
     const NothingLeft nothingLeft;
     for (const auto& [command, status] : {std::pair("ExitWith", 9), std::pair("EndBySignal", 128 + 9)}) {
         const std::unique_ptr<ChildProcess> process = launch(child(command) + " 9");

@@ -1,4 +1,4 @@
-// Hosts that deal with their children in different ways.
+// Hosts that handle their children in different ways.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -23,7 +23,7 @@ class KeeperTest : public testing::TestWithParam<zavtest::ChildHandling> {
     zavtest::Disposition disposition_{SIGCHLD, GetParam().handler, GetParam().flags};
 };
 
-TEST_P(KeeperTest, TellsTheStatus) {
+TEST_P(KeeperTest, ReturnsTheStatus) {
     for (const int status : {0, 7, 255}) {
         EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)), (Outcome{"", status}));
     }
@@ -31,7 +31,7 @@ TEST_P(KeeperTest, TellsTheStatus) {
     EXPECT_EQ(run(child("CloseOutputThenExit")), (Outcome{"", 7}));
 }
 
-TEST_P(KeeperTest, DoesNotStartWhatIsNoProgram) {
+TEST_P(KeeperTest, DoesNotStartAFileThatIsNotAProgram) {
     const zavtest::ScratchDir directory;
     EXPECT_EQ(launch(directory.path() / "missing"), nullptr);
     EXPECT_EQ(launch(directory.path()), nullptr);
@@ -57,7 +57,7 @@ TEST_P(KeeperTest, DeliversALineWhileTheChildStillRuns) {
     EXPECT_EQ(process->waitFor(), 7);
 }
 
-TEST_P(KeeperTest, AChildThatStillWritesDoesNotHoldUpItsDestruction) {
+TEST_P(KeeperTest, AChildThatStillWritesDoesNotDelayItsDestruction) {
     const std::unique_ptr<ChildProcess> process = launch(child("WriteForever"));
     ASSERT_NE(process, nullptr);
     EXPECT_EQ(process->getOutputStream()->read(), 'm');
@@ -74,7 +74,7 @@ TEST_P(KeeperTest, TheChildHasTheStandardStreamsAndNoOtherDescriptor) {
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 3) << output;
 }
 
-// The pipe of the test ends for its reader although a child, and so a keeper, was started while it was open.
+// The reader of the test's pipe reaches its end even though a child and its keeper were started while it was open.
 TEST_P(KeeperTest, NobodyHoldsTheHostsOwnPipesOpen) {
     const zavtest::ScratchDir directory;
     const std::string namedPipe = makeNamedPipe(directory);
@@ -115,7 +115,7 @@ TEST_P(KeeperTest, SignalsDoNotDisturb) {
     EXPECT_EQ(run(child("CloseOutputThenExit")).status, 7);
 }
 
-TEST_P(KeeperTest, AThreadThatTakesEveryChildGetsNone) {
+TEST_P(KeeperTest, AThreadThatReapsEveryChildGetsNone) {
     for (const int options : {0, WNOHANG}) {
         const zavtest::ReapingThread reaper(options);
         for (int i = 0; i < 50; ++i) EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, KeeperTest,
                                          zavtest::ChildHandling{"LookingAway", lookAway, SA_RESTART}),
                          [](const auto& kind) { return kind.param.name; });
 
-// The children of all threads of the process.
+// The children of all threads of this process.
 std::vector<pid_t> childrenOf(pid_t process) {
     std::vector<pid_t> children;
     for (const auto& thread :
@@ -152,8 +152,8 @@ std::vector<pid_t> childrenOf(pid_t process) {
 
 volatile std::sig_atomic_t handled = 0;
 
-// While the test blocks the signal, only another thread could take it.
-TEST(Keeper, TheHostsHandlersAreCalledInNoThreadButItsOwn) {
+// The test blocks the signal, so only another thread could receive it.
+TEST(Keeper, TheHostsHandlersRunOnlyInItsOwnThreads) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
     const zavtest::Disposition counted(

@@ -35,7 +35,7 @@ TEST(OutputStream, DeliversManyLinesBlockByBlock) {
     EXPECT_EQ(process->waitFor(), 0);
 }
 
-// The child goes on only when the test has got its line: one that is held back would hold up both for ever.
+// The child continues only after the test has received its line. If the line were held back, both would hang.
 TEST(OutputStream, DeliversALineWhileTheChildStillRuns) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);
@@ -76,7 +76,7 @@ TEST(OutputStream, StaysAtItsEndAfterTheChildHasBeenWaitedFor) {
     EXPECT_EQ(process->getOutputStream()->readSome(), "");
 }
 
-// The stream must not wait for a process that the child left behind, which waits for the test itself.
+// The grandchild waits for the test, so the stream must not wait for the grandchild.
 TEST(OutputStream, EndsWithTheChildThoughAnotherProcessHasItOpen) {
     const zavtest::ScratchDir directory;
     const std::string pipe = makeNamedPipe(directory);

@@ -125,7 +125,7 @@ TEST_F(PipeStreamEndTest, AClosedPipeEndsTheStreamBeforeTheWritersEnd) {
     EXPECT_EQ(stream_.read(), -1);
 }
 
-TEST_F(PipeStreamEndTest, WhenNobodyWillTellOfTheEndThePipeIsReadUntilItIsClosed) {
+TEST_F(PipeStreamEndTest, ThePipeIsReadUntilItIsClosedIfTheEndIsNeverReported) {
     endOfWriter_.close();
     write(writeEnd_, "abc");
     EXPECT_EQ(stream_.readSome(), "abc");

@@ -12,18 +12,18 @@ namespace {
 
 using namespace std::string_literals;
 
-// Nothing but what the test itself started may be left behind by any of these.
+// Fails if a test leaves a child or a descriptor behind.
 class RuntimeTest : public testing::Test {
     NothingLeft nothingLeft_;
 };
 
-TEST_F(RuntimeTest, TellsTheExitStatus) {
+TEST_F(RuntimeTest, ReturnsTheExitStatus) {
     for (const int status : {0, 1, 7, 127, 255}) {
         EXPECT_EQ(run(child("ExitWith") + " " + std::to_string(status)), (Outcome{"", status}));
     }
 }
 
-TEST_F(RuntimeTest, TellsTheSignalThatEndedTheChild) {
+TEST_F(RuntimeTest, ReturnsTheSignalThatEndedTheChild) {
     for (const int signal : {SIGKILL, SIGTERM, SIGSEGV}) {
         EXPECT_EQ(run(child("EndBySignal") + " " + std::to_string(signal)), (Outcome{"", 128 + signal}));
     }
@@ -34,7 +34,7 @@ TEST_F(RuntimeTest, PassesTheArgumentsOfTheCommandLine) {
               "[-c]\n[/tmp/a b]\n[]\n[xy]\n");
 }
 
-TEST_F(RuntimeTest, HandsNothingToAShell) {
+TEST_F(RuntimeTest, UsesNoShell) {
     EXPECT_EQ(run(child("ShowArguments") + " ;exit $(echo) `echo` $HOME * ~ 'a | >&1 \\").output,
               "[;exit]\n[$(echo)]\n[`echo`]\n[$HOME]\n[*]\n[~]\n['a]\n[|]\n[>&1]\n[\\]\n");
 }
@@ -65,7 +65,7 @@ TEST_F(RuntimeTest, RunsAScriptThatNamesItsInterpreter) {
               (Outcome{"done\n", 3}));
 }
 
-TEST_F(RuntimeTest, DoesNotStartWhatIsNoProgram) {
+TEST_F(RuntimeTest, DoesNotStartAFileThatIsNotAProgram) {
     const zavtest::ScratchDir directory;
     const std::string commands[] = {
         "",
@@ -89,20 +89,21 @@ TEST_F(RuntimeTest, DoesNotSearchForThePathOfAProgram) {
     EXPECT_EQ(launch("true", "PATH=/bin:/usr/bin\0\0\0"s), nullptr);
 }
 
-TEST_F(RuntimeTest, DoesNotStartAProgramWhoseArgumentWouldBeCutShort) {
+TEST_F(RuntimeTest, RefusesAnArgumentThatWouldBeTruncated) {
     EXPECT_EQ(launch(child("ShowArguments") + " a\0b"s), nullptr);
 }
 
-TEST_F(RuntimeTest, PassesAListOfArgumentsAsItIs) {
+TEST_F(RuntimeTest, PassesAListOfArgumentsUnchanged) {
     const std::string quoted = child("ShowArguments");
     const std::string program = quoted.substr(1, quoted.size() - 2);
-    const Launch launched = Runtime().launch({program, "", " a  b\t", "\"", "-o", "x\" -o \"y"}, nullptr);
+    const LaunchResult launched =
+        Runtime().launch({program, "", " a  b\t", "\"", "-o", "x\" -o \"y"}, nullptr);
     ASSERT_NE(launched.child, nullptr);
     EXPECT_EQ(launched.failure, "");
     EXPECT_EQ(readAll(*launched.child->getOutputStream()), "[]\n[ a  b\t]\n[\"]\n[-o]\n[x\" -o \"y]\n");
 }
 
-TEST_F(RuntimeTest, TellsWhyAProgramWasNotStarted) {
+TEST_F(RuntimeTest, ReportsWhyAProgramWasNotStarted) {
     const zavtest::ScratchDir directory;
     const struct {
         std::vector<std::string> arguments;
@@ -116,7 +117,7 @@ TEST_F(RuntimeTest, TellsWhyAProgramWasNotStarted) {
         {{"/bin/true", std::string(200'000, 'x')}, "E2BIG (argument list too long)"},
     };
     for (const auto& each : cases) {
-        const Launch launched = Runtime().launch(each.arguments, nullptr);
+        const LaunchResult launched = Runtime().launch(each.arguments, nullptr);
         EXPECT_EQ(launched.child, nullptr) << each.failure;
         EXPECT_EQ(launched.failure, each.failure);
     }
@@ -165,13 +166,13 @@ TEST_F(RuntimeTest, ChildrenOfOneRuntimeRunSideBySide) {
     EXPECT_EQ(waiting->waitFor(), 7);
 }
 
-TEST_F(RuntimeTest, AChildThatStillWritesDoesNotHoldUpItsDestruction) {
+TEST_F(RuntimeTest, AChildThatStillWritesDoesNotDelayItsDestruction) {
     const std::unique_ptr<ChildProcess> process = launch(child("WriteForever"));
     ASSERT_NE(process, nullptr);
     EXPECT_EQ(process->getOutputStream()->read(), 'm');
 }
 
-TEST_F(RuntimeTest, AChildThatNobodyReadOrWaitedForLeavesNothing) {
+TEST_F(RuntimeTest, AnUnreadAndUnawaitedChildLeavesNothing) {
     EXPECT_NE(launch(child("WriteLines") + " 10"), nullptr);
     EXPECT_NE(launch(child("ExitWith") + " 7"), nullptr);
 }

@@ -1,4 +1,4 @@
-// Hosts without standard streams. Each is a child of the test, so that the test keeps its own.
+// Hosts without standard streams. Each runs in a child of the test, so that the test keeps its own streams.
 #include "kest/StandardStreams.h"
 
 #include <fcntl.h>
@@ -19,7 +19,7 @@
 namespace kest::test {
 namespace {
 
-// Whether `holds` is true in a process in which these of the descriptors 0, 1 and 2 are closed.
+// Whether `holds` is true in a process in which the given standard streams are closed.
 template <class Condition>
 bool holdsWithout(const std::string& streams, Condition holds) {
     return zavtest::holdsInChild([&] {
@@ -29,7 +29,7 @@ bool holdsWithout(const std::string& streams, Condition holds) {
 }
 
 int openNull(int flags) {
-    return openedAbove([flags] { return ::open("/dev/null", flags | O_CLOEXEC); });
+    return openAboveStandardStreams([flags] { return ::open("/dev/null", flags | O_CLOEXEC); });
 }
 
 bool isClosed(int number) {
@@ -59,7 +59,7 @@ TEST(StandardStreams, AreAsTheHostLeftThemAfterwards) {
 
 TEST(StandardStreams, CannotBeReadOrWrittenWhileTheyAreTaken) {
     EXPECT_TRUE(holdsWithout("012", [] {
-        const StandardStreamsTaken taken;
+        const ScopedStreamReservation taken;
         char byte = 'x';
         const bool unwritable = write(STDOUT_FILENO, &byte, 1) == -1 && errno == EBADF;
         return taken.error() == 0 && unwritable && read(STDIN_FILENO, &byte, 1) == -1 && errno == EBADF;
@@ -68,22 +68,22 @@ TEST(StandardStreams, CannotBeReadOrWrittenWhileTheyAreTaken) {
 
 TEST(StandardStreams, AreNotTheHostsWhileTheyAreTaken) {
     EXPECT_TRUE(holdsWithout("12", [] {
-        const StandardStreamsTaken taken;
+        const ScopedStreamReservation taken;
         return hostHasStream(0) && !hostHasStream(1) && !hostHasStream(2);
     }));
 }
 
-TEST(StandardStreams, OfTheHostStayWhenItOpensOneMeanwhile) {
+TEST(StandardStreams, StayWhenTheHostOpensThemDuringAReservation) {
     EXPECT_TRUE(holdsWithout("012", [] {
         {
-            const StandardStreamsTaken taken;
+            const ScopedStreamReservation taken;
             dup2(::open("/dev/null", O_WRONLY), STDERR_FILENO);
         }
         return areClosed("01") && hostHasStream(2) && write(STDERR_FILENO, "x", 1) == 1;
     }));
 }
 
-TEST(StandardStreams, AreNotTakenInPlaceOfWhatTheLimitForbids) {
+TEST(StandardStreams, AreNotUsedWhenTheDescriptorLimitIsReached) {
     EXPECT_TRUE(holdsWithout("012", [] {
         rlimit none = {};
         getrlimit(RLIMIT_NOFILE, &none);
@@ -111,7 +111,7 @@ TEST(StandardStreams, AreFreeInAChildThatIsForkedWhileTheyAreTaken) {
     }));
 }
 
-// A daemon that writes to a stream which it has closed.
+// A daemon that still writes to a stream that it has closed.
 TEST(StandardStreams, NeverLeadTheHostsLinesIntoWhatIsOpened) {
     const zavtest::ScratchDir directory;
     const std::string file = directory.path() / "file";
@@ -123,7 +123,7 @@ TEST(StandardStreams, NeverLeadTheHostsLinesIntoWhatIsOpened) {
         });
         zavtest::inThreads(3, [&file](int) {
             for (int i = 0; i < 3000; ++i) {
-                close(openedAbove(
+                close(openAboveStandardStreams(
                     [&file] { return ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600); }));
             }
         });
@@ -134,17 +134,17 @@ TEST(StandardStreams, NeverLeadTheHostsLinesIntoWhatIsOpened) {
     EXPECT_EQ(zavtest::readAll(file), "");
 }
 
-TEST(StandardStreams, LeaveADescriptorAboveThemAlone) {
+TEST(StandardStreams, DoNotChangeADescriptorAboveThem) {
     const int number = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(movedUp(number), number);
+    EXPECT_EQ(moveAboveStandardStreams(number), number);
     EXPECT_EQ(close(number), 0);
-    EXPECT_EQ(movedUp(-1), -1);
+    EXPECT_EQ(moveAboveStandardStreams(-1), -1);
 }
 
 TEST(StandardStreams, AreLeftByADescriptorThatWasBornThere) {
     EXPECT_TRUE(holdsWithout("0", [] {
         const int low = ::open("/dev/null", O_RDONLY);
-        const int moved = movedUp(low);
+        const int moved = moveAboveStandardStreams(low);
         return low == 0 && moved > STDERR_FILENO && isClosed(0) && fcntl(moved, F_GETFD) == FD_CLOEXEC;
     }));
 }

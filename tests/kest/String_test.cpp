@@ -63,7 +63,7 @@ TEST(String, TextsThatDifferInMoreThanCaseSortWithoutIt) {
     EXPECT_GT(String(L"x").compareTo(String(), 1), 0);
 }
 
-TEST(String, OnlyTheLettersOfAsciiHaveACase) {
+TEST(String, OnlyAsciiLettersHaveACase) {
     EXPECT_NE(String(L"\xC4").compareTo(String(L"\xE4"), 1), 0);
     EXPECT_NE(String(L"[").compareTo(String(L"{"), 1), 0);
     EXPECT_NE(String(L"@").compareTo(String(L"`"), 1), 0);

@@ -3,7 +3,7 @@
 #include <cstdarg>
 #include <new>
 
-// The names that the linker gives to the functions that it wraps.
+// The names that the linker's option --wrap uses.
 extern "C" {
 void* zavtestMalloc(std::size_t size) __asm__("__wrap_malloc");
 void* zavtestMallocReally(std::size_t size) __asm__("__real_malloc");

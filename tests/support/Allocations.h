@@ -1,13 +1,13 @@
-// Memory that runs out on demand, and is counted. Use zav_test_allocations() of Support.cmake: it replaces
-// operator new and wraps the allocating functions of the C library that the library calls. What other
-// libraries allocate by themselves neither fails nor counts.
+// Makes allocations fail and counts them. Use zav_test_allocations() of Support.cmake, which replaces operator new
+// and wraps the allocating functions of the C library that the library calls. Allocations inside other libraries
+// neither fail nor count.
 #pragma once
 
 #include <cstddef>
 
 namespace zavtest {
 
-// One allocation of this thread fails while this lives: the nth from here on, counted from 1.
+// Makes one allocation of this thread fail: the nth from now on, counted from 1.
 class FailingAllocation {
   public:
     explicit FailingAllocation(int nth);
@@ -15,14 +15,14 @@ class FailingAllocation {
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
-    // Whether it came to the allocation that fails.
+    // Whether that allocation was reached.
     bool happened() const;
 };
 
-// The blocks that this thread has allocated, less those that it has released.
+// The number of blocks that this thread has allocated minus those that it has released.
 long liveBlocks();
 
-// What this thread asked of malloc last, in bytes.
+// The size of this thread's last malloc call, in bytes.
 std::size_t lastMallocSize();
 
 }  // namespace zavtest

@@ -5,7 +5,7 @@
 
 namespace zavtest {
 
-// Whether `holds` is true in a child that is forked now. One that hangs is ended, and not what was wanted.
+// Whether `holds` is true in a forked child. False for a child that hangs, which is killed.
 template <class Condition>
 bool holdsInChild(Condition holds) {
     constexpr unsigned kSeconds = 60;

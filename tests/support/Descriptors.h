@@ -6,7 +6,7 @@
 
 namespace zavtest {
 
-// How many descriptors the process has open.
+// The number of descriptors that the process has open.
 inline std::size_t openDescriptors() {
     const std::filesystem::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));

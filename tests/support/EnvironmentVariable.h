@@ -6,7 +6,7 @@
 
 namespace zavtest {
 
-// An environment variable has another value, or none, as long as this lives.
+// Sets or removes an environment variable and restores it at the end.
 class EnvironmentVariable {
   public:
     EnvironmentVariable(const char* name, const std::optional<std::string>& value) : name_(name) {

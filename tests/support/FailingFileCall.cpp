@@ -6,8 +6,7 @@
 #include <cerrno>
 #include <cstddef>
 
-// The names that the linker gives to the functions that it wraps. The mode goes on whether or not there is
-// one.
+// The names that the linker's option --wrap uses. The mode is passed on whether or not there is one.
 extern "C" {
 int zavtestOpenFile(const char* path, int flags, mode_t mode) __asm__("__wrap_open");
 int zavtestOpenFileReally(const char* path, int flags, mode_t mode) __asm__("__real_open");

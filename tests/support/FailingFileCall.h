@@ -1,4 +1,4 @@
-// open and read that fail on demand. Use zav_test_file_calls() of Support.cmake.
+// Makes open and read fail. Use zav_test_file_calls() of Support.cmake.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@ namespace zavtest {
 
 enum class FileCall { kOpen, kRead };
 
-// One call of this thread fails with an errno while this lives: the nth from here on, counted from 1.
+// Makes one call of this thread fail with this error number: the nth from now on, counted from 1.
 class FailingFileCall {
   public:
     FailingFileCall(FileCall call, int nth, int error);
@@ -15,11 +15,11 @@ class FailingFileCall {
     FailingFileCall(const FailingFileCall&) = delete;
     FailingFileCall& operator=(const FailingFileCall&) = delete;
 
-    // Whether it came to the call that fails.
+    // Whether that call was reached.
     bool happened() const;
 };
 
-// What this thread has read until now.
+// The number of bytes that this thread has read.
 std::size_t bytesRead();
 
 }  // namespace zavtest

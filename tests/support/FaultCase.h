@@ -10,11 +10,11 @@ namespace zavtest {
 
 using Codes = std::set<int>;
 
-// A system call that fails in a run of a scanner, and the return codes of the run that are right.
+// A system call that fails during the run of a scanner, and the permitted return codes of the run.
 struct FaultCase {
     std::string function;
     int error;
-    // The argument is the path that the failed call was about.
+    // The argument is the path of the failed call.
     std::function<Codes(const std::string& path)> codes;
 };
 
@@ -22,7 +22,7 @@ inline FaultCase onAnything(const char* function, int error, int code) {
     return {function, error, [code](const std::string&) { return Codes{code}; }};
 }
 
-// The calls that runs of both scanners make alike. `notStarted` is the code for a scanner that could not be started.
+// The calls that the runs of both scanners have in common. `notStarted` is the code when a scanner cannot be started.
 inline std::vector<FaultCase> commonFaults(int notStarted) {
     return {
         onAnything("fread", EIO, 0),

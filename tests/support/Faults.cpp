@@ -29,7 +29,7 @@ struct Counts {
     int callsBehind = 0;
 };
 
-// Shared with processes that have a copy of the memory only.
+// Shared with processes that have only a copy of the memory.
 Counts* sharedCounts() {
     void* const block =
         mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -41,7 +41,7 @@ Counts* const counts = sharedCounts();
 bool planned = false;
 std::map<std::FILE*, std::string> opened;
 
-// The error with which this call has to fail, else 0.
+// The error with which this call must fail; 0 if it must not.
 int errorOf(const char* function, const std::string& path) {
     if (!planned || plan.function != function) return 0;
     if (counts->failures != 0) ++counts->callsBehind;
@@ -52,7 +52,7 @@ int errorOf(const char* function, const std::string& path) {
     return plan.error;
 }
 
-// What a call returns that fails by -1 and errno.
+// The result of a call that returns -1 and sets errno on error.
 template <class Real>
 auto orMinusOne(const char* function, const std::string& path, Real real) -> decltype(real()) {
     const int error = errorOf(function, path);
@@ -61,7 +61,7 @@ auto orMinusOne(const char* function, const std::string& path, Real real) -> dec
     return -1;
 }
 
-// What a call returns that returns the number of its error.
+// The result of a call that returns an error number.
 template <class Real>
 int orError(const char* function, Real real) {
     const int error = errorOf(function, "");
@@ -96,7 +96,7 @@ std::string Fault::path() const {
 
 }  // namespace zavtest
 
-// The linker asks for these reserved names.
+// The linker's option --wrap requires these reserved names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
@@ -110,7 +110,7 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
     return file;
 }
 
-// The stream is closed all the same, as the real function does.
+// Closes the stream also when it fails, like the real function.
 int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file) {
     const int error = errorOf("fclose", opened[file]);
@@ -133,7 +133,7 @@ std::size_t __wrap_fread(void* block, std::size_t size, std::size_t count, std::
     return errno == 0 ? __real_fread(block, size, count, file) : 0;
 }
 
-// Of open only the calls that the library makes: without a mode.
+// Supports only calls without a mode, as the library makes them.
 int __real_open(const char* path, int flags);
 int __wrap_open(const char* path, int flags) {
     return orMinusOne("open", path, [=] { return __real_open(path, flags); });
@@ -149,7 +149,7 @@ ssize_t __wrap_read(int descriptor, void* block, std::size_t size) {
 
 int __real_access(const char* path, int mode);
 int __wrap_access(const char* path, int mode) {
-    // EEXIST stands for a name that is taken.
+    // The error EEXIST simulates a name that is taken.
     const int error = errorOf("access", path);
     if (error == EEXIST) return 0;
     errno = error;
@@ -181,7 +181,7 @@ int __wrap_pipe2(int* ends, int flags) {
     return orMinusOne("pipe2", "", [=] { return __real_pipe2(ends, flags); });
 }
 
-// What the library reads by a bare system call is told it by the keeper of a scanner.
+// The library uses this call to read the reports of a scanner's keeper.
 long __real_syscall(long number, long a, long b, long c, long d, long e, long f);
 long __wrap_syscall(long number, long a, long b, long c, long d, long e, long f) {
     const auto real = [=] { return __real_syscall(number, a, b, c, d, e, f); };
@@ -193,7 +193,7 @@ int __wrap_clone(int (*function)(void*), void* stack, int flags, void* argument)
     return orMinusOne("clone", "", [=] { return __real_clone(function, stack, flags, argument); });
 }
 
-// Of fcntl only the calls that the library makes: one argument follows, as wide as a pointer.
+// Supports only calls with one argument as wide as a pointer, as the library makes them.
 int __real_fcntl(int descriptor, int command, void* argument);
 int __wrap_fcntl(int descriptor, int command, void* argument) {
     return orMinusOne("fcntl", "", [=] { return __real_fcntl(descriptor, command, argument); });

@@ -1,13 +1,12 @@
-// System calls that fail on demand. Use zav_test_faults() of Support.cmake: it wraps the functions that fail.
-// There is no /etc/zav/zav.ini.
+// Makes system calls fail. Use zav_test_faults() of Support.cmake, which wraps the functions. /etc/zav/zav.ini does
+// not exist.
 #pragma once
 
 #include <string>
 
 namespace zavtest {
 
-// While it lives, calls of `function` fail with `error`: the nth from here on, counted from 1, or every one
-// for kEvery.
+// Makes calls of `function` fail with `error`: the nth from now on, counted from 1, or all for kEvery.
 class Fault {
   public:
     static constexpr int kEvery = 0;
@@ -17,10 +16,10 @@ class Fault {
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;
 
-    // How many calls have failed, and how many came behind the first of them.
+    // The number of failed calls, and the number of calls after the first of them.
     int failures() const;
     int callsBehind() const;
-    // What the last call that failed was about: a path, or empty.
+    // The path that the last failed call was about; empty if it has none.
     std::string path() const;
 };
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-// What malloc and its kin do where nobody has replaced them.
+// The C library's own allocation functions.
 extern "C" {
 void* libcMalloc(std::size_t size) __asm__("__libc_malloc");
 void* libcCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
@@ -38,7 +38,7 @@ void* allocated(Allocate allocate) {
 
 }  // namespace
 
-// Visible, or the system's libraries would go on with their own.
+// These must be visible, or the system's libraries would not use them.
 #pragma GCC visibility push(default)
 extern "C" {
 

@@ -1,14 +1,13 @@
-// Memory that runs out on demand, for everything in the process: the library, Expat and the C and C++
-// libraries. Use zav_test_heap() of Support.cmake: it replaces malloc and its kin, so it is no company for a
-// sanitizer.
+// Makes allocations of the whole process fail: those of the library, of Expat and of the C and C++ libraries. Use
+// zav_test_heap() of Support.cmake, which replaces malloc and related functions and so excludes sanitizers.
 #pragma once
 
 namespace zavtest {
 
-// How long the memory stays short.
+// Whether one allocation fails or all that follow too.
 enum class Shortage { Once, ForGood };
 
-// Allocations of this thread fail while this lives: the nth from here on, counted from 1, or all from there.
+// Makes allocations of this thread fail: the nth from now on, counted from 1, or that and all later ones.
 class FailingHeap {
   public:
     FailingHeap(int nth, Shortage shortage);
@@ -16,11 +15,11 @@ class FailingHeap {
     FailingHeap(const FailingHeap&) = delete;
     FailingHeap& operator=(const FailingHeap&) = delete;
 
-    // Whether it came to the allocation that fails.
+    // Whether that allocation was reached.
     bool happened() const;
 };
 
-// There is memory again as long as this lives, for what a test does in between.
+// Suspends a FailingHeap.
 class PlentifulHeap {
   public:
     PlentifulHeap();
@@ -32,7 +31,7 @@ class PlentifulHeap {
     bool counting_;
 };
 
-// The blocks that this thread has allocated, less those that it has released.
+// The number of blocks that this thread has allocated minus those that it has released.
 long liveBlocks();
 
 }  // namespace zavtest

@@ -22,8 +22,7 @@ inline std::ostream& operator<<(std::ostream& stream, const Message& message) {
                   << message.function << ": " << message.text;
 }
 
-// A host's callback that keeps what it is given: hand out `callback` with the recorder's address as user
-// data.
+// Records the messages of the library. Pass `callback` with the recorder's address as user data.
 struct LogRecorder {
     static void callback(int level, int component, void* userData, const char* function,
                          const char* message) {

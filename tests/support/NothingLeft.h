@@ -9,7 +9,7 @@
 
 namespace zavtest {
 
-// Checks at its end that as many descriptors are open as at its beginning, and that there is no child.
+// Checks at its end that as many descriptors are open as at its beginning and that there is no child.
 class NothingLeft {
   public:
     NothingLeft() = default;

@@ -14,14 +14,14 @@
 
 namespace zavtest {
 
-// How a program ended and what it wrote.
+// The exit status and the output of a program.
 struct Finished {
-    int status;  // the exit status, or minus the signal
+    int status;  // the exit status, or the negative number of the signal that ended it
     std::string output;
     std::string errors;
 };
 
-// Runs a program to its end, with these arguments and additions to the environment ("NAME=value").
+// Runs a program to its end with these arguments and additional environment entries ("NAME=value").
 inline Finished runProgram(const std::string& program, const std::vector<std::string>& arguments,
                            const std::vector<std::string>& environment = {}) {
     const ScratchDir dir;

@@ -11,8 +11,8 @@
 
 namespace zavtest {
 
-// Runs `work` in a child in which this system call fails with `error`, as what stands around a container may have it, and
-// for all programs that it starts. Returns what `work` does; -1 when it cannot be told.
+// Runs `work` in a child in which a system call fails with `error`, as in some containers. The same holds for
+// programs that it starts. Returns the result of `work`; -1 if it is not available.
 inline int whereRefused(long call, int error, const std::function<int()>& work) {
     const pid_t child = fork();
     if (child == 0) {

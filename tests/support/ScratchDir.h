@@ -8,7 +8,7 @@
 
 namespace zavtest {
 
-// A directory of a test's own, deleted with all that is in it.
+// A temporary directory for a test, deleted with its content at the end.
 class ScratchDir {
   public:
     ScratchDir() {
@@ -25,7 +25,7 @@ class ScratchDir {
 
     const std::filesystem::path& path() const { return path_; }
 
-    // Writes a file below the directory and returns its path.
+    // Writes a file in the directory and returns its path.
     std::filesystem::path write(const std::string& name, const std::string& content) const {
         const auto file = path_ / name;
         std::filesystem::create_directories(file.parent_path());

@@ -1,4 +1,4 @@
-// Ways in which a host deals with signals.
+// Ways in which hosts handle signals.
 #pragma once
 
 #include <sys/time.h>
@@ -18,7 +18,7 @@ struct ChildHandling {
     int flags;
 };
 
-// A handler that waits for every child that has ended, as some hosts do.
+// A handler that reaps every child that has ended, as some hosts have.
 inline void reapEveryChild(int) {
     const int saved = errno;
     while (waitpid(-1, nullptr, WNOHANG) > 0) {
@@ -44,8 +44,8 @@ class Disposition {
     struct sigaction before_ = {};
 };
 
-// A signal each millisecond that interrupts whatever the host is waiting for. Its handler stays for good: the
-// last signal may come late.
+// Sends a signal every millisecond, which interrupts system calls of the host. The handler stays installed, as the
+// last signal may arrive late.
 class SignalStorm {
   public:
     SignalStorm() {
@@ -71,10 +71,10 @@ class SignalStorm {
     }
 };
 
-// A thread that takes away every child it can get, and counts them.
+// A thread that reaps every child it can, and counts them.
 class ReapingThread {
   public:
-    // With __WALL in `options` it gets keepers, too.
+    // With __WALL in `options` it also reaps keepers.
     explicit ReapingThread(int options = 0) : options_(options) {}
     ReapingThread(const ReapingThread&) = delete;
     ReapingThread& operator=(const ReapingThread&) = delete;

@@ -7,7 +7,7 @@
 
 namespace zavtest {
 
-// Runs `work` to its end on a thread with a stack of so many bytes. `work` must not throw.
+// Runs `work` on a thread with a stack of this size. `work` must not throw.
 template <class Work>
 void runOnStack(std::size_t bytes, Work work) {
     pthread_attr_t attributes;

@@ -1,4 +1,4 @@
-# What some tests need of the linker, so that they can stand between the library and the system.
+# Functions that let a test intercept calls of the library to the system.
 
 function(zav_wrap target)
   foreach(function ${ARGN})

@@ -6,14 +6,13 @@
 #include <mutex>
 #include <utility>
 
-// The names that the linker gives to the two functions when it is told --wrap=fopen.
+// The names that the linker's option --wrap=fopen uses.
 extern "C" std::FILE* zavtestOpen(const char* path, const char* mode) __asm__("__wrap_fopen");
 extern "C" std::FILE* zavtestOpenReally(const char* path, const char* mode) __asm__("__real_fopen");
 
 namespace zavtest {
 
-// A list through the rules themselves: looking one up allocates nothing, so it may happen where memory is
-// short.
+// A list linked through the rules. A lookup allocates nothing, so it works when memory is short.
 struct OpenRules {
     static void add(OpenRule& rule) {
         const std::lock_guard guard(lock);

@@ -1,5 +1,5 @@
-// What fopen finds. Use zav_test_opens() of Support.cmake. Where no rule says otherwise fopen does what it
-// always does, except that there is no /etc/zav/zav.ini: no test sees the machine's own.
+// Controls what fopen opens. Use zav_test_opens() of Support.cmake. Without a rule fopen behaves as usual, except
+// that /etc/zav/zav.ini does not exist: tests must not depend on the machine's own file.
 #pragma once
 
 #include <atomic>
@@ -12,15 +12,14 @@ namespace zavtest {
 
 inline constexpr const char* kZavIni = "/etc/zav/zav.ini";
 
-// What fopen does with one path as long as this lives, and how often it was asked. The youngest rule of a
-// path counts.
+// Controls and counts the calls of fopen for one path. The newest rule of a path applies.
 class OpenRule {
   public:
-    // Counts, and opens the file as ever.
+    // Only counts.
     explicit OpenRule(std::string path);
     // Opens another file instead.
     OpenRule(std::string path, const std::filesystem::path& instead);
-    // Fails with this errno.
+    // Fails with this error number.
     OpenRule(std::string path, int error);
     ~OpenRule();
     OpenRule(const OpenRule&) = delete;
@@ -38,7 +37,7 @@ class OpenRule {
     OpenRule* older_ = nullptr;
 };
 
-// A /etc/zav/zav.ini with this content as long as it lives.
+// Makes /etc/zav/zav.ini have this content.
 class ZavIni {
   public:
     explicit ZavIni(const std::string& content) : rule_(kZavIni, directory_.write("zav.ini", content)) {}

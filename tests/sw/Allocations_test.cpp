@@ -1,4 +1,4 @@
-// Memory that runs out at any point of any call: once, or from there on.
+// Every allocation of every call fails: alone, or with all later ones.
 #include <functional>
 
 #include "sw/ZAVSwCtx.h"
@@ -14,7 +14,7 @@ using zavtest::Shortage;
 constexpr int kPlenty = 40;
 constexpr int kGuids = 30;
 
-// Large enough for every table and every block of memory to grow.
+// Large enough that every table and every arena grows.
 std::string largeOutput() {
     std::string output = "<?xml version='1.0'?><!DOCTYPE QEL><QEL>";
     for (int i = 0; i < kPlenty; ++i) {
@@ -37,7 +37,7 @@ class SWAllocationsTest : public zavtest::AllocationTest {
     SWAllocationsTest() {
         toolkit_.scannerWrites(largeOutput(), largeWarnings());
         toolkit_.put("lines", "one\n" + std::string(5000, 'x') + "\nthree\n");
-        open();  // what the system's libraries keep for good they have from now on
+        open();  // allocates what the system's libraries keep until the process ends
         EXPECT_EQ(evaluate(), 0);
         expectResults();
         close();
@@ -62,7 +62,7 @@ class SWAllocationsTest : public zavtest::AllocationTest {
         return ZAV_sw_evaluate_multi(context_, signatures, 2);
     }
 
-    // Nobody holds the logger's lock, else this would wait for ever.
+    // The test hangs if the logger's lock is still held.
     int returnCode() {
         const int before = messages_;
         int code = 0;
@@ -109,7 +109,7 @@ class SWAllocationsTest : public zavtest::AllocationTest {
     ZAVSwCtx* context_ = nullptr;
 };
 
-TEST_P(SWAllocationsTest, OfMakingAContext) {
+TEST_P(SWAllocationsTest, MakeContext) {
     everyAllocation([this](int nth) {
         openHandle();
         ZAVSwCtx* context = reinterpret_cast<ZAVSwCtx*>(this);
@@ -124,8 +124,8 @@ TEST_P(SWAllocationsTest, OfMakingAContext) {
     });
 }
 
-// Whether the option was stored or not, it is whole.
-TEST_P(SWAllocationsTest, OfSettingAnOption) {
+// An option is either stored completely or not at all.
+TEST_P(SWAllocationsTest, SetOption) {
     const std::wstring text(40, L't');
     for (const wchar_t* const name : {L"known", L"a name that needs memory of its own"}) {
         everyAllocation([&](int nth) {
@@ -151,7 +151,7 @@ TEST_P(SWAllocationsTest, OfSettingAnOption) {
     }
 }
 
-TEST_P(SWAllocationsTest, OfAnEvaluation) {
+TEST_P(SWAllocationsTest, Evaluation) {
     everyAllocation([this](int nth) {
         open();
         const Attempt attempt = failAt(nth, [this] { return evaluate(); });
@@ -165,7 +165,7 @@ TEST_P(SWAllocationsTest, OfAnEvaluation) {
     });
 }
 
-TEST_P(SWAllocationsTest, OfAnEvaluationLeaveAContextInWhichTheNextOneSucceeds) {
+TEST_P(SWAllocationsTest, NextEvaluationSucceeds) {
     open();
     int nth = 1;
     for (bool reached = true; reached && !HasFailure(); nth += 7) {
@@ -178,7 +178,7 @@ TEST_P(SWAllocationsTest, OfAnEvaluationLeaveAContextInWhichTheNextOneSucceeds) 
     close();
 }
 
-TEST_P(SWAllocationsTest, OfQueries) {
+TEST_P(SWAllocationsTest, Queries) {
     open();
     ASSERT_EQ(evaluate(), 0);
     ZAVSwResult** results = nullptr;
@@ -211,8 +211,8 @@ TEST_P(SWAllocationsTest, OfQueries) {
     close();
 }
 
-// Each identifier is looked up for the first time.
-TEST_P(SWAllocationsTest, OfAnIdentifierLookup) {
+// Looks each identifier up for the first time.
+TEST_P(SWAllocationsTest, IdentifierLookup) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(evaluate(), 0);
@@ -235,7 +235,7 @@ TEST_P(SWAllocationsTest, OfAnIdentifierLookup) {
     });
 }
 
-TEST_P(SWAllocationsTest, OfReleasingAContext) {
+TEST_P(SWAllocationsTest, ReleaseContext) {
     everyAllocation([this](int nth) {
         open();
         EXPECT_EQ(evaluate(), 0);

@@ -1,4 +1,4 @@
-// Threads that evaluate at once, each with a handle of its own.
+// Threads that evaluate at the same time, each with its own handle.
 #include "tests/support/Threads.h"
 #include "tests/sw/Evaluation.h"
 
@@ -39,7 +39,7 @@ TEST(SWConcurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
     });
 }
 
-// Looking up and getting values changes nothing in a context, so threads may share one for that.
+// Lookups and getters of values do not change a context, so threads may share one for these.
 TEST(SWConcurrent, ThreadsMayReadTheSameResults) {
     constexpr int kResults = 500;
     std::string output = "<QEL>";
@@ -63,8 +63,7 @@ TEST(SWConcurrent, ThreadsMayReadTheSameResults) {
     });
 }
 
-// One callback for all threads: it counts without a lock of its own, which is right only because the library
-// never enters it twice at a time.
+// The callback counts without a lock, which is correct only if the library never calls it from two threads at once.
 TEST(SWConcurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
     struct Host {
         static void callback(int, int, void* userData, const char*, const char*) {

@@ -15,7 +15,7 @@ namespace swtest {
 using zavtest::Messages;
 using zavtest::Texts;
 using WideTexts = std::vector<std::wstring>;
-// Name and value of each variable.
+// The name and the value of each variable.
 using Variables = std::vector<std::pair<std::wstring, std::wstring>>;
 
 // A host with a software context and a toolkit of its own.
@@ -41,7 +41,7 @@ class Evaluation : public Toolkit, public zavtest::LibraryHost {
     std::wstring metadata(ZAVSwResult* result) const;
     Variables variables(ZAVSwResult* result) const;
     WideTexts warnings() const;
-    // Null when there is none.
+    // Null if there is no such result.
     ZAVSwResult* find(const wchar_t* guid) const;
 
     // The lines that the scanner printed since the last call of a take function.
@@ -54,7 +54,7 @@ class Evaluation : public Toolkit, public zavtest::LibraryHost {
     ZAVSwCtx* context_ = nullptr;
 };
 
-// A test on an evaluation that leaves nothing behind: no file, no descriptor, no child.
+// A test with an evaluation that must leave nothing behind: no file, no descriptor, no child.
 class EvaluationTest : public testing::Test, private zavtest::NothingLeft, protected Evaluation {};
 
 }  // namespace swtest

@@ -1,5 +1,5 @@
-// Each system call of an evaluation fails in its turn: the evaluation has its documented code, nothing is
-// left behind, and the next one succeeds.
+// Each system call of an evaluation fails once: the evaluation returns its documented code, nothing is left behind,
+// and the next evaluation succeeds.
 #include "tests/support/Faults.h"
 #include "tests/support/FaultCase.h"
 
@@ -26,21 +26,21 @@ bool isWarnings(const std::string& path) {
     return path.find("/warning_") != std::string::npos;
 }
 
-// Files that the library writes; a message that cannot be formatted is lost, no more.
+// Files that the library writes. A message that cannot be formatted is dropped without further effect.
 FaultCase onFiles(const char* function, int error, int configuration, int signatures) {
     return {function, error, [=](const std::string& path) {
                 return Codes{isConfiguration(path) ? configuration : isSignatures(path) ? signatures : 0};
             }};
 }
 
-// Files that the scanner wrote.
+// Files that the scanner writes.
 FaultCase onResults(const char* function, int error) {
     return {function, error, [](const std::string& path) { return Codes{isWarnings(path) ? 205 : 204}; }};
 }
 
 class SWFaultTest : public testing::TestWithParam<FaultCase> {};
 
-TEST_P(SWFaultTest, HasItsCodeAndPasses) {
+TEST_P(SWFaultTest, ReturnsItsCodeAndTheNextRunSucceeds) {
     const zavtest::NothingLeft nothingLeft;
     int failures = 0;
     for (int nth = 1;; ++nth) {
@@ -78,8 +78,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 using SWWriteFaultTest = EvaluationTest;
 
-// The codes of the three functions for a file of a kind; the last write is the one that failed.
-TEST_F(SWWriteFaultTest, AFailedWriteIsTheLastOneAndIsToldOf) {
+// Each function with its code for a signatures file. No write follows the failed one.
+TEST_F(SWWriteFaultTest, AFailedWriteIsTheLastOneAndIsLogged) {
     scannerWrites("<QEL/>");
     ASSERT_EQ(ZAV_sw_setopt_variable(context(), L"a", L"b", L"c"), 0);
     ASSERT_EQ(ZAV_sw_setopt_config(context(), L"a", L"b", L"c"), 0);
@@ -110,7 +110,7 @@ TEST_F(SWWriteFaultTest, AFailedWriteIsTheLastOneAndIsToldOf) {
     }
 }
 
-// Each piece is written with a call of its own: what it is made of stands between them.
+// Each piece is written with a separate call.
 TEST_F(SWWriteFaultTest, PiecesAreWrittenOneByOne) {
     scannerWrites("<QEL/>");
     const wchar_t* signatures[] = {L"A", L"B", L"C"};
@@ -136,7 +136,7 @@ TEST_F(SWWriteFaultTest, WithoutAFreeNameNothingIsWrittenOrLaunched) {
     EXPECT_FALSE(std::filesystem::exists(path() / "seen_configuration"));
 }
 
-TEST_F(SWWriteFaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold) {
+TEST_F(SWWriteFaultTest, ADirectoryThatCannotBeRemovedIsKeptAndTheFailureIsLogged) {
     ZAVSwCtx* other = nullptr;
     zavtest::LogRecorder log;
     ASSERT_EQ(ZAV_sw_init(handle(), zavtest::LogRecorder::callback, &log, &other), 0);
@@ -148,7 +148,7 @@ TEST_F(SWWriteFaultTest, ADirectoryThatCannotBeRemovedIsLeftAndTheFailureIsTold)
     std::filesystem::remove(fault.path());
 }
 
-TEST(SWWorkspaceFault, AContextWithoutAWorkspaceIsOneAllTheSame) {
+TEST(SWWorkspaceFault, AContextIsMadeWithoutAWorkspace) {
     const Evaluation evaluation;
     ZAVSwCtx* context = nullptr;
     {

@@ -54,7 +54,7 @@ TEST_F(HostileFilesTest, EveryBeginningOfGoodWarningsIsRefusedAndTheResultsAreKe
     }
 }
 
-TEST_F(HostileFilesTest, EveryByteLostFromAGoodOutputLeavesTheContextWhole) {
+TEST_F(HostileFilesTest, EveryByteRemovedFromAGoodOutputKeepsTheContextConsistent) {
     for (std::size_t lost = 0; lost < kGoodOutput.size(); ++lost) {
         scannerWrites(kGoodOutput.substr(0, lost) + kGoodOutput.substr(lost + 1), kGoodWarnings);
         const int code = run();
@@ -88,7 +88,7 @@ struct HostileCase {
 
 class HostileDocumentTest : public HostileFilesTest, public testing::WithParamInterface<HostileCase> {};
 
-// As output and as warnings; the next evaluation is as good as ever.
+// Uses the document as output and as warnings. The evaluation after it must succeed.
 TEST_P(HostileDocumentTest, IsRefusedWithAMessage) {
     scannerWrites(GetParam().document, kGoodWarnings);
     EXPECT_EQ(run(), 204);
@@ -130,7 +130,7 @@ TEST_F(HostileFilesTest, MetadataAndEventsOfAnyDepthAreWritten) {
     ASSERT_EQ(run(), 0);
     const std::string event = "<Event>" + before + "<b/>" + behind + "</Event>";
     EXPECT_EQ(warnings(), WideTexts{std::wstring(event.begin(), event.end())});
-    // One line each for every start, every end, and the innermost element.
+    // One line for each start tag, each end tag and the innermost element.
     const std::wstring metadata = this->metadata(results().at(0));
     EXPECT_EQ(static_cast<std::size_t>(std::count(metadata.begin(), metadata.end(), L'\n')), 2 * kDeep + 2);
 }
@@ -160,7 +160,7 @@ TEST_F(HostileFilesTest, ManyResultsOfOneIdentifierAreFoundAtOnce) {
     EXPECT_TRUE(std::equal(found, found + count, results().begin()));
 }
 
-// Nothing that the files name is opened: neither a file nor what would answer on the network.
+// External entities are never loaded, neither from files nor from the network.
 TEST_F(HostileFilesTest, ExternalEntitiesAreNeverLoaded) {
     const std::string secret = put("secret", "the secret");
     const std::string doctype = "<!DOCTYPE QEL [<!ENTITY x SYSTEM \"file://" + secret + "\">]>";
@@ -179,7 +179,7 @@ TEST_F(HostileFilesTest, ExternalEntitiesAreNeverLoaded) {
         2);
 }
 
-TEST_F(HostileFilesTest, DirectoriesInThePlacesOfTheFilesAreRefused) {
+TEST_F(HostileFilesTest, DirectoriesInPlaceOfTheFilesAreRefused) {
     scannerIs("LinkToDirectory");
     EXPECT_EQ(run(), 204);
     const Messages messages = takeMessages();

@@ -7,7 +7,7 @@ namespace swtest {
 inline const wchar_t untouchedText[] = L"untouched";
 inline constexpr int untouchedNumber = 4711;
 
-// The outputs of a query, which is to write them on success only.
+// The output arguments of a query, which must be written only on success.
 struct Outputs {
     ZAVSwResult* const untouchedResult = reinterpret_cast<ZAVSwResult*>(this);
     int number = untouchedNumber;
@@ -23,13 +23,13 @@ struct Outputs {
     }
 };
 
-// In the states of a context that the checks tell apart.
+// The states of a context that the checks distinguish.
 enum class State { New, Evaluated, Failed, Changed };
 
-// What a query is given beside its outputs.
+// The input arguments of a query.
 struct Given {
     ZAVSwCtx* context;
-    ZAVSwResult* result;  // of the last evaluation that had one, else null
+    ZAVSwResult* result;  // of the last successful evaluation; null if there is none
 };
 
 class SWQueryTest : public EvaluationTest {

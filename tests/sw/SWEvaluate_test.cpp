@@ -1,4 +1,4 @@
-// Whole evaluations by real scanners.
+// Complete evaluations with real scanner processes.
 #include <algorithm>
 
 #include "kest/Text.h"
@@ -12,7 +12,7 @@ const std::string kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Signatur
 const std::string kTail = "</Signatures>\n";
 const wchar_t* const kSignature = L"<Signature/>";
 
-// The three functions, each with signatures that are of no importance.
+// The three functions; the content of the signatures does not matter.
 enum class Entry { One, Multi, File };
 
 class SWEntryTest : public EvaluationTest, public testing::WithParamInterface<Entry> {
@@ -30,7 +30,7 @@ class SWEntryTest : public EvaluationTest, public testing::WithParamInterface<En
     }
     int evaluate() const { return evaluate(context()); }
 
-    // Nothing is there to be read.
+    // The getters have nothing to return.
     void expectNoResults() {
         ZAVSwResult** all = nullptr;
         int count = 0;
@@ -116,7 +116,7 @@ TEST_P(SWEntryTest, AScannerThatFailsHasItsStatusKeptAndItsFilesIgnored) {
     }
 }
 
-TEST_P(SWEntryTest, AMissingOutputIs204AndTheGettersAnswerWithNothing) {
+TEST_P(SWEntryTest, AMissingOutputIs204AndTheGettersReturnNothing) {
     scannerIs("CopyFiles");
     put("warnings.xml", events_);
     EXPECT_EQ(evaluate(), 204);
@@ -134,7 +134,7 @@ TEST_P(SWEntryTest, MissingWarningsAre205AndTheResultsCanBeRead) {
     EXPECT_EQ(warnings(), WideTexts());
 }
 
-// A configuration that cannot be opened is no failure: its absence is the scanner's.
+// A configuration file that cannot be created is not an error of the library; the scanner fails.
 TEST_P(SWEntryTest, ALostWorkspaceShowsWhereSignaturesAreWritten) {
     scannerWrites(output_, events_);
     ASSERT_EQ(evaluate(), 0);
@@ -203,7 +203,7 @@ TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsAFailedWrite) {
     EXPECT_EQ(returnCode(), -1);
 }
 
-// Each is long enough to be given back to the system, or short enough to be used again, when it goes.
+// The lengths cover blocks that are returned to the system and blocks that are reused when they are freed.
 TEST_F(SWEvaluateTest, TextsOfTheOldResultsMayBeTheNewSignatures) {
     const std::string value(1'000'000, 'v');
     scannerWrites(
@@ -274,7 +274,7 @@ TEST_F(SWEvaluateTest, TextsOfTheResultsMayBeOptions) {
     EXPECT_NE(configuration.find("<Attribute name=\"guid\" value=\"guid\"/>"), std::string::npos);
 }
 
-TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsToldAsTheReason) {
+TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsReportedAsTheReason) {
     scannerWrites("<QEL/>");
     const wchar_t* signatures[] = {L"A", nullptr};
     takeMessages();
@@ -285,7 +285,7 @@ TEST_F(SWEvaluateTest, ANullAmongManySignaturesIsToldAsTheReason) {
     EXPECT_TRUE(messages.back().text.ends_with("]: a text of it is null")) << messages.back();
 }
 
-TEST_F(SWEvaluateTest, AFileOfSignaturesIsHandedOnUnread) {
+TEST_F(SWEvaluateTest, AFileOfSignaturesIsPassedOnUnread) {
     scannerWrites("<QEL/>");
     const std::filesystem::path file = put("mine with blanks.xml", "not even XML");
     EXPECT_EQ(ZAV_sw_evaluate_file(context(), file.wstring().c_str()), 0);
@@ -316,7 +316,7 @@ TEST_F(SWEvaluateTest, OptionsGoToTheScannerSorted) {
               std::string::npos);
 }
 
-TEST_F(SWEvaluateTest, TheStepsAreToldInTheirOrder) {
+TEST_F(SWEvaluateTest, TheStepsAreLoggedInOrder) {
     scannerWrites("<QEL/>");
     put("lines", "hello\n");
     ASSERT_EQ(run(), 0);

@@ -1,7 +1,7 @@
-// The files that go to the scanner, byte for byte.
+// The input files of the scanner, byte for byte.
 #include <gtest/gtest.h>
 
-#include "core/File.h"
+#include "core/StdioFile.h"
 #include "kest/Text.h"
 #include "sw/SWConfigFile.h"
 #include "sw/SWSignatureFile.h"
@@ -21,9 +21,9 @@ class SWFilesTest : public testing::Test {
     }
 
     std::string workspace() const { return kest::narrow(context_.tmpDir->getBasePath()); }
-    // Makes the workspace one in which no file can be made.
+    // Removes the temporary directory, so that no file can be created in it.
     void loseWorkspace() { std::filesystem::remove_all(workspace()); }
-    // Makes the workspace one that has no names to give.
+    // Replaces the temporary directory by an uninitialised one, so that no names are available.
     void closeWorkspace() {
         context_.tmpDir = std::make_unique<TemporaryDir>(nullptr, directory_.path().wstring().c_str());
     }
@@ -123,7 +123,7 @@ TEST_F(SWFilesTest, NothingIsEscapedAndCharactersAreCutToEightBits) {
               kSignaturesHead + "<a>\xE9</a>xz" + kSignaturesTail);
 }
 
-TEST_F(SWFilesTest, SignaturesStandInOrderWithNothingBetweenThem) {
+TEST_F(SWFilesTest, SignaturesAreWrittenInOrderWithNothingBetweenThem) {
     EXPECT_EQ(signatures({L"A", L"B"}), kSignaturesHead + "AB" + kSignaturesTail);
     EXPECT_EQ(signatures({L"", L" \n", L""}), kSignaturesHead + " \n" + kSignaturesTail);
 }
@@ -146,7 +146,7 @@ TEST_F(SWFilesTest, OneSignatureIsWrittenAsOneOfMany) {
                                         "Creating a signature file [" + kest::narrow(path) + "]"}}));
 }
 
-TEST_F(SWFilesTest, FilesHaveNamesOfTheirOwnInTheWorkspaceWhichDeletesThem) {
+TEST_F(SWFilesTest, FilesHaveDistinctNamesInTheWorkspaceWhichDeletesThem) {
     std::wstring configFile;
     std::wstring signatureFile;
     ASSERT_EQ(SW_CreateConfigFile(&context_, configFile), 0);
@@ -186,7 +186,7 @@ TEST_F(SWFilesTest, ANullSignatureIsAFailedWriteAndTheRestIsSkipped) {
     EXPECT_EQ(log_.messages, expected);
 }
 
-// The scanner will miss the file.
+// The scanner will report the missing file.
 TEST_F(SWFilesTest, AConfigurationThatCannotBeOpenedIsASuccess) {
     loseWorkspace();
     std::wstring path;
@@ -205,7 +205,7 @@ TEST_F(SWFilesTest, SignaturesThatCannotBeOpenedAreAnErrorWithoutAMessage) {
                                         "Creating a signature file [" + kest::narrow(path) + "]"}}));
 }
 
-TEST_F(SWFilesTest, WithoutANameTheConfigurationIsNotWrittenButToldOf) {
+TEST_F(SWFilesTest, WithoutANameTheConfigurationIsLoggedButNotWritten) {
     closeWorkspace();
     std::wstring path = L"as before";
     EXPECT_EQ(SW_CreateConfigFile(&context_, path), 201);
@@ -225,7 +225,7 @@ TEST_F(SWFilesTest, WithoutANameSignaturesGoWhereTheNameLeads) {
     EXPECT_EQ(SW_CreateSignature(&context_, path, L"A"), 202);
 }
 
-// All that the file holds fits into the stream's buffer, so the full disk shows when the file is closed.
+// The content fits into the stream's buffer, so the full disk is detected when the file is closed.
 TEST_F(SWFilesTest, AFullDiskThatShowsOnlyAtTheEndIsAFailedWrite) {
     closeWorkspace();
     std::wstring path = L"/dev/full";
@@ -265,7 +265,7 @@ TEST(SWWriteData, WritesATextUpToItsEnd) {
     const zavtest::ScratchDir directory;
     const std::string path = directory.path() / "file";
     {
-        const File file = openFile(path.c_str(), "we");
+        const StdioFile file = openFile(path.c_str(), "we");
         EXPECT_TRUE(SW_writeData(nullptr, file.get(), "one "));
         EXPECT_TRUE(SW_writeData(nullptr, file.get(), ""));
         EXPECT_TRUE(SW_writeData(nullptr, file.get(), L"two \x00E9 "));
@@ -275,8 +275,8 @@ TEST(SWWriteData, WritesATextUpToItsEnd) {
     EXPECT_EQ(zavtest::readAll(path), "one two \xE9 three");
 }
 
-TEST(SWWriteData, TellsOfANullTextAndOfAFileThatTakesNothing) {
-    const File readOnly = openFile("/dev/null", "re");
+TEST(SWWriteData, ReportsANullTextAndAFailedWrite) {
+    const StdioFile readOnly = openFile("/dev/null", "re");
     EXPECT_FALSE(SW_writeData(nullptr, readOnly.get(), static_cast<const char*>(nullptr)));
     EXPECT_FALSE(SW_writeData(nullptr, readOnly.get(), static_cast<const wchar_t*>(nullptr)));
     EXPECT_FALSE(SW_writeData(nullptr, readOnly.get(), "text"));

@@ -21,7 +21,7 @@ class SWGuidIndexTest : public testing::Test {
         EXPECT_EQ(entry == nullptr ? nullptr : entry->first, index_.first(guid));
         if (entry == nullptr) return {};
         EXPECT_EQ(*entry->results, entry->first);
-        EXPECT_FALSE(entry->handedOut);
+        EXPECT_FALSE(entry->wasRequested);
         return {entry->results, entry->results + entry->count};
     }
 
@@ -32,7 +32,7 @@ class SWGuidIndexTest : public testing::Test {
 
 using Found = std::vector<ZAVSwResult*>;
 
-TEST_F(SWGuidIndexTest, HoldsNothingAtFirst) {
+TEST_F(SWGuidIndexTest, IsEmptyAtFirst) {
     EXPECT_EQ(index_.first(L""), nullptr);
     index_.build(results_);
     EXPECT_EQ(index_.first(L""), nullptr);
@@ -64,7 +64,7 @@ TEST_F(SWGuidIndexTest, BuiltAgainItForgetsWhatWasBefore) {
     EXPECT_EQ(found(L"b"), Found());
 }
 
-// Slow enough to be noticed if each look-up walked over all results.
+// Would be noticeably slow if each lookup searched all results.
 TEST_F(SWGuidIndexTest, FindsEachOfAHundredThousand) {
     constexpr int kMany = 100'000;
     for (int i = 0; i < kMany; ++i) add(L"prefix-" + std::to_wstring(i / 2));

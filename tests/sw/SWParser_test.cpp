@@ -1,11 +1,10 @@
-// From the scanner's two files to results and warnings.
+// Conversion of the scanner's two files to results and warnings.
 #include "sw/SWParser.h"
 
 #include <gtest/gtest.h>
 
 #include "intake/XMLParser.h"
 #include "kest/Text.h"
-#include "sw/SWQueries.h"
 #include "tessa/NodeReader.h"
 #include "tests/support/ChildlessNode.h"
 #include "tests/sw/Evaluation.h"
@@ -22,7 +21,7 @@ using tessa::NodeList;
 const Messages kParsingOutput = {{2, 4, "SW_parseOutData", "Parsing output file"}};
 const Messages kParsingWarnings = {{2, 4, "SW_parseWarnData", "Parsing warn data"}};
 
-// What is expected of one result.
+// The expected content of a result.
 struct Expected {
     std::wstring guid;
     std::wstring name;
@@ -37,7 +36,7 @@ class SWParserTest : public testing::Test {
     SWParserTest() { context_.log = std::make_unique<ZAVlog>(4, zavtest::LogRecorder::callback, &log_); }
     ~SWParserTest() override { SW_deleteResults(&context_); }
 
-    // The root of a document; the tree lives until the next call.
+    // Returns the root of a document. The tree is valid until the next call.
     const Node* read(const std::string& document) {
         const std::wstring path = kest::widen(directory_.write("file.xml", document).string());
         parser_ = std::make_unique<XMLParser>(nullptr, path.c_str());
@@ -48,7 +47,7 @@ class SWParserTest : public testing::Test {
     int parse(const std::string& document) { return SW_parseOutData(&context_, read(document)); }
     int parseSignatures(const std::string& inner) { return parse("<QEL>" + inner + "</QEL>"); }
 
-    // The tree is gone when the results are looked at, as it is for hosts.
+    // Deletes the tree first, as it no longer exists when hosts read the results.
     std::vector<Expected> results() {
         parser_.reset();
         std::vector<Expected> all;
@@ -110,7 +109,7 @@ TEST_F(SWParserTest, OtherChildrenOfTheRootAreIgnored) {
     EXPECT_EQ(results(), (std::vector<Expected>{{L"2", L"", L"", {}}}));
 }
 
-TEST_F(SWParserTest, NamesOfAttributesOfASignatureHaveAnyCase) {
+TEST_F(SWParserTest, AttributeNamesOfASignatureAreCaseInsensitive) {
     EXPECT_EQ(parseSignatures("<MatchedSignature GUID='1' Name='a'/><MatchedSignature Guid='2' NAME='b'/>"
                               "<MatchedSignature guid='3' gUiD='4'/><MatchedSignature guids='5' nam='c'/>"),
               0);
@@ -145,7 +144,7 @@ TEST_F(SWParserTest, ARootWhoseChildrenCannotBeListedHoldsNothing) {
     EXPECT_EQ(context_.warningsArray, nullptr);
 }
 
-TEST_F(SWParserTest, ASignatureWithoutANodeOrWithoutChildrenIsAppendedAllTheSame) {
+TEST_F(SWParserTest, ASignatureWithoutANodeOrWithoutChildrenIsAppended) {
     const zavtest::ChildlessNode failing(L"MatchedSignature", -1);
     const zavtest::ChildlessNode listless(L"MatchedSignature", 0);
     EXPECT_EQ(SW_parseMatchedSignature(&context_, nullptr), 0);
@@ -189,7 +188,7 @@ TEST_F(SWParserTest, NamesAndValuesHoldAnyCharacter) {
               (Variables{{L"\u00E4", L"<\u20AC\U0001F600"}}));
 }
 
-TEST_F(SWParserTest, TheVariablesOfOneSignatureAreNotThoseOfTheNext) {
+TEST_F(SWParserTest, TheVariablesOfSignaturesAreSeparate) {
     EXPECT_EQ(parseSignatures("<MatchedSignature><Variable name='a' value='1'/></MatchedSignature>"
                               "<MatchedSignature><Other/></MatchedSignature><MatchedSignature/>"
                               "<MatchedSignature><Variable name='b' value='2'/></MatchedSignature>"),
@@ -206,7 +205,7 @@ TEST_F(SWParserTest, MetadataIsIndentedXmlWithItsOwnTags) {
     EXPECT_EQ(metadata("<metadata/><Other><Metadata/></Other>"), L"");
 }
 
-TEST_F(SWParserTest, OfSeveralMetadataTheLastWins) {
+TEST_F(SWParserTest, TheLastMetadataElementIsUsed) {
     EXPECT_EQ(metadata("<Metadata>1</Metadata><Variable/><Metadata>2</Metadata>"), L"<Metadata>2</Metadata>");
 }
 
@@ -216,7 +215,7 @@ TEST_F(SWParserTest, BytesOfMetadataAreWidenedAsSignedOnes) {
                                                               static_cast<wchar_t>(-92) + L"</Metadata>");
 }
 
-TEST_F(SWParserTest, LongMetadataIsWhole) {
+TEST_F(SWParserTest, LongMetadataIsComplete) {
     const std::string text = std::string(100'000, 'x') + "&lt;" + std::string(100'000, 'y');
     EXPECT_EQ(metadata("<Metadata>" + text + "</Metadata>"),
               kest::widen("<Metadata>" + text + "</Metadata>"));
@@ -310,7 +309,7 @@ TEST_F(SWParseOutputTest, KeepsTheResultsBesideBrokenWarnings) {
     }
 }
 
-// What is wrong with the warnings is told even when the output alone decides the code.
+// Errors in the warnings file are logged even if the output file determines the code.
 TEST_F(SWParseOutputTest, ReadsBothFilesBeforeItJudgesEither) {
     EXPECT_EQ(SW_ParseOutput(&context_, L"/none/output", L"/none/warnings"), 204);
     const auto missing = [](const std::string& path) {

@@ -1,5 +1,5 @@
-// What the getters hand out.
-#include "sw/SWQueries.h"
+// The results of the getters.
+#include "sw/ZAVSwCtx.h"
 
 #include "tests/sw/QueryTest.h"
 
@@ -88,7 +88,7 @@ TEST_F(SWQueryTest, LookupsAndWarningsAnswerInAnyState) {
     EXPECT_EQ(warnings().size(), 2U);
 }
 
-TEST_F(SWQueryTest, EachTextOfAResultIsHandedOut) {
+TEST_F(SWQueryTest, EachTextOfAResultIsReturned) {
     enter(State::Evaluated);
     EXPECT_EQ(variables(first_), (Variables{{L"Empty", L""}, {L"v", L"1"}}));
     EXPECT_EQ(takeMessages(),
@@ -142,7 +142,7 @@ TEST_F(SWQueryTest, WithoutWarningsTheOutputsStayAsTheyWere) {
     }
 }
 
-TEST_F(SWQueryTest, TheReturnCodeIsToldInAnyState) {
+TEST_F(SWQueryTest, TheReturnCodeIsReturnedInAnyState) {
     const auto told = [this] { return takeTextsOf("ZAV_sw_get_returncode"); };
     EXPECT_EQ(returnCode(), -1);
     EXPECT_EQ(told(), Texts{"Returning previous rc [-1] [FALSE]"});

@@ -1,4 +1,4 @@
-// What the getters refuse: the checks of each in their order, with code, message and level.
+// Errors of the getters: the checks of each in order, with code, message and level.
 #include <functional>
 
 #include "tests/sw/QueryTest.h"
@@ -245,7 +245,7 @@ INSTANTIATE_TEST_SUITE_P(
                               {}}),
     nameOf);
 
-// The two getters that check alike.
+// Two getters have the same checks.
 using TextGetter = int (*)(ZAVSwCtx*, ZAVSwResult*, const wchar_t**);
 
 std::vector<QueryCase> textRefusals(TextGetter get) {

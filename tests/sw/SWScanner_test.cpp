@@ -1,4 +1,4 @@
-// How the scanner is started, and what becomes of how it ends.
+// How the scanner is started and how its exit status is handled.
 #include "sw/SWScanner.h"
 
 #include <algorithm>
@@ -23,12 +23,12 @@ class SWScannerTest : public EvaluationTest {
 
     std::string warnings() const { return kest::narrow(warnings_); }
     std::string output() const { return kest::narrow(output_); }
-    // The command line that belongs to the names of the last execution.
+    // The command line with the file names of the last execution.
     std::string command() const {
         return path().string() + "/quorvis -c \"/w/cfg_1.xml\" -o \"" + output() + "\" -e \"" + warnings() +
                "\" -i \"/w/sig_1.xml\"";
     }
-    // What an execution is to say; `rest` comes behind the command.
+    // The expected messages of an execution; `rest` follows the command.
     Messages messagesWith(const Messages& rest) const {
         Messages all = {
             {2, 4, "TemporaryDir::getTmpFile()", "Requesting tmpFile [" + output() + "]"},
@@ -45,7 +45,7 @@ class SWScannerTest : public EvaluationTest {
     std::wstring output_;
 };
 
-TEST_F(SWScannerTest, TellsOfItsFilesItsCommandItsLinesAndItsEnd) {
+TEST_F(SWScannerTest, LogsItsFilesCommandLinesAndExitStatus) {
     scannerIs("CopyFiles");
     put("lines", "one\r\n\ntw\ro\nunterminated");
     EXPECT_EQ(execute(), 0);
@@ -99,7 +99,7 @@ TEST_F(SWScannerTest, AScannerThatASignalEndsHasAStatusFrom128On) {
     EXPECT_EQ(returnCode(), 128 + SIGKILL);
 }
 
-TEST_F(SWScannerTest, AScannerThatCannotBeLaunchedIsToldOf) {
+TEST_F(SWScannerTest, AScannerThatCannotBeStartedIsLogged) {
     scannerIs("CopyFiles");
     put("status", "7");
     execute();
@@ -143,7 +143,7 @@ TEST_P(SignaturesFileTest, ReachesTheScannerAsOneArgument) {
     EXPECT_EQ(arguments[8], kest::narrow(GetParam()));
 }
 
-TEST_P(SignaturesFileTest, StandsInTheLoggedCommandAsItIs) {
+TEST_P(SignaturesFileTest, IsLoggedUnchanged) {
     scannerIs("ShowArguments");
     ZAV_sw_evaluate_file(context(), GetParam());
     const Texts texts = takeTextsOf(kFunction);
@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Paths, SignaturesFileTest,
                          testing::Values(L"", L" ", L"a  b", L"\"", L"\"\"", L"a\"b", L"x\" -o \"/tmp/other",
                                          L"-o", L"--root", L"$(id)", L"a\\"));
 
-TEST_F(SWScannerTest, AFileWhoseNameWouldBeCutAtANulIsRefused) {
+TEST_F(SWScannerTest, AFileNameThatWouldBeTruncatedAtANulIsRefused) {
     scannerIs("ShowArguments");
     EXPECT_EQ(ZAV_sw_evaluate_file(context(),
                                    L"/w/a\x100"
@@ -190,7 +190,7 @@ TEST(SWScannerDirectory, ABlankInItSplitsTheProgramsPath) {
     EXPECT_EQ(arguments[1], "blank/quorvis");
 }
 
-TEST(SWScannerDirectory, AQuoteInThatOfTheTemporaryFilesDoesNotSplitTheirNames) {
+TEST(SWScannerDirectory, AQuoteInTheTemporaryDirectoryDoesNotSplitFileNames) {
     const zavtest::NothingLeft nothingLeft;
     Evaluation evaluation("toolkit", "a\" -o \"b");
     evaluation.scannerWrites("<QEL><MatchedSignature guid='1'/></QEL>");

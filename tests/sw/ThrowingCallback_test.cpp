@@ -1,4 +1,4 @@
-// A host whose callback throws, at each message in its turn.
+// A host whose callback throws at each message in turn.
 #include <functional>
 
 #include "sw/ZAVSwCtx.h"
@@ -74,7 +74,7 @@ TEST_F(SWThrowingCallbackTest, MakesNoContext) {
     EXPECT_EQ(messages, 4);
 }
 
-// An option is stored before it is told of.
+// An option is stored before it is logged.
 TEST_F(SWThrowingCallbackTest, LeavesAnOptionStored) {
     const std::vector<std::function<int()>> options = {
         [this] { return ZAV_sw_setopt_variable(context_, L"a", L"b", L"c"); },
@@ -93,7 +93,7 @@ TEST_F(SWThrowingCallbackTest, LeavesAnOptionStored) {
     close();
 }
 
-TEST_F(SWThrowingCallbackTest, EndsAnEvaluationWithoutResultsButNotTheContext) {
+TEST_F(SWThrowingCallbackTest, AbortsAnEvaluationWithoutResultsButKeepsTheContext) {
     const int messages = everyMessage([this] { open(); }, [this] { return evaluate(); },
                                       [this] {
                                           expectLockFree();
@@ -106,11 +106,11 @@ TEST_F(SWThrowingCallbackTest, EndsAnEvaluationWithoutResultsButNotTheContext) {
                                           EXPECT_STREQ(value, L"b");
                                           close();
                                       });
-    // Four names each told twice, the command, two lines, the exit code, two doctypes, two parsings.
+    // Four names with two messages each, the command, two lines, the exit code, two doctypes, two parsings.
     EXPECT_EQ(messages, 16);
 }
 
-TEST_F(SWThrowingCallbackTest, EndsAFailedEvaluationAlike) {
+TEST_F(SWThrowingCallbackTest, AbortsAFailedEvaluationToo) {
     const std::vector<std::function<void()>> failures = {
         [this] { toolkit_.put("status", "3"); },
         [this] { toolkit_.remove("status"), toolkit_.remove("warnings.xml"); },
@@ -143,7 +143,7 @@ TEST_F(SWThrowingCallbackTest, AnswersNoQuery) {
     const wchar_t* text = L"untouched";
     const wchar_t** texts = &text;
     ZAVSwResult** results = &result;
-    // Each with the number of its messages.
+    // The number of messages of each query.
     const std::vector<std::pair<int, std::function<int()>>> queries = {
         {1, [&] { return ZAV_sw_get_results(context_, &results, &number); }},
         {1, [&] { return ZAV_sw_get_results(context_, nullptr, &number); }},
@@ -176,7 +176,7 @@ TEST_F(SWThrowingCallbackTest, AnswersNoQuery) {
     close();
 }
 
-TEST_F(SWThrowingCallbackTest, ReleasesAContextAllTheSame) {
+TEST_F(SWThrowingCallbackTest, StillReleasesAContext) {
     const int messages = everyMessage(
         [this] {
             open();

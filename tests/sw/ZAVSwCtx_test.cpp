@@ -1,4 +1,4 @@
-// The life of a software context and its options.
+// The lifecycle of a software context and its options.
 #include "sw/ZAVSwCtx.h"
 
 #include <sys/stat.h>
@@ -38,7 +38,7 @@ class SwInitTest : public testing::Test, private zavtest::NothingLeft {
     zavtest::ScratchDir temp_;
 };
 
-TEST_F(SwInitTest, RefusesANullLibraryFirstAndLeavesTheOutputAlone) {
+TEST_F(SwInitTest, RefusesANullLibraryFirstAndKeepsTheOutput) {
     auto* const before = reinterpret_cast<ZAVSwCtx*>(this);
     ZAVSwCtx* context = before;
     EXPECT_EQ(ZAV_sw_init(nullptr, LogRecorder::callback, &log_, &context), 3);
@@ -52,7 +52,7 @@ TEST_F(SwInitTest, RefusesANullContextNext) {
     EXPECT_TRUE(log_.messages.empty());
 }
 
-TEST_F(SwInitTest, ANewContextHoldsWhatTheHandleKnowsAndNothingElse) {
+TEST_F(SwInitTest, ANewContextHasOnlyTheHandlesSettings) {
     ZAVSwCtx* context = nullptr;
     ASSERT_EQ(init(&context), 0);
     EXPECT_EQ(context->library, handle_);
@@ -160,14 +160,14 @@ TEST(SwFree, RefusesANullContext) {
     EXPECT_EQ(ZAV_sw_free(nullptr), 3);
 }
 
-TEST(SwFree, ReleasesWhateverTheContextHas) {
+TEST(SwFree, ReleasesAnyContext) {
     auto* const bare = new ZAVSwCtx;
     EXPECT_EQ(ZAV_sw_free(bare), 0);
 }
 
 using SwOptionTest = EvaluationTest;
 
-TEST_F(SwOptionTest, AVariableIsStoredAndToldUnderAPluralName) {
+TEST_F(SwOptionTest, AVariableIsStoredAndLoggedUnderAPluralName) {
     EXPECT_EQ(ZAV_sw_setopt_variable(context(), L"name", L"value", L"scope"), 0);
     EXPECT_EQ(takeMessages(), (Messages{{2, 4, "ZAV_sw_setopt_variables",
                                          "Variable [name] set with value [value] for scope [scope]"}}));
@@ -184,7 +184,7 @@ TEST_F(SwOptionTest, AVariableSetAgainHasItsSecondValueAndScope) {
     EXPECT_EQ(context()->variables.at(L"X").scope, L"B");
 }
 
-TEST_F(SwOptionTest, ASettingIsStoredAndToldAtTheLowestLevel) {
+TEST_F(SwOptionTest, ASettingIsStoredAndLoggedAtTheLowestLevel) {
     EXPECT_EQ(ZAV_sw_setopt_config(context(), L"P", L"a", L"1"), 0);
     EXPECT_EQ(takeMessages(), (Messages{{0, 4, "ZAV_sw_setopt_config", "Plugin [P] config set [a] = [1]"}}));
 }
@@ -251,7 +251,7 @@ TEST(SwOption, NeedsNoLogger) {
     EXPECT_EQ(ZAV_sw_setopt_config(&bare, nullptr, L"b", L"c"), 7);
 }
 
-TEST_F(SwOptionTest, AnyChangeMakesTheResultsInvalidButKeepsWhatWasHandedOut) {
+TEST_F(SwOptionTest, AnyChangeInvalidatesTheResultsButKeepsReturnedPointers) {
     scannerWrites("<QEL><MatchedSignature guid='1'><Variable name='a' value='b'/></MatchedSignature></QEL>");
     for (const bool setting : {false, true}) {
         ASSERT_EQ(run(), 0);

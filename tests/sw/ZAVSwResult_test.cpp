@@ -41,7 +41,7 @@ TEST(ZAVSwResult, VariablesAreSortedByTheirCharactersCodes) {
                                       {L"\U0001F600", L"2"}}));
 }
 
-TEST(ZAVSwResult, OfVariablesOfOneNameTheLastOneStays) {
+TEST(ZAVSwResult, TheLastVariableOfANameIsKept) {
     ZAVSwResult result;
     result.setVariables({{L"b", L"1"}, {L"a", L"2"}, {L"b", L"3"}});
     EXPECT_EQ(pairsOf(result), (Pairs{{L"a", L"2"}, {L"b", L"3"}}));

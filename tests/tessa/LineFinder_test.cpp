@@ -1,4 +1,4 @@
-// Lines of nodes, which are found by reading a file anew.
+// Lines of nodes, which are found by reading the file again.
 #include <gtest/gtest.h>
 
 #include "kest/Text.h"
@@ -9,7 +9,7 @@ namespace {
 
 class LineTest : public testing::Test {
   protected:
-    int lineOf(const std::string& xml, const Place& place, const Settings& settings = {}) {
+    int lineOf(const std::string& xml, const NodePath& place, const Settings& settings = {}) {
         path_ = kest::String(kest::widen(directory_.write("text.xml", xml).string()));
         NodeReader reader(sink_);
         reader.blockSize = settings.blockSize;
@@ -17,9 +17,9 @@ class LineTest : public testing::Test {
         return reader.lineOf(path_, place);
     }
 
-    // Each node of the tree is found, and no other: behind the last child there is nothing.
+    // Every node of the tree is found; places after the last child are not.
     void expectEachNodeFound(const std::string& xml, const Settings& settings, const Node* node,
-                             Place place) {
+                             NodePath place) {
         EXPECT_GT(lineOf(xml, place, settings), 0) << xml << testing::PrintToString(place);
         place.push_back(0);
         const NodeList* children = nullptr;
@@ -77,11 +77,11 @@ TEST_F(LineTest, LinesAreFoundInEveryEncoding) {
     EXPECT_EQ(lineOf("<?xml version='1.0' encoding='ISO-8859-1'?>\n<a>\n\xE4</a>", {0}), 3);
 }
 
-TEST_F(LineTest, NothingIsToldToTheSink) {
+TEST_F(LineTest, TheSinkIsNotCalled) {
     EXPECT_EQ(lineOf("<!DOCTYPE a SYSTEM 'x'>\n<a/>", {}), 2);
     EXPECT_EQ(lineOf("<a>\n</b>", {0}), 0);
     EXPECT_EQ(lineOf("<a>\n<b/></c>", {0}), 2) << "what is behind the node is not looked at";
-    EXPECT_TRUE(sink_.complaints.empty());
+    EXPECT_TRUE(sink_.diagnostics.empty());
     EXPECT_EQ(sink_.trees, 0);
 }
 

@@ -1,4 +1,4 @@
-// Texts in other encodings than UTF-8.
+// Documents in encodings other than UTF-8.
 #include <gtest/gtest.h>
 
 #include "tests/tessa/Reading.h"
@@ -12,7 +12,7 @@ std::string declared(const std::string& encoding, const std::string& rest) {
     return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n" + rest;
 }
 
-// Each 16-bit unit as two bytes behind a byte order mark.
+// A byte order mark followed by two bytes for each 16-bit unit.
 std::string utf16(const std::u16string& text, bool bigEndian) {
     std::string bytes;
     for (const char16_t unit : u"\xFEFF" + text) {
@@ -27,7 +27,7 @@ std::string utf16(const std::u16string& text, bool bigEndian) {
 void expectRefused(const std::string& xml, const wchar_t* message, int line) {
     const Document document = readText(xml);
     EXPECT_EQ(document.status, 1) << xml;
-    EXPECT_EQ(document.complaints, (std::vector<Complaint>{{Kind::kCritical, message, line}})) << xml;
+    EXPECT_EQ(document.diagnostics, (std::vector<Diagnostic>{{Kind::kCritical, message, line}})) << xml;
 }
 
 TEST(NodeReaderEncoding, Utf16WithAByteOrderMark) {
@@ -75,9 +75,9 @@ TEST(NodeReaderEncoding, EncodingsOfTheParserAndOfTheSystem) {
     }
 }
 
-// Some converters hold a letter back until they know that nothing joins it, some shift between sets of characters,
-// some use four bytes for one. Each text begins, ends and meets markup in its letters.
-TEST(NodeReaderEncoding, ConvertersThatHoldCharactersBackLoseAndJoinNothing) {
+// Some converters delay a letter until they know that it does not combine with the next, some are stateful, some use
+// four bytes per character. Each text begins and ends with such letters and has them next to markup.
+TEST(NodeReaderEncoding, ConvertersThatDelayCharactersLoseNothing) {
     const struct {
         const char* encoding;
         std::string text;
@@ -109,7 +109,7 @@ TEST(NodeReaderEncoding, ConvertersThatHoldCharactersBackLoseAndJoinNothing) {
     }
 }
 
-TEST(NodeReaderEncoding, LargeDocumentsComeThroughAConverterWhole) {
+TEST(NodeReaderEncoding, LargeDocumentsAreConvertedCompletely) {
     std::string text;
     std::wstring wide;
     for (int i = 0; i < 100000; ++i) {
@@ -123,12 +123,12 @@ TEST(NodeReaderEncoding, LargeDocumentsComeThroughAConverterWhole) {
     }
 }
 
-TEST(NodeReaderEncoding, LinesAreCountedBehindAConverter) {
+TEST(NodeReaderEncoding, LinesAreCountedAfterConversion) {
     const std::string lines(70000, '\n');
     for (const char* const encoding : {"windows-1255", "GB18030", "UTF-7"}) {
         const Document document = readText(declared(encoding, "<a>" + lines + "</b>"));
-        EXPECT_EQ(document.complaints,
-                  (std::vector<Complaint>{
+        EXPECT_EQ(document.diagnostics,
+                  (std::vector<Diagnostic>{
                       {Kind::kCritical, L"mismatched tag, the end of \"a\" is expected", 70002}}));
     }
 }

@@ -1,4 +1,4 @@
-// Entities: those of the document itself are replaced, and those that are left out are told.
+// Entities: those that the document declares are replaced, and those that are left out are reported.
 #include <gtest/gtest.h>
 
 #include "tests/tessa/Reading.h"
@@ -9,23 +9,24 @@ namespace {
 const std::wstring kExternal = L" is left out: it is external, and nothing external is loaded";
 const std::wstring kUndeclared = L" is left out: it is not declared in the document itself";
 
-// What is told after the warning of the declaration itself.
-std::vector<Complaint> toldOf(const Document& document) {
-    EXPECT_FALSE(document.complaints.empty());
-    if (document.complaints.empty()) return {};
-    return {document.complaints.begin() + 1, document.complaints.end()};
+// The messages after the warning about the declaration itself.
+std::vector<Diagnostic> toldOf(const Document& document) {
+    EXPECT_FALSE(document.diagnostics.empty());
+    if (document.diagnostics.empty()) return {};
+    return {document.diagnostics.begin() + 1, document.diagnostics.end()};
 }
 
-void expectTold(const std::string& xml, const std::wstring& tree, const std::vector<Complaint>& complaints) {
+void expectTold(const std::string& xml, const std::wstring& tree,
+                const std::vector<Diagnostic>& diagnostics) {
     for (const int blockSize : {0, 1, 7}) {
         const Document document = readText(xml, {.blockSize = blockSize});
         EXPECT_EQ(document.status, 0) << xml;
         EXPECT_EQ(shown(document.root.get()), tree) << xml;
-        EXPECT_EQ(toldOf(document), complaints) << xml << "\nin blocks of " << blockSize;
+        EXPECT_EQ(toldOf(document), diagnostics) << xml << "\nin blocks of " << blockSize;
     }
 }
 
-Complaint warning(const std::wstring& message, int line) {
+Diagnostic warning(const std::wstring& message, int line) {
     return {Kind::kWarning, message, line};
 }
 
@@ -40,7 +41,7 @@ TEST(NodeReaderEntities, InternalOnesAreReplacedAlsoThroughParameterEntities) {
                L"a(\"text\")", {});
 }
 
-TEST(NodeReaderEntities, ExternalOnesAreToldWithTheirNameAndLine) {
+TEST(NodeReaderEntities, ExternalOnesAreReportedWithNameAndLine) {
     expectTold("<!DOCTYPE a [\n<!ENTITY e SYSTEM 'x'>\n<!ENTITY f 'in &e; between'>]>\n<a>\n&f;\n&e;</a>",
                L"a(\"\nin  between\n\")", {warning(L"entity \"e\"" + kExternal, 5)});
     expectTold("<!DOCTYPE a [<!ENTITY e SYSTEM 'x'><!ENTITY f PUBLIC 'p' 'x'>]>\n<a>&f;\n&e;</a>", L"a",
@@ -50,7 +51,7 @@ TEST(NodeReaderEntities, ExternalOnesAreToldWithTheirNameAndLine) {
         {warning(L"parameter entity \"p\"" + kExternal, 2), warning(L"entity \"e\"" + kUndeclared, 4)});
 }
 
-TEST(NodeReaderEntities, UndeclaredOnesAreToldWhereTheyMightBeDeclaredElsewhere) {
+TEST(NodeReaderEntities, UndeclaredOnesAreReportedIfTheyCouldBeDeclaredElsewhere) {
     expectTold("<!DOCTYPE a SYSTEM 'x'>\n<a>\n&e;</a>", L"a", {warning(L"entity \"e\"" + kUndeclared, 3)});
     expectTold(
         "<!DOCTYPE a [%p;]>\n<a>b&e;</a>", L"a(\"b\")",
@@ -59,8 +60,8 @@ TEST(NodeReaderEntities, UndeclaredOnesAreToldWhereTheyMightBeDeclaredElsewhere)
                {warning(L"entity \"\\xC3\\xA4\"" + kUndeclared, 3)});
 }
 
-TEST(NodeReaderEntities, OnesThatAnAttributeLosesAreToldToo) {
-    const std::vector<Complaint> lost = {warning(L"entity \"e\"" + kUndeclared, 3)};
+TEST(NodeReaderEntities, OmissionsInAttributesAreReported) {
+    const std::vector<Diagnostic> lost = {warning(L"entity \"e\"" + kUndeclared, 3)};
     expectTold("<!DOCTYPE a SYSTEM 'x'>\n<a>\n<b x='1&e;2&lt;&#65;'/></a>", L"a(b[x='12<A'])", lost);
     expectTold("<!DOCTYPE a SYSTEM 'x' [<!ENTITY f '(&e;)'>]>\n<a>\n<b x='&f;'/></a>", L"a(b[x='()'])", lost);
     expectTold("<!DOCTYPE a SYSTEM 'x' [<!ENTITY f '<b x=\"(&e;)\"/>'>]>\n<a>\n&f;</a>", L"a(b[x='()'])",
@@ -70,9 +71,9 @@ TEST(NodeReaderEntities, OnesThatAnAttributeLosesAreToldToo) {
                lost);
 }
 
-TEST(NodeReaderEntities, OnesThatAnAttributeLosesAreToldInEveryEncoding) {
+TEST(NodeReaderEntities, OmissionsInAttributesAreReportedInEveryEncoding) {
     const std::string rest = "<!DOCTYPE a SYSTEM 'x' [<!ENTITY \xE4 'text'>]>\n<a x='&\xE4;&\xFC;'/>";
-    const std::vector<Complaint> lost = {warning(L"entity \"\\xC3\\xBC\"" + kUndeclared, 2)};
+    const std::vector<Diagnostic> lost = {warning(L"entity \"\\xC3\\xBC\"" + kUndeclared, 2)};
     for (const char* const encoding : {"ISO-8859-1", "windows-1252"})
         expectTold("<?xml version='1.0' encoding='" + std::string(encoding) + "'?>" + rest, L"a[x='text']",
                    lost);
@@ -87,14 +88,14 @@ TEST(NodeReaderEntities, UndeclaredOnesAreMalformedWhereEverythingIsDeclared) {
           "<?xml version='1.0' standalone='yes'?><!DOCTYPE a SYSTEM 'x'><a>&e;</a>"}) {
         const Document document = readText(xml);
         EXPECT_EQ(document.status, 1) << xml;
-        EXPECT_EQ(document.complaints.back(), (Complaint{Kind::kCritical, L"undefined entity", 1})) << xml;
+        EXPECT_EQ(document.diagnostics.back(), (Diagnostic{Kind::kCritical, L"undefined entity", 1})) << xml;
     }
 }
 
-TEST(NodeReaderEntities, NoMoreAreToldThanThereMayBe) {
+TEST(NodeReaderEntities, TheNumberOfReportsIsLimited) {
     std::string xml = "<!DOCTYPE a SYSTEM 'x'>\n<a>";
     for (int i = 0; i < 100000; ++i) xml += "&e" + std::to_string(i) + ";";
-    const std::vector<Complaint> told = toldOf(readText(xml + "</a>"));
+    const std::vector<Diagnostic> told = toldOf(readText(xml + "</a>"));
     ASSERT_EQ(told.size(), 65U);
     EXPECT_EQ(told[63], warning(L"entity \"e63\"" + kUndeclared, 2));
     EXPECT_EQ(told[64], warning(L"more entities are left out", 2));
@@ -111,12 +112,12 @@ TEST(NodeReaderEntities, ParameterEntitiesThatGrowOrNestAreRefused) {
     }
     const Document refused = readText(grows + "%p59;]><a/>");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.complaints.back().message,
+    EXPECT_EQ(refused.diagnostics.back().message,
               L"limit on input amplification factor (from DTD and entities) breached");
     EXPECT_EQ(readText(nests + "%p59;]><a/>").status, 0);
     const std::string self = "<!DOCTYPE a [<!ENTITY % p '&#37;p;'>\n%p;]><a/>";
-    EXPECT_EQ(readText(self).complaints.back(),
-              (Complaint{Kind::kCritical, L"recursive entity reference", 2}));
+    EXPECT_EQ(readText(self).diagnostics.back(),
+              (Diagnostic{Kind::kCritical, L"recursive entity reference", 2}));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What the reader says of files that it does not take.
+// Messages about files that the reader refuses.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,8 +8,8 @@
 #include <fstream>
 
 #include "kest/Text.h"
-#include "tessa/Fault.h"
-#include "tessa/InputFile.h"
+#include "tessa/DocumentFile.h"
+#include "tessa/ReadError.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Descriptors.h"
 #include "tests/support/FailingFileCall.h"
@@ -22,13 +22,13 @@ namespace fs = std::filesystem;
 using zavtest::FailingFileCall;
 using zavtest::FileCall;
 
-const Complaint kDoctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
+const Diagnostic kDoctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
 
-std::vector<Complaint> critical(const std::wstring& message, int line) {
+std::vector<Diagnostic> critical(const std::wstring& message, int line) {
     return {{Kind::kCritical, message, line}};
 }
 
-TEST(NodeReaderFaults, EachKindOfMalformedTextIsToldWithItsLine) {
+TEST(NodeReaderFaults, EachKindOfMalformedTextIsReportedWithItsLine) {
     const wchar_t* const invalid = L"not well-formed (invalid token)";
     const wchar_t* const noElement = L"no element found";
     const wchar_t* const junk = L"junk after document element";
@@ -87,18 +87,18 @@ TEST(NodeReaderFaults, EachKindOfMalformedTextIsToldWithItsLine) {
     for (const auto& each : cases) {
         const Document document = readText(each.xml);
         EXPECT_EQ(document.status, 1) << each.xml;
-        EXPECT_EQ(document.complaints, critical(each.message, each.line)) << each.xml;
+        EXPECT_EQ(document.diagnostics, critical(each.message, each.line)) << each.xml;
     }
 }
 
 TEST(NodeReaderFaults, ZeroByteIsRefused) {
     const Document document = readText(std::string("<a>\n\0</a>", 9));
-    EXPECT_EQ(document.complaints, critical(L"not well-formed (invalid token)", 2));
+    EXPECT_EQ(document.diagnostics, critical(L"not well-formed (invalid token)", 2));
 }
 
 TEST(NodeReaderFaults, LinesAreCountedOverAllBlocks) {
     const std::string lines(300000, '\n');
-    EXPECT_EQ(readText("<a>" + lines + "</b>").complaints,
+    EXPECT_EQ(readText("<a>" + lines + "</b>").diagnostics,
               critical(L"mismatched tag, the end of \"a\" is expected", 300001));
 }
 
@@ -123,9 +123,9 @@ TEST(NodeReaderFaults, DoctypeIsAWarningWithItsLine) {
         const bool good = *each.tree != L'\0';
         const std::wstring leftOut =
             each.leftOut.empty() ? L"" : L", so \"" + each.leftOut + L"\" is left out";
-        ASSERT_EQ(document.complaints.size(), good ? 1U : 2U) << each.xml;
-        EXPECT_EQ(document.complaints.front(),
-                  (Complaint{Kind::kWarning, kDoctype.message + leftOut, each.line}));
+        ASSERT_EQ(document.diagnostics.size(), good ? 1U : 2U) << each.xml;
+        EXPECT_EQ(document.diagnostics.front(),
+                  (Diagnostic{Kind::kWarning, kDoctype.message + leftOut, each.line}));
         EXPECT_EQ(shown(document.root.get()), each.tree);
     }
 }
@@ -134,7 +134,7 @@ TEST(NodeReaderFaults, OnlyVersionOneZeroIsRead) {
     for (const std::string version : {"2.0", "1.1", "1.5", "1.", "10", "1.00"}) {
         const std::wstring wide(version.begin(), version.end());
         for (const std::string encoding : {"", " encoding='UTF-8'", " encoding='windows-1255'"}) {
-            EXPECT_EQ(readText("<?xml version='" + version + "'" + encoding + "?>\n<a/>").complaints,
+            EXPECT_EQ(readText("<?xml version='" + version + "'" + encoding + "?>\n<a/>").diagnostics,
                       critical(L"XML version \"" + wide + L"\" is not supported, only \"1.0\"", 1));
         }
     }
@@ -143,16 +143,17 @@ TEST(NodeReaderFaults, OnlyVersionOneZeroIsRead) {
 
 TEST(NodeReaderFaults, DoctypeIsRefusedOnDemand) {
     const Document document = readText("<?xml version='1.0'?>\n<!DOCTYPE a><a/>", {.refuseDoctype = true});
-    EXPECT_EQ(document.complaints, critical(L"document type declaration refused", 2));
+    EXPECT_EQ(document.diagnostics, critical(L"document type declaration refused", 2));
     EXPECT_EQ(readText("<a/>", {.refuseDoctype = true}).status, 0);
 }
 
 TEST(NodeReaderFaults, SecondDoctypeIsMalformed) {
     const Document document = readText("<!DOCTYPE a>\n<!DOCTYPE a><a/>");
-    EXPECT_EQ(document.complaints, (std::vector<Complaint>{kDoctype, {Kind::kCritical, L"syntax error", 2}}));
+    EXPECT_EQ(document.diagnostics,
+              (std::vector<Diagnostic>{kDoctype, {Kind::kCritical, L"syntax error", 2}}));
 }
 
-TEST(NodeReaderFaults, GoodFileCutOffAnywhereIsRefused) {
+TEST(NodeReaderFaults, GoodFileTruncatedAnywhereIsRefused) {
     const std::string xml =
         "<?xml version='1.0' encoding='ISO-8859-1'?>\n<!DOCTYPE a [<!ENTITY e 'x'>]>\n"
         "<a x='1' y=\"&lt;&#65;\">\n <b>\xE4 &amp; &e;</b><!-- c --><?p q?><![CDATA[<d>]]><c/>\n</a>";
@@ -161,8 +162,8 @@ TEST(NodeReaderFaults, GoodFileCutOffAnywhereIsRefused) {
         for (const int blockSize : {0, 1}) {
             const Document document = readText(xml.substr(0, length), {.blockSize = blockSize});
             EXPECT_EQ(document.status, 1) << length;
-            ASSERT_FALSE(document.complaints.empty()) << length;
-            EXPECT_EQ(document.complaints.back().kind, Kind::kCritical);
+            ASSERT_FALSE(document.diagnostics.empty()) << length;
+            EXPECT_EQ(document.diagnostics.back().kind, Kind::kCritical);
         }
     }
 }
@@ -179,35 +180,35 @@ TEST(NodeReaderFaults, RefusedFilesLeaveNothingAllocated) {
     }
 }
 
-TEST(NodeReaderFaults, FileThatCannotBeOpenedIsTold) {
+TEST(NodeReaderFaults, FileThatCannotBeOpenedIsReported) {
     const zavtest::ScratchDir directory;
     const fs::path file = directory.write("file", "<a/>");
     const fs::path loop = directory.path() / "loop";
     fs::create_symlink(loop, loop);
-    EXPECT_EQ(readFile(directory.path() / "missing").complaints,
+    EXPECT_EQ(readFile(directory.path() / "missing").diagnostics,
               critical(L"cannot be opened: ENOENT (no such file or directory)", 0));
-    EXPECT_EQ(readFile("").complaints, critical(L"cannot be opened: ENOENT (no such file or directory)", 0));
-    EXPECT_EQ(readFile(file / "below").complaints,
+    EXPECT_EQ(readFile("").diagnostics, critical(L"cannot be opened: ENOENT (no such file or directory)", 0));
+    EXPECT_EQ(readFile(file / "below").diagnostics,
               critical(L"cannot be opened: ENOTDIR (not a directory)", 0));
-    EXPECT_EQ(readFile(loop).complaints,
+    EXPECT_EQ(readFile(loop).diagnostics,
               critical(L"cannot be opened: ELOOP (too many levels of symbolic links)", 0));
-    EXPECT_EQ(readFile(directory.path() / std::string(300, 'n')).complaints,
+    EXPECT_EQ(readFile(directory.path() / std::string(300, 'n')).diagnostics,
               critical(L"cannot be opened: ENAMETOOLONG (file name too long)", 0));
     const FailingFileCall denied(FileCall::kOpen, 1, EACCES);
-    EXPECT_EQ(readFile(file).complaints, critical(L"cannot be opened: EACCES (permission denied)", 0));
+    EXPECT_EQ(readFile(file).diagnostics, critical(L"cannot be opened: EACCES (permission denied)", 0));
 }
 
-TEST(NodeReaderFaults, WhatIsNoRegularFileIsRefusedAtOnce) {
+TEST(NodeReaderFaults, OnlyRegularFilesAreAccepted) {
     const zavtest::ScratchDir directory;
     const fs::path pipe = directory.path() / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
     const fs::path socket = directory.path() / "socket";
     ASSERT_EQ(mknod(socket.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0), 0);
     const std::wstring expected = L"a regular file is expected, but this is ";
-    EXPECT_EQ(readFile(directory.path()).complaints, critical(expected + L"a directory", 0));
-    EXPECT_EQ(readFile(pipe).complaints, critical(expected + L"a pipe", 0));
-    EXPECT_EQ(readFile(socket).complaints, critical(expected + L"a socket", 0));
-    EXPECT_EQ(readFile("/dev/zero").complaints, critical(expected + L"a device", 0));
+    EXPECT_EQ(readFile(directory.path()).diagnostics, critical(expected + L"a directory", 0));
+    EXPECT_EQ(readFile(pipe).diagnostics, critical(expected + L"a pipe", 0));
+    EXPECT_EQ(readFile(socket).diagnostics, critical(expected + L"a socket", 0));
+    EXPECT_EQ(readFile("/dev/zero").diagnostics, critical(expected + L"a device", 0));
     for (const fs::path& each : {pipe, socket, fs::path("/dev/zero"), directory.path()}) {
         const fs::path link = directory.path() / "link";
         fs::create_symlink(each, link);
@@ -228,35 +229,35 @@ TEST(NodeReaderFaults, HugeFileIsRefusedBeforeItIsRead) {
     const fs::path file = directory.write("text.xml", "<a/>");
     ASSERT_EQ(truncate(file.c_str(), off_t{1} << 40), 0);
     const std::size_t before = zavtest::bytesRead();
-    EXPECT_EQ(readFile(file).complaints, critical(L"larger than 1073741824 bytes", 0));
+    EXPECT_EQ(readFile(file).diagnostics, critical(L"larger than 1073741824 bytes", 0));
     EXPECT_EQ(zavtest::bytesRead(), before);
 }
 
 TEST(NodeReaderFaults, FileThatGrowsWhileItIsReadIsBounded) {
     const zavtest::ScratchDir directory;
     const fs::path path = directory.write("text.xml", "123");
-    InputFile file(path.c_str(), 10);
+    DocumentFile file(path.c_str(), 10);
     char buffer[4];
     EXPECT_EQ(file.read(buffer, 4), 3);
     std::ofstream(path, std::ios::app) << "4567";
     EXPECT_EQ(file.read(buffer, 4), 4);
     std::ofstream(path, std::ios::app) << "89abcdef";
     EXPECT_THROW(file.read(buffer, 4), Fault);
-    EXPECT_THROW(InputFile(path.c_str(), 10), Fault);
+    EXPECT_THROW(DocumentFile(path.c_str(), 10), Fault);
 }
 
 TEST(NodeReaderFaults, FileThatShrinksWhileItIsReadEndsThere) {
     const zavtest::ScratchDir directory;
     const fs::path path = directory.write("text.xml", "123456");
-    InputFile file(path.c_str());
+    DocumentFile file(path.c_str());
     char buffer[4];
     EXPECT_EQ(file.read(buffer, 4), 4);
     ASSERT_EQ(truncate(path.c_str(), 2), 0);
     EXPECT_EQ(file.read(buffer, 4), 0);
 }
 
-// Whatever the names hold, and whatever the locale: what a message cannot carry would be lost as a whole.
-TEST(NodeReaderFaults, MessagesAreOfPrintableAsciiAlone) {
+// A message with a character that the locale cannot convert would be dropped, so all messages are ASCII.
+TEST(NodeReaderFaults, MessagesArePrintableAscii) {
     const zavtest::ScratchDir directory;
     const char* const documents[] = {
         "<\xC3\xA4></b>",
@@ -270,8 +271,8 @@ TEST(NodeReaderFaults, MessagesAreOfPrintableAsciiAlone) {
         Sink sink;
         NodeReader reader(sink);
         reader.process(kest::String(kest::widen(directory.write("text.xml", document).string())), 0);
-        ASSERT_FALSE(sink.complaints.empty()) << document;
-        for (const Complaint& each : sink.complaints) {
+        ASSERT_FALSE(sink.diagnostics.empty()) << document;
+        for (const Diagnostic& each : sink.diagnostics) {
             EXPECT_TRUE(std::all_of(each.message.begin(), each.message.end(), [](wchar_t character) {
                 return character >= L' ' && character <= L'~';
             })) << each;
@@ -288,7 +289,7 @@ TEST(NodeReaderFaults, PathIsNarrowedToItsLowBytes) {
     EXPECT_EQ(reader.status, 0);
 }
 
-TEST(NodeReaderFaults, ReadErrorAnywhereIsToldAndInterruptionsGoOn) {
+TEST(NodeReaderFaults, ReadErrorsAreReportedAndInterruptedReadsRepeated) {
     const zavtest::ScratchDir directory;
     const fs::path file = directory.write("text.xml", "<a>text<b/></a>");
     const std::size_t descriptors = zavtest::openDescriptors();
@@ -304,7 +305,7 @@ TEST(NodeReaderFaults, ReadErrorAnywhereIsToldAndInterruptionsGoOn) {
         const FailingFileCall broken(FileCall::kRead, nth, EIO);
         const Document document = readFile(file, {.blockSize = 4});
         EXPECT_EQ(document.status, 1);
-        EXPECT_EQ(document.complaints, critical(L"cannot be read: EIO (input/output error)", 0));
+        EXPECT_EQ(document.diagnostics, critical(L"cannot be read: EIO (input/output error)", 0));
         EXPECT_TRUE(broken.happened());
     }
     const FailingFileCall interrupted(FileCall::kOpen, 1, EINTR);
@@ -337,7 +338,7 @@ struct TreeSink : NodeSink {
     std::unique_ptr<Node> root;
 };
 
-TEST(NodeReaderFaults, SinkThatOnlyTakesTreesHearsNothingElse) {
+TEST(NodeReaderFaults, MessagesMayBeIgnoredByTheSink) {
     const zavtest::ScratchDir directory;
     TreeSink sink;
     NodeReader reader(sink);
@@ -368,7 +369,7 @@ TEST(NodeReaderFaults, ExceptionOfTheSinkPassesThrough) {
     EXPECT_EQ(zavtest::liveBlocks(), blocks);
 }
 
-TEST(NodeReaderFaults, MemoryThatRunsOutAnywhereIsThrownAndLeavesNothing) {
+TEST(NodeReaderFaults, EveryFailedAllocationThrowsAndLeavesNothing) {
     const zavtest::ScratchDir directory;
     std::string xml = "<?xml version='1.0' encoding='windows-1252'?><!DOCTYPE a [<!ENTITY e 'x'>]><a>";
     for (int i = 0; i < 400; ++i) {

@@ -1,4 +1,4 @@
-// Documents that are large, or grow without end: refused, and with a bounded amount of memory.
+// Documents that are large or grow without end are refused, with a bounded amount of memory.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -13,22 +13,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A tree may take 1 GiB; the rest is for the process and for the parser, which keeps a table of names of its
-// own.
+// A tree may take 1 GiB. The rest is for the process and for the parser, which keeps its own table of names.
 constexpr long kMostKilobytes = 2L << 20;
 
-// A process that reads the file and ends with 10 + its status when that was told with "document too large" or
-// not at all, and with 1 in every other case.
+// Reads the file in a child. It exits with 10 + the status if the only error was "document too large" or there was
+// none, otherwise with 1.
 pid_t startReader(const fs::path& path) {
     const pid_t child = fork();
     if (child != 0) return child;
     const Document document = readFile(path);
     const bool told =
-        !document.complaints.empty() && document.complaints.back().message == L"document too large";
+        !document.diagnostics.empty() && document.diagnostics.back().message == L"document too large";
     _exit(told == (document.status != 0) ? 10 + document.status : 1);
 }
 
-// A document of that many bytes of the text that `next` makes; it never ends its root.
+// A document of this size made of the texts that `next` returns. Its root never ends.
 template <class Next>
 void writeDocument(const fs::path& path, const std::string& begin, std::size_t size, Next next) {
     std::ofstream file(path, std::ios::binary);
@@ -82,7 +81,7 @@ TEST(NodeReaderLarge, EndlesslyManyNamesAreRefused) {
     }));
 }
 
-// Attributes with defaults add what the file does not hold.
+// Default attributes take memory that is not proportional to the file.
 TEST(NodeReaderLarge, LargeDefaultsOfManyElementsAreRefused) {
     const std::string begin = "<!DOCTYPE r [<!ATTLIST a x CDATA '" + std::string(1000000, 'x') + "'>]><r>";
     expectRefused(readLarge(1, begin, [](std::string& block) { block += "<a/>"; }));

@@ -1,4 +1,4 @@
-// Documents that are meant to exhaust their reader.
+// Documents that are designed to exhaust the reader.
 #include <gtest/gtest.h>
 
 #include "tests/support/FailingFileCall.h"
@@ -19,7 +19,7 @@ std::string repeated(const std::string& text, int count) {
     return result;
 }
 
-// Elements in one another, the innermost counted too.
+// The depth of nested elements, including the innermost.
 int depthOf(const Node* node) {
     int depth = 0;
     const NodeList* children = nullptr;
@@ -46,7 +46,7 @@ TEST(NodeReaderLimits, DocumentsOfAnyDepthWorkOnASmallStack) {
     EXPECT_TRUE(compact == zavtest::readAll(file));
 }
 
-// Deep lines all begin at the same column, so the text stays in proportion to the tree.
+// Indentation stops at some depth, so the size of the text stays proportional to the tree.
 TEST(NodeReaderLimits, IndentationOfADeepDocumentIsBounded) {
     const Document document = readText(repeated("<a>", kDepth) + repeated("</a>", kDepth));
     std::string indented;
@@ -64,18 +64,18 @@ TEST(NodeReaderLimits, UnfinishedDeepDocumentIsRefusedOnASmallStack) {
     EXPECT_EQ(status, 1);
 }
 
-Complaint lastComplaintOnASmallStack(const std::string& xml) {
+Diagnostic lastDiagnosticOnASmallStack(const std::string& xml) {
     const zavtest::ScratchDir directory;
     const fs::path file = directory.write("text.xml", xml);
-    Complaint last = {Kind::kWarning, L"", -1};
+    Diagnostic last = {Kind::kWarning, L"", -1};
     zavtest::runOnStack(kSmallStack, [&] {
         const Document document = readFile(file);
-        if (!document.complaints.empty()) last = document.complaints.back();
+        if (!document.diagnostics.empty()) last = document.diagnostics.back();
     });
     return last;
 }
 
-// Each entity names the one before it so many times.
+// Entities of which each refers to the previous one several times.
 std::string entities(int count, int times) {
     std::string xml = "<!DOCTYPE a [<!ENTITY e0 \"0123456789\">\n";
     for (int i = 1; i < count; ++i) {
@@ -88,30 +88,30 @@ std::string entities(int count, int times) {
 TEST(NodeReaderLimits, EntitiesThatGrowWithoutEndAreRefused) {
     const wchar_t* const breached = L"limit on input amplification factor (from DTD and entities) breached";
     for (const std::string body : {"<a>&e12;</a>", "<a x='&e12;'/>"}) {
-        const Complaint last = lastComplaintOnASmallStack(entities(13, 10) + body);
+        const Diagnostic last = lastDiagnosticOnASmallStack(entities(13, 10) + body);
         EXPECT_EQ(last.kind, Kind::kCritical);
         EXPECT_EQ(last.message, breached) << body;
     }
 }
 
 TEST(NodeReaderLimits, LongChainsOfEntitiesAreRefusedOnASmallStack) {
-    const Complaint tooMany = {Kind::kCritical, L"too many entities", 65};
-    EXPECT_EQ(lastComplaintOnASmallStack(entities(100000, 1) + "<a>&e99999;</a>").message, tooMany.message);
-    EXPECT_EQ(lastComplaintOnASmallStack(entities(65, 1) + "<a>&e64;</a>"), tooMany);
-    const Complaint doctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
-    EXPECT_EQ(lastComplaintOnASmallStack(entities(64, 1) + "<a>&e63;</a>"), doctype);
-    EXPECT_EQ(lastComplaintOnASmallStack(entities(64, 1) + "<a x='&e63;'/>"), doctype);
+    const Diagnostic tooMany = {Kind::kCritical, L"too many entities", 65};
+    EXPECT_EQ(lastDiagnosticOnASmallStack(entities(100000, 1) + "<a>&e99999;</a>").message, tooMany.message);
+    EXPECT_EQ(lastDiagnosticOnASmallStack(entities(65, 1) + "<a>&e64;</a>"), tooMany);
+    const Diagnostic doctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
+    EXPECT_EQ(lastDiagnosticOnASmallStack(entities(64, 1) + "<a>&e63;</a>"), doctype);
+    EXPECT_EQ(lastDiagnosticOnASmallStack(entities(64, 1) + "<a x='&e63;'/>"), doctype);
 }
 
 TEST(NodeReaderLimits, EntityThatNamesItselfIsRefused) {
-    EXPECT_EQ(readText("<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]>\n<a>&e;</a>").complaints.back(),
-              (Complaint{Kind::kCritical, L"recursive entity reference", 2}));
+    EXPECT_EQ(readText("<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]>\n<a>&e;</a>").diagnostics.back(),
+              (Diagnostic{Kind::kCritical, L"recursive entity reference", 2}));
 }
 
 TEST(NodeReaderLimits, ContentModelsOfAnyDepthAreReadOnASmallStack) {
     const std::string xml =
         "<!DOCTYPE a [<!ELEMENT a " + repeated("(", kDepth) + "b" + repeated(")", kDepth) + ">]><a/>";
-    EXPECT_EQ(lastComplaintOnASmallStack(xml).kind, Kind::kWarning);
+    EXPECT_EQ(lastDiagnosticOnASmallStack(xml).kind, Kind::kWarning);
 }
 
 std::string externalEntity(const fs::path& path) {
@@ -124,7 +124,7 @@ TEST(NodeReaderLimits, NothingExternalIsLoaded) {
     const Document document = readText(externalEntity(directory.write("secret", "secret")));
     EXPECT_EQ(document.status, 0);
     EXPECT_EQ(shown(document.root.get()), L"a(\"xy\")");
-    EXPECT_EQ(document.complaints.size(), 3U) << "the declaration and two entities";
+    EXPECT_EQ(document.diagnostics.size(), 3U) << "the declaration and two entities";
 }
 
 TEST(NodeReaderLimits, EndlessTokensAreRefusedEarly) {
@@ -153,16 +153,16 @@ TEST(NodeReaderLimits, EndlessTokensAreRefusedEarly) {
         const std::size_t before = zavtest::bytesRead();
         const Document document = readFile(file);
         EXPECT_EQ(document.status, 1) << each.begin;
-        ASSERT_FALSE(document.complaints.empty()) << each.begin;
-        EXPECT_EQ(document.complaints.back().kind, Kind::kCritical) << each.begin;
+        ASSERT_FALSE(document.diagnostics.empty()) << each.begin;
+        EXPECT_EQ(document.diagnostics.back().kind, Kind::kCritical) << each.begin;
         EXPECT_LT(zavtest::bytesRead() - before, std::size_t{6} << 20) << each.begin;
     }
 }
 
-TEST(NodeReaderLimits, TokenTooLongIsToldWithItsLine) {
+TEST(NodeReaderLimits, LongTokenIsReportedWithItsLine) {
     const std::string long5 = std::string(std::size_t{5} << 20, 'x');
-    EXPECT_EQ(readText("<a>\n\n<b x='" + long5 + "'/></a>").complaints,
-              (std::vector<Complaint>{{Kind::kCritical, L"token too long", 3}}));
+    EXPECT_EQ(readText("<a>\n\n<b x='" + long5 + "'/></a>").diagnostics,
+              (std::vector<Diagnostic>{{Kind::kCritical, L"token too long", 3}}));
     const std::string long3 = std::string(std::size_t{3} << 20, 'x');
     EXPECT_EQ(readText("<a>\n\n<b x='" + long3 + "'/><!-- " + long3 + "--></a>").status, 0);
 }

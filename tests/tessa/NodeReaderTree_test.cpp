@@ -1,4 +1,4 @@
-// Which tree comes of which text.
+// The trees of various documents.
 #include <gtest/gtest.h>
 
 #include "tests/tessa/Reading.h"
@@ -68,7 +68,7 @@ TEST(NodeReaderTree, CommentsAndInstructionsAreDroppedAndTextJoinsOverThem) {
     });
 }
 
-TEST(NodeReaderTree, WhitespaceAloneIsLayoutBesideElementsAndOverLines) {
+TEST(NodeReaderTree, OnlyWhitespaceIsLayoutBesideElementsAndAcrossLines) {
     check({
         {"<a>\n  <b/>\n  <c/>\n</a>", L"a(b c)"},
         {"<a> <b/></a>", L"a(b)"},
@@ -128,7 +128,7 @@ TEST(NodeReaderTree, TextOfAnyLengthIsOneNode) {
     }
 }
 
-TEST(NodeReaderTree, LongTextsOfAnyLengthFollowOneAnother) {
+TEST(NodeReaderTree, LongTextsCanFollowEachOther) {
     for (const std::size_t length : {20000U, 20001U, 20002U, 20003U, 700000U, 700001U}) {
         std::string xml = "<a>";
         std::wstring expected = L"a(";
@@ -172,7 +172,7 @@ TEST(NodeReaderTree, BlockSizeMakesNoDifference) {
         const Document document = readText(xml, {.blockSize = blockSize});
         ASSERT_EQ(document.status, 0) << blockSize;
         EXPECT_EQ(written(*document.root, Node::kCompact), expected) << blockSize;
-        EXPECT_EQ(document.complaints, whole.complaints);
+        EXPECT_EQ(document.diagnostics, whole.diagnostics);
     }
 }
 

@@ -1,4 +1,4 @@
-// Trees as XML text.
+// Conversion of trees to XML text.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -101,7 +101,7 @@ TEST(NodeWriter, SubtreesAndTextsWriteThemselves) {
     EXPECT_EQ(written(*children->front()->nextSibling(), Node::kCompact), "x &amp; y");
 }
 
-// Documents of random shape out of the pieces that are hard to get right; the same ones in every run.
+// Random documents made of difficult parts. Every run generates the same ones.
 class Generator {
   public:
     explicit Generator(unsigned seed) : random_(seed) {}

@@ -1,4 +1,4 @@
-// What nodes, their lists and their attributes offer.
+// The interface of nodes, lists of nodes and attributes.
 #include "tessa/Node.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ const NodeList& childrenOf(const Node& node) {
     return *children;
 }
 
-TEST(Node, ElementTellsTypeNameAndChildren) {
+TEST(Node, ElementHasTypeNameAndChildren) {
     const Document document = readText("<root><b/>text</root>");
     const Node& root = *document.root;
     EXPECT_EQ(root.type(), 0);
@@ -36,7 +36,7 @@ TEST(Node, ElementTellsTypeNameAndChildren) {
     EXPECT_EQ(&childrenOf(root), &children) << "the node's own list";
 }
 
-TEST(Node, TextTellsTypeAndTextAndHasNothingElse) {
+TEST(Node, TextHasTypeAndTextOnly) {
     const Document document = readText("<a>some text</a>");
     const Node& text = *childrenOf(*document.root).front();
     EXPECT_EQ(text.type(), 1);

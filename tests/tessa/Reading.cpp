@@ -8,9 +8,9 @@
 
 namespace tessa::test {
 
-std::ostream& operator<<(std::ostream& stream, const Complaint& complaint) {
-    return stream << "{kind " << static_cast<int>(complaint.kind) << ", line " << complaint.line << ", "
-                  << kest::narrow(complaint.message) << "}";
+std::ostream& operator<<(std::ostream& stream, const Diagnostic& diagnostic) {
+    return stream << "{kind " << static_cast<int>(diagnostic.kind) << ", line " << diagnostic.line << ", "
+                  << kest::narrow(diagnostic.message) << "}";
 }
 
 int Sink::onNodeTree(Node* node) {
@@ -20,17 +20,17 @@ int Sink::onNodeTree(Node* node) {
 }
 
 int Sink::onWarning(const kest::String& message, int line) {
-    complaints.push_back({Kind::kWarning, message.text(), line});
+    diagnostics.push_back({Kind::kWarning, message.text(), line});
     return 0;
 }
 
 int Sink::onError(const kest::String& message, int line) {
-    complaints.push_back({Kind::kError, message.text(), line});
+    diagnostics.push_back({Kind::kError, message.text(), line});
     return 0;
 }
 
 int Sink::onCriticalError(const kest::String& message, int line) {
-    complaints.push_back({Kind::kCritical, message.text(), line});
+    diagnostics.push_back({Kind::kCritical, message.text(), line});
     return 0;
 }
 
@@ -45,7 +45,7 @@ Document readFile(const std::filesystem::path& path, const Settings& settings) {
     EXPECT_EQ(reader.process(kest::String(kest::widen(path.string())), 0), reader.status);
     EXPECT_EQ(sink.trees, reader.status == 0 ? 1 : 0);
     EXPECT_EQ(sink.root != nullptr, reader.status == 0);
-    return {reader.status, std::move(sink.root), std::move(sink.complaints)};
+    return {reader.status, std::move(sink.root), std::move(sink.diagnostics)};
 }
 
 Document readText(const std::string& xml, const Settings& settings) {
@@ -72,7 +72,7 @@ std::wstring shown(const Node* node) {
 
 std::wstring treeOf(const std::string& xml, const Settings& settings) {
     const Document document = readText(xml, settings);
-    return document.complaints.empty() ? shown(document.root.get()) : document.complaints.front().message;
+    return document.diagnostics.empty() ? shown(document.root.get()) : document.diagnostics.front().message;
 }
 
 std::string written(const Node& node, int mode) {

@@ -1,4 +1,4 @@
-// What the tests of the XML reader share: reading a text, and showing what came of it.
+// Support for the tests of the XML reader: reading a text and describing the result.
 #pragma once
 
 #include <filesystem>
@@ -15,14 +15,14 @@ namespace tessa::test {
 
 enum class Kind { kWarning, kError, kCritical };
 
-struct Complaint {
+struct Diagnostic {
     Kind kind;
     std::wstring message;
     int line;
 
-    bool operator==(const Complaint&) const = default;
+    bool operator==(const Diagnostic&) const = default;
 };
-std::ostream& operator<<(std::ostream& stream, const Complaint& complaint);
+std::ostream& operator<<(std::ostream& stream, const Diagnostic& diagnostic);
 
 struct Sink : NodeSink {
     int onNodeTree(Node* node) override;
@@ -32,7 +32,7 @@ struct Sink : NodeSink {
 
     std::unique_ptr<Node> root;
     int trees = 0;
-    std::vector<Complaint> complaints;
+    std::vector<Diagnostic> diagnostics;
 };
 
 struct Settings {
@@ -45,17 +45,16 @@ struct Settings {
 struct Document {
     int status;
     std::unique_ptr<Node> root;
-    std::vector<Complaint> complaints;
+    std::vector<Diagnostic> diagnostics;
 };
 
-// Also checks that the tree is delivered once when the status is 0, and not at all when it is not.
+// Also checks that a tree is delivered exactly once if the status is 0, and never otherwise.
 Document readFile(const std::filesystem::path& path, const Settings& settings = {});
 Document readText(const std::string& xml, const Settings& settings = {});
 
-// A tree by its own facilities, such as L"a[x='1'](b \"text\")"; nothing for null. Recursive: for shallow
-// trees.
+// Describes a tree, such as L"a[x='1'](b \"text\")"; empty for null. Recursive, so only for shallow trees.
 std::wstring shown(const Node* node);
-// The same of a text that is well-formed and gives no complaint; the first complaint of any other.
+// The same for a text. If the reader reports a warning or an error, returns the first of these instead.
 std::wstring treeOf(const std::string& xml, const Settings& settings = {});
 
 std::string written(const Node& node, int mode);

@@ -1,4 +1,4 @@
-// What the header says in words and numbers, against what the library does.
+// Compares the header's comments and constants with the behaviour of the library.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The enumerators of the header whose names begin so, without that beginning.
+// The enumerators of the header with this prefix, without the prefix.
 std::map<std::string, int> enumerators(const std::string& prefix) {
     std::map<std::string, int> found;
     const std::regex definition("^    " + prefix + "([A-Z0-9_]+) = ([0-9]+).*");
@@ -73,7 +73,7 @@ TEST_F(Header, ThePageOfGroupsNumbersThemAsTheLibraryDoes) {
     EXPECT_GT(headings, 0);
 }
 
-TEST_F(Header, EveryCodeHasATextOfItsOwn) {
+TEST_F(Header, EveryCodeHasADistinctText) {
     std::map<std::string, int> codes = enumerators("ZAV_ERROR_");
     EXPECT_EQ(codes.size(), 25U);
     codes["SUCCESS"] = ZAV_SUCCESS;

@@ -1,4 +1,4 @@
-/* A host in plain C99 that knows of the library nothing but its header and libzav.so.
+/* A host in plain C99 that uses only the header and libzav.so.
  *     zav_c_host PHASE HARDWARE_SCANNER SOFTWARE_SCANNER
  * The scanners are programs that write what stands in output.xml, and warnings.xml, beside them. */
 #define _XOPEN_SOURCE 700
@@ -21,7 +21,7 @@
 
 enum { MEMORY = 3, OPERATING_SYSTEM = 4, MODEM = 30, UNUSED = 17, PATH_SIZE = 512 };
 
-/* The host's directories: one for temporary files, one that is the toolkit's. */
+/* The host's directory for temporary files and the toolkit's directory. */
 static char root[] = "/tmp/zav_c_host_XXXXXX";
 static char temp[PATH_SIZE];
 static char toolkit[PATH_SIZE];
@@ -86,7 +86,7 @@ static void make_directories(const char* hardware_scanner, const char* software_
     link_scanner(software_scanner, "quorvis");
 }
 
-/* Succeeds only when the library has left nothing in its directory. */
+/* Fails if the library has left a file in its directory. */
 static void remove_directories(void) {
     static const char* const names[] = {"output.xml", "warnings.xml",       "quorvah",
                                         "quorvis",    "seen_configuration", "seen_signatures"};

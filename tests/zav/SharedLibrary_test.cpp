@@ -1,4 +1,4 @@
-// The shared library as the system's own tools see it.
+// The shared library as seen by the system's tools.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -17,7 +17,7 @@ struct ClosePipe {
     static inline int status = -1;
 };
 
-// What a program prints, line by line; it has to end well.
+// The lines that a program prints. The program must succeed.
 Lines linesOf(const std::string& command) {
     Lines lines;
     {
@@ -32,7 +32,7 @@ Lines linesOf(const std::string& command) {
     return lines;
 }
 
-// The last word of each line that holds a text.
+// The last word of each line that contains a text.
 std::set<std::string> lastWordsOf(const Lines& lines, const std::string& text) {
     std::set<std::string> words;
     for (const std::string& line : lines) {
@@ -41,7 +41,7 @@ std::set<std::string> lastWordsOf(const Lines& lines, const std::string& text) {
     return words;
 }
 
-// The functions that the version script names.
+// The functions in the version script.
 std::set<std::string> namesInMap() {
     std::set<std::string> names;
     std::ifstream map(ZAV_MAP);
@@ -96,7 +96,7 @@ TEST(SharedLibrary, HasItsSoname) {
               std::set<std::string>{"[libzav.so.1]"});
 }
 
-// Expat, and what comes with the compiler.
+// Expat and the libraries of the compiler.
 TEST(SharedLibrary, NeedsExpatAndTheSystemsLibrariesOnly) {
     for (const std::string& needed : lastWordsOf(linesOf("readelf -d " ZAV_LIBRARY), "(NEEDED)")) {
         const bool known = needed.starts_with("[libexpat.") || needed.starts_with("[libstdc++.") ||

@@ -1,5 +1,4 @@
-// Closes its standard output first, then waits for the named pipe beside it and writes what stands in
-// output.xml.
+// Closes its standard output, then waits for the named pipe beside it and writes the content of output.xml.
 #include <unistd.h>
 
 #include "tests/hw/scanners/Scanner.h"

@@ -1,4 +1,4 @@
-// Writes what stands in output.xml, and ends well.
+// Writes the content of output.xml and succeeds.
 #include "tests/hw/scanners/Scanner.h"
 
 int main(int, char** arguments) {

@@ -1,4 +1,4 @@
-// Writes what stands in output.xml, and kills itself by the signal whose number stands in signal.
+// Writes the content of output.xml and raises the signal whose number is in signal.
 #include <csignal>
 
 #include "tests/hw/scanners/Scanner.h"

@@ -1,4 +1,4 @@
-// Writes what stands in output.xml, and ends with the number that stands in status.
+// Writes the content of output.xml and exits with the number in status.
 #include "tests/hw/scanners/Scanner.h"
 
 int main(int, char** arguments) {

@@ -1,4 +1,4 @@
-// Puts a link to a directory in the place of the output file.
+// Creates a link to a directory in place of the output file.
 #include <unistd.h>
 
 int main(int, char** arguments) {

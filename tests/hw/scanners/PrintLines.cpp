@@ -1,4 +1,4 @@
-// Prints the bytes of lines, writes what stands in output.xml, and ends well.
+// Prints the content of lines, writes the content of output.xml and succeeds.
 #include <iostream>
 
 #include "tests/hw/scanners/Scanner.h"

@@ -1,5 +1,5 @@
-// Prints a line, waits until somebody opens the named pipe beside it for writing, prints a second line, and
-// writes what stands in output.xml.
+// Prints a line, waits until another process opens the named pipe beside it for writing, prints a second line, and
+// writes the content of output.xml.
 #include <iostream>
 
 #include "tests/hw/scanners/Scanner.h"

@@ -1,5 +1,5 @@
-// What the scanners of the tests share. Each is started under the name quorvah, as the library starts the
-// toolkit's own: quorvah -c "configuration" -o "output". What a test wants of it stands in files beside it.
+// Support for the scanners of the tests. Each is started under the name quorvah, as the library starts the toolkit's
+// scanner: quorvah -c "configuration" -o "output". Files beside the program control its behaviour.
 #pragma once
 
 #include <filesystem>

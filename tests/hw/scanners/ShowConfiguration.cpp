@@ -1,4 +1,4 @@
-// Writes an output with one instance of Memory whose only field holds the bytes of the configuration file.
+// Writes an output with one instance of Memory whose only field contains the configuration file.
 #include "tests/hw/scanners/Scanner.h"
 
 int main(int, char** arguments) {

@@ -1,4 +1,4 @@
-// Prints the numbers of the descriptors that it was born with, one a line.
+// Prints the numbers of the descriptors that it inherited, one per line.
 #include <fcntl.h>
 
 #include <iostream>

@@ -1,4 +1,4 @@
-// Writes the first half of what stands in output.xml, and ends well all the same.
+// Writes the first half of output.xml and succeeds.
 #include "tests/hw/scanners/Scanner.h"
 
 int main(int, char** arguments) {

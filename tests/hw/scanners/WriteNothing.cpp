@@ -1,4 +1,4 @@
-// Ends well without an output file.
+// Succeeds without an output file.
 int main() {
     return 0;
 }

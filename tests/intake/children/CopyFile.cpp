@@ -1,4 +1,4 @@
-// Writes the bytes of the file named by its first argument and ends with the status named by its second.
+// Writes the bytes of the file in its first argument and exits with the status in its second.
 #include <cstdio>
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-// Writes a line and ends itself by the signal of its argument.
+// Writes a line and raises the signal in its argument.
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>

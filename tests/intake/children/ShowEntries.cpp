@@ -1,4 +1,4 @@
-// Shows its environment, entry by entry.
+// Writes its environment, one entry per line.
 #include <unistd.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Shows the words of its command line, its own name included.
+// Writes its arguments, including the name of the program.
 #include <cstdio>
 
 int main(int count, char** words) {

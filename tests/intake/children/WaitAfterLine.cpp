@@ -1,5 +1,5 @@
-// Writes a line and the beginning of another, and goes on only when the named pipe of its argument has a
-// writer. It ends with 5 when that never happens.
+// Writes a line and the beginning of another, and continues when the named pipe in its argument has a writer. Exits
+// with 5 if that never happens.
 #include <fcntl.h>
 #include <unistd.h>
 

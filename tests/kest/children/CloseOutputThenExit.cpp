@@ -1,4 +1,4 @@
-// Closes its standard output, and ends with 7 some time later.
+// Closes its standard output and exits with 7 some time later.
 #include <unistd.h>
 
 int main() {

@@ -1,7 +1,7 @@
-// A host that has closed some of its standard streams: DeprivedHost <streams> <SIGCHLD> <program> <result>.
-// Closes those of the descriptors 0, 1 and 2 that <streams> holds and goes on writing to them, ignores SIGCHLD when
-// that is "ignored", runs the program in several threads at once, and writes the different outputs, each followed by
-// the status, to the file <result>.
+// DeprivedHost <streams> <SIGCHLD> <program> <result>: a host that has closed some of its standard streams. It closes
+// the descriptors whose digits are in <streams> but continues to write to them, ignores SIGCHLD if <SIGCHLD> is
+// "ignored", runs the program in several threads at once, and writes the distinct outputs, each followed by the exit
+// status, to the file <result>.
 #include <unistd.h>
 
 #include <atomic>
@@ -29,7 +29,7 @@ std::string outcomeOf(const std::string& program) {
     return outcome + "status " + std::to_string(child->waitFor()) + "\n";
 }
 
-// A thread that writes to standard streams that are closed. While it lives, none of that may go anywhere.
+// A thread that writes to closed standard streams. None of its writes may succeed.
 class StubbornWriter {
   public:
     explicit StubbornWriter(std::string streams) : streams_(std::move(streams)) {}

@@ -1,4 +1,4 @@
-// Sends itself the signal that the first argument names.
+// Raises the signal with the number in the first argument.
 #include <sys/resource.h>
 
 #include <csignal>

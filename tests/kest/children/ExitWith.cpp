@@ -1,4 +1,4 @@
-// Ends with the exit status that the first argument names.
+// Exits with the status in the first argument.
 #include <cstdlib>
 
 int main(int, char** arguments) {

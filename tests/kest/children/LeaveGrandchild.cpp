@@ -1,6 +1,6 @@
-// LeaveGrandchild <bytes> [<named pipe>]: starts a process that has the same standard output, writes as many times "x",
-// and ends with 7. The other process lives until the named pipe is opened for writing; without one it writes "more"
-// until that fails.
+// LeaveGrandchild <bytes> [<named pipe>]: starts a process that shares its standard output, writes "x" <bytes> times
+// and exits with 7. The other process lives until the named pipe is opened for writing; without a named pipe it
+// writes "more" until a write fails.
 #include <fcntl.h>
 #include <unistd.h>
 

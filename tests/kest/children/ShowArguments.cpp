@@ -1,4 +1,4 @@
-// Writes its arguments, each in brackets on a line of its own.
+// Writes its arguments in brackets, one per line.
 #include <cstdio>
 
 int main(int count, char** arguments) {

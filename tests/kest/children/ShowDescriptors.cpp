@@ -1,4 +1,4 @@
-// Writes its open descriptors in ascending order, each with what it refers to, the number of a pipe left out.
+// Writes its open descriptors in ascending order with what they refer to, without the numbers of pipes.
 #include <dirent.h>
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-// Writes its environment, each entry on a line of its own.
+// Writes its environment, one entry per line.
 #include <unistd.h>
 
 #include <cstdio>

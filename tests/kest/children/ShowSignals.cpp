@@ -1,4 +1,4 @@
-// Writes the two masks of signals that it was born with: the blocked and the ignored ones.
+// Writes its masks of blocked and of ignored signals.
 #include <fstream>
 #include <iostream>
 #include <string>

@@ -1,5 +1,5 @@
-// A host that ignores SIGCHLD and ends while its child runs: VanishingHost <program> <argument>. Launches the
-// program, takes one byte of its output, and is gone.
+// VanishingHost <program> <argument>: a host that ignores SIGCHLD and ends while its child runs. It starts the
+// program, reads one byte of its output and exits.
 #include <unistd.h>
 
 #include <csignal>

@@ -1,4 +1,4 @@
-// Writes until that fails.
+// Writes until a write fails.
 #include <unistd.h>
 
 int main() {

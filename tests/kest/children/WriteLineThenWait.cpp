@@ -1,5 +1,5 @@
-// Writes the line "first", waits until somebody opens the named pipe of the first argument for writing,
-// writes the line "second", and ends with 7.
+// Writes the line "first", waits until another process opens the named pipe in the first argument for writing, writes
+// the line "second" and exits with 7.
 #include <fcntl.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Writes as many lines as the first argument names: "line 0", "line 1" and so on.
+// Writes as many lines as the first argument says: "line 0", "line 1" and so on.
 #include <cstdio>
 #include <cstdlib>
 

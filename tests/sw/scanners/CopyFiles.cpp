@@ -1,7 +1,6 @@
-// Stands in for the toolkit's scanner: quorvis -c "configuration" -o "output" -e "warnings" -i "signatures".
-// Keeps copies of what it was given as seen_configuration and seen_signatures beside it, prints the bytes of
-// lines, writes what stands in output.xml and warnings.xml, and ends by the number in signal or status. Each
-// of these files may be missing.
+// Replaces the toolkit's scanner: quorvis -c "configuration" -o "output" -e "warnings" -i "signatures". Copies its
+// input files to seen_configuration and seen_signatures beside it, prints the content of lines, writes the content of
+// output.xml and warnings.xml, and ends with the number in signal or status. Each of these files may be missing.
 #include <csignal>
 #include <filesystem>
 #include <fstream>

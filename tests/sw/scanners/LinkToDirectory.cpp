@@ -1,4 +1,4 @@
-// Puts links to a directory in the places of the output and of the warnings.
+// Creates links to a directory in place of the output file and the warnings file.
 #include <unistd.h>
 
 int main(int, char** arguments) {

@@ -1,4 +1,4 @@
-// Prints its arguments, one a line, its own path first.
+// Prints its path and its arguments, one per line.
 #include <iostream>
 
 int main(int count, char** arguments) {

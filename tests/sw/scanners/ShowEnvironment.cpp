@@ -1,4 +1,4 @@
-// Prints its environment, one entry a line.
+// Prints its environment, one entry per line.
 #include <unistd.h>
 
 #include <iostream>

@@ -31,7 +31,7 @@ Case caseOf(const Node& element, const fs::path& base) {
     return each;
 }
 
-// The catalogue is a few levels deep.
+// Recursive: the catalogue has only a few levels.
 void collect(const Node& element, const fs::path& base, std::vector<Case>& cases) {
     const NodeList* children = nullptr;
     if (element.getChildren(&children) != 0) return;

@@ -10,12 +10,12 @@ namespace tessa::conformance {
 struct Case {
     std::string id;
     std::string type;      // valid, invalid, not-wf or error
-    std::string entities;  // external ones that it needs: none, general, parameter or both
+    std::string entities;  // external entities that it needs: none, general, parameter or both
     std::string version;
     std::string editions;  // separated by blanks; empty for all
-    bool namespaces;       // whether it is about those
+    bool namespaces;       // whether it tests namespaces
     std::filesystem::path path;
-    std::filesystem::path output;  // its canonical form, empty when there is none
+    std::filesystem::path output;  // its canonical form; empty if there is none
 };
 
 std::vector<Case> casesOf(const std::filesystem::path& suite);

@@ -15,14 +15,14 @@ struct Sink : NodeSink {
         return 0;
     }
     int onCriticalError(const kest::String& message, int line) override {
-        tree.complaint = "line " + std::to_string(line) + ": " + kest::narrow(message.view());
+        tree.diagnostic = "line " + std::to_string(line) + ": " + kest::narrow(message.view());
         return 0;
     }
 
     Tree tree;
 };
 
-// In ASCII, so that it can be shown.
+// Escapes a text as ASCII, so that it can be printed.
 std::string escaped(std::wstring_view text) {
     std::string ascii;
     for (const wchar_t character : text) {
@@ -67,7 +67,7 @@ Tree treeOf(const std::filesystem::path& path, int blockSize, bool namespaces) {
 
 Reading readDocument(const std::filesystem::path& path, int blockSize, bool namespaces) {
     const Tree tree = treeOf(path, blockSize, namespaces);
-    if (tree.root == nullptr) return {false, tree.complaint};
+    if (tree.root == nullptr) return {false, tree.diagnostic};
     Reading reading = {true, ""};
     show(*tree.root, reading.text);
     return reading;

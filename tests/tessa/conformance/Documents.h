@@ -10,14 +10,14 @@
 namespace tessa::conformance {
 
 struct Tree {
-    std::unique_ptr<Node> root;  // null when the document is refused
-    std::string complaint;       // why
+    std::unique_ptr<Node> root;  // null if the document is refused
+    std::string diagnostic;      // the reason
 };
 
 // blockSize as in NodeReader.
 Tree treeOf(const std::filesystem::path& path, int blockSize = 0, bool namespaces = false);
 
-// A document's elements, sorted attributes and texts in one line; or why it is refused.
+// A document's elements, sorted attributes and texts in one line, or the reason why it is refused.
 struct Reading {
     bool good;
     std::string text;

@@ -1,6 +1,6 @@
 // tessa_conformance SUITE EXCEPTIONS: reads every document of the public XML conformance suite that an XML 1.0 reader
-// without external entities can judge, and fails when one that is not well-formed is read, one that is well-formed is
-// refused, or a tree is not that of the canonical form; but for the exceptions, which must be ones.
+// without external entities can judge. Fails if a document that is not well-formed is accepted, a well-formed one is
+// refused, or a tree differs from the canonical form. The listed exceptions must still be exceptions.
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -22,7 +22,7 @@ bool declaresIt(const Case& each) {
     return declaration.find(each.version) != std::string::npos;
 }
 
-// Why a case is not judged; empty when it is.
+// The reason why a case is not judged; empty if it is judged.
 std::string whyNot(const Case& each) {
     if (each.type == "error") return "an error that a reader may tell or not";
     if (each.editions == "5") return "only of the fifth edition, whose names are others";
@@ -32,12 +32,12 @@ std::string whyNot(const Case& each) {
     return "";
 }
 
-// A document of another version than 1.0 is refused, whatever else it is.
+// A document of a version other than 1.0 must be refused.
 bool mustBeRead(const Case& each) {
     return each.type != "not-wf" && each.version == "1.0";
 }
 
-// The name of each exception, with its category.
+// The name and the category of each exception.
 std::map<std::string, std::string> exceptionsIn(const std::string& path) {
     std::map<std::string, std::string> exceptions;
     std::string category;
@@ -74,7 +74,7 @@ class Run {
         }
     }
 
-    // Whether all is well.
+    // Whether no document failed.
     bool finish() {
         for (const auto& [id, category] : exceptions_) {
             if (met_.contains(id)) continue;
@@ -87,7 +87,7 @@ class Run {
     }
 
   private:
-    // What is wrong with the way in which a document is read; empty when nothing is.
+    // The difference between the result and the expected one; empty if there is none.
     std::string deviation(const Case& each) {
         const Reading whole = readDocument(each.path, 0, each.namespaces);
         const Reading pieces = readDocument(each.path, 1, each.namespaces);
@@ -113,7 +113,7 @@ class Run {
     int failures_ = 0;
 };
 
-// Less would mean that the suite is not what it was.
+// A smaller number would mean that the suite has changed.
 constexpr std::size_t kFewestCases = 2000;
 
 int run(const std::filesystem::path& suite, const std::string& exceptions) {

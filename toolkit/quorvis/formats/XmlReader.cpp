@@ -15,8 +15,8 @@
 #include <new>
 
 #include "kest/Descriptor.h"
+#include "kest/Escape.h"
 #include "kest/Retry.h"
-#include "kest/Shown.h"
 #include "tessa/Encoding.h"
 #include "toolkit/machine/text/Utf8.h"
 
@@ -115,7 +115,7 @@ class Parser {
         auto& parser = *static_cast<Parser*>(self);
         if (version != nullptr && !std::string_view(version).starts_with("1."))
             parser.refuse("XML version " + kest::quoted(version) + " is not supported");
-        if (encoding != nullptr && !tessa::ByteForm::readByExpat(encoding))
+        if (encoding != nullptr && !tessa::ByteLayout::readByExpat(encoding))
             parser.refuse("encoding " + kest::quoted(encoding) + " is not supported, UTF-8 is expected");
     }
     static void XMLCALL onDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
@@ -210,7 +210,7 @@ DocumentText readDocument(const std::string& path) {
         document.error = path + ": " + std::strerror(errno);
     } else if (document.bytes.size() > kMaxDocumentSize) {
         document.error = path + ": larger than 64 MiB";
-    } else if (const int unit = tessa::ByteForm::of(document.bytes).unit; unit != 1) {
+    } else if (const int unit = tessa::ByteLayout::of(document.bytes).unit; unit != 1) {
         document.error = path + (unit == 2 ? ": in UTF-16" : ": in UTF-32") + ", UTF-8 is expected";
     } else {
         document.utf8 = isUtf8(document.bytes);

@@ -1,4 +1,4 @@
-#include "core/File.h"
+#include "core/StdioFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,8 +13,8 @@ namespace zav {
 
 namespace {
 
-// The same file above 2, where the host closed a lower number just now.
-File movedUp(File file, const char* mode) {
+// Replaces a stream on a descriptor below 3, which occurs when the host closes a standard stream during the call.
+StdioFile moveAboveStandardStreams(StdioFile file, const char* mode) {
     if (file == nullptr || ::fileno(file.get()) > STDERR_FILENO) return file;
     const int higher = ::fcntl(::fileno(file.get()), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     file.reset(higher >= 0 ? ::fdopen(higher, mode) : nullptr);
@@ -24,13 +24,13 @@ File movedUp(File file, const char* mode) {
 
 }  // namespace
 
-File openFileOrNull(const char* path, const char* mode) {
-    const kest::StandardStreamsTaken taken;
+StdioFile openFileOrNull(const char* path, const char* mode) {
+    const kest::ScopedStreamReservation taken;
     if (taken.error() != 0) return nullptr;
-    return movedUp(File(std::fopen(path, mode)), mode);
+    return moveAboveStandardStreams(StdioFile(std::fopen(path, mode)), mode);
 }
 
-File openForReading(const char* path) {
+StdioFile openForReading(const char* path) {
     struct stat status = {};
     if (::stat(path, &status) == 0 && S_ISFIFO(status.st_mode)) {
         errno = EINVAL;
@@ -39,14 +39,14 @@ File openForReading(const char* path) {
     return openFile(path, "re");
 }
 
-File openFile(const char* path, const char* mode) {
+StdioFile openFile(const char* path, const char* mode) {
     errno = 0;
-    File file = openFileOrNull(path, mode);
+    StdioFile file = openFileOrNull(path, mode);
     if (file == nullptr && errno == ENOMEM) throw std::bad_alloc();
     return file;
 }
 
-bool closeFile(File file) {
+bool closeFile(StdioFile file) {
     return std::fclose(file.release()) == 0;
 }
 

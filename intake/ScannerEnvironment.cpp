@@ -1,4 +1,4 @@
-#include "intake/EnvironmentBlock.h"
+#include "intake/ScannerEnvironment.h"
 
 #include <string_view>
 
@@ -10,7 +10,7 @@ constexpr std::string_view kSearchPath = "DYLD_LIBRARY_PATH=";
 
 }  // namespace
 
-std::string environmentBlock(const char* const* entries, const std::string& directory) {
+std::string scannerEnvironment(const char* const* entries, const std::string& directory) {
     std::string block;
     bool found = false;
     for (; entries != nullptr && *entries != nullptr; ++entries) {
@@ -23,7 +23,7 @@ std::string environmentBlock(const char* const* entries, const std::string& dire
         }
         block.push_back('\0');
     }
-    // The added entry takes the first of the closing NULs as its own end.
+    // The first of the three closing NULs ends the added entry.
     if (!found) block.append(kSearchPath).append(directory);
     return block.append(3, '\0');
 }

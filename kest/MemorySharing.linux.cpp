@@ -1,10 +1,10 @@
-#include "kest/SharedMemory.linux.h"
+#include "kest/MemorySharing.linux.h"
 
 #include <link.h>
 
 #include <cstring>
 
-// What each of the sanitizers brings into the process, in the program, the library or both.
+// One symbol of each sanitizer's run-time library, which is in the process if the program or the library uses it.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 [[gnu::weak]] void __asan_init();
@@ -23,17 +23,17 @@ bool hasSanitizer() {
            __tsan_init != nullptr;
 }
 
-// All its tools load this into the program.
+// All tools of valgrind preload this library.
 bool hasValgrind() {
-    const auto isValgrinds = [](dl_phdr_info* object, std::size_t, void*) {
+    const auto isPreload = [](dl_phdr_info* object, std::size_t, void*) {
         return static_cast<int>(std::strstr(object->dlpi_name, "/vgpreload_core") != nullptr);
     };
-    return dl_iterate_phdr(isValgrinds, nullptr) != 0;
+    return dl_iterate_phdr(isPreload, nullptr) != 0;
 }
 
 }  // namespace
 
-bool memoryCanBeShared() {
+bool canShareMemory() {
     static const bool canBe = !hasSanitizer() && !hasValgrind();
     return canBe;
 }

@@ -1,4 +1,4 @@
-#include "intake/EnvironmentBlock.h"
+#include "intake/ScannerEnvironment.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +11,16 @@ using namespace std::string_literals;
 
 std::string blockOf(std::vector<const char*> entries, const std::string& directory = "/opt/zav/bin") {
     entries.push_back(nullptr);
-    return environmentBlock(entries.data(), directory);
+    return scannerEnvironment(entries.data(), directory);
 }
 
 TEST(ScannerEnvironment, SearchPathIsAddedAtTheEndWhereNoEntryHoldsIt) {
     EXPECT_EQ(blockOf({}), "DYLD_LIBRARY_PATH=/opt/zav/bin\0\0\0"s);
     EXPECT_EQ(blockOf({"A=1", "B="}), "A=1\0B=\0DYLD_LIBRARY_PATH=/opt/zav/bin\0\0\0"s);
-    EXPECT_EQ(environmentBlock(nullptr, "/x"), "DYLD_LIBRARY_PATH=/x\0\0\0"s);
+    EXPECT_EQ(scannerEnvironment(nullptr, "/x"), "DYLD_LIBRARY_PATH=/x\0\0\0"s);
 }
 
-TEST(ScannerEnvironment, DirectoryStandsInFrontOfTheSearchPathInItsPlace) {
+TEST(ScannerEnvironment, DirectoryIsPrependedToTheSearchPath) {
     EXPECT_EQ(blockOf({"DYLD_LIBRARY_PATH=/usr/lib"}), "DYLD_LIBRARY_PATH=/opt/zav/bin:/usr/lib\0\0\0\0"s);
     EXPECT_EQ(blockOf({"A=1", "DYLD_LIBRARY_PATH=/usr/lib:/lib", "B=2"}),
               "A=1\0DYLD_LIBRARY_PATH=/opt/zav/bin:/usr/lib:/lib\0B=2\0\0\0\0"s);

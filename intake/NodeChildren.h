@@ -4,7 +4,7 @@
 
 namespace zav {
 
-// The children of a node; null when it has none, cannot have any, or is null itself.
+// The children of a node; null if the node has none, is a text, or is null.
 inline const tessa::NodeList* childrenOf(const tessa::Node* node) {
     const tessa::NodeList* children = nullptr;
     if (node == nullptr || node->getChildren(&children) != 0 || children == nullptr || children->empty())

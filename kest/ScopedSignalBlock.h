@@ -4,17 +4,17 @@
 
 namespace kest {
 
-// Keeps all signals from the calling thread, and from threads that it starts meanwhile, so that no handler of
-// the host runs there.
-class SignalsBlocked {
+// Blocks all signals in the calling thread and in threads that it starts in the meantime, so that no handler of the
+// host runs there.
+class ScopedSignalBlock {
   public:
-    SignalsBlocked() {
+    ScopedSignalBlock() {
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_BLOCK, &all, &before_);
     }
-    // Not by setting the mask of before: that would let the C library's own signals through.
-    ~SignalsBlocked() {
+    // Setting the previous mask would also unblock signals that the C library has blocked since.
+    ~ScopedSignalBlock() {
         sigset_t own;
         sigfillset(&own);
         for (int signal = 1; signal < NSIG; ++signal) {
@@ -22,8 +22,8 @@ class SignalsBlocked {
         }
         pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
     }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+    ScopedSignalBlock(const ScopedSignalBlock&) = delete;
+    ScopedSignalBlock& operator=(const ScopedSignalBlock&) = delete;
 
   private:
     sigset_t before_ = {};

@@ -1,4 +1,4 @@
-#include "kest/Descriptors.linux.h"
+#include "kest/Pipe.linux.h"
 
 #include <fcntl.h>
 
@@ -9,12 +9,12 @@
 namespace kest {
 
 int openPipe(Descriptor& readEnd, Descriptor& writeEnd) {
-    const StandardStreamsTaken taken;
+    const ScopedStreamReservation taken;
     if (taken.error() != 0) return taken.error();
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) return errno;
-    Descriptor reading(movedUp(ends[0]));
-    Descriptor writing(movedUp(ends[1]));
+    Descriptor reading(moveAboveStandardStreams(ends[0]));
+    Descriptor writing(moveAboveStandardStreams(ends[1]));
     if (!reading.isOpen() || !writing.isOpen()) return errno;
     readEnd = std::move(reading);
     writeEnd = std::move(writing);

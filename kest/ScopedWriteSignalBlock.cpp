@@ -1,4 +1,4 @@
-#include "kest/WriteSignalsHeld.h"
+#include "kest/ScopedWriteSignalBlock.h"
 
 #include <cerrno>
 #include <initializer_list>
@@ -7,7 +7,7 @@ namespace kest {
 
 namespace {
 
-// 0 for an error that comes without one.
+// 0 for an error that raises no signal.
 int signalOf(int error) {
     if (error == EFBIG) return SIGXFSZ;
     return error == EPIPE ? SIGPIPE : 0;
@@ -21,27 +21,27 @@ bool isPending(int signal) {
 
 }  // namespace
 
-WriteSignalsHeld::WriteSignalsHeld() {
+ScopedWriteSignalBlock::ScopedWriteSignalBlock() {
     sigset_t held;
     sigemptyset(&held);
     sigaddset(&held, SIGXFSZ);
     sigaddset(&held, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &held, &mask_);
-    sigpending(&waiting_);
+    pthread_sigmask(SIG_BLOCK, &held, &previousMask_);
+    sigpending(&previouslyPending_);
 }
 
-WriteSignalsHeld::~WriteSignalsHeld() {
+ScopedWriteSignalBlock::~ScopedWriteSignalBlock() {
     sigset_t own;
     sigemptyset(&own);
     for (const int signal : {SIGXFSZ, SIGPIPE}) {
-        if (sigismember(&mask_, signal) == 0) sigaddset(&own, signal);
+        if (sigismember(&previousMask_, signal) == 0) sigaddset(&own, signal);
     }
     pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
 }
 
-void WriteSignalsHeld::forget(int error) const {
+void ScopedWriteSignalBlock::discardSignalOf(int error) const {
     const int signal = signalOf(error);
-    if (signal == 0 || sigismember(&waiting_, signal) == 1 || !isPending(signal)) return;
+    if (signal == 0 || sigismember(&previouslyPending_, signal) == 1 || !isPending(signal)) return;
     sigset_t only;
     sigemptyset(&only);
     sigaddset(&only, signal);

@@ -1,10 +1,10 @@
-#include "hw/HWFaults.h"
+#include "hw/HWDiagnostics.h"
 
 #include <cstddef>
 #include <iterator>
 
-#include "intake/Children.h"
-#include "kest/Shown.h"
+#include "intake/NodeChildren.h"
+#include "kest/Escape.h"
 #include "kest/Text.h"
 #include "tessa/Utf8.h"
 
@@ -14,11 +14,11 @@ namespace {
 
 using tessa::Node;
 using tessa::NodeList;
-using tessa::Place;
+using tessa::NodePath;
 
-// Adds the place of a node below another one; false when it is not there. What is before the first fault of an output
-// is three levels deep at most.
-bool addPlace(const Node* below, const Node* node, Place& place) {
+// Appends the path from `below` to a descendant; false if `node` is not one. The recursion is at most three levels deep:
+// the search ends at the first fault, and any deeper node would be one.
+bool addPlace(const Node* below, const Node* node, NodePath& place) {
     const NodeList* const children = childrenOf(below);
     if (children == nullptr) return false;
     place.push_back(0);
@@ -30,8 +30,8 @@ bool addPlace(const Node* below, const Node* node, Place& place) {
     return false;
 }
 
-// Where a place is, counted in instances.
-std::string described(const Node* root, const Place& place) {
+// Names the instance that contains a node, or the last instance before it.
+std::string location(const Node* root, const NodePath& place) {
     const Node* const child =
         *std::next(childrenOf(root)->begin(), static_cast<std::ptrdiff_t>(place.front()));
     if (!isElement(child)) return " behind instance " + std::to_string(place.front());
@@ -40,24 +40,24 @@ std::string described(const Node* root, const Place& place) {
 
 }  // namespace
 
-HWFaults::HWFaults(ZAVHwCtx* context, const XMLParser& output, const std::wstring& path)
+HWDiagnostics::HWDiagnostics(ZAVHwCtx* context, const XMLParser& output, const std::wstring& path)
     : context_(context), output_(output), path_(path) {
-    context_->faults = this;
+    context_->diagnostics = this;
 }
 
-void HWFaults::tell(const std::string& what, const Node* node) const {
-    Place place;
-    if (!context_->logger().isHeard() || !addPlace(output_.getRootNode(), node, place)) return;
+void HWDiagnostics::report(const std::string& description, const Node* node) const {
+    NodePath place;
+    if (!context_->logger().hasCallback() || !addPlace(output_.getRootNode(), node, place)) return;
     const int line = output_.lineOf(place);
-    std::string message = "[" + kest::shown(kest::narrow(path_)) + "]";
+    std::string message = "[" + kest::escaped(kest::narrow(path_)) + "]";
     if (line > 0) message += ", line " + std::to_string(line);
-    message += ": " + what + described(output_.getRootNode(), place);
-    context_->logger().tell("ZAV_hw_run", message);
+    message += ": " + description + location(output_.getRootNode(), place);
+    context_->logger().reportFailure("ZAV_hw_run", message);
 }
 
 std::string quotedText(const wchar_t* text) {
     std::string bytes;
-    for (; *text != L'\0' && bytes.size() <= kest::kLongestQuoted; ++text) {
+    for (; *text != L'\0' && bytes.size() <= kest::kMaxQuotedBytes; ++text) {
         char utf8[4];
         bytes.append(utf8, tessa::narrowUtf8(*text, utf8));
     }

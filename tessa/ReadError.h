@@ -4,7 +4,7 @@
 
 namespace tessa {
 
-// Thrown when a document cannot be read: what is wrong, and in which line; 0 for the file as a whole.
+// Thrown when a document cannot be read. Line 0 stands for the file as a whole.
 struct Fault {
     std::string message;
     int line = 0;

@@ -1,8 +1,8 @@
-#include "kest/Shown.h"
+#include "kest/Escape.h"
 
 namespace kest {
 
-std::string shown(std::string_view bytes) {
+std::string escaped(std::string_view bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     for (const char each : bytes) {
@@ -19,8 +19,8 @@ std::string shown(std::string_view bytes) {
 }
 
 std::string quoted(std::string_view name) {
-    const bool whole = name.size() <= kLongestQuoted;
-    return '"' + shown(name.substr(0, kLongestQuoted)) + (whole ? "\"" : "...\"");
+    const bool whole = name.size() <= kMaxQuotedBytes;
+    return '"' + escaped(name.substr(0, kMaxQuotedBytes)) + (whole ? "\"" : "...\"");
 }
 
 }  // namespace kest

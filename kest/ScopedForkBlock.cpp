@@ -1,4 +1,4 @@
-#include "kest/ForksHeldOff.h"
+#include "kest/ScopedForkBlock.h"
 
 #include <pthread.h>
 
@@ -15,11 +15,11 @@ constinit std::mutex forks;
 
 }  // namespace
 
-ForksHeldOff::ForksHeldOff() {
+ScopedForkBlock::ScopedForkBlock() {
     forks.lock();
 }
 
-ForksHeldOff::~ForksHeldOff() {
+ScopedForkBlock::~ScopedForkBlock() {
     forks.unlock();
 }
 

@@ -1,4 +1,4 @@
-#include "tessa/InputFile.h"
+#include "tessa/DocumentFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include "kest/ErrorText.h"
 #include "kest/Retry.h"
 #include "kest/StandardStreams.h"
-#include "tessa/Fault.h"
+#include "tessa/ReadError.h"
 
 namespace tessa {
 
@@ -28,11 +28,11 @@ const char* kindOf(mode_t mode) {
     throw Fault{std::string("a regular file is expected, but this is ") + kindOf(mode)};
 }
 
-[[noreturn]] void refuseSize(std::size_t largest) {
-    throw Fault{"larger than " + std::to_string(largest) + " bytes"};
+[[noreturn]] void refuseSize(std::size_t maxSize) {
+    throw Fault{"larger than " + std::to_string(maxSize) + " bytes"};
 }
 
-// A socket cannot be opened at all, which says too little.
+// Opening a socket fails with ENXIO, which is not a helpful message.
 [[noreturn]] void failToOpen(const char* path, int error) {
     if (error == ENOMEM) throw std::bad_alloc();
     struct stat status {};
@@ -45,7 +45,7 @@ const char* kindOf(mode_t mode) {
 }
 
 kest::Descriptor openedFile(const char* path) {
-    return kest::Descriptor(kest::openedAbove([path] {
+    return kest::Descriptor(kest::openAboveStandardStreams([path] {
         return kest::retryInterrupted(
             [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     }));
@@ -53,30 +53,31 @@ kest::Descriptor openedFile(const char* path) {
 
 }  // namespace
 
-InputFile::InputFile(const char* path, std::size_t largest) : largest_(largest), file_(openedFile(path)) {
+DocumentFile::DocumentFile(const char* path, std::size_t maxSize)
+    : maxSize_(maxSize), file_(openedFile(path)) {
     if (!file_.isOpen()) failToOpen(path, errno);
     struct stat status {};
     if (::fstat(file_.number(), &status) != 0) failToRead(errno);
     if (!S_ISREG(status.st_mode)) refuseKind(status.st_mode);
-    if (static_cast<std::size_t>(status.st_size) > largest_) refuseSize(largest_);
+    if (static_cast<std::size_t>(status.st_size) > maxSize_) refuseSize(maxSize_);
 }
 
-int InputFile::read(void* buffer, int size) {
+int DocumentFile::read(void* buffer, int size) {
     const ssize_t count = kest::retryInterrupted(
         [&] { return ::read(file_.number(), buffer, static_cast<std::size_t>(size)); });
     if (count < 0) failToRead(errno);
     given_ += static_cast<std::size_t>(count);
-    if (given_ > largest_) refuseSize(largest_);
+    if (given_ > maxSize_) refuseSize(maxSize_);
     return static_cast<int>(count);
 }
 
-std::size_t InputFile::peek(char* buffer, std::size_t size) const {
+std::size_t DocumentFile::peek(char* buffer, std::size_t size) const {
     const ssize_t count = kest::retryInterrupted([&] { return ::pread(file_.number(), buffer, size, 0); });
     if (count < 0) failToRead(errno);
     return static_cast<std::size_t>(count);
 }
 
-void InputFile::rewind() {
+void DocumentFile::rewind() {
     if (::lseek(file_.number(), 0, SEEK_SET) != 0) failToRead(errno);
     given_ = 0;
 }
