@@ -70,7 +70,7 @@ std::string name(std::string_view units) {
         }
         if (half == 0xDC00) {
             if (before == 0) continue;
-            unit = 0x10000 + ((before - 0xD800) << 10) + (unit - 0xDC00);
+            unit = 0x10000 + ((before & 0x3FF) << 10) + (unit & 0x3FF);
         }
         std::array<char, 4> bytes;
         text.append(bytes.data(), tessa::narrowUtf8(unit, bytes.data()));
@@ -81,7 +81,7 @@ std::string name(std::string_view units) {
 PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
     PartitionTable table;
     const std::string header = read(blockSize, kGptHeaderSize);
-    if (header.size() < kGptHeaderSize || !header.starts_with("EFI PART")) return table;
+    if (header.size() < kGptHeaderSize || !header.starts_with("EFI PART")) return {};
     table.type = "gpt";
     const std::uint64_t block = number(header, 72, 8);
     const std::uint64_t count = std::min(number(header, 80, 4), kMaxEntries);
@@ -124,7 +124,7 @@ bool isMbr(std::string_view sector) {
 class DosTable {
   public:
     DosTable(const ReadDisk& read, std::uint64_t blockSize, std::string_view mbr)
-        : read_(read), blockSize_(blockSize), signature_(hex(number(mbr, 440, 4), 8)) {
+        : read_(read), blockSize_(blockSize), signature_(hexAt(mbr, 440, 4)) {
         table_.type = "dos";
         for (std::size_t i = 0; i < 4; ++i) {
             const MbrEntry entry = mbrEntry(mbr, i);

@@ -23,8 +23,11 @@ class Disk {
     void putEntry(std::size_t block, std::size_t index, unsigned status, unsigned type, std::uint64_t start) {
         const std::size_t at = block * 512 + 446 + index * 16;
         putNumber(at, status, 1);
+        putNumber(at + 1, 0xFFFFFE, 3);  // cylinder, head and sector, which nothing uses
         putNumber(at + 4, type, 1);
+        putNumber(at + 5, 0xFFFFFE, 3);
         putNumber(at + 8, start, 4);
+        putNumber(at + 12, 0xFFFFFFFF, 4);  // its size
         putNumber(block * 512 + 510, 0xAA55, 2);
     }
     PartitionTable table(std::uint64_t blockSize = 512) const {
@@ -146,17 +149,20 @@ TEST(PartitionTable, AGptHasAsManyEntriesAsItSays) {
     EXPECT_EQ(numbers(disk.table()), (std::vector{1, 2, 3}));
     disk.putNumber(512 + 80, 1100, 4);
     EXPECT_EQ(disk.table().entries.size(), 1024U) << "more than any tool makes";
+    disk.putNumber(512 + 80, 0x01000000, 4);
+    EXPECT_EQ(disk.table().entries.size(), 1024U);
 }
 
 TEST(PartitionTable, AGptTellsTheSizeOfItsEntries) {
-    const std::pair<std::size_t, int> cases[] = {{127, 0}, {128, 2}, {256, 2}, {4096, 2}, {4097, 0}};
+    const std::pair<std::size_t, int> cases[] = {{127, 0},  {128, 2},  {256, 2},
+                                                 {4096, 2}, {4097, 0}, {0x1000080, 0}};
     for (const auto& [size, count] : cases) {
         Disk disk = gptDisk(512);
         disk.put(kEntries, std::string(std::size_t{8200}, '\0'));
         disk.putNumber(512 + 80, 2, 4);
         disk.putNumber(512 + 84, size, 4);
         disk.put(kEntries, kTypeGuid);
-        disk.put(kEntries + size, kTypeGuid);
+        disk.put(kEntries + (size & 0xFFFFU), kTypeGuid);
         EXPECT_EQ(disk.table().entries.size(), static_cast<std::size_t>(count)) << size;
         EXPECT_EQ(disk.table().type, "gpt");
     }
@@ -229,6 +235,8 @@ TEST(PartitionTable, AChainOfLogicalPartitionsEnds) {
     EXPECT_EQ(numbers(disk.table()), (std::vector{1, 5, 6}));
     disk.putEntry(100, 0, 0, 0, 0);
     EXPECT_EQ(numbers(disk.table()), (std::vector{1, 5})) << "the first sector describes none";
+    disk.putEntry(0, 0, 0, 0x05, 0x01000064);
+    EXPECT_EQ(numbers(disk.table()), std::vector{1}) << "it begins behind the end of the disk";
 }
 
 TEST(PartitionTable, AChainThatLeadsBackToItselfEnds) {

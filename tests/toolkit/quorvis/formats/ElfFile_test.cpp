@@ -1,0 +1,424 @@
+#include "toolkit/quorvis/formats/ElfFile.h"
+
+#include <elf.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "tests/toolkit/quorvis/ElfBuilder.h"
+
+namespace toolkit::quorvis {
+namespace {
+
+using Section = ElfFile::Section;
+
+// Where the tables and contents of an Elf are.
+constexpr std::uint64_t kSegments = 64;
+constexpr std::uint64_t kSections = 0x1000;
+constexpr std::uint64_t kContents = 0x2000;
+
+std::string bytesOf(std::uint64_t number, std::size_t width) {
+    std::string bytes;
+    for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFFU);
+    return bytes;
+}
+
+// A file of 64 bits and little endian, put together field by field. Bytes that are not written are zero.
+class Elf {
+  public:
+    Elf() : descriptor_(::memfd_create("elf", MFD_CLOEXEC)) {
+        put(0, ELFMAG "\x02\x01\x01");
+        put(0x20, bytesOf(kSegments, 8) + bytesOf(kSections, 8));
+        put(0x36, bytesOf(56, 2) + bytesOf(0, 2) + bytesOf(64, 2) + bytesOf(0, 2) + bytesOf(0, 2));
+    }
+    ~Elf() { ::close(descriptor_); }
+    Elf(const Elf&) = delete;
+    Elf& operator=(const Elf&) = delete;
+
+    void put(std::uint64_t at, const std::string& bytes) const {
+        EXPECT_EQ(static_cast<ssize_t>(bytes.size()),
+                  ::pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(at)));
+    }
+    void cut(std::uint64_t size) const { EXPECT_EQ(0, ::ftruncate(descriptor_, static_cast<off_t>(size))); }
+
+    void segmentSize(std::uint64_t size) const { put(0x36, bytesOf(size, 2)); }
+    void segmentCount(std::uint64_t count) const { put(0x38, bytesOf(count, 2)); }
+    void sectionSize(std::uint64_t size) const { put(0x3A, bytesOf(size, 2)); }
+    void sectionCount(std::uint64_t count) const { put(0x3C, bytesOf(count, 2)); }
+    void namesSection(std::uint64_t index) const { put(0x3E, bytesOf(index, 2)); }
+
+    void segment(std::uint64_t type, std::uint64_t offset, std::uint64_t address, std::uint64_t size,
+                 std::uint64_t alignment = 4) {
+        put(kSegments + 56 * segments_++, bytesOf(type, 4) + bytesOf(PF_R, 4) + bytesOf(offset, 8) +
+                                              bytesOf(address, 8) + bytesOf(0, 8) + bytesOf(size, 8) +
+                                              bytesOf(size, 8) + bytesOf(alignment, 8));
+        segmentCount(segments_);
+    }
+    void firstSegmentHas(std::uint64_t size) const { put(kSegments + 0x20, bytesOf(size, 8)); }
+
+    void section(std::uint64_t name, std::uint64_t type, std::uint64_t offset, std::uint64_t size,
+                 std::uint64_t link = 0) {
+        put(kSections + 64 * sections_++, bytesOf(name, 4) + bytesOf(type, 4) + bytesOf(0, 16) +
+                                              bytesOf(offset, 8) + bytesOf(size, 8) + bytesOf(link, 4) +
+                                              bytesOf(0, 4) + bytesOf(4, 8) + bytesOf(0, 8));
+        sectionCount(sections_);
+    }
+    // The table of the dynamic linker in a file of 2 MiB that is loaded at address 0.
+    void dynamic(const std::vector<std::pair<std::uint64_t, std::uint64_t>>& entries) {
+        std::string table;
+        for (const auto& [tag, value] : entries) table += bytesOf(tag, 8) + bytesOf(value, 8);
+        put(kContents, table);
+        cut(std::uint64_t{1} << 21U);
+        segment(PT_DYNAMIC, kContents, 0, table.size());
+        segment(PT_LOAD, 0, 0, std::uint64_t{1} << 21U);
+    }
+
+    std::string opened() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const bool open = ElfFile::open(parts, damaged).has_value();
+        if (open) return "opened";
+        return damaged ? "damaged" : "no ELF file";
+    }
+    // "soname needed...", or "damaged".
+    std::string dynamic() const {
+        ElfFile::Dynamic found;
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        if (!elf || !elf->readDynamic(found)) return "damaged";
+        std::string text = found.soname;
+        for (const std::string& needed : found.needed) text += " " + needed;
+        return text;
+    }
+    std::string buildId() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        return elf ? elf->buildId() : "damaged";
+    }
+    Section read(std::string_view name, std::uint64_t limit, std::string* content = nullptr) const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        std::string bytes;
+        const Section found = elf ? elf->readSection(name, limit, bytes) : Section::Damaged;
+        if (content != nullptr) *content = bytes;
+        return found;
+    }
+
+  private:
+    RandomAccessFile file() const { return RandomAccessFile(kest::Descriptor(::dup(descriptor_))); }
+
+    int descriptor_;
+    std::uint64_t segments_ = 0;
+    std::uint64_t sections_ = 0;
+};
+
+std::string note(std::uint64_t type, const std::string& name, const std::string& content,
+                 std::size_t alignment = 4) {
+    std::string bytes = bytesOf(name.size(), 4) + bytesOf(content.size(), 4) + bytesOf(type, 4) + name;
+    bytes.resize((bytes.size() + alignment - 1) / alignment * alignment, '\xEE');
+    bytes += content;
+    bytes.resize((bytes.size() + alignment - 1) / alignment * alignment, '\xEE');
+    return bytes;
+}
+
+const std::string kGnu("GNU\0", 4);
+
+TEST(ElfFile, ClassAndByteOrderMustBeKnown) {
+    const std::tuple<char, char, const char*> cases[] = {
+        {'\0', '\1', "damaged"}, {'\1', '\1', "opened"}, {'\2', '\1', "opened"}, {'\3', '\1', "damaged"},
+        {'\2', '\0', "damaged"}, {'\2', '\2', "opened"}, {'\2', '\3', "damaged"}};
+    for (const auto& [format, order, opened] : cases) {
+        const Elf elf;
+        elf.put(EI_CLASS, {format, order});
+        elf.put(0x1C, std::string(36, '\0'));  // no tables in either class
+        EXPECT_EQ(opened, elf.opened()) << int{format} << int{order};
+    }
+}
+
+TEST(ElfFile, TheHeaderMustBeWhole) {
+    const Elf wide;
+    EXPECT_EQ("opened", wide.opened());
+    wide.cut(63);
+    EXPECT_EQ("damaged", wide.opened());
+    const Elf narrow;
+    narrow.put(EI_CLASS, "\x01");
+    narrow.put(0x1C, std::string(36, '\0'));
+    narrow.cut(52);
+    EXPECT_EQ("opened", narrow.opened());
+    narrow.cut(51);
+    EXPECT_EQ("damaged", narrow.opened());
+    narrow.cut(4);
+    EXPECT_EQ("damaged", narrow.opened());
+    narrow.cut(3);
+    EXPECT_EQ("no ELF file", narrow.opened());
+}
+
+TEST(ElfFile, SegmentsHaveOneSizeAndAreWhole) {
+    Elf elf;
+    elf.segment(PT_LOAD, 0, 0, 0);
+    EXPECT_EQ("opened", elf.opened());
+    elf.segmentSize(57);
+    EXPECT_EQ("damaged", elf.opened());
+    elf.segmentCount(0);
+    EXPECT_EQ("opened", elf.opened()) << "without segments their size does not matter";
+    elf.segmentCount(1);
+    elf.put(0x20, bytesOf(0, 8));
+    EXPECT_EQ("opened", elf.opened()) << "nor without a table";
+    elf.put(0x20, bytesOf(kSegments, 8));
+    elf.segmentSize(56);
+    elf.cut(kSegments + 55);
+    EXPECT_EQ("damaged", elf.opened());
+}
+
+TEST(ElfFile, SectionsHaveOneSizeAndAreWhole) {
+    Elf elf;
+    elf.section(0, SHT_NULL, 0, 0);
+    elf.section(1, SHT_STRTAB, kContents, 6);
+    elf.namesSection(1);
+    elf.put(kContents, std::string("\0name\0", 6));
+    EXPECT_EQ(Section::Found, elf.read("name", 6));
+    elf.sectionSize(65);
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6));
+    elf.sectionSize(64);
+    elf.namesSection(2);
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6)) << "there is no such section";
+    elf.namesSection(SHN_UNDEF);
+    EXPECT_EQ(Section::Missing, elf.read("name", 6)) << "no section has a name";
+    elf.namesSection(1);
+    elf.cut(kContents + 5);
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6)) << "the names are cut";
+    elf.cut(kSections + 127);
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6)) << "the table is cut";
+    elf.put(0x28, bytesOf(0, 8));
+    EXPECT_EQ(Section::Missing, elf.read("name", 6)) << "there is no table";
+}
+
+TEST(ElfFile, ATableWithoutSectionsHasNoNames) {
+    Elf elf;
+    elf.section(0, SHT_NULL, 0, 0);
+    elf.sectionCount(0);
+    EXPECT_EQ(Section::Missing, elf.read("name", 6));
+    elf.namesSection(1);
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6));
+}
+
+TEST(ElfFile, NumbersThatAreTooLargeForTheHeaderAreInTheFirstSection) {
+    Elf elf;
+    elf.section(0, SHT_NULL, 0, 2, 1);
+    elf.section(1, SHT_STRTAB, kContents, 6);
+    elf.put(kContents, std::string("\0name\0", 6));
+    elf.sectionCount(0);
+    elf.namesSection(SHN_XINDEX);
+    EXPECT_EQ(Section::Found, elf.read("name", 6));
+    constexpr std::uint64_t kMaxSections = std::uint64_t{1} << 18U;
+    elf.cut(kSections + 64 * (kMaxSections + 1));
+    elf.put(kSections + 0x20, bytesOf(kMaxSections, 8));
+    EXPECT_EQ(Section::Found, elf.read("name", 6));
+    elf.put(kSections + 0x20, bytesOf(kMaxSections + 1, 8));
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6));
+}
+
+TEST(ElfFile, NamesOfSectionsAreBounded) {
+    constexpr std::uint64_t kMaxNames = std::uint64_t{16} << 20U;
+    for (const std::uint64_t excess : {0U, 1U}) {
+        Elf elf;
+        elf.section(0, SHT_NULL, 0, 0);
+        elf.section(1, SHT_STRTAB, kContents, kMaxNames + excess);
+        elf.namesSection(1);
+        elf.put(kContents, std::string("\0name\0", 6));
+        elf.cut(kContents + kMaxNames + excess);
+        EXPECT_EQ(excess == 0 ? Section::TooLarge : Section::Damaged, elf.read("name", 6));
+    }
+}
+
+TEST(ElfFile, ASectionIsFoundByItsWholeName) {
+    Elf elf;
+    elf.section(0, SHT_NULL, 0, 0);
+    elf.section(1, SHT_STRTAB, kContents, 15);
+    elf.section(6, SHT_PROGBITS, kContents + 15, 3);
+    elf.section(11, SHT_PROGBITS, kContents + 15, 3);
+    elf.section(15, SHT_PROGBITS, kContents + 15, 3);
+    elf.section(99, SHT_PROGBITS, kContents + 15, 3);
+    elf.namesSection(1);
+    elf.put(kContents, std::string("\0name\0text\0openabcd", 19));
+    EXPECT_EQ(Section::Missing, elf.read("nam", 16));
+    EXPECT_EQ(Section::Missing, elf.read("names", 16));
+    EXPECT_EQ(Section::Missing, elf.read("open", 16)) << "its name does not end";
+    std::string content;
+    EXPECT_EQ(Section::Found, elf.read("text", 3, &content));
+    EXPECT_EQ("abc", content);
+    EXPECT_EQ(Section::TooLarge, elf.read("text", 2));
+    elf.cut(kContents + 17);
+    EXPECT_EQ(Section::Damaged, elf.read("text", 3));
+}
+
+TEST(ElfFile, TheTableOfTheDynamicLinkerEndsWithItsLastEntry) {
+    const std::string texts("\0lib.so.1\0c.so\0m.so\0", 20);
+    Elf elf;
+    elf.put(0x3000, texts);
+    elf.dynamic({{DT_STRTAB, 0x3000}, {DT_SONAME, 1}, {DT_NEEDED, 10}, {DT_NULL, 0}, {DT_NEEDED, 15}});
+    EXPECT_EQ("lib.so.1 c.so", elf.dynamic()) << "nothing counts behind its end";
+    Elf open;
+    open.put(0x3000, texts);
+    open.dynamic({{DT_STRTAB, 0x3000}, {DT_NEEDED, 10}, {DT_NEEDED, 15}});
+    EXPECT_EQ(" c.so m.so", open.dynamic()) << "the end may be missing";
+    open.firstSegmentHas(40);
+    EXPECT_EQ(" c.so", open.dynamic()) << "half an entry is none";
+}
+
+TEST(ElfFile, TextsOfTheDynamicLinkerAreFoundWhereTheyAreLoaded) {
+    Elf without;
+    without.dynamic({{DT_STRTAB, 0x3000}});
+    EXPECT_EQ("", without.dynamic());
+    Elf noTexts;
+    noTexts.dynamic({{DT_SONAME, 1}});
+    EXPECT_EQ("damaged", noTexts.dynamic());
+
+    Elf elf;
+    elf.put(kContents, bytesOf(DT_STRTAB, 8) + bytesOf(0x7000, 8) + bytesOf(DT_SONAME, 8) + bytesOf(1, 8));
+    elf.put(0x3000, std::string("\0a.so\0", 6));
+    elf.segment(PT_DYNAMIC, kContents, 0, 32);
+    elf.segment(PT_NOTE, 0x3000, 0x7000, 0x1000);
+    EXPECT_EQ("damaged", elf.dynamic()) << "only what is loaded counts";
+    elf.segment(PT_LOAD, 0x3000, 0x7001, 0x1000);
+    EXPECT_EQ("damaged", elf.dynamic()) << "it begins behind the texts";
+    elf.segment(PT_LOAD, 0x2000, 0x6000, 0x1000);
+    EXPECT_EQ("damaged", elf.dynamic()) << "it ends before the texts";
+    elf.segment(PT_LOAD, 0x2001, 0x6001, 0x1000);
+    EXPECT_EQ("a.so", elf.dynamic()) << "the texts begin with its last byte";
+}
+
+TEST(ElfFile, TextsAndTablesOfTheDynamicLinkerAreBounded) {
+    Elf elf;
+    elf.dynamic({{DT_STRTAB, 0x3000}, {DT_SONAME, 1}});
+    const std::string longest(4095, 'x');
+    elf.put(0x3001, longest);
+    EXPECT_EQ(longest, elf.dynamic());
+    elf.put(0x3001 + 4095, "x");
+    EXPECT_EQ("damaged", elf.dynamic());
+
+    Elf large;
+    large.put(0x3000, std::string("\0a\0", 3));
+    large.dynamic({{DT_STRTAB, 0x3000}, {DT_SONAME, 1}, {DT_NULL, 0}});
+    constexpr std::uint64_t kMaxTable = std::uint64_t{1} << 20U;
+    large.firstSegmentHas(kMaxTable);
+    EXPECT_EQ("a", large.dynamic());
+    large.firstSegmentHas(kMaxTable + 1);
+    EXPECT_EQ("damaged", large.dynamic());
+    large.firstSegmentHas(32);
+    large.put(kSegments + 0x08, bytesOf((std::uint64_t{1} << 21U) - 16, 8));
+    EXPECT_EQ("damaged", large.dynamic()) << "the file ends in it";
+}
+
+TEST(ElfFile, AThousandNeededLibrariesAreRead) {
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> entries(1001, {DT_NEEDED, 1});
+    entries.emplace_back(DT_STRTAB, 0x8000);
+    Elf elf;
+    elf.put(0x8000, std::string("\0a\0", 3));
+    elf.dynamic(entries);
+    EXPECT_EQ(2000U, elf.dynamic().size());
+}
+
+TEST(ElfFile, TheBuildIdIsFoundAmongOtherNotes) {
+    for (const std::size_t alignment : {std::size_t{4}, std::size_t{8}}) {
+        Elf elf;
+        const std::string notes = note(NT_GNU_BUILD_ID, "Other", "abc", alignment) +
+                                  note(NT_GNU_ABI_TAG, kGnu, "tag", alignment) +
+                                  note(NT_GNU_BUILD_ID, kGnu, "\x12\xAB\xFF", alignment);
+        elf.put(kContents, notes);
+        elf.segment(PT_NOTE, kContents, 0, notes.size(), alignment);
+        EXPECT_EQ("12abff", elf.buildId()) << alignment;
+    }
+}
+
+TEST(ElfFile, ADamagedNoteEndsTheSearch) {
+    const std::string id = note(NT_GNU_BUILD_ID, kGnu, "\x12\xAB\xFF\x01");
+    Elf elf;
+    elf.put(kContents, id);
+    elf.segment(PT_NOTE, kContents, 0, id.size());
+    EXPECT_EQ("12abff01", elf.buildId()) << "it ends with its content";
+    elf.firstSegmentHas(id.size() - 1);
+    EXPECT_EQ("", elf.buildId()) << "its content is cut";
+    elf.firstSegmentHas(15);
+    EXPECT_EQ("", elf.buildId()) << "its name is cut";
+    elf.firstSegmentHas(11);
+    EXPECT_EQ("", elf.buildId()) << "its head is cut";
+    elf.firstSegmentHas(id.size());
+    elf.put(kContents + 4, bytesOf(0xFFFFFFF0, 4));
+    EXPECT_EQ("", elf.buildId()) << "its size reaches beyond any file";
+}
+
+TEST(ElfFile, ANoteMayHaveNoContent) {
+    const std::string notes = note(NT_GNU_BUILD_ID, "", "") + note(NT_GNU_BUILD_ID, kGnu, "\x01");
+    Elf elf;
+    elf.put(kContents, notes);
+    elf.segment(PT_NOTE, kContents, 0, notes.size());
+    EXPECT_EQ("01", elf.buildId());
+}
+
+TEST(ElfFile, NotesAreReadUpToABound) {
+    constexpr std::uint64_t kMaxNotes = std::uint64_t{64} << 10U;
+    const std::string id = note(NT_GNU_BUILD_ID, kGnu, "\x12\xAB\xFF\x01");
+    for (const std::uint64_t excess : {0U, 1U}) {
+        Elf elf;
+        const std::uint64_t first = kMaxNotes - id.size() + 4 * excess;
+        elf.put(kContents, bytesOf(0, 4) + bytesOf(first - 12, 4) + bytesOf(0, 4));
+        elf.put(kContents + first, id);
+        elf.segment(PT_NOTE, kContents, 0, first + id.size());
+        EXPECT_EQ(excess == 0 ? "12abff01" : "", elf.buildId());
+    }
+}
+
+TEST(ElfFile, NotesOfSegmentsAndSectionsAreReadInTurn) {
+    const std::string other = note(NT_GNU_ABI_TAG, kGnu, "tag");
+    const std::string id = note(NT_GNU_BUILD_ID, kGnu, "\x12");
+    Elf segments;
+    segments.put(kContents, id + other);
+    segments.segment(PT_LOAD, kContents, 0, id.size());
+    segments.segment(PT_NOTE, kContents + id.size(), 0, other.size());
+    EXPECT_EQ("", segments.buildId()) << "a segment of another type has no notes";
+    segments.segment(PT_NOTE, kContents, 0, id.size());
+    EXPECT_EQ("12", segments.buildId());
+
+    Elf sections;
+    sections.put(kContents, id + other);
+    sections.section(0, SHT_NULL, 0, 0);
+    sections.section(0, SHT_PROGBITS, kContents, id.size());
+    sections.section(0, SHT_NOTE, kContents + id.size(), other.size());
+    EXPECT_EQ("", sections.buildId());
+    sections.section(0, SHT_NOTE, kContents, id.size());
+    EXPECT_EQ("12", sections.buildId());
+    sections.sectionSize(1);
+    EXPECT_EQ("", sections.buildId()) << "the sections are damaged";
+    sections.sectionSize(64);
+    sections.segment(PT_LOAD, 0, 0, 0);
+    EXPECT_EQ("", sections.buildId()) << "where there are segments, sections are not read";
+}
+
+TEST(ElfFile, BothClassesAndByteOrdersTellTheSame) {
+    for (const bool wide : {false, true}) {
+        for (const bool littleEndian : {false, true}) {
+            ElfBuilder builder;
+            builder.wide = wide;
+            builder.littleEndian = littleEndian;
+            for (const bool segments : {false, true}) {
+                builder.segments = segments;
+                const Elf elf;
+                elf.put(0, builder.build());
+                elf.cut(builder.build().size());
+                EXPECT_EQ("0123abcdef", elf.buildId());
+                EXPECT_EQ(segments ? "libproduct.so.3 libc.so.6 libm.so.6" : "", elf.dynamic());
+                std::string content;
+                EXPECT_EQ(Section::Found, elf.read(".rodata", 48, &content));
+                EXPECT_EQ(builder.readOnlyData, content);
+                EXPECT_EQ(Section::Missing, elf.read(".bss", 100));
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace toolkit::quorvis
