@@ -1,5 +1,4 @@
-// Files of products, in the formats that signatures look into: whatever a file holds, every reader ends with a value
-// or without one, and takes no more than it was allowed to.
+// The readers of product files: each ends with or without a value and respects its limits.
 #include <fcntl.h>
 
 #include <cstdlib>
@@ -17,7 +16,7 @@ namespace {
 
 namespace quorvis = toolkit::quorvis;
 
-constexpr std::uint64_t kLimit = 4096;  // bytes of a section or an archive's member
+constexpr std::uint64_t kLimit = 4096;  // bytes of a section or of a member of an archive
 
 void must(bool holds) {
     if (!holds) std::abort();

@@ -1,4 +1,4 @@
-// The signature scanner's configuration: any bytes give variables and settings within their bounds, or an error.
+// The configuration of the signature scanner: the result is an error, or variables and settings within their limits.
 #include <cstdlib>
 
 #include "fuzz/MemoryFile.h"

@@ -1,5 +1,4 @@
-// The signature language: any bytes give signatures that an evaluation can rely on, or problems that name the place,
-// never both.
+// Signature files: the result is either valid signatures or problems with their places, never both.
 #include <algorithm>
 #include <cstdlib>
 

@@ -1,7 +1,10 @@
 #include "toolkit/machine/text/Utf8.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
+
+#include "tessa/Utf8.h"
 
 namespace toolkit {
 namespace {
@@ -26,6 +29,14 @@ std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0xE0) return 2;
     if (lead < 0xF0) return 3;
     return lead < 0xF5 ? 4 : 0;
+}
+
+bool isHigh(char16_t unit) {
+    return (unit & 0xFC00U) == 0xD800U;
+}
+
+bool isLow(char16_t unit) {
+    return (unit & 0xFC00U) == 0xDC00U;
 }
 
 }  // namespace
@@ -53,6 +64,36 @@ bool isUtf8(std::string_view bytes) {
         if (bytes.empty()) return true;
         if (takeUtf8Character(bytes) == kInvalidUtf8) return false;
     }
+}
+
+std::string utf8FromUtf16(std::u16string_view text) {
+    std::string utf8;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        wchar_t codePoint = text[i];
+        if (isHigh(text[i]) && i + 1 < text.size() && isLow(text[i + 1])) {
+            codePoint = ((codePoint & 0x3FF) << 10) + (text[++i] & 0x3FF) + 0x10000;
+        } else if (isHigh(text[i]) || isLow(text[i])) {
+            codePoint = 0xFFFD;
+        }
+        std::array<char, 4> bytes;
+        utf8.append(bytes.data(), tessa::narrowUtf8(codePoint, bytes.data()));
+    }
+    return utf8;
+}
+
+std::string utf8FromLatin1(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            text += c;
+        } else {
+            text += static_cast<char>(0xC0U | (byte >> 6U));
+            text += static_cast<char>(0x80U | (byte & 0x3FU));
+        }
+    }
+    return text;
 }
 
 }  // namespace toolkit

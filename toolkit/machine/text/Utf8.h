@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace toolkit {
@@ -11,5 +12,10 @@ inline constexpr char32_t kInvalidUtf8 = 0xFFFFFFFF;
 char32_t takeUtf8Character(std::string_view& bytes);
 
 bool isUtf8(std::string_view bytes);
+
+// Converts UTF-16. An unpaired surrogate becomes U+FFFD.
+std::string utf8FromUtf16(std::u16string_view text);
+// Converts ISO-8859-1.
+std::string utf8FromLatin1(std::string_view bytes);
 
 }  // namespace toolkit

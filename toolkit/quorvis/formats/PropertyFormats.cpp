@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/Utf16.h"
+#include "toolkit/machine/text/Utf8.h"
 
 namespace toolkit::quorvis {
 
@@ -66,7 +66,7 @@ std::string unescaped(std::string_view text) {
     std::string plain;
     std::u16string units;
     const auto flush = [&plain, &units] {
-        plain += utf8OfUtf16(units);
+        plain += utf8FromUtf16(units);
         units.clear();
     };
     for (std::size_t i = 0; i < text.size(); ++i) {

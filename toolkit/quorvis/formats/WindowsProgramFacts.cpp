@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "toolkit/machine/text/ByteOrder.h"
+#include "toolkit/machine/text/Utf8.h"
 #include "toolkit/quorvis/formats/ProductFacts.h"
-#include "toolkit/quorvis/formats/Utf16.h"
 
 namespace toolkit::quorvis {
 
@@ -131,7 +131,7 @@ bool takeBlock(std::string_view& rest, Block& block) {
     const std::u16string key = unitsOf(whole.substr(kHeader));
     const std::size_t valueAt = std::min(aligned(kHeader + 2 * (key.size() + 1)), size);
     const std::size_t valueSize = littleEndian(whole, 2, 2) * (isText ? 2 : 1);
-    block.key = utf8OfUtf16(key);
+    block.key = utf8FromUtf16(key);
     block.value = whole.substr(valueAt, valueSize);
     block.children = whole.substr(std::min(aligned(valueAt + block.value.size()), size));
     rest.remove_prefix(std::min(aligned(size), rest.size()));
@@ -155,7 +155,7 @@ std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks
         if (info.key != "StringFileInfo") continue;
         for (Block language; takeBlock(info.children, language);) {
             for (Block text; takeBlock(language.children, text);)
-                texts.emplace_back(text.key, utf8OfUtf16(unitsOf(text.value)));
+                texts.emplace_back(text.key, utf8FromUtf16(unitsOf(text.value)));
         }
     }
     return texts;

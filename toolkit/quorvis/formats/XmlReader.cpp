@@ -231,21 +231,6 @@ TextPlace placeIn(const DocumentText& document, std::size_t offset) {
     return {1 + lines, columnIn(document, offset)};
 }
 
-std::string utf8FromLatin1(std::string_view bytes) {
-    std::string text;
-    text.reserve(bytes.size());
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            text += c;
-        } else {
-            text += static_cast<char>(0xC0U | (byte >> 6U));
-            text += static_cast<char>(0x80U | (byte & 0x3FU));
-        }
-    }
-    return text;
-}
-
 std::optional<XmlFault> parseXml(const DocumentText& document, unsigned maxDepth, XmlHandler& handler) {
     return Parser(document, maxDepth, handler).parse(document.bytes);
 }

@@ -31,9 +31,6 @@ TextPlace placeIn(const DocumentText& document, std::size_t offset);
 // Only the column of this position.
 std::size_t columnIn(const DocumentText& document, std::size_t offset);
 
-// Converts ISO-8859-1 to UTF-8.
-std::string utf8FromLatin1(std::string_view bytes);
-
 // Receives the content of an XML document. All texts are UTF-8 and valid until the function returns.
 class XmlHandler {
   public:

@@ -1,4 +1,4 @@
-// What "${name}" means.
+// The values of variables.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +15,12 @@
 
 namespace toolkit::quorvis {
 
-// The preset variables of the configuration, and those of the scanner itself ("quorvis.root").
+// The variables of the configuration and of the scanner itself ("quorvis.root").
 class Presets {
   public:
     explicit Presets(std::vector<PresetValue> values);
 
-    // The value for this signature, else the one for all. Identifiers are the same in any case.
+    // The value for this signature, or else the value for all. Null if there is none. The guid is case-insensitive.
     const std::string* find(std::string_view name, std::string_view guid) const;
 
   private:
@@ -28,22 +28,22 @@ class Presets {
     std::unordered_multimap<std::string_view, const PresetValue*> byName_;
 };
 
-// The variables while one signature is evaluated.
+// The variables during the evaluation of one signature.
 class Scope {
   public:
     Scope(const Presets& presets, const Signature& signature) : presets_(presets), signature_(signature) {}
 
-    // "${id.field}" is from now on a value of this item, which outlives the scope.
+    // Makes the values of the item available as "${id.field}". REQUIRES: the item outlives this object.
     void bind(std::string_view id, const Item& item) { bound_.emplace_back(id, &item); }
 
-    // What was bound behind a mark is forgotten.
+    // rewind() removes all bindings since mark().
     std::size_t mark() const { return bound_.size(); }
     void rewind(std::size_t mark) { bound_.resize(mark); }
 
-    // None when nothing has this name.
+    // None if the variable has no value.
     std::optional<std::string_view> find(std::string_view name) const;
 
-    // Whether the name is that of a value of one of the signature's own leaves, be it bound or not.
+    // Whether the name belongs to a leaf of the signature, bound or not.
     bool isOfLeaf(std::string_view name) const;
 
   private:
@@ -52,10 +52,10 @@ class Scope {
     std::vector<std::pair<std::string_view, const Item*>> bound_;
 };
 
-// How values are written where they are inserted, so that they mean nothing but themselves.
+// How inserted values are escaped, so that they match only themselves.
 enum class Quoting : std::uint8_t { None, Regex, Pattern };
 
-// The text with its variables replaced. None, with the name of the variable in `missing`, when one has no value.
+// Replaces the variables of a text. None if a variable has no value; `missing` is then its name.
 std::optional<std::string> expand(const Template& text, const Scope& scope, Quoting quoting,
                                   std::string_view& missing);
 

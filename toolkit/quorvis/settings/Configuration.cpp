@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/machine/text/Utf8.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {
