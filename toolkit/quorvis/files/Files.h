@@ -95,7 +95,7 @@ class Files {
     // Looks up and stores hashes in this cache. REQUIRES: it outlives this object.
     void useHashCache(HashCache& cache) { cache_ = &cache; }
 
-    // What is read is counted there, which may end that. It must outlive the files.
+    // Counts the bytes read against this budget, which may throw. REQUIRES: it outlives this object.
     void countIn(LookupBudget& budget) { budget_ = &budget; }
 
     // Releases the cached contents.
