@@ -1,4 +1,4 @@
-// Signatures that are evaluated against a tree of files which the test makes.
+// Evaluates signatures on a tree of files that the test creates.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 
 namespace toolkit::quorvis {
 
-// Keeps what an evaluation tells.
+// Keeps the results of an evaluation.
 struct EvaluationCollector : EvaluationSink {
     explicit EvaluationCollector(EventList& list) : events(list) {}
     void onMatch(const Match& match) override { matches.push_back(match); }
@@ -29,7 +29,7 @@ struct EvaluationCollector : EvaluationSink {
 
 class Evaluation : public testing::Test {
   protected:
-    // An installed package of the tree.
+    // Adds a package to the tree.
     void install(const std::string& name, const std::string& version,
                  const std::string& status = "installed") {
         status_ += "Package: " + name + "\nStatus: install ok " + status +

@@ -21,7 +21,7 @@ class LeafTester {
     zavtest::ScratchDir tree;
     Settings settings;
 
-    // Each question is put to a new machine: nothing is remembered of an earlier state of the files.
+    // Uses a new context for each lookup, so that no earlier state of the files is known.
     LeafResult ask(LeafKind kind, Attributes attributes, std::vector<Capture> captures = {}) {
         const Root root(tree.path().string());
         return askOf(root, kind, std::move(attributes), std::move(captures));
@@ -37,7 +37,7 @@ class LeafTester {
         return value == nullptr ? "-" : *value;
     }
 
-    // Of the events, in their order.
+    // The codes of the events, in order.
     static std::vector<EventCode> codes(const LeafResult& result) {
         std::vector<EventCode> codes;
         for (const Event& event : result.events) codes.push_back(event.code);

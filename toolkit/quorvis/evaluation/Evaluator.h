@@ -3,7 +3,12 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 
+#include "toolkit/quorvis/language/Signature.h"
+#include "toolkit/quorvis/language/Variables.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
 #include "toolkit/quorvis/leaves/LeafCache.h"
 #include "toolkit/quorvis/report/EvaluationSink.h"
 
@@ -12,15 +17,15 @@ namespace toolkit::quorvis {
 // Decides which signatures match.
 class Evaluator {
   public:
-    // REQUIRES: all outlive the evaluator.
+    // REQUIRES: all arguments outlive this.
     Evaluator(const Presets& presets, EvaluationContext& context, EvaluationSink& sink)
         : presets_(presets), context_(context), sink_(sink), leaves_(context) {}
 
-    // Tells the matches in the order of the signatures, then of the items. Those before `first` are passed over.
-    // Memory that runs out leaves the one signature unknown that it runs out for.
+    // Reports matches in the order of the signatures, those of one signature in the order of its items. Skips the
+    // signatures before `first`. A signature for which memory runs out is unknown.
     void evaluate(std::span<const Signature> signatures, std::size_t first = 0);
 
-    // Tell how signatures with this identifier came out: a line for each of their conditions.
+    // Explain the results of all conditions in the signatures with this identifier.
     void explain(std::string guid) { explained_ = std::move(guid); }
 
   private:

@@ -56,7 +56,7 @@ Truth Planner::foresee(const Signature& signature, const Scope& scope, const Con
 }
 
 void Planner::announceContent(const Query& query) {
-    // Of a part of a file the filter knows nothing.
+    // A filter searches whole files.
     if (query.has(Attribute::MaxBytes)) return;
     context_.contentFilters().announce(std::string(query.get(Attribute::Path)), query.get(Attribute::Regex),
                                        query.get(Attribute::Flags));

@@ -7,20 +7,20 @@
 
 namespace toolkit::quorvis {
 
-// Finds out what the signatures will ask of the file system, so that it is walked once and each file is searched once
-// for all of them. Leaves that cost little are looked up meanwhile: what they have decided asks for nothing more.
+// Finds out what all signatures need from the file system, so that one walk finds all paths and each file is searched
+// once. Cheap leaves are looked up first: a signature that they decide needs nothing else.
 class Planner {
   public:
     Planner(const Presets& presets, LeafCache& leaves, EvaluationContext& context)
         : presets_(presets), leaves_(leaves), context_(context) {}
 
-    // Tells the machine what these signatures will ask.
+    // Prepares the context for these signatures.
     void plan(std::span<const Signature> signatures);
 
   private:
     void announceNames(const Signature& signature);
     void add(const Signature& signature);
-    // What is known of a condition before the walk.
+    // The result of a condition as far as it is known before the walk.
     Truth foresee(const Signature& signature, const Scope& scope, const Condition& condition);
     Truth foresee(const Leaf& leaf, const Scope& scope);
 

@@ -10,7 +10,7 @@
 
 #include "toolkit/machine/files/OutputFile.h"
 #include "toolkit/machine/sandbox/Sandbox.h"
-#include "toolkit/quorvis/evaluation/ScanKeeper.h"
+#include "toolkit/quorvis/evaluation/ScanSupervisor.h"
 #include "toolkit/quorvis/language/SignatureReader.h"
 #include "toolkit/quorvis/report/Documents.h"
 #include "toolkit/quorvis/sandbox/Sandbox.h"
@@ -20,7 +20,7 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// Until the settings tell, and of the process that only reads input and puts the output together.
+// Of the process that reads the input and writes the output files. The settings limit the one that evaluates.
 constexpr std::uint64_t kMemoryForInput = std::uint64_t{1} << 30;
 
 Outcome refuse(const std::string& message) {
@@ -42,7 +42,7 @@ void sayEvents(const EventList& events) {
     for (const EventList::Entry& entry : events.entries()) say(lineOf(entry));
 }
 
-// The tree to look at: that of the command line, of the setting, or the machine itself.
+// The root of the command line, else that of the settings, else the live machine.
 std::optional<Root> openRoot(const Options& options, const Settings& settings, std::string& problem) {
     const std::string& directory = options.root.empty() ? settings.fileSystem.root : options.root;
     if (directory.empty() || directory == "/") return Root();
@@ -65,7 +65,7 @@ Outcome refuseSignatures(const Options& options, const std::vector<std::string>&
     return Outcome::BadSignatures;
 }
 
-// Ends the process at once: to take apart, piece by piece, all that was read would be a good part of a short run.
+// Ends the process without destructors: freeing all signatures one by one would take a good part of a short run.
 [[noreturn]] void leave(Outcome outcome) {
     std::fflush(stdout);
     std::_Exit(static_cast<int>(outcome));
@@ -88,8 +88,8 @@ Outcome scan(const Options& options) {
     if (!root) return refuse(problem);
 
     const DocumentText signatures = readDocument(options.signatures);
-    const Findings found =
-        keepScan({options, settings, *root, configuration.presets, signatures, start}, events);
+    const ScanResult found =
+        superviseScan({options, settings, *root, configuration.presets, signatures, start}, events);
     if (!found.failure.empty()) {
         writeFiles(options, {}, events, false);
         sayEvents(events);

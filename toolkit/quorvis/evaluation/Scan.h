@@ -4,7 +4,7 @@
 
 namespace toolkit::quorvis {
 
-// How a run ended, as the scanner's exit status says it.
+// The scanner's exit status.
 enum class Outcome : int {
     Done = 0,
     Failed = 1,
@@ -12,12 +12,12 @@ enum class Outcome : int {
     BadSignatures = 3,
 };
 
-// Evaluates the signatures and writes both output files; then the process ends with Outcome::Done. Otherwise it returns
-// why not. What it has to say goes to standard output, what is wrong with the configuration or the root to standard error.
-// Throws std::system_error when an output file cannot be written.
+// Evaluates the signatures, writes both output files, and ends the process with Outcome::Done. Returns only in case of an
+// error. Messages go to standard output; errors of the configuration or the root go to standard error. Throws
+// std::system_error when an output file cannot be written.
 Outcome scan(const Options& options);
 
-// Tells on standard output what is wrong with the signatures file.
+// Prints what is wrong with the signatures file.
 Outcome check(const Options& options);
 
 }  // namespace toolkit::quorvis

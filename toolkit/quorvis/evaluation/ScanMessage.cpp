@@ -8,8 +8,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kMostTexts = 4;
-constexpr std::size_t kReadBeforeItIsDropped = std::size_t{1} << 20;
+constexpr std::size_t kMaxTexts = 4;
+constexpr std::size_t kMaxReadBytes = std::size_t{1} << 20;  // kept before they are erased
 
 void appendNumber(std::string& bytes, std::uint64_t number) {
     bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
@@ -23,7 +23,7 @@ std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
     return number;
 }
 
-// False when this is no message.
+// False when the bytes are not a message.
 bool decode(std::string_view bytes, ScanMessage& message) {
     const std::optional<std::uint64_t> kind = takeNumber(bytes);
     const std::optional<std::uint64_t> number = takeNumber(bytes);
@@ -31,7 +31,7 @@ bool decode(std::string_view bytes, ScanMessage& message) {
     message = {static_cast<ScanMessage::Kind>(*kind), *number, {}};
     while (!bytes.empty()) {
         const std::optional<std::uint64_t> length = takeNumber(bytes);
-        if (!length || *length > bytes.size() || message.texts.size() == kMostTexts) return false;
+        if (!length || *length > bytes.size() || message.texts.size() == kMaxTexts) return false;
         message.texts.emplace_back(bytes.substr(0, *length));
         bytes.remove_prefix(*length);
     }
@@ -39,7 +39,7 @@ bool decode(std::string_view bytes, ScanMessage& message) {
     const bool hasText =
         !isEvent && message.kind != ScanMessage::Kind::Signatures && message.kind != ScanMessage::Kind::Done;
     if (isEvent && *number > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
-    return message.texts.size() == (isEvent ? kMostTexts : hasText ? 1U : 0U);
+    return message.texts.size() == (isEvent ? kMaxTexts : hasText ? 1U : 0U);
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ Event eventOf(ScanMessage message) {
 
 std::string encoded(const ScanMessage& message) {
     std::string bytes;
-    appendNumber(bytes, 0);  // the length, as soon as it is known
+    appendNumber(bytes, 0);  // placeholder for the length
     appendNumber(bytes, static_cast<std::uint64_t>(message.kind));
     appendNumber(bytes, message.number);
     for (const std::string& text : message.texts) {
@@ -72,14 +72,14 @@ std::string encoded(const ScanMessage& message) {
 ScanMessageReader::Next ScanMessageReader::next(ScanMessage& message) {
     std::string_view rest = std::string_view(bytes_).substr(read_);
     const std::optional<std::uint64_t> length = takeNumber(rest);
-    if (length && *length > kLongest) return Next::Broken;
+    if (length && *length > kMaxBytes) return Next::Broken;
     if (!length || rest.size() < *length) {
         bytes_.erase(0, std::exchange(read_, 0));
         return Next::Incomplete;
     }
     if (!decode(rest.substr(0, *length), message)) return Next::Broken;
     read_ += sizeof *length + *length;
-    if (read_ >= kReadBeforeItIsDropped) bytes_.erase(0, std::exchange(read_, 0));
+    if (read_ >= kMaxReadBytes) bytes_.erase(0, std::exchange(read_, 0));
     return Next::Message;
 }
 

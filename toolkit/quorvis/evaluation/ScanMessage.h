@@ -1,4 +1,4 @@
-// What the process that evaluates signatures tells the one that writes the output files.
+// The messages of the process that evaluates signatures to the one that writes the output files.
 #pragma once
 
 #include <cstddef>
@@ -13,13 +13,13 @@ namespace toolkit::quorvis {
 
 struct ScanMessage {
     enum class Kind : std::uint8_t {
-        Signatures,   // number: how many there are
+        Signatures,   // number: of signatures
         Match,        // text: the element for the output file
         Event,        // number: the code; texts: path, text, guid, leaf
         Explanation,  // text: a line
-        Refused,      // text: what is wrong with the signatures file
-        Failed,       // text: why nothing can be told
-        Done,         // everything has been evaluated
+        Refused,      // text: why the signatures file is refused
+        Failed,       // text: why there is no result
+        Done,         // the evaluation is complete
     };
     Kind kind{};
     std::uint64_t number = 0;
@@ -29,14 +29,13 @@ struct ScanMessage {
 ScanMessage messageOf(Event event);
 Event eventOf(ScanMessage message);
 
-// As bytes.
+// The bytes of a message.
 std::string encoded(const ScanMessage& message);
 
-// Puts messages together from the pieces in which their bytes come. Nothing that they say of their size is believed
-// beyond `kLongest`.
+// Reads messages from a stream of bytes. A message that claims to be longer than kMaxBytes is broken.
 class ScanMessageReader {
   public:
-    static constexpr std::size_t kLongest = std::size_t{32} << 20;
+    static constexpr std::size_t kMaxBytes = std::size_t{32} << 20;
 
     enum class Next : std::uint8_t { Message, Incomplete, Broken };
 

@@ -24,27 +24,28 @@ namespace {
 
 using Kind = ScanMessage::Kind;
 
-constexpr std::size_t kLargestMatch = std::size_t{16} << 20;
-constexpr std::size_t kLongestLine = std::size_t{4} << 10;
+constexpr std::size_t kMaxMatchBytes = std::size_t{16} << 20;
+constexpr std::size_t kMaxLineBytes = std::size_t{4} << 10;
 
-// Ends the process at once: to take apart, piece by piece, all that was read would be a good part of a short run.
+// Ends the process without destructors: freeing all signatures one by one would take a good part of a short run.
 [[noreturn]] void leave(int status) {
     std::_Exit(status);
 }
 
-class Report : public EvaluationSink {
+// Sends what an evaluation finds to the supervisor.
+class MessageSender : public EvaluationSink {
   public:
-    Report(int pipe, ScanTail& tail) : pipe_(pipe), tail_(tail) {}
+    MessageSender(int pipe, WorkerOutput& output) : pipe_(pipe), output_(output) {}
 
     void onBegin(std::size_t index, std::string_view guid) override {
-        const std::size_t length = std::min(guid.size(), tail_.guid.size() - 1);
-        *std::copy_n(guid.begin(), length, tail_.guid.begin()) = '\0';
-        tail_.begun = index + 1;
+        const std::size_t length = std::min(guid.size(), output_.guid.size() - 1);
+        *std::copy_n(guid.begin(), length, output_.guid.begin()) = '\0';
+        output_.begun = index + 1;
     }
     void onMatch(const Match& match) override {
         std::string element;
         appendMatch(element, match);
-        if (element.size() > kLargestMatch) {
+        if (element.size() > kMaxMatchBytes) {
             onEvent({EventCode::LimitBytes,
                      {},
                      "a match of more than 16 MiB was left out",
@@ -52,64 +53,64 @@ class Report : public EvaluationSink {
                      {}});
             return;
         }
-        tell(Kind::Match, std::move(element));
+        sendText(Kind::Match, std::move(element));
     }
     void onEvent(Event event) override { send(messageOf(std::move(event))); }
     void onExplanation(std::string line) override {
-        line.resize(std::min(line.size(), kLongestLine));
-        tell(Kind::Explanation, std::move(line));
+        line.resize(std::min(line.size(), kMaxLineBytes));
+        sendText(Kind::Explanation, std::move(line));
     }
 
     void onEvents(std::vector<Event> events) {
         for (Event& event : events) onEvent(std::move(event));
     }
-    void tell(Kind kind, std::string text) {
+    void sendText(Kind kind, std::string text) {
         ScanMessage message{kind, 0, {}};
         message.texts.push_back(std::move(text));
         send(message);
     }
     void send(const ScanMessage& message) {
         const std::string bytes = encoded(message);
-        if (bytes.size() > tail_.bytes.size() - tail_.used) flush();
-        if (bytes.size() > tail_.bytes.size()) return write(bytes);
-        std::memcpy(tail_.bytes.data() + tail_.used, bytes.data(), bytes.size());
-        tail_.used += bytes.size();
+        if (bytes.size() > output_.bytes.size() - output_.used) flush();
+        if (bytes.size() > output_.bytes.size()) return write(bytes);
+        std::memcpy(output_.bytes.data() + output_.used, bytes.data(), bytes.size());
+        output_.used += bytes.size();
     }
-    SharedDeadline& deadline() { return tail_.deadline; }
+    SharedDeadline& deadline() { return output_.deadline; }
     void flush() {
-        const std::size_t used = tail_.used;
-        write({tail_.bytes.data(), used});
+        const std::size_t used = output_.used;
+        write({output_.bytes.data(), used});
     }
 
   private:
-    // The reader knows by the count of the bytes that it got through the pipe which of those in the tail it has already,
-    // wherever this is cut off.
+    // The order matters, since the process may be killed at any point here: by the number of bytes that it has received, the
+    // supervisor knows which bytes of the output it already has.
     void write(std::string_view bytes) {
-        // Nobody waits any more.
+        // The supervisor is gone.
         if (!writeAll(pipe_, bytes)) leave(1);
-        if (bytes.data() == tail_.bytes.data()) tail_.used = 0;
-        tail_.sent += bytes.size();
+        if (bytes.data() == output_.bytes.data()) output_.used = 0;
+        output_.sent += bytes.size();
     }
 
     int pipe_;
-    ScanTail& tail_;
+    WorkerOutput& output_;
 };
 
-// What the scanner itself gives a value, for all signatures.
+// With the variables of the scanner itself, for all signatures.
 std::vector<PresetValue> withOwnVariables(std::vector<PresetValue> presets, const Root& root) {
     presets.push_back({"quorvis.root", root.live() ? "/" : root.directory(), {}});
     presets.push_back({"quorvis.arch", QUORVIS_MACHINE, {}});
     return presets;
 }
 
-// False when the evaluation must not go on.
-bool confine(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
+// Enters the sandbox. False when the evaluation must not continue.
+bool confine(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sender) {
     const std::string missing = enterSandbox(job.settings);
     if (missing.empty()) return true;
     const std::string text = "The sandbox is not whole here: " + missing;
-    if (attempt.first == 0) report.onEvent({EventCode::Sandbox, {}, text, {}, {}});
+    if (attempt.first == 0) sender.onEvent({EventCode::Sandbox, {}, text, {}, {}});
     if (job.settings.sandbox.required)
-        report.tell(Kind::Failed, text + " (the setting Sandbox/required allows to go on)");
+        sender.sendText(Kind::Failed, text + " (the setting Sandbox/required allows to go on)");
     return !job.settings.sandbox.required;
 }
 
@@ -123,40 +124,40 @@ SignatureFile readSignatures(const ScanJob& job) {
     }
 }
 
-void evaluate(const ScanJob& job, const ScanAttempt& attempt, Report& report) {
+void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sender) {
     HashCache hashes(job.settings.evaluation.cache);
-    if (!confine(job, attempt, report)) return;
+    if (!confine(job, attempt, sender)) return;
     SignatureFile file = readSignatures(job);
-    if (attempt.first == 0) report.onEvents(std::move(file.events));
-    for (std::string& problem : file.problems) report.tell(Kind::Refused, std::move(problem));
+    if (attempt.first == 0) sender.onEvents(std::move(file.events));
+    for (std::string& problem : file.problems) sender.sendText(Kind::Refused, std::move(problem));
     if (!file.problems.empty()) return;
-    report.send({Kind::Signatures, file.signatures.size(), {}});
+    sender.send({Kind::Signatures, file.signatures.size(), {}});
 
     const Presets presets(withOwnVariables(job.presets, job.root));
     EvaluationContext context(job.root, job.settings, job.start);
-    context.budget().publishDeadline(report.deadline());
+    context.budget().publishDeadline(sender.deadline());
     if (!attempt.walks) context.tree().refuseWalks();
-    if (!attempt.together) context.contentFilters().turnOff();
+    if (!attempt.contentFilters) context.contentFilters().turnOff();
     context.files().useHashCache(hashes);
-    Evaluator evaluator(presets, context, report);
+    Evaluator evaluator(presets, context, sender);
     evaluator.explain(job.options.explain);
     evaluator.evaluate(file.signatures, attempt.first);
-    report.onEvents(hashes.save());
+    sender.onEvents(hashes.save());
 }
 
 }  // namespace
 
-void workOn(const ScanJob& job, const ScanAttempt& attempt, int pipe, ScanTail& tail) {
-    Report report(pipe, tail);
+void runWorker(const ScanJob& job, const ScanAttempt& attempt, int pipe, WorkerOutput& output) {
+    MessageSender sender(pipe, output);
     try {
-        evaluate(job, attempt, report);
-        report.send({Kind::Done, 0, {}});
+        evaluate(job, attempt, sender);
+        sender.send({Kind::Done, 0, {}});
     } catch (const std::bad_alloc&) {
         leave(1);
     } catch (const std::exception& failure) {
-        report.tell(Kind::Failed, failure.what());
+        sender.sendText(Kind::Failed, failure.what());
     }
-    report.flush();
+    sender.flush();
     leave(0);
 }
 

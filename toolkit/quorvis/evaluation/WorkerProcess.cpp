@@ -20,8 +20,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kForDying{200};
-constexpr milliseconds kBetweenLooks{2};
+constexpr milliseconds kMaxTimeToDie{200};
+constexpr milliseconds kWaitInterval{2};
 
 [[noreturn]] void fail(const char* call) {
     throw std::system_error(errno, std::generic_category(), call);
@@ -34,11 +34,11 @@ std::string describe(int status) {
 
 }  // namespace
 
-WorkerProcess::WorkerProcess(const std::function<void(int pipe, ScanTail& tail)>& work) {
+WorkerProcess::WorkerProcess(const std::function<void(int pipe, WorkerOutput& output)>& work) {
     void* const shared =
-        ::mmap(nullptr, sizeof(ScanTail), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        ::mmap(nullptr, sizeof(WorkerOutput), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) fail("mmap");
-    tail_ = new (shared) ScanTail;
+    output_ = new (shared) WorkerOutput;
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
     pipe_ = kest::Descriptor(ends[0]);
@@ -52,16 +52,16 @@ WorkerProcess::WorkerProcess(const std::function<void(int pipe, ScanTail& tail)>
 
 WorkerProcess::~WorkerProcess() {
     if (process_ > 0) kill();
-    ::munmap(tail_, sizeof *tail_);
+    ::munmap(output_, sizeof *output_);
 }
 
-void WorkerProcess::runChild(const std::function<void(int pipe, ScanTail& tail)>& work, int pipe,
+void WorkerProcess::runChild(const std::function<void(int pipe, WorkerOutput& output)>& work, int pipe,
                              pid_t parent) const {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(1);
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(null, stream);
-    work(pipe, *tail_);
+    work(pipe, *output_);
     ::_exit(1);
 }
 
@@ -85,9 +85,9 @@ std::string_view WorkerProcess::receive() {
 
 void WorkerProcess::kill() {
     ::kill(process_, SIGKILL);
-    const auto end = std::chrono::steady_clock::now() + kForDying;
+    const auto end = std::chrono::steady_clock::now() + kMaxTimeToDie;
     while (::waitpid(process_, nullptr, WNOHANG) == 0 && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(kBetweenLooks);
+        std::this_thread::sleep_for(kWaitInterval);
     process_ = -1;
 }
 
@@ -102,9 +102,10 @@ std::string WorkerProcess::join() {
 std::string WorkerProcess::rest() {
     std::string bytes;
     for (std::string_view piece = receive(); !piece.empty(); piece = receive()) bytes += piece;
-    const std::uint64_t twice = received_ - std::min<std::uint64_t>(tail_->sent, received_);
-    const std::size_t used = std::min<std::size_t>(tail_->used, tail_->bytes.size());
-    if (twice < used) bytes.append(tail_->bytes.data() + twice, used - twice);
+    // Bytes that are in the output although they came through the pipe: the child may die before it counts them as sent.
+    const std::uint64_t twice = received_ - std::min<std::uint64_t>(output_->sent, received_);
+    const std::size_t used = std::min<std::size_t>(output_->used, output_->bytes.size());
+    if (twice < used) bytes.append(output_->bytes.data() + twice, used - twice);
     return bytes;
 }
 

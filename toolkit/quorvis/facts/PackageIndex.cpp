@@ -64,8 +64,8 @@ bool isPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
 }
 
-// What every name begins with that the expression matches: the plain characters behind a "^". Empty when there may be
-// another branch.
+// The prefix of all names that the regex matches: the plain characters after a "^". Empty when the regex has
+// alternatives.
 std::string requiredPrefix(std::string_view pattern) {
     std::string prefix;
     if (!pattern.starts_with('^') || pattern.find('|') != std::string_view::npos) return prefix;
@@ -73,7 +73,7 @@ std::string requiredPrefix(std::string_view pattern) {
         const bool escaped = pattern.substr(i).starts_with("\\.") || pattern.substr(i).starts_with("\\+");
         if (escaped) ++i;
         if (!escaped && !isPlain(pattern[i])) {
-            // What may be left out is not required.
+            // An optional character is not required.
             if (!prefix.empty() && std::string_view("*?{").find(pattern[i]) != std::string_view::npos)
                 prefix.pop_back();
             break;
@@ -157,7 +157,7 @@ std::vector<const Row*> PackageIndex::matching(const re2::RE2& regex) {
 }
 
 void PackageIndex::announce(std::string_view regex) {
-    // The others, which are few, may need to be compiled in a way of their own.
+    // The few other regexes are matched one by one.
     const std::optional<int> groups = groupsOfPlainRegex(regex);
     if (groups && *groups <= kMaxGroups) announced_.emplace_back(regex);
 }

@@ -15,33 +15,18 @@
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvis/facts/Accounts.h"
 #include "toolkit/quorvis/facts/SecretArguments.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kLongestArguments = std::size_t{16} << 10;
-constexpr std::size_t kMostBytes = std::size_t{64} << 20;  // of all processes
+constexpr std::size_t kMaxArgumentBytes = std::size_t{16} << 10;
+constexpr std::size_t kMaxBytes = std::size_t{64} << 20;  // of all processes
 constexpr std::string_view kDeleted = " (deleted)";
 
-std::map<std::uint32_t, std::string> userNames(const Root& root) {
-    std::map<std::uint32_t, std::string> names;
-    const std::string text = root.read("/etc/passwd").value_or("");
-    std::string_view rest = text;
-    for (std::string_view line; nextLine(rest, line);) {
-        const std::string_view name = takeField(line, ':');
-        takeField(line, ':');
-        const std::string_view number = takeField(line, ':');
-        std::uint32_t uid = 0;
-        const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), uid);
-        // The first name of a number counts.
-        if (error == std::errc() && end == number.data() + number.size()) names.emplace(uid, name);
-    }
-    return names;
-}
-
-// The start of a file of a process; empty when the process has ended meanwhile.
+// At most the first `limit` bytes of a file of a process. Empty when the process has ended.
 std::string readStart(int directory, const char* name, std::size_t limit) {
     const kest::Descriptor file(::openat(directory, name, O_RDONLY | O_CLOEXEC | O_NOCTTY));
     std::string text(limit, '\0');
@@ -78,8 +63,8 @@ std::optional<Process> readProcess(const Root& root, int pid, const std::string&
     process.comm = trimmed(readStart(directory.number(), "comm", 64));
     if (process.comm.empty()) return std::nullopt;
     readExe(directory.number(), process);
-    process.args = argumentsWithoutSecrets(readStart(directory.number(), "cmdline", kLongestArguments));
-    // Neither a thread of the kernel nor a process that has ended has arguments, or a program.
+    process.args = argumentsWithoutSecrets(readStart(directory.number(), "cmdline", kMaxArgumentBytes));
+    // A process without arguments is a kernel thread or has ended. It has no program.
     if (process.args.empty()) process.exeDenied = false;
     return process;
 }
@@ -129,11 +114,11 @@ void Processes::read() {
         held += process->args.size() + process->exe.size() + sizeof *process;
         processes_.push_back(std::move(*process));
         budget_.checkTimeOccasionally();
-        if (held > kMostBytes)
+        if (held > kMaxBytes)
             throw BudgetExceeded(EventCode::LimitBytes, "there is too much to know of them");
     }
     std::ranges::sort(processes_, {}, &Process::pid);
-    // A mount option of /proc hides the processes of other users, the first one among them.
+    // A mount option of /proc hides the processes of other users, process 1 among them.
     if (processes_.empty() || processes_.front().pid != 1)
         note(EventCode::Permission, "/proc", "the processes of other users are hidden");
 }

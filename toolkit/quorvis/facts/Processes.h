@@ -14,20 +14,19 @@ namespace toolkit::quorvis {
 
 struct Process {
     int pid = 0;
-    std::string comm;  // what it calls itself, at most 15 bytes
-    // The path of its program, without the mark that it was deleted; empty for a thread of the kernel, and
-    // when the kernel does not tell.
+    std::string comm;  // the name that it gave itself, at most 15 bytes
+    // The path of its program, without the suffix " (deleted)". Empty for a kernel thread and when the path is unknown.
     std::string exe;
     bool exeDenied = false;
-    std::string args;  // joined by blanks, without secrets; the start of very long ones
-    std::string user;  // the name, or the number of one without a name
+    std::string args;  // separated by blanks, without secrets; cut when they are long
+    std::string user;  // the name, or the number when there is none
     std::uint32_t uid = 0;
 
-    // The last part of `exe`; what it calls itself when that is not known.
+    // The last part of `exe`, or `comm` when `exe` is empty.
     std::string_view name() const;
 };
 
-// The running processes of the machine, read from /proc once.
+// The running processes, read once from /proc.
 class Processes {
   public:
     // REQUIRES: all arguments outlive this.
@@ -37,7 +36,7 @@ class Processes {
     // Sorted by pid.
     const std::vector<Process>& processes();
 
-    // Of reading them; whether some could not be seen.
+    // Why some processes could not be seen; empty when all could.
     const std::vector<Event>& events() const { return events_; }
     bool incomplete() const { return !events_.empty(); }
 

@@ -11,11 +11,11 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::string_view kUsualDirectories[] = {"/usr/lib/swidtag", "/usr/share/swidtag",
-                                                  "/var/lib/swidtag", "/etc/swid/swidtags.d"};
-constexpr std::uint64_t kLargestTag = std::uint64_t{1} << 20;
-constexpr std::size_t kMostTags = 20'000;
-constexpr std::size_t kMostBytes = std::size_t{32} << 20;  // of all tags
+constexpr std::string_view kDefaultDirectories[] = {"/usr/lib/swidtag", "/usr/share/swidtag",
+                                                    "/var/lib/swidtag", "/etc/swid/swidtags.d"};
+constexpr std::uint64_t kMaxTagSize = std::uint64_t{1} << 20;
+constexpr std::size_t kMaxTags = 20'000;
+constexpr std::size_t kMaxBytes = std::size_t{32} << 20;  // of all tags
 
 std::size_t sizeOf(const SwidTag& tag) {
     std::size_t size = sizeof tag + tag.path.size() + tag.tagId.size() + tag.name.size() +
@@ -102,7 +102,7 @@ void SwidTags::readWithinLimits() {
         tags_ = {};
         note(EventCode::LimitMemory, {}, "the SWID tags take more memory than is allowed");
     }
-    // One that several paths lead to counts once.
+    // A tag that several paths lead to counts once.
     std::ranges::sort(tags_, {}, &SwidTag::path);
     const auto samePath = [](const SwidTag& one, const SwidTag& other) { return one.path == other.path; };
     tags_.erase(std::unique(tags_.begin(), tags_.end(), samePath), tags_.end());
@@ -113,12 +113,12 @@ void SwidTags::read() {
         note(EventCode::Config, {}, "SWID tags are not looked at: the configuration forbids it");
         return;
     }
-    for (const std::string_view directory : kUsualDirectories) readDirectory(std::string(directory), true);
+    for (const std::string_view directory : kDefaultDirectories) readDirectory(std::string(directory), true);
     for (const std::string& name : namesIn("/opt")) readDirectory("/opt/" + name + "/swidtag", true);
     for (const std::string& directory : settings_.swid.directories) readDirectory(directory, true);
 }
 
-// None when there is no such directory; what may not be listed is told.
+// Empty when the directory does not exist or cannot be listed, which becomes an event.
 std::vector<std::string> SwidTags::namesIn(const std::string& directory) {
     Files::Names listed = files_.list(directory);
     if (listed.event) events_.push_back(std::move(*listed.event));
@@ -126,7 +126,7 @@ std::vector<std::string> SwidTags::namesIn(const std::string& directory) {
     return std::move(listed.names);
 }
 
-void SwidTags::readDirectory(const std::string& directory, bool andBelow) {
+void SwidTags::readDirectory(const std::string& directory, bool recursive) {
     const std::vector<std::string> names = namesIn(directory);
     if (names.size() > settings_.fileSystem.maxEntriesPerDirectory) {
         note(EventCode::LimitEntries, directory, "too many entries");
@@ -138,14 +138,14 @@ void SwidTags::readDirectory(const std::string& directory, bool andBelow) {
         path.append("/").append(name);
         if (name.ends_with(".swidtag")) {
             readTag(path);
-        } else if (andBelow && files_.look(path).facts.kind == FileFacts::Kind::Directory) {
+        } else if (recursive && files_.look(path).facts.kind == FileFacts::Kind::Directory) {
             readDirectory(path, false);
         }
     }
 }
 
 void SwidTags::readTag(const std::string& path) {
-    Files::Content content = files_.read(path, kLargestTag);
+    Files::Content content = files_.read(path, kMaxTagSize);
     if (content.event) events_.push_back(std::move(*content.event));
     if (content.access == Access::Failed) incomplete_ = true;
     if (content.access != Access::Ok) return;
@@ -158,7 +158,7 @@ void SwidTags::readTag(const std::string& path) {
     }
     tag->path = files_.withoutLinks(path);
     held_ += sizeOf(*tag);
-    if (held_ > kMostBytes || tags_.size() == kMostTags)
+    if (held_ > kMaxBytes || tags_.size() == kMaxTags)
         throw BudgetExceeded(EventCode::LimitBytes, "there are too many or too large ones");
     tags_.push_back(std::move(*tag));
 }

@@ -13,7 +13,7 @@
 
 namespace toolkit::quorvis {
 
-// An organisation that has to do with a product.
+// An organisation that a tag names.
 struct SwidEntity {
     std::string regid;
     std::string role;  // one or more words: "tagCreator softwareCreator"
@@ -21,7 +21,7 @@ struct SwidEntity {
     bool hasRole(std::string_view wanted) const;
 };
 
-// What a software identification tag (ISO/IEC 19770-2) tells.
+// The content of a software identification tag (ISO/IEC 19770-2).
 struct SwidTag {
     std::string path;
     std::string tagId;
@@ -29,15 +29,15 @@ struct SwidTag {
     std::string version;
     std::string tagVersion;
     bool patch = false;
-    bool corpus = false;  // it stands for an installer, not for what is installed
+    bool corpus = false;  // describes an installer, not an installed product
     std::vector<SwidEntity> entities;
 };
 
-// None, with `problem` told in words, when the text is no tag, or a damaged one.
+// None when the text is not a valid tag; `problem` says why.
 std::optional<SwidTag> parseSwidTag(std::string_view text, std::string& problem,
                                     const ProgressCheck& checkProgress = {});
 
-// The SWID tags of the machine, read once.
+// The SWID tags of the scanned machine, read once.
 class SwidTags {
   public:
     // REQUIRES: all arguments outlive this.
@@ -47,7 +47,7 @@ class SwidTags {
     // Sorted by path.
     const std::vector<SwidTag>& tags();
 
-    // Of reading them; whether some could not be read.
+    // Why some tags could not be read.
     const std::vector<Event>& events() const { return events_; }
     bool incomplete() const { return incomplete_; }
 
@@ -66,7 +66,7 @@ class SwidTags {
     std::vector<SwidTag> tags_;
     std::vector<Event> events_;
     bool incomplete_ = false;
-    std::size_t held_ = 0;  // bytes of tags_, about
+    std::size_t held_ = 0;  // approximate bytes of tags_
 };
 
 }  // namespace toolkit::quorvis

@@ -175,7 +175,7 @@ Problem problemOfGlob(Attribute attribute, const Template& text, const Settings&
     std::string pattern = sample(text, "x");
     if (startsWithVariable(text)) pattern.insert(0, 1, '/');
     std::vector<GlobSteps> alternatives;
-    Problem problem = readPattern(pattern, alternatives);
+    Problem problem = parsePattern(pattern, alternatives);
     const bool wholeTreeAllowed = attribute == Attribute::Exclude || settings.fileSystem.wholeTree;
     if (!problem && !wholeTreeAllowed && searchesWholeTree(alternatives)) {
         problem = "\"**\" stands below no directory of a fixed name";

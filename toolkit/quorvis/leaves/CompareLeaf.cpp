@@ -4,7 +4,7 @@ namespace toolkit::quorvis {
 
 LeafResult lookUpCompare(const Query& query, EvaluationContext& /*context*/) {
     LeafResult result;
-    // An item without values stands for a comparison that holds.
+    // A comparison that holds gives an item without values.
     if (passesVersionTests(query, Scheme::Dotted, query.get(Attribute::Left), {}, result))
         result.items.emplace_back();
     return result;

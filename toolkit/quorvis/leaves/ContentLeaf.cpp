@@ -9,9 +9,9 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// The bytes that are searched; null when there are none.
-std::shared_ptr<const std::string> searched(const Query& query, const std::string& path,
-                                            EvaluationContext& context, LeafResult& result) {
+// The bytes to search. Null when there are none.
+std::shared_ptr<const std::string> bytesToSearch(const Query& query, const std::string& path,
+                                                 EvaluationContext& context, LeafResult& result) {
     const std::string_view text = query.get(Attribute::MaxBytes);
     std::uint64_t limit = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
@@ -24,16 +24,16 @@ std::shared_ptr<const std::string> searched(const Query& query, const std::strin
     return startOf(path, limit, context, result);
 }
 
-// Counts lines on the way through a text.
+// Counts the lines of a text.
 class LineCounter {
   public:
     explicit LineCounter(std::string_view text) : text_(text) {}
 
-    // The number of the line in which a place lies. REQUIRES: places come in their order.
-    std::size_t lineOf(std::size_t place) {
-        const std::string_view passed = text_.substr(counted_, place - counted_);
+    // The number of the line at this offset. REQUIRES: offsets do not decrease.
+    std::size_t lineOf(std::size_t offset) {
+        const std::string_view passed = text_.substr(counted_, offset - counted_);
         line_ += static_cast<std::size_t>(std::ranges::count(passed, '\n'));
-        counted_ = place;
+        counted_ = offset;
         return line_;
     }
 
@@ -50,14 +50,14 @@ LeafResult lookUpContent(const Query& query, EvaluationContext& context) {
     const RE2* const regex = regexOf(query, result);
     if (regex == nullptr) return result;
     const std::string path(query.get(Attribute::Path));
-    const std::shared_ptr<const std::string> content = searched(query, path, context, result);
+    const std::shared_ptr<const std::string> content = bytesToSearch(query, path, context, result);
     if (content == nullptr) return result;
-    // The filter has seen the whole content, not its start.
+    // The content filter searches whole files.
     const bool whole = !query.has(Attribute::MaxBytes);
     if (whole && !context.contentFilters().mayMatch(path, *regex, *content)) return result;
 
     LineCounter lines(*content);
-    for (Matches matches(*regex, *content, lastCapture(query)); matches.next();) {
+    for (RegexMatches matches(*regex, *content, lastCapture(query)); matches.next();) {
         if (!roomForMatch(context, path, result)) break;
         Item item;
         item.source = path;

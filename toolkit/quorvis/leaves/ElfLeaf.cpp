@@ -11,7 +11,7 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// What is true of the file as a whole: none when it fails the tests.
+// The item for the file. None when the file does not pass the tests.
 std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::string& path,
                              LeafResult& result) {
     if (!isOrAny(query, Attribute::Machine, elf.machine())) return std::nullopt;
@@ -38,7 +38,7 @@ std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::
     return item;
 }
 
-// Tells items with other captures apart.
+// Items with different values have different keys.
 std::string keyOf(const Item& item) {
     std::string key;
     for (const Field& field : item.fields) {
@@ -49,13 +49,13 @@ std::string keyOf(const Item& item) {
     return key;
 }
 
-// An item for each match that captures something new.
+// Adds an item for each match with new captures.
 void addMatches(const Query& query, std::string_view content, const Item& described,
                 EvaluationContext& context, LeafResult& result) {
     const RE2* const regex = regexOf(query, result);
     if (regex == nullptr) return;
     std::unordered_set<std::string> known;
-    for (Matches matches(*regex, content, lastCapture(query)); matches.next();) {
+    for (RegexMatches matches(*regex, content, lastCapture(query)); matches.next();) {
         if (!roomForMatch(context, described.source, result)) return;
         Item item = described;
         addCaptures(query, matches, item);

@@ -9,6 +9,7 @@
 #include "toolkit/quorvis/files/Files.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/regex/ContentFilters.h"
+#include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/settings/Settings.h"
 #include "toolkit/quorvis/walk/TreeSearch.h"
 
@@ -19,7 +20,17 @@ class EvaluationContext {
   public:
     // `start` is when the time for the evaluation began. REQUIRES: root and settings outlive this.
     EvaluationContext(const Root& root, const Settings& settings,
-                      std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now());
+                      std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now())
+        : root_(root),
+          settings_(settings),
+          budget_(start + settings.evaluation.timeLimit),
+          files_(root, settings),
+          tree_(root, settings, budget_),
+          packages_(root, settings.packages, budget_),
+          processes_(root, settings.processes, budget_),
+          swidTags_(files_, settings, budget_) {
+        files_.countIn(budget_);
+    }
     EvaluationContext(const EvaluationContext&) = delete;
     EvaluationContext& operator=(const EvaluationContext&) = delete;
 
@@ -34,7 +45,11 @@ class EvaluationContext {
     ContentFilters& contentFilters() { return contentFilters_; }
 
     // Frees what can be read or made again. REQUIRES: no leaf is being looked up.
-    void releaseMemory();
+    void releaseMemory() {
+        files_.forget();
+        contentFilters_.forget();
+        forgetRegexes();
+    }
 
   private:
     const Root& root_;

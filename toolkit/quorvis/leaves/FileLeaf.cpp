@@ -1,39 +1,149 @@
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <limits>
 #include <map>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "kest/Ascii.h"
 #include "toolkit/machine/text/IsoTime.h"
-#include "toolkit/quorvis/leaves/FileFilter.h"
+#include "toolkit/quorvis/facts/Accounts.h"
+#include "toolkit/quorvis/files/Files.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 
 namespace toolkit::quorvis {
 
 namespace {
 
+constexpr std::uint64_t kNobody = std::numeric_limits<std::uint64_t>::max();
+
+std::optional<std::uint64_t> parsed(std::string_view text, int base) {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+bool isOrAny(const std::optional<std::uint64_t>& wanted, std::uint64_t value) {
+    return !wanted || *wanted == value;
+}
+
+// The tests of a File or Glob query besides the path.
+class FileFilter {
+  public:
+    // An invalid value becomes an event of the result; then valid() is false.
+    FileFilter(const Query& query, EvaluationContext& context, LeafResult& result);
+
+    bool valid() const { return valid_; }
+    // Whether symbolic links themselves are tested, not their targets.
+    bool testsLinks() const { return kind_ == FileFacts::Kind::Link; }
+
+    bool passes(const FileFacts& facts) const;
+    // The wanted checksum in lower-case digits; empty when any will do.
+    const std::string& sha256() const { return sha256_; }
+
+  private:
+    void readKind(const Query& query, LeafResult& result);
+    void readOwner(const Query& query, EvaluationContext& context, LeafResult& result);
+    std::optional<std::uint64_t> number(const Query& query, Attribute attribute, int base,
+                                        LeafResult& result);
+
+    bool valid_ = true;
+    std::optional<FileFacts::Kind> kind_;  // none for any kind
+    std::optional<std::uint64_t> size_;
+    std::optional<std::uint64_t> minSize_;
+    std::optional<std::uint64_t> maxSize_;
+    std::optional<std::uint64_t> mode_;
+    std::optional<std::uint64_t> owner_;
+    std::string sha256_;
+};
+
+FileFilter::FileFilter(const Query& query, EvaluationContext& context, LeafResult& result)
+    : size_(number(query, Attribute::Size, 10, result)),
+      minSize_(number(query, Attribute::MinSize, 10, result)),
+      maxSize_(number(query, Attribute::MaxSize, 10, result)),
+      mode_(number(query, Attribute::Mode, 8, result)),
+      sha256_(kest::lowerCase(query.get(Attribute::Sha256))) {
+    readKind(query, result);
+    readOwner(query, context, result);
+}
+
+std::optional<std::uint64_t> FileFilter::number(const Query& query, Attribute attribute, int base,
+                                                LeafResult& result) {
+    if (!query.has(attribute)) return std::nullopt;
+    const std::optional<std::uint64_t> value = parsed(query.get(attribute), base);
+    if (!value) {
+        valid_ = false;
+        result.fail(EventCode::Unsupported, {},
+                    std::string(nameOf(attribute)) + " is no number: " + std::string(query.get(attribute)));
+    }
+    return value;
+}
+
+void FileFilter::readKind(const Query& query, LeafResult& result) {
+    const std::string_view kind = query.get(Attribute::Kind);
+    if (kind.empty() || kind == "any") return;
+    if (kind == "file")
+        kind_ = FileFacts::Kind::File;
+    else if (kind == "dir")
+        kind_ = FileFacts::Kind::Directory;
+    else if (kind == "link")
+        kind_ = FileFacts::Kind::Link;
+    else
+        result.fail(EventCode::Unsupported, {}, "There is no kind of file called " + std::string(kind));
+    valid_ = valid_ && kind_.has_value();
+}
+
+void FileFilter::readOwner(const Query& query, EvaluationContext& context, LeafResult& result) {
+    if (!query.has(Attribute::Owner)) return;
+    const std::string_view owner = query.get(Attribute::Owner);
+    owner_ = parsed(owner, 10);
+    if (owner_) return;
+    const Files::Facts accounts = context.files().look("/etc/passwd");
+    if (accounts.access == Access::Failed) {
+        valid_ = false;
+        result.fail(EventCode::Io, "/etc/passwd", "Cannot be told who " + std::string(owner) + " is");
+        return;
+    }
+    const std::optional<std::uint32_t> number = userNumber(context.root(), owner);
+    owner_ = number ? std::uint64_t{*number} : kNobody;
+}
+
+bool FileFilter::passes(const FileFacts& facts) const {
+    if (kind_ && *kind_ != facts.kind) return false;
+    if (minSize_ && facts.size < *minSize_) return false;
+    if (maxSize_ && facts.size > *maxSize_) return false;
+    return isOrAny(size_, facts.size) && isOrAny(mode_, facts.mode) && isOrAny(owner_, facts.owner);
+}
+
 // A file that passes all tests.
 struct Found {
     std::string path;
     FileFacts facts;
-    std::string sha256;  // when it is asked for
+    std::string sha256;  // empty unless the query has one
 };
 
 class FileSearch {
   public:
     FileSearch(const Query& query, EvaluationContext& context)
-        : context_(context), tests_(query, context, result_) {}
+        : context_(context), filter_(query, context, result_) {}
 
     LeafResult& result() { return result_; }
-    bool valid() const { return tests_.valid(); }
+    bool valid() const { return filter_.valid(); }
 
-    // Paths come in the order of their bytes.
+    // REQUIRES: paths come sorted by bytes.
     void examine(const std::string& path) {
         context_.budget().checkTimeOccasionally();
         Files& files = context_.files();
-        Files::Facts facts = tests_.ofLinks() ? files.lookAtLink(path) : files.look(path);
+        Files::Facts facts = filter_.testsLinks() ? files.lookAtLink(path) : files.look(path);
         if (facts.access == Access::Failed) return fail(std::move(facts.event));
-        if (facts.access == Access::Missing || !tests_.pass(facts.facts)) return;
+        if (facts.access == Access::Missing || !filter_.passes(facts.facts)) return;
         Found found{path, facts.facts, {}};
-        if (tests_.sha256().empty() || passesSum(found)) found_.push_back(std::move(found));
+        if (filter_.sha256().empty() || passesSum(found)) found_.push_back(std::move(found));
     }
 
     LeafResult take() {
@@ -51,12 +161,12 @@ class FileSearch {
     bool passesSum(Found& found) {
         Files::Content sum = context_.files().sha256(found.path);
         if (sum.access == Access::Failed) fail(std::move(sum.event));
-        if (sum.access != Access::Ok || *sum.bytes != tests_.sha256()) return false;
+        if (sum.access != Access::Ok || *sum.bytes != filter_.sha256()) return false;
         found.sha256 = *sum.bytes;
         return true;
     }
 
-    // Of the paths that lead to one file, the first one without links, else the first one.
+    // Of several paths that lead to one file, keeps the first one without links, else the first one.
     std::vector<std::size_t> withoutTwins() {
         std::map<std::pair<std::uint64_t, std::uint64_t>, std::vector<std::size_t>> files;
         for (std::size_t i = 0; i < found_.size(); ++i)
@@ -93,11 +203,11 @@ class FileSearch {
 
     EvaluationContext& context_;
     LeafResult result_;
-    FileFilter tests_;
+    FileFilter filter_;
     std::vector<Found> found_;
 };
 
-// 0 when it is no number of levels.
+// 0 when the text is not a valid number of levels.
 unsigned depthOf(std::string_view text) {
     unsigned depth = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), depth);

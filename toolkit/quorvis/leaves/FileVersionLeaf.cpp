@@ -21,11 +21,11 @@ void setKnown(Item& item, std::string_view name, std::string_view value) {
 }  // namespace
 
 ProductFacts readPythonMetadata(const RandomAccessFile& file) {
-    constexpr std::uint64_t kLongestHeader = std::uint64_t{1} << 20;
-    const std::string text = file.readUpTo(0, kLongestHeader);
+    constexpr std::uint64_t kMaxHeaderSize = std::uint64_t{1} << 20;
+    const std::string text = file.readUpTo(0, kMaxHeaderSize);
     ProductFacts facts;
     std::string_view rest = text;
-    // The first empty line ends the headers; a description follows.
+    // An empty line ends the headers. A description follows.
     for (std::string_view line; nextLine(rest, line) && !line.empty();) {
         const std::string_view name = takeField(line, ':');
         const std::string_view value = trimmed(line);
@@ -49,9 +49,9 @@ LeafResult lookUpFileVersion(const Query& query, EvaluationContext& context) {
     std::string damage;
     const ProductFacts facts = readAs(format, *file, damage);
     if (!damage.empty()) result.fail(EventCode::Parse, path, damage);
-    const Scheme usual = format == "python-dist" ? Scheme::Pep440 : Scheme::Dotted;
-    // A file that does not tell its version is none that was looked for.
-    if (facts.version.empty() || !passesVersionTests(query, usual, facts.version, path, result))
+    const Scheme defaultScheme = format == "python-dist" ? Scheme::Pep440 : Scheme::Dotted;
+    // A file without a version does not pass.
+    if (facts.version.empty() || !passesVersionTests(query, defaultScheme, facts.version, path, result))
         return result;
     Item item;
     item.source = path;

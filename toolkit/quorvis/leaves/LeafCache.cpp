@@ -21,8 +21,8 @@ Quoting quotingOf(Attribute attribute) {
     }
 }
 
-constexpr std::uint64_t kHeldAtMost = std::uint64_t{96} << 20;
-constexpr std::uint64_t kOverhead = 200;  // of what a query or an item takes besides its texts
+constexpr std::uint64_t kMaxHeldBytes = std::uint64_t{96} << 20;
+constexpr std::uint64_t kOverhead = 200;  // estimated bytes of a query or an item besides its texts
 
 std::uint64_t sizeOf(const LeafResult& result) {
     std::uint64_t size = kOverhead;
@@ -86,8 +86,8 @@ void LeafCache::forget() {
     held_ = 0;
 }
 
-bool LeafCache::holdTooMuch() const {
-    return held_ > kHeldAtMost;
+bool LeafCache::isFull() const {
+    return held_ > kMaxHeldBytes;
 }
 
 const LeafResult* LeafCache::known(const Leaf& leaf) const {
@@ -97,7 +97,7 @@ const LeafResult* LeafCache::known(const Leaf& leaf) const {
 Truth truthOf(const Leaf& leaf, const LeafResult& result) {
     constexpr std::uint32_t kAnyNumber = std::numeric_limits<std::uint32_t>::max();
     const std::size_t count = result.items.size();
-    // What was not looked at may hold items, too many of them.
+    // What was not examined may have further items, so that a minimum is reached or a maximum exceeded.
     if (result.incomplete && (count < leaf.min || leaf.max != kAnyNumber)) return Truth::Unknown;
     return count >= leaf.min && count <= leaf.max ? Truth::True : Truth::False;
 }

@@ -14,24 +14,24 @@
 
 namespace toolkit::quorvis {
 
-// Answers to leaves. Leaves that ask the same, of whatever signatures, are looked up once.
+// The results of leaves. Leaves with equal queries are looked up once for all signatures.
 class LeafCache {
   public:
     explicit LeafCache(EvaluationContext& context) : context_(context) {}
 
-    // These signatures' leaves will be asked for. REQUIRES: they are all that a file holds.
+    // Prepares for the leaves of these signatures. REQUIRES: they are all signatures of a file.
     void expect(std::span<const Signature> signatures);
 
-    // The leaf with its variables replaced; none when one has no value, whose name is then in `missing`.
+    // The leaf with its variables replaced. None when a variable has no value; `missing` is its name.
     static std::optional<Query> query(const Leaf& leaf, const Scope& scope, std::string_view& missing);
 
-    // Lives as long as this. REQUIRES: the query's leaf does too.
+    // The result of a query, looked up unless it is known. Valid until forget(). REQUIRES: the query's leaf lives as long.
     const LeafResult& result(const Query& query);
-    // Whether results have filled the memory that is meant for them.
-    bool holdTooMuch() const;
-    // Forgets all results. REQUIRES: nobody uses one any more.
+    // Whether the results take more memory than they should.
+    bool isFull() const;
+    // Deletes all results. REQUIRES: none is in use.
     void forget();
-    // The result of this very leaf if it was looked up before and has no variables; else null.
+    // The result of this leaf if it has no variables and was looked up before; else null.
     const LeafResult* known(const Leaf& leaf) const;
 
   private:
@@ -44,12 +44,12 @@ class LeafCache {
     EvaluationContext& context_;
     std::unordered_map<Query, const LeafResult*, Hash> results_;
     std::deque<LeafResult> kept_;
-    const LeafResult nothing_;              // what most leaves find
-    std::uint64_t held_ = 0;                // bytes of kept_ and of the queries, about
-    std::vector<const LeafResult*> known_;  // by the numbers of expected leaves without variables
+    const LeafResult nothing_;              // shared by all leaves that found nothing
+    std::uint64_t held_ = 0;                // approximate bytes of kept_ and of the queries
+    std::vector<const LeafResult*> known_;  // by number of leaf: of leaves without variables
 };
 
-// How the number of items that passed decides.
+// Whether the number of items is within the limits of the leaf.
 Truth truthOf(const Leaf& leaf, const LeafResult& result);
 
 }  // namespace toolkit::quorvis

@@ -18,7 +18,7 @@ constexpr std::array<LookUp, 11> kLookUps = {
 };
 
 constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
-constexpr unsigned kLeavesPerTimeLimit = 8;  // a leaf may take one part in so many of the time limit
+constexpr unsigned kLeavesPerTimeLimit = 8;  // a leaf may take this fraction of the time limit
 constexpr std::chrono::seconds kMinTime{1};
 
 std::uint64_t maxBytesRead(LeafKind kind, const Settings::FileSystem& settings) {

@@ -1,4 +1,4 @@
-// How a leaf is looked up.
+// What a leaf asks, what its lookup finds, and one lookup function for each kind of leaf.
 #pragma once
 
 #include <cstddef>

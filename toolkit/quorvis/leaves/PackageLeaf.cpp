@@ -8,9 +8,9 @@ namespace {
 
 using Row = PackageIndex::Row;
 
-// The scheme in which versions are compared unless the query names one. Those of apk and pacman are ordered much as
-// rpm orders its own, but "1.0_rc1" and "1.0rc1" count as newer than "1.0".
-Scheme usualScheme(PackageType type) {
+// The default scheme for versions of this type. apk and pacman order versions much as rpm does, but with the rpm scheme
+// "1.0_rc1" and "1.0rc1" are newer than "1.0".
+Scheme defaultScheme(PackageType type) {
     switch (type) {
         case PackageType::Dpkg:
             return Scheme::Deb;
@@ -83,7 +83,7 @@ class PackageLookUp {
         if (packages.takeDamage(type_, result_.events)) result_.incomplete = true;
     }
 
-    // False when it is no expression.
+    // False when the regex is invalid.
     bool searchNames(std::string_view pattern) {
         PackageIndex& packages = context_.packages();
         if (const auto* const rows = packages.announced(pattern)) {
@@ -106,7 +106,7 @@ class PackageLookUp {
         if (!isOrAny(query_, Attribute::Arch, row.architecture)) return;
         if (!isOrAny(query_, Attribute::Source, row.source)) return;
         const std::string_view version = upstreamOnly_ ? row.upstream : row.version;
-        if (!passesVersionTests(query_, usualScheme(row.type), version, std::string(row.database), result_))
+        if (!passesVersionTests(query_, defaultScheme(row.type), version, std::string(row.database), result_))
             return;
         keepItem(context_.budget(), result_, itemOf(row, context_));
     }

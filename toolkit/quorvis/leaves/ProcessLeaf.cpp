@@ -7,8 +7,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// The program's name or the one that the process has given itself, whichever is asked for; null when it is
-// neither. A script is asked for by its own name, not by that of what runs it.
+// The name that the query matches: that of the program, else the one that the process gave itself. None when it matches
+// neither. So a script is found by its own name and not only by that of its interpreter.
 std::optional<std::string_view> matchingName(const Query& query, const Process& process) {
     if (isOrAny(query, Attribute::Name, process.name())) return process.name();
     if (isOrAny(query, Attribute::Name, process.comm)) return process.comm;

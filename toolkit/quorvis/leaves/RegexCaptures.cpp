@@ -6,12 +6,12 @@
 
 namespace toolkit::quorvis {
 
-Matches::Matches(const re2::RE2& regex, std::string_view text, int lastGroup)
+RegexMatches::RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup)
     : regex_(regex),
       text_(text.data(), text.size()),
       groups_(static_cast<std::size_t>(std::min(lastGroup, regex.NumberOfCapturingGroups())) + 1) {}
 
-bool Matches::next() {
+bool RegexMatches::next() {
     if (rest_ > text_.size() || !regex_.Match(text_, rest_, text_.size(), RE2::UNANCHORED, groups_.data(),
                                               static_cast<int>(groups_.size()))) {
         rest_ = text_.size() + 1;
@@ -23,12 +23,12 @@ bool Matches::next() {
     return true;
 }
 
-bool Matches::has(int group) const {
+bool RegexMatches::has(int group) const {
     const auto index = static_cast<std::size_t>(group);
     return index < groups_.size() && groups_[index].data() != nullptr;
 }
 
-std::string Matches::value(int group) const {
+std::string RegexMatches::value(int group) const {
     const re2::StringPiece& text = groups_[static_cast<std::size_t>(group)];
     return std::string(text.data(), std::min(text.size(), kMaxValueSize));
 }
@@ -39,7 +39,7 @@ int lastCapture(const Query& query) {
     return last;
 }
 
-void addCaptures(const Query& query, const Matches& match, Item& item) {
+void addCaptures(const Query& query, const RegexMatches& match, Item& item) {
     for (const Capture& capture : query.captures()) {
         if (match.has(capture.group)) item.set(capture.name, match.value(capture.group));
     }

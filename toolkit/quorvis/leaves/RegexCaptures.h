@@ -12,20 +12,20 @@
 
 namespace toolkit::quorvis {
 
-// Walks through the matches of an expression in a text; they do not overlap.
-class Matches {
+// Iterates over the matches of a regex in a text. They do not overlap.
+class RegexMatches {
   public:
-    // Tells the groups up to `lastGroup`. REQUIRES: both outlive the walk.
-    Matches(const re2::RE2& regex, std::string_view text, int lastGroup);
+    // Captures the groups up to `lastGroup`. REQUIRES: the regex and the text outlive this.
+    RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup);
 
-    // Goes to the next match, or to the first. False after the last one.
+    // Moves to the next match, initially to the first one. False after the last match.
     bool next();
 
-    // Where the match begins.
+    // The offset of the match.
     std::size_t begin() const { return begin_; }
-    // Whether the group has a part in the match. Group 0 is the whole match.
+    // Whether the group took part in the match. Group 0 is the whole match.
     bool has(int group) const;
-    // The text of a group, cut to the longest value.
+    // The text of a group, cut to kMaxValueSize.
     std::string value(int group) const;
 
   private:
@@ -33,16 +33,16 @@ class Matches {
     re2::StringPiece text_;
     std::vector<re2::StringPiece> groups_;
     std::size_t begin_ = 0;
-    std::size_t rest_ = 0;  // where to look for the next match
+    std::size_t rest_ = 0;  // where the search continues
 };
 
 // The highest group that the query captures.
 int lastCapture(const Query& query);
 
-// Gives the item what the query captures from a match. A group without a part in it gives no value.
-void addCaptures(const Query& query, const Matches& match, Item& item);
+// Adds the captures of the query to the item. A group that took no part in the match gives no value.
+void addCaptures(const Query& query, const RegexMatches& match, Item& item);
 
-// Whether another match may become an item. Otherwise that there are too many fails in the result.
+// Whether the result may have another match. If not, it becomes incomplete, with an event.
 bool roomForMatch(EvaluationContext& context, const std::string& path, LeafResult& result);
 
 }  // namespace toolkit::quorvis

@@ -7,8 +7,8 @@ namespace toolkit::quorvis {
 
 namespace {
 
-// The entity that the query is about: one with both the regid and the role that it asks for, else the tag's
-// creator. Null when there is none.
+// The entity with the regid and the role that the query has; the creator of the tag when the query has neither. Null when
+// there is none.
 const SwidEntity* entityOf(const Query& query, const SwidTag& tag) {
     const bool asked = query.has(Attribute::Regid) || query.has(Attribute::Role);
     const auto fits = [&](const SwidEntity& entity) {
@@ -51,7 +51,7 @@ LeafResult lookUpSwidTag(const Query& query, EvaluationContext& context) {
         context.budget().checkTimeOccasionally();
         const SwidEntity* const entity = entityOf(query, tag);
         if (!passes(query, tag, entity)) continue;
-        // A tag without a version cannot pass a test of it.
+        // A tag without a version does not pass a version test.
         if (hasVersionTest(query) && tag.version.empty()) continue;
         if (!passesVersionTests(query, Scheme::Dotted, tag.version, tag.path, result)) continue;
         keepItem(context.budget(), result, itemOf(tag, entity));

@@ -23,9 +23,9 @@ void DirectoryChain::start(std::vector<Identity> above) {
     above_ = std::move(above);
 }
 
-std::vector<DirectoryChain::Identity> DirectoryChain::above(std::size_t place) const {
+std::vector<DirectoryChain::Identity> DirectoryChain::above(std::size_t index) const {
     std::vector<Identity> identities = above_;
-    for (std::size_t i = 0; i < place; ++i) {
+    for (std::size_t i = 0; i < index; ++i) {
         Identity identity;
         if (identify(at(i), identity)) identities.push_back(identity);
     }

@@ -7,8 +7,8 @@
 
 namespace toolkit::quorvis {
 
-// The directories that lead from the top of a walk to the current one: the lower ones open, of those above, which
-// another thread holds open, only what tells them from others.
+// The directories that lead from the top of a walk to the current one. The lower ones are open here. Those above them are
+// open in another thread; only their identities are known here.
 class DirectoryChain {
   public:
     struct Identity {
@@ -17,9 +17,9 @@ class DirectoryChain {
         bool operator==(const Identity&) const = default;
     };
 
-    // Begins anew below these directories.
+    // Starts again below these directories.
     void start(std::vector<Identity> above);
-    // `behindLink`: a link was followed on the way, so that the directory stands elsewhere than the way says.
+    // `behindLink`: a link was followed, so that the directory is not where the path of the walk says.
     void push(kest::Descriptor directory, bool behindLink) {
         open_.push_back({std::move(directory), behindLink});
     }
@@ -27,12 +27,12 @@ class DirectoryChain {
 
     const kest::Descriptor& last() const { return open_.back().directory; }
     bool behindLink() const { return open_.back().behindLink; }
-    // The open one at this place, counted from 0.
-    int at(std::size_t place) const { return open_[place].directory.number(); }
-    bool behindLinkAt(std::size_t place) const { return open_[place].behindLink; }
-    // Those above the open one at this place.
-    std::vector<Identity> above(std::size_t place) const;
-    // Whether this directory is one of them.
+    // The open directory with this index.
+    int at(std::size_t index) const { return open_[index].directory.number(); }
+    bool behindLinkAt(std::size_t index) const { return open_[index].behindLink; }
+    // The directories above the open one with this index.
+    std::vector<Identity> above(std::size_t index) const;
+    // Whether this directory is in the chain.
     bool holds(int directory) const;
 
   private:

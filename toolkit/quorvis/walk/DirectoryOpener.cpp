@@ -7,11 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <functional>
 #include <system_error>
 
 #include "toolkit/machine/files/OpenResolved.h"
+#include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/files/Disclosure.h"
-#include "toolkit/quorvis/walk/LinkPath.h"
 
 namespace toolkit::quorvis {
 
@@ -34,6 +35,7 @@ constexpr std::array<std::string_view, 13> kNeverEntered = {
     "/var/lib/machines",
     "/var/snap/lxd",
 };
+constexpr int kMaxLinks = 40;  // the kernel's limit
 constexpr std::string_view kUsersContainers = "/.local/share/containers";
 
 int flagsFor(bool toList) {
@@ -63,7 +65,7 @@ Result failureOf(int error) {
         case ENOTDIR:
         case ENAMETOOLONG:
         case ELOOP:
-            return {};  // gone meanwhile, no directory, or a link that leads nowhere
+            return {};  // removed meanwhile, not a directory, or a broken link
         case EACCES:
         case EPERM:
             return {{}, false, EventCode::Permission, "No permission to search this directory"};
@@ -74,6 +76,36 @@ Result failureOf(int error) {
             false,
             EventCode::Io,
             "The directory cannot be opened: " + std::generic_category().message(error)};
+}
+
+// Whether following the symbolic links of `path` leads to a place for which `isThere` holds. Nothing below such a place is
+// looked at.
+bool linkLeadsInto(const Root& root, const std::string& path,
+                   const std::function<bool(const std::string& place)>& isThere) {
+    std::string place;
+    std::string rest = path;
+    for (int links = 0; !rest.empty() && links <= kMaxLinks;) {
+        std::string_view tail = rest;
+        const std::string name(takeField(tail, '/'));
+        rest = std::string(tail);
+        if (name.empty() || name == ".") continue;
+        if (name == "..") {
+            place.erase(place.empty() ? 0 : place.rfind('/'));
+            continue;
+        }
+        std::string next = place;
+        next.append("/").append(name);
+        if (isThere(next)) return true;
+        std::string link = root.readLink(next);
+        if (link.empty()) {
+            place = std::move(next);
+            continue;
+        }
+        ++links;
+        if (link.front() == '/') place.clear();
+        rest = link.append("/").append(rest);
+    }
+    return false;
 }
 
 }  // namespace
@@ -111,16 +143,16 @@ Result DirectoryOpener::openTop(bool toList) const {
     return failureOf(errno);
 }
 
-// With the kernel's help a link is ELOOP, and what another file system is mounted on EXDEV.
+// With openat2, a link fails with ELOOP and a mount point with EXDEV.
 int DirectoryOpener::openAt(int parent, const Child& child, bool across) {
     const std::uint64_t resolve = RESOLVE_NO_SYMLINKS | (across ? 0 : RESOLVE_NO_XDEV);
     for (;;) {
-        const bool quietly = child.toList && keepTimes_.load(std::memory_order_relaxed);
+        const bool quietly = child.toList && useNoAtime_.load(std::memory_order_relaxed);
         const int flags = flagsFor(child.toList) | (quietly ? O_NOATIME : 0);
         const int descriptor = kernelResolves_ ? openResolved(parent, child.name, flags, resolve)
                                                : ::openat(parent, child.name, flags | O_NOFOLLOW);
         if (descriptor >= 0 || errno != EPERM || !quietly) return descriptor;
-        keepTimes_ = false;  // for owners and root only
+        useNoAtime_ = false;  // only owners and root may use O_NOATIME
     }
 }
 
@@ -129,7 +161,7 @@ Result DirectoryOpener::opened(int parent, const Child& child, int descriptor) c
     const int error = errno;
     Result result = failureOf(error);
     if (error != EACCES || !child.toList) return result;
-    // What it holds may be open to those who know the names.
+    // Its entries may still be opened by name.
     result.directory = kest::Descriptor(::openat(parent, child.name, flagsFor(false) | O_NOFOLLOW));
     result.text = "No permission to list this directory";
     return result;
@@ -169,7 +201,7 @@ bool DirectoryOpener::isRemote(const DirectoryChain& parents, std::string_view p
     return isRemote(placeOf(parents, path));
 }
 
-// Where a child really is that the walk came to, behind a link, on this path.
+// The path without links of a child that the walk reached through a link.
 std::string DirectoryOpener::placeOf(const DirectoryChain& parents, std::string_view path) const {
     std::string place = root_.pathOf(parents.last());
     if (place == "/") place.clear();
@@ -182,7 +214,7 @@ bool DirectoryOpener::leadsToRemote(const std::string& path) const {
     return linkLeadsInto(root_, path, [this](const std::string& place) { return isRemote(place); });
 }
 
-// A directory as it may be seen: none when it may not be searched, not to be listed when its names may not be told.
+// Refuses a directory that other users may not search, and the listing of a directory that they may not list.
 Result DirectoryOpener::disclosed(Result result, const std::string& place, bool toList) const {
     struct stat status {};
     if (!result.directory.isOpen() || ::fstat(result.directory.number(), &status) != 0) return result;
@@ -195,7 +227,7 @@ Result DirectoryOpener::disclosed(Result result, const std::string& place, bool 
     return result;
 }
 
-bool DirectoryOpener::mayAsk(const DirectoryChain& parents, std::string_view path) const {
+bool DirectoryOpener::maySearch(const DirectoryChain& parents, std::string_view path) const {
     struct stat status {};
     if (!disclosure_.differs() || path.rfind('/') == 0 || ::fstat(parents.last().number(), &status) != 0)
         return true;

@@ -19,37 +19,40 @@
 
 namespace toolkit::quorvis {
 
-// Opens directories for a walk, and decides which ones a walk enters. It never enters /proc, /sys, /dev and /run, the
-// stores of containers, which hold other machines' files (/var/lib/ docker, containers, containerd, lxc, lxd, incus,
-// machines, kubelet; /var/snap/lxd; .local/share/containers of users), what the kernel makes up elsewhere, what other users
-// may not look into, and what the settings exclude. Several threads may use it.
+// Opens directories for a walk, and decides which ones a walk enters. It never enters
+// - /proc, /sys, /dev, /run and other file systems that the kernel generates,
+// - the directories of containers and virtual machines, which have the files of other machines (in /var/lib: docker,
+//   containers, containerd, lxc, lxd, incus, machines, kubelet; /var/snap/lxd; .local/share/containers of users),
+// - directories that other users may not search,
+// - directories that the settings exclude.
+// Thread-safe.
 class DirectoryOpener {
   public:
     DirectoryOpener(const Root& root, const Settings& settings);
 
-    // What came of it; neither a directory nor a problem when there is nothing to enter.
+    // Has neither a directory nor a problem when there is nothing to enter.
     struct Result {
         kest::Descriptor directory;
-        bool behindLink = false;  // whether a link was followed on the whole way
-        // Why not; with a directory, why its names cannot be listed.
+        bool behindLink = false;  // whether the path to the directory has a link
+        // Why the directory cannot be opened; if it is open, why it cannot be listed.
         std::optional<EventCode> problem;
         std::string text;
     };
     struct Child {
         const char* name = nullptr;
         const std::string& path;  // in the tree, as the walk came here
-        bool link = false;        // known to be one
-        bool toList = false;      // else only to open what it holds by name
+        bool link = false;        // known to be a link
+        bool toList = false;      // whether to list it, or only to open its entries by name
     };
     Result openTop(bool toList) const;
-    // Opens a child of the last of these directories. A link is followed.
+    // Opens a child of the last of these directories. Follows links.
     Result open(const DirectoryChain& parents, const Child& child);
 
     // Whether the last of these directories may be searched for the child with this path.
-    bool mayAsk(const DirectoryChain& parents, std::string_view path) const;
+    bool maySearch(const DirectoryChain& parents, std::string_view path) const;
 
-    // Whether something that is not even to be asked about is mounted at this path, which the walk came to through
-    // these directories.
+    // Whether a remote file system is mounted at this path, to which these directories lead. Even a stat() there may take
+    // forever.
     bool isRemote(const DirectoryChain& parents, std::string_view path) const;
 
   private:
@@ -74,8 +77,8 @@ class DirectoryOpener {
     bool crossDevices_;
     bool remote_;
     bool kernelResolves_;
-    std::atomic<bool> keepTimes_ = true;  // whether times of access may be left alone
-    mutable std::mutex readingLinks_;     // for the root counts denials
+    std::atomic<bool> useNoAtime_ = true;  // until the kernel refuses O_NOATIME
+    mutable std::mutex readingLinks_;      // protects the root's count of denials
 };
 
 }  // namespace toolkit::quorvis

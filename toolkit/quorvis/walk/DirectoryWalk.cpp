@@ -18,8 +18,8 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{128} << 10;
-constexpr std::size_t kMostPending = std::size_t{48} << 20;  // bytes
-constexpr std::uint64_t kDirectoriesBetweenLooksAtTheClock = 64;
+constexpr std::size_t kMaxPendingBytes = std::size_t{48} << 20;
+constexpr std::uint64_t kDirectoriesPerTimeCheck = 64;
 
 // What getdents64 puts before each name.
 struct DirectoryEntry {
@@ -30,7 +30,7 @@ struct DirectoryEntry {
 };
 constexpr std::size_t kNameOffset = 19;
 
-constexpr const char* kRemote = "A file system of another machine or of a program was not looked at";
+constexpr const char* kRemoteText = "A file system of another machine or of a program was not looked at";
 
 DirectoryEntry headAt(const char* place) {
     DirectoryEntry head;
@@ -42,8 +42,8 @@ bool isDots(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-// How many names there are besides "." and "..", and whether none come after them: many file systems say so by telling
-// the last of all places where to go on.
+// The number of names without "." and "..". `last` becomes whether no more names follow: many file systems say so by giving
+// the largest possible offset for the next entry.
 std::uint64_t countNames(std::span<const char> read, bool& last) {
     std::uint64_t count = 0;
     for (std::size_t at = 0; at < read.size();) {
@@ -57,9 +57,9 @@ std::uint64_t countNames(std::span<const char> read, bool& last) {
 
 }  // namespace
 
-DirectoryWalk::DirectoryWalk(SharedWalk& shared, WalkFindings& findings)
-    : shared_(shared),
-      trie_(shared.trie()),
+DirectoryWalk::DirectoryWalk(WalkState& state, WalkFindings& findings)
+    : state_(state),
+      trie_(state.trie()),
       findings_(findings),
       reached_(trie_),
       buffer_(std::make_unique_for_overwrite<char[]>(kBufferSize)) {}
@@ -67,23 +67,23 @@ DirectoryWalk::DirectoryWalk(SharedWalk& shared, WalkFindings& findings)
 void DirectoryWalk::begin() {
     pending_.active = trie_.start();
     const Active active{0, pending_.active.size()};
-    DirectoryOpener::Result top = shared_.opener().openTop(toList(active));
+    DirectoryOpener::Result top = state_.opener().openTop(needsListing(active));
     if (top.problem) report(active, *top.problem, top.text, false);
     if (top.directory.isOpen()) visit(std::move(top), active, 0);
 }
 
-void DirectoryWalk::takeOver(WalkShare share) {
-    path_ = std::move(share.path);
-    chain_.start(std::move(share.above));
-    chain_.push(std::move(share.parent), share.behindLink);
-    pending_ = std::move(share.pending);
-    levels_.push_back({path_.size(), share.level, 0, pending_.directories.size(), 0, 0, 0});
+void DirectoryWalk::takeOver(WorkItem item) {
+    path_ = std::move(item.path);
+    chain_.start(std::move(item.above));
+    chain_.push(std::move(item.parent), item.behindLink);
+    pending_ = std::move(item.pending);
+    levels_.push_back({path_.size(), item.level, 0, pending_.directories.size(), 0, 0, 0});
 }
 
 bool DirectoryWalk::step() {
-    while (!levels_.empty() && (levels_.back().next == levels_.back().end || shared_.stopped())) leave();
+    while (!levels_.empty() && (levels_.back().next == levels_.back().end || state_.stopped())) leave();
     if (levels_.empty()) return false;
-    if (shared_.shares().wanted()) share();
+    if (state_.queue().hungry()) giveWork();
     Level& level = levels_.back();
     if (level.next == level.end) return true;
     path_.resize(level.pathLength);
@@ -100,21 +100,21 @@ void DirectoryWalk::leave() {
     chain_.pop();
 }
 
-// Gives away half of the directories that wait nearest to the top, where most is below them.
-void DirectoryWalk::share() {
-    const auto waits = [](const Level& level) { return level.next != level.end; };
-    const auto top = std::ranges::find_if(levels_, waits);
+// Gives away half of the pending directories that are nearest to the top: most is below them.
+void DirectoryWalk::giveWork() {
+    const auto hasPending = [](const Level& level) { return level.next != level.end; };
+    const auto top = std::ranges::find_if(levels_, hasPending);
     const std::size_t count = top->end - top->next;
     const std::size_t given = &*top == &levels_.back() ? count / 2 : (count + 1) / 2;
     if (given == 0) return;
-    WalkShare share = shareOf(static_cast<std::size_t>(top - levels_.begin()), top->end - given);
-    if (!share.parent.isOpen()) return;
+    WorkItem item = workFrom(static_cast<std::size_t>(top - levels_.begin()), top->end - given);
+    if (!item.parent.isOpen()) return;
     top->end -= given;
-    shared_.shares().give(std::move(share));
+    state_.queue().put(std::move(item));
 }
 
-// The directories of this level from `first` on.
-WalkShare DirectoryWalk::shareOf(std::size_t level, std::size_t first) {
+// The pending directories of this level, starting with `first`.
+WorkItem DirectoryWalk::workFrom(std::size_t level, std::size_t first) {
     const Level& from = levels_[level];
     const std::span given = std::span(pending_.directories).subspan(first, from.end - first);
     const std::size_t name = given.front().name;
@@ -122,39 +122,40 @@ WalkShare DirectoryWalk::shareOf(std::size_t level, std::size_t first) {
     const std::size_t namesEnd = given.back().name + std::strlen(&pending_.names[given.back().name]) + 1;
     const std::size_t nodesEnd = given.back().active.begin + given.back().active.count;
 
-    WalkShare share;
-    share.parent = kest::Descriptor(::fcntl(chain_.at(level), F_DUPFD_CLOEXEC, 0));
-    share.above = chain_.above(level);
-    share.behindLink = chain_.behindLinkAt(level);
-    share.path = path_.substr(0, from.pathLength);
-    share.level = from.number;
-    share.pending.names.assign(&pending_.names[name], pending_.names.data() + namesEnd);
-    share.pending.active.assign(pending_.active.data() + node, pending_.active.data() + nodesEnd);
+    WorkItem item;
+    item.parent = kest::Descriptor(::fcntl(chain_.at(level), F_DUPFD_CLOEXEC, 0));
+    item.above = chain_.above(level);
+    item.behindLink = chain_.behindLinkAt(level);
+    item.path = path_.substr(0, from.pathLength);
+    item.level = from.number;
+    item.pending.names.assign(&pending_.names[name], pending_.names.data() + namesEnd);
+    item.pending.active.assign(pending_.active.data() + node, pending_.active.data() + nodesEnd);
     for (const Subdirectory& one : given)
-        share.pending.directories.push_back(
+        item.pending.directories.push_back(
             {one.name - name, {one.active.begin - node, one.active.count}, one.link});
-    return share;
+    return item;
 }
 
-bool DirectoryWalk::toList(const Active& active) const {
+bool DirectoryWalk::needsListing(const Active& active) const {
     return std::ranges::any_of(nodes(active), [this](NodeId id) { return trie_.node(id).lists; });
 }
 
-void DirectoryWalk::report(const Active& active, EventCode code, const std::string& text, bool listing) {
+void DirectoryWalk::report(const Active& active, EventCode code, const std::string& text, bool listingOnly) {
     for (const NodeId id : nodes(active)) {
-        if (!listing || trie_.node(id).lists) findings_.problem(id, code, path_.empty() ? "/" : path_, text);
+        if (!listingOnly || trie_.node(id).lists)
+            findings_.addProblem(id, code, path_.empty() ? "/" : path_, text);
     }
 }
 
-// `level` is that of the directory; what it holds is one level deeper.
+// `level` is that of the directory. Its entries are one level deeper.
 void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level) {
-    if (entered_++ % kDirectoriesBetweenLooksAtTheClock == 0) shared_.watchTime();
-    if (shared_.stopped()) return;
+    if (entered_++ % kDirectoriesPerTimeCheck == 0) state_.checkTime();
+    if (state_.stopped()) return;
     chain_.push(std::move(opened.directory), opened.behindLink);
     const std::size_t first = pending_.directories.size();
     levels_.push_back(
         {path_.size(), level, first, first, first, pending_.names.size(), pending_.active.size()});
-    if (!opened.problem && toList(active))
+    if (!opened.problem && needsListing(active))
         readNames(active, level + 1);
     else
         stepToLiterals(active, level + 1);
@@ -172,14 +173,14 @@ void DirectoryWalk::readNames(const Active& active, std::uint32_t level) {
     }
 }
 
-// False when no more names are to be read. `count` is that of the names in the directory so far.
+// False when no more names need to be read. `count` is the number of names of the directory so far.
 bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, std::uint32_t level,
                               std::uint64_t& count) {
-    const std::uint64_t left = shared_.mostNamesOfDirectory() - count;
+    const std::uint64_t left = state_.maxNamesPerDirectory() - count;
     bool last = false;
     const std::uint64_t wanted = countNames(read, last);
-    // One more than may be: it is what tells that there are too many.
-    const std::uint64_t claimed = shared_.claimNames(wanted > left ? left + 1 : wanted);
+    // One name more than allowed shows that there are too many.
+    const std::uint64_t claimed = state_.claimNames(wanted > left ? left + 1 : wanted);
     const std::uint64_t allowed = std::min(claimed, left);
     std::uint64_t taken = 0;
     for (std::size_t at = 0; at < read.size() && taken < allowed;) {
@@ -193,7 +194,7 @@ bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, 
     count += taken;
     if (claimed > left)
         report(active, EventCode::LimitEntries,
-               "More than " + std::to_string(shared_.mostNamesOfDirectory()) + " names in one directory",
+               "More than " + std::to_string(state_.maxNamesPerDirectory()) + " names in one directory",
                true);
     return taken == wanted && !last;
 }
@@ -220,23 +221,23 @@ void DirectoryWalk::hitReached(std::string_view name) {
     for (const NodeId id : reached_.nodes()) {
         if (!trie_.node(id).ends()) continue;
         if (path.empty()) path.append(path_).append(1, '/').append(name);
-        if (shared_.passesOver(id, path)) continue;
-        if (shared_.opener().isRemote(chain_, path))
-            findings_.problem(id, EventCode::RemoteSkipped, path, kRemote);
+        if (state_.excludes(id, path)) continue;
+        if (state_.opener().isRemote(chain_, path))
+            findings_.addProblem(id, EventCode::RemoteSkipped, path, kRemoteText);
         else
-            findings_.hit(id, path);
+            findings_.addHit(id, path);
     }
 }
 
-// Who asks for a depth wants nothing from below it.
+// Reports that the walk does not go deeper, unless the request itself limits the depth.
 void DirectoryWalk::reportDepth(NodeId node, const char* name) {
     const GlobScope& scope = trie_.scope(trie_.node(node).scope);
     if (scope.depthIsAsked) return;
-    findings_.problem(node, EventCode::LimitDepth, path_ + '/' + name,
-                      "Deeper than " + std::to_string(scope.maxDepth) + " levels");
+    findings_.addProblem(node, EventCode::LimitDepth, path_ + '/' + name,
+                         "Deeper than " + std::to_string(scope.maxDepth) + " levels");
 }
 
-// Keeps a directory at this level for later, with those of the reached nodes that have something below it.
+// Adds a directory of this level to the pending ones, with those of the reached nodes that have children.
 void DirectoryWalk::keepInner(const Entry& entry, std::uint32_t level, bool link) {
     Active inner{pending_.active.size(), 0};
     for (const NodeId id : reached_.nodes()) {
@@ -249,7 +250,7 @@ void DirectoryWalk::keepInner(const Entry& entry, std::uint32_t level, bool link
     }
     inner.count = pending_.active.size() - inner.begin;
     if (inner.count == 0) return;
-    if (pending_.size() > kMostPending) {
+    if (pending_.sizeInBytes() > kMaxPendingBytes) {
         report(inner, EventCode::LimitEntries, "More directories than a walk may keep in mind", false);
         pending_.active.resize(inner.begin);
         return;
@@ -258,14 +259,14 @@ void DirectoryWalk::keepInner(const Entry& entry, std::uint32_t level, bool link
     pending_.names.insert(pending_.names.end(), entry.name, entry.name + entry.length + 1);
 }
 
-// The names that are looked for are known: they are opened without a look at the others.
+// For directories in which all wanted names are known. They are opened without listing the directory.
 void DirectoryWalk::stepToLiterals(const Active& active, std::uint32_t level) {
     std::vector<NodeId> children = trie_.literalChildren(nodes(active));
     const auto before = [this](NodeId left, NodeId right) {
         return trie_.nameOf(left) < trie_.nameOf(right);
     };
     std::ranges::sort(children, before);
-    for (std::size_t begin = 0; begin < children.size() && !shared_.stopped();) {
+    for (std::size_t begin = 0; begin < children.size() && !state_.stopped();) {
         std::size_t end = begin + 1;
         while (end < children.size() && !before(children[begin], children[end])) ++end;
         stepToLiteral({children.data() + begin, end - begin}, level);
@@ -275,38 +276,40 @@ void DirectoryWalk::stepToLiterals(const Active& active, std::uint32_t level) {
 
 void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_t level) {
     const std::string& name = trie_.nameOf(children.front());
-    if (shared_.claimNames(1) == 0) return;
+    if (state_.claimNames(1) == 0) return;
     reached_.clear();
     for (const NodeId child : children) trie_.reach(child, reached_);
-    if (!shared_.opener().mayAsk(chain_, path_ + '/' + name)) {
+    if (!state_.opener().maySearch(chain_, path_ + '/' + name)) {
         for (const NodeId child : children)
-            findings_.problem(child, EventCode::Denied, path_ + '/' + name, "Other users may not look there");
+            findings_.addProblem(child, EventCode::Denied, path_ + '/' + name,
+                                 "Other users may not look there");
         return;
     }
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
-    const bool mayAsk = ending != children.end() && !shared_.opener().isRemote(chain_, path_ + '/' + name);
-    if (ending != children.end() && (!mayAsk || isThere(name.c_str(), *ending))) hitReached(name);
+    const bool mayAsk = ending != children.end() && !state_.opener().isRemote(chain_, path_ + '/' + name);
+    if (ending != children.end() && (!mayAsk || exists(name.c_str(), *ending))) hitReached(name);
     keepInner({name.c_str(), name.size(), DT_UNKNOWN}, level, false);
 }
 
-bool DirectoryWalk::isThere(const char* name, NodeId node) {
+bool DirectoryWalk::exists(const char* name, NodeId node) {
     struct stat status {};
     if (::fstatat(chain_.last().number(), name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0)
         return true;
     if (errno == EACCES || errno == EPERM)
-        findings_.problem(node, EventCode::Permission, path_ + '/' + name, "No permission to look at this");
+        findings_.addProblem(node, EventCode::Permission, path_ + '/' + name,
+                             "No permission to look at this");
     else if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
-        findings_.problem(node, EventCode::Io, path_ + '/' + name, std::generic_category().message(errno));
+        findings_.addProblem(node, EventCode::Io, path_ + '/' + name, std::generic_category().message(errno));
     return false;
 }
 
-// Takes those nodes out that pass over the current path.
+// Removes the nodes whose requests exclude the current path.
 DirectoryWalk::Active DirectoryWalk::withoutExcluded(const Active& active) {
-    if (!shared_.anyExclude()) return active;
+    if (!state_.anyExclude()) return active;
     const auto begin = pending_.active.begin() + static_cast<std::ptrdiff_t>(active.begin);
     const auto end = begin + static_cast<std::ptrdiff_t>(active.count);
-    const auto kept = std::remove_if(begin, end, [this](NodeId id) { return shared_.passesOver(id, path_); });
+    const auto kept = std::remove_if(begin, end, [this](NodeId id) { return state_.excludes(id, path_); });
     return {active.begin, static_cast<std::size_t>(kept - begin)};
 }
 
@@ -316,7 +319,7 @@ void DirectoryWalk::enter(const Subdirectory& next, std::uint32_t level) {
     const Active active = withoutExcluded(next.active);
     if (active.count == 0) return;
     DirectoryOpener::Result opened =
-        shared_.opener().open(chain_, {path_.c_str() + nameBegin, path_, next.link, toList(active)});
+        state_.opener().open(chain_, {path_.c_str() + nameBegin, path_, next.link, needsListing(active)});
     if (opened.problem) report(active, *opened.problem, opened.text, opened.directory.isOpen());
     if (opened.directory.isOpen()) visit(std::move(opened), active, level);
 }

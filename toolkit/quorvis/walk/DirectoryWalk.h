@@ -10,25 +10,25 @@
 
 #include "toolkit/quorvis/walk/DirectoryChain.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"
-#include "toolkit/quorvis/walk/SharedWalk.h"
-#include "toolkit/quorvis/walk/WalkFindings.h"
+#include "toolkit/quorvis/walk/WalkState.h"
 
 namespace toolkit::quorvis {
 
-// One thread's way through the directories that the nodes of a trie lead to. What is kept for the directories between
-// the top and the current one stands in stacks that all of them share.
+// The part of a walk that one thread does: enters the directories that the nodes of a trie lead to. The data of all
+// directories between the top and the current one is on common stacks.
 class DirectoryWalk {
   public:
-    DirectoryWalk(SharedWalk& shared, WalkFindings& findings);
+    DirectoryWalk(WalkState& state, WalkFindings& findings);
 
-    // Begins at the top of the tree.
+    // Starts at the top of the tree.
     void begin();
-    // Goes on with a share of another walk. REQUIRES: step() has returned false.
-    void takeOver(WalkShare share);
-    // Enters the next directory, and gives some of the others away when they are wanted. False when none is left.
+    // Starts with work from another thread. REQUIRES: step() has returned false.
+    void takeOver(WorkItem item);
+    // Enters the next directory. First gives away some of the pending ones if another thread is idle. False when none is
+    // left.
     bool step();
 
-    // How many directories have been entered.
+    // The number of directories that were entered.
     std::uint64_t entered() const { return entered_; }
 
   private:
@@ -36,11 +36,11 @@ class DirectoryWalk {
     using Active = PendingDirectories::Active;
     using Subdirectory = PendingDirectories::Directory;
 
-    // A directory that has been read, and of the stacks what is above it.
+    // A directory that has been read. The sizes of the stacks are those before it.
     struct Level {
         std::size_t pathLength = 0;
-        std::uint32_t number = 0;  // of steps from the top
-        std::size_t next = 0;      // the subdirectories to be entered
+        std::uint32_t number = 0;  // 0 for the top
+        std::size_t next = 0;      // the subdirectories that are still to be entered: from `next` up to `end`
         std::size_t end = 0;
         std::size_t directories = 0;
         std::size_t names = 0;
@@ -64,18 +64,18 @@ class DirectoryWalk {
     unsigned char typeOf(const Entry& entry) const;
     void stepToLiterals(const Active& active, std::uint32_t level);
     void stepToLiteral(std::span<const NodeId> children, std::uint32_t level);
-    bool isThere(const char* name, NodeId node);
+    bool exists(const char* name, NodeId node);
     void hitReached(std::string_view name);
     void keepInner(const Entry& entry, std::uint32_t level, bool link);
     void reportDepth(NodeId node, const char* name);
     void enter(const Subdirectory& next, std::uint32_t level);
     Active withoutExcluded(const Active& active);
-    bool toList(const Active& active) const;
-    void report(const Active& active, EventCode code, const std::string& text, bool listing);
-    void share();
-    WalkShare shareOf(std::size_t level, std::size_t first);
+    bool needsListing(const Active& active) const;
+    void report(const Active& active, EventCode code, const std::string& text, bool listingOnly);
+    void giveWork();
+    WorkItem workFrom(std::size_t level, std::size_t first);
 
-    SharedWalk& shared_;
+    WalkState& state_;
     const GlobTrie& trie_;
     WalkFindings& findings_;
     GlobTrie::NodeSet reached_;

@@ -1,47 +1,76 @@
+// Patterns of paths. They are absolute. Within one name, `*` matches any characters, `?` one character, `[a-z_]` one of
+// these, and `[!a-z]` one that is not one of these. `**` as a whole name matches any number of directories, also none; at
+// the end it matches everything below. `{a,b}` matches either text; the texts may hold slashes and braces. A backslash
+// makes the next character match itself only. A leading dot is not special. Empty names are ignored: "/a//b/" is "/a/b".
 #pragma once
 
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/walk/NamePattern.h"
-
 namespace toolkit::quorvis {
-
-// Patterns of paths: absolute; within one name `*` stands for any characters, `?` for one, `[a-z_]` for one of these and
-// `[!a-z]` for one that is none of these; `**` as a whole name for any number of directories, none too, and at the
-// end for everything below; `{a,b}` for either text, which may hold slashes and braces. A backslash takes the meaning
-// from the character behind it. A leading dot is nothing special. Empty names count for nothing: "/a//b/" is "/a/b".
-
-// What is wrong with a pattern, in words; none when it is one.
-std::optional<std::string> problemOfPattern(std::string_view pattern);
-
-// The value as a piece of a pattern that stands for nothing but this value.
-std::string quotedForPattern(std::string_view value);
 
 // One step of a pattern.
 struct GlobStep {
     enum class Kind : std::uint8_t { Literal, Wildcard, AnyDepth };
     Kind kind = Kind::Literal;
-    std::string text;  // of a literal the name itself, of a wildcard the pattern
+    std::string text;  // the name of a literal, the pattern of a wildcard
 };
 using GlobSteps = std::vector<GlobStep>;
 
-// The alternatives that a proper pattern stands for, without braces. None ends in AnyDepth.
-std::vector<GlobSteps> stepsOf(std::string_view pattern);
+// Parses a pattern into its alternatives without braces, none of which ends in AnyDepth. Returns what is wrong with the
+// pattern; none when it is valid.
+std::optional<std::string> parsePattern(std::string_view pattern, std::vector<GlobSteps>& alternatives);
+// The same without the alternatives.
+std::optional<std::string> problemOfPattern(std::string_view pattern);
 
-// The same of any text; returns what is wrong with it.
-std::optional<std::string> readPattern(std::string_view pattern, std::vector<GlobSteps>& alternatives);
-
-// Whether a "**" stands below no directory of a fixed name.
+// Whether a "**" has no directory with a fixed name above it.
 bool searchesWholeTree(const std::vector<GlobSteps>& alternatives);
 
-// Tells for single paths whether a pattern matches them.
+// The value with escapes, so that as a part of a pattern it matches itself only.
+std::string quotedForPattern(std::string_view value);
+
+// Matches single names with a Wildcard step.
+class NamePattern {
+  public:
+    // REQUIRES: the pattern is that of a step.
+    explicit NamePattern(std::string_view pattern);
+
+    bool matches(std::string_view name) const;
+
+    // What every match begins and ends with. They do not overlap in a match.
+    const std::string& prefix() const { return prefix_; }
+    const std::string& suffix() const { return suffix_; }
+    // Whether it is "*", which matches everything.
+    bool any() const {
+        return prefix_.empty() && suffix_.empty() && middle_.size() == 1 && middle_[0].kind == Kind::Star;
+    }
+
+  private:
+    enum class Kind : std::uint8_t { Byte, Character, Set, Star };
+    struct Token {
+        Kind kind = Kind::Byte;
+        char byte = 0;           // of kind Byte
+        bool negated = false;    // of kind Set
+        std::bitset<128> bytes;  // of kind Set
+    };
+    static std::size_t matchedBytes(const Token& token, std::string_view name, std::size_t position);
+    bool middleMatches(std::string_view name) const;
+    static Token parseSet(std::string_view pattern, std::size_t& position);
+
+    std::string prefix_;
+    std::string suffix_;
+    std::vector<Token> middle_;
+};
+
+// Matches whole paths with a pattern.
 class PathPattern {
   public:
-    // Of a proper pattern.
+    // REQUIRES: the pattern is valid.
     explicit PathPattern(std::string_view pattern);
 
     bool matches(std::string_view path) const;

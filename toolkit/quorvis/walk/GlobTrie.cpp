@@ -40,28 +40,28 @@ GlobTrie::NodeId GlobTrie::literalChild(NodeId parent, const std::string& name) 
     return child;
 }
 
-// The place of these bytes, which is made unless it is there.
-std::uint32_t GlobTrie::byteNode(std::uint32_t& start, std::string_view bytes, bool backwards) {
-    const auto newPlace = [&] {
-        byPlace_.push_back(0);
-        return static_cast<std::uint32_t>(byPlace_.size() - 1);
+// The byte node of these bytes, which is added if it is missing.
+std::uint32_t GlobTrie::addByteNode(std::uint32_t& start, std::string_view bytes, bool backwards) {
+    const auto newByteNode = [&] {
+        byByteNode_.push_back(0);
+        return static_cast<std::uint32_t>(byByteNode_.size() - 1);
     };
-    if (start == 0) start = newPlace();
-    std::uint32_t place = start;
+    if (start == 0) start = newByteNode();
+    std::uint32_t byteNode = start;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const auto byte = static_cast<unsigned char>(bytes[backwards ? bytes.size() - 1 - i : i]);
-        std::uint32_t next = bytes_.find(place, byte);
+        std::uint32_t next = bytes_.find(byteNode, byte);
         if (next == 0) {
-            next = newPlace();
-            bytes_.add(place, byte, next);
+            next = newByteNode();
+            bytes_.add(byteNode, byte, next);
         }
-        place = next;
+        byteNode = next;
     }
-    return place;
+    return byteNode;
 }
 
-// Makes a wildcard child one that can be found by what its names begin or end with, whichever is longer.
-void GlobTrie::file(NodeId parent, NodeId child) {
+// Indexes a wildcard child by the prefix or the suffix of its pattern, whichever is longer.
+void GlobTrie::indexWildcard(NodeId parent, NodeId child) {
     Node& node = nodes_[parent];
     const NamePattern& pattern = compiled_[nodes_[child].pattern - 1];
     if (pattern.any()) {
@@ -69,9 +69,9 @@ void GlobTrie::file(NodeId parent, NodeId child) {
         return;
     }
     const bool byEnd = pattern.suffix().size() > pattern.prefix().size();
-    const std::uint32_t place = byEnd ? byteNode(node.suffixes, pattern.suffix(), true)
-                                      : byteNode(node.prefixes, pattern.prefix(), false);
-    prepend(filed_, byPlace_[place], child);
+    const std::uint32_t byteNode = byEnd ? addByteNode(node.suffixes, pattern.suffix(), true)
+                                         : addByteNode(node.prefixes, pattern.prefix(), false);
+    prepend(wildcardLists_, byByteNode_[byteNode], child);
 }
 
 GlobTrie::NodeId GlobTrie::wildcardChild(NodeId parent, const std::string& pattern) {
@@ -82,7 +82,7 @@ GlobTrie::NodeId GlobTrie::wildcardChild(NodeId parent, const std::string& patte
     nodes_[child].pattern = number;
     wildcards_.add(parent, number, child);
     nodes_[parent].lists = true;
-    file(parent, child);
+    indexWildcard(parent, child);
     return child;
 }
 
@@ -135,22 +135,22 @@ void GlobTrie::reach(NodeId id, NodeSet& reached) const {
     if (reached.add(id) && nodes_[id].depthChild != 0) reach(nodes_[id].depthChild, reached);
 }
 
-void GlobTrie::reachFiled(std::uint32_t place, std::string_view name, NodeSet& reached) const {
-    for (std::uint32_t i = byPlace_[place]; i != 0; i = filed_[i].next) {
-        const NodeId child = filed_[i].value;
+void GlobTrie::reachWildcards(std::uint32_t byteNode, std::string_view name, NodeSet& reached) const {
+    for (std::uint32_t i = byByteNode_[byteNode]; i != 0; i = wildcardLists_[i].next) {
+        const NodeId child = wildcardLists_[i].value;
         if (compiled_[nodes_[child].pattern - 1].matches(name)) reach(child, reached);
     }
 }
 
 void GlobTrie::reachByBytes(std::uint32_t start, std::string_view name, bool backwards,
                             NodeSet& reached) const {
-    reachFiled(start, name, reached);
-    std::uint32_t place = start;
+    reachWildcards(start, name, reached);
+    std::uint32_t byteNode = start;
     for (std::size_t i = 0; i < name.size(); ++i) {
         const auto byte = static_cast<unsigned char>(name[backwards ? name.size() - 1 - i : i]);
-        place = bytes_.find(place, byte);
-        if (place == 0) return;
-        reachFiled(place, name, reached);
+        byteNode = bytes_.find(byteNode, byte);
+        if (byteNode == 0) return;
+        reachWildcards(byteNode, name, reached);
     }
 }
 

@@ -12,7 +12,7 @@
 
 namespace toolkit::quorvis {
 
-// What all requests have in common that share nodes of a trie.
+// Requests with the same scope share the nodes of a trie.
 struct GlobScope {
     unsigned maxDepth = 0;      // levels below the fixed directories
     bool depthIsAsked = false;  // by the request itself
@@ -21,13 +21,13 @@ struct GlobScope {
     bool operator==(const GlobScope&) const = default;
 };
 
-// The steps of many patterns, merged where they begin alike. In each directory of a walk some of the nodes are
-// active: those that the directory's path leads to. Once it is made, several threads may use it.
+// The steps of many patterns, with common beginnings merged. In each directory of a walk, the nodes that its path leads to
+// are active. Thread-safe after the last add().
 class GlobTrie {
   public:
     using NodeId = std::uint32_t;
 
-    // Nodes that a name leads to, each once, in the order in which they were added.
+    // A set of nodes in the order in which they were added.
     class NodeSet {
       public:
         explicit NodeSet(const GlobTrie& trie) : rounds_(trie.size()) {}
@@ -36,7 +36,7 @@ class GlobTrie {
             nodes_.clear();
             ++round_;
         }
-        // False for one that is there already.
+        // False when the set has the node.
         bool add(NodeId id) {
             if (rounds_[id] == round_) return false;
             rounds_[id] = round_;
@@ -47,21 +47,21 @@ class GlobTrie {
 
       private:
         std::vector<NodeId> nodes_;
-        std::vector<std::uint32_t> rounds_;  // by node: the latest round in which it was added
+        std::vector<std::uint32_t> rounds_;  // by node: the last round in which it was added
         std::uint32_t round_ = 1;
     };
     static constexpr std::uint32_t kNoBound = std::numeric_limits<std::uint32_t>::max();
 
     struct Node {
         bool anyDepth = false;       // stays active in the directories below
-        bool lists = false;          // needs the names in the directory; else the literal children are all
-        NodeId depthChild = 0;       // that of a "**" behind this node
-        NodeId star = 0;             // that of a "*"
-        std::uint32_t prefixes = 0;  // start of the patterns that are found by their first bytes
-        std::uint32_t suffixes = 0;  // and by their last bytes
-        std::uint32_t bound = kNoBound;  // the deepest level of names that it may match
+        bool lists = false;          // needs a listing of the directory, because not all children are literal
+        NodeId depthChild = 0;       // the child for a "**"
+        NodeId star = 0;             // the child for a "*"
+        std::uint32_t prefixes = 0;  // root of the wildcard children that are found by their first bytes
+        std::uint32_t suffixes = 0;  // root of those that are found by their last bytes
+        std::uint32_t bound = kNoBound;  // the deepest level that it may match
         std::uint32_t scope = 0;
-        std::uint32_t endings = 0;  // list of the requests that end here
+        std::uint32_t endings = 0;  // head of the list of requests that end here
         NodeId firstChild = 0;
         NodeId nextSibling = 0;
         std::uint32_t name = 0;     // of a literal child
@@ -71,16 +71,16 @@ class GlobTrie {
         bool ends() const { return endings != 0; }
     };
 
-    // Adds one alternative of a request's pattern.
+    // Adds one alternative of the pattern of a request.
     void add(const GlobSteps& steps, const GlobScope& scope, std::uint32_t request);
 
-    // The nodes that are active in the topmost directory.
+    // The nodes that are active in the top directory.
     std::vector<NodeId> start() const;
 
-    // Makes `reached` the nodes that the name leads to. Those of a "**" stay active when `below` is set, as for a
-    // directory that is no link.
+    // Sets `reached` to the nodes that a name leads to. `below`: whether the name is a directory and not a link, in which
+    // nodes of a "**" stay active.
     void advance(std::span<const NodeId> active, std::string_view name, bool below, NodeSet& reached) const;
-    // Adds a node and those that are active with it.
+    // Adds a node and the nodes that are active together with it.
     void reach(NodeId id, NodeSet& reached) const;
 
     const Node& node(NodeId id) const { return nodes_[id]; }
@@ -88,19 +88,19 @@ class GlobTrie {
     bool empty() const { return tops_.empty(); }
     std::size_t scopeCount() const { return scopes_.size(); }
     const GlobScope& scope(std::uint32_t index) const { return scopes_[index]; }
-    // Of a literal child.
+    // The name of a literal child.
     const std::string& nameOf(NodeId id) const { return names_.nameOf(nodes_[id].name); }
     std::vector<NodeId> literalChildren(std::span<const NodeId> parents) const;
-    // Calls `tell` for each request that ends at this node.
-    template <typename Tell>
-    void forEachRequest(NodeId id, const Tell& tell) const {
-        for (std::uint32_t i = nodes_[id].endings; i != 0; i = endings_[i].next) tell(endings_[i].value);
+    // Calls `visit` with each request that ends at this node.
+    template <typename Visit>
+    void forEachRequest(NodeId id, const Visit& visit) const {
+        for (std::uint32_t i = nodes_[id].endings; i != 0; i = endings_[i].next) visit(endings_[i].value);
     }
-    // The requests that end at this node or below, in order.
+    // The requests that end at this node or below it, sorted.
     std::vector<std::uint32_t> requestsBelow(NodeId id) const;
 
   private:
-    // One of a list; 0 is no place.
+    // An element of a list. Index 0 ends the list.
     struct Link {
         std::uint32_t value = 0;
         std::uint32_t next = 0;
@@ -112,23 +112,24 @@ class GlobTrie {
     NodeId literalChild(NodeId parent, const std::string& name);
     NodeId wildcardChild(NodeId parent, const std::string& pattern);
     NodeId depthChild(NodeId parent);
-    void file(NodeId parent, NodeId child);
-    std::uint32_t byteNode(std::uint32_t& start, std::string_view bytes, bool backwards);
-    void reachFiled(std::uint32_t place, std::string_view name, NodeSet& reached) const;
+    void indexWildcard(NodeId parent, NodeId child);
+    std::uint32_t addByteNode(std::uint32_t& start, std::string_view bytes, bool backwards);
+    void reachWildcards(std::uint32_t byteNode, std::string_view name, NodeSet& reached) const;
     void reachByBytes(std::uint32_t start, std::string_view name, bool backwards, NodeSet& reached) const;
 
-    std::vector<Node> nodes_ = std::vector<Node>(1);  // node 0 is none
+    std::vector<Node> nodes_ = std::vector<Node>(1);  // node 0 means none
     std::vector<Link> endings_ = std::vector<Link>(1);
     std::vector<GlobScope> scopes_;
-    std::vector<NodeId> tops_;  // of the scopes
+    std::vector<NodeId> tops_;  // by scope
     NameTable names_;
-    PairTable literals_;  // node and name to child
+    PairTable literals_;  // from node and name to child
     NameTable patterns_;
-    PairTable wildcards_;                // node and pattern to child
+    PairTable wildcards_;                // from node and pattern to child
     std::vector<NamePattern> compiled_;  // by the number of the pattern, from 1
-    PairTable bytes_;                    // place and byte to the place of the longer text
-    std::vector<std::uint32_t> byPlace_ = std::vector<std::uint32_t>(1);  // lists of wildcard children
-    std::vector<Link> filed_ = std::vector<Link>(1);
+    PairTable bytes_;                    // from byte node and byte to the next byte node
+    std::vector<std::uint32_t> byByteNode_ =
+        std::vector<std::uint32_t>(1);  // by byte node: list of wildcard children
+    std::vector<Link> wildcardLists_ = std::vector<Link>(1);
 };
 
 }  // namespace toolkit::quorvis

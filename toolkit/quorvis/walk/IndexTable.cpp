@@ -8,7 +8,7 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kFewestSlots = 64;
+constexpr std::size_t kMinSlots = 64;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ void PairTable::put(const Slot& slot) {
 void PairTable::add(std::uint32_t first, std::uint32_t second, std::uint32_t value) {
     if (2 * (used_ + 1) > slots_.size()) {
         const std::vector<Slot> old = std::exchange(slots_, {});
-        slots_.resize(std::max(kFewestSlots, old.size() * 2));
+        slots_.resize(std::max(kMinSlots, old.size() * 2));
         shift_ = 64U - static_cast<unsigned>(std::countr_zero(slots_.size()));
         for (const Slot& slot : old) {
             if (slot.value != 0) put(slot);
@@ -41,7 +41,7 @@ void NameTable::put(std::uint32_t number) {
 }
 
 void NameTable::grow() {
-    slots_.assign(std::max(kFewestSlots, slots_.size() * 2), {});
+    slots_.assign(std::max(kMinSlots, slots_.size() * 2), {});
     filter_.assign(slots_.size() / 8, 0);
     for (std::uint32_t number = 1; number <= names_.size(); ++number) put(number);
 }

@@ -1,4 +1,4 @@
-// Hash tables for the innermost loop of a walk: open addressing, no allocation in a look-up.
+// Hash tables for the inner loop of a walk: with open addressing, and without allocations in a lookup.
 #pragma once
 
 #include <cstddef>
@@ -10,10 +10,10 @@
 
 namespace toolkit::quorvis {
 
-// Numbers from 1 for pairs of numbers.
+// Maps pairs of numbers to numbers greater than 0.
 class PairTable {
   public:
-    // 0 when the pair is not there.
+    // 0 for an unknown pair.
     std::uint32_t find(std::uint32_t first, std::uint32_t second) const {
         if (slots_.empty()) return 0;
         const std::uint64_t key = keyOf(first, second);
@@ -21,7 +21,7 @@ class PairTable {
             if (slots_[i].value == 0 || slots_[i].key == key) return slots_[i].value;
         }
     }
-    // For a pair that is not there yet.
+    // REQUIRES: the pair is unknown.
     void add(std::uint32_t first, std::uint32_t second, std::uint32_t value);
 
   private:
@@ -35,15 +35,15 @@ class PairTable {
     std::size_t place(std::uint64_t key) const { return (key * 0x9E3779B97F4A7C15U) >> shift_; }
     void put(const Slot& slot);
 
-    std::vector<Slot> slots_;  // a power of two of them
+    std::vector<Slot> slots_;  // their number is a power of two
     unsigned shift_ = 64;
     std::size_t used_ = 0;
 };
 
-// Numbers from 1 for names.
+// Numbers names, starting with 1.
 class NameTable {
   public:
-    // 0 when the name is not there.
+    // 0 for an unknown name.
     std::uint32_t find(std::string_view name) const {
         if (slots_.empty()) return 0;
         const std::uint64_t hash = hashOf(name);
@@ -55,7 +55,7 @@ class NameTable {
                 return slot.number;
         }
     }
-    // The number of the name, which is added unless it is there.
+    // The number of the name, which is added if it is unknown.
     std::uint32_t add(std::string_view name);
     const std::string& nameOf(std::uint32_t number) const { return names_[number - 1]; }
 
@@ -70,7 +70,7 @@ class NameTable {
         std::memcpy(&word, place, sizeof word);
         return word;
     }
-    // Of all bytes, eight at a time; the last ones overlap those before.
+    // Mixes all bytes, eight at a time. The last eight may overlap those before.
     static std::uint64_t hashOf(std::string_view name) {
         const char* const end = name.data() + name.size();
         std::uint64_t hash = name.size();
@@ -88,7 +88,7 @@ class NameTable {
         }
         return hash;
     }
-    // Few names of a walk are in the table, and the table is too large for the nearest cache: these bits are not.
+    // A Bloom filter. Few names of a walk are in the table, and only the filter fits into the first-level cache.
     bool mayHold(std::uint64_t hash) const {
         const std::uint64_t bit = (hash >> 16U) & (filter_.size() * 64 - 1);
         return (filter_[bit / 64] >> (bit % 64) & 1U) != 0;
@@ -96,7 +96,7 @@ class NameTable {
     void put(std::uint32_t number);
     void grow();
 
-    std::vector<Slot> slots_;            // a power of two of them
+    std::vector<Slot> slots_;            // their number is a power of two
     std::vector<std::uint64_t> filter_;  // eight bits for each slot
     std::vector<std::string> names_;
 };

@@ -16,7 +16,7 @@ constexpr std::array<std::string_view, 21> kRemoteTypes = {
     "gpfs", "lustre", "ncpfs",  "nfs",    "nfs4", "ocfs2", "orangefs", "smb3",  "smbfs", "glusterfs",
 };
 
-// The host's path of the tree; empty for the live machine.
+// The path of the tree on the host. Empty for the live machine.
 std::string pathOfTree(const Root& root) {
     if (root.live()) return {};
     std::error_code error;
@@ -36,7 +36,7 @@ MountTable::MountTable(const Root& root) {
         std::string& path = mount.mountPoint;
         if (!path.starts_with(tree)) continue;
         path.erase(0, tree.size());
-        if (path.size() < 2 || path.front() != '/') continue;  // the tree itself is looked at whatever it is
+        if (path.size() < 2 || path.front() != '/') continue;  // the tree itself is always walked
         mounts_[path] = isRemoteFileSystem(mount.type) ? Kind::Remote : Kind::Local;
     }
     for (const auto& [path, kind] : mounts_) anyRemote_ = anyRemote_ || kind == Kind::Remote;

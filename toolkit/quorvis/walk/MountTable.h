@@ -8,17 +8,17 @@
 
 namespace toolkit::quorvis {
 
-// Whether files of this type ("nfs4", "fuse.sshfs", "autofs") come from other machines or from programs, so that merely
-// asking for one can take forever.
+// Whether the files of a file system of this type ("nfs4", "fuse.sshfs", "autofs") come from another machine or from a
+// program, so that even a stat() may take forever.
 bool isRemoteFileSystem(std::string_view type);
 
-// What is mounted in a tree, at the time when the table is made.
+// What was mounted in a tree when the table was made.
 class MountTable {
   public:
     explicit MountTable(const Root& root);
 
     enum class Kind : unsigned char { None, Local, Remote };
-    // What is mounted at exactly this path of the tree, which names no links.
+    // What is mounted at this path of the tree. REQUIRES: the path has no links.
     Kind at(std::string_view path) const;
     bool anyRemote() const { return anyRemote_; }
 

@@ -1,13 +1,21 @@
 #include "toolkit/quorvis/walk/TreeSearch.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <exception>
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
 #include <utility>
 
+#include "toolkit/quorvis/sandbox/HelperThread.h"
+#include "toolkit/quorvis/walk/DirectoryWalk.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"
-#include "toolkit/quorvis/walk/SharedWalk.h"
-#include "toolkit/quorvis/walk/WalkCrew.h"
-#include "toolkit/quorvis/walk/WalkFindings.h"
+#include "toolkit/quorvis/walk/WalkState.h"
 
 namespace toolkit::quorvis {
 
@@ -17,7 +25,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kMaxDepth = 64;
 
-// A walk may take one part in so many of the time for the evaluation.
+// A walk may take this fraction of the time limit.
 constexpr int kWalksPerTimeLimit = 2;
 
 // The key of a request. A NUL cannot be in a pattern.
@@ -29,8 +37,8 @@ std::string keyOf(const GlobRequest& request) {
 }
 
 // Parses the pattern of a request. Returns what is wrong with it, or nothing.
-std::string parsePattern(const GlobRequest& request, bool wholeTree, std::vector<GlobSteps>& alternatives) {
-    if (const auto problem = readPattern(request.pattern, alternatives))
+std::string parseRequest(const GlobRequest& request, bool wholeTree, std::vector<GlobSteps>& alternatives) {
+    if (const auto problem = parsePattern(request.pattern, alternatives))
         return "This is no pattern: " + *problem;
     if (!wholeTree && searchesWholeTree(alternatives))
         return "A \"**\" needs a directory of a fixed name before it";
@@ -48,6 +56,100 @@ GlobScope scopeOf(const GlobRequest& request, const Settings& settings) {
     scope.exclude = request.exclude;
     return scope;
 }
+
+// A thread keeps the directories between the top and its current one open.
+unsigned maxThreads() {
+    constexpr rlim_t kFilesPerThread = 96;
+    rlimit files{};
+    if (::getrlimit(RLIMIT_NOFILE, &files) != 0) return 1;
+    return static_cast<unsigned>(std::clamp<rlim_t>(files.rlim_cur / kFilesPerThread, 1, 1024));
+}
+
+// The threads of a walk. It begins in the calling thread. The others start when there is enough to do, and as many as
+// can be started.
+class WalkThreadPool {
+  public:
+    // `jobs` is the maximum number of threads, with the calling one.
+    WalkThreadPool(WalkState& state, unsigned jobs, const WalkFindings& noFindings)
+        : state_(state), jobs_(jobs), noFindings_(noFindings), findings_(noFindings) {}
+
+    // Returns the findings of all threads. Throws what one of them threw.
+    WalkFindings run() {
+        state_.queue().join();
+        runGuarded([this] { lead(); });
+        for (Helper& helper : helpers_) helper.thread.reset();
+        if (failure_) std::rethrow_exception(failure_);
+        for (Helper& helper : helpers_) findings_.merge(std::move(helper.findings));
+        return std::move(findings_);
+    }
+
+  private:
+    struct Helper {
+        WalkFindings findings;
+        std::unique_ptr<HelperThread> thread;
+    };
+
+    // Starting a thread takes as long as reading a few directories.
+    static constexpr std::uint64_t kDirectoriesBeforeHelp = 100;
+
+    void lead() {
+        DirectoryWalk walk(state_, findings_);
+        walk.begin();
+        while (walk.entered() < kDirectoriesBeforeHelp && walk.step()) {
+        }
+        if (walk.entered() >= kDirectoriesBeforeHelp) startHelpers();
+        while (walk.step()) {
+        }
+        if (!helpers_.empty()) workFromQueue(walk);
+    }
+
+    void startHelpers() {
+        const unsigned count = std::min(jobs_, maxThreads());
+        for (unsigned i = 1; i < count; ++i) {
+            Helper& helper = helpers_.emplace_back(Helper{noFindings_, nullptr});
+            state_.queue().join();
+            helper.thread = std::make_unique<HelperThread>([this, &helper] { help(helper); });
+            if (helper.thread->started()) continue;
+            state_.queue().leave();
+            return;
+        }
+    }
+
+    void help(Helper& helper) {
+        runGuarded([&] {
+            DirectoryWalk walk(state_, helper.findings);
+            workFromQueue(walk);
+        });
+    }
+
+    void workFromQueue(DirectoryWalk& walk) {
+        while (std::optional<WorkItem> item = state_.queue().take()) {
+            walk.takeOver(std::move(*item));
+            while (walk.step()) {
+            }
+        }
+    }
+
+    // A failure of one thread ends the whole walk.
+    void runGuarded(const std::function<void()>& work) {
+        try {
+            work();
+        } catch (...) {
+            const std::lock_guard lock(mutex_);
+            if (!failure_) failure_ = std::current_exception();
+            state_.stop();
+        }
+        state_.queue().leave();
+    }
+
+    WalkState& state_;
+    unsigned jobs_;
+    const WalkFindings noFindings_;
+    WalkFindings findings_;
+    std::list<Helper> helpers_;
+    std::mutex mutex_;
+    std::exception_ptr failure_;
+};
 
 }  // namespace
 
@@ -96,7 +198,7 @@ std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline,
     GlobTrie trie;
     for (std::uint32_t i = 0; i < requests.size(); ++i) {
         std::vector<GlobSteps> alternatives;
-        std::string problem = parsePattern(requests[i], settings_.fileSystem.wholeTree, alternatives);
+        std::string problem = parseRequest(requests[i], settings_.fileSystem.wholeTree, alternatives);
         if (!problem.empty()) {
             hits[i].incomplete = true;
             hits[i].events.push_back(
@@ -106,10 +208,9 @@ std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline,
         for (const GlobSteps& steps : alternatives) trie.add(steps, scopeOf(requests[i], settings_), i);
     }
     if (trie.empty()) return hits;
-    SharedWalk shared(root_, settings_, trie, namesSeen_, deadline);
-    WalkCrew crew(shared, settings_.evaluation.jobs,
-                  WalkFindings(trie, requests.size(), settings_.fileSystem.maxMatches));
-    crew.run().finish(shared.ending(), hits);
+    WalkState state(root_, settings_, trie, namesSeen_, deadline);
+    const WalkFindings noFindings(trie, requests.size(), settings_.fileSystem.maxMatches);
+    WalkThreadPool(state, settings_.evaluation.jobs, noFindings).run().moveTo(hits, state.ending());
     return hits;
 }
 

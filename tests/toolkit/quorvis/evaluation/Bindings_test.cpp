@@ -40,7 +40,7 @@ TEST_F(Bindings, ALeafsValuesReachLaterSiblings) {
         (Variables{{"file", "5.2.15"}}));
 }
 
-TEST_F(Bindings, OutOfAnyComesTheFirstTrueBranch) {
+TEST_F(Bindings, AnyBindsTheItemsOfItsFirstTrueBranch) {
     EXPECT_EQ(
         output(
             R"(<Any><Package id="p" name="gone"/><Package id="p" name="zsh"/><Package id="p" name="bash"/></Any>)",
@@ -48,7 +48,7 @@ TEST_F(Bindings, OutOfAnyComesTheFirstTrueBranch) {
         (Variables{{"n", "zsh"}}));
 }
 
-TEST_F(Bindings, WhatAFalseBranchBoundIsGone) {
+TEST_F(Bindings, AFalseBranchBindsNothing) {
     EXPECT_EQ(
         output(
             R"(<Any><All><Package id="q" name="bash"/><Package name="gone"/></All><Package name="zsh"/></Any>)",
@@ -56,27 +56,27 @@ TEST_F(Bindings, WhatAFalseBranchBoundIsGone) {
         (Variables{{"k", "k"}}));
 }
 
-TEST_F(Bindings, NothingLeavesANot) {
+TEST_F(Bindings, ANotBindsNothing) {
     EXPECT_EQ(
         output(R"(<All><Not><All><Package id="p" name="bash"/><Package name="gone"/></All></Not></All>)",
                R"(<Variable name="n" value="${p.name}"/>)"),
         Variables());
 }
 
-TEST_F(Bindings, AnOptionalBindsWhatItFinds) {
+TEST_F(Bindings, AnOptionalBindsItsItems) {
     EXPECT_EQ(output(R"(<All><Package name="bash"/><Optional><Package id="o" name="zsh"/></Optional></All>)",
                      R"(<Variable name="o" value="${o.version}"/>)"),
               (Variables{{"o", "5.9-4"}}));
 }
 
-TEST_F(Bindings, AnOutputOfAnOptionalThatFoundNothingIsLeftOutInSilence) {
+TEST_F(Bindings, AnOutputOfAnOptionalWithoutItemsIsOmittedSilently) {
     EXPECT_EQ(output(R"(<All><Package name="bash"/><Optional><Package id="o" name="gone"/></Optional></All>)",
                      R"(<Variable name="o" value="${o.version}"/>)"),
               Variables());
     EXPECT_TRUE(eventCodes().empty());
 }
 
-TEST_F(Bindings, AnOutputWithoutAValueIsLeftOutAndTold) {
+TEST_F(Bindings, AnOutputWithoutAValueIsOmittedAndReported) {
     EXPECT_EQ(output(R"(<Package name="bash"/>)", R"(<Variable name="o" value="${nothing}"/>)"), Variables());
     EXPECT_EQ(eventCodes(), std::vector<std::string>{"undefined-variable"});
 }
@@ -115,7 +115,7 @@ TEST_F(Bindings, AValueIsNotExpandedAgain) {
               (Variables{{"x", "${y}"}}));
 }
 
-TEST_F(Bindings, TwoDollarsBeforeABraceAreNoVariable) {
+TEST_F(Bindings, TwoDollarsBeforeABraceAreNotAVariable) {
     EXPECT_EQ(output(R"(<Package name="bash"/>)", R"(<Variable name="x" value="$${x} $ {"/>)"),
               (Variables{{"x", "${x} $ {"}}));
 }
@@ -145,7 +145,7 @@ TEST_F(Bindings, AValueInAPathStaysBelowTheRoot) {
     EXPECT_FALSE(matches(R"(<File path="/${x}/etc/passwd"/>)"));
 }
 
-TEST_F(Bindings, ALongValueIsCutBetweenCharactersAndTold) {
+TEST_F(Bindings, ALongValueIsCutBetweenCharactersAndReported) {
     given_ = {{"x", std::string(4095, 'a') + "\xc3\xa9", ""}};
     EXPECT_EQ(output(R"(<Package name="bash"/>)", R"(<Variable name="x" value="${x}"/>)"),
               (Variables{{"x", std::string(4095, 'a')}}));

@@ -1,4 +1,4 @@
-// What a leaf that costs too much comes to.
+// Lookups that exceed their budget.
 #include <gtest/gtest.h>
 
 #include "tests/toolkit/quorvis/ElfBuilder.h"
@@ -39,7 +39,7 @@ TEST_F(ContractTest, WithoutTimeNoLeafReadsAFile) {
                       EventCode::Deadline);
 }
 
-TEST_F(ContractTest, MatchesThatAreTooMuchTogetherLeaveTheLeafUnknown) {
+TEST_F(ContractTest, TooManyBytesOfMatchesLeaveTheLeafUnknown) {
     std::string text;
     for (int i = 0; i < 900; ++i) text += std::string(7'000, 'x') + "\n";
     tester_.tree.write("f", text);
@@ -58,7 +58,7 @@ TEST_F(ContractTest, ASparseFileOfATerabyteIsTooLargeForEveryLeaf) {
         EXPECT_TRUE(askAboutFile(LeafKind::FileVersion, {{Attribute::Format, format}}).items.empty());
 }
 
-TEST_F(ContractTest, ValuesAreCutWhateverFileTheyComeFrom) {
+TEST_F(ContractTest, LongValuesAreCutInEveryFormat) {
     const std::string endless(std::size_t{1} << 20, '1');
     const auto lengthOf = [this](LeafKind kind, LeafTester::Attributes attributes, const char* field,
                                  const std::string& content) {

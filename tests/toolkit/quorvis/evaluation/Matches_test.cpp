@@ -19,7 +19,7 @@ class Matches : public Evaluation {
     }
 };
 
-TEST_F(Matches, EachGivesOneForEveryItemInOrder) {
+TEST_F(Matches, EachGivesOneMatchPerItemInOrder) {
     tree_.write("opt/b/release", "");
     tree_.write("opt/a/release", "");
     const std::vector<Match> found = evaluateOne(std::string(kHomes) + kOutput);
@@ -36,7 +36,7 @@ TEST_F(Matches, EachKeepsTheItemsForWhichTheConditionHolds) {
     EXPECT_EQ(valuesOf(found, "home"), (std::vector<std::string>{"/opt/b"}));
 }
 
-TEST_F(Matches, WhatOneItemBoundIsNotSeenByTheNext) {
+TEST_F(Matches, ABindingEndsWithItsItem) {
     tree_.write("opt/a/release", "");
     tree_.write("opt/a/bin/javac", "");
     tree_.write("opt/b/release", "");
@@ -70,7 +70,7 @@ TEST_F(Matches, EqualMatchesOfDifferentSignaturesAreNotMerged) {
     EXPECT_EQ(evaluate(signature + signature).size(), 2U);
 }
 
-TEST_F(Matches, TheyStandInTheOrderOfTheSignatures) {
+TEST_F(Matches, MatchesAreInTheOrderOfTheSignatures) {
     install("a", "1");
     install("b", "1");
     const std::vector<Match> found =
@@ -81,7 +81,7 @@ TEST_F(Matches, TheyStandInTheOrderOfTheSignatures) {
     EXPECT_EQ(found[1].guid, "1");
 }
 
-TEST_F(Matches, EvidenceTellsOfEachLeafThatMadeThemTrue) {
+TEST_F(Matches, EvidenceNamesEachTrueLeaf) {
     install("bash", "5.2");
     tree_.write("bin/bash", "");
     const std::vector<Match> found = evaluateOne(

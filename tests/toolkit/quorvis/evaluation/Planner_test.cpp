@@ -1,4 +1,4 @@
-// What is opened during an evaluation, as the kernel tells it.
+// What an evaluation opens, observed with inotify.
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ class Planning : public Evaluation {
         ASSERT_GE(::inotify_add_watch(watcher_.number(), (tree_.path() / path).c_str(), what), 0);
     }
 
-    // How often that happened to the watched directory or file itself.
+    // How often the watched directory or file itself was opened.
     int times() const {
         int count = 0;
         alignas(inotify_event) std::array<char, 65536> buffer;
@@ -36,14 +36,14 @@ class Planning : public Evaluation {
     kest::Descriptor watcher_;
 };
 
-TEST_F(Planning, GivenAnAbsentPackageTheDirectoriesOfItsPatternAreNotOpened) {
+TEST_F(Planning, WithoutThePackageTheDirectoriesOfThePatternAreNotOpened) {
     tree_.write("opt/a/x", "");
     watch("opt/a");
     EXPECT_FALSE(matches(R"(<All><Package name="gone"/><Glob pattern="/opt/a/*"/></All>)"));
     EXPECT_EQ(times(), 0);
 }
 
-TEST_F(Planning, GivenATrueBranchThePatternsBehindItAreNotWalked) {
+TEST_F(Planning, PatternsAfterATrueBranchAreNotWalked) {
     install("here", "1");
     tree_.write("opt/a/x", "");
     watch("opt/a");
@@ -64,7 +64,7 @@ TEST_F(Planning, ManyPatternsOpenADirectoryOnce) {
     EXPECT_EQ(times(), 1);
 }
 
-TEST_F(Planning, ManyExpressionsReadAFileOnce) {
+TEST_F(Planning, ManyRegexesReadAFileOnce) {
     tree_.write("etc/app.conf", "value3\n");
     watch("etc/app.conf", IN_ACCESS);
     std::string signatures;
@@ -78,7 +78,7 @@ TEST_F(Planning, ManyExpressionsReadAFileOnce) {
     EXPECT_EQ(times(), 1);
 }
 
-TEST_F(Planning, ManyExpressionsOfPackagesAreMatchedTogether) {
+TEST_F(Planning, ManyRegexesForPackagesAreMatchedTogether) {
     for (const char* const name : {"liba1", "liba2", "libb1", "other"}) install(name, "1");
     given_ = {{"letter", "b", ""}};
     std::string signatures;
@@ -95,7 +95,7 @@ TEST_F(Planning, ManyExpressionsOfPackagesAreMatchedTogether) {
         return context_->packages().announced(regex) != nullptr;
     };
     EXPECT_TRUE(together("^liba") && together("1$") && together("libb") && together("^x"));
-    // These must be compiled in their own way, or are not known in time.
+    // Needs its own compilation, or is not announced in time.
     EXPECT_FALSE(together("(?i)^LIBA") || together("^lib${p.name}"));
 }
 

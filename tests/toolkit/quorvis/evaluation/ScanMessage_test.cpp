@@ -8,7 +8,7 @@ namespace {
 using Kind = ScanMessage::Kind;
 using Next = ScanMessageReader::Next;
 
-TEST(ScanMessage, ComesBackFromPiecesOfAnySize) {
+TEST(ScanMessage, IsReadFromBlocksOfAnySize) {
     const std::string bytes = encoded({Kind::Signatures, 70'000, {}}) +
                               encoded(messageOf({EventCode::Deadline, "/a", "text", "guid", "leaf"})) +
                               encoded({Kind::Done, 0, {}});
@@ -28,7 +28,7 @@ TEST(ScanMessage, ComesBackFromPiecesOfAnySize) {
     }
 }
 
-TEST(ScanMessage, WhatIsNoneIsBroken) {
+TEST(ScanMessage, InvalidBytesAreBroken) {
     const auto with = [](std::string bytes, std::size_t at, char value) {
         bytes[at] = value;
         return bytes;
@@ -37,12 +37,12 @@ TEST(ScanMessage, WhatIsNoneIsBroken) {
     const std::string match = encoded({Kind::Match, 0, {"<x/>"}});
     const std::string event = encoded(messageOf({}));
     const std::string wrong[] = {
-        with(done, 8, 99),                // a kind that there is not
+        with(done, 8, 99),                // an unknown kind
         with(match, 24, 5),               // a text that is longer than the message
-        with(event, 16, 99),              // a code that there is not
+        with(event, 16, 99),              // an unknown code
         encoded({Kind::Match, 0, {}}),    // a text is missing
-        encoded({Kind::Done, 0, {"x"}}),  // one is too many
-        std::string(8, '\xFF'),           // a length beyond all bounds
+        encoded({Kind::Done, 0, {"x"}}),  // a text too many
+        std::string(8, '\xFF'),           // an excessive length
     };
     for (const std::string& bytes : wrong) {
         ScanMessageReader reader;

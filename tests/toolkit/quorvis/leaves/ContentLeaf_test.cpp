@@ -42,14 +42,14 @@ TEST_F(ContentLeaf, EachMatchIsAnItemWithItsLineAndCaptures) {
     EXPECT_TRUE(result.events.empty());
 }
 
-TEST_F(ContentLeaf, EmptyMatchesComeToAnEnd) {
+TEST_F(ContentLeaf, EmptyMatchesEnd) {
     write("aab");
     EXPECT_EQ(3U, search("a*").items.size()) << "\"aa\", before b, at the end";
     write("");
     EXPECT_EQ(1U, search("^$").items.size());
 }
 
-TEST_F(ContentLeaf, BytesThatAreNoTextAreSearchedToo) {
+TEST_F(ContentLeaf, BinaryFilesAreSearched) {
     write(std::string("\x7f\x00\xff\xfeVersion 1.2\x00\x80", 17));
     EXPECT_EQ("1.2", LeafTester::first(search("Version ([0-9.]+)", "", {{1, "v"}}), "v"));
 }
@@ -77,7 +77,7 @@ TEST_F(ContentLeaf, MatchesBeyondTheLimitLeaveItIncomplete) {
     EXPECT_FALSE(search("a a").incomplete) << "two matches are within the limit";
 }
 
-TEST_F(ContentLeaf, WhenTimeIsOverItSaysSo) {
+TEST_F(ContentLeaf, TheDeadlineIsReported) {
     write("a");
     tester_.settings.evaluation.timeLimit = std::chrono::seconds(0);
     const LeafResult result = search("a");
@@ -85,7 +85,7 @@ TEST_F(ContentLeaf, WhenTimeIsOverItSaysSo) {
     EXPECT_EQ(std::vector{EventCode::Deadline}, LeafTester::codes(result));
 }
 
-TEST_F(ContentLeaf, OnlyTheStartIsSearchedWhenThatIsAskedFor) {
+TEST_F(ContentLeaf, MaxBytesLimitsTheSearch) {
     write("one two");
     const auto start = [this](const std::string& maxBytes) {
         return tester_.ask(
@@ -99,7 +99,7 @@ TEST_F(ContentLeaf, OnlyTheStartIsSearchedWhenThatIsAskedFor) {
     EXPECT_EQ(std::vector{EventCode::Unsupported}, LeafTester::codes(start("7k")));
 }
 
-TEST_F(ContentLeaf, AWrongExpressionIsUnknown) {
+TEST_F(ContentLeaf, AnInvalidRegexIsUnknown) {
     write("a");
     const LeafResult result = search("(");
     EXPECT_TRUE(result.incomplete);
@@ -116,7 +116,7 @@ bool mayMatch(ContentFilters& filters, const char* path, const char* pattern, st
     return filters.mayMatch(path, *compileRegex(pattern, "", problem), content);
 }
 
-TEST(ContentFilters, AnnouncedExpressionsAreSievedTogether) {
+TEST(ContentFilters, AnnouncedRegexesAreFilteredTogether) {
     ContentFilters filters;
     for (const char* pattern : {"one", "two", "thr..", "^four$", "f\u00fcnf", "[0-9]+\u00df"})
         filters.announce("/f", pattern, "");
@@ -141,20 +141,20 @@ TEST(ContentFilters, FlagsCount) {
     EXPECT_FALSE(filters.mayMatch("/f", *compileRegex("e", "ims", problem), "a\nb\ntwo c\nd"));
 }
 
-TEST(ContentFilters, AFewExpressionsAreNotSieved) {
+TEST(ContentFilters, AFewRegexesAreNotFiltered) {
     ContentFilters filters;
     for (const char* pattern : {"one", "two", "two", "three"}) filters.announce("/f", pattern, "");
     EXPECT_TRUE(mayMatch(filters, "/f", "one", "nothing of that"));
 }
 
-TEST(ContentFilters, AWrongExpressionDisturbsNoOther) {
+TEST(ContentFilters, AnInvalidRegexDoesNotAffectOthers) {
     ContentFilters filters;
     for (const char* pattern : {"(", "a", "b", "c", "d"}) filters.announce("/f", pattern, "");
     EXPECT_TRUE(mayMatch(filters, "/f", "a", "a"));
     EXPECT_FALSE(mayMatch(filters, "/f", "b", "a"));
 }
 
-TEST(ContentFilters, ThousandsOfExpressionsAreSieved) {
+TEST(ContentFilters, ThousandsOfRegexesAreFiltered) {
     ContentFilters filters;
     std::string content;
     for (int i = 0; i < 2500; ++i) {

@@ -28,7 +28,7 @@ class ElfLeaf : public ::testing::Test {
     LeafTester tester_;
 };
 
-TEST_F(ElfLeaf, FilesOfAllClassesAndByteOrdersTellTheSame) {
+TEST_F(ElfLeaf, AllClassesAndByteOrdersGiveTheSameValues) {
     const std::tuple<bool, bool, std::uint64_t, const char*> kCases[] = {
         {true, true, EM_X86_64, "x86_64"},
         {true, false, EM_S390, "s390x"},
@@ -56,7 +56,7 @@ TEST_F(ElfLeaf, FilesOfAllClassesAndByteOrdersTellTheSame) {
     }
 }
 
-TEST_F(ElfLeaf, TestsDecide) {
+TEST_F(ElfLeaf, AllTestsMustPass) {
     write(ElfBuilder().build());
     EXPECT_TRUE(passes(Attribute::Soname, "libproduct.so.3"));
     EXPECT_FALSE(passes(Attribute::Soname, "libproduct.so"));
@@ -69,7 +69,7 @@ TEST_F(ElfLeaf, TestsDecide) {
     EXPECT_FALSE(passes(Attribute::Section, ".bss")) << "has no content";
 }
 
-TEST_F(ElfLeaf, CapturesComeFromOneSectionAndEachOnce) {
+TEST_F(ElfLeaf, CapturesComeFromOneSectionWithoutDuplicates) {
     write(ElfBuilder().build());
     const LeafResult result = ask({{Attribute::Regex, "Product ([0-9.]+)"}}, {{1, "version"}});
     ASSERT_EQ(2U, result.items.size());
@@ -80,7 +80,7 @@ TEST_F(ElfLeaf, CapturesComeFromOneSectionAndEachOnce) {
     EXPECT_EQ(1U, ask({{Attribute::Regex, "shstrtab"}, {Attribute::Section, ".shstrtab"}}).items.size());
 }
 
-TEST_F(ElfLeaf, WithoutSegmentsTheSectionsTellTheBuildId) {
+TEST_F(ElfLeaf, WithoutSegmentsTheBuildIdComesFromTheSections) {
     ElfBuilder builder;
     builder.segments = false;
     write(builder.build());
@@ -88,7 +88,7 @@ TEST_F(ElfLeaf, WithoutSegmentsTheSectionsTellTheBuildId) {
     EXPECT_EQ("-", LeafTester::first(ask(), "soname"));
 }
 
-TEST_F(ElfLeaf, WithoutSectionsTheSegmentsTellWhatIsLoaded) {
+TEST_F(ElfLeaf, WithoutSectionsTheSegmentsAreUsed) {
     ElfBuilder builder;
     builder.sections = false;
     write(builder.build());
@@ -121,7 +121,7 @@ TEST_F(ElfLeaf, ALargeSectionIsNotRead) {
     EXPECT_FALSE(ask().items.empty()) << "nothing of it is needed";
 }
 
-TEST_F(ElfLeaf, CutFilesGiveNothingWrong) {
+TEST_F(ElfLeaf, TruncatedFilesGiveNoWrongValues) {
     for (const bool wide : {false, true}) {
         ElfBuilder builder;
         builder.wide = wide;
@@ -129,7 +129,7 @@ TEST_F(ElfLeaf, CutFilesGiveNothingWrong) {
         write(whole);
         for (std::size_t size = whole.size(); size-- > 0;) {
             std::filesystem::resize_file(tester_.tree.path() / "lib/l.so", size);
-            // The table of sections ends the file.
+            // The section table is at the end of the file.
             const LeafResult found = ask({{Attribute::Regex, "Product ([0-9.]+)"}}, {{1, "version"}});
             EXPECT_TRUE(found.items.empty()) << size;
             EXPECT_EQ(size >= 4, found.incomplete) << size;
@@ -139,7 +139,7 @@ TEST_F(ElfLeaf, CutFilesGiveNothingWrong) {
     }
 }
 
-TEST_F(ElfLeaf, DamagedBytesDoNoHarm) {
+TEST_F(ElfLeaf, DamagedBytesAreHarmless) {
     const std::string whole = ElfBuilder().build();
     write(whole);
     std::fstream file(tester_.tree.path() / "lib/l.so", std::ios::in | std::ios::out | std::ios::binary);
@@ -157,14 +157,14 @@ TEST_F(ElfLeaf, DamagedBytesDoNoHarm) {
         put(at, whole[at]);
     }
     EXPECT_TRUE(file.good());
-    // Most bytes have no part in what was asked for.
+    // Most bytes do not affect the result.
     EXPECT_LT(static_cast<int>(whole.size()), found);
 }
 
 TEST_F(ElfLeaf, ALibraryOfTheLiveSystemIsRead) {
     utsname names{};
     ASSERT_EQ(0, ::uname(&names));
-    // A copy where all users may look, which the build directory need not be.
+    // A copy in a directory that all users may search. The build directory may not be one.
     const std::string copy = "/tmp/zavtest_elf_" + std::to_string(::getpid());
     std::filesystem::copy_file("/proc/self/exe", copy);
     const LeafResult result = tester_.askLiveSystem(LeafKind::Elf,

@@ -42,7 +42,7 @@ class FileLeaf : public ::testing::Test {
 
 using Paths = std::vector<std::string>;
 
-TEST_F(FileLeaf, AnItemTellsOfTheFile) {
+TEST_F(FileLeaf, AnItemHasTheValuesOfTheFile) {
     const fs::path path = tester_.tree.write("opt/app/tool", "abc");
     const timespec times[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
     ASSERT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
@@ -60,7 +60,7 @@ TEST_F(FileLeaf, AnItemTellsOfTheFile) {
     EXPECT_EQ("/", LeafTester::first(file("/opt"), "dir"));
 }
 
-TEST_F(FileLeaf, EveryTestCounts) {
+TEST_F(FileLeaf, EveryTestMustPass) {
     const fs::path path = tester_.tree.write("f", "abc");
     tester_.tree.write("etc/passwd", "root:x:0:0::/root:/bin/sh\nkeeper:x:4711:1::/:/bin/sh\n");
     ASSERT_EQ(0, chmod(path.c_str(), 0646));
@@ -94,7 +94,7 @@ TEST_F(FileLeaf, EveryTestCounts) {
     EXPECT_FALSE(passes("/f", {{Attribute::Kind, "file"}, {Attribute::Size, "3"}, {Attribute::Mode, "600"}}));
 }
 
-TEST_F(FileLeaf, TheSumAndTheTargetAreValuesToo) {
+TEST_F(FileLeaf, AnItemHasTheHashAndTheLinkTarget) {
     tester_.tree.write("f", "abc");
     link("f", "l");
     const LeafResult result = file("/l", {{Attribute::Sha256, kSumOfAbc}});
@@ -105,7 +105,7 @@ TEST_F(FileLeaf, TheSumAndTheTargetAreValuesToo) {
     EXPECT_EQ("1", LeafTester::first(file("/l", {{Attribute::Kind, "link"}}), "size"));
 }
 
-TEST_F(FileLeaf, WrongValuesLeaveTheLeafUnknown) {
+TEST_F(FileLeaf, InvalidValuesLeaveTheLeafUnknown) {
     tester_.tree.write("f", "abc");
     for (const auto& [attribute, value] : LeafTester::Attributes{{Attribute::Size, "3x"},
                                                                  {Attribute::MinSize, ""},
@@ -127,7 +127,7 @@ TEST_F(FileLeaf, WrongValuesLeaveTheLeafUnknown) {
     }
 }
 
-TEST_F(FileLeaf, WhatCannotBeHashedIsUnknown) {
+TEST_F(FileLeaf, AFileThatCannotBeHashedIsUnknown) {
     tester_.tree.write("etc/shadow", "abc");
     const LeafResult secret = file("/etc/shadow", {{Attribute::Sha256, kSumOfAbc}});
     EXPECT_TRUE(secret.incomplete);
@@ -164,14 +164,14 @@ TEST_F(FileLeaf, OneFileCountsOnceUnderThePathWithoutLinks) {
     EXPECT_EQ((Paths{"/opt/real/another"}), glob("/opt/real/*"));
 }
 
-TEST_F(FileLeaf, LinksThatLeadNowhereAreNoFiles) {
+TEST_F(FileLeaf, BrokenLinksAreNotFiles) {
     link("/nowhere", "opt/a");
     EXPECT_EQ((Paths{}), glob("/opt/*"));
     EXPECT_EQ((Paths{"/opt/a"}), glob("/opt/*", {{Attribute::Kind, "link"}}));
     EXPECT_EQ("/nowhere", LeafTester::first(file("/opt/a", {{Attribute::Kind, "link"}}), "target"));
 }
 
-TEST_F(FileLeaf, AWalkThatWasCutLeavesTheLeafIncomplete) {
+TEST_F(FileLeaf, AnIncompleteWalkLeavesTheLeafIncomplete) {
     tester_.tree.write("opt/1/f", "");
     tester_.tree.write("opt/1/2/f", "");
     tester_.settings.fileSystem.maxDepth = 2;

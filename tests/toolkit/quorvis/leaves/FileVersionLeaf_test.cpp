@@ -37,7 +37,7 @@ class FileVersionLeaf : public ::testing::Test {
         tester_.tree.write("f", content);
         return ask(format);
     }
-    // Cuts the file shorter and shorter.
+    // Truncates the file to every length.
     void expectNothingWhenCut(const std::string& format) {
         const auto path = tester_.tree.path() / "f";
         for (auto size = std::filesystem::file_size(path); size-- > 0;) {
@@ -72,7 +72,7 @@ TEST_F(FileVersionLeaf, AnArchiveHasAManifest) {
     }
 }
 
-TEST_F(FileVersionLeaf, AManifestMayBeThatOfABundle) {
+TEST_F(FileVersionLeaf, AManifestMayDescribeABundle) {
     ArchiveBuilder archive;
     archive.add("META-INF/MANIFEST.MF",
                 "Bundle-Name: %name\nBundle-SymbolicName: org.example.core;singleton:=true\n"
@@ -80,7 +80,7 @@ TEST_F(FileVersionLeaf, AManifestMayBeThatOfABundle) {
     EXPECT_EQ("org.example.core|2.0.0.v2024|Example", facts(askOf(archive.build(), "jar")));
 }
 
-TEST_F(FileVersionLeaf, MavenPropertiesTellWhatTheManifestDoesNot) {
+TEST_F(FileVersionLeaf, MavenPropertiesAreUsedIfTheManifestHasNoVersion) {
     ArchiveBuilder archive;
     archive.add("META-INF/MANIFEST.MF", "Implementation-Vendor: Example\n");
     archive.add(kProperties, "#Created\nversion=4.5\ngroupId=org.example\nartifactId=core\n");
@@ -100,7 +100,7 @@ TEST_F(FileVersionLeaf, ArchivesComeInManyShapes) {
     EXPECT_EQ(1U, askOf(script.build(), "jar").items.size()) << "a script in front";
 }
 
-TEST_F(FileVersionLeaf, AnArchiveThatUnpacksWithoutEndIsCut) {
+TEST_F(FileVersionLeaf, AnArchiveThatUnpacksEndlesslyIsCut) {
     ArchiveBuilder archive;
     archive.add("META-INF/MANIFEST.MF", kManifest + std::string(std::size_t{4} << 20, '\n'));
     EXPECT_EQ("A library with a long name|1.2.3|Example", facts(askOf(archive.build(), "jar")));
@@ -165,7 +165,7 @@ TEST_F(FileVersionLeaf, FilesOfOtherKindsAreFalse) {
     EXPECT_EQ(std::vector{EventCode::Unsupported}, LeafTester::codes(ask("msi")));
 }
 
-TEST_F(FileVersionLeaf, CutFilesGiveNothing) {
+TEST_F(FileVersionLeaf, TruncatedFilesGiveNothing) {
     ArchiveBuilder archive;
     archive.add("META-INF/MANIFEST.MF", kManifest);
     archive.add(kProperties, "version=4.5\n", false);
@@ -175,7 +175,7 @@ TEST_F(FileVersionLeaf, CutFilesGiveNothing) {
     expectNothingWhenCut("pe");
 }
 
-TEST_F(FileVersionLeaf, DamagedBytesDoNoHarm) {
+TEST_F(FileVersionLeaf, DamagedBytesAreHarmless) {
     ArchiveBuilder archive;
     archive.add("META-INF/MANIFEST.MF", kManifest);
     expectNoHarmWhenDamaged(archive.build(), "jar");

@@ -28,7 +28,7 @@ class PackageLeaf : public testing::Test {
   protected:
     using Attributes = std::vector<std::pair<Attribute, std::string>>;
 
-    // Asks the machine that was asked before, if any.
+    // Uses the context of the previous lookup, if any.
     LeafResult lookUp(Attributes attributes) {
         if (!context_) {
             root_.emplace(tree_.path());
@@ -94,7 +94,7 @@ TEST_F(PackageLeaf, AnItemHasAllItsValues) {
     EXPECT_EQ("/var/lib/dpkg/status", item.source);
 }
 
-TEST_F(PackageLeaf, ItemsAreInTheOrderOfNameVersionAndArchitecture) {
+TEST_F(PackageLeaf, ItemsAreSortedByNameVersionAndArchitecture) {
     tree_.write(kStatus,
                 stanza("b", "1") + stanza("a", "2", "i386") + stanza("a", "2", "amd64") + stanza("ab", "0"));
     tree_.write("lib/apk/db/installed", "P:a\nV:1-r0\nA:x86\n\n");
@@ -103,7 +103,7 @@ TEST_F(PackageLeaf, ItemsAreInTheOrderOfNameVersionAndArchitecture) {
               found({{A::NameRegex, ""}}));
 }
 
-TEST_F(PackageLeaf, OnlyInstalledPackagesOfExactlyThatNameCount) {
+TEST_F(PackageLeaf, OnlyInstalledPackagesWithExactlyThisNameAreFound) {
     tree_.write(kStatus,
                 stanza("bash-doc", "1") + "Package: bash\nStatus: deinstall ok config-files\nVersion: 1\n\n");
     EXPECT_EQ(Rows(), found({{A::Name, "bash"}}));
@@ -111,7 +111,7 @@ TEST_F(PackageLeaf, OnlyInstalledPackagesOfExactlyThatNameCount) {
     EXPECT_EQ(Rows(), found({{A::Name, "zz"}}));
 }
 
-TEST_F(PackageLeaf, AnExpressionMayMatchAnywhereInTheName) {
+TEST_F(PackageLeaf, ARegexMayMatchAnywhereInTheName) {
     tree_.write(kStatus, stanza("a", "1") + stanza("g++", "1") + stanza("lib32z1", "1") +
                              stanza("libz1", "1") + stanza("libz10", "1") + stanza("python3.11", "1") +
                              stanza("z1", "1"));
@@ -132,7 +132,7 @@ TEST_F(PackageLeaf, AnExpressionMayMatchAnywhereInTheName) {
     EXPECT_EQ(Rows(), found({{A::NameRegex, "^x"}}));
 }
 
-TEST_F(PackageLeaf, AnnouncedExpressionsFindWhatEachFindsAlone) {
+TEST_F(PackageLeaf, AnnouncedRegexesFindTheSameAsSingleOnes) {
     tree_.write(kStatus, stanza("a", "1") + stanza("g++", "1") + stanza("lib32z1", "1") +
                              stanza("libz1", "1") + stanza("libz1", "1", "i386") + stanza("libz10", "1"));
     const std::vector<std::string> regexes = {
@@ -148,7 +148,7 @@ TEST_F(PackageLeaf, AnnouncedExpressionsFindWhatEachFindsAlone) {
     EXPECT_EQ(nullptr, context_->packages().announced("^li"));
 }
 
-TEST_F(PackageLeaf, AFewAnnouncedExpressionsAreMatchedAlone) {
+TEST_F(PackageLeaf, AFewAnnouncedRegexesAreMatchedAlone) {
     tree_.write(kStatus, stanza("a", "1") + stanza("b", "1"));
     EXPECT_EQ((Rows{"a 1 amd64"}), found({{A::NameRegex, "^a"}}));
     for (const char* const regex : {"^a", "^b", "^c", "^a"}) context_->packages().announce(regex);
@@ -156,7 +156,7 @@ TEST_F(PackageLeaf, AFewAnnouncedExpressionsAreMatchedAlone) {
     EXPECT_EQ((Rows{"b 1 amd64"}), found({{A::NameRegex, "^b"}}));
 }
 
-TEST_F(PackageLeaf, ThousandsOfExpressionsAreAnnounced) {
+TEST_F(PackageLeaf, ThousandsOfRegexesAreAnnounced) {
     tree_.write(kStatus, stanza("a7", "1") + stanza("a1500", "1") + stanza("b1500", "1"));
     EXPECT_EQ((Rows{"a7 1 amd64"}), found({{A::NameRegex, "7"}}));
     for (int i = 0; i < 2500; ++i) context_->packages().announce(std::to_string(i) + "$");
@@ -176,7 +176,7 @@ TEST_F(PackageLeaf, TypeArchitectureAndSourceSelect) {
     EXPECT_EQ((Rows{"a 1 amd64"}), found({{A::Name, "a"}, {A::Source, "s"}}));
 }
 
-TEST_F(PackageLeaf, VersionsAreComparedAsTheirPackageManagerDoes) {
+TEST_F(PackageLeaf, VersionsAreComparedLikeThePackageManagerDoes) {
     tree_.write(kStatus, stanza("a", "1:2.0~rc1-1"));
     tree_.write("lib/apk/db/installed", "P:b\nV:1.10-r3\n\n");
     tree_.write("var/lib/pacman/local/c-1/desc", "%NAME%\nc\n\n%VERSION%\n1:1.3-2\n");
@@ -212,7 +212,7 @@ TEST_F(PackageLeaf, AVersionThatCannotBeComparedLeavesTheLeafIncomplete) {
     EXPECT_EQ((Rows{"a 1 2 amd64"}), found({{A::Name, "a"}}));
 }
 
-TEST_F(PackageLeaf, WordsThatMeanNothingFail) {
+TEST_F(PackageLeaf, InvalidKeywordsFail) {
     for (const auto& [attribute, value] : Attributes{
              {A::Type, "zip"}, {A::Compare, "downstream"}, {A::NameRegex, "("}, {A::Scheme, "roman"}}) {
         Attributes attributes{{attribute, value}, {A::AtLeast, "1"}};
@@ -230,7 +230,7 @@ TEST_F(PackageLeaf, AMachineWithoutDatabasesHasNoPackages) {
     EXPECT_EQ(Rows(), found({{A::NameRegex, "^b"}}));
 }
 
-TEST_F(PackageLeaf, ADamagedDatabaseIsUsedAndItsDamageToldOnce) {
+TEST_F(PackageLeaf, ADamagedDatabaseIsUsedAndReportedOnce) {
     tree_.write(kStatus, stanza("a", "1") + "Package: b\nStat");
     tree_.write("lib/apk/db/installed", "P:c\nV:1-r0\n\n");
     const LeafResult first = lookUp({{A::Name, "b"}});
@@ -263,7 +263,7 @@ TEST_F(PackageLeaf, AForbiddenDatabaseLeavesTheLeafIncomplete) {
     std::filesystem::permissions(tree_.path(), std::filesystem::perms::all);
     const pid_t child = fork();
     if (child == 0) {
-        if (geteuid() == 0 && setuid(65534) != 0) _exit(2);  // root is forbidden nothing
+        if (geteuid() == 0 && setuid(65534) != 0) _exit(2);  // root may read everything
         const LeafResult result = lookUp({{A::Name, "a"}});
         EXPECT_TRUE(result.incomplete);
         EXPECT_TRUE(result.events.size() == 1 && result.events.front().code == EventCode::Permission);

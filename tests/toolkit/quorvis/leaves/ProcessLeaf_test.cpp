@@ -57,7 +57,7 @@ class ProcessLeaf : public ::testing::Test {
     LeafResult ask(LeafTester::Attributes attributes) {
         return tester_.askLiveSystem(LeafKind::Process, std::move(attributes));
     }
-    // Those of the given process only, for others run too.
+    // The items of this process only: others are running too.
     std::vector<Item> itemsOf(const std::string& pid, LeafTester::Attributes attributes) {
         std::vector<Item> items = ask(std::move(attributes)).items;
         std::erase_if(items, [&pid](const Item& item) { return *item.find("pid") != pid; });
@@ -87,7 +87,7 @@ TEST_F(ProcessLeaf, ARunningProgramIsFound) {
     const std::string user = *items[0].find("user");
     const std::tuple<Attribute, std::string, bool> kCases[] = {
         {Attribute::Name, "a-program-of-a-long-name", true},
-        {Attribute::Name, "a-program-of-a-", true},  // what it calls itself
+        {Attribute::Name, "a-program-of-a-", true},  // the name that it gave itself
         {Attribute::Name, "a-program", false},
         {Attribute::ArgsRegex, "^called otherwise - -$", true},
         {Attribute::ArgsRegex, "a-program", false},
@@ -123,7 +123,7 @@ TEST_F(ProcessLeaf, ADeletedProgramIsReportedWithItsPath) {
     EXPECT_EQ(program, *items[0].find("exe"));
 }
 
-TEST_F(ProcessLeaf, ItemsAreSortedByNumber) {
+TEST_F(ProcessLeaf, ItemsAreSortedByPid) {
     const std::string program = copyOfCat("several");
     const Child first(program, {"several"});
     const Child second(program, {"several"});
@@ -134,14 +134,14 @@ TEST_F(ProcessLeaf, ItemsAreSortedByNumber) {
     EXPECT_TRUE(std::ranges::is_sorted(pids));
 }
 
-TEST_F(ProcessLeaf, ATreeOfFilesHasNoProcesses) {
+TEST_F(ProcessLeaf, BelowARootThereAreNoProcesses) {
     const LeafResult result = tester_.ask(LeafKind::Process, {{Attribute::Name, "cat"}});
     EXPECT_TRUE(result.items.empty());
     EXPECT_TRUE(result.incomplete);
     EXPECT_EQ(std::vector{EventCode::Unsupported}, LeafTester::codes(result));
 }
 
-TEST_F(ProcessLeaf, WhenSwitchedOffItIsUnknown) {
+TEST_F(ProcessLeaf, WhenDisabledItIsUnknown) {
     tester_.settings.processes.enabled = false;
     const LeafResult result = ask({});
     EXPECT_TRUE(result.items.empty());
@@ -149,7 +149,7 @@ TEST_F(ProcessLeaf, WhenSwitchedOffItIsUnknown) {
     EXPECT_EQ(std::vector{EventCode::Config}, LeafTester::codes(result));
 }
 
-TEST_F(ProcessLeaf, AWrongExpressionIsUnknown) {
+TEST_F(ProcessLeaf, AnInvalidRegexIsUnknown) {
     EXPECT_EQ(std::vector{EventCode::Unsupported}, LeafTester::codes(ask({{Attribute::ArgsRegex, "("}})));
 }
 

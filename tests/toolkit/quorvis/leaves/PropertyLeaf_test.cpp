@@ -6,7 +6,7 @@
 namespace toolkit::quorvis {
 namespace {
 
-TEST(PropertyFormats, PropertiesAreReadAsJavaDoes) {
+TEST(PropertyFormats, PropertiesAreReadAsInJava) {
     const std::string_view text =
         "# version=0\n"
         "  ! version=00\n"
@@ -81,7 +81,7 @@ constexpr std::string_view kJson = R"({
   "a/b": {"~c": "pointer"}, "umlaut": "\u00e4\ud83d\ude00",
   "deep": {"version": "2.0"}, "twice": 1, "twice": 2, "late": "l" })";
 
-TEST(PropertyFormats, JsonValuesHaveAWay) {
+TEST(PropertyFormats, JsonValuesAreFoundByPath) {
     const std::pair<const char*, const char*> kCases[] = {
         {"version", "1.2"},
         {"/version", "1.2"},
@@ -106,7 +106,7 @@ TEST(PropertyFormats, JsonValuesHaveAWay) {
     EXPECT_EQ(std::nullopt, jsonValue(kJson, "version").damage);
 }
 
-TEST(PropertyFormats, DamagedJsonSaysWhereAndGivesWhatStandsBefore) {
+TEST(PropertyFormats, DamagedJsonGivesItsOffsetAndTheValuesBeforeIt) {
     const JsonValue damaged = jsonValue(R"({"version": "1.2", "x": })", "version");
     EXPECT_EQ("1.2", damaged.value);
     EXPECT_EQ(25U, damaged.damage);
@@ -114,14 +114,14 @@ TEST(PropertyFormats, DamagedJsonSaysWhereAndGivesWhatStandsBefore) {
     EXPECT_NE(std::nullopt, jsonValue("{\"a\": \"\xff\"}", "a").damage);
 }
 
-TEST(PropertyFormats, DeepJsonIsRefusedNotFollowed) {
+TEST(PropertyFormats, DeeplyNestedJsonIsRefused) {
     const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
     EXPECT_EQ(std::nullopt, jsonValue(nested(64), "a").damage);
     EXPECT_NE(std::nullopt, jsonValue(nested(65), "a").damage);
     EXPECT_NE(std::nullopt, jsonValue(std::string(1'000'000, '['), "a").damage);
 }
 
-TEST(PropertyFormats, CutTextsGiveNothingWrong) {
+TEST(PropertyFormats, TruncatedTextsGiveNoWrongValues) {
     for (std::size_t size = 0; size < kJson.size(); ++size) {
         const std::string cut(kJson.substr(0, size));
         EXPECT_TRUE(jsonValue(cut, "late").damage) << size;
@@ -132,7 +132,7 @@ TEST(PropertyFormats, CutTextsGiveNothingWrong) {
         const std::string cut = properties.substr(0, size);
         const std::string value = propertyValue(cut, "aA").value_or("");
         const std::string whole = "b\u00e4\\c:=d";
-        // An escape that is cut is none.
+        // A truncated escape is not an escape.
         EXPECT_TRUE(whole.starts_with(value) || value.starts_with("bu")) << cut;
     }
     const std::string ini = "[s]\nk = \"v\"\n";
@@ -153,7 +153,7 @@ class PropertyLeaf : public ::testing::Test {
     LeafTester tester_;
 };
 
-TEST_F(PropertyLeaf, EveryFormatGivesItsValue) {
+TEST_F(PropertyLeaf, EveryFormatGivesAValue) {
     tester_.tree.write("release", "JAVA_VERSION=\"17.0.9\"\n[s]\nVERSION: 2\n");
     EXPECT_EQ("17.0.9", LeafTester::first(ask("shell", {{Attribute::Key, "JAVA_VERSION"}}), "value"));
     EXPECT_EQ("\"17.0.9\"",
@@ -165,7 +165,7 @@ TEST_F(PropertyLeaf, EveryFormatGivesItsValue) {
     EXPECT_EQ("7", LeafTester::first(ask("json", {{Attribute::Key, "a.b"}}), "value"));
 }
 
-TEST_F(PropertyLeaf, TestsDecide) {
+TEST_F(PropertyLeaf, AllTestsMustPass) {
     tester_.tree.write("release", "JAVA_VERSION=\"17.0.9\"\n");
     const std::tuple<Attribute, const char*, bool> kCases[] = {
         {Attribute::AtLeast, "17.0.10", false}, {Attribute::AtLeast, "17.0.8", true},
@@ -179,7 +179,7 @@ TEST_F(PropertyLeaf, TestsDecide) {
     }
 }
 
-TEST_F(PropertyLeaf, WhatIsNotThereIsFalse) {
+TEST_F(PropertyLeaf, AMissingValueIsFalse) {
     EXPECT_FALSE(ask("shell", {{Attribute::Key, "A"}}).incomplete) << "no such file";
     tester_.tree.write("release", "A=1\n");
     const LeafResult result = ask("shell", {{Attribute::Key, "B"}});
@@ -187,7 +187,7 @@ TEST_F(PropertyLeaf, WhatIsNotThereIsFalse) {
     EXPECT_FALSE(result.incomplete);
 }
 
-TEST_F(PropertyLeaf, WhatCannotBeReadIsUnknown) {
+TEST_F(PropertyLeaf, AFileThatCannotBeReadIsUnknown) {
     tester_.tree.write("release", "{\"a\": 1, \"b\": ");
     const LeafResult damaged = ask("json", {{Attribute::Key, "b"}});
     EXPECT_TRUE(damaged.incomplete);

@@ -52,7 +52,7 @@ TEST_F(SwidTagLeaf, ATagGivesItsValues) {
     EXPECT_EQ("/usr/share/swidtag/example/widget.swidtag", result.items[0].source);
 }
 
-TEST_F(SwidTagLeaf, TestsDecide) {
+TEST_F(SwidTagLeaf, AllTestsMustPass) {
     tester_.tree.write("usr/lib/swidtag/widget.swidtag", kWidget);
     tester_.tree.write("usr/lib/swidtag/x.swidtag", tag("tagId='x' name='X' patch='true' corpus='1'"));
     const std::pair<LeafTester::Attributes, Ids> kCases[] = {
@@ -76,7 +76,7 @@ TEST_F(SwidTagLeaf, TestsDecide) {
     EXPECT_EQ("example.com", LeafTester::first(ask({{Attribute::Regid, "example.com"}}), "regid"));
 }
 
-TEST_F(SwidTagLeaf, TagsAreFoundInTheirPlacesAndSortedByPath) {
+TEST_F(SwidTagLeaf, TagsAreFoundInAllDirectoriesAndSortedByPath) {
     const char* const kPlaces[] = {
         "etc/swid/swidtags.d/1.swidtag", "opt/product/swidtag/2.swidtag", "srv/tags/3.swidtag",
         "usr/lib/swidtag/4.swidtag",     "usr/share/swidtag/a/5.swidtag", "var/lib/swidtag/6.swidtag",
@@ -96,7 +96,7 @@ TEST_F(SwidTagLeaf, TagsAreFoundInTheirPlacesAndSortedByPath) {
     EXPECT_TRUE(ask().events.empty());
 }
 
-TEST_F(SwidTagLeaf, ATagOfTwoPathsCountsOnce) {
+TEST_F(SwidTagLeaf, ATagWithTwoPathsCountsOnce) {
     tester_.tree.write("usr/share/swidtag/1.swidtag", tag("tagId='1' name='n'"));
     std::filesystem::create_directories(tester_.tree.path() / "usr/lib");
     std::filesystem::create_symlink("/usr/share/swidtag", tester_.tree.path() / "usr/lib/swidtag");
@@ -105,7 +105,7 @@ TEST_F(SwidTagLeaf, ATagOfTwoPathsCountsOnce) {
     EXPECT_EQ("/usr/share/swidtag/1.swidtag", result.items[0].source);
 }
 
-TEST_F(SwidTagLeaf, ADamagedTagIsToldAndTheOthersAreUsed) {
+TEST_F(SwidTagLeaf, ADamagedTagIsReportedAndTheOthersAreUsed) {
     const std::string kDamaged[] = {
         std::string(kWidget).substr(0, 200),
         tag("name='no id'"),
@@ -130,7 +130,7 @@ TEST_F(SwidTagLeaf, ALargeTagIsNotRead) {
     EXPECT_EQ(std::vector{EventCode::LimitBytes}, LeafTester::codes(ask()));
 }
 
-TEST_F(SwidTagLeaf, WhenSwitchedOffItIsUnknown) {
+TEST_F(SwidTagLeaf, WhenDisabledItIsUnknown) {
     tester_.settings.swid.enabled = false;
     const LeafResult result = ask();
     EXPECT_TRUE(result.incomplete);

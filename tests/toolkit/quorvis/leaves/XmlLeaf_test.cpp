@@ -48,7 +48,7 @@ TEST(XmlSelection, StepsLeadToValues) {
     for (const auto& [way, values] : kCases) EXPECT_EQ(values, select(kPom, way)) << way;
 }
 
-TEST(XmlSelection, WrongWaysAreRefused) {
+TEST(XmlSelection, InvalidSelectionsAreRefused) {
     for (const char* way : {"",     "/",       "//a",  "a//b",   "a/",  "@a",    "/@a",
                             "a/@",  "a/@b/c",  "a[0]", "a[x]",   "a[1", "a[",    "a[]",
                             "a]",   "a[1]b",   "a/*",  "a@b",    "[1]", "a[-1]", "a[99999999999999999999]",
@@ -59,7 +59,7 @@ TEST(XmlSelection, WrongWaysAreRefused) {
     }
 }
 
-TEST(XmlSelection, ADamagedDocumentGivesWhatStandsBefore) {
+TEST(XmlSelection, ADamagedDocumentGivesTheValuesBeforeTheDamage) {
     std::string problem;
     const auto selection = XmlSelection::parse("a/b", problem);
     const SelectedValues values = selectValues("<a>\n<b>1</b><b>2</c></a>", *selection, 10);
@@ -68,7 +68,7 @@ TEST(XmlSelection, ADamagedDocumentGivesWhatStandsBefore) {
     EXPECT_TRUE(values.problem->starts_with("line 2, column ")) << *values.problem;
 }
 
-TEST(XmlSelection, EncodingsAndVersionsThatAreNotReadAreTold) {
+TEST(XmlSelection, UnsupportedEncodingsAndVersionsAreReported) {
     std::string problem;
     const auto selection = XmlSelection::parse("a", problem);
     const std::tuple<const char*, const char*, const char*> cases[] = {
@@ -92,7 +92,7 @@ TEST(XmlSelection, EncodingsAndVersionsThatAreNotReadAreTold) {
     }
 }
 
-TEST(XmlSelection, CutDocumentsAreDamaged) {
+TEST(XmlSelection, TruncatedDocumentsAreDamaged) {
     std::string problem;
     const auto selection = XmlSelection::parse("/project/version", problem);
     const std::string_view whole = kPom;
@@ -124,7 +124,7 @@ TEST_F(XmlLeaf, ValuesThatPassTheTestsAreItems) {
     EXPECT_FALSE(result.incomplete);
 }
 
-TEST_F(XmlLeaf, WhatIsDangerousIsRefused) {
+TEST_F(XmlLeaf, DangerousDocumentsAreRefused) {
     const std::string deep = [] {
         std::string text;
         for (int i = 0; i < 65; ++i) text += "<a>";
@@ -158,7 +158,7 @@ TEST_F(XmlLeaf, LongTextsAreCut) {
     EXPECT_EQ(std::string(8192, 'x'), LeafTester::first(result, "value"));
 }
 
-TEST_F(XmlLeaf, AWrongSelectionIsUnknown) {
+TEST_F(XmlLeaf, AnInvalidSelectionIsUnknown) {
     EXPECT_EQ(std::vector{EventCode::Unsupported},
               LeafTester::codes(ask("<a/>", {{Attribute::Select, "a["}})));
 }

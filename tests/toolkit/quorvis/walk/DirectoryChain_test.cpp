@@ -14,7 +14,7 @@ kest::Descriptor openAt(const std::filesystem::path& path) {
     return kest::Descriptor(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-TEST(DirectoryChain, AChainGoesOnWhereAnotherOneWas) {
+TEST(DirectoryChain, AChainContinuesAnotherOne) {
     const zavtest::ScratchDir tree;
     std::filesystem::create_directories(tree.path() / "a/b/c");
     const kest::Descriptor top = openAt(tree.path());

@@ -21,8 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
 
-// With and without the kernel's help to keep a walk inside of the tree.
-class TreeWalk : public ::testing::TestWithParam<Root::Lookup> {
+// With openat2 and with the lookup by components, which keep a walk inside of the tree.
+class TreeSearchTest : public ::testing::TestWithParam<Root::Lookup> {
   protected:
     void touch(const std::string& path) { tree_.write(path, ""); }
     void link(const std::string& target, const std::string& path) {
@@ -38,7 +38,7 @@ class TreeWalk : public ::testing::TestWithParam<Root::Lookup> {
     GlobHits walk(const std::string& pattern, unsigned maxDepth = 0, const std::string& exclude = "") {
         return walk({{pattern, maxDepth, exclude}}).front();
     }
-    // The matches of a search that must have been complete.
+    // The matches of a search. Expects it to be complete.
     Paths find(const std::string& pattern, unsigned maxDepth = 0, const std::string& exclude = "") {
         const GlobHits hits = walk(pattern, maxDepth, exclude);
         EXPECT_FALSE(hits.incomplete) << pattern;
@@ -59,12 +59,12 @@ class TreeWalk : public ::testing::TestWithParam<Root::Lookup> {
     Settings settings_;
 };
 
-INSTANTIATE_TEST_SUITE_P(, TreeWalk, ::testing::Values(Root::Lookup::Kernel, Root::Lookup::ByComponent),
+INSTANTIATE_TEST_SUITE_P(, TreeSearchTest, ::testing::Values(Root::Lookup::Kernel, Root::Lookup::ByComponent),
                          [](const auto& tested) {
                              return tested.param == Root::Lookup::Kernel ? "Kernel" : "ByComponent";
                          });
 
-TEST_P(TreeWalk, PatternsFindWhatTheyStandFor) {
+TEST_P(TreeSearchTest, PatternsFindTheirMatches) {
     for (const char* path :
          {"opt/a/x.jar", "opt/a/lib/x.jar", "opt/a/lib/deep/y.jar", "opt/b/x.jar", "opt/.c/x.jar",
           "opt/x.jar", "srv/w/libz.so.1", "srv/w/libz.so", "srv/w/z.so.1", "etc/r"})
@@ -103,14 +103,14 @@ TEST_P(TreeWalk, PatternsFindWhatTheyStandFor) {
         EXPECT_EQ(cases[i].found, together[i].paths) << cases[i].pattern;
 }
 
-TEST_P(TreeWalk, DirectoriesThatAreReadInSeveralPiecesAreSeenWhole) {
+TEST_P(TreeSearchTest, LargeDirectoriesAreReadCompletely) {
     const std::string longName(240, 'n');
     for (int i = 0; i < 1200; ++i) touch("opt/" + longName + std::to_string(i));
     settings_.fileSystem.maxMatches = 2000;
     EXPECT_EQ(1200U, find("/opt/n*").size());
 }
 
-TEST_P(TreeWalk, ThousandsOfPatternsDoNotMixUp) {
+TEST_P(TreeSearchTest, ThousandsOfPatternsAreKeptApart) {
     std::vector<GlobRequest> requests;
     for (int i = 0; i < 2000; ++i) {
         const std::string n = std::to_string(i);
@@ -136,7 +136,7 @@ TEST_P(TreeWalk, ThousandsOfPatternsDoNotMixUp) {
     }
 }
 
-TEST_P(TreeWalk, OnlyStepsOtherThanAnyDepthFollowLinks) {
+TEST_P(TreeSearchTest, AnyDepthStepsDoNotFollowLinks) {
     touch("data/sub/f");
     link("/data", "opt/l");
     link("..", "opt/up");
@@ -149,7 +149,7 @@ TEST_P(TreeWalk, OnlyStepsOtherThanAnyDepthFollowLinks) {
     EXPECT_EQ((Paths{"/opt/chain", "/opt/l", "/opt/up"}), find("/opt/**"));
 }
 
-TEST_P(TreeWalk, LinksThatGoInCirclesEnd) {
+TEST_P(TreeSearchTest, CircularLinksEnd) {
     touch("opt/a/f");
     link(".", "opt/a/self");
     link("/opt", "opt/a/top");
@@ -163,7 +163,7 @@ TEST_P(TreeWalk, LinksThatGoInCirclesEnd) {
     EXPECT_EQ((Paths{}), find("/opt/{loop,dangling}/*"));
 }
 
-TEST_P(TreeWalk, NoLinkLeadsOutOfTheTree) {
+TEST_P(TreeSearchTest, NoLinkLeadsOutOfTheTree) {
     const zavtest::ScratchDir outside;
     outside.write("secret", "");
     link(outside.path().string(), "opt/absolute");
@@ -174,7 +174,7 @@ TEST_P(TreeWalk, NoLinkLeadsOutOfTheTree) {
     EXPECT_EQ((Paths{"/opt/absolute/inside", "/opt/relative/inside"}), find("/opt/*/*"));
 }
 
-TEST_P(TreeWalk, NothingEntersWhatIsNoPartOfTheMachine) {
+TEST_P(TreeSearchTest, DirectoriesOfOtherMachinesAreNotEntered) {
     for (const char* path :
          {"proc/1/f", "sys/f", "dev/f", "run/f", "var/lib/docker/f", "var/lib/containers/f", "var/lib/lxc/f",
           "home/u/.local/share/containers/f", "var/lib/other/f", "excluded/f", "data/excluded/f"})
@@ -191,7 +191,7 @@ TEST_P(TreeWalk, NothingEntersWhatIsNoPartOfTheMachine) {
     EXPECT_EQ((Paths{"/proc"}), find("/pro?"));
 }
 
-TEST_P(TreeWalk, ARequestPassesOverWhatItExcludes) {
+TEST_P(TreeSearchTest, ARequestSkipsWhatItExcludes) {
     touch("opt/a/f");
     touch("opt/b/f");
     touch("opt/a/test/f");
@@ -204,7 +204,7 @@ TEST_P(TreeWalk, ARequestPassesOverWhatItExcludes) {
     EXPECT_EQ(3U, both[1].paths.size()) << "what one request passes over another one finds";
 }
 
-TEST_P(TreeWalk, TheSettingsDepthCutsTheWalkAndSaysSo) {
+TEST_P(TreeSearchTest, TheMaxDepthOfTheSettingsIsReported) {
     touch("opt/1/f");
     touch("opt/1/2/f");
     touch("opt/1/2/3/f");
@@ -219,7 +219,7 @@ TEST_P(TreeWalk, TheSettingsDepthCutsTheWalkAndSaysSo) {
     EXPECT_EQ((Paths{"/opt/1/2/3/f"}), find("/opt/1/2/3/f"));
 }
 
-TEST_P(TreeWalk, ARequestsOwnDepthIsWhatItLooksFor) {
+TEST_P(TreeSearchTest, TheMaxDepthOfARequestIsNotReported) {
     touch("opt/1/f");
     touch("opt/1/2/f");
     touch("opt/1/2/3/f");
@@ -231,7 +231,7 @@ TEST_P(TreeWalk, ARequestsOwnDepthIsWhatItLooksFor) {
     EXPECT_EQ(2U, both[1].paths.size());
 }
 
-TEST_P(TreeWalk, ADepthBeyond64IsCutThere) {
+TEST_P(TreeSearchTest, TheMaxDepthIsAtMost64) {
     std::string deep = "opt/";
     for (int i = 0; i < 70; ++i) deep += "d/";
     touch(deep + "f");
@@ -240,7 +240,7 @@ TEST_P(TreeWalk, ADepthBeyond64IsCutThere) {
     expectCut(hits, EventCode::LimitDepth);
 }
 
-TEST_P(TreeWalk, TooManyNamesEndTheWalkForAll) {
+TEST_P(TreeSearchTest, TooManyNamesEndTheWalkForAllRequests) {
     for (int i = 0; i < 20; ++i) touch("opt/" + std::to_string(i));
     settings_.fileSystem.maxEntries = 10;
     const std::vector<GlobHits> hits = walk({{"/opt/*", 0, ""}, {"/srv/x", 0, ""}});
@@ -249,7 +249,7 @@ TEST_P(TreeWalk, TooManyNamesEndTheWalkForAll) {
     expectCut(hits[1], EventCode::LimitEntries);
 }
 
-TEST_P(TreeWalk, TooManyNamesInOneDirectoryConcernThoseThatLookThere) {
+TEST_P(TreeSearchTest, TooManyNamesInADirectoryAffectItsRequestsOnly) {
     for (int i = 0; i < 20; ++i) touch("opt/" + std::to_string(i));
     touch("srv/x");
     settings_.fileSystem.maxEntriesPerDirectory = 5;
@@ -261,7 +261,7 @@ TEST_P(TreeWalk, TooManyNamesInOneDirectoryConcernThoseThatLookThere) {
     EXPECT_FALSE(hits[1].incomplete);
 }
 
-TEST_P(TreeWalk, OfTooManyMatchesTheFirstOnesAreKept) {
+TEST_P(TreeSearchTest, OfTooManyMatchesTheFirstOnesAreKept) {
     for (int i = 10; i < 40; ++i) touch("opt/" + std::to_string(i));
     settings_.fileSystem.maxMatches = 3;
     const GlobHits hits = walk("/opt/*");
@@ -270,13 +270,13 @@ TEST_P(TreeWalk, OfTooManyMatchesTheFirstOnesAreKept) {
     EXPECT_EQ((Paths{"/opt/11", "/opt/12", "/opt/13"}), find("/opt/1[123]"));
 }
 
-TEST_P(TreeWalk, NoTimeLeftIsADeadline) {
+TEST_P(TreeSearchTest, NoTimeLeftIsADeadline) {
     touch("opt/f");
     settings_.evaluation.timeLimit = std::chrono::seconds(0);
     expectCut(walk("/opt/**/f"), EventCode::Deadline);
 }
 
-TEST_P(TreeWalk, PatternsThatMayNotBeWalkedFail) {
+TEST_P(TreeSearchTest, PatternsThatMayNotBeWalkedFail) {
     touch("opt/f");
     settings_.fileSystem.maxDepth = 12;
     const std::vector<GlobHits> hits =
@@ -287,7 +287,7 @@ TEST_P(TreeWalk, PatternsThatMayNotBeWalkedFail) {
     EXPECT_EQ((Paths{"/opt/f"}), find("/**/f"));
 }
 
-TEST_P(TreeWalk, WhatMayNotBeListedOrSearchedIsReported) {
+TEST_P(TreeSearchTest, DirectoriesWithoutPermissionAreReported) {
     touch("opt/closed/f");
     touch("opt/named/f");
     touch("opt/open/f");
@@ -317,8 +317,8 @@ TEST_P(TreeWalk, WhatMayNotBeListedOrSearchedIsReported) {
     EXPECT_EQ(0, WEXITSTATUS(status));
 }
 
-// Runs in a process with mounts of its own; those who may not have any skip.
-class MountedTree : public TreeWalk {
+// Runs in a process with its own mounts. Skipped where that is not permitted.
+class MountedTree : public TreeSearchTest {
   protected:
     template <typename Check>
     void withMounts(const Check& check) {
@@ -341,7 +341,7 @@ class MountedTree : public TreeWalk {
         if (mount(source.c_str(), place.c_str(), type, flags, nullptr) == 0) return;
         _exit(errno == EPERM || errno == ENODEV ? 77 : 1);
     }
-    // Whoever asks for what is below waits for a program that never answers.
+    // A lookup below this mount waits for a program that never answers.
     void mountRemoteAt(const char* path) {
         int ends[2];
         if (pipe(ends) != 0) _exit(2);
@@ -358,7 +358,7 @@ INSTANTIATE_TEST_SUITE_P(, MountedTree, ::testing::Values(Root::Lookup::Kernel, 
                              return tested.param == Root::Lookup::Kernel ? "Kernel" : "ByComponent";
                          });
 
-TEST_P(MountedTree, OtherLocalFileSystemsAreEnteredUnlessTheSettingsSayNo) {
+TEST_P(MountedTree, OtherLocalFileSystemsAreEnteredUnlessTheSettingsForbidIt) {
     withMounts([this] {
         touch("opt/f");
         mountAt("opt/disk", "tmpfs", "none", 0);
@@ -383,7 +383,7 @@ TEST_P(MountedTree, ADirectoryMountedInsideOfItselfIsALoop) {
     });
 }
 
-TEST_P(MountedTree, LoopsAreSeenByWhicheverThreadMeetsThem) {
+TEST_P(MountedTree, LoopsAreDetectedInEveryThread) {
     withMounts([this] {
         for (int i = 0; i < 144; ++i)
             touch("opt/a" + std::to_string(i / 12) + "/b" + std::to_string(i % 12) + "/f");
@@ -400,7 +400,7 @@ TEST_P(MountedTree, LoopsAreSeenByWhicheverThreadMeetsThem) {
     });
 }
 
-TEST_P(MountedTree, RemoteFileSystemsAreSkippedUnlessTheSettingsSayNo) {
+TEST_P(MountedTree, RemoteFileSystemsAreSkippedUnlessTheSettingsAllowThem) {
     withMounts([this] {
         touch("opt/f");
         mountRemoteAt("opt/net");
@@ -426,7 +426,7 @@ TEST(IsRemoteFileSystem, NetworksAndProgramsAre) {
         EXPECT_FALSE(isRemoteFileSystem(type)) << type;
 }
 
-TEST(TreeWalkOfTheLiveMachine, FindsFilesAndKeepsOutOfProc) {
+TEST(TreeSearchOnTheLiveMachine, FindsFilesAndKeepsOutOfProc) {
     const zavtest::ScratchDir dir;
     dir.write("a/b/f", "");
     fs::create_symlink("/proc/self", dir.path() / "process");

@@ -52,7 +52,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// All that there is to hits, a line for each path and event.
+// The hits as text, one line per path and event.
 std::string textOf(const GlobHits& hits) {
     std::string text = hits.incomplete ? "incomplete\n" : "";
     for (const std::string& path : hits.paths) text += path + '\n';
@@ -84,7 +84,7 @@ class WalkInThreads : public ::testing::Test {
         threadsStarted = 0;
         return context.tree().walk(requests);
     }
-    // Walks in more and more threads, each time with the hits of one.
+    // Walks with several numbers of threads. Expects the hits of one thread.
     void expectSame(const std::vector<GlobRequest>& requests) {
         const std::vector<GlobHits> expected = walk(1, requests);
         EXPECT_EQ(0, threadsStarted);
@@ -101,7 +101,7 @@ class WalkInThreads : public ::testing::Test {
     Settings settings_;
 };
 
-TEST_F(WalkInThreads, TheHitsDoNotDependOnHowManyThereAre) {
+TEST_F(WalkInThreads, TheHitsDoNotDependOnTheNumberOfThreads) {
     const std::vector<GlobRequest> requests = {
         {"/opt/**", 0, ""},
         {"/opt/**/*.so", 0, ""},
@@ -128,7 +128,7 @@ TEST_F(WalkInThreads, OfTooManyMatchesAndEventsTheSameOnesAreKept) {
     expectSame({{"/opt/**", 0, ""}, {"/opt/*/*/*/*.so", 0, ""}, {"/opt/**/lib*", 0, ""}});
 }
 
-TEST_F(WalkInThreads, OfEachTooLargeDirectorySomeNamesAreSeen) {
+TEST_F(WalkInThreads, SomeNamesOfEachLargeDirectoryAreSeen) {
     settings_.fileSystem.maxEntriesPerDirectory = 5;
     for (const unsigned jobs : {1U, 2U, 8U}) {
         const GlobHits hits = walk(jobs, {{"/opt/**/lib*", 0, ""}})[0];
@@ -155,12 +155,12 @@ TEST_F(WalkInThreads, NamesAreCountedExactly) {
     }
 }
 
-TEST_F(WalkInThreads, FewDirectoriesAreLeftToOne) {
+TEST_F(WalkInThreads, AFewDirectoriesTakeOneThread) {
     EXPECT_EQ(4U, walk(8, {{"/opt/a0/b1/*", 0, ""}})[0].paths.size());
     EXPECT_EQ(0, threadsStarted);
 }
 
-TEST_F(WalkInThreads, ThoseThatCannotBeHadAreDoneWithout) {
+TEST_F(WalkInThreads, ThreadsThatCannotStartAreNotNeeded) {
     for (const int available : {0, 1, 3}) {
         threadsToBeHad = available;
         EXPECT_EQ(256U, walk(8, {{"/opt/**/*.so", 0, ""}})[0].paths.size());
@@ -169,7 +169,7 @@ TEST_F(WalkInThreads, ThoseThatCannotBeHadAreDoneWithout) {
     threadsToBeHad = 1000;
 }
 
-TEST_F(WalkInThreads, OneThatLacksMemoryEndsTheWalk) {
+TEST_F(WalkInThreads, AThreadWithoutMemoryEndsTheWalk) {
     othersLackMemory = true;
     EXPECT_THROW(walk(3, {{"/opt/**/*.so", 0, ""}}), std::bad_alloc);
     othersLackMemory = false;

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/evaluation/ScanKeeper.h"
+#include "toolkit/quorvis/evaluation/ScanSupervisor.h"
 
 #include <algorithm>
 #include <chrono>
@@ -17,29 +17,30 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kGrace{500};      // for who looks at the clock to end by himself
-constexpr milliseconds kLookEvery{100};  // at what the child is busy with
-constexpr unsigned kMostAttempts = 16;
-constexpr std::size_t kMostExplanation = std::size_t{16} << 20;
+constexpr milliseconds kGrace{500};          // after a deadline, for the child to notice it itself
+constexpr milliseconds kCheckInterval{100};  // for the deadline that the child shows
+constexpr unsigned kMaxAttempts = 16;
+constexpr std::size_t kMaxExplanationBytes = std::size_t{16} << 20;
 
-class Keeper {
+class Supervisor {
   public:
-    Keeper(const ScanJob& job, EventList& events)
+    Supervisor(const ScanJob& job, EventList& events)
         : job_(job), events_(events), end_(job.start + job.settings.evaluation.timeLimit + kGrace) {}
 
-    Findings run() {
-        for (unsigned i = 0; i < kMostAttempts; ++i) {
+    ScanResult run() {
+        for (unsigned i = 0; i < kMaxAttempts; ++i) {
             const std::string reason = tryOnce();
-            if (reason.empty() || !prepareNext(reason)) return std::move(findings_);
+            if (reason.empty() || !prepareNext(reason)) return std::move(result_);
         }
         giveUp(EventCode::Aborted, "the evaluation was interrupted too often");
-        return std::move(findings_);
+        return std::move(result_);
     }
 
   private:
-    // Why this attempt ended before all was evaluated; empty when all was.
+    // Returns why this attempt ended early; empty when it evaluated all signatures.
     std::string tryOnce() {
-        WorkerProcess worker([&](int pipe, ScanTail& tail) { workOn(job_, attempt_, pipe, tail); });
+        WorkerProcess worker(
+            [&](int pipe, WorkerOutput& output) { runWorker(job_, attempt_, pipe, output); });
         reader_ = {};
         done_ = false;
         std::string reason;
@@ -47,21 +48,21 @@ class Keeper {
         while (open && !done_ && reason.empty()) {
             const Clock::time_point now = Clock::now();
             late_ = now >= end_;
-            if (late_ || worker.tail().deadline.isLateBy(kGrace)) {
+            if (late_ || worker.output().deadline.isLateBy(kGrace)) {
                 reason = "it took too long";
                 worker.kill();
-            } else if (worker.waitForInput(std::min(Clock::duration(kLookEvery), end_ - now))) {
+            } else if (worker.waitForInput(std::min(Clock::duration(kCheckInterval), end_ - now))) {
                 open = take(worker.receive());
             }
         }
         if (reason.empty()) reason = worker.join();
         take(worker.rest());
-        begun_ = worker.tail().begun;
-        guid_ = worker.tail().guid.data();
+        begun_ = worker.output().begun;
+        guid_ = worker.output().guid.data();
         return done_ ? std::string() : reason;
     }
 
-    // False at the end of the child.
+    // Takes the messages in these bytes. False when the child has closed the pipe or sent something else.
     bool take(std::string_view bytes) {
         reader_.add(bytes);
         for (ScanMessage message;;) {
@@ -80,7 +81,7 @@ class Keeper {
     void take(ScanMessage message) {
         switch (message.kind) {
             case ScanMessage::Kind::Signatures:
-                findings_.signatureCount = message.number;
+                result_.signatureCount = message.number;
                 read_ = true;
                 break;
             case ScanMessage::Kind::Match:
@@ -93,10 +94,10 @@ class Keeper {
                 takeExplanation(std::move(message.texts.front()));
                 break;
             case ScanMessage::Kind::Refused:
-                findings_.problems.push_back(std::move(message.texts.front()));
+                result_.problems.push_back(std::move(message.texts.front()));
                 break;
             case ScanMessage::Kind::Failed:
-                findings_.failure = std::move(message.texts.front());
+                result_.failure = std::move(message.texts.front());
                 done_ = true;
                 break;
             case ScanMessage::Kind::Done:
@@ -107,40 +108,40 @@ class Keeper {
 
     void takeMatch(const std::string& element) {
         if (limit_.admit(element)) {
-            findings_.matches += element;
-            ++findings_.matchCount;
+            result_.matches += element;
+            ++result_.matchCount;
         } else if (!std::exchange(full_, true)) {
             events_.add({EventCode::LimitBytes, {}, "the output is full: matches were left out", {}, {}});
         }
     }
 
     void takeExplanation(std::string line) {
-        if (explained_ > kMostExplanation) return;
+        if (explained_ > kMaxExplanationBytes) return;
         explained_ += line.size() + 1;
-        findings_.explanation.push_back(explained_ > kMostExplanation ? "..." : std::move(line));
+        result_.explanation.push_back(explained_ > kMaxExplanationBytes ? "..." : std::move(line));
     }
 
-    // Whether another attempt makes sense, after this one ended for that reason.
+    // Prepares another attempt after this one ended for this reason. False when none makes sense.
     bool prepareNext(const std::string& reason) {
         if (!read_) {
-            findings_.problems.push_back(job_.options.signatures + ": cannot be read: " + reason);
+            result_.problems.push_back(job_.options.signatures + ": cannot be read: " + reason);
             return false;
         }
         if (late_) {
             giveUp(EventCode::Deadline, "the time limit was reached");
             return false;
         }
-        attempt_.together = false;
+        attempt_.contentFilters = false;
         if (begun_ <= attempt_.first) return prepareWithoutWalk(reason);
         const std::string text =
             "whether the signature matches is unknown: its evaluation was ended, for " + reason;
         events_.add({EventCode::Aborted, {}, text, guid_, {}});
         events_.add({EventCode::Unresolved, {}, "whether the signature matches is unknown", guid_, {}});
         attempt_.first = begun_;
-        return attempt_.first < findings_.signatureCount;
+        return attempt_.first < result_.signatureCount;
     }
 
-    // What was planned for all signatures did not end.
+    // For an attempt that ended while it prepared the evaluation of all signatures.
     bool prepareWithoutWalk(const std::string& reason) {
         if (attempt_.walks) {
             attempt_.walks = false;
@@ -157,7 +158,7 @@ class Keeper {
 
     void giveUp(EventCode code, const std::string& reason) {
         const std::size_t finished = std::max(begun_, attempt_.first + 1) - 1;
-        const std::size_t left = findings_.signatureCount - std::min(finished, findings_.signatureCount);
+        const std::size_t left = result_.signatureCount - std::min(finished, result_.signatureCount);
         events_.add(
             {code, {}, reason + ": " + std::to_string(left) + " signatures were not evaluated", {}, {}});
     }
@@ -165,14 +166,14 @@ class Keeper {
     const ScanJob& job_;
     EventList& events_;
     Clock::time_point end_;
-    Findings findings_;
+    ScanResult result_;
     ScanAttempt attempt_;
     ScanMessageReader reader_;
     OutputLimit limit_;
     bool full_ = false;
     std::size_t explained_ = 0;
     // Of the latest attempt.
-    bool read_ = false;  // whether the signatures were
+    bool read_ = false;  // whether it has read the signatures
     bool done_ = false;
     bool late_ = false;
     std::size_t begun_ = 0;
@@ -181,8 +182,8 @@ class Keeper {
 
 }  // namespace
 
-Findings keepScan(const ScanJob& job, EventList& events) {
-    return Keeper(job, events).run();
+ScanResult superviseScan(const ScanJob& job, EventList& events) {
+    return Supervisor(job, events).run();
 }
 
 }  // namespace toolkit::quorvis

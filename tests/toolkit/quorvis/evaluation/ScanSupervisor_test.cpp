@@ -1,5 +1,5 @@
-// Scans whose process hangs or dies while it reads a file.
-#include "toolkit/quorvis/evaluation/ScanKeeper.h"
+// Scans whose worker hangs or dies while it reads a file.
+#include "toolkit/quorvis/evaluation/ScanSupervisor.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Files of these sizes do not read like others.
+// pread() of files of these sizes hangs or fails.
 constexpr off_t kHangs = 4'001;
 constexpr off_t kKills = 4'002;
 constexpr off_t kNeedsMemory = 4'003;
@@ -34,7 +34,7 @@ extern "C" ssize_t __wrap_pread(int file, void* buffer, size_t size, off_t offse
 namespace toolkit::quorvis {
 namespace {
 
-class ScanKeeper : public testing::Test {
+class ScanSupervisor : public testing::Test {
   protected:
     void SetUp() override {
         tree_.write("good", "x");
@@ -43,7 +43,7 @@ class ScanKeeper : public testing::Test {
         tree_.write("needs-memory", std::string(kNeedsMemory, 'x'));
     }
     // Scans with a signature for each of these files.
-    Findings scan(const std::vector<std::string>& files) {
+    ScanResult scan(const std::vector<std::string>& files) {
         std::string text;
         for (const std::string& file : files) text += signatureOf(file);
         return scanText(text);
@@ -52,14 +52,14 @@ class ScanKeeper : public testing::Test {
         return "<Signature guid=\"" + file + "\" name=\"n\"><Match><Content path=\"/" + file +
                "\" regex=\"x\"/></Match></Signature>";
     }
-    Findings scanText(const std::string& text) {
+    ScanResult scanText(const std::string& text) {
         const std::string path = dir_.write("sig.xml", "<Signatures>" + text + "</Signatures>").string();
         const DocumentText signatures = readDocument(path);
         const Root root(tree_.path().string());
         Options options;
         options.signatures = path;
-        return keepScan({options, settings_, root, {}, signatures, std::chrono::steady_clock::now()},
-                        events_);
+        return superviseScan({options, settings_, root, {}, signatures, std::chrono::steady_clock::now()},
+                             events_);
     }
     // "aborted kills, unresolved kills"
     std::string events() const {
@@ -77,50 +77,50 @@ class ScanKeeper : public testing::Test {
     EventList events_;
 };
 
-TEST_F(ScanKeeper, AFileThatKillsTheProcessCostsItsSignatureOnly) {
-    const Findings found = scan({"good", "kills", "good"});
+TEST_F(ScanSupervisor, AFileThatKillsTheWorkerAffectsOnlyItsSignature) {
+    const ScanResult found = scan({"good", "kills", "good"});
     EXPECT_EQ(2U, found.matchCount);
     EXPECT_EQ(3U, found.signatureCount);
     EXPECT_EQ("aborted kills, unresolved kills", events());
     EXPECT_TRUE(events_.reachedLimit());
 }
 
-TEST_F(ScanKeeper, OneThatKillsItAgainAndAgainEndsTheScanWithWhatThereIs) {
+TEST_F(ScanSupervisor, AFileThatAlwaysKillsTheWorkerEndsTheScanWithPartialResults) {
     std::vector<std::string> files(30, "kills");
     files.insert(files.begin(), "good");
     EXPECT_EQ(1U, scan(files).matchCount);
     EXPECT_TRUE(events_.reachedLimit());
 }
 
-TEST_F(ScanKeeper, AReadThatHangsEndsWithTheTimeAndWhatWasFoundStays) {
+TEST_F(ScanSupervisor, AReadThatHangsEndsAtTheDeadlineAndKeepsTheResults) {
     settings_.evaluation.timeLimit = std::chrono::seconds(1);
-    const Findings found = scan({"good", "hangs"});
+    const ScanResult found = scan({"good", "hangs"});
     EXPECT_EQ(1U, found.matchCount);
     EXPECT_TRUE(events_.reachedLimit());
 }
 
-TEST_F(ScanKeeper, ALeafThatHangsCostsItsSignatureOnly) {
+TEST_F(ScanSupervisor, ALeafThatHangsAffectsOnlyItsSignature) {
     settings_.evaluation.timeLimit = std::chrono::seconds(16);
-    const Findings found = scan({"good", "hangs", "good"});
+    const ScanResult found = scan({"good", "hangs", "good"});
     EXPECT_EQ(2U, found.matchCount);
     EXPECT_EQ("aborted hangs, unresolved hangs", events());
 }
 
-TEST_F(ScanKeeper, HashingManyLargeFilesEndsWithTheTimeOfALeaf) {
+TEST_F(ScanSupervisor, HashingManyLargeFilesEndsAtTheDeadlineOfTheLeaf) {
     settings_.evaluation.timeLimit = std::chrono::seconds(4);
     for (int i = 0; i < 100; ++i) {
         tree_.write("many/" + std::to_string(i), "");
         std::filesystem::resize_file(tree_.path() / "many" / std::to_string(i), std::uintmax_t{256} << 20);
     }
-    const Findings found =
+    const ScanResult found =
         scanText("<Signature guid=\"hash\" name=\"n\"><Match><Glob pattern=\"/many/*\" sha256=\"" +
                  std::string(64, '0') + "\"/></Match></Signature>" + signatureOf("good"));
     EXPECT_EQ(1U, found.matchCount);
     EXPECT_EQ("deadline hash, unresolved hash", events());
 }
 
-TEST_F(ScanKeeper, MemoryThatRunsOutCostsOneSignature) {
-    const Findings found = scan({"good", "needs-memory", "good"});
+TEST_F(ScanSupervisor, RunningOutOfMemoryAffectsOneSignature) {
+    const ScanResult found = scan({"good", "needs-memory", "good"});
     EXPECT_EQ(2U, found.matchCount);
     EXPECT_EQ("limit-memory needs-memory, unresolved needs-memory", events());
 }

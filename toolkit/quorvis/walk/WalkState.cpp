@@ -1,0 +1,179 @@
+#include "toolkit/quorvis/walk/WalkState.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::size_t kMaxProblemsPerNode = 10;
+constexpr std::size_t kMaxBytes = std::size_t{24} << 20;  // of the paths that one thread finds
+
+std::size_t sizeOf(const std::string& path) {
+    return sizeof path + path.size();
+}
+
+bool comesBefore(const Event& left, const Event& right) {
+    return std::tie(left.path, left.code, left.text) < std::tie(right.path, right.code, right.text);
+}
+
+void addEvent(GlobHits& hits, const Event& event) {
+    // A loop hides nothing: what it leads to is found elsewhere.
+    if (event.code != EventCode::Loop) hits.incomplete = true;
+    hits.events.push_back(event);
+}
+
+}  // namespace
+
+void WorkQueue::updateHungry() {
+    hungry_.store(static_cast<int>(waiting_) - static_cast<int>(items_.size()), std::memory_order_relaxed);
+}
+
+// Once true it stays true, although the threads leave one by one.
+bool WorkQueue::allDone() {
+    done_ = done_ || (waiting_ == threads_ && items_.empty());
+    return done_;
+}
+
+void WorkQueue::join() {
+    const std::lock_guard lock(mutex_);
+    ++threads_;
+}
+
+void WorkQueue::leave() {
+    const std::lock_guard lock(mutex_);
+    --threads_;
+    changed_.notify_all();
+}
+
+void WorkQueue::put(WorkItem item) {
+    const std::lock_guard lock(mutex_);
+    items_.push_back(std::move(item));
+    updateHungry();
+    changed_.notify_one();
+}
+
+std::optional<WorkItem> WorkQueue::take() {
+    std::unique_lock lock(mutex_);
+    ++waiting_;
+    updateHungry();
+    if (allDone()) changed_.notify_all();
+    changed_.wait(lock, [this] { return !items_.empty() || allDone(); });
+    if (items_.empty()) return std::nullopt;
+    WorkItem item = std::move(items_.front());
+    items_.pop_front();
+    --waiting_;
+    updateHungry();
+    return item;
+}
+
+WalkState::WalkState(const Root& root, const Settings& settings, const GlobTrie& trie,
+                     std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point deadline)
+    : settings_(settings),
+      trie_(trie),
+      namesSeen_(namesSeen),
+      deadline_(deadline),
+      opener_(root, settings),
+      excludes_(trie.scopeCount()) {
+    for (std::uint32_t i = 0; i < excludes_.size(); ++i) {
+        const std::string& exclude = trie.scope(i).exclude;
+        if (exclude.empty()) continue;
+        excludes_[i].emplace(exclude);
+        anyExclude_ = true;
+    }
+}
+
+bool WalkState::excludes(GlobTrie::NodeId node, const std::string& path) const {
+    const std::optional<PathPattern>& exclude = excludes_[trie_.node(node).scope];
+    return exclude && exclude->matches(path);
+}
+
+std::uint64_t WalkState::claimNames(std::uint64_t count) {
+    const std::uint64_t limit = settings_.fileSystem.maxEntries;
+    const std::uint64_t before = std::min(namesSeen_.fetch_add(count), limit);
+    if (count <= limit - before) return count;
+    end(EventCode::LimitEntries, "More than " + std::to_string(limit) + " names in all directories");
+    return limit - before;
+}
+
+std::uint64_t WalkState::maxNamesPerDirectory() const {
+    return settings_.fileSystem.maxEntriesPerDirectory;
+}
+
+void WalkState::checkTime() {
+    if (std::chrono::steady_clock::now() >= deadline_)
+        end(EventCode::Deadline, "The time for walking through directories was over");
+}
+
+void WalkState::end(EventCode code, std::string text) {
+    const std::lock_guard lock(mutex_);
+    if (!ending_) ending_ = Event{code, {}, std::move(text), {}, {}};
+    stop();
+}
+
+// Of too many matches the first ones by path are kept, whatever the order of the directories.
+void WalkFindings::keep(Found& found, std::string path) {
+    held_ += sizeOf(path);
+    if (held_ > kMaxBytes) {
+        held_ -= sizeOf(path);
+        found.tooLong = true;
+        return;
+    }
+    found.paths.push_back(std::move(path));
+    std::ranges::push_heap(found.paths);
+    if (found.paths.size() <= maxMatches_) return;
+    std::ranges::pop_heap(found.paths);
+    held_ -= sizeOf(found.paths.back());
+    found.paths.pop_back();
+    found.tooMany = true;
+}
+
+void WalkFindings::keep(std::vector<Event>& problems, Event event) {
+    const auto place = std::ranges::upper_bound(problems, event, comesBefore);
+    if (place == problems.end() && problems.size() == kMaxProblemsPerNode) return;
+    problems.insert(place, std::move(event));
+    if (problems.size() > kMaxProblemsPerNode) problems.pop_back();
+}
+
+void WalkFindings::addHit(GlobTrie::NodeId node, const std::string& path) {
+    trie_.forEachRequest(node, [&](std::uint32_t request) {
+        if (std::exchange(lastHits_[request], name_) != name_) keep(found_[request], path);
+    });
+}
+
+void WalkFindings::addProblem(GlobTrie::NodeId node, EventCode code, const std::string& path,
+                              std::string text) {
+    keep(problems_[node], {code, path, std::move(text), {}, {}});
+}
+
+void WalkFindings::merge(WalkFindings&& other) {
+    for (std::size_t i = 0; i < found_.size(); ++i) {
+        for (std::string& path : other.found_[i].paths) keep(found_[i], std::move(path));
+        found_[i].tooMany = found_[i].tooMany || other.found_[i].tooMany;
+        found_[i].tooLong = found_[i].tooLong || other.found_[i].tooLong;
+    }
+    for (auto& [node, problems] : other.problems_) {
+        for (Event& event : problems) keep(problems_[node], std::move(event));
+    }
+}
+
+void WalkFindings::moveTo(std::vector<GlobHits>& hits, const std::optional<Event>& ending) {
+    const std::string tooMany = "More than " + std::to_string(maxMatches_) + " matches";
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        hits[i].paths = std::move(found_[i].paths);
+        std::ranges::sort(hits[i].paths);
+        if (found_[i].tooMany) addEvent(hits[i], {EventCode::LimitMatches, {}, tooMany, {}, {}});
+        if (found_[i].tooLong)
+            addEvent(hits[i], {EventCode::LimitBytes, {}, "More paths than a walk may keep", {}, {}});
+        if (ending) addEvent(hits[i], *ending);
+    }
+    for (const auto& [node, problems] : problems_) {
+        for (const std::uint32_t request : trie_.requestsBelow(node)) {
+            for (const Event& event : problems) addEvent(hits[request], event);
+        }
+    }
+}
+
+}  // namespace toolkit::quorvis
