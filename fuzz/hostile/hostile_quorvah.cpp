@@ -10,8 +10,8 @@
 #include "fuzz/hostile/Databases.h"
 #include "fuzz/hostile/Frame.h"
 #include "fuzz/hostile/Mutations.h"
+#include "tests/toolkit/quorvah/FieldForm.h"
 #include "tests/toolkit/quorvah/ScannerProcess.h"
-#include "toolkit/machine/text/Checked.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
 namespace {
@@ -23,67 +23,6 @@ namespace fs = std::filesystem;
 const std::string kCanary = "CANARY-9d1c3f7a";
 // A run has 60 seconds; a sanitizer makes what follows them slower, and so do other programs.
 constexpr std::chrono::seconds kMostTime{90};
-
-// The fields that hold a count; two of a group have decimals.
-constexpr std::string_view kCounts[] = {"ActiveMaximumTransmissionUnit",
-                                        "ArgMax",
-                                        "AvailableSpace",
-                                        "BlockSize",
-                                        "ChildMax",
-                                        "ClockTicksPerSecond",
-                                        "ClusterId",
-                                        "CoreId",
-                                        "CurrentClockSpeed",
-                                        "DieId",
-                                        "Dies",
-                                        "ElapsedTime",
-                                        "ExternalClock",
-                                        "FileSystemSize",
-                                        "FreePhysicalMemory",
-                                        "FreeVirtualMemory",
-                                        "HugePageSize",
-                                        "HugePagesTotal",
-                                        "InodesFree",
-                                        "InodesTotal",
-                                        "InstalledMemory",
-                                        "InstalledSize",
-                                        "L1dCacheSize",
-                                        "L1iCacheSize",
-                                        "L2CacheSize",
-                                        "L3CacheSize",
-                                        "MaxClockSpeed",
-                                        "MaxNumberOfProcesses",
-                                        "MaxPower",
-                                        "MaxProcessMemorySize",
-                                        "MaximumCapacity",
-                                        "MemAvailable",
-                                        "NumaNode",
-                                        "NumaNodes",
-                                        "NumberOfBlocks",
-                                        "NumberOfConfigs",
-                                        "NumberOfCores",
-                                        "NumberOfEnabledCores",
-                                        "NumberOfLogicalProcessors",
-                                        "NumberOfMemoryDevices",
-                                        "NumberOfProcesses",
-                                        "NumberOfUsers",
-                                        "OpenMax",
-                                        "PageSize",
-                                        "PartitionNumber",
-                                        "PhysicalBlockSize",
-                                        "PhysicalPackageId",
-                                        "ProcessorsConfigured",
-                                        "ProcessorsOnline",
-                                        "Size",
-                                        "Speed",
-                                        "StartingOffset",
-                                        "ThreadIndex",
-                                        "ThreadsPerCore",
-                                        "TotalSwapSpaceSize",
-                                        "TotalVirtualMemorySize",
-                                        "TotalVisibleMemorySize",
-                                        "Uptime",
-                                        "Voltage"};
 
 std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -169,27 +108,20 @@ std::string configurationOfAllGroups() {
     return text + "</Configuration>";
 }
 
-bool isCount(const std::string& value) {
-    return value.empty() || toolkit::readCount(value);
-}
-
-bool isDecimal(const std::string& value) {
-    const std::size_t point = value.find('.');
-    return value.empty() || (point != std::string::npos && toolkit::readCount(value.substr(0, point)) &&
-                             toolkit::readCount(value.substr(point + 1)));
-}
-
-Verdict judgeNumbers(const fs::path& output) {
-    bool tellsOfItself = false;
+Verdict judgeValues(const fs::path& output) {
+    bool hasScanInfo = false;
     for (const quorvahtest::Element& element : quorvahtest::readOutput(output)) {
-        tellsOfItself = tellsOfItself || element.group == "ScanInfo";
-        for (const auto& [field, value] : element.fields) {
-            const bool counts = std::ranges::find(kCounts, field) != std::end(kCounts);
-            const bool good = field.starts_with("LoadAverage") ? isDecimal(value) : !counts || isCount(value);
-            if (!good) return element.group + "." + field + " is \"" + value.substr(0, 100) + "\"";
+        hasScanInfo = hasScanInfo || element.group == "ScanInfo";
+        const toolkit::quorvah::Group* const group = toolkit::quorvah::findGroup(element.group);
+        if (group == nullptr || group->fields.size() != element.fields.size())
+            return element.group + " does not have the fields of a group";
+        for (std::size_t i = 0; i < element.fields.size(); ++i) {
+            const auto& [field, value] = element.fields[i];
+            if (!toolkit::quorvah::hasForm(group->fields[i], value))
+                return element.group + "." + field + " is \"" + value.substr(0, 100) + "\"";
         }
     }
-    return tellsOfItself ? Verdict() : "ScanInfo is missing";
+    return hasScanInfo ? Verdict() : "ScanInfo is missing";
 }
 
 // What only the machine that scans has.
@@ -244,7 +176,7 @@ Verdict play(Random& random, const fs::path& directory, std::string& command) {
     if (!verdict.empty() || run.status == 2) return verdict;
     verdict = hostile::judgeOutput(output, kCanary);
     if (verdict.empty()) verdict = judgeOrigin(output);
-    if (verdict.empty() && !wrong) verdict = judgeNumbers(output);
+    if (verdict.empty() && !wrong) verdict = judgeValues(output);
     if (verdict.empty() && run.said.find(kCanary) != std::string::npos)
         verdict = "its messages tell of what lies outside of the root";
     return verdict;

@@ -9,7 +9,7 @@
 
 #include "toolkit/machine/files/OpenStreams.h"
 #include "toolkit/quorvah/scan/CommandLine.h"
-#include "toolkit/quorvah/scan/Inventory.h"
+#include "toolkit/quorvah/scan/HardwareScan.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ int run(int argc, char** argv) {
             break;
     }
     try {
-        toolkit::quorvah::takeInventory(std::move(line.options));
+        toolkit::quorvah::runHardwareScan(std::move(line.options));
     } catch (const toolkit::quorvah::BadInput& bad) {
         return complain(bad.what(), kBadUsage);
     }

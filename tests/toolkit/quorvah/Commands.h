@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/quorvah/report/Report.h"
+#include "toolkit/quorvah/report/GroupData.h"
 
 namespace toolkit::quorvah {
 
@@ -63,9 +63,9 @@ inline Rows sorted(Rows rows) {
 }
 
 // The named fields of every instance, separated by tabs, one row per instance, sorted.
-inline Rows rowsOf(const Report& report, const std::vector<std::string>& fields) {
+inline Rows rowsOf(const GroupData& data, const std::vector<std::string>& fields) {
     Rows rows;
-    for (const Instance& instance : report.instances()) {
+    for (const Instance& instance : data.instances()) {
         std::string row;
         for (const std::string& field : fields) row += (row.empty() ? "" : "\t") + instance.get(field);
         rows.push_back(row);

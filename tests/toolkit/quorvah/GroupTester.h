@@ -10,59 +10,46 @@
 #include <vector>
 
 #include "toolkit/quorvah/groups/GroupTable.h"
-#include "toolkit/quorvah/report/Report.h"
-#include "toolkit/quorvah/sources/Scan.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
 
-// The sorted report of one group.
-inline Report gathered(std::string_view group, const Options& options) {
-    Scan scan(options);
-    const Group* const found = findGroup(group);
-    if (found == nullptr || found->gather == nullptr) {
-        ADD_FAILURE() << group << " is not gathered";
-        return Report(kScanInfo);
-    }
-    Report report(*found);
-    found->gather(scan, report);
-    report.sort();
-    return report;
+// The sorted data of one group.
+inline GroupData gathered(const Group& group, const Options& options) {
+    GatheringContext context(options);
+    GroupData data(group);
+    group.gather(context, data);
+    data.sort();
+    return data;
 }
 
 // From the machine that runs the test.
-inline Report gatheredLive(std::string_view group) {
+inline GroupData gatheredLive(const Group& group) {
     return gathered(group, {});
 }
 
 // From a tree. Device names come from the small databases in tests/toolkit/quorvah/trees/ids.
-inline Report gatheredBelow(std::string_view group, const std::filesystem::path& directory) {
+inline GroupData gatheredBelow(const Group& group, const std::filesystem::path& directory, bool raw = false) {
     Options options;
     options.root = directory.string();
     options.ids = QUORVAH_TEST_TREES "/ids";
+    options.raw = raw;
     return gathered(group, options);
 }
 
-inline Report gatherFrom(const Group& group, const std::filesystem::path& directory) {
-    Options options;
-    options.root = directory.string();
-    return gathered(group.xmlName, options);
-}
-
 // From one of the machines in tests/toolkit/quorvah/trees.
-inline Report gatherTree(const Group& group, const std::string& machine, bool raw = false) {
-    Options options;
-    options.root = std::string(QUORVAH_TEST_TREES "/") + machine;
-    options.raw = raw;
-    return gathered(group.xmlName, options);
+inline GroupData gatheredTree(const Group& group, const std::string& machine, bool raw = false) {
+    return gatheredBelow(group, std::string(QUORVAH_TEST_TREES "/") + machine, raw);
 }
 
 // The instance with that key. If there is none, the test fails and the instance is empty.
-inline const Instance& instanceOf(const Report& report, std::string_view key) {
-    for (const Instance& instance : report.instances()) {
+inline const Instance& instanceOf(const GroupData& data, std::string_view key) {
+    for (const Instance& instance : data.instances()) {
         if (instance.values().front() == key) return instance;
     }
     ADD_FAILURE() << "no instance " << key;
-    static Report none(report.group());
+    static GroupData none(data.group());
     return none.instances().empty() ? none.add() : none.instances().front();
 }
 
@@ -76,9 +63,9 @@ inline std::string joined(const Instance& instance) {
     return text;
 }
 
-inline std::vector<std::string> keysOf(const Report& report) {
+inline std::vector<std::string> keysOf(const GroupData& data) {
     std::vector<std::string> keys;
-    for (const Instance& instance : report.instances()) keys.emplace_back(instance.values().front());
+    for (const Instance& instance : data.instances()) keys.emplace_back(instance.values().front());
     return keys;
 }
 
@@ -86,7 +73,7 @@ inline std::vector<std::string> keysOf(const Report& report) {
 using Values = std::vector<std::pair<std::string, std::string>>;
 
 inline void expectAll(const Group& group, const Instance& instance, const Values& expected) {
-    Report wanted(group);
+    GroupData wanted(group);
     Instance& whole = wanted.add();
     for (const auto& [field, value] : expected) whole.set(field, value);
     for (const FieldDef& field : group.fields) {
@@ -97,15 +84,15 @@ inline void expectAll(const Group& group, const Instance& instance, const Values
 
 // Expects a single instance.
 inline void expectOnly(const Group& group, const std::string& machine, const Values& expected) {
-    const Report report = gatherTree(group, machine);
-    ASSERT_EQ(report.instances().size(), 1U) << group.xmlName << " of " << machine;
-    expectAll(group, report.instances().front(), expected);
+    const GroupData data = gatheredTree(group, machine);
+    ASSERT_EQ(data.instances().size(), 1U) << group.xmlName << " of " << machine;
+    expectAll(group, data.instances().front(), expected);
 }
 
 inline void expectInstance(const Group& group, const std::string& machine, const std::string& key,
                            const Values& expected) {
-    const Report report = gatherTree(group, machine);
-    expectAll(group, instanceOf(report, key), expected);
+    const GroupData data = gatheredTree(group, machine);
+    expectAll(group, instanceOf(data, key), expected);
 }
 
 }  // namespace toolkit::quorvah

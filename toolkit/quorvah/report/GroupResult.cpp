@@ -50,18 +50,18 @@ bool takeWarnings(std::string_view& frame, std::vector<std::string>& warnings) {
 
 }  // namespace
 
-GroupResult outcomeOf(const Report& report) {
+GroupResult resultWithoutXml(const GroupData& data) {
     GroupResult result;
-    result.group = &report.group();
-    result.instances = report.instances().size();
-    result.state = report.state();
-    result.reason = report.reason();
-    result.warnings = report.warnings();
-    result.elapsed = report.elapsed();
+    result.group = &data.group();
+    result.instances = data.instances().size();
+    result.state = data.state();
+    result.reason = data.reason();
+    result.warnings = data.warnings();
+    result.elapsed = data.elapsed();
     return result;
 }
 
-std::string frameOf(const GroupResult& result, std::uint64_t xmlAt) {
+std::string toFrame(const GroupResult& result, std::uint64_t xmlAt) {
     std::string frame(sizeof(std::uint64_t), '\0');
     append(frame, static_cast<std::uint64_t>(result.state));
     append(frame, result.reason);
@@ -80,7 +80,7 @@ std::size_t frameLength(std::string_view bytes) {
     return takeNumber(bytes).value_or(0);
 }
 
-bool readFrame(std::string_view frame, const SharedTexts& texts, GroupResult& result) {
+bool readFrame(std::string_view frame, const SharedBuffer& texts, GroupResult& result) {
     if (frameLength(frame) != frame.size()) return false;
     if (!takeNumber(frame) || !takeState(frame, result.state) || !takeText(frame, result.reason))
         return false;

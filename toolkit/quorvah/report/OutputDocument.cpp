@@ -73,11 +73,11 @@ class InstanceWriter {
 };
 
 // About the size of the instances' xml, so that it need not be moved while it grows.
-std::size_t sizeHint(const Report& report) {
+std::size_t sizeHint(const GroupData& data) {
     std::size_t tags = 0;
-    for (const FieldDef& field : report.group().fields) tags += 2 * field.name.size() + 16;
-    std::size_t size = report.instances().size() * (tags + 64);
-    for (const Instance& instance : report.instances()) {
+    for (const FieldDef& field : data.group().fields) tags += 2 * field.name.size() + 16;
+    std::size_t size = data.instances().size() * (tags + 64);
+    for (const Instance& instance : data.instances()) {
         for (const std::string_view value : instance.values()) size += value.size();
     }
     return size;
@@ -89,9 +89,9 @@ class TextBlock {
   public:
     explicit TextBlock(const TextSink& sink) : sink_(sink) { text.reserve(kSize + kSize / 4); }
 
-    void add(const Report& report, bool pretty) {
-        const InstanceWriter writer(report.group(), pretty);
-        const auto& instances = report.instances();
+    void add(const GroupData& data, bool pretty) {
+        const InstanceWriter writer(data.group(), pretty);
+        const auto& instances = data.instances();
         for (std::size_t i = 0; i < instances.size(); ++i) {
             if (i + kAhead < instances.size()) fetch(instances[i + kAhead]);
             writer.write(text, instances[i]);
@@ -124,12 +124,12 @@ class TextBlock {
 
 }  // namespace
 
-GroupResult render(const Report& report, bool pretty) {
+GroupResult render(const GroupData& data, bool pretty) {
     const auto xml = std::make_shared<std::string>();
-    xml->reserve(sizeHint(report));
-    const InstanceWriter writer(report.group(), pretty);
-    for (const Instance& instance : report.instances()) writer.write(*xml, instance);
-    GroupResult result = outcomeOf(report);
+    xml->reserve(sizeHint(data));
+    const InstanceWriter writer(data.group(), pretty);
+    for (const Instance& instance : data.instances()) writer.write(*xml, instance);
+    GroupResult result = resultWithoutXml(data);
     result.xml = *xml;
     result.memory = xml;
     return result;
@@ -140,7 +140,7 @@ void writeDocument(std::span<const GroupResult> results, bool pretty, const Text
     block.text = R"(<?xml version="1.0" encoding="UTF-8"?>)";
     block.text += pretty ? "\n<Hardware>" : "<Hardware>";
     for (const GroupResult& result : results) {
-        if (result.report) block.add(*result.report, pretty);
+        if (result.data) block.add(*result.data, pretty);
         block.add(result.xml);
     }
     block.text += pretty ? "\n</Hardware>\n" : "</Hardware>";

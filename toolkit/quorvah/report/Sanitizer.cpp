@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "toolkit/machine/text/ByteOrder.h"
+#include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvah {
@@ -41,16 +42,12 @@ struct SipState {
     }
 };
 
-void appendHex(std::string& text, std::uint64_t number) {
-    for (int shift = 60; shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 0xFU];
-}
-
 template <typename Change>
-void forFields(Report& report, unsigned trait, Change change) {
-    const auto fields = report.group().fields;
+void forFields(GroupData& data, unsigned trait, Change change) {
+    const auto fields = data.group().fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if ((fields[i].traits & trait) == 0) continue;
-        for (Instance& instance : report.instances()) instance.replace(i, change(instance.values()[i]));
+        for (Instance& instance : data.instances()) instance.replace(i, change(instance.values()[i]));
     }
 }
 
@@ -78,18 +75,18 @@ std::string Sanitizer::hashed(std::string_view values) const {
     std::string hashes;
     while (!values.empty()) {
         const std::string_view value = takeField(values, ';');
-        if (!value.empty()) appendHex(hashes, sipHash(key_, value));
+        if (!value.empty()) hashes += hexDigits(sipHash(key_, value), 16);
         if (!values.empty()) hashes += ';';
     }
     return hashes;
 }
 
-void Sanitizer::hide(Report& report) const {
-    forFields(report, FieldDef::kPrivate, [this](std::string_view value) { return hashed(value); });
+void Sanitizer::hide(GroupData& data) const {
+    forFields(data, FieldDef::kPrivate, [this](std::string_view value) { return hashed(value); });
 }
 
-void dropVolatile(Report& report) {
-    forFields(report, FieldDef::kVolatile, [](std::string_view) { return std::string_view(); });
+void dropVolatile(GroupData& data) {
+    forFields(data, FieldDef::kVolatile, [](std::string_view) { return std::string_view(); });
 }
 
 }  // namespace toolkit::quorvah

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvah/report/Report.h"
+#include "toolkit/quorvah/report/GroupData.h"
 
 namespace toolkit::quorvah {
 
@@ -21,7 +21,7 @@ class Sanitizer {
     Sanitizer();
 
     // Hashes the values of the private fields; unknown ones stay unknown.
-    void hide(Report& report) const;
+    void hide(GroupData& data) const;
 
     // One ;-joined value after the other.
     std::string hashed(std::string_view values) const;
@@ -31,6 +31,6 @@ class Sanitizer {
 };
 
 // Empties the fields that change without the machine being changed.
-void dropVolatile(Report& report);
+void dropVolatile(GroupData& data);
 
 }  // namespace toolkit::quorvah

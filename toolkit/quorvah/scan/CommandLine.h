@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "toolkit/quorvah/sources/Scan.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
 

@@ -10,14 +10,14 @@ namespace toolkit::quorvah {
 
 namespace {
 
-constexpr int kMostCpu = 65535;
-constexpr std::size_t kMostLines = 64;  // of one; the kernel writes half of that
+constexpr int kMaxCpuNumber = 65535;
+constexpr std::size_t kMaxLines = 64;  // per CPU; the kernel writes about half as many
 
 std::optional<int> cpuNumber(std::string_view text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    if (number < 0 || number > kMostCpu) return std::nullopt;
+    if (number < 0 || number > kMaxCpuNumber) return std::nullopt;
     return number;
 }
 
@@ -43,13 +43,13 @@ void CpuInfo::addLine(std::string_view line) {
     std::string_view value = line;
     const std::string_view key = trimmed(takeField(value, ':'));
     value = trimmed(value);
-    // Where "processor" begins a block, s390x has "cpu number"; its "processor 0" is a line among the common
-    // ones, and some kernels for arm begin with a "Processor" that is a name.
+    // A block starts with "processor", or with "cpu number" on s390x. The "processor 0" of s390x is a common line. Some
+    // kernels for ARM start with a "Processor" whose value is a name.
     if (key == "processor" || key == "cpu number") {
         const std::optional<int> number = cpuNumber(value);
         if (number) current_ = &blocks_[*number];
     }
-    if (current_->size() < kMostLines) current_->emplace_back(key, value);
+    if (current_->size() < kMaxLines) current_->emplace_back(key, value);
 }
 
 std::vector<int> CpuInfo::cpus() const {

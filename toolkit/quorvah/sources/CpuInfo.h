@@ -15,14 +15,14 @@ class CpuInfo {
     CpuInfo(const CpuInfo&) = delete;
     CpuInfo& operator=(const CpuInfo&) = delete;
 
-    // The numbers of the CPUs that it lists, ascending.
+    // The numbers of the listed CPUs, ascending.
     std::vector<int> cpus() const;
     bool lists(int cpu) const { return blocks_.contains(cpu); }
 
-    // What it says of a CPU under a key ("model name"), or of all CPUs together; empty when it says nothing.
+    // The value of a key ("model name") for a CPU, or else for all CPUs; empty if there is none.
     std::string_view value(int cpu, std::string_view key) const;
 
-    // The machine's name as uname has it, as far as the content gives that away; else empty.
+    // The machine's architecture as uname reports it; empty if it cannot be determined.
     std::string_view architecture() const;
 
   private:
@@ -36,9 +36,5 @@ class CpuInfo {
     std::map<int, Block> blocks_;
     Block* current_ = &common_;
 };
-
-// The names that belong to the numbers in an arm64 machine's list, without "0x"; empty for unknown ones.
-std::string_view armImplementer(std::string_view implementer);
-std::string_view armPart(std::string_view implementer, std::string_view part);
 
 }  // namespace toolkit::quorvah

@@ -10,13 +10,13 @@ namespace toolkit::quorvah {
 
 namespace {
 
-constexpr int kMostNumber = 65535;
+constexpr int kMaxCpuNumber = 65535;
 
 // Takes a number from the front of `text`.
 std::optional<int> takeNumber(std::string_view& text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || number < 0 || number > kMostNumber) return std::nullopt;
+    if (error != std::errc() || number < 0 || number > kMaxCpuNumber) return std::nullopt;
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return number;
 }
@@ -42,7 +42,7 @@ std::vector<int> readCpuList(std::string_view text) {
     for (std::string_view rest = trimmed(text); !rest.empty();) {
         if (!addRange(takeField(rest, ','), numbers)) return {};
         // No kernel writes a list that names more.
-        if (numbers.size() > 2 * static_cast<std::size_t>(kMostNumber)) return {};
+        if (numbers.size() > 2 * static_cast<std::size_t>(kMaxCpuNumber)) return {};
     }
     std::ranges::sort(numbers);
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());

@@ -53,9 +53,9 @@ std::uint64_t readCacheSize(std::string_view text) {
     return kibibytes || mebibytes ? size.value_or(0) : size.value_or(0) / 1024;
 }
 
-int levelOf(Count told) {
-    constexpr std::uint64_t kMost = 9;
-    return told && *told <= kMost ? static_cast<int>(*told) : 0;
+int levelOf(Count number) {
+    constexpr std::uint64_t kMaxLevel = 9;
+    return number && *number <= kMaxLevel ? static_cast<int>(*number) : 0;
 }
 
 std::vector<Cache> readCaches(const Root& root, const std::string& directory) {

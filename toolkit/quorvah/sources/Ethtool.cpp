@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "toolkit/machine/text/HexDigits.h"
+
 namespace toolkit::quorvah {
 namespace {
 
@@ -21,12 +23,10 @@ std::string textOf(const char (&array)[size]) {
 }
 
 std::string hexBytes(const unsigned char* bytes, std::size_t count) {
-    static constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         if (i > 0) text += ':';
-        text += kDigits[bytes[i] >> 4];
-        text += kDigits[bytes[i] & 15];
+        text += hexDigits(bytes[i], 2);
     }
     return text;
 }
@@ -51,16 +51,16 @@ std::optional<DriverInfo> Ethtool::driver(const std::string& interface) const {
 }
 
 std::string Ethtool::permanentAddress(const std::string& interface) const {
-    constexpr std::size_t kLongest = 32;
+    constexpr std::size_t kMaxAddressSize = 32;
     constexpr std::size_t kHead = offsetof(ethtool_perm_addr, data);
-    alignas(ethtool_perm_addr) unsigned char buffer[kHead + kLongest] = {};
+    alignas(ethtool_perm_addr) unsigned char buffer[kHead + kMaxAddressSize] = {};
     ethtool_perm_addr head{};
     head.cmd = ETHTOOL_GPERMADDR;
-    head.size = kLongest;
+    head.size = kMaxAddressSize;
     std::memcpy(buffer, &head, kHead);
     if (!ask(interface, buffer)) return {};
     std::memcpy(&head, buffer, kHead);
-    const std::size_t size = std::min<std::size_t>(head.size, kLongest);
+    const std::size_t size = std::min<std::size_t>(head.size, kMaxAddressSize);
     const unsigned char* const bytes = buffer + kHead;
     const bool none = std::all_of(bytes, bytes + size, [](unsigned char byte) { return byte == 0; });
     return none ? std::string() : hexBytes(bytes, size);

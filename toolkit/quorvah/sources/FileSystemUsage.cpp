@@ -9,10 +9,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 
 #include "kest/Descriptor.h"
+#include "kest/Retry.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -34,14 +34,14 @@ Reply ask(const char* path) {
     usage.available = product(counted(sizes.f_bavail), usage.blockSize);
     usage.inodes = counted(sizes.f_files);
     usage.inodesFree = counted(sizes.f_ffree);
-    usage.longestName = counted(sizes.f_namemax);
+    usage.maxNameLength = counted(sizes.f_namemax);
     return {true, usage};
 }
 
 // A child that asks in the parent's stead, for the asking may never end. It is stopped when its owner dies.
-class Asker {
+class UsageProcess {
   public:
-    Asker(const std::vector<std::string>& paths, std::size_t first) {
+    UsageProcess(const std::vector<std::string>& paths, std::size_t first) {
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0) return;
         replies_ = kest::Descriptor(ends[0]);
@@ -49,23 +49,21 @@ class Asker {
         child_ = fork();
         if (child_ == 0) answerAll(paths, first, out.number());
     }
-    ~Asker() {
+    ~UsageProcess() {
         if (child_ <= 0) return;
         kill(child_, SIGKILL);
         // A child that hangs in the kernel cannot even be killed; it is left behind.
         for (int tries = 0; tries < 20 && waitpid(child_, nullptr, WNOHANG) == 0; ++tries)
             poll(nullptr, 0, 5);
     }
-    Asker(const Asker&) = delete;
-    Asker& operator=(const Asker&) = delete;
+    UsageProcess(const UsageProcess&) = delete;
+    UsageProcess& operator=(const UsageProcess&) = delete;
 
     // False when the child did not answer in time.
     bool next(Reply& reply, std::chrono::milliseconds patience) const {
         pollfd waiting{replies_.number(), POLLIN, 0};
-        int ready = 0;
-        do {
-            ready = poll(&waiting, 1, static_cast<int>(patience.count()));
-        } while (ready < 0 && errno == EINTR);
+        const int ready =
+            kest::retryInterrupted([&] { return poll(&waiting, 1, static_cast<int>(patience.count())); });
         // The replies are shorter than what a pipe takes and gives in one piece.
         return ready == 1 && read(replies_.number(), &reply, sizeof reply) == sizeof reply;
     }
@@ -91,7 +89,7 @@ UsageAnswers askUsage(const std::vector<std::string>& paths, std::chrono::millis
     answers.usages.resize(paths.size());
     int silences = 0;
     for (std::size_t first = 0; first < paths.size() && silences < 3;) {
-        const Asker asker(paths, first);
+        const UsageProcess asker(paths, first);
         Reply reply;
         while (first < paths.size() && asker.next(reply, patience)) {
             if (reply.answered) answers.usages[first] = reply.usage;

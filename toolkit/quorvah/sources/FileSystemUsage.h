@@ -19,7 +19,7 @@ struct FileSystemUsage {
     Count blockSize;
     Count inodes;
     Count inodesFree;
-    Count longestName;
+    Count maxNameLength;
 };
 
 struct UsageAnswers {

@@ -9,7 +9,7 @@
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
-#include "toolkit/quorvah/sources/Words.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
 
@@ -136,13 +136,13 @@ Hypervisor fromXen(const Root& root) {
 //     VM00 Control Program: z/VM    6.4.0
 Hypervisor fromSysinfo(const Root& root) {
     const std::string sysinfo = root.read("/proc/sysinfo").value_or("");
-    std::string_view program = valueOf(sysinfo, "VM00 Control Program");
+    std::string_view program = valueForKey(sysinfo, "VM00 Control Program");
     if (program.starts_with("KVM")) return {true, "kvm", "KVM", {}, false};
     if (!program.empty()) {
         nextWord(program);
         return {true, "zvm", "IBM", std::string(trimmed(program)), false};
     }
-    if (valueOf(sysinfo, "LPAR Number").empty()) return {};
+    if (valueForKey(sysinfo, "LPAR Number").empty()) return {};
     return {true, "lpar", "IBM", {}, false};
 }
 

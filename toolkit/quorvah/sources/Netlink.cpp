@@ -3,9 +3,14 @@
 #include <linux/if_addr.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <sys/socket.h>
+#include <sys/time.h>
 
 #include <algorithm>
 #include <cstring>
+
+#include "kest/Descriptor.h"
+#include "kest/Retry.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -29,7 +34,7 @@ bool nextAttribute(std::string_view& rest, unsigned& type, std::string_view& val
     return true;
 }
 
-bool loadAddress(std::string_view value, InetBytes& bytes) {
+bool loadAddress(std::string_view value, IpAddressBytes& bytes) {
     if (value.size() != 4 && value.size() != bytes.size()) return false;
     bytes = {};
     std::memcpy(bytes.data(), value.data(), value.size());
@@ -63,8 +68,7 @@ void readAddress(std::string_view payload, NetlinkAnswer& answer) {
     address.interface = head.ifa_index;
     address.prefixLength = head.ifa_prefixlen;
     address.scope = head.ifa_scope;
-    address.flags =
-        head.ifa_flags;  // the attribute, where there is one, has the flags that do not fit in here
+    address.flags = head.ifa_flags;  // 8 bits; the attribute IFA_FLAGS, if present, has all of them
     std::string_view rest = payload.substr(NLMSG_ALIGN(sizeof head));
     bool hasLocal = false;
     unsigned type = 0;
@@ -117,6 +121,47 @@ void readRoute(std::string_view payload, NetlinkAnswer& answer) {
     readNextHops(hops, gateway, answer);
 }
 
+class NetlinkSocket {
+  public:
+    NetlinkSocket() : socket_(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
+        // The kernel answers at once or not at all.
+        const timeval limit{2, 0};
+        if (socket_.isOpen()) setsockopt(socket_.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    }
+
+    bool ask(std::uint16_t type) const {
+        struct {
+            nlmsghdr header;
+            rtgenmsg body;
+        } request{};
+        request.header.nlmsg_len = NLMSG_LENGTH(sizeof request.body);
+        request.header.nlmsg_type = type;
+        request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+        request.body.rtgen_family = AF_UNSPEC;
+        return send(socket_.number(), &request, request.header.nlmsg_len, 0) >= 0;
+    }
+
+    // The length of the received block; -1 if there is none.
+    ssize_t receive(std::vector<char>& block) const {
+        return kest::retryInterrupted([&] { return recv(socket_.number(), block.data(), block.size(), 0); });
+    }
+
+  private:
+    kest::Descriptor socket_;
+};
+
+bool dump(const NetlinkSocket& socket, std::uint16_t type, NetlinkAnswer& answer) {
+    if (!socket.ask(type)) return false;
+    std::vector<char> block(std::size_t{32} << 10);  // the largest block that the kernel sends
+    NetlinkState state = NetlinkState::More;
+    while (state == NetlinkState::More) {
+        const ssize_t length = socket.receive(block);
+        if (length <= 0) return false;
+        state = readNetlinkBlock({block.data(), static_cast<std::size_t>(length)}, answer);
+    }
+    return state == NetlinkState::Done;
+}
+
 }  // namespace
 
 NetlinkState readNetlinkBlock(std::string_view block, NetlinkAnswer& answer) {
@@ -131,6 +176,13 @@ NetlinkState readNetlinkBlock(std::string_view block, NetlinkAnswer& answer) {
         block.remove_prefix(std::min<std::size_t>(NLMSG_ALIGN(header.nlmsg_len), block.size()));
     }
     return NetlinkState::More;
+}
+
+bool askNetlink(NetlinkAnswer& answer) {
+    const NetlinkSocket socket;
+    const bool addresses = dump(socket, RTM_GETADDR, answer);
+    const bool routes = dump(socket, RTM_GETROUTE, answer);
+    return addresses && routes;
 }
 
 }  // namespace toolkit::quorvah

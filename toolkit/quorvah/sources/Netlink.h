@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/sources/InetText.h"
+#include "toolkit/quorvah/sources/IpAddressText.h"
 
 namespace toolkit::quorvah {
 
@@ -20,9 +20,9 @@ struct NetlinkAddress {
     bool hasPeer = false;
     bool hasBroadcast = false;
     bool finite = false;  // its life ends some day
-    InetBytes address{};
-    InetBytes peer{};
-    InetBytes broadcast{};
+    IpAddressBytes address{};
+    IpAddressBytes peer{};
+    IpAddressBytes broadcast{};
     std::string label;
 };
 
@@ -32,7 +32,7 @@ struct NetlinkGateway {
     int family = 0;
     unsigned interface = 0;
     std::uint32_t metric = 0;
-    InetBytes gateway{};
+    IpAddressBytes gateway{};
 };
 
 struct NetlinkAnswer {

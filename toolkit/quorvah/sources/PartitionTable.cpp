@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "tessa/Utf8.h"
+#include "toolkit/machine/text/ByteOrder.h"
+#include "toolkit/machine/text/HexDigits.h"
 
 namespace toolkit::quorvah {
 
@@ -26,23 +28,9 @@ constexpr std::uint64_t kMaxEntries = 1024;  // far more than tools make
 constexpr int kFirstLogical = 5;
 constexpr int kMaxLogical = 256;
 
-std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) {
-    std::uint64_t value = 0;
-    for (std::size_t i = width; i > 0; --i)
-        value = value << 8U | static_cast<unsigned char>(bytes[offset + i - 1]);
-    return value;
-}
-
-std::string hex(std::uint64_t value, int digits) {
-    std::string text;
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        text += "0123456789abcdef"[value >> shift & 0xFU];
-    return text;
-}
-
 // The number at `offset`, two digits for each byte.
 std::string hexAt(std::string_view bytes, std::size_t offset, std::size_t width) {
-    return hex(number(bytes, offset, width), 2 * static_cast<int>(width));
+    return hexDigits(littleEndian(bytes, offset, width), 2 * static_cast<int>(width));
 }
 
 // The first three fields of a GUID on disk have their lowest byte first.
@@ -60,7 +48,7 @@ std::string name(std::string_view units) {
     std::string text;
     wchar_t high = 0;  // the first half of a pair whose second half may follow
     for (std::size_t i = 0; i < kGptNameLength; ++i) {
-        auto unit = static_cast<wchar_t>(number(units, 2 * i, 2));
+        auto unit = static_cast<wchar_t>(littleEndian(units, 2 * i, 2));
         if (unit == 0) break;
         const wchar_t before = std::exchange(high, 0);
         const int half = unit & 0xFC00;
@@ -83,9 +71,9 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
     const std::string header = read(blockSize, kGptHeaderSize);
     if (header.size() < kGptHeaderSize || !header.starts_with("EFI PART")) return {};
     table.type = "gpt";
-    const std::uint64_t block = number(header, 72, 8);
-    const std::uint64_t count = std::min(number(header, 80, 4), kMaxEntries);
-    const std::uint64_t size = number(header, 84, 4);
+    const std::uint64_t block = littleEndian(header, 72, 8);
+    const std::uint64_t count = std::min(littleEndian(header, 80, 4), kMaxEntries);
+    const std::uint64_t size = littleEndian(header, 84, 4);
     if (size < kGptEntrySize || size > kMaxEntrySize || block > UINT64_MAX / blockSize) return table;
     const std::string entries = read(block * blockSize, count * size);
     for (std::uint64_t i = 0; (i + 1) * size <= entries.size(); ++i) {
@@ -93,7 +81,8 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
         if (entry.substr(0, kGuidSize).find_first_not_of('\0') == std::string_view::npos) continue;
         constexpr std::uint64_t kLegacyBoot = 4;
         table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(kGuidSize)),
-                                 name(entry.substr(56)), true, (number(entry, 48, 8) & kLegacyBoot) != 0});
+                                 name(entry.substr(56)), true,
+                                 (littleEndian(entry, 48, 8) & kLegacyBoot) != 0});
     }
     return table;
 }
@@ -108,12 +97,12 @@ struct MbrEntry {
 
 MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
     const std::size_t at = kMbrEntries + index * kMbrEntrySize;
-    return {static_cast<unsigned>(number(sector, at, 1)), static_cast<unsigned>(number(sector, at + 4, 1)),
-            number(sector, at + 8, 4)};
+    return {static_cast<unsigned>(littleEndian(sector, at, 1)),
+            static_cast<unsigned>(littleEndian(sector, at + 4, 1)), littleEndian(sector, at + 8, 4)};
 }
 
 bool isMbr(std::string_view sector) {
-    if (sector.size() < kMbrSize || number(sector, 510, 2) != 0xAA55) return false;
+    if (sector.size() < kMbrSize || littleEndian(sector, 510, 2) != 0xAA55) return false;
     // The boot sector of a file system ends alike, but has code or text where the entries would be.
     for (std::size_t i = 0; i < 4; ++i) {
         if ((mbrEntry(sector, i).status & 0x7FU) != 0) return false;
@@ -142,8 +131,9 @@ class DosTable {
     void add(const MbrEntry& entry, int partition, bool primary) {
         const std::string uuid = signature_ == "00000000"
                                      ? std::string()
-                                     : signature_ + "-" + hex(static_cast<unsigned>(partition), 2);
-        table_.entries.push_back({partition, hex(entry.type, 2), uuid, {}, primary, entry.status == 0x80});
+                                     : signature_ + "-" + hexDigits(static_cast<unsigned>(partition), 2);
+        table_.entries.push_back(
+            {partition, hexDigits(entry.type, 2), uuid, {}, primary, entry.status == 0x80});
     }
 
     // Each logical partition has a sector of its own that also tells where the next one is.

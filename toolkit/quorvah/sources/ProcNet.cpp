@@ -16,7 +16,7 @@ bool readNumber(std::string_view text, int base, Number& number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-bool readIpv6Bytes(std::string_view hex, InetBytes& bytes) {
+bool readIpv6Bytes(std::string_view hex, IpAddressBytes& bytes) {
     if (hex.size() != 2 * bytes.size()) return false;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (!readNumber(hex.substr(2 * i, 2), 16, bytes[i])) return false;
@@ -61,8 +61,8 @@ bool isNetwork(const TrieEntry& entry) {
                                        (entry.scope == "host" && entry.type == "LOCAL"));
 }
 
-TrieAddress completed(Ipv4 address, const std::vector<TrieEntry>& entries) {
-    TrieAddress result;
+FibTrieAddress completed(Ipv4 address, const std::vector<TrieEntry>& entries) {
+    FibTrieAddress result;
     result.address = address;
     for (const TrieEntry& entry : entries) {
         if (isNetwork(entry) && holds(entry, address)) {
@@ -108,7 +108,7 @@ bool readInet6Line(std::string_view line, Inet6Address& address) {
 }
 
 bool readIpv6RouteLine(std::string_view line, Ipv6DefaultRoute& route) {
-    InetBytes destination{};
+    IpAddressBytes destination{};
     unsigned prefixLength = 0;
     unsigned flags = 0;
     if (!readIpv6Bytes(nextWord(line), destination)) return false;
@@ -126,13 +126,13 @@ bool readIpv6RouteLine(std::string_view line, Ipv6DefaultRoute& route) {
 
 }  // namespace
 
-std::vector<TrieAddress> readFibTrie(std::string_view text) {
+std::vector<FibTrieAddress> readFibTrie(std::string_view text) {
     const std::vector<TrieEntry> entries = readTrieEntries(text);
-    std::vector<TrieAddress> addresses;
+    std::vector<FibTrieAddress> addresses;
     for (const TrieEntry& entry : entries) {
         if (entry.prefixLength != 32 || entry.scope != "host" || entry.type != "LOCAL") continue;
         // The tables "Main" and "Local" are mostly one and the same trie.
-        const bool seen = std::any_of(addresses.begin(), addresses.end(), [&](const TrieAddress& address) {
+        const bool seen = std::any_of(addresses.begin(), addresses.end(), [&](const FibTrieAddress& address) {
             return address.address == entry.address;
         });
         if (!seen) addresses.push_back(completed(entry.address, entries));

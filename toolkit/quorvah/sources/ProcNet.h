@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvah/sources/InetText.h"
+#include "toolkit/quorvah/sources/IpAddressText.h"
 
 namespace toolkit::quorvah {
 
@@ -14,7 +14,7 @@ namespace toolkit::quorvah {
 using Ipv4 = std::uint32_t;
 
 // What fib_trie tells of one address of this system.
-struct TrieAddress {
+struct FibTrieAddress {
     Ipv4 address = 0;
     int prefixLength = -1;  // of the smallest network that holds it; -1 unknown
     bool broadcastKnown = false;
@@ -22,7 +22,7 @@ struct TrieAddress {
 };
 
 // Every address that is local to the system once, in the order of the file.
-std::vector<TrieAddress> readFibTrie(std::string_view text);
+std::vector<FibTrieAddress> readFibTrie(std::string_view text);
 
 // A line of /proc/net/route.
 struct Ipv4Route {
@@ -37,7 +37,7 @@ std::vector<Ipv4Route> readRoutes(std::string_view text);
 
 // A line of /proc/net/if_inet6.
 struct Inet6Address {
-    InetBytes address{};
+    IpAddressBytes address{};
     unsigned prefixLength = 0;
     unsigned scope = 0;  // as the kernel classes addresses: 00 global, 10 host, 20 link, 40 site
     unsigned flags = 0;  // IFA_F_...
@@ -49,7 +49,7 @@ std::vector<Inet6Address> readIfInet6(std::string_view text);
 // The default routes of /proc/net/ipv6_route.
 struct Ipv6DefaultRoute {
     std::string interface;
-    InetBytes gateway{};
+    IpAddressBytes gateway{};
     std::uint32_t metric = 0;
 };
 

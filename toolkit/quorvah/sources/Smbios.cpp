@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "toolkit/machine/text/ByteOrder.h"
-#include "toolkit/quorvah/report/Report.h"
+#include "toolkit/quorvah/report/NaturalOrder.h"
 
 namespace toolkit::quorvah {
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kHeaderLength = 4;
 constexpr unsigned kEndOfTable = 127;
-constexpr std::size_t kLargestTable = std::size_t{4} << 20;  // bytes; real ones have some thousand
+constexpr std::size_t kMaxTableSize = std::size_t{4} << 20;  // bytes; real ones have some thousand
 
 // The version in an entry point of either form.
 std::string versionOf(std::string_view entryPoint) {
@@ -36,8 +36,8 @@ std::string tableFromEntries(const Root& root) {
     std::ranges::sort(names, naturallyBefore);
     std::string table;
     for (const std::string& name : names) {
-        table += root.read(entries + name + "/raw", kLargestTable).value_or("");
-        if (table.size() > kLargestTable) break;
+        table += root.read(entries + name + "/raw", kMaxTableSize).value_or("");
+        if (table.size() > kMaxTableSize) break;
     }
     return table;
 }
@@ -74,7 +74,7 @@ std::string_view SmbiosStructure::string(std::size_t offset) const {
 
 Smbios::Smbios(const Root& root) {
     const std::string tables = "/sys/firmware/dmi/tables/";
-    table_ = root.read(tables + "DMI", kLargestTable).value_or("");
+    table_ = root.read(tables + "DMI", kMaxTableSize).value_or("");
     version_ = versionOf(root.read(tables + "smbios_entry_point").value_or(""));
     if (table_.empty()) table_ = tableFromEntries(root);
     parse();

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "toolkit/machine/text/HexDigits.h"
+
 namespace toolkit::quorvah {
 
 namespace {
@@ -116,12 +118,6 @@ unsigned countOf(const SmbiosStructure& structure, std::size_t byteAt, std::size
     return count == 0xFF && structure.has(wordAt, 2) ? structure.word(wordAt) : count;
 }
 
-std::string hexDigits(std::uint64_t number) {
-    std::string digits;
-    for (int shift = 60; shift >= 0; shift -= 4) digits += "0123456789abcdef"[number >> shift & 0xFU];
-    return digits;
-}
-
 SmbiosProcessor decode(const SmbiosStructure& structure) {
     SmbiosProcessor processor;
     processor.designation = structure.string(0x04);
@@ -133,7 +129,7 @@ SmbiosProcessor decode(const SmbiosStructure& structure) {
     processor.cores = countOf(structure, 0x23, 0x2A);
     processor.enabledCores = countOf(structure, 0x24, 0x2C);
     const std::uint64_t id = structure.number(0x08, 8);
-    if (id != 0) processor.id = hexDigits(id);
+    if (id != 0) processor.id = hexDigits(id, 16);
     processor.serialNumber = structure.string(0x20);
     processor.assetTag = structure.string(0x21);
     processor.partNumber = structure.string(0x22);

@@ -35,7 +35,7 @@ class LocalZone {
 };
 
 constexpr long kSecondsPerMinute = 60;
-constexpr long kMostMinutes = 26L * 60;  // no zone is farther from UTC
+constexpr long kMaxOffsetMinutes = 26L * 60;  // no zone is farther from UTC
 
 }  // namespace
 
@@ -44,8 +44,8 @@ std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time) {
     // it cannot read, and reads no file of a stranger's choice in a program with raised privileges.
     if (::getauxval(AT_SECURE) != 0) return std::nullopt;
     const std::string localtime = "/etc/localtime";
-    constexpr std::size_t kLargest = std::size_t{64} << 10;
-    if (!root.read(localtime, kLargest).value_or("").starts_with("TZif")) return std::nullopt;
+    constexpr std::size_t kMaxSize = std::size_t{64} << 10;
+    if (!root.read(localtime, kMaxSize).value_or("").starts_with("TZif")) return std::nullopt;
     const kest::Descriptor file = root.open(localtime);
     const std::string name = "/proc/self/fd/" + std::to_string(file.number());
     if (!file.isOpen() || ::access(name.c_str(), R_OK) != 0) return std::nullopt;
@@ -54,7 +54,7 @@ std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time) {
     std::tm local{};
     if (::localtime_r(&seconds, &local) == nullptr) return std::nullopt;
     const long minutes = local.tm_gmtoff / kSecondsPerMinute;
-    if (minutes < -kMostMinutes || minutes > kMostMinutes) return std::nullopt;
+    if (minutes < -kMaxOffsetMinutes || minutes > kMaxOffsetMinutes) return std::nullopt;
     return ZoneOffset{minutes, local.tm_isdst > 0};
 }
 

@@ -1,7 +1,10 @@
 #include "toolkit/quorvah/sources/Utmp.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
+
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit::quorvah {
 
@@ -28,9 +31,8 @@ std::vector<unsigned> userSessions(std::string_view utmp) {
         const bool little = byteAt(utmp, 0) == kUserProcess && byteAt(utmp, 1) == 0;
         const bool big = byteAt(utmp, 0) == 0 && byteAt(utmp, 1) == kUserProcess;
         if (!little && !big) continue;
-        unsigned process = 0;
-        for (std::size_t i = 0; i < 4; ++i) process = process << 8U | byteAt(utmp, little ? 7 - i : 4 + i);
-        sessions.push_back(process);
+        const std::uint64_t process = little ? littleEndian(utmp, 4, 4) : bigEndian(utmp, 4, 4);
+        sessions.push_back(static_cast<unsigned>(process));
     }
     return sessions;
 }

@@ -19,9 +19,9 @@ TEST(ComponentID, ReadsTheFirmwareTextsWithoutPlaceholders) {
 }
 
 TEST(ComponentID, KeepsPlaceholdersWhenAskedTo) {
-    const Report report = gatherTree(kComponentID, "x86-server", true);
-    EXPECT_EQ(report.instances().front().get("Version"), "Default string");
-    EXPECT_EQ(report.instances().front().get("Family"), "To be filled by O.E.M.");
+    const GroupData data = gatheredTree(kComponentID, "x86-server", true);
+    EXPECT_EQ(data.instances().front().get("Version"), "Default string");
+    EXPECT_EQ(data.instances().front().get("Family"), "To be filled by O.E.M.");
 }
 
 TEST(ComponentID, ReadsADeviceTree) {
@@ -40,11 +40,11 @@ TEST(ComponentID, ReadsTheSysinfoOfAnS390x) {
 }
 
 TEST(ComponentIDLive, IsThatOfTheSystemsFiles) {
-    const Report report = gatheredLive("ComponentID");
-    ASSERT_EQ(report.instances().size(), 1U);
-    EXPECT_EQ(report.instances().front().get("Name"), lineOf("uname -n"));
-    EXPECT_EQ(report.instances().front().get("MachineId"), lineOf("cat /etc/machine-id 2>/dev/null || true"));
-    EXPECT_EQ(report.instances().front().get("BootId"), lineOf("cat /proc/sys/kernel/random/boot_id"));
+    const GroupData data = gatheredLive(kComponentID);
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("Name"), lineOf("uname -n"));
+    EXPECT_EQ(data.instances().front().get("MachineId"), lineOf("cat /etc/machine-id 2>/dev/null || true"));
+    EXPECT_EQ(data.instances().front().get("BootId"), lineOf("cat /proc/sys/kernel/random/boot_id"));
 }
 
 }  // namespace

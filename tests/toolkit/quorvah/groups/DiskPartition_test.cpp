@@ -78,17 +78,17 @@ TEST(DiskPartition, LeavesOutNumbersThatCannotBe) {
 }
 
 TEST(DiskPartitionLive, AreThoseOfLsblk) {
-    const Report report = gatheredLive("DiskPartition");
+    const GroupData data = gatheredLive(kDiskPartition);
     std::set<std::string> theirs;
     for (const std::string& line : linesOf("LC_ALL=C lsblk -b -P -o NAME,SIZE,PKNAME,TYPE")) {
         std::map<std::string, std::string> row = pairsOf(line);
         if (row["TYPE"] != "part") continue;
-        const Instance& partition = instanceOf(report, "/dev/" + row["NAME"]);
+        const Instance& partition = instanceOf(data, "/dev/" + row["NAME"]);
         EXPECT_EQ(partition.get("Size"), row["SIZE"]);
         EXPECT_EQ(partition.get("DiskName"), "/dev/" + row["PKNAME"]);
         theirs.insert("/dev/" + row["NAME"]);
     }
-    const Rows keys = keysOf(report);
+    const Rows keys = keysOf(data);
     EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()), theirs);
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
+#include "tests/toolkit/quorvah/FieldForm.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
@@ -29,9 +30,9 @@ INSTANTIATE_TEST_SUITE_P(Groups, EveryGroup, testing::ValuesIn(gatheredGroups())
 
 TEST_P(EveryGroup, HasNoInstanceInAnEmptyTree) {
     const ScratchDir tree;
-    const Report report = gatherFrom(*GetParam(), tree.path());
-    EXPECT_TRUE(report.instances().empty());
-    EXPECT_LE(report.state(), GroupState::NotApplicable) << report.reason();
+    const GroupData data = gatheredBelow(*GetParam(), tree.path());
+    EXPECT_TRUE(data.instances().empty());
+    EXPECT_LE(data.state(), GroupState::NotApplicable) << data.reason();
 }
 
 TEST_P(EveryGroup, TellsNothingOfTheHostThroughLinksThatLeadOut) {
@@ -40,7 +41,7 @@ TEST_P(EveryGroup, TellsNothingOfTheHostThroughLinksThatLeadOut) {
          {"proc", "sys", "etc", "run", "usr", "var", "dev", "bin", "sbin", "lib"}) {
         fs::create_symlink(std::string("../../../../../../../../../") + directory, tree.path() / directory);
     }
-    EXPECT_TRUE(gatherFrom(*GetParam(), tree.path()).instances().empty());
+    EXPECT_TRUE(gatheredBelow(*GetParam(), tree.path()).instances().empty());
 }
 
 TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
@@ -54,17 +55,30 @@ TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
           "proc/net/if_inet6/marker", "proc/cmdline/marker", "sys/class/dmi/id/product_uuid/marker"}) {
         tree.write(file, "");
     }
-    const Report report = gatherFrom(*GetParam(), tree.path());
-    for (const Instance& instance : report.instances()) {
+    const GroupData data = gatheredBelow(*GetParam(), tree.path());
+    for (const Instance& instance : data.instances()) {
         for (const std::string_view value : instance.values())
             EXPECT_EQ(value.find("marker"), std::string::npos) << value;
+    }
+}
+
+TEST_P(EveryGroup, HasValuesOfTheFormThatItsFieldsPromise) {
+    for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
+        const GroupData data = gatheredBelow(*GetParam(), tree.path());
+        for (const Instance& instance : data.instances()) {
+            for (std::size_t i = 0; i < instance.values().size(); ++i) {
+                const FieldDef& field = GetParam()->fields[i];
+                EXPECT_TRUE(hasForm(field, instance.values()[i]))
+                    << tree.path() << " " << field.name << " " << instance.values()[i];
+            }
+        }
     }
 }
 
 TEST(Trees, AContainerImageHasNoProcessorsNorDisks) {
     for (const Group* const group : {&kProcessor, &kPhysicalProcessor, &kMemory, &kStorage, &kDiskPartition,
                                      &kRegional, &kComponentID}) {
-        EXPECT_TRUE(gatherTree(*group, "container").instances().empty()) << group->xmlName;
+        EXPECT_TRUE(gatheredTree(*group, "container").instances().empty()) << group->xmlName;
     }
 }
 
@@ -82,18 +96,18 @@ TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
         std::filesystem::create_directories(tree.path() / "sys/bus/pci/devices" / name);
         std::filesystem::create_directories(tree.path() / "sys/bus/usb/devices" / name);
     }
-    const Report adapters = gatheredBelow("NetworkAdapter", tree.path());
+    const GroupData adapters = gatheredBelow(kNetworkAdapter, tree.path());
     EXPECT_FALSE(adapters.instances().empty());
     for (const Instance& adapter : adapters.instances()) {
         expectAll(adapters.group(), adapter,
                   {{"DeviceID", std::string(adapter.values().front())}, {"Physical", "false"}});
     }
-    const Report pci = gatheredBelow("PCIDevice", tree.path());
+    const GroupData pci = gatheredBelow(kPCIDevice, tree.path());
     EXPECT_FALSE(pci.instances().empty());
     for (const Instance& device : pci.instances()) {
         for (std::size_t i = 6; i < device.values().size(); ++i) EXPECT_EQ("", device.values()[i]) << i;
     }
-    const Report usb = gatheredBelow("USBDevice", tree.path());
+    const GroupData usb = gatheredBelow(kUSBDevice, tree.path());
     EXPECT_FALSE(usb.instances().empty());
     for (const Instance& device : usb.instances()) {
         for (std::size_t i = 1; i < device.values().size(); ++i) EXPECT_EQ("", device.values()[i]) << i;
@@ -102,24 +116,24 @@ TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
 
 // The same files through the lookups that keep a tree's links inside of it.
 TEST(LiveMachine, TellsTheSameWhenItIsScannedAsATree) {
-    const std::pair<const char*, std::vector<const char*>> groups[] = {
-        {"Processor", {"Name", "Family", "Flags", "NumaNode", "L2CacheSize", "EnabledState"}},
-        {"PhysicalProcessor", {"Name", "NumberOfCores", "NumberOfLogicalProcessors", "L3CacheSize"}},
-        {"Storage", {"Size", "InterfaceType", "BusAddress", "BlockSize"}},
-        {"DiskPartition", {"Size", "StartingOffset"}},
-        {"OperatingSystem", {"Caption", "Version", "KernelVersion", "Architecture", "CurrentTimeZone"}},
-        {"Regional", {"Locale", "TimeZoneName", "CurrentTimeZone"}},
-        {"ComponentID", {"MachineId", "Name"}},
-        {"Memory", {"TotalVisibleMemorySize", "InstalledMemory"}},
+    const std::pair<const Group*, std::vector<const char*>> groups[] = {
+        {&kProcessor, {"Name", "Family", "Flags", "NumaNode", "L2CacheSize", "EnabledState"}},
+        {&kPhysicalProcessor, {"Name", "NumberOfCores", "NumberOfLogicalProcessors", "L3CacheSize"}},
+        {&kStorage, {"Size", "InterfaceType", "BusAddress", "BlockSize"}},
+        {&kDiskPartition, {"Size", "StartingOffset"}},
+        {&kOperatingSystem, {"Caption", "Version", "KernelVersion", "Architecture", "CurrentTimeZone"}},
+        {&kRegional, {"Locale", "TimeZoneName", "CurrentTimeZone"}},
+        {&kComponentID, {"MachineId", "Name"}},
+        {&kMemory, {"TotalVisibleMemorySize", "InstalledMemory"}},
     };
     for (const auto& [group, fields] : groups) {
-        const Report live = gatheredLive(group);
-        const Report tree = gatheredBelow(group, "/");
-        ASSERT_EQ(keysOf(live), keysOf(tree)) << group;
+        const GroupData live = gatheredLive(*group);
+        const GroupData tree = gatheredBelow(*group, "/");
+        ASSERT_EQ(keysOf(live), keysOf(tree)) << group->xmlName;
         for (std::size_t i = 0; i < live.instances().size(); ++i) {
             for (const char* const field : fields) {
                 EXPECT_EQ(live.instances()[i].get(field), tree.instances()[i].get(field))
-                    << group << " " << field;
+                    << group->xmlName << " " << field;
             }
         }
     }

@@ -10,9 +10,9 @@
 namespace toolkit::quorvah {
 namespace {
 
-const Instance& only(const Report& report) {
-    EXPECT_EQ(1U, report.instances().size());
-    return report.instances().front();
+const Instance& only(const GroupData& data) {
+    EXPECT_EQ(1U, data.instances().size());
+    return data.instances().front();
 }
 
 std::string meminfo(const std::string& total, const std::string& swap) {
@@ -23,11 +23,11 @@ std::string meminfo(const std::string& total, const std::string& swap) {
 TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
     const zavtest::ScratchDir tree;
     tree.write("proc/meminfo", meminfo("9223372036854775807", "1"));
-    const Report report = gatheredBelow("Memory", tree.path());
-    EXPECT_EQ("9223372036854775807", only(report).get("TotalVisibleMemorySize"));
-    EXPECT_EQ("1", only(report).get("TotalSwapSpaceSize"));
-    EXPECT_EQ("", only(report).get("TotalVirtualMemorySize"));
-    EXPECT_EQ("", only(report).get("FreeVirtualMemory"));
+    const GroupData data = gatheredBelow(kMemory, tree.path());
+    EXPECT_EQ("9223372036854775807", only(data).get("TotalVisibleMemorySize"));
+    EXPECT_EQ("1", only(data).get("TotalSwapSpaceSize"));
+    EXPECT_EQ("", only(data).get("TotalVirtualMemorySize"));
+    EXPECT_EQ("", only(data).get("FreeVirtualMemory"));
 }
 
 TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
@@ -51,21 +51,21 @@ TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
         tree.write("lib/apk/db/installed", "P:b\nV:1\nI:" + std::string(wrong) + "\n\n");
         tree.write("var/lib/pacman/local/c/desc", "%NAME%\nc\n\n%SIZE%\n" + std::string(wrong) +
                                                       "\n\n%INSTALLDATE%\n" + std::string(wrong) + "\n");
-        const std::pair<const char*, std::vector<const char*>> unknown[] = {
-            {"Memory", {"TotalVisibleMemorySize", "TotalVirtualMemorySize", "FreePhysicalMemory"}},
-            {"Storage", {"Size", "BlockSize", "NumberOfBlocks"}},
-            {"DiskPartition", {"PartitionNumber", "StartingOffset", "BlockSize"}},
-            {"NetworkAdapter", {"ActiveMaximumTransmissionUnit", "Speed"}},
-            {"UNIXSystemParams", {"Uptime", "LoadAverage1"}},
-            {"OperatingSystem", {"LastBootUpTime", "MaxNumberOfProcesses", "LocalDateTime"}},
-            {"SoftwarePackages", {"InstalledSize", "InstallDate"}},
+        const std::pair<const Group*, std::vector<const char*>> unknown[] = {
+            {&kMemory, {"TotalVisibleMemorySize", "TotalVirtualMemorySize", "FreePhysicalMemory"}},
+            {&kStorage, {"Size", "BlockSize", "NumberOfBlocks"}},
+            {&kDiskPartition, {"PartitionNumber", "StartingOffset", "BlockSize"}},
+            {&kNetworkAdapter, {"ActiveMaximumTransmissionUnit", "Speed"}},
+            {&kUNIXSystemParams, {"Uptime", "LoadAverage1"}},
+            {&kOperatingSystem, {"LastBootUpTime", "MaxNumberOfProcesses", "LocalDateTime"}},
+            {&kSoftwarePackages, {"InstalledSize", "InstallDate"}},
         };
         for (const auto& [group, fields] : unknown) {
-            const Report report = gatheredBelow(group, tree.path());
-            EXPECT_FALSE(report.instances().empty()) << group;
-            for (const Instance& instance : report.instances()) {
+            const GroupData data = gatheredBelow(*group, tree.path());
+            EXPECT_FALSE(data.instances().empty()) << group->xmlName;
+            for (const Instance& instance : data.instances()) {
                 for (const char* const field : fields)
-                    EXPECT_EQ("", instance.get(field)) << group << field << wrong;
+                    EXPECT_EQ("", instance.get(field)) << group->xmlName << field << wrong;
             }
         }
     }
@@ -80,9 +80,9 @@ TEST(HostileNumbers, SizesThatDoNotFitAreUnknown) {
     for (int i = 0; i < 2000; ++i)
         tree.write("sys/devices/system/memory/memory" + std::to_string(i) + "/state", "online\n");
     tree.write("proc/meminfo", "MemTotal: 1 kB\n");
-    EXPECT_EQ("", only(gatheredBelow("Storage", tree.path())).get("Size"));
-    EXPECT_EQ("", only(gatheredBelow("DiskPartition", tree.path())).get("Size"));
-    EXPECT_EQ("", only(gatheredBelow("Memory", tree.path())).get("InstalledMemory"));
+    EXPECT_EQ("", only(gatheredBelow(kStorage, tree.path())).get("Size"));
+    EXPECT_EQ("", only(gatheredBelow(kDiskPartition, tree.path())).get("Size"));
+    EXPECT_EQ("", only(gatheredBelow(kMemory, tree.path())).get("InstalledMemory"));
 }
 
 TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
@@ -96,8 +96,8 @@ TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
         tree.write(index + "shared_cpu_list", std::string(cpu).substr(3) + "\n");
     }
     tree.write("proc/cpuinfo", "processor: 0\ncpu MHz: 9223372036854775807.9\n\nprocessor: 1\n");
-    EXPECT_EQ("", only(gatheredBelow("PhysicalProcessor", tree.path())).get("L2CacheSize"));
-    EXPECT_EQ("", gatheredBelow("Processor", tree.path()).instances().front().get("CurrentClockSpeed"));
+    EXPECT_EQ("", only(gatheredBelow(kPhysicalProcessor, tree.path())).get("L2CacheSize"));
+    EXPECT_EQ("", gatheredBelow(kProcessor, tree.path()).instances().front().get("CurrentClockSpeed"));
 }
 
 TEST(HostileNumbers, MemoryOfMoreArraysThanFitIsUnknown) {

@@ -8,13 +8,11 @@
 namespace toolkit::quorvah {
 namespace {
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
-    const Report report = gatheredBelow("IPAddress", kWorkstation);
+    const GroupData data = gatheredTree(kIPAddress, "workstation");
     EXPECT_EQ((std::vector<std::string>{"127.0.0.1", "169.254.7.7", "192.0.2.10", "198.51.100.1"}),
-              keysOf(report));
-    expectAll(report.group(), instanceOf(report, "192.0.2.10"),
+              keysOf(data));
+    expectAll(data.group(), instanceOf(data, "192.0.2.10"),
               {{"IPv4Address", "192.0.2.10"},
                {"Name", "br0"},
                {"SubnetMask", "255.255.255.0"},
@@ -23,7 +21,7 @@ TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
                {"Gateway", "192.0.2.254"},
                {"MacAddress", "54:e1:ad:00:00:01"},
                {"NameServers", "192.0.2.53;2001:db8::53"}});
-    expectAll(report.group(), instanceOf(report, "127.0.0.1"),
+    expectAll(data.group(), instanceOf(data, "127.0.0.1"),
               {{"IPv4Address", "127.0.0.1"},
                {"SubnetMask", "255.0.0.0"},
                {"PrefixLength", "8"},
@@ -31,14 +29,14 @@ TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
 }
 
 TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
-    const Report report = gatheredBelow("IPAddress", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "169.254.7.7"),
+    const GroupData data = gatheredTree(kIPAddress, "workstation");
+    expectAll(data.group(), instanceOf(data, "169.254.7.7"),
               {{"IPv4Address", "169.254.7.7"},
                {"SubnetMask", "255.255.0.0"},
                {"PrefixLength", "16"},
                {"AddressOrigin", "LinkLocal"},
                {"NameServers", "192.0.2.53;2001:db8::53"}});
-    expectAll(report.group(), instanceOf(report, "198.51.100.1"),
+    expectAll(data.group(), instanceOf(data, "198.51.100.1"),
               {{"IPv4Address", "198.51.100.1"}, {"NameServers", "192.0.2.53;2001:db8::53"}});
 }
 
@@ -49,8 +47,8 @@ TEST(IPAddressLive, AddressesAreThoseOfIp) {
         "\"\"] | @tsv'");
     EXPECT_FALSE(theirs.empty());
     EXPECT_EQ(sorted(theirs),
-              rowsOf(gatheredLive("IPAddress"), {"IPv4Address", "Name", "PrefixLength", "BroadcastAddress",
-                                                 "PeerAddress", "Scope", "Label"}));
+              rowsOf(gatheredLive(kIPAddress), {"IPv4Address", "Name", "PrefixLength", "BroadcastAddress",
+                                                "PeerAddress", "Scope", "Label"}));
 }
 
 TEST(IPAddressLive, GatewaysAreThoseOfIpRoute) {
@@ -61,16 +59,16 @@ TEST(IPAddressLive, GatewaysAreThoseOfIpRoute) {
         const Rows fields = fieldsOf(line);
         gateways[fields[0]] = fields[1];  // the last one has the smallest metric
     }
-    const Report report = gatheredLive("IPAddress");
-    EXPECT_FALSE(report.instances().empty());
-    for (const Instance& address : report.instances()) {
+    const GroupData data = gatheredLive(kIPAddress);
+    EXPECT_FALSE(data.instances().empty());
+    for (const Instance& address : data.instances()) {
         EXPECT_EQ(gateways[address.get("Name")], address.get("Gateway")) << joined(address);
     }
 }
 
 TEST(IPAddressLive, TheFilesOfTheKernelGiveTheSameAddresses) {
-    EXPECT_EQ(rowsOf(gatheredLive("IPAddress"), {"IPv4Address", "PrefixLength"}),
-              rowsOf(gatheredBelow("IPAddress", "/"), {"IPv4Address", "PrefixLength"}));
+    EXPECT_EQ(rowsOf(gatheredLive(kIPAddress), {"IPv4Address", "PrefixLength"}),
+              rowsOf(gatheredBelow(kIPAddress, "/"), {"IPv4Address", "PrefixLength"}));
 }
 
 }  // namespace

@@ -6,10 +6,8 @@
 namespace toolkit::quorvah {
 namespace {
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(IPv6Address, TheFlagsTellTheOrigin) {
-    const Report report = gatheredBelow("IPv6Address", kWorkstation);
+    const GroupData data = gatheredTree(kIPv6Address, "workstation");
     const Values cases[] = {
         {{"IPv6Address", "2001:db8::10"},
          {"PrefixLength", "64"},
@@ -57,9 +55,9 @@ TEST(IPv6Address, TheFlagsTellTheOrigin) {
         for (const auto& field :
              Values{{"Name", "br0"}, {"Gateway", "fe80::1"}, {"MacAddress", "54:e1:ad:00:00:01"}})
             expected.push_back(field);
-        expectAll(report.group(), instanceOf(report, key), expected);
+        expectAll(data.group(), instanceOf(data, key), expected);
     }
-    expectAll(report.group(), instanceOf(report, "::1"),
+    expectAll(data.group(), instanceOf(data, "::1"),
               {{"IPv6Address", "::1"},
                {"Name", "lo"},
                {"PrefixLength", "128"},
@@ -69,7 +67,7 @@ TEST(IPv6Address, TheFlagsTellTheOrigin) {
                {"Temporary", "false"},
                {"Deprecated", "false"},
                {"Tentative", "false"}});
-    EXPECT_EQ(6U, report.instances().size());
+    EXPECT_EQ(6U, data.instances().size());
 }
 
 TEST(IPv6AddressLive, AddressesAreThoseOfIp) {
@@ -78,15 +76,15 @@ TEST(IPv6AddressLive, AddressesAreThoseOfIp) {
         "[.local, $name, (.prefixlen | tostring), .scope, (.temporary // false | tostring), "
         "(.deprecated // false | tostring), (.tentative // false | tostring)] | @tsv'");
     EXPECT_EQ(sorted(theirs),
-              rowsOf(gatheredLive("IPv6Address"), {"IPv6Address", "Name", "PrefixLength", "Scope",
-                                                   "Temporary", "Deprecated", "Tentative"}));
+              rowsOf(gatheredLive(kIPv6Address), {"IPv6Address", "Name", "PrefixLength", "Scope", "Temporary",
+                                                  "Deprecated", "Tentative"}));
 }
 
 TEST(IPv6AddressLive, TheFilesOfTheKernelGiveTheSameAddresses) {
     const Rows live =
-        rowsOf(gatheredLive("IPv6Address"), {"IPv6Address", "Name", "PrefixLength", "AddressOrigin",
-                                             "IPv6AddressType", "Scope", "Gateway", "MacAddress"});
-    EXPECT_EQ(live, rowsOf(gatheredBelow("IPv6Address", "/"),
+        rowsOf(gatheredLive(kIPv6Address), {"IPv6Address", "Name", "PrefixLength", "AddressOrigin",
+                                            "IPv6AddressType", "Scope", "Gateway", "MacAddress"});
+    EXPECT_EQ(live, rowsOf(gatheredBelow(kIPv6Address, "/"),
                            {"IPv6Address", "Name", "PrefixLength", "AddressOrigin", "IPv6AddressType",
                             "Scope", "Gateway", "MacAddress"}));
 }

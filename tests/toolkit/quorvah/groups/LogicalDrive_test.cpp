@@ -10,19 +10,17 @@ namespace {
 
 using zavtest::ScratchDir;
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(LogicalDrive, PseudoFileSystemsAndSecondMountsAreLeftOut) {
-    const Report report = gatheredBelow("LogicalDrive", kWorkstation);
+    const GroupData data = gatheredTree(kLogicalDrive, "workstation");
     EXPECT_EQ((std::vector<std::string>{"/", "/media/my disk", "/merged", "/net", "/ntfs", "/sshfs", "/twice",
                                         "/zip"}),
-              keysOf(report));
-    EXPECT_EQ("/dev/sdc2", instanceOf(report, "/twice").get("Name"));
+              keysOf(data));
+    EXPECT_EQ("/dev/sdc2", instanceOf(data, "/twice").get("Name"));
 }
 
 TEST(LogicalDrive, EveryFieldComesFromTheTree) {
-    const Report report = gatheredBelow("LogicalDrive", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "/"),
+    const GroupData data = gatheredTree(kLogicalDrive, "workstation");
+    expectAll(data.group(), instanceOf(data, "/"),
               {{"Root", "/"},
                {"Name", "/dev/nvme0n1p2"},
                {"FileSystemType", "ext4"},
@@ -32,14 +30,14 @@ TEST(LogicalDrive, EveryFieldComesFromTheTree) {
                {"Label", "root fs"},
                {"Uuid", "11111111-2222-3333-4444-555555555555"},
                {"Remote", "false"}});
-    expectAll(report.group(), instanceOf(report, "/media/my disk"),
+    expectAll(data.group(), instanceOf(data, "/media/my disk"),
               {{"Root", "/media/my disk"},
                {"Name", "/dev/sda1"},
                {"FileSystemType", "xfs"},
                {"ReadOnly", "true"},
                {"MountOptions", "ro,nosuid"},
                {"Remote", "false"}});
-    expectAll(report.group(), instanceOf(report, "/ntfs"),
+    expectAll(data.group(), instanceOf(data, "/ntfs"),
               {{"Root", "/ntfs"},
                {"Name", "/dev/sdb1"},
                {"FileSystemType", "fuseblk"},
@@ -47,7 +45,7 @@ TEST(LogicalDrive, EveryFieldComesFromTheTree) {
                {"ReadOnly", "false"},
                {"MountOptions", "rw"},
                {"Remote", "false"}});
-    expectAll(report.group(), instanceOf(report, "/merged"),
+    expectAll(data.group(), instanceOf(data, "/merged"),
               {{"Root", "/merged"},
                {"Name", "overlay"},
                {"FileSystemType", "overlay"},
@@ -57,16 +55,16 @@ TEST(LogicalDrive, EveryFieldComesFromTheTree) {
 }
 
 TEST(LogicalDrive, RemoteFileSystemsHaveNoSizesAndTheirPasswordsAreCut) {
-    const Report report = gatheredBelow("LogicalDrive", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "/net"),
+    const GroupData data = gatheredTree(kLogicalDrive, "workstation");
+    expectAll(data.group(), instanceOf(data, "/net"),
               {{"Root", "/net"},
                {"Name", "server:/export"},
                {"FileSystemType", "nfs4"},
                {"ReadOnly", "false"},
                {"MountOptions", "rw,vers=4.2,password=,addr=192.0.2.9"},
                {"Remote", "true"}});
-    EXPECT_EQ("true", instanceOf(report, "/sshfs").get("Remote"));
-    EXPECT_EQ("", instanceOf(report, "/zip").get("Remote"));
+    EXPECT_EQ("true", instanceOf(data, "/sshfs").get("Remote"));
+    EXPECT_EQ("", instanceOf(data, "/zip").get("Remote"));
 }
 
 TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
@@ -74,9 +72,9 @@ TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
     tree.write(
         "etc/fstab",
         "UUID=2222 / ext4 ro,errors=remount-ro 0 1\nLABEL=my\\040data /srv ext4 defaults\nproc /proc proc\n");
-    const Report report = gatheredBelow("LogicalDrive", tree.path());
-    ASSERT_EQ(2U, report.instances().size());
-    expectAll(report.group(), instanceOf(report, "/"),
+    const GroupData data = gatheredBelow(kLogicalDrive, tree.path());
+    ASSERT_EQ(2U, data.instances().size());
+    expectAll(data.group(), instanceOf(data, "/"),
               {{"Root", "/"},
                {"Name", "UUID=2222"},
                {"FileSystemType", "ext4"},
@@ -84,14 +82,14 @@ TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
                {"MountOptions", "ro,errors=remount-ro"},
                {"Uuid", "2222"},
                {"Remote", "false"}});
-    EXPECT_EQ("my data", instanceOf(report, "/srv").get("Label"));
+    EXPECT_EQ("my data", instanceOf(data, "/srv").get("Label"));
 }
 
 TEST(LogicalDriveLive, SizesAreThoseOfDf) {
-    const Report report = gatheredLive("LogicalDrive");
-    EXPECT_FALSE(report.instances().empty());
-    EXPECT_EQ("", report.reason());
-    for (const Instance& drive : report.instances()) {
+    const GroupData data = gatheredLive(kLogicalDrive);
+    EXPECT_FALSE(data.instances().empty());
+    EXPECT_EQ("", data.reason());
+    for (const Instance& drive : data.instances()) {
         if (drive.get("Remote") != "false" || drive.get("FileSystemType") == "fuseblk") continue;
         const Rows lines =
             linesOf("df -B1 --output=size,itotal,fstype '" + drive.get("Root") + "' | tail -n 1");
@@ -108,8 +106,8 @@ TEST(LogicalDriveLive, SizesAreThoseOfDf) {
 }
 
 TEST(LogicalDriveLive, OptionsAreThoseOfFindmnt) {
-    const Report report = gatheredLive("LogicalDrive");
-    for (const Instance& drive : report.instances()) {
+    const GroupData data = gatheredLive(kLogicalDrive);
+    for (const Instance& drive : data.instances()) {
         const Rows lines = linesOf("findmnt -n -v -o OPTIONS,SOURCE -J --target '" + drive.get("Root") +
                                    "' | jq -r '.filesystems[-1] | [.options, .source] | @tsv'");
         ASSERT_EQ(1U, lines.size());

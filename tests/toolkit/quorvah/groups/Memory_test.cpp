@@ -5,7 +5,7 @@
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
-#include "toolkit/quorvah/sources/Words.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -36,9 +36,9 @@ TEST(Memory, CountsOnlineBlocksWithoutFirmware) {
     tree.write("sys/devices/system/memory/memory0/state", "online\n");
     tree.write("sys/devices/system/memory/memory1/state", "offline\n");
     tree.write("sys/devices/system/memory/memory32/state", "online\n");
-    const Report report = gatherFrom(kMemory, tree.path());
-    ASSERT_EQ(report.instances().size(), 1U);
-    EXPECT_EQ(report.instances().front().get("InstalledMemory"), "262144");
+    const GroupData data = gatheredBelow(kMemory, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("InstalledMemory"), "262144");
 }
 
 TEST(Memory, LeavesOutWhatIsNoNumber) {
@@ -46,9 +46,9 @@ TEST(Memory, LeavesOutWhatIsNoNumber) {
 }
 
 TEST(MemoryLive, IsThatOfFree) {
-    const Report report = gatheredLive("Memory");
-    ASSERT_EQ(report.instances().size(), 1U);
-    const Instance& memory = report.instances().front();
+    const GroupData data = gatheredLive(kMemory);
+    ASSERT_EQ(data.instances().size(), 1U);
+    const Instance& memory = data.instances().front();
     std::map<std::string, Rows> rows;
     for (const std::string& line : linesOf("LC_ALL=C free -k")) {
         const Rows words = wordsOf(line);

@@ -6,12 +6,10 @@
 namespace toolkit::quorvah {
 namespace {
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(NetworkAdapter, EveryFieldComesFromTheTree) {
-    const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
-    EXPECT_EQ((std::vector<std::string>{"br0", "br0.100", "enp0s31f6", "eth1", "lo"}), keysOf(report));
-    expectAll(report.group(), instanceOf(report, "enp0s31f6"),
+    const GroupData data = gatheredTree(kNetworkAdapter, "workstation");
+    EXPECT_EQ((std::vector<std::string>{"br0", "br0.100", "enp0s31f6", "eth1", "lo"}), keysOf(data));
+    expectAll(data.group(), instanceOf(data, "enp0s31f6"),
               {{"DeviceID", "enp0s31f6"},
                {"Description", "Gigabit Adapter"},
                {"Manufacturer", "Chip Maker"},
@@ -31,8 +29,8 @@ TEST(NetworkAdapter, EveryFieldComesFromTheTree) {
 }
 
 TEST(NetworkAdapter, AnAssignedAddressIsNotPermanentAndAnImpossibleSpeedUnknown) {
-    const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "eth1"),
+    const GroupData data = gatheredTree(kNetworkAdapter, "workstation");
+    expectAll(data.group(), instanceOf(data, "eth1"),
               {{"DeviceID", "eth1"},
                {"Description", "Gigabit USB Adapter"},
                {"Manufacturer", "Adapter Maker"},
@@ -47,22 +45,22 @@ TEST(NetworkAdapter, AnAssignedAddressIsNotPermanentAndAnImpossibleSpeedUnknown)
 }
 
 TEST(NetworkAdapter, InterfacesWithoutHardwareSaySo) {
-    const Report report = gatheredBelow("NetworkAdapter", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "br0"),
+    const GroupData data = gatheredTree(kNetworkAdapter, "workstation");
+    expectAll(data.group(), instanceOf(data, "br0"),
               {{"DeviceID", "br0"},
                {"LinkTechnology", "Bridge"},
                {"NetworkAddresses", "54:e1:ad:00:00:01"},
                {"EnabledState", "Enabled"},
                {"ActiveMaximumTransmissionUnit", "1500"},
                {"Physical", "false"}});
-    expectAll(report.group(), instanceOf(report, "br0.100"),
+    expectAll(data.group(), instanceOf(data, "br0.100"),
               {{"DeviceID", "br0.100"},
                {"LinkTechnology", "VLAN"},
                {"NetworkAddresses", "54:e1:ad:00:00:01"},
                {"EnabledState", "Enabled"},
                {"ActiveMaximumTransmissionUnit", "1500"},
                {"Physical", "false"}});
-    expectAll(report.group(), instanceOf(report, "lo"),
+    expectAll(data.group(), instanceOf(data, "lo"),
               {{"DeviceID", "lo"},
                {"LinkTechnology", "Loopback"},
                {"EnabledState", "Enabled"},
@@ -77,7 +75,7 @@ TEST(NetworkAdapterLive, AdaptersAreThoseOfIpLink) {
         "(if (.flags | index(\"UP\")) then \"Enabled\" else \"Disabled\" end), "
         "(.operstate | ascii_downcase | if . == \"unknown\" then \"\" else . end), .master // \"\"] | @tsv'");
     EXPECT_FALSE(theirs.empty());
-    EXPECT_EQ(sorted(theirs), rowsOf(gatheredLive("NetworkAdapter"),
+    EXPECT_EQ(sorted(theirs), rowsOf(gatheredLive(kNetworkAdapter),
                                      {"DeviceID", "ActiveMaximumTransmissionUnit", "NetworkAddresses",
                                       "EnabledState", "OperationalStatus", "Master"}));
 }

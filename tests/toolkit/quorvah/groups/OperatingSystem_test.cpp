@@ -64,9 +64,9 @@ TEST(OperatingSystem, TakesWhatItCanFromABrokenRelease) {
 }
 
 TEST(OperatingSystemLive, IsThatOfTheReleaseFileAndUname) {
-    const Report report = gatheredLive("OperatingSystem");
-    ASSERT_EQ(report.instances().size(), 1U);
-    const Instance& system = report.instances().front();
+    const GroupData data = gatheredLive(kOperatingSystem);
+    ASSERT_EQ(data.instances().size(), 1U);
+    const Instance& system = data.instances().front();
     const auto release = [](const std::string& name) {
         return lineOf(". /etc/os-release; echo \"$" + name + "\"");
     };
@@ -82,8 +82,8 @@ TEST(OperatingSystemLive, IsThatOfTheReleaseFileAndUname) {
 }
 
 TEST(OperatingSystemLive, TimeIsThatOfDate) {
-    const Report report = gatheredLive("OperatingSystem");
-    const Instance& system = report.instances().front();
+    const GroupData data = gatheredLive(kOperatingSystem);
+    const Instance& system = data.instances().front();
     const std::string boot = system.get("LastBootUpTime");
     EXPECT_LT(boot, lineOf("date -u +%Y-%m-%dT%H:%M:%SZ"));
     EXPECT_EQ(boot, lineOf("date -u -d @$(awk '/^btime/ {print $2}' /proc/stat) +%Y-%m-%dT%H:%M:%SZ"));
@@ -91,7 +91,7 @@ TEST(OperatingSystemLive, TimeIsThatOfDate) {
     const int sign = zone[0] == '-' ? -1 : 1;
     const int minutes = sign * (std::stoi(zone.substr(1, 2)) * 60 + std::stoi(zone.substr(3, 2)));
     EXPECT_EQ(system.get("CurrentTimeZone"), std::to_string(minutes));
-    EXPECT_EQ(gatheredLive("Regional").instances().front().get("CurrentTimeZone"), std::to_string(minutes));
+    EXPECT_EQ(gatheredLive(kRegional).instances().front().get("CurrentTimeZone"), std::to_string(minutes));
 }
 
 }  // namespace

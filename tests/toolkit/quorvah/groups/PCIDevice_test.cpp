@@ -8,14 +8,12 @@
 namespace toolkit::quorvah {
 namespace {
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(PCIDevice, EveryFieldComesFromTheTree) {
-    const Report report = gatheredBelow("PCIDevice", kWorkstation);
+    const GroupData data = gatheredTree(kPCIDevice, "workstation");
     EXPECT_EQ((std::vector<std::string>{"0000:00:02.1", "0000:00:14.0", "0000:00:1f.6", "0000:03:00.0",
                                         "10000:e0:06.0"}),
-              keysOf(report));
-    expectAll(report.group(), instanceOf(report, "0000:00:1f.6"),
+              keysOf(data));
+    expectAll(data.group(), instanceOf(data, "0000:00:1f.6"),
               {{"DeviceID", "0000:00:1f.6"},
                {"Name", "Gigabit Adapter"},
                {"Manufacturer", "Chip Maker"},
@@ -31,7 +29,7 @@ TEST(PCIDevice, EveryFieldComesFromTheTree) {
                {"ClassName", "Ethernet controller"},
                {"DriverName", "e1000e"},
                {"IommuGroup", "14"}});
-    expectAll(report.group(), instanceOf(report, "0000:03:00.0"),
+    expectAll(data.group(), instanceOf(data, "0000:03:00.0"),
               {{"DeviceID", "0000:03:00.0"},
                {"Name", "Fast SSD"},
                {"Manufacturer", "Disk Maker"},
@@ -57,8 +55,8 @@ TEST(PCIDevice, EveryFieldComesFromTheTree) {
 }
 
 TEST(PCIDevice, WhatTheKernelCannotAskTheLinkIsUnknown) {
-    const Report report = gatheredBelow("PCIDevice", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "0000:00:14.0"),
+    const GroupData data = gatheredTree(kPCIDevice, "workstation");
+    expectAll(data.group(), instanceOf(data, "0000:00:14.0"),
               {{"DeviceID", "0000:00:14.0"},
                {"Name", "USB Host Controller"},
                {"Manufacturer", "Chip Maker"},
@@ -76,8 +74,8 @@ TEST(PCIDevice, WhatTheKernelCannotAskTheLinkIsUnknown) {
 }
 
 TEST(PCIDevice, TheRevisionOfAnOldTreeComesFromTheConfigurationSpace) {
-    const Report report = gatheredBelow("PCIDevice", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "10000:e0:06.0"),
+    const GroupData data = gatheredTree(kPCIDevice, "workstation");
+    expectAll(data.group(), instanceOf(data, "10000:e0:06.0"),
               {{"DeviceID", "10000:e0:06.0"},
                {"Manufacturer", "Chip Maker"},
                {"BusNumber", "224"},
@@ -91,8 +89,8 @@ TEST(PCIDevice, TheRevisionOfAnOldTreeComesFromTheConfigurationSpace) {
 }
 
 TEST(PCIDevice, AVirtualFunctionNamesItsParent) {
-    const Report report = gatheredBelow("PCIDevice", kWorkstation);
-    EXPECT_EQ("0000:00:1f.6", instanceOf(report, "0000:00:02.1").get("SriovParent"));
+    const GroupData data = gatheredTree(kPCIDevice, "workstation");
+    EXPECT_EQ("0000:00:1f.6", instanceOf(data, "0000:00:02.1").get("SriovParent"));
 }
 
 // "Key:\tvalue" lines of one device each.
@@ -117,11 +115,11 @@ std::string nameOf(const std::string& name) {
 }
 
 TEST(PCIDeviceLive, NamesAndDriversAreThoseOfLspci) {
-    const Report report = gatheredLive("PCIDevice");
+    const GroupData data = gatheredLive(kPCIDevice);
     const auto devices = lspciDevices();
-    EXPECT_EQ(devices.size(), report.instances().size());
+    EXPECT_EQ(devices.size(), data.instances().size());
     for (auto device : devices) {
-        const Instance& ours = instanceOf(report, device["Slot"]);
+        const Instance& ours = instanceOf(data, device["Slot"]);
         EXPECT_EQ(nameOf(device["Class"]), ours.get("ClassName")) << device["Slot"];
         EXPECT_EQ(nameOf(device["Vendor"]), ours.get("Manufacturer")) << device["Slot"];
         EXPECT_EQ(nameOf(device["Device"]), ours.get("Name")) << device["Slot"];
@@ -134,10 +132,10 @@ TEST(PCIDeviceLive, NamesAndDriversAreThoseOfLspci) {
 
 // 0000:00:03.0 "0200" "1af4" "1041" -r01 -p00 "1af4" "1041"
 TEST(PCIDeviceLive, IdsAreThoseOfLspci) {
-    const Report report = gatheredLive("PCIDevice");
+    const GroupData data = gatheredLive(kPCIDevice);
     for (const std::string& line : linesOf("lspci -Dnmm")) {
         std::string ids;
-        for (const Instance& ours : report.instances()) {
+        for (const Instance& ours : data.instances()) {
             if (!line.starts_with(ours.get("DeviceID") + " ")) continue;
             const std::string& code = ours.get("ClassCode");
             ids = ours.get("DeviceID") + " \"" + code.substr(0, 4) + "\" \"" + ours.get("VendorID") +

@@ -31,17 +31,17 @@ TEST(PhysicalProcessor, TellsAllOfASocket) {
 }
 
 TEST(PhysicalProcessor, CountsNoOfflineThreadWhosePackageIsUnknown) {
-    const Report report = gatherTree(kPhysicalProcessor, "x86-server");
-    EXPECT_EQ(keysOf(report), (std::vector<std::string>{"package0", "package1"}));
-    EXPECT_EQ(instanceOf(report, "package1").get("NumberOfLogicalProcessors"), "3");
-    EXPECT_EQ(instanceOf(report, "package1").get("SocketDesignation"), "CPU2");
-    EXPECT_EQ(instanceOf(report, "package1").get("SerialNumber"), "");
+    const GroupData data = gatheredTree(kPhysicalProcessor, "x86-server");
+    EXPECT_EQ(keysOf(data), (std::vector<std::string>{"package0", "package1"}));
+    EXPECT_EQ(instanceOf(data, "package1").get("NumberOfLogicalProcessors"), "3");
+    EXPECT_EQ(instanceOf(data, "package1").get("SocketDesignation"), "CPU2");
+    EXPECT_EQ(instanceOf(data, "package1").get("SerialNumber"), "");
 }
 
 TEST(PhysicalProcessor, KeepsPlaceholdersWhenAskedTo) {
-    const Report report = gatherTree(kPhysicalProcessor, "x86-server", true);
-    EXPECT_EQ(instanceOf(report, "package1").get("SerialNumber"), "Not Specified");
-    EXPECT_EQ(instanceOf(report, "package1").get("AssetTag"), "UNKNOWN");
+    const GroupData data = gatheredTree(kPhysicalProcessor, "x86-server", true);
+    EXPECT_EQ(instanceOf(data, "package1").get("SerialNumber"), "Not Specified");
+    EXPECT_EQ(instanceOf(data, "package1").get("AssetTag"), "UNKNOWN");
 }
 
 TEST(PhysicalProcessor, TakesCpusWithoutPackageForOnePackageAndNamesAllItsKinds) {

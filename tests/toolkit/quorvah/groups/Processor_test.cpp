@@ -6,7 +6,7 @@
 
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
-#include "toolkit/quorvah/sources/Words.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -51,7 +51,7 @@ TEST(Processor, ListsAnOfflineCpuThatTellsNothingOfItself) {
 }
 
 TEST(Processor, ListsPresentCpusInTheirOrderAndNotThosePossible) {
-    EXPECT_EQ(keysOf(gatherTree(kProcessor, "x86-server")),
+    EXPECT_EQ(keysOf(gatheredTree(kProcessor, "x86-server")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2", "cpu3", "cpu4", "cpu5", "cpu6", "cpu7"}));
 }
 
@@ -111,15 +111,15 @@ TEST(Processor, ReadsTheListOfAPower9WithoutAnyOfSys) {
 }
 
 TEST(Processor, TellsTheKindsOfCoresApart) {
-    const Report report = gatherTree(kProcessor, "hybrid");
-    EXPECT_EQ(instanceOf(report, "cpu1").get("CoreType"), "performance");
-    EXPECT_EQ(instanceOf(report, "cpu1").get("ThreadIndex"), "1");
-    EXPECT_EQ(instanceOf(report, "cpu3").get("CoreType"), "efficiency");
-    EXPECT_EQ(instanceOf(report, "cpu3").get("ClusterId"), "8");
+    const GroupData data = gatheredTree(kProcessor, "hybrid");
+    EXPECT_EQ(instanceOf(data, "cpu1").get("CoreType"), "performance");
+    EXPECT_EQ(instanceOf(data, "cpu1").get("ThreadIndex"), "1");
+    EXPECT_EQ(instanceOf(data, "cpu3").get("CoreType"), "efficiency");
+    EXPECT_EQ(instanceOf(data, "cpu3").get("ClusterId"), "8");
 }
 
 TEST(Processor, BelievesSysfsWhereFilesContradictEachOther) {
-    EXPECT_EQ(keysOf(gatherTree(kProcessor, "contradictory")),
+    EXPECT_EQ(keysOf(gatheredTree(kProcessor, "contradictory")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2"}));
     expectInstance(kProcessor, "contradictory", "cpu1",
                    {{"DeviceID", "cpu1"},
@@ -129,18 +129,18 @@ TEST(Processor, BelievesSysfsWhereFilesContradictEachOther) {
     expectInstance(kProcessor, "contradictory", "cpu2", {{"DeviceID", "cpu2"}, {"EnabledState", "Enabled"}});
 }
 
-std::size_t countDistinct(const Report& report, const std::string& field) {
+std::size_t countDistinct(const GroupData& data, const std::string& field) {
     std::set<std::string> values;
-    for (const Instance& instance : report.instances()) values.insert(instance.get(field));
+    for (const Instance& instance : data.instances()) values.insert(instance.get(field));
     return values.size();
 }
 
 TEST(ProcessorLive, AreThoseOfLscpu) {
     const std::map<std::string, std::string> fields = lscpuFields();
-    const Report report = gatheredLive("Processor");
-    ASSERT_FALSE(report.instances().empty());
-    EXPECT_EQ(std::to_string(report.instances().size()), fields.at("CPU(s)"));
-    std::string flags = report.instances().front().get("Flags");
+    const GroupData data = gatheredLive(kProcessor);
+    ASSERT_FALSE(data.instances().empty());
+    EXPECT_EQ(std::to_string(data.instances().size()), fields.at("CPU(s)"));
+    std::string flags = data.instances().front().get("Flags");
     std::ranges::replace(flags, ';', ' ');
     const std::pair<const char*, const char*> names[] = {
         {"Name", "Model name"}, {"Manufacturer", "Vendor ID"}, {"Family", "CPU family"},
@@ -148,26 +148,26 @@ TEST(ProcessorLive, AreThoseOfLscpu) {
     };
     for (const auto& [ours, theirs] : names) {
         if (!fields.contains(theirs)) continue;
-        EXPECT_EQ(report.instances().front().get(ours), fields.at(theirs)) << ours;
+        EXPECT_EQ(data.instances().front().get(ours), fields.at(theirs)) << ours;
     }
     EXPECT_EQ(flags, fields.at("Flags"));
 }
 
 TEST(ProcessorLive, StandWhereLscpuPutsThem) {
     std::size_t rows = 0;
-    const Report report = gatheredLive("Processor");
+    const GroupData data = gatheredLive(kProcessor);
     std::map<std::string, std::set<std::string>> coresOfSockets;
     for (const std::string& line : linesOf("LC_ALL=C lscpu -a -p=CPU,CORE,SOCKET,NODE,ONLINE")) {
         if (line.starts_with('#')) continue;
         const Rows row = fieldsOf(line, ',');
-        const Instance& cpu = instanceOf(report, "cpu" + row[0]);
+        const Instance& cpu = instanceOf(data, "cpu" + row[0]);
         EXPECT_EQ(cpu.get("NumaNode"), row[3]);
         EXPECT_EQ(cpu.get("EnabledState"), row[4] == "Y" ? "Enabled" : "Disabled");
         if (row[4] == "Y") coresOfSockets[row[2]].insert(row[1]);
         ++rows;
     }
-    EXPECT_EQ(rows, report.instances().size());
-    const Report packages = gatheredLive("PhysicalProcessor");
+    EXPECT_EQ(rows, data.instances().size());
+    const GroupData packages = gatheredLive(kPhysicalProcessor);
     EXPECT_EQ(packages.instances().size(), coresOfSockets.size());
     std::multiset<std::string> ours;
     std::multiset<std::string> theirs;
@@ -177,8 +177,8 @@ TEST(ProcessorLive, StandWhereLscpuPutsThem) {
 }
 
 TEST(ProcessorLive, HaveTheCachesOfLscpu) {
-    const Report processors = gatheredLive("Processor");
-    const Report packages = gatheredLive("PhysicalProcessor");
+    const GroupData processors = gatheredLive(kProcessor);
+    const GroupData packages = gatheredLive(kPhysicalProcessor);
     std::map<std::string, std::uint64_t> totals;
     for (const Instance& package : packages.instances()) {
         for (const char* const field : {"L2CacheSize", "L3CacheSize"}) {
@@ -202,9 +202,9 @@ TEST(ProcessorLive, HaveTheCachesOfLscpu) {
 }
 
 TEST(ProcessorLive, ThreadsOfACoreAreNumberedFromZero) {
-    const Report report = gatheredLive("Processor");
-    const std::string threads = gatheredLive("PhysicalProcessor").instances().front().get("ThreadsPerCore");
-    EXPECT_EQ(std::to_string(countDistinct(report, "ThreadIndex")), threads);
+    const GroupData data = gatheredLive(kProcessor);
+    const std::string threads = gatheredLive(kPhysicalProcessor).instances().front().get("ThreadsPerCore");
+    EXPECT_EQ(std::to_string(countDistinct(data, "ThreadIndex")), threads);
     EXPECT_EQ(lscpuFields().at("Thread(s) per core"), threads);
 }
 

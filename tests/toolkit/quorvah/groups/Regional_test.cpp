@@ -49,11 +49,11 @@ TEST(Regional, TakesTheShortFormsOfALocale) {
     for (const auto& [locale, language, territory, codeSet] : cases) {
         const ScratchDir tree;
         tree.write("etc/locale.conf", std::string("LANG=") + locale + "\n");
-        const Report report = gatherFrom(kRegional, tree.path());
-        ASSERT_EQ(report.instances().size(), 1U) << locale;
-        EXPECT_EQ(report.instances().front().get("Language"), language);
-        EXPECT_EQ(report.instances().front().get("Territory"), territory);
-        EXPECT_EQ(report.instances().front().get("CodeSet"), codeSet);
+        const GroupData data = gatheredBelow(kRegional, tree.path());
+        ASSERT_EQ(data.instances().size(), 1U) << locale;
+        EXPECT_EQ(data.instances().front().get("Language"), language);
+        EXPECT_EQ(data.instances().front().get("Territory"), territory);
+        EXPECT_EQ(data.instances().front().get("CodeSet"), codeSet);
     }
 }
 

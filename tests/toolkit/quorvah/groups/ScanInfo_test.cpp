@@ -54,7 +54,7 @@ TEST_F(ScanInfo, TellsOfEveryRequestedGroupHowItWent) {
         const std::string name = group->xmlName;
         const bool unsupported =
             (";" + info["GroupsUnsupported"] + ";").find(";" + name + ";") != std::string::npos;
-        EXPECT_EQ(unsupported, group->gather == nullptr && group->elsewhere == nullptr) << name;
+        EXPECT_EQ(unsupported, group->gather == nullptr && group->otherPlatform == nullptr) << name;
     }
     EXPECT_EQ((";" + info["GroupsNotApplicable"]).find(";WinCluster=windows") != std::string::npos, true);
     EXPECT_EQ(info["Complete"], "false") << "there are printers on this system, and nobody looked";

@@ -38,9 +38,9 @@ TEST(DpkgPackages, APackageHasAllThatItsStanzaTells) {
                       "Status: install ok installed\nMaintainer: A <a@b.org>\nDescription: The shell\n more\n"
                       "Section: shells\nInstalled-Size: 7164\nSource: bash-src (5.2.15-2)\n"));
     putWithTime(tree, "var/lib/dpkg/info/bash.list", 1700000000);
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    ASSERT_EQ(1U, report.instances().size());
-    expectAll(report.group(), report.instances().front(),
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    ASSERT_EQ(1U, data.instances().size());
+    expectAll(data.group(), data.instances().front(),
               {{"InstanceID", "pkg:deb/debian/bash@2:5.2.15-2%2Bb8?arch=amd64"},
                {"Name", "bash"},
                {"VersionString", "2:5.2.15-2+b8"},
@@ -63,11 +63,9 @@ TEST(DpkgPackages, EveryArchitectureOfANameIsKeptWithItsOwnDate) {
     tree.write(kStatus, stanza("libc6", "amd64", "2.36-9", same) + stanza("libc6", "i386", "2.36-9", same));
     putWithTime(tree, "var/lib/dpkg/info/libc6:amd64.list", 100);
     putWithTime(tree, "var/lib/dpkg/info/libc6:i386.list", 200);
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ("1970-01-01T00:01:40Z",
-              instanceOf(report, "pkg:deb/libc6@2.36-9?arch=amd64").get("InstallDate"));
-    EXPECT_EQ("1970-01-01T00:03:20Z",
-              instanceOf(report, "pkg:deb/libc6@2.36-9?arch=i386").get("InstallDate"));
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ("1970-01-01T00:01:40Z", instanceOf(data, "pkg:deb/libc6@2.36-9?arch=amd64").get("InstallDate"));
+    EXPECT_EQ("1970-01-01T00:03:20Z", instanceOf(data, "pkg:deb/libc6@2.36-9?arch=i386").get("InstallDate"));
 }
 
 TEST(DpkgPackages, OnlyInstalledPackagesAreListed) {
@@ -76,16 +74,16 @@ TEST(DpkgPackages, OnlyInstalledPackagesAreListed) {
                stanza("a", "all", "1") + stanza("b", "all", "1", "Status: deinstall ok config-files\n") +
                    stanza("c", "all", "1", "Status: install ok half-installed\n") +
                    stanza("d", "all", "1", "Status: hold ok installed\n") + stanza("e", "all", "1", ""));
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all"}), keysOf(report));
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all"}), keysOf(data));
 }
 
 TEST(DpkgPackages, OfARepeatedStanzaTheLastOneHolds) {
     const ScratchDir tree;
     tree.write(kStatus, stanza("b", "all", "1") + stanza("a", "all", "1") + stanza("b", "all", "2") +
                             stanza("a", "all", "1", "Status: deinstall ok config-files\n"));
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ((std::vector<std::string>{"pkg:deb/b@2?arch=all"}), keysOf(report));
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/b@2?arch=all"}), keysOf(data));
 }
 
 TEST(DpkgPackages, AnImageWithoutDpkgHasAFileForEachPackage) {
@@ -94,10 +92,10 @@ TEST(DpkgPackages, AnImageWithoutDpkgHasAFileForEachPackage) {
     tree.write("var/lib/dpkg/status.d/base", stanza("base-files", "amd64", "12.4", ""));
     tree.write("var/lib/dpkg/status.d/tzdata", stanza("tzdata", "all", "2024a-0", "Source: tz"));
     tree.write("var/lib/dpkg/status.d/base.md5sums", "0123  ./etc/debian_version\n");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
     EXPECT_EQ((std::vector<std::string>{"pkg:deb/debian/base-files@12.4?arch=amd64",
                                         "pkg:deb/debian/tzdata@2024a-0?arch=all"}),
-              keysOf(report));
+              keysOf(data));
 }
 
 TEST(DpkgPackages, ANameThatLeadsElsewhereGetsNoDate) {
@@ -105,9 +103,9 @@ TEST(DpkgPackages, ANameThatLeadsElsewhereGetsNoDate) {
     tree.write(kStatus, stanza("../../../../../../../../etc/group", "all", "1"));
     putWithTime(tree, "etc/group.list", 100);
     std::filesystem::create_directories(tree.path() / "var/lib/dpkg/info");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    ASSERT_EQ(1U, report.instances().size());
-    EXPECT_EQ("", report.instances().front().get("InstallDate"));
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    ASSERT_EQ(1U, data.instances().size());
+    EXPECT_EQ("", data.instances().front().get("InstallDate"));
 }
 
 TEST(SmallPackages, EachFormatHasItsInstances) {
@@ -127,10 +125,10 @@ TEST(SmallPackages, EachFormatHasItsInstances) {
                "[Application]\nname=org.x.Y\nruntime=r\n");
     tree.link("var/lib/flatpak/app/org.x.Y/x86_64/stable/active", "abc");
     tree.link("var/lib/flatpak/app/org.x.Y/current", "x86_64/stable");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ("", report.reason());
-    ASSERT_EQ(4U, report.instances().size());
-    expectAll(report.group(), instanceOf(report, "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64"),
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ("", data.reason());
+    ASSERT_EQ(4U, data.instances().size());
+    expectAll(data.group(), instanceOf(data, "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64"),
               {{"InstanceID", "pkg:apk/alpine/musl@1.2.4-r2?arch=x86_64"},
                {"Name", "musl"},
                {"VersionString", "1.2.4-r2"},
@@ -141,7 +139,7 @@ TEST(SmallPackages, EachFormatHasItsInstances) {
                {"Source", "musl"},
                {"InstalledSize", "621"},
                {"PackageFormat", "apk"}});
-    expectAll(report.group(), instanceOf(report, "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64"),
+    expectAll(data.group(), instanceOf(data, "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64"),
               {{"InstanceID", "pkg:alpm/alpine/zlib@1:1.3-2?arch=x86_64"},
                {"Name", "zlib"},
                {"VersionString", "1:1.3-2"},
@@ -151,7 +149,7 @@ TEST(SmallPackages, EachFormatHasItsInstances) {
                {"Release", "2"},
                {"InstalledSize", "2"},
                {"PackageFormat", "pacman"}});
-    expectAll(report.group(), instanceOf(report, "pkg:snap/core20@2023?arch=amd64"),
+    expectAll(data.group(), instanceOf(data, "pkg:snap/core20@2023?arch=amd64"),
               {{"InstanceID", "pkg:snap/core20@2023?arch=amd64"},
                {"Name", "core20"},
                {"VersionString", "2023"},
@@ -159,7 +157,7 @@ TEST(SmallPackages, EachFormatHasItsInstances) {
                {"Architecture", "amd64"},
                {"Release", "2015"},
                {"PackageFormat", "snap"}});
-    expectAll(report.group(), instanceOf(report, "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable"),
+    expectAll(data.group(), instanceOf(data, "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable"),
               {{"InstanceID", "pkg:flatpak/org.x.Y?arch=x86_64&branch=stable"},
                {"Name", "org.x.Y"},
                {"Architecture", "x86_64"},
@@ -202,10 +200,10 @@ void putRpmDatabase(const ScratchDir& tree, const std::string& rows) {
 TEST(RpmPackages, PackagesComeFromTheDatabaseAndKeysDoNotCount) {
     const ScratchDir tree;
     putRpmDatabase(tree, "(" + headerLiteral("bash") + "),(" + headerLiteral("gpg-pubkey") + ")");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ("", report.reason());
-    ASSERT_EQ(1U, report.instances().size());
-    expectAll(report.group(), report.instances().front(),
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ("", data.reason());
+    ASSERT_EQ(1U, data.instances().size());
+    expectAll(data.group(), data.instances().front(),
               {{"InstanceID", "pkg:rpm/fedora/bash@1-2?arch=noarch"},
                {"Name", "bash"},
                {"VersionString", "1-2"},
@@ -217,9 +215,9 @@ TEST(RpmPackages, PackagesComeFromTheDatabaseAndKeysDoNotCount) {
 TEST(RpmPackages, ABrokenHeaderCostsOnlyItselfAndIsReported) {
     const ScratchDir tree;
     putRpmDatabase(tree, "(" + headerLiteral("a") + "),(x'00'),(" + headerLiteral("b") + ")");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ("rpm-broken", report.reason());
-    EXPECT_EQ(2U, report.instances().size());
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ("rpm-broken", data.reason());
+    EXPECT_EQ(2U, data.instances().size());
 }
 
 TEST(RpmPackages, WhatCannotBeReadWholeIsReported) {
@@ -236,9 +234,9 @@ TEST(RpmPackages, WhatCannotBeReadWholeIsReported) {
     for (const auto& test : kCases) {
         const ScratchDir tree;
         tree.write(test.path, test.content);
-        const Report report = gatheredBelow("SoftwarePackages", tree.path());
-        EXPECT_EQ(test.reason, report.reason()) << test.path;
-        EXPECT_TRUE(report.instances().empty()) << test.path;
+        const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+        EXPECT_EQ(test.reason, data.reason()) << test.path;
+        EXPECT_TRUE(data.instances().empty()) << test.path;
     }
 }
 
@@ -246,9 +244,9 @@ TEST(RpmPackages, ChangesThatAreNotInTheDatabaseYetAreReported) {
     const ScratchDir tree;
     putRpmDatabase(tree, "(" + headerLiteral("a") + ")");
     tree.write("var/lib/rpm/rpmdb.sqlite-wal", "log");
-    const Report report = gatheredBelow("SoftwarePackages", tree.path());
-    EXPECT_EQ("rpm-unsaved", report.reason());
-    EXPECT_EQ(1U, report.instances().size());
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ("rpm-unsaved", data.reason());
+    EXPECT_EQ(1U, data.instances().size());
 }
 
 std::vector<std::string> dpkgQuery() {
@@ -271,9 +269,9 @@ std::vector<std::string> dpkgQuery() {
     return rows;
 }
 
-std::vector<std::string> ourRows(const Report& report) {
+std::vector<std::string> ourRows(const GroupData& data) {
     std::vector<std::string> rows;
-    for (const Instance& package : report.instances()) {
+    for (const Instance& package : data.instances()) {
         if (package.get("PackageFormat") != "dpkg") continue;
         std::string row;
         for (const char* const field :
@@ -289,15 +287,15 @@ std::vector<std::string> ourRows(const Report& report) {
 
 TEST(DpkgPackagesLive, EveryPackageIsAsDpkgQueryShowsIt) {
     const std::vector<std::string> theirs = dpkgQuery();
-    const std::vector<std::string> ours = ourRows(gatheredLive("SoftwarePackages"));
+    const std::vector<std::string> ours = ourRows(gatheredLive(kSoftwarePackages));
     EXPECT_FALSE(theirs.empty());
     EXPECT_EQ(theirs.size(), ours.size());
     for (std::size_t i = 0; i < std::min(theirs.size(), ours.size()); ++i) EXPECT_EQ(theirs[i], ours[i]);
 }
 
 TEST(DpkgPackagesLive, TheSameFilesAsATreeGiveTheSamePackages) {
-    const Report live = gatheredLive("SoftwarePackages");
-    const Report tree = gatheredBelow("SoftwarePackages", "/");
+    const GroupData live = gatheredLive(kSoftwarePackages);
+    const GroupData tree = gatheredBelow(kSoftwarePackages, "/");
     EXPECT_EQ(keysOf(live), keysOf(tree));
     EXPECT_EQ(ourRows(live), ourRows(tree));
 }

@@ -10,7 +10,7 @@ namespace toolkit::quorvah {
 namespace {
 
 TEST(Storage, ListsDrivesAndNothingMadeUpOfThem) {
-    EXPECT_EQ(keysOf(gatherTree(kStorage, "x86-server")),
+    EXPECT_EQ(keysOf(gatheredTree(kStorage, "x86-server")),
               (std::vector<std::string>{"/dev/nvme0n1", "/dev/sda", "/dev/sdb", "/dev/sdc", "/dev/sr0"}));
 }
 
@@ -96,8 +96,8 @@ TEST(Storage, TakesAUsbStickForFlashThoughItClaimsToRotate) {
 }
 
 TEST(Storage, TellsAnOpticalDrive) {
-    const Report report = gatherTree(kStorage, "x86-server");
-    const Instance& drive = instanceOf(report, "/dev/sr0");
+    const GroupData data = gatheredTree(kStorage, "x86-server");
+    const Instance& drive = instanceOf(data, "/dev/sr0");
     EXPECT_EQ(drive.get("MediaType"), "Optical");
     EXPECT_EQ(drive.get("Model"), "DVD-ROM DU90N");
     EXPECT_EQ(drive.get("InterfaceType"), "SATA");
@@ -151,13 +151,13 @@ bool isMadeUp(const std::string& name) {
 }
 
 TEST(StorageLive, IsThatOfLsblk) {
-    const Report report = gatheredLive("Storage");
+    const GroupData data = gatheredLive(kStorage);
     std::set<std::string> theirs;
     for (const std::string& line :
          linesOf("LC_ALL=C lsblk -b -d -P -o NAME,SIZE,RO,RM,PHY-SEC,LOG-SEC,TYPE")) {
         std::map<std::string, std::string> row = pairsOf(line);
         if (isMadeUp(row["NAME"]) || (row["TYPE"] != "disk" && row["TYPE"] != "rom")) continue;
-        const Instance& disk = instanceOf(report, "/dev/" + row["NAME"]);
+        const Instance& disk = instanceOf(data, "/dev/" + row["NAME"]);
         EXPECT_EQ(disk.get("Size"), row["SIZE"]);
         EXPECT_EQ(disk.get("BlockSize"), row["LOG-SEC"]);
         EXPECT_EQ(disk.get("PhysicalBlockSize"), row["PHY-SEC"]);
@@ -165,7 +165,7 @@ TEST(StorageLive, IsThatOfLsblk) {
         EXPECT_EQ(disk.get("Removable"), row["RM"] == "1" ? "true" : "false");
         theirs.insert("/dev/" + row["NAME"]);
     }
-    const Rows keys = keysOf(report);
+    const Rows keys = keysOf(data);
     EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()), theirs);
 }
 

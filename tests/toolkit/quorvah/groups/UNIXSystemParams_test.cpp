@@ -47,15 +47,15 @@ TEST(UNIXSystemParams, TakesTheRootDeviceFromTheMountsWithoutABootLoader) {
     const ScratchDir tree;
     tree.write("proc/self/mountinfo",
                "27 1 254:0 / / rw - ext4 /dev/vda rw\n28 27 8:1 / /boot rw - ext4 /dev/sda1 rw\n");
-    const Report report = gatherFrom(kUNIXSystemParams, tree.path());
-    ASSERT_EQ(report.instances().size(), 1U);
-    EXPECT_EQ(report.instances().front().get("RootDevice"), "/dev/vda");
+    const GroupData data = gatheredBelow(kUNIXSystemParams, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("RootDevice"), "/dev/vda");
 }
 
 TEST(UNIXSystemParamsLive, AreThoseOfUnameAndGetconf) {
-    const Report report = gatheredLive("UNIXSystemParams");
-    ASSERT_EQ(report.instances().size(), 1U);
-    const Instance& system = report.instances().front();
+    const GroupData data = gatheredLive(kUNIXSystemParams);
+    ASSERT_EQ(data.instances().size(), 1U);
+    const Instance& system = data.instances().front();
     const std::pair<const char*, const char*> commands[] = {
         {"NodeName", "uname -n"},
         {"SystemName", "uname -s"},

@@ -6,12 +6,10 @@
 namespace toolkit::quorvah {
 namespace {
 
-const std::string kWorkstation = QUORVAH_TEST_TREES "/workstation";
-
 TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
-    const Report report = gatheredBelow("USBDevice", kWorkstation);
-    EXPECT_EQ((std::vector<std::string>{"1-3", "1-4", "usb1"}), keysOf(report));
-    expectAll(report.group(), instanceOf(report, "usb1"),
+    const GroupData data = gatheredTree(kUSBDevice, "workstation");
+    EXPECT_EQ((std::vector<std::string>{"1-3", "1-4", "usb1"}), keysOf(data));
+    expectAll(data.group(), instanceOf(data, "usb1"),
               {{"DeviceID", "usb1"},
                {"Name", "xHCI Host Controller"},
                {"Manufacturer", "Linux 6.1 xhci-hcd"},
@@ -26,7 +24,7 @@ TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
                {"Release", "6.01"},
                {"Speed", "480000000"},
                {"MaxPower", "0"}});
-    expectAll(report.group(), instanceOf(report, "1-3"),
+    expectAll(data.group(), instanceOf(data, "1-3"),
               {{"DeviceID", "1-3"},
                {"Name", "Optical Mouse"},
                {"Manufacturer", "Mouse Maker"},
@@ -46,8 +44,8 @@ TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
 }
 
 TEST(USBDevice, EqualInterfacesAndPlaceholdersLeaveNoTrace) {
-    const Report report = gatheredBelow("USBDevice", kWorkstation);
-    expectAll(report.group(), instanceOf(report, "1-4"),
+    const GroupData data = gatheredTree(kUSBDevice, "workstation");
+    expectAll(data.group(), instanceOf(data, "1-4"),
               {{"DeviceID", "1-4"},
                {"Name", "Gigabit USB Adapter"},
                {"Manufacturer", "Adapter Maker"},
@@ -65,8 +63,8 @@ TEST(USBDeviceLive, DevicesAreThoseOfLsusb) {
         if (id != std::string::npos) theirs.push_back(line.substr(id + 5, 9));
     }
     Rows ours;
-    const Report report = gatheredLive("USBDevice");
-    for (const Instance& device : report.instances())
+    const GroupData data = gatheredLive(kUSBDevice);
+    for (const Instance& device : data.instances())
         ours.push_back(device.get("VendorId") + ":" + device.get("ProductId"));
     EXPECT_EQ(sorted(theirs), sorted(ours));
 }

@@ -38,17 +38,17 @@ TEST(VirtualMachineGuest, TellsAPartitionedMachine) {
 
 TEST(VirtualMachineGuest, HasNoInstanceOnARealMachine) {
     for (const char* const machine : {"x86-server", "arm64-board", "hybrid", "contradictory"}) {
-        EXPECT_TRUE(gatherTree(kVirtualMachineGuest, machine).instances().empty()) << machine;
+        EXPECT_TRUE(gatheredTree(kVirtualMachineGuest, machine).instances().empty()) << machine;
     }
 }
 
 TEST(VirtualMachineGuestLive, IsWhatLscpuSeesOfIt) {
     const std::map<std::string, std::string> fields = lscpuFields();
-    const Report report = gatheredLive("VirtualMachineGuest");
-    ASSERT_EQ(report.instances().empty(), !fields.contains("Hypervisor vendor"));
-    if (report.instances().empty()) return;
-    EXPECT_EQ(report.instances().front().get("HypervisorVendor"), fields.at("Hypervisor vendor"));
-    EXPECT_EQ(report.instances().front().get("VirtualizationMode"), fields.at("Virtualization type"));
+    const GroupData data = gatheredLive(kVirtualMachineGuest);
+    ASSERT_EQ(data.instances().empty(), !fields.contains("Hypervisor vendor"));
+    if (data.instances().empty()) return;
+    EXPECT_EQ(data.instances().front().get("HypervisorVendor"), fields.at("Hypervisor vendor"));
+    EXPECT_EQ(data.instances().front().get("VirtualizationMode"), fields.at("Virtualization type"));
 }
 
 }  // namespace

@@ -20,11 +20,11 @@ TEST(GroupResult, TravelsWholeInAFrame) {
                            {"beware", ""},
                            milliseconds(1234),
                            GroupState::Partial};
-    SharedTexts texts;
+    SharedBuffer texts;
     ASSERT_TRUE(texts.append("something before it"));
     const auto place = texts.append(sent.xml);
     ASSERT_TRUE(place);
-    const std::string frame = frameOf(sent, *place);
+    const std::string frame = toFrame(sent, *place);
     EXPECT_EQ(frameLength(frame), frame.size());
     EXPECT_EQ(frameLength(frame + "next"), frame.size());
     GroupResult received;
@@ -41,8 +41,8 @@ TEST(GroupResult, TravelsWholeInAFrame) {
 
 TEST(GroupResult, IsNotReadFromBytesThatAreNoWholeFrame) {
     const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "", {"beware"}, milliseconds(1)};
-    SharedTexts texts;
-    const std::string frame = frameOf(sent, texts.append(sent.xml).value_or(1));
+    SharedBuffer texts;
+    const std::string frame = toFrame(sent, texts.append(sent.xml).value_or(1));
     for (std::size_t length = 0; length < frame.size(); ++length) {
         std::string cut = frame.substr(0, length);
         GroupResult received;

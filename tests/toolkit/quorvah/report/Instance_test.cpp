@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "toolkit/quorvah/report/Report.h"
+#include "toolkit/quorvah/report/GroupData.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -15,14 +15,14 @@ std::vector<std::string> textsOf(const Instance& instance) {
 }
 
 TEST(Instance, HasAllFieldsOfTheGroupEmptyAtFirst) {
-    Report report(kGroup);
-    const Instance& instance = report.add();
+    GroupData data(kGroup);
+    const Instance& instance = data.add();
     EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"", "", "", ""}));
 }
 
 TEST(Instance, WritesEachTypeAsReadersExpectIt) {
-    Report report(kGroup);
-    Instance& instance = report.add();
+    GroupData data(kGroup);
+    Instance& instance = data.add();
     instance.set("DeviceID", "sda");
     instance.set("Size", std::uint64_t{18446744073709551615U});
     instance.set("Removable", false);
@@ -31,8 +31,8 @@ TEST(Instance, WritesEachTypeAsReadersExpectIt) {
 }
 
 TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
-    Report report(kGroup);
-    Instance& instance = report.add();
+    GroupData data(kGroup);
+    Instance& instance = data.add();
     instance.set("Parts", "x");
     instance.set("Size", -1);
     instance.set("DeviceID", std::string("cpu0"));
@@ -42,8 +42,8 @@ TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
 }
 
 TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
-    Report report(kGroup);
-    Instance& instance = report.add();
+    GroupData data(kGroup);
+    Instance& instance = data.add();
     instance.set("Size", std::optional<int>());
     instance.set("Removable", std::optional<bool>(true));
     EXPECT_EQ(instance.get("Size"), "");
@@ -51,8 +51,8 @@ TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
 }
 
 TEST(Instance, RefusesAFieldThatTheGroupDoesNotHave) {
-    Report report(kGroup);
-    Instance& instance = report.add();
+    GroupData data(kGroup);
+    Instance& instance = data.add();
     EXPECT_THROW(instance.set("Colour", "red"), std::logic_error);
     EXPECT_THROW(instance.set("deviceid", "sda"), std::logic_error);
 }

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
+#include "toolkit/quorvah/report/NaturalOrder.h"
 
-#include "toolkit/quorvah/report/Report.h"
+#include <gtest/gtest.h>
 
 namespace toolkit::quorvah {
 namespace {

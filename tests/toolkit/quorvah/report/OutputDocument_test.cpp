@@ -18,29 +18,29 @@ std::string documentOf(const std::vector<GroupResult>& results, bool pretty) {
     return document;
 }
 
-GroupResult unrendered(Report&& report) {
-    GroupResult result = outcomeOf(report);
-    result.report = std::make_shared<const Report>(std::move(report));
+GroupResult unrendered(GroupData&& data) {
+    GroupResult result = resultWithoutXml(data);
+    result.data = std::make_shared<const GroupData>(std::move(data));
     return result;
 }
 
-std::string documentOf(const Report& report, bool pretty) {
-    return documentOf({render(report, pretty)}, pretty);
+std::string documentOf(const GroupData& data, bool pretty) {
+    return documentOf({render(data, pretty)}, pretty);
 }
 
 TEST(OutputDocument, HasNoWhiteSpaceBetweenElements) {
-    Report report(kGroup);
-    report.add("a").set("Name", "x & y");
-    report.add("b");
-    EXPECT_EQ(documentOf(report, false), R"(<?xml version="1.0" encoding="UTF-8"?><Hardware>)"
-                                         "<SomeThing><DeviceID>a</DeviceID><Name>x &amp; y</Name></SomeThing>"
-                                         "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
+    GroupData data(kGroup);
+    data.add("a").set("Name", "x & y");
+    data.add("b");
+    EXPECT_EQ(documentOf(data, false), R"(<?xml version="1.0" encoding="UTF-8"?><Hardware>)"
+                                       "<SomeThing><DeviceID>a</DeviceID><Name>x &amp; y</Name></SomeThing>"
+                                       "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
 }
 
 TEST(OutputDocument, BreaksLinesForPeople) {
-    Report report(kGroup);
-    report.add("a");
-    EXPECT_EQ(documentOf(report, true),
+    GroupData data(kGroup);
+    data.add("a");
+    EXPECT_EQ(documentOf(data, true),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<Hardware>\n"
               "  <SomeThing>\n"
@@ -53,22 +53,22 @@ TEST(OutputDocument, BreaksLinesForPeople) {
 TEST(OutputDocument, WithoutInstancesIsAnEmptyRoot) {
     EXPECT_EQ(documentOf(std::vector<GroupResult>(), false),
               R"(<?xml version="1.0" encoding="UTF-8"?><Hardware></Hardware>)");
-    EXPECT_EQ(documentOf(Report(kGroup), false), documentOf(std::vector<GroupResult>(), false));
+    EXPECT_EQ(documentOf(GroupData(kGroup), false), documentOf(std::vector<GroupResult>(), false));
 }
 
 TEST(OutputDocument, IsTheSameWhereverItsGroupsAreRendered) {
     constexpr int kInstances = 3000;  // several blocks of text
-    const auto fill = [](Report& report) {
-        for (int i = 0; i < kInstances; ++i) report.add(std::to_string(i)).set("Name", std::string(90, '<'));
+    const auto fill = [](GroupData& data) {
+        for (int i = 0; i < kInstances; ++i) data.add(std::to_string(i)).set("Name", std::string(90, '<'));
     };
     for (const bool pretty : {false, true}) {
         std::vector<GroupResult> early;
         std::vector<GroupResult> late;
         for (int group = 0; group < 3; ++group) {
-            Report report(kGroup);
-            if (group != 1) fill(report);
-            early.push_back(render(report, pretty));
-            late.push_back(unrendered(std::move(report)));
+            GroupData data(kGroup);
+            if (group != 1) fill(data);
+            early.push_back(render(data, pretty));
+            late.push_back(unrendered(std::move(data)));
         }
         EXPECT_EQ(late.back().instances, std::size_t{kInstances});
         const std::string document = documentOf(early, pretty);

@@ -11,14 +11,14 @@ constexpr FieldDef kFields[] = {{"DeviceID"},
                                 {"Address", FieldDef::kPrivate | FieldDef::kVolatile}};
 constexpr Group kGroup{"Thing", "Thing", kFields, nullptr};
 
-Report someReport() {
-    Report report(kGroup);
-    Instance& first = report.add("a");
+GroupData someReport() {
+    GroupData data(kGroup);
+    Instance& first = data.add("a");
     first.set("Serial", "S1;S2;S1");
     first.set("Clock", 5);
     first.set("Address", "S2");
-    report.add("b");
-    return report;
+    data.add("b");
+    return data;
 }
 
 TEST(SipHash, GivesThePublishedResults) {
@@ -31,10 +31,10 @@ TEST(SipHash, GivesThePublishedResults) {
 }
 
 TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
-    Report report = someReport();
+    GroupData data = someReport();
     const Sanitizer sanitizer;
-    sanitizer.hide(report);
-    const Instance& first = report.instances().front();
+    sanitizer.hide(data);
+    const Instance& first = data.instances().front();
     const std::string serials = first.get("Serial");
     ASSERT_EQ(serials.size(), 3U * 16 + 2) << serials;
     EXPECT_EQ(serials.substr(0, 16), serials.substr(34, 16));
@@ -44,11 +44,11 @@ TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
 }
 
 TEST(Sanitizer, LeavesOtherFieldsAndUnknownOnesAlone) {
-    Report report = someReport();
-    Sanitizer().hide(report);
-    EXPECT_EQ(report.instances()[0].get("DeviceID"), "a");
-    EXPECT_EQ(report.instances()[0].get("Clock"), "5");
-    EXPECT_EQ(report.instances()[1].get("Serial"), "");
+    GroupData data = someReport();
+    Sanitizer().hide(data);
+    EXPECT_EQ(data.instances()[0].get("DeviceID"), "a");
+    EXPECT_EQ(data.instances()[0].get("Clock"), "5");
+    EXPECT_EQ(data.instances()[1].get("Serial"), "");
 }
 
 TEST(Sanitizer, HashesDifferentlyInEveryReport) {
@@ -62,9 +62,9 @@ TEST(Sanitizer, KeepsTheSeparatorsOfEmptyValues) {
 }
 
 TEST(Volatile, FieldsAreEmptiedAndOthersKept) {
-    Report report = someReport();
-    dropVolatile(report);
-    const auto values = report.instances()[0].values();
+    GroupData data = someReport();
+    dropVolatile(data);
+    const auto values = data.instances()[0].values();
     EXPECT_EQ(std::vector<std::string>(values.begin(), values.end()),
               (std::vector<std::string>{"a", "S1;S2;S1", "", ""}));
 }

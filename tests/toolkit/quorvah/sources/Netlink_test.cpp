@@ -57,7 +57,7 @@ std::string routeMessage(unsigned char table, unsigned char type, unsigned char 
 const std::string kLocal("\x0a\x00\x00\x01", 4);
 const std::string kFar("\x0a\x00\x00\x02", 4);
 
-std::string firstBytes(const InetBytes& bytes) {
+std::string firstBytes(const IpAddressBytes& bytes) {
     return std::string(reinterpret_cast<const char*>(bytes.data()), 4);
 }
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "toolkit/quorvah/sources/InetText.h"
+#include "toolkit/quorvah/sources/IpAddressText.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -69,7 +69,7 @@ TEST(FibTrie, BrokenLinesAreLeftOut) {
 TEST(FibTrie, AFileCutOffAnywhereGivesOnlyAddressesThatItHolds) {
     const std::string text = kTrie;
     for (std::size_t length = 0; length <= text.size(); ++length) {
-        for (const TrieAddress& address : readFibTrie(text.substr(0, length))) {
+        for (const FibTrieAddress& address : readFibTrie(text.substr(0, length))) {
             EXPECT_NE(std::string::npos, text.find("|-- " + ipv4Text(address.address) + "\n")) << length;
         }
     }
@@ -149,14 +149,14 @@ TEST(Ipv6Routes, OnlyDefaultRoutesWithGatewayAreRead) {
     EXPECT_EQ(0x400U, routes[0].metric);
 }
 
-TEST(InetText, MasksAndPrefixLengthsBelongTogether) {
+TEST(IpAddressText, MasksAndPrefixLengthsBelongTogether) {
     for (int length = 0; length <= 32; ++length) EXPECT_EQ(length, prefixLengthOf(maskOf(length)));
     EXPECT_EQ("255.255.254.0", ipv4Text(maskOf(23)));
     EXPECT_EQ(-1, prefixLengthOf(0x00FFFFFF));
     EXPECT_EQ(-1, prefixLengthOf(0xFFFFFF01));
 }
 
-TEST(InetText, WhatIsNoAddressLeavesTheTargetUntouched) {
+TEST(IpAddressText, WhatIsNoAddressLeavesTheTargetUntouched) {
     std::uint32_t address = 7;
     for (const char* const text : {"", "1.2.3", "1.2.3.4.5", "256.1.1.1", "a.b.c.d", "1.2.3.4 "}) {
         EXPECT_FALSE(readIpv4(text, address)) << text;

@@ -1,0 +1,43 @@
+#include "toolkit/quorvah/sources/DmiPlaceholders.h"
+
+#include <gtest/gtest.h>
+
+namespace toolkit::quorvah {
+namespace {
+
+TEST(DmiPlaceholders, AreWhatMakersLeaveInPlaceOfAValue) {
+    for (const char* const text : {"",
+                                   "   ",
+                                   "To be filled by O.E.M.",
+                                   "TO BE FILLED BY O.E.M.",
+                                   " to be filled by o.e.m. ",
+                                   "Default string",
+                                   "Not Specified",
+                                   "System Serial Number",
+                                   "Chassis Asset Tag",
+                                   "None",
+                                   "N/A",
+                                   "123456789",
+                                   "Unknown",
+                                   "00000000-0000-0000-0000-000000000000",
+                                   "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF",
+                                   "ffffffff-ffff-ffff-ffff-ffffffffffff",
+                                   "03000200-0400-0500-0006-000700080009",
+                                   "........",
+                                   "00000000",
+                                   "xxxxxxxx",
+                                   "System manufacturer"}) {
+        EXPECT_TRUE(isPlaceholder(text)) << text;
+    }
+}
+
+TEST(DmiPlaceholders, AreNotValuesThatResembleThem) {
+    for (const char* const text : {"0", "1234567", "12345678901", "None of these", "Default string 2",
+                                   "ES-2630", "00000001", "FF00", "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
+                                   "Nonesuch", "03000200-0400-0500-0006-00070008000a", "11111111"}) {
+        EXPECT_FALSE(isPlaceholder(text)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace toolkit::quorvah

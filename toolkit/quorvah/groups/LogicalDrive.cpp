@@ -1,0 +1,146 @@
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "toolkit/machine/files/MountInfo.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/FileSystemUsage.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/MountedDrives.h"
+#include "toolkit/quorvah/sources/UdevData.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"Root"},
+    {"Name"},
+    {"FileSystemType"},
+    {"FileSystemSize", FieldDef::kCount},
+    {"AvailableSpace", FieldDef::kCount | FieldDef::kVolatile},
+    {"BlockSize", FieldDef::kCount},
+    {"ReadOnly"},
+    {"MaxFileNameLength", FieldDef::kCount},
+    {"MountOptions"},
+    {"Label"},
+    {"Uuid", FieldDef::kPrivate},
+    {"InodesTotal", FieldDef::kCount},
+    {"InodesFree", FieldDef::kCount | FieldDef::kVolatile},
+    {"Remote"},
+};
+
+std::vector<Mount> readMounts(const Root& root) {
+    for (const char* const path : {"/proc/self/mountinfo", "/proc/1/mountinfo"}) {
+        if (const auto text = root.read(path)) return readMountInfo(*text);
+    }
+    for (const char* const path : {"/proc/mounts", "/proc/1/mounts", "/etc/fstab"}) {
+        if (const auto text = root.read(path)) return readMountTable(*text);
+    }
+    return {};
+}
+
+// The last component of "/dev/sda1"; empty for what is no device.
+std::string deviceName(const Mount& mount) {
+    return mount.source.starts_with("/dev/") ? mount.source.substr(mount.source.rfind('/') + 1)
+                                             : std::string();
+}
+
+// The size of the device that the file system lies on.
+Count deviceSize(const Root& root, const Mount& mount) {
+    Count sectors;
+    if (!mount.device.empty()) sectors = root.readCount("/sys/dev/block/" + mount.device + "/size");
+    const std::string name = deviceName(mount);
+    if (!sectors && !name.empty()) sectors = root.readCount("/sys/class/block/" + name + "/size");
+    constexpr std::uint64_t kSector = 512;
+    return sectors.value_or(0) > 0 ? product(sectors, kSector) : std::nullopt;
+}
+
+// "254:0", as far as it can be found out.
+std::string deviceNumber(const Root& root, const Mount& mount) {
+    if (!mount.device.empty()) return mount.device;
+    const std::string name = deviceName(mount);
+    return name.empty() ? std::string() : root.readLine("/sys/class/block/" + name + "/dev");
+}
+
+void setLabels(const Root& root, const Mount& mount, Instance& drive) {
+    // An entry of fstab may name the file system by nothing else.
+    if (mount.source.starts_with("LABEL=")) drive.set("Label", mount.source.substr(6));
+    if (mount.source.starts_with("UUID=")) drive.set("Uuid", mount.source.substr(5));
+    const std::string number = deviceNumber(root, mount);
+    if (number.empty()) return;
+    const std::optional<std::string> data = root.read("/run/udev/data/b" + number);
+    if (!data) return;
+    const std::string_view label = udevProperty(*data, "ID_FS_LABEL_ENC");
+    const std::string_view uuid = udevProperty(*data, "ID_FS_UUID");
+    if (!label.empty()) drive.set("Label", withoutHexEscapes(label));
+    if (!uuid.empty()) drive.set("Uuid", uuid);
+}
+
+// Another file system may hide this one, mounted at a directory above it; then the answer is the other's.
+// Volumes of btrfs have numbers of their own.
+bool isAbout(const FileSystemUsage& usage, const Mount& mount) {
+    const std::string number = std::to_string(usage.deviceMajor) + ":" + std::to_string(usage.deviceMinor);
+    return mount.device.empty() || mount.type == "btrfs" || number == mount.device;
+}
+
+void setUsage(const FileSystemUsage& usage, Instance& drive) {
+    drive.set("FileSystemSize", usage.size);
+    drive.set("AvailableSpace", usage.available);
+    drive.set("BlockSize", usage.blockSize);
+    drive.set("MaxFileNameLength", usage.maxNameLength);
+    if (usage.inodes == 0) return;  // the file system does not count them
+    drive.set("InodesTotal", usage.inodes);
+    drive.set("InodesFree", usage.inodesFree);
+}
+
+void addDrive(const Root& root, const Mount& mount, GroupData& data) {
+    Instance& drive = data.add(mount.mountPoint);
+    drive.set("Name", mount.source);
+    drive.set("FileSystemType", mount.type);
+    const FileSystemKind kind = fileSystemKind(mount);
+    if (kind != FileSystemKind::Remote) drive.set("FileSystemSize", deviceSize(root, mount));
+    drive.set("ReadOnly", hasMountOption(mount.options, "ro"));
+    drive.set("MountOptions", withoutPasswords(mount.options));
+    setLabels(root, mount, drive);
+    // Where the program behind a FUSE mount has its files from, only that program knows.
+    const bool known = kind != FileSystemKind::Fuse || mount.type == "fuseblk";
+    if (known) drive.set("Remote", kind == FileSystemKind::Remote);
+}
+
+// Asks the kernel about those file systems for which it can answer by itself.
+void addUsages(const std::vector<Mount>& drives, GroupData& data) {
+    std::vector<std::size_t> asked;
+    std::vector<std::string> paths;
+    for (std::size_t i = 0; i < drives.size(); ++i) {
+        if (fileSystemKind(drives[i]) != FileSystemKind::Local) continue;
+        asked.push_back(i);
+        paths.push_back(drives[i].mountPoint);
+    }
+    const UsageAnswers answers = askUsage(paths);
+    if (!answers.complete) data.partial("timeout");
+    for (std::size_t i = 0; i < asked.size(); ++i) {
+        const std::optional<FileSystemUsage>& usage = answers.usages[i];
+        if (usage && isAbout(*usage, drives[asked[i]])) setUsage(*usage, data.instances()[asked[i]]);
+    }
+}
+
+constexpr const char* kSources[] = {"/proc/self/mountinfo", "/proc/1/mountinfo", "/proc/mounts",
+                                    "/proc/1/mounts", "/etc/fstab"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    const std::vector<Mount> drives = mountedDrives(readMounts(root));
+    for (const Mount& drive : drives) addDrive(root, drive, data);
+    if (root.live()) addUsages(drives, data);
+}
+
+}  // namespace
+
+constexpr Group kLogicalDrive{.displayName = "Logical Drive",
+                              .xmlName = "LogicalDrive",
+                              .fields = kFields,
+                              .gather = gather,
+                              .sources = kSources};
+
+}  // namespace toolkit::quorvah

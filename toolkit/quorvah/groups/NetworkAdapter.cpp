@@ -1,0 +1,180 @@
+#include <net/if.h>
+
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/BusAddress.h"
+#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
+#include "toolkit/quorvah/sources/Ethtool.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/IpAddresses.h"
+#include "toolkit/quorvah/sources/LinkTechnology.h"
+
+namespace toolkit::quorvah {
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"DeviceID"},
+    {"Description"},
+    {"Manufacturer"},
+    {"LinkTechnology"},
+    {"PermanentAddress", FieldDef::kPrivate},
+    {"NetworkAddresses", FieldDef::kPrivate},
+    {"Speed", FieldDef::kCount},
+    {"FullDuplex"},
+    {"EnabledState"},
+    {"OperationalStatus", FieldDef::kVolatile},
+    {"ActiveMaximumTransmissionUnit", FieldDef::kCount},
+    {"DriverName"},
+    {"DriverVersion"},
+    {"FirmwareVersion"},
+    {"BusAddress"},
+    {"Physical"},
+    {"Master"},
+};
+
+constexpr char kInterfaces[] = "/sys/class/net/";
+
+// "0x1003" or "1af4", with or without prefix.
+std::string hexDigits(const std::string& line) {
+    return line.substr(line.starts_with("0x") ? 2 : 0);
+}
+
+// The databases are opened for the first adapter that needs a name.
+class AdapterNames {
+  public:
+    explicit AdapterNames(const GatheringContext& context) : context_(context) {}
+
+    void setPci(std::string_view address, Instance& adapter) {
+        if (!pci_) pci_ = std::make_unique<DeviceNameDatabase>(context_.options(), "pci.ids");
+        set(pci_->ids(), "/sys/bus/pci/devices/" + std::string(address), "/vendor", "/device", adapter);
+    }
+    void setUsb(std::string_view name, Instance& adapter) {
+        if (!usb_) usb_ = std::make_unique<DeviceNameDatabase>(context_.options(), "usb.ids");
+        set(usb_->ids(), "/sys/bus/usb/devices/" + std::string(name), "/idVendor", "/idProduct", adapter);
+    }
+
+  private:
+    void set(DeviceIdsFile& ids, const std::string& device, const char* vendorFile, const char* deviceFile,
+             Instance& adapter) const {
+        const std::string vendor = hexDigits(context_.root().readLine(device + vendorFile));
+        const std::string id = hexDigits(context_.root().readLine(device + deviceFile));
+        adapter.set("Description", ids.device(vendor, id));
+        adapter.set("Manufacturer", ids.vendor(vendor));
+    }
+
+    const GatheringContext& context_;
+    std::unique_ptr<DeviceNameDatabase> pci_;
+    std::unique_ptr<DeviceNameDatabase> usb_;
+};
+
+// The link of the interface and that of its device; a captured tree may have only one of them.
+void setBus(const Root& root, const std::string& path, AdapterNames& names, Instance& adapter) {
+    for (const std::string& link :
+         {root.readLink(path.substr(0, path.size() - 1)), root.readLink(path + "device")}) {
+        const std::string_view usb = usbDeviceIn(link);
+        const std::string_view pci = pciAddressIn(link);
+        if (usb.empty() && pci.empty()) continue;
+        adapter.set("BusAddress", usb.empty() ? pci : usb);
+        if (usb.empty()) {
+            names.setPci(pci, adapter);
+        } else {
+            names.setUsb(usb, adapter);
+        }
+        return;
+    }
+}
+
+// The number of the kind of interface; -1 when it is none.
+int typeOf(Count number) {
+    constexpr std::uint64_t kMaxType = 65535;
+    return number && *number <= kMaxType ? static_cast<int>(*number) : -1;
+}
+
+void setTechnology(const Root& root, const std::string& path, Instance& adapter) {
+    const std::optional<std::string> uevent = root.read(path + "uevent");
+    LinkTraits traits;
+    std::string_view rest = uevent ? std::string_view(*uevent) : std::string_view();
+    std::string_view line;
+    while (nextLine(rest, line)) {
+        if (takeField(line, '=') == "DEVTYPE") traits.devType = line;
+    }
+    traits.type = typeOf(root.readCount(path + "type"));
+    traits.hasDevice = root.exists(path + "device");
+    traits.wireless = root.exists(path + "wireless") || root.exists(path + "phy80211");
+    traits.bridge = root.exists(path + "bridge");
+    traits.bonding = root.exists(path + "bonding");
+    traits.tun = root.exists(path + "tun_flags");
+    adapter.set("LinkTechnology", linkTechnology(traits));
+    adapter.set("Physical", traits.hasDevice);
+}
+
+void setLink(const Root& root, const std::string& path, Instance& adapter) {
+    // -1, or the same as an unsigned number, is written for a link that is down or knows no speed. Reading of
+    // an interface that is down fails.
+    const Count megabits = root.readCount(path + "speed");
+    if (megabits && *megabits > 0 && *megabits < 0xFFFFFFFF)
+        adapter.set("Speed", product(megabits, 1'000'000));
+    const std::string duplex = root.readLine(path + "duplex");
+    if (duplex == "full" || duplex == "half") adapter.set("FullDuplex", duplex == "full");
+    if (const Count flags = readCount(hexDigits(root.readLine(path + "flags")), 16))
+        adapter.set("EnabledState", (*flags & IFF_UP) != 0 ? "Enabled" : "Disabled");
+    const std::string state = root.readLine(path + "operstate");
+    if (state != "unknown") adapter.set("OperationalStatus", state);
+    adapter.set("ActiveMaximumTransmissionUnit", root.readCount(path + "mtu"));
+    adapter.set("Master", root.linkName(path + "master"));
+}
+
+void setDriverFromFiles(const Root& root, const std::string& path, const std::string& address,
+                        Instance& adapter) {
+    const std::string driver = root.linkName(path + "device/driver");
+    adapter.set("DriverName", driver);
+    if (!driver.empty()) adapter.set("DriverVersion", root.readLine("/sys/module/" + driver + "/version"));
+    const bool ownAddress = root.readCount(path + "addr_assign_type") == 0;
+    if (ownAddress && root.exists(path + "device")) adapter.set("PermanentAddress", address);
+}
+
+void setDriver(const Ethtool& ethtool, Instance& adapter, const std::string& name) {
+    if (const std::optional<DriverInfo> driver = ethtool.driver(name)) {
+        adapter.set("DriverName", driver->name);
+        adapter.set("DriverVersion", driver->version);
+        adapter.set("FirmwareVersion", driver->firmwareVersion);
+    }
+    const std::string address = ethtool.permanentAddress(name);
+    if (!address.empty()) adapter.set("PermanentAddress", address);
+}
+
+constexpr const char* kSources[] = {"/sys/class/net"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    AdapterNames names(context);
+    const std::optional<Ethtool> ethtool = root.live() ? std::make_optional<Ethtool>() : std::nullopt;
+    for (const std::string& name : root.list(kInterfaces)) {
+        const std::string path = kInterfaces + name + "/";
+        if (!root.isDirectory(path)) continue;  // such as the file bonding_masters
+        Instance& adapter = data.add(name);
+        const std::string address = macAddress(root, name);
+        setBus(root, path, names, adapter);
+        setTechnology(root, path, adapter);
+        adapter.set("NetworkAddresses", address);
+        setLink(root, path, adapter);
+        setDriverFromFiles(root, path, address, adapter);
+        if (ethtool) setDriver(*ethtool, adapter, name);
+    }
+}
+
+}  // namespace
+
+constexpr Group kNetworkAdapter{.displayName = "Network Adapter",
+                                .xmlName = "NetworkAdapter",
+                                .fields = kFields,
+                                .gather = gather,
+                                .sources = kSources};
+
+}  // namespace toolkit::quorvah

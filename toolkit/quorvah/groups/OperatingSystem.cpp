@@ -1,0 +1,169 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+
+#include "toolkit/machine/text/IsoTime.h"
+#include "toolkit/machine/text/ShellVariables.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/KernelInfo.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
+#include "toolkit/quorvah/sources/TimeZone.h"
+#include "toolkit/quorvah/sources/Utmp.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"Name"},
+    {"Caption"},
+    {"Version"},
+    {"OSType"},
+    {"OtherTypeDescription"},
+    {"CSName", FieldDef::kPrivate},
+    {"InstallDate"},
+    {"LastBootUpTime", FieldDef::kVolatile},
+    {"LocalDateTime", FieldDef::kVolatile},
+    {"CurrentTimeZone"},
+    {"NumberOfUsers", FieldDef::kCount | FieldDef::kVolatile},
+    {"NumberOfProcesses", FieldDef::kCount | FieldDef::kVolatile},
+    {"MaxNumberOfProcesses", FieldDef::kCount},
+    {"MaxProcessMemorySize", FieldDef::kCount},
+    {"Id"},
+    {"IdLike"},
+    {"VersionId"},
+    {"Codename"},
+    {"BuildId"},
+    {"KernelVersion"},
+    {"Architecture"},
+    {"PackageManager"},
+};
+
+constexpr const char* kLinux = "36";  // of the values of CIM_OperatingSystem.OSType
+
+void setRelease(const Root& root, Instance& system) {
+    std::optional<std::string> file = root.read("/etc/os-release");
+    if (!file) file = root.read("/usr/lib/os-release");
+    const ShellVariables release(file.value_or(""));
+    system.set("Caption", release.value("PRETTY_NAME"));
+    system.set("OtherTypeDescription", release.value("NAME"));
+    system.set("Id", release.value("ID"));
+    system.set("IdLike", wordsOf(release.value("ID_LIKE")));
+    system.set("VersionId", release.value("VERSION_ID"));
+    system.set("Codename", release.value("VERSION_CODENAME"));
+    system.set("BuildId", release.value("BUILD_ID"));
+}
+
+void setKernel(const Root& root, Instance& system) {
+    const KernelInfo kernel = readKernelInfo(root);
+    system.set("Version", kernel.release);
+    system.set("KernelVersion", kernel.version);
+    system.set("Architecture", kernel.machine);
+}
+
+std::optional<std::int64_t> birthTime(const Root& root, const char* path) {
+    const kest::Descriptor file = root.open(path, O_PATH);
+    struct statx status {};
+    if (!file.isOpen() || ::statx(file.number(), "", AT_EMPTY_PATH, STATX_BTIME, &status) != 0)
+        return std::nullopt;
+    return (status.stx_mask & STATX_BTIME) != 0 ? std::optional(status.stx_btime.tv_sec) : std::nullopt;
+}
+
+// About when the system was installed: its file system was made, or its identity given. The files of a tree
+// that is a copy were born when it was copied; such a copy has no lost+found.
+std::string installDate(const Root& root) {
+    std::optional<std::int64_t> born = birthTime(root, "/lost+found");
+    if (!born && root.live()) born = birthTime(root, "/etc/machine-id");
+    // File systems made by images have files that were never born.
+    return born && *born > 0 ? isoTime(*born) : std::string();
+}
+
+void setTimes(const Root& root, Instance& system) {
+    system.set("InstallDate", installDate(root));
+    const std::optional<std::int64_t> boot = bootTime(root);
+    if (boot) system.set("LastBootUpTime", isoTime(*boot));
+    const std::optional<std::int64_t> now = observationTime(root);
+    if (!now) return;
+    system.set("LocalDateTime", isoTime(*now));
+    const std::optional<ZoneOffset> offset = zoneOffset(root, *now);
+    if (offset) system.set("CurrentTimeZone", offset->minutes);
+}
+
+std::size_t countProcesses(const Root& root) {
+    const auto isNumber = [](const std::string& name) {
+        return std::ranges::all_of(name, [](char c) { return c >= '0' && c <= '9'; });
+    };
+    return static_cast<std::size_t>(std::ranges::count_if(root.list("/proc"), isNumber));
+}
+
+void setProcesses(const Root& root, Instance& system) {
+    system.set("NumberOfUsers", countUsers(root));
+    const std::size_t processes = countProcesses(root);
+    if (processes > 0) system.set("NumberOfProcesses", processes);
+    system.set("MaxNumberOfProcesses", root.readCount("/proc/sys/kernel/pid_max"));
+}
+
+// KiB of addresses that a process can have: half of what an x86 CPU has, which says so in "48 bits physical,
+// 48 bits virtual". Other CPUs leave it to how the kernel was built.
+Count maxProcessMemory(const Root& root) {
+    const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
+    const std::vector<int> cpus = info.cpus();
+    if (cpus.empty()) return std::nullopt;
+    const std::string_view sizes = info.value(cpus.front(), "address sizes");
+    const std::size_t comma = sizes.find(", ");
+    if (comma == std::string_view::npos) return std::nullopt;
+    const Count bits = readLeadingCount(sizes.substr(comma + 2));
+    if (!bits || *bits <= 32 || *bits > 64) return std::nullopt;
+    return std::uint64_t{1} << (*bits - 11);
+}
+
+std::vector<std::string> packageManagers(const Root& root) {
+    const std::pair<const char*, const char*> databases[] = {
+        {"dpkg", "/var/lib/dpkg/status"},
+        {"rpm", "/var/lib/rpm/rpmdb.sqlite"},
+        {"rpm", "/var/lib/rpm/Packages.db"},
+        {"rpm", "/var/lib/rpm/Packages"},
+        {"rpm", "/usr/lib/sysimage/rpm/rpmdb.sqlite"},
+        {"rpm", "/usr/lib/sysimage/rpm/Packages.db"},
+        {"apk", "/lib/apk/db/installed"},
+        {"pacman", "/var/lib/pacman/local/ALPM_DB_VERSION"},
+    };
+    std::vector<std::string> managers;
+    for (const auto& [manager, database] : databases) {
+        if (std::ranges::find(managers, manager) == managers.end() && root.exists(database)) {
+            managers.emplace_back(manager);
+        }
+    }
+    return managers;
+}
+
+constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/proc/version"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    const auto fill = [&root](Instance& system) {
+        setRelease(root, system);
+        setKernel(root, system);
+        system.set("CSName", hostName(root));
+        setTimes(root, system);
+        setProcesses(root, system);
+        system.set("MaxProcessMemorySize", maxProcessMemory(root));
+        system.set("PackageManager", packageManagers(root));
+    };
+    data.addOne(fill, {{"Name", "linux"}, {"OSType", kLinux}});
+}
+
+}  // namespace
+
+constexpr Group kOperatingSystem{.displayName = "Operating System",
+                                 .xmlName = "OperatingSystem",
+                                 .fields = kFields,
+                                 .gather = gather,
+                                 .sources = kSources};
+
+}  // namespace toolkit::quorvah

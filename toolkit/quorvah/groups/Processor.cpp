@@ -1,0 +1,128 @@
+#include <algorithm>
+#include <string>
+
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/CpuFrequency.h"
+#include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/CpuList.h"
+#include "toolkit/quorvah/sources/CpuModel.h"
+#include "toolkit/quorvah/sources/CpuTopology.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/KernelInfo.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"DeviceID"},
+    {"Name"},
+    {"Manufacturer"},
+    {"Family"},
+    {"Model"},
+    {"Stepping"},
+    {"MaxClockSpeed", FieldDef::kCount},
+    {"CurrentClockSpeed", FieldDef::kCount | FieldDef::kVolatile},
+    {"AddressWidth", FieldDef::kCount},
+    {"EnabledState"},
+    {"Architecture"},
+    {"PhysicalPackageId", FieldDef::kCount},
+    {"DieId", FieldDef::kCount},
+    {"ClusterId", FieldDef::kCount},
+    {"CoreId", FieldDef::kCount},
+    {"ThreadIndex", FieldDef::kCount},
+    {"NumaNode", FieldDef::kCount},
+    {"CoreType"},
+    {"Flags"},
+    {"Microcode"},
+    {"L1dCacheSize", FieldDef::kCount},
+    {"L1iCacheSize", FieldDef::kCount},
+    {"L2CacheSize", FieldDef::kCount},
+    {"L3CacheSize", FieldDef::kCount},
+};
+
+// The CPUs of each kind in a machine that mixes two kinds.
+struct CoreTypes {
+    std::vector<int> performance;
+    std::vector<int> efficiency;
+
+    explicit CoreTypes(const Root& root)
+        : performance(readCpuList(root.readLine("/sys/devices/cpu_core/cpus"))),
+          efficiency(readCpuList(root.readLine("/sys/devices/cpu_atom/cpus"))) {}
+
+    std::string_view of(int cpu) const {
+        if (contains(performance, cpu)) return "performance";
+        return contains(efficiency, cpu) ? "efficiency" : "";
+    }
+};
+
+// Bits of an address in the machine's native mode.
+std::string_view addressWidth(std::string_view machine) {
+    if (machine.empty()) return {};
+    const bool wide = machine.find("64") != std::string_view::npos || machine == "s390x";
+    return wide ? "64" : "32";
+}
+
+std::vector<std::string> flagsOf(const CpuInfo& info, int cpu) {
+    for (const char* const key : {"flags", "Features", "features", "isa"}) {
+        const std::string_view flags = info.value(cpu, key);
+        if (!flags.empty()) return wordsOf(flags);
+    }
+    return {};
+}
+
+void setPlace(const LogicalCpu& cpu, Instance& processor) {
+    processor.set("PhysicalPackageId", cpu.package);
+    processor.set("DieId", cpu.die);
+    processor.set("ClusterId", cpu.cluster);
+    processor.set("CoreId", cpu.core);
+    processor.set("ThreadIndex", cpu.thread);
+    processor.set("NumaNode", cpu.node);
+}
+
+void setCaches(const LogicalCpu& cpu, Instance& processor) {
+    processor.set("L1dCacheSize", cacheSize(cpu, 1, "Data"));
+    processor.set("L1iCacheSize", cacheSize(cpu, 1, "Instruction"));
+    processor.set("L2CacheSize", cacheSize(cpu, 2));
+    processor.set("L3CacheSize", cacheSize(cpu, 3));
+}
+
+constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/devices/system/cpu"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
+    const std::string machine = readKernelInfo(root).machine;
+    const CoreTypes types(root);
+    for (const LogicalCpu& cpu : readCpus(root, info)) {
+        Instance& processor = data.add("cpu" + std::to_string(cpu.number));
+        const CpuModel model = readCpuModel(info, cpu.number);
+        processor.set("Name", model.name);
+        processor.set("Manufacturer", model.manufacturer);
+        processor.set("Family", model.family);
+        processor.set("Model", model.model);
+        processor.set("Stepping", model.stepping);
+        processor.set("MaxClockSpeed", maxClock(root, info, cpu.number));
+        processor.set("CurrentClockSpeed", currentClock(root, info, cpu.number));
+        processor.set("AddressWidth", addressWidth(machine));
+        if (cpu.online) processor.set("EnabledState", *cpu.online ? "Enabled" : "Disabled");
+        processor.set("Architecture", machine);
+        setPlace(cpu, processor);
+        processor.set("CoreType", types.of(cpu.number));
+        processor.set("Flags", flagsOf(info, cpu.number));
+        processor.set("Microcode", microcode(root, info, cpu.number));
+        setCaches(cpu, processor);
+    }
+}
+
+}  // namespace
+
+constexpr Group kProcessor{.displayName = "Processor",
+                           .xmlName = "Processor",
+                           .fields = kFields,
+                           .gather = gather,
+                           .sources = kSources};
+
+}  // namespace toolkit::quorvah

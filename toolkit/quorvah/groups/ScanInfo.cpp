@@ -1,0 +1,89 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "toolkit/machine/text/IsoTime.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"ScannerName"},
+    {"ScannerVersion"},
+    {"SchemaVersion"},
+    {"StartTime", FieldDef::kVolatile},
+    {"EndTime", FieldDef::kVolatile},
+    {"ElapsedTime", FieldDef::kCount | FieldDef::kVolatile},
+    {"EffectiveUserId", FieldDef::kCount},
+    {"Privileged"},
+    {"RootPath", FieldDef::kPrivate},
+    {"Platform"},
+    {"GroupsRequested"},
+    {"GroupsComplete"},
+    {"GroupsPartial"},
+    {"GroupsUnread"},
+    {"GroupsNotApplicable"},
+    {"GroupsUnsupported"},
+    {"Complete"},
+    {"Warnings"},
+    {"NameDatabaseVersion"},
+};
+
+// Both lists tell of all groups that this scanner never gathers, also of those that were not asked for: so a reader learns of
+// them without asking for all.
+std::vector<std::string> unsupported() {
+    std::vector<std::string> names;
+    for (const Group* const group : allGroups()) {
+        if (group->gather == nullptr && group->otherPlatform == nullptr) names.emplace_back(group->xmlName);
+    }
+    return names;
+}
+
+std::vector<std::string> notApplicable(const ScanSummary& summary) {
+    std::vector<std::string> entries;
+    for (const Group* const group : allGroups()) {
+        if (group->otherPlatform != nullptr)
+            entries.push_back(std::string(group->xmlName) + "=" + group->otherPlatform);
+    }
+    for (const std::string& entry : summary.notApplicable) {
+        if (std::ranges::find(entries, entry) == entries.end()) entries.push_back(entry);
+    }
+    return entries;
+}
+
+void gather(GatheringContext& context, GroupData& data) {
+    const ScanSummary& summary = context.summary;
+    Instance& info = data.add("quorvah");
+    info.set("ScannerVersion", QUORVAH_VERSION);
+    info.set("SchemaVersion", "2");
+    info.set("StartTime", isoTime(summary.startTime));
+    info.set("EndTime", isoTime(summary.endTime));
+    info.set("ElapsedTime", summary.elapsed);
+    info.set("EffectiveUserId", ::geteuid());
+    info.set("Privileged", ::geteuid() == 0);
+    info.set("RootPath", context.root().directory());
+    info.set("Platform", "linux-" QUORVAH_MACHINE);
+    info.set("GroupsRequested", summary.requested);
+    info.set("GroupsComplete", summary.complete);
+    info.set("GroupsPartial", summary.partial);
+    info.set("GroupsUnread", summary.unread);
+    info.set("GroupsNotApplicable", notApplicable(summary));
+    info.set("GroupsUnsupported", unsupported());
+    info.set("Complete", summary.partial.empty() && summary.unread.empty() && summary.unsupported.empty());
+    info.set("Warnings", summary.warnings);
+    info.set("NameDatabaseVersion", deviceNameDatabaseVersions(context.options()));
+}
+
+}  // namespace
+
+constexpr Group kScanInfo{
+    .displayName = "Scan Info", .xmlName = "ScanInfo", .fields = kFields, .gather = gather};
+
+}  // namespace toolkit::quorvah

@@ -1,0 +1,186 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+
+#include "toolkit/machine/files/MountInfo.h"
+#include "toolkit/machine/text/ByteOrder.h"
+#include "toolkit/machine/text/HexDigits.h"
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/CpuList.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/KernelCommandLine.h"
+#include "toolkit/quorvah/sources/KernelInfo.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"NodeName", FieldDef::kPrivate},
+    {"SystemName"},
+    {"Release"},
+    {"Version"},
+    {"Machine"},
+    {"HostId", FieldDef::kPrivate},
+    {"PageSize", FieldDef::kCount},
+    {"OpenMax", FieldDef::kCount},
+    {"ArgMax", FieldDef::kCount},
+    {"ChildMax", FieldDef::kCount},
+    {"ClockTicksPerSecond", FieldDef::kCount},
+    {"ProcessorsConfigured", FieldDef::kCount},
+    {"ProcessorsOnline", FieldDef::kCount | FieldDef::kVolatile},
+    {"InitSystem"},
+    {"DefaultTarget"},
+    {"BootParameters", FieldDef::kPrivate},
+    {"RootDevice", FieldDef::kPrivate},
+    {"SecurityModules"},
+    {"LoadAverage1", FieldDef::kDecimal | FieldDef::kVolatile},
+    {"LoadAverage5", FieldDef::kDecimal | FieldDef::kVolatile},
+    {"LoadAverage15", FieldDef::kDecimal | FieldDef::kVolatile},
+    {"Uptime", FieldDef::kCount | FieldDef::kVolatile},
+};
+
+void setKernel(const Root& root, Instance& system) {
+    const KernelInfo kernel = readKernelInfo(root);
+    system.set("SystemName", kernel.name);
+    system.set("Release", kernel.release);
+    system.set("Version", kernel.version);
+    system.set("Machine", kernel.machine);
+}
+
+// Eight hexadecimal digits of the number in /etc/hostid. Without the file the C library would ask the network
+// for the machine's address, so then there is none.
+std::string hostId(const Root& root) {
+    const std::string bytes = root.read("/etc/hostid").value_or("");
+    if (bytes.size() != 4) return {};
+    return hexDigits(littleEndian(bytes, 0, 4), 8);
+}
+
+// What the system does not know is -1.
+void setKnown(Instance& system, const char* field, long value) {
+    if (value >= 0) system.set(field, value);
+}
+
+void setLimits(const Root& root, Instance& system) {
+    if (!root.live()) return;
+    const std::pair<const char*, int> limits[] = {
+        {"PageSize", _SC_PAGESIZE},
+        {"OpenMax", _SC_OPEN_MAX},
+        {"ArgMax", _SC_ARG_MAX},
+        {"ChildMax", _SC_CHILD_MAX},
+        {"ClockTicksPerSecond", _SC_CLK_TCK},
+    };
+    for (const auto& [field, name] : limits) {
+        setKnown(system, field, ::sysconf(name));
+    }
+}
+
+void setProcessors(const Root& root, Instance& system) {
+    if (root.live()) {
+        setKnown(system, "ProcessorsConfigured", ::sysconf(_SC_NPROCESSORS_CONF));
+        setKnown(system, "ProcessorsOnline", ::sysconf(_SC_NPROCESSORS_ONLN));
+        return;
+    }
+    const std::string directory = "/sys/devices/system/cpu/";
+    const std::size_t configured = readCpuList(root.readLine(directory + "possible")).size();
+    const std::size_t online = readCpuList(root.readLine(directory + "online")).size();
+    if (configured > 0) system.set("ProcessorsConfigured", configured);
+    if (online > 0) system.set("ProcessorsOnline", online);
+}
+
+// The program that is the first process: "systemd", "busybox", "runit-init", or "init" itself.
+std::string initSystem(const Root& root) {
+    for (const char* const path : {"/sbin/init", "/usr/sbin/init", "/etc/init", "/bin/init", "/init"}) {
+        std::string target = root.linkName(path);
+        if (!target.empty()) return target;
+        if (root.exists(path)) return root.isDirectory("/run/systemd/system") ? "systemd" : "init";
+    }
+    return {};
+}
+
+// "id:2:initdefault:" of the file that the init of System V reads.
+std::string inittabLevel(const Root& root) {
+    const std::string inittab = root.read("/etc/inittab").value_or("");
+    std::string_view rest = inittab;
+    for (std::string_view line; nextLine(rest, line);) {
+        if (line.starts_with('#')) continue;
+        takeField(line, ':');
+        const std::string_view level = takeField(line, ':');
+        if (takeField(line, ':') == "initdefault") return "runlevel " + std::string(level);
+    }
+    return {};
+}
+
+std::string defaultTarget(const Root& root) {
+    for (const char* const directory :
+         {"/etc/systemd/system/", "/usr/lib/systemd/system/", "/lib/systemd/system/"}) {
+        std::string target = root.linkName(std::string(directory) + "default.target");
+        if (!target.empty()) return target;
+    }
+    return inittabLevel(root);
+}
+
+// What the boot loader named, else what is mounted.
+std::string rootDevice(const Root& root, std::string_view commandLine) {
+    std::string device = bootParameter(commandLine, "root");
+    if (!device.empty()) return device;
+    for (const Mount& mount : readMountInfo(root.read("/proc/self/mountinfo").value_or(""))) {
+        if (mount.mountPoint == "/") device = mount.source;
+    }
+    return device;
+}
+
+void setBoot(const Root& root, Instance& system) {
+    const std::string commandLine = root.readLine("/proc/cmdline");
+    system.set("InitSystem", initSystem(root));
+    system.set("DefaultTarget", defaultTarget(root));
+    system.set("BootParameters", withoutSecrets(commandLine));
+    system.set("RootDevice", rootDevice(root, commandLine));
+    std::string modules = root.readLine("/sys/kernel/security/lsm");
+    std::ranges::replace(modules, ',', ';');
+    system.set("SecurityModules", std::move(modules));
+}
+
+// "0.42"; empty for what is not written so.
+std::string_view decimal(std::string_view text) {
+    std::string_view fraction = text;
+    const std::string_view whole = takeField(fraction, '.');
+    return readCount(whole) && readCount(fraction) ? text : std::string_view();
+}
+
+void setLoad(const Root& root, Instance& system) {
+    const std::string averages = root.readLine("/proc/loadavg");
+    std::string_view rest = averages;
+    system.set("LoadAverage1", decimal(nextWord(rest)));
+    system.set("LoadAverage5", decimal(nextWord(rest)));
+    system.set("LoadAverage15", decimal(nextWord(rest)));
+    system.set("Uptime", readLeadingCount(root.readLine("/proc/uptime")));
+}
+
+constexpr const char* kSources[] = {"/proc/version", "/etc/hostname"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    data.addOne([&root](Instance& system) {
+        system.set("NodeName", hostName(root));
+        setKernel(root, system);
+        system.set("HostId", hostId(root));
+        setLimits(root, system);
+        setProcessors(root, system);
+        setBoot(root, system);
+        setLoad(root, system);
+    });
+}
+
+}  // namespace
+
+constexpr Group kUNIXSystemParams{.displayName = "UNIX System Params",
+                                  .xmlName = "UNIXSystemParams",
+                                  .fields = kFields,
+                                  .gather = gather,
+                                  .sources = kSources};
+
+}  // namespace toolkit::quorvah

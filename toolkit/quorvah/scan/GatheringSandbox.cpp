@@ -1,0 +1,20 @@
+#include "toolkit/quorvah/scan/GatheringSandbox.h"
+
+#include "toolkit/machine/sandbox/Sandbox.h"
+
+namespace toolkit::quorvah {
+
+SandboxIncomplete::SandboxIncomplete(const std::string& missing)
+    : std::runtime_error("the sandbox is not whole here: " + missing +
+                         " (--sandbox optional allows to go on)") {}
+
+std::string enterGatheringSandbox() {
+    SandboxNeeds needs;
+    needs.memory = std::uint64_t{1} << 30;
+    needs.leastMemory = std::uint64_t{256} << 20;
+    needs.calls.asksKernel = true;  // netlink, and ioctl for the drivers of network adapters
+    needs.calls.children = true;    // to ask file systems that may not answer
+    return toolkit::enterSandbox(needs);
+}
+
+}  // namespace toolkit::quorvah
