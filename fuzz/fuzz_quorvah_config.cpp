@@ -1,5 +1,4 @@
-// The scanner's configuration: any bytes give names of groups or an error that says what is wrong, never
-// both.
+// Reads arbitrary bytes as a configuration of quorvah. The result must be either groups or an error, never both.
 #include <cstdlib>
 
 #include "fuzz/MemoryFile.h"

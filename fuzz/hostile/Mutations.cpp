@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{8} << 20;
+constexpr std::size_t kMaxSize = std::size_t{8} << 20;
 
 char anyByte(Random& random) {
     return static_cast<char>(random.below(256));
@@ -27,8 +27,8 @@ void overwrite(Random& random, std::string& bytes) {
         bytes[random.below(bytes.size())] = anyByte(random);
 }
 
-// As numbers in files stand: in binary, or in digits.
-void plantNumber(Random& random, std::string& bytes) {
+// Overwrites bytes with binary numbers or digits.
+void insertNumbers(Random& random, std::string& bytes) {
     static const std::string kNumbers[] = {
         "\xFF\xFF\xFF\xFF",
         std::string("\0\0\0\x80", 4),
@@ -59,7 +59,7 @@ void repeat(Random& random, std::string& bytes) {
     if (bytes.empty()) return;
     const std::size_t from = random.below(bytes.size());
     const std::string part = bytes.substr(from, random.below(bytes.size() - from) + 1);
-    const std::size_t most = random.oneIn(4) ? kLargest : std::size_t{64} << 10;
+    const std::size_t most = random.oneIn(4) ? kMaxSize : std::size_t{64} << 10;
     std::string all;
     while (all.size() + part.size() < most) all += part;
     bytes.insert(random.below(bytes.size()), all);
@@ -96,7 +96,7 @@ std::string mutated(Random& random, std::string bytes) {
                 overwrite(random, bytes);
                 break;
             case 2:
-                plantNumber(random, bytes);
+                insertNumbers(random, bytes);
                 break;
             case 3:
                 splice(random, bytes);
@@ -107,7 +107,7 @@ std::string mutated(Random& random, std::string bytes) {
             default:
                 if (random.oneIn(4)) fill(random, bytes);
         }
-        if (bytes.size() > kLargest) bytes.resize(kLargest);
+        if (bytes.size() > kMaxSize) bytes.resize(kMaxSize);
     }
     return bytes;
 }
@@ -121,7 +121,7 @@ std::string mutatedText(Random& random, std::string text) {
     return text;
 }
 
-void plant(Random& random, const fs::path& file, const std::string& bytes, const fs::path& outside) {
+void putHostile(Random& random, const fs::path& file, const std::string& bytes, const fs::path& outside) {
     const std::uint64_t kind = random.below(16);
     if (!clear(file)) return;
     std::error_code ignored;
@@ -130,7 +130,7 @@ void plant(Random& random, const fs::path& file, const std::string& bytes, const
             ::mkfifo(file.c_str(), 0666);
             break;
         case 1:
-            // A device proper where that is allowed.
+            // Creating a device requires a privilege.
             if (::mknod(file.c_str(), S_IFCHR | 0666, makedev(1, 5)) != 0)
                 fs::create_symlink("/dev/zero", file, ignored);
             break;
@@ -158,7 +158,7 @@ void plant(Random& random, const fs::path& file, const std::string& bytes, const
     }
 }
 
-void plantDirectories(Random& random, const fs::path& directory) {
+void addOddDirectories(Random& random, const fs::path& directory) {
     std::error_code ignored;
     fs::create_directories(directory, ignored);
     fs::path deep = directory / "deep";
@@ -180,22 +180,22 @@ void plantDirectories(Random& random, const fs::path& directory) {
     }
 }
 
-Restless::Restless(fs::path directory, fs::path outside, std::vector<fs::path> files)
+ChangingFiles::ChangingFiles(fs::path directory, fs::path outside, std::vector<fs::path> files)
     : directory_(std::move(directory)), outside_(std::move(outside)), files_(std::move(files)) {
     thread_ = std::thread([this] {
-        for (unsigned round = 0; !over_; ++round) {
+        for (unsigned round = 0; !stopped_; ++round) {
             swapDirectory();
             resizeFiles(round);
         }
     });
 }
 
-Restless::~Restless() {
-    over_ = true;
+ChangingFiles::~ChangingFiles() {
+    stopped_ = true;
     thread_.join();
 }
 
-void Restless::swapDirectory() const {
+void ChangingFiles::swapDirectory() const {
     std::error_code ignored;
     const fs::path aside = directory_.string() + ".aside";
     fs::rename(directory_, aside, ignored);
@@ -205,7 +205,7 @@ void Restless::swapDirectory() const {
     fs::rename(aside, directory_, ignored);
 }
 
-void Restless::resizeFiles(unsigned round) const {
+void ChangingFiles::resizeFiles(unsigned round) const {
     for (const fs::path& file : files_) {
         struct stat status {};
         if (::lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;

@@ -1,4 +1,4 @@
-// Makes files, and bytes, that their readers do not expect.
+// Creates files that their readers do not expect.
 #pragma once
 
 #include <atomic>
@@ -6,37 +6,37 @@
 #include <string>
 #include <thread>
 
-#include "fuzz/hostile/Frame.h"
+#include "fuzz/hostile/Harness.h"
 
 namespace hostile {
 
-// The bytes cut short, overwritten, spliced, repeated, or with huge numbers in them; or as they are.
+// The bytes, possibly truncated, overwritten, spliced, repeated, or with huge numbers inserted.
 std::string mutated(Random& random, std::string bytes);
-// Only some bytes at the end missing, or some characters changed.
+// The text, possibly truncated or with some characters changed.
 std::string mutatedText(Random& random, std::string text);
 
-// Removes what stands in the place of a file and makes the directories that lead there. False where that cannot be done,
-// such as below a file that an earlier mutation left in a directory's place.
+// Removes whatever exists at the path of a file and creates the parent directories. Returns false if that is impossible,
+// for example because an earlier mutation replaced a directory by a file.
 bool clear(const std::filesystem::path& file);
-// A regular file of these bytes, in a cleared place. False where there is none.
+// Clears the path and writes a regular file. Returns false if the path cannot be cleared.
 bool write(const std::filesystem::path& file, const std::string& bytes);
 
-// Puts something into the place of a file: such bytes, a pipe, a device, a directory, a link to nowhere, to itself, to a
-// device or to `outside`, or a file of a huge size with nothing in it.
-void plant(Random& random, const std::filesystem::path& file, const std::string& bytes,
-           const std::filesystem::path& outside);
+// Creates one of these at the path of a file: a file with these bytes, mutated; a pipe; a device; a directory; a link to
+// itself, to a device or to `outside`; a huge sparse file.
+void putHostile(Random& random, const std::filesystem::path& file, const std::string& bytes,
+                const std::filesystem::path& outside);
 
-// Directories that are deep, full, loops, or named with any bytes.
-void plantDirectories(Random& random, const std::filesystem::path& directory);
+// Creates deep directories, large ones, loops of links, and names of arbitrary bytes.
+void addOddDirectories(Random& random, const std::filesystem::path& directory);
 
-// While this lives a thread lets files grow and shrink, and swaps `directory` for a link to `outside` and back.
-class Restless {
+// A thread that repeatedly resizes files and replaces `directory` by a link to `outside` and back, until destruction.
+class ChangingFiles {
   public:
-    Restless(std::filesystem::path directory, std::filesystem::path outside,
-             std::vector<std::filesystem::path> files);
-    ~Restless();
-    Restless(const Restless&) = delete;
-    Restless& operator=(const Restless&) = delete;
+    ChangingFiles(std::filesystem::path directory, std::filesystem::path outside,
+                  std::vector<std::filesystem::path> files);
+    ~ChangingFiles();
+    ChangingFiles(const ChangingFiles&) = delete;
+    ChangingFiles& operator=(const ChangingFiles&) = delete;
 
   private:
     void swapDirectory() const;
@@ -45,7 +45,7 @@ class Restless {
     std::filesystem::path directory_;
     std::filesystem::path outside_;
     std::vector<std::filesystem::path> files_;
-    std::atomic<bool> over_ = false;
+    std::atomic<bool> stopped_ = false;
     std::thread thread_;
 };
 

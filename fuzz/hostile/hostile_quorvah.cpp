@@ -1,4 +1,4 @@
-// The hardware scanner on hostile trees: captured ones whose files were changed, and package databases of every kind.
+// Runs the hardware scanner on captured trees with changed files and with package databases of every kind.
 #include <sys/utsname.h>
 
 #include <algorithm>
@@ -7,29 +7,29 @@
 #include <memory>
 #include <sstream>
 
-#include "fuzz/hostile/Databases.h"
-#include "fuzz/hostile/Frame.h"
+#include "fuzz/hostile/Harness.h"
 #include "fuzz/hostile/Mutations.h"
+#include "fuzz/hostile/PackageDatabases.h"
 #include "tests/toolkit/quorvah/FieldForm.h"
 #include "tests/toolkit/quorvah/ScannerProcess.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
 namespace {
 
+using hostile::Problem;
 using hostile::Random;
-using hostile::Verdict;
 namespace fs = std::filesystem;
 
 const std::string kCanary = "CANARY-9d1c3f7a";
-// A run has 60 seconds; a sanitizer makes what follows them slower, and so do other programs.
-constexpr std::chrono::seconds kMostTime{90};
+// A scan has 60 seconds. Sanitizers and other programs slow down what follows.
+constexpr std::chrono::seconds kMaxTime{90};
 
 std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// The text with some of its numbers made such as no file ought to have.
+// The text with some of its numbers replaced by invalid ones.
 std::string withWrongNumbers(Random& random, const std::string& text) {
     static const std::string kWrong[] = {"-1",
                                          "-9223372036854775808",
@@ -56,10 +56,10 @@ std::string withWrongNumbers(Random& random, const std::string& text) {
     return result;
 }
 
-// Files of a captured tree, some of them changed; those that are to change while they are read.
-std::vector<fs::path> plantTree(Random& random, const fs::path& source, const fs::path& tree,
+// Writes the files of a captured tree, some of them changed. Returns the files that are to change during the scan.
+std::vector<fs::path> writeTree(Random& random, const fs::path& source, const fs::path& tree,
                                 const fs::path& outside) {
-    std::vector<fs::path> restless;
+    std::vector<fs::path> changing;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(source)) {
         const fs::path file = tree / entry.path().lexically_relative(source);
         std::error_code ignored;
@@ -68,25 +68,25 @@ std::vector<fs::path> plantTree(Random& random, const fs::path& source, const fs
         } else if (entry.is_regular_file()) {
             const std::string content = contentOf(entry.path());
             if (random.oneIn(6)) {
-                hostile::plant(random, file, content, outside / "secret");
+                hostile::putHostile(random, file, content, outside / "secret");
             } else {
                 hostile::write(file, random.oneIn(2) ? withWrongNumbers(random, content) : content);
             }
-            if (random.oneIn(20)) restless.push_back(file);
+            if (random.oneIn(20)) changing.push_back(file);
         }
     }
     for (const hostile::Seed& seed : hostile::packageDatabases(random)) {
         if (random.oneIn(2))
-            hostile::plant(random, tree / seed.path, seed.content, outside / "secret");
+            hostile::putHostile(random, tree / seed.path, seed.content, outside / "secret");
         else
             hostile::write(tree / seed.path, withWrongNumbers(random, seed.content));
-        if (random.oneIn(4)) restless.push_back(tree / seed.path);
+        if (random.oneIn(4)) changing.push_back(tree / seed.path);
     }
-    return restless;
+    return changing;
 }
 
-// Directories that groups list, with names and numbers of entries that no machine has.
-void plantEntries(Random& random, const fs::path& tree) {
+// Adds many entries with odd names to directories that groups list.
+void addEntries(Random& random, const fs::path& tree) {
     static const char* const kListed[] = {
         "sys/block", "sys/class/net", "sys/bus/pci/devices",   "sys/bus/usb/devices", "sys/bus/pci/slots",
         "proc",      "snap",          "sys/devices/system/cpu"};
@@ -97,7 +97,7 @@ void plantEntries(Random& random, const fs::path& tree) {
         for (std::size_t entry = random.oneIn(10) ? 5'000 : random.below(30); entry > 0; --entry)
             fs::create_directory_symlink(random.oneIn(2) ? "." : "/",
                                          directory / ("x" + std::to_string(entry)), ignored);
-        if (fs::is_directory(directory, ignored)) hostile::plantDirectories(random, directory);
+        if (fs::is_directory(directory, ignored)) hostile::addOddDirectories(random, directory);
     }
 }
 
@@ -108,7 +108,7 @@ std::string configurationOfAllGroups() {
     return text + "</Configuration>";
 }
 
-Verdict judgeValues(const fs::path& output) {
+Problem checkValues(const fs::path& output) {
     bool hasScanInfo = false;
     for (const quorvahtest::Element& element : quorvahtest::readOutput(output)) {
         hasScanInfo = hasScanInfo || element.group == "ScanInfo";
@@ -121,10 +121,10 @@ Verdict judgeValues(const fs::path& output) {
                 return element.group + "." + field + " is \"" + value.substr(0, 100) + "\"";
         }
     }
-    return hasScanInfo ? Verdict() : "ScanInfo is missing";
+    return hasScanInfo ? Problem() : "ScanInfo is missing";
 }
 
-// What only the machine that scans has.
+// Texts that only the scanning machine has.
 std::vector<std::string> ownTexts() {
     utsname names{};
     ::uname(&names);
@@ -135,16 +135,16 @@ std::vector<std::string> ownTexts() {
     return texts;
 }
 
-Verdict judgeOrigin(const fs::path& output) {
+Problem checkOrigin(const fs::path& output) {
     const std::string content = contentOf(output);
     for (const std::string& text : ownTexts()) {
         if (content.find(text) != std::string::npos)
-            return "the scanning machine's own \"" + text + "\" is told";
+            return "the output contains the scanning machine's \"" + text + "\"";
     }
     return {};
 }
 
-Verdict play(Random& random, const fs::path& directory, std::string& command) {
+Problem runCaseIn(Random& random, const fs::path& directory, std::string& command) {
     static const char* const kTrees[] = {"arm64-board", "container",   "contradictory",
                                          "hybrid",      "kvm-guest",   "ppc64le",
                                          "s390x",       "workstation", "x86-server"};
@@ -152,9 +152,9 @@ Verdict play(Random& random, const fs::path& directory, std::string& command) {
     for (const char* const name : {"secret", "size", "uevent", "meta/snap.yaml", "address"})
         hostile::write(outside / name, "name: " + kCanary + "\n");
     const fs::path tree = directory / "tree";
-    const std::vector<fs::path> restless =
-        plantTree(random, fs::path(QUORVAH_TREES) / random.pick(kTrees), tree, outside);
-    plantEntries(random, tree);
+    const std::vector<fs::path> changing =
+        writeTree(random, fs::path(QUORVAH_TREES) / random.pick(kTrees), tree, outside);
+    addEntries(random, tree);
     const fs::path swapped = tree / (random.oneIn(2) ? "sys" : "var/lib");
     std::error_code ignored;
     fs::create_directories(swapped, ignored);
@@ -165,25 +165,25 @@ Verdict play(Random& random, const fs::path& directory, std::string& command) {
     const fs::path config = directory / "config.xml";
     hostile::write(config, configuration);
     const fs::path output = directory / "out.xml";
-    std::unique_ptr<hostile::Restless> thread;
-    if (random.oneIn(2)) thread = std::make_unique<hostile::Restless>(swapped, outside, restless);
+    std::unique_ptr<hostile::ChangingFiles> thread;
+    if (random.oneIn(2)) thread = std::make_unique<hostile::ChangingFiles>(swapped, outside, changing);
     const hostile::Run run =
-        hostile::run(QUORVAH_PROGRAM, {"-c", config, "-o", output, "--root", tree}, directory, kMostTime);
+        hostile::run(QUORVAH_PROGRAM, {"-c", config, "-o", output, "--root", tree}, directory, kMaxTime);
     thread.reset();
     command = run.command;
 
-    Verdict verdict = hostile::judgeRun(run, wrong ? std::vector<int>{0, 2} : std::vector<int>{0}, directory);
-    if (!verdict.empty() || run.status == 2) return verdict;
-    verdict = hostile::judgeOutput(output, kCanary);
-    if (verdict.empty()) verdict = judgeOrigin(output);
-    if (verdict.empty() && !wrong) verdict = judgeValues(output);
-    if (verdict.empty() && run.said.find(kCanary) != std::string::npos)
-        verdict = "its messages tell of what lies outside of the root";
-    return verdict;
+    Problem problem = hostile::checkRun(run, wrong ? std::vector<int>{0, 2} : std::vector<int>{0}, directory);
+    if (!problem.empty() || run.status == 2) return problem;
+    problem = hostile::checkOutput(output, kCanary);
+    if (problem.empty()) problem = checkOrigin(output);
+    if (problem.empty() && !wrong) problem = checkValues(output);
+    if (problem.empty() && run.messages.find(kCanary) != std::string::npos)
+        problem = "its messages contain content from outside the root";
+    return problem;
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-    return hostile::playAll(count, arguments, play);
+int main(int argumentCount, char** arguments) {
+    return hostile::runCases(argumentCount, arguments, runCaseIn);
 }

@@ -1,26 +1,26 @@
-// The signature scanner on hostile trees, with hostile signatures.
+// Runs the signature scanner on hostile trees with hostile signatures.
 #include <sys/stat.h>
 
 #include <fstream>
 #include <memory>
 #include <sstream>
 
-#include "fuzz/hostile/Frame.h"
+#include "fuzz/hostile/Harness.h"
+#include "fuzz/hostile/HostileSignatures.h"
 #include "fuzz/hostile/Mutations.h"
-#include "fuzz/hostile/Signatures.h"
 #include "tests/toolkit/quorvis/ArchiveBuilder.h"
 #include "tests/toolkit/quorvis/ElfBuilder.h"
 #include "tests/toolkit/quorvis/WindowsProgramBuilder.h"
 
 namespace {
 
+using hostile::Problem;
 using hostile::Random;
-using hostile::Verdict;
 namespace fs = std::filesystem;
 
 const std::string kCanary = "CANARY-9d1c3f7a";
 constexpr int kTimeLimit = 3;
-// A sanitizer makes all slower, and so do other programs.
+// Sanitizers and other programs slow down the scan.
 constexpr std::chrono::seconds kGrace{12};
 
 std::string archive() {
@@ -32,7 +32,7 @@ std::string archive() {
     return builder.build();
 }
 
-// Files of all kinds that leaves read, in the form that they ought to have.
+// Well-formed files of all kinds that leaves read.
 struct Seed {
     std::string path;
     std::string content;
@@ -74,13 +74,13 @@ std::string configuration(Random& random) {
     return text.str() + "</Plugin></Configuration>";
 }
 
-// What lies beside the tree and must not be told.
-void plantOutside(const fs::path& outside) {
+// Writes files beside the tree, whose content must not appear in the output.
+void writeOutside(const fs::path& outside) {
     for (const char* const name : {"secret", "a.json", "name", "sub/secret"})
         hostile::write(outside / name, "name=" + kCanary + "\nversion=" + kCanary + "\n");
 }
 
-Verdict judgeEvents(const fs::path& warnings) {
+Problem checkEvents(const fs::path& warnings) {
     std::ostringstream text;
     text << std::ifstream(warnings, std::ios::binary).rdbuf();
     for (const char* const sign : {"it died of signal", "it ended with status"}) {
@@ -90,24 +90,25 @@ Verdict judgeEvents(const fs::path& warnings) {
     return {};
 }
 
-Verdict play(const std::string& scanner, Random& random, const fs::path& directory, std::string& command) {
+Problem runCaseIn(const std::string& scanner, Random& random, const fs::path& directory,
+                  std::string& command) {
     const fs::path tree = directory / "tree";
     const fs::path outside = directory / "outside";
-    plantOutside(outside);
+    writeOutside(outside);
     std::vector<std::string> paths;
-    std::vector<fs::path> restless;
+    std::vector<fs::path> changing;
     for (const Seed& seed : seeds()) {
         const fs::path file = tree / seed.path.substr(1);
-        hostile::plant(random, file, seed.content, outside / "secret");
+        hostile::putHostile(random, file, seed.content, outside / "secret");
         paths.push_back(seed.path);
-        if (random.oneIn(6)) restless.push_back(file);
+        if (random.oneIn(6)) changing.push_back(file);
     }
-    hostile::plantDirectories(random, tree / "odd");
+    hostile::addOddDirectories(random, tree / "odd");
     std::error_code ignored;
     fs::create_directories(tree / "swap/sub", ignored);
     hostile::write(tree / "swap/secret", "name=value\n");
 
-    std::string text = hostile::signaturesAbout(random, paths);
+    std::string text = hostile::hostileSignatures(random, paths);
     const bool wrong = random.oneIn(6);
     if (wrong) text = hostile::mutatedText(random, std::move(text));
     const fs::path signatures = directory / "signatures.xml";
@@ -120,28 +121,28 @@ Verdict play(const std::string& scanner, Random& random, const fs::path& directo
     const fs::path output = directory / "out.xml";
     const fs::path warnings = directory / "warnings.xml";
 
-    std::unique_ptr<hostile::Restless> thread;
-    if (random.oneIn(2)) thread = std::make_unique<hostile::Restless>(tree / "swap", outside, restless);
+    std::unique_ptr<hostile::ChangingFiles> thread;
+    if (random.oneIn(2)) thread = std::make_unique<hostile::ChangingFiles>(tree / "swap", outside, changing);
     const hostile::Run run =
         hostile::run(scanner, {"-c", config, "-o", output, "-e", warnings, "-i", signatures, "--root", tree},
                      directory, std::chrono::seconds(kTimeLimit) + kGrace);
     thread.reset();
     command = run.command;
 
-    Verdict verdict = hostile::judgeRun(run, {0, 3}, directory);
-    if (verdict.empty()) verdict = hostile::judgeOutput(output, kCanary);
-    if (verdict.empty()) verdict = hostile::judgeOutput(warnings, kCanary);
-    if (verdict.empty()) verdict = judgeEvents(warnings);
-    if (verdict.empty() && run.said.find(kCanary) != std::string::npos)
-        verdict = "its messages tell of what lies outside of the root";
-    return verdict;
+    Problem problem = hostile::checkRun(run, {0, 3}, directory);
+    if (problem.empty()) problem = hostile::checkOutput(output, kCanary);
+    if (problem.empty()) problem = hostile::checkOutput(warnings, kCanary);
+    if (problem.empty()) problem = checkEvents(warnings);
+    if (problem.empty() && run.messages.find(kCanary) != std::string::npos)
+        problem = "its messages contain content from outside the root";
+    return problem;
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-    return hostile::playAll(count, arguments,
-                            [](Random& random, const fs::path& directory, std::string& command) {
-                                return play(QUORVIS_PROGRAM, random, directory, command);
-                            });
+int main(int argumentCount, char** arguments) {
+    return hostile::runCases(argumentCount, arguments,
+                             [](Random& random, const fs::path& directory, std::string& command) {
+                                 return runCaseIn(QUORVIS_PROGRAM, random, directory, command);
+                             });
 }

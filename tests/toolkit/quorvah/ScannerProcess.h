@@ -1,11 +1,8 @@
-// The built scanner, run as its users run it.
+// Runs the built scanner.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -16,8 +13,6 @@
 #include "tessa/Node.h"
 #include "tessa/NodeReader.h"
 #include "tests/support/Program.h"
-#include "tests/support/ScratchDir.h"
-#include "toolkit/quorvah/groups/GroupTable.h"
 
 namespace quorvahtest {
 
@@ -59,8 +54,7 @@ inline const tessa::NodeList& childrenOf(const tessa::Node& node) {
 
 }  // namespace detail
 
-// The instances in an output file. Throws when anything stands in it that a strict reader refuses: text, even
-// blanks, beside elements, or elements within a field.
+// The instances in an output file. Throws if there is text, even blanks, next to elements, or an element within a field.
 inline std::vector<Element> readOutput(const std::filesystem::path& file) {
     detail::Sink sink;
     tessa::NodeReader reader(sink);
@@ -82,43 +76,6 @@ inline std::vector<Element> readOutput(const std::filesystem::path& file) {
         elements.push_back(std::move(element));
     }
     return elements;
-}
-
-// Runs the scanner on groups and reads what it wrote.
-class ScannerTest : public testing::Test {
-  protected:
-    // Writes a configuration that asks for these groups and returns its path.
-    std::string configure(const std::vector<std::string>& groups) const {
-        std::string text = "<QEL><ZAV><Hardware version=\"1.0\">\n";
-        for (const std::string& group : groups) text += "\t\t<Group Name=\"" + group + "\"/>\n";
-        return dir_.write("config.xml", text + "</Hardware></ZAV></QEL>\n").string();
-    }
-    Finished scan(const std::vector<std::string>& groups, std::vector<std::string> options = {},
-                  const std::vector<std::string>& environment = {}) const {
-        options.insert(options.begin(), {"-c", configure(groups), "-o", out()});
-        return runScanner(options, environment);
-    }
-    std::string out() const { return (dir_.path() / "out.xml").string(); }
-    std::vector<Element> elements() const { return readOutput(out()); }
-    std::multiset<std::string> groupsWritten() const {
-        std::multiset<std::string> groups;
-        for (const Element& element : elements()) groups.insert(element.group);
-        return groups;
-    }
-    Element only() const {
-        const std::vector<Element> all = elements();
-        if (all.size() != 1) throw std::runtime_error("not one element");
-        return all.front();
-    }
-
-    zavtest::ScratchDir dir_;
-};
-
-inline std::vector<std::string> allDisplayNames() {
-    std::vector<std::string> names;
-    for (const toolkit::quorvah::Group* const group : toolkit::quorvah::allGroups())
-        names.emplace_back(group->displayName);
-    return names;
 }
 
 }  // namespace quorvahtest

@@ -1,4 +1,4 @@
-// The built scanner as a process: what it exits with, says and writes.
+// The built scanner as a process: exit status, messages and output.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/toolkit/quorvah/ScannerProcess.h"
+#include "tests/toolkit/quorvah/ScannerTest.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
 using quorvahtest::allDisplayNames;
@@ -53,7 +53,7 @@ TEST_F(Scanner, WritesPureAscii) {
         std::ranges::all_of(text, [](char c) { return (c >= 0x20 && c <= 0x7E) || c == '\t' || c == '\n'; }));
 }
 
-TEST_F(Scanner, SaysALineForEachGroupItGathered) {
+TEST_F(Scanner, PrintsALinePerGatheredGroup) {
     const Finished done = scan({"Processor", "Memory", "Video", "ScanInfo"}, {"--root", kServer});
     EXPECT_EQ(done.status, 0);
     EXPECT_EQ(done.errors, "");
@@ -62,14 +62,14 @@ TEST_F(Scanner, SaysALineForEachGroupItGathered) {
     EXPECT_EQ(std::ranges::count(done.output, '\n'), 4);
 }
 
-TEST_F(Scanner, WritesNoGroupUnasked) {
+TEST_F(Scanner, WritesRequestedGroupsOnly) {
     ASSERT_EQ(scan({"Memory"}, {"--root", kServer}).status, 0);
     EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
     ASSERT_EQ(scan({}, {"--root", kServer}).status, 0);
     EXPECT_TRUE(elements().empty());
 }
 
-TEST_F(Scanner, TakesBothSpellingsOfAGroupAndGathersItOnce) {
+TEST_F(Scanner, AcceptsBothNamesOfAGroupAndGathersItOnce) {
     for (const std::vector<std::string>& names :
          std::vector<std::vector<std::string>>{{"Operating System"},
                                                {"OperatingSystem"},
@@ -81,7 +81,7 @@ TEST_F(Scanner, TakesBothSpellingsOfAGroupAndGathersItOnce) {
     }
 }
 
-TEST_F(Scanner, WarnsOfANameThatIsNoGroupAndGoesOn) {
+TEST_F(Scanner, WarnsAboutAnUnknownGroupAndContinues) {
     const Finished done = scan({"Operating  System", "Memory", "ScanInfo"}, {"--root", kServer});
     EXPECT_EQ(done.status, 0);
     EXPECT_NE(done.errors.find("unknown group \"Operating  System\""), std::string::npos) << done.errors;
@@ -89,7 +89,7 @@ TEST_F(Scanner, WarnsOfANameThatIsNoGroupAndGoesOn) {
     EXPECT_EQ(elements().back()["Warnings"], "unknown group \"Operating  System\"");
 }
 
-TEST_F(Scanner, PrettyOutputHoldsTheSame) {
+TEST_F(Scanner, PrettyOutputHasTheSameContent) {
     ASSERT_EQ(scan({"Processor", "Memory"}, {"--root", kServer}).status, 0);
     std::string plain = readAll(out());
     ASSERT_EQ(scan({"Processor", "Memory"}, {"--root", kServer, "--pretty"}).status, 0);
@@ -102,7 +102,7 @@ TEST_F(Scanner, PrettyOutputHoldsTheSame) {
     EXPECT_EQ(plain, pretty.substr(0, plain.size()));
 }
 
-// Alone they are gathered in another way than among groups that need a child process.
+// Without other groups the packages are gathered without a child process.
 TEST_F(Scanner, PackagesAreTheSameAloneAndAmongOtherGroups) {
     for (const std::vector<std::string>& options : {std::vector<std::string>(), {"--pretty"}}) {
         const Finished alone = scan({"Software Packages"}, options);
@@ -132,7 +132,7 @@ TEST_F(Scanner, WithoutVolatileValuesTwoScansAreTheSame) {
     EXPECT_EQ(only()["TotalVisibleMemorySize"], "65689512");
 }
 
-TEST_F(Scanner, SanitizedOutputNamesNobody) {
+TEST_F(Scanner, SanitizedOutputIdentifiesNobody) {
     ASSERT_EQ(scan(allDisplayNames(), {"--root", kServer, "--sanitize"}).status, 0);
     const std::string text = readAll(out());
     for (const char* const secret :
@@ -157,12 +157,12 @@ TEST_F(Scanner, RawOutputKeepsPlaceholders) {
     EXPECT_EQ(only()["Version"], "Default string");
 }
 
-TEST_F(Scanner, TakesTheTreeFromTheEnvironment) {
+TEST_F(Scanner, ReadsTheRootFromTheEnvironment) {
     ASSERT_EQ(scan({"ComponentID"}, {}, {"QUORVAH_ROOT=" + kServer}).status, 0);
     EXPECT_EQ(only()["Name"], "db1.example.com");
 }
 
-TEST_F(Scanner, ExplainsItself) {
+TEST_F(Scanner, PrintsHelpAndVersion) {
     const Finished help = runScanner({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.output.starts_with("Usage: quorvah ")) << help.output;
@@ -172,7 +172,7 @@ TEST_F(Scanner, ExplainsItself) {
     EXPECT_TRUE(version.output.starts_with("quorvah ")) << version.output;
 }
 
-TEST_F(Scanner, RefusesABadCommandLineWith2) {
+TEST_F(Scanner, RejectsABadCommandLineWith2) {
     const std::string config = configure({"Memory"});
     for (const std::vector<std::string>& arguments :
          std::vector<std::vector<std::string>>{{},
@@ -187,7 +187,7 @@ TEST_F(Scanner, RefusesABadCommandLineWith2) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
-TEST_F(Scanner, RefusesATreeThatIsNoDirectoryWith2) {
+TEST_F(Scanner, RejectsARootThatIsNotADirectoryWith2) {
     for (const std::string& tree : {std::string("/no/such/tree"), configure({})}) {
         const Finished done = scan({"Memory"}, {"--root", tree});
         EXPECT_EQ(done.status, 2);
@@ -196,7 +196,7 @@ TEST_F(Scanner, RefusesATreeThatIsNoDirectoryWith2) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
-TEST_F(Scanner, RefusesABadConfigurationWith2NamingFileAndLine) {
+TEST_F(Scanner, RejectsABadConfigurationWith2NamingFileAndLine) {
     const std::string config = dir_.write("bad.xml", "<QEL>\n<ZAV>\n</QEL>\n").string();
     const Finished malformed = runScanner({"-c", config, "-o", out()});
     EXPECT_EQ(malformed.status, 2);
@@ -208,7 +208,7 @@ TEST_F(Scanner, RefusesABadConfigurationWith2NamingFileAndLine) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
-// However the scanner is linked: these encodings come from modules that the C library loads.
+// The C library loads modules for these encodings, which must work however the scanner is linked.
 TEST_F(Scanner, ReadsAConfigurationInAnyEncodingThatTheSystemKnows) {
     const std::pair<std::string, std::string> cases[] = {
         {"ISO-8859-15", "\xA4"}, {"Windows-1252", "\x80"}, {"EUC-KR", "\xA2\xE6"}};
@@ -238,7 +238,7 @@ TEST_F(Scanner, ExitsWith1WhenTheOutputCannotBeWritten) {
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
 }
 
-TEST_F(Scanner, WritesTheOutputThoughNobodyReadsItsProgress) {
+TEST_F(Scanner, WritesTheOutputIfNobodyReadsItsProgress) {
     const std::string config = configure({"Memory"});
     const std::string command =
         std::string("'") + QUORVAH_PROGRAM + "' -c '" + config + "' -o '" + out() + "' | true";
@@ -247,14 +247,14 @@ TEST_F(Scanner, WritesTheOutputThoughNobodyReadsItsProgress) {
     EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
 }
 
-TEST_F(Scanner, StartedWithoutStandardStreamsWritesTheOutputAlone) {
+TEST_F(Scanner, WritesOnlyTheOutputWithoutStandardStreams) {
     const std::string command = std::string("'") + QUORVAH_PROGRAM + "' -c '" +
                                 configure({"Memory", "No such group"}) + "' -o '" + out() + "' <&- >&- 2>&-";
     ASSERT_EQ(std::system(command.c_str()), 0);
     EXPECT_EQ(groupsWritten(), (std::multiset<std::string>{"Memory"}));
 }
 
-TEST_F(Scanner, KilledLeavesTheOldOutputOrTheNew) {
+TEST_F(Scanner, KeepsTheOldOutputOrWritesTheNewOneWhenKilled) {
     const std::string config = configure(allDisplayNames());
     for (int delay = 0; delay < 20; ++delay) {
         dir_.write("out.xml", "old");

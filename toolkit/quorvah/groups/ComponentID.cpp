@@ -36,7 +36,7 @@ void setFirmware(const GatheringContext& context, Instance& system) {
     }
 }
 
-// The texts of a device tree end with a zero.
+// Texts in a device tree are terminated by a zero byte.
 std::string deviceTreeText(const GatheringContext& context, const std::string& file) {
     const std::string text = context.root().read("/proc/device-tree/" + file).value_or("");
     return context.firmwareText(text.substr(0, text.find('\0')));
@@ -48,7 +48,7 @@ void setDeviceTree(const GatheringContext& context, Instance& system) {
         system.set("SerialNumber", deviceTreeText(context, "serial-number"));
 }
 
-// Of an s390x machine.
+// /proc/sysinfo exists on s390x only.
 void setSysinfo(const GatheringContext& context, Instance& system) {
     const std::string sysinfo = context.root().read("/proc/sysinfo").value_or("");
     if (sysinfo.empty()) return;

@@ -31,7 +31,7 @@ constexpr FieldDef kFields[] = {
     {"TableType"},
 };
 
-// "0x83" of udev is code 83.
+// udev writes the code 83 as "0x83".
 std::string typeOf(std::string_view udev) {
     std::string type(udevProperty(udev, "ID_PART_ENTRY_TYPE"));
     if (!type.starts_with("0x")) return type;
@@ -39,7 +39,8 @@ std::string typeOf(std::string_view udev) {
     return type.size() == 1 ? "0" + type : type;
 }
 
-// The flags are "0x80" in an MBR; in a GPT bit 2 means a partition that old firmware starts from.
+// Whether the partition is bootable. In an MBR the flags are "0x80" then. In a GPT it is bit 2, "legacy BIOS
+// bootable".
 bool bootableBy(std::string_view flags, bool gpt) {
     if (!gpt) return flags == "0x80";
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -60,8 +61,8 @@ void setFromUdev(std::string_view udev, Instance& partition) {
     partition.set("TableType", scheme);
 }
 
-// The table as it stands on the disk, read only if a partition asks for it: that takes root, and an idle disk
-// has to wake up for it.
+// The partition table on the disk. It is read only if a partition needs it, because that requires root and may wake
+// up an idle disk.
 class TableOnDisk {
   public:
     TableOnDisk(const Root& root, const BlockDevice& disk) : root_(root), disk_(disk) {}
@@ -102,7 +103,7 @@ class TableOnDisk {
     std::optional<PartitionTable> table_;
 };
 
-// A line "KEY=value" of what the kernel itself tells of a device.
+// The value of a line "KEY=value" in the uevent file of a device.
 std::string ueventValue(const BlockDevice& device, std::string_view key) {
     const std::string uevent = device.content("uevent").value_or("");
     std::string_view rest = uevent;

@@ -39,7 +39,7 @@ std::vector<std::string> nameServers(const Root& root) {
     return servers;
 }
 
-// The loopback's addresses: nothing is asked through them.
+// No name server is reached through an address of the loopback.
 bool isLoopback(const Ipv4Address& address) {
     return address.address >> 24 == 127;
 }

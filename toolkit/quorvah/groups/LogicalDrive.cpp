@@ -40,13 +40,13 @@ std::vector<Mount> readMounts(const Root& root) {
     return {};
 }
 
-// The last component of "/dev/sda1"; empty for what is no device.
+// "sda1" for "/dev/sda1"; empty if the source is not a device.
 std::string deviceName(const Mount& mount) {
     return mount.source.starts_with("/dev/") ? mount.source.substr(mount.source.rfind('/') + 1)
                                              : std::string();
 }
 
-// The size of the device that the file system lies on.
+// The size of the underlying device.
 Count deviceSize(const Root& root, const Mount& mount) {
     Count sectors;
     if (!mount.device.empty()) sectors = root.readCount("/sys/dev/block/" + mount.device + "/size");
@@ -56,7 +56,7 @@ Count deviceSize(const Root& root, const Mount& mount) {
     return sectors.value_or(0) > 0 ? product(sectors, kSector) : std::nullopt;
 }
 
-// "254:0", as far as it can be found out.
+// "254:0"; empty if it is unknown.
 std::string deviceNumber(const Root& root, const Mount& mount) {
     if (!mount.device.empty()) return mount.device;
     const std::string name = deviceName(mount);
@@ -64,7 +64,7 @@ std::string deviceNumber(const Root& root, const Mount& mount) {
 }
 
 void setLabels(const Root& root, const Mount& mount, Instance& drive) {
-    // An entry of fstab may name the file system by nothing else.
+    // An entry of fstab may identify the file system by its label or UUID only.
     if (mount.source.starts_with("LABEL=")) drive.set("Label", mount.source.substr(6));
     if (mount.source.starts_with("UUID=")) drive.set("Uuid", mount.source.substr(5));
     const std::string number = deviceNumber(root, mount);
@@ -77,8 +77,8 @@ void setLabels(const Root& root, const Mount& mount, Instance& drive) {
     if (!uuid.empty()) drive.set("Uuid", uuid);
 }
 
-// Another file system may hide this one, mounted at a directory above it; then the answer is the other's.
-// Volumes of btrfs have numbers of their own.
+// Whether `usage` describes this file system. It does not if another one is mounted on a parent directory. The device
+// numbers of btrfs volumes are not those of their mounts.
 bool isAbout(const FileSystemUsage& usage, const Mount& mount) {
     const std::string number = std::to_string(usage.deviceMajor) + ":" + std::to_string(usage.deviceMinor);
     return mount.device.empty() || mount.type == "btrfs" || number == mount.device;
@@ -103,12 +103,12 @@ void addDrive(const Root& root, const Mount& mount, GroupData& data) {
     drive.set("ReadOnly", hasMountOption(mount.options, "ro"));
     drive.set("MountOptions", withoutPasswords(mount.options));
     setLabels(root, mount, drive);
-    // Where the program behind a FUSE mount has its files from, only that program knows.
+    // Only the program behind a FUSE mount knows whether its files are remote.
     const bool known = kind != FileSystemKind::Fuse || mount.type == "fuseblk";
     if (known) drive.set("Remote", kind == FileSystemKind::Remote);
 }
 
-// Asks the kernel about those file systems for which it can answer by itself.
+// Asks the kernel for the sizes of local file systems, which it knows without asking a program or another machine.
 void addUsages(const std::vector<Mount>& drives, GroupData& data) {
     std::vector<std::size_t> asked;
     std::vector<std::string> paths;

@@ -41,8 +41,8 @@ void setMeminfo(const Root& root, Instance& memory) {
     memory.set("HugePagesTotal", line("HugePages_Total"));
 }
 
-// KiB of the blocks of memory that are in use, which come close to what is built in. The size of a block is
-// in hexadecimal.
+// The size of the memory blocks that are online, in KiB. It is close to the installed memory. The file contains the
+// size of a block in hexadecimal.
 Count onlineBlocks(const Root& root) {
     const std::string directory = "/sys/devices/system/memory/";
     const Count size = readCount(root.readLine(directory + "block_size_bytes"), 16);
@@ -56,7 +56,7 @@ Count onlineBlocks(const Root& root) {
     return count > 0 ? product(*size / 1024, count) : std::nullopt;
 }
 
-// A number of which 0 means that nothing is known.
+// Leaves the field unknown if the number is 0.
 void setKnown(Instance& memory, const char* field, Count number) {
     if (number.value_or(0) > 0) memory.set(field, number);
 }

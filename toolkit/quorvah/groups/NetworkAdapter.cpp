@@ -40,12 +40,12 @@ constexpr FieldDef kFields[] = {
 
 constexpr char kInterfaces[] = "/sys/class/net/";
 
-// "0x1003" or "1af4", with or without prefix.
+// Removes an optional prefix "0x".
 std::string hexDigits(const std::string& line) {
     return line.substr(line.starts_with("0x") ? 2 : 0);
 }
 
-// The databases are opened for the first adapter that needs a name.
+// Opens each database when the first adapter needs a name from it.
 class AdapterNames {
   public:
     explicit AdapterNames(const GatheringContext& context) : context_(context) {}
@@ -73,7 +73,7 @@ class AdapterNames {
     std::unique_ptr<DeviceNameDatabase> usb_;
 };
 
-// The link of the interface and that of its device; a captured tree may have only one of them.
+// Tries the link of the interface and that of its device, because a captured tree may have only one of them.
 void setBus(const Root& root, const std::string& path, AdapterNames& names, Instance& adapter) {
     for (const std::string& link :
          {root.readLink(path.substr(0, path.size() - 1)), root.readLink(path + "device")}) {
@@ -90,7 +90,7 @@ void setBus(const Root& root, const std::string& path, AdapterNames& names, Inst
     }
 }
 
-// The number of the kind of interface; -1 when it is none.
+// The ARPHRD_ number of the interface; -1 if it is unknown.
 int typeOf(Count number) {
     constexpr std::uint64_t kMaxType = 65535;
     return number && *number <= kMaxType ? static_cast<int>(*number) : -1;
@@ -115,8 +115,8 @@ void setTechnology(const Root& root, const std::string& path, Instance& adapter)
 }
 
 void setLink(const Root& root, const std::string& path, Instance& adapter) {
-    // -1, or the same as an unsigned number, is written for a link that is down or knows no speed. Reading of
-    // an interface that is down fails.
+    // For a link that is down or has no known speed the kernel writes -1, signed or unsigned. Reading the file fails
+    // if the interface is down.
     const Count megabits = root.readCount(path + "speed");
     if (megabits && *megabits > 0 && *megabits < 0xFFFFFFFF)
         adapter.set("Speed", product(megabits, 1'000'000));
@@ -157,7 +157,7 @@ void gather(GatheringContext& context, GroupData& data) {
     const std::optional<Ethtool> ethtool = root.live() ? std::make_optional<Ethtool>() : std::nullopt;
     for (const std::string& name : root.list(kInterfaces)) {
         const std::string path = kInterfaces + name + "/";
-        if (!root.isDirectory(path)) continue;  // such as the file bonding_masters
+        if (!root.isDirectory(path)) continue;  // a file such as bonding_masters
         Instance& adapter = data.add(name);
         const std::string address = macAddress(root, name);
         setBus(root, path, names, adapter);

@@ -44,7 +44,7 @@ constexpr FieldDef kFields[] = {
     {"PackageManager"},
 };
 
-constexpr const char* kLinux = "36";  // of the values of CIM_OperatingSystem.OSType
+constexpr const char* kLinux = "36";  // the value for Linux of CIM_OperatingSystem.OSType
 
 void setRelease(const Root& root, Instance& system) {
     std::optional<std::string> file = root.read("/etc/os-release");
@@ -74,12 +74,12 @@ std::optional<std::int64_t> birthTime(const Root& root, const char* path) {
     return (status.stx_mask & STATX_BTIME) != 0 ? std::optional(status.stx_btime.tv_sec) : std::nullopt;
 }
 
-// About when the system was installed: its file system was made, or its identity given. The files of a tree
-// that is a copy were born when it was copied; such a copy has no lost+found.
+// The approximate time of installation: the creation time of /lost+found or of /etc/machine-id. In a copied tree the
+// latter is the time of copying, but a copy has no lost+found.
 std::string installDate(const Root& root) {
     std::optional<std::int64_t> born = birthTime(root, "/lost+found");
     if (!born && root.live()) born = birthTime(root, "/etc/machine-id");
-    // File systems made by images have files that were never born.
+    // Files in a file system that was made from an image may have no creation time.
     return born && *born > 0 ? isoTime(*born) : std::string();
 }
 
@@ -108,8 +108,8 @@ void setProcesses(const Root& root, Instance& system) {
     system.set("MaxNumberOfProcesses", root.readCount("/proc/sys/kernel/pid_max"));
 }
 
-// KiB of addresses that a process can have: half of what an x86 CPU has, which says so in "48 bits physical,
-// 48 bits virtual". Other CPUs leave it to how the kernel was built.
+// The size of the address space of a process in KiB. On x86 it is half of what the line "48 bits physical, 48 bits
+// virtual" states. On other CPUs it depends on how the kernel was built.
 Count maxProcessMemory(const Root& root) {
     const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
     const std::vector<int> cpus = info.cpus();

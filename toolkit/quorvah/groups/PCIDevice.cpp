@@ -42,7 +42,7 @@ constexpr FieldDef kFields[] = {
 constexpr char kDevices[] = "/sys/bus/pci/devices/";
 constexpr char kSlots[] = "/sys/bus/pci/slots/";
 
-// "0x8086" without its prefix, `width` digits wide; empty for anything else.
+// The `width` hexadecimal digits after "0x" in a file; empty if the file has another form.
 std::string hexLine(const Root& root, const std::string& path, std::size_t width) {
     const std::string line = root.readLine(path);
     if (line.size() != width + 2 || line.substr(0, 2) != "0x") return {};
@@ -50,7 +50,7 @@ std::string hexLine(const Root& root, const std::string& path, std::size_t width
     return line.substr(2);
 }
 
-// Kernels before 4.10 do not have the file; the number is in the configuration space, too.
+// Kernels before 4.10 have no file `revision`. The number is also in the configuration space.
 std::string revision(const Root& root, const std::string& path) {
     std::string line = hexLine(root, path + "revision", 2);
     if (!line.empty()) return line;
@@ -60,7 +60,7 @@ std::string revision(const Root& root, const std::string& path) {
     return hexDigits(static_cast<unsigned char>((*config)[kRevisionAt]), 2);
 }
 
-// The kernel writes "Unknown", and a width of 0 or 255, for a link that it cannot ask.
+// Empty for "Unknown" and for a width of 0 or 255, which the kernel writes for a link that it cannot query.
 std::string known(const std::string& line) {
     const bool unknown = line.starts_with("Unknown") || line == "0" || line == "255";
     return unknown ? std::string() : line;
@@ -68,7 +68,7 @@ std::string known(const std::string& line) {
 
 struct Slot {
     std::string name;
-    std::string address;  // "0000:00:1f", for all functions of the device
+    std::string address;  // "0000:00:1f", without the function
 };
 
 std::vector<Slot> readSlots(const Root& root) {
@@ -88,7 +88,7 @@ std::string slotOf(std::string_view deviceId, const std::vector<Slot>& slots) {
     return {};
 }
 
-// The name of the most particular class that the database knows.
+// The name of the subclass, or else that of the class.
 std::string_view className(DeviceIdsFile& ids, const std::string& code) {
     if (code.size() != 6) return {};
     const std::string_view subclass = ids.subclass(code.substr(0, 2), code.substr(2, 2));
@@ -102,7 +102,7 @@ void setNames(DeviceIdsFile& ids, Instance& device) {
     const std::string& subsystem = device.get("SubsystemID");
     const std::string_view name = ids.device(vendor, id);
     std::string_view subsystemName = ids.subsystem(vendor, id, subsystemVendor, subsystem);
-    // A board that was not given numbers of its own repeats those of its chip.
+    // The maker of a board without ids of its own repeats those of the chip.
     if (subsystemName.empty() && subsystemVendor == vendor && subsystem == id) subsystemName = name;
     device.set("Name", name);
     device.set("Manufacturer", ids.vendor(vendor));
@@ -117,7 +117,7 @@ void setIds(const Root& root, const std::string& path, Instance& device) {
     device.set("ClassCode", hexLine(root, path + "class", 6));
     const std::string subsystemVendor = hexLine(root, path + "subsystem_vendor", 4);
     const std::string subsystem = hexLine(root, path + "subsystem_device", 4);
-    // Bridges and old boards have none, which reads as zeros.
+    // Bridges and old boards have no subsystem, which reads as zeros.
     if (subsystemVendor == "0000" && subsystem == "0000") return;
     device.set("SubsystemID", subsystem);
     device.set("SubsystemVendorID", subsystemVendor);
@@ -125,7 +125,7 @@ void setIds(const Root& root, const std::string& path, Instance& device) {
 
 void setPlace(const Root& root, const std::string& path, Instance& device) {
     device.set("DriverName", root.linkName(path + "driver"));
-    device.set("NumaNode", root.readCount(path + "numa_node"));  // -1 is none
+    device.set("NumaNode", root.readCount(path + "numa_node"));  // -1 means none
     device.set("IommuGroup", root.linkName(path + "iommu_group"));
     device.set("CurrentLinkSpeed", known(root.readLine(path + "current_link_speed")));
     device.set("MaxLinkSpeed", known(root.readLine(path + "max_link_speed")));

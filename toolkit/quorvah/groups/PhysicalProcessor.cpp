@@ -44,8 +44,8 @@ constexpr FieldDef kFields[] = {
 
 using Package = std::vector<const LogicalCpu*>;
 
-// The CPUs of each package. Where no CPU tells its package, as in some virtual machines, there is one. An
-// offline CPU does not tell, and is counted where there is no choice.
+// The CPUs of each package. If no CPU states its package, as on some virtual machines, there is a single package. An
+// offline CPU never states its package and is counted only if there is a single one.
 std::map<std::uint64_t, Package> packagesOf(const std::vector<LogicalCpu>& cpus) {
     std::map<std::uint64_t, Package> packages;
     for (const LogicalCpu& cpu : cpus) {
@@ -59,7 +59,7 @@ std::map<std::uint64_t, Package> packagesOf(const std::vector<LogicalCpu>& cpus)
     return packages;
 }
 
-// Cores are told apart by the CPUs that they consist of, for core ids repeat across dies.
+// The number of threads of each core. A core is identified by its CPUs, because core ids repeat across dies.
 std::map<std::string, int> threadsOfCores(const Package& package) {
     std::map<std::string, int> cores;
     for (const LogicalCpu* const cpu : package) {
@@ -68,7 +68,7 @@ std::map<std::string, int> threadsOfCores(const Package& package) {
     return cores;
 }
 
-// KiB of all caches of a level, each counted once however many CPUs share it.
+// The size of all caches of a level in KiB. A cache that several CPUs share is counted once.
 Count totalCache(const Package& package, int level) {
     std::set<std::pair<std::string, std::string>> counted;
     Count total = 0;
@@ -92,7 +92,7 @@ std::size_t distinct(const Package& package, std::optional<Id> LogicalCpu::*id) 
     return ids.size();
 }
 
-// A count of which 0 means that nothing is known.
+// Leaves the field unknown if the count is 0.
 void setCount(Instance& instance, const char* field, std::integral auto count) {
     if (count > 0) instance.set(field, count);
 }
@@ -111,7 +111,7 @@ void setTopology(const Package& package, Instance& processor) {
     setCount(processor, "L3CacheSize", totalCache(package, 3).value_or(0));
 }
 
-// A package may hold cores of several kinds, which then have several names.
+// A package with cores of several kinds has several names.
 void setNames(const Root& root, const CpuInfo& info, const Package& package, Instance& processor) {
     std::vector<std::string> kinds;
     for (const LogicalCpu* const cpu : package) {
@@ -157,7 +157,7 @@ void gather(GatheringContext& context, GroupData& data) {
         Instance& processor = data.add("package" + std::to_string(id));
         setNames(root, info, package, processor);
         setTopology(package, processor);
-        // Nothing but their order says which socket is which package.
+        // Sockets and packages can be matched by their order only.
         if (sockets.size() == packages.size()) setSmbios(context, sockets[socket++], processor);
     }
 }

@@ -43,7 +43,7 @@ constexpr FieldDef kFields[] = {
     {"L3CacheSize", FieldDef::kCount},
 };
 
-// The CPUs of each kind in a machine that mixes two kinds.
+// The CPUs of each kind on a machine with two kinds of cores.
 struct CoreTypes {
     std::vector<int> performance;
     std::vector<int> efficiency;
@@ -58,7 +58,7 @@ struct CoreTypes {
     }
 };
 
-// Bits of an address in the machine's native mode.
+// The width of an address in bits.
 std::string_view addressWidth(std::string_view machine) {
     if (machine.empty()) return {};
     const bool wide = machine.find("64") != std::string_view::npos || machine == "s390x";

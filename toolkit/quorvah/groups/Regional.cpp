@@ -27,14 +27,14 @@ constexpr FieldDef kFields[] = {
     {"HardwareClock"},
 };
 
-// The variables that files of different distributions hold.
+// The variables of several files, because distributions differ in the file that they use.
 class Settings {
   public:
     Settings(const Root& root, std::initializer_list<const char*> files) {
         for (const char* const file : files) variables_.emplace_back(root.read(file).value_or(""));
     }
 
-    // The first value that one of the files has for one of the names.
+    // The first value found for any of the names.
     std::string value(std::initializer_list<const char*> names) const {
         for (const ShellVariables& variables : variables_) {
             for (const char* const name : names) {
@@ -79,7 +79,7 @@ void setKeyboard(const Root& root, Instance& regional) {
     regional.set("KeyboardModel", settings.value({"XKBMODEL"}));
 }
 
-// The third line of the file.
+// The third line of /etc/adjtime.
 void setHardwareClock(const Root& root, Instance& regional) {
     const std::string adjtime = root.read("/etc/adjtime").value_or("");
     std::string_view rest = adjtime;

@@ -36,8 +36,7 @@ constexpr FieldDef kFields[] = {
     {"NameDatabaseVersion"},
 };
 
-// Both lists tell of all groups that this scanner never gathers, also of those that were not asked for: so a reader learns of
-// them without asking for all.
+// Both lists include groups that were not requested, so that a reader learns which groups this scanner never gathers.
 std::vector<std::string> unsupported() {
     std::vector<std::string> names;
     for (const Group* const group : allGroups()) {

@@ -22,7 +22,8 @@ constexpr FieldDef kFields[] = {
     {"Status"},      {"PackageFormat"},
 };
 
-// When dpkg installed a package: the list of its files is written when it is unpacked, and hardly ever later.
+// The dates on which dpkg installed packages. dpkg writes the list of a package's files when it unpacks the package
+// and rarely changes it later.
 class DpkgDates {
   public:
     explicit DpkgDates(const Root& root) : folder_(root.open("/var/lib/dpkg/info", O_DIRECTORY)) {}
@@ -45,10 +46,10 @@ class DpkgDates {
     }
 
     kest::Descriptor folder_;
-    std::string name_;  // of a list, in memory that all of them use
+    std::string name_;  // the name of a list; a member to reuse its memory
 };
 
-// Whole KiB that hold so many bytes.
+// Rounded up.
 std::uint64_t kibOf(std::uint64_t bytes) {
     return bytes / 1024 + (bytes % 1024 != 0 ? 1 : 0);
 }
@@ -146,7 +147,7 @@ class Gatherer {
     std::optional<DpkgDates> dates_;
 };
 
-// A machine whose packages are kept in another way is not one without packages.
+// Whether the tree has the database of a known package manager. Otherwise it may have packages of another one.
 bool hasKnownDatabase(const Root& root) {
     constexpr const char* kDatabases[] = {"/var/lib/dpkg/status",
                                           "/var/lib/dpkg/status.d",

@@ -37,8 +37,8 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-// The bus, told by what a disk's place in the tree of devices leads through, the innermost first; "" when
-// that does not tell, as for the disks of most RAID controllers.
+// The interface of a disk, derived from the innermost known component of its path in sysfs. Empty if the path does
+// not show it, as for the disks of most RAID controllers.
 std::string_view interfaceOf(const BlockDevice& disk, std::string_view udev) {
     const std::string& place = disk.place();
     const std::pair<std::string_view, std::string_view> marks[] = {
@@ -56,20 +56,20 @@ std::string_view interfaceOf(const BlockDevice& disk, std::string_view udev) {
     return bus == "usb" ? "USB" : "";
 }
 
-// What a disk of a virtual machine is made of its host does not tell.
+// The host does not tell a virtual machine what its disks are made of.
 std::string_view mediaOf(const BlockDevice& disk, std::string_view interface) {
-    constexpr std::uint64_t kCdRom = 5;  // the SCSI type of device
+    constexpr std::uint64_t kCdRom = 5;  // the SCSI device type
     if (disk.name().starts_with("sr") || disk.number("device/type") == kCdRom) return "Optical";
     if (interface == "MMC") return "Flash";
     if (interface == "virtio") return {};
     const std::optional<bool> rotational = disk.flag("queue/rotational");
-    // USB sticks claim to rotate.
+    // USB flash drives report that they rotate.
     if (interface == "USB" && disk.flag("removable").value_or(false)) return "Flash";
     if (!rotational) return {};
     return *rotational ? "HDD" : "SSD";
 }
 
-// The serial number in a SCSI page 80, which is a header of four bytes and the text.
+// The serial number in the SCSI page 80h: a header of four bytes, then the text.
 std::string pageSerial(const BlockDevice& disk) {
     constexpr std::size_t kHeader = 4;
     const std::string page = disk.content("device/vpd_pg80").value_or("");
@@ -89,8 +89,8 @@ std::string serialOf(const BlockDevice& disk, std::string_view udev) {
     return serial;
 }
 
-// Without the "0x" and the name of the authority that sysfs and udev put before the number. A "t10." text is
-// no number but maker, model and serial number once more.
+// The name without the "0x" of udev and the authority of sysfs. A "t10." name is not a number: it repeats maker,
+// model and serial number.
 std::string worldWideName(const BlockDevice& disk, std::string_view udev) {
     std::string name(udevProperty(udev, "ID_WWN_WITH_EXTENSION"));
     if (name.empty()) name = udevProperty(udev, "ID_WWN");
@@ -102,7 +102,7 @@ std::string worldWideName(const BlockDevice& disk, std::string_view udev) {
     return {};
 }
 
-// The text of the first of the files that has one. A number is not what the maker is called.
+// The first text that one of the files has. A hexadecimal number is an id and not a name.
 std::string firstText(const GatheringContext& context, const BlockDevice& disk,
                       std::initializer_list<const char*> files) {
     for (const char* const file : files) {
@@ -112,7 +112,7 @@ std::string firstText(const GatheringContext& context, const BlockDevice& disk,
     return {};
 }
 
-// "0:0:0:0" of a SCSI disk, else where its controller sits on the PCI bus.
+// "0:0:0:0" for a SCSI disk, or else the PCI address of the controller.
 std::string busAddress(const BlockDevice& disk) {
     const std::string link = disk.link("device");
     std::string name = link.substr(link.rfind('/') + 1);
@@ -120,13 +120,13 @@ std::string busAddress(const BlockDevice& disk) {
     return std::string(pciAddressIn(disk.place()));
 }
 
-// "nvme0", as opposed to its disks "nvme0n1".
+// Whether the name is that of a controller, "nvme0", and not that of a disk, "nvme0n1".
 bool isNvmeController(std::string_view name) {
     return name.starts_with("nvme") && name.size() > 4 &&
            name.find_first_not_of("0123456789", 4) == std::string_view::npos;
 }
 
-// Whether the disk is one of several paths to it, or stands for them.
+// Whether the disk is one of several paths to the same disk, or represents them.
 bool isMultipath(const Root& root, const BlockDevice& disk) {
     for (const std::string& holder : disk.list("holders")) {
         if (root.readLine("/sys/block/" + holder + "/dm/uuid").starts_with("mpath-")) return true;
@@ -147,7 +147,7 @@ void setSize(const BlockDevice& disk, Instance& drive) {
 void setNames(const GatheringContext& context, const BlockDevice& disk, std::string_view udev,
               Instance& drive) {
     std::string manufacturer = firstText(context, disk, {"device/vendor"});
-    // So the kernel calls all disks that speak ATA.
+    // The kernel reports "ATA" as the vendor of every ATA disk.
     if (manufacturer == "ATA") manufacturer.clear();
     drive.set("Manufacturer", std::move(manufacturer));
     drive.set("Model", firstText(context, disk, {"device/model", "device/name"}));

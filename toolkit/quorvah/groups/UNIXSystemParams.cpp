@@ -51,15 +51,15 @@ void setKernel(const Root& root, Instance& system) {
     system.set("Machine", kernel.machine);
 }
 
-// Eight hexadecimal digits of the number in /etc/hostid. Without the file the C library would ask the network
-// for the machine's address, so then there is none.
+// The number in /etc/hostid as eight hexadecimal digits. Empty without the file: gethostid() would derive the number
+// from an IP address, possibly by asking the network.
 std::string hostId(const Root& root) {
     const std::string bytes = root.read("/etc/hostid").value_or("");
     if (bytes.size() != 4) return {};
     return hexDigits(littleEndian(bytes, 0, 4), 8);
 }
 
-// What the system does not know is -1.
+// sysconf() returns -1 for an unknown value.
 void setKnown(Instance& system, const char* field, long value) {
     if (value >= 0) system.set(field, value);
 }
@@ -91,7 +91,7 @@ void setProcessors(const Root& root, Instance& system) {
     if (online > 0) system.set("ProcessorsOnline", online);
 }
 
-// The program that is the first process: "systemd", "busybox", "runit-init", or "init" itself.
+// The name of the program that runs as the first process: "systemd", "busybox", "runit-init" or "init".
 std::string initSystem(const Root& root) {
     for (const char* const path : {"/sbin/init", "/usr/sbin/init", "/etc/init", "/bin/init", "/init"}) {
         std::string target = root.linkName(path);
@@ -101,7 +101,7 @@ std::string initSystem(const Root& root) {
     return {};
 }
 
-// "id:2:initdefault:" of the file that the init of System V reads.
+// The run level in the line "id:2:initdefault:" of /etc/inittab, which the init of System V reads.
 std::string inittabLevel(const Root& root) {
     const std::string inittab = root.read("/etc/inittab").value_or("");
     std::string_view rest = inittab;
@@ -123,7 +123,7 @@ std::string defaultTarget(const Root& root) {
     return inittabLevel(root);
 }
 
-// What the boot loader named, else what is mounted.
+// The root device that the boot loader passed, or else the mounted one.
 std::string rootDevice(const Root& root, std::string_view commandLine) {
     std::string device = bootParameter(commandLine, "root");
     if (!device.empty()) return device;
@@ -144,7 +144,7 @@ void setBoot(const Root& root, Instance& system) {
     system.set("SecurityModules", std::move(modules));
 }
 
-// "0.42"; empty for what is not written so.
+// The text if it is a number such as "0.42", or else an empty text.
 std::string_view decimal(std::string_view text) {
     std::string_view fraction = text;
     const std::string_view whole = takeField(fraction, '.');

@@ -38,7 +38,7 @@ void addOnce(std::vector<std::string>& values, std::string value) {
     values.push_back(std::move(value));
 }
 
-// What the device says of itself comes first; many say nothing.
+// Prefers the texts of the device. Many devices have none.
 void setNames(const Root& root, const std::string& path, DeviceIdsFile& ids, Instance& device) {
     const std::string& vendor = device.get("VendorId");
     const std::string product = root.readLine(path + "product");
@@ -62,7 +62,8 @@ void setDescriptor(const Root& root, const std::string& path, Instance& device) 
     if (removable == "removable" || removable == "fixed") device.set("Removable", removable == "removable");
 }
 
-// The interfaces of device "1-1.2" are "1-1.2:1.0" and so on, those of root hub "usb1" "1-0:1.0".
+// The interfaces of the device "1-1.2" are "1-1.2:1.0" and so on. Those of the root hub "usb1" are "1-0:1.0" and so
+// on.
 std::string interfacePrefix(const std::string& name) {
     return (name.substr(0, 3) == "usb" ? name.substr(3) + "-0" : name) + ":";
 }

@@ -23,7 +23,7 @@ constexpr FieldDef kFields[] = {
 
 const std::string kDmi = "/sys/class/dmi/id/";
 
-// The identifier of this virtual machine from inside of it.
+// The identifier of this virtual machine as its hypervisor shows it to the guest.
 std::string machineIdentifier(const GatheringContext& context) {
     const Root& root = context.root();
     std::string uuid = context.firmwareText(root.readLine(kDmi + "product_uuid"));
@@ -36,7 +36,7 @@ std::string machineIdentifier(const GatheringContext& context) {
     return uuid;
 }
 
-// The provider, by what cloud-init found or by the marks that providers leave in the firmware's texts.
+// The cloud provider: what cloud-init found, or else what the firmware texts show.
 std::string cloudPlatform(const Root& root) {
     std::string id = root.readLine("/run/cloud-init/cloud-id");
     if (!id.empty()) return id;

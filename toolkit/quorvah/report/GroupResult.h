@@ -13,30 +13,30 @@
 
 namespace toolkit::quorvah {
 
-// What the scanner keeps of a group: its instances, and how gathering went.
+// The result of gathering a group: how gathering went, and its instances either as data or as XML.
 struct GroupResult {
     const Group* group = nullptr;
-    std::shared_ptr<const GroupData> data;  // that holds the instances; none when they have been rendered:
-    std::string_view xml;                   // as they stand in the output file
-    std::shared_ptr<const void> memory;     // that the xml stands in
+    std::shared_ptr<const GroupData> data;  // the instances; null if they are in `xml`
+    std::string_view xml;                   // the instances as XML
+    std::shared_ptr<const void> memory;     // owns `xml`
     std::size_t instances = 0;
-    std::string reason;  // why the group is not complete; empty for a complete one
+    std::string reason;  // empty if the group is complete
     std::vector<std::string> warnings;
     std::chrono::milliseconds elapsed{0};
     GroupState state = GroupState::Complete;
 };
 
-// The result of a report, without its instances: how many there are and how gathering went.
+// The result for `data` with neither data nor XML.
 GroupResult resultWithoutXml(const GroupData& data);
 
-// A rendered result is handed from one process to another of the same program as a frame, which tells where in the texts that
-// both share its xml stands.
+// The result as bytes that another process of this program can read. `xmlAt` is the offset of the XML in their shared
+// buffer.
 std::string toFrame(const GroupResult& result, std::uint64_t xmlAt);
 
-// The length of the frame at the front of `bytes`; 0 when even that is cut off.
+// The length of the frame at the start of `bytes`; 0 if not even the length is complete.
 std::size_t frameLength(std::string_view bytes);
 
-// Fills a result from a whole frame; its group stays. False when the bytes are no result.
+// Reads a complete frame into `result`, except for its group. Returns false if the bytes are not a valid frame.
 bool readFrame(std::string_view frame, const SharedBuffer& texts, GroupResult& result);
 
 }  // namespace toolkit::quorvah

@@ -24,12 +24,12 @@ std::string joined(std::initializer_list<std::string_view> parts) {
     return text;
 }
 
-// The instances of one group.
+// Writes the instances of one group. The tags are built once per group.
 class InstanceWriter {
   public:
     InstanceWriter(const Group& group, bool pretty) {
-        std::string ahead;  // what ends a field that has a value
-        std::string line;   // where one begins
+        std::string ahead;  // the end tag of the previous field
+        std::string line;   // the line break and indentation before a field
         breakLine(line, 2, pretty);
         for (const FieldDef& field : group.fields) {
             fields_.push_back(
@@ -45,7 +45,7 @@ class InstanceWriter {
     void write(std::string& xml, const Instance& instance) const {
         xml += open_;
         const auto values = instance.values();
-        bool open = false;  // whether the latest field waits for its end
+        bool open = false;  // whether the end tag of the previous field is still to be written
         for (std::size_t i = 0; i < fields_.size(); ++i) {
             const bool before = std::exchange(open, !values[i].empty());
             xml += (open ? fields_[i].open : fields_[i].empty)[before ? 1 : 0];
@@ -55,7 +55,7 @@ class InstanceWriter {
     }
 
   private:
-    // A tag with the line break before it; the second one ends the field before that too.
+    // A tag with the line break before it: without and with the end tag of the previous field.
     using Tag = std::array<std::string, 2>;
     struct Tags {
         Tag open;
@@ -72,7 +72,7 @@ class InstanceWriter {
     Tag close_;
 };
 
-// About the size of the instances' xml, so that it need not be moved while it grows.
+// The approximate size of the XML, to avoid reallocations.
 std::size_t sizeHint(const GroupData& data) {
     std::size_t tags = 0;
     for (const FieldDef& field : data.group().fields) tags += 2 * field.name.size() + 16;
@@ -83,8 +83,8 @@ std::size_t sizeHint(const GroupData& data) {
     return size;
 }
 
-// Text on its way to a sink. It is handed on in blocks that stay in the processor's cache: memory that is touched for
-// the first time costs more than what is written to it.
+// Collects text and passes it to the sink in blocks that fit into the processor's cache. Writing to memory that is
+// used for the first time is slower.
 class TextBlock {
   public:
     explicit TextBlock(const TextSink& sink) : sink_(sink) { text.reserve(kSize + kSize / 4); }
@@ -114,7 +114,7 @@ class TextBlock {
     static constexpr std::size_t kSize = std::size_t{64} << 10;
     static constexpr std::size_t kAhead = 2;  // instances
 
-    // Has the processor fetch values that are needed soon: many stand in a file, far from each other.
+    // Prefetches values that are needed soon. Many of them are parts of a large file and far from each other.
     static void fetch(const Instance& instance) {
         for (const std::string_view value : instance.values()) __builtin_prefetch(value.data());
     }

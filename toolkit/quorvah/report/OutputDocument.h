@@ -8,12 +8,12 @@
 
 namespace toolkit::quorvah {
 
-// A report's result with its instances as they go into the output file: one element per instance, and in it one
-// element per field, unknown fields empty, in pure ASCII. `pretty` breaks and indents the lines; else no white space
-// stands between elements.
+// Renders the instances as they are written to the output file, in ASCII: one element per instance, with one element
+// per field. Unknown fields are empty elements. `pretty` adds line breaks and indentation; otherwise there is no
+// white space between elements.
 GroupResult render(const GroupData& data, bool pretty);
 
-// Writes the results as one XML document; `pretty` as they were rendered.
+// Writes the results as one XML document. REQUIRES: `pretty` is the same as in render().
 void writeDocument(std::span<const GroupResult> results, bool pretty, const TextSink& sink);
 
 }  // namespace toolkit::quorvah

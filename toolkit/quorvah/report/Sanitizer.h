@@ -9,28 +9,28 @@
 
 namespace toolkit::quorvah {
 
-// SipHash-2-4 of a text.
+// The SipHash-2-4 of a text.
 std::uint64_t sipHash(const std::array<std::uint64_t, 2>& key, std::string_view text);
 
-// Hides what tells a machine and its users apart, so that a report can be shared: the same value becomes the
-// same hash wherever it stands in the report. The key is drawn anew for every Sanitizer and kept nowhere, so
-// nobody can find a value by trying, nor match two reports.
+// Hides what identifies the machine or its users, so that the output can be shared. Equal values get equal hashes
+// within a scan. Each Sanitizer has a random key that it never reveals, so hashes cannot be reversed by trying values
+// or compared across scans.
 class Sanitizer {
   public:
-    // Throws std::system_error when the system has no random numbers to give.
+    // Throws std::system_error if the system provides no random numbers.
     Sanitizer();
 
-    // Hashes the values of the private fields; unknown ones stay unknown.
+    // Hashes the values of the private fields. Unknown values stay unknown.
     void hide(GroupData& data) const;
 
-    // One ;-joined value after the other.
+    // The hashes of values that are joined by ";".
     std::string hashed(std::string_view values) const;
 
   private:
     std::array<std::uint64_t, 2> key_{};
 };
 
-// Empties the fields that change without the machine being changed.
+// Empties the volatile fields.
 void dropVolatile(GroupData& data);
 
 }  // namespace toolkit::quorvah

@@ -12,7 +12,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-// Texts begin at such places, so that each can be mapped alone.
+// Each text starts on a page of its own, so that it can be mapped separately.
 std::uint64_t roundedUp(std::uint64_t place) {
     static const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
     return (place + page - 1) / page * page;

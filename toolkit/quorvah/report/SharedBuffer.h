@@ -9,16 +9,17 @@
 
 namespace toolkit::quorvah {
 
-// Texts that a child process leaves for the process that it was forked from, in memory that both see.
+// A memory area that a process shares with its forked child. The child appends texts, the parent reads them.
 class SharedBuffer {
   public:
-    // Throws std::system_error when there is no memory to share.
+    // Throws std::system_error if there is not enough memory.
     SharedBuffer();
 
-    // Adds a text and tells where it stands; none when memory is lacking.
+    // Appends a text and returns its offset; std::nullopt if there is not enough memory.
     std::optional<std::uint64_t> append(std::string_view text);
 
-    // The text of this size that was added there; null when there is none. It stays when this goes.
+    // The text with this offset and size; null if they do not lie within the buffer. The text stays valid after the
+    // buffer is destroyed.
     std::shared_ptr<const void> at(std::uint64_t place, std::uint64_t size) const;
 
   private:

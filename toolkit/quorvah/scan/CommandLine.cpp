@@ -14,18 +14,17 @@ const char* const kUsage =
     "                     the environment variable QUORVAH_ROOT does the same\n"
     "      --ids DIR      take the names of PCI and USB devices from the files in DIR\n"
     "      --pretty       break and indent the lines of the output\n"
-    "      --raw          keep firmware texts that only stand in for a value\n"
-    "      --no-volatile  leave out values that change while the machine stays the same\n"
+    "      --raw          keep firmware texts that are placeholders\n"
+    "      --no-volatile  omit values that change while the machine stays the same\n"
     "      --sanitize     hash serial numbers, addresses and names of the machine and its users\n"
     "      --sandbox optional\n"
-    "                     go on where the system does not let the scanner give up all rights that it\n"
-    "                     does not need; so does the environment variable QUORVAH_SANDBOX=optional\n"
+    "                     continue if the system does not let the scanner give up all rights that it\n"
+    "                     does not need; QUORVAH_SANDBOX=optional in the environment does the same\n"
     "  -h, --help         show this text\n"
     "  -V, --version      show the version\n"
     "\n"
-    "Exit status: 0 the output is written, 1 it could not be, or the sandbox is not whole, 2 the command "
-    "line or the\n"
-    "configuration is at fault.\n";
+    "Exit status: 0 if the output was written, 1 if it could not be written or the sandbox is incomplete,\n"
+    "2 if the command line or the configuration is invalid.\n";
 
 namespace {
 

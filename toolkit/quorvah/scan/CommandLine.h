@@ -11,11 +11,10 @@ enum class Action { Scan, Help, Version, Refuse };
 struct CommandLine {
     Action action = Action::Scan;
     Options options;
-    std::string message;  // why the command line is refused
+    std::string message;  // why the command line is rejected
 };
 
-// Understands the arguments of main(). `environmentRoot` stands in for a --root that is not given; it may be
-// null.
+// Parses the arguments of main(). `environmentRoot` is the default of --root and may be null.
 CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot);
 
 extern const char* const kUsage;

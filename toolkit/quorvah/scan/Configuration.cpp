@@ -30,7 +30,7 @@ class Sink : public tessa::NodeSink {
     const std::string& error() const { return error_; }
 
   private:
-    // "config.xml:3: not well-formed"
+    // Such as "config.xml:3: not well-formed".
     int keep(const kest::String& message, int line) {
         error_ = path_;
         if (line > 0) error_ += ":" + std::to_string(line);
@@ -73,7 +73,7 @@ void collect(const tessa::Node& element, Configuration& configuration) {
     }
 }
 
-// All elements in document order; nested however deep, so without recursion.
+// Visits all elements in document order, without recursion because they may be nested to any depth.
 void collectAll(const tessa::Node& root, Configuration& configuration) {
     std::vector<const tessa::Node*> todo = {&root};
     while (!todo.empty()) {

@@ -5,16 +5,15 @@
 
 namespace toolkit::quorvah {
 
-// What a configuration file asks for.
+// The content of a configuration file.
 struct Configuration {
-    std::vector<std::string> groups;  // the names as they stand, in order
-    std::string error;                // what is wrong with the file, and where; empty when all is well
+    std::vector<std::string> groups;  // in the order of the file
+    std::string error;                // the file, the line and the problem; empty if there is none
     std::vector<std::string> warnings;
 };
 
-// Reads the names of all elements <Group Name="..."/>, wherever in the document they stand. Nothing else in
-// the document matters, but it must be well-formed XML without a document type declaration. Throws
-// std::bad_alloc when memory runs out.
+// Reads the names of all elements <Group Name="..."/> at any place in the document and ignores everything else. The
+// document must be well-formed and have no document type declaration. Throws std::bad_alloc.
 Configuration readConfiguration(const std::string& path);
 
 }  // namespace toolkit::quorvah

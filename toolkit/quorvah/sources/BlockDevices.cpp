@@ -54,7 +54,7 @@ std::vector<BlockDevice> blockDevices(const Root& root) {
 std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk) {
     std::vector<BlockDevice> partitions;
     for (const std::string& name : disk.list("")) {
-        // The directory of a partition begins with the name of its disk.
+        // The name of a partition starts with the name of its disk.
         if (!name.starts_with(disk.name())) continue;
         BlockDevice partition(root, disk.directory() + name + "/", name);
         if (partition.has("partition")) partitions.push_back(std::move(partition));
@@ -69,7 +69,7 @@ bool isDrive(const BlockDevice& device) {
     }
     const bool cardArea = name.starts_with("mmcblk") &&
                           (contains(name, "boot") || contains(name, "rpmb") || contains(name, "gp"));
-    // The node that gathers the paths to an NVMe disk is a virtual device too.
+    // The device that combines the paths to an NVMe disk is virtual, too.
     const bool madeUp =
         contains(device.place(), "/virtual/") && !contains(device.place(), "/nvme-subsystem/");
     return !cardArea && !madeUp;

@@ -10,15 +10,15 @@
 
 namespace toolkit::quorvah {
 
-// A whole block device or a partition of one, as sysfs shows it.
+// A block device in sysfs: a whole disk or a partition.
 class BlockDevice {
   public:
-    // `directory` is that of the device in sysfs.
+    // `directory` is the directory of the device in sysfs.
     BlockDevice(const Root& root, std::string directory, std::string name)
         : root_(root), directory_(std::move(directory)), name_(std::move(name)) {}
 
     const std::string& name() const { return name_; }
-    // "/dev/sda"; where the kernel's name has a "!" the path has a "/".
+    // "/dev/sda". A "!" in the kernel's name becomes a "/".
     std::string path() const;
 
     std::string line(std::string_view file) const { return root_.readLine(directory_ + std::string(file)); }
@@ -32,18 +32,17 @@ class BlockDevice {
         return root_.read(directory_ + std::string(file));
     }
 
-    // A flag such as "removable".
+    // The value of a flag file such as "removable".
     std::optional<bool> flag(std::string_view file) const;
-    // Bytes. The kernel counts in blocks of 512 bytes whatever the device's own blocks are.
+    // A size file in bytes. The kernel always counts blocks of 512 bytes.
     Count bytes(std::string_view file) const;
-    // Bytes of a logical block.
+    // The logical block size in bytes.
     Count blockSize() const;
-    // Where the device hangs: the path that its directory in /sys/block is a link to. Empty for a captured
-    // tree that has no links.
+    // The target of the device's link in /sys/block, which shows its bus. Empty in a captured tree without links.
     const std::string& place() const { return place_; }
     void setPlace(std::string place) { place_ = std::move(place); }
 
-    // What udev knows of the device, as udevProperty() reads it; empty without udev.
+    // The udev database entry of the device, for udevProperty(). Empty without udev.
     std::string udevData() const;
 
     const std::string& directory() const { return directory_; }
@@ -55,14 +54,14 @@ class BlockDevice {
     std::string place_;
 };
 
-// All whole devices of the tree, without nodes that the kernel hides.
+// All whole devices, except those that the kernel hides.
 std::vector<BlockDevice> blockDevices(const Root& root);
 
 // The partitions of a whole device.
 std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk);
 
-// Whether a device is a drive of its own: no loop, RAM, device mapper or RAID device, no floppy drive, and no
-// area of a memory card.
+// Whether a device is a drive: not a loop, RAM, device mapper, RAID or floppy device, and not a special area of a
+// memory card.
 bool isDrive(const BlockDevice& device);
 
 }  // namespace toolkit::quorvah

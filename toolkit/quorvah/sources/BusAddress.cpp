@@ -13,7 +13,7 @@ bool readHex(std::string_view text, std::size_t least, std::size_t most, unsigne
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// "1-1.2": a bus, a dash, and the ports on the way; only digits and dots otherwise.
+// "1-1.2": the bus, a dash and the ports, separated by dots.
 bool isUsbDevice(std::string_view name) {
     const std::size_t dash = name.find('-');
     if (dash == 0 || dash == std::string_view::npos || dash + 1 == name.size()) return false;

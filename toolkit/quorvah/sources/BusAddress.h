@@ -6,7 +6,7 @@
 
 namespace toolkit::quorvah {
 
-// "0000:00:1f.2". The domain may have more than four digits.
+// A PCI address such as "0000:00:1f.2". The domain may have more than four digits.
 struct PciAddress {
     unsigned domain = 0;
     unsigned bus = 0;
@@ -16,13 +16,12 @@ struct PciAddress {
 
 std::optional<PciAddress> readPciAddress(std::string_view text);
 
-// The innermost component of a device's path in sysfs that is the address of a PCI device; empty when there
-// is none.
+// The innermost PCI address in the path of a device in sysfs; empty if there is none. For example
 //     ../../devices/pci0000:00/0000:00:03.0/virtio2/net/eth0 -> 0000:00:03.0
 std::string_view pciAddressIn(std::string_view path);
 
-// The same for the name of a USB device ("1-1.2"), of which a network adapter uses an interface
-// ("1-1.2:1.0").
+// The innermost USB device ("1-1.2") in the path of a device; empty if there is none. An adapter's path also contains
+// the interface ("1-1.2:1.0").
 std::string_view usbDeviceIn(std::string_view path);
 
 }  // namespace toolkit::quorvah

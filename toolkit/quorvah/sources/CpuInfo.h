@@ -8,7 +8,7 @@
 
 namespace toolkit::quorvah {
 
-// /proc/cpuinfo of any architecture.
+// /proc/cpuinfo on any architecture.
 class CpuInfo {
   public:
     explicit CpuInfo(std::string text);

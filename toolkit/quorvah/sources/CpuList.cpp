@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kMaxCpuNumber = 65535;
 
-// Takes a number from the front of `text`.
+// Removes a number from the start of `text` and returns it.
 std::optional<int> takeNumber(std::string_view& text) {
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -21,7 +21,7 @@ std::optional<int> takeNumber(std::string_view& text) {
     return number;
 }
 
-// False for what is neither "3" nor "3-5".
+// Adds the numbers of "3" or "3-5". Returns false for any other text.
 bool addRange(std::string_view range, std::vector<int>& numbers) {
     const std::optional<int> first = takeNumber(range);
     if (!first) return false;
@@ -41,7 +41,7 @@ std::vector<int> readCpuList(std::string_view text) {
     std::vector<int> numbers;
     for (std::string_view rest = trimmed(text); !rest.empty();) {
         if (!addRange(takeField(rest, ','), numbers)) return {};
-        // No kernel writes a list that names more.
+        // Longer than any list of the kernel: the ranges overlap.
         if (numbers.size() > 2 * static_cast<std::size_t>(kMaxCpuNumber)) return {};
     }
     std::ranges::sort(numbers);

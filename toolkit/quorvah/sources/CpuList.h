@@ -5,11 +5,11 @@
 
 namespace toolkit::quorvah {
 
-// The numbers in one of the kernel's lists ("0-3,8,10-11"), ascending and each once. Nothing of a list that
-// is not written so, or that reaches beyond what any kernel supports.
+// The numbers in a CPU list of the kernel ("0-3,8,10-11"), sorted and without duplicates. Empty if the text has
+// another form or a number exceeds what the kernel supports.
 std::vector<int> readCpuList(std::string_view text);
 
-// Whether a sorted list holds the number.
+// Whether a sorted list contains the number.
 bool contains(const std::vector<int>& sorted, int number);
 
 }  // namespace toolkit::quorvah

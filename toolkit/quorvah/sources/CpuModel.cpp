@@ -7,7 +7,7 @@ namespace toolkit::quorvah {
 
 namespace {
 
-// "0x41" without the prefix.
+// Removes an optional prefix "0x".
 std::string_view withoutPrefix(std::string_view hex) {
     if (hex.starts_with("0x")) hex.remove_prefix(2);
     return hex;
@@ -32,7 +32,7 @@ CpuModel armModel(const CpuInfo& info, int cpu) {
     return model;
 }
 
-// "POWER9 (architected), altivec supported" and "2.2 (pvr 004e 1202)"
+// Such as "POWER9 (architected), altivec supported" and "2.2 (pvr 004e 1202)".
 CpuModel powerModel(const CpuInfo& info, int cpu) {
     CpuModel model;
     std::string_view name = info.value(cpu, "cpu");

@@ -11,14 +11,14 @@ namespace {
 const std::string kCpus = "/sys/devices/system/cpu/";
 const std::string kNodes = "/sys/devices/system/node/";
 
-// The number behind a prefix: 12 of "cpu12".
+// The number after a prefix: 12 for "cpu12".
 std::optional<int> numberBehind(std::string_view prefix, std::string_view name) {
     if (!name.starts_with(prefix)) return std::nullopt;
     const std::vector<int> numbers = readCpuList(name.substr(prefix.size()));
     return numbers.size() == 1 ? std::optional(numbers.front()) : std::nullopt;
 }
 
-// The numbers of the entries "<prefix>N" of a directory, ascending.
+// The numbers of the entries "<prefix>N" in a directory, sorted.
 std::vector<int> numberedEntries(const Root& root, const std::string& directory, std::string_view prefix) {
     std::vector<int> numbers;
     for (const std::string& name : root.list(directory)) {
@@ -38,13 +38,13 @@ std::vector<int> presentCpus(const Root& root, const CpuInfo& info) {
     return cpus.empty() ? info.cpus() : cpus;
 }
 
-// An id, unless it is what the kernel writes for "none": -1, or for clusters 65535.
+// An id. The kernel writes -1 for none, and 65535 for no cluster.
 Count readId(const Root& root, const std::string& path) {
     const Count id = root.readCount(path);
     return id != 65535 ? id : std::nullopt;
 }
 
-// KiB of "32K", "1024K", "8M".
+// The size in KiB of "32K", "1024K" or "8M".
 std::uint64_t readCacheSize(std::string_view text) {
     const bool kibibytes = text.ends_with('K');
     const bool mebibytes = text.ends_with('M');
@@ -79,7 +79,7 @@ void readTopology(const Root& root, const std::string& directory, LogicalCpu& cp
     cpu.cluster = readId(root, directory + "cluster_id");
     cpu.core = readId(root, directory + "core_id");
     cpu.siblings = root.readLine(directory + "core_cpus_list");
-    // The name before Linux 5.3.
+    // The name of the file before Linux 5.3.
     if (cpu.siblings.empty()) cpu.siblings = root.readLine(directory + "thread_siblings_list");
     const std::vector<int> siblings = readCpuList(cpu.siblings);
     const auto self = std::ranges::find(siblings, cpu.number);
@@ -90,7 +90,7 @@ void readTopology(const Root& root, const std::string& directory, LogicalCpu& cp
     cpu.thread = static_cast<int>(self - siblings.begin());
 }
 
-// For each node the CPUs that belong to it.
+// The CPUs of each NUMA node.
 class Nodes {
   public:
     explicit Nodes(const Root& root) {

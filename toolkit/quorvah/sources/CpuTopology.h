@@ -14,10 +14,10 @@ struct Cache {
     int level = 0;
     std::string type;        // "Data", "Instruction", "Unified"
     std::uint64_t size = 0;  // KiB
-    std::string sharedCpus;  // the list of the CPUs that share it
+    std::string sharedCpus;  // the CPUs that share it, as a CPU list
 };
 
-// Where a logical CPU stands. What the tree does not tell is missing.
+// The place of a logical CPU in the machine. Unknown ids are missing.
 struct LogicalCpu {
     int number = 0;
     std::optional<bool> online;
@@ -25,17 +25,17 @@ struct LogicalCpu {
     Count die;
     Count cluster;
     Count core;
-    std::string siblings;  // the list of the CPUs of the same core
+    std::string siblings;  // the CPUs of its core, as a CPU list
     std::optional<int> thread;
     std::optional<int> node;
     std::vector<Cache> caches;
 };
 
-// The logical CPUs that are present, offline ones too, in ascending order: those that sysfs lists, else those
-// that have a directory there, else those of /proc/cpuinfo.
+// The present logical CPUs, including offline ones, sorted: those in the CPU lists of sysfs, or else those with a
+// directory in sysfs, or else those in /proc/cpuinfo.
 std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info);
 
-// Of a CPU's own caches with this level and type; none when it has none.
+// The size of the cache with this level and type in KiB; std::nullopt if there is none.
 Count cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
 
 }  // namespace toolkit::quorvah

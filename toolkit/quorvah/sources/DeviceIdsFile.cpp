@@ -9,8 +9,7 @@ bool beginsWith(std::string_view text, std::string_view head) {
     return text.substr(0, head.size()) == head;
 }
 
-// The lines up to the first one that is indented less than `depth` tabs. Comments and blank lines stand
-// anywhere.
+// The lines before the first one that is indented by fewer than `depth` tabs. Comments and blank lines do not count.
 std::string_view childrenIn(std::string_view text, std::size_t depth) {
     std::string_view rest = text;
     std::string_view line;
@@ -24,7 +23,7 @@ std::string_view childrenIn(std::string_view text, std::size_t depth) {
 
 }  // namespace
 
-// Whole lines are not looked at here: `head` is searched for as it stands behind a line end.
+// Searches for `head` after a line end instead of splitting the file into lines, which would be slower.
 DeviceIdsFile::Entry DeviceIdsFile::findTop(std::string_view text, std::string_view head) {
     std::string_view rest;
     if (beginsWith(text, head)) {

@@ -6,13 +6,12 @@
 
 namespace toolkit::quorvah {
 
-// The text of a pci.ids or usb.ids file. Ids are lower-case hex of the file's width ("8086", "03"); a name is
-// a part of the file's text, empty when the file does not know the id. The file is large and few of its
-// entries are asked for, so it is searched rather than indexed; the vendors and classes once found are
-// remembered.
+// A pci.ids or usb.ids file. Ids are lower-case hexadecimal digits ("8086", "03"). Names are parts of the text and
+// empty for unknown ids. The file is large and few entries are needed, so it is searched instead of indexed. Vendors
+// and classes are cached.
 class DeviceIdsFile {
   public:
-    // `text` outlives the names.
+    // REQUIRES: `text` outlives this object and the names.
     explicit DeviceIdsFile(std::string_view text) : text_(text) {}
 
     std::string_view vendor(std::string_view vendor);
@@ -23,13 +22,13 @@ class DeviceIdsFile {
     std::string_view baseClass(std::string_view baseClass);
     std::string_view subclass(std::string_view baseClass, std::string_view subclass);
 
-    // What the "Version:" line at the head of the file says.
+    // The value of the "Version:" line at the start of the file.
     std::string_view version() const;
 
   private:
     struct Entry {
         std::string_view name;
-        std::string_view children;  // the indented lines below it
+        std::string_view children;  // the indented lines that follow
     };
     struct KnownEntry {
         std::string head;

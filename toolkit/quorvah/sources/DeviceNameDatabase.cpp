@@ -7,7 +7,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-// Empty when there is none.
+// The content of the database; empty if there is none.
 std::string readDatabase(const Options& options, const std::string& fileName) {
     const Root host;
     std::vector<std::string> folders = {options.ids};

@@ -7,8 +7,8 @@
 
 namespace toolkit::quorvah {
 
-// The host's own pci.ids or usb.ids, whatever tree is scanned, or that of the directory that --ids names.
-// Without the file it knows no name.
+// The file pci.ids or usb.ids of the host, or of the directory in the option --ids. It does not depend on the scanned
+// tree. Without the file all names are unknown.
 class DeviceNameDatabase {
   public:
     DeviceNameDatabase(const Options& options, const char* fileName);
@@ -22,8 +22,7 @@ class DeviceNameDatabase {
     DeviceIdsFile ids_;
 };
 
-// What ScanInfo tells of the databases: "pci.ids 2023.04.10;usb.ids 2023.01.16", without those that are
-// missing.
+// The versions of the existing databases, for ScanInfo: "pci.ids 2023.04.10;usb.ids 2023.01.16".
 std::string deviceNameDatabaseVersions(const Options& options);
 
 }  // namespace toolkit::quorvah

@@ -15,7 +15,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-// The text in an array that need not be terminated. "N/A" is what drivers write for nothing.
+// The text in an array that may lack a terminating zero. Drivers write "N/A" for a missing value.
 template <std::size_t size>
 std::string textOf(const char (&array)[size]) {
     std::string text(array, strnlen(array, size));

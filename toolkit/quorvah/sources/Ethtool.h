@@ -7,20 +7,20 @@
 
 namespace toolkit::quorvah {
 
-// What a driver tells of itself; what it does not tell is empty.
+// What a driver reports about itself. Unknown texts are empty.
 struct DriverInfo {
     std::string name;
     std::string version;
     std::string firmwareVersion;
 };
 
-// Asks the drivers of this machine's network interfaces; needs no privilege.
+// Queries the drivers of the network interfaces of this machine. Needs no privilege.
 class Ethtool {
   public:
     Ethtool();
 
     std::optional<DriverInfo> driver(const std::string& interface) const;
-    // "02:fc:00:00:00:01"; empty when the hardware has no address of its own.
+    // "02:fc:00:00:00:01"; empty if the hardware has no permanent address.
     std::string permanentAddress(const std::string& interface) const;
 
   private:

@@ -38,7 +38,8 @@ Reply ask(const char* path) {
     return {true, usage};
 }
 
-// A child that asks in the parent's stead, for the asking may never end. It is stopped when its owner dies.
+// A child process that queries file systems, because a query may block forever. The child is killed when its parent
+// dies.
 class UsageProcess {
   public:
     UsageProcess(const std::vector<std::string>& paths, std::size_t first) {
@@ -52,19 +53,19 @@ class UsageProcess {
     ~UsageProcess() {
         if (child_ <= 0) return;
         kill(child_, SIGKILL);
-        // A child that hangs in the kernel cannot even be killed; it is left behind.
+        // A child that hangs in the kernel does not die when it is killed. It is left behind.
         for (int tries = 0; tries < 20 && waitpid(child_, nullptr, WNOHANG) == 0; ++tries)
             poll(nullptr, 0, 5);
     }
     UsageProcess(const UsageProcess&) = delete;
     UsageProcess& operator=(const UsageProcess&) = delete;
 
-    // False when the child did not answer in time.
+    // Waits for the next reply. Returns false if there is none in time.
     bool next(Reply& reply, std::chrono::milliseconds patience) const {
         pollfd waiting{replies_.number(), POLLIN, 0};
         const int ready =
             kest::retryInterrupted([&] { return poll(&waiting, 1, static_cast<int>(patience.count())); });
-        // The replies are shorter than what a pipe takes and gives in one piece.
+        // A reply is shorter than PIPE_BUF, so it is written and read as a whole.
         return ready == 1 && read(replies_.number(), &reply, sizeof reply) == sizeof reply;
     }
 

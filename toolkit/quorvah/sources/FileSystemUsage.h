@@ -10,12 +10,12 @@
 
 namespace toolkit::quorvah {
 
-// What a file system says of its size; sizes in bytes.
+// The usage of a file system. Sizes are in bytes.
 struct FileSystemUsage {
     std::uint32_t deviceMajor = 0;
     std::uint32_t deviceMinor = 0;
     Count size;
-    Count available;  // to those without privilege
+    Count available;  // to unprivileged users
     Count blockSize;
     Count inodes;
     Count inodesFree;
@@ -23,12 +23,12 @@ struct FileSystemUsage {
 };
 
 struct UsageAnswers {
-    std::vector<std::optional<FileSystemUsage>> usages;  // one for each path
-    bool complete = true;                                // false when one did not answer in time
+    std::vector<std::optional<FileSystemUsage>> usages;  // one per path
+    bool complete = true;                                // false if a file system did not answer in time
 };
 
-// Asks for the file systems mounted at these paths. One that does not answer within `patience` is given up,
-// and so are those behind the third such one.
+// Queries the file systems mounted at these paths. A file system that does not answer within `patience` is skipped.
+// After three such file systems all others are skipped.
 UsageAnswers askUsage(const std::vector<std::string>& paths,
                       std::chrono::milliseconds patience = std::chrono::seconds(1));
 

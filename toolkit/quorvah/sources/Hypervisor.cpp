@@ -34,7 +34,7 @@ constexpr Known kSignatures[] = {
     {"ACRNACRNACRN", "", "ACRN"},
 };
 
-// In the texts for vendor, product and BIOS. What they name first is what runs the machine.
+// Texts in the names of vendor, product and BIOS. The first match counts.
 constexpr Known kFirmwareMarks[] = {
     {"VMware", "vmware", "VMware"},
     {"VirtualBox", "virtualbox", "Oracle"},
@@ -95,7 +95,7 @@ Hypervisor fromCpu() {
 }
 #endif
 
-// Whether the CPUs say that they are virtual ones; only x86 has a word for it.
+// What /proc/cpuinfo says about virtualization. Only x86 has a flag for it.
 enum class CpuAnswer { Virtual, Real, None };
 
 CpuAnswer askCpuInfo(const Root& root) {
@@ -123,7 +123,7 @@ Hypervisor fromFirmware(const Root& root) {
 Hypervisor fromXen(const Root& root) {
     const std::string directory = "/sys/hypervisor/";
     if (root.readLine(directory + "type") != "xen") return {};
-    // The domain that runs the others is no guest.
+    // The control domain is not a guest.
     if (root.readLine("/proc/xen/capabilities").find("control_d") != std::string::npos) return {};
     Hypervisor found{true, "xen", "Xen", {}, root.readLine(directory + "guest_type") == "PV"};
     const std::string major = root.readLine(directory + "version/major");
@@ -132,7 +132,8 @@ Hypervisor fromXen(const Root& root) {
     return found;
 }
 
-// Of an s390x machine, which is always divided, and may hold a hypervisor that divides it once more:
+// An s390x machine always runs in a partition, which may contain another hypervisor. /proc/sysinfo then has a line
+// such as
 //     VM00 Control Program: z/VM    6.4.0
 Hypervisor fromSysinfo(const Root& root) {
     const std::string sysinfo = root.read("/proc/sysinfo").value_or("");
@@ -155,8 +156,8 @@ Hypervisor fromDeviceTree(const Root& root) {
     return {};
 }
 
-// The maker's mark in the firmware table that every machine with ACPI has. Only root may read it, and whoever
-// may not loses no more than the finer name.
+// Firecracker is identified by the maker of the ACPI table DSDT. Only root may read it; without it the type is just
+// "kvm", so the denied permission does not make the group partial.
 bool isFirecracker(const Root& root) {
     constexpr std::size_t kMaker = 10;
     const int denials = root.denials();
@@ -174,7 +175,7 @@ Hypervisor firstFound(const Root& root) {
         Hypervisor found = find(root);
         if (found.present) return found;
     }
-    // Firmware texts are what someone once wrote down; the CPU knows better.
+    // The CPU is more reliable than firmware texts.
     const CpuAnswer answer = askCpuInfo(root);
     if (answer == CpuAnswer::Real) return {};
     if (!root.list("/sys/bus/vmbus/devices").empty()) return {true, "hyperv", "Microsoft", {}, false};
@@ -183,7 +184,7 @@ Hypervisor firstFound(const Root& root) {
     return found;
 }
 
-// The kernel's own numbering of the namespace that it starts with.
+// The number of the initial PID namespace, which is fixed.
 constexpr std::string_view kFirstPidNamespace = "pid:[4026531836]";
 
 }  // namespace
@@ -205,7 +206,7 @@ Hypervisor findHypervisor(const Root& root) {
 }
 
 std::string containerType(const Root& root) {
-    // An image made for containers carries their marks wherever it runs.
+    // A container image has the marks of containers even if it runs without a container.
     if (root.live() && root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
     std::string type = root.readLine("/run/systemd/container");
     if (!type.empty()) return type;

@@ -6,7 +6,7 @@
 
 namespace toolkit::quorvah {
 
-// What a system runs under.
+// The hypervisor that the system runs under.
 struct Hypervisor {
     bool present = false;
     std::string type;    // "kvm", "vmware", "hyperv", "xen", "virtualbox", "firecracker", "zvm", "lpar"
@@ -16,13 +16,13 @@ struct Hypervisor {
 };
 Hypervisor findHypervisor(const Root& root);
 
-// The hypervisor that signs itself so in CPUID leaf 40000000h.
+// The hypervisor with this signature in CPUID leaf 40000000h.
 Hypervisor hypervisorOfSignature(std::string_view signature);
 
-// "docker", "podman", "lxc", "systemd-nspawn" ...; empty outside of a container.
+// "docker", "podman", "lxc", "systemd-nspawn" and so on; empty outside a container.
 std::string containerType(const Root& root);
 
-// The id that the container's manager gave it, told by what it has mounted.
+// The id of the container, taken from the paths that its manager mounted.
 std::string containerId(const Root& root);
 
 }  // namespace toolkit::quorvah

@@ -28,7 +28,7 @@ std::string_view scopeName(unsigned scope) {
     }
 }
 
-// The scope as if_inet6 writes it.
+// The scope numbers in /proc/net/if_inet6.
 std::string_view inet6ScopeName(unsigned scope) {
     switch (scope) {
         case 0x00:
@@ -54,8 +54,8 @@ in6_addr asIn6(const IpAddressBytes& address) {
     return result;
 }
 
-// An address with an end to its life was handed out by somebody. A DHCPv6 server gives single addresses, a
-// router's announcement a place in its network.
+// An address with a limited lifetime was assigned. DHCPv6 servers assign single addresses, router advertisements
+// assign prefixes.
 std::string_view ipv6Origin(const IpAddressBytes& address, unsigned prefixLength, std::uint32_t flags,
                             std::uint8_t protocol) {
     const in6_addr bytes = asIn6(address);
@@ -80,7 +80,7 @@ const NetlinkGateway* bestGateway(const NetlinkAnswer& answer, int family, unsig
     return best;
 }
 
-// The interface whose network is the smallest that holds the address; empty when two have the same.
+// The interface with the smallest network that contains the address; empty if two have networks of the same size.
 std::string interfaceOf(std::uint32_t address, const std::vector<Ipv4Route>& routes) {
     const Ipv4Route* best = nullptr;
     bool ambiguous = false;
@@ -94,7 +94,7 @@ std::string interfaceOf(std::uint32_t address, const std::vector<Ipv4Route>& rou
     return best == nullptr || ambiguous ? std::string() : best->interface;
 }
 
-// Default routes to no gateway lead nowhere that could be named.
+// The default route of an interface with the lowest metric.
 template <class Route, class IsDefault>
 const Route* bestRoute(const std::vector<Route>& routes, const std::string& interface, IsDefault isDefault) {
     const Route* best = nullptr;

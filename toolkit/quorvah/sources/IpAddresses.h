@@ -23,7 +23,7 @@ struct Ipv4Address {
     std::string peer;
     std::string_view scope;  // "global", "site", "link", "host"
     std::string label;
-    std::string gateway;  // of the interface's best default route
+    std::string gateway;  // of the default route with the lowest metric
 };
 
 struct Ipv6Address {
@@ -38,7 +38,7 @@ struct Ipv6Address {
     std::string gateway;
 };
 
-// The name of the interface with that number.
+// Returns the name of the interface with this index.
 using InterfaceName = std::function<std::string(unsigned)>;
 
 std::vector<Ipv4Address> ipv4Addresses(const NetlinkAnswer& answer, const InterfaceName& nameOf);

@@ -19,7 +19,7 @@ KernelInfo liveKernel() {
     return {names.sysname, names.release, names.version, names.machine};
 }
 
-// "Linux version 6.1.0 (user@host) (gcc ...) #1 SMP ..."
+// /proc/version: "Linux version 6.1.0 (user@host) (gcc ...) #1 SMP ..."
 void readVersionFile(const Root& root, KernelInfo& kernel) {
     const std::string line = root.readLine("/proc/version");
     std::string_view rest = line;

@@ -1,5 +1,5 @@
-// What several groups ask of the system as a whole. On the live machine the system calls tell; below a
-// directory the files of /proc and /etc do, and what they lack stays empty.
+// What several groups need to know about kernel and host. On the live machine it comes from system calls, for a tree
+// from files. Missing values are empty.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +21,8 @@ KernelInfo readKernelInfo(const Root& root);
 
 std::string hostName(const Root& root);
 
-// Seconds since 1970: when the system was started, and when it was looked at. That is now, or when the files
-// of the tree were taken from a running machine.
+// Times in seconds since 1970: the start of the system, and the time of observation. The latter is now for the live
+// machine, or the time at which the files of the tree were captured.
 std::optional<std::int64_t> bootTime(const Root& root);
 std::optional<std::int64_t> observationTime(const Root& root);
 

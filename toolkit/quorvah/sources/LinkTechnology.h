@@ -4,19 +4,19 @@
 
 namespace toolkit::quorvah {
 
-// What sysfs tells of the kind of a network interface.
+// The properties in sysfs that determine the kind of a network interface.
 struct LinkTraits {
-    int type = -1;             // ARPHRD_..., -1 unknown
-    std::string_view devType;  // DEVTYPE of uevent
-    bool hasDevice = false;    // there is hardware behind it
+    int type = -1;             // ARPHRD_..., or -1 if unknown
+    std::string_view devType;  // DEVTYPE in the file uevent
+    bool hasDevice = false;    // it has hardware
     bool wireless = false;
     bool bridge = false;
     bool bonding = false;
     bool tun = false;
 };
 
-// "Ethernet", "WirelessLAN", "InfiniBand", "Loopback", "Bridge", "Bond", "VLAN", "Tunnel" or "Virtual"; empty
-// for hardware of another kind and when the type is unknown.
+// "Ethernet", "WirelessLAN", "InfiniBand", "Loopback", "Bridge", "Bond", "VLAN", "Tunnel" or "Virtual". Empty for
+// other hardware and for an unknown type.
 std::string_view linkTechnology(const LinkTraits& traits);
 
 }  // namespace toolkit::quorvah

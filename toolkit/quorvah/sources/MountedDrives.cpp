@@ -19,7 +19,7 @@ constexpr std::string_view kPseudo[] = {
     "tmpfs",        "tracefs",    "usbfs",
 };
 
-// FUSE mounts through which programs show something that lies elsewhere.
+// FUSE file systems that show files from elsewhere.
 constexpr std::string_view kPseudoFuse[] = {
     "fuse.gvfsd-fuse", "fuse.lxcfs", "fuse.portal", "fuse.rofiles-fuse", "fuse.vmware-vmblock",
 };
@@ -58,15 +58,14 @@ bool isOneOf(std::string_view type, const std::string_view (&names)[count]) {
     return std::find(std::begin(names), std::end(names), type) != std::end(names);
 }
 
-// What makes two mounts the same drive. mountinfo has the number of the device; the other files only its
-// name.
+// Mounts with the same identity are one drive. mountinfo has the device number, the other files only the device name.
 const std::string& identity(const Mount& mount) {
     if (!mount.device.empty()) return mount.device;
     const bool namesDevice = mount.source.starts_with("/dev/") || mount.source.find('=') != std::string::npos;
     return namesDevice ? mount.source : mount.mountPoint;
 }
 
-// A value that opens something: "password=", "pass=", "secret=" ...
+// Whether the value of an option is a secret: "password=", "pass=", "secret=" and so on.
 bool isPassword(std::string_view key) {
     return key.find("pass") != std::string_view::npos || key == "secret" || key == "key" || key == "pwd";
 }
@@ -84,10 +83,10 @@ FileSystemKind fileSystemKind(const Mount& mount) {
 }
 
 std::vector<Mount> mountedDrives(const std::vector<Mount>& mounts) {
-    std::unordered_map<std::string_view, const Mount*> latest;  // at each place; it hides those before
+    std::unordered_map<std::string_view, const Mount*> latest;  // per mount point; it hides earlier ones
     for (const Mount& mount : mounts) latest[mount.mountPoint] = &mount;
     std::vector<Mount> drives;
-    std::unordered_map<std::string, std::size_t> known;  // where each file system stands among the drives
+    std::unordered_map<std::string, std::size_t> known;  // index in `drives`, by identity
     for (const Mount& mount : mounts) {
         if (fileSystemKind(mount) == FileSystemKind::Pseudo || latest[mount.mountPoint] != &mount) continue;
         const auto [same, isNew] = known.emplace(identity(mount), drives.size());

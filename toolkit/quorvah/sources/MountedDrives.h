@@ -9,20 +9,21 @@
 namespace toolkit::quorvah {
 
 enum class FileSystemKind {
-    Pseudo,  // holds no files of its own: proc, sysfs, tmpfs, autofs ...
-    Local,   // the kernel answers for it at once
-    Fuse,    // a program answers for it, or does not
-    Remote,  // another machine does
+    Pseudo,  // has no stored files: proc, sysfs, tmpfs, autofs and so on
+    Local,   // the kernel knows its size
+    Fuse,    // a program provides it and may not answer
+    Remote,  // another machine provides it
 };
 
-// tmpfs and ramfs count as pseudo but where they are the root, as on a system that runs from memory.
+// tmpfs and ramfs are pseudo file systems, except for the root of a system that runs from memory.
 FileSystemKind fileSystemKind(const Mount& mount);
 
-// Of several mounts at one place only the last is seen; of several of one device (bind mounts, subvolumes)
-// the one that shows all of it, else the first. Pseudo file systems are left out.
+// The mounts that count as drives. Of several mounts at a mount point, it is the last one. Of several mounts of a
+// device (bind mounts, subvolumes), it is the one that shows the whole file system, or else the first. Pseudo file
+// systems are omitted.
 std::vector<Mount> mountedDrives(const std::vector<Mount>& mounts);
 
-// The options with the values of passwords cut out of them.
+// The mount options without the values of passwords.
 std::string withoutPasswords(std::string_view options);
 
 }  // namespace toolkit::quorvah

@@ -15,7 +15,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-// A structure out of the bytes, which may stand at any address. REQUIRES: the bytes suffice.
+// Copies a structure from bytes of any alignment. REQUIRES: there are enough bytes.
 template <class Struct>
 Struct load(std::string_view bytes) {
     Struct value;
@@ -23,7 +23,7 @@ Struct load(std::string_view bytes) {
     return value;
 }
 
-// Takes the next attribute from `rest`. False at the end, and at an attribute that is cut off.
+// Removes the next attribute from `rest`. Returns false at the end and at an incomplete attribute.
 bool nextAttribute(std::string_view& rest, unsigned& type, std::string_view& value) {
     if (rest.size() < sizeof(rtattr)) return false;
     const auto header = load<rtattr>(rest);
@@ -74,15 +74,14 @@ void readAddress(std::string_view payload, NetlinkAnswer& answer) {
     unsigned type = 0;
     std::string_view value;
     while (nextAttribute(rest, type, value)) storeAddressAttribute(type, value, hasLocal, address);
-    // Only where two ends are told apart does IFA_ADDRESS name the far one; else both are this system's, or
-    // IFA_LOCAL is missing.
+    // IFA_ADDRESS is the peer only on a point-to-point link. Otherwise it equals IFA_LOCAL, or IFA_LOCAL is missing.
     if (!hasLocal && !address.hasPeer) return;
     if (!hasLocal) address.address = address.peer;
     if (address.peer == address.address) address.hasPeer = false;
     answer.addresses.push_back(std::move(address));
 }
 
-// The ways of a route that has several.
+// Adds the gateways of a route with several next hops.
 void readNextHops(std::string_view hops, NetlinkGateway gateway, NetlinkAnswer& answer) {
     while (hops.size() >= sizeof(rtnexthop)) {
         const auto hop = load<rtnexthop>(hops);

@@ -1,4 +1,4 @@
-// What the kernel tells of addresses and routes over netlink.
+// Addresses and routes from the kernel over netlink.
 #pragma once
 
 #include <cstdint>
@@ -16,18 +16,17 @@ struct NetlinkAddress {
     unsigned prefixLength = 0;
     unsigned scope = 0;         // RT_SCOPE_...
     std::uint32_t flags = 0;    // IFA_F_...
-    std::uint8_t protocol = 0;  // IFAPROT_..., 0 when the kernel does not say
+    std::uint8_t protocol = 0;  // IFAPROT_..., or 0 if the kernel does not state it
     bool hasPeer = false;
     bool hasBroadcast = false;
-    bool finite = false;  // its life ends some day
+    bool finite = false;  // it has a limited lifetime
     IpAddressBytes address{};
     IpAddressBytes peer{};
     IpAddressBytes broadcast{};
     std::string label;
 };
 
-// A way out to a gateway that a default route of the main table names; a route with several such ways gives
-// several.
+// A gateway of a default route in the main table. A route with several next hops gives several.
 struct NetlinkGateway {
     int family = 0;
     unsigned interface = 0;
@@ -42,12 +41,12 @@ struct NetlinkAnswer {
 
 enum class NetlinkState { More, Done, Failed };
 
-// Adds what one block of messages tells to `answer`. More until a block holds the end of the dump; Failed
-// when it holds an error. A message that is cut off ends the block.
+// Adds the content of a block of messages to `answer`. Returns Done if the block contains the end of the dump, Failed
+// if it contains an error, and otherwise More. An incomplete message ends the block.
 NetlinkState readNetlinkBlock(std::string_view block, NetlinkAnswer& answer);
 
-// Asks the kernel for all addresses and routes. False when it does not answer; `answer` then holds what had
-// come.
+// Asks the kernel for all addresses and routes. Returns false if it does not answer; `answer` then contains what was
+// received.
 bool askNetlink(NetlinkAnswer& answer);
 
 }  // namespace toolkit::quorvah

@@ -16,24 +16,24 @@ namespace {
 constexpr std::size_t kMbrSize = 512;
 constexpr std::size_t kMbrEntries = 446;
 constexpr std::size_t kMbrEntrySize = 16;
-constexpr unsigned kProtective = 0xEE;  // the whole disk belongs to a GPT
+constexpr unsigned kProtective = 0xEE;  // the MBR protects a GPT
 
 constexpr std::size_t kGptHeaderSize = 92;
-constexpr std::size_t kGptEntrySize = 128;  // at least
+constexpr std::size_t kGptEntrySize = 128;  // the smallest size
 constexpr std::size_t kMaxEntrySize = 4096;
 constexpr std::size_t kGptNameLength = 36;  // UTF-16 code units
 constexpr std::size_t kGuidSize = 16;
-constexpr std::uint64_t kMaxEntries = 1024;  // far more than tools make
+constexpr std::uint64_t kMaxEntries = 1024;  // many more than partitioning tools create
 
 constexpr int kFirstLogical = 5;
 constexpr int kMaxLogical = 256;
 
-// The number at `offset`, two digits for each byte.
+// The number at `offset` in hexadecimal, two digits per byte.
 std::string hexAt(std::string_view bytes, std::size_t offset, std::size_t width) {
     return hexDigits(littleEndian(bytes, offset, width), 2 * static_cast<int>(width));
 }
 
-// The first three fields of a GUID on disk have their lowest byte first.
+// The first three fields of a GUID are little-endian on disk.
 std::string guid(std::string_view bytes) {
     std::string text = hexAt(bytes, 0, 4) + "-" + hexAt(bytes, 4, 2) + "-" + hexAt(bytes, 6, 2) + "-";
     for (std::size_t i = 8; i < kGuidSize; ++i) {
@@ -43,10 +43,10 @@ std::string guid(std::string_view bytes) {
     return text;
 }
 
-// The name of a partition, UTF-16 up to a zero, as UTF-8. Halves of pairs are left out.
+// The name of a partition, from UTF-16 up to a zero to UTF-8. Unpaired surrogates are omitted.
 std::string name(std::string_view units) {
     std::string text;
-    wchar_t high = 0;  // the first half of a pair whose second half may follow
+    wchar_t high = 0;  // a high surrogate that a low one may follow
     for (std::size_t i = 0; i < kGptNameLength; ++i) {
         auto unit = static_cast<wchar_t>(littleEndian(units, 2 * i, 2));
         if (unit == 0) break;
@@ -103,7 +103,7 @@ MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
 
 bool isMbr(std::string_view sector) {
     if (sector.size() < kMbrSize || littleEndian(sector, 510, 2) != 0xAA55) return false;
-    // The boot sector of a file system ends alike, but has code or text where the entries would be.
+    // The boot sector of a file system has the same signature, but code or text in place of the entries.
     for (std::size_t i = 0; i < 4; ++i) {
         if ((mbrEntry(sector, i).status & 0x7FU) != 0) return false;
     }
@@ -136,7 +136,7 @@ class DosTable {
             {partition, hexDigits(entry.type, 2), uuid, {}, primary, entry.status == 0x80});
     }
 
-    // Each logical partition has a sector of its own that also tells where the next one is.
+    // Each logical partition has its own sector, which also points to the next one.
     void readLogical(std::uint64_t extended) {
         std::uint64_t block = extended;
         for (int seen = 0; seen < kMaxLogical; ++seen) {

@@ -24,7 +24,7 @@ bool readIpv6Bytes(std::string_view hex, IpAddressBytes& bytes) {
     return true;
 }
 
-// An entry below one address of the trie: "/32 host LOCAL".
+// An entry of an address in the trie: "/32 host LOCAL".
 struct TrieEntry {
     Ipv4 address = 0;
     int prefixLength = 0;
@@ -55,7 +55,7 @@ bool holds(const TrieEntry& network, Ipv4 address) {
     return (network.address & mask) == (address & mask);
 }
 
-// A network that is reached directly ("link"), or the loopback network as a whole ("host").
+// Whether the entry is a directly connected network ("link") or the loopback network ("host").
 bool isNetwork(const TrieEntry& entry) {
     return entry.prefixLength < 32 && ((entry.scope == "link" && entry.type == "UNICAST") ||
                                        (entry.scope == "host" && entry.type == "LOCAL"));
@@ -113,8 +113,8 @@ bool readIpv6RouteLine(std::string_view line, Ipv6DefaultRoute& route) {
     unsigned flags = 0;
     if (!readIpv6Bytes(nextWord(line), destination)) return false;
     if (!readNumber(nextWord(line), 16, prefixLength) || prefixLength != 0) return false;
-    nextWord(line);  // source network
-    nextWord(line);  // its prefix length
+    nextWord(line);  // source prefix
+    nextWord(line);  // length of the source prefix
     if (!readIpv6Bytes(nextWord(line), route.gateway)) return false;
     if (!readNumber(nextWord(line), 16, route.metric)) return false;
     nextWord(line);  // references
@@ -131,7 +131,7 @@ std::vector<FibTrieAddress> readFibTrie(std::string_view text) {
     std::vector<FibTrieAddress> addresses;
     for (const TrieEntry& entry : entries) {
         if (entry.prefixLength != 32 || entry.scope != "host" || entry.type != "LOCAL") continue;
-        // The tables "Main" and "Local" are mostly one and the same trie.
+        // The tables "Main" and "Local" are usually the same trie, so addresses appear twice.
         const bool seen = std::any_of(addresses.begin(), addresses.end(), [&](const FibTrieAddress& address) {
             return address.address == entry.address;
         });
@@ -147,8 +147,8 @@ std::vector<Ipv4Route> readRoutes(std::string_view text) {
         Ipv4Route route;
         if (readRouteLine(line, route)) routes.push_back(std::move(route));
     }
-    // The file shows the addresses' bytes as one number of the machine that wrote it. Which end it began at
-    // is told by the masks, whose ones have no gaps when they are read the right way.
+    // The addresses are numbers in the byte order of the machine that wrote the file. The byte order is recognized by
+    // the masks, which have no gaps if they are read correctly.
     const bool littleEndian = std::all_of(routes.begin(), routes.end(), [](const Ipv4Route& route) {
         return prefixLengthOf(__builtin_bswap32(route.mask)) >= 0;
     });

@@ -1,4 +1,4 @@
-// The files below /proc/net that tell of addresses and routes, for trees where the kernel cannot be asked.
+// The files of /proc/net with addresses and routes, for trees, where the kernel cannot be asked.
 #pragma once
 
 #include <cstdint>
@@ -10,25 +10,25 @@
 
 namespace toolkit::quorvah {
 
-// Host byte order.
+// An IPv4 address in host byte order.
 using Ipv4 = std::uint32_t;
 
-// What fib_trie tells of one address of this system.
+// An address of the system in fib_trie.
 struct FibTrieAddress {
     Ipv4 address = 0;
-    int prefixLength = -1;  // of the smallest network that holds it; -1 unknown
+    int prefixLength = -1;  // of the smallest network that contains it; -1 if unknown
     bool broadcastKnown = false;
     Ipv4 broadcast = 0;
 };
 
-// Every address that is local to the system once, in the order of the file.
+// Each local address once, in the order of the file.
 std::vector<FibTrieAddress> readFibTrie(std::string_view text);
 
 // A line of /proc/net/route.
 struct Ipv4Route {
     std::string interface;
     Ipv4 destination = 0;
-    Ipv4 gateway = 0;  // 0 for a network that is reached directly
+    Ipv4 gateway = 0;  // 0 for a directly connected network
     Ipv4 mask = 0;
     std::uint32_t metric = 0;
 };
@@ -39,7 +39,7 @@ std::vector<Ipv4Route> readRoutes(std::string_view text);
 struct Inet6Address {
     IpAddressBytes address{};
     unsigned prefixLength = 0;
-    unsigned scope = 0;  // as the kernel classes addresses: 00 global, 10 host, 20 link, 40 site
+    unsigned scope = 0;  // 00 global, 10 host, 20 link, 40 site
     unsigned flags = 0;  // IFA_F_...
     std::string interface;
 };

@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::size_t kHeaderLength = 4;
 constexpr unsigned kEndOfTable = 127;
-constexpr std::size_t kMaxTableSize = std::size_t{4} << 20;  // bytes; real ones have some thousand
+constexpr std::size_t kMaxTableSize = std::size_t{4} << 20;  // bytes; real tables have a few thousand
 
-// The version in an entry point of either form.
+// The version in a 32-bit or 64-bit entry point.
 std::string versionOf(std::string_view entryPoint) {
     std::size_t at = 0;
     if (entryPoint.starts_with("_SM3_")) {
@@ -29,7 +29,7 @@ std::string versionOf(std::string_view entryPoint) {
            std::to_string(static_cast<unsigned char>(entryPoint[at + 1]));
 }
 
-// The table put together from the single structures that the kernel shows too.
+// Assembles the table from the single structures that the kernel also exports.
 std::string tableFromEntries(const Root& root) {
     const std::string entries = "/sys/firmware/dmi/entries/";
     std::vector<std::string> names = root.list(entries);
@@ -42,7 +42,7 @@ std::string tableFromEntries(const Root& root) {
     return table;
 }
 
-// Takes the strings behind a structure: each ended by a zero, the last one by two.
+// Removes the strings that follow a structure. Each ends with a zero byte, the last one with two.
 std::optional<std::vector<std::string_view>> takeStrings(std::string_view& rest) {
     std::vector<std::string_view> strings;
     while (!rest.empty() && rest.front() != '\0') {

@@ -10,8 +10,8 @@
 
 namespace toolkit::quorvah {
 
-// One structure of the SMBIOS table. Offsets count from the structure's first byte, as in the standard's
-// tables; what lies behind the structure's end reads as 0 or empty, for older firmware writes shorter ones.
+// One structure of the SMBIOS table. Offsets are relative to the start of the structure, as in the standard. Fields
+// beyond its end read as 0 or empty, because older firmware writes shorter structures.
 struct SmbiosStructure {
     unsigned type = 0;
     unsigned handle = 0;
@@ -22,24 +22,24 @@ struct SmbiosStructure {
     unsigned byte(std::size_t offset) const { return static_cast<unsigned>(number(offset, 1)); }
     unsigned word(std::size_t offset) const { return static_cast<unsigned>(number(offset, 2)); }
     bool has(std::size_t offset, std::size_t width) const;
-    // The string that the byte at `offset` numbers.
+    // The string whose number is in the byte at `offset`.
     std::string_view string(std::size_t offset) const;
 };
 
-// The SMBIOS table of the scanned machine, which mostly only root may read.
+// The SMBIOS table of the scanned machine. Usually only root may read it.
 class Smbios {
   public:
     explicit Smbios(const Root& root);
-    // Of a table's bytes, for what does not come from a tree.
+    // From the bytes of a table.
     explicit Smbios(std::string table);
     Smbios(const Smbios&) = delete;
     Smbios& operator=(const Smbios&) = delete;
 
-    // In the order of the table. Nothing behind a structure that does not hold together.
+    // In the order of the table, up to the first malformed structure.
     const std::vector<SmbiosStructure>& structures() const { return structures_; }
     std::vector<const SmbiosStructure*> ofType(unsigned type) const;
 
-    // "3.2"; empty when the tree does not tell.
+    // "3.2"; empty if it is unknown.
     const std::string& version() const { return version_; }
 
   private:

@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 8> kErrorCorrections = {
 
 constexpr std::uint64_t kKibPerMib = 1024;
 
-// KiB that an array can hold at most.
+// The maximum capacity of an array in KiB.
 std::uint64_t capacityOf(const SmbiosStructure& array) {
     constexpr std::uint64_t kSeeExtended = 0x80000000;
     const std::uint64_t capacity = array.number(0x07, 4);

@@ -8,16 +8,16 @@
 
 namespace toolkit::quorvah {
 
-// What the firmware tells of the memory as a whole (structure types 16 and 17). 0, unknown or empty when it does not.
+// The memory of the machine (structure types 16 and 17). Unknown values are 0 or empty.
 struct SmbiosMemory {
     Count maximumCapacity = 0;  // KiB
-    Count devices = 0;          // places for modules
+    Count devices = 0;          // sockets for modules
     Count installed = 0;        // KiB
     std::string_view errorCorrection;
 };
 SmbiosMemory readSmbiosMemory(const Smbios& smbios);
 
-// KiB of a module (structure type 17); 0 for an empty place or an unknown size.
+// The size of a module (structure type 17) in KiB; 0 for an empty socket or an unknown size.
 std::uint64_t moduleSize(const SmbiosStructure& module);
 
 }  // namespace toolkit::quorvah

@@ -12,7 +12,7 @@ constexpr unsigned kProcessor = 4;
 constexpr unsigned kCentralProcessor = 3;
 constexpr unsigned kPopulated = 0x40;
 
-// The kinds of sockets, from 1.
+// The kinds of sockets, by their number in the standard.
 constexpr std::array<const char*, 0x50> kUpgrades = {
     "",
     "Other",
@@ -96,8 +96,8 @@ constexpr std::array<const char*, 0x50> kUpgrades = {
     "Socket LGA4710",
 };
 
-// mV of the byte, which is tenths of a volt when its highest bit is set, else one bit for each voltage that
-// the socket takes, of which only one may be set to mean the processor's own.
+// The voltage in mV. If the highest bit of the byte is set, the rest is in tenths of a volt. Otherwise each bit is a
+// voltage that the socket supports, and only a single bit states the voltage of the processor.
 unsigned voltageOf(unsigned byte) {
     if ((byte & 0x80U) != 0) return (byte & 0x7FU) * 100;
     switch (byte) {
@@ -112,7 +112,7 @@ unsigned voltageOf(unsigned byte) {
     }
 }
 
-// A count in a byte; 255 refers to the word that newer tables have.
+// A count in a byte. 255 means that the count is in a word, which older tables lack.
 unsigned countOf(const SmbiosStructure& structure, std::size_t byteAt, std::size_t wordAt) {
     const unsigned count = structure.byte(byteAt);
     return count == 0xFF && structure.has(wordAt, 2) ? structure.word(wordAt) : count;

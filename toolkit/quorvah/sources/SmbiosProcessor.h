@@ -7,10 +7,10 @@
 
 namespace toolkit::quorvah {
 
-// A socket with a processor in it (structure type 4). A number is 0 when the firmware does not tell.
+// An occupied socket (structure type 4). A number is 0 if the firmware does not state it.
 struct SmbiosProcessor {
     std::string designation;
-    std::string upgrade;         // the kind of socket, as text
+    std::string upgrade;         // the kind of socket
     unsigned maxSpeed = 0;       // MHz
     unsigned externalClock = 0;  // MHz
     unsigned voltage = 0;        // mV
@@ -22,7 +22,7 @@ struct SmbiosProcessor {
     std::string partNumber;
 };
 
-// In the order of the table, without the empty sockets.
+// The occupied sockets in the order of the table.
 std::vector<SmbiosProcessor> readSmbiosProcessors(const Smbios& smbios);
 
 }  // namespace toolkit::quorvah

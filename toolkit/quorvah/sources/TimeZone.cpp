@@ -10,7 +10,7 @@ namespace toolkit::quorvah {
 
 namespace {
 
-// As long as it lives, the C library's local time is that of one zone file.
+// Sets the C library's local time to a zone file until it is destroyed.
 class LocalZone {
   public:
     explicit LocalZone(const std::string& file) {
@@ -35,13 +35,13 @@ class LocalZone {
 };
 
 constexpr long kSecondsPerMinute = 60;
-constexpr long kMaxOffsetMinutes = 26L * 60;  // no zone is farther from UTC
+constexpr long kMaxOffsetMinutes = 26L * 60;  // no zone exceeds this
 
 }  // namespace
 
 std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time) {
-    // The C library knows the rules in zone files better than anyone, but takes UTC without a word for what
-    // it cannot read, and reads no file of a stranger's choice in a program with raised privileges.
+    // The C library interprets the zone file. It silently uses UTC for a file that it cannot read, and it ignores TZ
+    // in a program with raised privileges, so both are checked first.
     if (::getauxval(AT_SECURE) != 0) return std::nullopt;
     const std::string localtime = "/etc/localtime";
     constexpr std::size_t kMaxSize = std::size_t{64} << 10;

@@ -10,15 +10,15 @@
 namespace toolkit::quorvah {
 
 struct ZoneOffset {
-    long minutes = 0;  // east of Greenwich, summer time included
+    long minutes = 0;  // east of UTC, including daylight saving time
     bool daylight = false;
 };
 
-// What the scanned machine's own zone, that of /etc/localtime, means at a time. None when the tree does not
-// hold the zone's rules.
+// The offset of the zone in /etc/localtime of the scanned machine at a time; std::nullopt if the tree does not
+// contain the rules of the zone.
 std::optional<ZoneOffset> zoneOffset(const Root& root, std::int64_t time);
 
-// "Europe/Vienna".
+// The name of the zone, "Europe/Vienna".
 std::string zoneName(const Root& root);
 
 }  // namespace toolkit::quorvah

@@ -1,5 +1,5 @@
-// How sysfs writes what a USB device tells of itself, and how it is reported. What is not written so becomes
-// empty.
+// Converts attributes of USB devices in sysfs to reported values. Returns an empty text if an attribute has another
+// form.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 
 namespace toolkit::quorvah {
 
-// "5.16" of the binary coded "0516".
+// "5.16" for the binary coded decimal "0516".
 std::string usbRelease(std::string_view bcd);
 
-// Bits per second of "480" or "1.5" megabits.
+// Bits per second, for "480" or "1.5" Mbit/s.
 std::string usbSpeed(std::string_view megabits);
 
-// Milliamperes of "100mA".
+// Milliamperes, for "100mA".
 std::string usbPower(std::string_view power);
 
 }  // namespace toolkit::quorvah

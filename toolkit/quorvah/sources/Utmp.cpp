@@ -10,7 +10,7 @@ namespace toolkit::quorvah {
 
 namespace {
 
-// Bytes of a record: most machines, and those 64-bit ones that never had 32-bit programs.
+// The size of a record on most machines, and on 64-bit machines that never ran 32-bit programs.
 constexpr std::size_t kRecord = 384;
 constexpr std::size_t kWideRecord = 400;
 
@@ -27,7 +27,7 @@ std::vector<unsigned> userSessions(std::string_view utmp) {
     const bool wide = utmp.size() % kRecord != 0 && utmp.size() % kWideRecord == 0;
     const std::size_t size = wide ? kWideRecord : kRecord;
     for (; utmp.size() >= size; utmp.remove_prefix(size)) {
-        // The type is a short integer below 10, so its bytes tell their order.
+        // The type is a 16-bit number below 256, so the zero byte shows the byte order.
         const bool little = byteAt(utmp, 0) == kUserProcess && byteAt(utmp, 1) == 0;
         const bool big = byteAt(utmp, 0) == 0 && byteAt(utmp, 1) == kUserProcess;
         if (!little && !big) continue;
@@ -43,7 +43,7 @@ std::optional<std::size_t> countUsers(const Root& root) {
     if (!utmp) return std::nullopt;
     const std::vector<unsigned> sessions = userSessions(*utmp);
     if (!root.live()) return sessions.size();
-    // A session that was killed leaves its record behind.
+    // The record of a killed session is not removed.
     return static_cast<std::size_t>(std::ranges::count_if(
         sessions, [&root](unsigned process) { return root.exists("/proc/" + std::to_string(process)); }));
 }

@@ -9,10 +9,10 @@
 
 namespace toolkit::quorvah {
 
-// The process ids of the sessions of users in a utmp file, whatever the machine's byte order and word size.
+// The process ids of the user sessions in a utmp file of any byte order and word size.
 std::vector<unsigned> userSessions(std::string_view utmp);
 
-// How many sessions of users there are. None when the system keeps no such list.
+// The number of user sessions; std::nullopt if the system has no utmp file.
 std::optional<std::size_t> countUsers(const Root& root);
 
 }  // namespace toolkit::quorvah

@@ -39,7 +39,7 @@ TEST(ComponentID, ReadsTheSysinfoOfAnS390x) {
                 {"SerialNumber", "00000000000A1B2C"}});
 }
 
-TEST(ComponentIDLive, IsThatOfTheSystemsFiles) {
+TEST(ComponentIDLive, MatchesTheFilesOfTheSystem) {
     const GroupData data = gatheredLive(kComponentID);
     ASSERT_EQ(data.instances().size(), 1U);
     EXPECT_EQ(data.instances().front().get("Name"), lineOf("uname -n"));

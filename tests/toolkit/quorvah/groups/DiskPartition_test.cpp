@@ -9,7 +9,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(DiskPartition, TellsAllOfAGptPartition) {
+TEST(DiskPartition, ReportsAGptPartition) {
     expectInstance(kDiskPartition, "x86-server", "/dev/sda1",
                    {{"DeviceID", "/dev/sda1"},
                     {"Name", "EFI System Partition"},
@@ -25,7 +25,7 @@ TEST(DiskPartition, TellsAllOfAGptPartition) {
                     {"TableType", "gpt"}});
 }
 
-TEST(DiskPartition, TellsWhatTheKernelKnowsWithoutUdev) {
+TEST(DiskPartition, ReportsWhatTheKernelKnowsWithoutUdev) {
     expectInstance(kDiskPartition, "x86-server", "/dev/sda2",
                    {{"DeviceID", "/dev/sda2"},
                     {"Name", "from kernel 2"},
@@ -45,7 +45,7 @@ TEST(DiskPartition, TellsWhatTheKernelKnowsWithoutUdev) {
                     {"PartitionUuid", "ab12cd34-02"}});
 }
 
-TEST(DiskPartition, TellsPrimaryFromLogicalPartitionsOfAnMbr) {
+TEST(DiskPartition, DistinguishesPrimaryFromLogicalPartitions) {
     expectInstance(kDiskPartition, "x86-server", "/dev/sdb1",
                    {{"DeviceID", "/dev/sdb1"},
                     {"StartingOffset", "1048576"},
@@ -72,12 +72,12 @@ TEST(DiskPartition, TellsPrimaryFromLogicalPartitionsOfAnMbr) {
                     {"TableType", "dos"}});
 }
 
-TEST(DiskPartition, LeavesOutNumbersThatCannotBe) {
+TEST(DiskPartition, OmitsImpossibleNumbers) {
     expectOnly(kDiskPartition, "contradictory",
                {{"DeviceID", "/dev/sdb1"}, {"Size", "4096"}, {"DiskName", "/dev/sdb"}});
 }
 
-TEST(DiskPartitionLive, AreThoseOfLsblk) {
+TEST(DiskPartitionLive, MatchLsblk) {
     const GroupData data = gatheredLive(kDiskPartition);
     std::set<std::string> theirs;
     for (const std::string& line : linesOf("LC_ALL=C lsblk -b -P -o NAME,SIZE,PKNAME,TYPE")) {

@@ -1,4 +1,4 @@
-// What holds for all groups: a tree tells of its own machine and never of the one that scans it.
+// Tests of all groups. The most important one: a tree gives data of its own machine, never of the scanning one.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -35,7 +35,7 @@ TEST_P(EveryGroup, HasNoInstanceInAnEmptyTree) {
     EXPECT_LE(data.state(), GroupState::NotApplicable) << data.reason();
 }
 
-TEST_P(EveryGroup, TellsNothingOfTheHostThroughLinksThatLeadOut) {
+TEST_P(EveryGroup, RevealsNothingOfTheHostThroughLinks) {
     const ScratchDir tree;
     for (const char* const directory :
          {"proc", "sys", "etc", "run", "usr", "var", "dev", "bin", "sbin", "lib"}) {
@@ -44,7 +44,7 @@ TEST_P(EveryGroup, TellsNothingOfTheHostThroughLinksThatLeadOut) {
     EXPECT_TRUE(gatheredBelow(*GetParam(), tree.path()).instances().empty());
 }
 
-TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
+TEST_P(EveryGroup, AcceptsDirectoriesInPlaceOfFiles) {
     const ScratchDir tree;
     for (const char* const file :
          {"proc/cpuinfo/marker", "proc/meminfo/marker", "proc/stat/marker", "proc/version/marker",
@@ -62,7 +62,7 @@ TEST_P(EveryGroup, TakesAnyTreeThatHasDirectoriesForFiles) {
     }
 }
 
-TEST_P(EveryGroup, HasValuesOfTheFormThatItsFieldsPromise) {
+TEST_P(EveryGroup, HasValuesOfTheDeclaredForm) {
     for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
         const GroupData data = gatheredBelow(*GetParam(), tree.path());
         for (const Instance& instance : data.instances()) {
@@ -82,10 +82,10 @@ TEST(Trees, AContainerImageHasNoProcessorsNorDisks) {
     }
 }
 
-// Devices that are named like those of the scanning machine, about which the tree says nothing.
-TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
+// The tree has empty directories for devices with the names of those of the scanning machine.
+TEST(BareTree, HasNoFieldsOfTheScanningMachine) {
     const ScratchDir tree;
-    // The kernel has the loopback everywhere; an address stands for PCI devices where there are none.
+    // Every kernel has the loopback. The address is for machines without PCI devices.
     std::vector<std::string> names = {"lo", "0000:00:00.0"};
     for (const char* const folder : {"/sys/class/net", "/sys/bus/pci/devices", "/sys/bus/usb/devices"}) {
         for (std::string& name : Root().list(folder)) names.push_back(std::move(name));
@@ -114,8 +114,8 @@ TEST(BareTree, FillsNoFieldFromTheScanningMachine) {
     }
 }
 
-// The same files through the lookups that keep a tree's links inside of it.
-TEST(LiveMachine, TellsTheSameWhenItIsScannedAsATree) {
+// Reads the same files as a tree, whose links are kept inside.
+TEST(LiveMachine, HasTheSameDataWhenScannedAsATree) {
     const std::pair<const Group*, std::vector<const char*>> groups[] = {
         {&kProcessor, {"Name", "Family", "Flags", "NumaNode", "L2CacheSize", "EnabledState"}},
         {&kPhysicalProcessor, {"Name", "NumberOfCores", "NumberOfLogicalProcessors", "L3CacheSize"}},

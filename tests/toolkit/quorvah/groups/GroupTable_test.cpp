@@ -37,7 +37,7 @@ TEST(GroupTable, FindsNothingByAnyOtherName) {
     }
 }
 
-TEST(GroupTable, FieldNamesAreXmlNamesAndNeverTwiceInAGroup) {
+TEST(GroupTable, FieldNamesAreXmlNamesAndUniqueInTheirGroup) {
     for (const Group* const group : allGroups()) {
         std::set<std::string> names;
         for (const FieldDef& field : group->fields) {
@@ -53,7 +53,7 @@ TEST(GroupTable, FieldNamesAreXmlNamesAndNeverTwiceInAGroup) {
     }
 }
 
-TEST(GroupTable, AGroupThatIsGatheredHasAKeyThatDoesNotChange) {
+TEST(GroupTable, AGatheredGroupHasAKeyThatIsNotVolatile) {
     for (const Group* const group : allGroups()) {
         if (group->gather == nullptr) continue;
         ASSERT_FALSE(group->fields.empty()) << group->xmlName;

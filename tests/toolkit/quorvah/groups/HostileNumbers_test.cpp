@@ -1,4 +1,4 @@
-// Numbers that somebody made too large, negative or otherwise wrong.
+// Numbers that are too large, negative or otherwise invalid.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -20,7 +20,7 @@ std::string meminfo(const std::string& total, const std::string& swap) {
            " kB\nSwapFree: " + swap + " kB\n";
 }
 
-TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
+TEST(HostileNumbers, AnOverflowingSumIsUnknown) {
     const zavtest::ScratchDir tree;
     tree.write("proc/meminfo", meminfo("9223372036854775807", "1"));
     const GroupData data = gatheredBelow(kMemory, tree.path());
@@ -30,7 +30,7 @@ TEST(HostileNumbers, ASumThatDoesNotFitIsUnknown) {
     EXPECT_EQ("", only(data).get("FreeVirtualMemory"));
 }
 
-TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
+TEST(HostileNumbers, AnythingButAPlainNumberIsUnknown) {
     for (const char* const wrong :
          {"-5", "+5", "0x5", "18446744073709551615", "5x", "99999999999999999999"}) {
         const zavtest::ScratchDir tree;
@@ -71,7 +71,7 @@ TEST(HostileNumbers, WhatIsNoPlainNumberIsUnknown) {
     }
 }
 
-TEST(HostileNumbers, SizesThatDoNotFitAreUnknown) {
+TEST(HostileNumbers, OverflowingSizesAreUnknown) {
     const zavtest::ScratchDir tree;
     tree.write("sys/block/sda/size", "9223372036854775807\n");
     tree.write("sys/block/sda/sda1/partition", "9223372036854775807\n");
@@ -85,7 +85,7 @@ TEST(HostileNumbers, SizesThatDoNotFitAreUnknown) {
     EXPECT_EQ("", only(gatheredBelow(kMemory, tree.path())).get("InstalledMemory"));
 }
 
-TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
+TEST(HostileNumbers, OverflowingCacheSizesAreUnknown) {
     const zavtest::ScratchDir tree;
     tree.write("sys/devices/system/cpu/present", "0-1\n");
     for (const char* const cpu : {"cpu0", "cpu1"}) {
@@ -100,8 +100,8 @@ TEST(HostileNumbers, CachesThatTogetherDoNotFitAreUnknown) {
     EXPECT_EQ("", gatheredBelow(kProcessor, tree.path()).instances().front().get("CurrentClockSpeed"));
 }
 
-TEST(HostileNumbers, MemoryOfMoreArraysThanFitIsUnknown) {
-    // Each holds 2^54 KiB less one.
+TEST(HostileNumbers, AnOverflowingMemoryCapacityIsUnknown) {
+    // The capacity of each array is 2^54 - 1 KiB.
     std::string array = {16, 23, 0, 0, 3, 3, 0, '\x00', '\x00', '\x00', '\x80', 0, 0, '\xff', '\xff'};
     array += std::string(8, '\xff');
     array += std::string(2, '\0');

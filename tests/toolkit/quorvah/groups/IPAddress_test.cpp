@@ -40,7 +40,7 @@ TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
               {{"IPv4Address", "198.51.100.1"}, {"NameServers", "192.0.2.53;2001:db8::53"}});
 }
 
-TEST(IPAddressLive, AddressesAreThoseOfIp) {
+TEST(IPAddressLive, AddressesMatchIp) {
     const Rows theirs = linesOf(
         "ip -j addr | jq -r '.[] | .ifname as $name | .addr_info[] | select(.family == \"inet\") | "
         "[.local, $name, (.prefixlen | tostring), .broadcast // \"\", .address // \"\", .scope, .label // "
@@ -51,13 +51,13 @@ TEST(IPAddressLive, AddressesAreThoseOfIp) {
                                                 "PeerAddress", "Scope", "Label"}));
 }
 
-TEST(IPAddressLive, GatewaysAreThoseOfIpRoute) {
+TEST(IPAddressLive, GatewaysMatchIpRoute) {
     std::map<std::string, std::string> gateways;
     for (const std::string& line :
          linesOf("ip -j -4 route show default | jq -r 'sort_by(-(.metric // 0)) | .[] | "
                  "select(.gateway) | [.dev, .gateway] | @tsv'")) {
         const Rows fields = fieldsOf(line);
-        gateways[fields[0]] = fields[1];  // the last one has the smallest metric
+        gateways[fields[0]] = fields[1];  // the last one has the lowest metric
     }
     const GroupData data = gatheredLive(kIPAddress);
     EXPECT_FALSE(data.instances().empty());

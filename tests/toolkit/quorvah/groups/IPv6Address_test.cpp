@@ -6,7 +6,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(IPv6Address, TheFlagsTellTheOrigin) {
+TEST(IPv6Address, TheOriginFollowsFromTheFlags) {
     const GroupData data = gatheredTree(kIPv6Address, "workstation");
     const Values cases[] = {
         {{"IPv6Address", "2001:db8::10"},
@@ -70,7 +70,7 @@ TEST(IPv6Address, TheFlagsTellTheOrigin) {
     EXPECT_EQ(6U, data.instances().size());
 }
 
-TEST(IPv6AddressLive, AddressesAreThoseOfIp) {
+TEST(IPv6AddressLive, AddressesMatchIp) {
     const Rows theirs = linesOf(
         "ip -j addr | jq -r '.[] | .ifname as $name | .addr_info[] | select(.family == \"inet6\") | "
         "[.local, $name, (.prefixlen | tostring), .scope, (.temporary // false | tostring), "

@@ -10,7 +10,7 @@ namespace {
 
 using zavtest::ScratchDir;
 
-TEST(LogicalDrive, PseudoFileSystemsAndSecondMountsAreLeftOut) {
+TEST(LogicalDrive, PseudoFileSystemsAndRepeatedMountsAreOmitted) {
     const GroupData data = gatheredTree(kLogicalDrive, "workstation");
     EXPECT_EQ((std::vector<std::string>{"/", "/media/my disk", "/merged", "/net", "/ntfs", "/sshfs", "/twice",
                                         "/zip"}),
@@ -54,7 +54,7 @@ TEST(LogicalDrive, EveryFieldComesFromTheTree) {
                {"Remote", "false"}});
 }
 
-TEST(LogicalDrive, RemoteFileSystemsHaveNoSizesAndTheirPasswordsAreCut) {
+TEST(LogicalDrive, RemoteFileSystemsHaveNoSizesAndNoPasswords) {
     const GroupData data = gatheredTree(kLogicalDrive, "workstation");
     expectAll(data.group(), instanceOf(data, "/net"),
               {{"Root", "/net"},
@@ -67,7 +67,7 @@ TEST(LogicalDrive, RemoteFileSystemsHaveNoSizesAndTheirPasswordsAreCut) {
     EXPECT_EQ("", instanceOf(data, "/zip").get("Remote"));
 }
 
-TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
+TEST(LogicalDrive, DrivesOfAnImageComeFromFstab) {
     const ScratchDir tree;
     tree.write(
         "etc/fstab",
@@ -85,7 +85,7 @@ TEST(LogicalDrive, AnImageHasItsDrivesInFstab) {
     EXPECT_EQ("my data", instanceOf(data, "/srv").get("Label"));
 }
 
-TEST(LogicalDriveLive, SizesAreThoseOfDf) {
+TEST(LogicalDriveLive, SizesMatchDf) {
     const GroupData data = gatheredLive(kLogicalDrive);
     EXPECT_FALSE(data.instances().empty());
     EXPECT_EQ("", data.reason());
@@ -105,7 +105,7 @@ TEST(LogicalDriveLive, SizesAreThoseOfDf) {
     }
 }
 
-TEST(LogicalDriveLive, OptionsAreThoseOfFindmnt) {
+TEST(LogicalDriveLive, OptionsMatchFindmnt) {
     const GroupData data = gatheredLive(kLogicalDrive);
     for (const Instance& drive : data.instances()) {
         const Rows lines = linesOf("findmnt -n -v -o OPTIONS,SOURCE -J --target '" + drive.get("Root") +
@@ -115,7 +115,7 @@ TEST(LogicalDriveLive, OptionsAreThoseOfFindmnt) {
     }
 }
 
-TEST(MountInfoLive, EveryMountIsAsFindmntShowsIt) {
+TEST(MountInfoLive, EveryMountMatchesFindmnt) {
     const Rows theirs = linesOf(
         "findmnt -J --list -v -o TARGET,SOURCE,FSTYPE,MAJ:MIN,FSROOT | jq -r '.filesystems[] | "
         "[.target, .source // \"\", .fstype, .[\"maj:min\"], .fsroot] | join(\"|\")'");

@@ -12,7 +12,7 @@ namespace {
 
 using zavtest::ScratchDir;
 
-TEST(Memory, JoinsWhatKernelAndFirmwareTell) {
+TEST(Memory, CombinesKernelAndFirmware) {
     expectOnly(kMemory, "x86-server",
                {{"DeviceID", "memory"},
                 {"TotalVisibleMemorySize", "65689512"},
@@ -41,11 +41,11 @@ TEST(Memory, CountsOnlineBlocksWithoutFirmware) {
     EXPECT_EQ(data.instances().front().get("InstalledMemory"), "262144");
 }
 
-TEST(Memory, LeavesOutWhatIsNoNumber) {
+TEST(Memory, OmitsInvalidNumbers) {
     expectOnly(kMemory, "contradictory", {{"DeviceID", "memory"}, {"TotalSwapSpaceSize", "100"}});
 }
 
-TEST(MemoryLive, IsThatOfFree) {
+TEST(MemoryLive, MatchesFree) {
     const GroupData data = gatheredLive(kMemory);
     ASSERT_EQ(data.instances().size(), 1U);
     const Instance& memory = data.instances().front();

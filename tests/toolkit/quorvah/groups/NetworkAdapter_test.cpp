@@ -44,7 +44,7 @@ TEST(NetworkAdapter, AnAssignedAddressIsNotPermanentAndAnImpossibleSpeedUnknown)
                {"Physical", "true"}});
 }
 
-TEST(NetworkAdapter, InterfacesWithoutHardwareSaySo) {
+TEST(NetworkAdapter, InterfacesWithoutHardwareAreNotPhysical) {
     const GroupData data = gatheredTree(kNetworkAdapter, "workstation");
     expectAll(data.group(), instanceOf(data, "br0"),
               {{"DeviceID", "br0"},
@@ -68,7 +68,7 @@ TEST(NetworkAdapter, InterfacesWithoutHardwareSaySo) {
                {"Physical", "false"}});
 }
 
-TEST(NetworkAdapterLive, AdaptersAreThoseOfIpLink) {
+TEST(NetworkAdapterLive, AdaptersMatchIpLink) {
     const Rows theirs = linesOf(
         "ip -j link | jq -r '.[] | [.ifname, (.mtu | tostring), "
         "(if .address == \"00:00:00:00:00:00\" then \"\" else .address // \"\" end), "

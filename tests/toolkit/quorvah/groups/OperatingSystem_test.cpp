@@ -6,7 +6,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(OperatingSystem, TellsAllOfACapturedServer) {
+TEST(OperatingSystem, ReportsACapturedServer) {
     expectOnly(kOperatingSystem, "x86-server",
                {{"Name", "linux"},
                 {"Caption", "Rocky Linux 9.3 (Blue Onyx)"},
@@ -58,12 +58,12 @@ TEST(OperatingSystem, ReadsTheArchitectureOfAnImageFromItsShell) {
                 {"PackageManager", "apk"}});
 }
 
-TEST(OperatingSystem, TakesWhatItCanFromABrokenRelease) {
+TEST(OperatingSystem, ReadsTheValidLinesOfADamagedReleaseFile) {
     expectOnly(kOperatingSystem, "contradictory",
                {{"Name", "linux"}, {"OSType", "36"}, {"Id", "unfinished"}, {"VersionId", "7"}});
 }
 
-TEST(OperatingSystemLive, IsThatOfTheReleaseFileAndUname) {
+TEST(OperatingSystemLive, MatchesTheReleaseFileAndUname) {
     const GroupData data = gatheredLive(kOperatingSystem);
     ASSERT_EQ(data.instances().size(), 1U);
     const Instance& system = data.instances().front();
@@ -81,7 +81,7 @@ TEST(OperatingSystemLive, IsThatOfTheReleaseFileAndUname) {
     EXPECT_EQ(system.get("CSName"), lineOf("uname -n"));
 }
 
-TEST(OperatingSystemLive, TimeIsThatOfDate) {
+TEST(OperatingSystemLive, TimeMatchesDate) {
     const GroupData data = gatheredLive(kOperatingSystem);
     const Instance& system = data.instances().front();
     const std::string boot = system.get("LastBootUpTime");

@@ -54,7 +54,7 @@ TEST(PCIDevice, EveryFieldComesFromTheTree) {
                {"Removable", "true"}});
 }
 
-TEST(PCIDevice, WhatTheKernelCannotAskTheLinkIsUnknown) {
+TEST(PCIDevice, UnknownLinkPropertiesAreEmpty) {
     const GroupData data = gatheredTree(kPCIDevice, "workstation");
     expectAll(data.group(), instanceOf(data, "0000:00:14.0"),
               {{"DeviceID", "0000:00:14.0"},
@@ -93,7 +93,7 @@ TEST(PCIDevice, AVirtualFunctionNamesItsParent) {
     EXPECT_EQ("0000:00:1f.6", instanceOf(data, "0000:00:02.1").get("SriovParent"));
 }
 
-// "Key:\tvalue" lines of one device each.
+// The lines "Key:\tvalue" of each device.
 std::vector<std::map<std::string, std::string>> lspciDevices() {
     std::vector<std::map<std::string, std::string>> devices(1);
     for (const std::string& line : linesOf("lspci -Dvmmk")) {
@@ -108,13 +108,13 @@ std::vector<std::map<std::string, std::string>> lspciDevices() {
     return devices;
 }
 
-// lspci writes ids in place of the names that it does not know.
+// Empty if lspci prints an id because it does not know the name.
 std::string nameOf(const std::string& name) {
     if (name.starts_with("Device ") || name.starts_with("Vendor ") || name.starts_with("Class ")) return {};
     return name.substr(0, name.find(" ["));
 }
 
-TEST(PCIDeviceLive, NamesAndDriversAreThoseOfLspci) {
+TEST(PCIDeviceLive, NamesAndDriversMatchLspci) {
     const GroupData data = gatheredLive(kPCIDevice);
     const auto devices = lspciDevices();
     EXPECT_EQ(devices.size(), data.instances().size());
@@ -131,7 +131,7 @@ TEST(PCIDeviceLive, NamesAndDriversAreThoseOfLspci) {
 }
 
 // 0000:00:03.0 "0200" "1af4" "1041" -r01 -p00 "1af4" "1041"
-TEST(PCIDeviceLive, IdsAreThoseOfLspci) {
+TEST(PCIDeviceLive, IdsMatchLspci) {
     const GroupData data = gatheredLive(kPCIDevice);
     for (const std::string& line : linesOf("lspci -Dnmm")) {
         std::string ids;

@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(PhysicalProcessor, TellsAllOfASocket) {
+TEST(PhysicalProcessor, ReportsASocket) {
     expectInstance(kPhysicalProcessor, "x86-server", "package0",
                    {{"DeviceID", "package0"},
                     {"Name", "Intel(R) Xeon(R) Gold 6130 CPU @ 2.10GHz"},
@@ -30,7 +30,7 @@ TEST(PhysicalProcessor, TellsAllOfASocket) {
                     {"Microcode", "0x2006b06"}});
 }
 
-TEST(PhysicalProcessor, CountsNoOfflineThreadWhosePackageIsUnknown) {
+TEST(PhysicalProcessor, IgnoresOfflineThreadsOfUnknownPackage) {
     const GroupData data = gatheredTree(kPhysicalProcessor, "x86-server");
     EXPECT_EQ(keysOf(data), (std::vector<std::string>{"package0", "package1"}));
     EXPECT_EQ(instanceOf(data, "package1").get("NumberOfLogicalProcessors"), "3");
@@ -44,7 +44,7 @@ TEST(PhysicalProcessor, KeepsPlaceholdersWhenAskedTo) {
     EXPECT_EQ(instanceOf(data, "package1").get("AssetTag"), "UNKNOWN");
 }
 
-TEST(PhysicalProcessor, TakesCpusWithoutPackageForOnePackageAndNamesAllItsKinds) {
+TEST(PhysicalProcessor, AssignsCpusWithoutPackageToOnePackageWithAllNames) {
     expectOnly(kPhysicalProcessor, "arm64-board",
                {{"DeviceID", "package0"},
                 {"Name", "Cortex-A53;Cortex-A72"},
@@ -57,7 +57,7 @@ TEST(PhysicalProcessor, TakesCpusWithoutPackageForOnePackageAndNamesAllItsKinds)
                 {"ThreadsPerCore", "1"}});
 }
 
-TEST(PhysicalProcessor, CountsCoresByTheirThreadsNotByTheirIds) {
+TEST(PhysicalProcessor, CountsCoresByTheirThreads) {
     expectOnly(kPhysicalProcessor, "hybrid",
                {{"DeviceID", "package0"},
                 {"NumberOfCores", "3"},
@@ -67,7 +67,7 @@ TEST(PhysicalProcessor, CountsCoresByTheirThreadsNotByTheirIds) {
                 {"Dies", "1"}});
 }
 
-TEST(PhysicalProcessor, CountsNoCoreWithoutATopology) {
+TEST(PhysicalProcessor, CountsNoCoresWithoutTopology) {
     expectOnly(kPhysicalProcessor, "contradictory",
                {{"DeviceID", "package0"},
                 {"Name", "CPU 0;CPU 1"},

@@ -15,7 +15,7 @@ const std::string kXeonFlags =
     "fpu;vme;de;pse;tsc;msr;pae;mce;cx8;apic;sep;mtrr;pge;mca;cmov;pat;pse36;clflush;lm;constant_tsc;avx2;"
     "sse4_2";
 
-TEST(Processor, TellsAllOfAnX86Cpu) {
+TEST(Processor, ReportsAnX86Cpu) {
     expectInstance(kProcessor, "x86-server", "cpu5",
                    {{"DeviceID", "cpu5"},
                     {"Name", "Intel(R) Xeon(R) Gold 6130 CPU @ 2.10GHz"},
@@ -41,7 +41,7 @@ TEST(Processor, TellsAllOfAnX86Cpu) {
                     {"L3CacheSize", "22528"}});
 }
 
-TEST(Processor, ListsAnOfflineCpuThatTellsNothingOfItself) {
+TEST(Processor, ListsAnOfflineCpu) {
     expectInstance(kProcessor, "x86-server", "cpu7",
                    {{"DeviceID", "cpu7"},
                     {"AddressWidth", "64"},
@@ -50,12 +50,12 @@ TEST(Processor, ListsAnOfflineCpuThatTellsNothingOfItself) {
                     {"NumaNode", "1"}});
 }
 
-TEST(Processor, ListsPresentCpusInTheirOrderAndNotThosePossible) {
+TEST(Processor, ListsPresentCpusInOrder) {
     EXPECT_EQ(keysOf(gatheredTree(kProcessor, "x86-server")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2", "cpu3", "cpu4", "cpu5", "cpu6", "cpu7"}));
 }
 
-TEST(Processor, NamesArmCoresByTheirNumbers) {
+TEST(Processor, NamesArmCoresByTheirIds) {
     const Values common = {{"Manufacturer", "ARM"},
                            {"Family", "8"},
                            {"MaxClockSpeed", "1500"},
@@ -96,7 +96,7 @@ TEST(Processor, ReadsTheListOfAnS390x) {
                     {"Flags", "esan3;zarch;stfle;msa;ldisp"}});
 }
 
-TEST(Processor, ReadsTheListOfAPower9WithoutAnyOfSys) {
+TEST(Processor, ReadsTheListOfAPower9WithoutSysfs) {
     expectInstance(kProcessor, "ppc64le", "cpu0",
                    {{"DeviceID", "cpu0"},
                     {"Name", "POWER9 (architected)"},
@@ -110,7 +110,7 @@ TEST(Processor, ReadsTheListOfAPower9WithoutAnyOfSys) {
                     {"Architecture", "ppc64le"}});
 }
 
-TEST(Processor, TellsTheKindsOfCoresApart) {
+TEST(Processor, DistinguishesTheKindsOfCores) {
     const GroupData data = gatheredTree(kProcessor, "hybrid");
     EXPECT_EQ(instanceOf(data, "cpu1").get("CoreType"), "performance");
     EXPECT_EQ(instanceOf(data, "cpu1").get("ThreadIndex"), "1");
@@ -118,7 +118,7 @@ TEST(Processor, TellsTheKindsOfCoresApart) {
     EXPECT_EQ(instanceOf(data, "cpu3").get("ClusterId"), "8");
 }
 
-TEST(Processor, BelievesSysfsWhereFilesContradictEachOther) {
+TEST(Processor, PrefersSysfsIfFilesContradictEachOther) {
     EXPECT_EQ(keysOf(gatheredTree(kProcessor, "contradictory")),
               (std::vector<std::string>{"cpu0", "cpu1", "cpu2"}));
     expectInstance(kProcessor, "contradictory", "cpu1",
@@ -135,7 +135,7 @@ std::size_t countDistinct(const GroupData& data, const std::string& field) {
     return values.size();
 }
 
-TEST(ProcessorLive, AreThoseOfLscpu) {
+TEST(ProcessorLive, MatchLscpu) {
     const std::map<std::string, std::string> fields = lscpuFields();
     const GroupData data = gatheredLive(kProcessor);
     ASSERT_FALSE(data.instances().empty());
@@ -153,7 +153,7 @@ TEST(ProcessorLive, AreThoseOfLscpu) {
     EXPECT_EQ(flags, fields.at("Flags"));
 }
 
-TEST(ProcessorLive, StandWhereLscpuPutsThem) {
+TEST(ProcessorLive, HaveTheTopologyOfLscpu) {
     std::size_t rows = 0;
     const GroupData data = gatheredLive(kProcessor);
     std::map<std::string, std::set<std::string>> coresOfSockets;

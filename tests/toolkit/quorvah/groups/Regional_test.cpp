@@ -8,7 +8,7 @@ namespace {
 
 using zavtest::ScratchDir;
 
-TEST(Regional, TellsAllOfACapturedServer) {
+TEST(Regional, ReportsACapturedServer) {
     expectOnly(kRegional, "x86-server",
                {{"Locale", "de_AT.UTF-8"},
                 {"CurrentTimeZone", "120"},
@@ -21,7 +21,7 @@ TEST(Regional, TellsAllOfACapturedServer) {
                 {"HardwareClock", "LOCAL"}});
 }
 
-TEST(Regional, ReadsTheFilesOfTheOtherDistributions) {
+TEST(Regional, ReadsTheFilesOfOtherDistributions) {
     expectOnly(kRegional, "arm64-board",
                {{"Locale", "en_GB.UTF-8"},
                 {"Language", "en"},
@@ -32,11 +32,11 @@ TEST(Regional, ReadsTheFilesOfTheOtherDistributions) {
                 {"KeyboardModel", "pc105"}});
 }
 
-TEST(Regional, TakesNoZoneFromTheHostForALinkThatLeadsNowhere) {
+TEST(Regional, DoesNotUseTheZoneOfTheHostForADanglingLink) {
     expectOnly(kRegional, "contradictory", {{"TimeZoneName", "Mars/Olympus"}});
 }
 
-TEST(Regional, TakesTheShortFormsOfALocale) {
+TEST(Regional, ParsesShortLocales) {
     const struct {
         const char* locale;
         const char* language;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/toolkit/quorvah/ScannerProcess.h"
+#include "tests/toolkit/quorvah/ScannerTest.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
 namespace toolkit::quorvah {
@@ -21,7 +21,7 @@ const std::string kServer = QUORVAH_TEST_TREES "/x86-server";
 
 class ScanInfo : public quorvahtest::ScannerTest {};
 
-TEST_F(ScanInfo, WritesScanInfoLastAndHonestly) {
+TEST_F(ScanInfo, IsTheLastGroupAndDescribesTheScan) {
     ASSERT_EQ(scan({"ScanInfo", "Memory"}, {"--root", kServer}).status, 0);
     const Element info = elements().back();
     EXPECT_EQ(info.group, "ScanInfo");
@@ -39,7 +39,7 @@ TEST_F(ScanInfo, WritesScanInfoLastAndHonestly) {
     EXPECT_LE(info["StartTime"], info["EndTime"]);
 }
 
-TEST_F(ScanInfo, TellsOfEveryRequestedGroupHowItWent) {
+TEST_F(ScanInfo, ListsTheStateOfEveryRequestedGroup) {
     ASSERT_EQ(scan(allDisplayNames()).status, 0);
     const Element info = elements().back();
     ASSERT_EQ(info.group, "ScanInfo");
@@ -67,7 +67,7 @@ TEST_F(ScanInfo, IsCompleteWithoutGroupsThatThisSystemCannotHave) {
     EXPECT_EQ(elements().back()["Complete"], "false");
 }
 
-TEST_F(ScanInfo, SaysWhichGroupsATreeDoesNotTellOf) {
+TEST_F(ScanInfo, NamesTheGroupsThatATreeCannotHave) {
     const fs::path tree = dir_.write("image/etc/os-release", "ID=x\nNAME=X\n").parent_path().parent_path();
     ASSERT_EQ(scan({"OperatingSystem", "PCIDevice", "Processor", "IPAddress", "SoftwarePackages", "ScanInfo"},
                    {"--root", tree})
@@ -83,7 +83,7 @@ TEST_F(ScanInfo, SaysWhichGroupsATreeDoesNotTellOf) {
     EXPECT_EQ(info["GroupsUnread"], "");
 }
 
-TEST_F(ScanInfo, TellsADamagedPackageDatabaseFromNone) {
+TEST_F(ScanInfo, DistinguishesADamagedPackageDatabaseFromNone) {
     const fs::path tree = dir_.write("image/usr/lib/sysimage/rpm/rpmdb.sqlite", "no database at all")
                               .parent_path()
                               .parent_path()
@@ -95,8 +95,8 @@ TEST_F(ScanInfo, TellsADamagedPackageDatabaseFromNone) {
     EXPECT_EQ(elements().back()["Complete"], "false");
 }
 
-TEST_F(ScanInfo, TellsOfFilesThatItMayNotRead) {
-    // A stranger to the tree sees its directory but not the secret in it.
+TEST_F(ScanInfo, ReportsUnreadableFiles) {
+    // Another user may enter the directory but not read the file in it.
     const fs::path tree = dir_.path() / "tree";
     fs::permissions(dir_.write("tree/sys/class/dmi/id/product_uuid", "x\n"), fs::perms::none);
     dir_.write("tree/sys/class/dmi/id/sys_vendor", "Maker\n");
@@ -105,7 +105,7 @@ TEST_F(ScanInfo, TellsOfFilesThatItMayNotRead) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        // Opened before, for it may stand in a directory that strangers cannot enter.
+        // Opened while still privileged, because another user may not be able to enter its directory.
         const int program = open(QUORVAH_PROGRAM, O_RDONLY | O_CLOEXEC);
         if (geteuid() == 0 && setuid(65534) != 0) _exit(99);
         std::vector<std::string> words = {"quorvah", "-c", dir_.path() / "config.xml", "-o", out(),

@@ -1,4 +1,4 @@
-// The packages of trees, and of this machine as the package manager itself lists them.
+// The packages of trees, and those of this machine compared with its package manager.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -30,7 +30,7 @@ void putWithTime(const ScratchDir& tree, const std::string& path, time_t seconds
     ASSERT_EQ(0, utimensat(AT_FDCWD, (tree.path() / path).c_str(), times, 0));
 }
 
-TEST(DpkgPackages, APackageHasAllThatItsStanzaTells) {
+TEST(DpkgPackages, APackageHasTheFieldsOfItsStanza) {
     const ScratchDir tree;
     tree.write("etc/os-release", "NAME=\"Debian GNU/Linux\"\nVERSION_ID=12\nID=debian\n");
     tree.write(kStatus,
@@ -78,7 +78,7 @@ TEST(DpkgPackages, OnlyInstalledPackagesAreListed) {
     EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all"}), keysOf(data));
 }
 
-TEST(DpkgPackages, OfARepeatedStanzaTheLastOneHolds) {
+TEST(DpkgPackages, TheLastOfRepeatedStanzasApplies) {
     const ScratchDir tree;
     tree.write(kStatus, stanza("b", "all", "1") + stanza("a", "all", "1") + stanza("b", "all", "2") +
                             stanza("a", "all", "1", "Status: deinstall ok config-files\n"));
@@ -98,7 +98,7 @@ TEST(DpkgPackages, AnImageWithoutDpkgHasAFileForEachPackage) {
               keysOf(data));
 }
 
-TEST(DpkgPackages, ANameThatLeadsElsewhereGetsNoDate) {
+TEST(DpkgPackages, ANameWithASlashGetsNoDate) {
     const ScratchDir tree;
     tree.write(kStatus, stanza("../../../../../../../../etc/group", "all", "1"));
     putWithTime(tree, "etc/group.list", 100);
@@ -170,7 +170,7 @@ std::string hexNumber(std::uint32_t value) {
     return text;
 }
 
-// The header of a package of that name, version 1, release 2, as an SQL literal.
+// The header of a package with this name, version 1 and release 2 as an SQL literal.
 std::string headerLiteral(const std::string& name) {
     std::string store;
     std::string index;
@@ -212,7 +212,7 @@ TEST(RpmPackages, PackagesComeFromTheDatabaseAndKeysDoNotCount) {
                {"PackageFormat", "rpm"}});
 }
 
-TEST(RpmPackages, ABrokenHeaderCostsOnlyItselfAndIsReported) {
+TEST(RpmPackages, ADamagedHeaderIsSkippedAndReported) {
     const ScratchDir tree;
     putRpmDatabase(tree, "(" + headerLiteral("a") + "),(x'00'),(" + headerLiteral("b") + ")");
     const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
@@ -220,7 +220,7 @@ TEST(RpmPackages, ABrokenHeaderCostsOnlyItselfAndIsReported) {
     EXPECT_EQ(2U, data.instances().size());
 }
 
-TEST(RpmPackages, WhatCannotBeReadWholeIsReported) {
+TEST(RpmPackages, UnreadableDatabasesAreReported) {
     const struct {
         const char* path;
         const char* content;
@@ -260,7 +260,7 @@ std::vector<std::string> dpkgQuery() {
         fields[9] = isoTime(std::stoll(fields[9]));
         std::string row;
         for (std::string& field : fields) {
-            field.resize(field.find_last_not_of(' ') + 1);  // some descriptions end in a blank
+            field.resize(field.find_last_not_of(' ') + 1);  // some descriptions end with a blank
             row += field + "|";
         }
         rows.push_back(row);
@@ -285,7 +285,7 @@ std::vector<std::string> ourRows(const GroupData& data) {
     return rows;
 }
 
-TEST(DpkgPackagesLive, EveryPackageIsAsDpkgQueryShowsIt) {
+TEST(DpkgPackagesLive, EveryPackageMatchesDpkgQuery) {
     const std::vector<std::string> theirs = dpkgQuery();
     const std::vector<std::string> ours = ourRows(gatheredLive(kSoftwarePackages));
     EXPECT_FALSE(theirs.empty());

@@ -9,12 +9,12 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(Storage, ListsDrivesAndNothingMadeUpOfThem) {
+TEST(Storage, ListsPhysicalDrivesOnly) {
     EXPECT_EQ(keysOf(gatheredTree(kStorage, "x86-server")),
               (std::vector<std::string>{"/dev/nvme0n1", "/dev/sda", "/dev/sdb", "/dev/sdc", "/dev/sr0"}));
 }
 
-TEST(Storage, TellsAllOfASataDisk) {
+TEST(Storage, ReportsASataDisk) {
     expectInstance(kStorage, "x86-server", "/dev/sda",
                    {{"DeviceID", "/dev/sda"},
                     {"Name", "sda"},
@@ -34,7 +34,7 @@ TEST(Storage, TellsAllOfASataDisk) {
                     {"Multipath", "false"}});
 }
 
-TEST(Storage, TellsAllOfOnePathToASasDisk) {
+TEST(Storage, ReportsOnePathToASasDisk) {
     expectInstance(kStorage, "x86-server", "/dev/sdb",
                    {{"DeviceID", "/dev/sdb"},
                     {"Name", "sdb"},
@@ -55,7 +55,7 @@ TEST(Storage, TellsAllOfOnePathToASasDisk) {
                     {"Multipath", "true"}});
 }
 
-TEST(Storage, TellsAllOfAnNvmeDisk) {
+TEST(Storage, ReportsAnNvmeDisk) {
     expectInstance(kStorage, "x86-server", "/dev/nvme0n1",
                    {{"DeviceID", "/dev/nvme0n1"},
                     {"Name", "nvme0n1"},
@@ -75,7 +75,7 @@ TEST(Storage, TellsAllOfAnNvmeDisk) {
                     {"Multipath", "false"}});
 }
 
-TEST(Storage, TakesAUsbStickForFlashThoughItClaimsToRotate) {
+TEST(Storage, ReportsAUsbFlashDriveThatClaimsToRotate) {
     expectInstance(kStorage, "x86-server", "/dev/sdc",
                    {{"DeviceID", "/dev/sdc"},
                     {"Name", "sdc"},
@@ -95,7 +95,7 @@ TEST(Storage, TakesAUsbStickForFlashThoughItClaimsToRotate) {
                     {"Multipath", "false"}});
 }
 
-TEST(Storage, TellsAnOpticalDrive) {
+TEST(Storage, ReportsAnOpticalDrive) {
     const GroupData data = gatheredTree(kStorage, "x86-server");
     const Instance& drive = instanceOf(data, "/dev/sr0");
     EXPECT_EQ(drive.get("MediaType"), "Optical");
@@ -104,7 +104,7 @@ TEST(Storage, TellsAnOpticalDrive) {
     EXPECT_EQ(drive.get("BlockSize"), "2048");
 }
 
-TEST(Storage, TellsAllOfAMemoryCardButNotItsBootArea) {
+TEST(Storage, ReportsAMemoryCardWithoutItsBootArea) {
     expectOnly(kStorage, "arm64-board",
                {{"DeviceID", "/dev/mmcblk0"},
                 {"Name", "mmcblk0"},
@@ -121,7 +121,7 @@ TEST(Storage, TellsAllOfAMemoryCardButNotItsBootArea) {
                 {"Multipath", "false"}});
 }
 
-TEST(Storage, TakesNoMediumNorMakerFromAVirtualDisk) {
+TEST(Storage, ReportsNoMediumOrMakerOfAVirtualDisk) {
     expectOnly(kStorage, "kvm-guest",
                {{"DeviceID", "/dev/vda"},
                 {"Name", "vda"},
@@ -137,20 +137,20 @@ TEST(Storage, TakesNoMediumNorMakerFromAVirtualDisk) {
                 {"Multipath", "false"}});
 }
 
-TEST(Storage, LeavesOutSizesThatCannotBe) {
+TEST(Storage, OmitsImpossibleSizes) {
     expectInstance(kStorage, "contradictory", "/dev/sdb",
                    {{"DeviceID", "/dev/sdb"}, {"Name", "sdb"}, {"Multipath", "false"}});
     expectInstance(kStorage, "contradictory", "/dev/sda",
                    {{"DeviceID", "/dev/sda"}, {"Name", "sda"}, {"Multipath", "false"}});
 }
 
-// Whether a block device is made of others or of memory.
+// Whether a block device is not a drive.
 bool isMadeUp(const std::string& name) {
     const char* const prefixes[] = {"loop", "ram", "zram", "dm-", "md", "nbd", "fd"};
     return std::ranges::any_of(prefixes, [&name](const char* prefix) { return name.starts_with(prefix); });
 }
 
-TEST(StorageLive, IsThatOfLsblk) {
+TEST(StorageLive, MatchesLsblk) {
     const GroupData data = gatheredLive(kStorage);
     std::set<std::string> theirs;
     for (const std::string& line :

@@ -9,7 +9,7 @@ namespace {
 
 using zavtest::ScratchDir;
 
-TEST(UNIXSystemParams, TellsAllOfACapturedServer) {
+TEST(UNIXSystemParams, ReportsACapturedServer) {
     expectOnly(kUNIXSystemParams, "x86-server",
                {{"NodeName", "db1.example.com"},
                 {"SystemName", "Linux"},
@@ -43,7 +43,7 @@ TEST(UNIXSystemParams, ReadsTheRunLevelOfTheInitOfSystemV) {
                 {"DefaultTarget", "runlevel 3"}});
 }
 
-TEST(UNIXSystemParams, TakesTheRootDeviceFromTheMountsWithoutABootLoader) {
+TEST(UNIXSystemParams, ReadsTheRootDeviceFromTheMountsWithoutBootParameter) {
     const ScratchDir tree;
     tree.write("proc/self/mountinfo",
                "27 1 254:0 / / rw - ext4 /dev/vda rw\n28 27 8:1 / /boot rw - ext4 /dev/sda1 rw\n");
@@ -52,7 +52,7 @@ TEST(UNIXSystemParams, TakesTheRootDeviceFromTheMountsWithoutABootLoader) {
     EXPECT_EQ(data.instances().front().get("RootDevice"), "/dev/vda");
 }
 
-TEST(UNIXSystemParamsLive, AreThoseOfUnameAndGetconf) {
+TEST(UNIXSystemParamsLive, MatchUnameAndGetconf) {
     const GroupData data = gatheredLive(kUNIXSystemParams);
     ASSERT_EQ(data.instances().size(), 1U);
     const Instance& system = data.instances().front();

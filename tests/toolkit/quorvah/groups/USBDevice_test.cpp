@@ -6,7 +6,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
+TEST(USBDevice, TextsOfTheDevicePrecedeTheDatabase) {
     const GroupData data = gatheredTree(kUSBDevice, "workstation");
     EXPECT_EQ((std::vector<std::string>{"1-3", "1-4", "usb1"}), keysOf(data));
     expectAll(data.group(), instanceOf(data, "usb1"),
@@ -43,7 +43,7 @@ TEST(USBDevice, TheDevicesOwnWordsComeBeforeTheDatabase) {
                {"Removable", "true"}});
 }
 
-TEST(USBDevice, EqualInterfacesAndPlaceholdersLeaveNoTrace) {
+TEST(USBDevice, OmitsRepeatedInterfacesAndPlaceholders) {
     const GroupData data = gatheredTree(kUSBDevice, "workstation");
     expectAll(data.group(), instanceOf(data, "1-4"),
               {{"DeviceID", "1-4"},
@@ -55,9 +55,9 @@ TEST(USBDevice, EqualInterfacesAndPlaceholdersLeaveNoTrace) {
                {"InterfaceClasses", "ffff00"}});
 }
 
-TEST(USBDeviceLive, DevicesAreThoseOfLsusb) {
+TEST(USBDeviceLive, DevicesMatchLsusb) {
     Rows theirs;
-    // Without any bus lsusb ends with an error.
+    // Without a bus lsusb fails.
     for (const std::string& line : linesOf("lsusb || test ! -e /sys/bus/usb/devices")) {
         const std::size_t id = line.find(": ID ");
         if (id != std::string::npos) theirs.push_back(line.substr(id + 5, 9));

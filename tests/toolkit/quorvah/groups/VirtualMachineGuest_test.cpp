@@ -8,7 +8,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(VirtualMachineGuest, TellsAGuestByItsCpuAndFirmware) {
+TEST(VirtualMachineGuest, ReportsAGuestByItsCpuAndFirmware) {
     expectOnly(kVirtualMachineGuest, "kvm-guest",
                {{"VirtualSystemIdentifier", "6d3e8a52-43ab-4d83-9b54-6b3f3c2a1d00"},
                 {"VirtualSystemType", "kvm"},
@@ -18,7 +18,7 @@ TEST(VirtualMachineGuest, TellsAGuestByItsCpuAndFirmware) {
                 {"CloudPlatform", "openstack"}});
 }
 
-TEST(VirtualMachineGuest, TellsAContainerAndItsId) {
+TEST(VirtualMachineGuest, ReportsAContainerAndItsId) {
     expectOnly(
         kVirtualMachineGuest, "container",
         {{"VirtualSystemIdentifier", "0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef"},
@@ -26,7 +26,7 @@ TEST(VirtualMachineGuest, TellsAContainerAndItsId) {
          {"ContainerType", "docker"}});
 }
 
-TEST(VirtualMachineGuest, TellsAPartitionedMachine) {
+TEST(VirtualMachineGuest, ReportsAPartitionedMachine) {
     expectOnly(kVirtualMachineGuest, "s390x",
                {{"VirtualSystemType", "zvm"},
                 {"HypervisorVendor", "IBM"},
@@ -42,7 +42,7 @@ TEST(VirtualMachineGuest, HasNoInstanceOnARealMachine) {
     }
 }
 
-TEST(VirtualMachineGuestLive, IsWhatLscpuSeesOfIt) {
+TEST(VirtualMachineGuestLive, MatchesLscpu) {
     const std::map<std::string, std::string> fields = lscpuFields();
     const GroupData data = gatheredLive(kVirtualMachineGuest);
     ASSERT_EQ(data.instances().empty(), !fields.contains("Hypervisor vendor"));

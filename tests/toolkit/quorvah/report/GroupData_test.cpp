@@ -40,7 +40,7 @@ TEST(GroupData, KeepsTheOrderOfInstancesWithTheSameKey) {
     EXPECT_EQ(data.instances()[1].get("Size"), "2");
 }
 
-TEST(GroupData, TheFirstReasonForBeingPartialStands) {
+TEST(GroupData, KeepsTheFirstReasonForBeingPartial) {
     GroupData data(kGroup);
     EXPECT_EQ(data.reason(), "");
     data.partial("permission");

@@ -10,7 +10,7 @@ constexpr Group kQuick{"Quick", "Quick", kFields, nullptr};
 
 using std::chrono::milliseconds;
 
-TEST(GroupResult, TravelsWholeInAFrame) {
+TEST(GroupResult, SurvivesAFrame) {
     const GroupResult sent{&kQuick,
                            {},
                            "<Quick/>",
@@ -39,7 +39,7 @@ TEST(GroupResult, TravelsWholeInAFrame) {
     EXPECT_EQ(received.elapsed, milliseconds(1234));
 }
 
-TEST(GroupResult, IsNotReadFromBytesThatAreNoWholeFrame) {
+TEST(GroupResult, IsNotReadFromIncompleteFrames) {
     const GroupResult sent{&kQuick, {}, "<Quick/>", {}, 1, "", {"beware"}, milliseconds(1)};
     SharedBuffer texts;
     const std::string frame = toFrame(sent, texts.append(sent.xml).value_or(1));

@@ -20,7 +20,7 @@ TEST(Instance, HasAllFieldsOfTheGroupEmptyAtFirst) {
     EXPECT_EQ(textsOf(instance), (std::vector<std::string>{"", "", "", ""}));
 }
 
-TEST(Instance, WritesEachTypeAsReadersExpectIt) {
+TEST(Instance, ConvertsEveryTypeToText) {
     GroupData data(kGroup);
     Instance& instance = data.add();
     instance.set("DeviceID", "sda");
@@ -41,7 +41,7 @@ TEST(Instance, FieldsCanBeSetInAnyOrderAndAgain) {
     EXPECT_EQ(instance.get("Parts"), "y");
 }
 
-TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
+TEST(Instance, AMissingValueDoesNotChangeTheField) {
     GroupData data(kGroup);
     Instance& instance = data.add();
     instance.set("Size", std::optional<int>());
@@ -50,7 +50,7 @@ TEST(Instance, AMissingValueLeavesTheFieldAsItIs) {
     EXPECT_EQ(instance.get("Removable"), "true");
 }
 
-TEST(Instance, RefusesAFieldThatTheGroupDoesNotHave) {
+TEST(Instance, RejectsAFieldThatTheGroupDoesNotHave) {
     GroupData data(kGroup);
     Instance& instance = data.add();
     EXPECT_THROW(instance.set("Colour", "red"), std::logic_error);

@@ -20,7 +20,7 @@ TEST(NaturalOrder, IsAStrictOrder) {
 TEST(NaturalOrder, ComparesNumbersOfAnyLengthByValue) {
     EXPECT_TRUE(naturallyBefore("99999999999999999999999", "100000000000000000000000"));
     EXPECT_FALSE(naturallyBefore("100000000000000000000000", "99999999999999999999999"));
-    // The digits that differ stand behind alike ones, a whole number of words from the front or not.
+    // The digits that differ follow a common prefix of any length, in whole words or not.
     for (std::size_t front = 0; front < 20; ++front) {
         const std::string alike(front, 'k');
         EXPECT_TRUE(naturallyBefore(alike + "129x", alike + "1210a")) << front;

@@ -37,7 +37,7 @@ TEST(OutputDocument, HasNoWhiteSpaceBetweenElements) {
                                        "<SomeThing><DeviceID>b</DeviceID><Name/></SomeThing></Hardware>");
 }
 
-TEST(OutputDocument, BreaksLinesForPeople) {
+TEST(OutputDocument, IndentsLinesIfPretty) {
     GroupData data(kGroup);
     data.add("a");
     EXPECT_EQ(documentOf(data, true),
@@ -56,8 +56,8 @@ TEST(OutputDocument, WithoutInstancesIsAnEmptyRoot) {
     EXPECT_EQ(documentOf(GroupData(kGroup), false), documentOf(std::vector<GroupResult>(), false));
 }
 
-TEST(OutputDocument, IsTheSameWhereverItsGroupsAreRendered) {
-    constexpr int kInstances = 3000;  // several blocks of text
+TEST(OutputDocument, DoesNotDependOnWhereGroupsAreRendered) {
+    constexpr int kInstances = 3000;  // exceeds a block of text
     const auto fill = [](GroupData& data) {
         for (int i = 0; i < kInstances; ++i) data.add(std::to_string(i)).set("Name", std::string(90, '<'));
     };

@@ -21,7 +21,7 @@ GroupData someReport() {
     return data;
 }
 
-TEST(SipHash, GivesThePublishedResults) {
+TEST(SipHash, MatchesThePublishedResults) {
     const std::array<std::uint64_t, 2> key = {0x0706050403020100, 0x0f0e0d0c0b0a0908};
     std::string text;
     for (char c = 0; c < 15; ++c) text += c;
@@ -30,7 +30,7 @@ TEST(SipHash, GivesThePublishedResults) {
     EXPECT_EQ(sipHash(key, text.substr(0, 8)), 0x93f5f5799a932462U);
 }
 
-TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
+TEST(Sanitizer, HashesEqualValuesEquallyAndOthersDifferently) {
     GroupData data = someReport();
     const Sanitizer sanitizer;
     sanitizer.hide(data);
@@ -43,7 +43,7 @@ TEST(Sanitizer, GivesTheSameHashToTheSameValueOnly) {
     EXPECT_EQ(serials.find('S'), std::string::npos);
 }
 
-TEST(Sanitizer, LeavesOtherFieldsAndUnknownOnesAlone) {
+TEST(Sanitizer, DoesNotChangeOtherFieldsOrUnknownValues) {
     GroupData data = someReport();
     Sanitizer().hide(data);
     EXPECT_EQ(data.instances()[0].get("DeviceID"), "a");
@@ -51,7 +51,7 @@ TEST(Sanitizer, LeavesOtherFieldsAndUnknownOnesAlone) {
     EXPECT_EQ(data.instances()[1].get("Serial"), "");
 }
 
-TEST(Sanitizer, HashesDifferentlyInEveryReport) {
+TEST(Sanitizer, UsesAnotherKeyEachTime) {
     EXPECT_NE(Sanitizer().hashed("S1"), Sanitizer().hashed("S1"));
 }
 

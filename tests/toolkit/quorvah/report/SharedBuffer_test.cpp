@@ -7,7 +7,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(SharedBuffer, AreThereForTheOtherProcessAndNowhereElse) {
+TEST(SharedBuffer, GivesBackTextsAtTheirOffsetsOnly) {
     SharedBuffer texts;
     const std::string large(100000, 'x');
     ASSERT_EQ(0U, texts.append("first"));

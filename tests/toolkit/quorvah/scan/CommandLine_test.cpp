@@ -48,7 +48,7 @@ TEST(ScannerCommandLine, HelpAndVersionNeedNothingElse) {
     EXPECT_EQ(parse({"-c", "x", "-V"}).action, Action::Version);
 }
 
-TEST(ScannerCommandLine, RefusesWithAReason) {
+TEST(ScannerCommandLine, RejectsWithAReason) {
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{}, "-c"},
         {{"-c", "x"}, "-o"},
@@ -72,7 +72,7 @@ TEST(ScannerCommandLine, RefusesWithAReason) {
     }
 }
 
-TEST(ScannerCommandLine, TheEnvironmentGivesTheRootThatIsNotGiven) {
+TEST(ScannerCommandLine, TheEnvironmentIsTheDefaultOfRoot) {
     EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "/from/environment").options.root, "/from/environment");
     EXPECT_EQ(parse({"-c", "x", "-o", "y", "--root", "/given"}, "/from/environment").options.root, "/given");
     EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "").options.root, "");

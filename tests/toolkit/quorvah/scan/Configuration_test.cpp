@@ -37,14 +37,14 @@ TEST(Configuration, ReadsWhatTheHostWrites) {
     EXPECT_TRUE(configuration.warnings.empty());
 }
 
-TEST(Configuration, FindsGroupsWhereverTheyStand) {
+TEST(Configuration, FindsGroupsAnywhere) {
     const Configuration configuration =
         read("<Group Name='a'><x><Group other='1' Name='b'>text</Group></x>t<Group Name='c'/></Group>");
     EXPECT_EQ(configuration.error, "");
     EXPECT_EQ(configuration.groups, (std::vector<std::string>{"a", "b", "c"}));
 }
 
-TEST(Configuration, AsksForNothingWithoutGroups) {
+TEST(Configuration, HasNoGroupsWithoutElements) {
     for (const char* const text : {"<QEL/>", "<QEL><ZAV><Hardware/></ZAV></QEL>", "<group Name='x'/>"}) {
         EXPECT_EQ(read(text).error, "") << text;
         EXPECT_TRUE(read(text).groups.empty()) << text;
@@ -63,7 +63,7 @@ TEST(Configuration, NamesComeAsUtf8) {
               (std::vector<std::string>{"\xE2\x82\xAC\xF0\x9F\x98\x80"}));
 }
 
-TEST(Configuration, NamesTheFileAndTheLineOfAMistake) {
+TEST(Configuration, NamesTheFileAndTheLineOfAnError) {
     const std::pair<const char*, const char*> cases[] = {
         {"", "config.xml:"},
         {"<QEL>\n<ZAV>\n</QEL>", "config.xml:3: "},
@@ -100,7 +100,7 @@ TEST(Configuration, ReadsAFileWhosePathIsNotAscii) {
               1U);
 }
 
-TEST(Configuration, TakesElementsNestedVeryDeep) {
+TEST(Configuration, AcceptsDeeplyNestedElements) {
     std::string text;
     for (int i = 0; i < 20000; ++i) text += "<a>";
     text += "<Group Name='x'/>";

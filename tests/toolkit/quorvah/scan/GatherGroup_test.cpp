@@ -12,7 +12,7 @@ namespace {
 
 TEST(GatherGroup, AGroupThatSearchesTheTreeForeverKeepsItsInstances) {
     const Limits limits{milliseconds(300), milliseconds(5000)};
-    for (const Group* const group : {&kSearchForever, &kSearchForeverInOne}) {
+    for (const Group* const group : {&kSearchForever, &kSearchForeverInOneInstance}) {
         const std::vector<GroupResult> results = run({group, &kQuick}, limits);
         ASSERT_EQ(2U, results.size());
         EXPECT_EQ(GroupState::Partial, results[0].state);

@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(ArmCpuIds, AreNamedWithinTheirImplementer) {
+TEST(ArmCpuIds, PartsAreNamedPerImplementer) {
     EXPECT_EQ(armImplementer("41"), "ARM");
     EXPECT_EQ(armPart("41", "d0c"), "Neoverse-N1");
     EXPECT_EQ(armPart("48", "d01"), "TaiShan-v110");

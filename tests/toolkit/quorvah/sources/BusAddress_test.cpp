@@ -14,7 +14,7 @@ TEST(BusAddress, WellFormedAddressesAreRead) {
     EXPECT_EQ(7U, address->function);
 }
 
-TEST(BusAddress, OtherNamesAreRefused) {
+TEST(BusAddress, OtherNamesAreRejected) {
     for (const char* const text :
          {"", "0000", "0000:00", "0000:00:1f", "000:00:1f.0", "0000:00:20.0", "0000:00:1f.8", "0000:00:1f.",
           "0000:0:1f.0", "0000:00:1f.00", "0000:00:1g.0", "pci0000:00", "123456789:00:1f.0",

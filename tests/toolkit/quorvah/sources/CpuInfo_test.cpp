@@ -18,7 +18,7 @@ TEST(CpuInfo, KeepsTheBlockOfEachCpu) {
     EXPECT_EQ(info.value(0, "model"), "");
 }
 
-TEST(CpuInfo, LinesOutsideOfTheBlocksHoldForAllCpus) {
+TEST(CpuInfo, LinesOutsideTheBlocksApplyToAllCpus) {
     const CpuInfo info(
         "vendor_id : IBM/S390\nfeatures : esan3\n\ncpu number : 0\ncpu MHz static : 5208\n\nmachine : x\n");
     EXPECT_EQ(info.value(0, "features"), "esan3");
@@ -26,20 +26,20 @@ TEST(CpuInfo, LinesOutsideOfTheBlocksHoldForAllCpus) {
     EXPECT_EQ(info.value(0, "machine"), "x");
 }
 
-TEST(CpuInfo, ANameUnderTheKeyOfTheNumberIsNoCpu) {
+TEST(CpuInfo, ANameInPlaceOfTheNumberIsNotACpu) {
     const CpuInfo info(
         "Processor\t: AArch64 Processor rev 4\nprocessor\t: 0\nprocessor\t: 1\n\nHardware : board\n");
     EXPECT_EQ(info.cpus(), (std::vector<int>{0, 1}));
 }
 
-TEST(CpuInfo, BrokenTextHasNoCpus) {
+TEST(CpuInfo, MalformedTextHasNoCpus) {
     for (const char* const text : {"", "\n\n\n", "processor", "processor:", "processor: -1",
                                    "processor: 99999999", "processor: 1x", ":::", "\0\0"}) {
         EXPECT_TRUE(CpuInfo(text).cpus().empty()) << text;
     }
 }
 
-TEST(CpuInfo, GivesAwayTheArchitecture) {
+TEST(CpuInfo, RecognizesTheArchitecture) {
     const std::pair<const char*, const char*> cases[] = {
         {"processor: 0\nflags: fpu lm sse\n", "x86_64"},
         {"processor: 0\nflags: fpu sse\n", "i686"},

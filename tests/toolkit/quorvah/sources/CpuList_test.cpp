@@ -20,7 +20,7 @@ TEST(CpuList, ReadsNumbersAndRanges) {
     for (const auto& [text, numbers] : cases) EXPECT_EQ(readCpuList(text), numbers) << text;
 }
 
-TEST(CpuList, RefusesWhatNoKernelWrites) {
+TEST(CpuList, RejectsWhatNoKernelWrites) {
     for (const char* const text :
          {"x", "-1", "1-", "3-1", "0-3x", "0--3", "1,,2", ",1", "65536", "0-4294967295",
           "99999999999999999999", "0x3", "1 2", "0-65535,0-65535,0-65535"}) {

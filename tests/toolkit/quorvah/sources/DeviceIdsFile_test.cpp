@@ -39,7 +39,7 @@ TEST(DeviceIdsFile, VendorsAndDevicesAreFound) {
     EXPECT_EQ("First Vendor", ids.vendor("1000"));
 }
 
-TEST(DeviceIdsFile, ADeviceIsLookedForBelowItsVendorOnly) {
+TEST(DeviceIdsFile, ADeviceIsSearchedBelowItsVendorOnly) {
     DeviceIdsFile ids(kIds);
     EXPECT_EQ("", ids.device("2000", "0002"));
     EXPECT_EQ("", ids.device("2000", "0003"));
@@ -55,7 +55,7 @@ TEST(DeviceIdsFile, SubsystemsAreFoundBelowTheirDevice) {
     EXPECT_EQ("", ids.device("1000", "1000"));
 }
 
-TEST(DeviceIdsFile, ClassesAreApartFromVendors) {
+TEST(DeviceIdsFile, ClassesAreSeparateFromVendors) {
     DeviceIdsFile ids(kIds);
     EXPECT_EQ("Network controller", ids.baseClass("02"));
     EXPECT_EQ("Ethernet controller", ids.subclass("02", "00"));
@@ -77,7 +77,7 @@ TEST(DeviceIdsFile, UnknownAndEmptyIdsHaveNoName) {
     EXPECT_EQ("", ids.subclass("02", ""));
 }
 
-TEST(DeviceIdsFile, TheVersionStandsInTheHead) {
+TEST(DeviceIdsFile, TheVersionIsInTheHeader) {
     EXPECT_EQ("2023.04.10", DeviceIdsFile(kIds).version());
     EXPECT_EQ("", DeviceIdsFile("").version());
     EXPECT_EQ("", DeviceIdsFile("# no such line\n1000  First\n# Version: 7\n").version());
@@ -90,7 +90,7 @@ TEST(DeviceIdsFile, TheFirstLineCanBeAVendorAndTheLastLackItsLineEnd) {
     EXPECT_EQ("Last", ids.vendor("2000"));
 }
 
-TEST(DeviceIdsFile, AFileCutOffAnywhereGivesBeginningsOfItsNames) {
+TEST(DeviceIdsFile, ATruncatedFileGivesTruncatedNames) {
     const std::string text = kIds;
     for (std::size_t length = 0; length <= text.size(); ++length) {
         const std::string cut = text.substr(0, length);

@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(DmiPlaceholders, AreWhatMakersLeaveInPlaceOfAValue) {
+TEST(DmiPlaceholders, IncludeTextsThatMakersLeave) {
     for (const char* const text : {"",
                                    "   ",
                                    "To be filled by O.E.M.",
@@ -31,7 +31,7 @@ TEST(DmiPlaceholders, AreWhatMakersLeaveInPlaceOfAValue) {
     }
 }
 
-TEST(DmiPlaceholders, AreNotValuesThatResembleThem) {
+TEST(DmiPlaceholders, ExcludeSimilarValues) {
     for (const char* const text : {"0", "1234567", "12345678901", "None of these", "Default string 2",
                                    "ES-2630", "00000001", "FF00", "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
                                    "Nonesuch", "03000200-0400-0500-0006-00070008000a", "11111111"}) {

@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(FileSystemUsage, PathsThatAreNotThereHaveNoAnswer) {
+TEST(FileSystemUsage, MissingPathsHaveNoUsage) {
     const UsageAnswers answers = askUsage({"/", "/no/such/place", "/"});
     ASSERT_EQ(3U, answers.usages.size());
     EXPECT_TRUE(answers.complete);
@@ -16,7 +16,7 @@ TEST(FileSystemUsage, PathsThatAreNotThereHaveNoAnswer) {
     EXPECT_GT(answers.usages[0]->size, 0U);
 }
 
-TEST(FileSystemUsage, NoPathsNeedNoAnswer) {
+TEST(FileSystemUsage, NoPathsGiveNoUsages) {
     const UsageAnswers answers = askUsage({});
     EXPECT_TRUE(answers.complete);
     EXPECT_TRUE(answers.usages.empty());

@@ -18,7 +18,7 @@ Hypervisor inTree(const ScratchDir& tree) {
     return findHypervisor(Root(tree.path().string()));
 }
 
-TEST(Hypervisor, IsKnownByItsSignature) {
+TEST(Hypervisor, IsIdentifiedByItsSignature) {
     const std::pair<const char*, const char*> cases[] = {
         {"KVMKVMKVM", "kvm"},    {"Microsoft Hv", "hyperv"},     {"VMwareVMware", "vmware"},
         {"XenVMMXenVMM", "xen"}, {"VBoxVBoxVBox", "virtualbox"}, {"NeverSeenOne", ""}};
@@ -28,7 +28,7 @@ TEST(Hypervisor, IsKnownByItsSignature) {
     }
 }
 
-TEST(Hypervisor, FirmwareTextsAreNoProofAgainstTheCpu) {
+TEST(Hypervisor, TheCpuOverridesFirmwareTexts) {
     const ScratchDir tree;
     tree.write("sys/class/dmi/id/sys_vendor", "Amazon EC2\n");
     tree.write("proc/cpuinfo", kRealCpu);
@@ -37,21 +37,21 @@ TEST(Hypervisor, FirmwareTextsAreNoProofAgainstTheCpu) {
     EXPECT_EQ(inTree(tree).type, "kvm");
 }
 
-TEST(Hypervisor, FirmwareTextsCountWhereTheCpuHasNoWordForIt) {
+TEST(Hypervisor, FirmwareTextsApplyIfTheCpuHasNoFlag) {
     const ScratchDir tree;
     tree.write("sys/class/dmi/id/sys_vendor", "QEMU\n");
     tree.write("proc/cpuinfo", "processor : 0\nCPU implementer : 0x41\nCPU architecture: 8\n");
     EXPECT_EQ(inTree(tree).type, "kvm");
 }
 
-TEST(Hypervisor, OneThatNobodyNamesIsStillThere) {
+TEST(Hypervisor, AnUnknownHypervisorIsPresent) {
     const ScratchDir tree;
     tree.write("proc/cpuinfo", kVirtualCpu);
     EXPECT_TRUE(inTree(tree).present);
     EXPECT_EQ(inTree(tree).type, "");
 }
 
-TEST(Hypervisor, TellsTheGuestsOfXenFromItsControlDomain) {
+TEST(Hypervisor, DistinguishesXenGuestsFromTheControlDomain) {
     const ScratchDir tree;
     tree.write("sys/hypervisor/type", "xen\n");
     tree.write("sys/hypervisor/guest_type", "PV\n");
@@ -65,7 +65,7 @@ TEST(Hypervisor, TellsTheGuestsOfXenFromItsControlDomain) {
     EXPECT_FALSE(inTree(tree).present);
 }
 
-TEST(Hypervisor, TellsAPlainPartitionOfAnS390xFromAGuestInOne) {
+TEST(Hypervisor, DistinguishesAnS390xPartitionFromAGuestInOne) {
     const ScratchDir tree;
     tree.write("proc/sysinfo", "Manufacturer: IBM\nLPAR Number:          28\n");
     EXPECT_EQ(inTree(tree).type, "lpar");
@@ -73,7 +73,7 @@ TEST(Hypervisor, TellsAPlainPartitionOfAnS390xFromAGuestInOne) {
     EXPECT_EQ(inTree(tree).type, "kvm");
 }
 
-TEST(Hypervisor, TellsAMicroMachineByTheMakerOfItsFirmwareTable) {
+TEST(Hypervisor, IdentifiesFirecrackerByItsAcpiTable) {
     const ScratchDir tree;
     tree.write("proc/cpuinfo", kVirtualCpu);
     tree.write("sys/firmware/acpi/tables/DSDT", std::string("DSDT\x53\x0f\0\0\x02\x77"
@@ -83,14 +83,14 @@ TEST(Hypervisor, TellsAMicroMachineByTheMakerOfItsFirmwareTable) {
     EXPECT_EQ(inTree(tree).vendor, "KVM");
 }
 
-TEST(Hypervisor, TellsAHyperVGuestByItsBus) {
+TEST(Hypervisor, IdentifiesAHyperVGuestByItsBus) {
     const ScratchDir tree;
     tree.write("proc/cpuinfo", kVirtualCpu);
     tree.write("sys/bus/vmbus/devices/vmbus_0/id", "1\n");
     EXPECT_EQ(inTree(tree).type, "hyperv");
 }
 
-TEST(Container, IsNamedByItsManagersMarks) {
+TEST(Container, IsIdentifiedByTheFilesOfItsManager) {
     const ScratchDir tree;
     const Root root(tree.path().string());
     EXPECT_EQ(containerType(root), "");
@@ -102,7 +102,7 @@ TEST(Container, IsNamedByItsManagersMarks) {
     EXPECT_EQ(containerType(root), "lxc");
 }
 
-TEST(Container, HasNoIdWithoutAWholeOneAmongTheMounts) {
+TEST(Container, HasNoIdWithoutACompleteOneInTheMounts) {
     const ScratchDir tree;
     const Root root(tree.path().string());
     EXPECT_EQ(containerId(root), "");

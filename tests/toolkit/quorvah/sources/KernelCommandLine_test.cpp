@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(KernelCommandLine, TheLastOneCounts) {
+TEST(KernelCommandLine, TheLastParameterApplies) {
     const std::string_view line = "quiet root=/dev/sda1 x.root=no root=\"/dev/my disk\" rootwait";
     EXPECT_EQ(bootParameter(line, "root"), "/dev/my disk");
     EXPECT_EQ(bootParameter(line, "quiet"), "");
@@ -13,7 +13,7 @@ TEST(KernelCommandLine, TheLastOneCounts) {
     EXPECT_EQ(bootParameter("", "root"), "");
 }
 
-TEST(KernelCommandLine, SecretsAreCut) {
+TEST(KernelCommandLine, SecretsAreReplaced) {
     const std::pair<const char*, const char*> cases[] = {
         {"a password=hunter2 b", "a password=*** b"},
         {"grub.PASSWD=x", "grub.PASSWD=***"},

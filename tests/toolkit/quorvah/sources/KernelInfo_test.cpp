@@ -27,7 +27,7 @@ std::string elf(char wide, char order, int machine) {
     return header;
 }
 
-TEST(KernelInfo, OfTheLiveMachineIsThatOfUname) {
+TEST(KernelInfo, OfTheLiveMachineMatchesUname) {
     utsname names{};
     ASSERT_EQ(uname(&names), 0);
     const KernelInfo kernel = readKernelInfo(Root());
@@ -50,7 +50,7 @@ TEST(KernelInfo, MachineIsReadFromAProgramsHeader) {
     EXPECT_EQ(machineOfElf(""), "");
 }
 
-TEST(HostName, IsThatOfTheKernelElseOfItsFile) {
+TEST(HostName, IsThatOfTheKernelOrElseOfTheFile) {
     const ScratchDir tree;
     const Root root(tree.path().string());
     EXPECT_EQ(hostName(root), "");
@@ -62,7 +62,7 @@ TEST(HostName, IsThatOfTheKernelElseOfItsFile) {
     EXPECT_EQ(hostName(root), "");
 }
 
-TEST(ObservationTime, OfATreeIsWhenItWasTaken) {
+TEST(ObservationTime, OfATreeIsTheTimeOfCapture) {
     const ScratchDir tree;
     const Root root(tree.path().string());
     EXPECT_EQ(observationTime(root), std::nullopt);

@@ -5,13 +5,13 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(KeyValueText, StandBetweenBlanks) {
+TEST(KeyValueText, WordsAreSeparatedByBlanks) {
     EXPECT_EQ(wordsOf(" a  b\tc "), (std::vector<std::string>{"a", "b", "c"}));
     EXPECT_TRUE(wordsOf("").empty());
     EXPECT_TRUE(wordsOf(" \t ").empty());
 }
 
-TEST(KeyValueText, AValueStandsBehindItsWholeKey) {
+TEST(KeyValueText, AValueFollowsItsCompleteKey) {
     const std::string_view text = "MemTotalX: 1 kB\nMemTotal:   16 kB\nbtime 1719820800\nempty:\n";
     EXPECT_EQ(valueForKey(text, "MemTotal"), "16 kB");
     EXPECT_EQ(valueForKey(text, "btime"), "1719820800");

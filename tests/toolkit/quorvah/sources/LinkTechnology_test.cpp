@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-TEST(LinkTechnology, TheKindIsToldByWhatSysfsHas) {
+TEST(LinkTechnology, DependsOnTheFilesInSysfs) {
     const struct {
         LinkTraits traits;
         const char* technology;

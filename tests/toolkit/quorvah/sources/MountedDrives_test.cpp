@@ -12,7 +12,7 @@ Mount mountOf(const char* type, const char* mountPoint = "/x") {
     return mount;
 }
 
-TEST(MountedDrives, TypesAreToldApart) {
+TEST(MountedDrives, TypesAreClassified) {
     const struct {
         const char* type;
         FileSystemKind kind;
@@ -29,13 +29,13 @@ TEST(MountedDrives, TypesAreToldApart) {
     for (const auto& test : kCases) EXPECT_EQ(test.kind, fileSystemKind(mountOf(test.type))) << test.type;
 }
 
-TEST(MountedDrives, ASystemThatRunsFromMemoryHasItsRootThere) {
+TEST(MountedDrives, ARootInMemoryIsLocal) {
     EXPECT_EQ(FileSystemKind::Local, fileSystemKind(mountOf("tmpfs", "/")));
     EXPECT_EQ(FileSystemKind::Local, fileSystemKind(mountOf("ramfs", "/")));
     EXPECT_EQ(FileSystemKind::Pseudo, fileSystemKind(mountOf("proc", "/")));
 }
 
-TEST(MountedDrives, PasswordsAreCutOut) {
+TEST(MountedDrives, PasswordsAreRemoved) {
     const struct {
         const char* options;
         const char* kept;

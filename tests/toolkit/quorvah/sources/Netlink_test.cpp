@@ -103,7 +103,7 @@ TEST(Netlink, WithoutAPeerBothAttributesNameTheAddress) {
     EXPECT_FALSE(answer.addresses[1].finite);
 }
 
-TEST(Netlink, AnEndlessLifeIsNotFinite) {
+TEST(Netlink, AnUnlimitedLifetimeIsNotFinite) {
     const ifa_cacheinfo life{~0U, ~0U, 0, 0};
     NetlinkAnswer answer;
     readNetlinkBlock(
@@ -113,7 +113,7 @@ TEST(Netlink, AnEndlessLifeIsNotFinite) {
     EXPECT_FALSE(answer.addresses[0].finite);
 }
 
-TEST(Netlink, AMessageWithoutAddressIsLeftOut) {
+TEST(Netlink, AMessageWithoutAddressIsSkipped) {
     NetlinkAnswer answer;
     readNetlinkBlock(addressMessage(AF_INET, 8, ""), answer);
     readNetlinkBlock(addressMessage(AF_INET, 8, attribute(IFA_LOCAL, "abc")), answer);
@@ -137,7 +137,7 @@ TEST(Netlink, DefaultRoutesOfTheMainTableGiveTheirGateways) {
     EXPECT_EQ(kFar, firstBytes(answer.gateways[0].gateway));
 }
 
-TEST(Netlink, ARouteOfSeveralWaysGivesEachGateway) {
+TEST(Netlink, ARouteWithSeveralNextHopsGivesEachGateway) {
     std::string hops;
     for (const int interface : {7, 9}) {
         const std::string gateway = attribute(RTA_GATEWAY, interface == 7 ? kLocal : kFar);
@@ -163,7 +163,7 @@ TEST(Netlink, TheEndAndErrorsAreReported) {
     EXPECT_EQ(NetlinkState::More, readNetlinkBlock("", answer));
 }
 
-TEST(Netlink, ABlockCutOffAnywhereGivesOnlyWholeMessages) {
+TEST(Netlink, ATruncatedBlockGivesCompleteMessagesOnly) {
     const std::string block = fullAddress() + fullAddress() + message(NLMSG_DONE, "1234");
     for (std::size_t length = 0; length < block.size(); ++length) {
         NetlinkAnswer answer;
@@ -172,8 +172,8 @@ TEST(Netlink, ABlockCutOffAnywhereGivesOnlyWholeMessages) {
     }
 }
 
-// Any length of message or attribute may be a lie.
-TEST(Netlink, EveryByteMayBeWrong) {
+// Any length of a message or an attribute may be wrong.
+TEST(Netlink, AnyByteMayBeWrong) {
     const std::string block =
         fullAddress() + routeMessage(RT_TABLE_MAIN, RTN_UNICAST, 0, attribute(RTA_GATEWAY, kFar));
     for (std::size_t i = 0; i < block.size(); ++i) {

@@ -57,7 +57,7 @@ TEST(FibTrie, AnAddressOutsideAllNetworksHasNoPrefixLength) {
     EXPECT_FALSE(addresses[2].broadcastKnown);
 }
 
-TEST(FibTrie, BrokenLinesAreLeftOut) {
+TEST(FibTrie, MalformedLinesAreSkipped) {
     for (const char* const text :
          {"", "Main:\n", "/32 host LOCAL\n", "|-- 1.2.3\n /32 host LOCAL\n", "|-- 1.2.3.4\n /33 host LOCAL\n",
           "|-- 1.2.3.4\n /-1 host LOCAL\n", "|-- 1.2.3.4\n /32x host LOCAL\n",
@@ -66,7 +66,7 @@ TEST(FibTrie, BrokenLinesAreLeftOut) {
     }
 }
 
-TEST(FibTrie, AFileCutOffAnywhereGivesOnlyAddressesThatItHolds) {
+TEST(FibTrie, ATruncatedFileGivesNoWrongAddresses) {
     const std::string text = kTrie;
     for (std::size_t length = 0; length <= text.size(); ++length) {
         for (const FibTrieAddress& address : readFibTrie(text.substr(0, length))) {
@@ -91,7 +91,7 @@ TEST(Routes, ALittleEndianMachinesRoutesAreRead) {
     EXPECT_EQ("255.255.255.0", ipv4Text(routes[1].mask));
 }
 
-TEST(Routes, ABigEndianMachinesRoutesAreToldByTheirMasks) {
+TEST(Routes, ABigEndianMachinesRoutesAreRecognizedByTheirMasks) {
     const auto routes = readRoutes(std::string(kRouteHead) +
                                    "eth0\t00000000\tC0000201\t0003\t0\t0\t0\t00000000\t0\t0\t0\n"
                                    "eth0\tC0000200\t00000000\t0001\t0\t0\t0\tFFFFFF00\t0\t0\t0\n");
@@ -100,7 +100,7 @@ TEST(Routes, ABigEndianMachinesRoutesAreToldByTheirMasks) {
     EXPECT_EQ("192.0.2.0", ipv4Text(routes[1].destination));
 }
 
-TEST(Routes, RoutesThatAreDownOrRefuseAndBrokenLinesAreLeftOut) {
+TEST(Routes, DownAndRejectRoutesAndMalformedLinesAreSkipped) {
     for (const char* const line :
          {"eth0\t00000000\t010200C0\t0002\t0\t0\t0\t00000000\t0\t0\t0\n",
           "*\t00000000\t00000000\t0201\t0\t0\t0\t00000000\n",
@@ -124,7 +124,7 @@ TEST(IfInet6, AddressesAreRead) {
     EXPECT_EQ(128U, addresses[1].prefixLength);
 }
 
-TEST(IfInet6, BrokenLinesAreLeftOut) {
+TEST(IfInet6, MalformedLinesAreSkipped) {
     for (const char* const line :
          {"", "fe8000000000000000fc00fffe00000 04 40 20 80 eth0\n",
           "fe8000000000000000fc00fffe00000g 04 40 20 80 eth0\n",
@@ -149,14 +149,14 @@ TEST(Ipv6Routes, OnlyDefaultRoutesWithGatewayAreRead) {
     EXPECT_EQ(0x400U, routes[0].metric);
 }
 
-TEST(IpAddressText, MasksAndPrefixLengthsBelongTogether) {
+TEST(IpAddressText, ConvertsBetweenMasksAndPrefixLengths) {
     for (int length = 0; length <= 32; ++length) EXPECT_EQ(length, prefixLengthOf(maskOf(length)));
     EXPECT_EQ("255.255.254.0", ipv4Text(maskOf(23)));
     EXPECT_EQ(-1, prefixLengthOf(0x00FFFFFF));
     EXPECT_EQ(-1, prefixLengthOf(0xFFFFFF01));
 }
 
-TEST(IpAddressText, WhatIsNoAddressLeavesTheTargetUntouched) {
+TEST(IpAddressText, OtherTextsDoNotChangeTheTarget) {
     std::uint32_t address = 7;
     for (const char* const text : {"", "1.2.3", "1.2.3.4.5", "256.1.1.1", "a.b.c.d", "1.2.3.4 "}) {
         EXPECT_FALSE(readIpv4(text, address)) << text;

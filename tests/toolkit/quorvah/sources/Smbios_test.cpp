@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// A structure of `length` bytes with these strings behind it.
+// A structure followed by these strings.
 std::string structure(unsigned type, unsigned handle, const std::string& fields,
                       const std::vector<std::string>& strings) {
     std::string bytes;
@@ -59,7 +59,7 @@ TEST(Smbios, ReadsStructuresWithTheirStrings) {
     EXPECT_TRUE(smbios.ofType(9).empty());
 }
 
-TEST(Smbios, WhatLiesBehindAShortStructureIsUnknown) {
+TEST(Smbios, FieldsBeyondAShortStructureAreUnknown) {
     const Smbios smbios(structure(1, 0, "\x05\x34\x12"s, {"only"}));
     const SmbiosStructure& only = smbios.structures().front();
     EXPECT_EQ(only.string(4), "") << "there is no fifth string";
@@ -71,7 +71,7 @@ TEST(Smbios, WhatLiesBehindAShortStructureIsUnknown) {
     EXPECT_TRUE(only.has(5, 2));
 }
 
-TEST(Smbios, StopsWhereATableIsCutOrBroken) {
+TEST(Smbios, StopsAtATruncatedOrMalformedStructure) {
     const std::string good = structure(1, 0, "\x01"s, {"text"});
     const std::string cases[] = {
         "",
@@ -91,7 +91,7 @@ TEST(Smbios, StopsWhereATableIsCutOrBroken) {
     }
 }
 
-TEST(Smbios, EveryCutOfATableIsTaken) {
+TEST(Smbios, AcceptsATableTruncatedAnywhere) {
     const Root root(QUORVAH_TEST_TREES "/x86-server");
     const std::string table = root.read("/sys/firmware/dmi/tables/DMI").value();
     for (std::size_t length = 0; length <= table.size(); ++length) {
@@ -114,7 +114,7 @@ TEST(Smbios, ReadsTheVersionOfBothEntryPoints) {
     }
 }
 
-TEST(Smbios, IsPutTogetherFromSingleEntriesWithoutTheTable) {
+TEST(Smbios, IsAssembledFromSingleEntriesWithoutTheTable) {
     const zavtest::ScratchDir tree;
     tree.write("sys/firmware/dmi/entries/17-10/raw", structure(17, 10, "", {"b"}));
     tree.write("sys/firmware/dmi/entries/17-9/raw", structure(17, 9, "", {"a"}));
@@ -141,7 +141,7 @@ TEST(SmbiosMemory, ReadsEveryFormOfASize) {
     }
 }
 
-TEST(SmbiosMemory, TakesTheExtendedCapacityOfALargeArray) {
+TEST(SmbiosMemory, UsesTheExtendedCapacityOfALargeArray) {
     std::string fields(0x17 - 4, '\0');
     fields[0x05 - 4] = 3;
     fields[0x06 - 4] = 5;
@@ -154,14 +154,14 @@ TEST(SmbiosMemory, TakesTheExtendedCapacityOfALargeArray) {
     EXPECT_EQ(memory.errorCorrection, "Single-bit ECC");
 }
 
-TEST(SmbiosMemory, CountsNoArrayOfVideoOrFlashMemory) {
+TEST(SmbiosMemory, IgnoresArraysOfVideoOrFlashMemory) {
     std::string fields(0x0F - 4, '\0');
     fields[0x05 - 4] = 4;
     fields[0x0D - 4] = 8;
     EXPECT_EQ(toolkit::quorvah::readSmbiosMemory(Smbios(structure(16, 1, fields, {}))).devices, 0U);
 }
 
-TEST(SmbiosProcessor, PassesOverEmptySocketsAndOtherProcessors) {
+TEST(SmbiosProcessor, SkipsEmptySocketsAndOtherProcessors) {
     constexpr unsigned kCpu = 3;
     constexpr unsigned kDsp = 5;
     EXPECT_EQ(readSmbiosProcessors(Smbios(processor(0x41, kCpu, 0))).size(), 1U);
@@ -177,7 +177,7 @@ TEST(SmbiosProcessor, ReadsBothFormsOfAVoltage) {
     }
 }
 
-TEST(SmbiosProcessor, NamesEveryKnownSocketAndTakesUnknownOnes) {
+TEST(SmbiosProcessor, NamesKnownSocketsAndAcceptsUnknownOnes) {
     const std::pair<unsigned, const char*> cases[] = {{0x03, "Daughter Board"},
                                                       {0x31, "Socket AM4"},
                                                       {0x36, "Socket LGA3647-1"},

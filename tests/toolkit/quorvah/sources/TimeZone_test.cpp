@@ -20,9 +20,9 @@ TEST(TimeZone, FollowsTheRulesOfTheTree) {
         bool summer;
     } cases[] = {{1704067200, 60, false},  // 2024-01-01
                  {1719820800, 120, true},  // 2024-07-01
-                 {1711846799, 60, false},  // the last second before summer time of 2024
+                 {1711846799, 60, false},  // the last second before daylight saving time in 2024
                  {1711846800, 120, true},
-                 {4118083200, 120, true}};  // 2100-07-01, by the rule behind the table
+                 {4118083200, 120, true}};  // 2100-07-01, by the rule after the table
     for (const auto& [time, minutes, summer] : cases) {
         const auto offset = zoneOffset(root, time);
         ASSERT_TRUE(offset.has_value()) << time;
@@ -32,7 +32,7 @@ TEST(TimeZone, FollowsTheRulesOfTheTree) {
     EXPECT_EQ(zoneName(root), "Europe/Vienna");
 }
 
-TEST(TimeZone, LeavesTheProgramsOwnZoneAsItWas) {
+TEST(TimeZone, RestoresTheZoneOfTheProgram) {
     ASSERT_EQ(setenv("TZ", "Asia/Tokyo", 1), 0);
     EXPECT_TRUE(zoneOffset(Root(QUORVAH_TEST_TREES "/x86-server"), 1719820800).has_value());
     EXPECT_STREQ(getenv("TZ"), "Asia/Tokyo");
@@ -41,7 +41,7 @@ TEST(TimeZone, LeavesTheProgramsOwnZoneAsItWas) {
     EXPECT_EQ(getenv("TZ"), nullptr);
 }
 
-TEST(TimeZone, IsUnknownWithoutRulesThatCanBeRead) {
+TEST(TimeZone, IsUnknownWithoutReadableRules) {
     const ScratchDir tree;
     const Root root(tree.path().string());
     EXPECT_FALSE(zoneOffset(root, 0).has_value());
@@ -50,7 +50,7 @@ TEST(TimeZone, IsUnknownWithoutRulesThatCanBeRead) {
     EXPECT_EQ(zoneName(root), "");
 }
 
-TEST(TimeZone, NameIsWhatTheLinkNamesElseWhatIsWritten) {
+TEST(TimeZone, NameComesFromTheLinkOrElseFromTheFile) {
     const std::pair<const char*, const char*> cases[] = {
         {"/usr/share/zoneinfo/America/Argentina/Ushuaia", "America/Argentina/Ushuaia"},
         {"../usr/share/zoneinfo/posix/UTC", "UTC"},

@@ -24,7 +24,7 @@ TEST(UsbAttributes, SpeedsBecomeBitsPerSecond) {
     for (const auto& test : kCases) EXPECT_EQ(test.speed, usbSpeed(test.megabits)) << test.megabits;
 }
 
-TEST(UsbAttributes, PowersLoseTheirUnit) {
+TEST(UsbAttributes, PowerLosesItsUnit) {
     EXPECT_EQ("100", usbPower("100mA"));
     EXPECT_EQ("0", usbPower("0mA"));
     for (const char* const text : {"", "mA", "100", "100 mA", "-1mA", "1W"})

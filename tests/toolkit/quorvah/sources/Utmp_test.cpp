@@ -18,7 +18,7 @@ std::string utmpRecord(int type, unsigned process, bool bigEndian, std::size_t s
     return record;
 }
 
-TEST(Utmp, ListsTheSessionsOfUsersWhateverTheMachine) {
+TEST(Utmp, ListsTheSessionsOfAnyMachine) {
     for (const bool bigEndian : {false, true}) {
         for (const std::size_t size : {std::size_t{384}, std::size_t{400}}) {
             const std::string utmp = utmpRecord(2, 1, bigEndian, size) +
@@ -29,14 +29,14 @@ TEST(Utmp, ListsTheSessionsOfUsersWhateverTheMachine) {
     }
 }
 
-TEST(Utmp, PassesOverACutLastRecord) {
+TEST(Utmp, SkipsATruncatedLastRecord) {
     const std::string record = utmpRecord(7, 5, false, 384);
     EXPECT_EQ(userSessions(record + record.substr(0, 100)), (std::vector<unsigned>{5}));
     EXPECT_TRUE(userSessions(record.substr(0, 383)).empty());
     EXPECT_TRUE(userSessions("").empty());
 }
 
-TEST(Utmp, ASystemWithoutTheFileKeepsNoCount) {
+TEST(Utmp, ASystemWithoutTheFileHasNoCount) {
     const ScratchDir tree;
     EXPECT_EQ(countUsers(Root(tree.path().string())), std::nullopt);
     tree.write("var/run/utmp", "");

@@ -1,10 +1,10 @@
-// Package databases of every kind, in the form that they ought to have, and such as no program writes.
+// Package databases of every kind, well-formed or as no program writes them.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "fuzz/hostile/Frame.h"
+#include "fuzz/hostile/Harness.h"
 
 namespace hostile {
 
@@ -13,7 +13,7 @@ struct Seed {
     std::string content;
 };
 
-// One of each kind, with a package.
+// One file per kind of database, with at least one package.
 std::vector<Seed> packageDatabases(Random& random);
 
 }  // namespace hostile

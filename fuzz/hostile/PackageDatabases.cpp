@@ -1,4 +1,4 @@
-#include "fuzz/hostile/Databases.h"
+#include "fuzz/hostile/PackageDatabases.h"
 
 #include <cstdint>
 
@@ -12,7 +12,7 @@ std::string bigEndian(std::uint64_t value, int width) {
     return bytes;
 }
 
-// The number as SQLite writes it: seven bits a byte, the highest first.
+// A variable-length integer of SQLite: seven bits per byte, the highest first.
 std::string varint(std::uint64_t value) {
     std::string bytes(1, static_cast<char>(value & 0x7FU));
     while ((value >>= 7U) != 0) bytes.insert(bytes.begin(), static_cast<char>((value & 0x7FU) | 0x80U));
@@ -45,7 +45,7 @@ std::string rpmHeader(Random& random) {
     return bigEndian(entries, 4) + bigEndian(store.size(), 4) + index + store;
 }
 
-// A page of that size that is the leaf of a table: so many pointers to one cell at its end.
+// A leaf page of an SQLite table with one cell at its end and `pointers` pointers to it.
 std::string leafPage(std::size_t size, std::size_t head, const std::string& cell, std::size_t pointers) {
     std::string page(size, '\0');
     const std::size_t at = size - cell.size();
@@ -61,7 +61,7 @@ std::string cellOf(const std::string& types, const std::string& values) {
     return varint(record.size()) + varint(1) + record;
 }
 
-// Two pages: the schema, and the table of packages. Sometimes all cells of it are one.
+// Two pages: the schema and the table of packages, whose pointers may all refer to one cell.
 std::string rpmDatabase(Random& random) {
     constexpr std::size_t kPage = 32768;
     constexpr std::size_t kHead = 100;

@@ -1,4 +1,4 @@
-#include "fuzz/hostile/Signatures.h"
+#include "fuzz/hostile/HostileSignatures.h"
 
 #include <array>
 
@@ -50,7 +50,7 @@ const Texts kTests = {"equals", "atLeast", "above", "atMost", "below"};
 const Texts kSchemes = {"deb", "rpm", "semver", "pep440", "dotted", "int", "text"};
 const Texts kKeys = {"name", "version", "dependencies.a", "/packages/0/name", "a.b.c.d", "0", ""};
 
-// Valid ones that look at everything once, whatever the others are.
+// Valid signatures that read every path with every kind of leaf.
 std::string plainSignatures(const Texts& paths) {
     const auto signature = [](const std::string& guid, const std::string& leaf) {
         return "<Signature guid=\"plain." + guid + "\" name=\"n\"><Each>" + leaf +
@@ -179,7 +179,7 @@ class Writer {
 
 }  // namespace
 
-std::string signaturesAbout(Random& random, const std::vector<std::string>& paths) {
+std::string hostileSignatures(Random& random, const std::vector<std::string>& paths) {
     return Writer(random, paths).file();
 }
 
