@@ -15,12 +15,12 @@ struct Entry {
     char name[];
 };
 
-enum { kBlock = 32 << 10, kDirectory = 4, kDeepest = 64 };
+enum { kBlock = 32 << 10, kDirectory = 4, kMaxDepth = 64 };
 
-static char blocks[kDeepest][kBlock];
+static char blocks[kMaxDepth][kBlock];
 
 static int walk(int parent, const char* name, int depth) {
-    if (depth == kDeepest) return 1;
+    if (depth == kMaxDepth) return 1;
     const int directory = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (directory < 0) return 1;
     int failed = 0;

@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // A tree may take 1 GiB. The rest is for the process and for the parser, which keeps its own table of names.
-constexpr long kMostKilobytes = 2L << 20;
+constexpr long kMaxKilobytes = 2L << 20;
 
 // Reads the file in a child. It exits with 10 + the status if the only error was "document too large" or there was
 // none, otherwise with 1.
@@ -59,7 +59,7 @@ Outcome readLarge(std::size_t megabytes, const std::string& begin, Next next) {
 
 void expectRefused(const Outcome& outcome) {
     EXPECT_EQ(outcome.exitCode, 11);
-    EXPECT_LT(outcome.peakKilobytes, kMostKilobytes);
+    EXPECT_LT(outcome.peakKilobytes, kMaxKilobytes);
 }
 
 TEST(NodeReaderLarge, EndlessElementsAreRefused) {
