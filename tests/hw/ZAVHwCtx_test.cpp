@@ -305,7 +305,7 @@ TEST_F(HwInitTest, FreeKeepsForeignFiles) {
 
 TEST(DiscardResults, ReleasesEveryInstanceOfEveryGroup) {
     ZAVHwCtx context;
-    for (const std::size_t id : {3, 51}) {
+    for (const std::size_t id : {3U, 51U}) {
         zav::HWInstance instance;
         instance.fields = {{L"Name", L"value"}};
         instance.makeFieldNames();

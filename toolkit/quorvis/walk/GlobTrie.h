@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "toolkit/quorvis/walk/GlobPattern.h"
-#include "toolkit/quorvis/walk/IndexTable.h"
+#include "toolkit/quorvis/walk/HashTables.h"
 
 namespace toolkit::quorvis {
 

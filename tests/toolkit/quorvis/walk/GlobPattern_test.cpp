@@ -6,7 +6,7 @@
 #include <set>
 #include <vector>
 
-#include "toolkit/quorvis/walk/IndexTable.h"
+#include "toolkit/quorvis/walk/HashTables.h"
 
 namespace toolkit::quorvis {
 namespace {

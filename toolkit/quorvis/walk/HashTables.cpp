@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/walk/IndexTable.h"
+#include "toolkit/quorvis/walk/HashTables.h"
 
 #include <algorithm>
 #include <bit>
