@@ -11,19 +11,19 @@
 #include <string>
 #include <string_view>
 
+#include "toolkit/quorvah/sources/BusAddress.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
 #include "toolkit/quorvah/sources/CpuList.h"
-#include "toolkit/quorvah/sources/IdsFile.h"
-#include "toolkit/quorvah/sources/InetText.h"
+#include "toolkit/quorvah/sources/DeviceIdsFile.h"
+#include "toolkit/quorvah/sources/IpAddressText.h"
 #include "toolkit/quorvah/sources/Netlink.h"
 #include "toolkit/quorvah/sources/PartitionTable.h"
-#include "toolkit/quorvah/sources/PciAddress.h"
 #include "toolkit/quorvah/sources/ProcNet.h"
 #include "toolkit/quorvah/sources/SmbiosMemory.h"
 #include "toolkit/quorvah/sources/SmbiosProcessor.h"
 #include "toolkit/quorvah/sources/TimeZone.h"
 #include "toolkit/quorvah/sources/UdevData.h"
-#include "toolkit/quorvah/sources/UsbText.h"
+#include "toolkit/quorvah/sources/UsbAttributes.h"
 #include "toolkit/quorvah/sources/Utmp.h"
 
 namespace {
@@ -82,7 +82,7 @@ void readNetlink(std::string_view block) {
 }
 
 void readIds(std::string_view text) {
-    quorvah::IdsFile ids(text);
+    quorvah::DeviceIdsFile ids(text);
     for (const std::string_view found :
          {ids.vendor("8086"), ids.device("8086", "1237"), ids.subsystem("8086", "1237", "1af4", "1100"),
           ids.baseClass("03"), ids.subclass("03", "00"), ids.version(), ids.vendor(""), ids.vendor("8086")})
@@ -148,7 +148,7 @@ void readCpus(std::string_view text) {
 }
 
 void readProcNet(std::string_view text) {
-    for (const quorvah::TrieAddress& address : quorvah::readFibTrie(text))
+    for (const quorvah::FibTrieAddress& address : quorvah::readFibTrie(text))
         must(address.prefixLength >= -1 && address.prefixLength <= 32);
     for (const quorvah::Ipv4Route& route : quorvah::readRoutes(text)) {
         must(quorvah::prefixLengthOf(route.mask) >= -1);
