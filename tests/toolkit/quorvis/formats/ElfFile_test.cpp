@@ -19,7 +19,7 @@ constexpr std::uint64_t kContents = 0x2000;
 
 std::string bytesOf(std::uint64_t number, std::size_t width) {
     std::string bytes;
-    for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFFU);
+    for (; width > 0; --width, number >>= 8U) bytes += static_cast<char>(number & 0xFFU);
     return bytes;
 }
 
