@@ -45,7 +45,7 @@ std::string parseOptions(int count, char* const* arguments, std::span<const Opti
         const int code =
             ::getopt_long(count, arguments, tables.letters.c_str(), tables.names.data(), nullptr);
         if (code == -1) break;
-        const std::string missing = std::string("option ") + arguments[next] + " needs a value";
+        std::string missing = std::string("option ") + arguments[next] + " needs a value";
         if (code == ':') return missing;
         if (code == '?') return std::string("unknown option ") + arguments[next];
         const Option& found = optionOf(options, code);

@@ -6,7 +6,8 @@
 
 namespace toolkit {
 
-// An option: with an argument if it has a `value`, else a switch.
+// An option: with an argument if it has a `value`, else a switch. The members are in the order of a table's columns.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): there are few options.
 struct Option {
     const char* name;              // "config" for --config
     char letter = 0;               // 'c' for -c; 0 for an option without a short form

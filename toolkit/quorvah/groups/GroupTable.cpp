@@ -8,9 +8,9 @@ namespace {
 
 // The groups that no file of groups/ defines.
 #define DEFINE_NOTHING(name)
-#define DEFINE_UNSUPPORTED(name, display) constexpr Group k##name{.displayName = display, .xmlName = #name};
+#define DEFINE_UNSUPPORTED(name, display) constexpr Group k##name{.displayName = (display), .xmlName = #name};
 #define DEFINE_ELSEWHERE(name, display, reason) \
-    constexpr Group k##name{.displayName = display, .xmlName = #name, .otherPlatform = reason};
+    constexpr Group k##name{.displayName = (display), .xmlName = #name, .otherPlatform = (reason)};
 QUORVAH_GROUPS(DEFINE_NOTHING, DEFINE_UNSUPPORTED, DEFINE_ELSEWHERE)
 
 #define ADDRESS_OF(name, ...) &k##name,
