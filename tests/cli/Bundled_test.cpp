@@ -43,7 +43,7 @@ TEST(Bundled, FormatsAgree) {
     for (std::size_t i = 0; i < packages.size(); ++i) {
         for (const auto& field : xml->at(i).fields) {
             ASSERT_LT(record, csv.size());
-            EXPECT_EQ(field.value, packages.at(i).at(field.name));
+            EXPECT_EQ(Json(field.value), packages.at(i).at(field.name));
             EXPECT_EQ((CsvRecord{"SoftwarePackages", std::to_string(i), field.name, field.value}),
                       csv[record++]);
         }

@@ -65,7 +65,7 @@ TEST_F(HardwareTest, JsonContainsEveryGroupAndTheScan) {
                     {"Notes", "one\ntwo"},
                     {"Empty", ""}}),
               json.at("groups").at("OperatingSystem").at(0));
-    EXPECT_EQ(scanner("copies"), json.at("scan").at("toolkit"));
+    EXPECT_EQ(Json(scanner("copies")), json.at("scan").at("toolkit"));
     EXPECT_FALSE(json.at("scan").contains("root"));
 }
 
@@ -250,8 +250,8 @@ TEST_F(HardwareTest, RootIsPassedToTheScannerAndRecorded) {
         hw({"--root", temporary_.string(), "--format", "json", "--group", "ScanInfo"}, "tells_root").run();
     ASSERT_EQ(0, ended.status) << ended.err;
     const Json json = Json::parse(ended.out);
-    EXPECT_EQ(temporary_.string(), json.at("groups").at("ScanInfo").at(0).at("RootPath"));
-    EXPECT_EQ(temporary_.string(), json.at("scan").at("root"));
+    EXPECT_EQ(Json(temporary_.string()), json.at("groups").at("ScanInfo").at(0).at("RootPath"));
+    EXPECT_EQ(Json(temporary_.string()), json.at("scan").at("root"));
 }
 
 TEST_F(HardwareTest, NoRootIsPassedByDefault) {

@@ -55,7 +55,7 @@ TEST(JsonWriter, OddValuesSurviveARoundTrip) {
     const HardwareInventory odd = zavtest::oddInventory();
     const Json object = Json::parse(jsonText(odd)).at("groups").at("Memory").at(0);
     for (const Field& field : odd.groups[0].instances[0])
-        EXPECT_EQ(field.value, object.at(field.name)) << field.name;
+        EXPECT_EQ(Json(field.value), object.at(field.name)) << field.name;
 }
 
 TEST(JsonWriter, OrderOfTheInventoryIsKept) {

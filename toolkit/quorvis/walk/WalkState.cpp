@@ -12,7 +12,7 @@ constexpr std::size_t kMaxProblemsPerNode = 10;
 constexpr std::size_t kMaxBytes = std::size_t{24} << 20;  // of the paths that one thread finds
 
 std::size_t sizeOf(const std::string& path) {
-    return sizeof path + path.size();
+    return sizeof(std::string) + path.size();
 }
 
 bool comesBefore(const Event& left, const Event& right) {
