@@ -52,8 +52,8 @@ bool ByteLayout::fits(std::string_view encoding) const {
 }
 
 bool ByteLayout::readByExpat(std::string_view encoding) {
-    constexpr std::string_view names[] = {"UTF-8",    "UTF-16",     "UTF-16BE",
-                                          "UTF-16LE", "ISO-8859-1", "US-ASCII"};
+    static constexpr std::string_view names[] = {"UTF-8",    "UTF-16",     "UTF-16BE",
+                                                 "UTF-16LE", "ISO-8859-1", "US-ASCII"};
     return isOneOf(encoding, names);
 }
 

@@ -15,7 +15,7 @@ constexpr const char* kExternal = "it is external, and nothing external is loade
 constexpr const char* kUndeclared = "it is not declared in the document itself";
 
 bool isPredefined(std::string_view name) {
-    constexpr std::string_view names[] = {"lt", "gt", "amp", "apos", "quot"};
+    static constexpr std::string_view names[] = {"lt", "gt", "amp", "apos", "quot"};
     return name.starts_with('#') || std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 

@@ -25,8 +25,8 @@ std::string_view nextParameter(std::string_view& line) {
 
 bool isSecret(std::string_view key) {
     const std::string lower = kest::lowerCase(key);
-    constexpr std::string_view kMarks[] = {"passw",      "passphrase", "secret", "token",
-                                           "credential", "psk",        "apikey"};
+    static constexpr std::string_view kMarks[] = {"passw",      "passphrase", "secret", "token",
+                                                  "credential", "psk",        "apikey"};
     return std::ranges::any_of(
         kMarks, [&lower](std::string_view mark) { return lower.find(mark) != std::string::npos; });
 }
