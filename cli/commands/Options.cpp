@@ -133,7 +133,7 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
 }
 
 // The options of the commands that run a scanner.
-void addScan(CLI::App& command, Options& options, std::string& format, int& verbosity) {
+void addScan(CLI::App& command, Options& options, std::string& format) {
     addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
     command.add_flag("--csv-raw", options.csvRaw,
                      "In csv, do not mark values that look like formulas with an apostrophe");
@@ -143,19 +143,19 @@ void addScan(CLI::App& command, Options& options, std::string& format, int& verb
     command.add_option("--root", options.root, "Scan the system below this directory")
         ->type_name("DIR")
         ->check(CLI::ExistingDirectory.description(""));
-    command.add_flag("-v", verbosity, "Show more messages of the library; -vv shows all");
+    command.add_flag("-v")->description("Show more messages of the library; -vv shows all");
 }
 
-void addHardware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
+void addHardware(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
     command.footer(kHardwareFooter);
     addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan only this group; may be repeated");
-    addScan(command, options, format, verbosity);
+    addScan(command, options, format);
     command.add_flag("--all", options.all, "Show everything in the table");
     command.callback([&options] { options.command = Command::Hardware; });
 }
 
-void addSoftware(CLI::App& app, Options& options, std::string& format, int& verbosity) {
+void addSoftware(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("sw", "Find software by signatures");
     command.footer(kSoftwareFooter);
     command.add_option("FILE", options.signatures, "Signature files, or directories of them")
@@ -167,7 +167,7 @@ void addSoftware(CLI::App& app, Options& options, std::string& format, int& verb
                 "Change a setting of the scanner; may be repeated");
     addRepeated(command, "--guid", options.guids, "GUID",
                 "Show only the results of this signature; may be repeated");
-    addScan(command, options, format, verbosity);
+    addScan(command, options, format);
     command.add_flag("--check", options.check, "Only check whether the files are valid");
     command.add_option("--explain", options.explain, "Only explain why this signature matches or not")
         ->type_name("GUID");
@@ -204,19 +204,28 @@ void requireAlone(const CLI::App& software, const char* flag, const std::vector<
     }
 }
 
+// Counts the -v of the given command.
+Verbosity verbosityOf(const CLI::App& app) {
+    std::size_t count = 0;
+    for (const CLI::App* const command : app.get_subcommands()) {
+        const CLI::Option* const flag = command->get_option_no_throw("-v");
+        if (flag != nullptr) count += flag->count();
+    }
+    return static_cast<Verbosity>(std::min<std::size_t>(count, 2));
+}
+
 }  // namespace
 
 std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) {
     Options options;
     std::string format = "table";
-    int verbosity = 0;
     CLI::App app("Takes an inventory of the hardware and software of this machine.", "zav");
     app.footer(kMainFooter);
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
     app.get_formatter()->column_width(26);
-    addHardware(app, options, format, verbosity);
-    addSoftware(app, options, format, verbosity);
+    addHardware(app, options, format);
+    addSoftware(app, options, format);
     addGroups(app, options, format);
     addDoctor(app, options);
     try {
@@ -237,7 +246,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     requireAlone(software, "--explain", {"--guid", "--format", "--output"});
     if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
-    options.verbosity = static_cast<Verbosity>(std::min(verbosity, 2));
+    options.verbosity = verbosityOf(app);
     return options;
 }
 
