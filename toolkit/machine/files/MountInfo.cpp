@@ -76,23 +76,11 @@ std::string withoutOctalEscapes(std::string_view text) {
 }
 
 std::vector<Mount> readMountInfo(std::string_view text) {
-    std::vector<Mount> mounts;
-    std::string_view line;
-    while (nextLine(text, line)) {
-        Mount mount;
-        if (readMountInfoLine(line, mount)) mounts.push_back(std::move(mount));
-    }
-    return mounts;
+    return parseLines(text, readMountInfoLine);
 }
 
 std::vector<Mount> readMountTable(std::string_view text) {
-    std::vector<Mount> mounts;
-    std::string_view line;
-    while (nextLine(text, line)) {
-        Mount mount;
-        if (readMountTableLine(line, mount)) mounts.push_back(std::move(mount));
-    }
-    return mounts;
+    return parseLines(text, readMountTableLine);
 }
 
 }  // namespace toolkit

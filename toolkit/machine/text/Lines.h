@@ -3,6 +3,8 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace toolkit {
 
@@ -20,6 +22,18 @@ inline bool nextLine(std::string_view& text, std::string_view& line) {
     text.remove_prefix(end == nullptr ? length : length + 1);
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     return true;
+}
+
+// The records of all lines for which `parse` returns true.
+template <class Record>
+std::vector<Record> parseLines(std::string_view text, bool (*parse)(std::string_view line, Record& record)) {
+    std::vector<Record> records;
+    std::string_view line;
+    while (nextLine(text, line)) {
+        Record record;
+        if (parse(line, record)) records.push_back(std::move(record));
+    }
+    return records;
 }
 
 // Takes the next word from `line`. Words are separated by blanks or tabs. Empty when no word is left.

@@ -141,12 +141,7 @@ std::vector<FibTrieAddress> readFibTrie(std::string_view text) {
 }
 
 std::vector<Ipv4Route> readRoutes(std::string_view text) {
-    std::vector<Ipv4Route> routes;
-    std::string_view line;
-    while (nextLine(text, line)) {
-        Ipv4Route route;
-        if (readRouteLine(line, route)) routes.push_back(std::move(route));
-    }
+    std::vector<Ipv4Route> routes = parseLines(text, readRouteLine);
     // The addresses are numbers in the byte order of the machine that wrote the file. The byte order is recognized by
     // the masks, which have no gaps if they are read correctly.
     const bool littleEndian = std::all_of(routes.begin(), routes.end(), [](const Ipv4Route& route) {
@@ -157,23 +152,11 @@ std::vector<Ipv4Route> readRoutes(std::string_view text) {
 }
 
 std::vector<Inet6Address> readIfInet6(std::string_view text) {
-    std::vector<Inet6Address> addresses;
-    std::string_view line;
-    while (nextLine(text, line)) {
-        Inet6Address address;
-        if (readInet6Line(line, address)) addresses.push_back(std::move(address));
-    }
-    return addresses;
+    return parseLines(text, readInet6Line);
 }
 
 std::vector<Ipv6DefaultRoute> readIpv6DefaultRoutes(std::string_view text) {
-    std::vector<Ipv6DefaultRoute> routes;
-    std::string_view line;
-    while (nextLine(text, line)) {
-        Ipv6DefaultRoute route;
-        if (readIpv6RouteLine(line, route)) routes.push_back(std::move(route));
-    }
-    return routes;
+    return parseLines(text, readIpv6RouteLine);
 }
 
 }  // namespace toolkit::quorvah
