@@ -114,8 +114,6 @@ class ZoneTree {
     ZoneTree& operator=(const ZoneTree&) = delete;
 
     const toolkit::Root& with(std::string_view zone) {
-        // A new file each time: the C library does not read again what it takes for the same one.
-        std::filesystem::remove(path_ / "etc/localtime");
         std::ofstream(path_ / "etc/localtime", std::ios::binary) << zone;
         return *root_;
     }

@@ -50,6 +50,30 @@ TEST(TimeZone, IsUnknownWithoutReadableRules) {
     EXPECT_EQ(zoneName(root), "");
 }
 
+// The C library would allocate memory for whatever the counts announce.
+TEST(TimeZone, IsUnknownWhenTheHeadersAnnounceMoreThanTheFileContains) {
+    const std::optional<std::string> rules = Root(QUORVAH_TEST_TREES "/x86-server").read("/etc/localtime");
+    ASSERT_TRUE(rules.has_value());
+    const std::size_t second = rules->rfind("TZif");
+    ASSERT_GT(second, 0U);
+    const ScratchDir tree;
+    const Root root(tree.path().string());
+    tree.write("etc/localtime", *rules);
+    EXPECT_TRUE(zoneOffset(root, 0).has_value());
+    for (const std::size_t header : {std::size_t{0}, second}) {
+        for (std::size_t count = 0; count < 6; ++count) {
+            std::string changed = *rules;
+            changed[header + 20 + 4 * count] = '\x7F';
+            tree.write("etc/localtime", changed);
+            EXPECT_FALSE(zoneOffset(root, 0).has_value()) << header << ' ' << count;
+        }
+    }
+    for (const std::size_t size : {std::size_t{43}, std::size_t{44}, second, second + 43, second + 44}) {
+        tree.write("etc/localtime", rules->substr(0, size));
+        EXPECT_FALSE(zoneOffset(root, 0).has_value()) << size;
+    }
+}
+
 TEST(TimeZone, NameComesFromTheLinkOrElseFromTheFile) {
     const std::pair<const char*, const char*> cases[] = {
         {"/usr/share/zoneinfo/America/Argentina/Ushuaia", "America/Argentina/Ushuaia"},
