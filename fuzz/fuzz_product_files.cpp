@@ -7,8 +7,7 @@
 #include "fuzz/MemoryFile.h"
 #include "toolkit/quorvis/facts/SwidTags.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
-#include "toolkit/quorvis/formats/ProductFacts.h"
-#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/formats/ZipArchive.h"
 

@@ -7,7 +7,7 @@
 
 #include "toolkit/quorvis/files/Files.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
-#include "toolkit/quorvis/formats/ParseLimits.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/report/Event.h"
 #include "toolkit/quorvis/settings/Settings.h"
 

@@ -2,8 +2,7 @@
 #include <optional>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/ProductFacts.h"
-#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/ZipArchive.h"
 
 namespace toolkit::quorvis {

@@ -2,7 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 namespace toolkit::quorvis {
 

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 #include <charconv>
 

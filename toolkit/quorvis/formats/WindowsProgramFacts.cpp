@@ -4,7 +4,7 @@
 
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Utf8.h"
-#include "toolkit/quorvis/formats/ProductFacts.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 namespace toolkit::quorvis {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/quorvis/formats/ParseLimits.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 namespace toolkit::quorvis {
 

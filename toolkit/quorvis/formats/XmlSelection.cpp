@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/ParseLimits.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {

@@ -7,9 +7,9 @@
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
-#include "toolkit/quorvis/language/IdentifierChecks.h"
 #include "toolkit/quorvis/language/LeafParser.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
+#include "toolkit/quorvis/language/Variables.h"
 
 namespace toolkit::quorvis {
 

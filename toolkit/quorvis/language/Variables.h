@@ -1,4 +1,4 @@
-// The values of variables.
+// The variables of signatures: the items that give them values, their scope, and checks of their names.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,33 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/quorvis/language/Item.h"
+#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/Signature.h"
 #include "toolkit/quorvis/settings/Configuration.h"
 
 namespace toolkit::quorvis {
+
+// One value of an item. The name is a literal or a text of the signature.
+struct Field {
+    std::string_view name;
+    std::string value;
+};
+
+// One thing that a leaf found: a package, a file, a match. "${id.field}" stands for one of its values.
+struct Item {
+    std::vector<Field> fields;
+    std::string source;  // the file that proves it: a package database, the path of a found file
+
+    void set(std::string_view name, std::string value) { fields.push_back({name, std::move(value)}); }
+    // Null when the item has no such value.
+    const std::string* find(std::string_view name) const {
+        for (const Field& field : fields) {
+            if (field.name == name) return &field.value;
+        }
+        return nullptr;
+    }
+};
 
 // The variables of the configuration and of the scanner itself ("quorvis.root").
 class Presets {
@@ -58,5 +80,9 @@ enum class Quoting : std::uint8_t { None, Regex, Pattern };
 // Replaces the variables of a text. None if a variable has no value; `missing` is then its name.
 std::optional<std::string> expand(const Template& text, const Scope& scope, Quoting quoting,
                                   std::string_view& missing);
+
+// Reports leaves that use the same identifier although both may be bound at the same time, and warns of variables that
+// nothing in the signature sets. `element` is the element of the signature.
+void checkIdentifiers(const Signature& signature, const Element& element, Diagnostics& diagnostics);
 
 }  // namespace toolkit::quorvis

@@ -1,8 +1,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "toolkit/quorvis/leaves/FileContent.h"
-#include "toolkit/quorvis/leaves/RegexCaptures.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {

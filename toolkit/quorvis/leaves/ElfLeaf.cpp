@@ -3,8 +3,7 @@
 
 #include "kest/Ascii.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
-#include "toolkit/quorvis/leaves/FileContent.h"
-#include "toolkit/quorvis/leaves/RegexCaptures.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {

@@ -1,16 +1,20 @@
-// What a leaf asks, what its lookup finds, and one lookup function for each kind of leaf.
+// What a leaf asks, what its lookup finds, one lookup function for each kind of leaf, and the steps that they share.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "toolkit/quorvis/files/Files.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
-#include "toolkit/quorvis/language/Item.h"
+#include "toolkit/quorvis/formats/RandomAccessFile.h"
 #include "toolkit/quorvis/language/Signature.h"
+#include "toolkit/quorvis/language/Variables.h"
 #include "toolkit/quorvis/leaves/EvaluationContext.h"
 #include "toolkit/quorvis/report/Event.h"
 
@@ -101,5 +105,19 @@ void keepItem(LookupBudget& budget, LeafResult& result, Item item);
 
 // The walk that a Glob leaf needs.
 GlobRequest globRequestOf(const Query& query);
+
+// These read the file that a leaf names. What keeps it from being read becomes an event of the result.
+
+// The content of the file at `path`. Null when it does not exist or cannot be read.
+std::shared_ptr<const std::string> contentOf(const std::string& path, EvaluationContext& context,
+                                             LeafResult& result);
+// At most its first `limit` bytes.
+std::shared_ptr<const std::string> startOf(const std::string& path, std::uint64_t limit,
+                                           EvaluationContext& context, LeafResult& result);
+
+// The file at `path`, for leaves that need some parts of it. None when it does not exist or cannot be read. What is
+// read is charged to the budget of the context, which must outlive the file.
+std::optional<RandomAccessFile> openFile(const std::string& path, EvaluationContext& context,
+                                         LeafResult& result);
 
 }  // namespace toolkit::quorvis

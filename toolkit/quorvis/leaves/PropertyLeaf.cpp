@@ -1,7 +1,6 @@
 #include "toolkit/machine/text/ShellVariables.h"
-#include "toolkit/quorvis/formats/ParseLimits.h"
-#include "toolkit/quorvis/formats/PropertyFormats.h"
-#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "toolkit/quorvis/formats/ParseLimits.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {

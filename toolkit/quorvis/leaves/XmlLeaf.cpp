@@ -1,5 +1,5 @@
 #include "toolkit/quorvis/formats/XmlSelection.h"
-#include "toolkit/quorvis/leaves/FileContent.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {

@@ -4,7 +4,7 @@
 #include "tests/toolkit/quorvis/ElfBuilder.h"
 #include "tests/toolkit/quorvis/LeafTester.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
-#include "toolkit/quorvis/leaves/RegexCaptures.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/toolkit/quorvis/LeafTester.h"
-#include "toolkit/quorvis/formats/PropertyFormats.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 namespace toolkit::quorvis {
 namespace {
