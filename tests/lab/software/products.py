@@ -1,0 +1,67 @@
+"""Reads the table of products, products.toml."""
+import os
+import sys
+import re
+import tomllib
+
+SUITES = ("bookworm", "trixie")
+_KEYS = {"packages", "bookworm", "trixie", "signature", "version", "untold", "also", "sample"}
+
+
+class Product:
+    def __init__(self, family, name, row):
+        if isinstance(row, str):
+            row = {"packages": row}
+        unknown = set(row) - _KEYS
+        if unknown:
+            raise ValueError(f"{name}: unknown key {', '.join(sorted(unknown))}")
+        self.family = family
+        self.name = name
+        self._packages = {suite: row.get(suite, row.get("packages", "")).split() for suite in SUITES}
+        # A signature of the product has one of these guids, or one that continues it after a dot.
+        self.guids = row.get("signature", "zav." + name).lower().split()
+        self._version = row.get("version")
+        self._untold = row.get("untold", "")
+        self.also = {guid.lower(): reason for guid, reason in row.get("also", {}).items()}
+        self.sample = row.get("sample", False)
+
+    def packages(self, suite):
+        return self._packages[suite]
+
+    def untold(self, suite):
+        """Why the files do not tell the version; empty if they do."""
+        return self._untold if isinstance(self._untold, str) else self._untold.get(suite, "")
+
+    def told_version(self, upstream, suite):
+        """The version of upstream as the files tell it."""
+        if not self._version:
+            return upstream
+        rule = self._version if isinstance(self._version, list) else self._version.get(suite)
+        return re.sub(rule[0], rule[1], upstream) if rule else upstream
+
+    def owns(self, guid):
+        return belongs(guid, self.guids)
+
+
+def belongs(guid, guids):
+    return any(guid == one or guid.startswith(one + ".") for one in guids)
+
+
+class Table:
+    def __init__(self, path=None):
+        path = path or os.path.join(os.path.dirname(os.path.abspath(__file__)), "products.toml")
+        with open(path, "rb") as file:
+            document = tomllib.load(file)
+        self.cataloguers = [guid.lower() for guid in document.pop("cataloguers", [])]
+        self.products = [Product(family, name, row) for family, rows in document.items() for name, row in rows.items()]
+        names = [product.name for product in self.products]
+        twice = {name for name in names if names.count(name) > 1}
+        if twice:
+            raise ValueError(f"{path}: listed twice: {', '.join(sorted(twice))}")
+
+    def select(self, names):
+        known = {product.name: product for product in self.products}
+        unknown = [name for name in names if name not in known]
+        if unknown:
+            sys.exit(f"no such product in the table: {', '.join(unknown)}")
+        return [known[name] for name in names] if names else self.products
