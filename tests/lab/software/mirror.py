@@ -12,7 +12,10 @@ import time
 
 KEYRING = "/usr/share/keyrings/debian-archive-keyring.gpg"
 INDEX_LIFETIME_S = 24 * 3600
-# Of the machine's own suites. "stable" and the like are other names of one of them.
+# What apt says when it did not get to the mirror. Everything else is a fault of what it got.
+UNREACHABLE = re.compile(r"Could not (resolve|connect|wait)|Temporary failure|timed out|Connection (refused|failed|reset)|"
+                         r"unreachable|Cannot initiate|No route|\b(403|407|502|503|504)  [A-Z]")
+# The machine's own suites have one of these names. "stable" and the like are other names of one of them.
 KNOWN_SUITES = ("bookworm", "trixie", "forky", "sid", "unstable", "testing", "stable", "oldstable", "oldoldstable")
 
 
@@ -59,7 +62,7 @@ def sources_of_machine(suite):
 
 
 class Mirror:
-    def __init__(self, suite, cache):
+    def __init__(self, suite, cache, sources=None):
         self.suite = suite
         self.directory = os.path.join(cache, suite, "apt")
         self.archives = os.path.join(cache, suite, "packages")
@@ -67,12 +70,11 @@ class Mirror:
         for directory in (self.lists + "/partial", self.directory + "/cache/archives/partial", self.archives):
             os.makedirs(directory, exist_ok=True)
         self.index_note = ""
-        self._configure()
+        self._configure(sources or sources_of_machine(suite))
         self._update()
         self._names = None
 
-    def _configure(self):
-        sources = sources_of_machine(self.suite)
+    def _configure(self, sources):
         self._write("sources.list", sources)
         self._write("status", "")
         # Where root runs apt, it would fetch as a user who may not write below a home directory.
@@ -90,9 +92,12 @@ Acquire::Retries "2";
 
     def _write(self, name, text):
         path = os.path.join(self.directory, name)
-        if not os.path.exists(path) or open(path).read() != text:
-            with open(path, "w") as file:
-                file.write(text)
+        if os.path.exists(path):
+            with open(path) as file:
+                if file.read() == text:
+                    return
+        with open(path, "w") as file:
+            file.write(text)
 
     def _run(self, *command, cwd=None):
         environment = {**os.environ, "APT_CONFIG": os.path.join(self.directory, "apt.conf"), "LC_ALL": "C"}
@@ -109,7 +114,7 @@ Acquire::Retries "2";
             open(stamp, "w").close()
             return
         fault = "\n".join(line for line in update.stderr.splitlines() if line.startswith(("E:", "W:")))
-        if re.search(r"not signed|GPG error|Hash Sum mismatch|NO_PUBKEY|not valid|unexpected size|expired", fault):
+        if not UNREACHABLE.search(fault):
             raise MirrorFault(fault)
         if not updated:
             raise MirrorUnreachable(fault)
@@ -171,8 +176,7 @@ Acquire::Retries "2";
                     os.replace(arrived, self.archive(package))
             if download.returncode != 0:
                 fault = "\n".join(line for line in download.stderr.splitlines() if line.startswith("E:"))
-                unusable = re.search(r"Hash Sum mismatch|unexpected size|404|unauthenticated", fault)
-                raise (MirrorFault if unusable else MirrorUnreachable)(fault)
+                raise (MirrorUnreachable if UNREACHABLE.search(fault) else MirrorFault)(fault)
 
 
 def _by_numbers(name):

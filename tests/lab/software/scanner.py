@@ -9,6 +9,10 @@ REPOSITORY = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__fil
 SCAN_LIMIT_S = 300
 
 
+class ScanFault(Exception):
+    """The scanner or its signatures do not work."""
+
+
 class Result:
     """One match: the guid, the name, the variables of the output, and where it was found."""
 
@@ -34,7 +38,7 @@ def default_catalogue():
         path = os.path.join(REPOSITORY, directory)
         if os.path.isdir(path) and signature_files(path):
             return path
-    raise SystemExit("there are no signatures")
+    raise ScanFault("there are no signatures")
 
 
 def default_scanner():
@@ -42,7 +46,7 @@ def default_scanner():
     built = [os.path.join(REPOSITORY, "build", preset, "bin/quorvis") for preset in ("release", "test", "gcc", "debug")]
     built = [path for path in built if os.path.exists(path)]
     if not built:
-        raise SystemExit("quorvis is not built; run 'scripts/build test quorvis', or give --quorvis")
+        raise ScanFault("quorvis is not built; run 'scripts/build test quorvis', or give --quorvis")
     return max(built, key=os.path.getmtime)
 
 
@@ -63,12 +67,12 @@ class Scanner:
         for file in files:
             check = subprocess.run([program, "--check", "-i", file], capture_output=True, text=True)
             if check.returncode != 0:
-                raise SystemExit(f"{file} is invalid:\n{check.stdout}{check.stderr}")
+                raise ScanFault(f"{file} is invalid:\n{check.stdout}{check.stderr}")
         with open(self.signatures, "w", encoding="utf-8") as document:
             document.write("<Signatures>\n")
             for file in files:
-                text = open(file, encoding="utf-8").read()
-                document.write(re.search(r"<Signatures\b[^>]*>(.*)</Signatures>", text, re.S)[1])
+                with open(file, encoding="utf-8") as source:
+                    document.write(re.search(r"<Signatures\b[^>]*>(.*)</Signatures>", source.read(), re.S)[1])
             document.write("</Signatures>\n")
         with open(self.configuration, "w", encoding="utf-8") as document:
             document.write("<Configuration/>\n")
@@ -82,7 +86,7 @@ class Scanner:
                 [self.program, "-c", self.configuration, "-o", output, "-e", warnings, "-i", self.signatures, "--root", tree],
                 capture_output=True, text=True, timeout=SCAN_LIMIT_S)
             if run.returncode != 0:
-                raise RuntimeError(f"{self.program} ended with status {run.returncode}:\n{run.stdout}{run.stderr}")
+                raise ScanFault(f"{self.program} ended with status {run.returncode}:\n{run.stdout}{run.stderr}")
             results = [Result(element) for element in ElementTree.parse(output).getroot().iterfind("MatchedSignature")]
             events = [dict(event.attrib, text=event.text or "") for event in ElementTree.parse(warnings).getroot().iterfind("Event")]
         return results, events

@@ -1,4 +1,6 @@
 """Unpacked packages, without a package database and without usr/share/doc."""
+import contextlib
+import fcntl
 import hashlib
 import os
 import shutil
@@ -9,6 +11,15 @@ MAX_LINKS = 40
 # One of three products is moved, always the same ones.
 PLACES = ("opt/{name}-{version}", "usr/local", "srv/app", "home/user/{name}")
 _MOVED = ("usr/", "bin/", "sbin/", "lib/", "lib64/", "lib32/", "libx32/")
+
+
+@contextlib.contextmanager
+def locked(directory):
+    """Keeps other runs of the laboratory out of a directory of the cache."""
+    os.makedirs(directory, exist_ok=True)
+    with open(os.path.join(directory, "lock"), "w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        yield
 
 
 def new_place(name, version):

@@ -1,0 +1,227 @@
+"""Tests of the laboratory itself. They make small packages with dpkg-deb and an archive of them in a temporary directory."""
+import hashlib
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import mirror as mirrors
+import trees
+from outcome import NOT_FOUND, RIGHT, VERSIONLESS, WRONG, Outcome, Totals
+from products import Product, Table
+from scanner import Result
+from versions import upstream
+
+
+class Scratch(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.scratch = directory.name
+
+    def path(self, *parts):
+        return os.path.join(self.scratch, *parts)
+
+    def package(self, name, version, files=(), links=(), directory="archives"):
+        """Builds a package. files: paths; links: (path, text)."""
+        root = tempfile.mkdtemp(dir=self.scratch)
+        os.chmod(root, 0o755)
+        os.mkdir(os.path.join(root, "DEBIAN"))
+        control = (f"Package: {name}\nVersion: {version}\nArchitecture: all\n"
+                   "Maintainer: Nobody <nobody@example.com>\nDescription: a test\n")
+        with open(os.path.join(root, "DEBIAN/control"), "w") as file:
+            file.write(control)
+        for path in files:
+            os.makedirs(os.path.dirname(os.path.join(root, path)), exist_ok=True)
+            with open(os.path.join(root, path), "w") as file:
+                file.write(name)
+        for path, text in links:
+            os.makedirs(os.path.dirname(os.path.join(root, path)), exist_ok=True)
+            os.symlink(text, os.path.join(root, path))
+        os.makedirs(self.path(directory), exist_ok=True)
+        archive = self.path(directory, f"{name}_{version.replace(':', '%3a')}_all.deb")
+        subprocess.run(["dpkg-deb", "--root-owner-group", "-b", root, archive], check=True, stdout=subprocess.DEVNULL)
+        return archive, control
+
+
+class UpstreamVersions(unittest.TestCase):
+    def test_epoch_revision_and_marks_are_removed(self):
+        for package, expected in (
+                ("1:9.2p1-2+deb12u10", "9.2p1"), ("5.2.15-2+b13", "5.2.15"), ("3.0.11.33637.ds4-2+deb12u1", "3.0.11.33637"),
+                ("1:1.2.13.dfsg-1", "1.2.13"), ("1:1.3.dfsg+really1.3.1-1+deb13u1", "1.3.1"), ("8.1.1+dfsg1-3+deb13u3", "8.1.1"),
+                ("1:4.16.0-2+really2.41.5-0+deb13u1", "2.41.5"), ("2.12.7+dfsg+really2.9.14-2.1+deb13u3", "2.9.14"),
+                ("1.19.2~ds1-1+b4", "1.19.2"), ("3.6.1+dfsg+~3.5.14-1", "3.6.1"), ("1.22.19+~cs24.27.18-2", "1.22.19"),
+                ("4:5.2.2-really+dfsg-1+deb13u1", "5.2.2"), ("2.7.4+dfsg.1-2", "2.7.4"), ("20230128", "20230128"),
+                ("1.4.6~deb12u1", "1.4.6")):
+            self.assertEqual(expected, upstream(package), package)
+
+    def test_other_suffixes_stay(self):
+        for package, expected in (("2.0.11-1.2", "2.0.11"), ("1.6.7~rc0-1", "1.6.7~rc0"), ("2.1.12-stable-8", "2.1.12-stable"),
+                                  ("4.4.3-P1-2", "4.4.3-P1"), ("17.0.21.1+2-1~deb12u1", "17.0.21.1+2")):
+            self.assertEqual(expected, upstream(package), package)
+
+
+class Trees(Scratch):
+    def test_documentation_is_left_out(self):
+        archive, _ = self.package("tool", "1-1", ["usr/bin/tool", "usr/share/doc/tool/copyright"])
+        trees.unpack([archive], self.path("tree"))
+        self.assertTrue(os.path.isfile(self.path("tree/usr/bin/tool")))
+        self.assertFalse(os.path.lexists(self.path("tree/usr/share/doc")))
+
+    def test_link_to_documentation_is_not_followed(self):
+        os.makedirs(self.path("outside/doc"))
+        archive, _ = self.package("tool", "1-1", links=[("usr/share", self.path("outside"))])
+        trees.unpack([archive], self.path("tree"))
+        self.assertTrue(os.path.isdir(self.path("outside/doc")))
+
+    def test_file_below_link_of_another_package_stays_in_the_tree(self):
+        os.mkdir(self.path("outside"))
+        first, _ = self.package("first", "1-1", links=[("usr/lib/data", self.path("outside"))])
+        second, _ = self.package("second", "1-1", ["usr/lib/data/file"])
+        trees.unpack([first, second], self.path("tree"))
+        self.assertEqual([], os.listdir(self.path("outside")))
+        self.assertTrue(os.path.isfile(self.path("tree") + self.path("outside/file")))
+
+    def test_links_upwards_end_at_the_root(self):
+        first, _ = self.package("first", "1-1", links=[("data", "../../../../../../../../elsewhere")])
+        second, _ = self.package("second", "1-1", ["data/file"])
+        trees.unpack([first, second], self.path("tree"))
+        self.assertTrue(os.path.isfile(self.path("tree/elsewhere/file")))
+
+    def test_circle_of_links_is_an_error_and_leaves_no_tree(self):
+        first, _ = self.package("first", "1-1", links=[("a", "b"), ("b", "a")])
+        second, _ = self.package("second", "1-1", ["a/file"])
+        with self.assertRaises(OSError):
+            trees.unpack([first, second], self.path("made/tree"))
+        self.assertEqual([], os.listdir(self.path("made")))
+
+    def test_programs_and_libraries_are_moved_and_settings_are_not(self):
+        archive, _ = self.package("tool", "1-1", ["usr/bin/tool", "bin/small", "etc/tool.conf", "usr/lib/x/libx.so.1"],
+                                  [("usr/bin/x", "/usr/bin/tool"), ("usr/bin/y", "tool")])
+        trees.unpack([archive], self.path("tree"), "opt/tool-1")
+        for path in ("opt/tool-1/bin/tool", "opt/tool-1/bin/small", "opt/tool-1/lib/x/libx.so.1", "etc/tool.conf"):
+            self.assertTrue(os.path.isfile(self.path("tree", path)), path)
+        self.assertEqual("/opt/tool-1/bin/tool", os.readlink(self.path("tree/opt/tool-1/bin/x")))
+        self.assertEqual("tool", os.readlink(self.path("tree/opt/tool-1/bin/y")))
+        self.assertFalse(os.path.exists(self.path("tree/usr/bin/tool")))
+
+    def test_a_third_of_the_table_is_moved_to_every_place(self):
+        places = [trees.new_place(product.name, "1") for product in Table().products]
+        moved = [place for place in places if place]
+        self.assertAlmostEqual(1 / 3, len(moved) / len(places), delta=0.05)
+        self.assertEqual({"opt", "usr", "srv", "home"}, {place.split("/")[0] for place in moved})
+
+
+class Mirrors(Scratch):
+    def archive(self, *packages):
+        index = ""
+        for name, version in packages:
+            path, control = self.package(name, version)
+            with open(path, "rb") as file:
+                content = file.read()
+            index += (control + f"Filename: ./{os.path.basename(path)}\nSize: {len(content)}\n"
+                      f"SHA256: {hashlib.sha256(content).hexdigest()}\n\n")
+        with open(self.path("archives/Packages"), "w") as file:
+            file.write(index)
+
+    def mirror(self, trust="[trusted=yes] "):
+        sources = f"deb {trust}file:{self.path('archives')} ./\n"
+        return mirrors.Mirror("suite", self.path("cache"), sources)
+
+    def test_newest_package_of_a_name_and_of_a_pattern(self):
+        self.archive(("tool", "1:2.0-1"), ("tool", "1:10.0-1"), ("image-6.9-cloud", "6.9-1"), ("image-6.12-cloud", "6.12-1"))
+        found = self.mirror().resolve({"tool", "image-[0-9]*-cloud", "missing", "missing*"})
+        self.assertEqual({"tool": "1:10.0-1", "image-[0-9]*-cloud": "6.12-1"},
+                         {pattern: package.version for pattern, package in found.items()})
+
+    def test_resolved_names_are_remembered_with_those_that_are_missing(self):
+        self.archive(("tool", "1-1"))
+        self.mirror().resolve({"tool", "missing"})
+        self.assertEqual(["tool"], list(self.mirror().resolve({"tool", "missing"})))
+
+    def test_fetched_package_is_kept(self):
+        self.archive(("tool", "1:2.0-1"))
+        mirror = self.mirror()
+        packages = mirror.resolve({"tool"}).values()
+        mirror.fetch(packages)
+        os.unlink(self.path("archives/tool_1%3a2.0-1_all.deb"))
+        mirror.fetch(packages)
+        self.assertTrue(all(os.path.isfile(mirror.archive(package)) for package in packages))
+
+    def test_package_that_differs_from_the_index_is_refused(self):
+        self.archive(("tool", "1-1"))
+        mirror = self.mirror()
+        packages = list(mirror.resolve({"tool"}).values())
+        with open(self.path("archives/tool_1-1_all.deb"), "r+b") as file:
+            file.seek(-1, os.SEEK_END)
+            file.write(b"x")
+        with self.assertRaises(mirrors.MirrorFault):
+            mirror.fetch(packages)
+        self.assertFalse(os.path.exists(mirror.archive(packages[0])))
+
+    def test_index_without_a_signature_is_refused(self):
+        self.archive(("tool", "1-1"))
+        with self.assertRaises(mirrors.MirrorFault):
+            self.mirror(trust="")
+
+    def test_mirror_that_does_not_answer_is_out_of_reach(self):
+        with self.assertRaises(mirrors.MirrorUnreachable):
+            mirrors.Mirror("suite", self.path("cache"), "deb [trusted=yes] http://127.0.0.1:9/debian ./\n")
+
+
+class Outcomes(unittest.TestCase):
+    def outcome(self, *results, **row):
+        product = Product("family", "tool", {"packages": "tool", **row})
+        package = mirrors.Package({"Package": "tool", "Version": "1.2-1", "Size": "1", "Architecture": "all"})
+        found = []
+        for guid, version in results:
+            element = ElementTree.Element("MatchedSignature", guid=guid, name=guid)
+            ElementTree.SubElement(element, "Variable", name="version", value=version)
+            found.append(Result(element))
+        return Outcome(product, "trixie", "1.2", package, found, ["zav.packages"])
+
+    def test_states(self):
+        for results, state in (((), NOT_FOUND), ((("zav.tool", "1.2"),), RIGHT), ((("zav.tool.copy", "1.2"),), RIGHT),
+                               ((("zav.tool", ""),), VERSIONLESS), ((("zav.tool", "1.3"),), WRONG),
+                               ((("zav.tool", "1.2"), ("zav.tool", "1.20")), WRONG), ((("zav.toolbox", "1.2"),), NOT_FOUND)):
+            self.assertEqual(state, self.outcome(*results).state, results)
+
+    def test_other_products_are_foreign_unless_allowed_or_catalogued(self):
+        outcome = self.outcome(("zav.tool", "1.2"), ("zav.other", "3"), ("zav.zlib", "1.3"), ("zav.packages.npm", "4"),
+                               also={"zav.zlib": "linked statically"})
+        self.assertEqual(["zav.other"], [result.guid for result in outcome.foreign])
+
+    def test_figures_are_missed_by_one_wrong_or_foreign_result(self):
+        right = self.outcome(("zav.tool", "1.2"))
+        self.assertTrue(Totals([right] * 100).are_met())
+        self.assertTrue(Totals([right] * 97 + [self.outcome()] * 3).are_met())
+        self.assertFalse(Totals([right] * 96 + [self.outcome()] * 4).are_met())
+        self.assertFalse(Totals([right] * 99 + [self.outcome(("zav.tool", "1.3"))]).are_met())
+        self.assertFalse(Totals([right] * 99 + [self.outcome(("zav.tool", "1.2"), ("zav.other", "3"))]).are_met())
+
+    def test_product_that_tells_no_version_must_be_found_without_one(self):
+        right = self.outcome(("zav.tool", "1.2"))
+        found = self.outcome(("zav.tool", ""), untold="its version is in no file")
+        self.assertTrue(Totals([right, found]).are_met())
+        self.assertFalse(Totals([right, self.outcome(untold="its version is in no file")]).are_met())
+        self.assertFalse(Totals([right, self.outcome(("zav.tool", "7"), untold="its version is in no file")]).are_met())
+
+
+class Tables(unittest.TestCase):
+    def test_table_has_a_sample_and_reasons(self):
+        table = Table()
+        self.assertGreater(len(table.products), 250)
+        self.assertEqual(25, sum(product.sample for product in table.products))
+        for product in table.products:
+            self.assertTrue(all(len(reason) > 10 for reason in product.also.values()), product.name)
+
+    def test_unknown_key_is_refused(self):
+        with self.assertRaises(ValueError):
+            Product("family", "tool", {"packages": "tool", "package": "tool"})
+
+
+if __name__ == "__main__":
+    unittest.main()
