@@ -91,5 +91,9 @@ class Scanner:
             events = [dict(event.attrib, text=event.text or "") for event in ElementTree.parse(warnings).getroot().iterfind("Event")]
         return results, events
 
-    def guids(self):
-        return {signature.get("guid", "").lower() for signature in ElementTree.parse(self.signatures).getroot().iter("Signature")}
+    def signature_elements(self):
+        """By guid; the first one where several have the same."""
+        elements = {}
+        for element in ElementTree.parse(self.signatures).getroot().iter("Signature"):
+            elements.setdefault(element.get("guid", "").lower(), element)
+        return elements
