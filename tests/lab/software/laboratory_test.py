@@ -1,6 +1,7 @@
 """Tests of the laboratory itself. They make small packages with dpkg-deb and an archive of them in a temporary directory."""
 import hashlib
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -136,6 +137,14 @@ class Mirrors(Scratch):
         found = self.mirror().resolve({"tool", "image-[0-9]*-cloud", "missing", "missing*"})
         self.assertEqual({"tool": "1:10.0-1", "image-[0-9]*-cloud": "6.12-1"},
                          {pattern: package.version for pattern, package in found.items()})
+
+    def test_package_of_another_suite_may_have_other_numbers(self):
+        for known, other in (("libssl3t64", "libssl1.1"), ("php8.4-cli", "php7.4-cli"), ("libicu76", "libicu80t64"),
+                             ("nginx", "nginx")):
+            self.archive((other, "1-1"), (other + "-dev", "1-1"))
+            found = self.mirror().resolve({mirrors.with_other_numbers(known)})
+            self.assertEqual([other], [package.name for package in found.values()])
+            shutil.rmtree(self.path("cache"))
 
     def test_resolved_names_are_remembered_with_those_that_are_missing(self):
         self.archive(("tool", "1-1"))

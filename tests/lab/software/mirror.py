@@ -126,8 +126,8 @@ Acquire::Retries "2";
         return self._names
 
     def resolve(self, patterns):
-        """{pattern: package}, without the patterns that no package matches. A pattern may contain * and ?; the package
-        whose name sorts last, its numbers by value, is taken."""
+        """{pattern: package}, without the patterns that no package matches. A pattern is a name, a name with wildcards, or an
+        expression after a ~; of the packages that match, the one whose name sorts last, its numbers by value, is taken."""
         known = self._resolved()
         missing = sorted(pattern for pattern in patterns if pattern not in known)
         wanted = {pattern: self._name(pattern) for pattern in missing}
@@ -153,9 +153,13 @@ Acquire::Retries "2";
             return json.load(file)
 
     def _name(self, pattern):
-        if not re.search(r"[*?\[]", pattern):
+        if pattern.startswith("~"):
+            expression = re.compile(pattern[1:])
+            matching = [name for name in self.names() if expression.fullmatch(name)]
+        elif re.search(r"[*?\[]", pattern):
+            matching = fnmatch.filter(self.names(), pattern)
+        else:
             return pattern
-        matching = fnmatch.filter(self.names(), pattern)
         return max(matching, key=_by_numbers, default=None)
 
     def archive(self, package):
@@ -177,6 +181,14 @@ Acquire::Retries "2";
             if download.returncode != 0:
                 fault = "\n".join(line for line in download.stderr.splitlines() if line.startswith("E:"))
                 raise (MirrorUnreachable if UNREACHABLE.search(fault) else MirrorFault)(fault)
+
+
+def with_other_numbers(name):
+    """The pattern of the names that differ in their numbers: of libssl3t64, libssl1.1 is one."""
+    if re.search(r"[*?\[]", name):
+        return name
+    parts = re.split(r"(\d+(?:\.\d+)*)", re.sub(r"(\d)t64$", r"\1", name))
+    return "~" + "".join(r"\d+(\.\d+)*" if position % 2 else re.escape(part) for position, part in enumerate(parts)) + "(t64)?"
 
 
 def _by_numbers(name):

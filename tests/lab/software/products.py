@@ -4,6 +4,7 @@ import sys
 import re
 import tomllib
 
+# The suites of the table, the newest last.
 SUITES = ("bookworm", "trixie")
 _KEYS = {"packages", "bookworm", "trixie", "signature", "version", "untold", "also", "sample"}
 
@@ -26,7 +27,11 @@ class Product:
         self.sample = row.get("sample", False)
 
     def packages(self, suite):
-        return self._packages[suite]
+        """Alternatives, the first that the suite has counts: each the names of packages, with whether their numbers may differ."""
+        if suite in SUITES:
+            return [(self._packages[suite], False)]
+        lists = [self._packages[known] for known in reversed(SUITES) if self._packages[known]]
+        return [(names, other_numbers) for other_numbers in (False, True) for names in lists]
 
     def untold(self, suite):
         """Why the files do not tell the version; empty if they do."""
@@ -36,7 +41,7 @@ class Product:
         """The version of upstream as the files tell it."""
         if not self._version:
             return upstream
-        rule = self._version if isinstance(self._version, list) else self._version.get(suite)
+        rule = self._version if isinstance(self._version, list) else self._version.get(suite, self._version.get(SUITES[-1]))
         return re.sub(rule[0], rule[1], upstream) if rule else upstream
 
     def owns(self, guid):
