@@ -8,6 +8,7 @@
 #include "toolkit/quorvis/facts/SwidTags.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
+#include "toolkit/quorvis/formats/Records.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/formats/ZipArchive.h"
 
@@ -51,12 +52,30 @@ void readProducts(const quorvis::RandomAccessFile& file) {
     quorvis::readPythonMetadata(file);
 }
 
+// Reads the text in every format of documents, with and without records.
+void readRecords(std::string_view text) {
+    constexpr std::size_t kMaxItems = 20;
+    for (const char* const each : {"packages.*", "*", "/product", "."}) {
+        quorvis::RecordRequest request;
+        request.each = quorvis::parseKeySteps(each);
+        request.keys = {{quorvis::parseKeySteps("version"), false, true},
+                        {quorvis::parseKeySteps("tags.1"), false, false},
+                        {{}, true, false}};
+        request.all = each[0] == '*';
+        request.emptyClears = request.all;
+        request.limit = kMaxItems;
+        for (const char* const format :
+             {"headers", "ini", "json", "manifest", "properties", "systemd", "toml", "yaml"}) {
+            const quorvis::Records found = quorvis::readRecords(format, text, request);
+            std::size_t items = 0;
+            for (const quorvis::Record& record : found.records) items += record.items.size();
+            must(items <= kMaxItems);
+        }
+    }
+}
+
 void readTexts(std::string_view text) {
-    quorvis::propertyValue(text, "version");
-    quorvis::iniValue(text, "", "version");
-    quorvis::iniValue(text, "product", "version");
-    const quorvis::JsonValue value = quorvis::jsonValue(text, "packages.0.version");
-    must(!value.damage || *value.damage <= text.size() + 1);
+    readRecords(text);
     std::string problem;
     const auto selection = quorvis::XmlSelection::parse("/project/dependency[2]/@version", problem);
     must(quorvis::selectValues(text, *selection, 3).values.size() <= 3);

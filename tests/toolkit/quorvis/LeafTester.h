@@ -20,6 +20,7 @@ class LeafTester {
 
     zavtest::ScratchDir tree;
     Settings settings;
+    std::vector<NamedKey> keys;  // of the leaves that are looked up
 
     // Uses a new context for each lookup, so that no earlier state of the files is known.
     LeafResult ask(LeafKind kind, Attributes attributes, std::vector<Capture> captures = {}) {
@@ -50,6 +51,7 @@ class LeafTester {
         leaf_ = std::make_unique<Leaf>();
         leaf_->kind = kind;
         leaf_->captures = std::move(captures);
+        leaf_->keys = keys;
         std::vector<std::string> values;
         for (auto& [attribute, value] : attributes) {
             leaf_->attributes.push_back({attribute, Template()});

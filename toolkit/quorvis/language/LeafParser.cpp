@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "toolkit/quorvis/formats/Records.h"
 #include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/LeafValidator.h"
 #include "toolkit/quorvis/regex/Regex.h"
@@ -77,9 +78,10 @@ void checkPresence(const Element& element, const LeafRules& rules, const Leaf& l
     diagnostics.problem(element, std::string(element.name) + " has none of the attributes " + names);
 }
 
-void checkCaptureName(const Element& element, const LeafRules& rules, const Leaf& leaf, std::string_view name,
-                      Diagnostics& diagnostics) {
-    const auto sameName = [&](const Capture& capture) { return capture.name == name; };
+// Checks the name that a child element gives to a value.
+void checkValueName(const Element& element, const LeafRules& rules, const Leaf& leaf, std::string_view name,
+                    Diagnostics& diagnostics) {
+    const auto sameName = [&](const auto& named) { return named.name == name; };
     if (!isVariableName(name)) {
         diagnostics.problem(element, "name " + quoted(name) + " cannot name a variable");
     } else if (std::ranges::find(rules.values, name) != rules.values.end()) {
@@ -87,6 +89,8 @@ void checkCaptureName(const Element& element, const LeafRules& rules, const Leaf
             element, "name " + quoted(name) + " is that of a value of every " + std::string(rules.name));
     } else if (std::ranges::any_of(leaf.captures, sameName)) {
         diagnostics.problem(element, "name " + quoted(name) + " was given to another group");
+    } else if (std::ranges::any_of(leaf.keys, sameName)) {
+        diagnostics.problem(element, "name " + quoted(name) + " was given to another value");
     }
 }
 
@@ -100,8 +104,21 @@ void parseCapture(const Element& element, const LeafRules& rules, Leaf& leaf, Di
         diagnostics.problem(element, "group " + quoted(*group) + " is not a number up to 32");
         return;
     }
-    checkCaptureName(element, rules, leaf, *name, diagnostics);
+    checkValueName(element, rules, leaf, *name, diagnostics);
     leaf.captures.push_back({static_cast<int>(number), *name});
+}
+
+void parseValue(const Element& element, const LeafRules& rules, Leaf& leaf, Diagnostics& diagnostics) {
+    constexpr std::array<AttributeName, 3> kNames = {{{"key", true}, {"name", true}, {"optional", false}}};
+    const auto [key, name, optional] = valuesOf(element, kNames, diagnostics);
+    requireNoChildren(element, diagnostics);
+    if (!key || !name) return;
+    if (optional && *optional != "true" && *optional != "false")
+        diagnostics.problem(element, "optional " + quoted(*optional) + " is not true or false");
+    if (leaf.keys.size() + 1 == kMaxRecordKeys)
+        diagnostics.problem(element, "more than " + std::to_string(kMaxRecordKeys - 1) + " Value elements");
+    checkValueName(element, rules, leaf, *name, diagnostics);
+    leaf.keys.push_back({*key, *name, optional == "true"});
 }
 
 }  // namespace
@@ -125,6 +142,8 @@ Leaf parseLeaf(const Element& element, const LeafRules& rules, const Settings& s
     forEachElement(element, diagnostics, [&](const Element& child) {
         if (rules.captures && child.name == "Capture") {
             parseCapture(child, rules, leaf, diagnostics);
+        } else if (rules.keys && child.name == "Value") {
+            parseValue(child, rules, leaf, diagnostics);
         } else {
             reportMisplaced(element, child, diagnostics);
         }

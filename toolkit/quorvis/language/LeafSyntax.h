@@ -37,6 +37,7 @@ enum class Attribute : std::uint8_t {
     BuildId,
     Compare,
     Corpus,
+    Each,
     Equals,
     Exclude,
     Exe,
@@ -71,6 +72,7 @@ enum class Attribute : std::uint8_t {
     TagId,
     Type,
     User,
+    Values,
 };
 
 // The name in a signature: "argsRegex".
@@ -108,6 +110,7 @@ struct LeafRules {
     AttributeSet oneOf;                        // unless empty, at least one of them must be present
     bool captures = false;                     // whether Capture elements are allowed
     std::span<const std::string_view> values;  // the fields that the leaf provides besides captures
+    bool keys = false;                         // whether Value elements are allowed
 };
 
 // Null when no leaf has this name.

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "toolkit/machine/packages/Packages.h"
+#include "toolkit/quorvis/formats/Records.h"
 #include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
@@ -70,6 +71,10 @@ bool isFlags(std::string_view text) {
     return text.find_first_not_of("ims") == std::string_view::npos;
 }
 
+bool isChoiceOfValues(std::string_view text) {
+    return isAnyOf(text, {"all", "last"});
+}
+
 bool isNotEmpty(std::string_view text) {
     return !text.empty();
 }
@@ -86,6 +91,7 @@ constexpr std::string_view kBooleanText = "true or false";
 constexpr ValueRule kValueRules[] = {
     {Attribute::Compare, isComparison, "upstream"},
     {Attribute::Corpus, isBoolean, kBooleanText},
+    {Attribute::Each, isNotEmpty, "steps to records"},
     {Attribute::Flags, isFlags, "made of the letters i, m and s"},
     {Attribute::Key, isNotEmpty, "a key"},
     {Attribute::Kind, isKind, "file, dir, link or any"},
@@ -100,6 +106,7 @@ constexpr ValueRule kValueRules[] = {
     {Attribute::Sha256, isDigest, "a SHA-256 of 64 hexadecimal digits"},
     {Attribute::Size, isSize, kSizeText},
     {Attribute::Type, isPackageType, "dpkg, rpm, apk, pacman, snap, flatpak or any"},
+    {Attribute::Values, isChoiceOfValues, "all or last"},
 };
 
 // The description of a problem; none when the value is valid.
@@ -122,8 +129,9 @@ Problem problemOfFormat(LeafKind kind, std::string_view value) {
         if (isAnyOf(value, {"jar", "pe", "python-dist"})) return std::nullopt;
         return unexpected(Attribute::Format, value, "jar, pe or python-dist");
     }
-    if (isAnyOf(value, {"properties", "ini", "shell", "json"})) return std::nullopt;
-    return unexpected(Attribute::Format, value, "properties, ini, shell or json");
+    if (isPropertyFormat(value)) return std::nullopt;
+    return unexpected(Attribute::Format, value,
+                      "properties, ini, systemd, shell, json, yaml, toml, headers or manifest");
 }
 
 const Template* find(const Leaf& leaf, Attribute attribute) {
@@ -131,6 +139,35 @@ const Template* find(const Leaf& leaf, Attribute attribute) {
         if (given.attribute == attribute) return &given.value;
     }
     return nullptr;
+}
+
+// The value of an attribute if it is given and has no variables.
+std::string_view constantOf(const Leaf& leaf, Attribute attribute) {
+    const Template* const text = find(leaf, attribute);
+    return text != nullptr && text->constant() ? text->source() : std::string_view();
+}
+
+// Problems of the attributes of a Property with each other and with its Value elements.
+void checkRecords(const Leaf& leaf, std::vector<std::string>& problems) {
+    const std::string_view format = constantOf(leaf, Attribute::Format);
+    if (!isPropertyFormat(format)) return;
+    const std::string_view each = constantOf(leaf, Attribute::Each);
+    const std::string ofFormat = " of format " + std::string(format);
+    if (!each.empty() && !isTreeFormat(format)) {
+        if (!hasSections(format)) problems.push_back("a file" + ofFormat + " has no records for each");
+        if (hasSections(format) && each != "*")
+            problems.push_back(*unexpected(Attribute::Each, each, "\"*\", the records" + ofFormat));
+        if (find(leaf, Attribute::Section) != nullptr)
+            problems.emplace_back("section and each exclude each other");
+    }
+    if (format == "shell" && find(leaf, Attribute::Values) != nullptr)
+        problems.emplace_back("a file of format shell has one value for a key");
+    for (const NamedKey& named : leaf.keys) {
+        const KeySteps steps = isTreeFormat(format) ? parseKeySteps(named.key) : KeySteps();
+        if (named.key.empty() || std::ranges::any_of(steps, &KeyStep::any))
+            problems.push_back("key " + quoted(named.key) + " of the value " + quoted(named.name) +
+                               " does not name one value");
+    }
 }
 
 // The scheme of the leaf's version tests; none when it depends on the items.
@@ -248,11 +285,11 @@ bool isLetter(char c) {
 
 // Attributes whose values are compared literally. All others contain patterns or expressions, or cannot contain a wildcard.
 constexpr AttributeSet kLiterals = {
-    Attribute::Above,   Attribute::Arch,   Attribute::AtLeast, Attribute::AtMost, Attribute::Below,
-    Attribute::BuildId, Attribute::Equals, Attribute::Exe,     Attribute::Key,    Attribute::Left,
-    Attribute::Machine, Attribute::Name,   Attribute::Needed,  Attribute::Owner,  Attribute::Path,
-    Attribute::Regid,   Attribute::Role,   Attribute::Section, Attribute::Soname, Attribute::Source,
-    Attribute::TagId,   Attribute::User};
+    Attribute::Above,   Attribute::Arch,    Attribute::AtLeast, Attribute::AtMost,  Attribute::Below,
+    Attribute::BuildId, Attribute::Each,    Attribute::Equals,  Attribute::Exe,     Attribute::Key,
+    Attribute::Left,    Attribute::Machine, Attribute::Name,    Attribute::Needed,  Attribute::Owner,
+    Attribute::Path,    Attribute::Regid,   Attribute::Role,    Attribute::Section, Attribute::Soname,
+    Attribute::Source,  Attribute::TagId,   Attribute::User};
 
 // Brackets and braces count only in pairs that form a pattern: `[` is the name of a program, and some identifiers have the
 // form `{...}`.
@@ -266,6 +303,24 @@ bool containsWildcard(std::string_view text) {
     const std::size_t brace = text.find('{', first);
     const std::size_t comma = text.find(',', brace);
     return brace != std::string_view::npos && text.find('}', comma) != std::string_view::npos;
+}
+
+// The text without the steps of a key that stand for all members or elements.
+std::string withoutAnySteps(const Leaf& leaf, std::string_view key) {
+    if (key == "*") return {};
+    if (!isTreeFormat(constantOf(leaf, Attribute::Format)) || key.starts_with('/')) return std::string(key);
+    std::string rest;
+    for (const KeyStep& step : parseKeySteps(key)) {
+        if (!step.any) rest += step.name;
+    }
+    return rest;
+}
+
+// What is taken literally in the value of an attribute.
+std::string literalsIn(const Leaf& leaf, const LeafAttribute& given) {
+    const std::string value = sample(given.value, "x");
+    const bool steps = given.attribute == Attribute::Key || given.attribute == Attribute::Each;
+    return steps ? withoutAnySteps(leaf, value) : value;
 }
 
 std::string_view adviceFor(LeafKind kind, Attribute attribute) {
@@ -301,6 +356,7 @@ std::vector<std::string> problemsOf(const Leaf& leaf, const Settings& settings) 
     }
     if (leaf.kind == LeafKind::Package && find(leaf, Attribute::Name) && find(leaf, Attribute::NameRegex))
         problems.emplace_back("name and nameRegex exclude each other");
+    if (leaf.kind == LeafKind::Property) checkRecords(leaf, problems);
     if (!leaf.captures.empty() && find(leaf, Attribute::Regex) == nullptr)
         problems.emplace_back("Capture stands in a leaf without regex");
     return problems;
@@ -311,7 +367,7 @@ std::vector<std::string> warningsFor(const Leaf& leaf) {
     if (matchesAnyNumber(leaf))
         warnings.emplace_back("the regex names no product and may find any number of the section");
     for (const LeafAttribute& given : leaf.attributes) {
-        if (!kLiterals.contains(given.attribute) || !containsWildcard(sample(given.value, "x"))) continue;
+        if (!kLiterals.contains(given.attribute) || !containsWildcard(literalsIn(leaf, given))) continue;
         warnings.push_back(std::string(nameOf(given.attribute)) + " " + quoted(given.value.source()) +
                            " holds a wildcard, but is taken as it stands");
         warnings.back() += adviceFor(leaf.kind, given.attribute);

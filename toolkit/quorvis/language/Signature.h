@@ -21,6 +21,15 @@ struct Capture {
     bool operator==(const Capture&) const = default;
 };
 
+// A further value of the records of a Property.
+struct NamedKey {
+    std::string_view key;
+    std::string_view name;
+    bool optional = false;
+
+    bool operator==(const NamedKey&) const = default;
+};
+
 struct LeafAttribute {
     Attribute attribute{};
     Template value;
@@ -34,6 +43,7 @@ struct Leaf {
     std::uint32_t max = std::numeric_limits<std::uint32_t>::max();
     std::vector<LeafAttribute> attributes;  // sorted by attribute
     std::vector<Capture> captures;
+    std::vector<NamedKey> keys;
     std::uint32_t line = 0;
     std::uint32_t number = 0;  // index among all leaves of the file
 };

@@ -88,9 +88,9 @@ class IdentifierChecker {
 
     static bool provides(const Leaf& leaf, std::string_view field) {
         const auto& values = leafRules(leaf.kind).values;
-        const auto sameName = [&](const Capture& capture) { return capture.name == field; };
+        const auto sameName = [&](const auto& named) { return named.name == field; };
         return std::ranges::find(values, field) != values.end() ||
-               std::ranges::any_of(leaf.captures, sameName);
+               std::ranges::any_of(leaf.captures, sameName) || std::ranges::any_of(leaf.keys, sameName);
     }
 
     const Signature& signature_;

@@ -52,7 +52,7 @@ bool Query::operator==(const Query& other) const {
         const bool sameAttribute = leaf_->attributes[i].attribute == other.leaf_->attributes[i].attribute;
         if (!sameAttribute || valueAt(i) != other.valueAt(i)) return false;
     }
-    return captures() == other.captures();
+    return captures() == other.captures() && keys() == other.keys();
 }
 
 std::size_t Query::hash() const {

@@ -47,6 +47,7 @@ class Query {
     const Leaf& leaf() const { return *leaf_; }
     LeafKind kind() const { return leaf_->kind; }
     const std::vector<Capture>& captures() const { return leaf_->captures; }
+    const std::vector<NamedKey>& keys() const { return leaf_->keys; }
 
     bool has(Attribute attribute) const { return find(attribute) < leaf_->attributes.size(); }
     // The value of an attribute; empty when it is not given.
@@ -55,7 +56,7 @@ class Query {
         return index < leaf_->attributes.size() ? valueAt(index) : std::string_view();
     }
 
-    // Whether both have the same kind, attributes, values and captures.
+    // Whether both have the same kind, attributes, values, captures and keys.
     bool operator==(const Query& other) const;
     std::size_t hash() const;
     // Bytes of the values that are not the leaf's own.

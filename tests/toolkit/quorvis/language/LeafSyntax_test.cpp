@@ -6,7 +6,7 @@ namespace toolkit::quorvis {
 namespace {
 
 TEST(AttributeNames, AreFoundByName) {
-    for (int i = 0; i <= static_cast<int>(Attribute::User); ++i) {
+    for (int i = 0; i <= static_cast<int>(Attribute::Values); ++i) {
         const auto attribute = static_cast<Attribute>(i);
         EXPECT_EQ(attributeNamed(nameOf(attribute)), attribute);
     }

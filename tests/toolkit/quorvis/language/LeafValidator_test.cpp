@@ -120,6 +120,78 @@ TEST(LeafValidator, WarningsRecommendAPatternAttribute) {
               joined(read(match("<Process name='java*'/>")).warnings));
 }
 
+TEST(LeafValidator, StepsToAllElementsAreNoWildcards) {
+    const auto warningsOf = [](const std::string& attributes) {
+        return joined(read(match("<Property path='/x' " + attributes + "/>")).warnings);
+    };
+    EXPECT_EQ("", warningsOf("format='json' key='a.*.b'"));
+    EXPECT_EQ("", warningsOf("format='yaml' each='a.*' key='b'"));
+    EXPECT_EQ("", warningsOf("format='ini' each='*' key='b'"));
+    EXPECT_NE("", warningsOf("format='json' key='a*.b'"));
+    EXPECT_NE("", warningsOf("format='json' key='/a/*'"));
+    EXPECT_NE("", warningsOf("format='ini' key='a.*'"));
+}
+
+TEST(LeafValidator, RecordsFitTheirFormat) {
+    const auto problemsOf = [](const std::string& attributes, const std::string& children = {}) {
+        return joined(
+            read(match("<Property path='/x' " + attributes + ">" + children + "</Property>")).problems);
+    };
+    const std::string place = "sig.xml:2:37: ";
+    const std::pair<const char*, const char*> kCases[] = {
+        {"format='csv' key='a'",
+         "format \"csv\" is not properties, ini, systemd, shell, json, yaml, toml, headers or manifest\n"},
+        {"format='shell' each='*' key='a'", "a file of format shell has no records for each\n"},
+        {"format='properties' each='*' key='a'", "a file of format properties has no records for each\n"},
+        {"format='headers' each='a.*' key='a'", "each \"a.*\" is not \"*\", the records of format headers\n"},
+        {"format='ini' each='*' section='s' key='a'", "section and each exclude each other\n"},
+        {"format='shell' values='all' key='a'", "a file of format shell has one value for a key\n"},
+        {"format='ini' values='first' key='a'", "values \"first\" is not all or last\n"},
+        {"format='json' each='' key='a'", "each \"\" is not steps to records\n"},
+    };
+    for (const auto& [attributes, problem] : kCases) EXPECT_EQ(place + problem, problemsOf(attributes));
+    EXPECT_EQ(place + "key \"*.x\" of the value \"n\" does not name one value\n",
+              problemsOf("format='json' key='a'", "<Value key='*.x' name='n'/>"));
+    for (const char* const attributes :
+         {"format='toml' each='a.*' key='@'", "format='systemd' section='Service' key='a' values='all'",
+          "format='manifest' key='a' values='last'", "format='${f}' each='x' key='a'"}) {
+        EXPECT_EQ("", problemsOf(attributes, "<Value key='x' name='n' optional='true'/>")) << attributes;
+    }
+}
+
+TEST(LeafValidator, ValuesOfRecordsHaveNamesOfTheirOwn) {
+    const auto problemsOf = [](const std::string& children) {
+        return joined(
+            read(match("<Property path='/x' format='json' key='a'>" + children + "</Property>")).problems);
+    };
+    EXPECT_NE(std::string::npos,
+              problemsOf("<Value key='x' name='value'/>").find("is that of a value of every"));
+    EXPECT_NE(
+        std::string::npos,
+        problemsOf("<Value key='x' name='n'/><Value key='y' name='n'/>").find("given to another value"));
+    EXPECT_NE(std::string::npos, problemsOf("<Value key='x' name='${'/>").find("cannot name a variable"));
+    EXPECT_NE(std::string::npos,
+              problemsOf("<Value key='x' name='n' optional='no'/>").find("not true or false"));
+    EXPECT_NE(std::string::npos, problemsOf("<Value key='x'/>").find("name"));
+    std::string many;
+    for (int i = 0; i < 33; ++i) many += "<Value key='x' name='n" + std::to_string(i) + "'/>";
+    EXPECT_NE(std::string::npos, problemsOf(many).find("more than 32 Value elements"));
+    EXPECT_NE("", joined(read(match("<Xml path='/x' select='a'><Value key='x' name='n'/></Xml>")).problems));
+}
+
+TEST(LeafValidator, VariablesMayBeValuesOfRecords) {
+    EXPECT_EQ(
+        "",
+        joined(read(match("<All><Property id='p' path='/x' format='json' key='a'><Value key='b' name='n'/>"
+                          "</Property><Compare left='${p.n}' equals='1'/></All>"))
+                   .warnings));
+    EXPECT_NE(
+        "",
+        joined(read(match("<All><Property id='p' path='/x' format='json' key='a'><Value key='b' name='n'/>"
+                          "</Property><Compare left='${p.b}' equals='1'/></All>"))
+                   .warnings));
+}
+
 TEST(LeafValidator, VariablesNeitherAreNorHideWildcards) {
     EXPECT_EQ("", joined(read(match("<File path='${top}/x'/>")).warnings));
     EXPECT_NE("", joined(read(match("<File path='${top}/*/x'/>")).warnings));

@@ -48,6 +48,10 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
         "<Each><File path='/x'/></Each>",
         "<Each><Compare id='a' left='1' equals='1'/></Each>",
         "<Output/>",
+        "<Match><Property path='/x' format='json' key='a'><Value key='b'/></Property></Match>",
+        "<Match><Property path='/x' format='json' key='a'><Value key='b' name='n' "
+        "optional='no'/></Property></Match>",
+        "<Match><Xml path='/x' select='a'><Value key='b' name='n'/></Xml></Match>",
         "<Match><File path='/x'/></Match><Output><Variable name='a'/></Output>",
     };
     const zavtest::ScratchDir dir;
@@ -56,5 +60,8 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
                          "<Signatures><Signature guid='G' name='N'>" + inner + "</Signature></Signatures>");
     };
     EXPECT_TRUE(isValid(write("<Match><File path='/x'/></Match>")));
+    EXPECT_TRUE(
+        isValid(write("<Match><Property path='/x' format='json' each='a.*' key='b' values='all'>"
+                      "<Value key='c' name='n' optional='true'/></Property></Match>")));
     for (const std::string& inner : cases) EXPECT_FALSE(isValid(write(inner))) << inner;
 }

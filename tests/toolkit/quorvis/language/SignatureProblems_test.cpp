@@ -115,7 +115,7 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
         {match("<Content path='/x' regex='(a)'><Capture group='1' name='path'/></Content>"), "name \"path\""},
         {match("<Content path='/x' regex='(a)'>" + capture + capture + "</Content>"), "another group"},
         {match("<Elf path='/x'>" + capture + "</Elf>"), "without regex"},
-        {match("<Property path='/x' format='yaml' key='k'/>"), "format \"yaml\""},
+        {match("<Property path='/x' format='csv' key='k'/>"), "format \"csv\""},
         {match("<Property path='/x' format='jar' key='k'/>"), "format \"jar\""},
         {match("<FileVersion path='/x' format='ini'/>"), "format \"ini\""},
         {match("<Xml path='/x' select='a['/>"), "select \"a[\""},

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/formats/FormatReaders.h"
+#include "toolkit/quorvis/formats/Records.h"
 
 #include <charconv>
 
@@ -99,44 +99,29 @@ std::string_view takeJavaKey(std::string_view& line) {
     return key;
 }
 
-std::string_view withoutQuotes(std::string_view value) {
-    const bool quoted =
-        value.size() >= 2 && value.front() == value.back() && (value.front() == '"' || value.front() == '\'');
-    return quoted ? value.substr(1, value.size() - 2) : value;
-}
-
 }  // namespace
+
+Records readPropertiesRecords(std::string_view text, const RecordRequest& request,
+                              const ProgressCheck& checkProgress) {
+    RecordCollector collector(request, checkProgress);
+    collector.open(false);
+    for (std::string line; nextJavaLine(text, line);) {
+        std::string_view rest = line;
+        collector.key(unescaped(takeJavaKey(rest)));
+        collector.scalar(collector.wantsNext() ? unescaped(rest) : std::string());
+    }
+    collector.close();
+    return collector.takeRecords();
+}
 
 std::optional<std::string> propertyValue(std::string_view text, std::string_view key,
                                          const ProgressCheck& checkProgress) {
-    std::optional<std::string> value;
-    for (std::string line; nextJavaLine(text, line);) {
-        if (checkProgress) checkProgress();
-        std::string_view rest = line;
-        if (unescaped(takeJavaKey(rest)) == key) value = unescaped(rest);
-    }
-    return value;
-}
-
-std::optional<std::string> iniValue(std::string_view text, std::string_view section, std::string_view key,
-                                    const ProgressCheck& checkProgress) {
-    std::optional<std::string> value;
-    bool inside = section.empty();
-    for (std::string_view line; nextLine(text, line);) {
-        if (checkProgress) checkProgress();
-        line = trimmed(line);
-        if (line.empty() || line.front() == ';' || line.front() == '#') continue;
-        if (line.front() == '[') {
-            line.remove_prefix(1);
-            inside = trimmed(takeField(line, ']')) == section && !section.empty();
-            continue;
-        }
-        const std::size_t separator = line.find_first_of("=:");
-        if (!inside || separator == std::string_view::npos) continue;
-        if (trimmed(line.substr(0, separator)) == key)
-            value = withoutQuotes(trimmed(line.substr(separator + 1)));
-    }
-    return value;
+    RecordRequest request;
+    request.keys = {{{{std::string(key), false}}, false, true}};
+    request.limit = 1;
+    Records found = readPropertiesRecords(text, request, checkProgress);
+    if (found.records.empty()) return std::nullopt;
+    return std::move(found.records.front().items.front());
 }
 
 }  // namespace toolkit::quorvis
