@@ -28,6 +28,7 @@ int run(int argc, const char* const* argv) {
         case Command::Doctor:
             return runDoctor(options);
         case Command::Software:
+            if (options.list) return runSignatureList(options);
             if (options.check) return runSignatureCheck(options);
             return options.explain ? runSignatureExplanation(options) : runSoftware(options);
         case Command::Hardware:

@@ -9,6 +9,7 @@ int runDoctor(const Options& options);
 int runGroups(const Options& options);
 int runHardware(const Options& options);
 int runSoftware(const Options& options);
+int runSignatureList(const Options& options);
 int runSignatureCheck(const Options& options);
 int runSignatureExplanation(const Options& options);
 

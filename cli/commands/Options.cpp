@@ -17,6 +17,7 @@ constexpr const char* kMainFooter = R"(Examples:
   zav hw                                   show the hardware and the system
   zav hw --group Processor --group Memory  show two groups only
   zav hw --format json --output pc.json    write everything to a file, for a program
+  zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
   zav doctor                               find out why an inventory does not work
 
@@ -62,7 +63,8 @@ is unsupported.)";
 constexpr const char* kSoftwareFooter =
     R"(A signature file describes software: which packages, files or contents show that it is installed, and which values,
 such as its version, to report. A directory stands for all *.xml files in it. Files that can be joined are evaluated
-in one run.
+in one run. Without FILE, the signatures that come with the command are used, and all directories are searched
+(FileSystem.wholeTree=true). --list shows what they recognise.
 
 --variable NAME=VALUE presets a variable for all signatures, NAME=VALUE@GUID for one signature. The text after the
 last '@' is an identifier if a signature in the files has it, or if it has the form
@@ -70,13 +72,18 @@ last '@' is an identifier if a signature in the files has it, or if it has the f
 --config PLUGIN.ATTRIBUTE=VALUE changes a setting of the scanner.
 --guid GUID shows only the results of this signature (case-insensitive). If it does not match, a message says so, the
 result is empty, and the exit status is 0. An identifier that is in none of the files is refused.
+--unmanaged shows only results that no package manager of the system owns, and those that do not report it.
 
 Formats:
-  table  for people: a paragraph per match, with the first piece of evidence
-  json   {"scan": {...}, "complete": true, "results": [{"guid", "name", "variables": {...}, "metadata": {...},
-         "evidence": [...]}, ...], "undecided": [{"guid", "name"}, ...], "warnings": [...]}; all values are strings
-  csv    one record per variable: result,guid,name,variable,value. Results are numbered from 0. A signature of which it
-         is unknown whether it matches has a record without a number and with the variable _status.
+  table  for people: a line per match with its name, version, place and package; "none" if no package manager owns it,
+         "unknown" if the signature does not report it. Packages of programming languages follow. With --details, a
+         paragraph per match with all values and the first piece of evidence.
+  json   {"scan": {...}, "complete": true, "results": [{"guid", "name", "cpe", "purl", "variables": {...},
+         "metadata": {...}, "evidence": [...]}, ...], "undecided": [{"guid", "name"}, ...], "warnings": [...]}; all
+         values are strings
+  csv    one record per variable: result,guid,name,variable,value. Results are numbered from 0. The variables _cpe and
+         _purl identify the product. A signature of which it is unknown whether it matches has a record without a
+         number and with the variable _status.
   xml    the format of the scanner: one element MatchedSignature per match; complete="false" if one may be missing
 
 What could not be examined, such as an unreadable file, is reported on standard error in every format.
@@ -86,10 +93,12 @@ toolkit that is bundled with this command. Only the bundled scanner supports --r
 not used.
 
 Examples:
-  zav sw signatures.xml
-  zav sw /usr/share/zav/signatures --format json --output software.json
+  zav sw                                         all software that the signatures of the command recognise
+  zav sw --unmanaged                             only what no package manager knows
+  zav sw signatures.xml --format json --output software.json
   zav sw signatures.xml --variable minVersion=3.11 --config FileSystem.maxDepth=6
   zav sw signatures.xml --root /mnt/image        scan the system below /mnt/image instead of this machine
+  zav sw --list                                  show what the signatures of the command recognise
   zav sw --check signatures.xml                  show whether the file is valid, and the lines of the errors
   zav sw --explain GUID signatures.xml           show why this signature matches or not
 
@@ -158,16 +167,20 @@ void addHardware(CLI::App& app, Options& options, std::string& format) {
 void addSoftware(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("sw", "Find software by signatures");
     command.footer(kSoftwareFooter);
-    command.add_option("FILE", options.signatures, "Signature files, or directories of them")
-        ->type_name("")
-        ->required();
+    command
+        .add_option("FILE", options.signatures,
+                    "Signature files, or directories of them; the default is what comes with the command")
+        ->type_name("");
     addRepeated(command, "--variable", options.variables, "NAME=VALUE[@GUID]",
                 "Preset a variable; may be repeated");
     addRepeated(command, "--config", options.settings, "PLUGIN.ATTRIBUTE=VALUE",
                 "Change a setting of the scanner; may be repeated");
     addRepeated(command, "--guid", options.guids, "GUID",
                 "Show only the results of this signature; may be repeated");
+    command.add_flag("--unmanaged", options.unmanaged, "Show only what no package manager owns");
+    command.add_flag("--details", options.details, "Show all values of each result in the table");
     addScan(command, options, format);
+    command.add_flag("--list", options.list, "Only list the signatures: name, publisher and identifier");
     command.add_flag("--check", options.check, "Only check whether the files are valid");
     command.add_option("--explain", options.explain, "Only explain why this signature matches or not")
         ->type_name("GUID");
@@ -242,10 +255,15 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
-                 {"--explain", "--variable", "--config", "--guid", "--format", "--output", "--root"});
-    requireAlone(software, "--explain", {"--guid", "--format", "--output"});
+                 {"--list", "--explain", "--variable", "--config", "--guid", "--unmanaged", "--details",
+                  "--format", "--output", "--root"});
+    requireAlone(software, "--list",
+                 {"--explain", "--variable", "--config", "--guid", "--unmanaged", "--details", "--root"});
+    requireAlone(software, "--explain", {"--guid", "--unmanaged", "--details", "--format", "--output"});
     if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
+    if (options.list && options.format == Format::Xml)
+        throw Failure(kExitBadUsage, "--list has the formats table, json and csv (see 'zav sw --help')");
     options.verbosity = verbosityOf(app);
     return options;
 }

@@ -16,10 +16,13 @@ enum class Format { Table, Json, Csv, Xml };
 struct Options {
     Command command = Command::Hardware;
     std::vector<std::string> groups;      // as typed
-    std::vector<std::string> signatures;  // files and directories
+    std::vector<std::string> signatures;  // files and directories; empty for those that come with the command
     std::vector<std::string> variables;   // as typed
     std::vector<std::string> settings;    // as typed
     std::vector<std::string> guids;       // results to show; empty for all
+    bool list = false;                    // only list the signatures
+    bool details = false;                 // in the table, a paragraph per result
+    bool unmanaged = false;               // only results that no package manager owns
     bool check = false;                   // only check whether the files are valid
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;

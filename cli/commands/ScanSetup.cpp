@@ -34,9 +34,10 @@ std::string passScannedRoot(const Options& options, const Scanner& scanner) {
 TableStyle tableStyle(const Options& options) {
     TableStyle style;
     style.columns = terminalColumns(options.output ? -1 : STDOUT_FILENO);
+    style.fitted = !options.output && (isatty(STDOUT_FILENO) != 0 || std::getenv("COLUMNS") != nullptr);
     style.bold = !options.output && isCapableTerminal(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr;
     style.overview = options.groups.empty();
-    style.everything = options.all;
+    style.everything = options.all || options.details;
     return style;
 }
 

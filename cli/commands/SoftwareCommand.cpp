@@ -1,13 +1,19 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <map>
+#include <numeric>
 
 #include "cli/commands/Commands.h"
 #include "cli/commands/ScanSetup.h"
+#include "cli/formats/SignatureListWriter.h"
+#include "cli/scan/Catalogue.h"
 #include "cli/scan/EvaluationOptions.h"
 #include "cli/scan/LogPrinter.h"
+#include "cli/scan/ProductIdentity.h"
 #include "cli/scan/ScanFacts.h"
 #include "cli/scan/SignatureDiagnostics.h"
 #include "cli/scan/SignatureEvaluation.h"
@@ -24,10 +30,14 @@ namespace zavcli {
 
 namespace {
 
+std::vector<std::string> filePaths(const Options& options) {
+    return signatureFilePaths(options.signatures.empty() ? std::vector{catalogueDirectory()}
+                                                         : options.signatures);
+}
+
 std::vector<SignatureFile> readFiles(const Options& options) {
     std::vector<SignatureFile> files;
-    for (const std::string& path : signatureFilePaths(options.signatures))
-        files.push_back(readSignatureFile(path));
+    for (const std::string& path : filePaths(options)) files.push_back(readSignatureFile(path));
     return files;
 }
 
@@ -39,8 +49,10 @@ std::vector<Preset> presetsOf(const Options& options, const std::vector<Signatur
     return parsePresets(options.variables, identifiers);
 }
 
+// The settings of the command line come last, because the last one counts.
 std::vector<Setting> settingsOf(const Options& options) {
     std::vector<Setting> settings;
+    if (options.signatures.empty()) settings = catalogueSettings();
     for (const std::string& text : options.settings) settings.push_back(parseSetting(text));
     return settings;
 }
@@ -91,6 +103,10 @@ void reportUnused(const std::vector<Preset>& presets, const std::vector<Signatur
     }
 }
 
+bool isManaged(const MatchedSignature& match) {
+    return identityOf(match).packaging == Packaging::Owned;
+}
+
 // Adds the undecided signatures, and whether the results are complete.
 void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string>& guids,
                      const std::vector<SignatureFile>& files) {
@@ -105,25 +121,51 @@ void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string
     inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
 
+std::size_t countSignatures(const std::vector<SignatureFile>& files) {
+    return std::accumulate(files.begin(), files.end(), std::size_t{0},
+                           [](std::size_t sum, const SignatureFile& file) { return sum + file.count; });
+}
+
 SoftwareInventory evaluate(const Options& options, const std::vector<SignatureFile>& files) {
     const std::vector<Preset> presets = presetsOf(options, files);
-    const std::vector<Setting> settings = settingsOf(options);
+    std::vector<Setting> settings = settingsOf(options);
     reportUnused(presets, files);
     const Toolkit toolkit = selectToolkit(options, kSoftwareScanner);
     const std::string root = passScannedRoot(options, kSoftwareScanner);
 
-    ProgressBar progress(false);
+    ProgressBar progress(isCapableTerminal(STDERR_FILENO));
+    // Other scanners may not know the setting.
+    if (progress.isEnabled() && toolkit.source == ToolkitSource::Bundled)
+        settings.push_back({"Evaluation", "progress", "true"});
     LogPrinter printer(options.verbosity, toolkit.source, progress);
     ScannerOutput output(printer);
     const Workspace workspace;
     LibraryHandle library(&output, workspace, toolkit.directory);
     applyOptions(library, presets, settings);
     const ScanTimer timer(toolkit.directory, root);
+    progress.begin(static_cast<int>(countSignatures(files)), "signatures");
+    const auto report = [&progress](const std::string& line) {
+        progress.hide();
+        printMessage(line);
+    };
     SoftwareInventory inventory = evaluateFiles(
-        library, output, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids);
+        library, output, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids, report);
+    progress.end();
     inventory.scan = timer.facts();
     addCompleteness(inventory, options.guids, files);
+    if (options.unmanaged) std::erase_if(inventory.results, isManaged);
     return inventory;
+}
+
+std::string listText(const std::vector<SignatureEntry>& entries, const Options& options) {
+    switch (options.format) {
+        case Format::Json:
+            return signatureJson(entries);
+        case Format::Csv:
+            return signatureCsv(entries, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
+        default:
+            return signatureTable(entries, tableStyle(options));
+    }
 }
 
 }  // namespace
@@ -140,8 +182,20 @@ int runSoftware(const Options& options) {
     return hasUnexpectedGaps(inventory.warnings, options.guids) ? kExitUnread : EXIT_SUCCESS;
 }
 
+int runSignatureList(const Options& options) {
+    std::vector<SignatureEntry> entries;
+    for (SignatureFile& file : readFiles(options)) {
+        if (!file.wellFormed)
+            printMessage(
+                fmt::format("warning: {} is not well-formed; 'zav sw --check' shows where", file.path));
+        std::move(file.entries.begin(), file.entries.end(), std::back_inserter(entries));
+    }
+    InventoryOutput(options).write(listText(entries, options));
+    return EXIT_SUCCESS;
+}
+
 int runSignatureCheck(const Options& options) {
-    const std::vector<std::string> paths = signatureFilePaths(options.signatures);
+    const std::vector<std::string> paths = filePaths(options);
     std::for_each(paths.begin(), paths.end(), readSignatureFile);  // throws if one cannot be read
     const Toolkit toolkit = selectToolkit(options, kSoftwareScanner);
     const CheckResult check = checkSignatures(scannerPath(toolkit.directory, kSoftwareScanner), paths);

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <system_error>
 
+#include "cli/scan/ProductIdentity.h"
+
 namespace zavcli {
 
 std::string csvField(std::string_view value) {
@@ -70,6 +72,9 @@ std::string csvText(const SoftwareInventory& inventory, CsvFormulas formulas) {
     for (std::size_t i = 0; i < inventory.results.size(); ++i) {
         const MatchedSignature& match = inventory.results[i];
         std::vector<Field> variables = match.variables;
+        const ProductIdentity identity = identityOf(match);
+        if (!identity.cpe.empty()) variables.push_back({"_cpe", identity.cpe});
+        if (!identity.purl.empty()) variables.push_back({"_purl", identity.purl});
         if (variables.empty()) variables.emplace_back();
         for (const Field& variable : variables) {
             fmt::format_to(std::back_inserter(text), "{},{},{},{},{}\r\n", i, csvValue(match.guid, formulas),

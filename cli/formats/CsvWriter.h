@@ -26,7 +26,7 @@ std::string csvValue(std::string_view value, CsvFormulas formulas);
 std::string csvText(const HardwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);
 
 // RFC 4180 with a header line and the columns result, guid, name, variable, value: one record per variable,
-// with results counted from 0. A result without variables has one record whose last two columns are empty. An
+// with results counted from 0. The variables _cpe and _purl hold the identity of the product if the result has it. A result without variables has one record whose last two columns are empty. An
 // undecided signature has one record without a result number, with the variable _status and the value
 // unknown.
 std::string csvText(const SoftwareInventory& inventory, CsvFormulas formulas = CsvFormulas::Protected);

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/scan/ProductIdentity.h"
 #include "cli/scan/ResultMetadata.h"
 
 namespace zavcli {
@@ -40,6 +41,9 @@ Json status(const Group& group) {
 Json result(const MatchedSignature& match) {
     Json json = {{"guid", match.guid}};
     if (!match.name.empty()) json["name"] = match.name;
+    const ProductIdentity identity = identityOf(match);
+    if (!identity.cpe.empty()) json["cpe"] = identity.cpe;
+    if (!identity.purl.empty()) json["purl"] = identity.purl;
     json["variables"] = object(match.variables);
     const Metadata metadata = readMetadata(match.metadata);
     if (!metadata.texts.empty()) json["metadata"] = object(metadata.texts);

@@ -15,7 +15,7 @@ namespace zavcli {
 std::string jsonText(const HardwareInventory& inventory);
 
 // {"scan": {...}, "complete": true,
-//  "results": [{"guid": ..., "name": ..., "variables": {...}, "metadata": {...}, "evidence": [...]}, ...],
+//  "results": [{"guid": ..., "name": ..., "cpe": ..., "purl": ..., "variables": {...}, "metadata": {...}, "evidence": [...]}, ...],
 //  "undecided": [{"guid": ..., "name": ...}, ...], "warnings": [...]}
 // Unknown members are omitted, except guid and variables.
 std::string jsonText(const SoftwareInventory& inventory);

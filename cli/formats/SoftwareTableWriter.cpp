@@ -2,39 +2,43 @@
 
 #include <fmt/format.h>
 
-#include "cli/formats/FieldLines.h"
-#include "cli/scan/ResultMetadata.h"
-#include "cli/terminal/PrintableText.h"
+#include <algorithm>
+#include <tuple>
+
+#include "cli/formats/RowLayout.h"
+#include "cli/formats/SoftwareDetailsWriter.h"
+#include "cli/scan/ProductIdentity.h"
+#include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
 
 namespace {
 
-constexpr const char* kVersion = "version";
+struct Product {
+    ProductIdentity identity;
+    bool isLanguagePackage = false;
+};
 
-std::string heading(const MatchedSignature& match, const TableStyle& style) {
-    std::string text = printable(match.name.empty() ? match.guid : match.name);
-    if (style.bold) text = fmt::format("\x1b[1m{}\x1b[0m", text);
-    for (const Field& variable : match.variables) {
-        if (variable.name == kVersion && !variable.value.empty()) text += "  " + printable(variable.value);
-    }
-    return text + "\n";
+bool precedes(const Product& one, const Product& other) {
+    const auto key = [](const Product& product) {
+        const ProductIdentity& identity = product.identity;
+        return std::tuple(product.isLanguagePackage, lowerCase(identity.name), identity.version,
+                          identity.place);
+    };
+    return key(one) < key(other);
 }
 
-void add(std::vector<Field>& fields, std::string_view name, const std::string& value) {
-    if (!value.empty()) fields.push_back({printable(name), printable(value)});
-}
-
-std::string paragraph(const MatchedSignature& match, const TableStyle& style) {
-    const Metadata metadata = readMetadata(match.metadata);
-    std::vector<Field> fields;
-    add(fields, "GUID", match.guid);
-    add(fields, "Publisher", valueOf(metadata.texts, "Publisher"));
-    for (const Field& variable : match.variables) {
-        if (variable.name != kVersion) add(fields, variable.name, variable.value);
-    }
-    add(fields, "Evidence", metadata.evidenceText());
-    return heading(match, style) + fieldLines(fields, "  ", style.columns).text + "\n";
+std::string rowsText(const SoftwareInventory& inventory, const TableStyle& style) {
+    if (inventory.results.empty()) return "";
+    std::vector<Product> products;
+    for (const MatchedSignature& match : inventory.results)
+        products.push_back({identityOf(match), isLanguagePackage(match)});
+    std::stable_sort(products.begin(), products.end(), precedes);
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& [identity, isLanguagePackage] : products)
+        rows.push_back({identity.name, identity.version, identity.place, packageText(identity)});
+    const std::vector<RowColumn> columns{{"Name", 16}, {"Version", 10}, {"Place", 16, true}, {"Package", 10}};
+    return rowTable(columns, rows, style.fitted ? style.columns : 0, style.bold) + "\n";
 }
 
 std::string counted(std::size_t count, std::string_view one, std::string_view several) {
@@ -59,9 +63,8 @@ std::string summary(const SoftwareInventory& inventory) {
 }  // namespace
 
 std::string tableText(const SoftwareInventory& inventory, const TableStyle& style) {
-    std::string text;
-    for (const MatchedSignature& match : inventory.results) text += paragraph(match, style);
-    return text + summary(inventory);
+    return (style.everything ? detailsText(inventory, style) : rowsText(inventory, style)) +
+           summary(inventory);
 }
 
 }  // namespace zavcli

@@ -8,7 +8,9 @@
 
 namespace zavcli {
 
-// A paragraph per result, headed by its name and version, and a summary line.
+// A line per result with its name, version, place and package, sorted by name, and a summary line. Packages of
+// programming languages follow the products. With `style.everything`, a paragraph per result instead, in the order
+// of the results.
 std::string tableText(const SoftwareInventory& inventory, const TableStyle& style);
 
 }  // namespace zavcli

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 #include "cli/scan/ScannerOutput.h"
 #include "cli/system/SignalCleanup.h"
@@ -16,7 +18,7 @@ namespace zavcli {
 namespace {
 
 constexpr int kMaxBarColumns = 40;
-constexpr int kMaxNameColumns = 22;
+constexpr int kMaxLabelColumns = 22;
 
 }  // namespace
 
@@ -34,27 +36,50 @@ std::optional<std::string> finishedGroup(const LogMessage& message) {
     return std::string(text.substr(0, colon));
 }
 
-std::string progressBar(int done, int total, std::string_view group, int columns) {
-    const std::string tail = fmt::format(" {}/{} {}", done, total, clip(printable(group), kMaxNameColumns));
+std::optional<EvaluatedSignatures> evaluatedSignatures(const LogMessage& message) {
+    const std::optional<std::string_view> line = scannerLine(message);
+    if (message.function != "SW_ExecuteScanner()" || !line) return std::nullopt;
+    constexpr std::string_view kLead = "progress: ";
+    constexpr std::string_view kMiddle = " of ";
+    if (!line->starts_with(kLead)) return std::nullopt;
+    const char* const end = line->data() + line->size();
+    EvaluatedSignatures evaluated;
+    const auto done = std::from_chars(line->data() + kLead.size(), end, evaluated.done);
+    const std::string_view rest(done.ptr, static_cast<std::size_t>(end - done.ptr));
+    if (done.ec != std::errc() || !rest.starts_with(kMiddle)) return std::nullopt;
+    const auto total = std::from_chars(rest.data() + kMiddle.size(), end, evaluated.total);
+    const std::string_view unit(total.ptr, static_cast<std::size_t>(end - total.ptr));
+    const bool valid = total.ec == std::errc() && unit == " signatures" && evaluated.done >= 0 &&
+                       evaluated.total >= evaluated.done;
+    return valid ? std::optional(evaluated) : std::nullopt;
+}
+
+std::string progressBar(int done, int total, std::string_view label, int columns) {
+    const std::string tail = fmt::format(" {}/{} {}", done, total, clip(printable(label), kMaxLabelColumns));
     const int width = std::clamp(columns - columnsOf(tail) - 2, 1, kMaxBarColumns);
     const int filled = total > 0 ? width * done / total : 0;
     const std::string bar = fmt::format("[{:#<{}}{: <{}}]", "", filled, "", width - filled);
     return clip(bar + tail, std::max(1, columns));
 }
 
-void ProgressBar::begin(int total) {
+void ProgressBar::begin(int total, std::string_view label) {
     total_ = total;
     done_ = 0;
-    group_.clear();
+    label_ = label;
     show();
 }
 
 void ProgressBar::onMessage(const LogMessage& message) {
     if (!enabled_ || total_ == 0) return;
-    const std::optional<std::string> group = finishedGroup(message);
-    if (!group) return;
-    done_ = std::min(done_ + 1, total_);
-    group_ = *group;
+    if (const std::optional<std::string> group = finishedGroup(message)) {
+        done_ = std::min(done_ + 1, total_);
+        label_ = *group;
+    } else if (const std::optional<EvaluatedSignatures> evaluated = evaluatedSignatures(message)) {
+        done_ = evaluated->done;
+        total_ = evaluated->total;
+    } else {
+        return;
+    }
     show();
 }
 
@@ -69,7 +94,7 @@ void ProgressBar::show() {
     if (!enabled_ || total_ == 0) return;
     // The last column stays free, because some terminals wrap when it is written.
     const int columns = terminalColumns(STDERR_FILENO) - 1;
-    writeStandardError(fmt::format("\r\x1b[K{}", progressBar(done_, total_, group_, columns)));
+    writeStandardError(fmt::format("\r\x1b[K{}", progressBar(done_, total_, label_, columns)));
     shown_ = true;
     registerProgressLine(true);
 }

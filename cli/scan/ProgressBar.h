@@ -1,4 +1,4 @@
-// The progress of a hardware scan, taken from the lines that the scanner prints.
+// The progress of a scan, taken from the lines that the scanner prints.
 #pragma once
 
 #include <optional>
@@ -12,8 +12,17 @@ namespace zavcli {
 // The group that the scanner has finished according to the message, such as "Processor". Nothing for other messages.
 std::optional<std::string> finishedGroup(const LogMessage& message);
 
+// How far the evaluation of signatures is.
+struct EvaluatedSignatures {
+    int done = 0;
+    int total = 0;
+};
+
+// The numbers that the message reports, such as "progress: 12 of 345 signatures". Nothing for other messages.
+std::optional<EvaluatedSignatures> evaluatedSignatures(const LogMessage& message);
+
 // The bar in at most that many columns, such as "[######    ] 24/48 Processor".
-std::string progressBar(int done, int total, std::string_view group, int columns);
+std::string progressBar(int done, int total, std::string_view label, int columns);
 
 // Shows the bar on standard error. A disabled bar writes nothing.
 class ProgressBar {
@@ -23,9 +32,10 @@ class ProgressBar {
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    // Shows an empty bar for that many groups.
-    void begin(int total);
-    // Advances the bar if the message reports a finished group.
+    bool isEnabled() const { return enabled_; }
+    // Shows an empty bar for that many groups or signatures.
+    void begin(int total, std::string_view label = "");
+    // Advances the bar if the message reports a finished group or evaluated signatures.
     void onMessage(const LogMessage& message);
     // Erases the bar so that other text can be printed.
     void hide();
@@ -38,7 +48,7 @@ class ProgressBar {
     bool shown_ = false;
     int total_ = 0;
     int done_ = 0;
-    std::string group_;
+    std::string label_;
 };
 
 }  // namespace zavcli

@@ -10,7 +10,6 @@
 #include "cli/scan/ErrorMessages.h"
 #include "cli/scan/SoftwareResults.h"
 #include "cli/system/Failure.h"
-#include "cli/terminal/Terminal.h"
 #include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
@@ -46,11 +45,13 @@ bool canBeJoined(const SignatureFile& file) {
 class Evaluation {
   public:
     Evaluation(LibraryHandle& library, ScannerOutput& output, const std::string& scanner,
-               const std::vector<SignatureFile>& files, const std::vector<std::string>& guids)
+               const std::vector<SignatureFile>& files, const std::vector<std::string>& guids,
+               const std::function<void(const std::string&)>& report)
         : software_(library.software()),
           output_(output),
           scanner_(scanner),
           guids_(guids),
+          report_(report),
           names_(namesIn(files)) {}
 
     SoftwareInventory run(const std::vector<SignatureFile>& files) {
@@ -74,7 +75,7 @@ class Evaluation {
         for (const SignatureFile* const file : files) {
             output_.clear();
             if (addResults(ZAV_sw_evaluate_file(software_, widenBytes(file->path).c_str()))) continue;
-            for (const std::string& line : output_.lines()) printMessage(refusalOf(line, file->path));
+            for (const std::string& line : output_.lines()) report_(refusalOf(line, file->path));
             refused.push_back(file->path);
         }
         if (!refused.empty())
@@ -114,6 +115,7 @@ class Evaluation {
     ScannerOutput& output_;
     const std::string& scanner_;
     const std::vector<std::string>& guids_;
+    const std::function<void(const std::string&)>& report_;
     const std::map<std::string, std::string> names_;
     SoftwareInventory inventory_;
 };
@@ -122,8 +124,9 @@ class Evaluation {
 
 SoftwareInventory evaluateFiles(LibraryHandle& library, ScannerOutput& output, const std::string& scanner,
                                 const std::vector<SignatureFile>& files,
-                                const std::vector<std::string>& guids) {
-    return Evaluation(library, output, scanner, files, guids).run(files);
+                                const std::vector<std::string>& guids,
+                                const std::function<void(const std::string&)>& report) {
+    return Evaluation(library, output, scanner, files, guids, report).run(files);
 }
 
 void evaluateNothing(LibraryHandle& library, const std::string& scanner) {

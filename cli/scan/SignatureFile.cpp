@@ -29,6 +29,8 @@ struct Reading {
     std::size_t bodyBegin = 0;
     std::size_t bodyEnd = 0;
     std::string guid = {};  // the identifier of the current signature in lower case
+    bool inMetadata = false;
+    bool inPublisher = false;
 };
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
@@ -97,15 +99,16 @@ void addName(std::map<std::string, std::string>& names, const std::string& guid,
 // Records a signature. Returns its identifier in lower case.
 std::string addSignature(SignatureFile& file, const char** attributes) {
     ++file.count;
-    std::string guid;
-    std::string name;
+    SignatureEntry entry;
     for (; *attributes != nullptr; attributes += 2) {
-        if (std::string_view(attributes[0]) == "guid") guid = lowerCase(attributes[1]);
-        if (std::string_view(attributes[0]) == "name") name = attributes[1];
+        if (std::string_view(attributes[0]) == "guid") entry.guid = attributes[1];
+        if (std::string_view(attributes[0]) == "name") entry.name = attributes[1];
     }
+    std::string guid = lowerCase(entry.guid);
     if (guid.empty()) return guid;
-    addName(file.names, guid, name);
+    addName(file.names, guid, entry.name);
     file.variables[guid];
+    file.entries.push_back(std::move(entry));
     return guid;
 }
 
@@ -135,6 +138,11 @@ void begin(void* data, const char* name, const char** attributes) {
             offset(reading) + static_cast<std::size_t>(XML_GetCurrentByteCount(reading.parser));
     } else if (reading.depth == 2 && std::string_view(name) == "Signature") {
         reading.guid = addSignature(reading.file, attributes);
+    } else if (reading.depth == 3) {
+        reading.inMetadata = !reading.guid.empty() && std::string_view(name) == "Metadata";
+    } else if (reading.depth == 4) {
+        reading.inPublisher = reading.inMetadata && std::string_view(name) == "Publisher" &&
+                              reading.file.entries.back().publisher.empty();
     }
     if (reading.depth >= 2) addUses(reading.file.variables[reading.guid], name, attributes);
 }
@@ -142,6 +150,13 @@ void begin(void* data, const char* name, const char** attributes) {
 void end(void* data, const char* /*name*/) {
     auto& reading = *static_cast<Reading*>(data);
     if (--reading.depth == 0) reading.bodyEnd = offset(reading);
+    reading.inPublisher = false;
+}
+
+void characters(void* data, const char* text, int length) {
+    const auto& reading = *static_cast<Reading*>(data);
+    if (reading.inPublisher)
+        reading.file.entries.back().publisher.append(text, static_cast<std::size_t>(length));
 }
 
 void declaration(void* data, const char* /*version*/, const char* encoding, int /*standalone*/) {
@@ -161,6 +176,7 @@ bool parse(const std::string& content, const char* encoding, SignatureFile& file
     Reading reading{nullptr, file, encoding == nullptr && content.find('\0') == std::string::npos};
     XmlParser parser(encoding, &reading, begin, end);
     reading.parser = parser.get();
+    XML_SetCharacterDataHandler(parser.get(), characters);
     XML_SetXmlDeclHandler(parser.get(), declaration);
     XML_SetStartDoctypeDeclHandler(parser.get(), documentType);
     if (!parser.parse(content)) return false;

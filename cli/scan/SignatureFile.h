@@ -12,9 +12,17 @@ namespace zavcli {
 // The names of the variables that a signature uses or presets, by its identifier in lower case.
 using VariableUses = std::map<std::string, std::set<std::string>>;
 
+// A signature as lists of signatures show it.
+struct SignatureEntry {
+    std::string guid;
+    std::string name;       // as written, with its variables
+    std::string publisher;  // empty if the signature does not name one
+};
+
 struct SignatureFile {
     std::string path;
-    std::size_t count = 0;  // the number of signatures
+    std::vector<SignatureEntry> entries;  // those with an identifier, in the order of the file
+    std::size_t count = 0;                // the number of signatures
     // Names by identifier in lower case. Empty if the name contains variables or the identifier has several names.
     std::map<std::string, std::string> names;
     VariableUses variables;

@@ -111,6 +111,19 @@ std::string clip(std::string_view text, int columns) {
     return toUtf8(std::wstring_view(wide).substr(0, fittingCount(wide, columns - 1))) + "…";
 }
 
+std::string clipPath(std::string_view path, int columns) {
+    const std::wstring wide = fromUtf8(path);
+    if (columnsOf(wide) <= columns) return std::string(path);
+    const int half = (columns - 1) / 2;
+    std::size_t end = wide.size();
+    for (int left = columns - 1 - half; end > 0; --end) {
+        left -= std::max(0, wcwidth(wide[end - 1]));
+        if (left < 0) break;
+    }
+    const std::wstring_view shown = wide;
+    return toUtf8(shown.substr(0, fittingCount(wide, half))) + "…" + toUtf8(shown.substr(end));
+}
+
 std::string pad(std::string_view text, int columns) {
     const int missing = std::max(0, columns - columnsOf(text));
     return std::string(text).append(static_cast<std::size_t>(missing), ' ');

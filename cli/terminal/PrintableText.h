@@ -20,6 +20,9 @@ int columnsOf(std::string_view text);
 // The text cut to a number of columns, ending in an ellipsis if it was cut. REQUIRES: columns > 0.
 std::string clip(std::string_view text, int columns);
 
+// The same for a path: what is cut is its middle, so that the directory at its start and the name at its end stay.
+std::string clipPath(std::string_view path, int columns);
+
 // The text padded with blanks to a number of columns.
 std::string pad(std::string_view text, int columns);
 

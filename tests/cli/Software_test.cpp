@@ -73,12 +73,15 @@ TEST_F(SoftwareTest, TableNamesMatchesFromTheSignatureFile) {
     const Ended ended = sw({file("one.xml", kOne)}).run();
     EXPECT_EQ(0, ended.status);
     EXPECT_EQ("", ended.err);
-    EXPECT_EQ("One\n  GUID  g1\n\n1 match; 1 signature in 1 file\n", ended.out);
+    EXPECT_EQ(
+        "Name  Version  Place  Package\nOne                   unknown\n\n1 match; 1 signature in 1 file\n",
+        ended.out);
 }
 
 TEST_F(SoftwareTest, NamesOfTheResultsArePreferred) {
     const std::string prepared = file("prepared.xml", kResults);
-    const Ended ended = sw({file("one.xml", kOne)}).environment("ZAVTEST_OUTPUT", prepared).run();
+    const Ended ended =
+        sw({file("one.xml", kOne), "--details"}).environment("ZAVTEST_OUTPUT", prepared).run();
     EXPECT_EQ(0, ended.status) << ended.err;
     EXPECT_EQ(
         "Gr\xc3\xb6\xc3\x9f  1.0 \xf0\x9f\x98\x80\n  GUID  G1\n  home  /opt\n\nOne\n  GUID  g1\n\n"
@@ -343,7 +346,7 @@ TEST_F(SoftwareTest, ResultsAreShownIfTheWarningsAreInvalid) {
     const Ended ended =
         sw({file("one.xml", kOne)}).environment("ZAVTEST_WARNINGS", file("events.xml", "<Events>")).run();
     EXPECT_EQ(1, ended.status);
-    expectSays(ended.out, "One\n");
+    expectSays(ended.out, "\nOne ");
     expectSays(ended.err, "zav: the software scanner wrote no valid list of warnings");
 }
 
@@ -389,10 +392,9 @@ TEST_F(SoftwareTest, RootIsPassedToTheScannerAndRecorded) {
 TEST_F(SoftwareTest, BadUsageExitsWithTwoWithoutARun) {
     const std::string one = file("one.xml", kOne);
     for (const auto& arguments :
-         {Guids{}, Guids{path("none.xml")}, Guids{path("given")}, Guids{"/dev/null"},
-          Guids{one, "--variable", "x"}, Guids{one, "--variable", "x=1", "--variable", "x=2"},
-          Guids{one, "--config", "x=1"}, Guids{one, "--format", "yaml"},
-          Guids{"--check", path("none.xml")}}) {
+         {Guids{path("none.xml")}, Guids{path("given")}, Guids{"/dev/null"}, Guids{one, "--variable", "x"},
+          Guids{one, "--variable", "x=1", "--variable", "x=2"}, Guids{one, "--config", "x=1"},
+          Guids{one, "--format", "yaml"}, Guids{"--check", path("none.xml")}}) {
         const Ended ended = sw(arguments).run();
         EXPECT_EQ(2, ended.status);
         EXPECT_EQ("", ended.out);

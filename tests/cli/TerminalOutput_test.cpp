@@ -53,6 +53,22 @@ TEST_F(TerminalOutputTest, ProgressBarFitsTheTerminal) {
     EXPECT_GT(count, 48);
 }
 
+TEST_F(TerminalOutputTest, ProgressOfSignaturesAdvancesAndDisappears) {
+    const std::string file =
+        scratch_
+            .write(
+                "s.xml",
+                "<Signatures><Signature guid=\"a\" name=\"a\"><Match><File path=\"/\"/></Match></Signature>"
+                "<Signature guid=\"b\" name=\"b\"><Match><File path=\"/\"/></Match></Signature></Signatures>")
+            .string();
+    const Ended ended = Process({"sw", file}).locationFile(std::nullopt).errorTerminal(80).run();
+    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_NE(std::string::npos, ended.err.find("] 0/2 signatures")) << ended.err;
+    EXPECT_NE(std::string::npos, ended.err.find("] 2/2 signatures")) << ended.err;
+    EXPECT_TRUE(ended.err.ends_with("\r\x1b[K")) << ended.err;
+    EXPECT_EQ("", Process({"sw", file}).locationFile(std::nullopt).run().err);
+}
+
 TEST_F(TerminalOutputTest, NoProgressBarWithoutATerminal) {
     EXPECT_EQ("", hw({}).run().err);
     EXPECT_EQ("", hw({}).outputTerminal(80).run().err);

@@ -84,6 +84,14 @@ TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     EXPECT_EQ(Verbosity::Notable, full.verbosity);
     EXPECT_FALSE(full.check);
     EXPECT_TRUE(options({"sw", "--check", "a.xml"}).check);
+    EXPECT_TRUE(options({"sw", "--list"}).list);
+    EXPECT_TRUE(options({"sw", "--details"}).details);
+    EXPECT_TRUE(options({"sw", "--unmanaged"}).unmanaged);
+}
+
+TEST(Options, SignatureFilesAreOptional) {
+    EXPECT_TRUE(options({"sw"}).signatures.empty());
+    EXPECT_TRUE(options({"sw", "--guid", "zav.bash"}).signatures.empty());
 }
 
 TEST(Options, FormatIsCaseInsensitive) {
@@ -120,8 +128,8 @@ TEST(Options, HelpOfACommandNamesItsOptions) {
     for (const char* option : {"--group", "--format", "--all", "--output", "--toolkit", "--root", "-v"})
         EXPECT_NE(std::string::npos, text.find(option)) << option;
     const std::string software = std::get<HelpText>(parse({"sw", "--help"})).text;
-    for (const char* option :
-         {"FILE", "--variable", "--config", "--guid", "--check", "--explain", "--format"})
+    for (const char* option : {"FILE", "--variable", "--config", "--guid", "--list", "--details",
+                               "--unmanaged", "--check", "--explain", "--format"})
         EXPECT_NE(std::string::npos, software.find(option)) << option;
 }
 
@@ -134,7 +142,7 @@ TEST(Options, CommandsWithoutFormatsOfTheirOwnDoNotRepeatTheMainHelp) {
 TEST(Options, BadUsageRefersToTheHelpOfTheCommand) {
     EXPECT_TRUE(refusal({"frob"}).ends_with("(see 'zav --help')"));
     EXPECT_TRUE(refusal({"hw", "--nope"}).ends_with("(see 'zav hw --help')"));
-    EXPECT_TRUE(refusal({"sw"}).ends_with("(see 'zav sw --help')"));
+    EXPECT_TRUE(refusal({"sw", "--nope"}).ends_with("(see 'zav sw --help')"));
 }
 
 TEST(Options, VersionIsOneLine) {
@@ -161,7 +169,12 @@ TEST(Options, BadCommandLinesAreRefusedWithTheReason) {
         {{"hw", "--root", "/no/such/place"}, "/no/such/place"},
         {{"hw", "--root", "/dev/null"}, "/dev/null"},
         {{"doctor", "--format", "json"}, "--format"},
-        {{"sw"}, "FILE"},
+        {{"sw", "--list", "--format", "xml"}, "--list"},
+        {{"sw", "--list", "--guid", "g"}, "--guid"},
+        {{"sw", "--list", "--check"}, "--list"},
+        {{"sw", "--list", "--unmanaged"}, "--unmanaged"},
+        {{"sw", "--check", "--details"}, "--details"},
+        {{"sw", "--explain", "g", "--unmanaged"}, "--unmanaged"},
         {{"sw", "a.xml", "--all"}, "--all"},
         {{"sw", "a.xml", "--check", "--guid", "g"}, "--guid"},
         {{"sw", "a.xml", "--check", "--format", "json"}, "--format"},

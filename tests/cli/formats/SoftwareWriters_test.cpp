@@ -34,7 +34,20 @@ SoftwareInventory sampleSoftware() {
     return report;
 }
 
-TEST(SoftwareWriters, TableHasAParagraphPerMatchAndASummary) {
+TEST(SoftwareWriters, TableHasALinePerMatchAndASummary) {
+    EXPECT_EQ(
+        "Name          Version  Place     Package\n"
+        "A, \"B\" & <C>  1.2      /opt\\n/x  unknown\n"
+        "A, \"B\" & <C>  gr\xc3\xb6\xc3\x9f               unknown\n"
+        "g-2                              unknown\n"
+        "\n"
+        "3 matches; 5 signatures in 2 files; 1 warning\n",
+        tableText(sampleSoftware(), {}));
+}
+
+TEST(SoftwareWriters, DetailsAreAParagraphPerMatchAndASummary) {
+    TableStyle style;
+    style.everything = true;
     EXPECT_EQ(
         "A, \"B\" & <C>  1.2\n"
         "  GUID       g-1\n"
@@ -49,7 +62,7 @@ TEST(SoftwareWriters, TableHasAParagraphPerMatchAndASummary) {
         "  GUID  g-1\n"
         "\n"
         "3 matches; 5 signatures in 2 files; 1 warning\n",
-        tableText(sampleSoftware(), {}));
+        tableText(sampleSoftware(), style));
 }
 
 TEST(SoftwareWriters, TableReportsTheFilterAndMissingMatches) {

@@ -29,6 +29,26 @@ TEST(ProgressBar, OtherMessagesReportNoGroup) {
     for (const LogMessage& message : others) EXPECT_FALSE(finishedGroup(message)) << message.text;
 }
 
+TEST(ProgressBar, ScannerLineReportsEvaluatedSignatures) {
+    const auto evaluated =
+        evaluatedSignatures({2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of 345 signatures]"});
+    ASSERT_TRUE(evaluated);
+    EXPECT_EQ(12, evaluated->done);
+    EXPECT_EQ(345, evaluated->total);
+    const LogMessage others[] = {
+        {2, 4, "ZAV_hw_run", "STDOUT data: [progress: 12 of 345 signatures]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of 345 things]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of signatures]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: ]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: -1 of 4 signatures]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 5 of 4 signatures]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 1 of 99999999999 signatures]"},
+        {2, 4, "SW_ExecuteScanner()", "progress: 12 of 345 signatures"},
+    };
+    for (const LogMessage& message : others) EXPECT_FALSE(evaluatedSignatures(message)) << message.text;
+}
+
 TEST(ProgressBar, BarShowsProportionCountAndGroup) {
     EXPECT_EQ("[                ] 0/4 ", progressBar(0, 4, "", 23));
     EXPECT_EQ("[########        ] 2/4 CPU", progressBar(2, 4, "CPU", 26));

@@ -102,5 +102,20 @@ TEST_F(SignatureFileTest, OtherFilesAreRefused) {
     EXPECT_NE(std::string::npos, refusal(quoted).find("double quotes"));
 }
 
+TEST_F(SignatureFileTest, EntriesHoldNameAndPublisherAsWritten) {
+    const SignatureFile file = read(
+        "<Signatures><Signature guid=\"Z.A\" name=\"A ${x}\"><Metadata><Name>N</Name><Publisher>P &amp; "
+        "Q</Publisher><Publisher>other</Publisher></Metadata><Match><Publisher>no</Publisher></Match></"
+        "Signature>"
+        "<Signature name=\"without identifier\"><Metadata><Publisher>no</Publisher></Metadata></Signature>"
+        "<Signature guid=\"z.a\" name=\"B\"/></Signatures>");
+    ASSERT_EQ(2U, file.entries.size());
+    EXPECT_EQ("Z.A", file.entries[0].guid);
+    EXPECT_EQ("A ${x}", file.entries[0].name);
+    EXPECT_EQ("P & Q", file.entries[0].publisher);
+    EXPECT_EQ("z.a", file.entries[1].guid);
+    EXPECT_EQ("", file.entries[1].publisher);
+}
+
 }  // namespace
 }  // namespace zavcli

@@ -49,6 +49,14 @@ TEST(PrintableText, ClipKeepsWhatFitsAndAddsAnEllipsis) {
     EXPECT_EQ("\xe4\xbd\xa0…", clip("\xe4\xbd\xa0\xe5\xa5\xbd\xe5\xa5\xbd", 4));
 }
 
+TEST(PrintableText, ClippedPathKeepsItsEnds) {
+    EXPECT_EQ("/usr/bin/x", clipPath("/usr/bin/x", 10));
+    EXPECT_EQ("/usr…in/x", clipPath("/usr/bin/x", 9));
+    EXPECT_EQ("…x", clipPath("/usr/bin/x", 2));
+    EXPECT_EQ("…", clipPath("/usr/bin/x", 1));
+    EXPECT_EQ("a…\xe5\xa5\xbd", clipPath("a\xe4\xbd\xa0\xe4\xbd\xa0\xe5\xa5\xbd", 5));
+}
+
 TEST(PrintableText, PadCountsColumnsNotBytes) {
     EXPECT_EQ("\xc3\xa4  ", pad("\xc3\xa4", 3));
     EXPECT_EQ("abc", pad("abc", 2));

@@ -58,6 +58,12 @@ bool contains(const std::string& text, const std::string& part) {
 
 }  // namespace
 
+TEST_F(Scanner, ProgressIsPrintedOnlyOnRequest) {
+    EXPECT_FALSE(contains(scan(whole(kBash)).output, "progress"));
+    configure(R"(<Plugin name="Evaluation"><Attribute name="progress" value="true"/></Plugin>)");
+    EXPECT_TRUE(contains(scan(whole(kBash)).output, "progress: 1 of 1 signatures\n"));
+}
+
 TEST_F(Scanner, WritesWhatMatchedAndEmptyWarnings) {
     const Finished run = scan(whole(kBash));
     EXPECT_EQ(run.status, 0) << run.errors;

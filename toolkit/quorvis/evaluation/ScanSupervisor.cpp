@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -54,12 +55,25 @@ class Supervisor {
             } else if (worker.waitForInput(std::min(Clock::duration(kCheckInterval), end_ - now))) {
                 open = take(worker.receive());
             }
+            sayProgress(worker.output());
         }
         if (reason.empty()) reason = worker.join();
         take(worker.rest());
         begun_ = worker.output().begun;
         guid_ = worker.output().guid.data();
         return done_ ? std::string() : reason;
+    }
+
+    // Prints a line for each further hundredth of the signatures.
+    void sayProgress(const WorkerOutput& output) {
+        const std::size_t count = output.count;
+        if (!job_.settings.evaluation.progress || count == 0) return;
+        const std::size_t begun = std::min<std::size_t>(output.begun, count);
+        const std::size_t percent = begun * 100 / count;
+        if (percent <= saidPercent_) return;
+        saidPercent_ = percent;
+        std::printf("progress: %zu of %zu signatures\n", begun, count);
+        std::fflush(stdout);
     }
 
     // Takes the messages in these bytes. False when the child has closed the pipe or sent something else.
@@ -172,6 +186,7 @@ class Supervisor {
     OutputLimit limit_;
     bool full_ = false;
     std::size_t explained_ = 0;
+    std::size_t saidPercent_ = 0;
     // Of the latest attempt.
     bool read_ = false;  // whether it has read the signatures
     bool done_ = false;

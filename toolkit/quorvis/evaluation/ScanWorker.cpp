@@ -61,6 +61,10 @@ class MessageSender : public EvaluationSink {
         sendText(Kind::Explanation, std::move(line));
     }
 
+    void onSignatures(std::size_t count) {
+        output_.count = count;
+        send({Kind::Signatures, count, {}});
+    }
     void onEvents(std::vector<Event> events) {
         for (Event& event : events) onEvent(std::move(event));
     }
@@ -131,7 +135,7 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sen
     if (attempt.first == 0) sender.onEvents(std::move(file.events));
     for (std::string& problem : file.problems) sender.sendText(Kind::Refused, std::move(problem));
     if (!file.problems.empty()) return;
-    sender.send({Kind::Signatures, file.signatures.size(), {}});
+    sender.onSignatures(file.signatures.size());
 
     const Presets presets(withOwnVariables(job.presets, job.root));
     EvaluationContext context(job.root, job.settings, job.start);

@@ -20,6 +20,7 @@ namespace toolkit::quorvis {
 // are many. So a message costs no system call, and none is lost when the worker dies.
 struct WorkerOutput {
     SharedDeadline deadline;              // of what the worker is doing
+    std::atomic<std::size_t> count = 0;   // of the signatures; 0 until they are read
     std::atomic<std::size_t> begun = 0;   // signatures
     std::array<char, 136> guid{};         // of the latest one
     std::atomic<std::uint64_t> sent = 0;  // bytes that were written to the pipe

@@ -175,6 +175,8 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setBoolean(s.evaluation.evidence, v); }},
     {"Evaluation", "cache", kPath,
      [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.evaluation.cache, v); }},
+    {"Evaluation", "progress", kBoolean,
+     [](Settings& s, std::string_view v) { return setBoolean(s.evaluation.progress, v); }},
 };
 
 // Applies a setting. Returns the problem; empty if there is none.

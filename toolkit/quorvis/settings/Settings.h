@@ -56,7 +56,8 @@ struct Settings {
         std::uint32_t jobs = 2;                                // threads of a walk
         bool skipInvalid = false;
         bool evidence = true;
-        std::string cache;  // path of the hash cache; empty for none
+        std::string cache;      // path of the hash cache; empty for none
+        bool progress = false;  // whether lines about the progress are printed
     } evaluation;
 };
 

@@ -1,0 +1,26 @@
+#include "cli/scan/Catalogue.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "cli/scan/Toolkit.h"
+#include "cli/system/Failure.h"
+
+namespace zavcli {
+
+std::string catalogueDirectory() {
+    const std::filesystem::path directory = (commandPath().parent_path() / ZAV_CATALOGUE).lexically_normal();
+    std::error_code error;
+    if (std::filesystem::is_directory(directory, error)) return directory.string();
+    throw Failure(kExitFailed,
+                  fmt::format("there are no signatures in {}; name a file or directory of signatures",
+                              directory.string()));
+}
+
+// Products may be anywhere, so some patterns begin with "/**".
+std::vector<Setting> catalogueSettings() {
+    return {{"FileSystem", "wholeTree", "true"}};
+}
+
+}  // namespace zavcli
