@@ -171,6 +171,14 @@ class Mirrors(Scratch):
             mirror.fetch(packages)
         self.assertFalse(os.path.exists(mirror.archive(packages[0])))
 
+    def test_package_that_is_listed_and_not_there_is_told_and_others_are_fetched(self):
+        self.archive(("tool", "1-1"), ("other", "1-1"))
+        mirror = self.mirror()
+        packages = mirror.resolve({"tool", "other"})
+        os.unlink(self.path("archives/tool_1-1_all.deb"))
+        self.assertEqual([packages["tool"]], mirror.fetch(packages.values()))
+        self.assertTrue(os.path.isfile(mirror.archive(packages["other"])))
+
     def test_index_without_a_signature_is_refused(self):
         self.archive(("tool", "1-1"))
         with self.assertRaises(mirrors.MirrorFault):

@@ -15,6 +15,8 @@ INDEX_LIFETIME_S = 24 * 3600
 # What apt says when it did not get to the mirror. Everything else is a fault of what it got.
 UNREACHABLE = re.compile(r"Could not (resolve|connect|wait)|Temporary failure|timed out|Connection (refused|failed|reset)|"
                          r"unreachable|Cannot initiate|No route|\b(403|407|502|503|504)  [A-Z]")
+NOT_THERE = re.compile(r"404  Not Found|File not found")
+PACKAGES_PER_DOWNLOAD = 50
 # The machine's own suites have one of these names. "stable" and the like are other names of one of them.
 KNOWN_SUITES = ("bookworm", "trixie", "forky", "sid", "unstable", "testing", "stable", "oldstable", "oldoldstable")
 
@@ -166,21 +168,37 @@ Acquire::Retries "2";
         return os.path.join(self.archives, package.archive_name())
 
     def fetch(self, packages):
-        """Downloads what is not in the cache. apt verifies the checksums."""
+        """Downloads what is not in the cache. apt verifies the checksums. Returns the packages that the index lists and the
+        mirror does not have."""
         missing = [package for package in packages if not os.path.exists(self.archive(package))]
-        for start in range(0, len(missing), 50):
-            some = missing[start:start + 50]
-            partial = os.path.join(self.archives, "partial")
-            os.makedirs(partial, exist_ok=True)
-            download = self._run("apt-get", "-q", "download", *(f"{package.name}={package.version}" for package in some),
-                                 cwd=partial)
-            for package in some:
-                arrived = os.path.join(partial, package.archive_name())
-                if download.returncode == 0 and os.path.exists(arrived):
-                    os.replace(arrived, self.archive(package))
-            if download.returncode != 0:
-                fault = "\n".join(line for line in download.stderr.splitlines() if line.startswith("E:"))
-                raise (MirrorUnreachable if UNREACHABLE.search(fault) else MirrorFault)(fault)
+        absent = []
+        for start in range(0, len(missing), PACKAGES_PER_DOWNLOAD):
+            some = missing[start:start + PACKAGES_PER_DOWNLOAD]
+            fault = self._download(some)
+            if NOT_THERE.search(fault):
+                absent += [package for package in some if NOT_THERE.search(self._download([package]))]
+        return absent
+
+    def _download(self, packages):
+        """The message of what the mirror does not have, or an empty one."""
+        partial = os.path.join(self.archives, "partial")
+        os.makedirs(partial, exist_ok=True)
+        packages = [package for package in packages if not os.path.exists(self.archive(package))]
+        if not packages:
+            return ""
+        download = self._run("apt-get", "-q", "download", *(f"{package.name}={package.version}" for package in packages), cwd=partial)
+        if download.returncode == 0:
+            for package in packages:
+                os.replace(os.path.join(partial, package.archive_name()), self.archive(package))
+            return ""
+        fault = "\n".join(line for line in download.stderr.splitlines() if line.startswith("E:"))
+        if NOT_THERE.search(fault):
+            return fault
+        raise (MirrorUnreachable if UNREACHABLE.search(fault) else MirrorFault)(fault)
+
+    def forget_index(self):
+        """The next run reads the index of the mirror again."""
+        os.unlink(os.path.join(self.directory, "updated"))
 
 
 def with_other_numbers(name):
