@@ -7,7 +7,7 @@ REQUIRED_SHARE = 0.97
 
 
 class Outcome:
-    def __init__(self, product, suite, expected, package, results, cataloguers):
+    def __init__(self, product, suite, expected, package, results, cataloguers, events=()):
         self.product = product
         self.suite = suite
         self.expected = expected
@@ -19,6 +19,8 @@ class Outcome:
         rest = [result for result in rest if not belongs(result.guid, cataloguers)]
         self.allowed = [result for result in rest if belongs(result.guid, product.also)]
         self.foreign = [result for result in rest if not belongs(result.guid, product.also)]
+        # What was not read or not decided: of the scan as a whole and of the product's signatures.
+        self.events = [event for event in events if not event.get("guid") or product.owns(event["guid"].lower())]
         self.state = self._state()
 
     def _state(self):
@@ -39,7 +41,7 @@ class Outcome:
         return {"product": self.product.name, "suite": self.suite, "package": self.package.name,
                 "packageVersion": self.package.version, "expected": self.expected, "state": self.state, "untold": self.untold,
                 "found": told(self.own), "allowed": told(self.allowed), "catalogued": told(self.catalogued),
-                "foreign": told(self.foreign)}
+                "foreign": told(self.foreign), "events": self.events}
 
 
 class Totals:

@@ -63,30 +63,37 @@ class Scanner:
         self.scratch = scratch
         self.signatures = os.path.join(scratch, "signatures.xml")
         self.configuration = os.path.join(scratch, "configuration.xml")
+        # As zav sw does.
+        with open(self.configuration, "w", encoding="utf-8") as document:
+            document.write('<Configuration><Plugin name="FileSystem"><Attribute name="wholeTree" value="true"/></Plugin></Configuration>\n')
         files = [file for path in signatures for file in signature_files(path)]
         for file in files:
-            check = subprocess.run([program, "--check", "-i", file], capture_output=True, text=True)
-            if check.returncode != 0:
-                raise ScanFault(f"{file} is invalid:\n{check.stdout}{check.stderr}")
+            self._refuse_invalid(file)
         with open(self.signatures, "w", encoding="utf-8") as document:
             document.write("<Signatures>\n")
             for file in files:
                 with open(file, encoding="utf-8") as source:
                     document.write(re.search(r"<Signatures\b[^>]*>(.*)</Signatures>", source.read(), re.S)[1])
             document.write("</Signatures>\n")
-        with open(self.configuration, "w", encoding="utf-8") as document:
-            document.write("<Configuration/>\n")
+
+    def _refuse_invalid(self, file):
+        """An evaluation of an empty tree names lines of the file, which the document of all files does not keep."""
+        with tempfile.TemporaryDirectory(dir=self.scratch) as directory:
+            self._run(file, directory, directory)
+
+    def _run(self, signatures, tree, directory):
+        output = os.path.join(directory, "output.xml")
+        warnings = os.path.join(directory, "warnings.xml")
+        run = subprocess.run([self.program, "-c", self.configuration, "-o", output, "-e", warnings, "-i", signatures, "--root", tree],
+                             capture_output=True, text=True, timeout=SCAN_LIMIT_S)
+        if run.returncode != 0:
+            raise ScanFault(f"{self.program} ended with status {run.returncode} for {signatures}:\n{run.stdout}{run.stderr}")
+        return output, warnings
 
     def scan(self, tree):
         """The results and the events that name something unread or undecided."""
         with tempfile.TemporaryDirectory(dir=self.scratch) as directory:
-            output = os.path.join(directory, "output.xml")
-            warnings = os.path.join(directory, "warnings.xml")
-            run = subprocess.run(
-                [self.program, "-c", self.configuration, "-o", output, "-e", warnings, "-i", self.signatures, "--root", tree],
-                capture_output=True, text=True, timeout=SCAN_LIMIT_S)
-            if run.returncode != 0:
-                raise ScanFault(f"{self.program} ended with status {run.returncode}:\n{run.stdout}{run.stderr}")
+            output, warnings = self._run(self.signatures, tree, directory)
             results = [Result(element) for element in ElementTree.parse(output).getroot().iterfind("MatchedSignature")]
             events = [dict(event.attrib, text=event.text or "") for event in ElementTree.parse(warnings).getroot().iterfind("Event")]
         return results, events
