@@ -26,9 +26,12 @@ void checkCondition(const quorvis::Condition& condition, const quorvis::Signatur
 
 void checkSignature(const quorvis::Signature& signature) {
     must(!signature.guid.empty() && signature.guid.size() <= 128);
-    must(signature.each.has_value() || signature.match.has_value());
-    must(!signature.each || *signature.each < signature.leaves.size());
-    if (signature.match) checkCondition(*signature.match, signature);
+    must(!signature.detections.empty() && signature.detections.back().endLeaf == signature.leaves.size());
+    for (const auto& detection : signature.detections) {
+        must(detection.each.has_value() || detection.match.has_value());
+        must(!detection.each || *detection.each < signature.leaves.size());
+        if (detection.match) checkCondition(*detection.match, signature);
+    }
     for (const quorvis::Leaf& leaf : signature.leaves) {
         must(std::ranges::is_sorted(leaf.attributes, {}, &quorvis::LeafAttribute::attribute));
         must(leaf.min <= leaf.max);

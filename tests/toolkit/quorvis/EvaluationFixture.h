@@ -53,6 +53,15 @@ class Evaluation : public testing::Test {
         return sink_.matches;
     }
 
+    // The matches that follow in the signatures of evaluate() when these Detections of the first one were aborted.
+    std::vector<Match> resumeAfter(std::vector<std::size_t> aborted) {
+        sink_.matches.clear();
+        context_.emplace(*root_, settings_);
+        evaluator_.emplace(*presets_, *context_, sink_);
+        evaluator_->evaluate(read_.signatures, {0, std::move(aborted)});
+        return sink_.matches;
+    }
+
     // One signature with this content.
     std::vector<Match> evaluateOne(const std::string& content) {
         return evaluate(R"(<Signature guid="g" name="n">)" + content + "</Signature>");

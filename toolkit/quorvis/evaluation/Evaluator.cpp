@@ -97,10 +97,17 @@ class SignatureEvaluation {
           explained_(explained),
           scope_(presets, signature) {}
 
-    void run();
+    // Evaluates a Detection and reports its matches. `replayed`: they were reported before.
+    void run(const Detection& detection, bool replayed);
+    // A Detection could not be evaluated.
+    void leaveOut() { unknown_ = true; }
+    // Reports whether the signature as a whole is unknown.
+    void finish();
 
   private:
-    void runEach(const Leaf& each);
+    // These return whether the Detection found something.
+    Truth runOnce();
+    Truth runEach(const Leaf& each);
     // True when there is no condition.
     Truth evaluateMatch();
     Truth evaluate(const Condition& condition);
@@ -109,6 +116,9 @@ class SignatureEvaluation {
     Truth evaluateLeaf(const Leaf& leaf);
     // Null when a variable of the leaf has no value, which is reported.
     const LeafResult* lookUp(const Leaf& leaf);
+    void forgetLeaves();
+    // Forgets the bindings and evidence of an item.
+    void clear();
     void use(const Leaf& leaf, const Item& item);
 
     void addMatch();
@@ -119,10 +129,13 @@ class SignatureEvaluation {
     void explain(std::string text, Truth truth);
 
     const Signature& signature_;
+    const Detection* detection_ = nullptr;  // the current one
     LeafCache& leaves_;
     const Settings& settings_;
     EvaluationSink& sink_;
     bool explained_;
+    bool replayed_ = false;
+    bool unknown_ = false;
     unsigned depth_ = 0;  // of the current condition
     Scope scope_;
     std::vector<Evidence> evidence_;
@@ -130,45 +143,67 @@ class SignatureEvaluation {
     std::unordered_set<std::string> outputs_;  // of the matches so far
 };
 
-void SignatureEvaluation::run() {
-    if (signature_.each) {
-        runEach(signature_.leaves[*signature_.each]);
-        return;
-    }
-    const Truth truth = evaluateMatch();
-    explain("signature", truth);
-    if (truth == Truth::True) addMatch();
-    if (truth == Truth::Unknown) report(EventCode::Unresolved, "whether the signature matches is unknown");
+void SignatureEvaluation::run(const Detection& detection, bool replayed) {
+    detection_ = &detection;
+    replayed_ = replayed;
+    depth_ = 0;
+    clear();
+    if (leaves_.isFull()) forgetLeaves();
+    const Truth truth = detection.each ? runEach(signature_.leaves[*detection.each]) : runOnce();
+    if (signature_.detections.size() > 1)
+        explain("Detection in line " + std::to_string(detection.line), truth);
 }
 
-void SignatureEvaluation::runEach(const Leaf& each) {
+void SignatureEvaluation::clear() {
+    scope_.rewind(0);
+    evidence_.clear();
+}
+
+void SignatureEvaluation::forgetLeaves() {
+    leaves_.forget();
+    reported_.clear();
+}
+
+void SignatureEvaluation::finish() {
+    replayed_ = false;
+    if (unknown_) report(EventCode::Unresolved, "whether the signature matches is unknown");
+}
+
+Truth SignatureEvaluation::runOnce() {
+    const Truth truth = evaluateMatch();
+    if (signature_.detections.size() == 1) explain("signature", truth);
+    if (truth == Truth::True) addMatch();
+    if (truth == Truth::Unknown) unknown_ = true;
+    return truth;
+}
+
+Truth SignatureEvaluation::runEach(const Leaf& each) {
     const LeafResult* result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
-    bool unknown = found == Truth::Unknown;
-    if (found == Truth::True) {
-        LeafResult own;
-        for (std::size_t i = 0; i < result->items.size(); ++i) {
-            if (leaves_.isFull()) {
-                if (result != &own) own = *result;
-                result = &own;
-                leaves_.forget();
-                reported_.clear();
-            }
-            const Item& item = result->items[i];
-            use(each, item);
-            const Truth truth = evaluateMatch();
-            explain("item " + item.source, truth);
-            if (truth == Truth::True) addMatch();
-            if (truth == Truth::Unknown) unknown = true;
-            scope_.rewind(0);
-            evidence_.clear();
+    if (found == Truth::Unknown) unknown_ = true;
+    if (found != Truth::True) return found;
+    Truth any = Truth::False;
+    LeafResult own;
+    for (std::size_t i = 0; i < result->items.size(); ++i) {
+        if (leaves_.isFull()) {
+            if (result != &own) own = *result;
+            result = &own;
+            forgetLeaves();
         }
+        const Item& item = result->items[i];
+        use(each, item);
+        const Truth truth = evaluateMatch();
+        explain("item " + item.source, truth);
+        if (truth == Truth::True) addMatch();
+        if (truth == Truth::Unknown) unknown_ = true;
+        if (any != Truth::True && truth != Truth::False) any = truth;
+        clear();
     }
-    if (unknown) report(EventCode::Unresolved, "whether the signature matches is unknown");
+    return any;
 }
 
 Truth SignatureEvaluation::evaluateMatch() {
-    return signature_.match ? evaluate(*signature_.match) : Truth::True;
+    return detection_->match ? evaluate(*detection_->match) : Truth::True;
 }
 
 Truth SignatureEvaluation::evaluate(const Condition& condition) {
@@ -276,8 +311,8 @@ void SignatureEvaluation::addMatch() {
         name = signature_.name.source();
     }
     match.name = cut(*name, kMaxOutputValueSize);
-    for (const OutputVariable& variable : signature_.output) addVariable(variable, match);
-    if (!outputs_.insert(keyOf(match)).second) return;
+    for (const OutputVariable& variable : detection_->output) addVariable(variable, match);
+    if (!outputs_.insert(keyOf(match)).second || replayed_) return;
     evidence_.resize(std::min(evidence_.size(), kMaxEvidence));
     match.evidence = evidence_;
     sink_.onMatch(match);
@@ -304,7 +339,7 @@ void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& mat
 }
 
 void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& result) {
-    if (result.events.empty()) return;
+    if (result.events.empty() || replayed_) return;
     if (std::find(reported_.begin(), reported_.end(), &result) != reported_.end()) return;
     reported_.push_back(&result);
     for (Event event : result.events) {
@@ -315,21 +350,22 @@ void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& resul
 }
 
 void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf) {
+    if (replayed_) return;
     sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
 }
 
 void SignatureEvaluation::explain(std::string text, Truth truth) {
-    if (!explained_) return;
+    if (!explained_ || replayed_) return;
     sink_.onExplanation(std::string(2 * std::size_t{depth_}, ' ') + std::move(text) + ": " +
                         std::string(nameOfTruth(truth)));
 }
 
 }  // namespace
 
-void Evaluator::evaluate(std::span<const Signature> signatures, std::size_t first) {
+void Evaluator::evaluate(std::span<const Signature> signatures, const EvaluationStart& start) {
     leaves_.expect(signatures);
-    plan(signatures.subspan(first));
-    for (std::size_t i = first; i < signatures.size(); ++i) {
+    plan(signatures.subspan(start.signature));
+    for (std::size_t i = start.signature; i < signatures.size(); ++i) {
         if (context_.budget().expired()) {
             sink_.onEvent({EventCode::Deadline,
                            {},
@@ -340,7 +376,8 @@ void Evaluator::evaluate(std::span<const Signature> signatures, std::size_t firs
             return;
         }
         sink_.onBegin(i, signatures[i].guid);
-        evaluateOne(signatures[i]);
+        evaluateOne(signatures[i],
+                    i == start.signature ? std::span(start.aborted) : std::span<const std::size_t>());
     }
 }
 
@@ -354,18 +391,31 @@ void Evaluator::plan(std::span<const Signature> signatures) {
     }
 }
 
-void Evaluator::evaluateOne(const Signature& signature) {
+void Evaluator::evaluateOne(const Signature& signature, std::span<const std::size_t> aborted) {
     const bool explained = !explained_.empty() && kest::equalsIgnoringCase(explained_, signature.guid);
-    if (leaves_.isFull()) leaves_.forget();
-    try {
-        SignatureEvaluation(signature, presets_, leaves_, context_.settings(), sink_, explained).run();
-    } catch (const std::bad_alloc&) {
-        leaves_.forget();
-        context_.releaseMemory();
-        const std::string guid(signature.guid);
-        sink_.onEvent({EventCode::LimitMemory, {}, "takes more memory than is allowed", guid, {}});
-        sink_.onEvent({EventCode::Unresolved, {}, "whether the signature matches is unknown", guid, {}});
+    SignatureEvaluation evaluation(signature, presets_, leaves_, context_.settings(), sink_, explained);
+    const std::size_t fresh = aborted.empty() ? 0 : std::ranges::max(aborted) + 1;
+    const std::size_t count = signature.detections.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::ranges::find(aborted, i) != aborted.end()) {
+            evaluation.leaveOut();
+            continue;
+        }
+        sink_.onDetection(i, i + 1 == count);
+        try {
+            evaluation.run(signature.detections[i], i < fresh);
+        } catch (const std::bad_alloc&) {
+            leaves_.forget();
+            context_.releaseMemory();
+            sink_.onEvent({EventCode::LimitMemory,
+                           {},
+                           "takes more memory than is allowed",
+                           std::string(signature.guid),
+                           {}});
+            evaluation.leaveOut();
+        }
     }
+    evaluation.finish();
 }
 
 }  // namespace toolkit::quorvis

@@ -29,8 +29,10 @@ void Planner::announceNames(const Signature& signature) {
 
 void Planner::add(const Signature& signature) {
     const Scope scope(presets_, signature);
-    if (signature.each && foresee(signature.leaves[*signature.each], scope) == Truth::False) return;
-    if (signature.match) foresee(signature, scope, *signature.match);
+    for (const Detection& detection : signature.detections) {
+        if (detection.each && foresee(signature.leaves[*detection.each], scope) == Truth::False) continue;
+        if (detection.match) foresee(signature, scope, *detection.match);
+    }
 }
 
 Truth Planner::foresee(const Signature& signature, const Scope& scope, const Condition& condition) {

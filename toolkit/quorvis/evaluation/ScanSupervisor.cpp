@@ -61,6 +61,8 @@ class Supervisor {
         take(worker.rest());
         begun_ = worker.output().begun;
         guid_ = worker.output().guid.data();
+        detection_ = worker.output().detection;
+        lastDetection_ = worker.output().lastDetection;
         return done_ ? std::string() : reason;
     }
 
@@ -146,13 +148,21 @@ class Supervisor {
             return false;
         }
         attempt_.contentFilters = false;
-        if (begun_ <= attempt_.first) return prepareWithoutWalk(reason);
+        attempt_.again = true;
+        if (begun_ <= attempt_.start.signature) return prepareWithoutWalk(reason);
         const std::string text =
             "whether the signature matches is unknown: its evaluation was ended, for " + reason;
         events_.add({EventCode::Aborted, {}, text, guid_, {}});
+        if (lastDetection_) return prepareNextSignature();
+        if (begun_ - 1 != attempt_.start.signature) attempt_.start = {begun_ - 1, {}};
+        attempt_.start.aborted.push_back(detection_);
+        return true;
+    }
+
+    bool prepareNextSignature() {
         events_.add({EventCode::Unresolved, {}, "whether the signature matches is unknown", guid_, {}});
-        attempt_.first = begun_;
-        return attempt_.first < result_.signatureCount;
+        attempt_.start = {begun_, {}};
+        return begun_ < result_.signatureCount;
     }
 
     // For an attempt that ended while it prepared the evaluation of all signatures.
@@ -171,7 +181,7 @@ class Supervisor {
     }
 
     void giveUp(EventCode code, const std::string& reason) {
-        const std::size_t finished = std::max(begun_, attempt_.first + 1) - 1;
+        const std::size_t finished = std::max(begun_, attempt_.start.signature + 1) - 1;
         const std::size_t left = result_.signatureCount - std::min(finished, result_.signatureCount);
         events_.add(
             {code, {}, reason + ": " + std::to_string(left) + " signatures were not evaluated", {}, {}});
@@ -193,6 +203,8 @@ class Supervisor {
     bool late_ = false;
     std::size_t begun_ = 0;
     std::string guid_;
+    std::size_t detection_ = 0;
+    bool lastDetection_ = true;
 };
 
 }  // namespace

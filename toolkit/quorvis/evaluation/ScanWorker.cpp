@@ -40,7 +40,12 @@ class MessageSender : public EvaluationSink {
     void onBegin(std::size_t index, std::string_view guid) override {
         const std::size_t length = std::min(guid.size(), output_.guid.size() - 1);
         *std::copy_n(guid.begin(), length, output_.guid.begin()) = '\0';
+        output_.lastDetection = true;
         output_.begun = index + 1;
+    }
+    void onDetection(std::size_t index, bool last) override {
+        output_.detection = index;
+        output_.lastDetection = last;
     }
     void onMatch(const Match& match) override {
         std::string element;
@@ -112,7 +117,7 @@ bool confine(const ScanJob& job, const ScanAttempt& attempt, MessageSender& send
     const std::string missing = enterSandbox(job.settings);
     if (missing.empty()) return true;
     const std::string text = "The sandbox is not whole here: " + missing;
-    if (attempt.first == 0) sender.onEvent({EventCode::Sandbox, {}, text, {}, {}});
+    if (!attempt.again) sender.onEvent({EventCode::Sandbox, {}, text, {}, {}});
     if (job.settings.sandbox.required)
         sender.sendText(Kind::Failed, text + " (the setting Sandbox/required allows to go on)");
     return !job.settings.sandbox.required;
@@ -132,7 +137,7 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sen
     HashCache hashes(job.settings.evaluation.cache);
     if (!confine(job, attempt, sender)) return;
     SignatureFile file = readSignatures(job);
-    if (attempt.first == 0) sender.onEvents(std::move(file.events));
+    if (!attempt.again) sender.onEvents(std::move(file.events));
     for (std::string& problem : file.problems) sender.sendText(Kind::Refused, std::move(problem));
     if (!file.problems.empty()) return;
     sender.onSignatures(file.signatures.size());
@@ -145,7 +150,7 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sen
     context.files().useHashCache(hashes);
     Evaluator evaluator(presets, context, sender);
     evaluator.explain(job.options.explain);
-    evaluator.evaluate(file.signatures, attempt.first);
+    evaluator.evaluate(file.signatures, attempt.start);
     sender.onEvents(hashes.save());
 }
 

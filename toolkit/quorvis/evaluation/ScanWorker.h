@@ -1,10 +1,10 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <vector>
 
 #include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvis/evaluation/Evaluator.h"
 #include "toolkit/quorvis/evaluation/WorkerProcess.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/settings/CommandLine.h"
@@ -25,7 +25,8 @@ struct ScanJob {
 
 // Where an evaluation starts. A second one continues where the first one ended early.
 struct ScanAttempt {
-    std::size_t first = 0;       // index of the first signature
+    EvaluationStart start;
+    bool again = false;          // whether it continues an earlier one
     bool walks = true;           // whether directories may be walked
     bool contentFilters = true;  // whether many regexes may be searched for at once
 };

@@ -19,12 +19,14 @@ namespace toolkit::quorvis {
 // Memory that a worker shares with its owner. The worker collects its messages here and writes them to the pipe when there
 // are many. So a message costs no system call, and none is lost when the worker dies.
 struct WorkerOutput {
-    SharedDeadline deadline;              // of what the worker is doing
-    std::atomic<std::size_t> count = 0;   // of the signatures; 0 until they are read
-    std::atomic<std::size_t> begun = 0;   // signatures
-    std::array<char, 136> guid{};         // of the latest one
-    std::atomic<std::uint64_t> sent = 0;  // bytes that were written to the pipe
-    std::atomic<std::size_t> used = 0;    // bytes below that were not
+    SharedDeadline deadline;                 // of what the worker is doing
+    std::atomic<std::size_t> count = 0;      // of the signatures; 0 until they are read
+    std::atomic<std::size_t> begun = 0;      // signatures
+    std::array<char, 136> guid{};            // of the latest one
+    std::atomic<std::size_t> detection = 0;  // of the latest one, the Detection that is being evaluated
+    std::atomic<bool> lastDetection = true;  // whether no other Detection of it follows
+    std::atomic<std::uint64_t> sent = 0;     // bytes that were written to the pipe
+    std::atomic<std::size_t> used = 0;       // bytes below that were not
     std::array<char, std::size_t{64} << 10> bytes;
 };
 

@@ -65,15 +65,24 @@ struct OutputVariable {
     Template value;
 };
 
+// One way to recognise the product of a signature. It has leaves of its own, so identifiers are those of one Detection.
+struct Detection {
+    std::size_t firstLeaf = 0;  // its leaves in Signature::leaves
+    std::size_t endLeaf = 0;
+    std::optional<std::size_t> each;  // the leaf of Each, as an index in Signature::leaves
+    std::optional<Condition> match;
+    std::vector<OutputVariable> output;
+    std::uint32_t line = 0;
+};
+
 struct Signature {
     std::string_view guid;
     Template name;
     std::string_view metadata;  // the content of Metadata as XML in ASCII
     std::vector<Preset> presets;
-    std::vector<Leaf> leaves;         // all leaves in document order
-    std::optional<std::size_t> each;  // the leaf of Each
-    std::optional<Condition> match;
-    std::vector<OutputVariable> output;
+    std::vector<Leaf> leaves;  // all leaves in document order
+    // At least one. A signature without Detection elements has one, made of its own Each, Match and Output.
+    std::vector<Detection> detections;
     std::uint32_t line = 0;
 };
 

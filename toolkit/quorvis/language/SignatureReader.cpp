@@ -5,11 +5,10 @@
 #include <utility>
 
 #include "toolkit/quorvis/formats/XmlReader.h"
+#include "toolkit/quorvis/language/DetectionParser.h"
 #include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafParser.h"
-#include "toolkit/quorvis/language/LeafSyntax.h"
-#include "toolkit/quorvis/language/Variables.h"
 
 namespace toolkit::quorvis {
 
@@ -22,9 +21,8 @@ constexpr std::size_t kFirstBlockSize = std::size_t{256} << 10;
 constexpr std::size_t kMinTypicalSize = 200;  // bytes of a signature
 constexpr std::size_t kMaxConditions = 200;
 constexpr std::size_t kMaxGuidSize = 128;
-constexpr std::size_t kMaxNameSize = std::size_t{1} << 10;
 constexpr std::size_t kMaxMetadataSize = std::size_t{1} << 20;
-constexpr std::size_t kMaxVariables = 1'000;
+constexpr std::size_t kMaxDetections = 64;
 
 bool isGuid(std::string_view text) {
     const auto allowed = [](char c) {
@@ -34,30 +32,24 @@ bool isGuid(std::string_view text) {
     return !text.empty() && text.size() <= kMaxGuidSize && std::ranges::all_of(text, allowed);
 }
 
-std::optional<Condition::Kind> branchKind(std::string_view name) {
-    if (name == "All") return Condition::Kind::All;
-    if (name == "Any") return Condition::Kind::Any;
-    if (name == "Not") return Condition::Kind::Not;
-    if (name == "Optional") return Condition::Kind::Optional;
-    return std::nullopt;
-}
-
 // Parses the element of one signature.
 class SignatureParser {
   public:
     SignatureParser(const Element& element, const Settings& settings, std::pmr::memory_resource& texts,
                     Diagnostics& diagnostics)
-        : element_(element), settings_(settings), texts_(texts), diagnostics_(diagnostics) {}
+        : element_(element),
+          settings_(settings),
+          texts_(texts),
+          diagnostics_(diagnostics),
+          own_(element, settings, signature_, diagnostics) {}
 
     Signature parse() {
         signature_.line = element_.line;
         readHead();
         forEachElement(element_, diagnostics_, [this](const Element& part) { readPart(part); });
-        if (!signature_.each && !signature_.match)
-            diagnostics_.problem(element_, "Signature has neither Each nor Match");
-        if (conditions_ > kMaxConditions)
+        if (signature_.detections.empty()) own_.finish();
+        if (own_.conditions() + conditions_ > kMaxConditions)
             diagnostics_.problem(element_, "Signature has more than 200 conditions");
-        checkIdentifiers(signature_, element_, diagnostics_);
         return std::move(signature_);
     }
 
@@ -80,12 +72,13 @@ class SignatureParser {
     }
 
     void readPart(const Element& part) {
-        static constexpr std::array<Part, 5> kParts = {{
+        static constexpr std::array<Part, 6> kParts = {{
             {"Metadata", &SignatureParser::readMetadata},
             {"Preset", &SignatureParser::readPreset, true},
-            {"Each", &SignatureParser::readEach},
-            {"Match", &SignatureParser::readMatch},
-            {"Output", &SignatureParser::readOutput},
+            {"Each", &SignatureParser::readOwn},
+            {"Match", &SignatureParser::readOwn},
+            {"Output", &SignatureParser::readOwn},
+            {"Detection", &SignatureParser::readDetection, true},
         }};
         const auto* const found = std::ranges::find(kParts, part.name, &Part::name);
         const auto position = static_cast<std::size_t>(found - kParts.begin());
@@ -126,87 +119,17 @@ class SignatureParser {
         signature_.presets.push_back({*name, fallback});
     }
 
-    void readEach(const Element& part) {
+    void readOwn(const Element& part) { own_.read(part); }
+
+    void readDetection(const Element& part) {
         valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
-        forEachElement(part, diagnostics_, [&](const Element& child) {
-            const LeafRules* const rules = leafRules(child.name);
-            if (rules == nullptr || rules->kind == LeafKind::Compare) {
-                reportMisplaced(part, child, diagnostics_);
-            } else if (signature_.each) {
-                diagnostics_.problem(child, "Each has more than one leaf");
-            } else {
-                signature_.each = addLeaf(child, *rules);
-                if (signature_.leaves.back().id.empty()) reportMissingAttribute(child, "id", diagnostics_);
-            }
-        });
-        if (!signature_.each) diagnostics_.problem(part, "Each has no leaf");
-    }
-
-    void readMatch(const Element& part) {
-        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
-        std::vector<Condition> conditions = readConditions(part);
-        if (conditions.size() > 1) diagnostics_.problem(part, "Match has more than one condition");
-        signature_.match = conditions.empty() ? Condition() : std::move(conditions.front());
-    }
-
-    // Reports an element without conditions.
-    std::vector<Condition> readConditions(const Element& parent) {
-        std::vector<Condition> conditions;
-        forEachElement(parent, diagnostics_, [&](const Element& child) {
-            if (std::optional<Condition> condition = readCondition(parent, child))
-                conditions.push_back(std::move(*condition));
-        });
-        if (conditions.empty()) diagnostics_.problem(parent, std::string(parent.name) + " has no condition");
-        return conditions;
-    }
-
-    std::optional<Condition> readCondition(const Element& parent, const Element& element) {
-        ++conditions_;
-        if (const LeafRules* const rules = leafRules(element.name))
-            return Condition{Condition::Kind::Leaf, {}, addLeaf(element, *rules)};
-        const std::optional<Condition::Kind> kind = branchKind(element.name);
-        if (!kind) {
-            reportMisplaced(parent, element, diagnostics_);
-            return std::nullopt;
-        }
-        valuesOf(element, std::array<AttributeName, 0>(), diagnostics_);
-        Condition condition{*kind, readConditions(element), 0};
-        const bool single = *kind == Condition::Kind::Not || *kind == Condition::Kind::Optional;
-        if (single && condition.children.size() > 1)
-            diagnostics_.problem(element, std::string(element.name) + " has more than one condition");
-        return condition;
-    }
-
-    std::size_t addLeaf(const Element& element, const LeafRules& rules) {
-        signature_.leaves.push_back(parseLeaf(element, rules, settings_, diagnostics_));
-        return signature_.leaves.size() - 1;
-    }
-
-    void readOutput(const Element& part) {
-        valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
-        forEachElement(part, diagnostics_, [&](const Element& child) {
-            if (child.name != "Variable") return reportMisplaced(part, child, diagnostics_);
-            readVariable(child);
-        });
-    }
-
-    void readVariable(const Element& element) {
-        constexpr std::array<AttributeName, 2> kNames = {{{"name", true}, {"value", true}}};
-        const auto [name, value] = valuesOf(element, kNames, diagnostics_);
-        requireNoChildren(element, diagnostics_);
-        if (!name || !value) return;
-        if (name->empty()) diagnostics_.problem(element, "a Variable without a name");
-        if (name->size() > kMaxNameSize) diagnostics_.problem(element, "a name of more than 1 KiB");
-        if (signature_.output.size() == kMaxVariables) {
-            diagnostics_.problem(element, "more than 1000 variables");
-            return;
-        }
-        const auto sameName = [&wanted = *name](const OutputVariable& variable) {
-            return variable.name == wanted;
-        };
-        if (std::ranges::any_of(signature_.output, sameName))
-            diagnostics_.problem(element, "Variable " + quoted(*name) + " stands twice");
-        signature_.output.push_back({*name, parseTemplate(element, "value", *value, diagnostics_)});
+        if (own_.begun()) diagnostics_.problem(part, "Detection stands beside Each, Match or Output");
+        if (signature_.detections.size() == kMaxDetections)
+            diagnostics_.problem(part, "more than 64 Detection elements");
+        DetectionParser detection(part, settings_, signature_, diagnostics_);
+        forEachElement(part, diagnostics_, [&](const Element& child) { detection.read(child); });
+        detection.finish();
+        conditions_ += detection.conditions();
     }
 
     const Element& element_;
@@ -214,6 +137,7 @@ class SignatureParser {
     std::pmr::memory_resource& texts_;
     Diagnostics& diagnostics_;
     Signature signature_;
+    DetectionParser own_;       // of a signature without Detection elements
     std::size_t nextPart_ = 0;  // position of the first part that is still allowed
     std::size_t conditions_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "toolkit/quorvis/language/Variables.h"
 
 #include <algorithm>
+#include <span>
 
 #include "kest/Ascii.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
@@ -21,18 +22,19 @@ using Ids = std::vector<std::string_view>;
 
 class IdentifierChecker {
   public:
-    IdentifierChecker(const Signature& signature, const Element& element, Diagnostics& diagnostics)
-        : signature_(signature), element_(element), diagnostics_(diagnostics) {}
+    IdentifierChecker(const Signature& signature, const Detection& detection, const Element& element,
+                      Diagnostics& diagnostics)
+        : signature_(signature), detection_(detection), element_(element), diagnostics_(diagnostics) {}
 
     void check() {
         Ids ids;
-        if (signature_.each) addId(*signature_.each, ids);
-        if (signature_.match) addIds(*signature_.match, ids);
+        if (detection_.each) addId(*detection_.each, ids);
+        if (detection_.match) addIds(*detection_.match, ids);
         checkText(signature_.name);
-        for (const Leaf& leaf : signature_.leaves) {
+        for (const Leaf& leaf : leaves()) {
             for (const LeafAttribute& attribute : leaf.attributes) checkText(attribute.value);
         }
-        for (const OutputVariable& variable : signature_.output) checkText(variable.value);
+        for (const OutputVariable& variable : detection_.output) checkText(variable.value);
     }
 
   private:
@@ -68,8 +70,8 @@ class IdentifierChecker {
         if (text.constant()) return;
         for (const Template::Piece& piece : text.pieces()) {
             if (piece.variable && !isSet(piece.text))
-                diagnostics_.warning(element_,
-                                     "nothing in the signature gives " + quoted(piece.text) + " a value");
+                diagnostics_.warning(element_, "nothing in the " + kest::lowerCase(element_.name) +
+                                                   " gives " + quoted(piece.text) + " a value");
         }
     }
 
@@ -82,8 +84,13 @@ class IdentifierChecker {
         const std::string_view id = name.substr(0, dot);
         const std::string_view field = name.substr(dot + 1);
         if (id == "quorvis") return field == "root" || field == "arch";
-        return std::ranges::any_of(signature_.leaves,
+        return std::ranges::any_of(leaves(),
                                    [&](const Leaf& leaf) { return leaf.id == id && provides(leaf, field); });
+    }
+
+    std::span<const Leaf> leaves() const {
+        return std::span(signature_.leaves)
+            .subspan(detection_.firstLeaf, detection_.endLeaf - detection_.firstLeaf);
     }
 
     static bool provides(const Leaf& leaf, std::string_view field) {
@@ -94,6 +101,7 @@ class IdentifierChecker {
     }
 
     const Signature& signature_;
+    const Detection& detection_;
     const Element& element_;
     Diagnostics& diagnostics_;
 };
@@ -160,8 +168,9 @@ std::optional<std::string> expand(const Template& text, const Scope& scope, Quot
     return expanded;
 }
 
-void checkIdentifiers(const Signature& signature, const Element& element, Diagnostics& diagnostics) {
-    IdentifierChecker(signature, element, diagnostics).check();
+void checkIdentifiers(const Signature& signature, const Detection& detection, const Element& element,
+                      Diagnostics& diagnostics) {
+    IdentifierChecker(signature, detection, element, diagnostics).check();
 }
 
 }  // namespace toolkit::quorvis

@@ -81,8 +81,9 @@ enum class Quoting : std::uint8_t { None, Regex, Pattern };
 std::optional<std::string> expand(const Template& text, const Scope& scope, Quoting quoting,
                                   std::string_view& missing);
 
-// Reports leaves that use the same identifier although both may be bound at the same time, and warns of variables that
-// nothing in the signature sets. `element` is the element of the signature.
-void checkIdentifiers(const Signature& signature, const Element& element, Diagnostics& diagnostics);
+// Reports leaves of a Detection that use the same identifier although both may be bound at the same time, and warns of
+// variables that nothing in the Detection sets. `element` is the element of the Detection.
+void checkIdentifiers(const Signature& signature, const Detection& detection, const Element& element,
+                      Diagnostics& diagnostics);
 
 }  // namespace toolkit::quorvis

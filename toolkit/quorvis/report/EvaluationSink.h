@@ -33,6 +33,8 @@ class EvaluationSink {
     virtual ~EvaluationSink() = default;
     // The evaluation of the signature with this index begins.
     virtual void onBegin(std::size_t /*index*/, std::string_view /*guid*/) {}
+    // The evaluation of a Detection of this signature begins. `last`: no other one follows.
+    virtual void onDetection(std::size_t /*index*/, bool /*last*/) {}
     virtual void onMatch(const Match& match) = 0;
     virtual void onEvent(Event event) = 0;
     // A line for --explain: the outcome of a condition.

@@ -38,6 +38,7 @@ class ScanSupervisor : public testing::Test {
   protected:
     void SetUp() override {
         tree_.write("good", "x");
+        tree_.write("other", "x");
         tree_.write("hangs", std::string(kHangs, 'x'));
         tree_.write("kills", std::string(kKills, 'x'));
         tree_.write("needs-memory", std::string(kNeedsMemory, 'x'));
@@ -51,6 +52,11 @@ class ScanSupervisor : public testing::Test {
     static std::string signatureOf(const std::string& file) {
         return "<Signature guid=\"" + file + "\" name=\"n\"><Match><Content path=\"/" + file +
                "\" regex=\"x\"/></Match></Signature>";
+    }
+    static std::string detectionOf(const std::string& file) {
+        return "<Detection><Match><Content path=\"/" + file +
+               "\" regex=\"x\"/></Match><Output><Variable name=\"file\" value=\"" + file +
+               "\"/></Output></Detection>";
     }
     ScanResult scanText(const std::string& text) {
         const std::string path = dir_.write("sig.xml", "<Signatures>" + text + "</Signatures>").string();
@@ -83,6 +89,21 @@ TEST_F(ScanSupervisor, AFileThatKillsTheWorkerAffectsOnlyItsSignature) {
     EXPECT_EQ(3U, found.signatureCount);
     EXPECT_EQ("aborted kills, unresolved kills", events());
     EXPECT_TRUE(events_.reachedLimit());
+}
+
+TEST_F(ScanSupervisor, AFileThatKillsTheWorkerAffectsOnlyItsDetection) {
+    const ScanResult found = scanText(signatureOf("good") + "<Signature guid=\"both\" name=\"n\">" +
+                                      detectionOf("good") + detectionOf("kills") + detectionOf("kills") +
+                                      detectionOf("other") + "</Signature>" + signatureOf("good"));
+    EXPECT_EQ(4U, found.matchCount) << found.matches;
+    EXPECT_EQ("aborted both, aborted both, unresolved both", events());
+}
+
+TEST_F(ScanSupervisor, AFileThatKillsTheWorkerInTheLastDetectionKeepsTheOthers) {
+    const ScanResult found = scanText("<Signature guid=\"both\" name=\"n\">" + detectionOf("good") +
+                                      detectionOf("kills") + "</Signature>" + signatureOf("good"));
+    EXPECT_EQ(2U, found.matchCount) << found.matches;
+    EXPECT_EQ("aborted both, unresolved both", events());
 }
 
 TEST_F(ScanSupervisor, AFileThatAlwaysKillsTheWorkerEndsTheScanWithPartialResults) {

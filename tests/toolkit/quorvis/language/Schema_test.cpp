@@ -53,6 +53,12 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
         "optional='no'/></Property></Match>",
         "<Match><Xml path='/x' select='a'><Value key='b' name='n'/></Xml></Match>",
         "<Match><File path='/x'/></Match><Output><Variable name='a'/></Output>",
+        "<Detection/>",
+        "<Detection><Output/></Detection>",
+        "<Detection><Match><File path='/x'/></Match><Preset name='a'/></Detection>",
+        "<Match><File path='/x'/></Match><Detection><Match><File path='/x'/></Match></Detection>",
+        "<Detection><Match><File path='/x'/></Match><Output><Variable name='a' value=''/>"
+        "<Variable name='a' value=''/></Output></Detection>",
     };
     const zavtest::ScratchDir dir;
     const auto write = [&](const std::string& inner) {
@@ -63,5 +69,9 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
     EXPECT_TRUE(
         isValid(write("<Match><Property path='/x' format='json' each='a.*' key='b' values='all'>"
                       "<Value key='c' name='n' optional='true'/></Property></Match>")));
+    const std::string detection =
+        "<Detection><Each><File id='a' path='/x'/></Each><Match><File id='b' path='/x'/></Match>"
+        "<Output><Variable name='a' value=''/></Output></Detection>";
+    EXPECT_TRUE(isValid(write("<Metadata/><Preset name='a'/>" + detection + detection)));
     for (const std::string& inner : cases) EXPECT_FALSE(isValid(write(inner))) << inner;
 }

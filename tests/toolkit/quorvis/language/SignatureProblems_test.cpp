@@ -57,6 +57,22 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
         {whole("<Match><File path='/x'/></Match><Output><Variable name='a' value='1'/><Variable name='a' "
                "value='2'/></Output>"),
          "\"a\" stands twice"},
+        // detections
+        {whole("<Detection/>"), "sig.xml:2:30: Detection has neither Each nor Match"},
+        {whole("<Detection a='1'><Match><File path='/x'/></Match></Detection>"),
+         "unknown attribute \"a\" of Detection"},
+        {whole(
+             "<Detection><Match><File path='/x'/></Match><Each><File id='a' path='/x'/></Each></Detection>"),
+         "misplaced element \"Each\" in Detection"},
+        {whole("<Detection><Metadata/><Match><File path='/x'/></Match></Detection>"),
+         "misplaced element \"Metadata\" in Detection"},
+        {whole("<Match><File path='/x'/></Match><Detection><Match><File path='/x'/></Match></Detection>"),
+         "sig.xml:2:62: Detection stands beside Each, Match or Output"},
+        {whole("<Detection><Match><File path='/x'/></Match></Detection><Match><File path='/x'/></Match>"),
+         "misplaced element \"Match\" in Signature"},
+        {whole("<Detection><Match><All><File id='a' path='/x'/><File id='a' "
+               "path='/y'/></All></Match></Detection>"),
+         "id \"a\" stands twice"},
         // conditions
         {match(""), "Match has no condition"},
         {match("<All/>"), "All has no condition"},

@@ -44,20 +44,22 @@ TEST(SignatureReader, ReadsAPackageWithAFile) {
     EXPECT_EQ(signature.name.source(), "GNU Bash");
     EXPECT_EQ(signature.metadata, "<Publisher>Free Software Foundation</Publisher>");
     EXPECT_EQ(signature.line, 3U);
-    EXPECT_FALSE(signature.each.has_value());
-    ASSERT_TRUE(signature.match.has_value());
-    EXPECT_EQ(signature.match->kind, Condition::Kind::All);
-    ASSERT_EQ(signature.match->children.size(), 2U);
-    EXPECT_EQ(signature.match->children[1].leaf, 1U);
+    ASSERT_EQ(signature.detections.size(), 1U);
+    const auto& detection = signature.detections.front();
+    EXPECT_FALSE(detection.each.has_value());
+    ASSERT_TRUE(detection.match.has_value());
+    EXPECT_EQ(detection.match->kind, Condition::Kind::All);
+    ASSERT_EQ(detection.match->children.size(), 2U);
+    EXPECT_EQ(detection.match->children[1].leaf, 1U);
     ASSERT_EQ(signature.leaves.size(), 2U);
     EXPECT_EQ(signature.leaves[0].kind, LeafKind::Package);
     EXPECT_EQ(signature.leaves[0].id, "p");
     EXPECT_EQ(signature.leaves[0].min, 1U);
     EXPECT_EQ(signature.leaves[0].line, 5U);
     EXPECT_EQ(valueOf(signature.leaves[1], Attribute::Path), "/bin/bash");
-    ASSERT_EQ(signature.output.size(), 1U);
-    EXPECT_EQ(signature.output[0].name, "version");
-    EXPECT_EQ(signature.output[0].value.pieces().at(0).text, "p.version");
+    ASSERT_EQ(detection.output.size(), 1U);
+    EXPECT_EQ(detection.output[0].name, "version");
+    EXPECT_EQ(detection.output[0].value.pieces().at(0).text, "p.version");
 }
 
 TEST(SignatureReader, ReadsEveryExample) {
@@ -74,7 +76,7 @@ TEST(SignatureReader, ReadsEveryExample) {
     const SignatureFile openssl = readExample("openssl");
     EXPECT_EQ(openssl.signatures[0].leaves[2].captures.at(0).name, "upstream");
     EXPECT_EQ(openssl.signatures[0].leaves[2].captures.at(0).group, 1);
-    EXPECT_EQ(readExample("java").signatures[0].each, 0U);
+    EXPECT_EQ(readExample("java").signatures[0].detections.front().each, 0U);
 }
 
 TEST(SignatureReader, AcceptsEveryFormOfTheLanguage) {
