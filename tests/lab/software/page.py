@@ -47,7 +47,7 @@ def _list(texts, form="{}"):
 
 def _title(product, guids, signatures):
     for guid in sorted(guids):
-        home = signatures[guid].findtext("Metadata/Homepage")
+        home = signatures[guid].findtext("Metadata/Home") or signatures[guid].findtext("Metadata/Homepage")
         name = signatures[guid].findtext("Metadata/Name") or signatures[guid].get("name")
         return f"[{name}]({home})" if home else name
     return product.name

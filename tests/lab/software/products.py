@@ -10,7 +10,7 @@ _KEYS = {"packages", "bookworm", "trixie", "signature", "version", "untold", "al
 
 
 class Product:
-    def __init__(self, family, name, row):
+    def __init__(self, family, name, row, reasons=None):
         if isinstance(row, str):
             row = {"packages": row}
         unknown = set(row) - _KEYS
@@ -22,7 +22,9 @@ class Product:
         # A signature of the product has one of these guids, or one that continues it after a dot.
         self.guids = row.get("signature", "zav." + name).lower().split()
         self._version = row.get("version")
-        self._untold = row.get("untold", "")
+        untold = row.get("untold", "")
+        untold = untold if isinstance(untold, dict) else {suite: untold for suite in SUITES}
+        self._untold = {suite: (reasons or {})[reason] if reason.startswith("@") else reason for suite, reason in untold.items()}
         self.also = {guid.lower(): reason for guid, reason in row.get("also", {}).items()}
         self.sample = row.get("sample", False)
 
@@ -35,7 +37,7 @@ class Product:
 
     def untold(self, suite):
         """Why the files do not tell the version; empty if they do."""
-        return self._untold if isinstance(self._untold, str) else self._untold.get(suite, "")
+        return self._untold.get(suite if suite in SUITES else SUITES[-1], "")
 
     def told_version(self, upstream, suite):
         """The version of upstream as the files tell it."""
@@ -58,7 +60,8 @@ class Table:
         with open(path, "rb") as file:
             document = tomllib.load(file)
         self.cataloguers = [guid.lower() for guid in document.pop("cataloguers", [])]
-        self.products = [Product(family, name, row) for family, rows in document.items() for name, row in rows.items()]
+        reasons = document.pop("reasons", {})
+        self.products = [Product(family, name, row, reasons) for family, rows in document.items() for name, row in rows.items()]
         names = [product.name for product in self.products]
         twice = {name for name in names if names.count(name) > 1}
         if twice:
