@@ -64,9 +64,9 @@ bool isComplete(std::string_view file) {
     return first > 0 && (file[kVersionOffset] == '\0' || tablesSize(file.substr(first), 8) > 0);
 }
 
-// Without rules a machine uses UTC. A copy of its files may simply lack them.
+// A system without rules uses UTC. A tree without accounts is a copy of some files only and may simply lack the rules.
 bool usesUtc(const Root& root) {
-    return root.live() && !root.exists(kRulesFile);
+    return !root.exists(kRulesFile) && (root.live() || root.exists("/etc/passwd"));
 }
 
 // A file in memory, so that the C library reads the bytes that were checked.

@@ -41,6 +41,19 @@ TEST(TimeZone, RestoresTheZoneOfTheProgram) {
     EXPECT_EQ(getenv("TZ"), nullptr);
 }
 
+TEST(TimeZone, IsUtcInASystemWithoutRules) {
+    const ScratchDir tree;
+    const Root root(tree.path().string());
+    EXPECT_FALSE(zoneOffset(root, 0).has_value());
+    tree.write("etc/passwd", "root:x:0:0:root:/root:/bin/sh\n");
+    const std::optional<ZoneOffset> offset = zoneOffset(root, 1719820800);
+    ASSERT_TRUE(offset.has_value());
+    EXPECT_EQ(offset->minutes, 0);
+    EXPECT_FALSE(offset->daylight);
+    tree.write("etc/localtime", "no zone at all");
+    EXPECT_FALSE(zoneOffset(root, 0).has_value());
+}
+
 TEST(TimeZone, IsUnknownWithoutReadableRules) {
     const ScratchDir tree;
     const Root root(tree.path().string());
