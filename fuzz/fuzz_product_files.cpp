@@ -9,7 +9,6 @@
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/Records.h"
-#include "toolkit/quorvis/formats/XmlSelection.h"
 #include "toolkit/quorvis/formats/ZipArchive.h"
 
 namespace {

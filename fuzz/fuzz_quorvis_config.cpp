@@ -2,7 +2,7 @@
 #include <cstdlib>
 
 #include "fuzz/MemoryFile.h"
-#include "toolkit/quorvis/settings/Configuration.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "toolkit/quorvis/language/SignatureReader.h"
 #include "toolkit/quorvis/report/Documents.h"
 #include "toolkit/quorvis/sandbox/Sandbox.h"
-#include "toolkit/quorvis/settings/Configuration.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace toolkit::quorvis {
 

@@ -8,7 +8,6 @@
 #include "toolkit/quorvis/evaluation/WorkerProcess.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/settings/CommandLine.h"
-#include "toolkit/quorvis/settings/Configuration.h"
 #include "toolkit/quorvis/settings/Settings.h"
 
 namespace toolkit::quorvis {

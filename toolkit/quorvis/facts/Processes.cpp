@@ -16,7 +16,6 @@
 #include "kest/Descriptor.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/facts/Accounts.h"
-#include "toolkit/quorvis/facts/SecretArguments.h"
 
 namespace toolkit::quorvis {
 

@@ -1,3 +1,4 @@
+// What signatures may see of files: by mode and place, by name, and by content.
 #pragma once
 
 #include <sys/stat.h>
@@ -45,5 +46,17 @@ std::string normalizedPath(std::string_view path);
 // Whether an open file lies on a pseudo file system of the kernel, for example of processes, devices, debugging or control
 // groups, regardless of the mount point. The descriptor may be one that was opened with O_PATH.
 bool isOnPseudoFileSystem(int descriptor);
+
+// Whether files with this path are known to contain passwords, keys, tokens or command histories. Backup copies of such
+// files count as well. Case-insensitive.
+bool isSecretByName(std::string_view path);
+
+// Whether a file that starts with these bytes is a private key in binary form or a key store: PKCS #12, Java, Kerberos,
+// PuTTY, GnuPG, a password manager. `size` is the size of the file.
+bool beginsAsKey(std::string_view start, std::size_t size);
+
+// Whether a text contains a private key (PEM, also in base64 or with escaped line ends, OpenSSH, OpenPGP, WireGuard, age)
+// or the hash of a password, as in /etc/shadow.
+bool holdsKey(std::string_view text);
 
 }  // namespace toolkit::quorvis

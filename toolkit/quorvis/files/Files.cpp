@@ -11,10 +11,9 @@
 #include <system_error>
 #include <utility>
 
+#include "toolkit/quorvis/files/Disclosure.h"
 #include "toolkit/quorvis/files/FileBytes.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
-#include "toolkit/quorvis/files/SecretContent.h"
-#include "toolkit/quorvis/files/SecretNames.h"
 
 namespace toolkit::quorvis {
 

@@ -1,11 +1,10 @@
-#include "toolkit/quorvis/files/SecretNames.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 #include "kest/Ascii.h"
-#include "toolkit/quorvis/files/Disclosure.h"
 
 namespace toolkit::quorvis {
 

@@ -22,6 +22,27 @@ using ProgressCheck = std::function<void()>;
 std::optional<std::string> propertyValue(std::string_view text, std::string_view key,
                                          const ProgressCheck& checkProgress = {});
 
+// A path from the root element of a document to elements, or to an attribute of elements: "/project/dependency[2]/@scope".
+struct XmlSelection {
+    struct Step {
+        std::string name;
+        std::size_t number = 0;  // position among the siblings with this name, from 1; 0 for all
+    };
+    std::vector<Step> steps;
+    std::string attribute;  // empty if the text of the elements is selected
+
+    // None, with `problem` set, if the syntax is wrong.
+    static std::optional<XmlSelection> parse(std::string_view text, std::string& problem);
+};
+
+struct SelectedValues {
+    std::vector<std::string> values;  // in document order, without surrounding white space
+    bool tooMany = false;             // there are more than `limit` values
+    std::optional<std::string> problem;
+};
+SelectedValues selectValues(std::string_view document, const XmlSelection& selection, std::size_t limit,
+                            const ProgressCheck& checkProgress = {});
+
 // The product information of a file. Missing information is empty.
 struct ProductFacts {
     std::string name;

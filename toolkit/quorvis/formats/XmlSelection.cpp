@@ -1,10 +1,9 @@
-#include "toolkit/quorvis/formats/XmlSelection.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 #include <algorithm>
 #include <charconv>
 
 #include "toolkit/machine/text/Lines.h"
-#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 
 namespace toolkit::quorvis {

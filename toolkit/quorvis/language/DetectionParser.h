@@ -4,7 +4,6 @@
 #include <optional>
 #include <vector>
 
-#include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/language/Signature.h"

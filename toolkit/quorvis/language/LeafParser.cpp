@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "toolkit/quorvis/formats/Records.h"
-#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafValidator.h"
 #include "toolkit/quorvis/regex/Regex.h"
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/language/Signature.h"

@@ -9,9 +9,9 @@
 #include <optional>
 
 #include "toolkit/machine/packages/Packages.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/Records.h"
-#include "toolkit/quorvis/formats/XmlSelection.h"
-#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/regex/Regex.h"
 #include "toolkit/quorvis/versions/Version.h"

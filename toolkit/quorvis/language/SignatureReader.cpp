@@ -6,7 +6,6 @@
 
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/language/DetectionParser.h"
-#include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafParser.h"
 

@@ -9,10 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/quorvis/language/Diagnostics.h"
 #include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/Signature.h"
-#include "toolkit/quorvis/settings/Configuration.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 namespace toolkit::quorvis {
 

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/formats/XmlSelection.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 

@@ -1,13 +1,33 @@
+// The two output documents: the signatures that matched, and the events.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
-#include "toolkit/quorvis/report/EvaluationSink.h"
 #include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
+
+// An item that a signature matched. Empty fields are not written.
+struct Evidence {
+    std::string kind;    // "package"
+    std::string source;  // the file that it was read from
+    std::string name;
+    std::string version;
+};
+
+// A signature that matched, with its output.
+struct Match {
+    std::string_view guid;
+    std::string name;
+    std::string_view metadata;  // XML in ASCII
+    std::vector<Evidence> evidence;
+    std::vector<std::pair<std::string, std::string>> variables;  // name and value
+};
 
 // Appends the element of a match in ASCII, as a line of its own.
 void appendMatch(std::string& xml, const Match& match);

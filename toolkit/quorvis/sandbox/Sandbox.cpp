@@ -1,7 +1,8 @@
 #include "toolkit/quorvis/sandbox/Sandbox.h"
 
+#include <utility>
+
 #include "toolkit/machine/sandbox/Sandbox.h"
-#include "toolkit/quorvis/sandbox/HelperThread.h"
 
 namespace toolkit::quorvis {
 
@@ -12,6 +13,22 @@ std::string enterSandbox(const Settings& settings) {
     needs.memory = settings.evaluation.memoryLimit;
     needs.leastMemory = kMinMemory + settings.evaluation.jobs * kMemoryOfThread;
     return toolkit::enterSandbox(needs);
+}
+
+HelperThread::HelperThread(std::function<void()> work) : work_(std::move(work)) {
+    const auto run = [](void* helper) -> void* {
+        static_cast<HelperThread*>(helper)->work_();
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    if (::pthread_attr_init(&attributes) != 0) return;
+    ::pthread_attr_setstacksize(&attributes, kStackSize);
+    started_ = ::pthread_create(&thread_, &attributes, run, this) == 0;
+    ::pthread_attr_destroy(&attributes);
+}
+
+HelperThread::~HelperThread() {
+    if (started_) ::pthread_join(thread_, nullptr);
 }
 
 }  // namespace toolkit::quorvis

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/quorvis/walk/DirectoryChain.h"
+#include "toolkit/quorvis/walk/DirectoryOpener.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"
 #include "toolkit/quorvis/walk/WalkState.h"
 

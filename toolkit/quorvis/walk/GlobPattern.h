@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvis/report/Event.h"
+
 namespace toolkit::quorvis {
 
 // One step of a pattern.
@@ -85,6 +87,19 @@ class PathPattern {
     static bool matchFrom(const Steps& steps, std::size_t step, std::string_view path);
 
     std::vector<Steps> alternatives_;
+};
+
+// What to look for in the tree of files.
+struct GlobRequest {
+    std::string pattern;    // absolute, as the language defines it
+    unsigned maxDepth = 0;  // levels below the pattern's fixed directories; 0 for the setting's
+    std::string exclude;    // a pattern of paths that are skipped; empty for none
+};
+
+struct GlobHits {
+    std::vector<std::string> paths;  // sorted by bytes; several paths may lead to one file
+    bool incomplete = false;
+    std::vector<Event> events;
 };
 
 }  // namespace toolkit::quorvis

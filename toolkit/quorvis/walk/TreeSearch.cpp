@@ -11,7 +11,7 @@
 #include <optional>
 #include <utility>
 
-#include "toolkit/quorvis/sandbox/HelperThread.h"
+#include "toolkit/quorvis/sandbox/Sandbox.h"
 #include "toolkit/quorvis/walk/DirectoryWalk.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"

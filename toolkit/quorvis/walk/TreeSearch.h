@@ -11,7 +11,7 @@
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/settings/Settings.h"
-#include "toolkit/quorvis/walk/GlobRequest.h"
+#include "toolkit/quorvis/walk/GlobPattern.h"
 
 namespace toolkit::quorvis {
 

@@ -17,10 +17,8 @@
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/report/Event.h"
 #include "toolkit/quorvis/settings/Settings.h"
-#include "toolkit/quorvis/walk/DirectoryChain.h"
 #include "toolkit/quorvis/walk/DirectoryOpener.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
-#include "toolkit/quorvis/walk/GlobRequest.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"
 
 namespace toolkit::quorvis {

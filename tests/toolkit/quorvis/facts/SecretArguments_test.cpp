@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/facts/SecretArguments.h"
+#include "toolkit/quorvis/facts/Processes.h"
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include <functional>
 
 #include "tests/support/ScratchDir.h"
-#include "toolkit/quorvis/files/SecretNames.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 
 // Wraps pread(), so that a test can change the file between two reads.
 static std::function<void()> beforeReading;

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/files/SecretContent.h"
+#include "toolkit/quorvis/files/Disclosure.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <map>
 
 #include "tests/toolkit/quorvis/SignatureFiles.h"
-#include "toolkit/quorvis/language/Diagnostics.h"
+#include "toolkit/quorvis/language/Element.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
 
 using quorvistest::joined;

@@ -3,7 +3,7 @@
 #include <tuple>
 
 #include "tests/toolkit/quorvis/LeafTester.h"
-#include "toolkit/quorvis/formats/XmlSelection.h"
+#include "toolkit/quorvis/formats/FormatReaders.h"
 
 namespace toolkit::quorvis {
 namespace {

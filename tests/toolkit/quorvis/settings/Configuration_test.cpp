@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/settings/Configuration.h"
+#include "toolkit/quorvis/settings/Settings.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "toolkit/quorvis/walk/DirectoryChain.h"
+#include "toolkit/quorvis/walk/DirectoryOpener.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
