@@ -1,13 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <chrono>
 #include <functional>
 #include <span>
 #include <string>
 
-#include "kest/Descriptor.h"
+#include "toolkit/machine/sandbox/WorkerProcess.h"
 #include "toolkit/quorvah/report/GroupResult.h"
 #include "toolkit/quorvah/report/SharedBuffer.h"
 #include "toolkit/quorvah/scan/GatherGroup.h"
@@ -18,19 +15,17 @@ namespace toolkit::quorvah {
 // destroyed.
 class GatheringProcess {
   public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = WorkerProcess::Clock;
     // The deadline of a group that starts now.
     using Deadline = std::function<Clock::time_point()>;
 
     // Starts the child. Throws std::system_error if it cannot be started.
     GatheringProcess(GatheringContext& context, std::span<const Group* const> groups, const Prepare& prepare,
                      const Deadline& deadline);
-    ~GatheringProcess();
-    GatheringProcess(const GatheringProcess&) = delete;
-    GatheringProcess& operator=(const GatheringProcess&) = delete;
 
-    // What the child could not give up; empty if its sandbox is complete. REQUIRES: called once, before anything else.
-    std::string missingFromSandbox();
+    // What the child could not give up; empty if its sandbox is complete. Kills a child that does not tell before the
+    // deadline. REQUIRES: called once, before anything else.
+    std::string missingFromSandbox(Clock::time_point deadline);
 
     // Waits until the deadline for the result of the next group. Returns null, or the reason why there is no result.
     const char* next(Clock::time_point deadline, GroupResult& result);
@@ -39,12 +34,11 @@ class GatheringProcess {
     void join(Clock::time_point deadline);
 
   private:
-    bool waitForInput(Clock::time_point deadline) const;
     bool receive();
+    bool receiveAtLeast(std::size_t size, Clock::time_point deadline);
 
-    pid_t process_ = -1;
     SharedBuffer xml_;
-    kest::Descriptor pipe_;
+    WorkerProcess child_;
     std::string received_;
 };
 

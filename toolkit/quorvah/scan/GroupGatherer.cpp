@@ -62,7 +62,7 @@ class GroupGatherer {
     // Gathers with one child until a group fails. Returns the number of groups that are finished.
     std::size_t gatherInChild(std::span<const Group* const> groups) {
         GatheringProcess child(context_, groups, prepare_, [this] { return deadlineInChild(limits_, end_); });
-        const std::string missing = child.missingFromSandbox();
+        const std::string missing = child.missingFromSandbox(std::min(Clock::now() + limits_.group, end_));
         if (!missing.empty()) reportIncompleteSandbox(context_, missing);
         for (std::size_t i = 0; i < groups.size(); ++i) {
             const Clock::time_point start = Clock::now();

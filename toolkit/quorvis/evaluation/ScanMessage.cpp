@@ -1,7 +1,13 @@
 #include "toolkit/quorvis/evaluation/ScanMessage.h"
 
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace toolkit::quorvis {
@@ -81,6 +87,24 @@ ScanMessageReader::Next ScanMessageReader::next(ScanMessage& message) {
     read_ += sizeof *length + *length;
     if (read_ >= kMaxReadBytes) bytes_.erase(0, std::exchange(read_, 0));
     return Next::Message;
+}
+
+std::unique_ptr<WorkerOutput, UnmapOutput> makeSharedOutput() {
+    void* const memory =
+        ::mmap(nullptr, sizeof(WorkerOutput), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
+    return std::unique_ptr<WorkerOutput, UnmapOutput>(new (memory) WorkerOutput);
+}
+
+void UnmapOutput::operator()(WorkerOutput* output) const {
+    ::munmap(output, sizeof *output);
+}
+
+std::string bytesLeftIn(const WorkerOutput& output, std::uint64_t received) {
+    // Bytes that are in the output although they came through the pipe: the worker may die before it counts them as sent.
+    const std::uint64_t twice = received - std::min<std::uint64_t>(output.sent, received);
+    const std::size_t used = std::min<std::size_t>(output.used, output.bytes.size());
+    return twice < used ? std::string(output.bytes.data() + twice, used - twice) : std::string();
 }
 
 }  // namespace toolkit::quorvis

@@ -1,12 +1,16 @@
 // The messages of the process that evaluates signatures to the one that writes the output files.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
@@ -46,5 +50,29 @@ class ScanMessageReader {
     std::string bytes_;
     std::size_t read_ = 0;
 };
+
+// Memory that a worker shares with its supervisor. The worker collects its messages here and writes them to the pipe when
+// there are many. So a message costs no system call, and none is lost when the worker dies.
+struct WorkerOutput {
+    SharedDeadline deadline;                 // of what the worker is doing
+    std::atomic<std::size_t> count = 0;      // of the signatures; 0 until they are read
+    std::atomic<std::size_t> begun = 0;      // signatures
+    std::array<char, 136> guid{};            // of the latest one
+    std::atomic<std::size_t> detection = 0;  // of the latest one, the Detection that is being evaluated
+    std::atomic<bool> lastDetection = true;  // whether no other Detection of it follows
+    std::atomic<std::uint64_t> sent = 0;     // bytes that were written to the pipe
+    std::atomic<std::size_t> used = 0;       // bytes below that were not
+    std::array<char, std::size_t{64} << 10> bytes;
+};
+
+struct UnmapOutput {
+    void operator()(WorkerOutput* output) const;
+};
+// Shared with the child processes that start while it exists. Throws std::system_error when there is no memory.
+std::unique_ptr<WorkerOutput, UnmapOutput> makeSharedOutput();
+
+// The bytes of messages that the worker left in its output, after `received` bytes came through the pipe. REQUIRES: the
+// worker was killed or has ended, and the pipe is empty.
+std::string bytesLeftIn(const WorkerOutput& output, std::uint64_t received);
 
 }  // namespace toolkit::quorvis

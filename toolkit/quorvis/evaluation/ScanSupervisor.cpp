@@ -7,8 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include "toolkit/machine/sandbox/WorkerProcess.h"
 #include "toolkit/quorvis/evaluation/ScanMessage.h"
-#include "toolkit/quorvis/evaluation/WorkerProcess.h"
 #include "toolkit/quorvis/report/Documents.h"
 
 namespace toolkit::quorvis {
@@ -40,8 +40,8 @@ class Supervisor {
   private:
     // Returns why this attempt ended early; empty when it evaluated all signatures.
     std::string tryOnce() {
-        WorkerProcess worker(
-            [&](int pipe, WorkerOutput& output) { runWorker(job_, attempt_, pipe, output); });
+        const auto output = makeSharedOutput();
+        WorkerProcess worker([&](int pipe) { runWorker(job_, attempt_, pipe, *output); });
         reader_ = {};
         done_ = false;
         std::string reason;
@@ -49,20 +49,21 @@ class Supervisor {
         while (open && !done_ && reason.empty()) {
             const Clock::time_point now = Clock::now();
             late_ = now >= end_;
-            if (late_ || worker.output().deadline.isLateBy(kGrace)) {
+            if (late_ || output->deadline.isLateBy(kGrace)) {
                 reason = "it took too long";
                 worker.kill();
-            } else if (worker.waitForInput(std::min(Clock::duration(kCheckInterval), end_ - now))) {
+            } else if (worker.waitForInput(std::min(now + kCheckInterval, end_))) {
                 open = take(worker.receive());
             }
-            sayProgress(worker.output());
+            sayProgress(*output);
         }
         if (reason.empty()) reason = worker.join();
-        take(worker.rest());
-        begun_ = worker.output().begun;
-        guid_ = worker.output().guid.data();
-        detection_ = worker.output().detection;
-        lastDetection_ = worker.output().lastDetection;
+        take(worker.drain());
+        take(bytesLeftIn(*output, worker.received()));
+        begun_ = output->begun;
+        guid_ = output->guid.data();
+        detection_ = output->detection;
+        lastDetection_ = output->lastDetection;
         return done_ ? std::string() : reason;
     }
 

@@ -12,7 +12,6 @@
 
 #include "toolkit/machine/files/WriteAll.h"
 #include "toolkit/quorvis/evaluation/Evaluator.h"
-#include "toolkit/quorvis/evaluation/ScanMessage.h"
 #include "toolkit/quorvis/files/HashCache.h"
 #include "toolkit/quorvis/language/SignatureReader.h"
 #include "toolkit/quorvis/report/Documents.h"

@@ -5,7 +5,7 @@
 
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/evaluation/Evaluator.h"
-#include "toolkit/quorvis/evaluation/WorkerProcess.h"
+#include "toolkit/quorvis/evaluation/ScanMessage.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/settings/CommandLine.h"
 #include "toolkit/quorvis/settings/Settings.h"

@@ -1,6 +1,12 @@
 #include "toolkit/quorvis/evaluation/ScanMessage.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <utility>
+
+#include "toolkit/machine/sandbox/WorkerProcess.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -50,6 +56,44 @@ TEST(ScanMessage, InvalidBytesAreBroken) {
         ScanMessage message;
         EXPECT_EQ(Next::Broken, reader.next(message)) << testing::PrintToString(bytes);
     }
+}
+
+// Puts bytes into the output and writes some of them to the pipe, with or without counting them as sent.
+void leaveBehind(int pipe, WorkerOutput& output, std::size_t sent, bool counted) {
+    std::memcpy(output.bytes.data(), "abcdef", 6);
+    output.used = 6;
+    if (::write(pipe, output.bytes.data(), sent) != static_cast<ssize_t>(sent)) ::_exit(8);
+    if (!counted) return;
+    output.used = 0;
+    output.sent = sent;
+}
+
+TEST(WorkerOutput, EachByteArrivesOnceWheneverTheWorkerDies) {
+    const std::pair<std::size_t, bool> cases[] = {{0, false}, {3, false}, {6, false}, {6, true}};
+    for (const auto& [sent, counted] : cases) {
+        const auto output = makeSharedOutput();
+        WorkerProcess worker([&, sent = sent, counted = counted](int pipe) {
+            leaveBehind(pipe, *output, sent, counted);
+            ::_exit(7);
+        });
+        EXPECT_EQ("it ended with status 7", worker.join());
+        const std::string drained = worker.drain();
+        EXPECT_EQ("abcdef", drained + bytesLeftIn(*output, worker.received())) << sent << counted;
+    }
+}
+
+TEST(WorkerOutput, MessagesOfAHangingWorkerAreKept) {
+    const auto output = makeSharedOutput();
+    WorkerProcess worker([&](int) {
+        std::memcpy(output->bytes.data(), "told", 4);
+        output->used = 4;
+        output->deadline.set(SharedDeadline::Clock::now());
+        for (;;) ::pause();
+    });
+    while (!output->deadline.isLateBy(std::chrono::milliseconds(1))) {
+    }
+    worker.kill();
+    EXPECT_EQ("told", worker.drain() + bytesLeftIn(*output, worker.received()));
 }
 
 }  // namespace
