@@ -1,6 +1,4 @@
 // Every system call that starting and running a child needs fails once.
-#include "tests/kest/Faults.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -15,9 +13,13 @@
 #include "kest/Runtime.h"
 #include "kest/Text.h"
 #include "tests/kest/Children.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Faults.h"
 
 namespace kest::test {
 namespace {
+
+using zavtest::Fault;
 
 class FaultTest : public testing::Test {
   protected:
@@ -25,14 +27,14 @@ class FaultTest : public testing::Test {
         const NothingLeft nothingLeft;
         const Fault fault(function, error);
         EXPECT_EQ(launch(command), nullptr) << function;
-        EXPECT_TRUE(Fault::happened()) << function;
+        EXPECT_TRUE(fault.happened()) << function;
     }
 
     static void expectBadAlloc(const char* function) {
         const NothingLeft nothingLeft;
         const Fault fault(function, ENOMEM);
         EXPECT_THROW(launch(command), std::bad_alloc) << function;
-        EXPECT_TRUE(Fault::happened()) << function;
+        EXPECT_TRUE(fault.happened()) << function;
     }
 
     static inline const std::string command = child("WriteLines") + " 2";
@@ -61,14 +63,14 @@ TEST_F(FaultTest, WhereTheKeeperCannotShareTheMemoryItHasACopy) {
     for (int refusals = 1; refusals < kinds; ++refusals) {
         const NothingLeft nothingLeft;
         {
-            const Fault fault("clone", EINVAL, refusals);
+            const Fault fault("clone", EINVAL, 1, refusals);
             EXPECT_EQ(run(command), twoLines);
-            EXPECT_TRUE(Fault::happened());
+            EXPECT_TRUE(fault.happened());
         }
-        const Fault fault("clone", EINVAL, refusals);
+        const Fault fault("clone", EINVAL, 1, refusals);
         EXPECT_EQ(launch("/nonexistent"), nullptr);
     }
-    const Fault fault("clone", EINVAL, kinds);
+    const Fault fault("clone", EINVAL, 1, kinds);
     EXPECT_EQ(launch(command), nullptr);
 }
 
@@ -87,19 +89,19 @@ TEST_F(FaultTest, ALaunchWithoutMemoryInTheSystemThrows) {
 
 TEST_F(FaultTest, ALaunchWithoutMemoryInTheHostThrows) {
     const String wide(widen(command));
-    int successes = 0;
-    for (bool launched = false; !launched; ++successes) {
+    int nth = 1;
+    for (bool launched = false; !launched; ++nth) {
         const NothingLeft nothingLeft;
         std::unique_ptr<ChildProcess> process;
-        const AllocationFault fault(successes);
+        const zavtest::FailingAllocation fault(nth);
         try {
             process.reset(Runtime().launch(wide, "A=1\0B=2\0\0"));
             launched = true;
         } catch (const std::bad_alloc&) {
-            EXPECT_TRUE(AllocationFault::happened());
+            EXPECT_TRUE(fault.happened());
         }
     }
-    EXPECT_GT(successes, 5);
+    EXPECT_GT(nth, 6);
 }
 
 TEST_F(FaultTest, ALaunchFailsWhereAStandardStreamThatTheHostClosedCannotBeKeptFree) {
@@ -113,10 +115,12 @@ TEST_F(FaultTest, ALaunchFailsWhereAStandardStreamThatTheHostClosedCannotBeKeptF
 }
 
 TEST_F(FaultTest, AnInterruptedReadingGoesOn) {
-    const NothingLeft nothingLeft;
-    const Fault fault("read", EINTR, 3);
-    EXPECT_EQ(run(command), twoLines);
-    EXPECT_TRUE(Fault::happened());
+    for (const char* const function : {"read", "SYS_read"}) {
+        const NothingLeft nothingLeft;
+        const Fault fault(function, EINTR, 1, 3);
+        EXPECT_EQ(run(command), twoLines) << function;
+        EXPECT_TRUE(fault.happened()) << function;
+    }
 }
 
 TEST_F(FaultTest, AReadErrorEndsTheOutput) {
@@ -126,30 +130,30 @@ TEST_F(FaultTest, AReadErrorEndsTheOutput) {
     EXPECT_FALSE(process->getOutputStream()->readSome().empty());
     const Fault fault("read", EIO);
     EXPECT_EQ(process->getOutputStream()->readSome(), "");
-    EXPECT_TRUE(Fault::happened());
+    EXPECT_TRUE(fault.happened());
     EXPECT_EQ(process->getOutputStream()->read(), -1);
     EXPECT_EQ(process->waitFor(), 128 + SIGPIPE);
 }
 
 TEST_F(FaultTest, AnInterruptedWaitingGoesOn) {
     const NothingLeft nothingLeft;
-    const Fault fault("waitid", EINTR, 3);
+    const Fault fault("SYS_waitid", EINTR, 1, 3);
     EXPECT_EQ(run(child("ExitWith") + " 7").status, 7);
-    EXPECT_TRUE(Fault::happened());
+    EXPECT_TRUE(fault.happened());
 }
 
 TEST_F(FaultTest, AStatusThatCannotBeHadIsUnknown) {
     const NothingLeft nothingLeft;
-    const Fault fault("waitid", ECHILD);
+    const Fault fault("SYS_waitid", ECHILD);
     EXPECT_EQ(run(child("ExitWith") + " 7").status, -1);
-    EXPECT_TRUE(Fault::happened());
+    EXPECT_TRUE(fault.happened());
 }
 
 TEST_F(FaultTest, TheOutputIsReadEvenIfPollFails) {
     const NothingLeft nothingLeft;
     const Fault fault("poll", ENOMEM);
     EXPECT_EQ(run(command), twoLines);
-    EXPECT_TRUE(Fault::happened());
+    EXPECT_TRUE(fault.happened());
 }
 
 // A process that is forked while the host has the writing ends of the pipes keeps them open.
@@ -157,7 +161,7 @@ TEST_F(FaultTest, AProcessThatTheHostForksDuringTheRunDoesNotDelayIt) {
     const NothingLeft nothingLeft;
     std::vector<pid_t> forked;
     {
-        const BeforeClone fork([&forked] {
+        const zavtest::BeforeClone fork([&forked] {
             const pid_t pid = ::fork();
             if (pid == 0) {
                 for (;;) pause();

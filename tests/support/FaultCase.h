@@ -39,7 +39,7 @@ inline std::vector<FaultCase> commonFaults(int notStarted) {
         onAnything("posix_spawn_file_actions_adddup2", ENOMEM, 5),
         onAnything("posix_spawn_file_actions_addopen", ENOMEM, 5),
         onAnything("posix_spawnattr_setflags", EINVAL, notStarted),
-        onAnything("syscall", EINTR, 0),
+        onAnything("SYS_read", EINTR, 0),
         onAnything("clone", EAGAIN, notStarted),
         onAnything("clone", ENOMEM, 5),
         onAnything("fcntl", EBADF, 0),

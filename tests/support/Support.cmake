@@ -12,12 +12,6 @@ function(zav_test_allocations target)
   zav_wrap(${target} malloc aligned_alloc strdup vasprintf free)
 endfunction()
 
-# FailingFileCall.h
-function(zav_test_file_calls target)
-  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/FailingFileCall.cpp)
-  zav_wrap(${target} open read)
-endfunction()
-
 # ZavIni.h
 function(zav_test_opens target)
   target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/ZavIni.cpp)
@@ -33,6 +27,7 @@ endfunction()
 function(zav_test_faults target)
   target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/Faults.cpp)
   zav_wrap(${target}
-    access chmod clone fclose fcntl fopen fread fwrite mkdir open pipe2 posix_spawn posix_spawn_file_actions_adddup2
-    posix_spawn_file_actions_addopen posix_spawnattr_setflags read rmdir syscall unlink)
+    access chmod clone fclose fcntl fopen fread fwrite getppid mkdir open pipe2 poll posix_spawn
+    posix_spawn_file_actions_addclosefrom_np posix_spawn_file_actions_adddup2 posix_spawn_file_actions_addopen
+    posix_spawnattr_setflags read rmdir syscall unlink)
 endfunction()

@@ -12,15 +12,13 @@
 #include "tessa/ReadError.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Descriptors.h"
-#include "tests/support/FailingFileCall.h"
+#include "tests/support/Faults.h"
 #include "tests/tessa/Reading.h"
 
 namespace tessa::test {
 namespace {
 
 namespace fs = std::filesystem;
-using zavtest::FailingFileCall;
-using zavtest::FileCall;
 
 const Diagnostic kDoctype = {Kind::kWarning, L"document type declaration: nothing external is loaded", 1};
 
@@ -194,7 +192,7 @@ TEST(NodeReaderFaults, FileThatCannotBeOpenedIsReported) {
               critical(L"cannot be opened: ELOOP (too many levels of symbolic links)", 0));
     EXPECT_EQ(readFile(directory.path() / std::string(300, 'n')).diagnostics,
               critical(L"cannot be opened: ENAMETOOLONG (file name too long)", 0));
-    const FailingFileCall denied(FileCall::kOpen, 1, EACCES);
+    const zavtest::Fault denied("open", EACCES);
     EXPECT_EQ(readFile(file).diagnostics, critical(L"cannot be opened: EACCES (permission denied)", 0));
 }
 
@@ -295,20 +293,20 @@ TEST(NodeReaderFaults, ReadErrorsAreReportedAndInterruptedReadsRepeated) {
     const std::size_t descriptors = zavtest::openDescriptors();
     int reads = 0;
     for (bool failed = true; failed; ++reads) {
-        const FailingFileCall interrupted(FileCall::kRead, reads + 1, EINTR);
+        const zavtest::Fault interrupted("read", EINTR, reads + 1);
         const Document document = readFile(file, {.blockSize = 4});
         failed = interrupted.happened();
         EXPECT_EQ(shown(document.root.get()), L"a(\"text\" b)");
     }
     EXPECT_EQ(reads, 6) << "five reads of a file of 15 bytes, and a round without an interruption";
     for (int nth = 1; nth < reads; ++nth) {
-        const FailingFileCall broken(FileCall::kRead, nth, EIO);
+        const zavtest::Fault broken("read", EIO, nth);
         const Document document = readFile(file, {.blockSize = 4});
         EXPECT_EQ(document.status, 1);
         EXPECT_EQ(document.diagnostics, critical(L"cannot be read: EIO (input/output error)", 0));
         EXPECT_TRUE(broken.happened());
     }
-    const FailingFileCall interrupted(FileCall::kOpen, 1, EINTR);
+    const zavtest::Fault interrupted("open", EINTR);
     EXPECT_EQ(readFile(file).status, 0);
     EXPECT_TRUE(interrupted.happened());
     EXPECT_EQ(zavtest::openDescriptors(), descriptors);

@@ -1,7 +1,7 @@
 // Documents that are designed to exhaust the reader.
 #include <gtest/gtest.h>
 
-#include "tests/support/FailingFileCall.h"
+#include "tests/support/Faults.h"
 #include "tests/support/SmallStack.h"
 #include "tests/tessa/Reading.h"
 
