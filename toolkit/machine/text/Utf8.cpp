@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "tessa/Utf8.h"
+#include "toolkit/machine/text/ByteOrder.h"
 
 namespace toolkit {
 namespace {
@@ -66,14 +67,25 @@ bool isUtf8(std::string_view bytes) {
     }
 }
 
-std::string utf8FromUtf16(std::u16string_view text) {
+std::u16string utf16Units(std::string_view bytes) {
+    std::u16string units;
+    for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
+        const auto unit = static_cast<char16_t>(littleEndian(bytes, at, 2));
+        if (unit == 0) break;
+        units += unit;
+    }
+    return units;
+}
+
+std::string utf8FromUtf16(std::u16string_view text, std::string_view replacement) {
     std::string utf8;
     for (std::size_t i = 0; i < text.size(); ++i) {
         wchar_t codePoint = text[i];
         if (isHigh(text[i]) && i + 1 < text.size() && isLow(text[i + 1])) {
             codePoint = ((codePoint & 0x3FF) << 10) + (text[++i] & 0x3FF) + 0x10000;
         } else if (isHigh(text[i]) || isLow(text[i])) {
-            codePoint = 0xFFFD;
+            utf8 += replacement;
+            continue;
         }
         std::array<char, 4> bytes;
         utf8.append(bytes.data(), tessa::narrowUtf8(codePoint, bytes.data()));

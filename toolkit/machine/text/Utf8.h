@@ -13,8 +13,10 @@ char32_t takeUtf8Character(std::string_view& bytes);
 
 bool isUtf8(std::string_view bytes);
 
-// Converts UTF-16. An unpaired surrogate becomes U+FFFD.
-std::string utf8FromUtf16(std::u16string_view text);
+// The UTF-16 code units in little-endian bytes, up to a zero.
+std::u16string utf16Units(std::string_view bytes);
+// Converts UTF-16. Each unpaired surrogate becomes `replacement`, which is U+FFFD by default.
+std::string utf8FromUtf16(std::u16string_view text, std::string_view replacement = "\xEF\xBF\xBD");
 // Converts ISO-8859-1.
 std::string utf8FromLatin1(std::string_view bytes);
 

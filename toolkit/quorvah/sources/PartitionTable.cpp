@@ -1,13 +1,12 @@
 #include "toolkit/quorvah/sources/PartitionTable.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
 
-#include "tessa/Utf8.h"
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/HexDigits.h"
+#include "toolkit/machine/text/Utf8.h"
 
 namespace toolkit::quorvah {
 
@@ -43,27 +42,9 @@ std::string guid(std::string_view bytes) {
     return text;
 }
 
-// The name of a partition, from UTF-16 up to a zero to UTF-8. Unpaired surrogates are omitted.
+// The name of a partition. Half characters are omitted.
 std::string name(std::string_view units) {
-    std::string text;
-    wchar_t high = 0;  // a high surrogate that a low one may follow
-    for (std::size_t i = 0; i < kGptNameLength; ++i) {
-        auto unit = static_cast<wchar_t>(littleEndian(units, 2 * i, 2));
-        if (unit == 0) break;
-        const wchar_t before = std::exchange(high, 0);
-        const int half = unit & 0xFC00;
-        if (half == 0xD800) {
-            high = unit;
-            continue;
-        }
-        if (half == 0xDC00) {
-            if (before == 0) continue;
-            unit = 0x10000 + ((before & 0x3FF) << 10) + (unit & 0x3FF);
-        }
-        std::array<char, 4> bytes;
-        text.append(bytes.data(), tessa::narrowUtf8(unit, bytes.data()));
-    }
-    return text;
+    return utf8FromUtf16(utf16Units(units.substr(0, 2 * kGptNameLength)), "");
 }
 
 PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {

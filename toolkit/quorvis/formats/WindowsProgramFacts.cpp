@@ -110,16 +110,6 @@ std::size_t aligned(std::size_t size) {
     return (size + 3) / 4 * 4;
 }
 
-std::u16string unitsOf(std::string_view bytes) {
-    std::u16string units;
-    for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
-        const auto unit = static_cast<char16_t>(littleEndian(bytes, at, 2));
-        if (unit == 0) break;
-        units += unit;
-    }
-    return units;
-}
-
 // Takes the block at the front. False at the end or if the block is damaged.
 bool takeBlock(std::string_view& rest, Block& block) {
     constexpr std::size_t kHeader = 6;
@@ -128,7 +118,7 @@ bool takeBlock(std::string_view& rest, Block& block) {
     if (size < kHeader || size > rest.size()) return false;
     const std::string_view whole = rest.substr(0, size);
     const bool isText = littleEndian(whole, 4, 2) == 1;
-    const std::u16string key = unitsOf(whole.substr(kHeader));
+    const std::u16string key = utf16Units(whole.substr(kHeader));
     const std::size_t valueAt = std::min(aligned(kHeader + 2 * (key.size() + 1)), size);
     const std::size_t valueSize = littleEndian(whole, 2, 2) * (isText ? 2 : 1);
     block.key = utf8FromUtf16(key);
@@ -155,7 +145,7 @@ std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks
         if (info.key != "StringFileInfo") continue;
         for (Block language; takeBlock(info.children, language);) {
             for (Block text; takeBlock(language.children, text);)
-                texts.emplace_back(text.key, utf8FromUtf16(unitsOf(text.value)));
+                texts.emplace_back(text.key, utf8FromUtf16(utf16Units(text.value)));
         }
     }
     return texts;
