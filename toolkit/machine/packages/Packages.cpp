@@ -13,6 +13,30 @@ namespace {
 constexpr const PackageDatabase* kDatabases[] = {&kDpkgDatabase,   &kRpmDatabase,  &kApkDatabase,
                                                  &kPacmanDatabase, &kSnapDatabase, &kFlatpakDatabase};
 
+// A default place of a database.
+struct Place {
+    PackageType type;
+    const char* path;
+    bool ofManager;  // whether only a package manager makes it
+};
+constexpr Place kPlaces[] = {
+    {PackageType::Dpkg, "/var/lib/dpkg/status", true},
+    {PackageType::Dpkg, "/var/lib/dpkg/status.d", false},
+    {PackageType::Rpm, "/usr/lib/sysimage/rpm", false},
+    {PackageType::Rpm, "/usr/lib/sysimage/rpm/rpmdb.sqlite", true},
+    {PackageType::Rpm, "/usr/lib/sysimage/rpm/Packages.db", true},
+    {PackageType::Rpm, "/var/lib/rpm", false},
+    {PackageType::Rpm, "/var/lib/rpm/rpmdb.sqlite", true},
+    {PackageType::Rpm, "/var/lib/rpm/Packages.db", true},
+    {PackageType::Rpm, "/var/lib/rpm/Packages", true},
+    {PackageType::Apk, "/lib/apk/db/installed", true},
+    {PackageType::Pacman, "/var/lib/pacman/local", false},
+    {PackageType::Pacman, "/var/lib/pacman/local/ALPM_DB_VERSION", true},
+    {PackageType::Snap, "/snap", false},
+    {PackageType::Snap, "/var/lib/snapd/snap", false},
+    {PackageType::Flatpak, "/var/lib/flatpak/app", false},
+};
+
 using Damage = PackageReading::Damage;
 
 Damage damageOf(Budget::Spent spent) {
@@ -80,6 +104,19 @@ PackageReading visitPackages(PackageType type, const Root& root, const std::stri
     if (texts.budget().isSpent()) result.damage = damageOf(texts.budget().spent());
     if (!tooLong.empty()) result.note(Damage::Broken, tooLong);
     return result;
+}
+
+bool hasPackageDatabase(const Root& root) {
+    return std::ranges::any_of(kPlaces, [&root](const Place& place) { return root.exists(place.path); });
+}
+
+std::vector<PackageType> packageManagers(const Root& root) {
+    std::vector<PackageType> managers;
+    for (const Place& place : kPlaces) {
+        const bool known = !managers.empty() && managers.back() == place.type;
+        if (!known && place.ofManager && root.exists(place.path)) managers.push_back(place.type);
+    }
+    return managers;
 }
 
 std::string packageUrl(const InstalledPackage& package, std::string_view distribution) {

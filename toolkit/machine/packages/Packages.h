@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/machine/packages/InstalledPackage.h"
@@ -21,6 +22,13 @@ std::optional<PackageType> packageTypeNamed(std::string_view name);
 // other value of that length is unknown.
 PackageReading visitPackages(PackageType type, const Root& root, const std::string& database,
                              PackageTexts& texts, const PackageVisitor& visit);
+
+// Whether the tree has a database of any type in its default place, even an empty one.
+bool hasPackageDatabase(const Root& root);
+
+// The types whose package manager keeps a database in the tree. The packages of an image without a package manager do not
+// count, nor do those of snap and flatpak, which are not package managers of a distribution.
+std::vector<PackageType> packageManagers(const Root& root);
 
 // The package URL. `distribution` is the ID in os-release.
 std::string packageUrl(const InstalledPackage& package, std::string_view distribution);

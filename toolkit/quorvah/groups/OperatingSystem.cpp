@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "toolkit/machine/packages/Packages.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/machine/text/ShellVariables.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -122,24 +123,11 @@ Count maxProcessMemory(const Root& root) {
     return std::uint64_t{1} << (*bits - 11);
 }
 
-std::vector<std::string> packageManagers(const Root& root) {
-    const std::pair<const char*, const char*> databases[] = {
-        {"dpkg", "/var/lib/dpkg/status"},
-        {"rpm", "/var/lib/rpm/rpmdb.sqlite"},
-        {"rpm", "/var/lib/rpm/Packages.db"},
-        {"rpm", "/var/lib/rpm/Packages"},
-        {"rpm", "/usr/lib/sysimage/rpm/rpmdb.sqlite"},
-        {"rpm", "/usr/lib/sysimage/rpm/Packages.db"},
-        {"apk", "/lib/apk/db/installed"},
-        {"pacman", "/var/lib/pacman/local/ALPM_DB_VERSION"},
-    };
-    std::vector<std::string> managers;
-    for (const auto& [manager, database] : databases) {
-        if (std::ranges::find(managers, manager) == managers.end() && root.exists(database)) {
-            managers.emplace_back(manager);
-        }
-    }
-    return managers;
+std::vector<std::string> namesOf(const std::vector<PackageType>& types) {
+    std::vector<std::string> names;
+    names.reserve(types.size());
+    for (const PackageType type : types) names.emplace_back(nameOf(type));
+    return names;
 }
 
 constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/proc/version"};
@@ -153,7 +141,7 @@ void gather(GatheringContext& context, GroupData& data) {
         setTimes(root, system);
         setProcesses(root, system);
         system.set("MaxProcessMemorySize", maxProcessMemory(root));
-        system.set("PackageManager", packageManagers(root));
+        system.set("PackageManager", namesOf(packageManagers(root)));
     };
     data.addOne(fill, {{"Name", "linux"}, {"OSType", kLinux}});
 }

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -147,23 +146,10 @@ class Gatherer {
     std::optional<DpkgDates> dates_;
 };
 
-// Whether the tree has the database of a known package manager. Otherwise it may have packages of another one.
-bool hasKnownDatabase(const Root& root) {
-    constexpr const char* kDatabases[] = {"/var/lib/dpkg/status",
-                                          "/var/lib/dpkg/status.d",
-                                          "/usr/lib/sysimage/rpm",
-                                          "/var/lib/rpm",
-                                          "/lib/apk/db/installed",
-                                          "/var/lib/pacman/local",
-                                          "/snap",
-                                          "/var/lib/snapd/snap",
-                                          "/var/lib/flatpak/app"};
-    return std::ranges::any_of(kDatabases, [&root](const char* path) { return root.exists(path); });
-}
-
 void gather(GatheringContext& context, GroupData& data) {
     Gatherer(context, data).gather();
-    if (data.instances().empty() && !hasKnownDatabase(context.root())) data.notApplicable("no-database");
+    // Without any known database, the tree may have packages of another package manager.
+    if (data.instances().empty() && !hasPackageDatabase(context.root())) data.notApplicable("no-database");
 }
 
 }  // namespace

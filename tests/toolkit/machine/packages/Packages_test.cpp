@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,24 @@ TEST_F(Packages, AMissingDatabaseHasNoPackages) {
         EXPECT_EQ(Rows(), visited(type)) << nameOf(type);
         EXPECT_EQ(Damage::None, result_.damage) << nameOf(type);
     }
+}
+
+TEST_F(Packages, PackageManagersAreKnownByTheFilesThatOnlyTheyMake) {
+    const Root root(tree_.path());
+    EXPECT_FALSE(hasPackageDatabase(root));
+    EXPECT_EQ(std::vector<PackageType>(), packageManagers(root));
+    tree_.write("var/lib/dpkg/status.d/base", stanza("base", "1"));
+    tree_.write("var/lib/snapd/snap/README", "");
+    std::filesystem::create_directories(tree_.path() / "var/lib/rpm");
+    EXPECT_TRUE(hasPackageDatabase(root));
+    EXPECT_EQ(std::vector<PackageType>(), packageManagers(root)) << "an image that was built without them";
+    tree_.write("var/lib/dpkg/status", "");
+    tree_.write("usr/lib/sysimage/rpm/rpmdb.sqlite", "");
+    tree_.write("var/lib/rpm/Packages", "");
+    tree_.write("lib/apk/db/installed", "");
+    tree_.write("var/lib/pacman/local/ALPM_DB_VERSION", "9\n");
+    EXPECT_EQ((std::vector{PackageType::Dpkg, PackageType::Rpm, PackageType::Apk, PackageType::Pacman}),
+              packageManagers(root));
 }
 
 TEST_F(Packages, EveryTypeIsFoundByItsName) {
