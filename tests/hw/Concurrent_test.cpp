@@ -1,5 +1,6 @@
 // Threads that scan at the same time, each with its own handle.
 #include "tests/hw/Inventory.h"
+#include "tests/support/SerialCallback.h"
 #include "tests/support/Threads.h"
 
 namespace hwtest {
@@ -44,31 +45,17 @@ TEST(Concurrent, HandlesAndContextsComeAndGoInEveryThread) {
     });
 }
 
-// The callback counts without a lock, which is correct only if the library never calls it from two threads at once.
 TEST(Concurrent, TheCallbackIsNeverEnteredByTwoThreadsAtOnce) {
-    struct Host {
-        static void callback(int, int, void* userData, const char*, const char*) {
-            ++static_cast<Host*>(userData)->messages;
-        }
-        long messages = 0;
-    } host;
     const Toolkit toolkit;
     toolkit.scannerWrites("<QEL><Memory/></QEL>");
-    const zavtest::ScratchDir temp;
-    zavtest::inThreads(kThreads, [&](int) {
-        ZAVCtx* handle = nullptr;
+    const auto use = [](ZAVCtx* handle, zavtest::CountingHost& host) {
         ZAVHwCtx* context = nullptr;
-        ASSERT_EQ(ZAV_init("tests", Host::callback, &host, temp.path().wstring().c_str(),
-                           toolkit.path().wstring().c_str(), &handle),
-                  0);
-        ASSERT_EQ(ZAV_hw_init(handle, Host::callback, &host, &context), 0);
+        ASSERT_EQ(ZAV_hw_init(handle, zavtest::CountingHost::callback, &host, &context), 0);
         for (int i = 0; i < 200; ++i) ASSERT_EQ(ZAV_hw_setopt(context, 0, 1), 0);
         EXPECT_EQ(ZAV_hw_run(context), 0);
         EXPECT_EQ(ZAV_hw_free(context), 0);
-        EXPECT_EQ(ZAV_free(handle), 0);
-    });
-    EXPECT_GE(host.messages, kThreads * 220L);
-    EXPECT_TRUE(std::filesystem::is_empty(temp.path()));
+    };
+    EXPECT_GE(zavtest::messagesOfThreads(kThreads, toolkit.path(), use), kThreads * 220L);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "core/StdioFile.h"
 #include "kest/Text.h"
 #include "tests/hw/Inventory.h"
+#include "tests/support/ConfigText.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/ScratchDir.h"
 
@@ -48,34 +49,19 @@ class HWConfigFileTest : public testing::Test {
     zavtest::ScratchDir directory_;
 };
 
-const std::string head =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<!-- This file was written by the inventory client library zav.\n"
-    "    It is the input of one scanner run and is deleted with the library's context.\n"
-    "    Licensed under the Apache License, Version 2.0: it may be used, copied and\n"
-    "    changed as that license permits, and is provided on an \"as is\" basis,\n"
-    "    without warranties or conditions of any kind, either express or implied.\n"
-    "    See the file LICENSE that comes with the library. -->\n"
-    "<QEL xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xsi:noNamespaceSchemaLocation=\"zavcli.xsd\">\n"
-    "    <ZAV>\n"
-    "\t\t<Hardware version=\"1.0\">\n";
-const std::string tail =
-    "\t\t</Hardware>\n"
-    "    </ZAV>\n"
-    "</QEL>\n";
+std::string expected(const std::string& groups) {
+    return zavtest::configText("Hardware", groups);
+}
 
 TEST_F(HWConfigFileTest, ListsTheEnabledGroupsByteForByte) {
     enable(4);
     enable(2);
-    EXPECT_EQ(generated(), head +
-                               "\t\t<Group Name=\"Processor\"/>\n"
-                               "\t\t<Group Name=\"Operating System\"/>\n" +
-                               tail);
+    EXPECT_EQ(generated(), expected("\t\t<Group Name=\"Processor\"/>\n"
+                                    "\t\t<Group Name=\"Operating System\"/>\n"));
 }
 
 TEST_F(HWConfigFileTest, IsWrittenWithoutAnyGroupToo) {
-    EXPECT_EQ(generated(), head + tail);
+    EXPECT_EQ(generated(), expected(""));
 }
 
 TEST_F(HWConfigFileTest, ListsEveryGroupInTheOrderOfTheCatalogue) {
@@ -89,25 +75,25 @@ TEST_F(HWConfigFileTest, ListsEveryGroupInTheOrderOfTheCatalogue) {
 
 TEST_F(HWConfigFileTest, FlagsOfIdsWithoutAGroupHaveNoEffect) {
     for (const std::size_t id : {0U, 17U, 18U, 33U}) enable(id);
-    EXPECT_EQ(generated(), head + tail);
+    EXPECT_EQ(generated(), expected(""));
 }
 
 TEST_F(HWConfigFileTest, OnlyTheFlagValueOneEnables) {
     for (const int flag : {2, 128, 255}) {
         context_.groupEnabled.fill(static_cast<unsigned char>(flag));
-        EXPECT_EQ(generated(), head + tail) << flag;
+        EXPECT_EQ(generated(), expected("")) << flag;
     }
 }
 
 TEST_F(HWConfigFileTest, ReplacesWhatTheFileHeld) {
     directory_.write("config.xml", std::string(10'000, 'x'));
-    EXPECT_EQ(generated(), head + tail);
+    EXPECT_EQ(generated(), expected(""));
 }
 
 TEST_F(HWConfigFileTest, ThePathIsCutToTheLowEightBits) {
     const std::wstring path = kest::widen(directory_.path().string()) + L"/\x0161.xml";
     EXPECT_EQ(HW_generateHWConfigFile(&context_, path.c_str()), 0);
-    EXPECT_EQ(zavtest::readAll(directory_.path() / "a.xml"), head + tail);
+    EXPECT_EQ(zavtest::readAll(directory_.path() / "a.xml"), expected(""));
 }
 
 TEST_F(HWConfigFileTest, AFileThatCannotBeOpenedIsRefusedSilently) {

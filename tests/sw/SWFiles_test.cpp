@@ -5,6 +5,7 @@
 #include "kest/Text.h"
 #include "sw/SWConfigFile.h"
 #include "sw/SWSignatureFile.h"
+#include "tests/support/ConfigText.h"
 #include "tests/sw/Evaluation.h"
 
 namespace zav {
@@ -47,27 +48,15 @@ class SWFilesTest : public testing::Test {
 };
 
 const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-const std::string kHead =
-    kDeclaration +
-    "<!-- This file was written by the inventory client library zav.\n"
-    "    It is the input of one scanner run and is deleted with the library's context.\n"
-    "    Licensed under the Apache License, Version 2.0: it may be used, copied and\n"
-    "    changed as that license permits, and is provided on an \"as is\" basis,\n"
-    "    without warranties or conditions of any kind, either express or implied.\n"
-    "    See the file LICENSE that comes with the library. -->\n"
-    "<QEL xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xsi:noNamespaceSchemaLocation=\"zavcli.xsd\">\n"
-    "    <ZAV>\n"
-    "\t\t<XSE version=\"1.0\">\n";
-const std::string kTail =
-    "\t\t</XSE>\n"
-    "    </ZAV>\n"
-    "</QEL>\n";
 const std::string kSignaturesHead = kDeclaration + "<Signatures>\n";
 const std::string kSignaturesTail = "</Signatures>\n";
 
+std::string expected(const std::string& options) {
+    return zavtest::configText("XSE", options);
+}
+
 TEST_F(SWFilesTest, AConfigurationWithoutOptionsHoldsAnEmptySection) {
-    EXPECT_EQ(config(), kHead + kTail);
+    EXPECT_EQ(config(), expected(""));
 }
 
 TEST_F(SWFilesTest, VariablesComeInTheOrderOfTheirNames) {
@@ -75,32 +64,28 @@ TEST_F(SWFilesTest, VariablesComeInTheOrderOfTheirNames) {
     context_.variables[L"a"] = {L"2", L""};
     context_.variables[L"aa"] = {L"", L"x"};
     context_.variables[L"Z"] = {L"3", L"y"};
-    EXPECT_EQ(config(), kHead +
-                            "\t\t\t<PresetVariables>\n"
-                            "\t\t\t\t<Variable name=\"Z\" value=\"3\" guid=\"y\" />\n"
-                            "\t\t\t\t<Variable name=\"a\" value=\"2\" guid=\"\" />\n"
-                            "\t\t\t\t<Variable name=\"aa\" value=\"\" guid=\"x\" />\n"
-                            "\t\t\t\t<Variable name=\"b\" value=\"1\" guid=\"guid-1\" />\n"
-                            "\t\t\t</PresetVariables>\n" +
-                            kTail);
+    EXPECT_EQ(config(), expected("\t\t\t<PresetVariables>\n"
+                                 "\t\t\t\t<Variable name=\"Z\" value=\"3\" guid=\"y\" />\n"
+                                 "\t\t\t\t<Variable name=\"a\" value=\"2\" guid=\"\" />\n"
+                                 "\t\t\t\t<Variable name=\"aa\" value=\"\" guid=\"x\" />\n"
+                                 "\t\t\t\t<Variable name=\"b\" value=\"1\" guid=\"guid-1\" />\n"
+                                 "\t\t\t</PresetVariables>\n"));
 }
 
 TEST_F(SWFilesTest, PluginsComeInTheOrderOfTheirNamesAndSettingsInTheirOwn) {
     context_.pluginConfigs[L"Q"] = {{L"z", L"1"}};
     context_.pluginConfigs[L"P"] = {{L"b", L"1"}, {L"a", L"2"}, {L"b", L"1"}};
     context_.pluginConfigs[L"None"] = {};
-    EXPECT_EQ(config(), kHead +
-                            "\t\t\t<Plugins>\n"
-                            "\t\t\t\t<Plugin name=\"P\" version=\"1.0\">\n"
-                            "\t\t\t\t\t<Attribute name=\"b\" value=\"1\"/>\n"
-                            "\t\t\t\t\t<Attribute name=\"a\" value=\"2\"/>\n"
-                            "\t\t\t\t\t<Attribute name=\"b\" value=\"1\"/>\n"
-                            "\t\t\t\t</Plugin>\n"
-                            "\t\t\t\t<Plugin name=\"Q\" version=\"1.0\">\n"
-                            "\t\t\t\t\t<Attribute name=\"z\" value=\"1\"/>\n"
-                            "\t\t\t\t</Plugin>\n"
-                            "\t\t\t</Plugins>\n" +
-                            kTail);
+    EXPECT_EQ(config(), expected("\t\t\t<Plugins>\n"
+                                 "\t\t\t\t<Plugin name=\"P\" version=\"1.0\">\n"
+                                 "\t\t\t\t\t<Attribute name=\"b\" value=\"1\"/>\n"
+                                 "\t\t\t\t\t<Attribute name=\"a\" value=\"2\"/>\n"
+                                 "\t\t\t\t\t<Attribute name=\"b\" value=\"1\"/>\n"
+                                 "\t\t\t\t</Plugin>\n"
+                                 "\t\t\t\t<Plugin name=\"Q\" version=\"1.0\">\n"
+                                 "\t\t\t\t\t<Attribute name=\"z\" value=\"1\"/>\n"
+                                 "\t\t\t\t</Plugin>\n"
+                                 "\t\t\t</Plugins>\n"));
 }
 
 TEST_F(SWFilesTest, VariablesStandBeforePlugins) {
@@ -113,12 +98,10 @@ TEST_F(SWFilesTest, VariablesStandBeforePlugins) {
 
 TEST_F(SWFilesTest, NothingIsEscapedAndCharactersAreCutToEightBits) {
     context_.variables[L"<&\">"] = {L"\x00E9\x0161", L"ab\x0100ignored"};
-    EXPECT_EQ(config(), kHead +
-                            "\t\t\t<PresetVariables>\n"
-                            "\t\t\t\t<Variable name=\"<&\">\" value=\"\xE9"
-                            "a\" guid=\"ab\" />\n"
-                            "\t\t\t</PresetVariables>\n" +
-                            kTail);
+    EXPECT_EQ(config(), expected("\t\t\t<PresetVariables>\n"
+                                 "\t\t\t\t<Variable name=\"<&\">\" value=\"\xE9"
+                                 "a\" guid=\"ab\" />\n"
+                                 "\t\t\t</PresetVariables>\n"));
     EXPECT_EQ(signatures({L"<a>\x00E9</a>", L"x\x0100y", L"z"}),
               kSignaturesHead + "<a>\xE9</a>xz" + kSignaturesTail);
 }

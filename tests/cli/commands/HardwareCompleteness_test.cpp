@@ -2,15 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/cli/ScanInfoExample.h"
+
 namespace zavcli {
 namespace {
-
-const Instance kScanInfo{{"GroupsRequested", "Memory;Modem;SoftwarePackages;Printer"},
-                         {"GroupsComplete", "Modem;ScanInfo"},
-                         {"GroupsPartial", "Memory=permission"},
-                         {"GroupsUnread", "SoftwarePackages=rpm-broken;Storage=timeout"},
-                         {"GroupsNotApplicable", "WinCluster=windows"},
-                         {"GroupsUnsupported", "Printer;Keyboard"}};
 
 HardwareInventory inventoryOf(const GroupStatus& status) {
     HardwareInventory inventory;

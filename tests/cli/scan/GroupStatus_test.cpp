@@ -3,16 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "cli/scan/HardwareInventory.h"
+#include "tests/cli/ScanInfoExample.h"
 
 namespace zavcli {
 namespace {
-
-const Instance kScanInfo{{"GroupsRequested", "Memory;Modem;SoftwarePackages;Printer"},
-                         {"GroupsComplete", "Modem;ScanInfo"},
-                         {"GroupsPartial", "Memory=permission"},
-                         {"GroupsUnread", "SoftwarePackages=rpm-broken;Storage=timeout"},
-                         {"GroupsNotApplicable", "WinCluster=windows"},
-                         {"GroupsUnsupported", "Printer;Keyboard"}};
 
 TEST(GroupStatus, IsTakenFromTheListsOfScanInfo) {
     const struct {
