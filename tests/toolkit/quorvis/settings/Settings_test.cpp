@@ -25,7 +25,7 @@ Settings make(const std::vector<PluginSetting>& given) {
 
 }  // namespace
 
-TEST(PluginSettings, EachIsApplied) {
+TEST(PluginSettings, EveryAttributeSetsItsValue) {
     const std::tuple<PluginSetting, std::function<bool(const Settings&)>> cases[] = {
         {{"FileSystem", "root", "/tree"}, [](auto& s) { return s.fileSystem.root == "/tree"; }},
         {{"FileSystem", "maxDepth", "64"}, [](auto& s) { return s.fileSystem.maxDepth == 64; }},

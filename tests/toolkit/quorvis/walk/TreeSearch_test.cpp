@@ -318,7 +318,7 @@ TEST_P(TreeSearchTest, DirectoriesWithoutPermissionAreReported) {
 }
 
 // Runs in a process with its own mounts. Skipped where that is not permitted.
-class MountedTree : public TreeSearchTest {
+class WalkAcrossMounts : public TreeSearchTest {
   protected:
     template <typename Check>
     void withMounts(const Check& check) {
@@ -353,12 +353,13 @@ class MountedTree : public TreeSearchTest {
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, MountedTree, ::testing::Values(Root::Lookup::Kernel, Root::Lookup::ByComponent),
+INSTANTIATE_TEST_SUITE_P(, WalkAcrossMounts,
+                         ::testing::Values(Root::Lookup::Kernel, Root::Lookup::ByComponent),
                          [](const auto& tested) {
                              return tested.param == Root::Lookup::Kernel ? "Kernel" : "ByComponent";
                          });
 
-TEST_P(MountedTree, OtherLocalFileSystemsAreEnteredUnlessTheSettingsForbidIt) {
+TEST_P(WalkAcrossMounts, OtherLocalFileSystemsAreEnteredUnlessTheSettingsForbidIt) {
     withMounts([this] {
         touch("opt/f");
         mountAt("opt/disk", "tmpfs", "none", 0);
@@ -372,7 +373,7 @@ TEST_P(MountedTree, OtherLocalFileSystemsAreEnteredUnlessTheSettingsForbidIt) {
     });
 }
 
-TEST_P(MountedTree, ADirectoryMountedInsideOfItselfIsALoop) {
+TEST_P(WalkAcrossMounts, ADirectoryMountedInsideOfItselfIsALoop) {
     withMounts([this] {
         touch("opt/a/f");
         mountAt("opt/a/again", nullptr, (tree_.path() / "opt").string(), MS_BIND);
@@ -383,7 +384,7 @@ TEST_P(MountedTree, ADirectoryMountedInsideOfItselfIsALoop) {
     });
 }
 
-TEST_P(MountedTree, LoopsAreDetectedInEveryThread) {
+TEST_P(WalkAcrossMounts, LoopsAreDetectedInEveryThread) {
     withMounts([this] {
         for (int i = 0; i < 144; ++i)
             touch("opt/a" + std::to_string(i / 12) + "/b" + std::to_string(i % 12) + "/f");
@@ -400,7 +401,7 @@ TEST_P(MountedTree, LoopsAreDetectedInEveryThread) {
     });
 }
 
-TEST_P(MountedTree, RemoteFileSystemsAreSkippedUnlessTheSettingsAllowThem) {
+TEST_P(WalkAcrossMounts, RemoteFileSystemsAreSkippedUnlessTheSettingsAllowThem) {
     withMounts([this] {
         touch("opt/f");
         mountRemoteAt("opt/net");
