@@ -222,7 +222,7 @@ TEST_F(Scanner, CheckWarnsOfWildcardsThatAScanComparesLiterally) {
     EXPECT_EQ(run.status, 0) << "there may be such a file";
     EXPECT_EQ(run.output,
               file +
-                  ":3:1: path \"/opt/*/f\" holds a wildcard, but is taken as it stands; Glob finds "
+                  ":3:1: path \"/opt/*/f\" contains a wildcard, but is compared literally; Glob finds "
                   "by patterns (warning)\n" +
                   file + ": valid, signatures: 1\n");
     tree_.write("opt/a/f", "");

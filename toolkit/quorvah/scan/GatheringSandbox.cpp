@@ -5,8 +5,8 @@
 namespace toolkit::quorvah {
 
 SandboxIncomplete::SandboxIncomplete(const std::string& missing)
-    : std::runtime_error("the sandbox is not whole here: " + missing +
-                         " (--sandbox optional allows to go on)") {}
+    : std::runtime_error("the sandbox is incomplete: " + missing +
+                         " (with --sandbox optional the scan continues)") {}
 
 std::string enterGatheringSandbox() {
     SandboxNeeds needs;

@@ -103,7 +103,7 @@ bool canGatherInProcess(const GatheringContext& context, std::span<const Group* 
 void reportIncompleteSandbox(GatheringContext& context, const std::string& missing) {
     if (!context.options().sandboxOptional) throw SandboxIncomplete(missing);
     std::vector<std::string>& warnings = context.summary.warnings;
-    std::string warning = "the sandbox is not whole here: " + missing;
+    std::string warning = "the sandbox is incomplete: " + missing;
     if (std::ranges::find(warnings, warning) != warnings.end()) return;
     std::fprintf(stderr, "quorvah: %s\n", warning.c_str());
     warnings.push_back(std::move(warning));

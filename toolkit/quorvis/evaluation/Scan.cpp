@@ -108,7 +108,7 @@ Outcome check(const Options& options) {
     boundMemory(kMemoryForInput);
     const DocumentText document = readDocument(options.signatures);
     const std::string missing = enterSandbox(Settings());
-    if (!missing.empty()) say("the sandbox is not whole here: " + missing);
+    if (!missing.empty()) say("the sandbox is incomplete: " + missing);
     SignatureFile file;
     try {
         file = readSignatureFile(options.signatures, document, Settings());

@@ -152,7 +152,7 @@ class Supervisor {
         attempt_.again = true;
         if (begun_ <= attempt_.start.signature) return prepareWithoutWalk(reason);
         const std::string text =
-            "whether the signature matches is unknown: its evaluation was ended, for " + reason;
+            "whether the signature matches is unknown: its evaluation was ended: " + reason;
         events_.add({EventCode::Aborted, {}, text, guid_, {}});
         if (lastDetection_) return prepareNextSignature();
         if (begun_ - 1 != attempt_.start.signature) attempt_.start = {begun_ - 1, {}};
@@ -172,12 +172,12 @@ class Supervisor {
             attempt_.walks = false;
             events_.add({EventCode::Aborted,
                          {},
-                         "no directories are walked: a walk was ended, for " + reason,
+                         "no directories are walked, because a walk was ended: " + reason,
                          {},
                          {}});
             return true;
         }
-        giveUp(EventCode::Aborted, "the evaluation was ended, for " + reason);
+        giveUp(EventCode::Aborted, "the evaluation was ended (" + reason + ")");
         return false;
     }
 

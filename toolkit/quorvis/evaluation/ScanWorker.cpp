@@ -115,10 +115,10 @@ std::vector<PresetValue> withOwnVariables(std::vector<PresetValue> presets, cons
 bool confine(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sender) {
     const std::string missing = enterSandbox(job.settings);
     if (missing.empty()) return true;
-    const std::string text = "The sandbox is not whole here: " + missing;
+    const std::string text = "The sandbox is incomplete: " + missing;
     if (!attempt.again) sender.onEvent({EventCode::Sandbox, {}, text, {}, {}});
     if (job.settings.sandbox.required)
-        sender.sendText(Kind::Failed, text + " (the setting Sandbox/required allows to go on)");
+        sender.sendText(Kind::Failed, text + " (with Sandbox/required=false the scan continues)");
     return !job.settings.sandbox.required;
 }
 

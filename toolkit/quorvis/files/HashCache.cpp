@@ -12,12 +12,12 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <system_error>
 #include <utility>
 
+#include "kest/Malloced.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvis {
@@ -35,24 +35,26 @@ class LineReader {
   public:
     explicit LineReader(const kest::Descriptor& file)
         : stream_(::fdopen(::fcntl(file.number(), F_DUPFD_CLOEXEC, 0), "r")) {}
-    ~LineReader() {
-        std::free(line_);
-        if (stream_ != nullptr) std::fclose(stream_);
-    }
-    LineReader(const LineReader&) = delete;
-    LineReader& operator=(const LineReader&) = delete;
 
     bool next(std::string_view& line) {
-        const ssize_t length = stream_ == nullptr ? -1 : ::getline(&line_, &room_, stream_);
-        line = length < 0 ? std::string_view() : std::string_view(line_, static_cast<std::size_t>(length));
+        line = {};
+        if (stream_ == nullptr) return false;
+        char* block = line_.release();  // getline() may move it
+        const ssize_t length = ::getline(&block, &room_, stream_.get());
+        line_.reset(block);
+        if (length >= 0) line = {block, static_cast<std::size_t>(length)};
         return length >= 0;
     }
     // Whether next() failed at the end of the file, and not because of an error.
-    bool atEnd() const { return stream_ != nullptr && std::feof(stream_) != 0; }
+    bool atEnd() const { return stream_ != nullptr && std::feof(stream_.get()) != 0; }
 
   private:
-    std::FILE* stream_;
-    char* line_ = nullptr;
+    struct Close {
+        void operator()(std::FILE* stream) const { std::fclose(stream); }
+    };
+
+    std::unique_ptr<std::FILE, Close> stream_;
+    kest::Malloced<char> line_;
     std::size_t room_ = 0;
 };
 
@@ -78,7 +80,7 @@ void appendFields(std::string& text, Fields... fields) {
 
 // Why a file is not trusted; empty when it is.
 std::string reasonForDistrust(const struct stat& status) {
-    if (!S_ISREG(status.st_mode)) return "it is no regular file";
+    if (!S_ISREG(status.st_mode)) return "it is not a regular file";
     if (status.st_uid != ::geteuid()) return "it belongs to another user";
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "other users may write to it";
     return {};
@@ -102,7 +104,7 @@ HashCache::HashCache(std::string path, std::int64_t now) : path_(std::move(path)
 }
 
 void HashCache::giveUp(EventCode code, const std::string& reason) {
-    events_.push_back({code, path_, "The cache of hashes is not used: " + reason, {}, {}});
+    events_.push_back({code, path_, "The hash cache is not used: " + reason, {}, {}});
     path_.clear();
     entries_.clear();
 }
@@ -130,7 +132,7 @@ void HashCache::load() {
     try {
         reading = readFile();
     } catch (const std::bad_alloc&) {
-        return giveUp(EventCode::Io, "it does not fit into the memory that may be taken");
+        return giveUp(EventCode::Io, "it exceeds the memory limit");
     }
     if (reading == Reading::Done) return;
     if (reading == Reading::NoCache) return giveUp(EventCode::Denied, "it is another kind of file");
@@ -140,7 +142,7 @@ void HashCache::load() {
                                : reading == Reading::TooLarge   ? "it is larger than 64 MiB"
                                                                 : "it is damaged";
     events_.push_back(
-        {EventCode::Parse, path_, std::string("The cache of hashes begins anew: ") + reason, {}, {}});
+        {EventCode::Parse, path_, std::string("The hash cache is replaced: ") + reason, {}, {}});
 }
 
 HashCache::Reading HashCache::readFile() {
@@ -219,7 +221,7 @@ std::vector<Event> HashCache::save() {
         } catch (const std::exception& failure) {
             events_.push_back({EventCode::Io,
                                path_,
-                               std::string("The cache of hashes cannot be written: ") + failure.what(),
+                               std::string("The hash cache cannot be written: ") + failure.what(),
                                {},
                                {}});
         }

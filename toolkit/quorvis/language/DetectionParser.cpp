@@ -137,7 +137,7 @@ void DetectionParser::readVariable(const Element& element) {
         return variable.name == wanted;
     };
     if (std::ranges::any_of(detection_.output, sameName))
-        diagnostics_.problem(element, "Variable " + quoted(*name) + " stands twice");
+        diagnostics_.problem(element, "Variable " + quoted(*name) + " is declared twice");
     detection_.output.push_back({*name, parseTemplate(element, "value", *value, diagnostics_)});
 }
 

@@ -85,12 +85,12 @@ void checkValueName(const Element& element, const LeafRules& rules, const Leaf& 
     if (!isVariableName(name)) {
         diagnostics.problem(element, "name " + quoted(name) + " cannot name a variable");
     } else if (std::ranges::find(rules.values, name) != rules.values.end()) {
-        diagnostics.problem(
-            element, "name " + quoted(name) + " is that of a value of every " + std::string(rules.name));
+        diagnostics.problem(element, "name " + quoted(name) + " is already that of a value of every " +
+                                         std::string(rules.name));
     } else if (std::ranges::any_of(leaf.captures, sameName)) {
-        diagnostics.problem(element, "name " + quoted(name) + " was given to another group");
+        diagnostics.problem(element, "name " + quoted(name) + " is already that of another group");
     } else if (std::ranges::any_of(leaf.keys, sameName)) {
-        diagnostics.problem(element, "name " + quoted(name) + " was given to another value");
+        diagnostics.problem(element, "name " + quoted(name) + " is already that of another value");
     }
 }
 

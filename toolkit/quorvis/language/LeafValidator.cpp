@@ -365,11 +365,11 @@ std::vector<std::string> problemsOf(const Leaf& leaf, const Settings& settings) 
 std::vector<std::string> warningsFor(const Leaf& leaf) {
     std::vector<std::string> warnings;
     if (matchesAnyNumber(leaf))
-        warnings.emplace_back("the regex names no product and may find any number of the section");
+        warnings.emplace_back("the regex does not name a product and may match any number in the section");
     for (const LeafAttribute& given : leaf.attributes) {
         if (!kLiterals.contains(given.attribute) || !containsWildcard(literalsIn(leaf, given))) continue;
         warnings.push_back(std::string(nameOf(given.attribute)) + " " + quoted(given.value.source()) +
-                           " holds a wildcard, but is taken as it stands");
+                           " contains a wildcard, but is compared literally");
         warnings.back() += adviceFor(leaf.kind, given.attribute);
     }
     return warnings;

@@ -93,7 +93,7 @@ class SignatureParser {
         valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
         const std::optional<std::string> xml = innerXml(part);
         if (!xml) {
-            diagnostics_.problem(part, "Metadata has a name beyond ASCII");
+            diagnostics_.problem(part, "Metadata has a name that is not ASCII");
         } else if (xml->size() > kMaxMetadataSize) {
             diagnostics_.problem(part, "Metadata of more than 1 MiB");
         } else if (!xml->empty()) {
@@ -114,7 +114,7 @@ class SignatureParser {
             diagnostics_.problem(part, "name " + quoted(*name) + " belongs to the scanner");
         const auto sameName = [&wanted = *name](const Preset& preset) { return preset.name == wanted; };
         if (std::ranges::any_of(signature_.presets, sameName))
-            diagnostics_.problem(part, "Preset " + quoted(*name) + " stands twice");
+            diagnostics_.problem(part, "Preset " + quoted(*name) + " is declared twice");
         signature_.presets.push_back({*name, fallback});
     }
 

@@ -18,7 +18,8 @@ bool takeVariable(std::string_view& text, std::string_view& name, std::string& p
     name = text.substr(2, end - 2);
     if (name.empty() || name.find('$') != std::string_view::npos ||
         name.find('{') != std::string_view::npos) {
-        problem = name.empty() ? "\"${}\" names no variable" : "a variable stands within the name of another";
+        problem = name.empty() ? "\"${}\" does not name a variable"
+                               : "the name of a variable contains another variable";
         return false;
     }
     text.remove_prefix(end + 1);

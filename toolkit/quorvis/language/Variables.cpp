@@ -42,7 +42,7 @@ class IdentifierChecker {
         const std::string_view id = signature_.leaves[leaf].id;
         if (id.empty()) return;
         if (std::ranges::find(ids, id) != ids.end()) {
-            diagnostics_.problem(element_, "id " + quoted(id) + " stands twice (line " +
+            diagnostics_.problem(element_, "id " + quoted(id) + " is used twice (line " +
                                                std::to_string(signature_.leaves[leaf].line) + ")");
         }
         ids.push_back(id);

@@ -15,7 +15,7 @@ std::shared_ptr<const std::string> bytesToSearch(const Query& query, const std::
     std::uint64_t limit = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
     if (!text.empty() && (error != std::errc() || end != text.data() + text.size())) {
-        result.fail(EventCode::Unsupported, path, "maxBytes is no number: " + std::string(text));
+        result.fail(EventCode::Unsupported, path, "maxBytes is not a number: " + std::string(text));
         return nullptr;
     }
     if (text.empty() || limit > context.settings().fileSystem.maxContentSize)

@@ -78,8 +78,9 @@ std::optional<std::uint64_t> FileFilter::number(const Query& query, Attribute at
     const std::optional<std::uint64_t> value = parsed(query.get(attribute), base);
     if (!value) {
         valid_ = false;
-        result.fail(EventCode::Unsupported, {},
-                    std::string(nameOf(attribute)) + " is no number: " + std::string(query.get(attribute)));
+        result.fail(
+            EventCode::Unsupported, {},
+            std::string(nameOf(attribute)) + " is not a number: " + std::string(query.get(attribute)));
     }
     return value;
 }
@@ -233,7 +234,7 @@ LeafResult lookUpGlob(const Query& query, EvaluationContext& context) {
     const GlobRequest request = globRequestOf(query);
     if (query.has(Attribute::MaxDepth) && request.maxDepth == 0) {
         result.fail(EventCode::Unsupported, {},
-                    "maxDepth is no number of levels: " + std::string(query.get(Attribute::MaxDepth)));
+                    "maxDepth is not a number of levels: " + std::string(query.get(Attribute::MaxDepth)));
         return search.take();
     }
     if (!search.valid()) return search.take();

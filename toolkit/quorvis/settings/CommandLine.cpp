@@ -11,17 +11,17 @@ const char* const kUsage =
     "\n"
     "  -c, --config FILE      XML file with preset variables and settings\n"
     "  -o, --output FILE      XML file to write the matching signatures to\n"
-    "  -e, --warnings FILE    XML file to write the events to: what could not be read or was cut short\n"
+    "  -e, --warnings FILE    XML file to write the events to: what could not be read or was truncated\n"
     "  -i, --signatures FILE  XML file with the signatures to look for\n"
     "      --root DIR         scan the machine whose files lie below DIR instead of this one;\n"
     "                         the environment variable QUORVIS_ROOT does the same\n"
-    "      --check            only tell what is wrong with the signatures\n"
-    "      --explain GUID     tell how the conditions of this signature came out\n"
+    "      --check            only report the problems of the signatures\n"
+    "      --explain GUID     show the results of the conditions of this signature\n"
     "  -h, --help             show this text\n"
     "  -V, --version          show the version\n"
     "\n"
     "Exit status: 0 the signatures are evaluated, 1 a file could not be written, 2 the command\n"
-    "line or the configuration is at fault, 3 the signatures are missing or invalid.\n";
+    "line or the configuration is invalid, 3 the signatures are missing or invalid.\n";
 
 namespace {
 

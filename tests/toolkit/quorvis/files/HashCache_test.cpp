@@ -387,7 +387,7 @@ TEST_F(ScanWithCache, CacheThatNeedsTooMuchMemoryIsNotUsed) {
     ASSERT_LT(size, std::uintmax_t{64} << 20);
     fs::permissions(cache_, fs::perms(0600));
     EXPECT_TRUE(found(setting() + "<Attribute name=\"memoryLimit\" value=\"1\"/>"));
-    EXPECT_NE(std::string::npos, warnings().find("does not fit into the memory")) << warnings();
+    EXPECT_NE(std::string::npos, warnings().find("it exceeds the memory limit")) << warnings();
     EXPECT_EQ(size, fs::file_size(cache_));
 }
 #endif

@@ -87,7 +87,7 @@ TEST(LeafValidator, RefusesOrReportsWildcardsInLiterals) {
             }
             ++warned;
             const std::string expected =
-                "sig.xml:2:37: " + name + " \"" + value + "\" holds a wildcard, but is taken as it stands";
+                "sig.xml:2:37: " + name + " \"" + value + "\" contains a wildcard, but is compared literally";
             EXPECT_TRUE(warnings.starts_with(expected)) << rules.name << " " << name << ": " << warnings;
             EXPECT_EQ(1U, file.signatures.size());
         }
@@ -109,14 +109,14 @@ TEST(LeafValidator, AcceptsTextsThatAreNoWildcards) {
 
 TEST(LeafValidator, WarningsRecommendAPatternAttribute) {
     EXPECT_EQ(
-        "sig.xml:2:37: path \"/opt/*/x/f\" holds a wildcard, but is taken as it stands; Glob finds by "
+        "sig.xml:2:37: path \"/opt/*/x/f\" contains a wildcard, but is compared literally; Glob finds by "
         "patterns\n",
         joined(read(match("<File path='/opt/*/x/f'/>")).warnings));
     EXPECT_EQ(
-        "sig.xml:2:37: name \"lib*\" holds a wildcard, but is taken as it stands; nameRegex finds by "
+        "sig.xml:2:37: name \"lib*\" contains a wildcard, but is compared literally; nameRegex finds by "
         "expressions\n",
         joined(read(match("<Package name='lib*'/>")).warnings));
-    EXPECT_EQ("sig.xml:2:37: name \"java*\" holds a wildcard, but is taken as it stands\n",
+    EXPECT_EQ("sig.xml:2:37: name \"java*\" contains a wildcard, but is compared literally\n",
               joined(read(match("<Process name='java*'/>")).warnings));
 }
 
@@ -165,10 +165,9 @@ TEST(LeafValidator, ValuesOfRecordsHaveNamesOfTheirOwn) {
             read(match("<Property path='/x' format='json' key='a'>" + children + "</Property>")).problems);
     };
     EXPECT_NE(std::string::npos,
-              problemsOf("<Value key='x' name='value'/>").find("is that of a value of every"));
-    EXPECT_NE(
-        std::string::npos,
-        problemsOf("<Value key='x' name='n'/><Value key='y' name='n'/>").find("given to another value"));
+              problemsOf("<Value key='x' name='value'/>").find("is already that of a value"));
+    EXPECT_NE(std::string::npos, problemsOf("<Value key='x' name='n'/><Value key='y' name='n'/>")
+                                     .find("already that of another value"));
     EXPECT_NE(std::string::npos, problemsOf("<Value key='x' name='${'/>").find("cannot name a variable"));
     EXPECT_NE(std::string::npos,
               problemsOf("<Value key='x' name='n' optional='no'/>").find("not true or false"));

@@ -40,11 +40,13 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
          "guid"},
         {whole(""), "neither Each nor Match"},
         {whole("<Metadata a='1'/><Match><File path='/x'/></Match>"), "unknown attribute \"a\" of Metadata"},
-        {whole("<Metadata><\xC3\xA9/></Metadata><Match><File path='/x'/></Match>"), "beyond ASCII"},
+        {whole("<Metadata><\xC3\xA9/></Metadata><Match><File path='/x'/></Match>"),
+         "a name that is not ASCII"},
         {whole("<Match><File path='/x'/></Match><Preset name='a'/>"), "misplaced element \"Preset\""},
         {whole("<Match><File path='/x'/></Match><Match><File path='/x'/></Match>"), "\"Match\" in Signature"},
         {whole("<Preset/><Match><File path='/x'/></Match>"), "Preset lacks the attribute \"name\""},
-        {whole("<Preset name='a'/><Preset name='a'/><Match><File path='/x'/></Match>"), "\"a\" stands twice"},
+        {whole("<Preset name='a'/><Preset name='a'/><Match><File path='/x'/></Match>"),
+         "\"a\" is declared twice"},
         {whole("<Preset name='quorvis.x'/><Match><File path='/x'/></Match>"), "belongs to the scanner"},
         {whole("<Each><File path='/x'/></Each>"), "File lacks the attribute \"id\""},
         {whole("<Each><File id='a' path='/x'/><File id='b' path='/x'/></Each>"), "more than one leaf"},
@@ -56,7 +58,7 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
          "not closed"},
         {whole("<Match><File path='/x'/></Match><Output><Variable name='a' value='1'/><Variable name='a' "
                "value='2'/></Output>"),
-         "\"a\" stands twice"},
+         "\"a\" is declared twice"},
         // detections
         {whole("<Detection/>"), "sig.xml:2:30: Detection has neither Each nor Match"},
         {whole("<Detection a='1'><Match><File path='/x'/></Match></Detection>"),
@@ -72,7 +74,7 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
          "misplaced element \"Match\" in Signature"},
         {whole("<Detection><Match><All><File id='a' path='/x'/><File id='a' "
                "path='/y'/></All></Match></Detection>"),
-         "id \"a\" stands twice"},
+         "id \"a\" is used twice"},
         // conditions
         {match(""), "Match has no condition"},
         {match("<All/>"), "All has no condition"},
@@ -81,13 +83,13 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
         {match("<All>x<File path='/x'/></All>"), "text \"x\" in All"},
         {match("<All id='a'><File path='/x'/></All>"), "unknown attribute \"id\" of All"},
         {match("<Exec path='/x'/>"), "element \"Exec\" in Match"},
-        {match("<All><File id='a' path='/x'/><File id='a' path='/y'/></All>"), "id \"a\" stands twice"},
+        {match("<All><File id='a' path='/x'/><File id='a' path='/y'/></All>"), "id \"a\" is used twice"},
         {match("<Any><All><File id='a' path='/x'/><File id='a' path='/y'/></All><File path='/z'/></Any>"),
-         "id \"a\" stands twice"},
+         "id \"a\" is used twice"},
         {match("<All><File id='a' path='/x'/><Any><File id='a' path='/y'/><File path='/z'/></Any></All>"),
-         "id \"a\" stands twice"},
+         "id \"a\" is used twice"},
         {match("<All><Any><File id='a' path='/y'/><File path='/z'/></Any><File id='a' path='/x'/></All>"),
-         "id \"a\" stands twice"},
+         "id \"a\" is used twice"},
         // leaves
         {match("<File/>"), "sig.xml:2:37: File lacks the attribute \"path\""},
         {match("<File path='/x' regex='a'/>"), "unknown attribute \"regex\" of File"},
@@ -222,9 +224,10 @@ TEST(SignatureProblems, RefusesMissingAndTooLargeFiles) {
 
 TEST(SignatureProblems, WarnsOfProbableMistakes) {
     const std::pair<std::string, const char*> cases[] = {
-        {match("<Elf path='/x' regex='[0-9]+\\.[0-9]+'/>"), "sig.xml:2:37: the regex names no product"},
+        {match("<Elf path='/x' regex='[0-9]+\\.[0-9]+'/>"),
+         "sig.xml:2:37: the regex does not name a product"},
         {match("<Elf path='/x' regex='v?(\\d+)'/>"), ""},
-        {match("<Elf path='/x' regex='([0-9]+\\.)+'/>"), "names no product"},
+        {match("<Elf path='/x' regex='([0-9]+\\.)+'/>"), "does not name a product"},
         {match("<Elf path='/x' regex='^[0-9]+$'/>"), ""},
         {match("<Content path='/x' regex='[0-9]+'/>"), ""},
         {match("<File path='${f.path}'/>"), "\"f.path\""},
