@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,28 +18,33 @@ constexpr std::size_t kFileHeader = 100;
 constexpr std::size_t kMinUsable = 480;  // bytes of a page
 constexpr unsigned kInterior = 5;
 constexpr unsigned kLeaf = 13;
-constexpr unsigned kMaxDepth = 20;  // no file can hold a deeper tree, so a deeper one is circular
+constexpr unsigned kMaxLevels = 20;  // of a tree; SQLite refuses deeper ones too
 // A sparse file may claim any size.
 constexpr std::uint64_t kMaxDatabaseSize = std::uint64_t{4} << 30;
 constexpr std::uint64_t kMaxRecordSize = std::uint64_t{32} << 20;
 
 // Takes a variable-length number of one to nine bytes. Each of the first eight bytes has seven bits of it.
-bool takeVarint(std::string_view& bytes, std::uint64_t& value) {
-    value = 0;
-    for (std::size_t i = 0; i < 9 && i < bytes.size(); ++i) {
+std::optional<std::uint64_t> takeVarint(std::string_view& bytes) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         const auto byte = static_cast<unsigned char>(bytes[i]);
-        value = i == 8 ? value << 8 | byte : value << 7 | (byte & 0x7FU);
-        if (byte < 0x80 || i == 8) {
+        const bool isNinth = i == 8;
+        value = isNinth ? value << 8 | byte : value << 7 | (byte & 0x7FU);
+        if (isNinth || byte < 0x80) {
             bytes.remove_prefix(i + 1);
-            return true;
+            return value;
         }
     }
-    return false;
+    return {};
 }
 
-std::size_t widthOf(std::uint64_t type) {
-    static constexpr std::size_t kWidths[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0, 0, 0};
-    return type < 12 ? kWidths[type] : static_cast<std::size_t>((type - 12) / 2);
+// The size of a value. The types 10 and 11 are reserved; the result for them exceeds every record.
+std::uint64_t widthOf(std::uint64_t type) {
+    if (type <= 4) return type;
+    if (type == 5) return 6;
+    if (type <= 7) return 8;
+    if (type <= 9) return 0;
+    return (type - 12) / 2;
 }
 
 SqliteValue integer(std::string_view bytes) {
@@ -48,12 +55,11 @@ SqliteValue integer(std::string_view bytes) {
 
 SqliteValue valueOf(std::uint64_t type, std::string_view bytes) {
     using Kind = SqliteValue::Kind;
-    if (type == 0) return {Kind::Null, 0, {}};
+    if (type == 0) return {Kind::Null, {}, {}};
     if (type <= 6) return integer(bytes);
-    if (type == 7) return {Kind::Real, 0, {}};
-    if (type <= 9) return {Kind::Integer, static_cast<std::int64_t>(type - 8), {}};
-    if (type < 12) return {};
-    return {type % 2 == 0 ? Kind::Blob : Kind::Text, 0, bytes};
+    if (type == 7) return {Kind::Real, {}, {}};
+    if (type == 8 || type == 9) return {Kind::Integer, static_cast<std::int64_t>(type - 8), {}};
+    return {type % 2 == 0 ? Kind::Blob : Kind::Text, {}, bytes};
 }
 
 using Row = std::function<void(std::string_view record)>;
@@ -61,54 +67,109 @@ using Row = std::function<void(std::string_view record)>;
 // The pages of a database: those in its log take the place of those in its file. Pages are numbered from 1.
 class Pages {
   public:
-    Pages(const SqliteInput& database, const SqliteInput& log);
+    // None when this is no database that can be read. REQUIRES: the inputs outlive the result.
+    static std::optional<Pages> open(const SqliteInput& database, const SqliteInput& log);
 
-    // 0 when this is no database that can be read.
     std::size_t count() const { return count_; }
-    std::size_t size() const { return size_; }
     // The size of the part of each page that holds content.
     std::size_t usable() const { return usable_; }
 
-    // REQUIRES: 0 < number <= count().
-    bool read(std::size_t number, std::string& page) const;
+    // Fills `page` from the beginning of a page. REQUIRES: 0 < number <= count().
+    bool read(std::uint64_t number, std::span<char> page) const;
 
     bool isLogIgnored() const { return !log_.isReadable() || log_.wasRestarted(); }
 
   private:
-    bool readHeader(std::array<char, kFileHeader>& header) const;
+    Pages(const SqliteInput& database, const SqliteInput& log) : database_(database), log_(log) {}
 
     const SqliteInput& database_;
     SqliteLog log_;
-    std::size_t count_ = 0;
-    std::size_t size_ = 0;
-    std::size_t usable_ = 0;
+    std::size_t count_{};
+    std::size_t size_{};
+    std::size_t usable_{};
 };
 
-Pages::Pages(const SqliteInput& database, const SqliteInput& log) : database_(database), log_(log) {
+std::optional<Pages> Pages::open(const SqliteInput& database, const SqliteInput& log) {
+    Pages pages(database, log);
     std::array<char, kFileHeader> bytes;
-    if (database.size == 0 || !readHeader(bytes)) return;
+    if (database.size == 0 || !pages.read(1, bytes)) return {};
     const std::string_view header(bytes.data(), bytes.size());
     const auto stored = static_cast<std::size_t>(bigEndian(header, 16, 2));
     const auto reserved = static_cast<std::size_t>(bigEndian(header, 20, 1));
-    size_ = stored == 1 ? 65536 : stored;
-    const bool sizeFits = std::has_single_bit(size_) && size_ >= 512 && reserved + kMinUsable <= size_;
-    const bool sameSize = log_.isEmpty() || log_.pageSize() == size_;
-    const bool isUtf8 = (bigEndian(header, 56, 4) & 3U) <= 1;  // the other bits are ignored
-    if (!header.starts_with(kMagic) || !sizeFits || !sameSize || !isUtf8) return;
-    usable_ = size_ - reserved;
-    const std::uint64_t count = log_.isEmpty() ? database.size / size_ : log_.databasePages();
-    count_ = static_cast<std::size_t>(std::min<std::uint64_t>(count, kMaxDatabaseSize / size_));
+    const std::size_t size = stored == 1 ? 65536 : stored;
+    const bool sizeFits = std::has_single_bit(size) && reserved + kMinUsable <= size;
+    const bool sameSize = pages.log_.isEmpty() || pages.log_.pageSize() == size;
+    const bool isUtf16 = (bigEndian(header, 59, 1) & 2U) != 0;  // the other bits are ignored
+    if (!header.starts_with(kMagic) || !sizeFits || !sameSize || isUtf16) return {};
+    const std::uint64_t count = pages.log_.isEmpty() ? database.size / size : pages.log_.databasePages();
+    pages.count_ = static_cast<std::size_t>(std::min<std::uint64_t>(count, kMaxDatabaseSize / size));
+    pages.size_ = size;
+    pages.usable_ = size - reserved;
+    return pages;
 }
 
-bool Pages::readHeader(std::array<char, kFileHeader>& header) const {
-    if (const auto offset = log_.find(1)) return log_.read(*offset, header);
-    return database_.read(0, header);
-}
-
-bool Pages::read(std::size_t number, std::string& page) const {
-    page.resize(usable_);
+bool Pages::read(std::uint64_t number, std::span<char> page) const {
     if (const auto offset = log_.find(number)) return log_.read(*offset, page);
-    return database_.read(std::uint64_t{number - 1} * size_, page);
+    return database_.read((number - 1) * size_, page);
+}
+
+// The cells of a page. Pointers to them follow the header of the page.
+class Cells {
+  public:
+    // REQUIRES: the page has the header.
+    Cells(std::string_view page, std::size_t header, std::size_t headerSize)
+        : page_(page),
+          pointers_(header + headerSize),
+          count_(static_cast<std::size_t>(bigEndian(page, header + 3, 2))),
+          end_(pointers_ + 2 * count_) {}
+
+    // Whether the page has all pointers. REQUIRED by what follows.
+    bool arePointersInside() const { return end_ <= page_.size(); }
+    std::size_t count() const { return count_; }
+    // The size of the part of the page that cells can occupy.
+    std::size_t room() const { return page_.size() - end_; }
+    // What is in the page from the beginning of a cell. Empty when the cell is not in the part for cells.
+    std::string_view at(std::size_t index) const {
+        const auto offset = static_cast<std::size_t>(bigEndian(page_, pointers_ + 2 * index, 2));
+        if (offset < end_) return {};
+        return page_.substr(std::min(offset, page_.size()));
+    }
+
+  private:
+    std::string_view page_;
+    std::size_t pointers_;
+    std::size_t count_;
+    std::size_t end_;  // of the pointers
+};
+
+// A row in a leaf. A payload that is too long for the page continues in a chain of overflow pages.
+struct LeafCell {
+    std::uint64_t payloadSize;
+    std::string_view local;  // the part of the payload in the page
+    std::uint64_t overflow;  // the first overflow page; 0 if there is none
+    std::size_t size;        // of the cell
+};
+
+// The size of the part of a payload that is in the page.
+std::size_t localSize(std::uint64_t payloadSize, std::size_t usable) {
+    const std::size_t most = usable - 35;
+    const std::size_t least = (usable - 12) * 32 / 255 - 23;
+    if (payloadSize <= most) return static_cast<std::size_t>(payloadSize);
+    const auto filling = least + static_cast<std::size_t>((payloadSize - least) % (usable - 4));
+    return filling <= most ? filling : least;  // `filling` leaves no overflow page partly empty
+}
+
+// None when the cell is damaged. `bytes` is what is in the page from its beginning.
+std::optional<LeafCell> leafCell(std::string_view bytes, std::size_t usable) {
+    std::string_view rest = bytes;
+    const std::optional<std::uint64_t> payloadSize = takeVarint(rest);
+    const std::optional<std::uint64_t> rowId = takeVarint(rest);
+    if (!payloadSize || !rowId || *payloadSize > kMaxRecordSize) return {};
+    const std::size_t local = localSize(*payloadSize, usable);
+    const std::size_t end = local < *payloadSize ? local + 4 : local;
+    if (end > rest.size()) return {};
+    const std::uint64_t overflow = bigEndian(rest, local, end - local);
+    return LeafCell{*payloadSize, rest.substr(0, local), overflow, bytes.size() - rest.size() + end};
 }
 
 // Walks the tree of pages of one table. No page is read twice, because the tree of a damaged file may be circular.
@@ -121,10 +182,9 @@ class TableWalk {
 
   private:
     bool walk(std::uint64_t number, unsigned depth);
-    bool walkInterior(std::string_view page, std::size_t head, unsigned depth);
-    bool walkLeaf(std::string_view page, std::size_t head);
-    std::size_t readPayload(std::string_view cell);
-    bool readOverflow(std::uint64_t page, std::size_t size);
+    bool walkChildren(const Cells& cells, unsigned depth);
+    bool walkRows(const Cells& cells);
+    bool readPayload(const LeafCell& cell);
     bool takePage(std::uint64_t number, std::string& page);
 
     const Pages& pages_;
@@ -138,79 +198,59 @@ class TableWalk {
 bool TableWalk::takePage(std::uint64_t number, std::string& page) {
     if (number == 0 || number > taken_.size() || taken_[static_cast<std::size_t>(number - 1)]) return false;
     taken_[static_cast<std::size_t>(number - 1)] = true;
-    return pages_.read(static_cast<std::size_t>(number), page);
+    page.resize(pages_.usable());
+    return pages_.read(number, page);
 }
 
 bool TableWalk::walk(std::uint64_t number, unsigned depth) {
     std::string page;
-    if (depth > kMaxDepth || !takePage(number, page)) return false;
-    const std::size_t head = number == 1 ? kFileHeader : 0;
-    const std::uint64_t type = bigEndian(page, head, 1);
-    if (type == kInterior) return walkInterior(page, head, depth);
-    return type == kLeaf && walkLeaf(page, head);
+    if (depth == kMaxLevels || !takePage(number, page)) return false;
+    const std::size_t header = number == 1 ? kFileHeader : 0;
+    const std::uint64_t type = bigEndian(page, header, 1);
+    if (type != kInterior && type != kLeaf) return false;
+    const Cells cells(page, header, type == kInterior ? 12 : 8);
+    if (!cells.arePointersInside()) return false;
+    if (type == kLeaf) return walkRows(cells);
+    const bool whole = walkChildren(cells, depth + 1);
+    return walk(bigEndian(page, header + 8, 4), depth + 1) && whole;  // the child after all cells
 }
 
-bool TableWalk::walkInterior(std::string_view page, std::size_t head, unsigned depth) {
-    const auto count = static_cast<std::size_t>(bigEndian(page, head + 3, 2));
-    if (head + 12 + 2 * count > page.size()) return false;
+bool TableWalk::walkChildren(const Cells& cells, unsigned depth) {
     bool whole = true;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto cell = static_cast<std::size_t>(bigEndian(page, head + 12 + 2 * i, 2));
-        const bool read = cell + 4 <= page.size() && walk(bigEndian(page, cell, 4), depth + 1);
-        whole = whole && read;
-    }
-    return walk(bigEndian(page, head + 8, 4), depth + 1) && whole;
-}
-
-bool TableWalk::walkLeaf(std::string_view page, std::size_t head) {
-    const auto count = static_cast<std::size_t>(bigEndian(page, head + 3, 2));
-    const std::size_t cells = head + 8 + 2 * count;
-    if (cells > page.size()) return false;
-    std::size_t room = page.size() - cells;  // in a sound page cells do not overlap
-    bool whole = true;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto cell = static_cast<std::size_t>(bigEndian(page, head + 8 + 2 * i, 2));
-        const bool isInside = cell >= cells && cell < page.size();
-        const std::size_t length = isInside ? readPayload(page.substr(cell)) : 0;
-        if (length > room) return false;
-        room -= length;
-        if (length > 0) row_(payload_);
-        whole = whole && length > 0;
+    for (std::size_t i = 0; i < cells.count(); ++i) {
+        const std::string_view cell = cells.at(i);
+        if (cell.size() < 4 || !walk(bigEndian(cell, 0, 4), depth)) whole = false;
     }
     return whole;
 }
 
-// Reads the payload of a leaf's cell: the part in the page, then a chain of overflow pages. Returns the length of the cell in
-// the page, or 0 when it is damaged.
-std::size_t TableWalk::readPayload(std::string_view cell) {
-    const std::size_t before = cell.size();
-    std::uint64_t size = 0;
-    std::uint64_t rowId = 0;
-    const std::size_t usable = pages_.usable();
-    const std::uint64_t most = std::min<std::uint64_t>(taken_.size() * pages_.size(), kMaxRecordSize);
-    if (!takeVarint(cell, size) || !takeVarint(cell, rowId) || size > most) return 0;
-    const std::size_t mostLocal = usable - 35;
-    const std::size_t leastLocal = (usable - 12) * 32 / 255 - 23;
-    std::size_t local = size;
-    if (size > mostLocal) {
-        local = leastLocal + (size - leastLocal) % (usable - 4);
-        if (local > mostLocal) local = leastLocal;
+bool TableWalk::walkRows(const Cells& cells) {
+    std::size_t room = cells.room();  // in a sound page cells do not overlap
+    bool whole = true;
+    for (std::size_t i = 0; i < cells.count(); ++i) {
+        const std::optional<LeafCell> cell = leafCell(cells.at(i), pages_.usable());
+        if (!cell) {
+            whole = false;
+            continue;
+        }
+        if (cell->size > room) return false;
+        room -= cell->size;
+        if (readPayload(*cell))
+            row_(payload_);
+        else
+            whole = false;
     }
-    const bool overflows = local < size;
-    const std::size_t end = local + (overflows ? 4 : 0);
-    if (end > cell.size()) return 0;
-    payload_ = cell.substr(0, local);
-    if (overflows && !readOverflow(bigEndian(cell, local, 4), size)) return 0;
-    return before - cell.size() + end;
+    return whole;
 }
 
-// Appends the content of a chain of overflow pages until the payload has this size.
-bool TableWalk::readOverflow(std::uint64_t next, std::size_t size) {
-    while (payload_.size() < size) {
+// Puts together the payload of a cell. False when a page of it cannot be read.
+bool TableWalk::readPayload(const LeafCell& cell) {
+    payload_ = cell.local;
+    std::uint64_t next = cell.overflow;
+    while (payload_.size() < cell.payloadSize) {
         if (!takePage(next, overflow_)) return false;
         next = bigEndian(overflow_, 0, 4);
-        const std::size_t wanted = std::min(size - payload_.size(), pages_.usable() - 4);
-        payload_.append(overflow_, 4, wanted);
+        payload_.append(overflow_, 4, static_cast<std::size_t>(cell.payloadSize - payload_.size()));
     }
     return true;
 }
@@ -219,16 +259,14 @@ bool TableWalk::readOverflow(std::uint64_t next, std::size_t size) {
 
 SqliteValue sqliteColumn(std::string_view record, unsigned column) {
     std::string_view types = record;
-    std::uint64_t headerSize = 0;
-    if (!takeVarint(types, headerSize) || headerSize > record.size()) return {};
-    const std::size_t sizeOfSize = record.size() - types.size();
-    if (headerSize < sizeOfSize) return {};
-    std::string_view values = record.substr(headerSize);
-    types = types.substr(0, headerSize - sizeOfSize);
-    for (std::uint64_t type = 0; takeVarint(types, type); --column) {
-        const std::size_t width = widthOf(type);
-        if (width > values.size()) return {};
-        if (column == 0) return valueOf(type, values.substr(0, width));
+    const std::optional<std::uint64_t> headerSize = takeVarint(types);
+    if (!headerSize || *headerSize > record.size()) return {};
+    std::string_view values = record.substr(static_cast<std::size_t>(*headerSize));
+    types.remove_suffix(std::min(types.size(), values.size()));
+    for (; const auto type = takeVarint(types); --column) {
+        if (widthOf(*type) > values.size()) return {};
+        const auto width = static_cast<std::size_t>(widthOf(*type));
+        if (column == 0) return valueOf(*type, values.substr(0, width));
         values.remove_prefix(width);
     }
     return {};
@@ -236,16 +274,17 @@ SqliteValue sqliteColumn(std::string_view record, unsigned column) {
 
 SqliteReading readSqliteTable(const SqliteInput& database, const SqliteInput& log, std::string_view table,
                               const Row& row) {
-    const Pages pages(database, log);
+    const std::optional<Pages> pages = Pages::open(database, log);
+    if (!pages) return SqliteReading::Incomplete;
     std::uint64_t root = 0;
     const Row findRoot = [&](std::string_view record) {
         const bool wanted =
             sqliteColumn(record, 0).bytes == "table" && sqliteColumn(record, 1).bytes == table;
         if (wanted) root = static_cast<std::uint64_t>(sqliteColumn(record, 3).number);
     };
-    TableWalk(pages, findRoot).walk(1);
-    if (!TableWalk(pages, row).walk(root)) return SqliteReading::Incomplete;
-    return pages.isLogIgnored() ? SqliteReading::LogIgnored : SqliteReading::Complete;
+    TableWalk(*pages, findRoot).walk(1);
+    if (!TableWalk(*pages, row).walk(root)) return SqliteReading::Incomplete;
+    return pages->isLogIgnored() ? SqliteReading::LogIgnored : SqliteReading::Complete;
 }
 
 }  // namespace toolkit

@@ -41,8 +41,9 @@ class SqliteLog::Checksum {
             second_ += word(bytes.data() + at + 4) + first_;
         }
     }
+    // REQUIRES: the size is 8.
     bool equals(std::string_view stored) const {
-        return stored.size() == 8 && first_ == bigEndian(stored, 0, 4) && second_ == bigEndian(stored, 4, 4);
+        return first_ == bigEndian(stored, 0, 4) && second_ == bigEndian(stored, 4, 4);
     }
 
   private:

@@ -50,6 +50,20 @@ TEST(SqliteFile, PayloadsOfAllSizesAreReadFromPagesOfAllSizes) {
     }
 }
 
+TEST(SqliteFile, ALongPayloadHasItsBytesInOrder) {
+    std::string expected;
+    for (int i = 1; i <= 2000; ++i) expected += std::to_string(i) + ",";
+    const std::string file = databaseOf(
+        "pragma page_size=512; create table t(v);"
+        "with recursive n(i) as (select 1 union all select i + 1 from n where i < 2000) "
+        "insert into t select group_concat(i, ',') || ',' from n;");
+    std::vector<std::string> records;
+    const auto add = [&](std::string_view record) { records.emplace_back(record); };
+    EXPECT_EQ(SqliteReading::Complete, readSqliteTable(inputOf(file), {}, "t", add));
+    ASSERT_EQ(1U, records.size());
+    EXPECT_EQ(expected, records[0].substr(4)) << "behind the sizes of the header and the text";
+}
+
 TEST(SqliteFile, AMissingTableIsReported) {
     const std::string file = databaseOf("create table t(v); create index i on t(v);");
     bool whole = true;
@@ -59,6 +73,14 @@ TEST(SqliteFile, AMissingTableIsReported) {
     EXPECT_FALSE(whole);
     EXPECT_TRUE(column(file, "t", 0, whole).empty());
     EXPECT_TRUE(whole);
+}
+
+TEST(SqliteFile, ATableIsFoundByItsName) {
+    const std::string file = databaseOf(
+        "create table t(a, b); insert into t values (1, 1); pragma writable_schema=on;"
+        "update sqlite_schema set tbl_name='other';");
+    ASSERT_NE(std::string::npos, file.find("tabletother"));
+    EXPECT_EQ(numbersTo(1), readThrough({file, {}}).numbers);
 }
 
 TEST(SqliteFile, AColumnThatARowLacksIsMissing) {
@@ -192,6 +214,66 @@ TEST(SqliteFile, InvalidHeadersAreRefused) {
         damaged.replace(test.at, test.bytes.size(), test.bytes);
         EXPECT_EQ(SqliteReading::Incomplete, readThrough({damaged, {}}).result) << test.at;
     }
+}
+
+TEST(SqliteFile, PagesBeyondFourGibibytesAreNotRead) {
+    const std::string file = databaseOf(
+        "pragma page_size=65536; create table t(a, b);"
+        "with recursive n(i) as (select 1 union all select i + 1 from n where i < 3) "
+        "insert into t select zeroblob(30000), i from n;");
+    constexpr std::size_t kSize = 65536;
+    ASSERT_EQ(4 * kSize, file.size());
+    ASSERT_EQ('\x05', file[kSize]);
+    for (const std::uint64_t last : {65536U, 65537U}) {
+        std::string moved = file;
+        moved.replace(kSize + 8, 4, number(last, 4));
+        const std::size_t leaf = 3 * kSize;  // now at a page far behind
+        const auto read = [&](std::uint64_t offset, std::span<char> bytes) {
+            const bool isMoved = offset == (last - 1) * kSize;
+            moved.copy(bytes.data(), bytes.size(), isMoved ? leaf : static_cast<std::size_t>(offset));
+            return true;
+        };
+        const Reading reading = readThrough({read, std::uint64_t{1} << 40}, {});
+        EXPECT_EQ(last == 65536 ? 3U : 2U, reading.numbers.size()) << last;
+    }
+}
+
+TEST(SqliteFile, RecordsOfMoreThan32MebibytesAreNotRead) {
+    const std::string file = databaseOf(
+        "pragma page_size=65536; create table t(id integer primary key, v);"
+        "insert into t(v) values (zeroblob(33554426)), (zeroblob(33554427)), (zeroblob(1));");
+    bool whole = true;
+    const std::vector<Row> rows = column(file, "t", 1, whole);
+    EXPECT_FALSE(whole);
+    ASSERT_EQ(2U, rows.size());
+    EXPECT_EQ(33554426U, rows[0].bytes.size()) << "the record has six bytes more";
+    EXPECT_EQ(1U, rows[1].bytes.size());
+}
+
+TEST(SqliteFile, BytesThatEachPageReservesAreNoContent) {
+    for (const auto& [pageSize, reserved] : {std::pair{512, 5}, {512, 32}, {65536, 255}}) {
+        const std::string file =
+            databaseOf(".filectrl reserve_bytes " + std::to_string(reserved) +
+                       "\npragma page_size=" + std::to_string(pageSize) +
+                       "; vacuum; create table t(id integer primary key, v);"
+                       "with recursive n(i) as (select 1 union all select i + 17 from n where i < 3000) "
+                       "insert into t select i, zeroblob(i) from n;");
+        ASSERT_EQ(static_cast<char>(reserved), file[20]);
+        bool whole = false;
+        const std::vector<Row> rows = column(file, "t", 1, whole);
+        EXPECT_TRUE(whole) << pageSize;
+        ASSERT_EQ(178U, rows.size()) << pageSize;
+        for (std::size_t i = 0; i < rows.size(); ++i) ASSERT_EQ(1 + 17 * i, rows[i].bytes.size()) << pageSize;
+    }
+}
+
+TEST(SqliteFile, PagesMayReserveAllBut480Bytes) {
+    std::string file = databaseOf(
+        ".filectrl reserve_bytes 32\npragma page_size=512; vacuum; create table other(x);"
+        "create table t(a, b); insert into t values (1, 1), (2, 2);");
+    EXPECT_EQ(numbersTo(2), readThrough({file, {}}).numbers);
+    file[20] = 33;
+    EXPECT_EQ(numbersTo(0), readThrough({file, {}}).numbers);
 }
 
 }  // namespace

@@ -155,8 +155,23 @@ TEST(SqliteLog, ALogWithAnotherPageSizeIsRefused) {
     EXPECT_TRUE(reading.numbers.empty());
 }
 
+// All pages of the database are in its log.
+Files filesWithWholeLog() {
+    return filesOf(
+        "pragma page_size=512; pragma journal_mode=wal; pragma wal_autocheckpoint=0;"
+        "create table t(a, b); insert into t values (1, 1);");
+}
+
+TEST(SqliteLog, TheHeaderInTheLogTakesThePlaceOfTheOneInTheFile) {
+    Files files = filesWithWholeLog();
+    files.database.assign(1, 'x');
+    const Reading reading = readThrough(files);
+    EXPECT_EQ(SqliteReading::Complete, reading.result);
+    EXPECT_EQ(numbersTo(1), reading.numbers);
+}
+
 TEST(SqliteLog, ALogBesideAnEmptyFileGivesNothing) {
-    const Reading reading = readThrough({{}, filesWithLog().log});
+    const Reading reading = readThrough({{}, filesWithWholeLog().log});
     EXPECT_EQ(SqliteReading::Incomplete, reading.result);
     EXPECT_TRUE(reading.numbers.empty());
 }
