@@ -41,9 +41,9 @@ class SqliteLog::Checksum {
             second_ += word(bytes.data() + at + 4) + first_;
         }
     }
-    // REQUIRES: the size is 8.
-    bool equals(std::string_view stored) const {
-        return first_ == bigEndian(stored, 0, 4) && second_ == bigEndian(stored, 4, 4);
+    // Whether these bytes begin with the checksum.
+    bool isStoredIn(std::string_view bytes) const {
+        return first_ == bigEndian(bytes, 0, 4) && second_ == bigEndian(bytes, 4, 4);
     }
 
   private:
@@ -64,7 +64,8 @@ bool isHeader(std::string_view header) {
     const std::uint64_t pageSize = bigEndian(header, 8, 4);
     if ((bigEndian(header, 0, 4) & ~std::uint64_t{1}) != kMagic || bigEndian(header, 4, 4) != kVersion)
         return false;
-    return std::has_single_bit(pageSize) && pageSize >= 512 && pageSize <= 65536;
+    const int exponent = std::countr_zero(pageSize);
+    return std::has_single_bit(pageSize) && exponent >= 9 && exponent <= 16;
 }
 
 }  // namespace
@@ -77,7 +78,7 @@ SqliteLog::SqliteLog(const SqliteInput& log) : log_(log) {
     if (log.size < bytes.size() || !log.read(0, bytes) || !isHeader(header)) return;
     Checksum sum((bigEndian(header, 0, 4) & 1U) != 0);
     sum.add(header.substr(0, 24));
-    if (!sum.equals(header.substr(24))) return;
+    if (!sum.isStoredIn(header.substr(24))) return;
     pageSize_ = static_cast<std::size_t>(bigEndian(header, 8, 4));
     salt_ = bigEndian(header, 16, 8);
     readable_ = readFrames(sum);
@@ -97,7 +98,7 @@ bool SqliteLog::readFrames(Checksum sum) {
         if (page == 0 || bigEndian(content, 8, 8) != salt_) break;
         sum.add(content.substr(0, 8));
         sum.add(content.substr(kFrameHeaderSize));
-        if (!sum.equals(content.substr(16, 8))) break;
+        if (!sum.isStoredIn(content.substr(16))) break;
         frames_.push_back({page, i});
         if (const std::uint64_t pages = bigEndian(content, 4, 4); pages != 0) {
             databasePages_ = static_cast<std::uint32_t>(pages);
@@ -123,7 +124,7 @@ std::optional<std::uint64_t> SqliteLog::find(std::uint64_t page) const {
 }
 
 bool SqliteLog::wasRestarted() const {
-    std::array<char, 8> salt;
+    std::array<char, sizeof salt_> salt;
     return !isEmpty() && !(log_.read(16, salt) && bigEndian(view(salt), 0, 8) == salt_);
 }
 

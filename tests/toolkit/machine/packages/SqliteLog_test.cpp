@@ -73,7 +73,7 @@ TEST(SqliteLog, ADatabaseThatWasRebuiltInTheLogIsReadCompletely) {
 
 TEST(SqliteLog, AnInterruptedTransactionIsNotSeen) {
     const Files files = filesWithLog();
-    for (std::size_t length = 32; length <= files.log.size(); length += 67) {
+    for (std::size_t length = 32; length <= files.log.size(); length += 63) {
         const Reading reading = readThrough({files.database, files.log.substr(0, length)});
         EXPECT_EQ(SqliteReading::Complete, reading.result) << length;
         EXPECT_EQ(numbersTo(10 + (length - 32) / kFrame), reading.numbers) << length;
@@ -103,6 +103,14 @@ TEST(SqliteLog, FramesOfAnEarlierLogAreNotRead) {
     files.log.replace(32 + 2 * kFrame, 4, number(0, 4));
     seal(files.log);
     EXPECT_EQ(numbersTo(12), readThrough(files).numbers) << "no page has the number 0";
+}
+
+TEST(SqliteLog, FramesBehindOneOfAnEarlierLogAreNotRead) {
+    Files files = filesWithLog();
+    std::string frame = files.log.substr(32 + 2 * kFrame, kFrame);
+    frame.replace(8, 8, "earlier!");
+    files.log.insert(32 + 2 * kFrame, frame);
+    EXPECT_EQ(numbersTo(12), readThrough(files).numbers);
 }
 
 TEST(SqliteLog, ChecksumsOfEitherByteOrderAreUnderstood) {
