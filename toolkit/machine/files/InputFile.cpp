@@ -22,6 +22,7 @@ InputFile::InputFile(const Root& root, const std::string& path) : file_(root.ope
         state_ = stateOf(errno);
     } else if (::fstat(file_.number(), &status) != 0 || !S_ISREG(status.st_mode)) {
         state_ = State::Unreadable;
+        file_.close();  // reading a device may have side effects
     } else {
         state_ = State::Open;
         size_ = static_cast<std::uint64_t>(status.st_size);

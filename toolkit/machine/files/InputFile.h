@@ -25,7 +25,8 @@ class InputFile {
     State state() const { return state_; }
     std::uint64_t size() const { return size_; }  // when it was opened
 
-    // Returns the number of bytes read. It is smaller than requested at the end of the file and when reading fails.
+    // Returns the number of bytes read. It is smaller than requested at the end of the file and when reading fails. It is 0
+    // when the file is not open.
     std::size_t readAt(std::uint64_t offset, std::span<char> bytes);
     // Whether a read has failed.
     bool failed() const { return failed_; }

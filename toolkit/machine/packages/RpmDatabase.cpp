@@ -1,5 +1,7 @@
 #include "toolkit/machine/packages/RpmDatabase.h"
 
+#include <algorithm>
+
 #include "toolkit/machine/files/InputFile.h"
 #include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/packages/SqliteFile.h"
@@ -95,22 +97,22 @@ bool readRpmHeader(std::string_view header, RpmPackage& package) {
     if (header.size() < kCounts) return false;
     const std::uint64_t entries = bigEndian(header, 0, 4);
     const std::uint64_t storeSize = bigEndian(header, 4, 4);
-    if (entries > header.size() / kEntry || storeSize > header.size()) return false;
-    const std::size_t storeAt = kCounts + static_cast<std::size_t>(entries) * kEntry;
-    if (storeAt + storeSize > header.size()) return false;
-    const std::string_view store = header.substr(storeAt, storeSize);
-    for (std::size_t at = kCounts; at < storeAt; at += kEntry) {
-        const std::uint64_t offset = bigEndian(header, at + 8, 4);
-        if (offset >= store.size()) continue;  // offsets of region entries may be outside
-        storeEntry(bigEndian(header, at, 4), bigEndian(header, at + 4, 4), store.substr(offset), package);
+    const std::uint64_t indexSize = entries * kEntry;
+    if (kCounts + indexSize + storeSize > header.size()) return false;
+    std::string_view index = header.substr(kCounts, static_cast<std::size_t>(indexSize));
+    const std::string_view store = header.substr(kCounts + index.size(), static_cast<std::size_t>(storeSize));
+    for (; !index.empty(); index.remove_prefix(kEntry)) {
+        // The offsets of entries that describe regions may be outside of the store.
+        const std::uint64_t offset = std::min<std::uint64_t>(bigEndian(index, 8, 4), store.size());
+        const std::string_view value = store.substr(static_cast<std::size_t>(offset));
+        storeEntry(bigEndian(index, 0, 4), bigEndian(index, 4, 4), value, package);
     }
     return !package.name.empty();
 }
 
 std::string_view nameOfSourceRpm(std::string_view sourceRpm) {
-    const std::size_t release = sourceRpm.rfind('-');
-    if (release == std::string_view::npos || release == 0) return {};
-    const std::size_t version = sourceRpm.rfind('-', release - 1);
+    const std::string_view withoutRelease = sourceRpm.substr(0, sourceRpm.rfind('-'));
+    const std::size_t version = withoutRelease.rfind('-');
     return version == std::string_view::npos ? std::string_view() : sourceRpm.substr(0, version);
 }
 
@@ -151,7 +153,8 @@ bool isKey(const RpmPackage& package) {
 bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
     InputFile journal(root, path + "-journal");
     char first = 0;
-    return journal.state() == InputFile::State::Open && journal.readAt(0, {&first, 1}) == 1 && first != 0;
+    journal.readAt(0, {&first, 1});
+    return first != 0;
 }
 
 PackageReading readFile(InputFile& file, const Root& root, const std::string& path, PackageTexts& texts,

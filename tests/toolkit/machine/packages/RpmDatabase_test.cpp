@@ -101,6 +101,45 @@ TEST(RpmHeader, AnUnterminatedTextIsNotSearchedBeyondTheMaximumLength) {
     EXPECT_EQ("", package.version);
 }
 
+TEST(RpmHeader, ATextMayHaveTheMaximumLength) {
+    const std::string longest(kMaxValueLength, 'v');
+    RpmPackage package;
+    const std::string kept = header({{1000, 6, text("a")}, {1001, 6, text(longest.c_str())}});
+    ASSERT_TRUE(readRpmHeader(kept, package));
+    EXPECT_EQ(longest, package.version);
+    const std::string tooLong = header({{1000, 6, text("a")}, {1001, 6, longest + text("v")}});
+    ASSERT_TRUE(readRpmHeader(tooLong, package));
+    EXPECT_EQ("", package.version);
+}
+
+TEST(RpmHeader, ValuesMustBeInTheStore) {
+    RpmPackage package;
+    const std::string last = header({{1000, 6, text("a")}, {1009, 4, number(1, 4)}});
+    ASSERT_TRUE(readRpmHeader(last, package));
+    EXPECT_EQ(1U, package.size);
+    const std::string cut = header({{1000, 6, text("a")}, {1009, 4, number(1, 3)}});
+    ASSERT_TRUE(readRpmHeader(cut, package));
+    EXPECT_EQ(0U, package.size);
+    const std::string cutWide = header({{1000, 6, text("a")}, {5009, 5, number(1, 7)}});
+    ASSERT_TRUE(readRpmHeader(cutWide, package));
+    EXPECT_EQ(0U, package.size);
+    for (const std::uint64_t offset : {6U, 7U, 0xFFFFFFFFU}) {
+        std::string outside = last;
+        outside.replace(8 + 16 + 8, 4, number(offset, 4));
+        ASSERT_TRUE(readRpmHeader(outside, package));
+        EXPECT_EQ(0U, package.size) << offset;
+    }
+}
+
+TEST(RpmHeader, AHeaderMayHaveOneEntryAndBytesBehindIt) {
+    const std::string whole = header({{1000, 6, text("a")}});
+    RpmPackage package;
+    EXPECT_TRUE(readRpmHeader(whole, package));
+    EXPECT_TRUE(readRpmHeader(whole + "more", package));
+    EXPECT_EQ("a", package.name);
+    EXPECT_FALSE(readRpmHeader(whole.substr(0, 7), package));
+}
+
 TEST(RpmHeader, DamagedAndNamelessHeadersAreRefused) {
     RpmPackage package;
     EXPECT_FALSE(readRpmHeader("", package));
@@ -121,6 +160,9 @@ TEST(RpmHeader, TheNameOfASourcePackageEndsBeforeVersionAndRelease) {
         EXPECT_EQ("", nameOfSourceRpm(name)) << name;
 }
 
+constexpr char kCreate[] =
+    "create table Packages(hnum integer primary key autoincrement, blob blob not null);";
+
 // The rpm database of a tree, made by sqlite3.
 class RpmDatabase : public testing::Test {
   protected:
@@ -134,31 +176,159 @@ class RpmDatabase : public testing::Test {
     }
     std::string path() const { return (tree_.path() / "var/lib/rpm/rpmdb.sqlite").string(); }
 
-    static std::string insertion(const char* name) {
+    static std::string insertionOf(const std::string& header) {
         std::string hex;
-        for (const char c : header({{1000, 6, text(name)}, {1001, 6, text("1")}, {1002, 6, text("2")}})) {
+        for (const char c : header) {
             hex += "0123456789abcdef"[static_cast<unsigned char>(c) >> 4U];
             hex += "0123456789abcdef"[static_cast<unsigned char>(c) & 0xFU];
         }
         return "insert into Packages(blob) values (x'" + hex + "');";
     }
+    static std::string insertion(const char* name) {
+        return insertionOf(header({{1000, 6, text(name)}, {1001, 6, text("1")}, {1002, 6, text("2")}}));
+    }
+    void create(const std::string& insertions) { carryOut(kCreate + insertions); }
 
+    void visit(const PackageVisitor& visitor) {
+        reading_ = visitPackages(PackageType::Rpm, Root(tree_.path()), {}, texts_, visitor);
+    }
     std::vector<std::string> names() {
         std::vector<std::string> found;
-        PackageTexts texts;
+        visit([&](const InstalledPackage& package) { found.emplace_back(package.name); });
+        return found;
+    }
+    std::vector<std::string> names(std::uint64_t Allowance::*part, std::uint64_t allowed) {
+        Allowance allowance;
+        allowance.*part = allowed;
+        std::vector<std::string> found;
+        PackageTexts texts(allowance);
         reading_ = visitPackages(PackageType::Rpm, Root(tree_.path()), {}, texts,
                                  [&](const InstalledPackage& package) { found.emplace_back(package.name); });
         return found;
     }
+    // The only package of a database.
+    InstalledPackage packageOf(const std::string& header) {
+        std::filesystem::remove(path());
+        create(insertionOf(header));
+        InstalledPackage found;
+        visit([&](const InstalledPackage& package) { found = package; });
+        return found;
+    }
 
     zavtest::ScratchDir tree_;
+    PackageTexts texts_;
     PackageReading reading_;
 };
 
 using Names = std::vector<std::string>;
 using Damage = PackageReading::Damage;
-constexpr char kCreate[] =
-    "create table Packages(hnum integer primary key autoincrement, blob blob not null);";
+TEST_F(RpmDatabase, APackageHasTheFieldsOfItsHeader) {
+    const InstalledPackage package = packageOf(bashHeader());
+    EXPECT_EQ(Damage::None, reading_.damage);
+    EXPECT_EQ(PackageType::Rpm, package.type);
+    EXPECT_EQ("bash", package.name);
+    EXPECT_EQ("2:5.1.8-6.el9", package.version);
+    EXPECT_EQ("2", package.epoch);
+    EXPECT_EQ("5.1.8", package.upstream);
+    EXPECT_EQ("6.el9", package.release);
+    EXPECT_EQ("x86_64", package.architecture);
+    EXPECT_EQ("bash", package.source);
+    EXPECT_EQ("Vendor", package.maintainer);
+    EXPECT_EQ("The GNU shell", package.description);
+    EXPECT_EQ("System/Shells", package.section);
+    EXPECT_EQ(7738634U, package.bytes);
+    EXPECT_EQ(1700000000, package.installed);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite", package.database);
+}
+
+TEST_F(RpmDatabase, WhatAHeaderLacksIsUnknown) {
+    const InstalledPackage package = packageOf(header({{1000, 6, text("a")}, {1001, 6, text("1")}}));
+    EXPECT_EQ("1-", package.version);
+    EXPECT_EQ("", package.epoch);
+    EXPECT_EQ("1", package.upstream);
+    EXPECT_EQ("", package.release);
+    EXPECT_EQ("", package.source);
+    EXPECT_EQ(std::nullopt, package.bytes);
+    EXPECT_EQ(std::nullopt, package.installed);
+}
+
+TEST_F(RpmDatabase, NumbersMayBeAsLargeAsSignedOnes) {
+    for (const std::uint64_t value : {std::uint64_t{1}, kMaxCount, kMaxCount + 1}) {
+        const InstalledPackage package = packageOf(
+            header({{1000, 6, text("a")}, {1008, 5, number(value, 8)}, {5009, 5, number(value, 8)}}));
+        EXPECT_EQ(value <= kMaxCount, package.bytes.has_value()) << value;
+        EXPECT_EQ(value <= kMaxCount, package.installed.has_value()) << value;
+        EXPECT_EQ(value, package.bytes.value_or(value));
+        EXPECT_EQ(static_cast<std::int64_t>(value),
+                  package.installed.value_or(static_cast<std::int64_t>(value)));
+    }
+}
+
+TEST_F(RpmDatabase, KeysAreNoPackages) {
+    create(insertion("a") + insertion("gpg-pubkey") + insertion("b"));
+    EXPECT_EQ((Names{"a", "b"}), names());
+    EXPECT_EQ(Damage::None, reading_.damage);
+}
+
+TEST_F(RpmDatabase, ADamagedHeaderCostsNoOther) {
+    create(insertion("a") + insertionOf("damaged") + insertion("b"));
+    EXPECT_EQ((Names{"a", "b"}), names());
+    EXPECT_EQ(Damage::Broken, reading_.damage);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite", reading_.path);
+}
+
+TEST_F(RpmDatabase, ADamagedFileIsReported) {
+    create(insertion("a") + insertion("b"));
+    std::filesystem::resize_file(path(), 4096);
+    EXPECT_EQ(Names(), names());
+    EXPECT_EQ(Damage::Broken, reading_.damage);
+}
+
+TEST_F(RpmDatabase, ADatabaseThatExceedsTheAllowanceIsReadUpToThere) {
+    create(insertion("aaa") + insertion("bbb") + insertion("ccc"));
+    EXPECT_EQ((Names{"aaa", "bbb", "ccc"}), names(&Allowance::items, 3));
+    EXPECT_EQ(Damage::None, reading_.damage);
+    EXPECT_EQ((Names{"aaa", "bbb"}), names(&Allowance::items, 2));
+    EXPECT_EQ(Damage::TooLarge, reading_.damage);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite", reading_.path);
+    const std::size_t kept = std::string("/var/lib/rpm/rpmdb.sqlite").size() + std::string("aaa1-2").size();
+    EXPECT_EQ(Names{"aaa"}, names(&Allowance::bytesKept, kept));
+    EXPECT_EQ(Damage::TooLarge, reading_.damage);
+    EXPECT_EQ(Names(), names(&Allowance::bytesKept, kept - 1)) << "its version has no room";
+    EXPECT_EQ(Names(), names(&Allowance::bytesRead, 4096));
+    EXPECT_EQ(Damage::TooLarge, reading_.damage);
+}
+
+TEST_F(RpmDatabase, TheFolderOfTheSystemImageComesFirst) {
+    create(insertion("old"));
+    EXPECT_EQ(Names{"old"}, names());
+    std::filesystem::create_directories(tree_.path() / "usr/lib/sysimage/rpm");
+    std::filesystem::rename(path(), tree_.path() / "usr/lib/sysimage/rpm/rpmdb.sqlite");
+    create(insertion("other"));
+    EXPECT_EQ(Names{"old"}, names());
+    std::filesystem::remove(tree_.path() / "usr/lib/sysimage/rpm/rpmdb.sqlite");
+    tree_.write("usr/lib/sysimage/rpm/Packages.db", "RpmP");
+    EXPECT_EQ(Names(), names());
+    EXPECT_EQ(Damage::Unsupported, reading_.damage);
+    EXPECT_EQ("/usr/lib/sysimage/rpm/Packages.db", reading_.path);
+}
+
+TEST_F(RpmDatabase, DatabasesOfEarlierVersionsAreReported) {
+    for (const std::string file : {"Packages", "Packages.db"}) {
+        const std::filesystem::path written = tree_.write("var/lib/rpm/" + file, "old");
+        EXPECT_EQ(Names(), names());
+        EXPECT_EQ(Damage::Unsupported, reading_.damage);
+        EXPECT_EQ("/var/lib/rpm/" + file, reading_.path);
+        std::filesystem::remove(written);
+    }
+}
+
+TEST_F(RpmDatabase, ADatabaseThatIsNoRegularFileIsReported) {
+    std::filesystem::create_directories(path());
+    EXPECT_EQ(Names(), names());
+    EXPECT_EQ(Damage::Unreadable, reading_.damage);
+    EXPECT_EQ("/var/lib/rpm/rpmdb.sqlite", reading_.path);
+}
 
 TEST_F(RpmDatabase, ChangesInTheWriteAheadLogAreRead) {
     carryOut(std::string("pragma journal_mode=wal;") + kCreate + insertion("a") +
@@ -170,7 +340,7 @@ TEST_F(RpmDatabase, ChangesInTheWriteAheadLogAreRead) {
 }
 
 TEST_F(RpmDatabase, ALogThatCannotBeUsedIsReportedAndTheFileIsRead) {
-    carryOut(kCreate + insertion("a"));
+    create(insertion("a"));
     tree_.write("var/lib/rpm/rpmdb.sqlite-wal", "no log");
     EXPECT_EQ(Names{"a"}, names());
     EXPECT_EQ(Damage::Unsaved, reading_.damage);
@@ -182,10 +352,13 @@ TEST_F(RpmDatabase, ALogThatCannotBeUsedIsReportedAndTheFileIsRead) {
 }
 
 TEST_F(RpmDatabase, TheJournalOfAnUnfinishedTransactionIsReported) {
-    carryOut(kCreate + insertion("a"));
+    create(insertion("a"));
     tree_.write("var/lib/rpm/rpmdb.sqlite-journal", std::string(512, '\0'));
     EXPECT_EQ(Names{"a"}, names());
     EXPECT_EQ(Damage::None, reading_.damage) << "a finished transaction leaves zeros";
+    tree_.write("var/lib/rpm/rpmdb.sqlite-journal", "");
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::None, reading_.damage);
     tree_.write("var/lib/rpm/rpmdb.sqlite-journal", "\xd9\xd5\x05\xf9 and more");
     EXPECT_EQ(Names{"a"}, names());
     EXPECT_EQ(Damage::Unsaved, reading_.damage);
