@@ -27,6 +27,8 @@ int run(int argc, const char* const* argv) {
             return runGroups(options);
         case Command::Doctor:
             return runDoctor(options);
+        case Command::Sbom:
+            return runSbom(options);
         case Command::Software:
             if (options.list) return runSignatureList(options);
             if (options.check) return runSignatureCheck(options);

@@ -8,6 +8,7 @@ namespace zavcli {
 int runDoctor(const Options& options);
 int runGroups(const Options& options);
 int runHardware(const Options& options);
+int runSbom(const Options& options);
 int runSoftware(const Options& options);
 int runSignatureList(const Options& options);
 int runSignatureCheck(const Options& options);

@@ -19,11 +19,12 @@ constexpr const char* kMainFooter = R"(Examples:
   zav hw --format json --output pc.json    write everything to a file, for a program
   zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
+  zav sbom -o machine.cdx.json             write a bill of materials of the software
   zav doctor                               find out why an inventory does not work
 
 Exit status: 0 success, 1 the command failed, 2 the command line is wrong, 3 the inventory is written, but requested
 data could not be read. If a signal ends the command, it cleans up first and its parent sees that signal.
-'zav hw --help' and 'zav sw --help' describe formats and options.)";
+'zav hw --help', 'zav sw --help' and 'zav sbom --help' describe formats and options.)";
 
 constexpr const char* kHardwareFooter =
     R"(Groups are named as 'zav groups' lists them, or by number. Names are case-insensitive, and blanks are ignored:
@@ -106,6 +107,29 @@ Exit status: 0 the signatures are evaluated, with or without a match, or the fil
 a file is not valid; 2 the command line is wrong, or a file cannot be read; 3 the results are written, but of a
 signature it is unknown whether it matches, or a result may be missing.)";
 
+constexpr const char* kSbomFooter =
+    R"(The document contains the operating system, the installed packages, the software that the signatures recognise, and
+packages of programming languages, with the evidence for each. A package contains the software of its files. FILE and
+--config have the same meaning as in 'zav sw'.
+
+Formats:
+  cyclonedx  CycloneDX 1.6 in JSON
+  spdx       SPDX 2.3 in JSON
+
+The same machine in the same state gives the same document: everything is sorted, and the serial number or namespace
+is derived from the content. CycloneDX has a time only if the variable SOURCE_DATE_EPOCH gives one. SPDX requires a
+time; without that variable it is the current one.
+
+--hashes adds SHA-1 and SHA-256 of the files in the evidence, except those that other users may not read.
+
+Examples:
+  zav sbom                                       print the bill of this machine
+  zav sbom --root /mnt/image -o image.cdx.json   of the system below /mnt/image
+  zav sbom --format spdx --hashes -o machine.spdx.json
+
+Exit status: 0 the document is written, 1 the command failed, 2 the command line is wrong, 3 the document is written,
+but software may be missing because something could not be read.)";
+
 constexpr const char* kGroupsFooter =
     R"(Groups that the scanner does not gather, or that this machine cannot have, are marked. Without a scanner, the groups
 are listed without marks.
@@ -141,11 +165,8 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
     command.add_option(names, values, help)->type_name(type)->take_all()->allow_extra_args(false);
 }
 
-// The options of the commands that run a scanner.
-void addScan(CLI::App& command, Options& options, std::string& format) {
-    addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
-    command.add_flag("--csv-raw", options.csvRaw,
-                     "In csv, do not mark values that look like formulas with an apostrophe");
+// What the commands that run a scanner read and write.
+void addPlaces(CLI::App& command, Options& options) {
     command.add_option("-o,--output", options.output, "Write to this file instead of standard output (-)")
         ->type_name("FILE");
     addToolkit(command, options);
@@ -153,6 +174,26 @@ void addScan(CLI::App& command, Options& options, std::string& format) {
         ->type_name("DIR")
         ->check(CLI::ExistingDirectory.description(""));
     command.add_flag("-v")->description("Show more messages of the library; -vv shows all");
+}
+
+void addSignatureFiles(CLI::App& command, Options& options) {
+    command
+        .add_option("FILE", options.signatures,
+                    "Signature files, or directories of them; the default is what comes with the command")
+        ->type_name("");
+}
+
+void addSettings(CLI::App& command, Options& options) {
+    addRepeated(command, "--config", options.settings, "PLUGIN.ATTRIBUTE=VALUE",
+                "Change a setting of the scanner; may be repeated");
+}
+
+// The options of the commands that print an inventory.
+void addScan(CLI::App& command, Options& options, std::string& format) {
+    addFormat(command, format, {"table", "json", "csv", "xml"}, "table (the default), json, csv or xml");
+    command.add_flag("--csv-raw", options.csvRaw,
+                     "In csv, do not mark values that look like formulas with an apostrophe");
+    addPlaces(command, options);
 }
 
 void addHardware(CLI::App& app, Options& options, std::string& format) {
@@ -167,14 +208,10 @@ void addHardware(CLI::App& app, Options& options, std::string& format) {
 void addSoftware(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("sw", "Find software by signatures");
     command.footer(kSoftwareFooter);
-    command
-        .add_option("FILE", options.signatures,
-                    "Signature files, or directories of them; the default is what comes with the command")
-        ->type_name("");
+    addSignatureFiles(command, options);
     addRepeated(command, "--variable", options.variables, "NAME=VALUE[@GUID]",
                 "Preset a variable; may be repeated");
-    addRepeated(command, "--config", options.settings, "PLUGIN.ATTRIBUTE=VALUE",
-                "Change a setting of the scanner; may be repeated");
+    addSettings(command, options);
     addRepeated(command, "--guid", options.guids, "GUID",
                 "Show only the results of this signature; may be repeated");
     command.add_flag("--unmanaged", options.unmanaged, "Show only what no package manager owns");
@@ -185,6 +222,17 @@ void addSoftware(CLI::App& app, Options& options, std::string& format) {
     command.add_option("--explain", options.explain, "Only explain why this signature matches or not")
         ->type_name("GUID");
     command.callback([&options] { options.command = Command::Software; });
+}
+
+void addSbom(CLI::App& app, Options& options, std::string& format) {
+    CLI::App& command = *app.add_subcommand("sbom", "Write a bill of materials of the software");
+    command.footer(kSbomFooter);
+    addSignatureFiles(command, options);
+    addFormat(command, format, {"cyclonedx", "spdx"}, "cyclonedx (the default) or spdx");
+    command.add_flag("--hashes", options.hashes, "Add hashes of the files in the evidence");
+    addSettings(command, options);
+    addPlaces(command, options);
+    command.callback([&options] { options.command = Command::Sbom; });
 }
 
 void addGroups(CLI::App& app, Options& options, std::string& format) {
@@ -232,6 +280,7 @@ Verbosity verbosityOf(const CLI::App& app) {
 std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) {
     Options options;
     std::string format = "table";
+    std::string bill = "cyclonedx";
     CLI::App app("Takes an inventory of the hardware and software of this machine.", "zav");
     app.footer(kMainFooter);
     app.require_subcommand(0, 1);
@@ -239,6 +288,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     app.get_formatter()->column_width(26);
     addHardware(app, options, format);
     addSoftware(app, options, format);
+    addSbom(app, options, bill);
     addGroups(app, options, format);
     addDoctor(app, options);
     try {
@@ -251,7 +301,8 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
         throw Failure(kExitBadUsage, fmt::format("{} (see '{} --help')", error.what(), parsedCommand(app)));
     }
     if (app.get_subcommands().empty())
-        throw Failure(kExitBadUsage, "a command is missing: hw, sw, groups or doctor (see 'zav --help')");
+        throw Failure(kExitBadUsage,
+                      "a command is missing: hw, sw, sbom, groups or doctor (see 'zav --help')");
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
@@ -262,6 +313,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     requireAlone(software, "--explain", {"--guid", "--unmanaged", "--details", "--format", "--output"});
     if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
+    options.bill = lowerCase(bill) == "spdx" ? BillFormat::Spdx : BillFormat::CycloneDx;
     if (options.list && options.format == Format::Xml)
         throw Failure(kExitBadUsage, "--list has the formats table, json and csv (see 'zav sw --help')");
     options.verbosity = verbosityOf(app);

@@ -10,8 +10,9 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Software, Groups, Doctor };
+enum class Command { Hardware, Software, Sbom, Groups, Doctor };
 enum class Format { Table, Json, Csv, Xml };
+enum class BillFormat { CycloneDx, Spdx };
 
 struct Options {
     Command command = Command::Hardware;
@@ -26,6 +27,8 @@ struct Options {
     bool check = false;                   // only check whether the files are valid
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
+    BillFormat bill = BillFormat::CycloneDx;
+    bool hashes = false;  // hash the files in the evidence
     bool csvRaw = false;  // do not protect values that look like formulas
     bool all = false;
     std::optional<std::string> output;

@@ -89,6 +89,23 @@ TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     EXPECT_TRUE(options({"sw", "--unmanaged"}).unmanaged);
 }
 
+TEST(Options, EveryOptionOfABillOfMaterialsIsParsed) {
+    const Options full =
+        options({"sbom", "a.xml", "--format", "SPDX", "--hashes", "-o", "out.json", "--config",
+                 "FileSystem.maxDepth=3", "--toolkit", "tools", "--root", "/", "-v"});
+    EXPECT_EQ(Command::Sbom, full.command);
+    EXPECT_EQ(BillFormat::Spdx, full.bill);
+    EXPECT_TRUE(full.hashes);
+    EXPECT_EQ("out.json", full.output);
+    EXPECT_EQ((std::vector<std::string>{"FileSystem.maxDepth=3"}), full.settings);
+    EXPECT_EQ("tools", full.toolkit);
+    EXPECT_EQ("/", full.root);
+    EXPECT_EQ(Verbosity::Notable, full.verbosity);
+    const Options plain = options({"sbom"});
+    EXPECT_EQ(BillFormat::CycloneDx, plain.bill);
+    EXPECT_FALSE(plain.hashes);
+}
+
 TEST(Options, SignatureFilesAreOptional) {
     EXPECT_TRUE(options({"sw"}).signatures.empty());
     EXPECT_TRUE(options({"sw", "--guid", "zav.bash"}).signatures.empty());
@@ -116,7 +133,8 @@ TEST(Options, OtherCommandsAreParsed) {
 }
 
 TEST(Options, HelpShowsExamplesAndNeedsNoCommand) {
-    for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"hw", "--help"}, Words{"sw", "--help"}}) {
+    for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"hw", "--help"}, Words{"sw", "--help"},
+                               Words{"sbom", "--help"}}) {
         const auto parsed = parse(words);
         ASSERT_TRUE(std::holds_alternative<HelpText>(parsed));
         EXPECT_NE(std::string::npos, std::get<HelpText>(parsed).text.find("Examples:"));

@@ -1,0 +1,33 @@
+// The scans that the commands do with the options of the command line. All functions throw Failure.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/commands/Options.h"
+#include "cli/scan/EvaluationOptions.h"
+#include "cli/scan/HardwareInventory.h"
+#include "cli/scan/SignatureFile.h"
+#include "cli/scan/SoftwareInventory.h"
+
+namespace zavcli {
+
+// Scans the groups of these names, or all groups if there are none, and shows the progress.
+HardwareInventory scanMachine(const Options& options, const std::vector<std::string>& groupNames);
+
+// The signature files of the command line, else those that come with the command.
+std::vector<std::string> signaturePaths(const Options& options);
+std::vector<SignatureFile> readSignatureFiles(const Options& options);
+
+struct EvaluationOptions {
+    std::vector<Preset> presets;
+    std::vector<Setting> settings;
+};
+
+// What the command line sets for the evaluation of these files. Reports presets that no signature uses.
+EvaluationOptions evaluationOptions(const Options& options, const std::vector<SignatureFile>& files);
+
+// Evaluates the files and shows the progress.
+SoftwareInventory evaluateSignatures(const Options& options, const std::vector<SignatureFile>& files);
+
+}  // namespace zavcli
