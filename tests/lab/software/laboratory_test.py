@@ -14,6 +14,7 @@ import trees
 from outcome import NOT_FOUND, RIGHT, VERSIONLESS, WRONG, Outcome, Totals
 from products import Product, Table
 from scanner import Result
+from subjects import Storeroom, Subject, TableFault
 from versions import upstream
 
 
@@ -116,7 +117,7 @@ class Trees(Scratch):
         self.assertEqual({"opt", "usr", "srv", "home"}, {place.split("/")[0] for place in moved})
 
 
-class Mirrors(Scratch):
+class WithArchive(Scratch):
     def archive(self, *packages):
         index = ""
         for name, version in packages:
@@ -128,9 +129,13 @@ class Mirrors(Scratch):
         with open(self.path("archives/Packages"), "w") as file:
             file.write(index)
 
+    def sources(self, trust="[trusted=yes] "):
+        return f"deb {trust}file:{self.path('archives')} ./\n"
+
+
+class Mirrors(WithArchive):
     def mirror(self, trust="[trusted=yes] "):
-        sources = f"deb {trust}file:{self.path('archives')} ./\n"
-        return mirrors.Mirror("suite", self.path("cache"), sources)
+        return mirrors.Mirror("suite", self.path("cache"), self.sources(trust))
 
     def test_newest_package_of_a_name_and_of_a_pattern(self):
         self.archive(("tool", "1:2.0-1"), ("tool", "1:10.0-1"), ("image-6.9-cloud", "6.9-1"), ("image-6.12-cloud", "6.12-1"))
@@ -189,6 +194,31 @@ class Mirrors(Scratch):
             mirrors.Mirror("suite", self.path("cache"), "deb [trusted=yes] http://127.0.0.1:9/debian ./\n")
 
 
+class Subjects(WithArchive):
+    def tree(self, product):
+        storeroom = Storeroom(self.path("cache"), "trixie", self.sources())
+        subject, = storeroom.subjects([product], moved=False)
+        return storeroom.tree(subject)
+
+    def test_tree_is_made_anew_for_a_newer_package(self):
+        tool = Product("family", "tool", "tool")
+        self.archive(("tool", "1-1"))
+        with open(os.path.join(self.tree(tool), "mark"), "w"):
+            pass
+        self.assertIn("mark", os.listdir(self.tree(tool)))
+        shutil.rmtree(self.path("archives"))
+        self.archive(("tool", "2-1"))
+        os.unlink(self.path("cache/trixie/apt/updated"))
+        self.assertNotIn("mark", os.listdir(self.tree(tool)))
+
+    def test_package_that_the_suite_does_not_have_is_a_fault_of_the_table(self):
+        self.archive(("tool", "1-1"))
+        storeroom = Storeroom(self.path("cache"), "trixie", self.sources())
+        with self.assertRaises(TableFault):
+            storeroom.subjects([Product("family", "tool", "tool renamed")], moved=False)
+        self.assertEqual([], storeroom.subjects([Product("family", "older", {"bookworm": "older"})], moved=False))
+
+
 class Outcomes(unittest.TestCase):
     def outcome(self, *results, **row):
         product = Product("family", "tool", {"packages": "tool", **row})
@@ -198,7 +228,7 @@ class Outcomes(unittest.TestCase):
             element = ElementTree.Element("MatchedSignature", guid=guid, name=guid)
             ElementTree.SubElement(element, "Variable", name="version", value=version)
             found.append(Result(element))
-        return Outcome(product, "trixie", "1.2", package, found, ["zav.packages"])
+        return Outcome(Subject(product, [package], "trixie", None), found, [], ["zav.packages"])
 
     def test_states(self):
         for results, state in (((), NOT_FOUND), ((("zav.tool", "1.2"),), RIGHT), ((("zav.tool.copy", "1.2"),), RIGHT),

@@ -65,9 +65,10 @@ def sources_of_machine(suite):
 
 class Mirror:
     def __init__(self, suite, cache, sources=None):
+        """cache: the directory of the suite. sources: lines of sources.list; by default, those of the machine."""
         self.suite = suite
-        self.directory = os.path.join(cache, suite, "apt")
-        self.archives = os.path.join(cache, suite, "packages")
+        self.directory = os.path.join(cache, "apt")
+        self.archives = os.path.join(cache, "packages")
         self.lists = os.path.join(self.directory, "lists")
         for directory in (self.lists + "/partial", self.directory + "/cache/archives/partial", self.archives):
             os.makedirs(directory, exist_ok=True)

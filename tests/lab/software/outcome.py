@@ -7,11 +7,11 @@ REQUIRED_SHARE = 0.97
 
 
 class Outcome:
-    def __init__(self, product, suite, expected, package, results, cataloguers, events=()):
-        self.product = product
-        self.suite = suite
-        self.expected = expected
-        self.package = package
+    def __init__(self, subject, results, events, cataloguers):
+        product = self.product = subject.product
+        suite = self.suite = subject.suite
+        self.expected = subject.expected()
+        self.package = subject.packages[0]
         self.untold = product.untold(suite)
         self.own = [result for result in results if product.owns(result.guid)]
         rest = [result for result in results if not product.owns(result.guid)]

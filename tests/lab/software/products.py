@@ -43,7 +43,7 @@ class Product:
         """The version of upstream as the files tell it."""
         if not self._version:
             return upstream
-        rule = self._version if isinstance(self._version, list) else self._version.get(suite, self._version.get(SUITES[-1]))
+        rule = self._version if isinstance(self._version, list) else self._version.get(suite if suite in SUITES else SUITES[-1])
         return re.sub(rule[0], rule[1], upstream) if rule else upstream
 
     def owns(self, guid):
