@@ -10,11 +10,12 @@ import xml.etree.ElementTree as ElementTree
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import mirror as mirrors
+import page
 import trees
 from outcome import NOT_FOUND, RIGHT, VERSIONLESS, WRONG, Outcome, Totals
-from products import Product, Table
+from products import Product, Table, TableFault
 from scanner import Result
-from subjects import Storeroom, Subject, TableFault
+from subjects import Storeroom, Subject
 from versions import upstream
 
 
@@ -219,9 +220,9 @@ class Subjects(WithArchive):
         self.assertEqual([], storeroom.subjects([Product("family", "older", {"bookworm": "older"})], moved=False))
 
 
-class Outcomes(unittest.TestCase):
-    def outcome(self, *results, **row):
-        product = Product("family", "tool", {"packages": "tool", **row})
+class WithOutcomes(unittest.TestCase):
+    def outcome(self, *results, name="tool", **row):
+        product = Product("family", name, {"packages": "tool", **row})
         package = mirrors.Package({"Package": "tool", "Version": "1.2-1", "Size": "1", "Architecture": "all"})
         found = []
         for guid, version in results:
@@ -230,6 +231,8 @@ class Outcomes(unittest.TestCase):
             found.append(Result(element))
         return Outcome(Subject(product, [package], "trixie", None), found, [], ["zav.packages"])
 
+
+class Outcomes(WithOutcomes):
     def test_states(self):
         for results, state in (((), NOT_FOUND), ((("zav.tool", "1.2"),), RIGHT), ((("zav.tool.copy", "1.2"),), RIGHT),
                                ((("zav.tool", ""),), VERSIONLESS), ((("zav.tool", "1.3"),), WRONG),
@@ -257,6 +260,23 @@ class Outcomes(unittest.TestCase):
         self.assertFalse(Totals([right, self.outcome(("zav.tool", "7"), untold="its version is in no file")]).are_met())
 
 
+class Pages(WithOutcomes, Scratch):
+    def test_page_tells_versions_reasons_and_what_is_not_proven(self):
+        outcomes = {"trixie": [self.outcome(("zav.tool", "1.2")),
+                               self.outcome(("zav.quiet", ""), name="quiet", untold="its version is in no file"),
+                               self.outcome(name="missing")]}
+        signatures = {guid: ElementTree.Element("Signature", guid=guid, name=guid.upper())
+                      for guid in ("zav.tool", "zav.quiet", "zav.other")}
+        page.write(self.path("page.md"), outcomes, {"trixie": Totals(outcomes["trixie"])}, signatures)
+        with open(self.path("page.md")) as file:
+            lines = file.read().splitlines()
+        self.assertIn("| trixie | 3 | 1 | 0 | 1 | 1 | 0 |", lines)
+        self.assertIn("| ZAV.TOOL | `zav.tool` | 1.2 |  |", lines)
+        self.assertIn("| ZAV.QUIET | `zav.quiet` | without a version in 1.2: its version is in no file |  |", lines)
+        self.assertIn("| missing |  | not found in 1.2 |  |", lines)
+        self.assertIn("| ZAV.OTHER | `zav.other` |", lines)
+
+
 class Tables(unittest.TestCase):
     def test_table_has_a_sample_and_reasons(self):
         table = Table()
@@ -264,6 +284,10 @@ class Tables(unittest.TestCase):
         self.assertEqual(25, sum(product.sample for product in table.products))
         for product in table.products:
             self.assertTrue(all(len(reason) > 10 for reason in product.also.values()), product.name)
+
+    def test_unknown_product_is_refused(self):
+        with self.assertRaises(TableFault):
+            Table().select(["nginx", "no-such-product"])
 
     def test_unknown_key_is_refused(self):
         with self.assertRaises(ValueError):

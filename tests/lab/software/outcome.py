@@ -63,7 +63,7 @@ class Totals:
 
     def as_json(self):
         return {"products": self.products, "told": len(self.told), "right": self.right, "share": round(self.share(), 4),
-                "states": self.states, "untold": self.untold, "untoldMet": self.untold_met, "foreign": self.foreign,
+                "states": {state.replace(" f", "F"): count for state, count in self.states.items()}, "untold": self.untold, "untoldMet": self.untold_met, "foreign": self.foreign,
                 "met": self.are_met()}
 
     def __str__(self):

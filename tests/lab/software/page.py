@@ -18,9 +18,8 @@ scanned with the signatures of the catalogue, and nothing but this version was r
 """
 
 
-def write(path, outcomes, totals, scanner):
-    """outcomes, totals: by suite."""
-    signatures = scanner.signature_elements()
+def write(path, outcomes, totals, signatures):
+    """outcomes, totals: by suite. signatures: the elements by guid."""
     with open(path, "w", encoding="utf-8") as page:
         page.write(_HEAD)
         for suite, total in totals.items():

@@ -1,12 +1,15 @@
 """Reads the table of products, products.toml."""
 import os
-import sys
 import re
 import tomllib
 
 # The suites of the table, the newest last.
 SUITES = ("bookworm", "trixie")
 _KEYS = {"packages", "bookworm", "trixie", "signature", "version", "untold", "also", "sample"}
+
+
+class TableFault(Exception):
+    """The table does not have a product, or names a package that the suite does not have."""
 
 
 class Product:
@@ -71,5 +74,5 @@ class Table:
         known = {product.name: product for product in self.products}
         unknown = [name for name in names if name not in known]
         if unknown:
-            sys.exit(f"no such product in the table: {', '.join(unknown)}")
+            raise TableFault(f"the table has no product {', '.join(unknown)}")
         return [known[name] for name in names] if names else self.products

@@ -4,14 +4,10 @@ import sys
 
 import mirror as mirrors
 import trees
-from products import SUITES
+from products import SUITES, TableFault
 from versions import upstream
 
 MAX_ARCHIVE_BYTES = 60_000_000
-
-
-class TableFault(Exception):
-    """The table names a package that the suite does not have."""
 
 
 class Subject:
