@@ -6,6 +6,7 @@
 
 #include "fuzz/MemoryFile.h"
 #include "toolkit/quorvis/facts/SwidTags.h"
+#include "toolkit/quorvis/formats/Components.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/Records.h"
@@ -41,6 +42,14 @@ void readArchive(const quorvis::RandomAccessFile& file) {
     for (const quorvis::ZipMember& member : members) {
         std::string content;
         if (quorvis::readZipMember(file, member, kLimit, content)) must(content.size() <= kLimit);
+    }
+}
+
+void readComponents(const quorvis::RandomAccessFile& file) {
+    constexpr quorvis::ComponentLimits kLimits{20, std::uint64_t{1} << 20};
+    for (const char* const name : {"go", "rust"}) {
+        const auto* const format = quorvis::componentFormat(name);
+        must(format->readFile(file, "/f", kLimits, {}).components.size() <= kLimits.components);
     }
 }
 
@@ -90,6 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readProgram(file);
     readArchive(file);
     readProducts(file);
+    readComponents(file);
     readTexts({reinterpret_cast<const char*>(data), size});
     return 0;
 }

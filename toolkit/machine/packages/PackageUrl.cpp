@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "toolkit/machine/text/Lines.h"
+
 namespace toolkit {
 namespace {
 
@@ -39,9 +41,10 @@ std::string packageUrl(std::string_view type, std::string_view nameSpace, std::s
     url.reserve(96);  // most are shorter
     url += "pkg:";
     url += type;
-    if (!nameSpace.empty()) {
+    // A namespace may have several segments.
+    while (!nameSpace.empty()) {
         url += '/';
-        appendEscaped(url, nameSpace);
+        appendEscaped(url, takeField(nameSpace, '/'));
     }
     url += '/';
     appendEscaped(url, name);

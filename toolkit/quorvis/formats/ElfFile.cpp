@@ -78,6 +78,7 @@ ElfFile::Segment ElfFile::segment(std::string_view entry) const {
     segment.offset = address(entry, offsetof(Elf32_Phdr, p_offset), offsetof(Elf64_Phdr, p_offset));
     segment.address = address(entry, offsetof(Elf32_Phdr, p_vaddr), offsetof(Elf64_Phdr, p_vaddr));
     segment.size = address(entry, offsetof(Elf32_Phdr, p_filesz), offsetof(Elf64_Phdr, p_filesz));
+    segment.flags = number(entry, wide_ ? offsetof(Elf64_Phdr, p_flags) : offsetof(Elf32_Phdr, p_flags), 4);
     segment.alignment = address(entry, offsetof(Elf32_Phdr, p_align), offsetof(Elf64_Phdr, p_align));
     return segment;
 }
@@ -211,8 +212,19 @@ std::string ElfFile::buildId() const {
     return {};
 }
 
-ElfFile::Section ElfFile::readSection(std::string_view name, std::uint64_t limit,
-                                      std::string& content) const {
+bool ElfFile::hasSections() const {
+    return address(header_, offsetof(Elf32_Ehdr, e_shoff), offsetof(Elf64_Ehdr, e_shoff)) != 0;
+}
+
+std::optional<ElfFile::Place> ElfFile::writableData() const {
+    for (const Segment& segment : segments_) {
+        if (segment.type == PT_LOAD && (segment.flags & (PF_W | PF_X)) == PF_W)
+            return Place{segment.offset, segment.size};
+    }
+    return std::nullopt;
+}
+
+ElfFile::Section ElfFile::findSection(std::string_view name, Place& place) const {
     std::vector<Segment> sections;
     std::string names;
     if (!readSections(sections, names)) return Section::Damaged;
@@ -223,8 +235,17 @@ ElfFile::Section ElfFile::readSection(std::string_view name, std::uint64_t limit
     };
     const auto found = std::ranges::find_if(sections, isNamed);
     if (found == sections.end() || found->type == SHT_NOBITS) return Section::Missing;
-    if (found->size > limit) return Section::TooLarge;
-    return file_->read(found->offset, found->size, content) ? Section::Found : Section::Damaged;
+    place = {found->offset, found->size};
+    return Section::Found;
+}
+
+ElfFile::Section ElfFile::readSection(std::string_view name, std::uint64_t limit,
+                                      std::string& content) const {
+    Place place;
+    const Section section = findSection(name, place);
+    if (section != Section::Found) return section;
+    if (place.size > limit) return Section::TooLarge;
+    return file_->read(place.offset, place.size, content) ? Section::Found : Section::Damaged;
 }
 
 }  // namespace toolkit::quorvis

@@ -30,7 +30,20 @@ class ElfFile {
     // In lower-case hexadecimal digits; empty if there is none.
     std::string buildId() const;
 
+    // A range of bytes of the file.
+    struct Place {
+        std::uint64_t offset = 0;
+        std::uint64_t size = 0;
+    };
+    bool hasSections() const;
+    // The first segment with data that may be changed.
+    std::optional<Place> writableData() const;
+    // Where an address of the running program is in the file.
+    std::optional<std::uint64_t> offsetOf(std::uint64_t address) const;
+
     enum class Section : std::uint8_t { Found, Missing, TooLarge, Damaged };
+    // Finds the first section with this name.
+    Section findSection(std::string_view name, Place& place) const;
     // The content of the first section with this name.
     Section readSection(std::string_view name, std::uint64_t limit, std::string& content) const;
 
@@ -44,6 +57,7 @@ class ElfFile {
         std::uint64_t alignment = 0;
         std::uint64_t name = 0;  // of a section: its offset in the section of names
         std::uint64_t link = 0;
+        std::uint64_t flags = 0;  // of a program header
     };
 
     explicit ElfFile(const RandomAccessFile& file) : file_(&file) {}
@@ -56,7 +70,6 @@ class ElfFile {
     std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) const;
     // Reads an address at `offset32` or `offset64`, depending on the class of the file.
     std::uint64_t address(std::string_view bytes, std::size_t offset32, std::size_t offset64) const;
-    std::optional<std::uint64_t> offsetOf(std::uint64_t address) const;
     bool readText(std::uint64_t offset, std::string& text) const;
     std::string buildIdIn(std::string_view notes, std::size_t alignment) const;
 

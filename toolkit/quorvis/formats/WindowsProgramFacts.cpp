@@ -5,6 +5,7 @@
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Utf8.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
+#include "toolkit/quorvis/formats/WindowsProgram.h"
 
 namespace toolkit::quorvis {
 
@@ -13,53 +14,6 @@ namespace {
 constexpr std::uint64_t kVersionType = 16;  // RT_VERSION
 constexpr std::uint64_t kMaxResourceSize = std::uint64_t{1} << 20;
 constexpr std::uint64_t kSubdirectory = 0x80000000U;
-
-// A section of the program: its address in memory and its place in the file.
-struct Section {
-    std::uint64_t address;
-    std::uint64_t size;
-    std::uint64_t offset;
-};
-
-struct Program {
-    std::vector<Section> sections;
-    std::uint64_t resources = 0;  // address; 0 when there are none
-
-    std::optional<std::uint64_t> offsetOf(std::uint64_t address) const {
-        for (const Section& section : sections) {
-            if (address >= section.address && address - section.address < section.size)
-                return section.offset + (address - section.address);
-        }
-        return std::nullopt;
-    }
-};
-
-// False when the headers are damaged. `headerAt` is the offset of "PE\0\0".
-bool readHeaders(const RandomAccessFile& file, std::uint64_t headerAt, Program& program) {
-    constexpr std::size_t kFileHeader = 24;  // with the mark
-    constexpr std::size_t kSectionSize = 40;
-    std::string header;
-    if (!file.read(headerAt, kFileHeader, header)) return false;
-    const std::uint64_t count = littleEndian(header, 6, 2);
-    const std::uint64_t optionalSize = littleEndian(header, 20, 2);
-    std::string optional;
-    if (!file.read(headerAt + kFileHeader, optionalSize, optional) || optional.size() < 2) return false;
-    const bool wide = littleEndian(optional, 0, 2) == 0x20B;
-    const std::size_t directories = wide ? 112 : 96;
-    constexpr std::size_t kResources = 2;
-    constexpr std::size_t kDirectorySize = 8;
-    const std::size_t place = directories + kResources * kDirectorySize;
-    if (optional.size() >= place + kDirectorySize && littleEndian(optional, directories - 4, 4) > kResources)
-        program.resources = littleEndian(optional, place, 4);
-
-    std::string table;
-    if (!file.read(headerAt + kFileHeader + optionalSize, count * kSectionSize, table)) return false;
-    for (std::size_t at = 0; at < table.size(); at += kSectionSize) {
-        program.sections.push_back({littleEndian(table, at + 12, 4), littleEndian(table, at + 16, 4),
-                                    littleEndian(table, at + 20, 4)});
-    }
-    return true;
-}
 
 // The target of an entry of a resource directory: the entry of `type`, or the first one without a type. Places are relative
 // to the start of the resources.
@@ -78,7 +32,7 @@ std::optional<std::uint64_t> follow(const RandomAccessFile& file, std::uint64_t 
 }
 
 // The version resource; empty if there is none. None if the resources are damaged.
-std::optional<std::string> versionResource(const RandomAccessFile& file, const Program& program) {
+std::optional<std::string> versionResource(const RandomAccessFile& file, const WindowsProgram& program) {
     if (program.resources == 0) return "";
     const std::optional<std::uint64_t> resources = program.offsetOf(program.resources);
     if (!resources) return std::nullopt;
@@ -154,14 +108,10 @@ std::vector<std::pair<std::string, std::string>> textsOf(std::string_view blocks
 }  // namespace
 
 ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damage) {
-    const std::string start = file.readUpTo(0, 64);
-    if (start.size() < 64 || !start.starts_with("MZ")) return {};
-    const std::uint64_t headerAt = littleEndian(start, 60, 4);
-    // Programs for DOS start with "MZ" as well.
-    if (file.readUpTo(headerAt, 4) != std::string_view("PE\0\0", 4)) return {};
-    Program program;
-    const std::optional<std::string> resource =
-        readHeaders(file, headerAt, program) ? versionResource(file, program) : std::nullopt;
+    bool damaged = false;
+    const std::optional<WindowsProgram> program = WindowsProgram::read(file, damaged);
+    if (!program && !damaged) return {};
+    const std::optional<std::string> resource = program ? versionResource(file, *program) : std::nullopt;
     if (!resource) damage = "the headers or resources are damaged";
 
     Block version;

@@ -1,13 +1,11 @@
 #include "toolkit/quorvis/formats/ZipArchive.h"
 
-#include <zlib.h>
-
 #include <algorithm>
-#include <new>
 #include <optional>
 
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Checked.h"
+#include "toolkit/quorvis/formats/Inflate.h"
 
 namespace toolkit::quorvis {
 
@@ -79,24 +77,6 @@ bool takeEntry(std::string_view& rest, std::string_view& name, ZipMember& member
     return true;
 }
 
-bool inflate(std::string& packed, std::uint64_t limit, std::string& content) {
-    content.resize(limit);
-    z_stream stream{};
-    // Negative bits select a stream without a zlib header.
-    const int begun = ::inflateInit2(&stream, -MAX_WBITS);
-    if (begun == Z_MEM_ERROR) throw std::bad_alloc();
-    if (begun != Z_OK) return false;
-    stream.next_in = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_in = static_cast<uInt>(packed.size());
-    stream.next_out = reinterpret_cast<Bytef*>(content.data());
-    stream.avail_out = static_cast<uInt>(limit);
-    const int status = ::inflate(&stream, Z_FINISH);
-    content.resize(stream.total_out);
-    ::inflateEnd(&stream);
-    if (status == Z_MEM_ERROR) throw std::bad_alloc();
-    return status == Z_STREAM_END || (status == Z_BUF_ERROR && content.size() == limit);
-}
-
 }  // namespace
 
 ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::string_view name)>& wanted,
@@ -134,7 +114,7 @@ bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::u
     const std::uint64_t packedLimit = limit + limit / 8 + 64;
     std::string packed;
     if (!file.read(start, std::min(member.packedSize, packedLimit), packed)) return false;
-    if (member.method == kDeflated) return inflate(packed, limit, content);
+    if (member.method == kDeflated) return inflate(packed, Packing::Raw, limit, content);
     content = packed.substr(0, limit);
     return member.method == kStored;
 }

@@ -36,9 +36,11 @@ constexpr std::array kElfValues = {Names("path"), Names("machine"), Names("sonam
 constexpr std::array kFileVersionValues = {Names("name"), Names("version"), Names("vendor")};
 constexpr std::array kSwidValues = {Names("tagId"), Names("name"), Names("version"),
                                     Names("regid"), Names("path"), Names("tagVersion")};
+constexpr std::array kComponentValues = {Names("path"), Names("name"), Names("version"), Names("group"),
+                                         Names("role"), Names("purl"), Names("value")};
 
 // The position of a row is the value of its kind.
-constexpr std::array<LeafRules, 11> kLeaves = {{
+constexpr std::array<LeafRules, 12> kLeaves = {{
     {LeafKind::Package,
      "Package",
      AttributeSet{Name, NameRegex, Type, Arch, Source, Compare} | kVersion,
@@ -92,6 +94,13 @@ constexpr std::array<LeafRules, 11> kLeaves = {{
      {},
      false,
      kSwidValues},
+    {LeafKind::Component,
+     "Component",
+     AttributeSet{Path, Format, Role, Name} | kVersion,
+     {Path, Format},
+     {},
+     false,
+     kComponentValues},
     {LeafKind::Compare, "Compare", AttributeSet{Left} | kVersion, {Left}, kVersionTests, false, {}},
 }};
 static_assert(arePositions(kLeaves, &LeafRules::kind));

@@ -20,6 +20,7 @@ enum class LeafKind : std::uint8_t {
     Elf,
     FileVersion,
     SwidTag,
+    Component,
     Compare,
 };
 

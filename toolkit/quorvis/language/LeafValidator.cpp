@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "toolkit/machine/packages/Packages.h"
+#include "toolkit/quorvis/formats/Components.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
 #include "toolkit/quorvis/formats/Records.h"
 #include "toolkit/quorvis/language/Element.h"
@@ -129,9 +130,20 @@ Problem problemOfFormat(LeafKind kind, std::string_view value) {
         if (isAnyOf(value, {"jar", "pe", "python-dist"})) return std::nullopt;
         return unexpected(Attribute::Format, value, "jar, pe or python-dist");
     }
+    if (kind == LeafKind::Component) {
+        if (componentFormat(value) != nullptr) return std::nullopt;
+        return unexpected(Attribute::Format, value, componentFormatNames());
+    }
     if (isPropertyFormat(value)) return std::nullopt;
     return unexpected(Attribute::Format, value,
                       "properties, ini, systemd, shell, json, yaml, toml, headers or manifest");
+}
+
+// Roles of a tag are not limited.
+Problem problemOfRole(LeafKind kind, std::string_view value) {
+    if (kind != LeafKind::Component) return std::nullopt;
+    if (isAnyOf(value, {"main", "dependency", "build", "toolchain", "setting"})) return std::nullopt;
+    return unexpected(Attribute::Role, value, "main, dependency, build, toolchain or setting");
 }
 
 const Template* find(const Leaf& leaf, Attribute attribute) {
@@ -272,6 +284,8 @@ Problem problemOfValue(const Leaf& leaf, const LeafAttribute& given, const Setti
             return problemOfVersion(leaf, given.attribute, text.source());
         case Attribute::Format:
             return problemOfFormat(leaf.kind, text.source());
+        case Attribute::Role:
+            return problemOfRole(leaf.kind, text.source());
         case Attribute::Select:
             return problemOfSelection(text.source());
         default:

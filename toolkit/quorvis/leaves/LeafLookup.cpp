@@ -13,9 +13,9 @@ namespace {
 using LookUp = LeafResult (*)(const Query&, EvaluationContext&);
 
 // In the order of LeafKind.
-constexpr std::array<LookUp, 11> kLookUps = {
-    lookUpPackage, lookUpFile, lookUpGlob,        lookUpContent, lookUpProperty, lookUpXml,
-    lookUpProcess, lookUpElf,  lookUpFileVersion, lookUpSwidTag, lookUpCompare,
+constexpr std::array<LookUp, 12> kLookUps = {
+    lookUpPackage, lookUpFile, lookUpGlob,        lookUpContent, lookUpProperty,  lookUpXml,
+    lookUpProcess, lookUpElf,  lookUpFileVersion, lookUpSwidTag, lookUpComponent, lookUpCompare,
 };
 
 constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;

@@ -93,6 +93,7 @@ LeafResult lookUpProcess(const Query& query, EvaluationContext& context);
 LeafResult lookUpElf(const Query& query, EvaluationContext& context);
 LeafResult lookUpFileVersion(const Query& query, EvaluationContext& context);
 LeafResult lookUpSwidTag(const Query& query, EvaluationContext& context);
+LeafResult lookUpComponent(const Query& query, EvaluationContext& context);
 LeafResult lookUpCompare(const Query& query, EvaluationContext& context);
 
 // Looks up a leaf of any kind within its limits. One that would throw leaves the result incomplete instead.

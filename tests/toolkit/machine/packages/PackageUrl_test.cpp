@@ -17,6 +17,11 @@ TEST(PackageUrl, EmptyPartsAreOmitted) {
               packageUrl("rpm", "fedora", "a", "1-1", {{"arch", ""}, {"epoch", "2"}}));
 }
 
+TEST(PackageUrl, ANamespaceMayHaveSegments) {
+    EXPECT_EQ("pkg:golang/github.com/a%2Bb/c@v1", packageUrl("golang", "github.com/a+b", "c", "v1", {}));
+    EXPECT_EQ("pkg:npm/%40types/node@20.1.0", packageUrl("npm", "@types", "node", "20.1.0", {}));
+}
+
 TEST(PackageUrl, QualifiersAreJoinedByAmpersands) {
     EXPECT_EQ("pkg:rpm/fedora/a@1-1?arch=x86_64&epoch=2",
               packageUrl("rpm", "fedora", "a", "1-1", {{"arch", "x86_64"}, {"epoch", "2"}}));

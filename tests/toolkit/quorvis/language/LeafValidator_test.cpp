@@ -28,12 +28,17 @@ std::vector<Attribute> listOf(AttributeSet set) {
 
 // Valid values for the required attributes of a leaf of this kind.
 Values needed(const LeafRules& rules) {
-    const Values good = {
-        {Attribute::Path, "/x"},    {Attribute::Pattern, "/x/y"},
-        {Attribute::Regex, "a"},    {Attribute::Format, rules.kind == LeafKind::FileVersion ? "jar" : "ini"},
-        {Attribute::Key, "k"},      {Attribute::Select, "/a"},
-        {Attribute::Left, "1"},     {Attribute::Equals, "1"},
-        {Attribute::NameRegex, "a"}};
+    const Values good = {{Attribute::Path, "/x"},
+                         {Attribute::Pattern, "/x/y"},
+                         {Attribute::Regex, "a"},
+                         {Attribute::Format, rules.kind == LeafKind::FileVersion ? "jar"
+                                             : rules.kind == LeafKind::Component ? "go"
+                                                                                 : "ini"},
+                         {Attribute::Key, "k"},
+                         {Attribute::Select, "/a"},
+                         {Attribute::Left, "1"},
+                         {Attribute::Equals, "1"},
+                         {Attribute::NameRegex, "a"}};
     Values values;
     for (const Attribute attribute : listOf(rules.required)) values[attribute] = good.at(attribute);
     if (rules.kind == LeafKind::Compare) values[Attribute::Equals] = "1";

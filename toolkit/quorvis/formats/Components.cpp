@@ -1,0 +1,39 @@
+#include "toolkit/quorvis/formats/Components.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr ComponentFormat kFormats[] = {
+    {"go", readGoComponents, nullptr},
+    {"rust", readRustComponents, nullptr},
+};
+
+}  // namespace
+
+const ComponentFormat* componentFormat(std::string_view name) {
+    const auto* const found = std::ranges::find(kFormats, name, &ComponentFormat::name);
+    return found == std::end(kFormats) ? nullptr : found;
+}
+
+std::string componentFormatNames() {
+    std::string names;
+    for (const ComponentFormat& format : kFormats) {
+        if (!names.empty()) names += &format == std::end(kFormats) - 1 ? " or " : ", ";
+        names += format.name;
+    }
+    return names;
+}
+
+bool ComponentList::add(Component component, std::size_t limit) {
+    tooMany = tooMany || components.size() >= limit;
+    if (tooMany) return false;
+    components.push_back(std::move(component));
+    return true;
+}
+
+}  // namespace toolkit::quorvis

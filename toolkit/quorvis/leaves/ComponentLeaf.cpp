@@ -1,0 +1,76 @@
+#include <algorithm>
+
+#include "toolkit/quorvis/formats/Components.h"
+#include "toolkit/quorvis/leaves/LeafLookup.h"
+#include "toolkit/quorvis/leaves/ValueTests.h"
+
+namespace toolkit::quorvis {
+
+namespace {
+
+void setKnown(Item& item, std::string_view name, std::string_view value) {
+    if (!value.empty()) item.set(name, std::string(value.substr(0, kMaxValueSize)));
+}
+
+Item itemOf(const Component& component, const std::string& path) {
+    Item item;
+    item.source = path;
+    item.set("path", path + component.place.substr(0, kMaxValueSize));
+    setKnown(item, "name", component.name);
+    setKnown(item, "version", component.version);
+    setKnown(item, "group", component.group);
+    setKnown(item, "role", component.role);
+    setKnown(item, "purl", component.purl);
+    setKnown(item, "value", component.value);
+    return item;
+}
+
+bool passes(const Query& query, const Component& component, const std::string& path, LeafResult& result) {
+    // Settings are not software, so they are found only on request.
+    if (component.role == "setting" && query.get(Attribute::Role) != "setting") return false;
+    if (!isOrAny(query, Attribute::Role, component.role) || !isOrAny(query, Attribute::Name, component.name))
+        return false;
+    if (!hasVersionTest(query)) return true;
+    return !component.version.empty() &&
+           passesVersionTests(query, Scheme::Dotted, component.version, path, result);
+}
+
+ComponentList readComponents(const ComponentFormat& format, const std::string& path,
+                             EvaluationContext& context, LeafResult& result) {
+    const auto& settings = context.settings().fileSystem;
+    const ComponentLimits limits{settings.maxMatches, settings.maxContentSize};
+    const ProgressCheck checkProgress = [&context] { context.budget().checkTimeOccasionally(); };
+    if (format.readFile != nullptr) {
+        const std::optional<RandomAccessFile> file = openFile(path, context, result);
+        return file ? format.readFile(*file, path, limits, checkProgress) : ComponentList();
+    }
+    const std::shared_ptr<const std::string> content = contentOf(path, context, result);
+    return content ? format.readText(*content, path, limits, checkProgress) : ComponentList();
+}
+
+}  // namespace
+
+LeafResult lookUpComponent(const Query& query, EvaluationContext& context) {
+    LeafResult result;
+    const std::string path(query.get(Attribute::Path));
+    const ComponentFormat* const format = componentFormat(query.get(Attribute::Format));
+    if (format == nullptr) {
+        result.fail(EventCode::Unsupported, path,
+                    "unknown format \"" + std::string(query.get(Attribute::Format)) + "\"");
+        return result;
+    }
+    const ComponentList list = readComponents(*format, path, context, result);
+    if (!list.problem.empty())
+        result.fail(list.tooLarge ? EventCode::LimitBytes : EventCode::Parse, path, list.problem);
+    if (list.tooMany) {
+        const std::uint64_t limit = context.settings().fileSystem.maxMatches;
+        result.fail(EventCode::LimitMatches, path, "more than " + std::to_string(limit) + " components");
+    }
+    for (const Component& component : list.components) {
+        if (passes(query, component, path, result))
+            keepItem(context.budget(), result, itemOf(component, path));
+    }
+    return result;
+}
+
+}  // namespace toolkit::quorvis
