@@ -48,7 +48,8 @@ class Package:
 def sources_of_machine(suite):
     """The Debian lines of the machine's apt, with the suite put in place of the machine's own."""
     targets = subprocess.run(
-        ["apt-get", "--no-release-info", "indextargets", "--format", "$(REPO_URI) $(RELEASE) $(COMPONENT)", "Identifier: Packages"],
+        ["apt-get", "--no-release-info", "indextargets", "--format", "$(REPO_URI) $(RELEASE) $(COMPONENT)",
+         "Identifier: Packages"],
         capture_output=True, text=True, check=True).stdout
     own = re.compile(r"(%s)(-updates|-security)?$" % "|".join(KNOWN_SUITES))
     lines = set()
@@ -187,7 +188,8 @@ Acquire::Retries "2";
         packages = [package for package in packages if not os.path.exists(self.archive(package))]
         if not packages:
             return ""
-        download = self._run("apt-get", "-q", "download", *(f"{package.name}={package.version}" for package in packages), cwd=partial)
+        names = [f"{package.name}={package.version}" for package in packages]
+        download = self._run("apt-get", "-q", "download", *names, cwd=partial)
         if download.returncode == 0:
             for package in packages:
                 os.replace(os.path.join(partial, package.archive_name()), self.archive(package))

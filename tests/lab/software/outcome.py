@@ -63,8 +63,8 @@ class Totals:
 
     def as_json(self):
         return {"products": self.products, "told": len(self.told), "right": self.right, "share": round(self.share(), 4),
-                "states": {state.replace(" f", "F"): count for state, count in self.states.items()}, "untold": self.untold, "untoldMet": self.untold_met, "foreign": self.foreign,
-                "met": self.are_met()}
+                "states": {state.replace(" f", "F"): count for state, count in self.states.items()},
+                "untold": self.untold, "untoldMet": self.untold_met, "foreign": self.foreign, "met": self.are_met()}
 
     def __str__(self):
         return (f"{self.right} of {len(self.told)} right ({100 * self.share():.1f} %, required {100 * REQUIRED_SHARE:.0f} %), "

@@ -8,9 +8,9 @@ _KINDS = {"elf": "text in {}", "content": "text in {}", "property": "setting in 
           "fileVersion": "product information of {}", "glob": "{}", "file": "{}", "package": "package {}"}
 _HEAD = """# The software catalogue
 
-`zav sw` recognises the products of this page by their package and by their own files. `tests/lab/software/run --write-page` writes
-the page. The versions are those of Debian packages that were unpacked without the package database. The files of each were
-scanned with the signatures of the catalogue, and nothing but this version was reported for the product.
+`zav sw` recognises the products of this page by their package and by their own files. The versions are those of Debian packages
+that were unpacked without the package database. The files of each were scanned with the signatures of the catalogue, and nothing
+but this version was reported for the product. `tests/lab/software/run --write-page` writes this page.
 [CONTRIBUTING](../CONTRIBUTING.md#the-software-laboratory) tells how to run the laboratory.
 
 | suite | products | right version | wrong version | found, files tell no version | not found | results of other products |
@@ -31,12 +31,14 @@ def write(path, outcomes, totals, signatures):
                 products.setdefault(outcome.product, []).append(outcome)
         covered = set()
         for family in dict.fromkeys(product.family for product in products):
-            page.write(f"\n## {family.replace('-', ' ').capitalize()}\n\n| product | signature | versions | the version is in |\n|---|---|---|---|\n")
+            page.write(f"\n## {family.replace('-', ' ').capitalize()}\n\n"
+                       "| product | signature | versions | the version is in |\n|---|---|---|---|\n")
             for product, those in products.items():
                 if product.family == family:
                     guids = {result.guid for outcome in those for result in outcome.own}
                     covered |= guids
-                    page.write(f"| {_title(product, guids, signatures)} | {_list(sorted(guids), '`{}`')} | {_versions(those)} | {_evidence(those)} |\n")
+                    page.write(f"| {_title(product, guids, signatures)} | {_list(sorted(guids), '`{}`')} | {_versions(those)} "
+                               f"| {_evidence(those)} |\n")
         _write_untested(page, signatures, covered)
 
 

@@ -32,7 +32,7 @@ class Product:
         self.sample = row.get("sample", False)
 
     def packages(self, suite):
-        """Alternatives, the first that the suite has counts: each the names of packages, with whether their numbers may differ."""
+        """Alternatives, of which the first that the suite has counts: names of packages, and whether their numbers may differ."""
         if suite in SUITES:
             return [(self._packages[suite], False)]
         lists = [self._packages[known] for known in reversed(SUITES) if self._packages[known]]

@@ -53,7 +53,8 @@ def default_scanner():
 def signature_files(path):
     if not os.path.isdir(path):
         return [path]
-    return sorted(os.path.join(directory, name) for directory, _, names in os.walk(path) for name in names if name.endswith(".xml"))
+    return sorted(os.path.join(directory, name)
+                  for directory, _, names in os.walk(path) for name in names if name.endswith(".xml"))
 
 
 class Scanner:
@@ -65,7 +66,8 @@ class Scanner:
         self.configuration = os.path.join(scratch, "configuration.xml")
         # As zav sw does.
         with open(self.configuration, "w", encoding="utf-8") as document:
-            document.write('<Configuration><Plugin name="FileSystem"><Attribute name="wholeTree" value="true"/></Plugin></Configuration>\n')
+            document.write('<Configuration><Plugin name="FileSystem">'
+                           '<Attribute name="wholeTree" value="true"/></Plugin></Configuration>\n')
         files = [file for path in signatures for file in signature_files(path)]
         for file in files:
             self._refuse_invalid(file)
