@@ -73,13 +73,16 @@ std::string identifierOf(const HashedFile& file) {
     return identifierOf("File", file.path.substr(file.path.rfind('/') + 1), file.path);
 }
 
-// Parentheses would begin a mail address, and an agent is a single line.
+// Parentheses would begin a mail address, and an agent is a single line. Some readers of the format do not decode what
+// JSON escapes in it.
 std::string agentOf(const std::string& supplier) {
     std::string name = nameWithoutMail(supplier);
     if (name.empty()) return kNoAssertion;
     for (char& character : name) {
         if (character == '(') character = '[';
         if (character == ')') character = ']';
+        if (character == '"') character = '\'';
+        if (character == '\\') character = '/';
         if (static_cast<unsigned char>(character) < ' ') character = ' ';
     }
     return "Organization: " + name;

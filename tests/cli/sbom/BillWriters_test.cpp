@@ -171,7 +171,7 @@ TEST(BillWriters, HostileValuesAreLeftOutOrReplaced) {
         component.purl = "pkg:npm/a b";
         component.home = "javascript:alert(1)";
         component.description = "\xff\xfe\x01";
-        component.supplier = "a\nb";
+        component.supplier = "a\n\"b\"\\";
     }
     for (const Json& component : cycloneDx(bill).at("components"))
         EXPECT_FALSE(component.contains("cpe") || component.contains("purl") ||
@@ -180,7 +180,7 @@ TEST(BillWriters, HostileValuesAreLeftOutOrReplaced) {
     for (std::size_t i = 1; i < json.at("packages").size(); ++i) {
         const Json& package = json.at("packages").at(i);
         EXPECT_FALSE(package.contains("externalRefs") || package.contains("homepage"));
-        EXPECT_EQ("Organization: a b", package.at("supplier"));
+        EXPECT_EQ("Organization: a 'b'/", package.at("supplier"));
         EXPECT_EQ("\xef\xbf\xbd\xef\xbf\xbd\x01", package.at("summary").get<std::string>());
     }
 }
