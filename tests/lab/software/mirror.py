@@ -13,7 +13,7 @@ import time
 KEYRING = "/usr/share/keyrings/debian-archive-keyring.gpg"
 INDEX_LIFETIME_S = 24 * 3600
 # What apt says when it did not get to the mirror. Everything else is a fault of what it got.
-UNREACHABLE = re.compile(r"Could not (resolve|connect|wait)|Temporary failure|timed out|Connection (refused|failed|reset)|"
+UNREACHABLE = re.compile(r"(Could not|Unable to) (resolve|connect|wait)|Temporary failure|timed out|Connection (refused|failed|reset)|"
                          r"unreachable|Cannot initiate|No route|\b(403|407|502|503|504)  [A-Z]")
 NOT_THERE = re.compile(r"404  Not Found|File not found")
 PACKAGES_PER_DOWNLOAD = 50
@@ -117,7 +117,7 @@ Acquire::Retries "2";
         if update.returncode == 0:
             open(stamp, "w").close()
             return
-        fault = "\n".join(line for line in update.stderr.splitlines() if line.startswith(("E:", "W:")))
+        fault = _problems(update.stderr)
         if not UNREACHABLE.search(fault):
             raise MirrorFault(fault)
         if not updated:
@@ -194,7 +194,7 @@ Acquire::Retries "2";
             for package in packages:
                 os.replace(os.path.join(partial, package.archive_name()), self.archive(package))
             return ""
-        fault = "\n".join(line for line in download.stderr.splitlines() if line.startswith("E:"))
+        fault = _problems(download.stderr)
         if NOT_THERE.search(fault):
             return fault
         raise (MirrorUnreachable if UNREACHABLE.search(fault) else MirrorFault)(fault)
@@ -202,6 +202,11 @@ Acquire::Retries "2";
     def forget_index(self):
         """The next run reads the index of the mirror again."""
         os.unlink(os.path.join(self.directory, "updated"))
+
+
+def _problems(messages):
+    """The lines with errors and warnings, without those on the progress."""
+    return "\n".join(line for line in messages.splitlines() if re.match(r"(E|W|Error|Warning): ", line)) or messages
 
 
 def with_other_numbers(name):
