@@ -60,10 +60,10 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
     for (std::uint64_t i = 0; (i + 1) * size <= entries.size(); ++i) {
         const std::string_view entry = std::string_view(entries).substr(i * size, size);
         if (entry.substr(0, kGuidSize).find_first_not_of('\0') == std::string_view::npos) continue;
-        constexpr std::uint64_t kLegacyBoot = 4;
+        constexpr unsigned kLegacyBoot = 4;
+        const auto attributes = static_cast<unsigned char>(entry[48]);
         table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(kGuidSize)),
-                                 name(entry.substr(56)), true,
-                                 (littleEndian(entry, 48, 8) & kLegacyBoot) != 0});
+                                 name(entry.substr(56)), true, (attributes & kLegacyBoot) != 0});
     }
     return table;
 }
@@ -83,7 +83,7 @@ MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
 }
 
 bool isMbr(std::string_view sector) {
-    if (sector.size() < kMbrSize || littleEndian(sector, 510, 2) != 0xAA55) return false;
+    if (sector.size() < kMbrSize || !sector.substr(510).starts_with("\x55\xAA")) return false;
     // The boot sector of a file system has the same signature, but code or text in place of the entries.
     for (std::size_t i = 0; i < 4; ++i) {
         if ((mbrEntry(sector, i).status & 0x7FU) != 0) return false;
