@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/ElfMachine.h"
 
@@ -31,7 +32,7 @@ std::string hexadecimal(std::string_view bytes) {
 }
 
 // Rounded up to the next multiple.
-std::size_t aligned(std::size_t size, std::size_t alignment) {
+std::uint64_t aligned(std::uint64_t size, std::uint64_t alignment) {
     return (size + alignment - 1) / alignment * alignment;
 }
 
@@ -48,12 +49,7 @@ std::optional<ElfFile> ElfFile::open(const RandomAccessFile& file, bool& damaged
 }
 
 std::uint64_t ElfFile::number(std::string_view bytes, std::size_t offset, std::size_t width) const {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < width; ++i) {
-        const std::size_t at = littleEndian_ ? offset + width - 1 - i : offset + i;
-        value = value << 8U | static_cast<unsigned char>(bytes[at]);
-    }
-    return value;
+    return littleEndian_ ? littleEndian(bytes, offset, width) : bigEndian(bytes, offset, width);
 }
 
 std::uint64_t ElfFile::address(std::string_view bytes, std::size_t offset32, std::size_t offset64) const {
@@ -104,8 +100,8 @@ bool ElfFile::readSegments() {
     if (offset == 0 || count == 0) return true;
     std::string table;
     if (number(header_, sizeAt, 2) != size || !file_->read(offset, count * size, table)) return false;
-    for (std::size_t at = 0; at < table.size(); at += size)
-        segments_.push_back(segment(std::string_view(table).substr(at, size)));
+    for (std::string_view rest = table; !rest.empty(); rest.remove_prefix(size))
+        segments_.push_back(segment(rest));
     return true;
 }
 
@@ -125,8 +121,8 @@ bool ElfFile::readSections(std::vector<Segment>& sections, std::string& names) c
     if (count == 0) count = first.size;
     if (namesAt == SHN_XINDEX) namesAt = first.link;
     if (count > kMaxSections || !file_->read(offset, count * size, table)) return false;
-    for (std::size_t at = 0; at < table.size(); at += size)
-        sections.push_back(section(std::string_view(table).substr(at, size)));
+    for (std::string_view rest = table; !rest.empty(); rest.remove_prefix(size))
+        sections.push_back(section(rest));
     if (namesAt >= sections.size()) return namesAt == SHN_UNDEF;
     const Segment& place = sections[namesAt];
     return place.size <= kMaxNamesSize && file_->read(place.offset, place.size, names);
@@ -167,7 +163,6 @@ bool ElfFile::readDynamic(Dynamic& dynamic) const {
         if (tag == DT_SONAME) soname = value;
         if (tag == DT_STRTAB) texts = offsetOf(value);
     }
-    if (needed.empty() && !soname) return true;
     const auto readFrom = [&](std::uint64_t at, std::string& text) {
         const Count place = sum(texts, at);
         return place && readText(*place, text);
@@ -178,16 +173,16 @@ bool ElfFile::readDynamic(Dynamic& dynamic) const {
 }
 
 std::string ElfFile::buildIdIn(std::string_view notes, std::size_t alignment) const {
-    constexpr std::size_t kHeader = 12;
+    constexpr std::uint64_t kHeader = 12;
     while (notes.size() >= kHeader) {
-        const std::size_t nameSize = number(notes, 0, 4);
-        const std::size_t size = number(notes, 4, 4);
+        const std::uint64_t nameSize = number(notes, 0, 4);
+        const std::uint64_t size = number(notes, 4, 4);
         const std::uint64_t type = number(notes, 8, 4);
-        const std::size_t start = aligned(kHeader + nameSize, alignment);
-        if (start > notes.size() || size > notes.size() - start) break;
+        const std::uint64_t start = aligned(kHeader + nameSize, alignment);
+        if (start + size > notes.size()) break;
         if (type == NT_GNU_BUILD_ID && notes.substr(kHeader, nameSize) == std::string_view("GNU\0", 4))
             return hexadecimal(notes.substr(start, size));
-        notes.remove_prefix(std::min(aligned(start + size, alignment), notes.size()));
+        notes.remove_prefix(std::min<std::uint64_t>(aligned(start + size, alignment), notes.size()));
     }
     return {};
 }

@@ -57,10 +57,10 @@ class Elf {
     void firstSegmentHas(std::uint64_t size) const { put(kSegments + 0x20, bytesOf(size, 8)); }
 
     void section(std::uint64_t name, std::uint64_t type, std::uint64_t offset, std::uint64_t size,
-                 std::uint64_t link = 0) {
+                 std::uint64_t link = 0, std::uint64_t alignment = 4) {
         put(kSections + 64 * sections_++, bytesOf(name, 4) + bytesOf(type, 4) + bytesOf(0, 16) +
                                               bytesOf(offset, 8) + bytesOf(size, 8) + bytesOf(link, 4) +
-                                              bytesOf(0, 4) + bytesOf(4, 8) + bytesOf(0, 8));
+                                              bytesOf(UINT32_MAX, 4) + bytesOf(alignment, 8) + bytesOf(0, 8));
         sectionCount(sections_);
     }
     // The table of the dynamic linker in a file of 2 MiB that is loaded at address 0.
@@ -74,11 +74,17 @@ class Elf {
     }
 
     std::string opened() const {
-        bool damaged = false;
+        bool damaged = true;
         const RandomAccessFile parts = file();
         const bool open = ElfFile::open(parts, damaged).has_value();
         if (open) return "opened";
         return damaged ? "damaged" : "no ELF file";
+    }
+    std::string machine() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        return std::string(elf ? elf->machine() : "damaged");
     }
     // "soname needed...", or "damaged".
     std::string dynamic() const {
@@ -156,6 +162,13 @@ TEST(ElfFile, TheHeaderMustBeWhole) {
     EXPECT_EQ("no ELF file", narrow.opened());
 }
 
+TEST(ElfFile, TheMachineIsNamedAsInUname) {
+    const Elf elf;
+    EXPECT_EQ("", elf.machine());
+    elf.put(0x12, bytesOf(EM_AARCH64, 2));
+    EXPECT_EQ("aarch64", elf.machine());
+}
+
 TEST(ElfFile, SegmentsHaveOneSizeAndAreWhole) {
     Elf elf;
     elf.segment(PT_LOAD, 0, 0, 0);
@@ -194,6 +207,8 @@ TEST(ElfFile, SectionsHaveOneSizeAndAreWhole) {
     EXPECT_EQ(Section::Damaged, elf.read("name", 6)) << "the table is cut";
     elf.put(0x28, bytesOf(0, 8));
     EXPECT_EQ(Section::Missing, elf.read("name", 6)) << "there is no table";
+    elf.sectionSize(65);
+    EXPECT_EQ(Section::Missing, elf.read("name", 6)) << "without a table the size does not matter";
 }
 
 TEST(ElfFile, ATableWithoutSectionsHasNoNames) {
@@ -213,6 +228,9 @@ TEST(ElfFile, NumbersThatAreTooLargeForTheHeaderAreInTheFirstSection) {
     elf.sectionCount(0);
     elf.namesSection(SHN_XINDEX);
     EXPECT_EQ(Section::Found, elf.read("name", 6));
+    elf.put(kSections + 0x28, bytesOf(0x01000001, 4));
+    EXPECT_EQ(Section::Damaged, elf.read("name", 6)) << "there is no such section";
+    elf.put(kSections + 0x28, bytesOf(1, 4));
     constexpr std::uint64_t kMaxSections = std::uint64_t{1} << 18U;
     elf.cut(kSections + 64 * (kMaxSections + 1));
     elf.put(kSections + 0x20, bytesOf(kMaxSections, 8));
@@ -289,6 +307,13 @@ TEST(ElfFile, TextsOfTheDynamicLinkerAreFoundWhereTheyAreLoaded) {
     EXPECT_EQ("damaged", elf.dynamic()) << "it ends before the texts";
     elf.segment(PT_LOAD, 0x2001, 0x6001, 0x1000);
     EXPECT_EQ("a.so", elf.dynamic()) << "the texts begin with its last byte";
+
+    Elf first;
+    first.put(kContents, bytesOf(DT_STRTAB, 8) + bytesOf(0x7000, 8) + bytesOf(DT_SONAME, 8) + bytesOf(1, 8));
+    first.put(0x3000, std::string("\0a.so\0", 6));
+    first.segment(PT_DYNAMIC, kContents, 0, 32);
+    first.segment(PT_LOAD, 0x3000, 0x7000, 0x1000);
+    EXPECT_EQ("a.so", first.dynamic()) << "the texts begin with its first byte";
 }
 
 TEST(ElfFile, TextsAndTablesOfTheDynamicLinkerAreBounded) {
@@ -331,6 +356,10 @@ TEST(ElfFile, TheBuildIdIsFoundAmongOtherNotes) {
         elf.put(kContents, notes);
         elf.segment(PT_NOTE, kContents, 0, notes.size(), alignment);
         EXPECT_EQ("12abff", elf.buildId()) << alignment;
+        Elf module;
+        module.put(kContents, notes);
+        module.section(0, SHT_NOTE, kContents, notes.size(), 0, alignment);
+        EXPECT_EQ("12abff", module.buildId()) << alignment;
     }
 }
 
