@@ -127,7 +127,7 @@ InstalledPackage packageOf(const RpmPackage& rpm, std::string_view database, Pac
     package.type = PackageType::Rpm;
     package.name = texts.keep(rpm.name);
     package.version = texts.keep({epoch, epoch.empty() ? "" : ":", rpm.version, "-", rpm.release});
-    if (package.version.empty()) return package;  // the budget is spent
+    if (package.version.empty()) return {};  // the budget is spent
     package.epoch = package.version.substr(0, epoch.size());
     package.upstream = package.version.substr(epoch.empty() ? 0 : epoch.size() + 1, rpm.version.size());
     package.release = package.version.substr(package.version.size() - rpm.release.size());
@@ -153,7 +153,7 @@ bool isKey(const RpmPackage& package) {
 bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
     InputFile journal(root, path + "-journal");
     char first = 0;
-    journal.readAt(0, {&first, 1});
+    journal.readAt(0, {&first, sizeof first});
     return first != 0;
 }
 

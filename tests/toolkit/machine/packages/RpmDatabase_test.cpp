@@ -72,6 +72,34 @@ TEST(RpmHeader, AHeaderGivesItsFields) {
     EXPECT_EQ("bash-5.1.8-6.el9.src.rpm", package.sourceRpm);
 }
 
+TEST(RpmHeader, EntriesMayHaveAnyOrder) {
+    const std::string bytes = header({{1044, 6, text("a-1-2.src.rpm")},
+                                      {1022, 6, text("x86_64")},
+                                      {1016, 6, text("System")},
+                                      {1011, 6, text("Vendor")},
+                                      {1009, 4, number(7, 4)},
+                                      {1008, 4, number(8, 4)},
+                                      {1004, 6, text("Summary")},
+                                      {1003, 4, number(9, 4)},
+                                      {1002, 6, text("2")},
+                                      {1001, 6, text("1")},
+                                      {1000, 6, text("a")}});
+    RpmPackage package;
+    ASSERT_TRUE(readRpmHeader(bytes, package));
+    EXPECT_EQ("a", package.name);
+    EXPECT_EQ("1", package.version);
+    EXPECT_EQ("2", package.release);
+    EXPECT_TRUE(package.hasEpoch);
+    EXPECT_EQ(9U, package.epoch);
+    EXPECT_EQ("Summary", package.summary);
+    EXPECT_EQ(8U, package.installTime);
+    EXPECT_EQ(7U, package.size);
+    EXPECT_EQ("Vendor", package.vendor);
+    EXPECT_EQ("System", package.group);
+    EXPECT_EQ("x86_64", package.architecture);
+    EXPECT_EQ("a-1-2.src.rpm", package.sourceRpm);
+}
+
 TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
     const std::string bytes = header({{1000, 6, text("a")}, {5009, 5, number(5'000'000'000, 8)}});
     RpmPackage package;
@@ -81,12 +109,18 @@ TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
 }
 
 TEST(RpmHeader, ValuesOfTheWrongTypeAreUnknown) {
-    const std::string bytes =
-        header({{1000, 6, text("a")}, {1001, 4, text("1234")}, {1009, 6, text("1234")}});
+    const std::string bytes = header({{1000, 6, text("a")},
+                                      {1001, 4, text("1234")},
+                                      {1003, 6, text("1234")},
+                                      {1004, 4, number(5, 4)},
+                                      {1009, 6, text("1234")}});
     RpmPackage package;
     ASSERT_TRUE(readRpmHeader(bytes, package));
     EXPECT_EQ("", package.version);
+    EXPECT_FALSE(package.hasEpoch);
     EXPECT_EQ(0U, package.size);
+    EXPECT_EQ("", package.summary);
+    EXPECT_EQ(0U, package.installTime);
 }
 
 TEST(RpmHeader, AnUnterminatedTextIsNotSearchedBeyondTheMaximumLength) {
@@ -353,7 +387,7 @@ TEST_F(RpmDatabase, ALogThatCannotBeUsedIsReportedAndTheFileIsRead) {
 
 TEST_F(RpmDatabase, TheJournalOfAnUnfinishedTransactionIsReported) {
     create(insertion("a"));
-    tree_.write("var/lib/rpm/rpmdb.sqlite-journal", std::string(512, '\0'));
+    tree_.write("var/lib/rpm/rpmdb.sqlite-journal", std::string(1, '\0') + "old content");
     EXPECT_EQ(Names{"a"}, names());
     EXPECT_EQ(Damage::None, reading_.damage) << "a finished transaction leaves zeros";
     tree_.write("var/lib/rpm/rpmdb.sqlite-journal", "");
