@@ -200,6 +200,17 @@ TEST_F(Scanner, CheckAcceptsAValidFileAndWritesNothing) {
     EXPECT_FALSE(fs::exists(out()));
 }
 
+TEST_F(Scanner, CheckAcceptsPatternsThatAScanMustAllow) {
+    const std::string signatures =
+        "<Signatures><Signature guid=\"w\" name=\"x\"><Match><Glob "
+        "pattern=\"/**/x\"/></Match></Signature></Signatures>";
+    const std::string file = dir_.write("sig.xml", signatures).string();
+    const Finished run = zavtest::runProgram(QUORVIS_PROGRAM, {"--check", "-i", file});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, file + ": valid, signatures: 1\n");
+    EXPECT_EQ(scan(signatures).status, 3);
+}
+
 TEST_F(Scanner, CheckReportsEveryMistakeWithItsLine) {
     const std::string file = dir_.write("sig.xml",
                                         "<Signatures>\n<Signature guid=\"a b\" name=\"x\"><Match><Package "

@@ -109,9 +109,12 @@ Outcome check(const Options& options) {
     const DocumentText document = readDocument(options.signatures);
     const std::string missing = enterSandbox(Settings());
     if (!missing.empty()) say("the sandbox is incomplete: " + missing);
+    // The host decides whether the whole tree may be searched; it is no mistake of a signature.
+    Settings settings;
+    settings.fileSystem.wholeTree = true;
     SignatureFile file;
     try {
-        file = readSignatureFile(options.signatures, document, Settings());
+        file = readSignatureFile(options.signatures, document, settings);
     } catch (const std::bad_alloc&) {
         file.problems.push_back(options.signatures + ": takes more memory than is allowed");
     }

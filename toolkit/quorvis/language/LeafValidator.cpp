@@ -343,10 +343,11 @@ std::string_view adviceFor(LeafKind kind, Attribute attribute) {
     return {};
 }
 
-// Whether the leaf searches an executable for an expression that names no product.
+// Whether the leaf searches an executable for an expression that names no product. With max="1", the section must contain
+// one match only, which cannot be any of several numbers.
 bool matchesAnyNumber(const Leaf& leaf) {
     const Template* const regex = find(leaf, Attribute::Regex);
-    if (leaf.kind != LeafKind::Elf || regex == nullptr || !regex->constant()) return false;
+    if (leaf.kind != LeafKind::Elf || regex == nullptr || !regex->constant() || leaf.max == 1) return false;
     std::string_view text = regex->source();
     if (text.find_first_of("^$") != std::string_view::npos) return false;
     while (!text.empty()) {

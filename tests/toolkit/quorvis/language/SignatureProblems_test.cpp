@@ -233,6 +233,7 @@ TEST(SignatureProblems, WarnsOfProbableMistakes) {
         {match("<Elf path='/x' regex='v?(\\d+)'/>"), ""},
         {match("<Elf path='/x' regex='([0-9]+\\.)+'/>"), "does not name a product"},
         {match("<Elf path='/x' regex='^[0-9]+$'/>"), ""},
+        {match("<Elf path='/x' regex='[0-9]+\\.[0-9]+' max='1'/>"), ""},
         {match("<Content path='/x' regex='[0-9]+'/>"), ""},
         {match("<File path='${f.path}'/>"), "\"f.path\""},
         {match("<File path='${f}'/>"), ""},
