@@ -50,6 +50,27 @@ FoundSoftware softwareOf(const tessa::Node& match) {
     return software;
 }
 
+ScannerRun run(const std::string& signatures, const std::string& root, const std::string& settings) {
+    const zavtest::ScratchDir dir;
+    const std::string config =
+        dir.write("config.xml", "<Configuration>" + settings + "</Configuration>").string();
+    const std::string output = (dir.path() / "out.xml").string();
+    const std::string warnings = (dir.path() / "warnings.xml").string();
+    std::vector<std::string> arguments = {"-c", config, "-o", output, "-e", warnings, "-i", signatures};
+    if (!root.empty()) arguments.insert(arguments.end(), {"--root", root});
+    const zavtest::Finished finished = zavtest::runProgram(QUORVIS_PROGRAM, arguments);
+    if (finished.status != 0) throw std::runtime_error(finished.output + finished.errors);
+
+    ScannerRun result;
+    const std::unique_ptr<tessa::Node> matches = documentOf(output);
+    for (const tessa::Node* const match : childrenOf(*matches))
+        result.found.emplace(attributeOf(*match, L"guid"), softwareOf(*match));
+    const std::unique_ptr<tessa::Node> events = documentOf(warnings);
+    for (const tessa::Node* const event : childrenOf(*events))
+        result.events.emplace(attributeOf(*event, L"guid"), attributeOf(*event, L"code"));
+    return result;
+}
+
 }  // namespace
 
 std::vector<std::string> ScannerRun::eventsOf(const std::string& guid) const {
@@ -60,23 +81,12 @@ std::vector<std::string> ScannerRun::eventsOf(const std::string& guid) const {
 }
 
 ScannerRun runScanner(const std::string& signatures, const std::string& root) {
-    const zavtest::ScratchDir dir;
-    const std::string config = dir.write("config.xml", "<Configuration/>").string();
-    const std::string output = (dir.path() / "out.xml").string();
-    const std::string warnings = (dir.path() / "warnings.xml").string();
-    std::vector<std::string> arguments = {"-c", config, "-o", output, "-e", warnings, "-i", signatures};
-    if (!root.empty()) arguments.insert(arguments.end(), {"--root", root});
-    const zavtest::Finished finished = zavtest::runProgram(QUORVIS_PROGRAM, arguments);
-    if (finished.status != 0) throw std::runtime_error(finished.output + finished.errors);
+    return run(signatures, root, "");
+}
 
-    ScannerRun run;
-    const std::unique_ptr<tessa::Node> matches = documentOf(output);
-    for (const tessa::Node* const match : childrenOf(*matches))
-        run.found.emplace(attributeOf(*match, L"guid"), softwareOf(*match));
-    const std::unique_ptr<tessa::Node> events = documentOf(warnings);
-    for (const tessa::Node* const event : childrenOf(*events))
-        run.events.emplace(attributeOf(*event, L"guid"), attributeOf(*event, L"code"));
-    return run;
+ScannerRun runScannerOnWholeTree(const std::string& signatures, const std::string& root) {
+    return run(signatures, root,
+               R"(<Plugin name="FileSystem"><Attribute name="wholeTree" value="true"/></Plugin>)");
 }
 
 }  // namespace quorvistest

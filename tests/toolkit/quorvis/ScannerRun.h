@@ -20,4 +20,7 @@ struct ScannerRun {
 // Scans the machine itself if `root` is empty.
 ScannerRun runScanner(const std::string& signatures, const std::string& root);
 
+// Patterns may search the whole tree, as those of the catalogue do.
+ScannerRun runScannerOnWholeTree(const std::string& signatures, const std::string& root);
+
 }  // namespace quorvistest
