@@ -229,7 +229,7 @@ class WithOutcomes(unittest.TestCase):
             element = ElementTree.Element("MatchedSignature", guid=guid, name=guid)
             ElementTree.SubElement(element, "Variable", name="version", value=version)
             found.append(Result(element))
-        return Outcome(Subject(product, [package], "trixie", None), found, [], ["zav.packages"])
+        return Outcome(Subject(product, [package], "trixie", None), found, [], ["zav.package"])
 
 
 class Outcomes(WithOutcomes):
@@ -240,7 +240,7 @@ class Outcomes(WithOutcomes):
             self.assertEqual(state, self.outcome(*results).state, results)
 
     def test_other_products_are_foreign_unless_allowed_or_catalogued(self):
-        outcome = self.outcome(("zav.tool", "1.2"), ("zav.other", "3"), ("zav.zlib", "1.3"), ("zav.packages.npm", "4"),
+        outcome = self.outcome(("zav.tool", "1.2"), ("zav.other", "3"), ("zav.zlib", "1.3"), ("zav.package.npm", "4"),
                                also={"zav.zlib": "linked statically"})
         self.assertEqual(["zav.other"], [result.guid for result in outcome.foreign])
 
