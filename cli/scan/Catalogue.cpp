@@ -20,7 +20,7 @@ std::string catalogueDirectory() {
 
 // Products may be anywhere, so some patterns begin with "/**".
 std::vector<Setting> catalogueSettings() {
-    return {{"FileSystem", "wholeTree", "true"}};
+    return {{"FileSystem", "wholeTree", "true"}, {"FileSystem", "maxDepth", "64"}};
 }
 
 }  // namespace zavcli

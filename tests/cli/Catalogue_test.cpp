@@ -55,6 +55,7 @@ TEST_F(CatalogueTest, ShippedSignaturesSearchTheWholeTree) {
     EXPECT_GE(Json::parse(ended.out).at("results").size(), 70U);
     expectSays(given("signatures"), "guid=\"zav.bash\"");
     expectSays(given("configuration"), "name=\"wholeTree\" value=\"true\"");
+    expectSays(given("configuration"), "name=\"maxDepth\" value=\"64\"");
 }
 
 TEST_F(CatalogueTest, SettingsOfTheCommandLineComeLast) {

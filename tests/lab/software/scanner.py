@@ -67,7 +67,8 @@ class Scanner:
         # As zav sw does.
         with open(self.configuration, "w", encoding="utf-8") as document:
             document.write('<Configuration><Plugin name="FileSystem">'
-                           '<Attribute name="wholeTree" value="true"/></Plugin></Configuration>\n')
+                           '<Attribute name="wholeTree" value="true"/>'
+                           '<Attribute name="maxDepth" value="64"/></Plugin></Configuration>\n')
         files = [file for path in signatures for file in signature_files(path)]
         for file in files:
             self._refuse_invalid(file)

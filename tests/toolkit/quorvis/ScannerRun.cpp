@@ -86,7 +86,8 @@ ScannerRun runScanner(const std::string& signatures, const std::string& root) {
 
 ScannerRun runScannerOnWholeTree(const std::string& signatures, const std::string& root) {
     return run(signatures, root,
-               R"(<Plugin name="FileSystem"><Attribute name="wholeTree" value="true"/></Plugin>)");
+               R"(<Plugin name="FileSystem"><Attribute name="wholeTree" value="true"/>)"
+               R"(<Attribute name="maxDepth" value="64"/></Plugin>)");
 }
 
 }  // namespace quorvistest
