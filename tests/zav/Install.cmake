@@ -82,7 +82,7 @@ run(${WORK}/pc_cpp_host)
 expect("${output}" "messages came\n")
 
 # The installed command finds the installed scanners and signatures.
-run(${WORK}/prefix/bin/zav sw --root ${WORK}/prefix --format csv)
+run(${WORK}/prefix/bin/zav sw --root ${WORK}/prefix --guid zav.nginx --format csv)
 if(NOT output MATCHES "^result,guid,name,variable,value")
   message(FATAL_ERROR "the installed command printed \"${output}\"")
 endif()
