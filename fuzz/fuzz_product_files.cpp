@@ -47,9 +47,18 @@ void readArchive(const quorvis::RandomAccessFile& file) {
 
 void readComponents(const quorvis::RandomAccessFile& file) {
     constexpr quorvis::ComponentLimits kLimits{20, std::uint64_t{1} << 20};
-    for (const char* const name : {"go", "rust"}) {
+    for (const char* const name : {"go", "rust", "jar"}) {
         const auto* const format = quorvis::componentFormat(name);
         must(format->readFile(file, "/f", kLimits, {}).components.size() <= kLimits.components);
+    }
+}
+
+void readMetadata(std::string_view text) {
+    constexpr quorvis::ComponentLimits kLimits{20, std::uint64_t{1} << 20};
+    for (const char* const name :
+         {"composer", "dotnet", "gem", "npm", "npm-lock", "nuget", "perl", "python", "r"}) {
+        const auto* const format = quorvis::componentFormat(name);
+        must(format->readText(text, "/f", kLimits, {}).components.size() <= kLimits.components);
     }
 }
 
@@ -83,8 +92,12 @@ void readRecords(std::string_view text) {
 }
 
 void readTexts(std::string_view text) {
-    readRecords(text);
     std::string problem;
+    readRecords(text);
+    readMetadata(text);
+    for (const char* const select : {"/*/dependency[@scope='x'][2]/*", "project/*[version='1']/@id"})
+        must(quorvis::selectValues(text, *quorvis::XmlSelection::parse(select, problem), 3).values.size() <=
+             3);
     const auto selection = quorvis::XmlSelection::parse("/project/dependency[2]/@version", problem);
     must(quorvis::selectValues(text, *selection, 3).values.size() <= 3);
     quorvis::parseSwidTag(text, problem);

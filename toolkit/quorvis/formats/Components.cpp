@@ -9,8 +9,12 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr ComponentFormat kFormats[] = {
-    {"go", readGoComponents, nullptr},
-    {"rust", readRustComponents, nullptr},
+    {"go", readGoComponents, nullptr},         {"rust", readRustComponents, nullptr},
+    {"jar", readJarComponents, nullptr},       {"composer", nullptr, readComposerComponents},
+    {"dotnet", nullptr, readDotnetComponents}, {"gem", nullptr, readGemComponents},
+    {"npm", nullptr, readNpmComponents},       {"npm-lock", nullptr, readNpmLockComponents},
+    {"nuget", nullptr, readNugetComponents},   {"perl", nullptr, readPerlComponents},
+    {"python", nullptr, readPythonComponents}, {"r", nullptr, readRComponents},
 };
 
 }  // namespace

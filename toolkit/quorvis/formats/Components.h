@@ -64,4 +64,37 @@ ComponentList readGoComponents(const RandomAccessFile& file, std::string_view pa
 ComponentList readRustComponents(const RandomAccessFile& file, std::string_view path,
                                  const ComponentLimits& limits, const ProgressCheck& checkProgress);
 
+// A Java archive, and the archives within it, two levels deep. Those within it, and artifacts that were unpacked into it, have
+// the role "dependency".
+ComponentList readJarComponents(const RandomAccessFile& file, std::string_view path,
+                                const ComponentLimits& limits, const ProgressCheck& checkProgress);
+
+// installed.json of Composer.
+ComponentList readComposerComponents(std::string_view text, std::string_view path,
+                                     const ComponentLimits& limits, const ProgressCheck& checkProgress);
+// NAME.deps.json of a program of .NET.
+ComponentList readDotnetComponents(std::string_view text, std::string_view path,
+                                   const ComponentLimits& limits, const ProgressCheck& checkProgress);
+// A specification of RubyGems.
+ComponentList readGemComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
+                                const ProgressCheck& checkProgress);
+// package.json of a package of npm.
+ComponentList readNpmComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
+                                const ProgressCheck& checkProgress);
+// package-lock.json or node_modules/.package-lock.json of npm, from its second version.
+ComponentList readNpmLockComponents(std::string_view text, std::string_view path,
+                                    const ComponentLimits& limits, const ProgressCheck& checkProgress);
+// NAME.nuspec of a package of NuGet.
+ComponentList readNugetComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
+                                  const ProgressCheck& checkProgress);
+// META.json or MYMETA.json of a distribution of CPAN.
+ComponentList readPerlComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
+                                 const ProgressCheck& checkProgress);
+// METADATA or PKG-INFO of a distribution of Python.
+ComponentList readPythonComponents(std::string_view text, std::string_view path,
+                                   const ComponentLimits& limits, const ProgressCheck& checkProgress);
+// DESCRIPTION of a package of R.
+ComponentList readRComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
+                              const ProgressCheck& checkProgress);
+
 }  // namespace toolkit::quorvis

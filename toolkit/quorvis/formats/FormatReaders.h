@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,11 +23,20 @@ using ProgressCheck = std::function<void()>;
 std::optional<std::string> propertyValue(std::string_view text, std::string_view key,
                                          const ProgressCheck& checkProgress = {});
 
-// A path from the root element of a document to elements, or to an attribute of elements: "/project/dependency[2]/@scope".
+// A path from the root element of a document to elements, or to an attribute of elements:
+// "/project/dependency[@scope='test'][2]/version", "/*/plugin[name='x']/@id".
 struct XmlSelection {
+    struct Test {
+        enum class Kind : std::uint8_t { Position, Attribute, Child };
+        Kind kind = Kind::Position;
+        std::size_t position = 0;  // among the siblings that pass the tests before, from 1
+        std::string name;          // of the attribute or of the child element
+        std::string value;         // the whole text of it
+    };
     struct Step {
         std::string name;
-        std::size_t number = 0;  // position among the siblings with this name, from 1; 0 for all
+        bool any = false;  // of any name
+        std::vector<Test> tests;
     };
     std::vector<Step> steps;
     std::string attribute;  // empty if the text of the elements is selected
@@ -53,6 +63,9 @@ struct ProductFacts {
 // Reads a Java archive: its manifest, and the properties that Maven adds. The result is empty for files of other formats.
 // `damage` describes the problem of a damaged file.
 ProductFacts readJar(const RandomAccessFile& file, std::string& damage);
+
+// Reads a manifest.
+ProductFacts readJarManifest(std::string_view text);
 
 // Reads the version resource of a program or library for Windows.
 ProductFacts readWindowsProgram(const RandomAccessFile& file, std::string& damage);

@@ -46,15 +46,6 @@ class Manifest {
     std::vector<std::pair<std::string, std::string>> entries_;
 };
 
-void takeManifest(std::string_view text, ProductFacts& facts) {
-    const Manifest manifest(text);
-    facts.name = manifest.first({"Implementation-Title", "Bundle-Name", "Bundle-SymbolicName"});
-    // "org.example.core;singleton:=true"
-    facts.name.resize(std::min(facts.name.find(';'), facts.name.size()));
-    facts.version = manifest.first({"Implementation-Version", "Bundle-Version"});
-    facts.vendor = manifest.first({"Implementation-Vendor", "Bundle-Vendor"});
-}
-
 void takeMavenProperties(std::string_view text, ProductFacts& facts) {
     const auto fill = [text](std::string& fact, std::string_view key) {
         if (fact.empty()) fact = propertyValue(text, key).value_or("");
@@ -66,6 +57,17 @@ void takeMavenProperties(std::string_view text, ProductFacts& facts) {
 
 }  // namespace
 
+ProductFacts readJarManifest(std::string_view text) {
+    const Manifest manifest(text);
+    ProductFacts facts;
+    facts.name = manifest.first({"Implementation-Title", "Bundle-Name", "Bundle-SymbolicName"});
+    // "org.example.core;singleton:=true"
+    facts.name.resize(std::min(facts.name.find(';'), facts.name.size()));
+    facts.version = manifest.first({"Implementation-Version", "Bundle-Version"});
+    facts.vendor = manifest.first({"Implementation-Vendor", "Bundle-Vendor"});
+    return facts;
+}
+
 ProductFacts readJar(const RandomAccessFile& file, std::string& damage) {
     std::vector<ZipMember> members;
     const auto wanted = [](std::string_view name) { return name == kManifest || isMavenProperties(name); };
@@ -76,7 +78,7 @@ ProductFacts readJar(const RandomAccessFile& file, std::string& damage) {
     const auto manifest = std::ranges::find(members, kManifest, &ZipMember::name);
     if (manifest != members.end()) {
         if (!readZipMember(file, *manifest, kMaxMemberSize, text)) damage = "the manifest is damaged";
-        takeManifest(text, facts);
+        facts = readJarManifest(text);
     }
     const bool complete = !facts.name.empty() && !facts.version.empty() && !facts.vendor.empty();
     const auto isMaven = [](const ZipMember& member) { return isMavenProperties(member.name); };

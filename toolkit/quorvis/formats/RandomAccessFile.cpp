@@ -21,10 +21,27 @@ RandomAccessFile::RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead)
     if (::fstat(file_.number(), &status) == 0) size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
+RandomAccessFile::RandomAccessFile(std::string content, BeforeRead beforeRead)
+    : beforeRead_(std::move(beforeRead)), content_(std::move(content)), size_(content_.size()) {}
+
+RandomAccessFile::RandomAccessFile(const RandomAccessFile& whole, std::uint64_t offset, std::uint64_t size)
+    : beforeRead_(whole.beforeRead_), whole_(&whole), start_(offset), size_(size) {}
+
 bool RandomAccessFile::read(std::uint64_t offset, std::uint64_t length, std::string& bytes) const {
     bytes.clear();
     if (offset > size_ || length > size_ - offset) return false;
+    if (whole_ != nullptr) return whole_->read(start_ + offset, length, bytes);
+    if (!content_.empty()) {
+        if (beforeRead_) beforeRead_(length);
+        bytes.assign(content_, offset, length);
+        return true;
+    }
     bytes.resize(length);
+    return readDescriptor(offset, bytes);
+}
+
+bool RandomAccessFile::readDescriptor(std::uint64_t offset, std::string& bytes) const {
+    const std::uint64_t length = bytes.size();
     std::uint64_t done = 0;
     while (done < length) {
         const std::size_t block = std::min(length - done, kBlockSize);

@@ -8,7 +8,7 @@
 
 namespace toolkit::quorvis {
 
-// A regular file that is read at chosen offsets.
+// A regular file that is read at chosen offsets, or bytes that are read in the same way.
 class RandomAccessFile {
   public:
     // Called with a number of bytes before they are read. It may throw to end the reading.
@@ -16,6 +16,12 @@ class RandomAccessFile {
 
     explicit RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead = {});
 
+    // Bytes in memory.
+    explicit RandomAccessFile(std::string content, BeforeRead beforeRead = {});
+    // A part of another file. REQUIRES: the whole outlives this, and contains the part.
+    RandomAccessFile(const RandomAccessFile& whole, std::uint64_t offset, std::uint64_t size);
+
+    const BeforeRead& beforeRead() const { return beforeRead_; }
     std::uint64_t size() const { return size_; }
 
     // Reads exactly `length` bytes. False when the file does not have them all.
@@ -24,8 +30,13 @@ class RandomAccessFile {
     std::string readUpTo(std::uint64_t offset, std::uint64_t length) const;
 
   private:
+    bool readDescriptor(std::uint64_t offset, std::string& bytes) const;
+
     kest::Descriptor file_;
     BeforeRead beforeRead_;
+    std::string content_;                      // unless it is read from a file
+    const RandomAccessFile* whole_ = nullptr;  // unless it is no part
+    std::uint64_t start_ = 0;                  // of the part
     std::uint64_t size_ = 0;
 };
 

@@ -119,4 +119,15 @@ bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::u
     return member.method == kStored;
 }
 
+std::optional<RandomAccessFile> storedMember(const RandomAccessFile& file, const ZipMember& member) {
+    std::string header;
+    if (member.encrypted || member.method != kStored || !file.read(member.offset, kMemberSize, header) ||
+        !header.starts_with(kMemberMark))
+        return std::nullopt;
+    const std::uint64_t start =
+        member.offset + kMemberSize + littleEndian(header, 26, 2) + littleEndian(header, 28, 2);
+    if (start > file.size() || member.packedSize > file.size() - start) return std::nullopt;
+    return RandomAccessFile(file, start, member.packedSize);
+}
+
 }  // namespace toolkit::quorvis

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,5 +29,8 @@ ZipReading listZip(const RandomAccessFile& file, const std::function<bool(std::s
 // Reads the first `limit` bytes of a member. False if it is damaged, encrypted, or uses an unsupported compression method.
 bool readZipMember(const RandomAccessFile& file, const ZipMember& member, std::uint64_t limit,
                    std::string& content);
+
+// The content of a member that is not compressed, as a part of the archive. None for all others.
+std::optional<RandomAccessFile> storedMember(const RandomAccessFile& file, const ZipMember& member);
 
 }  // namespace toolkit::quorvis

@@ -30,6 +30,8 @@ std::uint64_t maxBytesRead(LeafKind kind, const Settings::FileSystem& settings) 
             return std::max(settings.maxHashedSize, std::uint64_t{4096} * kMegabyte);
         case LeafKind::SwidTag:
             return 256 * kMegabyte;
+        case LeafKind::Component:
+            return 1024 * kMegabyte;
         default:
             break;
     }

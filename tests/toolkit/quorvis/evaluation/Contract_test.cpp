@@ -34,6 +34,8 @@ TEST_F(ContractTest, WithoutTimeNoLeafReadsAFile) {
     expectUnknown(askAboutFile(LeafKind::Xml, {{Attribute::Select, "/a"}}), EventCode::Deadline);
     expectUnknown(askAboutFile(LeafKind::Property, {{Attribute::Format, "json"}, {Attribute::Key, "k"}}),
                   EventCode::Deadline);
+    for (const char* const format : {"go", "rust", "jar", "npm"})
+        expectUnknown(askAboutFile(LeafKind::Component, {{Attribute::Format, format}}), EventCode::Deadline);
     for (const char* const format : {"jar", "pe", "python-dist"})
         expectUnknown(askAboutFile(LeafKind::FileVersion, {{Attribute::Format, format}}),
                       EventCode::Deadline);

@@ -255,6 +255,186 @@ TEST_F(ComponentLeaf, ADamagedOrEndlessListOfCratesIsUnknown) {
     expectNoHarm(quorvistest::elfFile(".dep-v0", list, ""), "rust", kFoundCrates);
 }
 
+constexpr char kDirectoryOf[] = "META-INF/maven/g/a/";
+
+std::string properties(const std::string& group, const std::string& artifact, const std::string& version) {
+    return "groupId=" + group + "\nartifactId=" + artifact + "\nversion=" + version + "\n";
+}
+
+std::string mavenJar(const std::string& group, const std::string& artifact, const std::string& version) {
+    ArchiveBuilder archive;
+    archive.add("META-INF/MANIFEST.MF", "Manifest-Version: 1.0\n");
+    archive.add(std::string(kDirectoryOf) + "pom.properties", properties(group, artifact, version));
+    return archive.build();
+}
+
+// "path role name version group" of each item, one per line. A missing value is "-".
+std::string placesOf(const LeafResult& result) {
+    std::string text;
+    for (const Item& item : result.items) {
+        for (const char* const field : {"path", "role", "name", "version", "group"}) {
+            const std::string* const value = item.find(field);
+            text += (value == nullptr ? "-" : *value) + " ";
+        }
+        text.back() = '\n';
+    }
+    return text;
+}
+
+TEST_F(ComponentLeaf, AnArchiveContainsArchives) {
+    for (const bool deflated : {false, true}) {
+        ArchiveBuilder inner;
+        inner.add("WEB-INF/lib/log4j-core-2.17.0.jar", mavenJar("org.log", "log4j-core", "2.17.0"), deflated);
+        ArchiveBuilder outer;
+        outer.add("META-INF/MANIFEST.MF", "Implementation-Version: 7\n");
+        outer.add("lib/plain-1.5-beta.jar", ArchiveBuilder().build(), deflated);
+        outer.add("app.war", inner.build(), deflated);
+        const LeafResult result = askOf(outer.build(), "jar");
+        EXPECT_EQ(
+            "/f main f 7 -\n"
+            "/f!/lib/plain-1.5-beta.jar dependency plain 1.5-beta -\n"
+            "/f!/app.war dependency app - -\n"
+            "/f!/app.war!/WEB-INF/lib/log4j-core-2.17.0.jar dependency log4j-core 2.17.0 org.log\n",
+            placesOf(result));
+        EXPECT_EQ("pkg:maven/org.log/log4j-core@2.17.0", *result.items.back().find("purl"));
+        EXPECT_TRUE(result.events.empty());
+    }
+}
+
+TEST_F(ComponentLeaf, ArchivesAreOpenedTwoLevelsDeep) {
+    ArchiveBuilder third;
+    third.add("d.jar", mavenJar("g", "d", "4"));
+    ArchiveBuilder second;
+    second.add("c.jar", third.build());
+    ArchiveBuilder first;
+    first.add("b.war", second.build());
+    tester_.tree.write("a.ear", first.build());
+    const LeafResult result =
+        tester_.ask(LeafKind::Component, {{Attribute::Path, "/a.ear"}, {Attribute::Format, "jar"}});
+    EXPECT_EQ("/a.ear main a - -\n/a.ear!/b.war dependency b - -\n/a.ear!/b.war!/c.jar dependency c - -\n",
+              placesOf(result));
+}
+
+TEST_F(ComponentLeaf, AnArchiveMayContainUnpackedArtifacts) {
+    ArchiveBuilder archive;
+    archive.add("META-INF/maven/g/a/pom.properties", properties("g", "a", "1"));
+    archive.add("META-INF/maven/g/a-all/pom.properties", properties("g", "a-all", "2"));
+    archive.add("META-INF/maven/h/b/pom.properties", properties("h", "b", "3"));
+    tester_.tree.write("a-all-2.jar", archive.build());
+    const LeafResult result =
+        tester_.ask(LeafKind::Component, {{Attribute::Path, "/a-all-2.jar"}, {Attribute::Format, "jar"}});
+    EXPECT_EQ("/a-all-2.jar main a-all 2 g\n/a-all-2.jar dependency a 1 g\n/a-all-2.jar dependency b 3 h\n",
+              placesOf(result));
+}
+
+TEST_F(ComponentLeaf, ADamagedArchiveWithinAnArchiveCostsItself) {
+    const std::string good = mavenJar("g", "good", "1");
+    ArchiveBuilder outer;
+    outer.add("bad.jar", good.substr(0, good.size() - 1));
+    outer.add("good.jar", good);
+    const LeafResult result = askOf(outer.build(), "jar");
+    EXPECT_EQ("/f!/bad.jar dependency bad - -\n/f!/good.jar dependency good 1 g\n", placesOf(result));
+    EXPECT_EQ(std::vector{EventCode::Parse}, LeafTester::codes(result));
+    EXPECT_EQ("an archive is damaged: !/bad.jar", result.events.at(0).text);
+}
+
+TEST_F(ComponentLeaf, AnArchiveThatUnpacksEndlesslyIsUnknown) {
+    tester_.settings.fileSystem.maxContentSize = std::uint64_t{1} << 20;
+    ArchiveBuilder large;
+    large.add("a.jar", std::string(std::size_t{2} << 20, 'x'));
+    const LeafResult tooLarge = askOf(large.build(), "jar");
+    EXPECT_TRUE(tooLarge.incomplete);
+    EXPECT_EQ("a member is larger than 1048576 bytes: !/a.jar", tooLarge.events.at(0).text);
+
+    tester_.settings.fileSystem.maxContentSize = std::uint64_t{16} << 20;
+    ArchiveBuilder many;
+    const std::string zeros(std::size_t{16} << 20, '\0');
+    for (int i = 0; i < 20; ++i) many.add(std::to_string(i) + ".jar", zeros);
+    const LeafResult bomb = askOf(many.build(), "jar");
+    EXPECT_EQ(std::vector{EventCode::LimitBytes}, LeafTester::codes(bomb));
+}
+
+TEST_F(ComponentLeaf, DamagedArchivesAreHarmless) {
+    ArchiveBuilder outer;
+    outer.add("a.jar", mavenJar("g", "a", "1"));
+    expectNoHarm(outer.build(), "jar", "dependency a 1 pkg:maven/g/a@1\n");
+}
+
+struct Metadata {
+    const char* format;
+    const char* content;
+    const char* found;
+};
+
+constexpr Metadata kMetadata[] = {
+    {"npm", R"({"name": "left-pad", "version": "1.3.0", "dependencies": {"version": "9"}})",
+     "main left-pad 1.3.0 pkg:npm/left-pad@1.3.0\n"},
+    {"npm", R"({"version": "7.0.0", "name": "@babel/core"})",
+     "main @babel/core 7.0.0 pkg:npm/%40babel/core@7.0.0\n"},
+    {"npm", R"({"name": "workspace"})", ""},
+    {"npm-lock", R"({"lockfileVersion": 3, "packages": {"": {"name": "app", "version": "0.1.0"},
+        "node_modules/a": {"version": "1.0.0"}, "node_modules/a/node_modules/@s/b": {"version": "2.0.0"},
+        "node_modules/alias": {"name": "real", "version": "3.0.0"}, "lib": {"link": true}}})",
+     "main app 0.1.0 pkg:npm/app@0.1.0\ndependency a 1.0.0 pkg:npm/a@1.0.0\n"
+     "dependency @s/b 2.0.0 pkg:npm/%40s/b@2.0.0\ndependency real 3.0.0 pkg:npm/real@3.0.0\n"},
+    {"composer", R"({"packages": [{"name": "Symfony/Console", "version": "v6.4.1"},
+        {"name": "broken"}, {"name": "psr/log", "version": "3.0.0"}], "dev": true})",
+     "dependency symfony/console 6.4.1 pkg:composer/symfony/console@v6.4.1\n"
+     "dependency psr/log 3.0.0 pkg:composer/psr/log@3.0.0\n"},
+    {"composer", R"([{"name": "psr/log", "version": "1.1.4"}])",
+     "dependency psr/log 1.1.4 pkg:composer/psr/log@1.1.4\n"},
+    {"python", "Metadata-Version: 2.1\nName: Typing_Extensions\nVersion: 4.8.0\n\nVersion: 9\n",
+     "main Typing_Extensions 4.8.0 pkg:pypi/typing-extensions@4.8.0\n"},
+    {"gem", "# -*- encoding: utf-8 -*-\n# stub: rake 13.0.6 ruby lib\n\nGem::Specification.new do |s|\n",
+     "main rake 13.0.6 pkg:gem/rake@13.0.6\n"},
+    {"gem", "# stub: nokogiri 1.15.4 x86_64-linux lib\n",
+     "main nokogiri 1.15.4 pkg:gem/nokogiri@1.15.4?platform=x86_64-linux\n"},
+    {"gem",
+     "Gem::Specification.new do |s|\n  s.required_rubygems_version = '1'\n  s.name = \"json\".freeze\n"
+     "  s.version = Gem::Version.new('2.6.3')\nend\n",
+     "main json 2.6.3 pkg:gem/json@2.6.3\n"},
+    {"gem", "Gem::Specification.new do |s|\n  s.name = NAME\n  s.version = Foo::VERSION\nend\n", ""},
+    {"nuget",
+     "<package "
+     "xmlns='urn:x'><metadata><id>Newtonsoft.Json</id><version>13.0.3</version></metadata></package>",
+     "main Newtonsoft.Json 13.0.3 pkg:nuget/Newtonsoft.Json@13.0.3\n"},
+    {"dotnet", R"({"libraries": {"App/1.0.0": {"type": "project"}, "Serilog/3.1.1": {"type": "package"},
+        "runtimepack.Microsoft.NETCore.App.Runtime.linux-x64/8.0.0": {"type": "runtimepack"},
+        "Other/1": {"type": "reference"}, "wrong": {"type": "package"}}})",
+     "main App 1.0.0 pkg:nuget/App@1.0.0\ndependency Serilog 3.1.1 pkg:nuget/Serilog@3.1.1\n"
+     "dependency Microsoft.NETCore.App.Runtime.linux-x64 8.0.0 "
+     "pkg:nuget/Microsoft.NETCore.App.Runtime.linux-x64@8.0.0\n"},
+    {"r", "Package: jsonlite\nVersion: 1.8.7\nTitle: A\n  Version: 9\nBuilt: R 4.3.1\n",
+     "main jsonlite 1.8.7 pkg:cran/jsonlite@1.8.7\n"},
+    {"perl", R"({"name": "JSON-XS", "version": "v4.03", "prereqs": {"name": "x"}})",
+     "main JSON-XS 4.03 pkg:cpan/JSON-XS@4.03\n"},
+};
+
+TEST_F(ComponentLeaf, MetadataOfPackageManagersNamesPackages) {
+    for (const Metadata& metadata : kMetadata) {
+        const LeafResult result = askOf(metadata.content, metadata.format);
+        EXPECT_EQ(metadata.found, textOf(result)) << metadata.content;
+        EXPECT_FALSE(result.incomplete) << metadata.content;
+    }
+}
+
+TEST_F(ComponentLeaf, TruncatedMetadataGivesNoOtherPackages) {
+    for (const Metadata& metadata : kMetadata) {
+        const std::string content = metadata.content;
+        for (std::size_t size = 0; size < content.size(); ++size) {
+            const std::string found = textOf(askOf(content.substr(0, size), metadata.format));
+            const auto lines = [](const std::string& text) { return std::ranges::count(text, '\n'); };
+            EXPECT_LE(lines(found), std::max<std::ptrdiff_t>(1, lines(metadata.found)))
+                << content.substr(0, size);
+        }
+    }
+}
+
+TEST_F(ComponentLeaf, AGroupIsAValue) {
+    EXPECT_EQ("@babel", LeafTester::first(askOf(kMetadata[1].content, "npm"), "group"));
+    EXPECT_EQ("-", LeafTester::first(askOf(kMetadata[0].content, "npm"), "group"));
+}
+
 TEST_F(ComponentLeaf, TooManyComponentsLeaveItIncomplete) {
     tester_.settings.fileSystem.maxMatches = 2;
     for (const auto& [format, content] :
@@ -267,7 +447,7 @@ TEST_F(ComponentLeaf, TooManyComponentsLeaveItIncomplete) {
 }
 
 TEST_F(ComponentLeaf, FilesOfOtherKindsAreFalse) {
-    for (const char* const format : {"go", "rust"}) {
+    for (const char* const format : {"go", "rust", "jar"}) {
         for (const char* const content : {"", "MZ", "#!/bin/sh\n",
                                           "\x7f"
                                           "ELX"}) {

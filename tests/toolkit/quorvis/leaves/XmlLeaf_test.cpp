@@ -49,14 +49,64 @@ TEST(XmlSelection, StepsLeadToValues) {
 }
 
 TEST(XmlSelection, InvalidSelectionsAreRefused) {
-    for (const char* way : {"",     "/",       "//a",  "a//b",   "a/",  "@a",    "/@a",
-                            "a/@",  "a/@b/c",  "a[0]", "a[x]",   "a[1", "a[",    "a[]",
-                            "a]",   "a[1]b",   "a/*",  "a@b",    "[1]", "a[-1]", "a[99999999999999999999]",
-                            "a/b?", "a/{b,c}", "a/@*", "a/@b[1]"}) {
+    for (const char* way :
+         {"",        "/",           "//a",  "a//b",      "a/",    "@a",     "/@a",
+          "a/@",     "a/@b/c",      "a[0]", "a[x]",      "a[1",   "a[",     "a[]",
+          "a]",      "a[1]b",       "a/b*", "a@b",       "a[@b]", "a[b=c]", "a[b='c]",
+          "a[='x']", "a[b='c'][1]", "*b",   "a[b='c'']", "[1]",   "a[-1]",  "a[99999999999999999999]",
+          "a/b?",    "a/{b,c}",     "a/@*", "a/@b[1]"}) {
         std::string problem;
         EXPECT_EQ(std::nullopt, XmlSelection::parse(way, problem)) << way;
         EXPECT_FALSE(problem.empty()) << way;
     }
+}
+
+TEST(XmlSelection, TestsOfAttributesAndChildrenSelect) {
+    const std::pair<const char*, std::vector<std::string>> kCases[] = {
+        {"/project/dependency[@scope='test']/name", {"a"}},
+        {"/project/dependency[@scope=\"run\"]/name", {"<d>"}},
+        {"/project/dependency[@scope='x']/name", {}},
+        {"/project/dependency[name='a']/version", {"1"}},
+        {"/project/dependency[name='b & c']/@scope", {}},
+        {"/project/dependency[name='a']/@scope", {"test"}},
+        {"/project/dependency[version='1']/name", {"a"}},
+        {"/project/dependency[@scope='test'][name='a']/version", {"1"}},
+        {"/project/dependency[@scope='run'][name='a']/version", {}},
+        {"/project/dependency[name='a'][version='2']/name", {}},
+        {"/project/dependency[name='a'][version='1']/name", {"a"}},
+        {"/project/dependency[2][name='b & c']/name", {"b & c"}},
+        {"/project[version='1.2.3']/parent/version", {"0.9"}},
+        {"/project[version='1.2']/parent/version", {}},
+        {"/project/*/version", {"0.9", "1"}},
+        {"/*/*[name='a']/version", {"1"}},
+        {"/*/*[@scope='run']/*", {"<d>"}},
+        {"/project/*[3]/@scope", {"test"}},
+        {"/project/*[@scope='run'][1]/name", {"<d>"}},
+    };
+    for (const auto& [way, values] : kCases) EXPECT_EQ(values, select(kPom, way)) << way;
+}
+
+TEST(XmlSelection, ATestedChildMayFollowTheValue) {
+    const char* const document =
+        "<l><e><v>1</v><k>a</k></e><e><v>2</v><k>b/]'</k></e><e><k>x</k><v>3</v><s><k>a</k></s></e>"
+        "<e><v>4</v><k> a </k><k>c</k></e><e k='a'><v>5</v></e></l>";
+    EXPECT_EQ((std::vector<std::string>{"1", "4"}), select(document, "l/e[k='a']/v"));
+    EXPECT_EQ((std::vector<std::string>{"4"}), select(document, "l/e[k='c']/v")) << "one of them is enough";
+    EXPECT_EQ((std::vector<std::string>{"2"}), select(document, "l/e[k=\"b/]'\"]/v"));
+    EXPECT_EQ((std::vector<std::string>{"5"}), select(document, "l/e[@k='a']/v"));
+}
+
+TEST(XmlSelection, ValuesOfElementsThatFailDoNotCount) {
+    std::string problem;
+    const auto selection = XmlSelection::parse("l/e[k='a']/v", problem);
+    std::string document = "<l>";
+    for (int i = 0; i < 100; ++i) document += "<e><v>0</v><k>b</k></e>";
+    const SelectedValues found = selectValues(document + "<e><v>1</v><k>a</k></e></l>", *selection, 1);
+    EXPECT_EQ(std::vector<std::string>{"1"}, found.values);
+    EXPECT_FALSE(found.tooMany);
+    EXPECT_TRUE(selectValues("<l><e><v>1</v><v>2</v><k>a</k></e></l>", *selection, 1).tooMany);
+    EXPECT_EQ(std::vector<std::string>{"1"}, selectValues("<l><e><v>1</v><k>a</k>", *selection, 10).values);
+    EXPECT_TRUE(selectValues("<l><e><v>1</v><k>a", *selection, 10).values.empty()) << "not decided";
 }
 
 TEST(XmlSelection, ADamagedDocumentGivesTheValuesBeforeTheDamage) {
