@@ -18,9 +18,11 @@ std::string catalogueDirectory() {
                               directory.string()));
 }
 
-// Products may be anywhere, so some patterns begin with "/**".
+// Products may be anywhere, so some patterns begin with "/**". A machine may have many packages of a programming language.
 std::vector<Setting> catalogueSettings() {
-    return {{"FileSystem", "wholeTree", "true"}, {"FileSystem", "maxDepth", "64"}};
+    return {{"FileSystem", "wholeTree", "true"},
+            {"FileSystem", "maxDepth", "64"},
+            {"FileSystem", "maxMatches", "200000"}};
 }
 
 }  // namespace zavcli

@@ -1,10 +1,12 @@
 #include "tests/toolkit/quorvis/BinaryFiles.h"
 
 #include <elf.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 namespace quorvistest {
@@ -69,6 +71,18 @@ std::string block(const std::string& key, const std::string& value, const std::s
     return body.replace(0, 6, number(body.size(), 2) + number(valueSize, 2) + number(1, 2));
 }
 
+// An archive with one uncompressed member.
+std::string archiveOf(const std::string& name, const std::string& content) {
+    const std::string size = number(content.size(), 4);
+    const std::string sizes = number(0, 4) + size + size + number(name.size(), 2) + number(0, 2);
+    const std::string member = std::string("PK\x03\x04") + number(10, 2) + std::string(8, '\0') + sizes;
+    const std::string entry = std::string("PK\x01\x02") + number(10, 2) + number(10, 2) +
+                              std::string(8, '\0') + sizes + std::string(14, '\0') + name;
+    const std::string members = member + name + content;
+    return members + entry + std::string("PK\x05\x06") + std::string(4, '\0') + number(1, 2) + number(1, 2) +
+           number(entry.size(), 4) + number(members.size(), 4) + number(0, 2);
+}
+
 }  // namespace
 
 std::string elfFile(const std::string& section, const std::string& content, const std::string& soname) {
@@ -111,15 +125,35 @@ std::string elfFile(const std::string& section, const std::string& content, cons
 }
 
 std::string jarFile(const std::string& manifest) {
-    const std::string name = "META-INF/MANIFEST.MF";
-    const std::string size = number(manifest.size(), 4);
-    const std::string sizes = number(0, 4) + size + size + number(name.size(), 2) + number(0, 2);
-    const std::string member = std::string("PK\x03\x04") + number(10, 2) + std::string(8, '\0') + sizes;
-    const std::string entry = std::string("PK\x01\x02") + number(10, 2) + number(10, 2) +
-                              std::string(8, '\0') + sizes + std::string(14, '\0') + name;
-    const std::string content = member + name + manifest;
-    return content + entry + std::string("PK\x05\x06") + std::string(4, '\0') + number(1, 2) + number(1, 2) +
-           number(entry.size(), 4) + number(content.size(), 4) + number(0, 2);
+    return archiveOf("META-INF/MANIFEST.MF", manifest);
+}
+
+std::string mavenFile(const std::string& group, const std::string& artifact, const std::string& version) {
+    return archiveOf("META-INF/maven/" + group + "/" + artifact + "/pom.properties",
+                     "groupId=" + group + "\nartifactId=" + artifact + "\nversion=" + version + "\n");
+}
+
+std::string goProgram(const std::string& module, const std::string& version) {
+    const auto withLength = [](const std::string& text) {
+        std::string length;
+        std::size_t size = text.size();
+        for (; size >= 128; size /= 128) length += static_cast<char>(size % 128 + 128);
+        return length + static_cast<char>(size) + text;
+    };
+    const std::string modules =
+        std::string(16, '\x01') + "mod\t" + module + "\t" + version + "\t\n" + std::string(16, '\x02');
+    const std::string header = std::string("\xff Go buildinf:", 14) + '\x08' + '\x02' + std::string(16, '\0');
+    return elfFile(".go.buildinfo", header + withLength("go1.21.3") + withLength(modules), "");
+}
+
+std::string rustProgram(const std::string& crates) {
+    uLongf size = ::compressBound(crates.size());
+    std::string packed(size, '\0');
+    if (::compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+                   reinterpret_cast<const Bytef*>(crates.data()), crates.size()) != Z_OK)
+        throw std::runtime_error("compress");
+    packed.resize(size);
+    return elfFile(".dep-v0", packed, "");
 }
 
 std::string windowsProgram(const std::string& name, const std::string& value) {

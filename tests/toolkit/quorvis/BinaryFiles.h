@@ -11,6 +11,15 @@ std::string elfFile(const std::string& section, const std::string& content, cons
 // A Java archive with only an uncompressed manifest.
 std::string jarFile(const std::string& manifest);
 
+// A Java archive with only the uncompressed properties that Maven adds.
+std::string mavenFile(const std::string& group, const std::string& artifact, const std::string& version);
+
+// A program of Go that was built from this module.
+std::string goProgram(const std::string& module, const std::string& version);
+
+// A program of Rust with a list of its crates in JSON.
+std::string rustProgram(const std::string& crates);
+
 // A Windows program with one text in its version resource.
 std::string windowsProgram(const std::string& name, const std::string& value);
 

@@ -88,6 +88,12 @@ class Planter {
             write(word(thing, 0), elfFile(section, texts, word(thing, 2)));
         } else if (kind == "jar") {
             write(word(thing, 0), jarFile(thing.lines));
+        } else if (kind == "maven") {
+            write(word(thing, 0), mavenFile(word(thing, 1), word(thing, 2), word(thing, 3)));
+        } else if (kind == "go") {
+            write(word(thing, 0), goProgram(word(thing, 1), word(thing, 2)));
+        } else if (kind == "crates") {
+            write(word(thing, 0), rustProgram(thing.lines));
         } else if (kind == "pe") {
             write(word(thing, 0), windowsProgram(word(thing, 1), word(thing, 2)));
         } else if (kind == "link") {

@@ -7,6 +7,9 @@
 //     file PATH                   a file; its lines follow, each with the prefix "| "
 //     elf PATH [SECTION [SONAME]] a program with these texts in its section (default .rodata)
 //     jar PATH                    an archive with these lines as its manifest
+//     maven PATH GROUP ARTIFACT VERSION   an archive with the properties that Maven adds
+//     go PATH MODULE VERSION      a program of Go that was built from this module
+//     crates PATH                 a program of Rust with these lines as its list of crates
 //     pe PATH NAME VALUE          a Windows program with this text in its version resource
 //     link PATH TARGET
 //     running NAME                a program with this name runs on the machine itself, which is scanned instead
