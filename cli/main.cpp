@@ -30,6 +30,7 @@ int run(int argc, const char* const* argv) {
         case Command::Sbom:
             return runSbom(options);
         case Command::Software:
+            if (options.suggest) return runSuggestion(options);
             if (options.list) return runSignatureList(options);
             if (options.check) return runSignatureCheck(options);
             return options.explain ? runSignatureExplanation(options) : runSoftware(options);

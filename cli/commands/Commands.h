@@ -10,6 +10,7 @@ int runGroups(const Options& options);
 int runHardware(const Options& options);
 int runSbom(const Options& options);
 int runSoftware(const Options& options);
+int runSuggestion(const Options& options);
 int runSignatureList(const Options& options);
 int runSignatureCheck(const Options& options);
 int runSignatureExplanation(const Options& options);

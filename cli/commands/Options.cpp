@@ -100,6 +100,7 @@ Examples:
   zav sw signatures.xml --variable minVersion=3.11 --config FileSystem.maxDepth=6
   zav sw signatures.xml --root /mnt/image        scan the system below /mnt/image instead of this machine
   zav sw --list                                  show what the signatures of the command recognise
+  zav sw --suggest /usr/sbin/nginx > nginx.xml   draft a signature, to be corrected and tested
   zav sw --check signatures.xml                  show whether the file is valid, and the lines of the errors
   zav sw --explain GUID signatures.xml           show why this signature matches or not
 
@@ -218,6 +219,8 @@ void addSoftware(CLI::App& app, Options& options, std::string& format) {
     command.add_flag("--details", options.details, "Show all values of each result in the table");
     addScan(command, options, format);
     command.add_flag("--list", options.list, "Only list the signatures: name, publisher and identifier");
+    command.add_option("--suggest", options.suggest, "Only draft a signature for this program or directory")
+        ->type_name("PATH");
     command.add_flag("--check", options.check, "Only check whether the files are valid");
     command.add_option("--explain", options.explain, "Only explain why this signature matches or not")
         ->type_name("GUID");
@@ -306,8 +309,11 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
-                 {"--list", "--explain", "--variable", "--config", "--guid", "--unmanaged", "--details",
-                  "--format", "--output", "--root"});
+                 {"--suggest", "--list", "--explain", "--variable", "--config", "--guid", "--unmanaged",
+                  "--details", "--format", "--output", "--root"});
+    requireAlone(software, "--suggest",
+                 {"FILE", "--list", "--explain", "--variable", "--config", "--guid", "--unmanaged",
+                  "--details", "--format"});
     requireAlone(software, "--list",
                  {"--explain", "--variable", "--config", "--guid", "--unmanaged", "--details", "--root"});
     requireAlone(software, "--explain", {"--guid", "--unmanaged", "--details", "--format", "--output"});

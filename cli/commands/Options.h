@@ -25,6 +25,7 @@ struct Options {
     bool details = false;                 // in the table, a paragraph per result
     bool unmanaged = false;               // only results that no package manager owns
     bool check = false;                   // only check whether the files are valid
+    std::optional<std::string> suggest;   // draft a signature for this program or directory
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
     BillFormat bill = BillFormat::CycloneDx;

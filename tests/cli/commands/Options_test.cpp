@@ -85,6 +85,7 @@ TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     EXPECT_FALSE(full.check);
     EXPECT_TRUE(options({"sw", "--check", "a.xml"}).check);
     EXPECT_TRUE(options({"sw", "--list"}).list);
+    EXPECT_EQ("/x", options({"sw", "--suggest", "/x"}).suggest);
     EXPECT_TRUE(options({"sw", "--details"}).details);
     EXPECT_TRUE(options({"sw", "--unmanaged"}).unmanaged);
 }
@@ -147,7 +148,7 @@ TEST(Options, HelpOfACommandNamesItsOptions) {
         EXPECT_NE(std::string::npos, text.find(option)) << option;
     const std::string software = std::get<HelpText>(parse({"sw", "--help"})).text;
     for (const char* option : {"FILE", "--variable", "--config", "--guid", "--list", "--details",
-                               "--unmanaged", "--check", "--explain", "--format"})
+                               "--unmanaged", "--suggest", "--check", "--explain", "--format"})
         EXPECT_NE(std::string::npos, software.find(option)) << option;
 }
 
@@ -190,6 +191,9 @@ TEST(Options, BadCommandLinesAreRefusedWithTheReason) {
         {{"sw", "--list", "--format", "xml"}, "--list"},
         {{"sw", "--list", "--guid", "g"}, "--guid"},
         {{"sw", "--list", "--check"}, "--list"},
+        {{"sw", "--suggest"}, "--suggest"},
+        {{"sw", "--suggest", "/x", "--check"}, "--suggest"},
+        {{"sw", "--suggest", "/x", "--format", "json"}, "--format"},
         {{"sw", "--list", "--unmanaged"}, "--unmanaged"},
         {{"sw", "--check", "--details"}, "--details"},
         {{"sw", "--explain", "g", "--unmanaged"}, "--unmanaged"},
