@@ -31,10 +31,12 @@ std::vector<Case> allCases() {
     return cases;
 }
 
+// Without empty variables, such as the package of a file that no package manager knows.
 std::string textOf(const FoundSoftware& software) {
     std::string text = software.name + "\n";
-    for (const auto& [name, value] : software.variables)
-        text.append("  ").append(name).append(" = ").append(value).append("\n");
+    for (const auto& [name, value] : software.variables) {
+        if (!value.empty()) text.append("  ").append(name).append(" = ").append(value).append("\n");
+    }
     return text;
 }
 
