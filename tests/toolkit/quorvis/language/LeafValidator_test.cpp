@@ -86,6 +86,11 @@ TEST(LeafValidator, RefusesOrReportsWildcardsInLiterals) {
                 EXPECT_EQ(std::string::npos, warnings.find("wildcard")) << rules.name << " " << name;
                 continue;
             }
+            // A step of a selection may stand for any element.
+            if (attribute == Attribute::Select && value == std::string_view("/1/*/x")) {
+                EXPECT_TRUE(file.problems.empty()) << joined(file.problems);
+                continue;
+            }
             if (!file.problems.empty()) {
                 EXPECT_NE(std::string::npos, joined(file.problems).find(": " + name + " \"")) << rules.name;
                 continue;
