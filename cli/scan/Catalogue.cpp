@@ -18,11 +18,13 @@ std::string catalogueDirectory() {
                               directory.string()));
 }
 
-// Products may be anywhere, so some patterns begin with "/**". A machine may have many packages of a programming language.
+// Products may be anywhere, so some patterns begin with "/**". A machine may have many packages of a programming language. Some
+// libraries have 45 MiB of constants.
 std::vector<Setting> catalogueSettings() {
     return {{"FileSystem", "wholeTree", "true"},
             {"FileSystem", "maxDepth", "64"},
-            {"FileSystem", "maxMatches", "200000"}};
+            {"FileSystem", "maxMatches", "200000"},
+            {"FileSystem", "maxFileSize", "64M"}};
 }
 
 }  // namespace zavcli

@@ -56,6 +56,7 @@ TEST_F(CatalogueTest, ShippedSignaturesSearchTheWholeTree) {
     expectSays(given("signatures"), "guid=\"zav.bash\"");
     expectSays(given("configuration"), "name=\"wholeTree\" value=\"true\"");
     expectSays(given("configuration"), "name=\"maxDepth\" value=\"64\"");
+    expectSays(given("configuration"), "name=\"maxFileSize\" value=\"64M\"");
 }
 
 TEST_F(CatalogueTest, SettingsOfTheCommandLineComeLast) {

@@ -68,7 +68,8 @@ class Scanner:
         with open(self.configuration, "w", encoding="utf-8") as document:
             document.write('<Configuration><Plugin name="FileSystem">'
                            '<Attribute name="wholeTree" value="true"/>'
-                           '<Attribute name="maxDepth" value="64"/></Plugin></Configuration>\n')
+                           '<Attribute name="maxDepth" value="64"/>'
+                           '<Attribute name="maxFileSize" value="64M"/></Plugin></Configuration>\n')
         files = [file for path in signatures for file in signature_files(path)]
         for file in files:
             self._refuse_invalid(file)
