@@ -37,7 +37,7 @@ int runSbom(const Options& options) {
     const HardwareInventory hardware = scanMachine(options, {kSystemGroup, kPackagesGroup});
     const SoftwareInventory software = evaluateSignatures(options, files);
     for (const std::string& message : completenessMessages(hardware)) printMessage(message);
-    for (const std::string& line : warningLines(software.warnings)) printMessage(line);
+    printWarnings(software, options);
     BillOfMaterials bill = makeBill(hardware, software);
     if (options.hashes) addHashes(bill, software.scan.root);
     output.write(options.bill == BillFormat::Spdx ? spdxText(bill, time) : cycloneDxText(bill, time));

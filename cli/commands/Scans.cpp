@@ -138,4 +138,11 @@ SoftwareInventory evaluateSignatures(const Options& options, const std::vector<S
     return inventory;
 }
 
+void printWarnings(const SoftwareInventory& inventory, const Options& options) {
+    const bool concise = options.signatures.empty() && options.verbosity == Verbosity::Errors;
+    const std::vector<std::string> lines =
+        concise ? conciseWarningLines(inventory.warnings) : warningLines(inventory.warnings);
+    for (const std::string& line : lines) printMessage(line);
+}
+
 }  // namespace zavcli

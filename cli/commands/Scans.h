@@ -30,4 +30,8 @@ EvaluationOptions evaluationOptions(const Options& options, const std::vector<Si
 // Evaluates the files and shows the progress.
 SoftwareInventory evaluateSignatures(const Options& options, const std::vector<SignatureFile>& files);
 
+// Prints what could not be examined. The shipped signatures search everything, so private places are only counted
+// unless more messages are requested.
+void printWarnings(const SoftwareInventory& inventory, const Options& options);
+
 }  // namespace zavcli

@@ -70,7 +70,7 @@ int runSoftware(const Options& options) {
     InventoryOutput output(options);
     SoftwareInventory inventory = evaluateSignatures(options, files);
     if (options.unmanaged) std::erase_if(inventory.results, isManaged);
-    for (const std::string& line : warningLines(inventory.warnings)) printMessage(line);
+    printWarnings(inventory, options);
     reportUnmatched(inventory, options.guids);
     output.write(formatted(inventory, options));
     if (!inventory.fault.empty()) throw Failure(kExitFailed, inventory.fault);

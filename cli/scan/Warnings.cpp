@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -16,7 +17,8 @@ namespace zavcli {
 
 namespace {
 
-constexpr std::size_t kMaxNamed = 5;  // signatures that a line names
+constexpr std::size_t kMaxNamed = 5;    // signatures that a line names
+constexpr std::size_t kMaxPrivate = 3;  // places that are named one by one
 
 std::string attribute(const Warning& warning, std::string_view name) {
     return valueOf(warning.attributes, name);
@@ -36,6 +38,12 @@ std::string signatures(const std::vector<std::string>& guids) {
     return fmt::format(" ({} signatures: {}{})", guids.size(),
                        fmt::join(guids.begin(), guids.begin() + static_cast<std::ptrdiff_t>(named), ", "),
                        named < guids.size() ? ", ..." : "");
+}
+
+// Whether the warning tells of a place that the user of the scanner, or every user, may not see.
+bool isPrivate(const Warning& warning) {
+    const std::string code = attribute(warning, "code");
+    return code == "permission" || code == "denied";
 }
 
 // Whether the warning means that a result may be missing.
@@ -102,6 +110,26 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
         texts.push_back(line.guids.size() > 1 ? key + signatures(line.guids) : warningText(*line.first));
     }
     return texts;
+}
+
+std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings) {
+    std::set<std::string> places;
+    for (const Warning& warning : warnings) {
+        if (isPrivate(warning)) places.insert(attribute(warning, "path"));
+    }
+    if (places.size() <= kMaxPrivate) return warningLines(warnings);
+    std::vector<Warning> others;
+    std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(others), [](const Warning& warning) {
+        return !isPrivate(warning) && attribute(warning, "code") != "unresolved";
+    });
+    std::vector<std::string> lines = warningLines(others);
+    const std::size_t undecided = undecidedSignatures(warnings).size();
+    lines.push_back(
+        fmt::format("warning: {} files and directories may not be read or searched by all users, so {} "
+                    "signatures are undecided; -v "
+                    "names them",
+                    places.size(), undecided));
+    return lines;
 }
 
 std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings) {

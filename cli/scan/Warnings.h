@@ -18,6 +18,10 @@ std::string warningText(const Warning& warning);
 // "warning: /opt/x: No permission to search this directory (30 signatures: A, B, C, ...)".
 std::vector<std::string> warningLines(const std::vector<Warning>& warnings);
 
+// The same, except that more than three places that users may not search or read, and the signatures that are
+// undecided, share one line.
+std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings);
+
 // The identifiers of the signatures of which it is unknown whether they match, each once.
 std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings);
 

@@ -151,6 +151,24 @@ TEST_F(CatalogueTest, TableFitsTheTerminal) {
     expectSays(swWith(kResults).run().out, "/srv/app/node_modules/left-pad");
 }
 
+TEST_F(CatalogueTest, PrivatePlacesAreCountedAndNamedOnRequest) {
+    std::string events = "<Events>";
+    for (const char* path : {"/a", "/b", "/c", "/d"})
+        events += std::string("<Event code=\"denied\" severity=\"warning\" guid=\"zav.b\" path=\"") + path +
+                  "\" count=\"1\">private</Event>";
+    const std::string file = scratch_.write("events.xml", events + "</Events>").string();
+    const auto messages = [&](std::vector<std::string> arguments) {
+        return swWith(kResults, std::move(arguments)).environment("ZAVTEST_WARNINGS", file).run().err;
+    };
+    expectSays(messages({}),
+               "zav: warning: 4 files and directories may not be read or searched by all users");
+    EXPECT_EQ(std::string::npos, messages({}).find("/c"));
+    expectSays(messages({"-v"}), "zav: warning: /c: private");
+    const std::string own =
+        scratch_.write("one.xml", "<Signatures><Signature guid=\"g\"/></Signatures>").string();
+    expectSays(messages({own}), "zav: warning: /c: private");
+}
+
 TEST_F(CatalogueTest, MissingSignaturesAreReportedWithTheirPlace) {
     const std::filesystem::path copy = scratch_.path() / "bin" / "zav";
     std::filesystem::create_directory(copy.parent_path());

@@ -77,5 +77,22 @@ TEST(Warnings, LongOnesAreNotShortened) {
     EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));
 }
 
+TEST(Warnings, ManyPrivatePlacesShareALine) {
+    std::vector<Warning> warnings;
+    for (const char* path : {"/a", "/b", "/c"}) {
+        for (const char* guid : {"g1", "g2"})
+            warnings.push_back({{{"code", "denied"}, {"path", path}, {"guid", guid}}, "private"});
+    }
+    warnings.push_back({{{"code", "unresolved"}, {"guid", "g1"}}, "unknown"});
+    warnings.push_back({{{"code", "io"}, {"path", "/x"}}, "cannot be read"});
+    EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings)) << "three places are named";
+    warnings.push_back({{{"code", "permission"}, {"path", "/d"}, {"guid", "g1"}}, "private"});
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: /x: cannot be read",
+                  "warning: 4 files and directories may not be read or searched by all users, so 1 "
+                  "signatures are undecided; -v names them"}),
+              conciseWarningLines(warnings));
+}
+
 }  // namespace
 }  // namespace zavcli
