@@ -14,7 +14,7 @@ import page
 import trees
 from outcome import NOT_FOUND, RIGHT, VERSIONLESS, WRONG, Outcome, Totals
 from products import Product, Table, TableFault
-from scanner import Result
+from scanner import REPOSITORY, Result
 from subjects import Storeroom, Subject
 from versions import upstream
 
@@ -266,15 +266,22 @@ class Pages(WithOutcomes, Scratch):
                                self.outcome(("zav.quiet", ""), name="quiet", untold="its version is in no file"),
                                self.outcome(name="missing")]}
         signatures = {guid: ElementTree.Element("Signature", guid=guid, name=guid.upper())
-                      for guid in ("zav.tool", "zav.quiet", "zav.other")}
-        page.write(self.path("page.md"), outcomes, {"trixie": Totals(outcomes["trixie"])}, signatures)
+                      for guid in ("zav.tool", "zav.quiet", "zav.other", "zav.package.npm")}
+        page.write(self.path("page.md"), outcomes, {"trixie": Totals(outcomes["trixie"])}, signatures, ["zav.package"])
         with open(self.path("page.md")) as file:
             lines = file.read().splitlines()
         self.assertIn("| trixie | 3 | 1 | 0 | 1 | 1 | 0 |", lines)
         self.assertIn("| ZAV.TOOL | `zav.tool` | 1.2 |  |", lines)
-        self.assertIn("| ZAV.QUIET | `zav.quiet` | without a version in 1.2: its version is in no file |  |", lines)
+        self.assertIn("| ZAV.QUIET | `zav.quiet` | found without a version in 1.2: its version is in no file |  |", lines)
         self.assertIn("| missing |  | not found in 1.2 |  |", lines)
         self.assertIn("| ZAV.OTHER | `zav.other` |", lines)
+        self.assertIn("`zav.package.npm`.", lines)
+
+    def test_page_of_the_project_has_every_product(self):
+        with open(os.path.join(REPOSITORY, "docs/software-catalogue.md")) as file:
+            text = file.read()
+        for product in Table().products:
+            self.assertTrue(any(f"`{guid}`" in text or f"`{guid}." in text for guid in product.guids), product.name)
 
 
 class Tables(unittest.TestCase):

@@ -3,14 +3,14 @@ import os
 import re
 
 from outcome import NOT_FOUND, RIGHT, VERSIONLESS
+from products import belongs
 
 _KINDS = {"elf": "text in {}", "content": "text in {}", "property": "setting in {}", "xml": "element in {}",
           "fileVersion": "product information of {}", "glob": "{}", "file": "{}", "package": "package {}"}
 _HEAD = """# The software catalogue
 
 `zav sw` recognises the products of this page by their package and by their own files. The versions are those of Debian packages
-that were unpacked without the package database. The files of each were scanned with the signatures of the catalogue, and nothing
-but this version was reported for the product. `tests/lab/software/run --write-page` writes this page.
+that were unpacked without the package database. The files of each were scanned with the signatures of the catalogue. `tests/lab/software/run --write-page` writes this page.
 [CONTRIBUTING](../CONTRIBUTING.md#the-software-laboratory) tells how to run the laboratory.
 
 | suite | products | right version | wrong version | found, files tell no version | not found | results of other products |
@@ -18,8 +18,8 @@ but this version was reported for the product. `tests/lab/software/run --write-p
 """
 
 
-def write(path, outcomes, totals, signatures):
-    """outcomes, totals: by suite. signatures: the elements by guid."""
+def write(path, outcomes, totals, signatures, cataloguers):
+    """outcomes, totals: by suite. signatures: the elements by guid. cataloguers: the guids of signatures of language packages."""
     with open(path, "w", encoding="utf-8") as page:
         page.write(_HEAD)
         for suite, total in totals.items():
@@ -39,7 +39,10 @@ def write(path, outcomes, totals, signatures):
                     covered |= guids
                     page.write(f"| {_title(product, guids, signatures)} | {_list(sorted(guids), '`{}`')} | {_versions(those)} "
                                f"| {_evidence(those)} |\n")
-        _write_untested(page, signatures, covered)
+        catalogued = sorted(guid for guid in signatures if belongs(guid, cataloguers))
+        page.write("\n## Packages of languages\n\nThese signatures report every package that they find, with the version of its "
+                   f"own metadata:\n{_list(catalogued, '`{}`')}.\n")
+        _write_others(page, {guid: signature for guid, signature in signatures.items() if guid not in covered.union(catalogued)})
 
 
 def _list(texts, form="{}"):
@@ -50,20 +53,22 @@ def _title(product, guids, signatures):
     for guid in sorted(guids):
         home = signatures[guid].findtext("Metadata/Home") or signatures[guid].findtext("Metadata/Homepage")
         name = signatures[guid].findtext("Metadata/Name") or signatures[guid].get("name")
+        name = re.sub(r"\$\{[^}]*\}", "...", name)
         return f"[{name}]({home})" if home else name
     return product.name
 
 
 def _versions(outcomes):
     told = list(dict.fromkeys(outcome.expected for outcome in outcomes if outcome.state == RIGHT))
-    notes = []
+    notes = {}
     for outcome in outcomes:
         if outcome.state == VERSIONLESS:
-            reason = outcome.untold or "the signature does not find it"
-            notes.append(f"without a version in {outcome.expected}: {reason}")
+            reason = outcome.untold or "the signature does not see it"
+            notes.setdefault(f"found without a version in {{}}: {reason}", []).append(outcome.expected)
         elif outcome.state != RIGHT:
-            notes.append(f"{outcome.state} in {outcome.expected}")
-    return "; ".join([_list(told)] * bool(told) + list(dict.fromkeys(notes)))
+            notes.setdefault(f"{outcome.state} in {{}}", []).append(outcome.expected)
+    told = [_list(told)] if told else []
+    return "; ".join(told + [note.format(_list(dict.fromkeys(versions))) for note, versions in notes.items()])
 
 
 def _evidence(outcomes):
@@ -76,11 +81,9 @@ def _evidence(outcomes):
     return ""
 
 
-def _write_untested(page, signatures, covered):
-    rest = {guid: signature for guid, signature in signatures.items() if guid not in covered}
-    if rest:
-        page.write("\n## Tested with files made by hand\n\nThese are not in the suites, or only in larger packages than the laboratory "
-                   "fetches.\n\n| product | signature |\n|---|---|\n")
-        for guid in sorted(rest):
-            name = re.sub(r"\$\{[^}]*\}", "...", rest[guid].get("name", ""))
-            page.write(f"| {name} | `{guid}` |\n")
+def _write_others(page, signatures):
+    if signatures:
+        page.write("\n## Not in the laboratory\n\nThese products are not in the suites, or only in larger packages than the "
+                   "laboratory fetches.\n\n| product | signature |\n|---|---|\n")
+        for guid in sorted(signatures):
+            page.write(f"| {_title(None, [guid], signatures)} | `{guid}` |\n")
