@@ -69,6 +69,7 @@ class Scanner:
             document.write('<Configuration><Plugin name="FileSystem">'
                            '<Attribute name="wholeTree" value="true"/>'
                            '<Attribute name="maxDepth" value="64"/>'
+                           '<Attribute name="maxMatches" value="200000"/>'
                            '<Attribute name="maxFileSize" value="64M"/></Plugin></Configuration>\n')
         files = [file for path in signatures for file in signature_files(path)]
         for file in files:
