@@ -1,5 +1,5 @@
 """libraries.py CACHE: fetches the libraries of both formats' projects from a suite of Debian that has them, and unpacks them
-below CACHE. Prints the directory."""
+below CACHE. Prints the directory. The status is 75 if the mirror does not answer."""
 import os
 import subprocess
 import sys
@@ -25,7 +25,8 @@ def main():
             sys.exit(f"the suite {SUITE} has no package {', '.join(missing)}")
         mirror.fetch(packages.values())
     except mirrors.MirrorUnreachable as fault:
-        sys.exit(f"the mirror of this machine's apt does not answer, so no library is there to read with: {fault}")
+        print(f"the mirror of this machine's apt does not answer, so no library is there to read with: {fault}", file=sys.stderr)
+        sys.exit(75)
     version = "-".join(sorted(package.archive_name() for package in packages.values()))
     directory = os.path.join(cache, SUITE, "unpacked")
     stamp = os.path.join(directory, "complete")
