@@ -68,6 +68,9 @@ void readRpm(std::string_view input) {
         must(text.find('\0') == std::string_view::npos);
     }
     must(isPartOf(toolkit::nameOfSourceRpm(package.sourceRpm), package.sourceRpm));
+    toolkit::readRpmFiles(input, [input](std::string_view directory, std::string_view name) {
+        must(isPartOf(directory, input) && isPartOf(name, input));
+    });
 }
 
 void readApk(std::string_view input) {

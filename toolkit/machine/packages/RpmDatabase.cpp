@@ -28,11 +28,94 @@ enum Tag : std::uint64_t {
     kVendor = 1011,
     kGroup = 1016,
     kArchitecture = 1022,
+    kFileStates = 1029,
+    kFileModes = 1030,
     kSourceRpm = 1044,
+    kDirectoryIndexes = 1116,
+    kBaseNames = 1117,
+    kDirectoryNames = 1118,
     kLongSize = 5009,
 };
 
-enum Type : std::uint64_t { kInt32 = 4, kInt64 = 5, kString = 6, kTranslatedString = 9 };
+enum Type : std::uint64_t {
+    kChar = 1,
+    kInt16 = 3,
+    kInt32 = 4,
+    kInt64 = 5,
+    kString = 6,
+    kStringArray = 8,
+    kTranslatedString = 9
+};
+
+struct HeaderEntry {
+    std::uint64_t tag = 0;
+    std::uint64_t type = 0;
+    std::uint64_t count = 0;
+    std::string_view bytes;  // from its value to the end of the store
+};
+
+// Visits the entries of a header. False when it is damaged.
+template <class Visit>
+bool visitEntries(std::string_view header, Visit visit) {
+    if (header.size() < kCounts) return false;
+    const std::uint64_t entries = bigEndian(header, 0, 4);
+    const std::uint64_t storeSize = bigEndian(header, 4, 4);
+    const std::uint64_t indexSize = entries * kEntry;
+    if (kCounts + indexSize + storeSize > header.size()) return false;
+    std::string_view index = header.substr(kCounts, static_cast<std::size_t>(indexSize));
+    const std::string_view store = header.substr(kCounts + index.size(), static_cast<std::size_t>(storeSize));
+    for (; !index.empty(); index.remove_prefix(kEntry)) {
+        // The offsets of entries that describe regions may be outside of the store.
+        const std::uint64_t offset = std::min<std::uint64_t>(bigEndian(index, 8, 4), store.size());
+        visit(HeaderEntry{bigEndian(index, 0, 4), bigEndian(index, 4, 4), bigEndian(index, 12, 4),
+                          store.substr(static_cast<std::size_t>(offset))});
+    }
+    return true;
+}
+
+// Takes the next text of an array. False when the array has no other one.
+bool nextText(HeaderEntry& array, std::string_view& text) {
+    const std::size_t end = array.count == 0 ? std::string_view::npos : array.bytes.find('\0');
+    if (end == std::string_view::npos) return false;
+    text = array.bytes.substr(0, end);
+    array.bytes.remove_prefix(end + 1);
+    --array.count;
+    return true;
+}
+
+// The entry if it has this type and room for the numbers that it claims, else an empty one.
+HeaderEntry numbers(const HeaderEntry& entry, std::uint64_t type, std::size_t width) {
+    return entry.type == type && entry.count <= entry.bytes.size() / width ? entry : HeaderEntry();
+}
+
+struct FileEntries {
+    HeaderEntry baseNames;
+    HeaderEntry directoryNames;
+    HeaderEntry directoryIndexes;
+    HeaderEntry modes;
+    HeaderEntry states;
+};
+
+FileEntries fileEntriesOf(std::string_view header, bool& whole) {
+    FileEntries files;
+    whole = visitEntries(header, [&files](const HeaderEntry& entry) {
+        if (entry.tag == kBaseNames && entry.type == kStringArray) files.baseNames = entry;
+        if (entry.tag == kDirectoryNames && entry.type == kStringArray) files.directoryNames = entry;
+        if (entry.tag == kDirectoryIndexes) files.directoryIndexes = numbers(entry, kInt32, 4);
+        if (entry.tag == kFileModes) files.modes = numbers(entry, kInt16, 2);
+        if (entry.tag == kFileStates) files.states = numbers(entry, kChar, 1);
+    });
+    return files;
+}
+
+// Whether the file with this index is a directory, or was not installed or was replaced by that of another package.
+bool isLeftOut(const FileEntries& files, std::size_t index) {
+    constexpr std::uint64_t kTypeBits = 0170000;
+    constexpr std::uint64_t kDirectory = 0040000;
+    if (index < files.modes.count && (bigEndian(files.modes.bytes, 2 * index, 2) & kTypeBits) == kDirectory)
+        return true;
+    return index < files.states.count && files.states.bytes[index] != 0;
+}
 
 // The text at the beginning of `bytes`. The first of several translations is the original. Empty when no end is found within the
 // maximum length.
@@ -94,20 +177,29 @@ void storeEntry(std::uint64_t tag, std::uint64_t type, std::string_view bytes, R
 
 bool readRpmHeader(std::string_view header, RpmPackage& package) {
     package = {};
-    if (header.size() < kCounts) return false;
-    const std::uint64_t entries = bigEndian(header, 0, 4);
-    const std::uint64_t storeSize = bigEndian(header, 4, 4);
-    const std::uint64_t indexSize = entries * kEntry;
-    if (kCounts + indexSize + storeSize > header.size()) return false;
-    std::string_view index = header.substr(kCounts, static_cast<std::size_t>(indexSize));
-    const std::string_view store = header.substr(kCounts + index.size(), static_cast<std::size_t>(storeSize));
-    for (; !index.empty(); index.remove_prefix(kEntry)) {
-        // The offsets of entries that describe regions may be outside of the store.
-        const std::uint64_t offset = std::min<std::uint64_t>(bigEndian(index, 8, 4), store.size());
-        const std::string_view value = store.substr(static_cast<std::size_t>(offset));
-        storeEntry(bigEndian(index, 0, 4), bigEndian(index, 4, 4), value, package);
+    const bool whole = visitEntries(header, [&package](const HeaderEntry& entry) {
+        storeEntry(entry.tag, entry.type, entry.bytes, package);
+    });
+    return whole && !package.name.empty();
+}
+
+bool readRpmFiles(std::string_view header,
+                  const std::function<void(std::string_view directory, std::string_view name)>& visit) {
+    bool whole = false;
+    FileEntries files = fileEntriesOf(header, whole);
+    std::vector<std::string_view> directories;
+    for (std::string_view name; nextText(files.directoryNames, name);) {
+        while (name.ends_with('/')) name.remove_suffix(1);
+        directories.push_back(name);
     }
-    return !package.name.empty();
+    std::string_view name;
+    for (std::size_t i = 0; nextText(files.baseNames, name); ++i) {
+        if (i >= files.directoryIndexes.count) return false;
+        const std::uint64_t directory = bigEndian(files.directoryIndexes.bytes, 4 * i, 4);
+        if (directory >= directories.size()) return false;
+        if (!isLeftOut(files, i)) visit(directories[directory], name);
+    }
+    return whole;
 }
 
 std::string_view nameOfSourceRpm(std::string_view sourceRpm) {
@@ -157,34 +249,26 @@ bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
     return first != 0;
 }
 
-PackageReading readFile(InputFile& file, const Root& root, const std::string& path, PackageTexts& texts,
-                        const PackageVisitor& visit) {
+PackageReading readFile(InputFile& file, const Root& root, const std::string& path, Budget& budget,
+                        const RpmHeaderVisitor& visit) {
     PackageReading result;
     if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
     if (file.state() != InputFile::State::Open) return result;
-    const auto inputOf = [&texts](InputFile& input) -> SqliteInput {
+    const auto inputOf = [&budget](InputFile& input) -> SqliteInput {
         return {[&](std::uint64_t offset, std::span<char> bytes) {
-                    return texts.budget().read(bytes.size()) && input.readAt(offset, bytes) == bytes.size();
+                    return budget.read(bytes.size()) && input.readAt(offset, bytes) == bytes.size();
                 },
                 input.size()};
     };
-    const std::string_view database = texts.keep(path);
     const std::string logPath = path + "-wal";
     InputFile log(root, logPath);
     if (log.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, logPath);
     bool headersWhole = true;
     const auto readRow = [&](std::string_view record) {
-        RpmPackage rpm;
-        if (!texts.budget().item()) return;
-        if (!readRpmHeader(sqliteColumn(record, 1).bytes, rpm)) {
-            headersWhole = false;
-        } else if (!isKey(rpm)) {
-            const InstalledPackage package = packageOf(rpm, database, texts);
-            if (!texts.budget().isSpent()) visit(package);
-        }
+        if (budget.item() && !visit(sqliteColumn(record, 1).bytes, path)) headersWhole = false;
     };
     const SqliteReading reading = readSqliteTable(inputOf(file), inputOf(log), "Packages", readRow);
-    if (texts.budget().isSpent()) {
+    if (budget.isSpent()) {
         result.note(Damage::TooLarge, path);
     } else if (reading == SqliteReading::Incomplete || !headersWhole) {
         result.note(Damage::Broken, path);
@@ -198,14 +282,31 @@ PackageReading readFile(InputFile& file, const Root& root, const std::string& pa
 
 PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
                              const PackageVisitor& visit) {
+    std::string_view kept;  // the path of the database
+    return visitRpmHeaders(root, database, texts.budget(),
+                           [&](std::string_view header, const std::string& path) {
+                               if (kept.empty()) kept = texts.keep(path);
+                               RpmPackage rpm;
+                               if (!readRpmHeader(header, rpm)) return false;
+                               if (isKey(rpm)) return true;
+                               const InstalledPackage package = packageOf(rpm, kept, texts);
+                               if (!texts.budget().isSpent()) visit(package);
+                               return true;
+                           });
+}
+
+}  // namespace
+
+PackageReading visitRpmHeaders(const Root& root, const std::string& database, Budget& budget,
+                               const RpmHeaderVisitor& visit) {
     if (!database.empty()) {
         InputFile file(root, database);
-        return readFile(file, root, database, texts, visit);
+        return readFile(file, root, database, budget, visit);
     }
     for (const std::string folder : {"/usr/lib/sysimage/rpm", "/var/lib/rpm"}) {
         const std::string path = folder + "/rpmdb.sqlite";
         InputFile file(root, path);
-        if (file.state() != InputFile::State::Missing) return readFile(file, root, path, texts, visit);
+        if (file.state() != InputFile::State::Missing) return readFile(file, root, path, budget, visit);
         // The database formats of earlier versions of rpm.
         for (const char* const old : {"/Packages", "/Packages.db"}) {
             if (root.exists(folder + old)) return {Damage::Unsupported, folder + old};
@@ -213,8 +314,6 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
     }
     return {};
 }
-
-}  // namespace
 
 constinit const PackageDatabase kRpmDatabase{PackageType::Rpm, "rpm", "rpm", true, visitPackages};
 

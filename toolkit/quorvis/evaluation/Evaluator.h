@@ -7,28 +7,13 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/quorvis/evaluation/SignatureEvaluation.h"
 #include "toolkit/quorvis/language/Signature.h"
 #include "toolkit/quorvis/language/Variables.h"
 #include "toolkit/quorvis/leaves/EvaluationContext.h"
 #include "toolkit/quorvis/leaves/LeafCache.h"
-#include "toolkit/quorvis/report/Documents.h"
-#include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
-
-// Receives the results of an evaluation as soon as they are known.
-class EvaluationSink {
-  public:
-    virtual ~EvaluationSink() = default;
-    // The evaluation of the signature with this index begins.
-    virtual void onBegin(std::size_t /*index*/, std::string_view /*guid*/) {}
-    // The evaluation of a Detection of this signature begins. `last`: no other one follows.
-    virtual void onDetection(std::size_t /*index*/, bool /*last*/) {}
-    virtual void onMatch(const Match& match) = 0;
-    virtual void onEvent(Event event) = 0;
-    // A line for --explain: the outcome of a condition.
-    virtual void onExplanation(std::string line) = 0;
-};
 
 // Where an evaluation begins.
 struct EvaluationStart {

@@ -19,14 +19,30 @@ bool before(const Row& left, const Row& right) {
            std::tie(right.name, right.version, right.architecture, right.type);
 }
 
-std::vector<PackageType> wantedTypes(const Settings::Packages& settings) {
-    std::vector<PackageType> types;
-    for (const std::string& name : settings.types) {
-        if (const auto type = packageTypeNamed(name)) types.push_back(*type);
-    }
-    if (types.empty()) types.assign(kPackageTypes.begin(), kPackageTypes.end());
-    return types;
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
 }
+
+// The prefix of all names that the regex matches: the plain characters after a "^". Empty when the regex has
+// alternatives.
+std::string requiredPrefix(std::string_view pattern) {
+    std::string prefix;
+    if (!pattern.starts_with('^') || pattern.find('|') != std::string_view::npos) return prefix;
+    for (std::size_t i = 1; i < pattern.size(); ++i) {
+        const bool escaped = pattern.substr(i).starts_with("\\.") || pattern.substr(i).starts_with("\\+");
+        if (escaped) ++i;
+        if (!escaped && !isPlain(pattern[i])) {
+            // An optional character is not required.
+            if (!prefix.empty() && std::string_view("*?{").find(pattern[i]) != std::string_view::npos)
+                prefix.pop_back();
+            break;
+        }
+        prefix += pattern[i];
+    }
+    return prefix;
+}
+
+}  // namespace
 
 std::string_view describe(PackageReading::Damage damage) {
     using Damage = PackageReading::Damage;
@@ -60,30 +76,19 @@ EventCode codeOf(PackageReading::Damage damage) {
     }
 }
 
-bool isPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
-}
-
-// The prefix of all names that the regex matches: the plain characters after a "^". Empty when the regex has
-// alternatives.
-std::string requiredPrefix(std::string_view pattern) {
-    std::string prefix;
-    if (!pattern.starts_with('^') || pattern.find('|') != std::string_view::npos) return prefix;
-    for (std::size_t i = 1; i < pattern.size(); ++i) {
-        const bool escaped = pattern.substr(i).starts_with("\\.") || pattern.substr(i).starts_with("\\+");
-        if (escaped) ++i;
-        if (!escaped && !isPlain(pattern[i])) {
-            // An optional character is not required.
-            if (!prefix.empty() && std::string_view("*?{").find(pattern[i]) != std::string_view::npos)
-                prefix.pop_back();
-            break;
-        }
-        prefix += pattern[i];
+std::vector<PackageType> PackageIndex::types() const {
+    std::vector<PackageType> types;
+    for (const std::string& name : settings_.types) {
+        if (const auto type = packageTypeNamed(name)) types.push_back(*type);
     }
-    return prefix;
+    if (types.empty()) types.assign(kPackageTypes.begin(), kPackageTypes.end());
+    return types;
 }
 
-}  // namespace
+std::span<const Row> PackageIndex::all() {
+    load();
+    return rows_;
+}
 
 void PackageIndex::load() {
     if (std::exchange(loaded_, true)) return;
@@ -101,9 +106,9 @@ void PackageIndex::load() {
 
 void PackageIndex::loadAll() {
     texts_.endAt(budget_.currentDeadline());
-    const std::vector<PackageType> types = wantedTypes(settings_);
-    for (const PackageType type : types) {
-        const bool first = type == types.front();
+    const std::vector<PackageType> wanted = types();
+    for (const PackageType type : wanted) {
+        const bool first = type == wanted.front();
         loadType(type, first ? settings_.database : std::string());
     }
     if (!std::ranges::is_sorted(rows_, before)) std::ranges::sort(rows_, before);

@@ -19,6 +19,10 @@ class RE2;
 
 namespace toolkit::quorvis {
 
+// "damaged", and the code of the event that reports it.
+std::string_view describe(PackageReading::Damage damage);
+EventCode codeOf(PackageReading::Damage damage);
+
 // The installed packages, found by name. They are read on the first lookup, from the databases of the types that the
 // settings name. The setting "database" gives the place of the first type's database, of dpkg's when no type is named.
 class PackageIndex {
@@ -40,6 +44,10 @@ class PackageIndex {
     PackageIndex(const Root& root, const Settings::Packages& settings, const LookupBudget& budget)
         : root_(root), settings_(settings), budget_(budget) {}
 
+    // The types of packages that are read.
+    std::vector<PackageType> types() const;
+    // All packages, sorted by name, version, architecture and type.
+    std::span<const Row> all();
     // The packages with exactly this name, sorted by version, architecture and type.
     std::span<const Row> named(std::string_view name);
     // The packages whose names the regex matches anywhere, sorted by name, version, architecture and type.

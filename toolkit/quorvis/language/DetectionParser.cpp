@@ -55,6 +55,7 @@ void DetectionParser::finish() {
         diagnostics_.problem(parent_, std::string(parent_.name) + " has neither Each nor Match");
     detection_.endLeaf = signature_.leaves.size();
     checkIdentifiers(signature_, detection_, parent_, diagnostics_);
+    noteOwners(signature_, detection_);
     signature_.detections.push_back(std::move(detection_));
 }
 

@@ -1,5 +1,7 @@
 #include "toolkit/quorvis/language/LeafParser.h"
 
+#include <re2/re2.h>
+
 #include <algorithm>
 #include <charconv>
 
@@ -94,18 +96,48 @@ void checkValueName(const Element& element, const LeafRules& rules, const Leaf& 
     }
 }
 
+// Whether an item of this leaf may have a value of this name.
+bool hasValue(const LeafRules& rules, const Leaf& leaf, std::string_view name) {
+    const auto sameName = [&](const auto& named) { return named.name == name; };
+    return std::ranges::find(rules.values, name) != rules.values.end() ||
+           std::ranges::any_of(leaf.captures, sameName) || std::ranges::any_of(leaf.keys, sameName) ||
+           (rules.kind == LeafKind::Process && name == kArguments);
+}
+
+// Checks the expression that a Capture searches a value of the items for.
+void checkCaptureOfValue(const Element& element, const LeafRules& rules, const Leaf& leaf,
+                         const Capture& capture, Diagnostics& diagnostics) {
+    if (!hasValue(rules, leaf, capture.of))
+        diagnostics.problem(element,
+                            std::string(rules.name) + " has no value " + quoted(capture.of) + " here");
+    std::string problem;
+    if (capture.regex.find("${") != std::string_view::npos) {
+        problem = "the expression of a value cannot have variables";
+    } else if (const re2::RE2* const regex = compileRegex(capture.regex, {}, problem)) {
+        if (capture.group > regex->NumberOfCapturingGroups())
+            diagnostics.problem(element, "regex has no group " + std::to_string(capture.group));
+    }
+    if (!problem.empty()) diagnostics.problem(element, "regex " + quoted(capture.regex) + ": " + problem);
+}
+
 void parseCapture(const Element& element, const LeafRules& rules, Leaf& leaf, Diagnostics& diagnostics) {
-    constexpr std::array<AttributeName, 2> kNames = {{{"group", true}, {"name", true}}};
-    const auto [group, name] = valuesOf(element, kNames, diagnostics);
+    constexpr std::array<AttributeName, 4> kNames = {{{"group", true}, {"name", true}, {"of"}, {"regex"}}};
+    const auto [group, name, of, regex] = valuesOf(element, kNames, diagnostics);
     requireNoChildren(element, diagnostics);
-    if (!group || !name) return;
+    if (!rules.captures && !of) reportMissingAttribute(element, "of", diagnostics);
+    if (of && !regex) reportMissingAttribute(element, "regex", diagnostics);
+    if (regex && !of && rules.captures) reportMissingAttribute(element, "of", diagnostics);
+    if (!group || !name || of.has_value() != regex.has_value()) return;
     std::uint32_t number = 0;
     if (!isNumber(*group, number) || number > std::uint32_t{kMaxGroups}) {
         diagnostics.problem(element, "group " + quoted(*group) + " is not a number up to 32");
         return;
     }
     checkValueName(element, rules, leaf, *name, diagnostics);
-    leaf.captures.push_back({static_cast<int>(number), *name});
+    const Capture capture{static_cast<int>(number), *name, of.value_or(std::string_view()),
+                          regex.value_or(std::string_view())};
+    if (of) checkCaptureOfValue(element, rules, leaf, capture, diagnostics);
+    leaf.captures.push_back(capture);
 }
 
 void parseValue(const Element& element, const LeafRules& rules, Leaf& leaf, Diagnostics& diagnostics) {
@@ -140,7 +172,7 @@ Leaf parseLeaf(const Element& element, const LeafRules& rules, const Settings& s
     parseAttributes(element, rules, leaf, diagnostics);
     checkPresence(element, rules, leaf, diagnostics);
     forEachElement(element, diagnostics, [&](const Element& child) {
-        if (rules.captures && child.name == "Capture") {
+        if (rules.kind != LeafKind::Compare && child.name == "Capture") {
             parseCapture(child, rules, leaf, diagnostics);
         } else if (rules.keys && child.name == "Value") {
             parseValue(child, rules, leaf, diagnostics);

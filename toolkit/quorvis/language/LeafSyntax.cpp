@@ -162,6 +162,10 @@ const LeafRules& leafRules(LeafKind kind) {
     return kLeaves.at(static_cast<std::size_t>(kind));
 }
 
+bool findsFiles(LeafKind kind) {
+    return kind != LeafKind::Package && kind != LeafKind::Compare;
+}
+
 std::string_view nameOf(Attribute attribute) {
     return kNames.at(static_cast<std::size_t>(attribute)).name;
 }

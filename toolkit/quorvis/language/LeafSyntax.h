@@ -1,6 +1,7 @@
 // The syntax of the leaves: their kinds, their attributes, and the values that they provide.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -109,10 +110,17 @@ struct LeafRules {
     AttributeSet allowed;
     AttributeSet required;                     // all of them must be present
     AttributeSet oneOf;                        // unless empty, at least one of them must be present
-    bool captures = false;                     // whether Capture elements are allowed
+    bool captures = false;                     // whether Capture elements may name groups of its regex
     std::span<const std::string_view> values;  // the fields that the leaf provides besides captures
     bool keys = false;                         // whether Value elements are allowed
 };
+
+// The values that every leaf that finds files provides besides: of the package that owns the file.
+inline constexpr std::array<std::string_view, 3> kOwnerValues = {"package", "packageName", "packageUpstream"};
+bool findsFiles(LeafKind kind);
+
+// The arguments of a Process, which Capture may search, but which are no value.
+inline constexpr std::string_view kArguments = "args";
 
 // Null when no leaf has this name.
 const LeafRules* leafRules(std::string_view name);

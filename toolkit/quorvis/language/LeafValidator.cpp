@@ -254,7 +254,8 @@ Problem problemOfRegex(const Leaf& leaf, Attribute attribute, const Template& te
     const std::optional<int> groups = groupsOf(sample(text, "x"), flagsOf(leaf), problem);
     if (!groups) return std::string(nameOf(attribute)) + " " + quoted(text.source()) + ": " + problem;
     for (const Capture& capture : leaf.captures) {
-        if (capture.group > *groups) return "regex has no group " + std::to_string(capture.group);
+        if (capture.of.empty() && capture.group > *groups)
+            return "regex has no group " + std::to_string(capture.group);
     }
     return std::nullopt;
 }
@@ -372,7 +373,8 @@ std::vector<std::string> problemsOf(const Leaf& leaf, const Settings& settings) 
     if (leaf.kind == LeafKind::Package && find(leaf, Attribute::Name) && find(leaf, Attribute::NameRegex))
         problems.emplace_back("name and nameRegex exclude each other");
     if (leaf.kind == LeafKind::Property) checkRecords(leaf, problems);
-    if (!leaf.captures.empty() && find(leaf, Attribute::Regex) == nullptr)
+    if (!std::ranges::all_of(leaf.captures, [](const Capture& capture) { return !capture.of.empty(); }) &&
+        find(leaf, Attribute::Regex) == nullptr)
         problems.emplace_back("Capture stands in a leaf without regex");
     return problems;
 }

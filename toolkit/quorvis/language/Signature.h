@@ -13,10 +13,12 @@
 
 namespace toolkit::quorvis {
 
-// The name of a group of a regular expression.
+// The name of a group of a regular expression: that of the leaf, or one of its own for a value of the items.
 struct Capture {
     int group = 0;
     std::string_view name;
+    std::string_view of = {};  // the value; empty for the expression of the leaf
+    std::string_view regex = {};
 
     bool operator==(const Capture&) const = default;
 };
@@ -44,6 +46,7 @@ struct Leaf {
     std::vector<LeafAttribute> attributes;  // sorted by attribute
     std::vector<Capture> captures;
     std::vector<NamedKey> keys;
+    bool ownerAsked = false;  // whether a value of the package that owns the file is used
     std::uint32_t line = 0;
     std::uint32_t number = 0;  // index among all leaves of the file
 };

@@ -20,6 +20,10 @@ std::string escapedFor(Quoting quoting, std::string_view value) {
 
 using Ids = std::vector<std::string_view>;
 
+bool isOwnerValue(const Leaf& leaf, std::string_view field) {
+    return findsFiles(leaf.kind) && std::ranges::find(kOwnerValues, field) != kOwnerValues.end();
+}
+
 class IdentifierChecker {
   public:
     IdentifierChecker(const Signature& signature, const Detection& detection, const Element& element,
@@ -96,7 +100,7 @@ class IdentifierChecker {
     static bool provides(const Leaf& leaf, std::string_view field) {
         const auto& values = leafRules(leaf.kind).values;
         const auto sameName = [&](const auto& named) { return named.name == field; };
-        return std::ranges::find(values, field) != values.end() ||
+        return std::ranges::find(values, field) != values.end() || isOwnerValue(leaf, field) ||
                std::ranges::any_of(leaf.captures, sameName) || std::ranges::any_of(leaf.keys, sameName);
     }
 
@@ -105,6 +109,18 @@ class IdentifierChecker {
     const Element& element_;
     Diagnostics& diagnostics_;
 };
+
+void noteOwners(const Template& text, std::span<Leaf> leaves) {
+    if (text.constant()) return;
+    for (const Template::Piece& piece : text.pieces()) {
+        const std::size_t dot = piece.variable ? piece.text.rfind('.') : std::string_view::npos;
+        if (dot == std::string_view::npos) continue;
+        for (Leaf& leaf : leaves) {
+            if (leaf.id == piece.text.substr(0, dot) && isOwnerValue(leaf, piece.text.substr(dot + 1)))
+                leaf.ownerAsked = true;
+        }
+    }
+}
 
 }  // namespace
 
@@ -171,6 +187,16 @@ std::optional<std::string> expand(const Template& text, const Scope& scope, Quot
 void checkIdentifiers(const Signature& signature, const Detection& detection, const Element& element,
                       Diagnostics& diagnostics) {
     IdentifierChecker(signature, detection, element, diagnostics).check();
+}
+
+void noteOwners(Signature& signature, const Detection& detection) {
+    const std::span<Leaf> leaves =
+        std::span(signature.leaves).subspan(detection.firstLeaf, detection.endLeaf - detection.firstLeaf);
+    noteOwners(signature.name, leaves);
+    for (const Leaf& leaf : leaves) {
+        for (const LeafAttribute& attribute : leaf.attributes) noteOwners(attribute.value, leaves);
+    }
+    for (const OutputVariable& variable : detection.output) noteOwners(variable.value, leaves);
 }
 
 }  // namespace toolkit::quorvis

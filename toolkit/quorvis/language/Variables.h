@@ -85,4 +85,7 @@ std::optional<std::string> expand(const Template& text, const Scope& scope, Quot
 void checkIdentifiers(const Signature& signature, const Detection& detection, const Element& element,
                       Diagnostics& diagnostics);
 
+// Marks the leaves of a Detection that must tell which package owns what they found, because a text uses it.
+void noteOwners(Signature& signature, const Detection& detection);
+
 }  // namespace toolkit::quorvis

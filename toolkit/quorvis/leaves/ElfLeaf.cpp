@@ -59,7 +59,7 @@ void addMatches(const Query& query, std::string_view content, const Item& descri
         Item item = described;
         addCaptures(query, matches, item);
         if (known.insert(keyOf(item)).second) keepItem(context.budget(), result, std::move(item));
-        if (query.captures().empty()) return;
+        if (!hasGroups(query)) return;
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/facts/PackageIndex.h"
+#include "toolkit/quorvis/facts/PackageOwners.h"
 #include "toolkit/quorvis/facts/Processes.h"
 #include "toolkit/quorvis/facts/SwidTags.h"
 #include "toolkit/quorvis/files/Files.h"
@@ -27,6 +28,7 @@ class EvaluationContext {
           files_(root, settings),
           tree_(root, settings, budget_),
           packages_(root, settings.packages, budget_),
+          owners_(root, settings, budget_, packages_),
           processes_(root, settings.processes, budget_),
           swidTags_(files_, settings, budget_) {
         files_.countIn(budget_);
@@ -40,6 +42,7 @@ class EvaluationContext {
     Files& files() { return files_; }
     TreeSearch& tree() { return tree_; }
     PackageIndex& packages() { return packages_; }
+    PackageOwners& owners() { return owners_; }
     Processes& processes() { return processes_; }
     SwidTags& swidTags() { return swidTags_; }
     ContentFilters& contentFilters() { return contentFilters_; }
@@ -58,6 +61,7 @@ class EvaluationContext {
     Files files_;
     TreeSearch tree_;
     PackageIndex packages_;
+    PackageOwners owners_;
     Processes processes_;
     SwidTags swidTags_;
     ContentFilters contentFilters_;

@@ -76,7 +76,9 @@ LeafResult lookUp(const Query& query, EvaluationContext& context) {
     const std::string path(query.get(Attribute::Path));
     try {
         const LookupBudget::LeafScope scope(context.budget(), limitsOf(query.kind(), context.settings()));
-        return kLookUps.at(static_cast<std::size_t>(query.kind()))(query, context);
+        LeafResult result = kLookUps.at(static_cast<std::size_t>(query.kind()))(query, context);
+        if (!query.captures().empty()) captureValues(query, context, result);
+        return result;
     } catch (const BudgetExceeded& exceeded) {
         unknown.fail(exceeded.code, path, exceeded.text);
     } catch (const std::bad_alloc&) {

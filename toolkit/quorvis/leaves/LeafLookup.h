@@ -96,6 +96,9 @@ LeafResult lookUpSwidTag(const Query& query, EvaluationContext& context);
 LeafResult lookUpComponent(const Query& query, EvaluationContext& context);
 LeafResult lookUpCompare(const Query& query, EvaluationContext& context);
 
+// Adds what the query captures of the values of the items. Removes the items with a value that does not match.
+void captureValues(const Query& query, EvaluationContext& context, LeafResult& result);
+
 // Looks up a leaf of any kind within its limits. One that would throw leaves the result incomplete instead.
 LeafResult lookUp(const Query& query, EvaluationContext& context);
 

@@ -1,5 +1,7 @@
 #include <re2/re2.h>
 
+#include <algorithm>
+
 #include "toolkit/quorvis/leaves/ValueTests.h"
 #include "toolkit/quorvis/regex/Regex.h"
 
@@ -20,13 +22,15 @@ bool isUser(const Query& query, const Process& process) {
            isOrAny(query, Attribute::User, std::to_string(process.uid));
 }
 
-Item itemOf(const Process& process, std::string_view name) {
+Item itemOf(const Query& query, const Process& process, std::string_view name) {
     Item item;
     item.source = "/proc/" + std::to_string(process.pid);
     item.set("pid", std::to_string(process.pid));
     item.set("name", std::string(name));
     if (!process.exe.empty()) item.set("exe", process.exe);
     item.set("user", process.user);
+    const auto isOfArguments = [](const Capture& capture) { return capture.of == kArguments; };
+    if (std::ranges::any_of(query.captures(), isOfArguments)) item.set(kArguments, process.args);
     return item;
 }
 
@@ -47,7 +51,7 @@ LeafResult lookUpProcess(const Query& query, EvaluationContext& context) {
         const bool passes = isUser(query, process) && RE2::PartialMatch(process.args, *regex);
         if (passes && name && process.exeDenied && query.has(Attribute::Exe)) ++denied;
         if (!passes || !name || !isOrAny(query, Attribute::Exe, process.exe)) continue;
-        keepItem(context.budget(), result, itemOf(process, *name));
+        keepItem(context.budget(), result, itemOf(query, process, *name));
     }
     if (denied > 0) {
         result.fail(EventCode::Permission, "/proc",

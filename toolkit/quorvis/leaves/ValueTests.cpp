@@ -106,15 +106,22 @@ std::string RegexMatches::value(int group) const {
     return std::string(text.data(), std::min(text.size(), kMaxValueSize));
 }
 
+bool hasGroups(const Query& query) {
+    return std::ranges::any_of(query.captures(), [](const Capture& capture) { return capture.of.empty(); });
+}
+
 int lastCapture(const Query& query) {
     int last = 0;
-    for (const Capture& capture : query.captures()) last = std::max(last, capture.group);
+    for (const Capture& capture : query.captures()) {
+        if (capture.of.empty()) last = std::max(last, capture.group);
+    }
     return last;
 }
 
 void addCaptures(const Query& query, const RegexMatches& match, Item& item) {
     for (const Capture& capture : query.captures()) {
-        if (match.has(capture.group)) item.set(capture.name, match.value(capture.group));
+        if (capture.of.empty() && match.has(capture.group))
+            item.set(capture.name, match.value(capture.group));
     }
 }
 

@@ -59,6 +59,9 @@ class RegexMatches {
     std::size_t rest_ = 0;  // where the search continues
 };
 
+// Whether the query captures groups of its regex.
+bool hasGroups(const Query& query);
+
 // The highest group that the query captures.
 int lastCapture(const Query& query);
 

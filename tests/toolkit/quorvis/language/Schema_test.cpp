@@ -53,6 +53,9 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
         "optional='no'/></Property></Match>",
         "<Match><Xml path='/x' select='a'><Value key='b' name='n'/></Xml></Match>",
         "<Match><File path='/x'/></Match><Output><Variable name='a'/></Output>",
+        "<Match><Compare left='1' equals='1'><Capture of='a' regex='a' group='0' "
+        "name='n'/></Compare></Match>",
+        "<Match><File path='/x'><Capture of='name' regex='a' name='n'/></File></Match>",
         "<Detection/>",
         "<Detection><Output/></Detection>",
         "<Detection><Match><File path='/x'/></Match><Preset name='a'/></Detection>",
@@ -73,5 +76,15 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
         "<Detection><Each><File id='a' path='/x'/></Each><Match><File id='b' path='/x'/></Match>"
         "<Output><Variable name='a' value=''/></Output></Detection>";
     EXPECT_TRUE(isValid(write("<Metadata/><Preset name='a'/>" + detection + detection)));
+    for (const char* const leaf :
+         {"File path='/x'", "Glob pattern='/x'", "Package name='x'", "Process", "SwidTag", "Elf path='/x'",
+          "Xml path='/x' select='/a'", "FileVersion path='/x' format='jar'",
+          "Property path='/x' format='json' key='a'"}) {
+        const std::string text(leaf);
+        const std::string name = text.substr(0, text.find(' '));
+        EXPECT_TRUE(isValid(write("<Match><" + text + "><Capture of='name' regex='a' group='0' name='n'/></" +
+                                  name + "></Match>")))
+            << leaf;
+    }
     for (const std::string& inner : cases) EXPECT_FALSE(isValid(write(inner))) << inner;
 }

@@ -1,0 +1,405 @@
+#include "toolkit/quorvis/evaluation/SignatureEvaluation.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace toolkit::quorvis {
+
+namespace {
+
+constexpr std::size_t kMaxEvidence = 16;
+constexpr std::size_t kMaxOutputValueSize = 4096;
+
+// Calls `restore` at the end of its scope, unless keep() was called.
+template <class Restore>
+class Rollback {
+  public:
+    explicit Rollback(Restore restore) : restore_(std::move(restore)) {}
+    ~Rollback() {
+        if (!kept_) restore_();
+    }
+    Rollback(const Rollback&) = delete;
+    Rollback& operator=(const Rollback&) = delete;
+
+    void keep() { kept_ = true; }
+
+  private:
+    Restore restore_;
+    bool kept_ = false;
+};
+
+Truth negated(Truth truth) {
+    if (truth == Truth::Unknown) return truth;
+    return truth == Truth::True ? Truth::False : Truth::True;
+}
+
+std::string_view nameOfTruth(Truth truth) {
+    if (truth == Truth::Unknown) return "unknown";
+    return truth == Truth::True ? "true" : "false";
+}
+
+// At most the first `limit` bytes, without a partial character at the end.
+std::string_view cut(std::string_view text, std::size_t limit) {
+    if (text.size() <= limit) return text;
+    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0U) == 0x80U) --limit;
+    return text.substr(0, limit);
+}
+
+std::string evidenceKind(LeafKind kind) {
+    std::string name(nameOf(kind));
+    name.front() = static_cast<char>(name.front() - 'A' + 'a');
+    return name;
+}
+
+std::string valueOf(const Item& item, std::string_view name) {
+    const std::string* const value = item.find(name);
+    return value == nullptr ? std::string() : *value;
+}
+
+// The file that an item stands for; empty if it stands for none.
+std::string fileOf(const Leaf& leaf, const Item& item) {
+    if (leaf.kind == LeafKind::Process) return valueOf(item, "exe");
+    return findsFiles(leaf.kind) ? item.source : std::string();
+}
+
+// The package that owns the file at this path, or else the link there.
+const PackageIndex::Row* ownerOf(const std::string& path, EvaluationContext& context) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return nullptr;
+    const PackageIndex::Row* const owner = context.owners().ownerOf(context.files().withoutLinks(path));
+    if (owner != nullptr) return owner;
+    const std::string directory =
+        slash == 0 ? std::string() : context.files().withoutLinks(path.substr(0, slash));
+    return context.owners().ownerOf(directory + path.substr(slash));
+}
+
+// Whether a Detection finds packages by themselves.
+bool findsPackages(const Signature& signature, const Detection& detection) {
+    for (std::size_t i = detection.firstLeaf; i < detection.endLeaf; ++i) {
+        if (signature.leaves[i].kind == LeafKind::Package) return true;
+    }
+    return false;
+}
+
+std::string_view labelOf(const Leaf& leaf) {
+    return leaf.id.empty() ? nameOf(leaf.kind) : leaf.id;
+}
+
+// The leaf as in a signature, with the values of its variables.
+std::string describe(const Query& query, const Leaf& leaf) {
+    std::string text(nameOf(leaf.kind));
+    for (const LeafAttribute& attribute : leaf.attributes) {
+        text.append(" ").append(nameOf(attribute.attribute)).append("=\"");
+        text.append(query.get(attribute.attribute)).append("\"");
+    }
+    for (const Capture& capture : leaf.captures) {
+        if (!capture.of.empty())
+            text.append(" ").append(capture.of).append("~\"").append(capture.regex).append("\"");
+    }
+    return text;
+}
+
+std::string keyOf(const Match& match) {
+    std::string key = match.name;
+    for (const auto& [name, value] : match.variables) {
+        key.append(1, '\0').append(name).append(1, '\0').append(value);
+    }
+    return key;
+}
+
+}  // namespace
+
+void SignatureEvaluation::run(const Detection& detection, bool replayed) {
+    detection_ = &detection;
+    findsPackagesToo_ = std::ranges::any_of(signature_.detections, [&](const Detection& later) {
+        return &later > &detection && findsPackages(signature_, later);
+    });
+    replayed_ = replayed;
+    depth_ = 0;
+    clear();
+    if (leaves_.isFull()) forgetLeaves();
+    const Truth truth = detection.each ? runEach(signature_.leaves[*detection.each]) : runOnce();
+    if (signature_.detections.size() > 1)
+        explain("Detection in line " + std::to_string(detection.line), truth);
+}
+
+void SignatureEvaluation::clear() {
+    scope_.rewind(0);
+    proofs_.clear();
+    withOwners_.clear();
+}
+
+void SignatureEvaluation::forgetLeaves() {
+    leaves_.forget();
+    reported_.clear();
+}
+
+void SignatureEvaluation::finish() {
+    replayed_ = false;
+    if (unknown_) report(EventCode::Unresolved, "whether the signature matches is unknown");
+}
+
+Truth SignatureEvaluation::runOnce() {
+    const Truth truth = evaluateMatch();
+    if (signature_.detections.size() == 1) explain("signature", truth);
+    if (truth == Truth::True) addMatch();
+    if (truth == Truth::Unknown) unknown_ = true;
+    return truth;
+}
+
+Truth SignatureEvaluation::runEach(const Leaf& each) {
+    const LeafResult* result = lookUp(each);
+    const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
+    if (found == Truth::Unknown) unknown_ = true;
+    if (found != Truth::True) return found;
+    Truth any = Truth::False;
+    LeafResult own;
+    for (std::size_t i = 0; i < result->items.size(); ++i) {
+        if (leaves_.isFull()) {
+            if (result != &own) own = *result;
+            result = &own;
+            forgetLeaves();
+        }
+        const Item& item = result->items[i];
+        if (each.kind == LeafKind::Package && !owners_.empty() && isOfEarlierMatch(item)) {
+            explain("item " + valueOf(item, "purl") + " owns a file of an earlier match");
+            continue;
+        }
+        use(each, item);
+        const Truth truth = evaluateMatch();
+        explain("item " + item.source, truth);
+        if (truth == Truth::True) addMatch();
+        if (truth == Truth::Unknown) unknown_ = true;
+        if (any != Truth::True && truth != Truth::False) any = truth;
+        clear();
+    }
+    return any;
+}
+
+Truth SignatureEvaluation::evaluateMatch() {
+    return detection_->match ? evaluate(*detection_->match) : Truth::True;
+}
+
+Truth SignatureEvaluation::evaluate(const Condition& condition) {
+    const std::size_t bound = scope_.mark();
+    const std::size_t proved = proofs_.size();
+    Rollback rollback([&] {
+        scope_.rewind(bound);
+        proofs_.resize(proved);
+    });
+    ++depth_;
+    Truth truth = Truth::Unknown;
+    switch (condition.kind) {
+        case Condition::Kind::Leaf:
+            truth = evaluateLeaf(signature_.leaves[condition.leaf]);
+            break;
+        case Condition::Kind::All:
+            truth = evaluateAll(condition.children);
+            explain("All", truth);
+            break;
+        case Condition::Kind::Any:
+            truth = evaluateAny(condition.children);
+            explain("Any", truth);
+            break;
+        case Condition::Kind::Not:
+            truth = negated(evaluate(condition.children.front()));
+            explain("Not", truth);
+            --depth_;
+            return truth;  // without keep(): a Not binds and proves nothing
+        case Condition::Kind::Optional:
+            evaluate(condition.children.front());  // keeps its bindings when it is true
+            truth = Truth::True;
+            break;
+    }
+    --depth_;
+    if (truth == Truth::True) rollback.keep();
+    return truth;
+}
+
+Truth SignatureEvaluation::evaluateAll(const std::vector<Condition>& conditions) {
+    Truth all = Truth::True;
+    for (const Condition& condition : conditions) {
+        const Truth truth = evaluate(condition);
+        if (truth == Truth::False) return truth;
+        if (truth == Truth::Unknown) all = truth;
+    }
+    return all;
+}
+
+Truth SignatureEvaluation::evaluateAny(const std::vector<Condition>& conditions) {
+    Truth any = Truth::False;
+    for (const Condition& condition : conditions) {
+        const Truth truth = evaluate(condition);
+        if (truth == Truth::True) return truth;
+        if (truth == Truth::Unknown) any = truth;
+    }
+    return any;
+}
+
+Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
+    const LeafResult* const result = lookUp(leaf);
+    if (result == nullptr) return Truth::Unknown;
+    const Truth truth = truthOf(leaf, *result);
+    if (truth == Truth::True && !result->items.empty()) use(leaf, result->items.front());
+    return truth;
+}
+
+const LeafResult* SignatureEvaluation::lookUp(const Leaf& leaf) {
+    const LeafResult* const known = leaves_.known(leaf);
+    if (known != nullptr && !explained_) {
+        reportEvents(leaf, *known);
+        return known;
+    }
+    std::string_view missing;
+    const std::optional<Query> query = LeafCache::query(leaf, scope_, missing);
+    if (!query) {
+        report(EventCode::UndefinedVariable, "the variable \"" + std::string(missing) + "\" has no value",
+               labelOf(leaf));
+        return nullptr;
+    }
+    const LeafResult& result = leaves_.result(*query);
+    reportEvents(leaf, result);
+    if (explained_) {
+        explain(describe(*query, leaf) + ", items found: " + std::to_string(result.items.size()),
+                truthOf(leaf, result));
+    }
+    return &result;
+}
+
+std::vector<Evidence> SignatureEvaluation::evidenceOf(const std::vector<Proof>& proofs) {
+    std::vector<Evidence> evidence;
+    for (const Proof& proof : proofs) {
+        if (evidence.size() == kMaxEvidence) break;
+        const Item& item = *proof.item;
+        evidence.push_back(
+            {evidenceKind(proof.leaf->kind), item.source, valueOf(item, "name"), valueOf(item, "version")});
+    }
+    return evidence;
+}
+
+void SignatureEvaluation::use(const Leaf& leaf, const Item& item) {
+    const Item& used = leaf.ownerAsked ? withOwner(leaf, item) : item;
+    if (!leaf.id.empty()) scope_.bind(leaf.id, used);
+    if (leaf.kind != LeafKind::Compare) proofs_.push_back({&leaf, &used});
+}
+
+const Item& SignatureEvaluation::withOwner(const Leaf& leaf, const Item& item) {
+    Item& own = withOwners_.emplace_back(item);
+    const PackageIndex::Row* const owner = ownerOf(fileOf(leaf, item), context_);
+    reportOwnerEvents();
+    if (owner == nullptr && context_.owners().incomplete()) return own;
+    const auto set = [&own](std::string_view name, std::string value) {
+        if (own.find(name) == nullptr) own.set(name, std::move(value));
+    };
+    set("package", owner == nullptr ? std::string() : context_.packages().purl(*owner));
+    set("packageName", owner == nullptr ? std::string() : std::string(owner->name));
+    set("packageUpstream", owner == nullptr ? std::string() : std::string(owner->upstream));
+    return own;
+}
+
+void SignatureEvaluation::reportOwnerEvents() {
+    for (Event& event : context_.owners().takeEvents()) {
+        event.guid = signature_.guid;
+        sink_.onEvent(std::move(event));
+    }
+}
+
+bool SignatureEvaluation::isOfEarlierMatch(const Item& package) {
+    const std::string purl = valueOf(package, "purl");
+    return std::ranges::any_of(owners_, [&](const PackageIndex::Row* owner) {
+        // Packages of one source and version are parts of one product.
+        const bool sameSource = !owner->source.empty() && owner->source == valueOf(package, "source") &&
+                                owner->version == valueOf(package, "version") &&
+                                nameOf(owner->type) == valueOf(package, "type");
+        return sameSource || context_.packages().purl(*owner) == purl;
+    });
+}
+
+bool SignatureEvaluation::restsOnPackagesOfEarlierMatches() {
+    return !detection_->each && !proofs_.empty() && !owners_.empty() &&
+           std::ranges::all_of(proofs_, [this](const Proof& proof) {
+               return proof.leaf->kind == LeafKind::Package && isOfEarlierMatch(*proof.item);
+           });
+}
+
+// The file of a match is the item of Each, or else any file that a leaf of the match found.
+void SignatureEvaluation::noteFiles() {
+    for (const Proof& proof : proofs_) {
+        noteOwnerOf(fileOf(*proof.leaf, *proof.item));
+        if (detection_->each) break;
+    }
+}
+
+void SignatureEvaluation::noteOwnerOf(const std::string& path) {
+    const PackageIndex::Row* const owner = ownerOf(path, context_);
+    if (owner != nullptr && std::ranges::find(owners_, owner) == owners_.end()) owners_.push_back(owner);
+    reportOwnerEvents();
+}
+
+void SignatureEvaluation::addMatch() {
+    Match match;
+    match.guid = signature_.guid;
+    match.metadata = signature_.metadata;
+    std::string_view missing;
+    std::optional<std::string> name = expand(signature_.name, scope_, Quoting::None, missing);
+    if (!name) {
+        report(EventCode::UndefinedVariable,
+               "the variable \"" + std::string(missing) + "\" in the signature's name has no value");
+        name = signature_.name.source();
+    }
+    match.name = cut(*name, kMaxOutputValueSize);
+    for (const OutputVariable& variable : detection_->output) addVariable(variable, match);
+    if (restsOnPackagesOfEarlierMatches()) return explain("the package owns a file of an earlier match");
+    if (findsPackagesToo_) noteFiles();
+    if (!outputs_.insert(keyOf(match)).second || replayed_) return;
+    if (context_.settings().evaluation.evidence) match.evidence = evidenceOf(proofs_);
+    sink_.onMatch(match);
+}
+
+void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& match) {
+    std::string_view missing;
+    std::optional<std::string> value = expand(variable.value, scope_, Quoting::None, missing);
+    if (!value) {
+        // A leaf that need not be true may have found nothing. That is not an error.
+        if (scope_.isOfLeaf(missing)) return;
+        report(EventCode::UndefinedVariable, "the variable \"" + std::string(missing) +
+                                                 "\" of the output value \"" + std::string(variable.name) +
+                                                 "\" has no value");
+        return;
+    }
+    if (value->size() > kMaxOutputValueSize) {
+        report(EventCode::LimitBytes, "the output value \"" + std::string(variable.name) +
+                                          "\" was cut after " + std::to_string(kMaxOutputValueSize) +
+                                          " bytes");
+        *value = cut(*value, kMaxOutputValueSize);
+    }
+    match.variables.emplace_back(variable.name, std::move(*value));
+}
+
+void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& result) {
+    if (result.events.empty() || replayed_) return;
+    if (std::find(reported_.begin(), reported_.end(), &result) != reported_.end()) return;
+    reported_.push_back(&result);
+    for (Event event : result.events) {
+        event.guid = signature_.guid;
+        event.leaf = labelOf(leaf);
+        sink_.onEvent(std::move(event));
+    }
+}
+
+void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf) {
+    if (replayed_) return;
+    sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
+}
+
+void SignatureEvaluation::explain(std::string text) {
+    if (!explained_ || replayed_) return;
+    sink_.onExplanation(std::string(2 * std::size_t{depth_}, ' ') + std::move(text));
+}
+
+void SignatureEvaluation::explain(std::string text, Truth truth) {
+    explain(std::move(text.append(": ").append(nameOfTruth(truth))));
+}
+
+}  // namespace toolkit::quorvis

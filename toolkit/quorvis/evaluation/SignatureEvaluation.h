@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "toolkit/quorvis/language/Signature.h"
+#include "toolkit/quorvis/language/Variables.h"
+#include "toolkit/quorvis/leaves/EvaluationContext.h"
+#include "toolkit/quorvis/leaves/LeafCache.h"
+#include "toolkit/quorvis/report/Documents.h"
+#include "toolkit/quorvis/report/Event.h"
+
+namespace toolkit::quorvis {
+
+// Receives the results of an evaluation as soon as they are known.
+class EvaluationSink {
+  public:
+    virtual ~EvaluationSink() = default;
+    // The evaluation of the signature with this index begins.
+    virtual void onBegin(std::size_t /*index*/, std::string_view /*guid*/) {}
+    // The evaluation of a Detection of this signature begins. `last`: no other one follows.
+    virtual void onDetection(std::size_t /*index*/, bool /*last*/) {}
+    virtual void onMatch(const Match& match) = 0;
+    virtual void onEvent(Event event) = 0;
+    // A line for --explain: the outcome of a condition.
+    virtual void onExplanation(std::string line) = 0;
+};
+
+// The evaluation of one signature.
+class SignatureEvaluation {
+  public:
+    // `explained`: whether to explain the results of the conditions.
+    SignatureEvaluation(const Signature& signature, const Presets& presets, LeafCache& leaves,
+                        EvaluationContext& context, EvaluationSink& sink, bool explained)
+        : signature_(signature),
+          leaves_(leaves),
+          context_(context),
+          sink_(sink),
+          explained_(explained),
+          scope_(presets, signature) {}
+
+    // Evaluates a Detection and reports its matches. `replayed`: they were reported before.
+    void run(const Detection& detection, bool replayed);
+    // A Detection could not be evaluated.
+    void leaveOut() { unknown_ = true; }
+    // Reports whether the signature as a whole is unknown.
+    void finish();
+
+  private:
+    // A leaf that was true, and the item that it found.
+    struct Proof {
+        const Leaf* leaf;
+        const Item* item;
+    };
+
+    // These return whether the Detection found something.
+    Truth runOnce();
+    Truth runEach(const Leaf& each);
+    // True when there is no condition.
+    Truth evaluateMatch();
+    Truth evaluate(const Condition& condition);
+    Truth evaluateAll(const std::vector<Condition>& conditions);
+    Truth evaluateAny(const std::vector<Condition>& conditions);
+    Truth evaluateLeaf(const Leaf& leaf);
+    // Null when a variable of the leaf has no value, which is reported.
+    const LeafResult* lookUp(const Leaf& leaf);
+    void forgetLeaves();
+    // Forgets the bindings and proofs of an item.
+    void clear();
+    void use(const Leaf& leaf, const Item& item);
+
+    // The item with the values of the package that owns its file.
+    const Item& withOwner(const Leaf& leaf, const Item& item);
+    // Whether the package that the item stands for owns a file of an earlier match.
+    bool isOfEarlierMatch(const Item& package);
+    bool restsOnPackagesOfEarlierMatches();
+    void noteFiles();
+    void noteOwnerOf(const std::string& path);
+    void reportOwnerEvents();
+    static std::vector<Evidence> evidenceOf(const std::vector<Proof>& proofs);
+
+    void addMatch();
+    void addVariable(const OutputVariable& variable, Match& match);
+
+    void reportEvents(const Leaf& leaf, const LeafResult& result);
+    void report(EventCode code, std::string text, std::string_view leaf = {});
+    void explain(std::string text);
+    void explain(std::string text, Truth truth);
+
+    const Signature& signature_;
+    const Detection* detection_ = nullptr;  // the current one
+    LeafCache& leaves_;
+    EvaluationContext& context_;
+    EvaluationSink& sink_;
+    bool explained_;
+    bool replayed_ = false;
+    bool unknown_ = false;
+    unsigned depth_ = 0;  // of the current condition
+    Scope scope_;
+    std::vector<Proof> proofs_;
+    std::deque<Item> withOwners_;  // of the current item of Each
+    // Packages that own files of earlier matches. Only kept if another Detection may find packages.
+    bool findsPackagesToo_ = false;
+    std::vector<const PackageIndex::Row*> owners_;
+    std::vector<const LeafResult*> reported_;  // whose events have been reported
+    std::unordered_set<std::string> outputs_;  // of the matches so far
+};
+
+}  // namespace toolkit::quorvis
