@@ -353,6 +353,7 @@ void SignatureEvaluation::addMatch() {
     if (restsOnPackagesOfEarlierMatches()) return explain("the package owns a file of an earlier match");
     if (findsPackagesToo_) noteFiles();
     if (!outputs_.insert(keyOf(match)).second || replayed_) return;
+    for (const Identity& identity : signature_.identities) addIdentity(identity, match);
     if (context_.settings().evaluation.evidence) match.evidence = evidenceOf(proofs_);
     sink_.onMatch(match);
 }
@@ -375,6 +376,19 @@ void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& mat
         *value = cut(*value, kMaxOutputValueSize);
     }
     match.variables.emplace_back(variable.name, std::move(*value));
+}
+
+// The variables of an identity are first those of the output.
+void SignatureEvaluation::addIdentity(const Identity& identity, Match& match) {
+    const auto valueOf = [&](std::string_view name) -> std::optional<std::string_view> {
+        for (const auto& [variable, value] : match.variables) {
+            if (variable == name) return value;
+        }
+        return scope_.find(name);
+    };
+    std::optional<std::string> text = filled(identity, valueOf);
+    if (text && text->size() <= kMaxOutputValueSize)
+        match.identities.emplace_back(nameOf(identity.kind), std::move(*text));
 }
 
 void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& result) {

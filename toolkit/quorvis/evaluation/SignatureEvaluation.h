@@ -85,6 +85,7 @@ class SignatureEvaluation {
 
     void addMatch();
     void addVariable(const OutputVariable& variable, Match& match);
+    void addIdentity(const Identity& identity, Match& match);
 
     void reportEvents(const Leaf& leaf, const LeafResult& result);
     void report(EventCode code, std::string text, std::string_view leaf = {});

@@ -190,11 +190,12 @@ std::optional<XmlFault> readElements(const DocumentText& document, std::string_v
     }
 }
 
-std::optional<std::string> innerXml(const Element& element) {
+std::optional<std::string> innerXml(const Element& element, bool (*skips)(const Element& child)) {
     constexpr std::size_t kTypicalSize = 250;
     std::string xml;
     xml.reserve(kTypicalSize);
     for (const Element* child = element.firstChild; child != nullptr; child = child->next) {
+        if (skips != nullptr && skips(*child)) continue;
         if (!append(xml, *child)) return std::nullopt;
     }
     return xml;

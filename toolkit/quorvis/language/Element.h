@@ -54,8 +54,9 @@ class ElementVisitor {
 std::optional<XmlFault> readElements(const DocumentText& document, std::string_view verbatim,
                                      std::pmr::memory_resource& texts, ElementVisitor& visitor);
 
-// The content of an element as XML in ASCII. None when it contains a name that is not ASCII.
-std::optional<std::string> innerXml(const Element& element);
+// The content of an element as XML in ASCII, without the children that `skips` names. None when it contains a name that is
+// not ASCII.
+std::optional<std::string> innerXml(const Element& element, bool (*skips)(const Element& child) = nullptr);
 
 // A problem of an element, or a warning about it.
 struct Diagnostic {

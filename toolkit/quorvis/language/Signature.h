@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvis/language/Identity.h"
 #include "toolkit/quorvis/language/LeafSyntax.h"
 #include "toolkit/quorvis/language/Template.h"
 
@@ -81,7 +82,8 @@ struct Detection {
 struct Signature {
     std::string_view guid;
     Template name;
-    std::string_view metadata;  // the content of Metadata as XML in ASCII
+    std::string_view metadata;  // the content of Metadata as XML in ASCII, without what is in `identities`
+    std::vector<Identity> identities;  // Cpe and Purl elements with variables
     std::vector<Preset> presets;
     std::vector<Leaf> leaves;  // all leaves in document order
     // At least one. A signature without Detection elements has one, made of its own Each, Match and Output.

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/formats/XmlReader.h"
 #include "toolkit/quorvis/language/DetectionParser.h"
 #include "toolkit/quorvis/language/Element.h"
@@ -22,6 +23,7 @@ constexpr std::size_t kMaxConditions = 200;
 constexpr std::size_t kMaxGuidSize = 128;
 constexpr std::size_t kMaxMetadataSize = std::size_t{1} << 20;
 constexpr std::size_t kMaxDetections = 64;
+constexpr std::size_t kMaxIdentities = 16;
 
 bool isGuid(std::string_view text) {
     const auto allowed = [](char c) {
@@ -29,6 +31,24 @@ bool isGuid(std::string_view text) {
                std::string_view(".:_{}-").find(c) != std::string_view::npos;
     };
     return !text.empty() && text.size() <= kMaxGuidSize && std::ranges::all_of(text, allowed);
+}
+
+// Of an element of Metadata that the scanner understands.
+std::optional<Identity::Kind> identityKind(const Element& element) {
+    if (element.name == nameOf(Identity::Kind::Cpe)) return Identity::Kind::Cpe;
+    if (element.name == nameOf(Identity::Kind::Purl)) return Identity::Kind::Purl;
+    return std::nullopt;
+}
+
+// The text of an element without blanks around it, if it contains nothing else.
+std::string_view textOf(const Element& element) {
+    const Element* const text = element.firstChild;
+    return text != nullptr && text->isText() && text->next == nullptr ? trimmed(text->text)
+                                                                      : std::string_view();
+}
+
+bool isVariableIdentity(const Element& element) {
+    return identityKind(element) && textOf(element).find("${") != std::string_view::npos;
 }
 
 // Parses the element of one signature.
@@ -91,7 +111,10 @@ class SignatureParser {
 
     void readMetadata(const Element& part) {
         valuesOf(part, std::array<AttributeName, 0>(), diagnostics_);
-        const std::optional<std::string> xml = innerXml(part);
+        for (const Element* child = part.firstChild; child != nullptr; child = child->next) {
+            if (identityKind(*child)) readIdentity(*child);
+        }
+        const std::optional<std::string> xml = innerXml(part, isVariableIdentity);
         if (!xml) {
             diagnostics_.problem(part, "Metadata has a name that is not ASCII");
         } else if (xml->size() > kMaxMetadataSize) {
@@ -101,6 +124,19 @@ class SignatureParser {
             std::copy(xml->begin(), xml->end(), copy);
             signature_.metadata = {copy, xml->size()};
         }
+    }
+
+    void readIdentity(const Element& element) {
+        const std::size_t before = diagnostics_.problems.size();
+        Identity identity{*identityKind(element),
+                          parseTemplate(element, element.name, textOf(element), diagnostics_)};
+        if (diagnostics_.problems.size() > before) return;
+        if (const std::optional<std::string> problem = problemOf(identity))
+            diagnostics_.problem(element,
+                                 std::string(element.name) + " " + quoted(textOf(element)) + " " + *problem);
+        if (signature_.identities.size() == kMaxIdentities)
+            diagnostics_.problem(element, "more than 16 identities");
+        if (isVariableIdentity(element)) signature_.identities.push_back(std::move(identity));
     }
 
     void readPreset(const Element& part) {

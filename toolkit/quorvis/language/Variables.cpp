@@ -39,6 +39,7 @@ class IdentifierChecker {
             for (const LeafAttribute& attribute : leaf.attributes) checkText(attribute.value);
         }
         for (const OutputVariable& variable : detection_.output) checkText(variable.value);
+        for (const Identity& identity : signature_.identities) checkIdentity(identity);
     }
 
   private:
@@ -68,6 +69,31 @@ class IdentifierChecker {
             addIds(child, branch);
             ids.insert(ids.end(), branch.begin() + static_cast<std::ptrdiff_t>(before.size()), branch.end());
         }
+    }
+
+    // The variables of an identity are those of the output, or what leaves and presets provide. A Detection that does not
+    // have them has no such identity.
+    void checkIdentity(const Identity& identity) {
+        for (const Template::Piece& piece : identity.text.pieces()) {
+            if (!piece.variable || isOutput(piece.text) || isPreset(piece.text)) continue;
+            if (piece.text.find('.') == std::string_view::npos || (!hasDetections() && !isSet(piece.text)))
+                diagnostics_.warning(element_, std::string(nameOf(identity.kind)) + " uses " +
+                                                   quoted(piece.text) + ", which has no value");
+        }
+    }
+
+    // Whether the signature has Detection elements.
+    bool hasDetections() const { return element_.name == "Detection"; }
+
+    bool isOutput(std::string_view name) const {
+        return hasDetections() || std::ranges::any_of(detection_.output, [&](const OutputVariable& variable) {
+                   return variable.name == name;
+               });
+    }
+
+    bool isPreset(std::string_view name) const {
+        return std::ranges::any_of(signature_.presets,
+                                   [&](const Preset& preset) { return preset.name == name; });
     }
 
     void checkText(const Template& text) {
@@ -197,6 +223,7 @@ void noteOwners(Signature& signature, const Detection& detection) {
         for (const LeafAttribute& attribute : leaf.attributes) noteOwners(attribute.value, leaves);
     }
     for (const OutputVariable& variable : detection.output) noteOwners(variable.value, leaves);
+    for (const Identity& identity : signature.identities) noteOwners(identity.text, leaves);
 }
 
 }  // namespace toolkit::quorvis

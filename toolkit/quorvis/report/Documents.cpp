@@ -44,6 +44,11 @@ void appendMatch(std::string& xml, const Match& match) {
     appendXmlAttribute(xml, "guid", match.guid);
     appendXmlAttribute(xml, "name", match.name);
     xml.append("><Metadata>").append(match.metadata);
+    for (const auto& [name, text] : match.identities) {
+        xml.append("<").append(name).append(">");
+        appendXmlText(xml, text);
+        xml.append("</").append(name).append(">");
+    }
     for (const Evidence& evidence : match.evidence) appendEvidence(xml, evidence);
     // Some readers keep the metadata of a match, but not its attributes.
     if (!match.name.empty()) {

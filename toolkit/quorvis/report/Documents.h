@@ -26,7 +26,8 @@ struct Match {
     std::string name;
     std::string_view metadata;  // XML in ASCII
     std::vector<Evidence> evidence;
-    std::vector<std::pair<std::string, std::string>> variables;  // name and value
+    std::vector<std::pair<std::string, std::string>> variables;        // name and value
+    std::vector<std::pair<std::string, std::string>> identities = {};  // further elements of the metadata
 };
 
 // Appends the element of a match in ASCII, as a line of its own.

@@ -69,6 +69,22 @@ TEST_F(Detections, AnUnknownOneIsReportedOnceBesideTheMatchesOfTheOthers) {
               (std::vector<std::string>{"undefined-variable", "undefined-variable", "unresolved"}));
 }
 
+TEST_F(Detections, FillTheIdentityOfTheSignature) {
+    install("app", "1:1.2-3");
+    tree_.write("opt/a/app", "");
+    const std::vector<Match> found = evaluateOne(
+        "<Metadata><Home>x</Home><Cpe>cpe:2.3:a:maker:app:${version}:*:*:*:*:*:*:*</Cpe>"
+        "<Purl>pkg:generic/app@${p.version}</Purl><Cpe>cpe:2.3:a:maker:fixed:1:*:*:*:*:*:*:*</Cpe></"
+        "Metadata>" +
+        std::string(kByFile) + kByPackage);
+    ASSERT_EQ(2U, found.size());
+    EXPECT_EQ("<Home>x</Home><Cpe>cpe:2.3:a:maker:fixed:1:*:*:*:*:*:*:*</Cpe>", found[0].metadata);
+    EXPECT_EQ((Variables{{"Cpe", "cpe:2.3:a:maker:app:*:*:*:*:*:*:*:*"}}), found[0].identities);
+    EXPECT_EQ((Variables{{"Cpe", "cpe:2.3:a:maker:app:1\\:1.2-3:*:*:*:*:*:*:*"},
+                         {"Purl", "pkg:generic/app@1:1.2-3"}}),
+              found[1].identities);
+}
+
 TEST_F(Detections, EachOneIsExplained) {
     explained_ = "g";
     install("app", "1.2");

@@ -59,6 +59,14 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
         {whole("<Match><File path='/x'/></Match><Output><Variable name='a' value='1'/><Variable name='a' "
                "value='2'/></Output>"),
          "\"a\" is declared twice"},
+        // identities
+        {whole("<Metadata><Cpe>cpe:2.3:a:f5:nginx:${v}</Cpe></Metadata><Match><File path='/x'/></Match>"),
+         "sig.xml:2:40: Cpe \"cpe:2.3:a:f5:nginx:${v}\" has 4 components"},
+        {whole("<Metadata><Purl>nginx</Purl></Metadata><Match><File path='/x'/></Match>"),
+         "Purl \"nginx\" does not start with \"pkg:\""},
+        {whole("<Metadata><Cpe>${</Cpe></Metadata><Match><File path='/x'/></Match>"), "not closed"},
+        {whole("<Metadata><Cpe><b/></Cpe></Metadata><Match><File path='/x'/></Match>"),
+         "does not start with"},
         // captures
         {match("<File path='/x'><Capture group='1' name='n'/></File>"), "Capture lacks the attribute \"of\""},
         {match("<File path='/x'><Capture of='name' group='1' name='n'/></File>"),
