@@ -30,6 +30,7 @@ constexpr std::array kPackageValues = {Names("name"),   Names("version"), Names(
 constexpr std::array kFileValues = {Names("path"),  Names("name"),   Names("dir"),   Names("size"),
                                     Names("mtime"), Names("sha256"), Names("target")};
 constexpr std::array kContentValues = {Names("path"), Names("line"), Names("match")};
+constexpr std::array kBytesValues = {Names("path"), Names("offset"), Names("match")};
 constexpr std::array kSingleValue = {Names("value")};
 constexpr std::array kProcessValues = {Names("pid"), Names("name"), Names("exe"), Names("user")};
 constexpr std::array kElfValues = {Names("path"), Names("machine"), Names("soname"), Names("buildId")};
@@ -40,7 +41,7 @@ constexpr std::array kComponentValues = {Names("path"), Names("name"), Names("ve
                                          Names("role"), Names("purl"), Names("value")};
 
 // The position of a row is the value of its kind.
-constexpr std::array<LeafRules, 12> kLeaves = {{
+constexpr std::array<LeafRules, 13> kLeaves = {{
     {LeafKind::Package,
      "Package",
      AttributeSet{Name, NameRegex, Type, Arch, Source, Compare} | kVersion,
@@ -101,6 +102,13 @@ constexpr std::array<LeafRules, 12> kLeaves = {{
      {},
      false,
      kComponentValues},
+    {LeafKind::Bytes,
+     "Bytes",
+     {Path, Regex, Flags, From, MaxBytes, MaxMatch},
+     {Path, Regex},
+     {},
+     true,
+     kBytesValues},
     {LeafKind::Compare, "Compare", AttributeSet{Left} | kVersion, {Left}, kVersionTests, false, {}},
 }};
 static_assert(arePositions(kLeaves, &LeafRules::kind));
@@ -111,22 +119,54 @@ struct NamedAttribute {
 };
 
 // Sorted by name. The position of a row is the value of its attribute.
-constexpr std::array<NamedAttribute, 45> kNames = {{
-    {Attribute::Above, "above"},     {Attribute::Arch, "arch"},           {Attribute::ArgsRegex, "argsRegex"},
-    {Attribute::AtLeast, "atLeast"}, {Attribute::AtMost, "atMost"},       {Attribute::Below, "below"},
-    {Attribute::BuildId, "buildId"}, {Attribute::Compare, "compare"},     {Attribute::Corpus, "corpus"},
-    {Attribute::Each, "each"},       {Attribute::Equals, "equals"},       {Attribute::Exclude, "exclude"},
-    {Attribute::Exe, "exe"},         {Attribute::Flags, "flags"},         {Attribute::Format, "format"},
-    {Attribute::Key, "key"},         {Attribute::Kind, "kind"},           {Attribute::Left, "left"},
-    {Attribute::Machine, "machine"}, {Attribute::MaxBytes, "maxBytes"},   {Attribute::MaxDepth, "maxDepth"},
-    {Attribute::MaxSize, "maxSize"}, {Attribute::MinSize, "minSize"},     {Attribute::Mode, "mode"},
-    {Attribute::Name, "name"},       {Attribute::NameRegex, "nameRegex"}, {Attribute::Needed, "needed"},
-    {Attribute::Owner, "owner"},     {Attribute::Patch, "patch"},         {Attribute::Path, "path"},
-    {Attribute::Pattern, "pattern"}, {Attribute::Regex, "regex"},         {Attribute::Regid, "regid"},
-    {Attribute::Role, "role"},       {Attribute::Scheme, "scheme"},       {Attribute::Section, "section"},
-    {Attribute::Select, "select"},   {Attribute::Sha256, "sha256"},       {Attribute::Size, "size"},
-    {Attribute::Soname, "soname"},   {Attribute::Source, "source"},       {Attribute::TagId, "tagId"},
-    {Attribute::Type, "type"},       {Attribute::User, "user"},           {Attribute::Values, "values"},
+constexpr std::array<NamedAttribute, 47> kNames = {{
+    {Attribute::Above, "above"},
+    {Attribute::Arch, "arch"},
+    {Attribute::ArgsRegex, "argsRegex"},
+    {Attribute::AtLeast, "atLeast"},
+    {Attribute::AtMost, "atMost"},
+    {Attribute::Below, "below"},
+    {Attribute::BuildId, "buildId"},
+    {Attribute::Compare, "compare"},
+    {Attribute::Corpus, "corpus"},
+    {Attribute::Each, "each"},
+    {Attribute::Equals, "equals"},
+    {Attribute::Exclude, "exclude"},
+    {Attribute::Exe, "exe"},
+    {Attribute::Flags, "flags"},
+    {Attribute::Format, "format"},
+    {Attribute::From, "from"},
+    {Attribute::Key, "key"},
+    {Attribute::Kind, "kind"},
+    {Attribute::Left, "left"},
+    {Attribute::Machine, "machine"},
+    {Attribute::MaxBytes, "maxBytes"},
+    {Attribute::MaxDepth, "maxDepth"},
+    {Attribute::MaxMatch, "maxMatch"},
+    {Attribute::MaxSize, "maxSize"},
+    {Attribute::MinSize, "minSize"},
+    {Attribute::Mode, "mode"},
+    {Attribute::Name, "name"},
+    {Attribute::NameRegex, "nameRegex"},
+    {Attribute::Needed, "needed"},
+    {Attribute::Owner, "owner"},
+    {Attribute::Patch, "patch"},
+    {Attribute::Path, "path"},
+    {Attribute::Pattern, "pattern"},
+    {Attribute::Regex, "regex"},
+    {Attribute::Regid, "regid"},
+    {Attribute::Role, "role"},
+    {Attribute::Scheme, "scheme"},
+    {Attribute::Section, "section"},
+    {Attribute::Select, "select"},
+    {Attribute::Sha256, "sha256"},
+    {Attribute::Size, "size"},
+    {Attribute::Soname, "soname"},
+    {Attribute::Source, "source"},
+    {Attribute::TagId, "tagId"},
+    {Attribute::Type, "type"},
+    {Attribute::User, "user"},
+    {Attribute::Values, "values"},
 }};
 static_assert(std::ranges::is_sorted(kNames, {}, &NamedAttribute::name));
 static_assert(arePositions(kNames, &NamedAttribute::attribute));

@@ -22,6 +22,7 @@ enum class LeafKind : std::uint8_t {
     FileVersion,
     SwidTag,
     Component,
+    Bytes,
     Compare,
 };
 
@@ -45,12 +46,14 @@ enum class Attribute : std::uint8_t {
     Exe,
     Flags,
     Format,
+    From,
     Key,
     Kind,
     Left,
     Machine,
     MaxBytes,
     MaxDepth,
+    MaxMatch,
     MaxSize,
     MinSize,
     Mode,

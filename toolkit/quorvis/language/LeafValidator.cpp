@@ -36,6 +36,10 @@ bool isDepth(std::string_view text) {
     return isNumber(text, 1, 64);
 }
 
+bool isLengthOfMatch(std::string_view text) {
+    return isNumber(text, 1, std::uint64_t{1} << 20);
+}
+
 bool isDigest(std::string_view text) {
     return text.size() == 64 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
@@ -94,10 +98,12 @@ constexpr ValueRule kValueRules[] = {
     {Attribute::Corpus, isBoolean, kBooleanText},
     {Attribute::Each, isNotEmpty, "steps to records"},
     {Attribute::Flags, isFlags, "made of the letters i, m and s"},
+    {Attribute::From, isSize, kSizeText},
     {Attribute::Key, isNotEmpty, "a key"},
     {Attribute::Kind, isKind, "file, dir, link or any"},
     {Attribute::MaxBytes, isSize, kSizeText},
     {Attribute::MaxDepth, isDepth, "a number from 1 to 64"},
+    {Attribute::MaxMatch, isLengthOfMatch, "a number of bytes up to 1048576"},
     {Attribute::MaxSize, isSize, kSizeText},
     {Attribute::MinSize, isSize, kSizeText},
     {Attribute::Mode, isMode, "an octal number"},

@@ -2,8 +2,10 @@
 #include <unordered_set>
 
 #include "kest/Ascii.h"
+#include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/leaves/LeafLookup.h"
+#include "toolkit/quorvis/leaves/PieceSearch.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
 
 namespace toolkit::quorvis {
@@ -48,41 +50,73 @@ std::string keyOf(const Item& item) {
     return key;
 }
 
-// Adds an item for each match with new captures.
-void addMatches(const Query& query, std::string_view content, const Item& described,
-                EvaluationContext& context, LeafResult& result) {
-    const RE2* const regex = regexOf(query, result);
-    if (regex == nullptr) return;
-    std::unordered_set<std::string> known;
-    for (RegexMatches matches(*regex, content, lastCapture(query)); matches.next();) {
-        if (!roomForMatch(context, described.source, result)) return;
-        Item item = described;
-        addCaptures(query, matches, item);
-        if (known.insert(keyOf(item)).second) keepItem(context.budget(), result, std::move(item));
-        if (!hasGroups(query)) return;
-    }
-}
+// Searches the sections that a query names.
+class SectionSearch {
+  public:
+    SectionSearch(const Query& query, const RandomAccessFile& file, const ElfFile& elf, const Item& described,
+                  EvaluationContext& context, LeafResult& result)
+        : query_(query),
+          file_(file),
+          elf_(elf),
+          described_(described),
+          context_(context),
+          result_(result),
+          regex_(regexOf(query, result)) {}
 
-void searchSection(const Query& query, const ElfFile& elf, const Item& described, EvaluationContext& context,
-                   LeafResult& result) {
-    const std::string name(query.has(Attribute::Section) ? query.get(Attribute::Section) : ".rodata");
-    const std::uint64_t limit = context.settings().fileSystem.maxContentSize;
-    std::string content;
-    switch (elf.readSection(name, limit, content)) {
-        case ElfFile::Section::Found:
-            addMatches(query, content, described, context, result);
-            break;
-        case ElfFile::Section::Missing:
-            break;
-        case ElfFile::Section::TooLarge:
-            result.fail(EventCode::LimitBytes, described.source,
-                        "the section " + name + " is larger than " + std::to_string(limit) + " bytes");
-            break;
-        case ElfFile::Section::Damaged:
-            result.fail(EventCode::Parse, described.source, "the sections are damaged");
-            break;
+    void search() {
+        if (regex_ == nullptr) return;
+        std::string_view names = query_.has(Attribute::Section) ? query_.get(Attribute::Section) : ".rodata";
+        for (std::string_view name = nextWord(names); !name.empty() && !done_; name = nextWord(names))
+            searchSection(std::string(name));
     }
-}
+
+  private:
+    void searchSection(const std::string& name) {
+        ElfFile::Place place;
+        const ElfFile::Section section = elf_.findSection(name, place);
+        if (section == ElfFile::Section::Damaged)
+            result_.fail(EventCode::Parse, described_.source, "the sections are damaged");
+        if (section != ElfFile::Section::Found) return;
+        const Settings::FileSystem& limits = context_.settings().fileSystem;
+        const std::uint64_t limit = std::max(limits.maxContentSize, limits.maxHashedSize);
+        if (place.size > limit) {
+            result_.fail(EventCode::LimitBytes, described_.source,
+                         "the section " + name + " is larger than " + std::to_string(limit) + " bytes");
+            return;
+        }
+        if (place.size == 0) return addEmpty();
+        const PieceRange range{place.offset, place.size, kLongestMatch};
+        const auto take = [this](const RegexMatches& match, std::uint64_t) { return add(match); };
+        if (!searchPieces(file_, range, *regex_, lastCapture(query_), take))
+            result_.fail(EventCode::Parse, described_.source, "the sections are damaged");
+    }
+
+    void addEmpty() {
+        RegexMatches match(*regex_, {}, lastCapture(query_));
+        if (match.next()) add(match);
+    }
+
+    // Adds an item for a match with new captures. False when no other is wanted.
+    bool add(const RegexMatches& match) {
+        done_ = !roomForMatch(context_, described_.source, result_);
+        if (done_) return false;
+        Item item = described_;
+        addCaptures(query_, match, item);
+        if (known_.insert(keyOf(item)).second) keepItem(context_.budget(), result_, std::move(item));
+        done_ = !hasGroups(query_);
+        return !done_;
+    }
+
+    const Query& query_;
+    const RandomAccessFile& file_;
+    const ElfFile& elf_;
+    const Item& described_;
+    EvaluationContext& context_;
+    LeafResult& result_;
+    const RE2* regex_;
+    std::unordered_set<std::string> known_;
+    bool done_ = false;
+};
 
 }  // namespace
 
@@ -98,7 +132,7 @@ LeafResult lookUpElf(const Query& query, EvaluationContext& context) {
     std::optional<Item> described = describe(query, *elf, path, result);
     if (!described) return result;
     if (query.has(Attribute::Regex) || query.has(Attribute::Section)) {
-        searchSection(query, *elf, *described, context, result);
+        SectionSearch(query, *file, *elf, *described, context, result).search();
     } else {
         keepItem(context.budget(), result, std::move(*described));
     }

@@ -13,9 +13,10 @@ namespace {
 using LookUp = LeafResult (*)(const Query&, EvaluationContext&);
 
 // In the order of LeafKind.
-constexpr std::array<LookUp, 12> kLookUps = {
-    lookUpPackage, lookUpFile, lookUpGlob,        lookUpContent, lookUpProperty,  lookUpXml,
-    lookUpProcess, lookUpElf,  lookUpFileVersion, lookUpSwidTag, lookUpComponent, lookUpCompare,
+constexpr std::array<LookUp, 13> kLookUps = {
+    lookUpPackage,   lookUpFile,    lookUpGlob,    lookUpContent,     lookUpProperty,
+    lookUpXml,       lookUpProcess, lookUpElf,     lookUpFileVersion, lookUpSwidTag,
+    lookUpComponent, lookUpBytes,   lookUpCompare,
 };
 
 constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
@@ -28,6 +29,9 @@ std::uint64_t maxBytesRead(LeafKind kind, const Settings::FileSystem& settings) 
             return 2 * settings.maxHashedSize;
         case LeafKind::Glob:
             return std::max(settings.maxHashedSize, std::uint64_t{4096} * kMegabyte);
+        case LeafKind::Bytes:
+        case LeafKind::Elf:
+            return std::max(settings.maxHashedSize, settings.maxContentSize) + 64 * kMegabyte;
         case LeafKind::SwidTag:
             return 256 * kMegabyte;
         case LeafKind::Component:

@@ -94,6 +94,7 @@ LeafResult lookUpElf(const Query& query, EvaluationContext& context);
 LeafResult lookUpFileVersion(const Query& query, EvaluationContext& context);
 LeafResult lookUpSwidTag(const Query& query, EvaluationContext& context);
 LeafResult lookUpComponent(const Query& query, EvaluationContext& context);
+LeafResult lookUpBytes(const Query& query, EvaluationContext& context);
 LeafResult lookUpCompare(const Query& query, EvaluationContext& context);
 
 // Adds what the query captures of the values of the items. Removes the items with a value that does not match.

@@ -79,10 +79,11 @@ bool passesValueTests(const Query& query, std::string_view value, const std::str
     return passesVersionTests(query, Scheme::Dotted, value, path, result);
 }
 
-RegexMatches::RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup)
+RegexMatches::RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup, std::size_t from)
     : regex_(regex),
       text_(text.data(), text.size()),
-      groups_(static_cast<std::size_t>(std::min(lastGroup, regex.NumberOfCapturingGroups())) + 1) {}
+      groups_(static_cast<std::size_t>(std::min(lastGroup, regex.NumberOfCapturingGroups())) + 1),
+      rest_(from) {}
 
 bool RegexMatches::next() {
     if (rest_ > text_.size() || !regex_.Match(text_, rest_, text_.size(), RE2::UNANCHORED, groups_.data(),

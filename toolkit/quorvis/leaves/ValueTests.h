@@ -38,14 +38,15 @@ bool passesValueTests(const Query& query, std::string_view value, const std::str
 // Iterates over the matches of a regex in a text. They do not overlap.
 class RegexMatches {
   public:
-    // Captures the groups up to `lastGroup`. REQUIRES: the regex and the text outlive this.
-    RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup);
+    // Captures the groups up to `lastGroup`. Matches begin at `from` or later. REQUIRES: the regex and the text outlive this.
+    RegexMatches(const re2::RE2& regex, std::string_view text, int lastGroup, std::size_t from = 0);
 
     // Moves to the next match, initially to the first one. False after the last match.
     bool next();
 
     // The offset of the match.
     std::size_t begin() const { return begin_; }
+    std::size_t end() const { return begin_ + groups_.front().size(); }
     // Whether the group took part in the match. Group 0 is the whole match.
     bool has(int group) const;
     // The text of a group, cut to kMaxValueSize.

@@ -115,10 +115,26 @@ TEST_F(ElfLeaf, OtherFilesAreFalse) {
 TEST_F(ElfLeaf, ALargeSectionIsNotRead) {
     write(ElfBuilder().build());
     tester_.settings.fileSystem.maxContentSize = 10;
+    EXPECT_FALSE(ask({{Attribute::Regex, "Product"}}).items.empty()) << "it is read in pieces";
+    tester_.settings.fileSystem.maxHashedSize = 10;
     const LeafResult result = ask({{Attribute::Regex, "Product"}});
     EXPECT_TRUE(result.incomplete);
     EXPECT_EQ(std::vector{EventCode::LimitBytes}, LeafTester::codes(result));
     EXPECT_FALSE(ask().items.empty()) << "nothing of it is needed";
+}
+
+TEST_F(ElfLeaf, SeveralSectionsAreSearched) {
+    write(ElfBuilder().build());
+    const auto found = [this](const std::string& sections, const std::string& regex) {
+        const LeafResult result = ask({{Attribute::Section, sections}, {Attribute::Regex, regex}});
+        EXPECT_FALSE(result.incomplete);
+        return result.items.size();
+    };
+    EXPECT_EQ(1U, found(".none .rodata", "Product 3"));
+    EXPECT_EQ(1U, found(".rodata .note", "GNU"));
+    EXPECT_EQ(0U, found(".none .note", "Product 3"));
+    EXPECT_EQ(1U, ask({{Attribute::Section, ".none .note"}}).items.size());
+    EXPECT_EQ(0U, ask({{Attribute::Section, ".none .bss"}}).items.size());
 }
 
 TEST_F(ElfLeaf, TruncatedFilesGiveNoWrongValues) {
