@@ -125,7 +125,7 @@ std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warning
     std::vector<std::string> lines = warningLines(others);
     const std::size_t undecided = undecidedSignatures(warnings).size();
     lines.push_back(
-        fmt::format("warning: {} files and directories may not be read or searched by all users, so {} "
+        fmt::format("warning: {} files and directories may not be read or searched, so {} "
                     "signatures are undecided; -v "
                     "names them",
                     places.size(), undecided));

@@ -87,10 +87,9 @@ TEST(Warnings, ManyPrivatePlacesShareALine) {
     warnings.push_back({{{"code", "io"}, {"path", "/x"}}, "cannot be read"});
     EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings)) << "three places are named";
     warnings.push_back({{{"code", "permission"}, {"path", "/d"}, {"guid", "g1"}}, "private"});
-    EXPECT_EQ((std::vector<std::string>{
-                  "warning: /x: cannot be read",
-                  "warning: 4 files and directories may not be read or searched by all users, so 1 "
-                  "signatures are undecided; -v names them"}),
+    EXPECT_EQ((std::vector<std::string>{"warning: /x: cannot be read",
+                                        "warning: 4 files and directories may not be read or searched, so 1 "
+                                        "signatures are undecided; -v names them"}),
               conciseWarningLines(warnings));
 }
 
