@@ -149,7 +149,7 @@ Json fileOf(const HashedFile& file) {
              {{{"algorithm", "SHA1"}, {"checksumValue", file.hashes.sha1}},
               {{"algorithm", "SHA256"}, {"checksumValue", file.hashes.sha256}}}},
             {"licenseConcluded", kNoAssertion},
-            {"licenseInfoInFiles", {kNoAssertion}},
+            {"licenseInfoInFiles", Json::array({kNoAssertion})},
             {"copyrightText", kNoAssertion}};
 }
 
@@ -197,13 +197,15 @@ Json relationshipsOf(const BillOfMaterials& bill) {
 std::string spdxText(const BillOfMaterials& bill, const DocumentTime& time) {
     const std::string name =
         bill.system.version.empty() ? bill.system.name : bill.system.name + "-" + bill.system.version;
-    Json document = {
-        {"spdxVersion", "SPDX-2.3"}, {"dataLicense", "CC0-1.0"},
-        {"SPDXID", kDocument},       {"name", name},
-        {"documentNamespace", ""},   {"creationInfo", {{"creators", {"Tool: zav-" ZAV_CLI_VERSION}}}}};
+    Json document = {{"spdxVersion", "SPDX-2.3"},
+                     {"dataLicense", "CC0-1.0"},
+                     {"SPDXID", kDocument},
+                     {"name", name},
+                     {"documentNamespace", ""},
+                     {"creationInfo", {{"creators", Json::array({"Tool: zav-" ZAV_CLI_VERSION})}}}};
     if (!bill.complete)
         document["comment"] = "Something could not be read, so software may be missing from this document.";
-    document["packages"] = {packageOf(bill.system)};
+    document["packages"] = Json::array({packageOf(bill.system)});
     for (const Component& component : bill.components) document["packages"].push_back(packageOf(component));
     for (const HashedFile& file : bill.files) document["files"].push_back(fileOf(file));
     document["relationships"] = relationshipsOf(bill);

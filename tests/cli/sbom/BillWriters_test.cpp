@@ -173,7 +173,8 @@ TEST(BillWriters, HostileValuesAreLeftOutOrReplaced) {
         component.description = "\xff\xfe\x01";
         component.supplier = "a\n\"b\"\\";
     }
-    for (const Json& component : cycloneDx(bill).at("components"))
+    const Json document = cycloneDx(bill);
+    for (const Json& component : document.at("components"))
         EXPECT_FALSE(component.contains("cpe") || component.contains("purl") ||
                      component.contains("externalReferences"));
     const Json json = spdx(bill);

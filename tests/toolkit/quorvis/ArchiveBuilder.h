@@ -9,10 +9,13 @@
 
 namespace toolkit::quorvis {
 
-// Little-endian.
+// Little-endian. Bytes beyond the number are 0.
 inline std::string littleEndianBytes(std::uint64_t value, std::size_t width) {
     std::string bytes;
-    for (std::size_t i = 0; i < width; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+    for (std::size_t i = 0; i < width; ++i) {
+        bytes += static_cast<char>(value & 0xFFU);
+        value >>= 8U;
+    }
     return bytes;
 }
 

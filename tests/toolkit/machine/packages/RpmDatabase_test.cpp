@@ -169,7 +169,8 @@ TEST(RpmHeader, AHeaderMayHaveOneEntryAndBytesBehindIt) {
     const std::string whole = header({{1000, 6, text("a")}});
     RpmPackage package;
     EXPECT_TRUE(readRpmHeader(whole, package));
-    EXPECT_TRUE(readRpmHeader(whole + "more", package));
+    const std::string longer = whole + "more";
+    EXPECT_TRUE(readRpmHeader(longer, package));
     EXPECT_EQ("a", package.name);
     EXPECT_FALSE(readRpmHeader(whole.substr(0, 7), package));
 }
