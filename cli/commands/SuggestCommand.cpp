@@ -30,7 +30,7 @@ std::string pathInTree(const Options& options) {
         const std::filesystem::path path = "/" / std::filesystem::path(*options.suggest).relative_path();
         return path.lexically_normal().string();
     }
-    const std::string path = std::filesystem::canonical(*options.suggest, error).string();
+    std::string path = std::filesystem::canonical(*options.suggest, error).string();
     if (error)
         throw Failure(kExitBadUsage, fmt::format("--suggest: '{}': {}", *options.suggest, error.message()));
     return path;

@@ -12,6 +12,7 @@ namespace zavcli {
 
 std::string signatureTable(const std::vector<SignatureEntry>& signatures, const TableStyle& style) {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(signatures.size());
     for (const SignatureEntry& entry : signatures) rows.push_back({entry.name, entry.publisher, entry.guid});
     std::stable_sort(rows.begin(), rows.end(), [](const auto& one, const auto& other) {
         return lowerCase(one.front()) < lowerCase(other.front());

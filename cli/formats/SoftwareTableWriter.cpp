@@ -35,6 +35,7 @@ std::string rowsText(const SoftwareInventory& inventory, const TableStyle& style
         products.push_back({identityOf(match), isLanguagePackage(match)});
     std::stable_sort(products.begin(), products.end(), precedes);
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(products.size());
     for (const auto& [identity, isLanguagePackage] : products)
         rows.push_back({identity.name, identity.version, identity.place, packageText(identity)});
     const std::vector<RowColumn> columns{{"Name", 16}, {"Version", 10}, {"Place", 16, true}, {"Package", 10}};

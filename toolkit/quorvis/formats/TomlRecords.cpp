@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kMaxTomlSize = std::size_t{4} << 20;
 constexpr std::size_t kMaxStepsPerKey = 64;
 
-// Skips a string with its quotes. `at` is that of the first quote.
+// Skips a string with its quotes, of which up to five may end a string of several lines. `at` is that of the first quote.
 std::size_t endOfString(std::string_view text, std::size_t at) {
     const char quote = text[at];
     const std::string triple(3, quote);
@@ -27,14 +27,26 @@ std::size_t endOfString(std::string_view text, std::size_t at) {
         if (!manyLines && text[at] == '\n') return at;
         at += quote == '"' && text[at] == '\\' ? 2 : 1;
     }
-    return std::min(at + end.size(), text.size());
+    at = std::min(at + end.size(), text.size());
+    for (int more = 0; manyLines && more < 2 && at < text.size() && text[at] == quote; ++more) ++at;
+    return at;
 }
 
-// Whether a key has so many steps that the tables of the library would be nested too deeply: it frees them by recursion.
-// Dots outside of strings and comments are in keys and numbers.
-bool hasLongKey(std::string_view text) {
+// What must not reach the library.
+struct Hazards {
+    // A key has so many steps that the tables would be nested too deeply: the library frees them by recursion.
+    bool longKey = false;
+    // The place of a character beyond ASCII outside of strings and comments, where TOML has none. The behaviour of the
+    // library is undefined for some of them.
+    std::size_t stray = std::string_view::npos;
+};
+
+Hazards hazardsOf(std::string_view text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    Hazards hazards;
+    // Dots outside of strings and comments are in keys and numbers.
     std::size_t dots = 0;
-    for (std::size_t at = 0; at < text.size();) {
+    for (std::size_t at = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0; at < text.size();) {
         const char c = text[at];
         if (c == '"' || c == '\'') {
             at = endOfString(text, at);
@@ -44,12 +56,13 @@ bool hasLongKey(std::string_view text) {
             at = std::min(text.find('\n', at), text.size());
             continue;
         }
+        if ((static_cast<unsigned char>(c) & 0x80U) != 0) hazards.stray = std::min(hazards.stray, at);
         if (c == '.') ++dots;
         if (c == '\n' || c == '=' || c == ',' || c == '{' || c == '[') dots = 0;
-        if (dots >= kMaxStepsPerKey) return true;
+        if (dots >= kMaxStepsPerKey) hazards.longKey = true;
         ++at;
     }
-    return false;
+    return hazards;
 }
 
 // The texts of values by their place in the document.
@@ -143,8 +156,13 @@ Records readTomlRecords(std::string_view text, const RecordRequest& request,
                         const ProgressCheck& checkProgress) {
     if (text.size() > kMaxTomlSize)
         return problem("the TOML document is larger than " + std::to_string(kMaxTomlSize) + " bytes", true);
-    if (hasLongKey(text))
+    const Hazards hazards = hazardsOf(text);
+    if (hazards.longKey)
         return problem("a key has more than " + std::to_string(kMaxStepsPerKey) + " steps", true);
+    if (hazards.stray != std::string_view::npos) {
+        const auto line = std::ranges::count(text.substr(0, hazards.stray), '\n') + 1;
+        return problem("damaged TOML, line " + std::to_string(line) + ": a character beyond ASCII", false);
+    }
     const toml::parse_result result = toml::parse(text);
     if (!result) {
         const toml::source_position& place = result.error().source().begin;

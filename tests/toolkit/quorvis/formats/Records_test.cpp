@@ -183,6 +183,16 @@ TEST(TomlRecords, DamagedDocumentsAreProblems) {
     EXPECT_EQ("", problemOf("toml", ""));
 }
 
+// The library must not be given them: its behaviour is undefined for some characters.
+TEST(TomlRecords, CharactersBeyondAsciiAreOnlyInTextsAndComments) {
+    for (const char* const stray :
+         {"\u01cf = 1", "a = 1 \u01cf", "a = \"\"\"x\"\"\"\"\u01cf\n", "a = 1\n\u00a0b = 2"})
+        EXPECT_NE(std::string::npos, problemOf("toml", stray).find(": a character beyond ASCII")) << stray;
+    EXPECT_EQ("damaged TOML, line 2: a character beyond ASCII", problemOf("toml", "a = 1\n\u01cf = 2"));
+    EXPECT_EQ("",
+              problemOf("toml", "\uFEFF# \u01cf\na = '\u01cf'\nb = \"\"\"\u01cf\"\"\"\"\"\n'\u01cf' = 1"));
+}
+
 TEST(TomlRecords, DeepDocumentsAreRefused) {
     EXPECT_EQ("", problemOf("toml", repeated("a.", 62) + "a = 1"));
     EXPECT_EQ("nested more than 64 levels", problemOf("toml", repeated("a.", 63) + "a = { a.a = 1 }"));
