@@ -14,6 +14,11 @@
 namespace toolkit {
 namespace {
 
+std::string fileIn(const std::string& directory, const std::string& name) {
+    std::string path = directory;
+    return path.append("/").append(name);
+}
+
 using Damage = PackageReading::Damage;
 
 // Reads the lists of many packages, one file each.
@@ -60,13 +65,15 @@ class DpkgLists {
 
     PackageReading visit(const std::string& folder) {
         readDiversions(folder + "/diversions");
-        for (const std::string& name : root_.list(folder + "/info")) {
+        const std::string lists = folder + "/info";
+        for (const std::string& name : root_.list(lists)) {
             if (budget_.isSpent()) break;
-            if (name.ends_with(kList)) readList(folder + "/info/" + name, packageOf(name, kList));
+            if (name.ends_with(kList)) readList(fileIn(lists, name), packageOf(name, kList));
         }
-        for (const std::string& name : root_.list(folder + "/status.d")) {
+        const std::string sums = folder + "/status.d";
+        for (const std::string& name : root_.list(sums)) {
             if (budget_.isSpent()) break;
-            if (name.ends_with(kSums)) readSums(folder + "/status.d/" + name, packageOf(name, kSums));
+            if (name.ends_with(kSums)) readSums(fileIn(sums, name), packageOf(name, kSums));
         }
         return reading_;
     }

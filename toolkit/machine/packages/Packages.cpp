@@ -15,26 +15,26 @@ constexpr const PackageDatabase* kDatabases[] = {&kDpkgDatabase,   &kRpmDatabase
 
 // A default place of a database.
 struct Place {
-    PackageType type;
     const char* path;
+    PackageType type;
     bool ofManager;  // whether only a package manager makes it
 };
 constexpr Place kPlaces[] = {
-    {PackageType::Dpkg, "/var/lib/dpkg/status", true},
-    {PackageType::Dpkg, "/var/lib/dpkg/status.d", false},
-    {PackageType::Rpm, "/usr/lib/sysimage/rpm", false},
-    {PackageType::Rpm, "/usr/lib/sysimage/rpm/rpmdb.sqlite", true},
-    {PackageType::Rpm, "/usr/lib/sysimage/rpm/Packages.db", true},
-    {PackageType::Rpm, "/var/lib/rpm", false},
-    {PackageType::Rpm, "/var/lib/rpm/rpmdb.sqlite", true},
-    {PackageType::Rpm, "/var/lib/rpm/Packages.db", true},
-    {PackageType::Rpm, "/var/lib/rpm/Packages", true},
-    {PackageType::Apk, "/lib/apk/db/installed", true},
-    {PackageType::Pacman, "/var/lib/pacman/local", false},
-    {PackageType::Pacman, "/var/lib/pacman/local/ALPM_DB_VERSION", true},
-    {PackageType::Snap, "/snap", false},
-    {PackageType::Snap, "/var/lib/snapd/snap", false},
-    {PackageType::Flatpak, "/var/lib/flatpak/app", false},
+    {"/var/lib/dpkg/status", PackageType::Dpkg, true},
+    {"/var/lib/dpkg/status.d", PackageType::Dpkg, false},
+    {"/usr/lib/sysimage/rpm", PackageType::Rpm, false},
+    {"/usr/lib/sysimage/rpm/rpmdb.sqlite", PackageType::Rpm, true},
+    {"/usr/lib/sysimage/rpm/Packages.db", PackageType::Rpm, true},
+    {"/var/lib/rpm", PackageType::Rpm, false},
+    {"/var/lib/rpm/rpmdb.sqlite", PackageType::Rpm, true},
+    {"/var/lib/rpm/Packages.db", PackageType::Rpm, true},
+    {"/var/lib/rpm/Packages", PackageType::Rpm, true},
+    {"/lib/apk/db/installed", PackageType::Apk, true},
+    {"/var/lib/pacman/local", PackageType::Pacman, false},
+    {"/var/lib/pacman/local/ALPM_DB_VERSION", PackageType::Pacman, true},
+    {"/snap", PackageType::Snap, false},
+    {"/var/lib/snapd/snap", PackageType::Snap, false},
+    {"/var/lib/flatpak/app", PackageType::Flatpak, false},
 };
 
 using Damage = PackageReading::Damage;

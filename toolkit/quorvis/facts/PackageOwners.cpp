@@ -152,7 +152,9 @@ void PackageOwners::readLinksIn(const std::string& directory) {
         path.append("/").append(name);
         const std::string target = root_.readLink(path);
         if (target.empty() || !root_.isDirectory(path)) continue;
-        const std::filesystem::path whole = target.starts_with('/') ? target : directory + "/" + target;
+        // An absolute target replaces the directory.
+        const std::filesystem::path whole =
+            std::filesystem::path(directory.empty() ? "/" : directory) / target;
         std::string place = whole.lexically_normal().string();
         while (place.ends_with('/')) place.pop_back();
         if (!isAbove(path, place)) links_.emplace_back(std::move(path), std::move(place));

@@ -136,7 +136,7 @@ class SignatureParser {
                                  std::string(element.name) + " " + quoted(textOf(element)) + " " + *problem);
         if (signature_.identities.size() == kMaxIdentities)
             diagnostics_.problem(element, "more than 16 identities");
-        if (isVariableIdentity(element)) signature_.identities.push_back(std::move(identity));
+        if (isVariableIdentity(element)) signature_.identities.push_back(identity);
     }
 
     void readPreset(const Element& part) {
