@@ -75,7 +75,7 @@ ComponentList readComposerComponents(std::string_view text, std::string_view pat
 // NAME.deps.json of a program of .NET.
 ComponentList readDotnetComponents(std::string_view text, std::string_view path,
                                    const ComponentLimits& limits, const ProgressCheck& checkProgress);
-// A specification of RubyGems.
+// The .gemspec file of an installed gem.
 ComponentList readGemComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
                                 const ProgressCheck& checkProgress);
 // package.json of a package of npm.
