@@ -121,15 +121,10 @@ TEST_P(HWAllocationsTest, OpenHandle) {
 TEST_P(HWAllocationsTest, MakeContext) {
     everyAllocation([this](int nth) {
         EXPECT_EQ(init(&handle_), 0);
-        ZAVHwCtx* context = reinterpret_cast<ZAVHwCtx*>(this);
-        const Attempt attempt = failAt(nth, [&] { return hwInit(&context); });
-        if (attempt.code == 0) {
-            EXPECT_EQ(ZAV_hw_free(context), 0);
-        } else {
-            EXPECT_EQ(context, nullptr);
-        }
+        const bool reached = makesContextOrNone<ZAVHwCtx>(
+            nth, [this](ZAVHwCtx** context) { return hwInit(context); }, ZAV_hw_free);
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return attempt.reached;
+        return reached;
     });
 }
 

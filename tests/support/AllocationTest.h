@@ -59,6 +59,20 @@ class AllocationTest : public testing::TestWithParam<Shortage> {
         return nth;
     }
 
+    // Makes a context with `init` while an allocation fails, and releases it with `release`. Returns whether that many
+    // allocations were made.
+    template <class Context, class Init, class Release>
+    bool makesContextOrNone(int nth, Init init, Release release) {
+        Context* context = reinterpret_cast<Context*>(this);
+        const Attempt attempt = failAt(nth, [&] { return init(&context); });
+        if (attempt.code == 0) {
+            EXPECT_EQ(release(context), 0);
+        } else {
+            EXPECT_EQ(context, nullptr);
+        }
+        return attempt.reached;
+    }
+
     // The library's temporary directory.
     const std::wstring& tempPath() const { return tempPath_; }
 

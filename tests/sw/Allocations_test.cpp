@@ -112,15 +112,10 @@ class SWAllocationsTest : public zavtest::AllocationTest {
 TEST_P(SWAllocationsTest, MakeContext) {
     everyAllocation([this](int nth) {
         openHandle();
-        ZAVSwCtx* context = reinterpret_cast<ZAVSwCtx*>(this);
-        const Attempt attempt = failAt(nth, [&] { return swInit(&context); });
-        if (attempt.code == 0) {
-            EXPECT_EQ(ZAV_sw_free(context), 0);
-        } else {
-            EXPECT_EQ(context, nullptr);
-        }
+        const bool reached = makesContextOrNone<ZAVSwCtx>(
+            nth, [this](ZAVSwCtx** context) { return swInit(context); }, ZAV_sw_free);
         EXPECT_EQ(ZAV_free(handle_), 0);
-        return attempt.reached;
+        return reached;
     });
 }
 

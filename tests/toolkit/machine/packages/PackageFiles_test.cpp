@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/ScratchDir.h"
+#include "tests/toolkit/machine/packages/RpmHeaderBytes.h"
 #include "toolkit/machine/packages/RpmDatabase.h"
 
 namespace toolkit {
@@ -108,36 +109,6 @@ TEST_F(PackageFiles, PackagesThatAreDirectoriesOwnAllBelow) {
     EXPECT_EQ("", directoryOfPackage(PackageType::Dpkg, "/var/lib/dpkg/status", "1"));
 }
 
-std::string number(std::uint64_t value, int width) {
-    std::string bytes;
-    for (int i = width - 1; i >= 0; --i) bytes += static_cast<char>(value >> (8 * i));
-    return bytes;
-}
-
-struct Entry {
-    unsigned tag;
-    unsigned type;
-    unsigned count;
-    std::string data;
-};
-
-std::string header(const std::vector<Entry>& entries) {
-    std::string index;
-    std::string store;
-    for (const Entry& entry : entries) {
-        index +=
-            number(entry.tag, 4) + number(entry.type, 4) + number(store.size(), 4) + number(entry.count, 4);
-        store += entry.data;
-    }
-    return number(entries.size(), 4) + number(store.size(), 4) + index + store;
-}
-
-std::string texts(std::initializer_list<const char*> list) {
-    std::string bytes;
-    for (const char* const text : list) bytes.append(text) += '\0';
-    return bytes;
-}
-
 std::string rpmFiles(std::string_view header, bool& whole) {
     std::string files;
     whole = readRpmFiles(header, [&files](std::string_view directory, std::string_view name) {
@@ -146,31 +117,31 @@ std::string rpmFiles(std::string_view header, bool& whole) {
     return files;
 }
 
-const std::vector<Entry> kRpm = {
-    {1000, 6, 1, texts({"bash"})},
-    {1029, 1, 4, std::string("\0\0\1\0", 4)},
-    {1030, 3, 4, number(0100755, 2) + number(0040755, 2) + number(0100644, 2) + number(0100644, 2)},
-    {1116, 4, 4, number(0, 4) + number(1, 4) + number(1, 4) + number(2, 4)},
-    {1117, 8, 4, texts({"bash", "skel", "replaced", "init"})},
-    {1118, 8, 3, texts({"/usr/bin/", "/etc/", "/"})},
+const std::vector<RpmEntry> kRpm = {
+    {1000, 6, texts({"bash"})},
+    {1029, 1, std::string("\0\0\1\0", 4), 4},
+    {1030, 3, number(0100755, 2) + number(0040755, 2) + number(0100644, 2) + number(0100644, 2), 4},
+    {1116, 4, number(0, 4) + number(1, 4) + number(1, 4) + number(2, 4), 4},
+    {1117, 8, texts({"bash", "skel", "replaced", "init"}), 4},
+    {1118, 8, texts({"/usr/bin/", "/etc/", "/"}), 3},
 };
 
 TEST(RpmFiles, AreThoseThatAreInstalledWithoutDirectories) {
     bool whole = false;
-    EXPECT_EQ(" /usr/bin/bash /init", rpmFiles(header(kRpm), whole));
+    EXPECT_EQ(" /usr/bin/bash /init", rpmFiles(rpmHeader(kRpm), whole));
     EXPECT_TRUE(whole);
 }
 
 TEST(RpmFiles, OfADamagedHeaderStayWithinIt) {
     bool whole = true;
-    std::vector<Entry> entries = kRpm;
+    std::vector<RpmEntry> entries = kRpm;
     entries[3].data = number(0, 4) + number(1, 4) + number(1, 4) + number(9, 4);
-    EXPECT_EQ(" /usr/bin/bash", rpmFiles(header(entries), whole));
+    EXPECT_EQ(" /usr/bin/bash", rpmFiles(rpmHeader(entries), whole));
     EXPECT_FALSE(whole) << "no such directory";
     entries[3].count = 0x40000000;
-    EXPECT_EQ("", rpmFiles(header(entries), whole));
+    EXPECT_EQ("", rpmFiles(rpmHeader(entries), whole));
     EXPECT_FALSE(whole) << "more numbers than bytes";
-    const std::string good = header(kRpm);
+    const std::string good = rpmHeader(kRpm);
     for (std::size_t length = 0; length < good.size(); ++length) {
         EXPECT_EQ("", rpmFiles(good.substr(0, length), whole));
         EXPECT_FALSE(whole) << length;

@@ -8,50 +8,25 @@
 #include <vector>
 
 #include "tests/support/ScratchDir.h"
+#include "tests/toolkit/machine/packages/RpmHeaderBytes.h"
 #include "toolkit/machine/packages/Packages.h"
 
 namespace toolkit {
 namespace {
 
-std::string number(std::uint64_t value, int width) {
-    std::string bytes;
-    for (int i = width - 1; i >= 0; --i) bytes += static_cast<char>(value >> (8 * i));
-    return bytes;
-}
-
-struct Entry {
-    unsigned tag;
-    unsigned type;
-    std::string data;
-};
-
-std::string header(const std::vector<Entry>& entries) {
-    std::string index;
-    std::string store;
-    for (const Entry& entry : entries) {
-        index += number(entry.tag, 4) + number(entry.type, 4) + number(store.size(), 4) + number(1, 4);
-        store += entry.data;
-    }
-    return number(entries.size(), 4) + number(store.size(), 4) + index + store;
-}
-
-std::string text(const char* value) {
-    return std::string(value) + '\0';
-}
-
 std::string bashHeader() {
-    return header({{63, 7, std::string(16, '\x3e')},
-                   {1000, 6, text("bash")},
-                   {1001, 6, text("5.1.8")},
-                   {1002, 6, text("6.el9")},
-                   {1003, 4, number(2, 4)},
-                   {1004, 9, text("The GNU shell") + text("Die Shell")},
-                   {1008, 4, number(1700000000, 4)},
-                   {1009, 4, number(7738634, 4)},
-                   {1011, 6, text("Vendor")},
-                   {1016, 9, text("System/Shells")},
-                   {1022, 6, text("x86_64")},
-                   {1044, 6, text("bash-5.1.8-6.el9.src.rpm")}});
+    return rpmHeader({{63, 7, std::string(16, '\x3e')},
+                      {1000, 6, texts({"bash"})},
+                      {1001, 6, texts({"5.1.8"})},
+                      {1002, 6, texts({"6.el9"})},
+                      {1003, 4, number(2, 4)},
+                      {1004, 9, texts({"The GNU shell", "Die Shell"})},
+                      {1008, 4, number(1700000000, 4)},
+                      {1009, 4, number(7738634, 4)},
+                      {1011, 6, texts({"Vendor"})},
+                      {1016, 9, texts({"System/Shells"})},
+                      {1022, 6, texts({"x86_64"})},
+                      {1044, 6, texts({"bash-5.1.8-6.el9.src.rpm"})}});
 }
 
 TEST(RpmHeader, AHeaderGivesItsFields) {
@@ -73,17 +48,17 @@ TEST(RpmHeader, AHeaderGivesItsFields) {
 }
 
 TEST(RpmHeader, EntriesMayHaveAnyOrder) {
-    const std::string bytes = header({{1044, 6, text("a-1-2.src.rpm")},
-                                      {1022, 6, text("x86_64")},
-                                      {1016, 6, text("System")},
-                                      {1011, 6, text("Vendor")},
-                                      {1009, 4, number(7, 4)},
-                                      {1008, 4, number(8, 4)},
-                                      {1004, 6, text("Summary")},
-                                      {1003, 4, number(9, 4)},
-                                      {1002, 6, text("2")},
-                                      {1001, 6, text("1")},
-                                      {1000, 6, text("a")}});
+    const std::string bytes = rpmHeader({{1044, 6, texts({"a-1-2.src.rpm"})},
+                                         {1022, 6, texts({"x86_64"})},
+                                         {1016, 6, texts({"System"})},
+                                         {1011, 6, texts({"Vendor"})},
+                                         {1009, 4, number(7, 4)},
+                                         {1008, 4, number(8, 4)},
+                                         {1004, 6, texts({"Summary"})},
+                                         {1003, 4, number(9, 4)},
+                                         {1002, 6, texts({"2"})},
+                                         {1001, 6, texts({"1"})},
+                                         {1000, 6, texts({"a"})}});
     RpmPackage package;
     ASSERT_TRUE(readRpmHeader(bytes, package));
     EXPECT_EQ("a", package.name);
@@ -101,7 +76,7 @@ TEST(RpmHeader, EntriesMayHaveAnyOrder) {
 }
 
 TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
-    const std::string bytes = header({{1000, 6, text("a")}, {5009, 5, number(5'000'000'000, 8)}});
+    const std::string bytes = rpmHeader({{1000, 6, texts({"a"})}, {5009, 5, number(5'000'000'000, 8)}});
     RpmPackage package;
     ASSERT_TRUE(readRpmHeader(bytes, package));
     EXPECT_EQ(5'000'000'000U, package.size);
@@ -109,11 +84,11 @@ TEST(RpmHeader, ALargePackageHasItsSizeInTheWideTag) {
 }
 
 TEST(RpmHeader, ValuesOfTheWrongTypeAreUnknown) {
-    const std::string bytes = header({{1000, 6, text("a")},
-                                      {1001, 4, text("1234")},
-                                      {1003, 6, text("1234")},
-                                      {1004, 4, number(5, 4)},
-                                      {1009, 6, text("1234")}});
+    const std::string bytes = rpmHeader({{1000, 6, texts({"a"})},
+                                         {1001, 4, texts({"1234"})},
+                                         {1003, 6, texts({"1234"})},
+                                         {1004, 4, number(5, 4)},
+                                         {1009, 6, texts({"1234"})}});
     RpmPackage package;
     ASSERT_TRUE(readRpmHeader(bytes, package));
     EXPECT_EQ("", package.version);
@@ -124,10 +99,10 @@ TEST(RpmHeader, ValuesOfTheWrongTypeAreUnknown) {
 }
 
 TEST(RpmHeader, AnUnterminatedTextIsNotSearchedBeyondTheMaximumLength) {
-    std::vector<Entry> entries{{1000, 6, text("a")}};
+    std::vector<RpmEntry> entries{{1000, 6, texts({"a"})}};
     for (int i = 0; i < 60'000; ++i) entries.push_back({1004, 6, "A"});
     entries.push_back({1001, 6, std::string(8 << 20, 'A')});
-    const std::string whole = header(entries);
+    const std::string whole = rpmHeader(entries);
     RpmPackage package;
     ASSERT_TRUE(readRpmHeader(whole, package));
     EXPECT_EQ("a", package.name);
@@ -138,23 +113,23 @@ TEST(RpmHeader, AnUnterminatedTextIsNotSearchedBeyondTheMaximumLength) {
 TEST(RpmHeader, ATextMayHaveTheMaximumLength) {
     const std::string longest(kMaxValueLength, 'v');
     RpmPackage package;
-    const std::string kept = header({{1000, 6, text("a")}, {1001, 6, text(longest.c_str())}});
+    const std::string kept = rpmHeader({{1000, 6, texts({"a"})}, {1001, 6, texts({longest.c_str()})}});
     ASSERT_TRUE(readRpmHeader(kept, package));
     EXPECT_EQ(longest, package.version);
-    const std::string tooLong = header({{1000, 6, text("a")}, {1001, 6, longest + text("v")}});
+    const std::string tooLong = rpmHeader({{1000, 6, texts({"a"})}, {1001, 6, longest + texts({"v"})}});
     ASSERT_TRUE(readRpmHeader(tooLong, package));
     EXPECT_EQ("", package.version);
 }
 
 TEST(RpmHeader, ValuesMustBeInTheStore) {
     RpmPackage package;
-    const std::string last = header({{1000, 6, text("a")}, {1009, 4, number(1, 4)}});
+    const std::string last = rpmHeader({{1000, 6, texts({"a"})}, {1009, 4, number(1, 4)}});
     ASSERT_TRUE(readRpmHeader(last, package));
     EXPECT_EQ(1U, package.size);
-    const std::string cut = header({{1000, 6, text("a")}, {1009, 4, number(1, 3)}});
+    const std::string cut = rpmHeader({{1000, 6, texts({"a"})}, {1009, 4, number(1, 3)}});
     ASSERT_TRUE(readRpmHeader(cut, package));
     EXPECT_EQ(0U, package.size);
-    const std::string cutWide = header({{1000, 6, text("a")}, {5009, 5, number(1, 7)}});
+    const std::string cutWide = rpmHeader({{1000, 6, texts({"a"})}, {5009, 5, number(1, 7)}});
     ASSERT_TRUE(readRpmHeader(cutWide, package));
     EXPECT_EQ(0U, package.size);
     for (const std::uint64_t offset : {6U, 7U, 0xFFFFFFFFU}) {
@@ -166,7 +141,7 @@ TEST(RpmHeader, ValuesMustBeInTheStore) {
 }
 
 TEST(RpmHeader, AHeaderMayHaveOneEntryAndBytesBehindIt) {
-    const std::string whole = header({{1000, 6, text("a")}});
+    const std::string whole = rpmHeader({{1000, 6, texts({"a"})}});
     RpmPackage package;
     EXPECT_TRUE(readRpmHeader(whole, package));
     const std::string longer = whole + "more";
@@ -178,9 +153,9 @@ TEST(RpmHeader, AHeaderMayHaveOneEntryAndBytesBehindIt) {
 TEST(RpmHeader, DamagedAndNamelessHeadersAreRefused) {
     RpmPackage package;
     EXPECT_FALSE(readRpmHeader("", package));
-    EXPECT_FALSE(readRpmHeader(header({}), package));
-    EXPECT_FALSE(readRpmHeader(header({{1001, 6, text("1")}}), package));
-    EXPECT_FALSE(readRpmHeader(header({{1000, 6, "no end"}}), package));
+    EXPECT_FALSE(readRpmHeader(rpmHeader({}), package));
+    EXPECT_FALSE(readRpmHeader(rpmHeader({{1001, 6, texts({"1"})}}), package));
+    EXPECT_FALSE(readRpmHeader(rpmHeader({{1000, 6, "no end"}}), package));
     EXPECT_FALSE(readRpmHeader(std::string(64, '\xff'), package));
     const std::string whole = bashHeader();
     for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -220,7 +195,8 @@ class RpmDatabase : public testing::Test {
         return "insert into Packages(blob) values (x'" + hex + "');";
     }
     static std::string insertion(const char* name) {
-        return insertionOf(header({{1000, 6, text(name)}, {1001, 6, text("1")}, {1002, 6, text("2")}}));
+        return insertionOf(
+            rpmHeader({{1000, 6, texts({name})}, {1001, 6, texts({"1"})}, {1002, 6, texts({"2"})}}));
     }
     void create(const std::string& insertions) { carryOut(kCreate + insertions); }
 
@@ -277,7 +253,7 @@ TEST_F(RpmDatabase, APackageHasTheFieldsOfItsHeader) {
 }
 
 TEST_F(RpmDatabase, WhatAHeaderLacksIsUnknown) {
-    const InstalledPackage package = packageOf(header({{1000, 6, text("a")}, {1001, 6, text("1")}}));
+    const InstalledPackage package = packageOf(rpmHeader({{1000, 6, texts({"a"})}, {1001, 6, texts({"1"})}}));
     EXPECT_EQ("1-", package.version);
     EXPECT_EQ("", package.epoch);
     EXPECT_EQ("1", package.upstream);
@@ -290,7 +266,7 @@ TEST_F(RpmDatabase, WhatAHeaderLacksIsUnknown) {
 TEST_F(RpmDatabase, NumbersMayBeAsLargeAsSignedOnes) {
     for (const std::uint64_t value : {std::uint64_t{1}, kMaxCount, kMaxCount + 1}) {
         const InstalledPackage package = packageOf(
-            header({{1000, 6, text("a")}, {1008, 5, number(value, 8)}, {5009, 5, number(value, 8)}}));
+            rpmHeader({{1000, 6, texts({"a"})}, {1008, 5, number(value, 8)}, {5009, 5, number(value, 8)}}));
         EXPECT_EQ(value <= kMaxCount, package.bytes.has_value()) << value;
         EXPECT_EQ(value <= kMaxCount, package.installed.has_value()) << value;
         EXPECT_EQ(value, package.bytes.value_or(value));
