@@ -1,6 +1,7 @@
 #include "toolkit/quorvah/sources/PartitionTable.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 
@@ -82,6 +83,10 @@ MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
             static_cast<unsigned>(littleEndian(sector, at + 4, 1)), littleEndian(sector, at + 8, 4)};
 }
 
+std::array<MbrEntry, 4> mbrEntries(std::string_view sector) {
+    return {mbrEntry(sector, 0), mbrEntry(sector, 1), mbrEntry(sector, 2), mbrEntry(sector, 3)};
+}
+
 bool isMbr(std::string_view sector) {
     if (sector.size() < kMbrSize || !sector.substr(510).starts_with("\x55\xAA")) return false;
     // The boot sector of a file system has the same signature, but code or text in place of the entries.
@@ -96,12 +101,13 @@ class DosTable {
     DosTable(const ReadDisk& read, std::uint64_t blockSize, std::string_view mbr)
         : read_(read), blockSize_(blockSize), signature_(hexAt(mbr, 440, 4)) {
         table_.type = "dos";
-        for (std::size_t i = 0; i < 4; ++i) {
-            const MbrEntry entry = mbrEntry(mbr, i);
-            if (entry.type != 0) add(entry, static_cast<int>(i + 1), true);
+        const std::array<MbrEntry, 4> entries = mbrEntries(mbr);
+        int partition = 0;
+        for (const MbrEntry& entry : entries) {
+            ++partition;
+            if (entry.type != 0) add(entry, partition, true);
         }
-        for (std::size_t i = 0; i < 4; ++i) {
-            const MbrEntry entry = mbrEntry(mbr, i);
+        for (const MbrEntry& entry : entries) {
             if (entry.isExtended()) readLogical(entry.start);
         }
     }
@@ -144,9 +150,8 @@ PartitionTable readPartitionTable(const ReadDisk& read, std::uint64_t blockSize)
     if (blockSize < kMbrSize || blockSize > 65536) return {};
     const std::string mbr = read(0, kMbrSize);
     if (!isMbr(mbr)) return {};
-    for (std::size_t i = 0; i < 4; ++i) {
-        if (mbrEntry(mbr, i).type == kProtective) return readGpt(read, blockSize);
-    }
+    const auto isProtective = [](const MbrEntry& entry) { return entry.type == kProtective; };
+    if (std::ranges::any_of(mbrEntries(mbr), isProtective)) return readGpt(read, blockSize);
     return DosTable(read, blockSize, mbr).take();
 }
 
