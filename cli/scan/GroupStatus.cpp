@@ -23,7 +23,7 @@ constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsNotApplicable", GroupState::NotApplicable},
                                       {"GroupsComplete", GroupState::Complete}}};
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 13> kReasons{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 19> kReasons{{
     {"permission", "permission denied; root may read it"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
@@ -37,6 +37,12 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 13> kReasons
     {"windows", "Windows only"},
     {"other-system", "other operating systems only"},
     {"other-processor", "other processors only"},
+    {"no-smbios", "no SMBIOS tables are visible here"},
+    {"smbios-broken", "the SMBIOS tables are damaged"},
+    {"logins-broken", "a record of logins is damaged or too large"},
+    {"no-driver", "no driver for such devices is loaded"},
+    {"no-ipx", "this kernel has no IPX"},
+    {"unknown-host", "the hypervisor does not tell which machine it runs on"},
 }};
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kDatabaseReasons{{

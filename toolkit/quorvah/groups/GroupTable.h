@@ -8,12 +8,7 @@
 
 namespace toolkit::quorvah {
 
-// Kinds of machines other than this one. Null where this one is of that kind.
-#if defined(__powerpc__) || defined(__s390__)
-inline constexpr const char* kOtherThanPowerAndS390 = nullptr;
-#else
-inline constexpr const char* kOtherThanPowerAndS390 = "other-processor";
-#endif
+// Kinds of machines other than this one.
 inline constexpr const char* kWindows = "windows";
 inline constexpr const char* kOtherSystem = "other-system";
 
@@ -31,32 +26,32 @@ inline constexpr const char* kOtherSystem = "other-system";
     GATHERED(IPAddress)                                                           \
     GATHERED(NetworkAdapter)                                                      \
     GATHERED(DiskPartition)                                                       \
-    UNSUPPORTED(PointingDevice, "Pointing Device")                                \
-    UNSUPPORTED(Keyboard, "Keyboard")                                             \
+    GATHERED(PointingDevice)                                                      \
+    GATHERED(Keyboard)                                                            \
     GATHERED(LogicalDrive)                                                        \
-    ELSEWHERE(IPXAddress, "IPX Address", kOtherSystem)                            \
-    UNSUPPORTED(Video, "Video")                                                   \
+    GATHERED(IPXAddress)                                                          \
+    GATHERED(Video)                                                               \
     UNSUPPORTED(Printer, "Printer")                                               \
     GATHERED(Regional)                                                            \
-    UNSUPPORTED(SystemEnclosure, "System Enclosure")                              \
+    GATHERED(SystemEnclosure)                                                     \
     GATHERED(UNIXSystemParams)                                                    \
     GATHERED(ScanInfo)                                                            \
-    UNSUPPORTED(PCSystemParams, "PC System Params")                               \
-    UNSUPPORTED(SerialPort, "Serial Port")                                        \
-    UNSUPPORTED(ParallelPort, "Parallel Port")                                    \
-    UNSUPPORTED(SMBIOS, "SMBIOS")                                                 \
+    GATHERED(PCSystemParams)                                                      \
+    GATHERED(SerialPort)                                                          \
+    GATHERED(ParallelPort)                                                        \
+    GATHERED(SMBIOS)                                                              \
     GATHERED(SoftwarePackages)                                                    \
     UNSUPPORTED(InstalledPatches, "Installed Patches")                            \
     UNSUPPORTED(Partition, "Partition")                                           \
     GATHERED(USBDevice)                                                           \
     GATHERED(PCIDevice)                                                           \
     UNSUPPORTED(Modem, "Modem")                                                   \
-    UNSUPPORTED(MemoryModules, "Memory Modules")                                  \
-    UNSUPPORTED(Monitor, "Monitor")                                               \
-    ELSEWHERE(Lpar, "Lpar", kOtherThanPowerAndS390)                               \
+    GATHERED(MemoryModules)                                                       \
+    GATHERED(Monitor)                                                             \
+    GATHERED(Lpar)                                                                \
     UNSUPPORTED(ServiceInfo, "Service Info")                                      \
-    UNSUPPORTED(UserAccountInfo, "User Account Info")                             \
-    UNSUPPORTED(LastLoggedUser, "Last Logged User")                               \
+    GATHERED(UserAccountInfo)                                                     \
+    GATHERED(LastLoggedUser)                                                      \
     UNSUPPORTED(ScreenSaverInfo, "Screen Saver Info")                             \
     ELSEWHERE(OperatingSystemCSIDL, "Operating System CSIDL", kWindows)           \
     ELSEWHERE(WinCluster, "WinCluster", kWindows)                                 \
@@ -64,9 +59,9 @@ inline constexpr const char* kOtherSystem = "other-system";
     ELSEWHERE(VEQCluster, "VEQCluster", kOtherSystem)                             \
     ELSEWHERE(VEQClusterNode, "VEQClusterNode", kOtherSystem)                     \
     GATHERED(PhysicalProcessor)                                                   \
-    UNSUPPORTED(HostComponentID, "HostComponentID")                               \
-    UNSUPPORTED(CpuMeter, "CpuMeter")                                             \
-    UNSUPPORTED(UnixCpuMeter, "UnixCpuMeter")                                     \
+    GATHERED(HostComponentID)                                                     \
+    GATHERED(CpuMeter)                                                            \
+    GATHERED(UnixCpuMeter)                                                        \
     ELSEWHERE(WinCpuMeter, "WinCpuMeter", kWindows)                               \
     UNSUPPORTED(VirtualMachine, "VirtualMachine")                                 \
     GATHERED(VirtualMachineGuest)                                                 \

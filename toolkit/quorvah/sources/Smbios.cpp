@@ -89,13 +89,15 @@ void Smbios::parse() {
     while (rest.size() >= kHeaderLength) {
         SmbiosStructure structure;
         const auto length = static_cast<unsigned char>(rest[1]);
-        if (length < kHeaderLength || length > rest.size()) return;
+        damaged_ = length < kHeaderLength || length > rest.size();
+        if (damaged_) return;
         structure.formatted = rest.substr(0, length);
         structure.type = structure.byte(0);
         structure.handle = structure.word(2);
         rest.remove_prefix(length);
         auto strings = takeStrings(rest);
-        if (!strings) return;
+        damaged_ = !strings;
+        if (damaged_) return;
         structure.strings = std::move(*strings);
         structures_.push_back(std::move(structure));
         if (structures_.back().type == kEndOfTable) return;

@@ -39,6 +39,9 @@ class Smbios {
     const std::vector<SmbiosStructure>& structures() const { return structures_; }
     std::vector<const SmbiosStructure*> ofType(unsigned type) const;
 
+    // Whether the table ends in the middle of a structure, or has a malformed one.
+    bool damaged() const { return damaged_; }
+
     // "3.2"; empty if it is unknown.
     const std::string& version() const { return version_; }
 
@@ -47,6 +50,7 @@ class Smbios {
 
     std::string table_;
     std::string version_;
+    bool damaged_ = false;
     std::vector<SmbiosStructure> structures_;
 };
 

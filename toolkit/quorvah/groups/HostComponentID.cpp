@@ -1,0 +1,90 @@
+#include <string>
+
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
+#include "toolkit/quorvah/sources/DmiId.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/HyperVPairs.h"
+#include "toolkit/quorvah/sources/Hypervisor.h"
+#include "toolkit/quorvah/sources/KernelInfo.h"
+#include "toolkit/quorvah/sources/KeyValueText.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"UUID", FieldDef::kPrivate}, {"Manufacturer"}, {"ProductName"}, {"SerialNumber", FieldDef::kPrivate},
+    {"Name", FieldDef::kPrivate}, {"Source"},
+};
+
+// The lines about the machine, which are there in every partition and guest of an s390x machine.
+void setSysinfo(const std::string& sysinfo, Instance& host) {
+    host.set("Manufacturer", valueForKey(sysinfo, "Manufacturer"));
+    host.set("ProductName", valueForKey(sysinfo, "Type"));
+    host.set("SerialNumber", valueForKey(sysinfo, "Sequence Code"));
+}
+
+void setDeviceTree(const GatheringContext& context, Instance& host) {
+    const Root& root = context.root();
+    host.set("ProductName", context.firmwareText(deviceTreeText(root, "host-model")));
+    host.set("SerialNumber", context.firmwareText(deviceTreeText(root, "host-serial")));
+}
+
+// What Hyper-V tells its guests, if their service that receives it runs.
+void setPairs(const Root& root, Instance& host) {
+    constexpr std::size_t kMaxPool = std::size_t{4} << 20;
+    const std::string pool = root.read("/var/lib/hyperv/.kvp_pool_3", kMaxPool).value_or("");
+    std::string name = hyperVValue(pool, "PhysicalHostNameFullyQualified");
+    if (name.empty()) name = hyperVValue(pool, "PhysicalHostName");
+    host.set("Name", name);
+}
+
+void setOwn(const GatheringContext& context, Instance& host) {
+    const Root& root = context.root();
+    host.set("UUID", dmiText(context, "product_uuid"));
+    host.set("Manufacturer", dmiText(context, "sys_vendor"));
+    host.set("ProductName", dmiText(context, "product_name"));
+    host.set("SerialNumber", dmiText(context, "product_serial"));
+    if (host.get("ProductName").empty())
+        host.set("ProductName", context.firmwareText(deviceTreeText(root, "model")));
+    if (host.get("SerialNumber").empty())
+        host.set("SerialNumber", context.firmwareText(deviceTreeText(root, "serial-number")));
+    // The name of a container is not that of its machine.
+    if (!host.empty() && containerType(root).empty()) host.set("Name", hostName(root));
+}
+
+constexpr const char* kSources[] = {"/sys", "/proc/cpuinfo", "/proc/device-tree", "/proc/sysinfo",
+                                    "/var/lib/hyperv"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    const std::string sysinfo = root.read("/proc/sysinfo").value_or("");
+    const auto fill = [&](Instance& host) {
+        const auto ends = [&host](const char* source) {
+            if (!host.empty()) host.set("Source", source);
+            return !host.empty();
+        };
+        setSysinfo(sysinfo, host);
+        if (ends("sysinfo")) return;
+        setDeviceTree(context, host);
+        if (ends("device-tree")) return;
+        setPairs(root, host);
+        if (ends("kvp")) return;
+        if (!findHypervisor(root).present) setOwn(context, host);
+        ends("self");
+    };
+    data.addOne(fill);
+    if (data.instances().empty() && findHypervisor(root).present) data.notApplicable("unknown-host");
+}
+
+}  // namespace
+
+constexpr Group kHostComponentID{.displayName = "HostComponentID",
+                                 .xmlName = "HostComponentID",
+                                 .fields = kFields,
+                                 .gather = gather,
+                                 .sources = kSources};
+
+}  // namespace toolkit::quorvah

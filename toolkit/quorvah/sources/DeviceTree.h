@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "toolkit/machine/files/Root.h"
+
+namespace toolkit::quorvah {
+
+// The first text of a property of the device tree's root node; empty if there is none. Texts end with a zero byte.
+std::string deviceTreeText(const Root& root, const std::string& property);
+
+// A property that is one 32-bit number.
+std::optional<std::uint32_t> deviceTreeNumber(const Root& root, const std::string& property);
+
+}  // namespace toolkit::quorvah
