@@ -1,5 +1,7 @@
 #include "toolkit/quorvis/evaluation/Planner.h"
 
+#include <algorithm>
+
 namespace toolkit::quorvis {
 
 namespace {
@@ -30,8 +32,10 @@ void Planner::announceNames(const Signature& signature) {
 void Planner::add(const Signature& signature) {
     const Scope scope(presets_, signature);
     for (const Detection& detection : signature.detections) {
-        if (detection.each && foresee(signature.leaves[*detection.each], scope) == Truth::False) continue;
-        if (detection.match) foresee(signature, scope, *detection.match);
+        const bool found = std::ranges::none_of(detection.each, [&](std::size_t leaf) {
+            return foresee(signature.leaves[leaf], scope) == Truth::False;
+        });
+        if (found && detection.match) foresee(signature, scope, *detection.match);
     }
 }
 

@@ -119,7 +119,7 @@ void SignatureEvaluation::run(const Detection& detection, bool replayed) {
     depth_ = 0;
     clear();
     if (leaves_.isFull()) forgetLeaves();
-    const Truth truth = detection.each ? runEach(signature_.leaves[*detection.each]) : runOnce();
+    const Truth truth = detection.each.empty() ? runOnce() : runEach(0);
     if (signature_.detections.size() > 1)
         explain("Detection in line " + std::to_string(detection.line), truth);
 }
@@ -127,10 +127,14 @@ void SignatureEvaluation::run(const Detection& detection, bool replayed) {
 void SignatureEvaluation::clear() {
     scope_.rewind(0);
     proofs_.clear();
-    withOwners_.clear();
+    copies_.clear();
+    eachResults_.clear();
 }
 
 void SignatureEvaluation::forgetLeaves() {
+    for (EachResult& result : eachResults_) {
+        if (result.cached != nullptr) result.own = *std::exchange(result.cached, nullptr);
+    }
     leaves_.forget();
     reported_.clear();
 }
@@ -148,31 +152,47 @@ Truth SignatureEvaluation::runOnce() {
     return truth;
 }
 
-Truth SignatureEvaluation::runEach(const Leaf& each) {
-    const LeafResult* result = lookUp(each);
+Truth SignatureEvaluation::runEach(std::size_t level) {
+    if (level == detection_->each.size()) {
+        const Truth truth = evaluateMatch();
+        if (truth == Truth::True) addMatch();
+        if (truth == Truth::Unknown) unknown_ = true;
+        return truth;
+    }
+    const Leaf& each = signature_.leaves[detection_->each[level]];
+    const LeafResult* const result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
     if (found == Truth::Unknown) unknown_ = true;
     if (found != Truth::True) return found;
+    eachResults_.push_back({result, {}});
+    const Truth any = runItems(level);
+    eachResults_.pop_back();
+    return any;
+}
+
+Truth SignatureEvaluation::runItems(std::size_t level) {
+    const Leaf& each = signature_.leaves[detection_->each[level]];
+    const bool last = level + 1 == detection_->each.size();
     Truth any = Truth::False;
-    LeafResult own;
-    for (std::size_t i = 0; i < result->items.size(); ++i) {
-        if (leaves_.isFull()) {
-            if (result != &own) own = *result;
-            result = &own;
-            forgetLeaves();
-        }
-        const Item& item = result->items[i];
+    for (std::size_t i = 0; i < eachResults_[level].get().items.size(); ++i) {
+        if (leaves_.isFull()) forgetLeaves();
+        const Item& item = eachResults_[level].get().items[i];
         if (each.kind == LeafKind::Package && !owners_.empty() && isOfEarlierMatch(item)) {
             explain("item " + valueOf(item, "purl") + " owns a file of an earlier match");
             continue;
         }
-        use(each, item);
-        const Truth truth = evaluateMatch();
-        explain("item " + item.source, truth);
-        if (truth == Truth::True) addMatch();
-        if (truth == Truth::Unknown) unknown_ = true;
+        const std::size_t bound = scope_.mark();
+        const std::size_t proved = proofs_.size();
+        const std::size_t copied = copies_.size();
+        const Item& used = use(each, item, !last);
+        if (!last) ++depth_;
+        const Truth truth = runEach(level + 1);
+        if (!last) --depth_;
+        explain("item " + used.source, truth);
         if (any != Truth::True && truth != Truth::False) any = truth;
-        clear();
+        scope_.rewind(bound);
+        proofs_.resize(proved);
+        copies_.resize(copied);
     }
     return any;
 }
@@ -278,24 +298,28 @@ std::vector<Evidence> SignatureEvaluation::evidenceOf(const std::vector<Proof>& 
     return evidence;
 }
 
-void SignatureEvaluation::use(const Leaf& leaf, const Item& item) {
-    const Item& used = leaf.ownerAsked ? withOwner(leaf, item) : item;
-    if (!leaf.id.empty()) scope_.bind(leaf.id, used);
-    if (leaf.kind != LeafKind::Compare) proofs_.push_back({&leaf, &used});
+const Item& SignatureEvaluation::use(const Leaf& leaf, const Item& item, bool copied) {
+    const Item* used = &item;
+    if (copied || leaf.ownerAsked) {
+        Item& copy = copies_.emplace_back(item);
+        if (leaf.ownerAsked) addOwner(leaf, copy);
+        used = &copy;
+    }
+    if (!leaf.id.empty()) scope_.bind(leaf.id, *used);
+    if (leaf.kind != LeafKind::Compare) proofs_.push_back({&leaf, used});
+    return *used;
 }
 
-const Item& SignatureEvaluation::withOwner(const Leaf& leaf, const Item& item) {
-    Item& own = withOwners_.emplace_back(item);
+void SignatureEvaluation::addOwner(const Leaf& leaf, Item& item) {
     const PackageIndex::Row* const owner = ownerOf(fileOf(leaf, item), context_);
     reportOwnerEvents();
-    if (owner == nullptr && context_.owners().incomplete()) return own;
-    const auto set = [&own](std::string_view name, std::string value) {
-        if (own.find(name) == nullptr) own.set(name, std::move(value));
+    if (owner == nullptr && context_.owners().incomplete()) return;
+    const auto set = [&item](std::string_view name, std::string value) {
+        if (item.find(name) == nullptr) item.set(name, std::move(value));
     };
     set("package", owner == nullptr ? std::string() : context_.packages().purl(*owner));
     set("packageName", owner == nullptr ? std::string() : std::string(owner->name));
     set("packageUpstream", owner == nullptr ? std::string() : std::string(owner->upstream));
-    return own;
 }
 
 void SignatureEvaluation::reportOwnerEvents() {
@@ -317,17 +341,17 @@ bool SignatureEvaluation::isOfEarlierMatch(const Item& package) {
 }
 
 bool SignatureEvaluation::restsOnPackagesOfEarlierMatches() {
-    return !detection_->each && !proofs_.empty() && !owners_.empty() &&
+    return detection_->each.empty() && !proofs_.empty() && !owners_.empty() &&
            std::ranges::all_of(proofs_, [this](const Proof& proof) {
                return proof.leaf->kind == LeafKind::Package && isOfEarlierMatch(*proof.item);
            });
 }
 
-// The file of a match is the item of Each, or else any file that a leaf of the match found.
+// The file of a match is the first item of Each, or else any file that a leaf of the match found.
 void SignatureEvaluation::noteFiles() {
     for (const Proof& proof : proofs_) {
         noteOwnerOf(fileOf(*proof.leaf, *proof.item));
-        if (detection_->each) break;
+        if (!detection_->each.empty()) break;
     }
 }
 

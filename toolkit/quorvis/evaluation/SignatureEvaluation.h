@@ -57,9 +57,19 @@ class SignatureEvaluation {
         const Item* item;
     };
 
+    // What a leaf of Each found. It is in the cache, or here once the cache has been emptied.
+    struct EachResult {
+        const LeafResult* cached;
+        LeafResult own;
+
+        const LeafResult& get() const { return cached == nullptr ? own : *cached; }
+    };
+
     // These return whether the Detection found something.
     Truth runOnce();
-    Truth runEach(const Leaf& each);
+    // `level`: which leaf of Each is next. Behind the last one, it is the condition.
+    Truth runEach(std::size_t level);
+    Truth runItems(std::size_t level);
     // True when there is no condition.
     Truth evaluateMatch();
     Truth evaluate(const Condition& condition);
@@ -69,12 +79,13 @@ class SignatureEvaluation {
     // Null when a variable of the leaf has no value, which is reported.
     const LeafResult* lookUp(const Leaf& leaf);
     void forgetLeaves();
-    // Forgets the bindings and proofs of an item.
+    // Forgets the bindings and proofs of all items.
     void clear();
-    void use(const Leaf& leaf, const Item& item);
+    // The item that is bound: a copy if it has to outlive the cache, or needs further values.
+    const Item& use(const Leaf& leaf, const Item& item, bool copied = false);
 
-    // The item with the values of the package that owns its file.
-    const Item& withOwner(const Leaf& leaf, const Item& item);
+    // Adds the values of the package that owns the item's file.
+    void addOwner(const Leaf& leaf, Item& item);
     // Whether the package that the item stands for owns a file of an earlier match.
     bool isOfEarlierMatch(const Item& package);
     bool restsOnPackagesOfEarlierMatches();
@@ -103,7 +114,8 @@ class SignatureEvaluation {
     unsigned depth_ = 0;  // of the current condition
     Scope scope_;
     std::vector<Proof> proofs_;
-    std::deque<Item> withOwners_;  // of the current item of Each
+    std::vector<EachResult> eachResults_;  // of the leaves of Each whose items are being combined
+    std::deque<Item> copies_;              // of bound items
     // Packages that own files of earlier matches. Only kept if another Detection may find packages.
     bool findsPackagesToo_ = false;
     std::vector<const PackageIndex::Row*> owners_;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kMaxNameSize = std::size_t{1} << 10;
 constexpr std::size_t kMaxVariables = 1'000;
+constexpr std::size_t kMaxEach = 4;  // leaves, whose items are combined
 
 std::optional<Condition::Kind> branchKind(std::string_view name) {
     if (name == "All") return Condition::Kind::All;
@@ -51,7 +52,7 @@ void DetectionParser::read(const Element& part) {
 }
 
 void DetectionParser::finish() {
-    if (!detection_.each && !detection_.match)
+    if (detection_.each.empty() && !detection_.match)
         diagnostics_.problem(parent_, std::string(parent_.name) + " has neither Each nor Match");
     detection_.endLeaf = signature_.leaves.size();
     checkIdentifiers(signature_, detection_, parent_, diagnostics_);
@@ -65,14 +66,14 @@ void DetectionParser::readEach(const Element& part) {
         const LeafRules* const rules = leafRules(child.name);
         if (rules == nullptr || rules->kind == LeafKind::Compare) {
             reportMisplaced(part, child, diagnostics_);
-        } else if (detection_.each) {
-            diagnostics_.problem(child, "Each has more than one leaf");
+        } else if (detection_.each.size() == kMaxEach) {
+            diagnostics_.problem(child, "Each has more than " + std::to_string(kMaxEach) + " leaves");
         } else {
-            detection_.each = addLeaf(child, *rules);
+            detection_.each.push_back(addLeaf(child, *rules));
             if (signature_.leaves.back().id.empty()) reportMissingAttribute(child, "id", diagnostics_);
         }
     });
-    if (!detection_.each) diagnostics_.problem(part, "Each has no leaf");
+    if (detection_.each.empty()) diagnostics_.problem(part, "Each has no leaf");
 }
 
 void DetectionParser::readMatch(const Element& part) {

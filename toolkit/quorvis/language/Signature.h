@@ -73,7 +73,7 @@ struct OutputVariable {
 struct Detection {
     std::size_t firstLeaf = 0;  // its leaves in Signature::leaves
     std::size_t endLeaf = 0;
-    std::optional<std::size_t> each;  // the leaf of Each, as an index in Signature::leaves
+    std::vector<std::size_t> each;  // the leaves of Each, as indices in Signature::leaves
     std::optional<Condition> match;
     std::vector<OutputVariable> output;
     std::uint32_t line = 0;

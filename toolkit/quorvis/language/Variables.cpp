@@ -32,7 +32,7 @@ class IdentifierChecker {
 
     void check() {
         Ids ids;
-        if (detection_.each) addId(*detection_.each, ids);
+        for (const std::size_t leaf : detection_.each) addId(leaf, ids);
         if (detection_.match) addIds(*detection_.match, ids);
         checkText(signature_.name);
         for (const Leaf& leaf : leaves()) {

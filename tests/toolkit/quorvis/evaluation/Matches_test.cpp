@@ -27,6 +27,90 @@ TEST_F(Matches, EachGivesOneMatchPerItemInOrder) {
     for (const Match& match : found) EXPECT_EQ(match.guid, "g");
 }
 
+class SeveralLeavesOfEach : public Matches {
+  protected:
+    SeveralLeavesOfEach() {
+        tree_.write("opt/b/list", "x=1\nx=2\n");
+        tree_.write("opt/a/list", "x=3\n");
+        tree_.write("opt/c/list", "y=4\n");
+    }
+
+    static constexpr char kLines[] =
+        R"(<Each><Glob id="f" pattern="/opt/*/list"/>)"
+        R"(<Content id="l" path="${f.path}" regex="x=([0-9]) *"><Capture group="1" name="x"/></Content></Each>)";
+
+    std::vector<std::string> found(const std::string& condition = {}) {
+        const std::string match = condition.empty() ? condition : "<Match>" + condition + "</Match>";
+        return valuesOf(
+            evaluateOne(kLines + match + R"(<Output><Variable name="x" value="${f.dir} ${l.x}"/></Output>)"),
+            "x");
+    }
+};
+
+TEST_F(SeveralLeavesOfEach, GiveAMatchPerItemOfTheLastForEachItemBefore) {
+    EXPECT_EQ(found(), (std::vector<std::string>{"/opt/a 3", "/opt/b 1", "/opt/b 2"}));
+    EXPECT_TRUE(eventCodes().empty());
+}
+
+TEST_F(SeveralLeavesOfEach, HaveAConditionForEachCombination) {
+    EXPECT_EQ(found(R"(<Not><Compare left="${l.x}" equals="1"/></Not>)"),
+              (std::vector<std::string>{"/opt/a 3", "/opt/b 2"}));
+}
+
+TEST_F(SeveralLeavesOfEach, KeepNoBindingBeyondItsItem) {
+    tree_.write("opt/a/name3", "");
+    const std::vector<Match> matches =
+        evaluateOne(std::string(kLines) +
+                    R"(<Match><Optional><File id="n" path="${f.dir}/name${l.x}"/></Optional></Match>)"
+                    R"(<Output><Variable name="x" value="${f.dir} ${l.x}"/>)"
+                    R"(<Variable name="name" value="${n.path}"/></Output>)");
+    EXPECT_EQ(valuesOf(matches, "x"), (std::vector<std::string>{"/opt/a 3", "/opt/b 1", "/opt/b 2"}));
+    EXPECT_EQ(valuesOf(matches, "name"), (std::vector<std::string>{"/opt/a/name3"}));
+}
+
+TEST_F(SeveralLeavesOfEach, OneThatIsUnknownDoesNotHideTheOthers) {
+    settings_.fileSystem.maxContentSize = 5;
+    EXPECT_EQ(found(), (std::vector<std::string>{"/opt/a 3"})) << "the other list is larger";
+    EXPECT_EQ(eventCodes(), (std::vector<std::string>{"limit-bytes", "unresolved"}));
+}
+
+TEST_F(SeveralLeavesOfEach, StayRightWhileTheirResultsAreForgotten) {
+    // 40 lists of 16 lines, whose items have 3 MiB together.
+    const std::string line(8000, 'x');
+    for (int file = 0; file < 40; ++file) {
+        std::string lines;
+        for (int i = 0; i < 16; ++i) lines += std::to_string(10 + i) + line + "\n";
+        tree_.write("srv/" + std::to_string(100 + file), lines);
+    }
+    std::string captures = R"(<Capture group="1" name="n"/>)";
+    for (int i = 0; i < 24; ++i) captures += R"(<Capture group="0" name="c)" + std::to_string(i) + R"("/>)";
+    const std::vector<Match> matches = evaluateOne(
+        R"(<Each><Glob id="f" pattern="/srv/*"/><Content id="l" path="${f.path}" regex="([0-9]+)x+">)" +
+        captures + R"(</Content></Each><Match><File id="m" path="${f.path}"/></Match>)" +
+        R"(<Output><Variable name="x" value="${f.name} ${l.n} ${m.name}"/></Output>)");
+    ASSERT_EQ(matches.size(), std::size_t{40} * 16);
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+        const std::string file = std::to_string(100 + i / 16);
+        EXPECT_EQ(matches[i].variables.at(0).second, file + " " + std::to_string(10 + i % 16) + " " + file);
+    }
+}
+
+TEST_F(SeveralLeavesOfEach, AreExplainedInTurn) {
+    explained_ = "g";
+    found();
+    const auto place = [this](const std::string& line) {
+        return std::ranges::find(sink_.explanation, line) - sink_.explanation.begin();
+    };
+    const std::string leaf = R"(  Content path="/opt/b/list" regex="x=([0-9]) *", items found: 2: true)";
+    const auto end = static_cast<std::ptrdiff_t>(sink_.explanation.size());
+    ASSERT_LT(place(leaf), end);
+    ASSERT_LT(place("  item /opt/b/list: true"), end);
+    ASSERT_LT(place("item /opt/b/list: true"), end);
+    EXPECT_LT(place(leaf), place("  item /opt/b/list: true"));
+    EXPECT_LT(place("  item /opt/b/list: true"), place("item /opt/b/list: true"));
+    EXPECT_LT(place("item /opt/c/list: false"), end);
+}
+
 TEST_F(Matches, EachKeepsTheItemsForWhichTheConditionHolds) {
     tree_.write("opt/a/release", "");
     tree_.write("opt/b/release", "");

@@ -47,6 +47,12 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
         "<Preset name='a'/><Preset name='a'/><Match><File path='/x'/></Match>",
         "<Each><File path='/x'/></Each>",
         "<Each><Compare id='a' left='1' equals='1'/></Each>",
+        "<Each/>",
+        "<Each><File id='a' path='/x'/><File path='/x'/></Each>",
+        "<Each><File id='a' path='/x'/><File id='a' path='/x'/></Each>",
+        "<Each><File id='a' path='/x'/><Compare id='b' left='1' equals='1'/></Each>",
+        "<Each><File id='a' path='/x'/><File id='b' path='/x'/><File id='c' path='/x'/>"
+        "<File id='d' path='/x'/><File id='e' path='/x'/></Each>",
         "<Output/>",
         "<Match><Property path='/x' format='json' key='a'><Value key='b'/></Property></Match>",
         "<Match><Property path='/x' format='json' key='a'><Value key='b' name='n' "
@@ -72,6 +78,9 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
     EXPECT_TRUE(
         isValid(write("<Match><Property path='/x' format='json' each='a.*' key='b' values='all'>"
                       "<Value key='c' name='n' optional='true'/></Property></Match>")));
+    EXPECT_TRUE(
+        isValid(write("<Each><Glob id='f' pattern='/x/*'/><Component id='c' path='${f.path}' format='go'/>"
+                      "<File id='g' path='/x'/><File id='h' path='/x'/></Each>")));
     const std::string detection =
         "<Detection><Each><File id='a' path='/x'/></Each><Match><File id='b' path='/x'/></Match>"
         "<Output><Variable name='a' value=''/></Output></Detection>";
@@ -79,7 +88,7 @@ TEST(SignatureSchema, RefusesWhatTheScannerRefuses) {
     for (const char* const leaf :
          {"File path='/x'", "Glob pattern='/x'", "Package name='x'", "Process", "SwidTag", "Elf path='/x'",
           "Xml path='/x' select='/a'", "FileVersion path='/x' format='jar'",
-          "Property path='/x' format='json' key='a'"}) {
+          "Component path='/x' format='go'", "Property path='/x' format='json' key='a'"}) {
         const std::string text(leaf);
         const std::string name = text.substr(0, text.find(' '));
         EXPECT_TRUE(isValid(write("<Match><" + text + "><Capture of='name' regex='a' group='0' name='n'/></" +

@@ -46,7 +46,7 @@ TEST(SignatureReader, ReadsAPackageWithAFile) {
     EXPECT_EQ(signature.line, 3U);
     ASSERT_EQ(signature.detections.size(), 1U);
     const auto& detection = signature.detections.front();
-    EXPECT_FALSE(detection.each.has_value());
+    EXPECT_TRUE(detection.each.empty());
     ASSERT_TRUE(detection.match.has_value());
     EXPECT_EQ(detection.match->kind, Condition::Kind::All);
     ASSERT_EQ(detection.match->children.size(), 2U);
@@ -76,7 +76,7 @@ TEST(SignatureReader, ReadsEveryExample) {
     const SignatureFile openssl = readExample("openssl");
     EXPECT_EQ(openssl.signatures[0].leaves[2].captures.at(0).name, "upstream");
     EXPECT_EQ(openssl.signatures[0].leaves[2].captures.at(0).group, 1);
-    EXPECT_EQ(readExample("java").signatures[0].detections.front().each, 0U);
+    EXPECT_EQ(readExample("java").signatures[0].detections.front().each, std::vector<std::size_t>{0});
 }
 
 TEST(SignatureReader, AcceptsEveryFormOfTheLanguage) {
