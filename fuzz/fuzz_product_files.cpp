@@ -9,6 +9,7 @@
 #include "toolkit/quorvis/formats/Components.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
 #include "toolkit/quorvis/formats/FormatReaders.h"
+#include "toolkit/quorvis/formats/PackageNote.h"
 #include "toolkit/quorvis/formats/Records.h"
 #include "toolkit/quorvis/formats/ZipArchive.h"
 
@@ -28,7 +29,13 @@ void readProgram(const quorvis::RandomAccessFile& file) {
     if (!elf) return;
     quorvis::ElfFile::Dynamic dynamic;
     elf->readDynamic(dynamic);
-    elf->buildId();
+    const quorvis::ElfFile::Notes notes = elf->notes();
+    bool whole = true;
+    const quorvis::PackageNote note = quorvis::readPackageNote(notes.package, whole);
+    must(whole || note.empty());
+    std::vector<std::string> versions;
+    elf->readVersions(versions);
+    must(versions.size() <= 1000);
     std::string content;
     if (elf->readSection(".rodata", kLimit, content) == quorvis::ElfFile::Section::Found) {
         must(content.size() <= kLimit);

@@ -102,7 +102,24 @@ class Elf {
         bool damaged = false;
         const RandomAccessFile parts = file();
         const auto elf = ElfFile::open(parts, damaged);
-        return elf ? elf->buildId() : "damaged";
+        return elf ? elf->notes().buildId : "damaged";
+    }
+    std::string packageNote() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        return elf ? elf->notes().package : "damaged";
+    }
+    // "VERSION VERSION ", or "damaged".
+    std::string versions() const {
+        std::vector<std::string> names;
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        if (!elf || !elf->readVersions(names)) return "damaged";
+        std::string text;
+        for (const std::string& name : names) text += name + " ";
+        return text;
     }
     Section read(std::string_view name, std::uint64_t limit, std::string* content = nullptr) const {
         bool damaged = false;

@@ -19,6 +19,10 @@ constexpr std::uint64_t kMaxDynamicSize = std::uint64_t{1} << 20;
 constexpr std::uint64_t kMaxNoteSize = std::uint64_t{64} << 10;
 constexpr std::uint64_t kMaxTextSize = std::uint64_t{4} << 10;
 constexpr std::size_t kMaxNeeded = 1000;
+constexpr std::uint64_t kMaxVersions = 1000;
+
+// Of a note that describes the package of a file, with the owner "FDO".
+constexpr std::uint64_t kPackageNote = 0xCAFE1A7E;
 
 std::string hexadecimal(std::string_view bytes) {
     constexpr char kDigits[] = "0123456789abcdef";
@@ -137,74 +141,98 @@ std::optional<std::uint64_t> ElfFile::offsetOf(std::uint64_t address) const {
     return std::nullopt;
 }
 
-bool ElfFile::readText(std::uint64_t offset, std::string& text) const {
-    text = file_->readUpTo(offset, kMaxTextSize);
+bool ElfFile::readText(const DynamicTable& table, std::uint64_t at, std::string& text) const {
+    const Count place = sum(table.texts, at);
+    if (!place) return false;
+    text = file_->readUpTo(*place, kMaxTextSize);
     const std::size_t end = text.find('\0');
     if (end == std::string::npos) return false;
     text.resize(end);
     return true;
 }
 
-bool ElfFile::readDynamic(Dynamic& dynamic) const {
+bool ElfFile::readTable(DynamicTable& dynamic) const {
     const auto found = std::ranges::find(segments_, std::uint64_t{PT_DYNAMIC}, &Segment::type);
     if (found == segments_.end()) return true;
     std::string table;
     if (found->size > kMaxDynamicSize || !file_->read(found->offset, found->size, table)) return false;
 
     const std::size_t width = wide_ ? 8 : 4;
-    std::vector<std::uint64_t> needed;
-    std::optional<std::uint64_t> soname;
-    std::optional<std::uint64_t> texts;
     for (std::size_t at = 0; at + 2 * width <= table.size(); at += 2 * width) {
         const std::uint64_t tag = number(table, at, width);
         const std::uint64_t value = number(table, at + width, width);
         if (tag == DT_NULL) break;
-        if (tag == DT_NEEDED && needed.size() < kMaxNeeded) needed.push_back(value);
-        if (tag == DT_SONAME) soname = value;
-        if (tag == DT_STRTAB) texts = offsetOf(value);
+        if (tag == DT_NEEDED && dynamic.needed.size() < kMaxNeeded) dynamic.needed.push_back(value);
+        if (tag == DT_SONAME) dynamic.soname = value;
+        if (tag == DT_STRTAB) dynamic.texts = offsetOf(value);
+        if (tag == DT_VERDEF) dynamic.versions = offsetOf(value);
+        if (tag == DT_VERDEFNUM) dynamic.versionCount = value;
     }
-    const auto readFrom = [&](std::uint64_t at, std::string& text) {
-        const Count place = sum(texts, at);
-        return place && readText(*place, text);
-    };
-    if (soname && !readFrom(*soname, dynamic.soname)) return false;
-    return std::ranges::all_of(needed,
-                               [&](std::uint64_t at) { return readFrom(at, dynamic.needed.emplace_back()); });
+    return true;
 }
 
-std::string ElfFile::buildIdIn(std::string_view notes, std::size_t alignment) const {
+bool ElfFile::readDynamic(Dynamic& dynamic) const {
+    DynamicTable table;
+    if (!readTable(table)) return false;
+    if (table.soname && !readText(table, *table.soname, dynamic.soname)) return false;
+    return std::ranges::all_of(
+        table.needed, [&](std::uint64_t at) { return readText(table, at, dynamic.needed.emplace_back()); });
+}
+
+// The entries have the same form in files of both classes. Each leads to the next one and to its name.
+bool ElfFile::readVersions(std::vector<std::string>& names) const {
+    DynamicTable table;
+    if (!readTable(table) || table.versionCount > kMaxVersions) return false;
+    Count at = table.versions;
+    if (!at && table.versionCount > 0) return false;
+    for (std::uint64_t i = 0; i < table.versionCount; ++i) {
+        std::string entry;
+        std::string name;
+        if (!at || !file_->read(*at, sizeof(Elf64_Verdef), entry)) return false;
+        const Count nameAt = sum(at, number(entry, offsetof(Elf64_Verdef, vd_aux), 4));
+        if (!nameAt || !file_->read(*nameAt, sizeof(Elf64_Verdaux), name)) return false;
+        // The first entry is usually the library itself.
+        const bool library = (number(entry, offsetof(Elf64_Verdef, vd_flags), 2) & VER_FLG_BASE) != 0;
+        if (!library && !readText(table, number(name, 0, 4), names.emplace_back())) return false;
+        at = sum(at, number(entry, offsetof(Elf64_Verdef, vd_next), 4));
+    }
+    return true;
+}
+
+void ElfFile::addNotes(const Segment& place, Notes& notes) const {
     constexpr std::uint64_t kHeader = 12;
-    while (notes.size() >= kHeader) {
-        const std::uint64_t nameSize = number(notes, 0, 4);
-        const std::uint64_t size = number(notes, 4, 4);
-        const std::uint64_t type = number(notes, 8, 4);
+    const std::string bytes = file_->readUpTo(place.offset, std::min(place.size, kMaxNoteSize));
+    const std::size_t alignment = place.alignment == 8 ? 8 : 4;
+    for (std::string_view rest = bytes; rest.size() >= kHeader;) {
+        const std::uint64_t nameSize = number(rest, 0, 4);
+        const std::uint64_t size = number(rest, 4, 4);
+        const std::uint64_t type = number(rest, 8, 4);
         const std::uint64_t start = aligned(kHeader + nameSize, alignment);
-        if (start + size > notes.size()) break;
-        if (type == NT_GNU_BUILD_ID && notes.substr(kHeader, nameSize) == std::string_view("GNU\0", 4))
-            return hexadecimal(notes.substr(start, size));
-        notes.remove_prefix(std::min<std::uint64_t>(aligned(start + size, alignment), notes.size()));
+        if (start + size > rest.size()) break;
+        const std::string_view owner = rest.substr(kHeader, nameSize);
+        const std::string_view content = rest.substr(start, size);
+        if (type == NT_GNU_BUILD_ID && owner == std::string_view("GNU\0", 4) && notes.buildId.empty())
+            notes.buildId = hexadecimal(content);
+        if (type == kPackageNote && owner == std::string_view("FDO\0", 4) && notes.package.empty())
+            notes.package = content.substr(0, content.find('\0'));
+        rest.remove_prefix(std::min<std::uint64_t>(aligned(start + size, alignment), rest.size()));
     }
-    return {};
 }
 
-std::string ElfFile::buildId() const {
-    const auto idIn = [this](const Segment& place) {
-        const std::string notes = file_->readUpTo(place.offset, std::min(place.size, kMaxNoteSize));
-        return buildIdIn(notes, place.alignment == 8 ? 8 : 4);
-    };
+ElfFile::Notes ElfFile::notes() const {
+    Notes notes;
     for (const Segment& segment : segments_) {
-        std::string id = segment.type == PT_NOTE ? idIn(segment) : std::string();
-        if (!id.empty()) return id;
+        if (!notes.buildId.empty() && !notes.package.empty()) return notes;
+        if (segment.type == PT_NOTE) addNotes(segment, notes);
     }
     // Kernel modules have no segments.
     std::vector<Segment> sections;
     std::string names;
-    if (!segments_.empty() || !readSections(sections, names)) return {};
+    if (!segments_.empty() || !readSections(sections, names)) return notes;
     for (const Segment& section : sections) {
-        std::string id = section.type == SHT_NOTE ? idIn(section) : std::string();
-        if (!id.empty()) return id;
+        if (section.type == SHT_NOTE) addNotes(section, notes);
     }
-    return {};
+    return notes;
 }
 
 bool ElfFile::hasSections() const {

@@ -27,8 +27,15 @@ class ElfFile {
     };
     bool readDynamic(Dynamic& dynamic) const;
 
-    // In lower-case hexadecimal digits; empty if there is none.
-    std::string buildId() const;
+    // The names of the symbol versions that a library defines, in their order. False when they are damaged.
+    bool readVersions(std::vector<std::string>& names) const;
+
+    // What the notes tell. Missing information is empty.
+    struct Notes {
+        std::string buildId;  // in lower-case hexadecimal digits
+        std::string package;  // JSON that describes the package that the file was built for
+    };
+    Notes notes() const;
 
     // A range of bytes of the file.
     struct Place {
@@ -70,8 +77,17 @@ class ElfFile {
     std::uint64_t number(std::string_view bytes, std::size_t offset, std::size_t width) const;
     // Reads an address at `offset32` or `offset64`, depending on the class of the file.
     std::uint64_t address(std::string_view bytes, std::size_t offset32, std::size_t offset64) const;
-    bool readText(std::uint64_t offset, std::string& text) const;
-    std::string buildIdIn(std::string_view notes, std::size_t alignment) const;
+    // The entries of the dynamic section.
+    struct DynamicTable {
+        std::optional<std::uint64_t> soname;  // where the texts are, from the first text on
+        std::vector<std::uint64_t> needed;
+        std::optional<std::uint64_t> texts;  // where parts of the file are
+        std::optional<std::uint64_t> versions;
+        std::uint64_t versionCount = 0;
+    };
+    bool readTable(DynamicTable& table) const;
+    bool readText(const DynamicTable& table, std::uint64_t at, std::string& text) const;
+    void addNotes(const Segment& place, Notes& notes) const;
 
     const RandomAccessFile* file_;
     std::string header_;

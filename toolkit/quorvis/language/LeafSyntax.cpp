@@ -33,12 +33,25 @@ constexpr std::array kContentValues = {Names("path"), Names("line"), Names("matc
 constexpr std::array kBytesValues = {Names("path"), Names("offset"), Names("match")};
 constexpr std::array kSingleValue = {Names("value")};
 constexpr std::array kProcessValues = {Names("pid"), Names("name"), Names("exe"), Names("user")};
-constexpr std::array kElfValues = {Names("path"), Names("machine"), Names("soname"), Names("buildId")};
+// The fields of a package note are PackageNote's.
+constexpr std::array kElfValues = {Names("path"),
+                                   Names("machine"),
+                                   Names("soname"),
+                                   Names("buildId"),
+                                   Names("noteType"),
+                                   Names("noteName"),
+                                   Names("noteVersion"),
+                                   Names("noteArchitecture"),
+                                   Names("noteOs"),
+                                   Names("noteOsVersion"),
+                                   Names("noteOsCpe"),
+                                   Names("noteAppCpe"),
+                                   Names("noteDebugInfoUrl")};
 constexpr std::array kFileVersionValues = {Names("name"), Names("version"), Names("vendor")};
 constexpr std::array kSwidValues = {Names("tagId"), Names("name"), Names("version"),
                                     Names("regid"), Names("path"), Names("tagVersion")};
 constexpr std::array kComponentValues = {Names("path"), Names("name"), Names("version"), Names("group"),
-                                         Names("role"), Names("purl"), Names("value")};
+                                         Names("role"), Names("purl"), Names("value"),   Names("container")};
 
 // The position of a row is the value of its kind.
 constexpr std::array<LeafRules, 13> kLeaves = {{

@@ -4,6 +4,7 @@
 #include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvis/formats/ElfFile.h"
+#include "toolkit/quorvis/formats/PackageNote.h"
 #include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/PieceSearch.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
@@ -11,6 +12,18 @@
 namespace toolkit::quorvis {
 
 namespace {
+
+// The section with the symbol versions that a library defines. Instead of its bytes, the names of the versions are searched.
+constexpr std::string_view kVersions = ".gnu.version_d";
+
+// A damaged note costs its values only.
+void addPackageNote(const std::string& text, Item& item, LeafResult& result) {
+    bool whole = true;
+    for (auto& [name, value] : readPackageNote(text, whole)) item.set(name, value.substr(0, kMaxValueSize));
+    if (!whole)
+        result.events.push_back(
+            {EventCode::Parse, item.source, "the note about the package is damaged", {}, {}});
+}
 
 // The item for the file. None when the file does not pass the tests.
 std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::string& path,
@@ -26,8 +39,9 @@ std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::
     if (query.has(Attribute::Needed) &&
         std::ranges::find(dynamic.needed, query.get(Attribute::Needed)) == dynamic.needed.end())
         return std::nullopt;
-    const std::string buildId = elf.buildId();
-    if (query.has(Attribute::BuildId) && !kest::equalsIgnoringCase(buildId, query.get(Attribute::BuildId)))
+    const ElfFile::Notes notes = elf.notes();
+    if (query.has(Attribute::BuildId) &&
+        !kest::equalsIgnoringCase(notes.buildId, query.get(Attribute::BuildId)))
         return std::nullopt;
 
     Item item;
@@ -35,7 +49,8 @@ std::optional<Item> describe(const Query& query, const ElfFile& elf, const std::
     item.set("path", path);
     if (!elf.machine().empty()) item.set("machine", std::string(elf.machine()));
     if (!dynamic.soname.empty()) item.set("soname", dynamic.soname);
-    if (!buildId.empty()) item.set("buildId", buildId);
+    if (!notes.buildId.empty()) item.set("buildId", notes.buildId);
+    addPackageNote(notes.package, item, result);
     return item;
 }
 
@@ -67,10 +82,27 @@ class SectionSearch {
         if (regex_ == nullptr) return;
         std::string_view names = query_.has(Attribute::Section) ? query_.get(Attribute::Section) : ".rodata";
         for (std::string_view name = nextWord(names); !name.empty() && !done_; name = nextWord(names))
-            searchSection(std::string(name));
+            searchNamed(name);
     }
 
   private:
+    void searchNamed(std::string_view name) {
+        if (name == kVersions) return searchVersions();
+        searchSection(std::string(name));
+    }
+
+    // From the last one on, which is usually the newest.
+    void searchVersions() {
+        std::vector<std::string> names;
+        if (!elf_.readVersions(names))
+            result_.fail(EventCode::Parse, described_.source, "the symbol versions are damaged");
+        for (auto name = names.rbegin(); name != names.rend() && !done_; ++name) {
+            context_.budget().checkTimeOccasionally();
+            RegexMatches match(*regex_, *name, lastCapture(query_));
+            if (match.next()) add(match);
+        }
+    }
+
     void searchSection(const std::string& name) {
         ElfFile::Place place;
         const ElfFile::Section section = elf_.findSection(name, place);

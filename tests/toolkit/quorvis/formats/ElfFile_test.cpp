@@ -242,6 +242,74 @@ TEST(ElfFile, TheBuildIdIsFoundAmongOtherNotes) {
     }
 }
 
+constexpr std::uint64_t kPackageNote = 0xCAFE1A7E;
+const std::string kFdo("FDO\0", 4);
+
+TEST(ElfFile, ThePackageNoteIsFoundBesideTheBuildId) {
+    const std::string text = R"({"type":"rpm","name":"tool"})";
+    const std::string id = note(NT_GNU_BUILD_ID, kGnu, "\x12");
+    const std::string packages = note(kPackageNote, kGnu, "other") + note(NT_GNU_BUILD_ID, kFdo, "other") +
+                                 note(kPackageNote, kFdo, text + std::string(3, '\0'));
+    Elf together;
+    together.put(kContents, packages + id);
+    together.segment(PT_NOTE, kContents, 0, packages.size() + id.size());
+    EXPECT_EQ(text, together.packageNote());
+    EXPECT_EQ("12", together.buildId());
+    Elf apart;
+    apart.put(kContents, id + packages);
+    apart.segment(PT_NOTE, kContents, 0, id.size());
+    apart.segment(PT_NOTE, kContents + id.size(), 0, packages.size());
+    EXPECT_EQ(text, apart.packageNote());
+    EXPECT_EQ("12", apart.buildId());
+    apart.firstSegmentHas(0);
+    EXPECT_EQ(text, apart.packageNote());
+    Elf none;
+    none.put(kContents, id);
+    none.segment(PT_NOTE, kContents, 0, id.size());
+    EXPECT_EQ("", none.packageNote());
+}
+
+// An entry of the section of symbol versions, whose name follows it.
+std::string version(std::uint64_t flags, std::uint64_t name, std::uint64_t next) {
+    return bytesOf(1, 2) + bytesOf(flags, 2) + bytesOf(0, 2) + bytesOf(1, 2) + bytesOf(0, 4) +
+           bytesOf(20, 4) + bytesOf(next, 4) + bytesOf(name, 4) + bytesOf(0, 4);
+}
+
+constexpr std::uint64_t kVersions = 0x3000;
+constexpr std::uint64_t kTexts = 0x4000;
+
+TEST(ElfFile, SymbolVersionsAreNamedInTheirOrder) {
+    Elf elf;
+    elf.put(kTexts, std::string("\0lib.so.1\0LIB_1.0\0LIB_1.1\0", 26));
+    elf.put(kVersions, version(VER_FLG_BASE, 1, 28) + version(0, 10, 28) + version(VER_FLG_WEAK, 18, 0));
+    elf.dynamic({{DT_STRTAB, kTexts}, {DT_VERDEF, kVersions}, {DT_VERDEFNUM, 3}, {DT_NULL, 0}});
+    EXPECT_EQ("LIB_1.0 LIB_1.1 ", elf.versions());
+    EXPECT_EQ("", Elf().versions()) << "no dynamic section";
+    Elf none;
+    none.dynamic({{DT_STRTAB, kTexts}, {DT_NULL, 0}});
+    EXPECT_EQ("", none.versions());
+}
+
+TEST(ElfFile, DamagedSymbolVersionsAreToldApart) {
+    const auto versionsOf = [](const std::string& entries, std::uint64_t place, std::uint64_t count) {
+        Elf elf;
+        elf.put(kTexts, std::string("\0LIB_1.0\0", 9));
+        elf.put(kVersions, entries);
+        elf.dynamic({{DT_STRTAB, kTexts}, {DT_VERDEF, place}, {DT_VERDEFNUM, count}, {DT_NULL, 0}});
+        return elf.versions();
+    };
+    const std::string good = version(0, 1, 0);
+    EXPECT_EQ("LIB_1.0 ", versionsOf(good, kVersions, 1));
+    EXPECT_EQ("damaged", versionsOf(good, std::uint64_t{1} << 40U, 1)) << "they are nowhere";
+    EXPECT_EQ("damaged", versionsOf(good, (std::uint64_t{1} << 21U) - 10, 1)) << "the file ends in them";
+    EXPECT_EQ("damaged", versionsOf(version(0, UINT32_MAX, 0), kVersions, 1)) << "the name is nowhere";
+    EXPECT_EQ("damaged", versionsOf(good, kVersions, 1001)) << "there are too many";
+    const std::string again = versionsOf(good, kVersions, 1000);
+    EXPECT_EQ(std::size_t{8} * 1000, again.size())
+        << "an entry that leads to itself is read as often as counted";
+    EXPECT_EQ("damaged", versionsOf(version(0, 1, UINT32_MAX), kVersions, 2)) << "the next one is nowhere";
+}
+
 TEST(ElfFile, ADamagedNoteEndsTheSearch) {
     const std::string id = note(NT_GNU_BUILD_ID, kGnu, "\x12\xAB\xFF\x01");
     Elf elf;

@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/Program.h"
 #include "tests/toolkit/quorvis/ElfBuilder.h"
 #include "tests/toolkit/quorvis/LeafTester.h"
+#include "tests/toolkit/quorvis/ProgramsWithModules.h"
 
 namespace toolkit::quorvis {
 namespace {
@@ -135,6 +137,83 @@ TEST_F(ElfLeaf, SeveralSectionsAreSearched) {
     EXPECT_EQ(0U, found(".none .note", "Product 3"));
     EXPECT_EQ(1U, ask({{Attribute::Section, ".none .note"}}).items.size());
     EXPECT_EQ(0U, ask({{Attribute::Section, ".none .bss"}}).items.size());
+}
+
+// A program with a note about its package.
+std::string programWithNote(const std::string& text) {
+    std::string note = littleEndianBytes(4, 4) + littleEndianBytes(text.size(), 4) +
+                       littleEndianBytes(0xCAFE1A7E, 4) + std::string("FDO\0", 4) + text;
+    note.resize((note.size() + 3) / 4 * 4, '\0');
+    std::string program = elfProgram(note);
+    program.replace(64, 4, littleEndianBytes(PT_NOTE, 4));
+    return program;
+}
+
+TEST_F(ElfLeaf, ThePackageNoteGivesValues) {
+    write(programWithNote(
+        R"({"type": "rpm", "name": "coreutils", "version": "9.4-6.fc40", "architecture": "x86_64",)"
+        R"("osCpe": "cpe:/o:fedoraproject:fedora:40", "debugInfoUrl": "https://d.example/",)"
+        R"("os": "fedora", "osVersion": "40", "appCpe": "cpe:2.3:a:gnu:coreutils:9.4", "x": 1})"));
+    const LeafResult result = ask();
+    const std::pair<const char*, const char*> expected[] = {
+        {"noteType", "rpm"},
+        {"noteName", "coreutils"},
+        {"noteVersion", "9.4-6.fc40"},
+        {"noteArchitecture", "x86_64"},
+        {"noteOs", "fedora"},
+        {"noteOsVersion", "40"},
+        {"noteOsCpe", "cpe:/o:fedoraproject:fedora:40"},
+        {"noteAppCpe", "cpe:2.3:a:gnu:coreutils:9.4"},
+        {"noteDebugInfoUrl", "https://d.example/"},
+    };
+    for (const auto& [name, value] : expected) EXPECT_EQ(value, LeafTester::first(result, name));
+    EXPECT_TRUE(result.events.empty());
+    const LeafResult captured = ask({}, {{1, "upstream", "noteVersion", "^([0-9.]+)-"}});
+    EXPECT_EQ("9.4", LeafTester::first(captured, "upstream"));
+    EXPECT_TRUE(ask({}, {{0, "x", "noteType", "^deb$"}}).items.empty());
+}
+
+TEST_F(ElfLeaf, ADamagedPackageNoteCostsItsValuesOnly) {
+    for (const char* const text : {R"({"name": "a", "type")", "no JSON", "[1, 2"}) {
+        write(programWithNote(text));
+        const LeafResult result = ask();
+        ASSERT_EQ(1U, result.items.size()) << text;
+        EXPECT_FALSE(result.incomplete) << text;
+        EXPECT_EQ("x86_64", LeafTester::first(result, "machine"));
+        EXPECT_EQ("-", LeafTester::first(result, "noteName"));
+        EXPECT_EQ(std::vector{EventCode::Parse}, LeafTester::codes(result)) << text;
+    }
+    for (const char* const text : {"{}", "[]", R"({"type": "rpm"})", R"({"name": {"name": "a"}})"}) {
+        write(programWithNote(text));
+        EXPECT_EQ("-", LeafTester::first(ask(), "noteName")) << text;
+        EXPECT_TRUE(ask().events.empty()) << text;
+    }
+}
+
+TEST_F(ElfLeaf, SymbolVersionsAreSearchedFromTheNewestOn) {
+    const std::string library = (tester_.tree.path() / "lib/l.so").string();
+    tester_.tree.write("lib/l.c", "int first(void) { return 1; }\nint second(void) { return 2; }\n");
+    tester_.tree.write("lib/l.map", "LIB_1.0 { global: first; };\nLIB_1.12 { global: second; } LIB_1.0;\n");
+    const std::string folder = library.substr(0, library.rfind('/') + 1);
+    const zavtest::Finished compiled = zavtest::runProgram(
+        "/usr/bin/cc", {"-shared", "-fPIC", "-nostdlib", "-Wl,-soname,l.so.1",
+                        "-Wl,--version-script=" + folder + "l.map", "-o", library, folder + "l.c"});
+    ASSERT_EQ(0, compiled.status) << compiled.errors;
+    const auto found = [this](const std::string& regex) {
+        std::string text;
+        const LeafResult result =
+            ask({{Attribute::Section, ".gnu.version_d"}, {Attribute::Regex, regex}}, {{1, "version"}});
+        EXPECT_FALSE(result.incomplete);
+        for (const Item& item : result.items) text += *item.find("version") + " ";
+        return text;
+    };
+    EXPECT_EQ("1.12 1.0 ", found("^LIB_([0-9.]+)$"));
+    EXPECT_EQ("1.0 ", found("^LIB_(1\\.0)$"));
+    EXPECT_EQ("", found("(l\\.so)")) << "the library itself is no version";
+    EXPECT_EQ(1U, ask({{Attribute::Section, ".gnu.version_d"}}).items.size());
+    write(ElfBuilder().build());
+    EXPECT_EQ("", found("(.*)"));
+    EXPECT_TRUE(ask({{Attribute::Section, ".gnu.version_d"}}).items.empty());
 }
 
 TEST_F(ElfLeaf, TruncatedFilesGiveNoWrongValues) {
