@@ -8,6 +8,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace quorvistest {
 
@@ -133,15 +134,19 @@ std::string mavenFile(const std::string& group, const std::string& artifact, con
                      "groupId=" + group + "\nartifactId=" + artifact + "\nversion=" + version + "\n");
 }
 
-std::string goProgram(const std::string& module, const std::string& version) {
+std::string archiveWith(const std::string& name, const std::string& content) {
+    return archiveOf(name, content);
+}
+
+std::string goProgram(const std::string& module, const std::string& version, const std::string& others) {
     const auto withLength = [](const std::string& text) {
         std::string length;
         std::size_t size = text.size();
         for (; size >= 128; size /= 128) length += static_cast<char>(size % 128 + 128);
         return length + static_cast<char>(size) + text;
     };
-    const std::string modules =
-        std::string(16, '\x01') + "mod\t" + module + "\t" + version + "\t\n" + std::string(16, '\x02');
+    const std::string modules = std::string(16, '\x01') + "mod\t" + module + "\t" + version + "\t\n" +
+                                others + std::string(16, '\x02');
     const std::string header = std::string("\xff Go buildinf:", 14) + '\x08' + '\x02' + std::string(16, '\0');
     return elfFile(".go.buildinfo", header + withLength("go1.21.3") + withLength(modules), "");
 }
@@ -181,25 +186,44 @@ std::string windowsProgram(const std::string& name, const std::string& value) {
     return file + resources;
 }
 
-std::string rpmHeader(const std::string& name, const std::string& version, const std::string& source) {
+std::string rpmHeader(const std::string& name, const std::string& version, const std::string& source,
+                      const std::string& file) {
     const auto bigEndian = [](std::uint64_t value) {
         std::string bytes = number(value, 4);
         std::reverse(bytes.begin(), bytes.end());
         return bytes;
     };
-    constexpr std::uint64_t kText = 6;
-    const std::size_t dash = version.find('-');
-    const std::pair<std::uint64_t, std::string> entries[] = {
-        {1000, name},     {1001, version.substr(0, dash)},   {1002, version.substr(dash + 1)},
-        {1022, "x86_64"}, {1044, source + "-1.0-1.src.rpm"},
+    struct Entry {
+        std::uint64_t tag;
+        std::uint64_t type;
+        std::string content;
     };
-    std::string index;
-    std::string texts;
-    for (const auto& [tag, text] : entries) {
-        index += bigEndian(tag) + bigEndian(kText) + bigEndian(texts.size()) + bigEndian(1);
-        texts += text + '\0';
+    constexpr std::uint64_t kNumber = 4;
+    constexpr std::uint64_t kText = 6;
+    constexpr std::uint64_t kTexts = 8;
+    const std::size_t dash = version.find('-');
+    const auto text = [](const std::string& content) { return content + '\0'; };
+    std::vector<Entry> entries = {
+        {1000, kText, text(name)},
+        {1001, kText, text(version.substr(0, dash))},
+        {1002, kText, text(version.substr(dash + 1))},
+        {1022, kText, text("x86_64")},
+        {1044, kText, text(source + "-1.0-1.src.rpm")},
+    };
+    if (!file.empty()) {
+        const std::size_t slash = file.rfind('/') + 1;
+        entries.push_back({1117, kTexts, text(file.substr(slash))});
+        entries.push_back({1118, kTexts, text(file.substr(0, slash))});
+        entries.push_back({1116, kNumber, bigEndian(0)});  // the index of its directory
     }
-    return bigEndian(index.size() / 16) + bigEndian(texts.size()) + index + texts;
+    std::string index;
+    std::string store;
+    for (const auto& [tag, type, content] : entries) {
+        if (type == kNumber) pad(store, 4);
+        index += bigEndian(tag) + bigEndian(type) + bigEndian(store.size()) + bigEndian(1);
+        store += content;
+    }
+    return bigEndian(index.size() / 16) + bigEndian(store.size()) + index + store;
 }
 
 }  // namespace quorvistest

@@ -72,7 +72,7 @@ const std::string kFound =
     "dependency golang.org/x/sys 0.1.0 pkg:golang/golang.org/x/sys@v0.1.0\n"
     "dependency github.com/new/lib 2.0.0 pkg:golang/github.com/new/lib@v2.0.0%2Bincompatible\n"
     "dependency example.com/local - pkg:golang/example.com/local\n"
-    "toolchain go 1.21.3 pkg:golang/stdlib@1.21.3\n";
+    "toolchain stdlib 1.21.3 pkg:golang/stdlib@1.21.3\n";
 
 inline std::string withSentinels(const std::string& modules) {
     return std::string(16, '\x01') + modules + std::string(16, '\x02');

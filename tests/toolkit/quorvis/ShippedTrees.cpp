@@ -91,7 +91,12 @@ class Planter {
         } else if (kind == "maven") {
             write(word(thing, 0), mavenFile(word(thing, 1), word(thing, 2), word(thing, 3)));
         } else if (kind == "go") {
-            write(word(thing, 0), goProgram(word(thing, 1), word(thing, 2)));
+            std::string modules = thing.lines;
+            std::ranges::replace(modules, ' ', '\t');
+            write(word(thing, 0), goProgram(word(thing, 1), word(thing, 2), modules));
+        } else if (kind == "within") {
+            const std::string inner = mavenFile(word(thing, 2), word(thing, 3), word(thing, 4));
+            write(word(thing, 0), archiveWith(word(thing, 1), inner));
         } else if (kind == "crates") {
             write(word(thing, 0), rustProgram(thing.lines));
         } else if (kind == "pe") {
@@ -100,7 +105,7 @@ class Planter {
             fs::create_directories(pathOf(word(thing, 0)).parent_path());
             fs::create_symlink(word(thing, 1), pathOf(word(thing, 0)));
         } else if (kind != "running") {
-            plantPackage(kind, word(thing, 0), word(thing, 1), word(thing, 2));
+            plantPackage(thing);
         }
     }
 
@@ -117,8 +122,11 @@ class Planter {
     }
 
     // With the distribution that its package URL tells of.
-    void plantPackage(const std::string& kind, const std::string& name, const std::string& version,
-                      const std::string& source) {
+    void plantPackage(const ShippedTree::Thing& thing) {
+        const std::string& kind = thing.kind;
+        const std::string name = word(thing, 0);
+        const std::string version = word(thing, 1);
+        const std::string source = word(thing, 2);
         if (kind == "dpkg" || kind == "removed") {
             const char* const status = kind == "dpkg" ? "install ok installed" : "deinstall ok config-files";
             std::string stanza = "Package: " + name + "\nStatus: " + status + "\nArchitecture: amd64\n";
@@ -126,7 +134,7 @@ class Planter {
             write("/var/lib/dpkg/status", stanza + "Version: " + version + "\n\n");
             identify("debian");
         } else if (kind == "rpm") {
-            plantRpm(rpmHeader(name, version, source));
+            plantRpm(rpmHeader(name, version, source, word(thing, 3)));
             identify("fedora");
         } else if (kind == "apk") {
             write("/lib/apk/db/installed", "P:" + name + "\nV:" + version +

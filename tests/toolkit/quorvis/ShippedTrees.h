@@ -3,12 +3,15 @@
 //     signature GUID              the trees that follow are for this signature
 //     tree TEXT                   a machine; its content follows
 //     dpkg NAME VERSION [SOURCE]  an installed package; likewise rpm, apk, pacman and snap
+//     rpm NAME VERSION SOURCE FILE   an installed package that owns the file
 //     removed NAME VERSION        a removed package of which only the configuration is left
 //     file PATH                   a file; its lines follow, each with the prefix "| "
 //     elf PATH [SECTION [SONAME]] a program with these texts in its section (default .rodata)
 //     jar PATH                    an archive with these lines as its manifest
 //     maven PATH GROUP ARTIFACT VERSION   an archive with the properties that Maven adds
-//     go PATH MODULE VERSION      a program of Go that was built from this module
+//     within PATH MEMBER GROUP ARTIFACT VERSION   an archive with such an archive as a member
+//     go PATH MODULE VERSION      a program of Go that was built from this module; its lines, with blanks instead of tabs, are
+//                                 further lines of its build information
 //     crates PATH                 a program of Rust with these lines as its list of crates
 //     pe PATH NAME VALUE          a Windows program with this text in its version resource
 //     link PATH TARGET

@@ -13,11 +13,13 @@ namespace toolkit::quorvis {
 
 // Missing information is empty.
 struct Component {
-    std::string role;  // main: what the file itself is; dependency: what it contains or needs
+    std::string
+        role;  // main: what the file itself is; dependency, toolchain: what it contains; build, setting
     std::string name;
     std::string version;
-    std::string group;  // of the name: the group of a Java artifact, the scope of a package of npm
-    std::string place;  // within the file: "!/WEB-INF/lib/a.jar"
+    std::string group;      // of the name: the group of a Java artifact, the scope of a package of npm
+    std::string place;      // within the file: "!/WEB-INF/lib/a.jar"
+    std::string container;  // the place of what contains it, unless it is the main component; empty: the file
     std::string purl;
     std::string value;  // of a setting
 };
@@ -69,7 +71,7 @@ ComponentList readRustComponents(const RandomAccessFile& file, std::string_view 
 ComponentList readJarComponents(const RandomAccessFile& file, std::string_view path,
                                 const ComponentLimits& limits, const ProgressCheck& checkProgress);
 
-// installed.json of Composer.
+// installed.json or composer.lock of Composer. What only development needs has the role "build" in the latter.
 ComponentList readComposerComponents(std::string_view text, std::string_view path,
                                      const ComponentLimits& limits, const ProgressCheck& checkProgress);
 // NAME.deps.json of a program of .NET.
@@ -81,7 +83,8 @@ ComponentList readGemComponents(std::string_view text, std::string_view path, co
 // package.json of a package of npm.
 ComponentList readNpmComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
                                 const ProgressCheck& checkProgress);
-// package-lock.json or node_modules/.package-lock.json of npm, from its second version.
+// package-lock.json, npm-shrinkwrap.json or node_modules/.package-lock.json of npm. What only development needs has the role
+// "build".
 ComponentList readNpmLockComponents(std::string_view text, std::string_view path,
                                     const ComponentLimits& limits, const ProgressCheck& checkProgress);
 // NAME.nuspec of a package of NuGet.

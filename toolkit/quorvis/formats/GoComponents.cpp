@@ -241,7 +241,7 @@ ComponentList readGoComponents(const RandomAccessFile& file, std::string_view /*
     addModules(withoutSentinels(info.modules), limits, checkProgress, list);
     Component toolchain;
     toolchain.role = "toolchain";
-    toolchain.name = "go";
+    toolchain.name = "stdlib";
     toolchain.version = toolchainVersion(info.goVersion);
     if (toolchain.version.empty()) return list;
     toolchain.purl = packageUrl("golang", "", "stdlib", toolchain.version, {});

@@ -85,8 +85,9 @@ class Reader {
     Reader(const ComponentLimits& limits, const ProgressCheck& checkProgress)
         : limits_(limits), checkProgress_(checkProgress) {}
 
-    // `place` is that of the archive within the file, and `path` its name.
-    void read(const RandomAccessFile& file, std::string_view path, const std::string& place, int level) {
+    // `place` is that of the archive within the file, `container` that of the archive around it, and `path` its name.
+    void read(const RandomAccessFile& file, std::string_view path, const std::string& place,
+              const std::string& container, int level) {
         std::vector<ZipMember> members;
         const auto wanted = [level](std::string_view name) {
             return name == kManifest || isMaven(name) || (level < kMaxLevels && isArchive(name));
@@ -94,7 +95,7 @@ class Reader {
         const ZipReading reading = listZip(file, wanted, members);
         if (reading == ZipReading::Damaged) fail("an archive is damaged", place);
         if (reading == ZipReading::NoArchive) return;
-        addArchive(describe(file, members, place), path, place, level);
+        addArchive(describe(file, members, place), path, place, container, level);
         for (const ZipMember& member : members) {
             if (checkProgress_) checkProgress_();
             if (list_.tooMany || list_.tooLarge) return;
@@ -139,17 +140,20 @@ class Reader {
         return archive;
     }
 
-    void addArchive(Archive archive, std::string_view path, const std::string& place, int level) {
+    void addArchive(Archive archive, std::string_view path, const std::string& place,
+                    const std::string& container, int level) {
         const std::string_view base = baseOf(path);
         const std::optional<std::size_t> own = ownArtifact(archive.artifacts, base);
         // Other files are archives of this kind as well.
         if (!own && !archive.manifest && !isArchive(path)) return;
         Component main = own ? archive.artifacts[*own] : describedByManifest(archive.facts, base);
         if (main.version.empty()) main.version = archive.facts.version;
+        main.container = container;
         add(std::move(main), place, level == 0 ? "main" : "dependency");
         for (std::size_t i = 0; i < archive.artifacts.size(); ++i) {
-            if (own != i && !archive.artifacts[i].name.empty())
-                add(std::move(archive.artifacts[i]), place, "dependency");
+            if (own == i || archive.artifacts[i].name.empty()) continue;
+            archive.artifacts[i].container = place;
+            add(std::move(archive.artifacts[i]), place, "dependency");
         }
     }
 
@@ -163,7 +167,7 @@ class Reader {
                     int level) {
         const std::string inside = place + "!/" + member.name;
         if (const auto stored = storedMember(file, member)) {
-            read(*stored, member.name, inside, level + 1);
+            read(*stored, member.name, inside, place, level + 1);
             return;
         }
         std::string content;
@@ -175,7 +179,8 @@ class Reader {
         } else if (!whole) {
             fail("a member of an archive is damaged", inside);
         } else {
-            read(RandomAccessFile(std::move(content), file.beforeRead()), member.name, inside, level + 1);
+            read(RandomAccessFile(std::move(content), file.beforeRead()), member.name, inside, place,
+                 level + 1);
         }
     }
 
@@ -190,7 +195,7 @@ class Reader {
 ComponentList readJarComponents(const RandomAccessFile& file, std::string_view path,
                                 const ComponentLimits& limits, const ProgressCheck& checkProgress) {
     Reader reader(limits, checkProgress);
-    reader.read(file, path, "", 0);
+    reader.read(file, path, "", "", 0);
     return reader.takeList();
 }
 

@@ -60,6 +60,24 @@ void nameNpmPackage(Component& component, std::string_view name, std::string_vie
                                 slash == std::string_view::npos ? name : name.substr(slash + 1), version, {});
 }
 
+// Of the first version of package-lock.json: {"dependencies": {NAME: {"version": ..., "dependencies": ...}}}.
+void addNestedNpm(std::string_view text, const ComponentLimits& limits, const ProgressCheck& checkProgress,
+                  ComponentList& list) {
+    constexpr int kMaxLevels = 8;  // of packages within packages
+    const std::string oneLevel = "dependencies.*";
+    std::string each = oneLevel;
+    for (int level = 0; level < kMaxLevels; ++level, each += "." + oneLevel) {
+        const std::size_t known = list.components.size();
+        addRecords("json", text, each, {{"@"}, {"version"}, {"dev", false}}, limits, checkProgress, list,
+                   [](const Record& record, Component& component) {
+                       if (record.values[1] == "true") component.role = "build";
+                       nameNpmPackage(component, record.items.front(), *record.values[0]);
+                       return !component.name.empty();
+                   });
+        if (list.components.size() == known || !list.problem.empty()) break;
+    }
+}
+
 void namePackage(Component& component, std::string_view urlType, std::string_view name,
                  std::string_view version) {
     component.name = name;
@@ -120,11 +138,12 @@ ComponentList readNpmComponents(std::string_view text, std::string_view /*path*/
 ComponentList readNpmLockComponents(std::string_view text, std::string_view /*path*/,
                                     const ComponentLimits& limits, const ProgressCheck& checkProgress) {
     ComponentList list;
-    addRecords("json", text, "packages.*", {{"@"}, {"version"}, {"name", false}}, limits, checkProgress, list,
-               [](const Record& record, Component& component) {
+    addRecords("json", text, "packages.*", {{"@"}, {"version"}, {"name", false}, {"dev", false}}, limits,
+               checkProgress, list, [](const Record& record, Component& component) {
                    const std::string_view way = record.items.front();
                    const std::size_t at = way.rfind(kDirectory);
                    if (way.empty()) component.role = "main";
+                   if (record.values[2] == "true") component.role = "build";
                    const std::string_view name = record.values[1] ? std::string_view(*record.values[1])
                                                  : at == std::string_view::npos
                                                      ? std::string_view()
@@ -132,14 +151,17 @@ ComponentList readNpmLockComponents(std::string_view text, std::string_view /*pa
                    nameNpmPackage(component, name, *record.values[0]);
                    return !name.empty();
                });
+    if (list.components.empty() && list.problem.empty()) addNestedNpm(text, limits, checkProgress, list);
     return list;
 }
 
 ComponentList readComposerComponents(std::string_view text, std::string_view /*path*/,
                                      const ComponentLimits& limits, const ProgressCheck& checkProgress) {
     ComponentList list;
-    const auto make = [](const Record& record, Component& component) {
+    std::string_view role = "dependency";
+    const auto make = [&role](const Record& record, Component& component) {
         const std::string name = kest::lowerCase(record.items.front());
+        component.role = role;
         const std::size_t slash = name.find('/');
         if (slash == std::string::npos) return false;
         component.name = name;
@@ -148,11 +170,14 @@ ComponentList readComposerComponents(std::string_view text, std::string_view /*p
             packageUrl("composer", name.substr(0, slash), name.substr(slash + 1), *record.values[0], {});
         return true;
     };
-    // The first version of the format is a list without a frame.
-    for (const char* const each : {"packages.*", "*"}) {
+    const auto add = [&](std::string_view each) {
         addRecords("json", text, each, {{"name"}, {"version"}}, limits, checkProgress, list, make);
-        if (!list.components.empty() || !list.problem.empty()) break;
-    }
+    };
+    add("packages.*");
+    // The first version of installed.json is a list without a frame.
+    if (list.components.empty() && list.problem.empty()) add("*");
+    role = "build";
+    if (list.problem.empty()) add("packages-dev.*");
     return list;
 }
 

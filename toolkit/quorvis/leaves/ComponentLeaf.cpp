@@ -22,6 +22,8 @@ Item itemOf(const Component& component, const std::string& path) {
     setKnown(item, "role", component.role);
     setKnown(item, "purl", component.purl);
     setKnown(item, "value", component.value);
+    if (component.role != "main" && component.role != "setting")
+        item.set("container", path + component.container.substr(0, kMaxValueSize));
     return item;
 }
 

@@ -92,10 +92,22 @@ TEST_F(ComponentLeaf, SettingsOfTheBuildAreFoundOnRequest) {
     EXPECT_EQ(1U, ask("go", {{Attribute::Role, "setting"}, {Attribute::Name, "vcs.revision"}}).items.size());
 }
 
+TEST_F(ComponentLeaf, WhatAProgramContainsHasItAsItsContainer) {
+    const LeafResult result = askOf(elfProgram(inlineInfo()), "go");
+    for (const Item& item : result.items) {
+        const bool main = *item.find("role") == "main";
+        ASSERT_EQ(main, item.find("container") == nullptr);
+        if (!main) {
+            EXPECT_EQ("/f", *item.find("container"));
+        }
+    }
+    EXPECT_EQ("-", LeafTester::first(ask("go", {{Attribute::Role, "setting"}}), "container"));
+}
+
 TEST_F(ComponentLeaf, AnUnknownVersionIsNotReported) {
     EXPECT_EQ("main example.com/tool - pkg:golang/example.com/tool\n",
               textOf(askOf(elfProgram(inlineInfo("custom", "mod\texample.com/tool\t(devel)\t\n")), "go")));
-    EXPECT_EQ("toolchain go 1.22-0123abc pkg:golang/stdlib@1.22-0123abc\n",
+    EXPECT_EQ("toolchain stdlib 1.22-0123abc pkg:golang/stdlib@1.22-0123abc\n",
               textOf(askOf(elfProgram(inlineInfo("devel go1.22-0123abc Mon", "")), "go")));
     EXPECT_EQ("main example.com/a/cmd/b - pkg:golang/example.com/a/cmd/b\n",
               textOf(askOf(elfProgram(inlineInfo("x", "path\texample.com/a/cmd/b\n")), "go")))
@@ -166,11 +178,11 @@ std::string mavenJar(const std::string& group, const std::string& artifact, cons
     return archive.build();
 }
 
-// "path role name version group" of each item, one per line. A missing value is "-".
+// "path role name version group container" of each item, one per line. A missing value is "-".
 std::string placesOf(const LeafResult& result) {
     std::string text;
     for (const Item& item : result.items) {
-        for (const char* const field : {"path", "role", "name", "version", "group"}) {
+        for (const char* const field : {"path", "role", "name", "version", "group", "container"}) {
             const std::string* const value = item.find(field);
             text += (value == nullptr ? "-" : *value) + " ";
         }
@@ -189,10 +201,11 @@ TEST_F(ComponentLeaf, AnArchiveContainsArchives) {
         outer.add("app.war", inner.build(), deflated);
         const LeafResult result = askOf(outer.build(), "jar");
         EXPECT_EQ(
-            "/f main f 7 -\n"
-            "/f!/lib/plain-1.5-beta.jar dependency plain 1.5-beta -\n"
-            "/f!/app.war dependency app - -\n"
-            "/f!/app.war!/WEB-INF/lib/log4j-core-2.17.0.jar dependency log4j-core 2.17.0 org.log\n",
+            "/f main f 7 - -\n"
+            "/f!/lib/plain-1.5-beta.jar dependency plain 1.5-beta - /f\n"
+            "/f!/app.war dependency app - - /f\n"
+            "/f!/app.war!/WEB-INF/lib/log4j-core-2.17.0.jar dependency log4j-core 2.17.0 org.log "
+            "/f!/app.war\n",
             placesOf(result));
         EXPECT_EQ("pkg:maven/org.log/log4j-core@2.17.0", *result.items.back().find("purl"));
         EXPECT_TRUE(result.events.empty());
@@ -209,8 +222,10 @@ TEST_F(ComponentLeaf, ArchivesAreOpenedTwoLevelsDeep) {
     tester_.tree.write("a.ear", first.build());
     const LeafResult result =
         tester_.ask(LeafKind::Component, {{Attribute::Path, "/a.ear"}, {Attribute::Format, "jar"}});
-    EXPECT_EQ("/a.ear main a - -\n/a.ear!/b.war dependency b - -\n/a.ear!/b.war!/c.jar dependency c - -\n",
-              placesOf(result));
+    EXPECT_EQ(
+        "/a.ear main a - - -\n/a.ear!/b.war dependency b - - /a.ear\n"
+        "/a.ear!/b.war!/c.jar dependency c - - /a.ear!/b.war\n",
+        placesOf(result));
 }
 
 TEST_F(ComponentLeaf, AnArchiveMayContainUnpackedArtifacts) {
@@ -221,8 +236,10 @@ TEST_F(ComponentLeaf, AnArchiveMayContainUnpackedArtifacts) {
     tester_.tree.write("a-all-2.jar", archive.build());
     const LeafResult result =
         tester_.ask(LeafKind::Component, {{Attribute::Path, "/a-all-2.jar"}, {Attribute::Format, "jar"}});
-    EXPECT_EQ("/a-all-2.jar main a-all 2 g\n/a-all-2.jar dependency a 1 g\n/a-all-2.jar dependency b 3 h\n",
-              placesOf(result));
+    EXPECT_EQ(
+        "/a-all-2.jar main a-all 2 g -\n/a-all-2.jar dependency a 1 g /a-all-2.jar\n"
+        "/a-all-2.jar dependency b 3 h /a-all-2.jar\n",
+        placesOf(result));
 }
 
 TEST_F(ComponentLeaf, ADamagedArchiveWithinAnArchiveCostsItself) {
@@ -231,7 +248,7 @@ TEST_F(ComponentLeaf, ADamagedArchiveWithinAnArchiveCostsItself) {
     outer.add("bad.jar", good.substr(0, good.size() - 1));
     outer.add("good.jar", good);
     const LeafResult result = askOf(outer.build(), "jar");
-    EXPECT_EQ("/f!/bad.jar dependency bad - -\n/f!/good.jar dependency good 1 g\n", placesOf(result));
+    EXPECT_EQ("/f!/bad.jar dependency bad - - /f\n/f!/good.jar dependency good 1 g /f\n", placesOf(result));
     EXPECT_EQ(std::vector{EventCode::Parse}, LeafTester::codes(result));
     EXPECT_EQ("an archive is damaged: !/bad.jar", result.events.at(0).text);
 }
@@ -281,6 +298,20 @@ constexpr Metadata kMetadata[] = {
      "dependency psr/log 3.0.0 pkg:composer/psr/log@3.0.0\n"},
     {"composer", R"([{"name": "psr/log", "version": "1.1.4"}])",
      "dependency psr/log 1.1.4 pkg:composer/psr/log@1.1.4\n"},
+    {"npm-lock", R"({"lockfileVersion": 3, "packages": {"node_modules/a": {"version": "1.0.0", "dev": true},
+        "node_modules/b": {"version": "2.0.0", "dev": false}}})",
+     "build a 1.0.0 pkg:npm/a@1.0.0\ndependency b 2.0.0 pkg:npm/b@2.0.0\n"},
+    {"npm-lock", R"({"lockfileVersion": 1, "dependencies": {"a": {"version": "1.0.0", "dependencies":
+        {"@s/b": {"version": "2.0.0"}, "c": {"version": "3.0.0", "dev": true}}}, "d": {"bundled": true}}})",
+     "dependency a 1.0.0 pkg:npm/a@1.0.0\ndependency @s/b 2.0.0 pkg:npm/%40s/b@2.0.0\n"
+     "build c 3.0.0 pkg:npm/c@3.0.0\n"},
+    {"composer", R"({"packages": [{"name": "psr/log", "version": "3.0.0"}],
+        "packages-dev": [{"name": "phpunit/phpunit", "version": "10.5.0"}]})",
+     "dependency psr/log 3.0.0 pkg:composer/psr/log@3.0.0\n"
+     "build phpunit/phpunit 10.5.0 pkg:composer/phpunit/phpunit@10.5.0\n"},
+    {"composer", R"({"packages": [], "packages-dev": [{"name": "a/b", "version": "1"}]})",
+     "build a/b 1 pkg:composer/a/b@1\n"},
+    {"composer", "[]", ""},
     {"python", "Metadata-Version: 2.1\nName: Typing_Extensions\nVersion: 4.8.0\n\nVersion: 9\n",
      "main Typing_Extensions 4.8.0 pkg:pypi/typing-extensions@4.8.0\n"},
     {"gem", "# -*- encoding: utf-8 -*-\n# stub: rake 13.0.6 ruby lib\n\nGem::Specification.new do |s|\n",
