@@ -78,6 +78,8 @@ std::vector<Occurrence> occurrencesOf(const ProductIdentity& identity, const Met
             if (!value.empty()) detail += " " + value;
         }
         const std::string path = valueOf(evidence, "source");
+        const std::string within = path + "!/";
+        if (identity.place.starts_with(within)) detail += " at " + identity.place.substr(within.size());
         if (!path.empty()) occurrences.push_back({path, std::move(detail)});
     }
     if (occurrences.empty() && !identity.place.empty()) occurrences.push_back({identity.place, ""});
@@ -108,7 +110,9 @@ class BillBuilder {
     }
 
     void addResults(const SoftwareInventory& software) {
-        for (const MatchedSignature& match : software.results) addResult(match);
+        for (const MatchedSignature& match : software.results) readResult(match);
+        for (std::size_t i = 0; i < results_.size(); ++i) identifierOf(i, 0);
+        for (Result& result : results_) add(std::move(result.component));
     }
 
     std::vector<Component> take() {
@@ -124,7 +128,14 @@ class BillBuilder {
     }
 
   private:
-    void addResult(const MatchedSignature& match) {
+    // A result whose component does not have its final identifier yet.
+    struct Result {
+        Component component;
+        std::pair<std::string, std::string> container;  // the signature and the place of what contains it
+        bool identified = false;
+    };
+
+    void readResult(const MatchedSignature& match) {
         const ProductIdentity identity = identityOf(match);
         // The file that describes the operating system, which is a component already.
         if (identity.place.ends_with("/os-release")) return;
@@ -139,7 +150,28 @@ class BillBuilder {
         addProperty(component, "zav:signature", match.guid);
         addProperty(component, "zav:package",
                     identity.packaging == Packaging::NotOwned ? "none" : identity.package);
-        add(std::move(component));
+        // What was unpacked into an archive has the same place as the archive, but is contained in it.
+        const std::string container = valueOf(match.variables, "container");
+        if (container != identity.place)
+            places_.emplace(std::pair(match.guid, identity.place), results_.size());
+        results_.push_back({std::move(component), {match.guid, container}, false});
+    }
+
+    // The identifier of the result's component. What a program or archive contains has its identifier at the end.
+    const std::string& identifierOf(std::size_t index, int depth) {
+        constexpr int kMaxDepth = 8;
+        Result& result = results_[index];
+        const auto container = places_.find(result.container);
+        std::string owner;
+        if (container != places_.end() && container->second != index && depth < kMaxDepth)
+            owner = identifierOf(container->second, depth + 1);
+        Component& component = result.component;
+        if (std::exchange(result.identified, true)) return component.id;
+        const bool contained = !owner.empty();
+        if (contained) component.owner = std::move(owner);
+        const bool several = contained || component.kind == ComponentKind::LanguagePackage;
+        if (several && !component.owner.empty()) component.id += " in " + component.owner;
+        return component.id;
     }
 
     static Component languagePackage(const ProductIdentity& identity) {
@@ -171,10 +203,8 @@ class BillBuilder {
         return begin != end && std::next(begin) == end ? begin->second : "";
     }
 
-    // Merges the component with one of the same kind, identifier and owner. Another owner makes it another component.
+    // Merges the component with one of the same kind and identifier.
     void add(Component component) {
-        const std::string owned = component.owner.empty() ? "" : " in " + component.owner;
-        if (component.kind == ComponentKind::LanguagePackage) component.id += owned;
         const auto [known, isNew] =
             components_.try_emplace({component.kind, component.id}, std::move(component));
         if (isNew) return;
@@ -182,6 +212,8 @@ class BillBuilder {
                                          component.occurrences.end());
     }
 
+    std::vector<Result> results_;
+    std::map<std::pair<std::string, std::string>, std::size_t> places_;  // signature and place of results_
     std::map<std::pair<ComponentKind, std::string>, Component> components_;
     std::map<PackageKey, std::string> packages_;     // identifiers of system packages
     std::multimap<std::string, std::string> names_;  // the same, by name

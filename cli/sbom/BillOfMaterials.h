@@ -35,7 +35,7 @@ struct Component {
     std::string home;
     std::string purl;
     std::string cpe;
-    std::string owner;              // the identifier of the system package that contains it
+    std::string owner;              // the identifier of the component that contains it
     std::vector<Field> properties;  // what the formats have no field for
     std::vector<Occurrence> occurrences;
 };

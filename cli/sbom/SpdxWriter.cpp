@@ -170,9 +170,7 @@ class Relationships {
 Json relationshipsOf(const BillOfMaterials& bill) {
     Relationships relationships;
     std::map<std::string, std::string> owners;
-    for (const Component& component : bill.components) {
-        if (component.kind == ComponentKind::SystemPackage) owners[component.id] = identifierOf(component);
-    }
+    for (const Component& component : bill.components) owners[component.id] = identifierOf(component);
     std::map<std::string, std::string> files;
     for (const HashedFile& file : bill.files) files[file.path] = identifierOf(file);
     const std::string system = identifierOf(bill.system);

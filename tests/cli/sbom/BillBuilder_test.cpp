@@ -76,6 +76,76 @@ TEST(BillBuilder, SameLanguagePackageAtSeveralPlacesIsOneComponent) {
     EXPECT_EQ("/srv/b/package.json", package->occurrences[1].path);
 }
 
+// A result of a signature that lists packages. `container` is empty for what the file itself is.
+MatchedSignature packageResult(const char* guid, const std::string& purl, const std::string& place,
+                               const std::string& container, const std::string& package = "") {
+    std::vector<Field> variables = {{"package", package}, {"path", place}, {"version", "1"}};
+    if (!purl.empty()) variables.push_back({"purl", purl});
+    if (!container.empty()) variables.push_back({"container", container});
+    const std::string file = place.substr(0, place.find("!/"));
+    return zavtest::sampleMatch(guid, place.c_str(), variables,
+                                R"(<Evidence kind="component" source=")" + file + R"(" name="x"/>)");
+}
+
+std::string ownerNamed(const BillOfMaterials& bill, const std::string& id) {
+    for (const Component& component : bill.components) {
+        if (component.id == id) return component.owner;
+    }
+    return "no such component";
+}
+
+TEST(BillBuilder, ModulesOfAProgramAreContainedInIt) {
+    const std::string owner = "pkg:deb/debian/nginx-core@1.22.1-9?arch=amd64";
+    SoftwareInventory software;
+    software.results = {
+        packageResult("go", "pkg:golang/x/sys@v1", "/usr/bin/tool", "/usr/bin/tool", owner),
+        packageResult("go", "pkg:golang/a/tool@v1", "/usr/bin/tool", "", owner),
+        packageResult("go", "pkg:golang/x/sys@v1", "/opt/other", "/opt/other"),
+        packageResult("go", "pkg:golang/a/other@v1", "/opt/other", ""),
+        packageResult("rust", "pkg:cargo/lone@1", "/opt/other", "/opt/other"),
+    };
+    const BillOfMaterials bill = makeBill(zavtest::sampleSystem(), software);
+    const std::string tool = "pkg:golang/a/tool@v1 in " + owner;
+    EXPECT_EQ(owner, ownerNamed(bill, tool));
+    EXPECT_EQ(tool, ownerNamed(bill, "pkg:golang/x/sys@v1 in " + tool));
+    EXPECT_EQ("", ownerNamed(bill, "pkg:golang/a/other@v1"));
+    EXPECT_EQ("pkg:golang/a/other@v1", ownerNamed(bill, "pkg:golang/x/sys@v1 in pkg:golang/a/other@v1"));
+    EXPECT_EQ("", ownerNamed(bill, "pkg:cargo/lone@1")) << "the signature found no container";
+}
+
+TEST(BillBuilder, ArchivesAreContainedInTheArchivesAroundThem) {
+    SoftwareInventory software;
+    software.results = {
+        packageResult("java", "", "/opt/a.ear", ""),
+        packageResult("java", "pkg:maven/g/b@1", "/opt/a.ear!/b.war", "/opt/a.ear"),
+        packageResult("java", "pkg:maven/g/unpacked@1", "/opt/a.ear!/b.war", "/opt/a.ear!/b.war"),
+        packageResult("java", "pkg:maven/g/c@1", "/opt/a.ear!/b.war!/c.jar", "/opt/a.ear!/b.war"),
+    };
+    const BillOfMaterials bill = makeBill(zavtest::sampleSystem(), software);
+    const std::string ear = "java@1:/opt/a.ear";
+    const std::string war = "pkg:maven/g/b@1 in " + ear;
+    EXPECT_EQ("", ownerNamed(bill, ear));
+    EXPECT_EQ(ear, ownerNamed(bill, war));
+    EXPECT_EQ(war, ownerNamed(bill, "pkg:maven/g/unpacked@1 in " + war));
+    EXPECT_EQ(war, ownerNamed(bill, "pkg:maven/g/c@1 in " + war));
+    const Component* const jar = find(bill, "g/c");
+    ASSERT_NE(nullptr, jar);
+    EXPECT_EQ((std::vector<Occurrence>{{"/opt/a.ear", "component x at b.war!/c.jar"}}), jar->occurrences);
+}
+
+TEST(BillBuilder, ContainersThatContainEachOtherEndSomewhere) {
+    SoftwareInventory software;
+    software.results = {
+        packageResult("g", "pkg:npm/a@1", "/a", "/b"),
+        packageResult("g", "pkg:npm/b@1", "/b", "/a"),
+        packageResult("g", "pkg:npm/self@1", "/self", "/self"),
+    };
+    const BillOfMaterials bill = makeBill({}, software);
+    ASSERT_EQ(3U, bill.components.size());
+    EXPECT_EQ("", find(bill, "self")->owner);
+    EXPECT_NE(find(bill, "a")->owner.empty(), find(bill, "b")->owner.empty());
+}
+
 TEST(BillBuilder, FileOfTheOperatingSystemIsNoProduct) {
     EXPECT_EQ(nullptr, find(sample(), "Operating system"));
 }

@@ -121,6 +121,42 @@ TEST(SpdxWriter, PackageContainsItsProducts) {
     EXPECT_NE(relationships.end(), std::find(relationships.begin(), relationships.end(), contains));
 }
 
+// A program in a package, and a module in the program.
+BillOfMaterials nested() {
+    BillOfMaterials bill = sample();
+    Component program;
+    program.kind = ComponentKind::LanguagePackage;
+    program.purl = "pkg:golang/a/tool@v1";
+    program.name = "a/tool";
+    program.owner = "pkg:deb/debian/nginx-core@1.22.1-9?arch=amd64";
+    program.id = program.purl + " in " + program.owner;
+    Component module = program;
+    module.purl = "pkg:golang/x/sys@v1";
+    module.name = "x/sys";
+    module.owner = program.id;
+    module.id = module.purl + " in " + module.owner;
+    bill.components.push_back(program);
+    bill.components.push_back(module);
+    return bill;
+}
+
+TEST(CycloneDxWriter, ProgramContainsItsModules) {
+    const Json package = named(cycloneDx(nested()).at("components"), "nginx-core");
+    const Json program = named(package.at("components"), "tool");
+    EXPECT_EQ("pkg:golang/x/sys@v1", named(program.at("components"), "sys").at("purl"));
+}
+
+TEST(SpdxWriter, ProgramContainsItsModules) {
+    const Json json = spdx(nested());
+    const auto id = [&json](const char* name) { return named(json.at("packages"), name).at("SPDXID"); };
+    for (const auto& [from, to] : {std::pair{"nginx-core", "a/tool"}, std::pair{"a/tool", "x/sys"}}) {
+        const Json contains = {
+            {"spdxElementId", id(from)}, {"relationshipType", "CONTAINS"}, {"relatedSpdxElement", id(to)}};
+        const Json& relationships = json.at("relationships");
+        EXPECT_EQ(1, std::count(relationships.begin(), relationships.end(), contains)) << from;
+    }
+}
+
 TEST(SpdxWriter, FilesHaveBothHashesAndTellWhatTheyProve) {
     const Json json = spdx(sample());
     ASSERT_EQ(1U, json.at("files").size());
