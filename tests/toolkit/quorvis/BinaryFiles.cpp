@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/toolkit/machine/packages/RpmHeaderBytes.h"
+
 namespace quorvistest {
 
 namespace {
@@ -188,42 +190,25 @@ std::string windowsProgram(const std::string& name, const std::string& value) {
 
 std::string rpmHeader(const std::string& name, const std::string& version, const std::string& source,
                       const std::string& file) {
-    const auto bigEndian = [](std::uint64_t value) {
-        std::string bytes = number(value, 4);
-        std::reverse(bytes.begin(), bytes.end());
-        return bytes;
-    };
-    struct Entry {
-        std::uint64_t tag;
-        std::uint64_t type;
-        std::string content;
-    };
-    constexpr std::uint64_t kNumber = 4;
-    constexpr std::uint64_t kText = 6;
-    constexpr std::uint64_t kTexts = 8;
+    constexpr unsigned kNumber = 4;
+    constexpr unsigned kText = 6;
+    constexpr unsigned kTexts = 8;
     const std::size_t dash = version.find('-');
     const auto text = [](const std::string& content) { return content + '\0'; };
-    std::vector<Entry> entries = {
-        {1000, kText, text(name)},
-        {1001, kText, text(version.substr(0, dash))},
-        {1002, kText, text(version.substr(dash + 1))},
-        {1022, kText, text("x86_64")},
-        {1044, kText, text(source + "-1.0-1.src.rpm")},
-    };
+    std::vector<toolkit::RpmEntry> entries;
+    if (!file.empty())
+        entries.push_back({1116, kNumber, toolkit::number(0, 4)});  // the index of its directory
+    entries.push_back({1000, kText, text(name)});
+    entries.push_back({1001, kText, text(version.substr(0, dash))});
+    entries.push_back({1002, kText, text(version.substr(dash + 1))});
+    entries.push_back({1022, kText, text("x86_64")});
+    entries.push_back({1044, kText, text(source + "-1.0-1.src.rpm")});
     if (!file.empty()) {
         const std::size_t slash = file.rfind('/') + 1;
         entries.push_back({1117, kTexts, text(file.substr(slash))});
         entries.push_back({1118, kTexts, text(file.substr(0, slash))});
-        entries.push_back({1116, kNumber, bigEndian(0)});  // the index of its directory
     }
-    std::string index;
-    std::string store;
-    for (const auto& [tag, type, content] : entries) {
-        if (type == kNumber) pad(store, 4);
-        index += bigEndian(tag) + bigEndian(type) + bigEndian(store.size()) + bigEndian(1);
-        store += content;
-    }
-    return bigEndian(index.size() / 16) + bigEndian(store.size()) + index + store;
+    return toolkit::rpmHeader(entries);
 }
 
 }  // namespace quorvistest

@@ -1,4 +1,6 @@
 // Which package owns the files that signatures find.
+#include <malloc.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -115,6 +117,42 @@ TEST_F(Ownership, ADamagedListIsReportedOnceAndLeavesOtherFilesUnknown) {
     EXPECT_EQ("bash 5.2", ownerOf("/bin/bash"));
     EXPECT_EQ(std::vector<std::string>{"parse"}, eventCodes());
     EXPECT_EQ("- -", ownerOf("/bin/rbash"));
+}
+
+TEST_F(Ownership, OfAllFilesTakesSixteenBytesPerFile) {
+    const auto inUse = [] {
+        const struct mallinfo2 heap = ::mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    if (inUse() == 0) GTEST_SKIP() << "the C library does not manage the memory";
+    constexpr std::size_t kPackages = 5'000;
+    constexpr std::size_t kFiles = 60;  // of a package
+    std::string status;
+    for (std::size_t package = 0; package < kPackages; ++package) {
+        const std::string name = "package" + std::to_string(package);
+        status +=
+            "Package: " + name + "\nStatus: install ok installed\nArchitecture: amd64\nVersion: 1-1\n\n";
+        std::string paths = "/.\n/usr\n/usr/share\n/usr/share/" + name + "\n";
+        for (std::size_t file = 0; file < kFiles; ++file)
+            paths +=
+                "/usr/share/" + name + "/a-file-with-a-rather-long-name-" + std::to_string(file) + ".txt\n";
+        list(name, paths);
+    }
+    tree_.write("var/lib/dpkg/status", status);
+
+    const Root root(tree_.path().string());
+    EvaluationContext context(root, settings_);
+    ASSERT_EQ(kPackages, context.packages().all().size());
+    const std::size_t before = inUse();
+    const PackageIndex::Row* const owner =
+        context.owners().ownerOf("/usr/share/package4999/a-file-with-a-rather-long-name-59.txt");
+    const std::size_t taken = inUse() - before;
+    ASSERT_NE(nullptr, owner);
+    EXPECT_EQ("package4999", owner->name);
+    EXPECT_EQ(nullptr, context.owners().ownerOf("/usr/share/package4999/other"));
+    EXPECT_GE(taken, 12 * kPackages * kFiles) << "the index of all files was counted";
+    EXPECT_LE(taken, 16 * kPackages * kFiles);
+    EXPECT_FALSE(context.owners().incomplete());
 }
 
 constexpr char kByFile[] = R"(<Detection><Each><Glob id="f" pattern="/opt/*/app"/></Each>)"
