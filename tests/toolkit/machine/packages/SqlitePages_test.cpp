@@ -81,6 +81,15 @@ TEST(SqlitePages, ADamagedRowCostsNoOther) {
     EXPECT_EQ(numbersTo(3), reading.numbers);
 }
 
+TEST(SqlitePages, ARowWithoutItsIdIsDamaged) {
+    const std::string emptyRow("\0\x01", 2);
+    const std::string cutRow = number(0, 1);  // is at the end of the page
+    EXPECT_EQ(SqliteReading::Complete, readPages({leafOf({emptyRow, rowOf(1)})}).result);
+    const Reading reading = readPages({leafOf({cutRow, rowOf(1)})});
+    EXPECT_EQ(SqliteReading::Incomplete, reading.result);
+    EXPECT_EQ(numbersTo(1), reading.numbers);
+}
+
 // A page full of pointers to one long cell would cost hours otherwise.
 TEST(SqlitePages, DamagedRowsThatOverlapEndTheirPage) {
     const std::string lostRow = number(0x8400, 2) + '\x01' + std::string(39, 'x') + number(99, 4);
