@@ -1,5 +1,8 @@
 #include "toolkit/machine/packages/ApkDatabase.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include "toolkit/machine/files/ParagraphReader.h"
 #include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/text/Checked.h"
@@ -50,6 +53,21 @@ bool ApkParser::next(ApkPackage& package) {
     return false;
 }
 
+std::vector<std::string> apkDatabases(const Root& root, const std::string& database) {
+    if (!database.empty()) return {database};
+    std::vector<std::string> files = {"/lib/apk/db/installed"};
+    const std::string added = "/usr/lib/apk/db/installed";
+    const kest::Descriptor old = root.open(files.front(), O_PATH);
+    const kest::Descriptor now = root.open(added, O_PATH);
+    struct stat left {};
+    struct stat right {};
+    const bool same = old.isOpen() && now.isOpen() && ::fstat(old.number(), &left) == 0 &&
+                      ::fstat(now.number(), &right) == 0 && left.st_dev == right.st_dev &&
+                      left.st_ino == right.st_ino;
+    if (!same) files.push_back(added);
+    return files;
+}
+
 namespace {
 
 using Damage = PackageReading::Damage;
@@ -77,10 +95,8 @@ InstalledPackage packageOf(const ApkPackage& apk, std::string_view database) {
     return package;
 }
 
-PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
-                             const PackageVisitor& visit) {
-    const std::string path = database.empty() ? "/lib/apk/db/installed" : database;
-    PackageReading result;
+void visitFile(const Root& root, const std::string& path, PackageTexts& texts, const PackageVisitor& visit,
+               PackageReading& result) {
     ParagraphReader file(root, path, texts.budget());
     if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
     const std::string_view kept = texts.keep(path);
@@ -94,6 +110,12 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
     }
     if (!file.whole()) result.note(Damage::Broken, path, file.damagedAt());
     if (texts.budget().isSpent()) result.note(Damage::TooLarge, path);
+}
+
+PackageReading visitPackages(const Root& root, const std::string& database, PackageTexts& texts,
+                             const PackageVisitor& visit) {
+    PackageReading result;
+    for (const std::string& path : apkDatabases(root, database)) visitFile(root, path, texts, visit, result);
     return result;
 }
 

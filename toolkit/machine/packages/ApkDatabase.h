@@ -1,6 +1,10 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
+
+#include "toolkit/machine/files/Root.h"
 
 namespace toolkit {
 
@@ -28,5 +32,9 @@ class ApkParser {
   private:
     std::string_view rest_;
 };
+
+// The files with the installed packages of a tree: `database`, or when it is empty /lib/apk/db/installed and its new place
+// below /usr. Each file is named once, also when /lib is a link to /usr/lib.
+std::vector<std::string> apkDatabases(const Root& root, const std::string& database);
 
 }  // namespace toolkit

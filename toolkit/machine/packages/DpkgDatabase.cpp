@@ -78,10 +78,23 @@ bool DpkgStatusParser::next(DpkgStanza& stanza) {
     return false;
 }
 
-bool isInstalled(std::string_view status) {
+namespace {
+
+// The last word: "installed" of "install ok installed".
+std::string_view stateOf(std::string_view status) {
     const std::size_t blank = status.rfind(' ');
-    if (blank == std::string_view::npos) return false;
-    const std::string_view state = status.substr(blank + 1);
+    return blank == std::string_view::npos ? std::string_view() : status.substr(blank + 1);
+}
+
+}  // namespace
+
+bool isUnfinished(std::string_view status) {
+    const std::string_view state = stateOf(status);
+    return state == "unpacked" || state == "half-configured";
+}
+
+bool isInstalled(std::string_view status) {
+    const std::string_view state = stateOf(status);
     return state == "installed" || state == "triggers-awaited" || state == "triggers-pending";
 }
 
@@ -108,6 +121,7 @@ struct Found {
     DpkgStanza stanza;
     std::string_view database;
     bool installed = false;
+    bool unfinished = false;
 };
 
 bool before(const Found& left, const Found& right) {
@@ -166,10 +180,11 @@ class Reader {
   private:
     void readStanzas(std::string_view text, std::string_view defaultStatus, std::string_view database) {
         DpkgStatusParser status(text);
-        Found found{{}, database, false};
+        Found found{{}, database};
         while (status.next(found.stanza)) {
             if (found.stanza.status.empty()) found.stanza.status = defaultStatus;
             found.installed = isInstalled(found.stanza.status);
+            found.unfinished = isUnfinished(found.stanza.status);
             if (!texts_.budget().item() || !keep(found.stanza)) return;
             found_.push_back(found);
         }
@@ -203,6 +218,7 @@ InstalledPackage packageOf(const Found& found) {
     InstalledPackage package;
     package.type = PackageType::Dpkg;
     package.anyArchitecture = stanza.multiArch == kSame;
+    package.finished = !found.unfinished;
     package.name = stanza.package;
     package.version = stanza.version;
     package.epoch = version.epoch;
@@ -229,7 +245,7 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
         reader.readFolder(kStatusFolder);
     }
     for (const Found& found : reader.sorted()) {
-        if (found.installed) visit(packageOf(found));
+        if (found.installed || found.unfinished) visit(packageOf(found));
     }
     return reader.result();
 }

@@ -36,6 +36,9 @@ class DpkgStatusParser {
 // (half-installed, unpacked, half-configured) or removed (config-files) are not.
 bool isInstalled(std::string_view status);
 
+// Whether the files of a package with this status are there, but dpkg did not configure it: unpacked or half-configured.
+bool isUnfinished(std::string_view status);
+
 // The parts of [epoch:]upstream[-revision].
 struct DpkgVersion {
     std::string_view epoch;

@@ -19,6 +19,7 @@ inline constexpr std::array kPackageTypes = {PackageType::Dpkg,   PackageType::R
 struct InstalledPackage {
     PackageType type{};
     bool anyArchitecture = false;  // dpkg: can be installed for several architectures
+    bool finished = true;          // dpkg: false if it is only unpacked or half-configured
     std::string_view name;
     std::string_view version;  // complete, as the package manager shows it
     std::string_view epoch;

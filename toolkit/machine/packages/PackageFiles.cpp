@@ -7,6 +7,7 @@
 
 #include "toolkit/machine/files/InputFile.h"
 #include "toolkit/machine/files/ParagraphReader.h"
+#include "toolkit/machine/packages/ApkDatabase.h"
 #include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/packages/RpmDatabase.h"
 #include "toolkit/machine/text/Lines.h"
@@ -207,15 +208,16 @@ class ApkFiles {
 
 PackageReading visitApk(const Root& root, const std::string& database, Budget& budget,
                         PackageFileVisitor& visitor) {
-    const std::string path = database.empty() ? "/lib/apk/db/installed" : database;
     PackageReading reading;
-    ParagraphReader file(root, path, budget);
-    if (file.state() == InputFile::State::Unreadable) reading.note(Damage::Unreadable, path);
-    ApkFiles files(visitor);
-    for (std::string_view text = file.next(); !text.empty(); text = file.next()) {
-        if (!files.visit(text, budget)) break;
+    for (const std::string& path : apkDatabases(root, database)) {
+        ParagraphReader file(root, path, budget);
+        if (file.state() == InputFile::State::Unreadable) reading.note(Damage::Unreadable, path);
+        ApkFiles files(visitor);
+        for (std::string_view text = file.next(); !text.empty(); text = file.next()) {
+            if (!files.visit(text, budget)) break;
+        }
+        if (!file.whole()) reading.note(Damage::Broken, path, file.damagedAt());
     }
-    if (!file.whole()) reading.note(Damage::Broken, path, file.damagedAt());
     return reading;
 }
 

@@ -30,6 +30,7 @@ constexpr Place kPlaces[] = {
     {"/var/lib/rpm/Packages.db", PackageType::Rpm, true},
     {"/var/lib/rpm/Packages", PackageType::Rpm, true},
     {"/lib/apk/db/installed", PackageType::Apk, true},
+    {"/usr/lib/apk/db/installed", PackageType::Apk, true},
     {"/var/lib/pacman/local", PackageType::Pacman, false},
     {"/var/lib/pacman/local/ALPM_DB_VERSION", PackageType::Pacman, true},
     {"/snap", PackageType::Snap, false},

@@ -16,7 +16,7 @@ namespace toolkit {
 std::string_view nameOf(PackageType type);
 std::optional<PackageType> packageTypeNamed(std::string_view name);
 
-// Visits the packages of one type whose installation is complete. `database` is the path of the database, or empty for the
+// Visits the installed packages of one type. Those whose installation was begun but is not `finished` are among them. `database` is the path of the database, or empty for the
 // default path. A missing database has no packages. A denied file is not damage, because the tree counts it. Each type has
 // the full allowance of `texts`. A package whose name, version or architecture is longer than kMaxValueLength is damage. Any
 // other value of that length is unknown.

@@ -118,6 +118,7 @@ void PackageIndex::loadType(PackageType type, const std::string& database) {
     const int denials = root_.denials();
     const PackageReading read =
         visitPackages(type, root_, database, texts_, [this](const InstalledPackage& package) {
+            if (!package.finished) return;
             rows_.push_back({package.type, package.name, package.version, package.epoch, package.upstream,
                              package.release, package.architecture, package.source, package.branch,
                              package.database});

@@ -103,6 +103,31 @@ TEST_F(Packages, DpkgPackagesAreSortedAndTheLastDuplicateCounts) {
               visited(PackageType::Dpkg));
 }
 
+TEST_F(Packages, DpkgPackagesThatAreOnlyUnpackedAreNotFinished) {
+    tree_.write("var/lib/dpkg/status", stanza("a", "1", "all", "unpacked") +
+                                           stanza("b", "1", "all", "half-configured") +
+                                           stanza("c", "1", "all", "triggers-pending"));
+    PackageTexts texts;
+    std::string seen;
+    visitPackages(PackageType::Dpkg, Root(tree_.path()), {}, texts, [&](const InstalledPackage& package) {
+        seen += std::string(package.name) + (package.finished ? " finished;" : " not;");
+    });
+    EXPECT_EQ("a not;b not;c finished;", seen);
+}
+
+TEST_F(Packages, ApkDatabasesAtBothPlacesAreRead) {
+    tree_.write("usr/lib/apk/db/installed", "P:new\nV:1-r0\n\n");
+    EXPECT_EQ((Rows{"new version=1 release=r0"}), visited(PackageType::Apk));
+    tree_.write("lib/apk/db/installed", "P:old\nV:1-r0\n\n");
+    EXPECT_EQ((Rows{"old version=1 release=r0", "new version=1 release=r0"}), visited(PackageType::Apk));
+}
+
+TEST_F(Packages, AnApkDatabaseThatIsReachedByBothPathsIsReadOnce) {
+    tree_.write("usr/lib/apk/db/installed", "P:musl\nV:1-r0\n\n");
+    tree_.link("lib", "usr/lib");
+    EXPECT_EQ((Rows{"musl version=1 release=r0"}), visited(PackageType::Apk));
+}
+
 TEST_F(Packages, AGivenDatabaseReplacesTheDefaultOne) {
     tree_.write("var/lib/dpkg/status", stanza("a", "1"));
     tree_.write("srv/status", stanza("b", "1"));

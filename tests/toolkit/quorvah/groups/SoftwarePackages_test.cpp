@@ -68,14 +68,19 @@ TEST(DpkgPackages, EveryArchitectureOfANameIsKeptWithItsOwnDate) {
     EXPECT_EQ("1970-01-01T00:03:20Z", instanceOf(data, "pkg:deb/libc6@2.36-9?arch=i386").get("InstallDate"));
 }
 
-TEST(DpkgPackages, OnlyInstalledPackagesAreListed) {
+TEST(DpkgPackages, PackagesWhoseFilesAreThereAreListed) {
     const ScratchDir tree;
     tree.write(kStatus,
                stanza("a", "all", "1") + stanza("b", "all", "1", "Status: deinstall ok config-files\n") +
                    stanza("c", "all", "1", "Status: install ok half-installed\n") +
-                   stanza("d", "all", "1", "Status: hold ok installed\n") + stanza("e", "all", "1", ""));
+                   stanza("d", "all", "1", "Status: hold ok installed\n") + stanza("e", "all", "1", "") +
+                   stanza("f", "all", "1", "Status: install ok unpacked\n") +
+                   stanza("g", "all", "1", "Status: install ok half-configured\n"));
     const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
-    EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all"}), keysOf(data));
+    EXPECT_EQ((std::vector<std::string>{"pkg:deb/a@1?arch=all", "pkg:deb/d@1?arch=all",
+                                        "pkg:deb/f@1?arch=all", "pkg:deb/g@1?arch=all"}),
+              keysOf(data));
+    EXPECT_EQ("install ok unpacked", instanceOf(data, "pkg:deb/f@1?arch=all").get("Status"));
 }
 
 TEST(DpkgPackages, TheLastOfRepeatedStanzasApplies) {
@@ -256,7 +261,7 @@ std::vector<std::string> dpkgQuery() {
              "${Section}\\t${Installed-Size}\\t${binary:Synopsis}\\t${Maintainer}\\t${db-fsys:Last-Modified}"
              "\\n'")) {
         std::vector<std::string> fields = fieldsOf(line);
-        if (fields.size() != 10 || !isInstalled(fields[0])) continue;
+        if (fields.size() != 10 || (!isInstalled(fields[0]) && !isUnfinished(fields[0]))) continue;
         fields[9] = isoTime(std::stoll(fields[9]));
         std::string row;
         for (std::string& field : fields) {
