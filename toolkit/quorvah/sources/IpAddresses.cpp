@@ -11,7 +11,8 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr std::uint8_t kFromRouter = 2;  // IFAPROT_KERNEL_RA
+constexpr std::uint8_t kFromRouter = 2;               // IFAPROT_KERNEL_RA
+constexpr std::string_view kLinkLocal = "LinkLocal";  // no gateway is reached from such an address
 
 std::string_view scopeName(unsigned scope) {
     switch (scope) {
@@ -59,7 +60,7 @@ in6_addr asIn6(const IpAddressBytes& address) {
 std::string_view ipv6Origin(const IpAddressBytes& address, unsigned prefixLength, std::uint32_t flags,
                             std::uint8_t protocol) {
     const in6_addr bytes = asIn6(address);
-    if (IN6_IS_ADDR_LINKLOCAL(&bytes)) return "LinkLocal";
+    if (IN6_IS_ADDR_LINKLOCAL(&bytes)) return kLinkLocal;
     if (protocol == kFromRouter || (flags & (IFA_F_TEMPORARY | IFA_F_MANAGETEMPADDR)) != 0) return "SLAAC";
     if ((flags & IFA_F_PERMANENT) != 0) return "Static";
     return prefixLength == 128 ? "DHCPv6" : "SLAAC";
@@ -138,13 +139,14 @@ std::vector<Ipv4Address> ipv4Addresses(const NetlinkAnswer& answer, const Interf
         address.address = ipv4Of(entry.address);
         address.interface = nameOf(entry.interface);
         address.prefixLength = static_cast<int>(entry.prefixLength);
-        address.origin = isIpv4LinkLocal(address.address) ? "LinkLocal" : entry.finite ? "DHCP" : "Static";
+        address.origin = isIpv4LinkLocal(address.address) ? kLinkLocal : entry.finite ? "DHCP" : "Static";
         if (entry.hasBroadcast) address.broadcast = ipv4Text(ipv4Of(entry.broadcast));
         if (entry.hasPeer) address.peer = ipv4Text(ipv4Of(entry.peer));
         address.scope = scopeName(entry.scope);
         address.label = entry.label;
         const NetlinkGateway* const gateway = bestGateway(answer, AF_INET, entry.interface);
-        if (gateway != nullptr) address.gateway = ipv4Text(ipv4Of(gateway->gateway));
+        if (gateway != nullptr && address.origin != kLinkLocal)
+            address.gateway = ipv4Text(ipv4Of(gateway->gateway));
         addresses.push_back(std::move(address));
     }
     return addresses;
@@ -162,7 +164,7 @@ std::vector<Ipv6Address> ipv6Addresses(const NetlinkAnswer& answer, const Interf
         address.scope = scopeName(entry.scope);
         setFlags(entry.flags, address);
         const NetlinkGateway* const gateway = bestGateway(answer, AF_INET6, entry.interface);
-        if (gateway != nullptr) address.gateway = ipv6Text(gateway->gateway);
+        if (gateway != nullptr && address.origin != kLinkLocal) address.gateway = ipv6Text(gateway->gateway);
         addresses.push_back(std::move(address));
     }
     return addresses;
@@ -176,12 +178,12 @@ std::vector<Ipv4Address> ipv4Addresses(const std::vector<FibTrieAddress>& entrie
         address.address = entry.address;
         address.interface = interfaceOf(entry.address, routes);
         address.prefixLength = entry.prefixLength;
-        if (isIpv4LinkLocal(entry.address)) address.origin = "LinkLocal";
+        if (isIpv4LinkLocal(entry.address)) address.origin = kLinkLocal;
         if (entry.broadcastKnown) address.broadcast = ipv4Text(entry.broadcast);
         const Ipv4Route* const gateway = bestRoute(routes, address.interface, [](const Ipv4Route& route) {
             return route.mask == 0 && route.destination == 0 && route.gateway != 0;
         });
-        if (gateway != nullptr) address.gateway = ipv4Text(gateway->gateway);
+        if (gateway != nullptr && address.origin != kLinkLocal) address.gateway = ipv4Text(gateway->gateway);
         addresses.push_back(std::move(address));
     }
     return addresses;
@@ -200,7 +202,7 @@ std::vector<Ipv6Address> ipv6Addresses(const std::vector<Inet6Address>& entries,
         setFlags(entry.flags, address);
         const Ipv6DefaultRoute* const gateway =
             bestRoute(routes, entry.interface, [](const Ipv6DefaultRoute&) { return true; });
-        if (gateway != nullptr) address.gateway = ipv6Text(gateway->gateway);
+        if (gateway != nullptr && address.origin != kLinkLocal) address.gateway = ipv6Text(gateway->gateway);
         addresses.push_back(std::move(address));
     }
     return addresses;
