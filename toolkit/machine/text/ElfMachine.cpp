@@ -12,12 +12,16 @@ struct ElfMachine {
 };
 
 constexpr ElfMachine kElfMachines[] = {
-    {3, false, true, "i686"},         {8, false, false, "mips"},     {8, false, true, "mipsel"},
-    {8, true, false, "mips64"},       {8, true, true, "mips64el"},   {20, false, false, "ppc"},
-    {21, true, false, "ppc64"},       {21, true, true, "ppc64le"},   {22, true, false, "s390x"},
-    {40, false, true, "armv7l"},      {62, true, true, "x86_64"},    {62, false, true, "x86_64"},
-    {183, true, true, "aarch64"},     {243, false, true, "riscv32"}, {243, true, true, "riscv64"},
-    {258, true, true, "loongarch64"},
+    {2, false, false, "sparc"},       {3, false, true, "i686"},          {4, false, false, "m68k"},
+    {15, false, false, "parisc"},     {15, true, false, "parisc64"},     {18, false, false, "sparc64"},
+    {22, false, false, "s390"},       {40, false, false, "armv7b"},      {42, false, true, "sh4"},
+    {43, true, false, "sparc64"},     {50, true, true, "ia64"},          {92, false, false, "openrisc"},
+    {183, true, false, "aarch64_be"}, {258, false, true, "loongarch32"}, {0x9026, true, true, "alpha"},
+    {8, false, false, "mips"},        {8, false, true, "mipsel"},        {8, true, false, "mips64"},
+    {8, true, true, "mips64el"},      {20, false, false, "ppc"},         {21, true, false, "ppc64"},
+    {21, true, true, "ppc64le"},      {22, true, false, "s390x"},        {40, false, true, "armv7l"},
+    {62, true, true, "x86_64"},       {62, false, true, "x86_64"},       {183, true, true, "aarch64"},
+    {243, false, true, "riscv32"},    {243, true, true, "riscv64"},      {258, true, true, "loongarch64"},
 };
 
 }  // namespace

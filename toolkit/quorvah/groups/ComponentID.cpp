@@ -1,8 +1,11 @@
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/KernelInfo.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
@@ -24,16 +27,33 @@ constexpr FieldDef kFields[] = {
     {"BootId", FieldDef::kVolatile | FieldDef::kPrivate},
 };
 
+struct FirmwareField {
+    const char* field;
+    const char* file;
+    std::size_t offset;  // of the text in structure type 1
+};
+constexpr FirmwareField kFirmwareFields[] = {
+    {"Manufacturer", "sys_vendor", 0x04}, {"ProductName", "product_name", 0x05},
+    {"Version", "product_version", 0x06}, {"SerialNumber", "product_serial", 0x07},
+    {"SKUNumber", "product_sku", 0x19},   {"Family", "product_family", 0x1A},
+};
+
 void setFirmware(const GatheringContext& context, Instance& system) {
-    const std::pair<const char*, const char*> files[] = {
-        {"UUID", "product_uuid"},       {"Manufacturer", "sys_vendor"},     {"ProductName", "product_name"},
-        {"Version", "product_version"}, {"SerialNumber", "product_serial"}, {"SKUNumber", "product_sku"},
-        {"Family", "product_family"},
-    };
-    for (const auto& [field, file] : files) {
-        system.set(field,
-                   context.firmwareText(context.root().readLine(std::string("/sys/class/dmi/id/") + file)));
-    }
+    system.set("UUID", dmiText(context, "product_uuid"));
+    for (const FirmwareField& field : kFirmwareFields) system.set(field.field, dmiText(context, field.file));
+}
+
+// From the tables, for kernels that do not export their texts.
+void setTables(const GatheringContext& context, Instance& system) {
+    constexpr unsigned kSystem = 1;
+    const bool exported = !system.get("ProductName").empty() || !system.get("Manufacturer").empty();
+    if (exported) return;
+    const Smbios smbios(context.root());
+    const std::vector<const SmbiosStructure*> systems = smbios.ofType(kSystem);
+    if (systems.empty()) return;
+    system.set("UUID", context.firmwareText(smbiosUuid(*systems.front(), smbios.version())));
+    for (const FirmwareField& field : kFirmwareFields)
+        system.set(field.field, smbiosText(context, *systems.front(), field.offset));
 }
 
 // Texts in a device tree are terminated by a zero byte.
@@ -59,13 +79,15 @@ void setSysinfo(const GatheringContext& context, Instance& system) {
     system.set("SerialNumber", valueForKey(sysinfo, "Sequence Code"));
 }
 
-constexpr const char* kSources[] = {"/sys/class/dmi/id", "/sys/firmware", "/proc/device-tree",
-                                    "/proc/sysinfo", "/etc/machine-id"};
+constexpr const char* kSources[] = {"/sys/class/dmi/id", "/sys/devices/virtual/dmi/id",
+                                    "/sys/firmware",     "/proc/device-tree",
+                                    "/proc/sysinfo",     "/etc/machine-id"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     data.addOne([&](Instance& system) {
         setFirmware(context, system);
+        setTables(context, system);
         setDeviceTree(context, system);
         setSysinfo(context, system);
         system.set("Name", hostName(root));

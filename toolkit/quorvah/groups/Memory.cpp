@@ -1,9 +1,12 @@
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/CpuList.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/InstalledMemory.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
 #include "toolkit/quorvah/sources/SmbiosMemory.h"
 
@@ -41,33 +44,25 @@ void setMeminfo(const Root& root, Instance& memory) {
     memory.set("HugePagesTotal", line("HugePages_Total"));
 }
 
-// The size of the memory blocks that are online, in KiB. It is close to the installed memory. The file contains the
-// size of a block in hexadecimal.
-Count onlineBlocks(const Root& root) {
-    const std::string directory = "/sys/devices/system/memory/";
-    const Count size = readCount(root.readLine(directory + "block_size_bytes"), 16);
-    if (!size) return std::nullopt;
-    std::uint64_t count = 0;
-    for (const std::string& name : root.list(directory)) {
-        if (!name.starts_with("memory")) continue;
-        const std::string state = root.readLine(directory + name + "/state");
-        if (state == "online" || state == "going-offline") ++count;
-    }
-    return count > 0 ? product(*size / 1024, count) : std::nullopt;
-}
-
 // Leaves the field unknown if the number is 0.
 void setKnown(Instance& memory, const char* field, Count number) {
     if (number.value_or(0) > 0) memory.set(field, number);
 }
 
-void setSmbios(const Root& root, Instance& memory) {
-    const Smbios smbios(root);
-    const SmbiosMemory told = readSmbiosMemory(smbios);
+void setSmbios(const SmbiosMemory& told, Instance& memory) {
     setKnown(memory, "MaximumCapacity", told.maximumCapacity);
     setKnown(memory, "NumberOfMemoryDevices", told.devices);
-    setKnown(memory, "InstalledMemory", told.installed);
     memory.set("ErrorCorrection", told.errorCorrection);
+}
+
+std::size_t countNodes(const Root& root) {
+    const std::string nodes = "/sys/devices/system/node/";
+    const std::size_t online = readCpuList(root.readLine(nodes + "online")).size();
+    if (online > 0) return online;
+    const auto isNode = [](const std::string& name) {
+        return name.starts_with("node") && readCount(std::string_view(name).substr(4));
+    };
+    return static_cast<std::size_t>(std::ranges::count_if(root.list(nodes), isNode));
 }
 
 constexpr const char* kSources[] = {"/proc/meminfo"};
@@ -76,9 +71,10 @@ void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     const auto fill = [&](Instance& memory) {
         setMeminfo(root, memory);
-        setSmbios(root, memory);
-        if (memory.get("InstalledMemory").empty()) memory.set("InstalledMemory", onlineBlocks(root));
-        setKnown(memory, "NumaNodes", readCpuList(root.readLine("/sys/devices/system/node/online")).size());
+        const SmbiosMemory told = readSmbiosMemory(Smbios(root));
+        setSmbios(told, memory);
+        setKnown(memory, "InstalledMemory", installedMemory(readMemoryOnline(root), told.installed));
+        setKnown(memory, "NumaNodes", countNodes(root));
     };
     data.addOne(fill, {{"DeviceID", "memory"}});
 }

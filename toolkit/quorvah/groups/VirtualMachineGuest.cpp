@@ -2,6 +2,7 @@
 
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/Hypervisor.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
@@ -21,12 +22,10 @@ constexpr FieldDef kFields[] = {
     {"CloudPlatform"},
 };
 
-const std::string kDmi = "/sys/class/dmi/id/";
-
 // The identifier of this virtual machine as its hypervisor shows it to the guest.
 std::string machineIdentifier(const GatheringContext& context) {
     const Root& root = context.root();
-    std::string uuid = context.firmwareText(root.readLine(kDmi + "product_uuid"));
+    std::string uuid = dmiText(context, "product_uuid");
     if (uuid.empty()) uuid = context.firmwareText(root.readLine("/sys/hypervisor/uuid"));
     if (uuid.empty()) uuid = valueForKey(root.read("/proc/sysinfo").value_or(""), "VM00 UUID");
     if (uuid.empty()) {
@@ -57,13 +56,13 @@ std::string cloudPlatform(const Root& root) {
         {"product_name", "OpenStack", "openstack"},
     };
     for (const auto& [file, mark, platform] : marks) {
-        if (root.readLine(kDmi + file).find(mark) != std::string::npos) return platform;
+        if (dmiLine(root, file).find(mark) != std::string::npos) return platform;
     }
     return {};
 }
 
-constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/class/dmi/id", "/sys/hypervisor",
-                                    "/proc/device-tree"};
+constexpr const char* kSources[] = {"/proc/cpuinfo", "/sys/class/dmi/id", "/sys/devices/virtual/dmi/id",
+                                    "/sys/hypervisor", "/proc/device-tree"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
@@ -72,6 +71,7 @@ void gather(GatheringContext& context, GroupData& data) {
     if (container.empty() && !hypervisor.present) return;
     Instance& guest = data.add(container.empty() ? machineIdentifier(context) : containerId(root));
     guest.set("VirtualSystemType", container.empty() ? hypervisor.type : "container");
+    if (container.empty() && hypervisor.typeDenied) data.partial("permission");
     guest.set("HypervisorVendor", hypervisor.vendor);
     guest.set("HypervisorVersion", hypervisor.version);
     guest.set("ContainerType", container);

@@ -4,15 +4,21 @@
 #include <string>
 #include <string_view>
 
+#include "toolkit/machine/text/Lines.h"
+
 namespace toolkit::quorvah {
 
 namespace {
 
 constexpr std::uint64_t kKilohertzPerMegahertz = 1000;
+constexpr std::uint64_t kHertzPerMegahertz = 1'000'000;
 
-// kHz.
+// kHz. The directory of the CPU is a link to that of its policy, which a captured tree may lack.
 Count frequencyFile(const Root& root, int cpu, const char* file) {
-    return root.readCount("/sys/devices/system/cpu/cpu" + std::to_string(cpu) + "/cpufreq/" + file);
+    const std::string cpus = "/sys/devices/system/cpu/";
+    const std::string number = std::to_string(cpu);
+    const Count own = root.readCount(cpus + "cpu" + number + "/cpufreq/" + file);
+    return own ? own : root.readCount(cpus + "cpufreq/policy" + number + "/" + file);
 }
 
 // The nearest whole number of "2596.152" or "2900.000000MHz".
@@ -25,13 +31,29 @@ Count megahertz(std::string_view text) {
     return rounded.value_or(0) > 0 ? rounded : std::nullopt;
 }
 
+// The fixed clock of SPARC in Hz, a hexadecimal number: "Cpu0ClkTck : 000000005f5e1000".
+Count sparcClock(const CpuInfo& info, int cpu) {
+    std::string_view ticks = info.value(cpu, "Cpu" + std::to_string(cpu) + "ClkTck");
+    const Count hertz = readCount(nextWord(ticks), 16);
+    return hertz.value_or(0) > 0 ? Count(*hertz / kHertzPerMegahertz) : std::nullopt;
+}
+
+// The clock of CPUs that have only one, in /proc/cpuinfo.
+Count fixedClock(const CpuInfo& info, int cpu) {
+    const Count listed = megahertz(info.value(cpu, "cpu MHz static"));
+    if (listed) return listed;
+    if (const Count clock = megahertz(info.value(cpu, "clock"))) return clock;
+    if (info.value(cpu, "arch") == "IA-64") return megahertz(info.value(cpu, "cpu MHz"));
+    if (const Count cycles = readLeadingCount(info.value(cpu, "cycle frequency [Hz]")))
+        return *cycles / kHertzPerMegahertz;
+    return sparcClock(info, cpu);
+}
+
 }  // namespace
 
 Count maxClock(const Root& root, const CpuInfo& info, int cpu) {
     const Count kilohertz = frequencyFile(root, cpu, "cpuinfo_max_freq");
-    if (kilohertz) return *kilohertz / kKilohertzPerMegahertz;
-    const Count fixed = megahertz(info.value(cpu, "cpu MHz static"));
-    return fixed ? fixed : megahertz(info.value(cpu, "clock"));
+    return kilohertz ? Count(*kilohertz / kKilohertzPerMegahertz) : fixedClock(info, cpu);
 }
 
 Count currentClock(const Root& root, const CpuInfo& info, int cpu) {
@@ -41,7 +63,7 @@ Count currentClock(const Root& root, const CpuInfo& info, int cpu) {
         const Count listed = megahertz(info.value(cpu, key));
         if (listed) return listed;
     }
-    return std::nullopt;
+    return info.lists(cpu) ? fixedClock(info, cpu) : std::nullopt;
 }
 
 }  // namespace toolkit::quorvah

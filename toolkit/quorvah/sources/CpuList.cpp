@@ -4,6 +4,7 @@
 #include <charconv>
 #include <optional>
 
+#include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit::quorvah {
@@ -47,6 +48,44 @@ std::vector<int> readCpuList(std::string_view text) {
     std::ranges::sort(numbers);
     numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
     return numbers;
+}
+
+std::vector<int> readCpuMask(std::string_view text) {
+    constexpr std::size_t kGroupDigits = 8;
+    constexpr int kGroupBits = 32;
+    text = trimmed(text);
+    if (text.starts_with("0x")) text.remove_prefix(2);
+    std::vector<int> numbers;
+    for (int base = 0; !text.empty(); base += kGroupBits) {
+        if (base > kMaxCpuNumber) return {};
+        const std::size_t comma = text.rfind(',');
+        const std::string_view group = comma == std::string_view::npos ? text : text.substr(comma + 1);
+        text = text.substr(0, comma == std::string_view::npos ? 0 : comma);
+        const Count bits = group.size() <= kGroupDigits ? readCount(group, 16) : std::nullopt;
+        if (!bits || comma == 0) return {};
+        for (int bit = 0; bit < kGroupBits; ++bit) {
+            if ((*bits >> static_cast<unsigned>(bit) & 1U) != 0) numbers.push_back(base + bit);
+        }
+    }
+    return numbers;
+}
+
+std::vector<int> readCpuSet(const Root& root, const std::string& listFile, const std::string& maskFile) {
+    std::vector<int> numbers = readCpuList(root.readLine(listFile));
+    return numbers.empty() ? readCpuMask(root.readLine(maskFile)) : numbers;
+}
+
+std::string cpuListText(const std::vector<int>& sorted) {
+    std::string text;
+    for (auto first = sorted.begin(); first != sorted.end();) {
+        auto last = first;
+        while (last + 1 != sorted.end() && *(last + 1) == *last + 1) ++last;
+        if (!text.empty()) text += ',';
+        text += std::to_string(*first);
+        if (last != first) text += "-" + std::to_string(*last);
+        first = last + 1;
+    }
+    return text;
 }
 
 bool contains(const std::vector<int>& sorted, int number) {

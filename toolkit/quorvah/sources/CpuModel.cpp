@@ -1,5 +1,10 @@
 #include "toolkit/quorvah/sources/CpuModel.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <initializer_list>
+#include <utility>
+
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/ArmCpuIds.h"
 
@@ -25,6 +30,7 @@ CpuModel armModel(const CpuInfo& info, int cpu) {
     CpuModel model;
     model.name = armPart(implementer, part);
     if (model.name.empty()) model.name = info.value(cpu, "model name");
+    if (model.name.empty()) model.name = info.value(cpu, "Processor");
     model.manufacturer = armImplementer(implementer);
     model.family = info.value(cpu, "CPU architecture");
     model.model = part;
@@ -32,15 +38,26 @@ CpuModel armModel(const CpuInfo& info, int cpu) {
     return model;
 }
 
+// The maker of a PowerPC processor, by the upper half of its version register. Others were made by several.
+std::string_view powerMaker(std::string_view name, std::string_view version) {
+    for (const std::string_view ibm : {"POWER", "PPC970", "Cell", "RS64"}) {
+        if (name.starts_with(ibm)) return "IBM";
+    }
+    if (name.starts_with("PA6T")) return "PA Semi";
+    // 7400, 7410, 745x, 744x and the cores e500, e5500, e6500
+    const bool motorola = version == "000c" || version == "800c" || version.starts_with("80");
+    return motorola ? "Freescale" : std::string_view();
+}
+
 // Such as "POWER9 (architected), altivec supported" and "2.2 (pvr 004e 1202)".
 CpuModel powerModel(const CpuInfo& info, int cpu) {
     CpuModel model;
     std::string_view name = info.value(cpu, "cpu");
-    model.name = takeField(name, ',');
-    model.manufacturer = "IBM";
+    model.name = trimmed(takeField(name, ','));
     std::string_view revision = info.value(cpu, "revision");
     model.stepping = nextWord(revision);
     if (nextWord(revision) == "(pvr") model.model = nextWord(revision);
+    model.manufacturer = powerMaker(model.name, model.model);
     return model;
 }
 
@@ -61,33 +78,103 @@ CpuModel s390Model(const CpuInfo& info, int cpu) {
     return model;
 }
 
+// The maker's name for the number in "mvendorid": above the low 7 bits the number of continuation codes, in them the code
+// of the maker in JEP106 of JEDEC. The number itself for others.
+std::string riscvMaker(std::string_view vendor) {
+    constexpr std::pair<std::uint64_t, std::string_view> kMakers[] = {
+        {0x029, "Microchip"}, {0x127, "MIPS"},   {0x1eb, "NVIDIA"},  {0x31e, "Andes"},
+        {0x489, "SiFive"},    {0x5b7, "T-Head"}, {0x61f, "Ventana"}, {0x710, "SpacemiT"},
+    };
+    const Count number = readCount(withoutPrefix(vendor), 16);
+    for (const auto& [known, name] : kMakers) {
+        if (number == known) return std::string(name);
+    }
+    return number == 0 ? std::string() : std::string(withoutPrefix(vendor));
+}
+
 CpuModel riscvModel(const CpuInfo& info, int cpu) {
     CpuModel model;
     model.name = info.value(cpu, "uarch");
-    model.manufacturer = withoutPrefix(info.value(cpu, "mvendorid"));
+    model.manufacturer = riscvMaker(info.value(cpu, "mvendorid"));
     model.model = withoutPrefix(info.value(cpu, "marchid"));
     model.stepping = withoutPrefix(info.value(cpu, "mimpid"));
     return model;
 }
 
-CpuModel x86Model(const CpuInfo& info, int cpu) {
+// SPARC, whose "type" is the kind of machine.
+CpuModel sparcModel(const CpuInfo& info, int cpu) {
+    CpuModel model;
+    model.name = info.value(cpu, "cpu");
+    model.family = info.value(cpu, "type");
+    return model;
+}
+
+// Alpha and MIPS.
+CpuModel cpuModelModel(const CpuInfo& info, int cpu) {
+    CpuModel model;
+    model.name = info.value(cpu, "cpu model");
+    if (info.value(cpu, "cpu") == "Alpha") model.name = "Alpha " + model.name;
+    model.stepping = info.value(cpu, "cpu revision");
+    return model;
+}
+
+// The value of the first of these keys that has one.
+std::string_view firstValue(const CpuInfo& info, int cpu, std::initializer_list<std::string_view> keys) {
+    for (const std::string_view key : keys) {
+        const std::string_view value = info.value(cpu, key);
+        if (!value.empty()) return value;
+    }
+    return {};
+}
+
+CpuModel loongArchModel(const CpuInfo& info, int cpu) {
+    CpuModel model;
+    model.name = info.value(cpu, "Model Name");
+    model.family = info.value(cpu, "CPU Family");
+    constexpr std::string_view kMaker = "Loongson";
+    if (model.family.starts_with(kMaker)) model.manufacturer = kMaker;
+    // "3A5000" of "Loongson-3A5000"
+    if (model.name.starts_with(kMaker))
+        model.model = model.name.substr(std::min(model.name.size(), kMaker.size() + 1));
+    model.stepping = withoutPrefix(info.value(cpu, "CPU Revision"));
+    return model;
+}
+
+// IA-64. Old kernels have the name of the family in place of its number, and no name of the model.
+CpuModel itaniumModel(const CpuInfo& info, int cpu) {
     CpuModel model;
     model.name = info.value(cpu, "model name");
-    if (model.name.empty()) model.name = info.value(cpu, "Model Name");
+    model.manufacturer = info.value(cpu, "vendor");
+    model.family = info.value(cpu, "family");
+    model.model = info.value(cpu, "model");
+    model.stepping = info.value(cpu, "revision");
+    if (model.name.empty() && !readCount(model.family)) model.name = model.family;
+    return model;
+}
+
+CpuModel x86Model(const CpuInfo& info, int cpu) {
+    CpuModel model;
+    model.name = firstValue(info, cpu, {"model name", "Model Name", "cpu"});
     model.manufacturer = info.value(cpu, "vendor_id");
     model.family = info.value(cpu, "cpu family");
     model.model = info.value(cpu, "model");
     model.stepping = info.value(cpu, "stepping");
+    if (model.stepping == "unknown") model.stepping.clear();
     return model;
 }
 
 }  // namespace
 
 CpuModel readCpuModel(const CpuInfo& info, int cpu) {
-    if (!info.value(cpu, "CPU implementer").empty()) return armModel(info, cpu);
-    if (info.value(cpu, "vendor_id") == "IBM/S390") return s390Model(info, cpu);
-    if (!info.value(cpu, "isa").empty()) return riscvModel(info, cpu);
-    if (info.value(cpu, "cpu").starts_with("POWER")) return powerModel(info, cpu);
+    const auto value = [&info, cpu](std::string_view key) { return info.value(cpu, key); };
+    if (!value("CPU implementer").empty()) return armModel(info, cpu);
+    if (value("vendor_id") == "IBM/S390") return s390Model(info, cpu);
+    if (value("isa").starts_with("rv")) return riscvModel(info, cpu);
+    if (value("revision").find("(pvr") != std::string_view::npos) return powerModel(info, cpu);
+    if (value("arch") == "IA-64") return itaniumModel(info, cpu);
+    if (value("type").starts_with("sun4")) return sparcModel(info, cpu);
+    if (!value("ISA").empty()) return loongArchModel(info, cpu);
+    if (!value("cpu model").empty()) return cpuModelModel(info, cpu);
     return x86Model(info, cpu);
 }
 

@@ -14,28 +14,33 @@ struct Cache {
     int level = 0;
     std::string type;        // "Data", "Instruction", "Unified"
     std::uint64_t size = 0;  // KiB
-    std::string sharedCpus;  // the CPUs that share it, as a CPU list
+    // Tells the caches of the same level and type apart: the CPUs that share it, or its number. Empty if it is unknown
+    // who shares it.
+    std::string instance;
 };
 
 // The place of a logical CPU in the machine. Unknown ids are missing.
 struct LogicalCpu {
     int number = 0;
     std::optional<bool> online;
-    Count package;
+    Count drawer;
+    Count book;
+    Count package;  // unique in the machine
     Count die;
     Count cluster;
-    Count core;
-    std::string siblings;  // the CPUs of its core, as a CPU list
+    Count core;            // unique in its die
+    std::string siblings;  // the known CPUs of its core, as a CPU list
     std::optional<int> thread;
     std::optional<int> node;
     std::vector<Cache> caches;
 };
 
-// The present logical CPUs, including offline ones, sorted: those in the CPU lists of sysfs, or else those with a
-// directory in sysfs, or else those in /proc/cpuinfo.
+// The present logical CPUs, including offline ones, sorted: those in the list "present" of sysfs, or else those with a
+// directory in sysfs, or else those in other lists of sysfs, or else those in /proc/cpuinfo.
 std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info);
 
-// The size of the cache with this level and type in KiB; std::nullopt if there is none.
+// The size of the caches with this level and type in KiB; std::nullopt if there are none. Without a type the sum of all
+// types, because some processors have separate caches for data and instructions also on the second level.
 Count cacheSize(const LogicalCpu& cpu, int level, std::string_view type = {});
 
 }  // namespace toolkit::quorvah

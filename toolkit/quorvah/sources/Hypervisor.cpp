@@ -9,6 +9,7 @@
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
@@ -28,7 +29,7 @@ constexpr Known kSignatures[] = {
     {"VMwareVMware", "vmware", "VMware"},
     {"XenVMMXenVMM", "xen", "Xen"},
     {"VBoxVBoxVBox", "virtualbox", "Oracle"},
-    {"TCGTCGTCGTCG", "", "QEMU"},
+    {"TCGTCGTCGTCG", "qemu", "QEMU"},
     {"bhyve bhyve ", "", "bhyve"},
     {"prl hyperv  ", "", "Parallels"},
     {"ACRNACRNACRN", "", "ACRN"},
@@ -41,7 +42,7 @@ constexpr Known kFirmwareMarks[] = {
     {"innotek GmbH", "virtualbox", "Oracle"},
     {"Xen", "xen", "Xen"},
     {"Microsoft Corporation Virtual Machine", "hyperv", "Microsoft"},
-    {"QEMU", "kvm", "KVM"},
+    {"QEMU", "qemu", "QEMU"},
     {"KVM", "kvm", "KVM"},
     {"Amazon EC2", "kvm", "KVM"},
     {"Google Compute Engine", "kvm", "KVM"},
@@ -49,6 +50,7 @@ constexpr Known kFirmwareMarks[] = {
     {"DigitalOcean", "kvm", "KVM"},
     {"Alibaba Cloud", "kvm", "KVM"},
     {"Hetzner vServer", "kvm", "KVM"},
+    {"Apple Virtualization", "", "Apple"},
     {"BHYVE", "", "bhyve"},
     {"Parallels", "", "Parallels"},
 };
@@ -98,10 +100,8 @@ Hypervisor fromCpu() {
 // What /proc/cpuinfo says about virtualization. Only x86 has a flag for it.
 enum class CpuAnswer { Virtual, Real, None };
 
-CpuAnswer askCpuInfo(const Root& root) {
-    const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
-    const std::vector<int> cpus = info.cpus();
-    const std::string_view flags = cpus.empty() ? std::string_view() : info.value(cpus.front(), "flags");
+CpuAnswer askCpuInfo(const CpuInfo& info) {
+    const std::string_view flags = info.value("flags");
     if (flags.empty()) return CpuAnswer::None;
     for (const std::string& flag : wordsOf(flags)) {
         if (flag == "hypervisor") return CpuAnswer::Virtual;
@@ -109,13 +109,33 @@ CpuAnswer askCpuInfo(const Root& root) {
     return CpuAnswer::Real;
 }
 
-Hypervisor fromFirmware(const Root& root) {
+// Whether a guest of QEMU is run by KVM and not by the emulation of a processor. The clock of KVM exists there only. Most
+// KVM guests have it, also those that use another one. If the kernel lists no clocks, KVM is far more common.
+bool isRunByKvm(const Root& root, std::string_view model) {
+    if (model.find("TCG") != std::string_view::npos) return false;
+    const std::string clocks =
+        root.readLine("/sys/devices/system/clocksource/clocksource0/available_clocksource");
+    const std::string current =
+        root.readLine("/sys/devices/system/clocksource/clocksource0/current_clocksource");
+    const std::string both = clocks + " " + current;
+    return both == " " || both.find("kvm-clock") != std::string::npos;
+}
+
+Hypervisor ofQemu(bool kvm) {
+    if (kvm) return {true, "kvm", "KVM", {}, false};
+    return {true, "qemu", "QEMU", {}, false};
+}
+
+Hypervisor fromFirmware(const Root& root, const CpuInfo& info) {
     std::string texts;
-    for (const char* const file : {"sys_vendor", "product_name", "bios_vendor"}) {
-        texts += root.readLine(std::string("/sys/class/dmi/id/") + file) + " ";
-    }
+    for (const char* const file : {"sys_vendor", "product_name", "bios_vendor"})
+        texts += dmiLine(root, file) + " ";
+    // Machines that Amazon rents as a whole.
+    if (texts.find("Amazon EC2") != std::string::npos && texts.find(".metal") != std::string::npos) return {};
     for (const Known& known : kFirmwareMarks) {
-        if (texts.find(known.mark) != std::string::npos) return of(known);
+        if (texts.find(known.mark) == std::string::npos) continue;
+        const bool kvmAtAll = known.vendor == std::string_view("QEMU");
+        return kvmAtAll ? ofQemu(isRunByKvm(root, info.value("model name"))) : of(known);
     }
     return {};
 }
@@ -138,6 +158,8 @@ Hypervisor fromXen(const Root& root) {
 Hypervisor fromSysinfo(const Root& root) {
     const std::string sysinfo = root.read("/proc/sysinfo").value_or("");
     std::string_view program = valueForKey(sysinfo, "VM00 Control Program");
+    // The emulation tells the same as KVM, but makes up the machine, too.
+    if (program.starts_with("KVM") && valueForKey(sysinfo, "Manufacturer") == "QEMU") return ofQemu(false);
     if (program.starts_with("KVM")) return {true, "kvm", "KVM", {}, false};
     if (!program.empty()) {
         nextWord(program);
@@ -147,23 +169,41 @@ Hypervisor fromSysinfo(const Root& root) {
     return {true, "lpar", "IBM", {}, false};
 }
 
+bool hasText(const Root& root, const char* file, std::string_view text) {
+    return root.read(std::string("/proc/device-tree/") + file).value_or("").find(text) != std::string::npos;
+}
+
 Hypervisor fromDeviceTree(const Root& root) {
     const std::string compatible = root.read("/proc/device-tree/hypervisor/compatible").value_or("");
     if (compatible.starts_with("linux,kvm")) return {true, "kvm", "KVM", {}, false};
     if (compatible.starts_with("xen")) return {true, "xen", "Xen", {}, false};
     if (compatible.starts_with("vmware")) return {true, "vmware", "VMware", {}, false};
+    // Boards that only hypervisors make. QEMU passes its configuration to the firmware by a device of its own.
+    const bool qemu = hasText(root, "model", "qemu") || hasText(root, "compatible", "qemu") ||
+                      hasText(root, "fw-cfg@9020000/compatible", "qemu") ||
+                      root.exists("/sys/firmware/qemu_fw_cfg");
+    if (qemu && root.exists("/proc/device-tree/compatible")) return ofQemu(false);
+    for (const char* const board : {"linux,dummy-virt", "linux,dummy-loongson3", "riscv-virtio"}) {
+        if (hasText(root, "compatible", board)) return {true, {}, {}, {}, false};
+    }
     if (root.exists("/proc/device-tree/ibm,partition-no")) return {true, "lpar", "IBM", {}, true};
     return {};
 }
 
-// Firecracker is identified by the maker of the ACPI table DSDT. Only root may read it; without it the type is just
-// "kvm", so the denied permission does not make the group partial.
-bool isFirecracker(const Root& root) {
+// Firecracker is identified by the maker of the ACPI table DSDT, which only root may read. It has no SMBIOS, so that other
+// guests of KVM are told apart without the table.
+enum class Answer { Yes, No, Denied };
+
+Answer askForFirecracker(const Root& root) {
+    if (!dmiLine(root, "sys_vendor").empty()) return Answer::No;
     constexpr std::size_t kMaker = 10;
     const int denials = root.denials();
     const std::string table = root.read("/sys/firmware/acpi/tables/DSDT").value_or("");
+    const bool denied = root.denials() > denials;
     root.forgetDenials(denials);
-    return table.size() > kMaker && std::string_view(table).substr(kMaker).starts_with("FIRECK");
+    if (denied) return Answer::Denied;
+    const bool found = table.size() > kMaker && std::string_view(table).substr(kMaker).starts_with("FIRECK");
+    return found ? Answer::Yes : Answer::No;
 }
 
 Hypervisor firstFound(const Root& root) {
@@ -176,10 +216,11 @@ Hypervisor firstFound(const Root& root) {
         if (found.present) return found;
     }
     // The CPU is more reliable than firmware texts.
-    const CpuAnswer answer = askCpuInfo(root);
+    const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
+    const CpuAnswer answer = askCpuInfo(info);
     if (answer == CpuAnswer::Real) return {};
     if (!root.list("/sys/bus/vmbus/devices").empty()) return {true, "hyperv", "Microsoft", {}, false};
-    Hypervisor found = fromFirmware(root);
+    Hypervisor found = fromFirmware(root, info);
     found.present = found.present || answer == CpuAnswer::Virtual;
     return found;
 }
@@ -198,9 +239,17 @@ Hypervisor hypervisorOfSignature(std::string_view signature) {
 
 Hypervisor findHypervisor(const Root& root) {
     Hypervisor found = firstFound(root);
-    if ((found.type == "kvm" || found.type.empty()) && found.present && isFirecracker(root)) {
-        found.type = "firecracker";
-        found.vendor = "KVM";
+    if (!found.present || (found.type != "kvm" && !found.type.empty())) return found;
+    switch (askForFirecracker(root)) {
+        case Answer::Yes:
+            found.type = "firecracker";
+            found.vendor = "KVM";
+            break;
+        case Answer::Denied:
+            found.typeDenied = true;
+            break;
+        case Answer::No:
+            break;
     }
     return found;
 }

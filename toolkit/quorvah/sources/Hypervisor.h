@@ -9,10 +9,11 @@ namespace toolkit::quorvah {
 // The hypervisor that the system runs under.
 struct Hypervisor {
     bool present = false;
-    std::string type;    // "kvm", "vmware", "hyperv", "xen", "virtualbox", "firecracker", "zvm", "lpar"
+    std::string type;  // "kvm", "qemu", "vmware", "hyperv", "xen", "virtualbox", "firecracker", "zvm", "lpar"
     std::string vendor;  // "KVM"
     std::string version;
     bool paravirtual = false;
+    bool typeDenied = false;  // the type may be another one, of which only a file that may not be read tells
 };
 Hypervisor findHypervisor(const Root& root);
 

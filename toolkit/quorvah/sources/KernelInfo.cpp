@@ -2,8 +2,11 @@
 
 #include <sys/utsname.h>
 
+#include <array>
 #include <ctime>
+#include <utility>
 
+#include "toolkit/machine/files/InputFile.h"
 #include "toolkit/machine/text/ElfMachine.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
@@ -31,11 +34,68 @@ void readVersionFile(const Root& root, KernelInfo& kernel) {
     if (kernel.version.empty() && number != std::string::npos) kernel.version = line.substr(number + 1);
 }
 
-std::string machineOfTree(const Root& root) {
-    constexpr std::size_t kMaxShellSize = std::size_t{32} << 20;
-    const std::string_view fromShell = machineOfElf(root.read("/bin/sh", kMaxShellSize).value_or(""));
-    if (!fromShell.empty()) return std::string(fromShell);
-    return std::string(CpuInfo(root.read("/proc/cpuinfo").value_or("")).architecture());
+// Many distributions end the release of a kernel with the name of the architecture: "5.14.0-362.el9.x86_64",
+// "6.1.0-18-amd64".
+std::string_view machineOfRelease(std::string_view release) {
+    constexpr std::pair<std::string_view, std::string_view> kSuffixes[] = {
+        {"x86_64", "x86_64"},
+        {"amd64", "x86_64"},
+        {"i686", "i686"},
+        {"686-pae", "i686"},
+        {"686", "i686"},
+        {"ppc64le", "ppc64le"},
+        {"powerpc64le", "ppc64le"},
+        {"ppc64", "ppc64"},
+        {"powerpc64", "ppc64"},
+        {"powerpc64-smp", "ppc64"},
+        {"powerpc", "ppc"},
+        {"powerpc-smp", "ppc"},
+        {"s390x", "s390x"},
+        {"aarch64", "aarch64"},
+        {"arm64", "aarch64"},
+        {"armv7hl", "armv7l"},
+        {"armmp", "armv7l"},
+        {"armmp-lpae", "armv7l"},
+        {"riscv64", "riscv64"},
+        {"ia64", "ia64"},
+        {"sparc64", "sparc64"},
+        {"sparc64-smp", "sparc64"},
+        {"loong64", "loongarch64"},
+        {"loongarch64", "loongarch64"},
+    };
+    for (const auto& [suffix, machine] : kSuffixes) {
+        if (!release.ends_with(suffix) || release.size() == suffix.size()) continue;
+        const char before = release[release.size() - suffix.size() - 1];
+        if (before == '.' || before == '-' || before == '_') return machine;
+    }
+    return {};
+}
+
+// What the programs of the tree are built for. They are read in this order; the first ELF file counts.
+std::string_view machineOfPrograms(const Root& root) {
+    for (const char* const path : {"/bin/sh", "/bin/busybox", "/sbin/init", "/usr/bin/env",
+                                   "/usr/lib/systemd/systemd", "/lib/systemd/systemd", "/usr/sbin/init"}) {
+        std::array<char, 20> header{};
+        InputFile program(root, path);
+        const std::size_t size = program.readAt(0, header);
+        const std::string_view machine = machineOfElf({header.data(), size});
+        if (!machine.empty()) return machine;
+    }
+    return {};
+}
+
+// Only a 32-bit kernel tells high memory apart.
+bool hasHighMemory(const Root& root) {
+    return !valueForKey(root.read("/proc/meminfo").value_or(""), "LowTotal").empty();
+}
+
+std::string machineOfTree(const Root& root, const std::string& release) {
+    std::string told = root.readLine("/proc/sys/kernel/arch");
+    if (told.empty()) told = machineOfRelease(release);
+    if (told.empty()) told = machineOfPrograms(root);
+    if (!told.empty()) return told;
+    std::string machine = CpuInfo(root.read("/proc/cpuinfo").value_or("")).architecture();
+    return machine == "x86_64" && hasHighMemory(root) ? "i686" : machine;
 }
 
 }  // namespace
@@ -47,8 +107,8 @@ KernelInfo readKernelInfo(const Root& root) {
     kernel.name = root.readLine(directory + "ostype");
     kernel.release = root.readLine(directory + "osrelease");
     kernel.version = root.readLine(directory + "version");
-    kernel.machine = machineOfTree(root);
     readVersionFile(root, kernel);
+    kernel.machine = machineOfTree(root, kernel.release);
     return kernel;
 }
 

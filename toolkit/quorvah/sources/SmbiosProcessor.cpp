@@ -121,6 +121,7 @@ unsigned countOf(const SmbiosStructure& structure, std::size_t byteAt, std::size
 SmbiosProcessor decode(const SmbiosStructure& structure) {
     SmbiosProcessor processor;
     processor.designation = structure.string(0x04);
+    processor.version = structure.string(0x10);
     const unsigned upgrade = structure.byte(0x19);
     if (upgrade < kUpgrades.size()) processor.upgrade = kUpgrades[upgrade];
     processor.maxSpeed = structure.word(0x14);
@@ -128,6 +129,7 @@ SmbiosProcessor decode(const SmbiosStructure& structure) {
     processor.voltage = voltageOf(structure.byte(0x11));
     processor.cores = countOf(structure, 0x23, 0x2A);
     processor.enabledCores = countOf(structure, 0x24, 0x2C);
+    processor.threads = countOf(structure, 0x25, 0x2E);
     const std::uint64_t id = structure.number(0x08, 8);
     if (id != 0) processor.id = hexDigits(id, 16);
     processor.serialNumber = structure.string(0x20);

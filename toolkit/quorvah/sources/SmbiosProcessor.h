@@ -10,12 +10,14 @@ namespace toolkit::quorvah {
 // An occupied socket (structure type 4). A number is 0 if the firmware does not state it.
 struct SmbiosProcessor {
     std::string designation;
+    std::string version;         // the name of the processor
     std::string upgrade;         // the kind of socket
     unsigned maxSpeed = 0;       // MHz
     unsigned externalClock = 0;  // MHz
     unsigned voltage = 0;        // mV
     unsigned cores = 0;
     unsigned enabledCores = 0;
+    unsigned threads = 0;
     std::string id;  // 16 hexadecimal digits
     std::string serialNumber;
     std::string assetTag;

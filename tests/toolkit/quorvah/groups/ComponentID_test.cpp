@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
 namespace {
+
+using zavtest::ScratchDir;
 
 TEST(ComponentID, ReadsTheFirmwareTextsWithoutPlaceholders) {
     expectOnly(kComponentID, "x86-server",
@@ -29,6 +32,48 @@ TEST(ComponentID, ReadsADeviceTree) {
                {{"ProductName", "Example Board Model 4 Rev 1.1"},
                 {"SerialNumber", "10000000abcdef01"},
                 {"Name", "board"}});
+}
+
+TEST(ComponentID, ReadsTheDirectoryOfTheDeviceIfTheClassHasNoLink) {
+    const ScratchDir tree;
+    tree.write("sys/devices/virtual/dmi/id/sys_vendor", "Example Servers, Inc.\n");
+    tree.write("sys/devices/virtual/dmi/id/product_name", "ES-2630\n");
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    expectAll(kComponentID, data.instances().front(),
+              {{"Manufacturer", "Example Servers, Inc."}, {"ProductName", "ES-2630"}});
+}
+
+// The structure type 1, whose header and fields have 27 bytes.
+std::string systemTable() {
+    std::string table("\x01\x1b\x01\0\x01\x02\x03\x04", 8);
+    for (char byte = 0; byte < 16; ++byte) table += static_cast<char>(0x10 + byte);
+    table += std::string("\x06\x05\x06", 3);
+    table += std::string("Maker \0Product\0Default string\0S-1\0SKU-1\0Family-1\0\0", 50);
+    return table;
+}
+
+TEST(ComponentID, ReadsTheTablesIfTheKernelDoesNotExportTheirTexts) {
+    const ScratchDir tree;
+    tree.write("sys/firmware/dmi/tables/DMI", systemTable());
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    expectAll(kComponentID, data.instances().front(),
+              {{"UUID", "13121110-1514-1716-1819-1a1b1c1d1e1f"},
+               {"Manufacturer", "Maker"},
+               {"ProductName", "Product"},
+               {"SerialNumber", "S-1"},
+               {"SKUNumber", "SKU-1"},
+               {"Family", "Family-1"}});
+}
+
+TEST(ComponentID, TheIdentifierOfOldFirmwareIsBigEndian) {
+    const ScratchDir tree;
+    tree.write("sys/firmware/dmi/tables/DMI", systemTable());
+    tree.write("sys/firmware/dmi/tables/smbios_entry_point", std::string("_SM_\0\x1f\x02\x04", 8));
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("UUID"), "10111213-1415-1617-1819-1a1b1c1d1e1f");
 }
 
 TEST(ComponentID, ReadsTheSysinfoOfAnS390x) {

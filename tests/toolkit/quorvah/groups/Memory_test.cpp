@@ -41,6 +41,60 @@ TEST(Memory, CountsOnlineBlocksWithoutFirmware) {
     EXPECT_EQ(data.instances().front().get("InstalledMemory"), "262144");
 }
 
+// A tree with `blocks` memory blocks of 128 MiB that are online.
+ScratchDir& withBlocks(ScratchDir& tree, int blocks) {
+    tree.write("sys/devices/system/memory/block_size_bytes", "8000000\n");
+    for (int block = 0; block < blocks; ++block)
+        tree.write("sys/devices/system/memory/memory" + std::to_string(block) + "/state", "online\n");
+    return tree;
+}
+
+std::string installedIn(const ScratchDir& tree) {
+    const GroupData data = gatheredBelow(kMemory, tree.path());
+    return data.instances().empty() ? "none" : data.instances().front().get("InstalledMemory");
+}
+
+TEST(InstalledMemory, IsTheRoundestNumberBetweenWhatIsUsedAndTheBlocks) {
+    ScratchDir tree;
+    withBlocks(tree, 17);  // the last one is there only in part
+    tree.write("proc/meminfo", "MemTotal:        2030440 kB\n");
+    EXPECT_EQ(installedIn(tree), "2097152");
+}
+
+TEST(InstalledMemory, IncludesWhatABalloonHasTaken) {
+    ScratchDir tree;
+    withBlocks(tree, 8);
+    tree.write("proc/meminfo", "MemTotal:        400000 kB\n");
+    tree.write("proc/zoneinfo", "Node 0, zone    DMA32\n        present  262000\n        managed  100000\n");
+    EXPECT_EQ(installedIn(tree), "1048576");
+}
+
+// A structure type 17 with a module of 1 GiB.
+const std::string kModule =
+    std::string("\x11\x1c\x11\0\0\0\xfe\xff\x40\0\x40\0\0\x04", 14) + std::string(16, '\0');
+
+TEST(InstalledMemory, IsWhatTheFirmwareTellsUnlessMemoryWasAdded) {
+    ScratchDir tree;
+    withBlocks(tree, 8);
+    tree.write("sys/firmware/dmi/tables/DMI", kModule);
+    tree.write("proc/meminfo", "MemTotal:        1000000 kB\n");
+    EXPECT_EQ(installedIn(tree), "1048576");
+    withBlocks(tree, 12);
+    tree.write("proc/meminfo", "MemTotal:        1520000 kB\n");
+    EXPECT_EQ(installedIn(tree), "1572864");
+    withBlocks(tree, 4);  // memory was taken offline
+    tree.write("proc/meminfo", "MemTotal:        500000 kB\n");
+    EXPECT_EQ(installedIn(tree), "1048576");
+}
+
+TEST(Memory, CountsTheDirectoriesOfNodesWithoutAList) {
+    const ScratchDir tree;
+    tree.write("proc/meminfo", "MemTotal:        400000 kB\n");
+    for (const char* const node : {"node0", "node1", "node17", "nodes"})
+        tree.write("sys/devices/system/node/" + std::string(node) + "/cpumap", "1\n");
+    EXPECT_EQ(gatheredBelow(kMemory, tree.path()).instances().front().get("NumaNodes"), "3");
+}
+
 TEST(Memory, OmitsInvalidNumbers) {
     expectOnly(kMemory, "contradictory", {{"DeviceID", "memory"}, {"TotalSwapSpaceSize", "100"}});
 }

@@ -30,10 +30,10 @@ TEST(PhysicalProcessor, ReportsASocket) {
                     {"Microcode", "0x2006b06"}});
 }
 
-TEST(PhysicalProcessor, IgnoresOfflineThreadsOfUnknownPackage) {
+TEST(PhysicalProcessor, CountsAnOfflineThreadInThePackageOfItsNode) {
     const GroupData data = gatheredTree(kPhysicalProcessor, "x86-server");
     EXPECT_EQ(keysOf(data), (std::vector<std::string>{"package0", "package1"}));
-    EXPECT_EQ(instanceOf(data, "package1").get("NumberOfLogicalProcessors"), "3");
+    EXPECT_EQ(instanceOf(data, "package1").get("NumberOfLogicalProcessors"), "4");
     EXPECT_EQ(instanceOf(data, "package1").get("SocketDesignation"), "CPU2");
     EXPECT_EQ(instanceOf(data, "package1").get("SerialNumber"), "");
 }

@@ -93,6 +93,7 @@ TEST(Processor, ReadsTheListOfAnS390x) {
                     {"AddressWidth", "64"},
                     {"EnabledState", "Enabled"},
                     {"Architecture", "s390x"},
+                    {"L1dCacheSize", "128"},
                     {"Flags", "esan3;zarch;stfle;msa;ldisp"}});
 }
 

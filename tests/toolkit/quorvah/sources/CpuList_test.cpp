@@ -28,6 +28,33 @@ TEST(CpuList, RejectsWhatNoKernelWrites) {
     }
 }
 
+TEST(CpuMask, ReadsGroupsOf32Bits) {
+    const std::pair<const char*, std::vector<int>> cases[] = {
+        {"f", {0, 1, 2, 3}},
+        {"00000000,0000000f", {0, 1, 2, 3}},
+        {"00000001,80000000\n", {31, 32}},
+        {"1,00000000,00000000", {64}},
+        {"0x5", {0, 2}},
+        {"00", {}},
+        {"00000000,00000000", {}},
+        {"", {}},
+    };
+    for (const auto& [text, numbers] : cases) EXPECT_EQ(readCpuMask(text), numbers) << text;
+}
+
+TEST(CpuMask, RejectsWhatNoKernelWrites) {
+    for (const char* const text : {"x", "-1", "1-3", ",1", "1,", "1,,1", "100000000", "f g"})
+        EXPECT_TRUE(readCpuMask(text).empty()) << text;
+    std::string wide = "1";
+    for (int group = 0; group < 2048; ++group) wide += ",00000000";
+    EXPECT_TRUE(readCpuMask(wide).empty());
+}
+
+TEST(CpuList, IsWrittenAsTheKernelWritesIt) {
+    for (const char* const text : {"", "5", "0-3", "0,2,4-6,65535"})
+        EXPECT_EQ(cpuListText(readCpuList(text)), text);
+}
+
 TEST(CpuList, FindsANumberInASortedList) {
     EXPECT_TRUE(contains({0, 2, 5}, 2));
     EXPECT_FALSE(contains({0, 2, 5}, 3));

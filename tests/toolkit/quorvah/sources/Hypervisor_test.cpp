@@ -21,7 +21,8 @@ Hypervisor inTree(const ScratchDir& tree) {
 TEST(Hypervisor, IsIdentifiedByItsSignature) {
     const std::pair<const char*, const char*> cases[] = {
         {"KVMKVMKVM", "kvm"},    {"Microsoft Hv", "hyperv"},     {"VMwareVMware", "vmware"},
-        {"XenVMMXenVMM", "xen"}, {"VBoxVBoxVBox", "virtualbox"}, {"NeverSeenOne", ""}};
+        {"XenVMMXenVMM", "xen"}, {"VBoxVBoxVBox", "virtualbox"}, {"TCGTCGTCGTCG", "qemu"},
+        {"NeverSeenOne", ""}};
     for (const auto& [signature, type] : cases) {
         EXPECT_EQ(hypervisorOfSignature(signature).type, type) << signature;
         EXPECT_TRUE(hypervisorOfSignature(signature).present) << signature;
@@ -41,6 +42,65 @@ TEST(Hypervisor, FirmwareTextsApplyIfTheCpuHasNoFlag) {
     const ScratchDir tree;
     tree.write("sys/class/dmi/id/sys_vendor", "QEMU\n");
     tree.write("proc/cpuinfo", "processor : 0\nCPU implementer : 0x41\nCPU architecture: 8\n");
+    EXPECT_EQ(inTree(tree).type, "kvm");
+}
+
+TEST(Hypervisor, TheEmulationOfQemuIsNotKvm) {
+    const ScratchDir tree;
+    tree.write("sys/class/dmi/id/sys_vendor", "QEMU\n");
+    tree.write("proc/cpuinfo", kVirtualCpu);
+    EXPECT_EQ(inTree(tree).type, "kvm");
+    const std::string clocks = "sys/devices/system/clocksource/clocksource0/available_clocksource";
+    tree.write(clocks, "tsc hpet acpi_pm\n");
+    EXPECT_EQ(inTree(tree).type, "qemu");
+    EXPECT_EQ(inTree(tree).vendor, "QEMU");
+    tree.write(clocks, "tsc kvm-clock acpi_pm\n");
+    EXPECT_EQ(inTree(tree).type, "kvm");
+    tree.write("proc/cpuinfo",
+               "processor : 0\nmodel name : QEMU TCG CPU version 2.5+\nflags : lm hypervisor\n");
+    EXPECT_EQ(inTree(tree).type, "qemu");
+}
+
+TEST(Hypervisor, ABoardThatOnlyHypervisorsMakeIsAGuest) {
+    const ScratchDir tree;
+    tree.write("proc/cpuinfo", "processor : 0\nCPU implementer : 0x41\nCPU architecture: 8\n");
+    tree.write("proc/device-tree/compatible", std::string("linux,dummy-virt\0", 17));
+    EXPECT_TRUE(inTree(tree).present);
+    EXPECT_EQ(inTree(tree).type, "");
+    tree.write("proc/device-tree/fw-cfg@9020000/compatible", std::string("qemu,fw-cfg-mmio\0", 17));
+    EXPECT_EQ(inTree(tree).type, "qemu");
+    tree.write("proc/device-tree/compatible", std::string("raspberrypi,4-model-b\0brcm,bcm2711\0", 36));
+    std::filesystem::remove_all(tree.path() / "proc/device-tree/fw-cfg@9020000");
+    EXPECT_FALSE(inTree(tree).present);
+}
+
+TEST(Hypervisor, APowerGuestOfQemuIsNoPartition) {
+    const ScratchDir tree;
+    tree.write("proc/device-tree/ibm,partition-no", "1");
+    EXPECT_EQ(inTree(tree).type, "lpar");
+    tree.write("proc/device-tree/model", std::string("IBM pSeries (emulated by qemu)\0", 31));
+    tree.write("proc/device-tree/compatible", std::string("qemu,pseries\0", 13));
+    EXPECT_EQ(inTree(tree).type, "qemu");
+    tree.write("proc/device-tree/hypervisor/compatible", "linux,kvm");
+    EXPECT_EQ(inTree(tree).type, "kvm");
+}
+
+TEST(Hypervisor, AMachineThatIsRentedAsAWholeIsNoGuest) {
+    const ScratchDir tree;
+    tree.write("proc/cpuinfo", "processor : 0\nCPU implementer : 0x41\nCPU architecture: 8\n");
+    tree.write("sys/class/dmi/id/sys_vendor", "Amazon EC2\n");
+    tree.write("sys/class/dmi/id/product_name", "c7g.metal\n");
+    EXPECT_FALSE(inTree(tree).present);
+    tree.write("sys/class/dmi/id/product_name", "c7g.large\n");
+    EXPECT_TRUE(inTree(tree).present);
+}
+
+TEST(Hypervisor, OnlyAGuestWithoutSmbiosMayBeFirecracker) {
+    const ScratchDir tree;
+    tree.write("proc/cpuinfo", kVirtualCpu);
+    const auto table = tree.write("sys/firmware/acpi/tables/DSDT", std::string(10, 'x') + "FIRECK");
+    EXPECT_EQ(inTree(tree).type, "firecracker");
+    tree.write("sys/class/dmi/id/sys_vendor", "OpenStack Foundation\n");
     EXPECT_EQ(inTree(tree).type, "kvm");
 }
 
@@ -71,6 +131,8 @@ TEST(Hypervisor, DistinguishesAnS390xPartitionFromAGuestInOne) {
     EXPECT_EQ(inTree(tree).type, "lpar");
     tree.write("proc/sysinfo", "LPAR Number:          28\nVM00 Control Program: KVM/Linux\n");
     EXPECT_EQ(inTree(tree).type, "kvm");
+    tree.write("proc/sysinfo", "Manufacturer: QEMU\nLPAR Number: 0\nVM00 Control Program: KVM/Linux\n");
+    EXPECT_EQ(inTree(tree).type, "qemu");
 }
 
 TEST(Hypervisor, IdentifiesFirecrackerByItsAcpiTable) {

@@ -39,15 +39,56 @@ TEST(KernelInfo, OfTheLiveMachineMatchesUname) {
 
 TEST(KernelInfo, MachineIsReadFromAProgramsHeader) {
     const std::tuple<char, char, int, const char*> cases[] = {
-        {2, 1, 62, "x86_64"},       {1, 1, 3, "i686"},   {2, 1, 183, "aarch64"}, {2, 2, 22, "s390x"},
-        {2, 1, 21, "ppc64le"},      {2, 2, 21, "ppc64"}, {1, 1, 40, "armv7l"},   {2, 1, 243, "riscv64"},
-        {2, 1, 258, "loongarch64"}, {2, 1, 9999, ""},    {1, 2, 62, ""}};
+        {2, 1, 62, "x86_64"},       {1, 1, 3, "i686"},         {2, 1, 183, "aarch64"}, {2, 2, 22, "s390x"},
+        {2, 1, 21, "ppc64le"},      {2, 2, 21, "ppc64"},       {1, 1, 40, "armv7l"},   {2, 1, 243, "riscv64"},
+        {2, 1, 258, "loongarch64"}, {2, 1, 50, "ia64"},        {2, 2, 43, "sparc64"},  {1, 2, 18, "sparc64"},
+        {2, 1, 0x9026, "alpha"},    {2, 2, 183, "aarch64_be"}, {2, 1, 9999, ""},       {1, 2, 62, ""}};
     for (const auto& [wide, order, machine, name] : cases) {
         EXPECT_EQ(machineOfElf(elf(wide, order, machine)), name) << machine;
     }
     EXPECT_EQ(machineOfElf(elf(2, 1, 62).substr(0, 19)), "");
     EXPECT_EQ(machineOfElf("#!/bin/busybox sh and more text"), "");
     EXPECT_EQ(machineOfElf(""), "");
+}
+
+std::string machineOf(const ScratchDir& tree) {
+    return readKernelInfo(Root(tree.path().string())).machine;
+}
+
+TEST(KernelInfo, TheMachineOfATreeIsToldByItsKernelThenItsProgramsThenItsCpus) {
+    const ScratchDir tree;
+    EXPECT_EQ(machineOf(tree), "");
+    tree.write("proc/cpuinfo", "processor: 0\nflags: fpu lm\n");
+    EXPECT_EQ(machineOf(tree), "x86_64");
+    tree.write("proc/meminfo", "MemTotal: 900000 kB\nLowTotal: 800000 kB\n");
+    EXPECT_EQ(machineOf(tree), "i686");
+    tree.write("bin/sh", "#!/bin/busybox sh, and more text");
+    tree.write("sbin/init", elf(2, 1, 183));
+    EXPECT_EQ(machineOf(tree), "aarch64");
+    tree.write("proc/sys/kernel/osrelease", "4.18.0-513.el8.ppc64le\n");
+    EXPECT_EQ(machineOf(tree), "ppc64le");
+    tree.write("proc/sys/kernel/arch", "s390x\n");
+    EXPECT_EQ(machineOf(tree), "s390x");
+}
+
+TEST(KernelInfo, TheReleaseOfAKernelMayNameTheMachine) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"6.1.0-18-amd64", "x86_64"},
+        {"2.6.32-5-686", "i686"},
+        {"5.10.0-9-686-pae", "i686"},
+        {"6.1.0-9-arm64", "aarch64"},
+        {"6.1.0-9-armmp", "armv7l"},
+        {"5.15.0-91-generic", ""},
+        {"4.14.0-115.el7a.ppc64le", "ppc64le"},
+        {"3.10.0.ppc64", "ppc64"},
+        {"x86_64", ""},
+        {"6.1amd64", ""},
+    };
+    for (const auto& [release, machine] : cases) {
+        const ScratchDir tree;
+        tree.write("proc/sys/kernel/osrelease", release);
+        EXPECT_EQ(machineOf(tree), machine) << release;
+    }
 }
 
 TEST(HostName, IsThatOfTheKernelOrElseOfTheFile) {
