@@ -60,12 +60,17 @@ class AdapterNames {
     }
 
   private:
+    // A USB adapter has texts of its own.
     void set(DeviceIdsFile& ids, const std::string& device, const char* vendorFile, const char* deviceFile,
              Instance& adapter) const {
-        const std::string vendor = hexDigits(context_.root().readLine(device + vendorFile));
-        const std::string id = hexDigits(context_.root().readLine(device + deviceFile));
-        adapter.set("Description", ids.device(vendor, id));
-        adapter.set("Manufacturer", ids.vendor(vendor));
+        const Root& root = context_.root();
+        const std::string vendor = hexDigits(root.readLine(device + vendorFile));
+        const std::string id = hexDigits(root.readLine(device + deviceFile));
+        const std::string product = root.readLine(device + "/product");
+        const std::string manufacturer = root.readLine(device + "/manufacturer");
+        adapter.set("Description", product.empty() ? ids.device(vendor, id) : std::string_view(product));
+        adapter.set("Manufacturer",
+                    manufacturer.empty() ? ids.vendor(vendor) : std::string_view(manufacturer));
     }
 
     const GatheringContext& context_;
@@ -96,7 +101,7 @@ int typeOf(Count number) {
     return number && *number <= kMaxType ? static_cast<int>(*number) : -1;
 }
 
-void setTechnology(const Root& root, const std::string& path, Instance& adapter) {
+void setTechnology(const Root& root, const std::string& path, const std::string& name, Instance& adapter) {
     const std::optional<std::string> uevent = root.read(path + "uevent");
     LinkTraits traits;
     std::string_view rest = uevent ? std::string_view(*uevent) : std::string_view();
@@ -104,12 +109,15 @@ void setTechnology(const Root& root, const std::string& path, Instance& adapter)
     while (nextLine(rest, line)) {
         if (takeField(line, '=') == "DEVTYPE") traits.devType = line;
     }
+    const std::string driver = adapter.get("DriverName");
     traits.type = typeOf(root.readCount(path + "type"));
     traits.hasDevice = root.exists(path + "device");
     traits.wireless = root.exists(path + "wireless") || root.exists(path + "phy80211");
     traits.bridge = root.exists(path + "bridge");
     traits.bonding = root.exists(path + "bonding");
     traits.tun = root.exists(path + "tun_flags");
+    traits.driver = driver;
+    traits.name = name;
     adapter.set("LinkTechnology", linkTechnology(traits));
     adapter.set("Physical", traits.hasDevice);
 }
@@ -139,12 +147,24 @@ void setDriverFromFiles(const Root& root, const std::string& path, const std::st
     if (ownAddress && root.exists(path + "device")) adapter.set("PermanentAddress", address);
 }
 
-void setDriver(const Ethtool& ethtool, Instance& adapter, const std::string& name) {
+// Most drivers of USB adapters give a description of the driver in place of a version of the firmware.
+bool tellsFirmware(const Instance& adapter, const DriverInfo& driver, bool wireless) {
+    const bool usb = !usbDeviceIn(adapter.get("BusAddress")).empty();
+    return !usb || wireless || driver.name == "r8152" || driver.name == "aqc111";
+}
+
+void setDriver(const Ethtool& ethtool, const Root& root, const std::string& path, const std::string& name,
+               Instance& adapter) {
+    const bool hasDevice = root.exists(path + "device");
     if (const std::optional<DriverInfo> driver = ethtool.driver(name)) {
         adapter.set("DriverName", driver->name);
         adapter.set("DriverVersion", driver->version);
-        adapter.set("FirmwareVersion", driver->firmwareVersion);
+        // A bond gives the version of its interface to programs.
+        if (hasDevice && tellsFirmware(adapter, *driver, root.exists(path + "phy80211")))
+            adapter.set("FirmwareVersion", driver->firmwareVersion);
     }
+    // The address of a tunnel is that of its end.
+    if (!hasDevice) return;
     const std::string address = ethtool.permanentAddress(name);
     if (!address.empty()) adapter.set("PermanentAddress", address);
 }
@@ -161,11 +181,11 @@ void gather(GatheringContext& context, GroupData& data) {
         Instance& adapter = data.add(name);
         const std::string address = macAddress(root, name);
         setBus(root, path, names, adapter);
-        setTechnology(root, path, adapter);
         adapter.set("NetworkAddresses", address);
         setLink(root, path, adapter);
         setDriverFromFiles(root, path, address, adapter);
-        if (ethtool) setDriver(*ethtool, adapter, name);
+        if (ethtool) setDriver(*ethtool, root, path, name, adapter);
+        setTechnology(root, path, name, adapter);
     }
 }
 

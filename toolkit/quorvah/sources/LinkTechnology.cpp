@@ -2,6 +2,11 @@
 
 #include <net/if_arp.h>
 
+#include <algorithm>
+#include <iterator>
+
+#include "toolkit/machine/text/Checked.h"
+
 namespace toolkit::quorvah {
 namespace {
 
@@ -23,9 +28,21 @@ bool isTunnelType(int type) {
     }
 }
 
-bool isTunnelName(std::string_view devType) {
-    return devType == "vxlan" || devType == "geneve" || devType == "gre" || devType == "wireguard" ||
-           devType == "ppp" || devType == "gretap" || devType == "ip6gretap";
+// The names of kinds in uevent, and those that the kernel gives as the driver of interfaces without hardware.
+bool isTunnelKind(std::string_view kind) {
+    constexpr std::string_view kKinds[] = {"vxlan",  "geneve", "gre",     "wireguard", "ppp",
+                                           "gretap", "erspan", "ip6gre",  "ip6gretap", "ip6erspan",
+                                           "ipip",   "sit",    "ip6tnl",  "vti",       "vti6",
+                                           "xfrm",   "gtp",    "bareudp", "l2tp",      "tun"};
+    return std::ranges::find(kKinds, kind) != std::end(kKinds);
+}
+
+// The devices that the modules of tunnels make by themselves. Nothing else in sysfs shows their kind.
+bool isTunnelName(std::string_view name) {
+    for (const std::string_view kind : {"gretap", "erspan", "ip6gretap", "ip6erspan", "gre", "tunl", "sit"}) {
+        if (name.starts_with(kind) && readCount(name.substr(kind.size()))) return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -37,8 +54,9 @@ std::string_view linkTechnology(const LinkTraits& traits) {
     if (traits.bridge || traits.devType == "bridge") return "Bridge";
     if (traits.bonding || traits.devType == "bond") return "Bond";
     if (traits.devType == "vlan") return "VLAN";
-    if (traits.tun || isTunnelName(traits.devType) || (!traits.hasDevice && isTunnelType(traits.type)))
-        return "Tunnel";
+    if (traits.tun || isTunnelKind(traits.devType)) return "Tunnel";
+    const bool tunnel = isTunnelType(traits.type) || isTunnelKind(traits.driver) || isTunnelName(traits.name);
+    if (!traits.hasDevice && tunnel) return "Tunnel";
     if (traits.type == ARPHRD_ETHER) return traits.hasDevice ? "Ethernet" : "Virtual";
     return traits.hasDevice || traits.type < 0 ? std::string_view() : "Virtual";
 }

@@ -4,7 +4,7 @@
 
 namespace toolkit::quorvah {
 
-// The properties in sysfs that determine the kind of a network interface.
+// The properties that determine the kind of a network interface.
 struct LinkTraits {
     int type = -1;             // ARPHRD_..., or -1 if unknown
     std::string_view devType;  // DEVTYPE in the file uevent
@@ -13,6 +13,8 @@ struct LinkTraits {
     bool bridge = false;
     bool bonding = false;
     bool tun = false;
+    std::string_view driver = {};  // of an interface without hardware its kind, "gretap"; empty if unknown
+    std::string_view name = {};    // "gretap0"
 };
 
 // "Ethernet", "WirelessLAN", "InfiniBand", "Loopback", "Bridge", "Bond", "VLAN", "Tunnel" or "Virtual". Empty for

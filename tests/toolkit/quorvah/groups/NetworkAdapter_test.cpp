@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
 namespace {
+
+using zavtest::ScratchDir;
 
 TEST(NetworkAdapter, EveryFieldComesFromTheTree) {
     const GroupData data = gatheredTree(kNetworkAdapter, "workstation");
@@ -66,6 +69,38 @@ TEST(NetworkAdapter, InterfacesWithoutHardwareAreNotPhysical) {
                {"EnabledState", "Enabled"},
                {"ActiveMaximumTransmissionUnit", "65536"},
                {"Physical", "false"}});
+}
+
+TEST(NetworkAdapter, AUsbAdapterIsDescribedByItsOwnTexts) {
+    const ScratchDir tree;
+    const std::string device = "sys/devices/pci0000:00/0000:00:14.0/usb1/1-4/";
+    tree.write(device + "idVendor", "0b95\n");
+    tree.write(device + "manufacturer", "Own Maker\n");
+    tree.write(device + "product", "Own Adapter\n");
+    tree.write(device + "1-4:1.0/net/eth0/type", "1\n");
+    tree.link("sys/bus/usb/devices/1-4", "../../../devices/pci0000:00/0000:00:14.0/usb1/1-4");
+    tree.link("sys/class/net/eth0", "../../devices/pci0000:00/0000:00:14.0/usb1/1-4/1-4:1.0/net/eth0");
+    const GroupData data = gatheredBelow(kNetworkAdapter, tree.path());
+    EXPECT_EQ(instanceOf(data, "eth0").get("Description"), "Own Adapter");
+    EXPECT_EQ(instanceOf(data, "eth0").get("Manufacturer"), "Own Maker");
+}
+
+TEST(NetworkAdapter, ATunnelOfEthernetFramesIsATunnel) {
+    const ScratchDir tree;
+    tree.write("sys/class/net/gretap0/type", "1\n");
+    tree.write("sys/class/net/gretap0/address", "00:00:00:00:00:00\n");
+    tree.write("sys/class/net/gretap0/addr_assign_type", "0\n");
+    const GroupData data = gatheredBelow(kNetworkAdapter, tree.path());
+    expectAll(kNetworkAdapter, instanceOf(data, "gretap0"),
+              {{"DeviceID", "gretap0"}, {"LinkTechnology", "Tunnel"}, {"Physical", "false"}});
+}
+
+TEST(NetworkAdapterLive, OnlyHardwareHasAPermanentAddressAndFirmware) {
+    const GroupData data = gatheredLive(kNetworkAdapter);
+    for (const Instance& adapter : data.instances()) {
+        if (adapter.get("Physical") == "true") continue;
+        EXPECT_EQ("", adapter.get("PermanentAddress") + adapter.get("FirmwareVersion")) << joined(adapter);
+    }
 }
 
 TEST(NetworkAdapterLive, AdaptersMatchIpLink) {

@@ -25,6 +25,12 @@ TEST(LinkTechnology, DependsOnTheFilesInSysfs) {
         {{32, "", true, false, false, false, false}, "InfiniBand"},
         {{280, "", false, false, false, false, false}, "Virtual"},
         {{280, "", true, false, false, false, false}, ""},
+        {{1, "", false, false, false, false, false, "gretap"}, "Tunnel"},
+        {{1, "", false, false, false, false, false, "erspan"}, "Tunnel"},
+        {{1, "", false, false, false, false, false, "", "erspan0"}, "Tunnel"},
+        {{1, "", false, false, false, false, false, "", "ip6gretap0"}, "Tunnel"},
+        {{1, "", false, false, false, false, false, "veth", "site0"}, "Virtual"},
+        {{1, "", true, false, false, false, false, "", "gre0"}, "Ethernet"},
         {{-1, "", false, false, false, false, false}, ""},
         {{-1, "", true, false, false, false, false}, ""},
     };
