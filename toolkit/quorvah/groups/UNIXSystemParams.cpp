@@ -91,8 +91,26 @@ void setProcessors(const Root& root, Instance& system) {
     if (online > 0) system.set("ProcessorsOnline", online);
 }
 
-// The name of the program that runs as the first process: "systemd", "busybox", "runit-init" or "init".
+// The name of the program behind a path: "busybox" for /sbin/init if that is a link to it.
+std::string programName(const Root& root, std::string_view path) {
+    std::string target = path.starts_with('/') ? root.linkName(path) : std::string();
+    return target.empty() ? std::string(path.substr(path.rfind('/') + 1)) : target;
+}
+
+// The name of the first process: "systemd", "busybox", "runit" or "init". A program that was started as "init" is named by
+// its file, of which the command line tells. Without the process, as in a tree that was not captured from a running system,
+// it is the program that would be started.
 std::string initSystem(const Root& root) {
+    const std::string process = root.readLine("/proc/1/comm");
+    if (!process.empty() && process != "init") return process;
+    if (!process.empty()) {
+        const std::string arguments = root.read("/proc/1/cmdline").value_or("");
+        std::string_view program = arguments;
+        program = program.substr(0, program.find('\0'));
+        // The init of System V appends its run level: "init [2]".
+        const std::string name = programName(root, nextWord(program));
+        return name.empty() ? process : name;
+    }
     for (const char* const path : {"/sbin/init", "/usr/sbin/init", "/etc/init", "/bin/init", "/init"}) {
         std::string target = root.linkName(path);
         if (!target.empty()) return target;

@@ -52,6 +52,37 @@ TEST(UNIXSystemParams, ReadsTheRootDeviceFromTheMountsWithoutBootParameter) {
     EXPECT_EQ(data.instances().front().get("RootDevice"), "/dev/vda");
 }
 
+std::string initIn(const ScratchDir& tree) {
+    const GroupData data = gatheredBelow(kUNIXSystemParams, tree.path());
+    return data.instances().empty() ? "none" : data.instances().front().get("InitSystem");
+}
+
+TEST(InitSystem, IsTheFirstProcessAndNotTheProgramThatALinkNames) {
+    const ScratchDir tree;
+    tree.link("sbin/init", "/lib/systemd/systemd");
+    EXPECT_EQ(initIn(tree), "systemd");
+    tree.write("proc/1/comm", "runit\n");
+    EXPECT_EQ(initIn(tree), "runit");
+    tree.write("proc/1/comm", "init\n");
+    EXPECT_EQ(initIn(tree), "init");
+    tree.write("proc/1/cmdline", std::string("init [2]\0", 9));
+    EXPECT_EQ(initIn(tree), "init");
+}
+
+TEST(InitSystem, IsTheProgramBehindTheNameThatItWasStartedWith) {
+    const ScratchDir tree;
+    tree.write("proc/1/comm", "init\n");
+    tree.write("proc/1/cmdline", std::string("/sbin/init\0splash\0", 18));
+    tree.link("sbin/init", "/bin/busybox");
+    EXPECT_EQ(initIn(tree), "busybox");
+}
+
+TEST(InitSystemLive, IsTheNameOfTheFirstProcess) {
+    const std::string name = lineOf("cat /proc/1/comm");
+    const std::string ours = gatheredLive(kUNIXSystemParams).instances().front().get("InitSystem");
+    EXPECT_EQ(ours, name == "init" ? ours : name);
+}
+
 TEST(UNIXSystemParamsLive, MatchUnameAndGetconf) {
     const GroupData data = gatheredLive(kUNIXSystemParams);
     ASSERT_EQ(data.instances().size(), 1U);
