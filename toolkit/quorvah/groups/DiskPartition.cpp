@@ -31,6 +31,8 @@ constexpr FieldDef kFields[] = {
     {"TableType"},
 };
 
+constexpr std::uint64_t kSector = 512;
+
 // udev writes the code 83 as "0x83".
 std::string typeOf(std::string_view udev) {
     std::string type(udevProperty(udev, "ID_PART_ENTRY_TYPE"));
@@ -48,7 +50,7 @@ bool bootableBy(std::string_view flags, bool gpt) {
     return last != std::string_view::npos && (last & 4U) != 0;
 }
 
-void setFromUdev(std::string_view udev, Instance& partition) {
+void setFromUdev(std::string_view udev, Instance& partition, Count& size) {
     const std::string_view scheme = udevProperty(udev, "ID_PART_ENTRY_SCHEME");
     if (scheme.empty()) return;
     const bool gpt = scheme == "gpt";
@@ -59,6 +61,14 @@ void setFromUdev(std::string_view udev, Instance& partition) {
     partition.set("Bootable", bootableBy(udevProperty(udev, "ID_PART_ENTRY_FLAGS"), gpt));
     partition.set("PartitionUuid", udevProperty(udev, "ID_PART_ENTRY_UUID"));
     partition.set("TableType", scheme);
+    if (!gpt && isExtendedPartition(typeOf(udev)))
+        size = product(readCount(udevProperty(udev, "ID_PART_ENTRY_SIZE")), kSector);
+}
+
+// Whether this is the kernel's size of an extended partition, which keeps its blocks from being used: two blocks of 512
+// bytes, or one of the disk.
+bool isStub(Count size, const BlockDevice& disk) {
+    return size && *size == std::max(2 * kSector, disk.blockSize().value_or(kSector));
 }
 
 // The partition table on the disk. It is read only if a partition needs it, because that requires root and may wake
@@ -67,7 +77,8 @@ class TableOnDisk {
   public:
     TableOnDisk(const Root& root, const BlockDevice& disk) : root_(root), disk_(disk) {}
 
-    void fill(std::uint64_t number, Instance& partition) {
+    // Sets `size` to that of an extended partition, for which the kernel has a stub of two blocks.
+    void fill(std::uint64_t number, Instance& partition, Count& size) {
         read();
         if (!table_ || table_->type.empty()) return;
         partition.set("TableType", table_->type);
@@ -78,6 +89,8 @@ class TableOnDisk {
             partition.set("PrimaryPartition", entry.primary);
             partition.set("Bootable", entry.bootable);
             partition.set("PartitionUuid", entry.uuid);
+            if (isExtendedPartition(entry.type))
+                size = product(entry.blocks, disk_.blockSize().value_or(512));
         }
     }
 
@@ -128,12 +141,15 @@ void gather(GatheringContext& context, GroupData& data) {
             Instance& partition = data.add(device.path());
             const Count number = device.number("partition");
             partition.set("StartingOffset", device.bytes("start"));
-            partition.set("Size", device.bytes("size"));
             partition.set("BlockSize", disk.blockSize());
             partition.set("DiskName", disk.path());
             partition.set("PartitionNumber", number);
-            setFromUdev(device.udevData(), partition);
-            if (partition.get("TableType").empty() && number) table.fill(*number, partition);
+            Count size = device.bytes("size");
+            const bool stub = isStub(size, disk);
+            setFromUdev(device.udevData(), partition, size);
+            if (partition.get("TableType").empty() && number) table.fill(*number, partition, size);
+            // Without a table it is unknown whether a partition of this size is an extended one.
+            if (!stub || !partition.get("TableType").empty()) partition.set("Size", size);
             setFromUevent(device, partition);
         }
     }

@@ -1,11 +1,15 @@
 #include <algorithm>
+#include <optional>
 #include <string>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/AtaIdentity.h"
 #include "toolkit/quorvah/sources/BlockDevices.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
+#include "toolkit/quorvah/sources/DriveInterface.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/UdevData.h"
 
@@ -37,36 +41,52 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-// The interface of a disk, derived from the innermost known component of its path in sysfs. Empty if the path does
-// not show it, as for the disks of most RAID controllers.
-std::string_view interfaceOf(const BlockDevice& disk, std::string_view udev) {
-    const std::string& place = disk.place();
-    const std::pair<std::string_view, std::string_view> marks[] = {
-        {"/nvme", "NVMe"},     {"/mmc_host/", "MMC"},   {"/usb", "USB"},       {"/ata", "SATA"},
-        {"/session", "iSCSI"}, {"/end_device-", "SAS"}, {"/virtio", "virtio"},
-    };
-    for (const auto& [mark, name] : marks) {
-        if (contains(place, mark)) return name;
-    }
-    if (disk.name().starts_with("nvme")) return "NVMe";
-    if (disk.name().starts_with("mmcblk")) return "MMC";
-    if (disk.name().starts_with("vd")) return "virtio";
-    const std::string_view bus = udevProperty(udev, "ID_BUS");
-    if (bus == "ata") return "SATA";
-    return bus == "usb" ? "USB" : "";
+bool isOptical(const BlockDevice& disk) {
+    constexpr std::uint64_t kCdRom = 5;  // the SCSI device type
+    return disk.name().starts_with("sr") || disk.number("device/type") == kCdRom;
 }
 
-// The host does not tell a virtual machine what its disks are made of.
-std::string_view mediaOf(const BlockDevice& disk, std::string_view interface) {
-    constexpr std::uint64_t kCdRom = 5;  // the SCSI device type
-    if (disk.name().starts_with("sr") || disk.number("device/type") == kCdRom) return "Optical";
+// The identity of an ATA disk: in sysfs since Linux 6.0, in the name of a disk that has no other, or from its driver. The
+// last needs root, and is asked only if udev has not done so.
+std::optional<AtaIdentity> ataIdentity(const BlockDevice& disk, std::string_view udev) {
+    if (std::optional<AtaIdentity> identity = ataIdentityOfPage(disk.content("device/vpd_pg89").value_or("")))
+        return identity;
+    const bool ata =
+        disk.line("device/vendor") == "ATA" || (isOptical(disk) && contains(disk.place(), "/ata"));
+    if (!ata) return std::nullopt;
+    if (disk.root().live() && udevProperty(udev, "ID_SERIAL_SHORT").empty()) {
+        const kest::Descriptor file = disk.root().open(disk.path());
+        if (std::optional<AtaIdentity> identity = askAtaIdentity(file)) return identity;
+    }
+    return ataIdentityOfName(disk.line("device/wwid"));
+}
+
+// The rotation rate that the disk tells; 0 if it was asked and does not tell.
+Count toldRotation(const BlockDevice& disk, const AtaIdentity* identity, std::string_view udev) {
+    const std::string page = disk.content("device/vpd_pgb1").value_or("");
+    constexpr std::size_t kRate = 4;
+    if (page.size() >= kRate + 2 && page[1] == '\xB1')
+        return rotationRate(bigEndian(page, kRate, 2)).value_or(0);
+    if (identity != nullptr && identity->rotation) return identity->rotation;
+    const Count ofUdev = readCount(udevProperty(udev, "ID_ATA_ROTATION_RATE_RPM"));
+    return ofUdev == 0 ? Count(1) : ofUdev;  // udev writes 0 for a disk that does not rotate
+}
+
+// The kernel calls every disk rotational that does not tell otherwise. Disks on SATA and SAS tell. The host does not tell a
+// virtual machine what its disks are made of.
+std::string_view mediaOf(const BlockDevice& disk, std::string_view interface, const AtaIdentity* identity,
+                         std::string_view udev) {
+    if (isOptical(disk)) return "Optical";
     if (interface == "MMC") return "Flash";
     if (interface == "virtio") return {};
-    const std::optional<bool> rotational = disk.flag("queue/rotational");
     // USB flash drives report that they rotate.
     if (interface == "USB" && disk.flag("removable").value_or(false)) return "Flash";
-    if (!rotational) return {};
-    return *rotational ? "HDD" : "SSD";
+    const Count told = toldRotation(disk, identity, udev);
+    if (told.value_or(0) > 0) return *told == 1 ? "SSD" : "HDD";
+    const std::optional<bool> rotational = disk.flag("queue/rotational");
+    if (rotational == false) return "SSD";
+    const bool tells = interface == "SATA" || interface == "SAS";
+    return rotational == true && tells && !told ? "HDD" : "";
 }
 
 // The serial number in the SCSI page 80h: a header of four bytes, then the text.
@@ -79,12 +99,29 @@ std::string pageSerial(const BlockDevice& disk) {
     return std::string(trimmed(text.substr(0, text.find('\0'))));
 }
 
-std::string serialOf(const BlockDevice& disk, std::string_view udev) {
+// The serial number of the USB device that a disk is part of.
+std::string usbSerial(const BlockDevice& disk) {
+    const std::string_view device = usbDeviceIn(disk.place());
+    if (device.empty()) return {};
+    const Root& root = disk.root();
+    std::string serial = root.readLine("/sys/bus/usb/devices/" + std::string(device) + "/serial");
+    const std::size_t devices = disk.place().find("devices/");
+    if (!serial.empty() || devices == std::string::npos) return serial;
+    const std::string component = "/" + std::string(device) + "/";
+    const std::size_t at = disk.place().find(component);
+    if (at == std::string::npos || at < devices) return {};
+    return root.readLine("/sys/" + disk.place().substr(devices, at - devices) + component + "serial");
+}
+
+// udev replaces characters beyond ASCII, so that it comes last.
+std::string serialOf(const BlockDevice& disk, const AtaIdentity* identity, std::string_view udev) {
     for (const char* const file : {"serial", "device/serial"}) {
-        std::string serial = disk.line(file);
-        if (!serial.empty()) return serial;
+        const std::string serial = disk.line(file);
+        if (!serial.empty()) return serial.substr(serial.starts_with("0x") ? 2 : 0);
     }
     std::string serial = pageSerial(disk);
+    if (serial.empty() && identity != nullptr) serial = identity->serial;
+    if (serial.empty()) serial = usbSerial(disk);
     if (serial.empty()) serial = udevProperty(udev, "ID_SERIAL_SHORT");
     return serial;
 }
@@ -135,8 +172,19 @@ bool isMultipath(const Root& root, const BlockDevice& disk) {
     return std::ranges::count_if(disk.list("device"), isNvmeController) > 1;
 }
 
-void setSize(const BlockDevice& disk, Instance& drive) {
-    const Count size = disk.bytes("size");
+// Whether there is no medium: the kernel then states no size, or for an optical drive one that no disc has.
+bool isEmpty(const BlockDevice& disk, std::string_view udev) {
+    constexpr std::uint64_t kDefaultSize =
+        0x1FFFFF;  // blocks of 512 bytes, which no disc can have: it is odd
+    const Count size = disk.number("size");
+    if (size == 0 && disk.flag("removable").value_or(false)) return true;
+    if (!isOptical(disk)) return false;
+    const bool asked = udevProperty(udev, "ID_CDROM") == "1";
+    return size == kDefaultSize || (asked && udevProperty(udev, "ID_CDROM_MEDIA") != "1");
+}
+
+void setSize(const BlockDevice& disk, bool empty, Instance& drive) {
+    const Count size = empty ? std::nullopt : disk.bytes("size");
     const Count block = disk.blockSize();
     drive.set("Size", size);
     drive.set("BlockSize", block);
@@ -144,16 +192,30 @@ void setSize(const BlockDevice& disk, Instance& drive) {
     drive.set("PhysicalBlockSize", disk.number("queue/physical_block_size"));
 }
 
-void setNames(const GatheringContext& context, const BlockDevice& disk, std::string_view udev,
-              Instance& drive) {
+// The whole text of which the kernel's file has the beginning or the end; the text of the file if `whole` is another one.
+std::string completed(const std::string& cut, std::string_view whole) {
+    whole = trimmed(whole);
+    const bool same = whole.size() > cut.size() && (whole.starts_with(cut) || whole.ends_with(cut));
+    return same ? std::string(whole) : cut;
+}
+
+void setNames(const GatheringContext& context, const BlockDevice& disk, const AtaIdentity* identity,
+              std::string_view udev, Instance& drive) {
     std::string manufacturer = firstText(context, disk, {"device/vendor"});
+    std::string model = firstText(context, disk, {"device/model", "device/name"});
+    std::string firmware = firstText(context, disk, {"device/firmware_rev", "device/rev", "device/fwrev"});
     // The kernel reports "ATA" as the vendor of every ATA disk.
-    if (manufacturer == "ATA") manufacturer.clear();
-    drive.set("Manufacturer", std::move(manufacturer));
-    drive.set("Model", firstText(context, disk, {"device/model", "device/name"}));
-    drive.set("SerialNumber", context.firmwareText(serialOf(disk, udev)));
-    drive.set("FirmwareRevision",
-              firstText(context, disk, {"device/firmware_rev", "device/rev", "device/fwrev"}));
+    const bool ata = manufacturer == "ATA";
+    if (ata) manufacturer.clear();
+    if (ata) model = completed(model, withoutHexEscapes(udevProperty(udev, "ID_MODEL_ENC")));
+    if (ata && identity != nullptr) model = completed(model, identity->model);
+    // Optical drives have longer revisions, too.
+    firmware = completed(firmware, udevProperty(udev, "ID_REVISION"));
+    if (identity != nullptr) firmware = completed(firmware, identity->firmware);
+    drive.set("Manufacturer", manufacturer);
+    drive.set("Model", model);
+    drive.set("SerialNumber", context.firmwareText(serialOf(disk, identity, udev)));
+    drive.set("FirmwareRevision", firmware);
     drive.set("WorldWideName", worldWideName(disk, udev));
 }
 
@@ -163,12 +225,14 @@ void gather(GatheringContext& context, GroupData& data) {
     for (const BlockDevice& disk : blockDevices(context.root())) {
         if (!isDrive(disk)) continue;
         const std::string udev = disk.udevData();
-        const std::string_view interface = interfaceOf(disk, udev);
+        const std::optional<AtaIdentity> known = ataIdentity(disk, udev);
+        const AtaIdentity* const identity = known ? &*known : nullptr;
+        const std::string_view interface = driveInterface(disk, identity, udev);
         Instance& drive = data.add(disk.path());
         drive.set("Name", disk.name());
-        setNames(context, disk, udev, drive);
-        setSize(disk, drive);
-        drive.set("MediaType", mediaOf(disk, interface));
+        setNames(context, disk, identity, udev, drive);
+        setSize(disk, isEmpty(disk, udev), drive);
+        drive.set("MediaType", mediaOf(disk, interface, identity, udev));
         drive.set("InterfaceType", interface);
         drive.set("Removable", disk.flag("removable"));
         drive.set("ReadOnly", disk.flag("ro"));

@@ -46,6 +46,7 @@ class BlockDevice {
     std::string udevData() const;
 
     const std::string& directory() const { return directory_; }
+    const Root& root() const { return root_; }
 
   private:
     const Root& root_;

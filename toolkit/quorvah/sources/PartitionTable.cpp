@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "toolkit/machine/text/ByteOrder.h"
+#include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/machine/text/Utf8.h"
 
@@ -48,6 +49,13 @@ std::string name(std::string_view units) {
     return utf8FromUtf16(utf16Units(units.substr(0, 2 * kGptNameLength)), "");
 }
 
+// The number of blocks between the first and the last one; 0 if they are in the wrong order.
+std::uint64_t gptBlocks(std::string_view entry) {
+    const std::uint64_t first = littleEndian(entry, 32, 8);
+    const std::uint64_t last = littleEndian(entry, 40, 8);
+    return last < first ? 0 : counted(last - first).value_or(0) + 1;
+}
+
 PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
     PartitionTable table;
     const std::string header = read(blockSize, kGptHeaderSize);
@@ -64,7 +72,8 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
         constexpr unsigned kLegacyBoot = 4;
         const auto attributes = static_cast<unsigned char>(entry[48]);
         table.entries.push_back({static_cast<int>(i + 1), guid(entry), guid(entry.substr(kGuidSize)),
-                                 name(entry.substr(56)), true, (attributes & kLegacyBoot) != 0});
+                                 name(entry.substr(56)), true, (attributes & kLegacyBoot) != 0,
+                                 gptBlocks(entry)});
     }
     return table;
 }
@@ -72,7 +81,8 @@ PartitionTable readGpt(const ReadDisk& read, std::uint64_t blockSize) {
 struct MbrEntry {
     unsigned status;
     unsigned type;
-    std::uint64_t start;  // in blocks
+    std::uint64_t start;   // in blocks
+    std::uint64_t blocks;  // its size
 
     bool isExtended() const { return type == 0x05 || type == 0x0F || type == 0x85; }
 };
@@ -80,7 +90,8 @@ struct MbrEntry {
 MbrEntry mbrEntry(std::string_view sector, std::size_t index) {
     const std::size_t at = kMbrEntries + index * kMbrEntrySize;
     return {static_cast<unsigned>(littleEndian(sector, at, 1)),
-            static_cast<unsigned>(littleEndian(sector, at + 4, 1)), littleEndian(sector, at + 8, 4)};
+            static_cast<unsigned>(littleEndian(sector, at + 4, 1)), littleEndian(sector, at + 8, 4),
+            littleEndian(sector, at + 12, 4)};
 }
 
 std::array<MbrEntry, 4> mbrEntries(std::string_view sector) {
@@ -120,7 +131,7 @@ class DosTable {
                                      ? std::string()
                                      : signature_ + "-" + hexDigits(static_cast<unsigned>(partition), 2);
         table_.entries.push_back(
-            {partition, hexDigits(entry.type, 2), uuid, {}, primary, entry.status == 0x80});
+            {partition, hexDigits(entry.type, 2), uuid, {}, primary, entry.status == 0x80, entry.blocks});
     }
 
     // Each logical partition has its own sector, which also points to the next one.
@@ -145,6 +156,10 @@ class DosTable {
 };
 
 }  // namespace
+
+bool isExtendedPartition(std::string_view type) {
+    return type == "05" || type == "0f" || type == "85";
+}
 
 PartitionTable readPartitionTable(const ReadDisk& read, std::uint64_t blockSize) {
     if (blockSize < kMbrSize || blockSize > 65536) return {};

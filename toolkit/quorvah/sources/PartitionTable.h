@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace toolkit::quorvah {
@@ -14,7 +15,11 @@ struct PartitionEntry {
     std::string name;  // UTF-8; GPT only
     bool primary = true;
     bool bootable = false;
+    std::uint64_t blocks = 0;  // its size
 };
+
+// Whether this type in an MBR is a container of logical partitions.
+bool isExtendedPartition(std::string_view type);
 
 struct PartitionTable {
     std::string type;  // "gpt" or "dos"; empty if there is no table

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
@@ -75,6 +76,27 @@ TEST(DiskPartition, DistinguishesPrimaryFromLogicalPartitions) {
 TEST(DiskPartition, OmitsImpossibleNumbers) {
     expectOnly(kDiskPartition, "contradictory",
                {{"DeviceID", "/dev/sdb1"}, {"Size", "4096"}, {"DiskName", "/dev/sdb"}});
+}
+
+TEST(DiskPartition, TheSizeOfAnExtendedPartitionIsThatOfTheTable) {
+    const zavtest::ScratchDir tree;
+    for (const char* const partition : {"sda2", "sda5"}) {
+        const std::string folder = std::string("sys/block/sda/") + partition + "/";
+        tree.write(folder + "partition", std::string(1, partition[3]) + "\n");
+        tree.write(folder + "size", "2\n");
+        tree.write(folder + "dev", std::string("8:") + partition[3] + "\n");
+    }
+    EXPECT_EQ(instanceOf(gatheredBelow(kDiskPartition, tree.path()), "/dev/sda2").get("Size"), "")
+        << "it may be an extended one";
+    tree.write("run/udev/data/b8:2",
+               "E:ID_PART_ENTRY_SCHEME=dos\nE:ID_PART_ENTRY_TYPE=0xf\nE:ID_PART_ENTRY_NUMBER=2\n"
+               "E:ID_PART_ENTRY_SIZE=204800\n");
+    tree.write("run/udev/data/b8:5",
+               "E:ID_PART_ENTRY_SCHEME=dos\nE:ID_PART_ENTRY_TYPE=0x83\nE:ID_PART_ENTRY_NUMBER=5\n"
+               "E:ID_PART_ENTRY_SIZE=2\n");
+    const GroupData data = gatheredBelow(kDiskPartition, tree.path());
+    EXPECT_EQ(instanceOf(data, "/dev/sda2").get("Size"), "104857600");
+    EXPECT_EQ(instanceOf(data, "/dev/sda5").get("Size"), "1024");
 }
 
 TEST(DiskPartitionLive, MatchLsblk) {

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
@@ -109,7 +110,7 @@ TEST(Storage, ReportsAMemoryCardWithoutItsBootArea) {
                {{"DeviceID", "/dev/mmcblk0"},
                 {"Name", "mmcblk0"},
                 {"Model", "SD32G"},
-                {"SerialNumber", "0x12ab34cd"},
+                {"SerialNumber", "12ab34cd"},
                 {"Size", "31914983424"},
                 {"BlockSize", "512"},
                 {"NumberOfBlocks", "62333952"},
@@ -135,6 +136,168 @@ TEST(Storage, ReportsNoMediumOrMakerOfAVirtualDisk) {
                 {"ReadOnly", "true"},
                 {"BusAddress", "0000:00:04.0"},
                 {"Multipath", "false"}});
+}
+
+// A tree with one disk in the given place below /sys/devices.
+class DiskTree {
+  public:
+    DiskTree(std::string name, const std::string& place) : name_(std::move(name)) {
+        folder_ = "sys/devices/" + place + "/block/" + name_ + "/";
+        tree_.write(folder_ + "dev", "8:0\n");
+        tree_.link("sys/block/" + name_, "../devices/" + place + "/block/" + name_);
+        tree_.link(folder_ + "device", "../../../" + place.substr(place.rfind('/') + 1));
+        device_ = "sys/devices/" + place + "/";
+    }
+
+    DiskTree& disk(const std::string& file, const std::string& text) {
+        tree_.write(folder_ + file, text);
+        return *this;
+    }
+    DiskTree& device(const std::string& file, const std::string& text) {
+        tree_.write(device_ + file, text);
+        return *this;
+    }
+    DiskTree& file(const std::string& name, const std::string& text) {
+        tree_.write(name, text);
+        return *this;
+    }
+    DiskTree& udev(const std::string& text) { return file("run/udev/data/b8:0", text); }
+
+    std::string value(const char* field) const {
+        return instanceOf(gatheredBelow(kStorage, tree_.path()), "/dev/" + name_).get(field);
+    }
+
+  private:
+    zavtest::ScratchDir tree_;
+    std::string name_;
+    std::string folder_;
+    std::string device_;
+};
+
+const std::string kSataPlace = "pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0";
+
+// The page 89h with the identity of a disk, whose texts have the two characters of each word swapped.
+std::string identityPage(const std::string& model, const std::string& serial, const std::string& firmware,
+                         char rotation, char sata) {
+    std::string identity(512, '\0');
+    const auto put = [&identity](std::size_t word, std::size_t size, std::string text) {
+        text.resize(size, ' ');
+        for (std::size_t i = 0; i < size; i += 2) {
+            identity[2 * word + i] = text[i + 1];
+            identity[2 * word + i + 1] = text[i];
+        }
+    };
+    put(10, 20, serial);
+    put(23, 8, firmware);
+    put(27, 40, model);
+    identity[2 * 76] = sata;
+    identity[2 * 217] = rotation;
+    std::string page = std::string("\0\x89\x02\x38", 4) + std::string(56, '\0');
+    return page + identity;
+}
+
+TEST(AtaDisk, TellsItsWholeModelAndFirmwareInItsIdentity) {
+    DiskTree tree("sda", kSataPlace);
+    tree.device("vendor", "ATA     \n").device("model", "Samsung SSD 860 \n").device("rev", "4B6Q\n");
+    EXPECT_EQ(tree.value("Model"), "Samsung SSD 860");
+    EXPECT_EQ(tree.value("SerialNumber"), "");
+    tree.device("vpd_pg89", identityPage("Samsung SSD 860 EVO 500GB", "S3Z2NB0K", "RVT04B6Q", 1, 2));
+    EXPECT_EQ(tree.value("Model"), "Samsung SSD 860 EVO 500GB");
+    EXPECT_EQ(tree.value("FirmwareRevision"), "RVT04B6Q");
+    EXPECT_EQ(tree.value("SerialNumber"), "S3Z2NB0K");
+    EXPECT_EQ(tree.value("InterfaceType"), "SATA");
+    EXPECT_EQ(tree.value("MediaType"), "SSD");
+}
+
+TEST(AtaDisk, IsDescribedInFullByUdev) {
+    DiskTree tree("sda", kSataPlace);
+    tree.device("vendor", "ATA\n").device("model", "ST4000NM0035-1V4\n").device("rev", "N03\n");
+    tree.udev(
+        "E:ID_ATA=1\nE:ID_MODEL=ST4000NM0035-1V4107\nE:ID_MODEL_ENC=ST4000NM0035-1V4107\\x20\\x20\\x20\n"
+        "E:ID_REVISION=TN03\nE:ID_ATA_ROTATION_RATE_RPM=7200\n");
+    EXPECT_EQ(tree.value("Model"), "ST4000NM0035-1V4107");
+    EXPECT_EQ(tree.value("FirmwareRevision"), "TN03");
+    EXPECT_EQ(tree.value("MediaType"), "HDD");
+    tree.udev("E:ID_MODEL_ENC=Another\\x20disk\n");
+    EXPECT_EQ(tree.value("Model"), "ST4000NM0035-1V4");
+}
+
+TEST(AtaDisk, TellsItsModelAndSerialNumberInItsName) {
+    DiskTree tree("sda", kSataPlace);
+    tree.device("vendor", "ATA\n").device("model", "QEMU HARDDISK\n");
+    tree.device("wwid", "t10.ATA     QEMU HARDDISK                           QM00001             \n");
+    EXPECT_EQ(tree.value("Model"), "QEMU HARDDISK");
+    EXPECT_EQ(tree.value("SerialNumber"), "QM00001");
+}
+
+TEST(InterfaceType, IsPataOnAnIdeControllerUnlessTheDiskIsSata) {
+    const std::string place = "pci0000:00/0000:00:01.1/ata1/host0/target0:0:0/0:0:0:0";
+    DiskTree tree("sda", place);
+    tree.device("vendor", "ATA\n").disk("queue/rotational", "1\n");
+    tree.file("sys/devices/pci0000:00/0000:00:01.1/class", "0x010180\n");
+    EXPECT_EQ(tree.value("InterfaceType"), "PATA");
+    EXPECT_EQ(tree.value("MediaType"), "");
+    tree.file("sys/class/ata_link/link1/sata_spd", "3.0 Gbps\n");
+    EXPECT_EQ(tree.value("InterfaceType"), "SATA");
+    EXPECT_EQ(tree.value("MediaType"), "HDD");
+}
+
+TEST(InterfaceType, OfASataDiskOnASasControllerIsSata) {
+    DiskTree tree("sda", "pci0000:00/0000:00:02.0/host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0");
+    tree.device("vendor", "SEAGATE\n");
+    EXPECT_EQ(tree.value("InterfaceType"), "SAS");
+    tree.device("vendor", "ATA\n");
+    EXPECT_EQ(tree.value("InterfaceType"), "SATA");
+}
+
+TEST(MediaType, IsKnownOnlyIfTheDiskTells) {
+    DiskTree tree("sda", "pci0000:00/0000:00:14.0/usb1/1-3/1-3:1.0/host6/target6:0:0/6:0:0:0");
+    tree.disk("queue/rotational", "1\n").disk("removable", "0\n");
+    EXPECT_EQ(tree.value("MediaType"), "");
+    tree.device("vpd_pgb1", std::string("\0\xb1\0\x3c\x15\x18", 6));
+    EXPECT_EQ(tree.value("MediaType"), "HDD");
+    tree.device("vpd_pgb1", std::string("\0\xb1\0\x3c\0\x01", 6));
+    EXPECT_EQ(tree.value("MediaType"), "SSD");
+    DiskTree scsi("sda", "pci0000:00/0000:00:05.0/host2/target2:0:0/2:0:0:0");
+    scsi.disk("queue/rotational", "1\n");
+    EXPECT_EQ(scsi.value("MediaType"), "");
+    DiskTree sata("sda", kSataPlace);
+    sata.disk("queue/rotational", "1\n");
+    EXPECT_EQ(sata.value("MediaType"), "HDD");
+    sata.device("vpd_pgb1", std::string("\0\xb1\0\x3c\0\0", 6));
+    EXPECT_EQ(sata.value("MediaType"), "");
+}
+
+TEST(UsbDisk, HasTheSerialNumberOfItsDevice) {
+    const std::string place = "pci0000:00/0000:00:14.0/usb1/1-3/1-3:1.0/host6/target6:0:0/6:0:0:0";
+    DiskTree tree("sda", place);
+    tree.udev("E:ID_BUS=usb\nE:ID_SERIAL_SHORT=AB_12\n");
+    EXPECT_EQ(tree.value("SerialNumber"), "AB_12");
+    tree.file("sys/devices/pci0000:00/0000:00:14.0/usb1/1-3/serial",
+              "AB\xc3\xa4"
+              "12\n");
+    EXPECT_EQ(tree.value("SerialNumber"),
+              "AB\xc3\xa4"
+              "12");
+}
+
+TEST(OpticalDrive, HasNoSizeWithoutADisc) {
+    DiskTree tree("sr0", kSataPlace);
+    tree.device("rev", "A1C1\n").disk("size", "2097151\n").disk("removable", "1\n");
+    EXPECT_EQ(tree.value("Size") + tree.value("NumberOfBlocks"), "");
+    tree.disk("size", "1325056\n");
+    EXPECT_EQ(tree.value("Size"), "678428672");
+    tree.udev("E:ID_CDROM=1\nE:ID_REVISION=A1C1B2\n");
+    EXPECT_EQ(tree.value("Size"), "");
+    EXPECT_EQ(tree.value("FirmwareRevision"), "A1C1B2");
+    tree.udev("E:ID_CDROM=1\nE:ID_CDROM_MEDIA=1\n");
+    EXPECT_EQ(tree.value("Size"), "678428672");
+}
+
+TEST(CardReader, HasNoSizeWithoutACard) {
+    DiskTree tree("sda", "pci0000:00/0000:00:14.0/usb1/1-3/1-3:1.0/host6/target6:0:0/6:0:0:0");
+    tree.disk("size", "0\n").disk("removable", "1\n");
+    EXPECT_EQ(tree.value("Size"), "");
 }
 
 TEST(Storage, OmitsImpossibleSizes) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+using toolkit::quorvah::isExtendedPartition;
 using toolkit::quorvah::PartitionTable;
 using toolkit::quorvah::readPartitionTable;
 
@@ -99,6 +100,20 @@ TEST(PartitionTable, ReadsAGptWhateverTheBlockSize) {
         EXPECT_TRUE(table.entries[0].primary);
         EXPECT_TRUE(table.entries[0].bootable);
     }
+}
+
+TEST(PartitionTable, EntriesStateTheirSize) {
+    Disk gpt = gptDisk(512);
+    gpt.putNumber(kThird + 32, 2048, 8);
+    gpt.putNumber(kThird + 40, 4095, 8);
+    EXPECT_EQ(gpt.table().entries.at(0).blocks, 2048U);
+    gpt.putNumber(kThird + 40, 2047, 8);
+    EXPECT_EQ(gpt.table().entries.at(0).blocks, 0U);
+    Disk mbr;
+    mbr.putEntry(0, 0, 0, 0x0F, 2048);
+    mbr.putNumber(446 + 12, 4096, 4);
+    EXPECT_EQ(mbr.table().entries.at(0).blocks, 4096U);
+    EXPECT_TRUE(isExtendedPartition(mbr.table().entries.at(0).type));
 }
 
 TEST(PartitionTable, NamesAreUtf16) {
