@@ -86,17 +86,17 @@ std::string_view wordValue(std::string_view line, std::string_view key) {
 // The lines of s390x, such as
 //     cache2 : level=2 type=Data scope=Private size=4096K line_size=256 associativity=8
 // A private cache is that of a core.
-std::vector<Cache> fromCacheLines(const CpuInfo& info, const LogicalCpu& cpu) {
+std::vector<Cache> fromCacheLines(const CpuInfo& info, int cpu, const std::string& siblings) {
     std::vector<Cache> caches;
     for (int i = 0; i < kMaxCachesListed; ++i) {
-        const std::string_view line = info.value(cpu.number, "cache" + std::to_string(i));
+        const std::string_view line = info.value(cpu, "cache" + std::to_string(i));
         if (line.empty()) break;
         Cache cache;
         cache.level = levelOf(readCount(wordValue(line, "level")));
         cache.type = wordValue(line, "type");
         cache.size = readCacheSize(wordValue(line, "size"));
         const bool ofCore = wordValue(line, "scope") == "Private";
-        if (ofCore) cache.instance = cpu.siblings.empty() ? std::to_string(cpu.number) : cpu.siblings;
+        if (ofCore) cache.instance = siblings.empty() ? std::to_string(cpu) : siblings;
         if (cache.size > 0) caches.push_back(std::move(cache));
     }
     return caches;
@@ -115,12 +115,13 @@ std::vector<Cache> fromLevelLines(const CpuInfo& info, int cpu) {
 
 }  // namespace
 
-std::vector<Cache> readCaches(const Root& root, const CpuInfo& info, const LogicalCpu& cpu) {
-    const std::string directory = "/sys/devices/system/cpu/cpu" + std::to_string(cpu.number) + "/";
+std::vector<Cache> readCaches(const Root& root, const CpuInfo& info, int cpu, const std::string& siblings,
+                              bool online) {
+    const std::string directory = "/sys/devices/system/cpu/cpu" + std::to_string(cpu) + "/";
     std::vector<Cache> caches = fromIndexes(root, directory + "cache/");
     if (caches.empty()) caches = fromSparcFiles(root, directory);
-    if (caches.empty() && cpu.online.value_or(true)) caches = fromCacheLines(info, cpu);
-    if (caches.empty() && cpu.online.value_or(true)) caches = fromLevelLines(info, cpu.number);
+    if (caches.empty() && online) caches = fromCacheLines(info, cpu, siblings);
+    if (caches.empty() && online) caches = fromLevelLines(info, cpu);
     return caches;
 }
 

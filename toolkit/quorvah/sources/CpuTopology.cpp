@@ -7,7 +7,6 @@
 #include <tuple>
 #include <unordered_map>
 
-#include "toolkit/quorvah/sources/CpuCaches.h"
 #include "toolkit/quorvah/sources/CpuList.h"
 
 namespace toolkit::quorvah {
@@ -194,7 +193,8 @@ std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info) {
     makePackagesUnique(cpus);
     joinCores(cpus);
     makeCoresUnique(cpus);
-    for (LogicalCpu& cpu : cpus) cpu.caches = readCaches(root, info, cpu);
+    for (LogicalCpu& cpu : cpus)
+        cpu.caches = readCaches(root, info, cpu.number, cpu.siblings, cpu.online.value_or(true));
     return cpus;
 }
 

@@ -6,18 +6,10 @@
 #include <vector>
 
 #include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvah/sources/CpuCaches.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
 
 namespace toolkit::quorvah {
-
-struct Cache {
-    int level = 0;
-    std::string type;        // "Data", "Instruction", "Unified"
-    std::uint64_t size = 0;  // KiB
-    // Tells the caches of the same level and type apart: the CPUs that share it, or its number. Empty if it is unknown
-    // who shares it.
-    std::string instance;
-};
 
 // The place of a logical CPU in the machine. Unknown ids are missing.
 struct LogicalCpu {
