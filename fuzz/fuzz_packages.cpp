@@ -1,15 +1,18 @@
 // The readers of package databases, one of which the first byte selects: any bytes give packages whose texts are parts of
 // the input, or none.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 #include "toolkit/machine/packages/ApkDatabase.h"
 #include "toolkit/machine/packages/DpkgDatabase.h"
 #include "toolkit/machine/packages/PacmanDatabase.h"
+#include "toolkit/machine/packages/RpmBlobs.h"
 #include "toolkit/machine/packages/RpmDatabase.h"
 #include "toolkit/machine/packages/SnapDatabase.h"
 #include "toolkit/machine/text/Budget.h"
@@ -73,6 +76,29 @@ void readRpm(std::string_view input) {
     });
 }
 
+// Every blob is a copy of bytes of the file, and together they are not much longer than the file: a chain of pages may be used
+// for several, but each needs an entry of its own.
+void readBlobs(std::string_view input,
+               toolkit::BlobReading (*reader)(const toolkit::BlobFile&, const toolkit::BlobVisitor&)) {
+    toolkit::Budget budget;
+    const toolkit::BlobFile file{[&](std::uint64_t offset, std::span<char> bytes) {
+                                     if (!budget.read(bytes.size()) || offset > input.size()) return false;
+                                     if (bytes.size() > input.size() - offset) return false;
+                                     std::copy_n(input.data() + offset, bytes.size(), bytes.data());
+                                     return true;
+                                 },
+                                 input.size()};
+    reader(file, [&](std::string_view blob) { must(blob.size() <= input.size()); });
+}
+
+void readNdb(std::string_view input) {
+    readBlobs(input, toolkit::readNdbBlobs);
+}
+
+void readBerkeley(std::string_view input) {
+    readBlobs(input, toolkit::readBerkeleyBlobs);
+}
+
 void readApk(std::string_view input) {
     toolkit::ApkParser parser(input);
     toolkit::ApkPackage package;
@@ -110,8 +136,8 @@ void readOsRelease(std::string_view input) {
     must(toolkit::ShellVariables(input).value("ID").size() <= input.size());
 }
 
-constexpr void (*kReaders[])(std::string_view) = {readDpkg, readRpm,     readApk,      readPacman,
-                                                  readSnap, readFlatpak, readOsRelease};
+constexpr void (*kReaders[])(std::string_view) = {readDpkg,    readRpm,       readApk, readPacman,  readSnap,
+                                                  readFlatpak, readOsRelease, readNdb, readBerkeley};
 
 }  // namespace
 

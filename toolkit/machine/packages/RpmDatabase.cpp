@@ -1,9 +1,12 @@
 #include "toolkit/machine/packages/RpmDatabase.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "toolkit/machine/files/InputFile.h"
 #include "toolkit/machine/packages/PackageDatabase.h"
+#include "toolkit/machine/packages/RpmBlobs.h"
 #include "toolkit/machine/packages/SqliteFile.h"
 #include "toolkit/machine/text/Budget.h"
 #include "toolkit/machine/text/ByteOrder.h"
@@ -249,11 +252,48 @@ bool hasUnfinishedTransaction(const Root& root, const std::string& path) {
     return first != 0;
 }
 
+using ReadBlobs = BlobReading (*)(const BlobFile&, const BlobVisitor&);
+
+// The reader for a file of an older format; null for any other file.
+ReadBlobs readerOf(InputFile& file) {
+    constexpr std::size_t kHashMagic = 12;
+    std::array<char, 16> start{};
+    const std::string_view bytes(start.data(), file.readAt(0, start));
+    if (bytes.starts_with("RpmP")) return readNdbBlobs;
+    if (bytes.size() < start.size()) return nullptr;
+    const std::string_view magic = bytes.substr(kHashMagic, 4);
+    const bool hash =
+        magic == std::string_view("\x61\x15\x06\0", 4) || magic == std::string_view("\0\x06\x15\x61", 4);
+    return hash ? readBerkeleyBlobs : nullptr;
+}
+
+PackageReading readOldFile(InputFile& file, const std::string& path, Budget& budget,
+                           const RpmHeaderVisitor& visit, ReadBlobs readBlobs) {
+    PackageReading result;
+    const BlobFile blobs{[&](std::uint64_t offset, std::span<char> bytes) {
+                             return budget.read(bytes.size()) && file.readAt(offset, bytes) == bytes.size();
+                         },
+                         file.size()};
+    bool headersWhole = true;
+    const BlobReading reading = readBlobs(blobs, [&](std::string_view header) {
+        if (budget.item() && !visit(header, path)) headersWhole = false;
+    });
+    if (budget.isSpent()) {
+        result.note(Damage::TooLarge, path);
+    } else if (reading == BlobReading::Unsupported) {
+        result.note(Damage::Unsupported, path);
+    } else if (reading == BlobReading::Incomplete || !headersWhole) {
+        result.note(Damage::Broken, path);
+    }
+    return result;
+}
+
 PackageReading readFile(InputFile& file, const Root& root, const std::string& path, Budget& budget,
                         const RpmHeaderVisitor& visit) {
     PackageReading result;
     if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
     if (file.state() != InputFile::State::Open) return result;
+    if (const ReadBlobs readBlobs = readerOf(file)) return readOldFile(file, path, budget, visit, readBlobs);
     const auto inputOf = [&budget](InputFile& input) -> SqliteInput {
         return {[&](std::uint64_t offset, std::span<char> bytes) {
                     return budget.read(bytes.size()) && input.readAt(offset, bytes) == bytes.size();
@@ -308,8 +348,13 @@ PackageReading visitRpmHeaders(const Root& root, const std::string& database, Bu
         InputFile file(root, path);
         if (file.state() != InputFile::State::Missing) return readFile(file, root, path, budget, visit);
         // The database formats of earlier versions of rpm.
-        for (const char* const old : {"/Packages", "/Packages.db"}) {
-            if (root.exists(folder + old)) return {Damage::Unsupported, folder + old};
+        for (const char* const name : {"/Packages.db", "/Packages"}) {
+            const std::string old = folder + name;
+            InputFile packages(root, old);
+            if (packages.state() == InputFile::State::Missing) continue;
+            const bool known = packages.state() != InputFile::State::Open || readerOf(packages) != nullptr;
+            return known ? readFile(packages, root, old, budget, visit)
+                         : PackageReading{Damage::Unsupported, old};
         }
     }
     return {};

@@ -9,6 +9,7 @@
 
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/machine/packages/RpmHeaderBytes.h"
+#include "tests/toolkit/machine/packages/RpmOldDatabases.h"
 #include "toolkit/machine/packages/Packages.h"
 
 namespace toolkit {
@@ -324,7 +325,24 @@ TEST_F(RpmDatabase, TheFolderOfTheSystemImageComesFirst) {
     EXPECT_EQ("/usr/lib/sysimage/rpm/Packages.db", reading_.path);
 }
 
-TEST_F(RpmDatabase, DatabasesOfEarlierVersionsAreReported) {
+TEST_F(RpmDatabase, DatabasesOfEarlierVersionsAreRead) {
+    const std::string header =
+        rpmHeader({{1000, 6, texts({"a"})}, {1001, 6, texts({"1"})}, {1002, 6, texts({"2"})}});
+    tree_.write("var/lib/rpm/Packages.db", ndbFile({header, header}));
+    EXPECT_EQ((Names{"a", "a"}), names());
+    EXPECT_EQ(Damage::None, reading_.damage);
+    std::filesystem::remove(tree_.path() / "var/lib/rpm/Packages.db");
+    BerkeleyFile berkeley;
+    berkeley.add(header);
+    tree_.write("var/lib/rpm/Packages", berkeley.bytes());
+    EXPECT_EQ(Names{"a"}, names());
+    EXPECT_EQ(Damage::None, reading_.damage);
+    tree_.write("var/lib/rpm/Packages", berkeley.bytes().substr(0, 700));
+    EXPECT_EQ(Names(), names());
+    EXPECT_EQ(Damage::Broken, reading_.damage);
+}
+
+TEST_F(RpmDatabase, FilesOfOtherKindsInTheirPlaceAreReported) {
     for (const std::string file : {"Packages", "Packages.db"}) {
         const std::filesystem::path written = tree_.write("var/lib/rpm/" + file, "old");
         EXPECT_EQ(Names(), names());
