@@ -1,6 +1,9 @@
 // What the hardware scanner decodes of a machine: disks, firmware, the kernel's answers and the files of other programs.
-// The first byte of the input names the decoder, the rest is what it is given. Each ends with values within their
+// The first byte of the input names the decoder, '2' the first one; the rest is what it is given. Each ends with values within their
 // documented bounds.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -10,11 +13,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "toolkit/quorvah/sources/AtaIdentity.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
 #include "toolkit/quorvah/sources/CpuList.h"
 #include "toolkit/quorvah/sources/DeviceIdsFile.h"
+#include "toolkit/quorvah/sources/FileSystemIdentity.h"
 #include "toolkit/quorvah/sources/IpAddressText.h"
 #include "toolkit/quorvah/sources/Netlink.h"
 #include "toolkit/quorvah/sources/PartitionTable.h"
@@ -168,13 +174,44 @@ void readDeviceTexts(std::string_view text) {
     if (quorvah::readIpv4(text, address)) must(quorvah::ipv4Text(address) == text.substr(0, text.find('\0')));
 }
 
-constexpr std::array kDecoders = {readPartitions, readSmbios, readNetlink, readIds,     readUdev,
-                                  readUtmp,       readZone,   readCpus,    readProcNet, readDeviceTexts};
+void readAta(std::string_view bytes) {
+    for (const auto& identity : {quorvah::readAtaIdentity(bytes), quorvah::ataIdentityOfPage(bytes),
+                                 quorvah::ataIdentityOfName(bytes)}) {
+        if (!identity) continue;
+        must(identity->model.size() <= 40 && identity->firmware.size() <= 8);
+        must(identity->serial.size() <= bytes.size());
+        must(!identity->rotation || *identity->rotation <= 0xFFFE);
+    }
+}
+
+// A device in memory, because the library reads an open file.
+void readSuperblock(std::string_view bytes) {
+    const kest::Descriptor device(::memfd_create("device", MFD_CLOEXEC));
+    must(device.isOpen());
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const ssize_t written = ::write(device.number(), rest.data(), rest.size());
+        must(written > 0);
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    const auto identity = quorvah::readFileSystemIdentity(device);
+    must(!identity || !identity->type.empty());
+}
+
+void readMasks(std::string_view text) {
+    const std::vector<int> mask = quorvah::readCpuMask(text);
+    must(std::ranges::adjacent_find(mask, std::ranges::greater_equal()) == mask.end());
+    must(quorvah::readCpuList(quorvah::cpuListText(mask)) == mask);
+}
+
+constexpr std::array kDecoders = {readPartitions, readSmbios,     readNetlink, readIds,     readUdev,
+                                  readUtmp,       readZone,       readCpus,    readProcNet, readDeviceTexts,
+                                  readAta,        readSuperblock, readMasks};
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    kDecoders[data[0] % kDecoders.size()]({reinterpret_cast<const char*>(data) + 1, size - 1});
+    kDecoders[static_cast<unsigned char>(data[0] - '2') % kDecoders.size()](
+        {reinterpret_cast<const char*>(data) + 1, size - 1});
     return 0;
 }

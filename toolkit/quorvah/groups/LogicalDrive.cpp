@@ -1,10 +1,15 @@
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "toolkit/machine/files/MountInfo.h"
+#include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/FileSystemIdentity.h"
 #include "toolkit/quorvah/sources/FileSystemUsage.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/MountedDrives.h"
@@ -63,18 +68,45 @@ std::string deviceNumber(const Root& root, const Mount& mount) {
     return name.empty() ? std::string() : root.readLine("/sys/class/block/" + name + "/dev");
 }
 
+// Whether an open file is the device with this number, "8:1".
+bool isDevice(const kest::Descriptor& file, const std::string& number) {
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISBLK(status.st_mode)) return false;
+    return number == std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev));
+}
+
+// Reads the superblock. Only the live machine has devices, and only root may read them.
+void setFromDevice(const Root& root, const std::string& number, Instance& drive) {
+    const std::string uevent = root.read("/sys/dev/block/" + number + "/uevent").value_or("");
+    std::string_view rest = uevent;
+    std::string name;
+    for (std::string_view line; nextLine(rest, line);) {
+        if (takeField(line, '=') == "DEVNAME") name = line;
+    }
+    if (name.empty()) return;
+    const kest::Descriptor device = root.open("/dev/" + name);
+    if (!isDevice(device, number)) return;
+    const std::optional<FileSystemIdentity> identity = readFileSystemIdentity(device);
+    if (!identity) return;
+    drive.set("Label", identity->label);
+    drive.set("Uuid", identity->uuid);
+}
+
 void setLabels(const Root& root, const Mount& mount, Instance& drive) {
     // An entry of fstab may identify the file system by its label or UUID only.
     if (mount.source.starts_with("LABEL=")) drive.set("Label", mount.source.substr(6));
     if (mount.source.starts_with("UUID=")) drive.set("Uuid", mount.source.substr(5));
-    const std::string number = deviceNumber(root, mount);
+    // The device numbers of btrfs volumes are those of no device.
+    const bool named = mount.type == "btrfs" && !deviceName(mount).empty();
+    const std::string number =
+        named ? root.readLine("/sys/class/block/" + deviceName(mount) + "/dev") : deviceNumber(root, mount);
     if (number.empty()) return;
-    const std::optional<std::string> data = root.read("/run/udev/data/b" + number);
-    if (!data) return;
-    const std::string_view label = udevProperty(*data, "ID_FS_LABEL_ENC");
-    const std::string_view uuid = udevProperty(*data, "ID_FS_UUID");
+    const std::string data = root.read("/run/udev/data/b" + number).value_or("");
+    const std::string_view label = udevProperty(data, "ID_FS_LABEL_ENC");
+    const std::string_view uuid = udevProperty(data, "ID_FS_UUID");
     if (!label.empty()) drive.set("Label", withoutHexEscapes(label));
     if (!uuid.empty()) drive.set("Uuid", uuid);
+    if (udevProperty(data, "ID_FS_TYPE").empty() && root.live()) setFromDevice(root, number, drive);
 }
 
 // Whether `usage` describes this file system. It does not if another one is mounted on a parent directory. The device
