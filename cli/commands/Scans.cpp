@@ -139,9 +139,11 @@ SoftwareInventory evaluateSignatures(const Options& options, const std::vector<S
 }
 
 void printWarnings(const SoftwareInventory& inventory, const Options& options) {
-    const bool concise = options.signatures.empty() && options.verbosity == Verbosity::Errors;
+    const bool concise =
+        options.signatures.empty() && options.verbosity == Verbosity::Errors && !options.details;
+    const char* const option = options.command == Command::Software ? "--details" : "-v";
     const std::vector<std::string> lines =
-        concise ? conciseWarningLines(inventory.warnings) : warningLines(inventory.warnings);
+        concise ? conciseWarningLines(inventory.warnings, option) : warningLines(inventory.warnings);
     for (const std::string& line : lines) printMessage(line);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <map>
 #include <set>
@@ -17,8 +18,8 @@ namespace zavcli {
 
 namespace {
 
-constexpr std::size_t kMaxNamed = 5;    // signatures that a line names
-constexpr std::size_t kMaxPrivate = 3;  // places that are named one by one
+constexpr std::size_t kMaxNamed = 5;   // signatures that a line names
+constexpr std::size_t kMaxPlaces = 3;  // files and directories that are named one by one
 
 std::string attribute(const Warning& warning, std::string_view name) {
     return valueOf(warning.attributes, name);
@@ -44,6 +45,50 @@ std::string signatures(const std::vector<std::string>& guids) {
 bool isPrivate(const Warning& warning) {
     const std::string code = attribute(warning, "code");
     return code == "permission" || code == "denied";
+}
+
+// Whether the warning concerns single files only, which cannot be understood or are too large.
+bool isOfFile(const Warning& warning) {
+    return attribute(warning, "scope") == "file";
+}
+
+bool isUnresolved(const Warning& warning) {
+    return attribute(warning, "code") == "unresolved";
+}
+
+bool isOfDamagedFile(const Warning& warning) {
+    return isOfFile(warning) && !isPrivate(warning) && !isUnresolved(warning);
+}
+
+// The places of the warnings that pass a test, each once.
+std::set<std::string> placesOf(const std::vector<Warning>& warnings, bool (*passes)(const Warning&)) {
+    std::set<std::string> places;
+    for (const Warning& warning : warnings) {
+        const std::string place = attribute(warning, "path");
+        if (!place.empty() && passes(warning)) places.insert(place);
+    }
+    return places;
+}
+
+// How many damaged files the scanner counted without naming them.
+std::size_t unnamedFiles(const std::vector<Warning>& warnings) {
+    std::size_t count = 0;
+    for (const Warning& warning : warnings) {
+        if (!isOfDamagedFile(warning) || !attribute(warning, "path").empty()) continue;
+        count += std::max(1UL, std::strtoul(attribute(warning, "count").c_str(), nullptr, 10));
+    }
+    return count;
+}
+
+// The first of these places in the order of the warnings, or all if there are few.
+std::set<std::string> firstOf(const std::vector<Warning>& warnings, const std::set<std::string>& places) {
+    if (places.size() <= kMaxPlaces + 1) return places;
+    std::set<std::string> first;
+    for (const Warning& warning : warnings) {
+        const std::string place = attribute(warning, "path");
+        if (first.size() < kMaxPlaces && places.contains(place)) first.insert(place);
+    }
+    return first;
 }
 
 // Whether the warning means that a result may be missing.
@@ -112,23 +157,30 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
     return texts;
 }
 
-std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings) {
-    std::set<std::string> places;
-    for (const Warning& warning : warnings) {
-        if (isPrivate(warning)) places.insert(attribute(warning, "path"));
-    }
-    if (places.size() <= kMaxPrivate) return warningLines(warnings);
-    std::vector<Warning> others;
-    std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(others), [](const Warning& warning) {
-        return !isPrivate(warning) && attribute(warning, "code") != "unresolved";
+std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings, std::string_view option) {
+    const bool manyPrivate = placesOf(warnings, isPrivate).size() > kMaxPlaces;
+    const std::set<std::string> damaged = placesOf(warnings, isOfDamagedFile);
+    const std::set<std::string> named = firstOf(warnings, damaged);
+    std::vector<Warning> shown;
+    std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(shown), [&](const Warning& warning) {
+        if (isUnresolved(warning)) return !manyPrivate && !isOfFile(warning);
+        if (isPrivate(warning)) return !manyPrivate;
+        return !isOfDamagedFile(warning) || named.contains(attribute(warning, "path"));
     });
-    std::vector<std::string> lines = warningLines(others);
-    const std::size_t undecided = undecidedSignatures(warnings).size();
-    lines.push_back(
-        fmt::format("warning: {} files and directories may not be read or searched, so {} "
-                    "signatures are undecided; -v "
-                    "names them",
-                    places.size(), undecided));
+    std::vector<std::string> lines = warningLines(shown);
+    const std::size_t more = damaged.size() - named.size() + unnamedFiles(warnings);
+    if (more > 0) {
+        lines.push_back(fmt::format("warning: {} more {} could not be read or understood; {} names {}", more,
+                                    more == 1 ? "file" : "files", option, more == 1 ? "it" : "them"));
+    }
+    if (manyPrivate) {
+        const std::size_t undecided = undecidedSignatures(warnings).size();
+        lines.push_back(
+            fmt::format("warning: {} files and directories may not be read or searched, so {} {} undecided; "
+                        "{} names them",
+                        placesOf(warnings, isPrivate).size(), undecided,
+                        undecided == 1 ? "signature is" : "signatures are", option));
+    }
     return lines;
 }
 
@@ -152,6 +204,7 @@ bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<s
     if (!guids.empty()) return hasGaps(warnings, guids);
     std::map<std::string, std::set<std::string>> reasons;  // codes, by signature
     for (const Warning& warning : warnings) {
+        if (isOfDamagedFile(warning)) continue;
         reasons[lowerCase(attribute(warning, "guid"))].insert(attribute(warning, "code"));
     }
     const auto isExpected = [&](const Warning& unresolved) {
@@ -161,8 +214,7 @@ bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<s
                });
     };
     return std::any_of(warnings.begin(), warnings.end(), [&](const Warning& warning) {
-        const std::string code = attribute(warning, "code");
-        return isGap(warning) && !(code == "unresolved" && isExpected(warning));
+        return isGap(warning) && !isOfFile(warning) && !(isUnresolved(warning) && isExpected(warning));
     });
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/scan/SoftwareInventory.h"
@@ -18,9 +19,10 @@ std::string warningText(const Warning& warning);
 // "warning: /opt/x: No permission to search this directory (30 signatures: A, B, C, ...)".
 std::vector<std::string> warningLines(const std::vector<Warning>& warnings);
 
-// The same, except that more than three places that users may not search or read, and the signatures that are
-// undecided, share one line.
-std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings);
+// The same, in few lines. More than three places that users may not search or read share a line with the number of
+// undecided signatures. Of many files that could not be read or understood, three are named and the others counted.
+// `option` is the one of the command that shows all lines.
+std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings, std::string_view option);
 
 // The identifiers of the signatures of which it is unknown whether they match, each once.
 std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings);
@@ -29,8 +31,9 @@ std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warning
 // is empty.
 bool hasGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
-// The same for gaps that must be reported by the exit status. Without `guids`, a gap does not count if its
-// only cause is a file or directory that the user of the scanner, or every user, may not read.
+// The same for gaps that must be reported by the exit status. Without `guids`, a gap does not count if its only cause
+// is a file or directory that the user of the scanner, or every user, may not read, or if it only concerns single
+// files, which are damaged or too large.
 bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids);
 
 }  // namespace zavcli

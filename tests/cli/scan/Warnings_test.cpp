@@ -72,6 +72,39 @@ TEST(Warnings, GapsCausedOnlyByMissingPermissionAreExpected) {
     EXPECT_FALSE(hasUnexpectedGaps({event("denied", "A")}, {}));
 }
 
+Warning ofFile(const std::string& code, const std::string& path, const std::string& text = "damaged") {
+    return {{{"code", code}, {"guid", "A"}, {"path", path}, {"scope", "file"}, {"count", "1"}}, text};
+}
+
+TEST(Warnings, GapsOfSingleFilesAreExpected) {
+    const Warning undecided = ofFile("unresolved", "");
+    EXPECT_FALSE(hasUnexpectedGaps({ofFile("parse", "/a"), undecided}, {}));
+    EXPECT_FALSE(hasUnexpectedGaps({ofFile("limit-bytes", "/a"), undecided}, {}));
+    EXPECT_TRUE(hasUnexpectedGaps({ofFile("parse", "/a"), undecided}, {"A"})) << "the signature is asked for";
+    EXPECT_TRUE(hasGaps({ofFile("parse", "/a"), undecided}, {}));
+    const Warning whole{{{"code", "unresolved"}, {"guid", "A"}}, "unknown"};
+    EXPECT_TRUE(hasUnexpectedGaps({ofFile("parse", "/a"), whole}, {}));
+    const Warning denied{{{"code", "denied"}, {"guid", "A"}, {"path", "/x"}}, "private"};
+    EXPECT_FALSE(hasUnexpectedGaps({ofFile("parse", "/a"), denied, whole}, {}));
+}
+
+TEST(Warnings, OfManyDamagedFilesThreeAreNamed) {
+    std::vector<Warning> warnings;
+    for (const char* path : {"/d", "/b", "/a", "/c"}) warnings.push_back(ofFile("parse", path));
+    warnings.push_back(ofFile("unresolved", "", "unknown"));
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: /d: damaged (signature A)", "warning: /b: damaged (signature A)",
+                  "warning: /a: damaged (signature A)", "warning: /c: damaged (signature A)"}),
+              conciseWarningLines(warnings, "-v"));
+    warnings.push_back(ofFile("io", "/e"));
+    warnings.push_back({{{"code", "parse"}, {"guid", "A"}, {"scope", "file"}, {"count", "480"}}, "more"});
+    EXPECT_EQ(
+        (std::vector<std::string>{"warning: /d: damaged (signature A)", "warning: /b: damaged (signature A)",
+                                  "warning: /a: damaged (signature A)",
+                                  "warning: 482 more files could not be read or understood; -v names them"}),
+        conciseWarningLines(warnings, "-v"));
+}
+
 TEST(Warnings, LongOnesAreNotShortened) {
     const std::string words(20'000, 'x');
     EXPECT_EQ("warning: " + words, warningText(readWarning("<Event>" + words + "</Event>")));
@@ -85,12 +118,12 @@ TEST(Warnings, ManyPrivatePlacesShareALine) {
     }
     warnings.push_back({{{"code", "unresolved"}, {"guid", "g1"}}, "unknown"});
     warnings.push_back({{{"code", "io"}, {"path", "/x"}}, "cannot be read"});
-    EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings)) << "three places are named";
+    EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings, "-v")) << "three places are named";
     warnings.push_back({{{"code", "permission"}, {"path", "/d"}, {"guid", "g1"}}, "private"});
     EXPECT_EQ((std::vector<std::string>{"warning: /x: cannot be read",
                                         "warning: 4 files and directories may not be read or searched, so 1 "
-                                        "signatures are undecided; -v names them"}),
-              conciseWarningLines(warnings));
+                                        "signature is undecided; -v names them"}),
+              conciseWarningLines(warnings, "-v"));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kMaxTexts = 4;
 constexpr std::size_t kMaxReadBytes = std::size_t{1} << 20;  // kept before they are erased
+constexpr std::uint64_t kOfFile = 1U << 16U;                 // added to the code of an event
 
 void appendNumber(std::string& bytes, std::uint64_t number) {
     bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
@@ -44,7 +45,7 @@ bool decode(std::string_view bytes, ScanMessage& message) {
     const bool isEvent = message.kind == ScanMessage::Kind::Event;
     const bool hasText =
         !isEvent && message.kind != ScanMessage::Kind::Signatures && message.kind != ScanMessage::Kind::Done;
-    if (isEvent && *number > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
+    if (isEvent && (*number & ~kOfFile) > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
     return message.texts.size() == (isEvent ? kMaxTexts : hasText ? 1U : 0U);
 }
 
@@ -52,13 +53,17 @@ bool decode(std::string_view bytes, ScanMessage& message) {
 
 ScanMessage messageOf(Event event) {
     return {ScanMessage::Kind::Event,
-            static_cast<std::uint64_t>(event.code),
+            static_cast<std::uint64_t>(event.code) | (event.ofFile ? kOfFile : 0),
             {std::move(event.path), std::move(event.text), std::move(event.guid), std::move(event.leaf)}};
 }
 
 Event eventOf(ScanMessage message) {
-    return {static_cast<EventCode>(message.number), std::move(message.texts.at(0)),
-            std::move(message.texts.at(1)), std::move(message.texts.at(2)), std::move(message.texts.at(3))};
+    return {static_cast<EventCode>(message.number & ~kOfFile),
+            std::move(message.texts.at(0)),
+            std::move(message.texts.at(1)),
+            std::move(message.texts.at(2)),
+            std::move(message.texts.at(3)),
+            (message.number & kOfFile) != 0};
 }
 
 std::string encoded(const ScanMessage& message) {

@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "toolkit/quorvis/evaluation/FoundFiles.h"
+
 namespace toolkit::quorvis {
 
 namespace {
@@ -141,7 +143,9 @@ void SignatureEvaluation::forgetLeaves() {
 
 void SignatureEvaluation::finish() {
     replayed_ = false;
-    if (unknown_) report(EventCode::Unresolved, "whether the signature matches is unknown");
+    if (unknown_) return report(EventCode::Unresolved, "whether the signature matches is unknown");
+    if (unknownFiles_)
+        report(EventCode::Unresolved, "whether the signature matches some of the files is unknown", {}, true);
 }
 
 Truth SignatureEvaluation::runOnce() {
@@ -154,15 +158,16 @@ Truth SignatureEvaluation::runOnce() {
 
 Truth SignatureEvaluation::runEach(std::size_t level) {
     if (level == detection_->each.size()) {
+        onlyFilesUnknown_ = true;
         const Truth truth = evaluateMatch();
         if (truth == Truth::True) addMatch();
-        if (truth == Truth::Unknown) unknown_ = true;
+        if (truth == Truth::Unknown) noteUnknown(onlyFilesUnknown_);
         return truth;
     }
     const Leaf& each = signature_.leaves[detection_->each[level]];
     const LeafResult* const result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
-    if (found == Truth::Unknown) unknown_ = true;
+    if (found == Truth::Unknown) noteUnknown(result != nullptr && isOfFiles(each, *result));
     if (found != Truth::True) return found;
     eachResults_.push_back({result, {}});
     const Truth any = runItems(level);
@@ -259,8 +264,12 @@ Truth SignatureEvaluation::evaluateAny(const std::vector<Condition>& conditions)
 
 Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
     const LeafResult* const result = lookUp(leaf);
-    if (result == nullptr) return Truth::Unknown;
+    if (result == nullptr) {
+        onlyFilesUnknown_ = false;
+        return Truth::Unknown;
+    }
     const Truth truth = truthOf(leaf, *result);
+    if (truth == Truth::Unknown && !isOfFiles(leaf, *result)) onlyFilesUnknown_ = false;
     if (truth == Truth::True && !result->items.empty()) use(leaf, result->items.front());
     return truth;
 }
@@ -394,9 +403,10 @@ void SignatureEvaluation::addVariable(const OutputVariable& variable, Match& mat
         return;
     }
     if (value->size() > kMaxOutputValueSize) {
-        report(EventCode::LimitBytes, "the output value \"" + std::string(variable.name) +
-                                          "\" was cut after " + std::to_string(kMaxOutputValueSize) +
-                                          " bytes");
+        report(EventCode::LimitBytes,
+               "the output value \"" + std::string(variable.name) + "\" was cut after " +
+                   std::to_string(kMaxOutputValueSize) + " bytes",
+               {}, !detection_->each.empty());
         *value = cut(*value, kMaxOutputValueSize);
     }
     match.variables.emplace_back(variable.name, std::move(*value));
@@ -419,16 +429,27 @@ void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& resul
     if (result.events.empty() || replayed_) return;
     if (std::find(reported_.begin(), reported_.end(), &result) != reported_.end()) return;
     reported_.push_back(&result);
+    const FoundFiles files(signature_, *detection_);
+    const bool expired = context_.budget().expired();
     for (Event event : result.events) {
         event.guid = signature_.guid;
         event.leaf = labelOf(leaf);
+        event.ofFile = !expired && files.areCauseOf(leaf, event.code);
         sink_.onEvent(std::move(event));
     }
 }
 
-void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf) {
+bool SignatureEvaluation::isOfFiles(const Leaf& leaf, const LeafResult& result) const {
+    return !context_.budget().expired() && FoundFiles(signature_, *detection_).areCauseOf(leaf, result);
+}
+
+void SignatureEvaluation::noteUnknown(bool onlyFiles) {
+    (onlyFiles ? unknownFiles_ : unknown_) = true;
+}
+
+void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf, bool ofFile) {
     if (replayed_) return;
-    sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf)});
+    sink_.onEvent({code, {}, std::move(text), std::string(signature_.guid), std::string(leaf), ofFile});
 }
 
 void SignatureEvaluation::explain(std::string text) {

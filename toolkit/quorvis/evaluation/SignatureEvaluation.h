@@ -98,8 +98,11 @@ class SignatureEvaluation {
     void addVariable(const OutputVariable& variable, Match& match);
     void addIdentity(const Identity& identity, Match& match);
 
+    // Whether the result is incomplete only because of files that Each found.
+    bool isOfFiles(const Leaf& leaf, const LeafResult& result) const;
+    void noteUnknown(bool onlyFiles);
     void reportEvents(const Leaf& leaf, const LeafResult& result);
-    void report(EventCode code, std::string text, std::string_view leaf = {});
+    void report(EventCode code, std::string text, std::string_view leaf = {}, bool ofFile = false);
     void explain(std::string text);
     void explain(std::string text, Truth truth);
 
@@ -111,7 +114,9 @@ class SignatureEvaluation {
     bool explained_;
     bool replayed_ = false;
     bool unknown_ = false;
-    unsigned depth_ = 0;  // of the current condition
+    bool unknownFiles_ = false;     // items of Each are unknown because of what is wrong with their files
+    bool onlyFilesUnknown_ = true;  // of the current item: nothing else makes it unknown
+    unsigned depth_ = 0;            // of the current condition
     Scope scope_;
     std::vector<Proof> proofs_;
     std::vector<EachResult> eachResults_;  // of the leaves of Each whose items are being combined

@@ -25,6 +25,7 @@ void appendEvent(std::string& xml, const EventList::Entry& entry) {
     if (!event.guid.empty()) appendXmlAttribute(xml, "guid", event.guid);
     if (!event.leaf.empty()) appendXmlAttribute(xml, "leaf", event.leaf);
     if (!event.path.empty()) appendXmlAttribute(xml, "path", event.path);
+    if (event.ofFile) appendXmlAttribute(xml, "scope", "file");
     appendXmlAttribute(xml, "count", std::to_string(entry.count));
     xml += '>';
     appendXmlText(xml, event.text);

@@ -69,7 +69,7 @@ void EventList::add(Event event) {
     reachedLimit_ = reachedLimit_ || isLimit(event.code);
     event.path.resize(std::min(event.path.size(), kMaxTextSize));
     event.text.resize(std::min(event.text.size(), kMaxTextSize));
-    Alike& alike = alike_[{event.code, event.guid}];
+    Alike& alike = alike_[{event.code, event.guid, event.ofFile}];
     // Every undecided signature must be reported. There is at most one such event per signature.
     const bool unresolved = event.code == EventCode::Unresolved;
     if (unresolved || (alike.kept < kMaxAlike && kept_.size() - unresolved_ < kMax)) {
@@ -77,11 +77,13 @@ void EventList::add(Event event) {
         if (unresolved) ++unresolved_;
         kept_.push_back(std::move(event));
     } else if (alike.kept < kMaxAlike) {
-        if (rest_.count == 0) rest_.event = {event.code, {}, "more events of any kind were left out", {}, {}};
+        if (rest_.count == 0)
+            rest_.event = {event.code, {}, "more events of any kind were left out", {}, {}, event.ofFile};
+        rest_.event.ofFile = rest_.event.ofFile && event.ofFile;
         ++rest_.count;
     } else if (alike.summary == 0) {
         summaries_.push_back(
-            {{event.code, {}, "more such events were left out", std::move(event.guid), {}}, 1});
+            {{event.code, {}, "more such events were left out", std::move(event.guid), {}, event.ofFile}, 1});
         alike.summary = summaries_.size();
     } else {
         ++summaries_[alike.summary - 1].count;

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 namespace toolkit::quorvis {
@@ -41,6 +41,9 @@ struct Event {
     std::string text;  // a sentence without a full stop
     std::string guid;  // of the signature; empty when the event concerns all signatures
     std::string leaf;  // the id of the leaf, or its kind when it has no id
+    // Whether it only concerns files that were found, each of which is a possible result of its own. What the event
+    // tells of one of them does not make other results doubtful.
+    bool ofFile = false;
 };
 
 // "limit-depth"
@@ -78,7 +81,7 @@ class EventList {
     std::vector<Event> kept_;
     std::vector<Entry> summaries_;
     Entry rest_{{}, 0};
-    std::map<std::pair<EventCode, std::string>, Alike> alike_;
+    std::map<std::tuple<EventCode, std::string, bool>, Alike> alike_;
     std::size_t unresolved_ = 0;  // number of events in kept_ that are exempt from the limits
     bool reachedLimit_ = false;
 };

@@ -16,7 +16,7 @@ using Next = ScanMessageReader::Next;
 
 TEST(ScanMessage, IsReadFromBlocksOfAnySize) {
     const std::string bytes = encoded({Kind::Signatures, 70'000, {}}) +
-                              encoded(messageOf({EventCode::Deadline, "/a", "text", "guid", "leaf"})) +
+                              encoded(messageOf({EventCode::Deadline, "/a", "text", "guid", "leaf", true})) +
                               encoded({Kind::Done, 0, {}});
     for (std::size_t size = 1; size <= bytes.size(); ++size) {
         ScanMessageReader reader;
@@ -29,6 +29,7 @@ TEST(ScanMessage, IsReadFromBlocksOfAnySize) {
         EXPECT_EQ(70'000U, messages[0].number);
         const Event event = eventOf(messages[1]);
         EXPECT_EQ(EventCode::Deadline, event.code);
+        EXPECT_TRUE(event.ofFile);
         EXPECT_EQ("/a text guid leaf", event.path + " " + event.text + " " + event.guid + " " + event.leaf);
         EXPECT_EQ(Kind::Done, messages[2].kind);
     }

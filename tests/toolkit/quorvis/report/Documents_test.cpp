@@ -88,6 +88,7 @@ TEST(WarningsDocument, ListsEachEvent) {
     events.add({EventCode::Permission, "/etc/<x>", "cannot be opened", "G", "f"});
     events.add({EventCode::Invalid, "", "wrong", "", ""});
     events.add({EventCode::RemoteSkipped, "/net", "not entered", "", ""});
+    events.add({EventCode::Parse, "/x", "damaged", "", "", true});
     EXPECT_EQ(
         warningsDocument(events),
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Events>\n"
@@ -95,6 +96,7 @@ TEST(WarningsDocument, ListsEachEvent) {
         "count=\"1\">cannot be opened</Event>\n"
         "<Event code=\"invalid\" severity=\"error\" count=\"1\">wrong</Event>\n"
         "<Event code=\"remote-skipped\" severity=\"info\" path=\"/net\" count=\"1\">not entered</Event>\n"
+        "<Event code=\"parse\" severity=\"warning\" path=\"/x\" scope=\"file\" count=\"1\">damaged</Event>\n"
         "</Events>\n");
 }
 
