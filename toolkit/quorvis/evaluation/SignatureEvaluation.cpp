@@ -356,6 +356,18 @@ bool SignatureEvaluation::restsOnPackagesOfEarlierMatches() {
            });
 }
 
+bool SignatureEvaluation::isInstalledTwice(const Match& match) {
+    Installations::Part part{match.name, {}, {}};
+    for (const auto& [name, value] : match.variables) {
+        if (name == "version") part.version = value;
+        if (name == "package") part.owned = !value.empty();
+    }
+    for (const Proof& proof : proofs_) {
+        if (part.path.empty()) part.path = fileOf(*proof.leaf, *proof.item);
+    }
+    return !installations_.add(part);
+}
+
 // The file of a match is the first item of Each, or else any file that a leaf of the match found.
 void SignatureEvaluation::noteFiles() {
     for (const Proof& proof : proofs_) {
@@ -385,7 +397,10 @@ void SignatureEvaluation::addMatch() {
     for (const OutputVariable& variable : detection_->output) addVariable(variable, match);
     if (restsOnPackagesOfEarlierMatches()) return explain("the package owns a file of an earlier match");
     if (findsPackagesToo_) noteFiles();
-    if (!outputs_.insert(keyOf(match)).second || replayed_) return;
+    if (!outputs_.insert(keyOf(match)).second) return;
+    if (signature_.oncePerInstallation && isInstalledTwice(match))
+        return explain("an earlier match is of the same installation");
+    if (replayed_) return;
     for (const Identity& identity : signature_.identities) addIdentity(identity, match);
     if (context_.settings().evaluation.evidence) match.evidence = evidenceOf(proofs_);
     sink_.onMatch(match);

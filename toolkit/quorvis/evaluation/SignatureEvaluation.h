@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "toolkit/quorvis/evaluation/Installations.h"
 #include "toolkit/quorvis/language/Signature.h"
 #include "toolkit/quorvis/language/Variables.h"
 #include "toolkit/quorvis/leaves/EvaluationContext.h"
@@ -89,6 +90,8 @@ class SignatureEvaluation {
     // Whether the package that the item stands for owns a file of an earlier match.
     bool isOfEarlierMatch(const Item& package);
     bool restsOnPackagesOfEarlierMatches();
+    // Whether an earlier match is of the same installation.
+    bool isInstalledTwice(const Match& match);
     void noteFiles();
     void noteOwnerOf(const std::string& path);
     void reportOwnerEvents();
@@ -126,6 +129,7 @@ class SignatureEvaluation {
     std::vector<const PackageIndex::Row*> owners_;
     std::vector<const LeafResult*> reported_;  // whose events have been reported
     std::unordered_set<std::string> outputs_;  // of the matches so far
+    Installations installations_;              // likewise, of a signature that matches each once
 };
 
 }  // namespace toolkit::quorvis

@@ -88,6 +88,7 @@ struct Signature {
     std::vector<Leaf> leaves;  // all leaves in document order
     // At least one. A signature without Detection elements has one, made of its own Each, Match and Output.
     std::vector<Detection> detections;
+    bool oncePerInstallation = false;  // matches of one installation are one
     std::uint32_t line = 0;
 };
 

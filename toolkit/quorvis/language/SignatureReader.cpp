@@ -81,13 +81,17 @@ class SignatureParser {
     };
 
     void readHead() {
-        constexpr std::array<AttributeName, 3> kNames = {{{"guid", true}, {"name", true}, {"revision"}}};
+        constexpr std::array<AttributeName, 4> kNames = {
+            {{"guid", true}, {"name", true}, {"revision"}, {"oncePer"}}};
         const auto values = valuesOf(element_, kNames, diagnostics_);
         signature_.guid = values[0].value_or(std::string_view());
         if (values[0] && !isGuid(*values[0]))
             diagnostics_.problem(element_, "guid " + quoted(*values[0]) +
                                                " is not made of 1 to 128 letters, digits and .:_{}-");
         if (values[1]) signature_.name = parseTemplate(element_, "name", *values[1], diagnostics_);
+        signature_.oncePerInstallation = values[3].has_value();
+        if (values[3] && *values[3] != "installation")
+            diagnostics_.problem(element_, "oncePer " + quoted(*values[3]) + " is not installation");
     }
 
     void readPart(const Element& part) {

@@ -38,6 +38,9 @@ TEST(SignatureProblems, ReportsPlaceAndReason) {
         {"<Signatures><Signature guid='" + std::string(129, 'a') +
              "' name=''><Match><File path='/x'/></Match></Signature></Signatures>",
          "guid"},
+        {"<Signatures><Signature guid='G' name='' oncePer='file'><Match><File "
+         "path='/x'/></Match></Signature></Signatures>",
+         "oncePer \"file\" is not installation"},
         {whole(""), "neither Each nor Match"},
         {whole("<Metadata a='1'/><Match><File path='/x'/></Match>"), "unknown attribute \"a\" of Metadata"},
         {whole("<Metadata><\xC3\xA9/></Metadata><Match><File path='/x'/></Match>"),
