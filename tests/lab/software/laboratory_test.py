@@ -16,7 +16,7 @@ from outcome import NOT_FOUND, RIGHT, VERSIONLESS, WRONG, Outcome, Totals
 from products import Product, Table, TableFault
 from scanner import REPOSITORY, Result
 from subjects import Storeroom, Subject
-from versions import upstream
+from versions import spelled_alike, upstream
 
 
 class Scratch(unittest.TestCase):
@@ -60,6 +60,13 @@ class UpstreamVersions(unittest.TestCase):
                 ("4:5.2.2-really+dfsg-1+deb13u1", "5.2.2"), ("2.7.4+dfsg.1-2", "2.7.4"), ("20230128", "20230128"),
                 ("1.4.6~deb12u1", "1.4.6")):
             self.assertEqual(expected, upstream(package), package)
+
+    def test_spellings_of_one_version(self):
+        for one, other, alike in (("5.2", "5.2.0", True), ("2.9.0", "2.9", True), ("2.22.0~beta2", "2.22.0b2", True),
+                                  ("9.0.0~rc1", "9.0.0-rc1", True), ("1.2~dev", "1.2-dev", True), ("5.2", "5.2.1", False),
+                                  ("1.10", "1.1", False), ("1.0~rc1", "1.0~rc2", False), ("1.0~rc1", "1.0", False),
+                                  ("9.2p1", "9.2", False)):
+            self.assertEqual(alike, spelled_alike(one, other), (one, other))
 
     def test_other_suffixes_stay(self):
         for package, expected in (("2.0.11-1.2", "2.0.11"), ("1.6.7~rc0-1", "1.6.7~rc0"), ("2.1.12-stable-8", "2.1.12-stable"),
@@ -220,15 +227,30 @@ class Subjects(WithArchive):
         self.assertEqual([], storeroom.subjects([Product("family", "older", {"bookworm": "older"})], moved=False))
 
 
+    def test_other_suites_have_packages_of_other_names(self):
+        tool = Product("family", "tool", {"packages": "tool4 libtool1", "elsewhere": "tool5 tool libtool1"})
+        self.archive(("tool", "2-1"), ("tool5", "5-1"), ("libtool1", "1-1"))
+        subject, = Storeroom(self.path("cache"), "newer", self.sources()).subjects([tool], moved=False)
+        self.assertEqual(["tool5", "tool", "libtool1"], [package.name for package in subject.packages])
+
+    def test_alternative_with_the_most_packages_is_taken(self):
+        self.archive(("tool", "2-1"), ("libtool7", "2-1"))
+        subject, = Storeroom(self.path("cache"), "newer", self.sources()).subjects(
+            [Product("family", "tool", "tool libtool1")], moved=False)
+        self.assertEqual(["tool", "libtool7"], [package.name for package in subject.packages])
+
+
 class WithOutcomes(unittest.TestCase):
+    def result(self, guid, version, path=""):
+        element = ElementTree.Element("MatchedSignature", guid=guid, name=guid)
+        ElementTree.SubElement(element, "Variable", name="version", value=version)
+        ElementTree.SubElement(element, "Variable", name="path", value=path)
+        return Result(element)
+
     def outcome(self, *results, name="tool", **row):
         product = Product("family", name, {"packages": "tool", **row})
         package = mirrors.Package({"Package": "tool", "Version": "1.2-1", "Size": "1", "Architecture": "all"})
-        found = []
-        for guid, version in results:
-            element = ElementTree.Element("MatchedSignature", guid=guid, name=guid)
-            ElementTree.SubElement(element, "Variable", name="version", value=version)
-            found.append(Result(element))
+        found = [self.result(*result) for result in results]
         return Outcome(Subject(product, [package], "trixie", None), found, [], ["zav.package"])
 
 
@@ -251,6 +273,16 @@ class Outcomes(WithOutcomes):
         self.assertFalse(Totals([right] * 96 + [self.outcome()] * 4).are_met())
         self.assertFalse(Totals([right] * 99 + [self.outcome(("zav.tool", "1.3"))]).are_met())
         self.assertFalse(Totals([right] * 99 + [self.outcome(("zav.tool", "1.2"), ("zav.other", "3"))]).are_met())
+
+    def test_second_result_for_a_version_in_an_installation_is_repeated(self):
+        program = ("zav.tool", "1.2", "/usr/bin/tool")
+        for other, repeated in ((("zav.tool", "1.2", "/usr/lib/x86_64-linux-gnu/libtool.so.1"), 1),
+                                (("zav.tool", "1.2", "/bin/tool2"), 1), (("zav.tool", "", "/usr/sbin/toold"), 1),
+                                (("zav.tool", "1.3", "/usr/sbin/toold"), 0), (("zav.tool.server", "1.2", "/usr/sbin/toold"), 0),
+                                (("zav.tool", "1.2", "/usr/local/bin/tool"), 0), (("zav.tool", "1.2", "/opt/tool-1.2/tool"), 0)):
+            outcome = self.outcome(program, other)
+            self.assertEqual(repeated, len(outcome.repeated), other)
+            self.assertEqual(repeated == 0, Totals([outcome]).are_met() or outcome.state == WRONG, other)
 
     def test_product_that_tells_no_version_must_be_found_without_one(self):
         right = self.outcome(("zav.tool", "1.2"))
@@ -295,6 +327,13 @@ class Tables(unittest.TestCase):
     def test_unknown_product_is_refused(self):
         with self.assertRaises(TableFault):
             Table().select(["nginx", "no-such-product"])
+
+    def test_what_holds_for_a_suite_holds_for_those_near_it(self):
+        tool = Product("family", "tool", {"packages": "tool", "untold": {"bookworm": "old", "forky": "new"},
+                                          "version": {"trixie": ["$", "x"]}})
+        self.assertEqual(["old", "old", "", "new"], [tool.untold(suite) for suite in ("bullseye", "bookworm", "trixie", "forky")])
+        self.assertEqual(["1", "1", "1x", "1x"],
+                         [tool.told_version("1", suite) for suite in ("bullseye", "bookworm", "trixie", "forky")])
 
     def test_unknown_key_is_refused(self):
         with self.assertRaises(ValueError):

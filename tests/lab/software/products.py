@@ -5,7 +5,14 @@ import tomllib
 
 # The suites of the table, the newest last.
 SUITES = ("bookworm", "trixie")
-_KEYS = {"packages", "bookworm", "trixie", "signature", "version", "untold", "also", "sample"}
+# Suites before them. All others come after them.
+OLDER_SUITES = ("buster", "bullseye")
+_KEYS = {"packages", "bookworm", "trixie", "elsewhere", "signature", "version", "untold", "also", "sample"}
+
+
+def nearest_suite(suite):
+    """The suite of the table that comes next to this one."""
+    return suite if suite in SUITES else SUITES[0] if suite in OLDER_SUITES else SUITES[-1]
 
 
 class TableFault(Exception):
@@ -22,6 +29,8 @@ class Product:
         self.family = family
         self.name = name
         self._packages = {suite: row.get(suite, row.get("packages", "")).split() for suite in SUITES}
+        # The names in other suites, if they do not follow from those of the table.
+        self._elsewhere = row["elsewhere"].split() if "elsewhere" in row else None
         # A signature of the product has one of these guids, or one that continues it after a dot.
         self.guids = row.get("signature", "zav." + name).lower().split()
         self._version = row.get("version")
@@ -35,18 +44,22 @@ class Product:
         """Alternatives, of which the first that the suite has counts: names of packages, and whether their numbers may differ."""
         if suite in SUITES:
             return [(self._packages[suite], False)]
+        if self._elsewhere is not None:
+            return [(self._elsewhere, False)]
         lists = [self._packages[known] for known in reversed(SUITES) if self._packages[known]]
         return [(names, other_numbers) for other_numbers in (False, True) for names in lists]
 
     def untold(self, suite):
         """Why the files do not tell the version; empty if they do."""
-        return self._untold.get(suite if suite in SUITES else SUITES[-1], "")
+        return self._untold.get(suite, self._untold.get(nearest_suite(suite), ""))
 
     def told_version(self, upstream, suite):
         """The version of upstream as the files tell it."""
         if not self._version:
             return upstream
-        rule = self._version if isinstance(self._version, list) else self._version.get(suite if suite in SUITES else SUITES[-1])
+        rule = self._version
+        if not isinstance(rule, list):
+            rule = rule.get(suite, rule.get(nearest_suite(suite)))
         return re.sub(rule[0], rule[1], upstream) if rule else upstream
 
     def owns(self, guid):

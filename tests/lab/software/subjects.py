@@ -54,7 +54,9 @@ class Storeroom:
                 raise TableFault(f"{self.suite} has no package {', '.join(missing)}")
         subjects = []
         for product in products:
-            names = next((names for names in alternatives[product] if names[0] in found), [])
+            # Of several alternatives, the first one with the most packages.
+            those = [names for names in alternatives[product] if names[0] in found]
+            names = max(those, key=lambda names: sum(name in found for name in names), default=[])
             packages = [found[name] for name in names if name in found]
             if any(package.size > MAX_ARCHIVE_BYTES for package in packages):
                 say(f"{self.suite}: {product.name}: larger than {MAX_ARCHIVE_BYTES // 1_000_000} MB")

@@ -7,10 +7,26 @@ The rule, in this order:
    ~deb12u1, +deb12u1, +~3.5.14 and +~cs24.27.18 (bundled archives).
 
 Where a version is built in another way, the table gives an expression for that product.
+
+In suites that the table does not list, two spellings of a version are the same if they differ only in zeros at the end (5.2 and
+5.2.0), or in how a version before a release is marked (2.22.0~beta2, 2.22.0-beta2 and 2.22.0b2).
 """
 import re
 
 _MARK = re.compile(r"([+~.-](dfsg|ds|repack|debian|really)[.\d]*|[+~]deb\d+u\d+|\+~.*)$")
+
+
+_BEFORE_RELEASE = re.compile(r"[~._-]?(rc|beta|alpha|dev|pre|a|b)[._-]?(?=\d|$)")
+
+
+def spelled_alike(one, other):
+    return _plain(one) == _plain(other)
+
+
+def _plain(version):
+    numbers, marks = re.fullmatch(r"([\d.]*)(.*)", version, re.S).groups()
+    mark = _BEFORE_RELEASE.sub(lambda match: "~" + match[1][0], marks)
+    return re.sub(r"(\.0+)+$", "", numbers.rstrip(".")) + mark
 
 
 def upstream(package_version):
