@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/CpuList.h"
@@ -113,7 +114,57 @@ std::vector<Cache> fromLevelLines(const CpuInfo& info, int cpu) {
     return caches;
 }
 
+// A size in bytes, which a property of a device tree has in big-endian bytes, in KiB.
+std::uint64_t sizeProperty(const Root& root, const std::string& path) {
+    const std::string bytes = root.read(path, 64).value_or("");
+    if (bytes.size() != 4 && bytes.size() != 8) return 0;
+    return bigEndian(bytes, 0, bytes.size()) / 1024;
+}
+
+// Collects sizes that must be equal.
+class CommonSize {
+  public:
+    void add(std::uint64_t size) {
+        if (size == 0) return;
+        differ_ = differ_ || (size_ != 0 && size_ != size);
+        size_ = size;
+    }
+    std::uint64_t size() const { return differ_ ? 0 : size_; }
+
+  private:
+    std::uint64_t size_ = 0;
+    bool differ_ = false;
+};
+
 }  // namespace
+
+std::vector<Cache> deviceTreeCaches(const Root& root) {
+    const std::string tree = "/proc/device-tree/";
+    CommonSize data;
+    CommonSize instructions;
+    CommonSize unified[2];
+    for (const std::string& folder : {tree + "cpus/", tree}) {
+        for (const std::string& name : root.list(folder)) {
+            const std::string node = folder + name + "/";
+            const std::size_t level = name.starts_with("l2-cache") ? 2 : name.starts_with("l3-cache") ? 3 : 0;
+            if (level != 0) {
+                unified[level - 2].add(sizeProperty(root, node + "cache-size"));
+                unified[level - 2].add(sizeProperty(root, node + "d-cache-size"));
+            } else if (folder != tree && name.find('@') != std::string::npos) {
+                data.add(sizeProperty(root, node + "d-cache-size"));
+                instructions.add(sizeProperty(root, node + "i-cache-size"));
+            }
+        }
+    }
+    std::vector<Cache> caches;
+    if (data.size() > 0) caches.push_back({1, "Data", data.size(), {}});
+    if (instructions.size() > 0) caches.push_back({1, "Instruction", instructions.size(), {}});
+    for (int level = 2; level <= 3; ++level) {
+        const std::uint64_t size = unified[level - 2].size();
+        if (size > 0) caches.push_back({level, "Unified", size, {}});
+    }
+    return caches;
+}
 
 std::vector<Cache> readCaches(const Root& root, const CpuInfo& info, int cpu, const std::string& siblings,
                               bool online) {

@@ -18,6 +18,10 @@ struct Cache {
     std::string instance;
 };
 
+// The caches of every CPU in the device tree, for kernels that do not describe those of each CPU. None if the CPUs differ.
+// Who shares a cache of the second or third level is unknown.
+std::vector<Cache> deviceTreeCaches(const Root& root);
+
 // The caches of a CPU, from sysfs or else from /proc/cpuinfo, which describes those of CPUs that are online. `siblings` are
 // the CPUs of its core as a list; empty if unknown.
 std::vector<Cache> readCaches(const Root& root, const CpuInfo& info, int cpu, const std::string& siblings,

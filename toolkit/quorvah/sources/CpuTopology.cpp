@@ -126,6 +126,30 @@ void makePackagesUnique(std::vector<LogicalCpu>& cpus) {
     }
 }
 
+// Numbers the packages by the CPUs that they have, for kernels that tell these but no number. A kernel that knows neither
+// gives each CPU or each core as a package of its own.
+void numberPackages(const Root& root, std::vector<LogicalCpu>& cpus) {
+    const auto isNumbered = [](const LogicalCpu& cpu) { return cpu.package.has_value(); };
+    if (std::ranges::any_of(cpus, isNumbered)) return;
+    std::vector<std::string> sets;
+    bool larger = false;  // than a core
+    for (const LogicalCpu& cpu : cpus) {
+        const std::string directory = kCpus + "cpu" + std::to_string(cpu.number) + "/topology/";
+        std::vector<int> set = readCpuSet(root, directory + "package_cpus_list", directory + "package_cpus");
+        // The names of the files before Linux 5.3.
+        if (set.empty())
+            set = readCpuSet(root, directory + "core_siblings_list", directory + "core_siblings");
+        sets.push_back(cpuListText(set));
+        larger = larger || set.size() > readCpuList(cpu.siblings).size();
+        if (set.empty() && cpu.online.value_or(false)) return;
+    }
+    if (!larger) return;
+    std::map<std::string, std::uint64_t> numbers;
+    for (std::size_t i = 0; i < cpus.size(); ++i) {
+        if (!sets[i].empty()) cpus[i].package = numbers.emplace(sets[i], numbers.size()).first->second;
+    }
+}
+
 // The number of the first CPU in a list of the kernel.
 Count firstOf(std::string_view list) {
     return readCount(list.substr(0, list.find_first_of(",-")));
@@ -191,10 +215,16 @@ std::vector<LogicalCpu> readCpus(const Root& root, const CpuInfo& info) {
         cpus.push_back(std::move(cpu));
     }
     makePackagesUnique(cpus);
+    numberPackages(root, cpus);
     joinCores(cpus);
     makeCoresUnique(cpus);
     for (LogicalCpu& cpu : cpus)
         cpu.caches = readCaches(root, info, cpu.number, cpu.siblings, cpu.online.value_or(true));
+    const auto hasCaches = [](const LogicalCpu& cpu) { return !cpu.caches.empty(); };
+    if (!cpus.empty() && std::ranges::none_of(cpus, hasCaches)) {
+        const std::vector<Cache> caches = deviceTreeCaches(root);
+        for (LogicalCpu& cpu : cpus) cpu.caches = caches;
+    }
     return cpus;
 }
 

@@ -16,6 +16,7 @@ class CpuTree {
         tree_.write("sys/devices/system/cpu/cpu" + std::to_string(cpu) + "/" + file, text + "\n");
     }
     void file(const std::string& name, const std::string& text) const { tree_.write(name, text + "\n"); }
+    void bytes(const std::string& name, const std::string& content) const { tree_.write(name, content); }
     void cpusFile(const std::string& name, const std::string& text) const {
         file("sys/devices/system/cpu/" + name, text);
     }
@@ -83,6 +84,28 @@ TEST(ProcessorTrees, MasksInPlaceOfListsTellTheTopology) {
         "1|0|1|1|16|2048|");
     EXPECT_EQ(tree.counts("package1"), "1 1 2 2");
     EXPECT_EQ(valuesOf(tree.packages(), "package0", {"NumaNodes", "L2CacheSize", "L3CacheSize"}), "1|2048||");
+}
+
+TEST(ProcessorTrees, PackagesWithoutNumbersAreToldApartByTheirCpus) {
+    const CpuTree tree;
+    for (int cpu = 0; cpu < 4; ++cpu) {
+        tree.cpuFile(cpu, "topology/physical_package_id", "-1");
+        tree.cpuFile(cpu, "topology/thread_siblings", std::to_string(1 << cpu));
+        tree.cpuFile(cpu, "topology/core_siblings", cpu < 2 ? "3" : "c");
+    }
+    EXPECT_EQ(keysOf(tree.packages()), (std::vector<std::string>{"package0", "package1"}));
+    EXPECT_EQ(tree.counts("package1"), "2 2 2 1");
+}
+
+TEST(ProcessorTrees, AKernelWithoutPackagesHasOne) {
+    const CpuTree tree;
+    for (int cpu = 0; cpu < 4; ++cpu) {
+        tree.cpuFile(cpu, "topology/physical_package_id", "-1");
+        tree.cpuFile(cpu, "topology/thread_siblings", std::to_string(1 << cpu));
+        tree.cpuFile(cpu, "topology/core_siblings", std::to_string(1 << cpu));
+    }
+    EXPECT_EQ(keysOf(tree.packages()), (std::vector<std::string>{"package0"}));
+    EXPECT_EQ(tree.counts("package0"), "4 4 4 1");
 }
 
 TEST(ProcessorTrees, TheTotalOfCachesOfUnknownSharersIsUnknown) {
@@ -352,6 +375,27 @@ TEST(PowerMac, TellsItsLevel2CacheInCpuinfo) {
               "L2 cache\t: 512K unified");
     EXPECT_EQ(valuesOf(tree.processors(), "cpu0", {"L2CacheSize"}), "512|");
     EXPECT_EQ(valuesOf(tree.packages(), "package0", {"L2CacheSize"}), "512|");
+}
+
+TEST(DeviceTree, TellsTheCachesOfPower) {
+    const CpuTree tree;
+    const auto property = [&tree](const std::string& name, std::uint64_t size) {
+        std::string bytes;
+        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(size >> shift);
+        tree.bytes("proc/device-tree/cpus/" + name, bytes);
+    };
+    for (const char* const cpu : {"PowerPC,POWER7@0", "PowerPC,POWER7@4"}) {
+        property(std::string(cpu) + "/d-cache-size", 32768);
+        property(std::string(cpu) + "/i-cache-size", 32768);
+    }
+    property("l2-cache@2000/d-cache-size", 262144);
+    for (int cpu = 0; cpu < 8; ++cpu) tree.topology(cpu, 0, cpu / 4 * 4, cpu < 4 ? "0-3" : "4-7");
+    EXPECT_EQ(
+        valuesOf(tree.processors(), "cpu5", {"L1dCacheSize", "L1iCacheSize", "L2CacheSize", "L3CacheSize"}),
+        "32|32|256||");
+    EXPECT_EQ(valuesOf(tree.packages(), "package0", {"L2CacheSize"}), "|");
+    property("PowerPC,POWER7@4/d-cache-size", 65536);
+    EXPECT_EQ(valuesOf(tree.processors(), "cpu5", {"L1dCacheSize", "L1iCacheSize"}), "|32|");
 }
 
 TEST(Sparc, TellsItsCachesInBytes) {
