@@ -38,6 +38,17 @@ constexpr Place kPlaces[] = {
     {"/var/lib/flatpak/app", PackageType::Flatpak, false},
 };
 
+constexpr UnreadManager kUnreadManagers[] = {
+    {"opkg", "/usr/lib/opkg/status"},
+    {"opkg", "/var/lib/opkg/status"},
+    {"opkg", "/opt/lib/opkg/status"},
+    {"portage", "/var/db/pkg"},
+    {"nix", "/nix/var/nix/profiles"},
+    {"guix", "/var/guix/profiles"},
+    {"homebrew", "/home/linuxbrew/.linuxbrew/Cellar"},
+    {"homebrew", "/opt/homebrew/Cellar"},
+};
+
 using Damage = PackageReading::Damage;
 
 Damage damageOf(Budget::Spent spent) {
@@ -109,6 +120,15 @@ PackageReading visitPackages(PackageType type, const Root& root, const std::stri
 
 bool hasPackageDatabase(const Root& root) {
     return std::ranges::any_of(kPlaces, [&root](const Place& place) { return root.exists(place.path); });
+}
+
+std::vector<UnreadManager> unreadManagers(const Root& root) {
+    std::vector<UnreadManager> managers;
+    for (const UnreadManager& manager : kUnreadManagers) {
+        const bool known = !managers.empty() && managers.back().name == manager.name;
+        if (!known && root.exists(manager.path)) managers.push_back(manager);
+    }
+    return managers;
 }
 
 std::vector<PackageType> packageManagers(const Root& root) {

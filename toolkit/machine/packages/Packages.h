@@ -30,6 +30,13 @@ bool hasPackageDatabase(const Root& root);
 // count, nor do those of snap and flatpak, which are not package managers of a distribution.
 std::vector<PackageType> packageManagers(const Root& root);
 
+// A package manager whose packages are not read, and a place that shows that it has some.
+struct UnreadManager {
+    std::string_view name;
+    std::string_view path;
+};
+std::vector<UnreadManager> unreadManagers(const Root& root);
+
 // The package URL. `distribution` is the ID in os-release.
 std::string packageUrl(const InstalledPackage& package, std::string_view distribution);
 

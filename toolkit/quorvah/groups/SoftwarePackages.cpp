@@ -70,6 +70,11 @@ class Gatherer {
                 type, root_, {}, *texts_, [&](const InstalledPackage& package) { add(package); });
             note(type, database);
         }
+        for (const UnreadManager& manager : unreadManagers(root_)) {
+            const std::string reason = std::string(manager.name) + "-unsupported";
+            data_.partial(reason);
+            data_.warn(reason + ": " + std::string(manager.path));
+        }
     }
 
   private:

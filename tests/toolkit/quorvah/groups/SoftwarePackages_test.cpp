@@ -225,6 +225,27 @@ TEST(RpmPackages, ADamagedHeaderIsSkippedAndReported) {
     EXPECT_EQ(2U, data.instances().size());
 }
 
+TEST(OtherPackageManagers, ThatAreNotReadAreReported) {
+    const std::pair<const char*, const char*> kCases[] = {
+        {"usr/lib/opkg/status", "opkg-unsupported"},
+        {"var/db/pkg/sys-apps/baselayout-2.14/PF", "portage-unsupported"},
+        {"nix/var/nix/profiles/system-1-link", "nix-unsupported"},
+        {"var/guix/profiles/system-1-link", "guix-unsupported"},
+        {"home/linuxbrew/.linuxbrew/Cellar/jq/1.7.1/INSTALL_RECEIPT.json", "homebrew-unsupported"},
+    };
+    for (const auto& [file, reason] : kCases) {
+        const ScratchDir tree;
+        tree.write(file, "");
+        const GroupData unread = gatheredBelow(kSoftwarePackages, tree.path());
+        EXPECT_EQ(GroupState::Unread, unread.state()) << file;
+        EXPECT_EQ(reason, unread.reason());
+        tree.write(kStatus, stanza("a", "all", "1"));
+        const GroupData partial = gatheredBelow(kSoftwarePackages, tree.path());
+        EXPECT_EQ(GroupState::Partial, partial.state()) << file;
+        EXPECT_EQ(1U, partial.instances().size());
+    }
+}
+
 TEST(RpmPackages, UnreadableDatabasesAreReported) {
     const struct {
         const char* path;
