@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 
 #include "toolkit/machine/files/InputFile.h"
@@ -51,9 +52,9 @@ enum Type : std::uint64_t {
 };
 
 struct HeaderEntry {
-    std::uint64_t tag = 0;
-    std::uint64_t type = 0;
-    std::uint64_t count = 0;
+    std::uint64_t tag;
+    std::uint64_t type;
+    std::uint64_t count;
     std::string_view bytes;  // from its value to the end of the store
 };
 
@@ -78,7 +79,8 @@ bool visitEntries(std::string_view header, Visit visit) {
 
 // Takes the next text of an array. False when the array has no other one.
 bool nextText(HeaderEntry& array, std::string_view& text) {
-    const std::size_t end = array.count == 0 ? std::string_view::npos : array.bytes.find('\0');
+    if (array.type != kStringArray || array.count == 0) return false;
+    const std::size_t end = array.bytes.find('\0');
     if (end == std::string_view::npos) return false;
     text = array.bytes.substr(0, end);
     array.bytes.remove_prefix(end + 1);
@@ -86,9 +88,25 @@ bool nextText(HeaderEntry& array, std::string_view& text) {
     return true;
 }
 
-// The entry if it has this type and room for the numbers that it claims, else an empty one.
-HeaderEntry numbers(const HeaderEntry& entry, std::uint64_t type, std::size_t width) {
-    return entry.type == type && entry.count <= entry.bytes.size() / width ? entry : HeaderEntry();
+// The size of a number of this type, or of a character of a text.
+std::size_t widthOf(std::uint64_t type) {
+    switch (type) {
+        case kInt16:
+            return 2;
+        case kInt32:
+            return 4;
+        case kInt64:
+            return 8;
+        default:
+            return 1;
+    }
+}
+
+// The number with this index. None when the array has another type or is too short.
+std::optional<std::uint64_t> numberAt(const HeaderEntry& array, Type type, std::size_t index) {
+    const std::size_t width = widthOf(type);
+    if (array.type != type || index >= array.count || index >= array.bytes.size() / width) return {};
+    return bigEndian(array.bytes, width * index, width);
 }
 
 struct FileEntries {
@@ -100,13 +118,13 @@ struct FileEntries {
 };
 
 FileEntries fileEntriesOf(std::string_view header, bool& whole) {
-    FileEntries files;
+    FileEntries files{};
     whole = visitEntries(header, [&files](const HeaderEntry& entry) {
-        if (entry.tag == kBaseNames && entry.type == kStringArray) files.baseNames = entry;
-        if (entry.tag == kDirectoryNames && entry.type == kStringArray) files.directoryNames = entry;
-        if (entry.tag == kDirectoryIndexes) files.directoryIndexes = numbers(entry, kInt32, 4);
-        if (entry.tag == kFileModes) files.modes = numbers(entry, kInt16, 2);
-        if (entry.tag == kFileStates) files.states = numbers(entry, kChar, 1);
+        if (entry.tag == kBaseNames) files.baseNames = entry;
+        if (entry.tag == kDirectoryNames) files.directoryNames = entry;
+        if (entry.tag == kDirectoryIndexes) files.directoryIndexes = entry;
+        if (entry.tag == kFileModes) files.modes = entry;
+        if (entry.tag == kFileStates) files.states = entry;
     });
     return files;
 }
@@ -115,9 +133,8 @@ FileEntries fileEntriesOf(std::string_view header, bool& whole) {
 bool isLeftOut(const FileEntries& files, std::size_t index) {
     constexpr std::uint64_t kTypeBits = 0170000;
     constexpr std::uint64_t kDirectory = 0040000;
-    if (index < files.modes.count && (bigEndian(files.modes.bytes, 2 * index, 2) & kTypeBits) == kDirectory)
-        return true;
-    return index < files.states.count && files.states.bytes[index] != 0;
+    if ((numberAt(files.modes, kInt16, index).value_or(0) & kTypeBits) == kDirectory) return true;
+    return numberAt(files.states, kChar, index).value_or(0) != 0;
 }
 
 // The text at the beginning of `bytes`. The first of several translations is the original. Empty when no end is found within the
@@ -129,9 +146,8 @@ std::string_view textOf(std::uint64_t type, std::string_view bytes) {
 }
 
 bool numberOf(std::uint64_t type, std::string_view bytes, std::uint64_t& number) {
-    const std::size_t width = type == kInt32 ? 4 : type == kInt64 ? 8 : 0;
-    if (width == 0 || bytes.size() < width) return false;
-    number = bigEndian(bytes, 0, width);
+    if ((type != kInt32 && type != kInt64) || bytes.size() < widthOf(type)) return false;
+    number = bigEndian(bytes, 0, widthOf(type));
     return true;
 }
 
@@ -197,12 +213,11 @@ bool readRpmFiles(std::string_view header,
     }
     std::string_view name;
     for (std::size_t i = 0; nextText(files.baseNames, name); ++i) {
-        if (i >= files.directoryIndexes.count) return false;
-        const std::uint64_t directory = bigEndian(files.directoryIndexes.bytes, 4 * i, 4);
-        if (directory >= directories.size()) return false;
-        if (!isLeftOut(files, i)) visit(directories[directory], name);
+        const std::optional<std::uint64_t> directory = numberAt(files.directoryIndexes, kInt32, i);
+        if (!directory || *directory >= directories.size()) return false;
+        if (!isLeftOut(files, i)) visit(directories[*directory], name);
     }
-    return whole;
+    return whole && files.baseNames.count == 0;
 }
 
 std::string_view nameOfSourceRpm(std::string_view sourceRpm) {

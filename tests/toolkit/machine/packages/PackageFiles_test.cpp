@@ -132,15 +132,78 @@ TEST(RpmFiles, AreThoseThatAreInstalledWithoutDirectories) {
     EXPECT_TRUE(whole);
 }
 
+TEST(RpmFiles, AreNamedByTheirOwnTagsAndTypes) {
+    bool whole = false;
+    std::vector<RpmEntry> entries = kRpm;
+    entries.push_back({1047, 8, texts({"bash", "bash(x86-64)"}), 2});
+    EXPECT_EQ(" /usr/bin/bash /init", rpmFiles(rpmHeader(entries), whole)) << "what the package provides";
+    for (std::size_t i = 3; i < kRpm.size(); ++i) {
+        entries = kRpm;
+        entries[i].type = 9;
+        EXPECT_EQ("", rpmFiles(rpmHeader(entries), whole)) << entries[i].tag;
+    }
+}
+
+TEST(RpmFiles, AFileWithoutTheEndOfItsNameIsNone) {
+    std::vector<RpmEntry> entries = kRpm;
+    entries.push_back(entries[4]);
+    entries[4].tag = 0;
+    entries.back().data.pop_back();
+    bool whole = true;
+    EXPECT_EQ(" /usr/bin/bash", rpmFiles(rpmHeader(entries), whole));
+    EXPECT_FALSE(whole);
+}
+
+TEST(RpmFiles, WithoutAModeOrStateAreInstalled) {
+    bool whole = false;
+    for (const std::size_t i : {1U, 2U}) {
+        std::vector<RpmEntry> entries = kRpm;
+        entries[i].type = 4;
+        EXPECT_EQ(i == 1 ? " /usr/bin/bash /etc/replaced /init" : " /usr/bin/bash /etc/skel /init",
+                  rpmFiles(rpmHeader(entries), whole));
+        EXPECT_TRUE(whole);
+        entries = kRpm;
+        entries[i].count = i == 1 ? 2 : 1;
+        EXPECT_EQ(i == 1 ? " /usr/bin/bash /etc/replaced /init" : " /usr/bin/bash /etc/skel /init",
+                  rpmFiles(rpmHeader(entries), whole));
+        EXPECT_TRUE(whole);
+    }
+}
+
+// What follows a header in memory is not part of it.
+TEST(RpmFiles, NumbersEndWithTheHeader) {
+    for (const std::size_t last : {1U, 2U, 3U}) {
+        std::vector<RpmEntry> entries = kRpm;
+        entries.push_back(entries[last]);
+        entries[last].tag = 0;
+        const std::string bytes = rpmHeader(entries);
+        bool whole = false;
+        EXPECT_EQ(" /usr/bin/bash /init", rpmFiles(bytes, whole)) << "the numbers are the last ones";
+        const std::size_t width = entries.back().data.size() / 4;
+        entries.back().data.resize(3 * width);
+        const std::string follows = last == 1 ? "\1" : last == 2 ? number(0040755, 2) : number(2, 4);
+        std::string cut = rpmHeader(entries);
+        const std::size_t size = cut.size();
+        cut += follows;
+        const std::string files = rpmFiles(std::string_view(cut).substr(0, size), whole);
+        EXPECT_EQ(last == 3 ? " /usr/bin/bash" : " /usr/bin/bash /init", files) << last;
+        EXPECT_EQ(last != 3, whole);
+    }
+}
+
 TEST(RpmFiles, OfADamagedHeaderStayWithinIt) {
     bool whole = true;
     std::vector<RpmEntry> entries = kRpm;
     entries[3].data = number(0, 4) + number(1, 4) + number(1, 4) + number(9, 4);
     EXPECT_EQ(" /usr/bin/bash", rpmFiles(rpmHeader(entries), whole));
     EXPECT_FALSE(whole) << "no such directory";
+    entries = kRpm;
+    entries[3].count = 2;
+    EXPECT_EQ(" /usr/bin/bash", rpmFiles(rpmHeader(entries), whole));
+    EXPECT_FALSE(whole) << "fewer numbers than names";
     entries[3].count = 0x40000000;
-    EXPECT_EQ("", rpmFiles(rpmHeader(entries), whole));
-    EXPECT_FALSE(whole) << "more numbers than bytes";
+    EXPECT_EQ(" /usr/bin/bash /init", rpmFiles(rpmHeader(entries), whole));
+    EXPECT_TRUE(whole) << "more numbers than names";
     const std::string good = rpmHeader(kRpm);
     for (std::size_t length = 0; length < good.size(); ++length) {
         EXPECT_EQ("", rpmFiles(good.substr(0, length), whole));
