@@ -40,6 +40,7 @@ function(zav_library name module headers call)
 endfunction()
 
 zav_library(expat expat expat.h "XML_ParserCreate(nullptr)")
+zav_library(zlib zlib zlib.h "zlibVersion() == nullptr")
 
 function(zav_scanner_links target)
   # The run-time libraries of sanitizers and fuzzers are shared.

@@ -11,7 +11,9 @@ namespace zavcli {
 
 namespace {
 
+// What other users of the machine keep from the scanner.
 constexpr std::string_view kPermission = "permission";
+constexpr std::string_view kHomeRefused = "home-refused";
 
 // Names of groups by reason.
 using Reasons = std::map<std::string, std::vector<std::string>>;
@@ -27,9 +29,9 @@ Reasons groupsIn(const HardwareInventory& inventory, GroupState state) {
 bool isLacking(const GroupStatus& status, bool named) {
     switch (status.state) {
         case GroupState::Unread:
-            return true;
+            return status.reason != kHomeRefused;
         case GroupState::Partial:
-            return status.reason != kPermission;
+            return status.reason != kPermission && status.reason != kHomeRefused;
         case GroupState::Unsupported:
             return named;
         default:

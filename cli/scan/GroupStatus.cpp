@@ -23,7 +23,7 @@ constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsNotApplicable", GroupState::NotApplicable},
                                       {"GroupsComplete", GroupState::Complete}}};
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 19> kReasons{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 22> kReasons{{
     {"permission", "permission denied; root may read it"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
@@ -39,6 +39,9 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 19> kReasons
     {"other-processor", "other processors only"},
     {"no-smbios", "no SMBIOS tables are visible here"},
     {"smbios-broken", "the SMBIOS tables are damaged"},
+    {"guest-broken", "the configuration of a virtual machine is damaged"},
+    {"home-refused", "a home directory has links, special files or huge files, or is not local"},
+    {"logs-broken", "a log of package upgrades is damaged or too large"},
     {"logins-broken", "a record of logins is damaged or too large"},
     {"no-driver", "no driver for such devices is loaded"},
     {"no-ipx", "this kernel has no IPX"},

@@ -31,7 +31,7 @@ inline constexpr const char* kOtherSystem = "other-system";
     GATHERED(LogicalDrive)                                                        \
     GATHERED(IPXAddress)                                                          \
     GATHERED(Video)                                                               \
-    UNSUPPORTED(Printer, "Printer")                                               \
+    GATHERED(Printer)                                                             \
     GATHERED(Regional)                                                            \
     GATHERED(SystemEnclosure)                                                     \
     GATHERED(UNIXSystemParams)                                                    \
@@ -41,18 +41,18 @@ inline constexpr const char* kOtherSystem = "other-system";
     GATHERED(ParallelPort)                                                        \
     GATHERED(SMBIOS)                                                              \
     GATHERED(SoftwarePackages)                                                    \
-    UNSUPPORTED(InstalledPatches, "Installed Patches")                            \
-    UNSUPPORTED(Partition, "Partition")                                           \
+    GATHERED(InstalledPatches)                                                    \
+    GATHERED(Partition)                                                           \
     GATHERED(USBDevice)                                                           \
     GATHERED(PCIDevice)                                                           \
-    UNSUPPORTED(Modem, "Modem")                                                   \
+    GATHERED(Modem)                                                               \
     GATHERED(MemoryModules)                                                       \
     GATHERED(Monitor)                                                             \
     GATHERED(Lpar)                                                                \
-    UNSUPPORTED(ServiceInfo, "Service Info")                                      \
+    GATHERED(ServiceInfo)                                                         \
     GATHERED(UserAccountInfo)                                                     \
     GATHERED(LastLoggedUser)                                                      \
-    UNSUPPORTED(ScreenSaverInfo, "Screen Saver Info")                             \
+    GATHERED(ScreenSaverInfo)                                                     \
     ELSEWHERE(OperatingSystemCSIDL, "Operating System CSIDL", kWindows)           \
     ELSEWHERE(WinCluster, "WinCluster", kWindows)                                 \
     ELSEWHERE(WinClusterNode, "WinClusterNode", kWindows)                         \
@@ -63,7 +63,7 @@ inline constexpr const char* kOtherSystem = "other-system";
     GATHERED(CpuMeter)                                                            \
     GATHERED(UnixCpuMeter)                                                        \
     ELSEWHERE(WinCpuMeter, "WinCpuMeter", kWindows)                               \
-    UNSUPPORTED(VirtualMachine, "VirtualMachine")                                 \
+    GATHERED(VirtualMachine)                                                      \
     GATHERED(VirtualMachineGuest)                                                 \
     GATHERED(IPv6Address)
 // clang-format on

@@ -12,6 +12,7 @@
 #include "toolkit/quorvah/sources/FileSystemIdentity.h"
 #include "toolkit/quorvah/sources/FileSystemUsage.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/MountTable.h"
 #include "toolkit/quorvah/sources/MountedDrives.h"
 #include "toolkit/quorvah/sources/UdevData.h"
 
@@ -34,16 +35,6 @@ constexpr FieldDef kFields[] = {
     {"InodesFree", FieldDef::kCount | FieldDef::kVolatile},
     {"Remote"},
 };
-
-std::vector<Mount> readMounts(const Root& root) {
-    for (const char* const path : {"/proc/self/mountinfo", "/proc/1/mountinfo"}) {
-        if (const auto text = root.read(path)) return readMountInfo(*text);
-    }
-    for (const char* const path : {"/proc/mounts", "/proc/1/mounts", "/etc/fstab"}) {
-        if (const auto text = root.read(path)) return readMountTable(*text);
-    }
-    return {};
-}
 
 // "sda1" for "/dev/sda1"; empty if the source is not a device.
 std::string deviceName(const Mount& mount) {

@@ -1,4 +1,5 @@
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -124,15 +125,16 @@ constexpr const char* kSources[] = {"/sys/bus", "/sys/class"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
-    std::map<std::string, Instance*> found;  // by bus address
-    DeviceNameDatabase database(context.options(), "pci.ids");
+    std::map<std::string, Instance*> found;      // by bus address
+    std::optional<DeviceNameDatabase> database;  // reading it takes longer than all the rest
     for (const std::string& address : root.list(kPci)) {
         const std::string path = kPci + address + "/";
         if (!readPciAddress(address) || !root.readLine(path + "class").starts_with("0x03")) continue;
         Instance& video = data.add(address);
         found[address] = &video;
         setIds(root, path, video);
-        setNames(root, database.ids(), address, video);
+        if (!database) database.emplace(context.options(), "pci.ids");
+        setNames(root, database->ids(), address, video);
         setDriver(root, path, video);
     }
     for (const Card& card : readCards(root)) {

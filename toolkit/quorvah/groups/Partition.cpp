@@ -1,0 +1,199 @@
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/groups/GroupTable.h"
+#include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/BlockDevices.h"
+#include "toolkit/quorvah/sources/GatheringContext.h"
+#include "toolkit/quorvah/sources/MountTable.h"
+#include "toolkit/quorvah/sources/UdevData.h"
+
+namespace toolkit::quorvah {
+
+namespace {
+
+constexpr FieldDef kFields[] = {
+    {"DeviceID"},
+    {"Name"},
+    {"Size", FieldDef::kCount},
+    {"BlockSize", FieldDef::kCount},
+    {"FileSystemType"},
+    {"Usage"},
+    {"Label"},
+    {"Uuid", FieldDef::kPrivate},
+    {"MountPoint"},
+    {"Parents"},
+    {"RaidLevel"},
+    {"RaidState"},
+    {"DmName"},
+    {"DmUuid", FieldDef::kPrivate},
+};
+
+const std::string kBlock = "/sys/class/block/";
+
+// "/dev/mapper/vg-root" for a device of the device mapper, else "/dev/sda1".
+std::string pathOf(const BlockDevice& device) {
+    const std::string name = device.line("dm/name");
+    return name.empty() ? device.path() : "/dev/mapper/" + name;
+}
+
+// What the machine does with its block devices.
+class Uses {
+  public:
+    explicit Uses(const Root& root) : mounts_(readMounts(root)) {
+        const std::string swaps = root.read("/proc/swaps").value_or("");
+        std::string_view rest = swaps;
+        std::string_view line;
+        nextLine(rest, line);  // the heading
+        while (nextLine(rest, line)) swaps_.insert(withoutOctalEscapes(nextWord(line)));
+    }
+
+    // The mounts of a device, without those that cannot be told from its number.
+    std::vector<const Mount*> mountsOf(const BlockDevice& device) const {
+        const std::string number = device.line("dev");
+        std::vector<const Mount*> found;
+        for (const Mount& mount : mounts_) {
+            const bool byNumber = !number.empty() && mount.device == number;
+            if (byNumber || mount.source == device.path() || mount.source == pathOf(device))
+                found.push_back(&mount);
+        }
+        return found;
+    }
+
+    bool isSwap(const BlockDevice& device) const {
+        return swaps_.contains(device.path()) || swaps_.contains(pathOf(device));
+    }
+
+  private:
+    std::vector<Mount> mounts_;
+    std::set<std::string> swaps_;
+};
+
+// What a device made of this one shows about its content.
+std::string_view usageByHolder(const Root& root, const BlockDevice& device) {
+    for (const std::string& holder : device.list("holders")) {
+        const std::string uuid = root.readLine(kBlock + holder + "/dm/uuid");
+        if (uuid.starts_with("LVM-")) return "lvm";
+        if (uuid.starts_with("CRYPT-")) return "crypto";
+        if (root.exists(kBlock + holder + "/md")) return "raid";
+    }
+    return {};
+}
+
+// udev's words for the contents that it recognises.
+std::string_view usageByUdev(std::string_view udev) {
+    const std::string_view usage = udevProperty(udev, "ID_FS_USAGE");
+    const std::string_view type = udevProperty(udev, "ID_FS_TYPE");
+    if (type == "swap") return "swap";
+    if (type == "LVM2_member" || type == "LVM1_member") return "lvm";
+    if (usage == "filesystem" || usage == "raid" || usage == "crypto") return usage;
+    return {};
+}
+
+void setContent(const Root& root, const BlockDevice& device, const Uses& uses, Instance& extent) {
+    const std::string udev = device.udevData();
+    const std::vector<const Mount*> mounts = uses.mountsOf(device);
+    std::string usage(usageByUdev(udev));
+    std::string type(udevProperty(udev, "ID_FS_TYPE"));
+    if (!mounts.empty()) {
+        usage = "filesystem";
+        if (type.empty()) type = mounts.front()->type;
+    } else if (uses.isSwap(device)) {
+        usage = "swap";
+        if (type.empty()) type = "swap";
+    }
+    if (usage.empty()) usage = usageByHolder(root, device);
+    // udev looks at every device, so one without a type carries nothing.
+    const bool looked = !udev.empty() && device.list("holders").empty();
+    if (usage.empty() && looked && type.empty()) usage = "unused";
+    std::vector<std::string> points;
+    for (const Mount* const mount : mounts) {
+        if (std::ranges::find(points, mount->mountPoint) == points.end()) points.push_back(mount->mountPoint);
+    }
+    extent.set("FileSystemType", type);
+    extent.set("Usage", usage);
+    extent.set("Label", withoutHexEscapes(udevProperty(udev, "ID_FS_LABEL_ENC")));
+    extent.set("Uuid", udevProperty(udev, "ID_FS_UUID"));
+    extent.set("MountPoint", points);
+}
+
+// What is rebuilt or checked at present, else "degraded" or "clean", else the kernel's word.
+std::string raidState(const BlockDevice& device) {
+    const std::string action = device.line("md/sync_action");
+    if (!action.empty() && action != "idle" && action != "frozen") return action;
+    if (device.number("md/degraded").value_or(0) > 0) return "degraded";
+    const std::string state = device.line("md/array_state");
+    // An array that is being written to changes between these.
+    for (const char* const healthy : {"clean", "active", "active-idle", "write-pending"}) {
+        if (state == healthy) return "clean";
+    }
+    return state;
+}
+
+void setVolume(const BlockDevice& device, Instance& extent) {
+    extent.set("RaidLevel", device.line("md/level"));
+    if (device.has("md")) extent.set("RaidState", raidState(device));
+    extent.set("DmName", device.line("dm/name"));
+    extent.set("DmUuid", device.line("dm/uuid"));
+}
+
+std::vector<std::string> slavesOf(const Root& root, const BlockDevice& device) {
+    std::vector<std::string> parents;
+    for (const std::string& name : device.list("slaves"))
+        parents.push_back(pathOf(BlockDevice(root, kBlock + name + "/", name)));
+    return parents;
+}
+
+// An extended partition holds other partitions and no data.
+bool isExtended(const BlockDevice& partition) {
+    const std::string udev = partition.udevData();
+    if (udevProperty(udev, "ID_PART_ENTRY_SCHEME") != "dos") return false;
+    const std::string_view type = udevProperty(udev, "ID_PART_ENTRY_TYPE");
+    return type == "0x5" || type == "0xf" || type == "0x85";
+}
+
+// Whether a whole device may carry something itself. One without a size has no medium.
+bool isExtent(const BlockDevice& device, const Uses& uses) {
+    if (device.number("size").value_or(0) == 0 || device.name().starts_with("ram")) return false;
+    const bool volume = device.has("dm") || device.has("md");
+    return volume || !device.list("holders").empty() || uses.isSwap(device) ||
+           !uses.mountsOf(device).empty() || !usageByUdev(device.udevData()).empty();
+}
+
+constexpr const char* kSources[] = {"/sys/block", "/sys/class/block"};
+
+void gather(GatheringContext& context, GroupData& data) {
+    const Root& root = context.root();
+    const Uses uses(root);
+    const auto add = [&](const BlockDevice& device, Count blockSize,
+                         const std::vector<std::string>& parents) {
+        context.checkTime();
+        Instance& extent = data.add(pathOf(device));
+        extent.set("Name", device.name());
+        extent.set("Size", device.bytes("size"));
+        extent.set("BlockSize", blockSize);
+        setContent(root, device, uses, extent);
+        extent.set("Parents", parents);
+        setVolume(device, extent);
+    };
+    for (const BlockDevice& disk : blockDevices(root)) {
+        const std::vector<BlockDevice> partitions = partitionsOf(root, disk);
+        if (partitions.empty() && isExtent(disk, uses)) add(disk, disk.blockSize(), slavesOf(root, disk));
+        for (const BlockDevice& partition : partitions) {
+            if (!isExtended(partition)) add(partition, disk.blockSize(), {pathOf(disk)});
+        }
+    }
+}
+
+}  // namespace
+
+constexpr Group kPartition{.displayName = "Partition",
+                           .xmlName = "Partition",
+                           .fields = kFields,
+                           .gather = gather,
+                           .sources = kSources};
+
+}  // namespace toolkit::quorvah
