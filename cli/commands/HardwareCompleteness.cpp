@@ -26,12 +26,14 @@ Reasons groupsIn(const HardwareInventory& inventory, GroupState state) {
     return reasons;
 }
 
+// A group that only root may read is lacking if the user asks for it by name.
 bool isLacking(const GroupStatus& status, bool named) {
+    const bool kept = status.reason == kPermission || status.reason == kHomeRefused;
     switch (status.state) {
         case GroupState::Unread:
-            return status.reason != kHomeRefused;
+            return named || !kept;
         case GroupState::Partial:
-            return status.reason != kPermission && status.reason != kHomeRefused;
+            return !kept;
         case GroupState::Unsupported:
             return named;
         default:

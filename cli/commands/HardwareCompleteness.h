@@ -12,8 +12,8 @@ namespace zavcli {
 // database is damaged". Groups of unknown status are not mentioned.
 std::vector<std::string> completenessMessages(const HardwareInventory& inventory);
 
-// Whether requested data could not be read: a group is unread, or it is partial for another reason than a missing
-// permission, or it is unsupported although the user named it. `named` tells whether the user named the groups.
+// Whether requested data could not be read: a group is unread or partial for another reason than what users may keep from
+// each other, or it is unread or unsupported although the user named it. `named` tells whether the user named the groups.
 bool lacksRequestedData(const HardwareInventory& inventory, bool named);
 
 }  // namespace zavcli

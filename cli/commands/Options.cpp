@@ -58,8 +58,8 @@ Examples:
   zav hw --root /mnt/image --format json           scan the system below /mnt/image instead of this machine
 
 Exit status: 0 the inventory is written, 1 the command failed, 2 the command line is wrong, 3 the inventory is
-written, but a group is unread, or partial for another reason than a missing permission, or was named by --group and
-is unsupported.)";
+written, but a group is unread or partial for another reason than a missing permission, or nothing could be read of a
+group that was named by --group.)";
 
 constexpr const char* kSoftwareFooter =
     R"(A signature file describes software: which packages, files or contents show that it is installed, and which values,

@@ -37,7 +37,9 @@ TEST(HardwareCompleteness, MissingRequestedDataIsDetected) {
                  {{GroupState::Unsupported, ""}, false, true},
                  {{GroupState::Partial, "permission"}, false, false},
                  {{GroupState::Partial, "rpm-broken"}, true, true},
-                 {{GroupState::Unread, "permission"}, true, true}};
+                 {{GroupState::Partial, "home-refused"}, false, false},
+                 {{GroupState::Unread, "timeout"}, true, true},
+                 {{GroupState::Unread, "permission"}, false, true}};
     for (const auto& [status, lacking, lackingWhenNamed] : cases) {
         EXPECT_EQ(lacking, lacksRequestedData(inventoryOf(status), false)) << statusWord(status.state);
         EXPECT_EQ(lackingWhenNamed, lacksRequestedData(inventoryOf(status), true))

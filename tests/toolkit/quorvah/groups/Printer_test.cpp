@@ -55,8 +55,9 @@ TEST(Printer, ANameDoesNotLeadToAnotherFile) {
     const ScratchDir tree;
     tree.write("etc/cups/printers.conf", "<Printer ../../secret>\n</Printer>\n<Printer >\n</Printer>\n");
     tree.write("etc/secret.ppd", "*PPD-Adobe: \"4.3\"\n*ColorDevice: True\n");
-    for (const Instance& printer : gatheredBelow(kPrinter, tree.path()).instances())
-        EXPECT_EQ("", printer.get("Color"));
+    const GroupData data = gatheredBelow(kPrinter, tree.path());
+    EXPECT_EQ(2U, data.instances().size());
+    for (const Instance& printer : data.instances()) EXPECT_EQ("", printer.get("Color"));
 }
 
 TEST(CupsPrinters, CredentialsAreCutFromAnyUri) {
