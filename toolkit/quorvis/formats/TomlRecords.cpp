@@ -39,15 +39,36 @@ struct Hazards {
     // The place of a character beyond ASCII outside of strings and comments, where TOML has none. The behaviour of the
     // library is undefined for some of them.
     std::size_t stray = std::string_view::npos;
+    // The place of a character with which no name of a table begins. The behaviour of the library is undefined for it.
+    std::size_t table = std::string_view::npos;
 };
+
+// Where the name of a table should begin, behind the brackets at `at`. The end of the text if it may begin there.
+std::size_t wrongTableName(std::string_view text, std::size_t at) {
+    constexpr std::string_view kBlanks = " \t";
+    at = text.find_first_not_of(kBlanks, at + 1);
+    if (at != std::string_view::npos && text[at] == '[') at = text.find_first_not_of(kBlanks, at + 1);
+    if (at == std::string_view::npos) return text.size();
+    const char c = text[at];
+    const bool allowed = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                         std::string_view("-_\"'").find(c) != std::string_view::npos;
+    return allowed ? text.size() : at;
+}
 
 Hazards hazardsOf(std::string_view text) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     Hazards hazards;
     // Dots outside of strings and comments are in keys and numbers.
     std::size_t dots = 0;
+    bool lineBegins = true;
+    int depth = 0;  // of brackets and braces
     for (std::size_t at = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0; at < text.size();) {
         const char c = text[at];
+        if (c == '[' && lineBegins && depth == 0) {
+            const std::size_t wrong = wrongTableName(text, at);
+            if (wrong < text.size()) hazards.table = std::min(hazards.table, wrong);
+        }
+        lineBegins = c == '\n' || (lineBegins && (c == ' ' || c == '\t'));
         if (c == '"' || c == '\'') {
             at = endOfString(text, at);
             continue;
@@ -57,6 +78,8 @@ Hazards hazardsOf(std::string_view text) {
             continue;
         }
         if ((static_cast<unsigned char>(c) & 0x80U) != 0) hazards.stray = std::min(hazards.stray, at);
+        if (c == '[' || c == '{') ++depth;
+        if (c == ']' || c == '}') --depth;
         if (c == '.') ++dots;
         if (c == '\n' || c == '=' || c == ',' || c == '{' || c == '[') dots = 0;
         if (dots >= kMaxStepsPerKey) hazards.longKey = true;
@@ -159,9 +182,12 @@ Records readTomlRecords(std::string_view text, const RecordRequest& request,
     const Hazards hazards = hazardsOf(text);
     if (hazards.longKey)
         return problem("a key has more than " + std::to_string(kMaxStepsPerKey) + " steps", true);
-    if (hazards.stray != std::string_view::npos) {
-        const auto line = std::ranges::count(text.substr(0, hazards.stray), '\n') + 1;
-        return problem("damaged TOML, line " + std::to_string(line) + ": a character beyond ASCII", false);
+    const std::size_t wrong = std::min(hazards.stray, hazards.table);
+    if (wrong != std::string_view::npos) {
+        const auto line = std::ranges::count(text.substr(0, wrong), '\n') + 1;
+        const std::string_view what =
+            wrong == hazards.stray ? "a character beyond ASCII" : "no name of a table";
+        return problem("damaged TOML, line " + std::to_string(line) + ": " + std::string(what), false);
     }
     const toml::parse_result result = toml::parse(text);
     if (!result) {

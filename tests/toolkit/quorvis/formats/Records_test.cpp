@@ -193,6 +193,19 @@ TEST(TomlRecords, CharactersBeyondAsciiAreOnlyInTextsAndComments) {
               problemOf("toml", "\uFEFF# \u01cf\na = '\u01cf'\nb = \"\"\"\u01cf\"\"\"\"\"\n'\u01cf' = 1"));
 }
 
+TEST(TomlRecords, NamesOfTablesBeginAsNames) {
+    for (const char* const wrong :
+         {"[{}]", "[[{\"a\": 1}]]", "[", "[ [a]]", "[[[a]]]", "[\na]", "[\r\n", "[#a]", "[.a]", "[]", "[[ ]]",
+          "a = 1\n \t[=]", "[[", "[a", "a = [1]\n[{b = 1}]"}) {
+        EXPECT_TRUE(problemOf("toml", wrong).starts_with("damaged TOML, line ")) << wrong;
+    }
+    EXPECT_EQ("damaged TOML, line 3: no name of a table", problemOf("toml", "# [{\na = 1\n [{}]"));
+    for (const char* const right :
+         {"[a]", "[[a]]", "[ 'a b' ]", "[[ \"a\" . b ]]", "[-_1]", "a = [\n[{b = 1}],\n [\n]]\n[b]",
+          "a = { b = [{}, []] }\n[b]", "a = \"\"\"\n[{\"\"\"", "a = '[{'\n# [{\n"})
+        EXPECT_EQ("", problemOf("toml", right)) << right;
+}
+
 TEST(TomlRecords, DeepDocumentsAreRefused) {
     EXPECT_EQ("", problemOf("toml", repeated("a.", 62) + "a = 1"));
     EXPECT_EQ("nested more than 64 levels", problemOf("toml", repeated("a.", 63) + "a = { a.a = 1 }"));
