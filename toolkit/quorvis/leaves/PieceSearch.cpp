@@ -7,8 +7,7 @@ namespace toolkit::quorvis {
 
 bool searchPieces(const RandomAccessFile& file, const PieceRange& range, const re2::RE2& regex, int lastGroup,
                   const PieceVisitor& visit) {
-    constexpr std::uint64_t kPieceSize = std::uint64_t{4} << 20;
-    const std::uint64_t pieceSize = kPieceSize + range.longestMatch;
+    const std::uint64_t pieceSize = range.pieceSize + range.longestMatch;
     std::string piece;
     std::uint64_t searched = 0;  // bytes of the range in which no further match begins
     while (searched < range.size) {

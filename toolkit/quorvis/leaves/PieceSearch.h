@@ -15,7 +15,8 @@ namespace toolkit::quorvis {
 struct PieceRange {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
-    std::uint64_t longestMatch = 0;  // bytes
+    std::uint64_t longestMatch = 0;                    // bytes
+    std::uint64_t pieceSize = std::uint64_t{4} << 20;  // bytes, without what overlaps; at least 2
 };
 
 // Of expressions that search large files, by default and at most.
