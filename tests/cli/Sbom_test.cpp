@@ -1,6 +1,7 @@
 // `zav sbom` as a whole process, with the bundled scanners on a small tree.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/Process.h"
@@ -59,6 +60,32 @@ TEST_F(SbomTest, TreeIsOneDocument) {
     EXPECT_EQ("2.10", tool.at("version"));
     EXPECT_EQ("Tool Makers", tool.at("supplier").at("name"));
     EXPECT_EQ("/opt/tool/release", tool.at("evidence").at("occurrences").at(0).at("location"));
+}
+
+TEST_F(SbomTest, PackagesOfAProgramAreWithinIt) {
+    scratch_.write(
+        "tree/opt/shop/shop.deps.json",
+        R"({"libraries": {"shop/1.0.0": {"type": "project"}, "Serilog/3.1.1": {"type": "package"},)"
+        R"( "Dapper/2.1.28": {"type": "package"}}})");
+    const auto bill = [&](const char* format) {
+        const Ended ended = Process({"sbom", "--root", path("tree"), "--format", format}).run();
+        EXPECT_EQ(0, ended.status) << ended.err;
+        return Json::parse(ended.out);
+    };
+    const auto named = [](const Json& list, const char* name) {
+        const auto found = std::find_if(list.begin(), list.end(),
+                                        [name](const Json& item) { return item.at("name") == name; });
+        return found == list.end() ? Json::object() : *found;
+    };
+    const Json shop = named(bill("cyclonedx").at("components"), "shop");
+    ASSERT_EQ(2U, shop.at("components").size());
+    EXPECT_EQ("pkg:nuget/Serilog@3.1.1", named(shop.at("components"), "Serilog").at("purl"));
+    const Json spdx = bill("spdx");
+    const Json contains = {{"spdxElementId", named(spdx.at("packages"), "shop").at("SPDXID")},
+                           {"relationshipType", "CONTAINS"},
+                           {"relatedSpdxElement", named(spdx.at("packages"), "Serilog").at("SPDXID")}};
+    const Json& relationships = spdx.at("relationships");
+    EXPECT_EQ(1, std::count(relationships.begin(), relationships.end(), contains));
 }
 
 TEST_F(SbomTest, TwoRunsGiveTheSameDocument) {
