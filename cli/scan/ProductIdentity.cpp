@@ -83,7 +83,8 @@ bool isLanguagePackage(const MatchedSignature& match) {
 std::string packageText(const ProductIdentity& identity) {
     if (!identity.package.empty()) return typeAndName(identity.package);
     const std::optional<PackageUrl> url = parsePackageUrl(identity.purl);
-    if (url && isLanguageType(url->type)) return typeAndName(identity.purl);
+    // The name of the product is that of the package.
+    if (url && isLanguageType(url->type)) return url->type;
     return identity.packaging == Packaging::NotOwned ? "none" : "unknown";
 }
 

@@ -32,7 +32,7 @@ ProductIdentity identityOf(const MatchedSignature& match);
 // report their package URL in the variable `purl`.
 bool isLanguagePackage(const MatchedSignature& match);
 
-// How the product came to the machine, in words for people: "deb bash", "npm left-pad", "none" or "unknown".
+// How the product came to the machine, in words for people: "deb bash", "npm", "none" or "unknown".
 std::string packageText(const ProductIdentity& identity);
 
 }  // namespace zavcli

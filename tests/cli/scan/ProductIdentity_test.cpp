@@ -43,7 +43,7 @@ TEST(ProductIdentity, WithoutThatVariablePackageEvidenceDecides) {
 TEST(ProductIdentity, LanguagePackageNamesItsEcosystemUnlessASystemPackageOwnsIt) {
     const MatchedSignature alone = match({{"package", ""}, {"purl", "pkg:npm/left-pad@1"}});
     EXPECT_TRUE(isLanguagePackage(alone));
-    EXPECT_EQ("npm left-pad", packageText(identityOf(alone)));
+    EXPECT_EQ("npm", packageText(identityOf(alone)));
     const MatchedSignature owned =
         match({{"package", "pkg:deb/debian/node-left-pad@1"}, {"purl", "pkg:npm/left-pad@1"}});
     EXPECT_TRUE(isLanguagePackage(owned));
