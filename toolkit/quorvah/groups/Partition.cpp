@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 #include <algorithm>
 #include <set>
 #include <string>
@@ -7,6 +10,7 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BlockDevices.h"
+#include "toolkit/quorvah/sources/FileSystemIdentity.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/MountTable.h"
 #include "toolkit/quorvah/sources/UdevData.h"
@@ -83,21 +87,52 @@ std::string_view usageByHolder(const Root& root, const BlockDevice& device) {
     return {};
 }
 
-// udev's words for the contents that it recognises.
-std::string_view usageByUdev(std::string_view udev) {
-    const std::string_view usage = udevProperty(udev, "ID_FS_USAGE");
-    const std::string_view type = udevProperty(udev, "ID_FS_TYPE");
-    if (type == "swap") return "swap";
-    if (type == "LVM2_member" || type == "LVM1_member") return "lvm";
-    if (usage == "filesystem" || usage == "raid" || usage == "crypto") return usage;
-    return {};
+// What a device contains.
+struct Content {
+    FileSystemIdentity identity;
+    bool looked = false;  // whether somebody looked, so that a missing type means that there is nothing
+};
+
+// Drives whose medium would have to be spun up or may be missing.
+bool isRemovableDrive(const BlockDevice& device) {
+    return device.name().starts_with("sr") || device.name().starts_with("fd");
 }
 
-void setContent(const Root& root, const BlockDevice& device, const Uses& uses, Instance& extent) {
+// What udev recognised, or else what the superblock says. Only the live machine has devices, and only root may read
+// them.
+Content contentOf(const Root& root, const BlockDevice& device) {
     const std::string udev = device.udevData();
+    Content content;
+    content.identity.type = udevProperty(udev, "ID_FS_TYPE");
+    content.identity.usage = udevProperty(udev, "ID_FS_USAGE");
+    content.identity.label = withoutHexEscapes(udevProperty(udev, "ID_FS_LABEL_ENC"));
+    content.identity.uuid = udevProperty(udev, "ID_FS_UUID");
+    content.looked = !udev.empty();
+    if (content.looked || !root.live() || isRemovableDrive(device)) return content;
+    const kest::Descriptor file = root.open(device.path());
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISBLK(status.st_mode)) return content;
+    const std::string number =
+        std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev));
+    if (number != device.line("dev")) return content;
+    content.identity = readFileSystemIdentity(file).value_or(FileSystemIdentity());
+    content.looked = true;
+    return content;
+}
+
+std::string_view usageOf(const FileSystemIdentity& identity) {
+    if (identity.type == "swap") return "swap";
+    if (identity.type == "LVM2_member" || identity.type == "LVM1_member") return "lvm";
+    const std::string& usage = identity.usage;
+    return usage == "filesystem" || usage == "raid" || usage == "crypto" ? std::string_view(usage)
+                                                                         : std::string_view();
+}
+
+void setContent(const Root& root, const BlockDevice& device, const Content& content, const Uses& uses,
+                Instance& extent) {
     const std::vector<const Mount*> mounts = uses.mountsOf(device);
-    std::string usage(usageByUdev(udev));
-    std::string type(udevProperty(udev, "ID_FS_TYPE"));
+    std::string usage(usageOf(content.identity));
+    std::string type = content.identity.type;
     if (!mounts.empty()) {
         usage = "filesystem";
         if (type.empty()) type = mounts.front()->type;
@@ -106,17 +141,15 @@ void setContent(const Root& root, const BlockDevice& device, const Uses& uses, I
         if (type.empty()) type = "swap";
     }
     if (usage.empty()) usage = usageByHolder(root, device);
-    // udev looks at every device, so one without a type carries nothing.
-    const bool looked = !udev.empty() && device.list("holders").empty();
-    if (usage.empty() && looked && type.empty()) usage = "unused";
+    if (usage.empty() && content.looked && type.empty() && device.list("holders").empty()) usage = "unused";
     std::vector<std::string> points;
     for (const Mount* const mount : mounts) {
         if (std::ranges::find(points, mount->mountPoint) == points.end()) points.push_back(mount->mountPoint);
     }
     extent.set("FileSystemType", type);
     extent.set("Usage", usage);
-    extent.set("Label", withoutHexEscapes(udevProperty(udev, "ID_FS_LABEL_ENC")));
-    extent.set("Uuid", udevProperty(udev, "ID_FS_UUID"));
+    extent.set("Label", content.identity.label);
+    extent.set("Uuid", content.identity.uuid);
     extent.set("MountPoint", points);
 }
 
@@ -155,12 +188,15 @@ bool isExtended(const BlockDevice& partition) {
     return type == "0x5" || type == "0xf" || type == "0x85";
 }
 
-// Whether a whole device may carry something itself. One without a size has no medium.
-bool isExtent(const BlockDevice& device, const Uses& uses) {
-    if (device.number("size").value_or(0) == 0 || device.name().starts_with("ram")) return false;
+// Whether a whole device carries something itself. One without a size has no medium.
+bool isExtent(const BlockDevice& device, const Content& content, const Uses& uses) {
     const bool volume = device.has("dm") || device.has("md");
     return volume || !device.list("holders").empty() || uses.isSwap(device) ||
-           !uses.mountsOf(device).empty() || !usageByUdev(device.udevData()).empty();
+           !uses.mountsOf(device).empty() || !usageOf(content.identity).empty();
+}
+
+bool mayCarry(const BlockDevice& device) {
+    return device.number("size").value_or(0) > 0 && !device.name().starts_with("ram");
 }
 
 constexpr const char* kSources[] = {"/sys/block", "/sys/class/block"};
@@ -168,22 +204,26 @@ constexpr const char* kSources[] = {"/sys/block", "/sys/class/block"};
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     const Uses uses(root);
-    const auto add = [&](const BlockDevice& device, Count blockSize,
+    const auto add = [&](const BlockDevice& device, const Content& content, Count blockSize,
                          const std::vector<std::string>& parents) {
         context.checkTime();
         Instance& extent = data.add(pathOf(device));
         extent.set("Name", device.name());
         extent.set("Size", device.bytes("size"));
         extent.set("BlockSize", blockSize);
-        setContent(root, device, uses, extent);
+        setContent(root, device, content, uses, extent);
         extent.set("Parents", parents);
         setVolume(device, extent);
     };
     for (const BlockDevice& disk : blockDevices(root)) {
         const std::vector<BlockDevice> partitions = partitionsOf(root, disk);
-        if (partitions.empty() && isExtent(disk, uses)) add(disk, disk.blockSize(), slavesOf(root, disk));
+        if (partitions.empty() && mayCarry(disk)) {
+            const Content content = contentOf(root, disk);
+            if (isExtent(disk, content, uses)) add(disk, content, disk.blockSize(), slavesOf(root, disk));
+        }
         for (const BlockDevice& partition : partitions) {
-            if (!isExtended(partition)) add(partition, disk.blockSize(), {pathOf(disk)});
+            if (!isExtended(partition))
+                add(partition, contentOf(root, partition), disk.blockSize(), {pathOf(disk)});
         }
     }
 }
