@@ -118,6 +118,13 @@ TEST(BareTree, HasNoFieldsOfTheScanningMachine) {
 TEST(LiveMachine, HasTheSameDataWhenScannedAsATree) {
     const std::pair<const Group*, std::vector<const char*>> groups[] = {
         {&kProcessor, {"Name", "Family", "Flags", "NumaNode", "L2CacheSize", "EnabledState"}},
+        {&kUserAccountInfo, {"Name", "GroupName", "Groups", "HomeDirectory", "LoginShell", "Disabled"}},
+        {&kServiceInfo, {"Caption", "StartMode", "PathName", "StartName", "UnitFile"}},
+        {&kPartition, {"Name", "Size", "BlockSize", "MountPoint", "Parents"}},
+        {&kSerialPort, {"Name", "MaxBaudRate", "UartType", "IoAddress", "Irq", "Driver"}},
+        {&kInstalledPatches, {"VersionString", "PreviousVersion", "InstallDate"}},
+        {&kPCSystemParams, {"BIOSVersion", "BaseBoardProduct", "FirmwareType", "SecureBoot"}},
+        {&kUnixCpuMeter, {}},
         {&kPhysicalProcessor, {"Name", "NumberOfCores", "NumberOfLogicalProcessors", "L3CacheSize"}},
         {&kStorage, {"Size", "InterfaceType", "BusAddress", "BlockSize"}},
         {&kDiskPartition, {"Size", "StartingOffset"}},

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ScratchDir.h"
+#include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
@@ -125,6 +126,23 @@ TEST_F(PartitionTest, WithoutUdevAContentThatNobodyUsesIsUnknown) {
     const GroupData data = gatheredBelow(kPartition, tree_.path());
     ASSERT_EQ(1U, data.instances().size());
     EXPECT_EQ("", data.instances().front().get("Usage"));
+}
+
+TEST(PartitionLive, VolumesMatchLsblk) {
+    Rows theirs;
+    for (const std::string& line : linesOf("lsblk -Pnbo KNAME,SIZE,TYPE,PARTTYPE || test ! -e /sys/block")) {
+        std::map<std::string, std::string> pairs = pairsOf(line);
+        const bool extended =
+            pairs["PARTTYPE"] == "0x5" || pairs["PARTTYPE"] == "0xf" || pairs["PARTTYPE"] == "0x85";
+        if (pairs["TYPE"] == "disk" || pairs["TYPE"] == "loop" || pairs["TYPE"] == "rom" || extended)
+            continue;
+        theirs.push_back(pairs["KNAME"] + "\t" + pairs["SIZE"]);
+    }
+    const GroupData data = gatheredLive(kPartition);
+    const Rows ours = rowsOf(data, {"Name", "Size"});
+    std::ranges::sort(theirs);
+    theirs.erase(std::unique(theirs.begin(), theirs.end()), theirs.end());
+    for (const std::string& volume : theirs) EXPECT_NE(ours.end(), std::ranges::find(ours, volume)) << volume;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ScratchDir.h"
+#include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 #include "tests/toolkit/quorvah/LoginRecords.h"
 
@@ -68,6 +69,17 @@ TEST(UserAccountInfo, WithoutTheShadowFileDisabledIsUnknown) {
     const GroupData data = gatheredBelow(kUserAccountInfo, tree.path());
     ASSERT_EQ(1U, data.instances().size());
     EXPECT_EQ("", data.instances().front().get("Disabled"));
+}
+
+TEST(UserAccountInfoLive, MatchesTheAccountsOfTheSystem) {
+    Rows theirs;
+    for (const std::string& line : linesOf("getent -s files passwd")) {
+        const std::vector<std::string> fields = fieldsOf(line, ':');
+        theirs.push_back(fields[2] + "\t" + fields[0] + "\t" + fields[3] + "\t" + fields[5] + "\t" +
+                         fields[6]);
+    }
+    const GroupData data = gatheredLive(kUserAccountInfo);
+    EXPECT_EQ(sorted(theirs), rowsOf(data, {"UserID", "Name", "GroupId", "HomeDirectory", "LoginShell"}));
 }
 
 }  // namespace
