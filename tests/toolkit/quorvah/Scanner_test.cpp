@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/toolkit/quorvah/LoginRecords.h"
 #include "tests/toolkit/quorvah/ScannerTest.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
@@ -148,6 +149,25 @@ TEST_F(Scanner, SanitizedOutputIdentifiesNobody) {
     }
     EXPECT_EQ(names.size(), 1U) << "the same name has the same hash everywhere";
     EXPECT_EQ(names.begin()->size(), 16U);
+}
+
+TEST_F(Scanner, SanitizedOutputNamesNoAccountsGuestsOrPrinters) {
+    const fs::path tree = dir_.path() / "tree";
+    dir_.write("tree/etc/passwd", "secretuser:x:1001:1001:Secret Person:/home/secretuser:/bin/sh\n");
+    dir_.write("tree/etc/group", "secretuser:x:1001:\nsecretteam:x:1002:secretuser\n");
+    dir_.write("tree/home/secretuser/.xscreensaver", "lock: True\n");
+    dir_.write("tree/var/log/wtmp", toolkit::quorvah::loginRecord(toolkit::quorvah::kLoginRecord, "pts/0",
+                                                                  "secretuser", "secrethost", 1700000000));
+    dir_.write("tree/etc/libvirt/qemu/secretguest.xml",
+               "<domain type='kvm'><name>secretguest</name><uuid>secretid</uuid></domain>");
+    dir_.write("tree/etc/cups/printers.conf",
+               "<Printer laser>\nDeviceURI ipp://secrethost/laser\n</Printer>\n");
+    ASSERT_EQ(scan(allDisplayNames(), {"--root", tree, "--sanitize"}).status, 0);
+    const std::multiset<std::string> groups = groupsWritten();
+    for (const char* const group :
+         {"UserAccountInfo", "LastLoggedUser", "ScreenSaverInfo", "VirtualMachine", "Printer"})
+        EXPECT_EQ(1U, groups.count(group)) << group;
+    EXPECT_EQ(std::string::npos, readAll(out()).find("secret")) << readAll(out());
 }
 
 TEST_F(Scanner, RawOutputKeepsPlaceholders) {
