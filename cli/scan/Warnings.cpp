@@ -60,6 +60,15 @@ bool isOfDamagedFile(const Warning& warning) {
     return isOfFile(warning) && !isPrivate(warning) && !isUnresolved(warning);
 }
 
+// Whether the warning concerns a file that could not be read in time. Others say that the time is over.
+bool isOfLateFile(const Warning& warning) {
+    return attribute(warning, "code") == "deadline" && !attribute(warning, "guid").empty();
+}
+
+bool isOfUnusedFile(const Warning& warning) {
+    return isOfDamagedFile(warning) || isOfLateFile(warning);
+}
+
 // The places of the warnings that pass a test, each once.
 std::set<std::string> placesOf(const std::vector<Warning>& warnings, bool (*passes)(const Warning&)) {
     std::set<std::string> places;
@@ -70,11 +79,11 @@ std::set<std::string> placesOf(const std::vector<Warning>& warnings, bool (*pass
     return places;
 }
 
-// How many damaged files the scanner counted without naming them.
+// How many files that were not used the scanner counted without naming them.
 std::size_t unnamedFiles(const std::vector<Warning>& warnings) {
     std::size_t count = 0;
     for (const Warning& warning : warnings) {
-        if (!isOfDamagedFile(warning) || !attribute(warning, "path").empty()) continue;
+        if (!isOfUnusedFile(warning) || !attribute(warning, "path").empty()) continue;
         count += std::max(1UL, std::strtoul(attribute(warning, "count").c_str(), nullptr, 10));
     }
     return count;
@@ -159,16 +168,16 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
 
 std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings, std::string_view option) {
     const bool manyPrivate = placesOf(warnings, isPrivate).size() > kMaxPlaces;
-    const std::set<std::string> damaged = placesOf(warnings, isOfDamagedFile);
-    const std::set<std::string> named = firstOf(warnings, damaged);
+    const std::set<std::string> unused = placesOf(warnings, isOfUnusedFile);
+    const std::set<std::string> named = firstOf(warnings, unused);
     std::vector<Warning> shown;
     std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(shown), [&](const Warning& warning) {
         if (isUnresolved(warning)) return !manyPrivate && !isOfFile(warning);
         if (isPrivate(warning)) return !manyPrivate;
-        return !isOfDamagedFile(warning) || named.contains(attribute(warning, "path"));
+        return !isOfUnusedFile(warning) || named.contains(attribute(warning, "path"));
     });
     std::vector<std::string> lines = warningLines(shown);
-    const std::size_t more = damaged.size() - named.size() + unnamedFiles(warnings);
+    const std::size_t more = unused.size() - named.size() + unnamedFiles(warnings);
     if (more > 0) {
         lines.push_back(fmt::format("warning: {} more {} could not be read or understood; {} names {}", more,
                                     more == 1 ? "file" : "files", option, more == 1 ? "it" : "them"));

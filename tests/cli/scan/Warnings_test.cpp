@@ -88,6 +88,18 @@ TEST(Warnings, GapsOfSingleFilesAreExpected) {
     EXPECT_FALSE(hasUnexpectedGaps({ofFile("parse", "/a"), denied, whole}, {}));
 }
 
+TEST(Warnings, FilesThatWereNotReadInTimeAreCounted) {
+    std::vector<Warning> warnings{{{{"code", "deadline"}}, "the time limit was reached"}};
+    for (const char* path : {"/a", "/b", "/c", "/d", "/e"})
+        warnings.push_back({{{"code", "deadline"}, {"guid", "A"}, {"path", path}}, "late"});
+    EXPECT_EQ(
+        (std::vector<std::string>{"warning: the time limit was reached", "warning: /a: late (signature A)",
+                                  "warning: /b: late (signature A)", "warning: /c: late (signature A)",
+                                  "warning: 2 more files could not be read or understood; -v names them"}),
+        conciseWarningLines(warnings, "-v"));
+    EXPECT_TRUE(hasUnexpectedGaps(warnings, {}));
+}
+
 TEST(Warnings, OfManyDamagedFilesThreeAreNamed) {
     std::vector<Warning> warnings;
     for (const char* path : {"/d", "/b", "/a", "/c"}) warnings.push_back(ofFile("parse", path));

@@ -94,23 +94,27 @@ bool takeInline(std::string_view& rest, std::string& text) {
     return false;
 }
 
-// Reads the text that the pointer at `at` of the header leads to: it points to a pointer and a length.
+// Reads the text that the pointer at `at` of the header leads to: it points to a pointer and a length. In a program that
+// may be loaded anywhere, the pointers are 0 until it is loaded; then the text is empty.
 bool readPointed(const RandomAccessFile& file, const Image& image, std::string_view header, std::size_t at,
-                 std::string& text) {
+                 std::string& text, bool mayBeUnset = false) {
     const auto width = static_cast<std::size_t>(static_cast<unsigned char>(header[14]));
     const bool big = (static_cast<unsigned char>(header[15]) & kBigEndian) != 0;
     const auto number = [big, width](std::string_view bytes, std::size_t offset) {
         return big ? bigEndian(bytes, offset, width) : littleEndian(bytes, offset, width);
     };
-    const Count place = image.offsetOf(number(header, at));
+    text.clear();
+    const std::uint64_t pointer = number(header, at);
+    if (pointer == 0) return true;
+    const Count place = image.offsetOf(pointer);
+    // Variables without a value are only in memory.
+    if (!place && mayBeUnset) return true;
     std::string pair;
     if (!place || !file.read(*place, 2 * width, pair)) return false;
     const std::uint64_t size = number(pair, width);
-    if (size == 0) {
-        text.clear();
-        return true;
-    }
-    const Count content = image.offsetOf(number(pair, 0));
+    const std::uint64_t start = number(pair, 0);
+    if (size == 0 || start == 0) return true;
+    const Count content = image.offsetOf(start);
     return content && size <= kMaxTextSize && file.read(*content, size, text);
 }
 
@@ -124,7 +128,7 @@ bool readInfo(const RandomAccessFile& file, const Image& image, std::uint64_t at
     }
     const auto width = static_cast<std::size_t>(static_cast<unsigned char>(header[14]));
     return (width == 4 || width == 8) && readPointed(file, image, header, kAlignment, info.goVersion) &&
-           readPointed(file, image, header, kAlignment + width, info.modules);
+           readPointed(file, image, header, kAlignment + width, info.modules, true);
 }
 
 // The list of modules is between two sentinels of 16 bytes.

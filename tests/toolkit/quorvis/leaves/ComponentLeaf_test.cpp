@@ -80,6 +80,18 @@ TEST_F(ComponentLeaf, OlderProgramsOfGoHavePointers) {
     EXPECT_TRUE(askOf(elfProgram(pointedInfo(kBase + 0x100000, 8, false)), "go").incomplete);
 }
 
+TEST_F(ComponentLeaf, PointersThatAreSetWhenAProgramIsLoadedAreNoDamage) {
+    const std::string info = pointedInfo(kBase, 8, false);
+    for (const std::size_t pointer : {16, 24, 32, 48}) {
+        const LeafResult result =
+            askOf(elfProgram(std::string(info).replace(pointer, 8, std::string(8, '\0'))), "go");
+        EXPECT_FALSE(result.incomplete) << pointer;
+    }
+    const std::string withoutModules = std::string(info).replace(24, 8, put(kBase + 0x100000, 8));
+    EXPECT_EQ("toolchain stdlib 1.17.2 pkg:golang/stdlib@1.17.2\n",
+              textOf(askOf(elfProgram(withoutModules), "go")));
+}
+
 TEST_F(ComponentLeaf, AProgramOfGoForWindowsNamesItsModules) {
     EXPECT_EQ(kFound, textOf(askOf(windowsProgramWith(".data", std::string(16, '\0') + inlineInfo()), "go")));
 }
