@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <map>
-#include <numeric>
 
 #include "cli/commands/ScanSetup.h"
 #include "cli/scan/Catalogue.h"
@@ -72,11 +71,6 @@ void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string
     inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
 
-std::size_t countSignatures(const std::vector<SignatureFile>& files) {
-    return std::accumulate(files.begin(), files.end(), std::size_t{0},
-                           [](std::size_t sum, const SignatureFile& file) { return sum + file.count; });
-}
-
 }  // namespace
 
 std::vector<std::string> signaturePaths(const Options& options) {
@@ -125,7 +119,7 @@ SoftwareInventory evaluateSignatures(const Options& options, const std::vector<S
     LibraryHandle library(&output, workspace, toolkit.directory);
     applyOptions(library, presets, settings);
     const ScanTimer timer(toolkit.directory, root);
-    progress.begin(static_cast<int>(countSignatures(files)), "signatures");
+    progress.beginPercent();
     const auto report = [&progress](const std::string& line) {
         progress.hide();
         printMessage(line);

@@ -19,6 +19,14 @@ namespace {
 
 constexpr int kMaxBarColumns = 40;
 constexpr int kMaxLabelColumns = 22;
+constexpr int kWhole = 100;  // percent
+
+std::string barWith(int done, int total, const std::string& tail, int columns) {
+    const int width = std::clamp(columns - columnsOf(tail) - 2, 1, kMaxBarColumns);
+    const int filled = total > 0 ? width * done / total : 0;
+    const std::string bar = fmt::format("[{:#<{}}{: <{}}]", "", filled, "", width - filled);
+    return clip(bar + tail, std::max(1, columns));
+}
 
 }  // namespace
 
@@ -36,36 +44,41 @@ std::optional<std::string> finishedGroup(const LogMessage& message) {
     return std::string(text.substr(0, colon));
 }
 
-std::optional<EvaluatedSignatures> evaluatedSignatures(const LogMessage& message) {
-    const std::optional<std::string_view> line = scannerLine(message);
-    if (message.function != "SW_ExecuteScanner()" || !line) return std::nullopt;
+std::optional<int> evaluatedPercent(const LogMessage& message) {
     constexpr std::string_view kLead = "progress: ";
-    constexpr std::string_view kMiddle = " of ";
-    if (!line->starts_with(kLead)) return std::nullopt;
-    const char* const end = line->data() + line->size();
-    EvaluatedSignatures evaluated;
-    const auto done = std::from_chars(line->data() + kLead.size(), end, evaluated.done);
-    const std::string_view rest(done.ptr, static_cast<std::size_t>(end - done.ptr));
-    if (done.ec != std::errc() || !rest.starts_with(kMiddle)) return std::nullopt;
-    const auto total = std::from_chars(rest.data() + kMiddle.size(), end, evaluated.total);
-    const std::string_view unit(total.ptr, static_cast<std::size_t>(end - total.ptr));
-    const bool valid = total.ec == std::errc() && unit == " signatures" && evaluated.done >= 0 &&
-                       evaluated.total >= evaluated.done;
-    return valid ? std::optional(evaluated) : std::nullopt;
+    constexpr std::string_view kEnd = " percent";
+    const std::optional<std::string_view> line = scannerLine(message);
+    if (message.function != "SW_ExecuteScanner()" || !line || !line->starts_with(kLead) ||
+        !line->ends_with(kEnd) || line->size() < kLead.size() + kEnd.size())
+        return std::nullopt;
+    const char* const end = line->data() + line->size() - kEnd.size();
+    int percent = 0;
+    const auto [stop, error] = std::from_chars(line->data() + kLead.size(), end, percent);
+    const bool valid = error == std::errc() && stop == end && percent >= 0 && percent <= kWhole;
+    return valid ? std::optional(percent) : std::nullopt;
 }
 
 std::string progressBar(int done, int total, std::string_view label, int columns) {
-    const std::string tail = fmt::format(" {}/{} {}", done, total, clip(printable(label), kMaxLabelColumns));
-    const int width = std::clamp(columns - columnsOf(tail) - 2, 1, kMaxBarColumns);
-    const int filled = total > 0 ? width * done / total : 0;
-    const std::string bar = fmt::format("[{:#<{}}{: <{}}]", "", filled, "", width - filled);
-    return clip(bar + tail, std::max(1, columns));
+    return barWith(done, total,
+                   fmt::format(" {}/{} {}", done, total, clip(printable(label), kMaxLabelColumns)), columns);
 }
 
-void ProgressBar::begin(int total, std::string_view label) {
+std::string percentBar(int percent, int columns) {
+    return barWith(percent, kWhole, fmt::format(" {} %", percent), columns);
+}
+
+void ProgressBar::begin(int total) {
+    percent_ = false;
     total_ = total;
     done_ = 0;
-    label_ = label;
+    label_.clear();
+    show();
+}
+
+void ProgressBar::beginPercent() {
+    begin(0);
+    percent_ = true;
+    total_ = kWhole;
     show();
 }
 
@@ -74,9 +87,8 @@ void ProgressBar::onMessage(const LogMessage& message) {
     if (const std::optional<std::string> group = finishedGroup(message)) {
         done_ = std::min(done_ + 1, total_);
         label_ = *group;
-    } else if (const std::optional<EvaluatedSignatures> evaluated = evaluatedSignatures(message)) {
-        done_ = evaluated->done;
-        total_ = evaluated->total;
+    } else if (const std::optional<int> percent = evaluatedPercent(message); percent && *percent > done_) {
+        done_ = *percent;
     } else {
         return;
     }
@@ -94,7 +106,9 @@ void ProgressBar::show() {
     if (!enabled_ || total_ == 0) return;
     // The last column stays free, because some terminals wrap when it is written.
     const int columns = terminalColumns(STDERR_FILENO) - 1;
-    writeStandardError(fmt::format("\r\x1b[K{}", progressBar(done_, total_, label_, columns)));
+    const std::string bar =
+        percent_ ? percentBar(done_, columns) : progressBar(done_, total_, label_, columns);
+    writeStandardError(fmt::format("\r\x1b[K{}", bar));
     shown_ = true;
     registerProgressLine(true);
 }

@@ -12,17 +12,13 @@ namespace zavcli {
 // The group that the scanner has finished according to the message, such as "Processor". Nothing for other messages.
 std::optional<std::string> finishedGroup(const LogMessage& message);
 
-// How far the evaluation of signatures is.
-struct EvaluatedSignatures {
-    int done = 0;
-    int total = 0;
-};
-
-// The numbers that the message reports, such as "progress: 12 of 345 signatures". Nothing for other messages.
-std::optional<EvaluatedSignatures> evaluatedSignatures(const LogMessage& message);
+// How far the evaluation of signatures is according to the message, such as "progress: 34 percent". Nothing for other messages.
+std::optional<int> evaluatedPercent(const LogMessage& message);
 
 // The bar in at most that many columns, such as "[######    ] 24/48 Processor".
 std::string progressBar(int done, int total, std::string_view label, int columns);
+// The bar of a hundred parts, such as "[######    ] 60 %".
+std::string percentBar(int percent, int columns);
 
 // Shows the bar on standard error. A disabled bar writes nothing.
 class ProgressBar {
@@ -33,9 +29,11 @@ class ProgressBar {
     ProgressBar& operator=(const ProgressBar&) = delete;
 
     bool isEnabled() const { return enabled_; }
-    // Shows an empty bar for that many groups or signatures.
-    void begin(int total, std::string_view label = "");
-    // Advances the bar if the message reports a finished group or evaluated signatures.
+    // Shows an empty bar for that many groups.
+    void begin(int total);
+    // Shows an empty bar that counts hundredths.
+    void beginPercent();
+    // Advances the bar if the message reports a finished group or a higher percentage.
     void onMessage(const LogMessage& message);
     // Erases the bar so that other text can be printed.
     void hide();
@@ -46,6 +44,7 @@ class ProgressBar {
   private:
     bool enabled_;
     bool shown_ = false;
+    bool percent_ = false;
     int total_ = 0;
     int done_ = 0;
     std::string label_;

@@ -29,30 +29,34 @@ TEST(ProgressBar, OtherMessagesReportNoGroup) {
     for (const LogMessage& message : others) EXPECT_FALSE(finishedGroup(message)) << message.text;
 }
 
-TEST(ProgressBar, ScannerLineReportsEvaluatedSignatures) {
-    const auto evaluated =
-        evaluatedSignatures({2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of 345 signatures]"});
-    ASSERT_TRUE(evaluated);
-    EXPECT_EQ(12, evaluated->done);
-    EXPECT_EQ(345, evaluated->total);
+TEST(ProgressBar, ScannerLineReportsThePercentage) {
+    EXPECT_EQ(34, evaluatedPercent({2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 34 percent]"}));
+    EXPECT_EQ(100, evaluatedPercent({2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 100 percent]"}));
     const LogMessage others[] = {
-        {2, 4, "ZAV_hw_run", "STDOUT data: [progress: 12 of 345 signatures]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of 345 things]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12 of signatures]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 12]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: ]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: -1 of 4 signatures]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 5 of 4 signatures]"},
-        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 1 of 99999999999 signatures]"},
-        {2, 4, "SW_ExecuteScanner()", "progress: 12 of 345 signatures"},
+        {2, 4, "ZAV_hw_run", "STDOUT data: [progress: 34 percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 34 things]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress:  percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 34]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 34 of 100 percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: -1 percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 101 percent]"},
+        {2, 4, "SW_ExecuteScanner()", "STDOUT data: [progress: 99999999999 percent]"},
+        {2, 4, "SW_ExecuteScanner()", "progress: 34 percent"},
     };
-    for (const LogMessage& message : others) EXPECT_FALSE(evaluatedSignatures(message)) << message.text;
+    for (const LogMessage& message : others) EXPECT_FALSE(evaluatedPercent(message)) << message.text;
 }
 
 TEST(ProgressBar, BarShowsProportionCountAndGroup) {
     EXPECT_EQ("[                ] 0/4 ", progressBar(0, 4, "", 23));
     EXPECT_EQ("[########        ] 2/4 CPU", progressBar(2, 4, "CPU", 26));
     EXPECT_EQ("[################] 4/4 CPU", progressBar(4, 4, "CPU", 26));
+}
+
+TEST(ProgressBar, BarShowsThePercentage) {
+    EXPECT_EQ("[          ] 0 %", percentBar(0, 16));
+    EXPECT_EQ("[####      ] 40 %", percentBar(40, 17));
+    EXPECT_EQ("[##########] 100 %", percentBar(100, 18));
 }
 
 TEST(ProgressBar, BarNeverExceedsItsColumns) {

@@ -4,8 +4,14 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "tests/support/Program.h"
 #include "tests/support/RefusedCall.h"
@@ -61,7 +67,24 @@ bool contains(const std::string& text, const std::string& part) {
 TEST_F(Scanner, ProgressIsPrintedOnlyOnRequest) {
     EXPECT_FALSE(contains(scan(whole(kBash)).output, "progress"));
     configure(R"(<Plugin name="Evaluation"><Attribute name="progress" value="true"/></Plugin>)");
-    EXPECT_TRUE(contains(scan(whole(kBash)).output, "progress: 1 of 1 signatures\n"));
+    EXPECT_TRUE(contains(scan(whole(kBash)).output, "progress: 100 percent\n"));
+}
+
+TEST_F(Scanner, ProgressIncreasesFromTheWalkToTheEnd) {
+    for (int i = 0; i < 300; ++i) tree_.write("opt/d" + std::to_string(i) + "/e/f", "x");
+    configure(R"(<Plugin name="Evaluation"><Attribute name="progress" value="true"/></Plugin>)");
+    const Finished run = scan(whole(R"(<Signature guid="a" name="${f.path}"><Each>)"
+                                    R"(<Glob id="f" pattern="/opt/**/f"/></Each></Signature>)"));
+    std::vector<int> percents;
+    std::istringstream lines(run.output);
+    for (std::string line; std::getline(lines, line);) {
+        int percent = -1;
+        if (std::sscanf(line.c_str(), "progress: %d percent", &percent) == 1) percents.push_back(percent);
+    }
+    ASSERT_FALSE(percents.empty()) << run.output;
+    EXPECT_TRUE(std::ranges::is_sorted(percents, std::less_equal())) << run.output;
+    EXPECT_GE(percents.front(), 0);
+    EXPECT_EQ(percents.back(), 100);
 }
 
 TEST_F(Scanner, WritesWhatMatchedAndEmptyWarnings) {

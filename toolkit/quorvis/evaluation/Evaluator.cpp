@@ -11,6 +11,9 @@ namespace toolkit::quorvis {
 void Evaluator::evaluate(std::span<const Signature> signatures, const EvaluationStart& start) {
     leaves_.expect(signatures);
     plan(signatures.subspan(start.signature));
+    std::size_t done = 0;
+    std::size_t total = 0;
+    for (const Signature& signature : signatures.subspan(start.signature)) total += countItems(signature);
     for (std::size_t i = start.signature; i < signatures.size(); ++i) {
         if (context_.budget().expired()) {
             sink_.onEvent({EventCode::Deadline,
@@ -21,10 +24,27 @@ void Evaluator::evaluate(std::span<const Signature> signatures, const Evaluation
                            {}});
             return;
         }
+        sink_.onProgress(done, total);
+        done += countItems(signatures[i]);
         sink_.onBegin(i, signatures[i].guid);
         evaluateOne(signatures[i],
                     i == start.signature ? std::span(start.aborted) : std::span<const std::size_t>());
     }
+}
+
+// The files that were found for a signature, and one for itself.
+std::size_t Evaluator::countItems(const Signature& signature) const {
+    const Scope scope(presets_, signature);
+    std::size_t count = 1;
+    for (const Detection& detection : signature.detections) {
+        if (detection.each.empty()) continue;
+        const Leaf& each = signature.leaves[detection.each.front()];
+        if (each.kind != LeafKind::Glob) continue;
+        std::string_view missing;
+        const auto query = LeafCache::query(each, scope, missing);
+        if (query) count += context_.tree().countKnown(globRequestOf(*query));
+    }
+    return count;
 }
 
 // Without a plan the same results take longer.

@@ -40,6 +40,7 @@ class Evaluator {
   private:
     void evaluateOne(const Signature& signature, std::span<const std::size_t> aborted);
     void plan(std::span<const Signature> signatures);
+    std::size_t countItems(const Signature& signature) const;
 
     const Presets& presets_;
     EvaluationContext& context_;

@@ -12,6 +12,7 @@
 
 #include "toolkit/quorvis/files/LookupBudget.h"
 #include "toolkit/quorvis/report/Event.h"
+#include "toolkit/quorvis/walk/WalkProgress.h"
 
 namespace toolkit::quorvis {
 
@@ -60,6 +61,9 @@ struct WorkerOutput {
     std::array<char, 136> guid{};            // of the latest one
     std::atomic<std::size_t> detection = 0;  // of the latest one, the Detection that is being evaluated
     std::atomic<bool> lastDetection = true;  // whether no other Detection of it follows
+    WalkProgress walk;
+    std::atomic<std::size_t> items = 0;      // to be evaluated; 0 until that is known
+    std::atomic<std::size_t> itemsDone = 0;  // of them
     std::atomic<std::uint64_t> sent = 0;     // bytes that were written to the pipe
     std::atomic<std::size_t> used = 0;       // bytes below that were not
     std::array<char, std::size_t{64} << 10> bytes;

@@ -67,15 +67,17 @@ class Supervisor {
         return done_ ? std::string() : reason;
     }
 
-    // Prints a line for each further hundredth of the signatures.
+    // Prints a line for each further hundredth of the scan. The walk and the evaluation each count as half of it.
     void sayProgress(const WorkerOutput& output) {
-        const std::size_t count = output.count;
-        if (!job_.settings.evaluation.progress || count == 0) return;
-        const std::size_t begun = std::min<std::size_t>(output.begun, count);
-        const std::size_t percent = begun * 100 / count;
+        if (!job_.settings.evaluation.progress || output.count == 0 || !result_.failure.empty()) return;
+        const std::size_t items = output.items;
+        const std::size_t evaluated = std::min<std::size_t>(output.itemsDone, items);
+        const double walked = items == 0 ? output.walk.done() : 1;
+        const double rest = items == 0 ? 0 : static_cast<double>(evaluated) / static_cast<double>(items);
+        const int percent = done_ ? 100 : std::min(static_cast<int>(50 * walked + 50 * rest), 99);
         if (percent <= saidPercent_) return;
         saidPercent_ = percent;
-        std::printf("progress: %zu of %zu signatures\n", begun, count);
+        std::printf("progress: %d percent\n", percent);
         std::fflush(stdout);
     }
 
@@ -197,7 +199,7 @@ class Supervisor {
     OutputLimit limit_;
     bool full_ = false;
     std::size_t explained_ = 0;
-    std::size_t saidPercent_ = 0;
+    int saidPercent_ = 0;
     // Of the latest attempt.
     bool read_ = false;  // whether it has read the signatures
     bool done_ = false;

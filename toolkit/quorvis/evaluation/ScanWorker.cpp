@@ -46,6 +46,11 @@ class MessageSender : public EvaluationSink {
         output_.detection = index;
         output_.lastDetection = last;
     }
+    void onProgress(std::size_t done, std::size_t total) override {
+        output_.itemsDone = done;
+        output_.items = total;
+    }
+    void onItem() override { output_.itemsDone.fetch_add(1, std::memory_order_relaxed); }
     void onMatch(const Match& match) override {
         std::string element;
         appendMatch(element, match);
@@ -85,6 +90,7 @@ class MessageSender : public EvaluationSink {
         output_.used += bytes.size();
     }
     SharedDeadline& deadline() { return output_.deadline; }
+    WalkProgress& walk() { return output_.walk; }
     void flush() {
         const std::size_t used = output_.used;
         write({output_.bytes.data(), used});
@@ -132,6 +138,7 @@ SignatureFile readSignatures(const ScanJob& job) {
     }
 }
 
+// Ends the process if the evaluation is complete: freeing its data would take a good part of a run.
 void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sender) {
     HashCache hashes(job.settings.evaluation.cache);
     if (!confine(job, attempt, sender)) return;
@@ -144,6 +151,7 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sen
     const Presets presets(withOwnVariables(job.presets, job.root));
     EvaluationContext context(job.root, job.settings, job.start);
     context.budget().publishDeadline(sender.deadline());
+    context.tree().showProgress(sender.walk());
     if (!attempt.walks) context.tree().refuseWalks();
     if (!attempt.contentFilters) context.contentFilters().turnOff();
     context.files().useHashCache(hashes);
@@ -151,6 +159,9 @@ void evaluate(const ScanJob& job, const ScanAttempt& attempt, MessageSender& sen
     evaluator.explain(job.options.explain);
     evaluator.evaluate(file.signatures, attempt.start);
     sender.onEvents(hashes.save());
+    sender.send({Kind::Done, 0, {}});
+    sender.flush();
+    leave(0);
 }
 
 }  // namespace

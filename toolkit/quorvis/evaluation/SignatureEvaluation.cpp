@@ -65,8 +65,9 @@ std::string fileOf(const Leaf& leaf, const Item& item) {
     return findsFiles(leaf.kind) ? item.source : std::string();
 }
 
-// The package that owns the file at this path, or else the link there.
-const PackageIndex::Row* ownerOf(const std::string& path, EvaluationContext& context) {
+// The package that owns the file at this path, or else the link there. `linkFree`: whether the path has no links.
+const PackageIndex::Row* ownerOf(const std::string& path, bool linkFree, EvaluationContext& context) {
+    if (linkFree) return context.owners().ownerOf(path);
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return nullptr;
     const PackageIndex::Row* const owner = context.owners().ownerOf(context.files().withoutLinks(path));
@@ -182,6 +183,7 @@ Truth SignatureEvaluation::runItems(std::size_t level) {
     for (std::size_t i = 0; i < eachResults_[level].get().items.size(); ++i) {
         if (leaves_.isFull()) forgetLeaves();
         const Item& item = eachResults_[level].get().items[i];
+        if (level == 0) sink_.onItem();
         if (each.kind == LeafKind::Package && !owners_.empty() && isOfEarlierMatch(item)) {
             explain("item " + valueOf(item, "purl") + " owns a file of an earlier match");
             continue;
@@ -320,7 +322,7 @@ const Item& SignatureEvaluation::use(const Leaf& leaf, const Item& item, bool co
 }
 
 void SignatureEvaluation::addOwner(const Leaf& leaf, Item& item) {
-    const PackageIndex::Row* const owner = ownerOf(fileOf(leaf, item), context_);
+    const PackageIndex::Row* const owner = ownerOf(fileOf(leaf, item), item.linkFree, context_);
     reportOwnerEvents();
     if (owner == nullptr && context_.owners().incomplete()) return;
     const auto set = [&item](std::string_view name, std::string value) {
@@ -371,13 +373,13 @@ bool SignatureEvaluation::isInstalledTwice(const Match& match) {
 // The file of a match is the first item of Each, or else any file that a leaf of the match found.
 void SignatureEvaluation::noteFiles() {
     for (const Proof& proof : proofs_) {
-        noteOwnerOf(fileOf(*proof.leaf, *proof.item));
+        noteOwnerOf(fileOf(*proof.leaf, *proof.item), proof.item->linkFree);
         if (!detection_->each.empty()) break;
     }
 }
 
-void SignatureEvaluation::noteOwnerOf(const std::string& path) {
-    const PackageIndex::Row* const owner = ownerOf(path, context_);
+void SignatureEvaluation::noteOwnerOf(const std::string& path, bool linkFree) {
+    const PackageIndex::Row* const owner = ownerOf(path, linkFree, context_);
     if (owner != nullptr && std::ranges::find(owners_, owner) == owners_.end()) owners_.push_back(owner);
     reportOwnerEvents();
 }

@@ -25,6 +25,10 @@ class EvaluationSink {
     virtual void onBegin(std::size_t /*index*/, std::string_view /*guid*/) {}
     // The evaluation of a Detection of this signature begins. `last`: no other one follows.
     virtual void onDetection(std::size_t /*index*/, bool /*last*/) {}
+    // Of about `total` items, `done` have been evaluated.
+    virtual void onProgress(std::size_t /*done*/, std::size_t /*total*/) {}
+    // Another item has been evaluated.
+    virtual void onItem() {}
     virtual void onMatch(const Match& match) = 0;
     virtual void onEvent(Event event) = 0;
     // A line for --explain: the outcome of a condition.
@@ -93,7 +97,7 @@ class SignatureEvaluation {
     // Whether an earlier match is of the same installation.
     bool isInstalledTwice(const Match& match);
     void noteFiles();
-    void noteOwnerOf(const std::string& path);
+    void noteOwnerOf(const std::string& path, bool linkFree);
     void reportOwnerEvents();
     static std::vector<Evidence> evidenceOf(const std::vector<Proof>& proofs);
 

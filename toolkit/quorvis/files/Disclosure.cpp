@@ -96,6 +96,7 @@ Disclosure::Disclosure(const Settings& settings) : Disclosure(settings, ignoresP
 
 Disclosure::Disclosure(const Settings& settings, bool privileged) : privileged_(privileged) {
     std::ranges::transform(settings.secrets.allow, std::back_inserter(trees_), normalizedPath);
+    seesAll_ = !privileged_ || std::ranges::find(trees_, std::string()) != trees_.end();
 }
 
 bool Disclosure::liesInTree(std::string_view path) const {

@@ -28,12 +28,15 @@ class Disclosure {
     // Whether the content of the file at `path` may be read.
     bool ofContent(const struct stat& file, std::string_view path) const;
     // Whether there may be directories of which only some children are disclosed.
-    bool differs() const { return privileged_ && !trees_.empty(); }
+    bool differs() const { return privileged_ && !trees_.empty() && !seesAll_; }
+    // Whether everything is disclosed that this process can read.
+    bool seesAll() const { return seesAll_; }
 
   private:
     bool liesInTree(std::string_view path) const;
 
     bool privileged_;
+    bool seesAll_ = false;
     std::vector<std::string> trees_;
 };
 

@@ -34,12 +34,13 @@ bool hasGrown(off_t size, std::uint64_t held) {
 
 // Calls `attempt` with the size of the file, and a second time if the size changed meanwhile.
 template <typename Attempt>
-BytesRead untilSteady(int file, const Attempt& attempt) {
+BytesRead untilSteady(int file, off_t before, const Attempt& attempt) {
     for (int i = 0; i < 2; ++i) {
-        const off_t before = sizeOf(file);
         const BytesRead result = attempt(before);
         if (result == BytesRead::Failed) return result;
-        if (result != BytesRead::Changed && sizeOf(file) == before) return result;
+        const off_t after = sizeOf(file);
+        if (result != BytesRead::Changed && after == before) return result;
+        before = after;
     }
     return BytesRead::Changed;
 }
@@ -93,17 +94,17 @@ BytesRead hashOnce(int file, off_t size, std::uint64_t limit, std::vector<char>&
 
 }  // namespace
 
-BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes,
-                    const OnRead& onRead) {
-    return untilSteady(file.number(), [&](off_t size) {
-        return readOnce(file.number(), size, limit, whole, bytes, onRead);
+BytesRead readBytes(const kest::Descriptor& file, std::uint64_t size, std::uint64_t limit, bool whole,
+                    std::string& bytes, const OnRead& onRead) {
+    return untilSteady(file.number(), static_cast<off_t>(size), [&](off_t current) {
+        return readOnce(file.number(), current, limit, whole, bytes, onRead);
     });
 }
 
 BytesRead sha256Of(const kest::Descriptor& file, std::uint64_t limit, std::string& sum,
                    const OnRead& onRead) {
     std::vector<char> buffer(std::size_t{256} << 10);
-    return untilSteady(file.number(),
+    return untilSteady(file.number(), sizeOf(file.number()),
                        [&](off_t size) { return hashOnce(file.number(), size, limit, buffer, sum, onRead); });
 }
 

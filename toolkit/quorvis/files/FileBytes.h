@@ -21,9 +21,9 @@ enum class BytesRead : std::uint8_t {
 using OnRead = std::function<void(std::uint64_t bytes)>;
 
 // Reads a regular file from its start: the whole file, which may have at most `limit` bytes, or else at most the first
-// `limit` bytes. Reads it a second time if its size changes meanwhile.
-BytesRead readBytes(const kest::Descriptor& file, std::uint64_t limit, bool whole, std::string& bytes,
-                    const OnRead& onRead);
+// `limit` bytes. Reads it a second time if its size changes meanwhile. `size` is that of the file when it was opened.
+BytesRead readBytes(const kest::Descriptor& file, std::uint64_t size, std::uint64_t limit, bool whole,
+                    std::string& bytes, const OnRead& onRead);
 
 // The SHA-256 of the whole file in lower-case hexadecimal digits.
 BytesRead sha256Of(const kest::Descriptor& file, std::uint64_t limit, std::string& sum, const OnRead& onRead);

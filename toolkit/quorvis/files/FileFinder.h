@@ -2,8 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "kest/Descriptor.h"
 #include "toolkit/machine/files/Root.h"
@@ -17,9 +20,34 @@ struct FoundFile {
     enum class Problem : std::uint8_t { None, NotOpened, HiddenDirectory, PseudoFile };
     Problem problem = Problem::None;
     int error = 0;
-    kest::Descriptor handle;  // opened with O_PATH
+    kest::Descriptor handle;  // opened with O_PATH; only of find()
     struct stat status {};
-    std::string place;  // the path in the tree without links; empty for the top
+    std::string place;    // the path in the tree without links; empty for the top
+    bool isLink = false;  // whether the path itself is a link
+};
+
+// The directories that led to the latest file. They stay open for a moment, so that further files in them are found with
+// few system calls.
+class DirectoryTrail {
+  public:
+    struct Level {
+        kest::Descriptor handle;
+        struct stat status {};
+        std::size_t placeEnd = 0;
+    };
+
+    // Takes the directories that `path` begins with, and sets `place` to the last one of them.
+    std::vector<Level> take(const std::string& path, std::string& place);
+    // Keeps these directories. `place` begins with the last one of them.
+    void keep(std::vector<Level> levels, const std::string& place);
+    void forget() { levels_.clear(); }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string place_;
+    std::vector<Level> levels_;
+    Clock::time_point opened_;  // when the first one was
 };
 
 // Finds files in the scanned tree on behalf of signatures. Each directory on the way, including those of links and the
@@ -29,13 +57,22 @@ class FileFinder {
   public:
     FileFinder(const Root& root, const Disclosure& disclosure);
 
-    // Follows links; a link at the end of the path only if `follow` is set. Thread-safe.
-    FoundFile find(const std::string& path, bool follow) const;
+    // Follows links; a link at the end of the path only if `follow` is set. Thread-safe unless `trail` is shared.
+    FoundFile find(const std::string& path, bool follow, DirectoryTrail* trail = nullptr) const;
+    // The same without a handle.
+    FoundFile look(const std::string& path, bool follow, DirectoryTrail* trail = nullptr) const;
+
+    // Whether the top of the tree is on a pseudo file system, which find() does not look at.
+    bool topIsPseudo() const { return topIsPseudo_; }
 
   private:
+    bool findAtOnce(const std::string& path, bool follow, FoundFile& found) const;
+
     const Disclosure& disclosure_;
+    bool kernelResolves_;
     kest::Descriptor top_;
     struct stat topStatus_ {};
+    bool topIsPseudo_ = true;
 };
 
 }  // namespace toolkit::quorvis

@@ -79,7 +79,8 @@ FileFacts::Kind kindOf(mode_t mode) {
     return FileFacts::Kind::Other;
 }
 
-FileFacts factsOf(const struct stat& status) {
+FileFacts factsOf(const FoundFile& found) {
+    const struct stat& status = found.status;
     FileFacts facts;
     facts.kind = kindOf(status.st_mode);
     facts.size = static_cast<std::uint64_t>(status.st_size);
@@ -88,6 +89,7 @@ FileFacts factsOf(const struct stat& status) {
     facts.modified = status.st_mtim.tv_sec;
     facts.device = status.st_dev;
     facts.inode = status.st_ino;
+    facts.atLink = found.isLink;
     return facts;
 }
 
@@ -133,11 +135,18 @@ constexpr const char* kHoldsKey = "This holds a key or the hash of a password, s
 // The number of bytes that are searched for a key before parts of a file are read.
 constexpr std::size_t kSearchedForKeys = 4096;
 
-bool startsWithKey(const kest::Descriptor& file, std::uint64_t size) {
+std::string startOf(const kest::Descriptor& file) {
     std::array<char, kSearchedForKeys> buffer;
     const ssize_t count = ::pread(file.number(), buffer.data(), buffer.size(), 0);
-    const std::string_view start(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+}
+
+bool isKey(std::string_view start, std::uint64_t size) {
     return beginsAsKey(start, size) || holdsKey(start);
+}
+
+bool startsWithKey(const kest::Descriptor& file, std::uint64_t size) {
+    return isKey(startOf(file), size);
 }
 
 struct CloseDirectory {
@@ -147,14 +156,15 @@ struct CloseDirectory {
 }  // namespace
 
 // Finds a file. Sets `event` when there is a problem other than a missing file.
-FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>& event) const {
+FoundFile Files::findWith(Finding finding, const std::string& path, bool follow,
+                          std::optional<Event>& event) const {
     FoundFile found;
     if (std::string problem = problemOf(path); !problem.empty()) {
         found.problem = FoundFile::Problem::NotOpened;
         event = makeEvent(EventCode::Unsupported, path, std::move(problem));
         return found;
     }
-    found = finder_.find(path, follow);
+    found = (finder_.*finding)(path, follow, &trail_);
     if (found.problem == FoundFile::Problem::HiddenDirectory)
         event = makeEvent(EventCode::Denied, path, kHidden);
     if (found.problem == FoundFile::Problem::PseudoFile)
@@ -166,8 +176,8 @@ FoundFile Files::find(const std::string& path, bool follow, std::optional<Event>
 
 Files::Facts Files::lookWith(const std::string& path, bool follow) const {
     std::optional<Event> event;
-    const FoundFile found = find(path, follow, event);
-    if (found.problem == FoundFile::Problem::None) return {Access::Ok, factsOf(found.status), std::nullopt};
+    const FoundFile found = findStatus(path, follow, event);
+    if (found.problem == FoundFile::Problem::None) return {Access::Ok, factsOf(found), std::nullopt};
     if (!event) return {};
     return {Access::Failed, {}, std::move(event)};
 }
@@ -204,7 +214,7 @@ Files::Names Files::list(const std::string& path) {
 
 std::string Files::withoutLinks(const std::string& path) {
     std::optional<Event> event;
-    const FoundFile found = find(path, true, event);
+    const FoundFile found = findStatus(path, true, event);
     if (found.problem != FoundFile::Problem::None) return path;
     return found.place.empty() ? "/" : found.place;
 }
@@ -218,15 +228,16 @@ std::string Files::linkText(const std::string& path) {
     return length < 0 ? std::string() : std::string(text.data(), static_cast<std::size_t>(length));
 }
 
-// Why the opened file must not be read. This is decided by the opened file itself, not only by its path.
+// Why the opened file must not be read. The status is that of the opened file itself, whatever its path leads to now.
 std::optional<Event> Files::refusalOf(const std::string& path, const FoundFile& found,
                                       const Opened& opened) const {
-    struct stat status {};
-    if (isSecretByName(path) || isSecretByName(found.place))
+    if (isSecretByName(path) || (found.place != path && isSecretByName(found.place)))
         return makeEvent(EventCode::Denied, path, kSecret);
-    if (::fstat(opened.file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return eventOf(EIO, path);
-    if (isOnPseudoFileSystem(opened.file.number())) return makeEvent(EventCode::Denied, path, kOfKernel);
-    if (!disclosure_.ofContent(status, found.place)) return makeEvent(EventCode::Denied, path, kUnreadable);
+    // The finder has looked at every other file system on the way.
+    if (finder_.topIsPseudo() && isOnPseudoFileSystem(opened.file.number()))
+        return makeEvent(EventCode::Denied, path, kOfKernel);
+    if (!disclosure_.ofContent(found.status, found.place))
+        return makeEvent(EventCode::Denied, path, kUnreadable);
     return std::nullopt;
 }
 
@@ -257,8 +268,8 @@ void Files::count(std::uint64_t bytes) const {
 
 Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {
     auto bytes = std::make_shared<std::string>();
-    const BytesRead result =
-        readBytes(opened.file, limit, whole, *bytes, [this](std::uint64_t size) { count(size); });
+    const BytesRead result = readBytes(opened.file, opened.state.size, limit, whole, *bytes,
+                                       [this](std::uint64_t size) { count(size); });
     if (beginsAsKey(*bytes, opened.state.size) || holdsKey(*bytes))
         return failure(EventCode::Denied, path, kHoldsKey);
     return contentOf(result, std::move(bytes), path, limit);
@@ -286,6 +297,7 @@ void Files::keep(const FileState& state, Cached cached) {
 }
 
 void Files::forget() {
+    trail_.forget();
     contents_.clear();
     order_.clear();
     held_ = 0;
@@ -329,10 +341,11 @@ Content Files::readStart(const std::string& path, std::uint64_t limit) {
 
 Files::Opening Files::open(const std::string& path) {
     Opened opened = openToRead(path);
-    if (!opened.file.isOpen()) return {opened.refusal.access, {}, std::move(opened.refusal.event)};
-    if (startsWithKey(opened.file, opened.state.size))
-        return {Access::Failed, {}, makeEvent(EventCode::Denied, path, kHoldsKey)};
-    return {Access::Ok, std::move(opened.file), std::nullopt};
+    if (!opened.file.isOpen()) return {opened.refusal.access, {}, {}, std::move(opened.refusal.event)};
+    std::string start = startOf(opened.file);
+    if (isKey(start, opened.state.size))
+        return {Access::Failed, {}, {}, makeEvent(EventCode::Denied, path, kHoldsKey)};
+    return {Access::Ok, std::move(opened.file), std::move(start), std::nullopt};
 }
 
 Content Files::sha256(const std::string& path) {

@@ -36,6 +36,7 @@ struct FileFacts {
     std::int64_t modified = 0;  // seconds since 1970
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
+    bool atLink = false;  // whether the path itself is a link
 };
 
 // The files of the scanned tree as signatures may see them. Every path is resolved below the root. Only regular files are
@@ -85,6 +86,7 @@ class Files {
     struct Opening {
         Access access = Access::Missing;
         kest::Descriptor file;  // of access Ok
+        std::string start;      // the first bytes of the file
         std::optional<Event> event;
     };
     // Opens a regular file, of which only parts are needed.
@@ -112,7 +114,17 @@ class Files {
         bool whole = false;
     };
 
-    FoundFile find(const std::string& path, bool follow, std::optional<Event>& event) const;
+    using Finding = FoundFile (FileFinder::*)(const std::string& path, bool follow,
+                                              DirectoryTrail* trail) const;
+    FoundFile findWith(Finding finding, const std::string& path, bool follow,
+                       std::optional<Event>& event) const;
+    FoundFile find(const std::string& path, bool follow, std::optional<Event>& event) const {
+        return findWith(&FileFinder::find, path, follow, event);
+    }
+    // The same without a handle.
+    FoundFile findStatus(const std::string& path, bool follow, std::optional<Event>& event) const {
+        return findWith(&FileFinder::look, path, follow, event);
+    }
     Facts lookWith(const std::string& path, bool follow) const;
     Opened openToRead(const std::string& path);
     std::optional<Event> refusalOf(const std::string& path, const FoundFile& found,
@@ -125,6 +137,7 @@ class Files {
     const Settings& settings_;
     Disclosure disclosure_;
     FileFinder finder_;
+    mutable DirectoryTrail trail_;
     LookupBudget* budget_ = nullptr;
     std::map<FileState, Cached> contents_;
     std::deque<FileState> order_;  // keys of contents_, oldest first

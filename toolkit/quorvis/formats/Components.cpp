@@ -9,7 +9,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr ComponentFormat kFormats[] = {
-    {"go", readGoComponents, nullptr},         {"rust", readRustComponents, nullptr},
+    {"go", readGoComponents, nullptr, true},   {"rust", readRustComponents, nullptr, true},
     {"jar", readJarComponents, nullptr},       {"composer", nullptr, readComposerComponents},
     {"dotnet", nullptr, readDotnetComponents}, {"gem", nullptr, readGemComponents},
     {"npm", nullptr, readNpmComponents},       {"npm-lock", nullptr, readNpmLockComponents},
@@ -22,6 +22,14 @@ constexpr ComponentFormat kFormats[] = {
 const ComponentFormat* componentFormat(std::string_view name) {
     const auto* const found = std::ranges::find(kFormats, name, &ComponentFormat::name);
     return found == std::end(kFormats) ? nullptr : found;
+}
+
+std::vector<const ComponentFormat*> programFormats() {
+    std::vector<const ComponentFormat*> formats;
+    for (const ComponentFormat& format : kFormats) {
+        if (format.ofPrograms) formats.push_back(&format);
+    }
+    return formats;
 }
 
 std::string componentFormatNames() {

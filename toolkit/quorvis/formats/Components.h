@@ -51,7 +51,11 @@ struct ComponentFormat {
     std::string_view name;
     ReadComponentFile readFile = nullptr;  // null for formats that are read as a whole
     ReadComponentText readText = nullptr;
+    bool ofPrograms = false;  // whether it reads programs of any kind, most of which have no components
 };
+
+// The formats that read programs.
+std::vector<const ComponentFormat*> programFormats();
 
 // Null if there is no format of this name.
 const ComponentFormat* componentFormat(std::string_view name);

@@ -15,8 +15,8 @@ constexpr std::uint64_t kBlockSize = std::uint64_t{1} << 20;
 
 }  // namespace
 
-RandomAccessFile::RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead)
-    : file_(std::move(file)), beforeRead_(std::move(beforeRead)) {
+RandomAccessFile::RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead, std::string start)
+    : file_(std::move(file)), beforeRead_(std::move(beforeRead)), content_(std::move(start)) {
     struct stat status {};
     if (::fstat(file_.number(), &status) == 0) size_ = static_cast<std::uint64_t>(status.st_size);
 }
@@ -31,7 +31,7 @@ bool RandomAccessFile::read(std::uint64_t offset, std::uint64_t length, std::str
     bytes.clear();
     if (offset > size_ || length > size_ - offset) return false;
     if (whole_ != nullptr) return whole_->read(start_ + offset, length, bytes);
-    if (!content_.empty()) {
+    if (offset + length <= content_.size()) {
         if (beforeRead_) beforeRead_(length);
         bytes.assign(content_, offset, length);
         return true;

@@ -14,7 +14,8 @@ class RandomAccessFile {
     // Called with a number of bytes before they are read. It may throw to end the reading.
     using BeforeRead = std::function<void(std::uint64_t bytes)>;
 
-    explicit RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead = {});
+    // `start`: bytes at the start of the file that were read before.
+    explicit RandomAccessFile(kest::Descriptor file, BeforeRead beforeRead = {}, std::string start = {});
 
     // Bytes in memory.
     explicit RandomAccessFile(std::string content, BeforeRead beforeRead = {});
@@ -34,7 +35,7 @@ class RandomAccessFile {
 
     kest::Descriptor file_;
     BeforeRead beforeRead_;
-    std::string content_;                      // unless it is read from a file
+    std::string content_;                      // all bytes, or those at the start of a file
     const RandomAccessFile* whole_ = nullptr;  // unless it is no part
     std::uint64_t start_ = 0;                  // of the part
     std::uint64_t size_ = 0;

@@ -24,7 +24,8 @@ struct Field {
 // One thing that a leaf found: a package, a file, a match. "${id.field}" stands for one of its values.
 struct Item {
     std::vector<Field> fields;
-    std::string source;  // the file that proves it: a package database, the path of a found file
+    std::string source;     // the file that proves it: a package database, the path of a found file
+    bool linkFree = false;  // whether `source` is known to be a path without links
 
     void set(std::string_view name, std::string value) { fields.push_back({name, std::move(value)}); }
     // Null when the item has no such value.

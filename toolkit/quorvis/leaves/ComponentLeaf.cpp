@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <functional>
+#include <string>
 
 #include "toolkit/quorvis/formats/Components.h"
 #include "toolkit/quorvis/leaves/LeafLookup.h"
@@ -37,14 +39,39 @@ bool passes(const Query& query, const Component& component, const std::string& p
            passesVersionTests(query, Scheme::Dotted, component.version, path, result);
 }
 
+bool isPlain(const ComponentList& list) {
+    return list.components.empty() && list.problem.empty();
+}
+
+// Most programs have no components in any format. So a program without those of one format is searched for those of the
+// others while it is open.
+ComponentList readProgram(const ComponentFormat& format, const RandomAccessFile& file,
+                          const std::string& path, const ComponentLimits& limits,
+                          const ProgressCheck& checkProgress, EvaluationContext& context) {
+    ComponentList list = format.readFile(file, path, limits, checkProgress);
+    const auto isPlainIn = [&](const ComponentFormat* other) {
+        try {
+            return other == &format || isPlain(other->readFile(file, path, limits, checkProgress));
+        } catch (const BudgetExceeded&) {
+            return false;  // this leaf has its result
+        }
+    };
+    if (isPlain(list) && std::ranges::all_of(programFormats(), isPlainIn))
+        context.plainPrograms().insert(std::hash<std::string>()(path));
+    return list;
+}
+
 ComponentList readComponents(const ComponentFormat& format, const std::string& path,
                              EvaluationContext& context, LeafResult& result) {
+    if (format.ofPrograms && context.plainPrograms().contains(std::hash<std::string>()(path))) return {};
     const auto& settings = context.settings().fileSystem;
     const ComponentLimits limits{settings.maxMatches, settings.maxContentSize};
     const ProgressCheck checkProgress = [&context] { context.budget().checkTimeOccasionally(); };
     if (format.readFile != nullptr) {
         const std::optional<RandomAccessFile> file = openFile(path, context, result);
-        return file ? format.readFile(*file, path, limits, checkProgress) : ComponentList();
+        if (!file) return {};
+        return format.ofPrograms ? readProgram(format, *file, path, limits, checkProgress, context)
+                                 : format.readFile(*file, path, limits, checkProgress);
     }
     const std::shared_ptr<const std::string> content = contentOf(path, context, result);
     return content ? format.readText(*content, path, limits, checkProgress) : ComponentList();

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <unordered_set>
 
 #include "toolkit/machine/files/Root.h"
 #include "toolkit/quorvis/facts/PackageIndex.h"
@@ -46,11 +48,14 @@ class EvaluationContext {
     Processes& processes() { return processes_; }
     SwidTags& swidTags() { return swidTags_; }
     ContentFilters& contentFilters() { return contentFilters_; }
+    // Hashes of the paths of programs that have no components in any format.
+    std::unordered_set<std::size_t>& plainPrograms() { return plainPrograms_; }
 
     // Frees what can be read or made again. REQUIRES: no leaf is being looked up.
     void releaseMemory() {
         files_.forget();
         contentFilters_.forget();
+        plainPrograms_.clear();
         forgetRegexes();
     }
 
@@ -65,6 +70,7 @@ class EvaluationContext {
     Processes processes_;
     SwidTags swidTags_;
     ContentFilters contentFilters_;
+    std::unordered_set<std::size_t> plainPrograms_;
 };
 
 }  // namespace toolkit::quorvis

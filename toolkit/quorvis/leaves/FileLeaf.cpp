@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -121,11 +123,24 @@ bool FileFilter::passes(const FileFacts& facts) const {
     return isOrAny(size_, facts.size) && isOrAny(mode_, facts.mode) && isOrAny(owner_, facts.owner);
 }
 
+FileFacts factsOf(const WalkedFile& file) {
+    FileFacts facts;
+    facts.kind = S_ISREG(file.mode) ? FileFacts::Kind::File : FileFacts::Kind::Directory;
+    facts.size = file.size;
+    facts.mode = file.mode & 07777U;
+    facts.owner = file.owner;
+    facts.modified = file.modified;
+    facts.device = file.device;
+    facts.inode = file.inode;
+    return facts;
+}
+
 // A file that passes all tests.
 struct Found {
     std::string path;
     FileFacts facts;
-    std::string sha256;  // empty unless the query has one
+    bool linkFree = false;  // whether the path is known to have no links
+    std::string sha256;     // empty unless the query has one
 };
 
 class FileSearch {
@@ -142,9 +157,12 @@ class FileSearch {
         Files& files = context_.files();
         Files::Facts facts = filter_.testsLinks() ? files.lookAtLink(path) : files.look(path);
         if (facts.access == Access::Failed) return fail(std::move(facts.event));
-        if (facts.access == Access::Missing || !filter_.passes(facts.facts)) return;
-        Found found{path, facts.facts, {}};
-        if (filter_.sha256().empty() || passesSum(found)) found_.push_back(std::move(found));
+        if (facts.access == Access::Ok) consider({path, facts.facts, false, {}});
+    }
+    void examine(const std::string& path, const WalkedFile& file) {
+        if (!file.known) return examine(path);
+        context_.budget().checkTimeOccasionally();
+        consider({path, factsOf(file), true, {}});
     }
 
     LeafResult take() {
@@ -154,6 +172,11 @@ class FileSearch {
     }
 
   private:
+    void consider(Found found) {
+        if (!filter_.passes(found.facts)) return;
+        if (filter_.sha256().empty() || passesSum(found)) found_.push_back(std::move(found));
+    }
+
     void fail(std::optional<Event> event) {
         result_.incomplete = true;
         if (event) result_.events.push_back(std::move(*event));
@@ -182,7 +205,8 @@ class FileSearch {
     std::size_t plainestOf(const std::vector<std::size_t>& paths) {
         if (paths.size() == 1) return paths.front();
         const auto plain = std::ranges::find_if(paths, [this](std::size_t index) {
-            return context_.files().withoutLinks(found_[index].path) == found_[index].path;
+            return found_[index].linkFree ||
+                   context_.files().withoutLinks(found_[index].path) == found_[index].path;
         });
         return plain == paths.end() ? paths.front() : *plain;
     }
@@ -190,6 +214,7 @@ class FileSearch {
     Item itemOf(const Found& found) {
         Item item;
         item.source = found.path;
+        item.linkFree = found.linkFree;
         const std::size_t slash = found.path.rfind('/');
         item.set("path", found.path);
         item.set("name", found.path.substr(slash + 1));
@@ -197,6 +222,7 @@ class FileSearch {
         item.set("size", std::to_string(found.facts.size));
         item.set("mtime", isoTime(found.facts.modified));
         if (!found.sha256.empty()) item.set("sha256", found.sha256);
+        if (!found.facts.atLink) return item;
         std::string target = context_.files().linkText(found.path);
         if (!target.empty()) item.set("target", std::move(target));
         return item;
@@ -241,7 +267,7 @@ LeafResult lookUpGlob(const Query& query, EvaluationContext& context) {
     const GlobHits& hits = context.tree().hits(request);
     result.incomplete = result.incomplete || hits.incomplete;
     result.events.insert(result.events.end(), hits.events.begin(), hits.events.end());
-    for (const std::string& path : hits.paths) search.examine(path);
+    for (std::size_t i = 0; i < hits.paths.size(); ++i) search.examine(hits.paths[i], hits.files[i]);
     return search.take();
 }
 

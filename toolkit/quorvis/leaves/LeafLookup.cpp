@@ -117,8 +117,10 @@ std::optional<RandomAccessFile> openFile(const std::string& path, EvaluationCont
     result.incomplete = opening.access == Access::Failed;
     if (opening.event) result.events.push_back(std::move(*opening.event));
     if (opening.access != Access::Ok) return std::nullopt;
-    return RandomAccessFile(std::move(opening.file),
-                            [&budget = context.budget()](std::uint64_t bytes) { budget.chargeRead(bytes); });
+    return RandomAccessFile(
+        std::move(opening.file),
+        [&budget = context.budget()](std::uint64_t bytes) { budget.chargeRead(bytes); },
+        std::move(opening.start));
 }
 
 }  // namespace toolkit::quorvis

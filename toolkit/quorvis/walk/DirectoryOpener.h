@@ -94,6 +94,9 @@ class DirectoryOpener {
     // forever.
     bool isRemote(const DirectoryChain& parents, std::string_view path) const;
 
+    // Whether something is mounted at this path. REQUIRES: the path has no links.
+    bool isMountPoint(std::string_view path) const { return mounts_.at(path) != MountTable::Kind::None; }
+
   private:
     int openAt(int parent, const Child& child, bool across);
     bool isRemote(std::string_view place) const;

@@ -69,7 +69,7 @@ void DirectoryWalk::begin() {
     const Active active{0, pending_.active.size()};
     DirectoryOpener::Result top = state_.opener().openTop(needsListing(active));
     if (top.problem) report(active, *top.problem, top.text, false);
-    if (top.directory.isOpen()) visit(std::move(top), active, 0);
+    if (top.directory.isOpen()) visit(std::move(top), active, 0, 1);
 }
 
 void DirectoryWalk::takeOver(WorkItem item) {
@@ -82,7 +82,10 @@ void DirectoryWalk::takeOver(WorkItem item) {
 
 bool DirectoryWalk::step() {
     while (!levels_.empty() && (levels_.back().next == levels_.back().end || state_.stopped())) leave();
-    if (levels_.empty()) return false;
+    if (levels_.empty()) {
+        showProgress();
+        return false;
+    }
     if (state_.queue().hungry()) giveWork();
     Level& level = levels_.back();
     if (level.next == level.end) return true;
@@ -132,7 +135,7 @@ WorkItem DirectoryWalk::workFrom(std::size_t level, std::size_t first) {
     item.pending.active.assign(pending_.active.data() + node, pending_.active.data() + nodesEnd);
     for (const Subdirectory& one : given)
         item.pending.directories.push_back(
-            {one.name - name, {one.active.begin - node, one.active.count}, one.link});
+            {one.name - name, {one.active.begin - node, one.active.count}, one.link, one.share});
     return item;
 }
 
@@ -148,8 +151,12 @@ void DirectoryWalk::report(const Active& active, EventCode code, const std::stri
 }
 
 // `level` is that of the directory. Its entries are one level deeper.
-void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level) {
-    if (entered_++ % kDirectoriesPerTimeCheck == 0) state_.checkTime();
+void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level,
+                          float share) {
+    if (entered_++ % kDirectoriesPerTimeCheck == 0) {
+        state_.checkTime();
+        showProgress();
+    }
     if (state_.stopped()) return;
     chain_.push(std::move(opened.directory), opened.behindLink);
     const std::size_t first = pending_.directories.size();
@@ -160,6 +167,19 @@ void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, 
     else
         stepToLiterals(active, level + 1);
     levels_.back().end = pending_.directories.size();
+    shareOut(share, first);
+}
+
+// Divides the share of a directory among itself, which is done, and its subdirectories: those from `first` on.
+void DirectoryWalk::shareOut(float share, std::size_t first) {
+    const std::span subdirectories = std::span(pending_.directories).subspan(first);
+    const float each = share / static_cast<float>(subdirectories.size() + 1);
+    for (Subdirectory& subdirectory : subdirectories) subdirectory.share = each;
+    share_ += each;
+}
+
+void DirectoryWalk::showProgress() {
+    state_.addProgress(std::exchange(names_, 0), std::exchange(share_, 0));
 }
 
 void DirectoryWalk::readNames(const Active& active, std::uint32_t level) {
@@ -192,6 +212,7 @@ bool DirectoryWalk::takeNames(std::span<const char> read, const Active& active, 
         ++taken;
     }
     count += taken;
+    names_ += taken;
     if (claimed > left)
         report(active, EventCode::LimitEntries,
                "More than " + std::to_string(state_.maxNamesPerDirectory()) + " names in one directory",
@@ -211,21 +232,44 @@ void DirectoryWalk::take(const Active& active, const Entry& entry, std::uint32_t
     const std::string_view name(entry.name, entry.length);
     trie_.advance(nodes(active), name, type == DT_DIR, reached_);
     if (reached_.nodes().empty()) return;
-    hitReached(name);
+    hitReached({entry.name, entry.length, type});
     if (type == DT_DIR || type == DT_LNK) keepInner({entry.name, entry.length, type}, level, type == DT_LNK);
 }
 
-void DirectoryWalk::hitReached(std::string_view name) {
+// Looks at the file while its directory is open, which spares another lookup of its path.
+WalkedFile DirectoryWalk::lookAt(const Entry& entry, const std::string& path) const {
+    WalkedFile file;
+    struct stat status {};
+    const bool mayKnow = entry.type == DT_REG || entry.type == DT_DIR;
+    if (!mayKnow || chain_.behindLink() || state_.opener().isMountPoint(path) ||
+        ::fstatat(chain_.last().number(), entry.name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0 ||
+        (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)))
+        return file;
+    file.known = true;
+    file.mode = status.st_mode;
+    file.owner = status.st_uid;
+    file.size = static_cast<std::uint64_t>(status.st_size);
+    file.modified = status.st_mtim.tv_sec;
+    file.device = status.st_dev;
+    file.inode = status.st_ino;
+    return file;
+}
+
+void DirectoryWalk::hitReached(const Entry& entry) {
+    const std::string_view name(entry.name, entry.length);
     std::string path;
+    WalkedFile file;
     findings_.nextName();
     for (const NodeId id : reached_.nodes()) {
         if (!trie_.node(id).ends()) continue;
         if (path.empty()) path.append(path_).append(1, '/').append(name);
         if (state_.excludes(id, path)) continue;
-        if (state_.opener().isRemote(chain_, path))
+        if (state_.opener().isRemote(chain_, path)) {
             findings_.addProblem(id, EventCode::RemoteSkipped, path, kRemoteText);
-        else
-            findings_.addHit(id, path);
+            continue;
+        }
+        if (!file.known) file = lookAt(entry, path);
+        findings_.addHit(id, path, file);
     }
 }
 
@@ -255,7 +299,7 @@ void DirectoryWalk::keepInner(const Entry& entry, std::uint32_t level, bool link
         pending_.active.resize(inner.begin);
         return;
     }
-    pending_.directories.push_back({pending_.names.size(), inner, link});
+    pending_.directories.push_back({pending_.names.size(), inner, link, 0});
     pending_.names.insert(pending_.names.end(), entry.name, entry.name + entry.length + 1);
 }
 
@@ -288,7 +332,8 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
     const bool mayAsk = ending != children.end() && !state_.opener().isRemote(chain_, path_ + '/' + name);
-    if (ending != children.end() && (!mayAsk || exists(name.c_str(), *ending))) hitReached(name);
+    if (ending != children.end() && (!mayAsk || exists(name.c_str(), *ending)))
+        hitReached({name.c_str(), name.size(), DT_UNKNOWN});
     keepInner({name.c_str(), name.size(), DT_UNKNOWN}, level, false);
 }
 
@@ -321,7 +366,10 @@ void DirectoryWalk::enter(const Subdirectory& next, std::uint32_t level) {
     DirectoryOpener::Result opened =
         state_.opener().open(chain_, {path_.c_str() + nameBegin, path_, next.link, needsListing(active)});
     if (opened.problem) report(active, *opened.problem, opened.text, opened.directory.isOpen());
-    if (opened.directory.isOpen()) visit(std::move(opened), active, level);
+    if (opened.directory.isOpen())
+        visit(std::move(opened), active, level, next.share);
+    else
+        share_ += next.share;
 }
 
 }  // namespace toolkit::quorvis

@@ -55,7 +55,9 @@ class DirectoryWalk {
     std::span<const NodeId> nodes(const Active& active) const {
         return {pending_.active.data() + active.begin, active.count};
     }
-    void visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level);
+    void visit(DirectoryOpener::Result opened, const Active& active, std::uint32_t level, float share);
+    void shareOut(float share, std::size_t first);
+    void showProgress();
     void leave();
     void readNames(const Active& active, std::uint32_t level);
     bool takeNames(std::span<const char> read, const Active& active, std::uint32_t level,
@@ -65,7 +67,8 @@ class DirectoryWalk {
     void stepToLiterals(const Active& active, std::uint32_t level);
     void stepToLiteral(std::span<const NodeId> children, std::uint32_t level);
     bool exists(const char* name, NodeId node);
-    void hitReached(std::string_view name);
+    void hitReached(const Entry& entry);
+    WalkedFile lookAt(const Entry& entry, const std::string& path) const;
     void keepInner(const Entry& entry, std::uint32_t level, bool link);
     void reportDepth(NodeId node, const char* name);
     void enter(const Subdirectory& next, std::uint32_t level);
@@ -85,6 +88,8 @@ class DirectoryWalk {
     std::vector<Level> levels_;  // of the directories in the chain
     PendingDirectories pending_;
     std::uint64_t entered_ = 0;
+    std::uint64_t names_ = 0;  // that were read since showProgress()
+    double share_ = 0;         // of the walk that was done since then
 };
 
 }  // namespace toolkit::quorvis

@@ -89,6 +89,17 @@ class PathPattern {
     std::vector<Steps> alternatives_;
 };
 
+// What a walk knows of a file that it found by a path without links.
+struct WalkedFile {
+    bool known = false;      // only of files and directories, and not of mount points
+    std::uint32_t mode = 0;  // with the type
+    std::uint32_t owner = 0;
+    std::uint64_t size = 0;
+    std::int64_t modified = 0;  // seconds since 1970
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+};
+
 // What to look for in the tree of files.
 struct GlobRequest {
     std::string pattern;    // absolute, as the language defines it
@@ -98,6 +109,7 @@ struct GlobRequest {
 
 struct GlobHits {
     std::vector<std::string> paths;  // sorted by bytes; several paths may lead to one file
+    std::vector<WalkedFile> files;   // by path
     bool incomplete = false;
     std::vector<Event> events;
 };

@@ -1,6 +1,7 @@
 #include "toolkit/quorvis/walk/TreeSearch.h"
 
 #include <sys/resource.h>
+#include <sys/statvfs.h>
 
 #include <algorithm>
 #include <exception>
@@ -55,6 +56,14 @@ GlobScope scopeOf(const GlobRequest& request, const Settings& settings) {
         std::min(request.maxDepth != 0 ? request.maxDepth : settings.fileSystem.maxDepth, kMaxDepth);
     scope.exclude = request.exclude;
     return scope;
+}
+
+// About how many files the file system of the live machine has; 0 if that is unknown. A copy of a machine may be a small part
+// of its file system.
+std::uint64_t namesIn(const Root& root) {
+    struct statvfs status {};
+    if (!root.live() || ::statvfs("/", &status) != 0 || status.f_files < status.f_ffree) return 0;
+    return status.f_files - status.f_ffree;
 }
 
 // A thread keeps the directories between the top and its current one open.
@@ -153,6 +162,11 @@ class WalkThreadPool {
 
 }  // namespace
 
+std::size_t TreeSearch::countKnown(const GlobRequest& request) const {
+    const auto found = hits_.find(keyOf(request));
+    return found == hits_.end() ? 0 : found->second.paths.size();
+}
+
 const GlobHits& TreeSearch::hits(const GlobRequest& request) {
     const std::string key = keyOf(request);
     const auto found = hits_.find(key);
@@ -171,7 +185,8 @@ void TreeSearch::searchAhead(std::vector<GlobRequest> requests) {
     }
     std::vector<GlobHits> found;
     try {
-        found = walk(wanted);
+        if (progress_ != nullptr) progress_->expect(namesIn(root_));
+        found = walk(wanted, progress_);
     } catch (...) {
         // Each of them gets a walk of its own when its hits are asked for.
         for (const GlobRequest& request : wanted) hits_.erase(keyOf(request));
@@ -180,20 +195,20 @@ void TreeSearch::searchAhead(std::vector<GlobRequest> requests) {
     for (std::size_t i = 0; i < wanted.size(); ++i) *places[i] = std::move(found[i]);
 }
 
-std::vector<GlobHits> TreeSearch::walk(std::span<const GlobRequest> requests) {
+std::vector<GlobHits> TreeSearch::walk(std::span<const GlobRequest> requests, WalkProgress* progress) {
     if (!walks_) {
         const Event refusal{EventCode::Aborted, {}, "no directories are walked any more", {}, {}};
-        return std::vector<GlobHits>(requests.size(), GlobHits{{}, true, {refusal}});
+        return std::vector<GlobHits>(requests.size(), GlobHits{{}, {}, true, {refusal}});
     }
     const Clock::time_point latest =
         Clock::now() + Clock::duration(settings_.evaluation.timeLimit) / kWalksPerTimeLimit;
     const Clock::time_point deadline = std::min(latest, budget_.deadline());
     const LookupBudget::DeadlineScope scope(budget_, deadline);
-    return walkUntil(deadline, requests);
+    return walkUntil(deadline, requests, progress);
 }
 
-std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline,
-                                            std::span<const GlobRequest> requests) {
+std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline, std::span<const GlobRequest> requests,
+                                            WalkProgress* progress) {
     std::vector<GlobHits> hits(requests.size());
     GlobTrie trie;
     for (std::uint32_t i = 0; i < requests.size(); ++i) {
@@ -208,7 +223,7 @@ std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline,
         for (const GlobSteps& steps : alternatives) trie.add(steps, scopeOf(requests[i], settings_), i);
     }
     if (trie.empty()) return hits;
-    WalkState state(root_, settings_, trie, namesSeen_, deadline);
+    WalkState state(root_, settings_, trie, namesSeen_, deadline, progress);
     const WalkFindings noFindings(trie, requests.size(), settings_.fileSystem.maxMatches);
     WalkThreadPool(state, settings_.evaluation.jobs, noFindings).run().moveTo(hits, state.ending());
     return hits;

@@ -70,11 +70,13 @@ std::optional<WorkItem> WorkQueue::take() {
 }
 
 WalkState::WalkState(const Root& root, const Settings& settings, const GlobTrie& trie,
-                     std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point deadline)
+                     std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point deadline,
+                     WalkProgress* progress)
     : settings_(settings),
       trie_(trie),
       namesSeen_(namesSeen),
       deadline_(deadline),
+      progress_(progress),
       opener_(root, settings),
       excludes_(trie.scopeCount()) {
     for (std::uint32_t i = 0; i < excludes_.size(); ++i) {
@@ -114,19 +116,19 @@ void WalkState::end(EventCode code, std::string text) {
 }
 
 // Of too many matches the first ones by path are kept, whatever the order of the directories.
-void WalkFindings::keep(Found& found, std::string path) {
-    held_ += sizeOf(path);
+void WalkFindings::keep(Found& found, Hit hit) {
+    held_ += sizeOf(hit.path);
     if (held_ > kMaxBytes) {
-        held_ -= sizeOf(path);
+        held_ -= sizeOf(hit.path);
         found.tooLong = true;
         return;
     }
-    found.paths.push_back(std::move(path));
-    std::ranges::push_heap(found.paths);
-    if (found.paths.size() <= maxMatches_) return;
-    std::ranges::pop_heap(found.paths);
-    held_ -= sizeOf(found.paths.back());
-    found.paths.pop_back();
+    found.hits.push_back(std::move(hit));
+    std::push_heap(found.hits.begin(), found.hits.end());
+    if (found.hits.size() <= maxMatches_) return;
+    std::pop_heap(found.hits.begin(), found.hits.end());
+    held_ -= sizeOf(found.hits.back().path);
+    found.hits.pop_back();
     found.tooMany = true;
 }
 
@@ -137,9 +139,9 @@ void WalkFindings::keep(std::vector<Event>& problems, Event event) {
     if (problems.size() > kMaxProblemsPerNode) problems.pop_back();
 }
 
-void WalkFindings::addHit(GlobTrie::NodeId node, const std::string& path) {
+void WalkFindings::addHit(GlobTrie::NodeId node, const std::string& path, const WalkedFile& file) {
     trie_.forEachRequest(node, [&](std::uint32_t request) {
-        if (std::exchange(lastHits_[request], name_) != name_) keep(found_[request], path);
+        if (std::exchange(lastHits_[request], name_) != name_) keep(found_[request], {path, file});
     });
 }
 
@@ -150,7 +152,7 @@ void WalkFindings::addProblem(GlobTrie::NodeId node, EventCode code, const std::
 
 void WalkFindings::merge(WalkFindings&& other) {
     for (std::size_t i = 0; i < found_.size(); ++i) {
-        for (std::string& path : other.found_[i].paths) keep(found_[i], std::move(path));
+        for (Hit& hit : other.found_[i].hits) keep(found_[i], std::move(hit));
         found_[i].tooMany = found_[i].tooMany || other.found_[i].tooMany;
         found_[i].tooLong = found_[i].tooLong || other.found_[i].tooLong;
     }
@@ -162,8 +164,11 @@ void WalkFindings::merge(WalkFindings&& other) {
 void WalkFindings::moveTo(std::vector<GlobHits>& hits, const std::optional<Event>& ending) {
     const std::string tooMany = "More than " + std::to_string(maxMatches_) + " matches";
     for (std::size_t i = 0; i < hits.size(); ++i) {
-        hits[i].paths = std::move(found_[i].paths);
-        std::ranges::sort(hits[i].paths);
+        std::sort(found_[i].hits.begin(), found_[i].hits.end());
+        for (Hit& hit : found_[i].hits) {
+            hits[i].paths.push_back(std::move(hit.path));
+            hits[i].files.push_back(hit.file);
+        }
         if (found_[i].tooMany) addEvent(hits[i], {EventCode::LimitMatches, {}, tooMany, {}, {}});
         if (found_[i].tooLong)
             addEvent(hits[i], {EventCode::LimitBytes, {}, "More paths than a walk may keep", {}, {}});

@@ -20,6 +20,7 @@
 #include "toolkit/quorvis/walk/DirectoryOpener.h"
 #include "toolkit/quorvis/walk/GlobPattern.h"
 #include "toolkit/quorvis/walk/GlobTrie.h"
+#include "toolkit/quorvis/walk/WalkProgress.h"
 
 namespace toolkit::quorvis {
 
@@ -35,6 +36,7 @@ struct PendingDirectories {
         std::size_t name = 0;  // where it begins on the stack of names
         Active active;
         bool link = false;
+        float share = 0;  // of the walk, see WalkProgress
     };
 
     std::vector<Directory> directories;
@@ -87,9 +89,10 @@ class WorkQueue {
 // What the threads of one walk share.
 class WalkState {
   public:
-    // `namesSeen` counts the names of all walks. The walk ends at `deadline`.
+    // `namesSeen` counts the names of all walks. The walk ends at `deadline`. `progress` may be null.
     WalkState(const Root& root, const Settings& settings, const GlobTrie& trie,
-              std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point deadline);
+              std::atomic<std::uint64_t>& namesSeen, std::chrono::steady_clock::time_point deadline,
+              WalkProgress* progress);
 
     const GlobTrie& trie() const { return trie_; }
     DirectoryOpener& opener() { return opener_; }
@@ -102,6 +105,10 @@ class WalkState {
     // Returns how many of `count` further names may be looked at. Fewer than `count` end the walk.
     std::uint64_t claimNames(std::uint64_t count);
     std::uint64_t maxNamesPerDirectory() const;
+
+    void addProgress(std::uint64_t names, double share) {
+        if (progress_ != nullptr) progress_->add(names, share);
+    }
 
     // Ends the walk at the deadline.
     void checkTime();
@@ -117,6 +124,7 @@ class WalkState {
     const GlobTrie& trie_;
     std::atomic<std::uint64_t>& namesSeen_;
     std::chrono::steady_clock::time_point deadline_;
+    WalkProgress* progress_;
     DirectoryOpener opener_;
     WorkQueue queue_;
     std::vector<std::optional<PathPattern>> excludes_;  // by scope
@@ -137,7 +145,7 @@ class WalkFindings {
     void nextName() { ++name_; }
 
     // Notes a path that matches the requests that end at this node.
-    void addHit(GlobTrie::NodeId node, const std::string& path);
+    void addHit(GlobTrie::NodeId node, const std::string& path, const WalkedFile& file);
     // Notes that something could not be examined that may hold a match for this node or those below it.
     void addProblem(GlobTrie::NodeId node, EventCode code, const std::string& path, std::string text);
 
@@ -146,12 +154,17 @@ class WalkFindings {
     void moveTo(std::vector<GlobHits>& hits, const std::optional<Event>& ending);
 
   private:
+    struct Hit {
+        std::string path;
+        WalkedFile file;
+        bool operator<(const Hit& other) const { return path < other.path; }
+    };
     struct Found {
-        std::vector<std::string> paths;  // a heap with the last one on top
+        std::vector<Hit> hits;  // a heap with the last path on top
         bool tooMany = false;
         bool tooLong = false;
     };
-    void keep(Found& found, std::string path);
+    void keep(Found& found, Hit hit);
     static void keep(std::vector<Event>& problems, Event event);
 
     const GlobTrie& trie_;

@@ -3,12 +3,18 @@
 #include <unistd.h>
 
 #include <array>
+#include <set>
 
 #include "kest/Descriptor.h"
+#include "tests/toolkit/quorvis/BinaryFiles.h"
 #include "tests/toolkit/quorvis/EvaluationFixture.h"
 
 namespace toolkit::quorvis {
 namespace {
+
+using quorvistest::elfFile;
+using quorvistest::goProgram;
+using quorvistest::rustProgram;
 
 class Planning : public Evaluation {
   protected:
@@ -76,6 +82,35 @@ TEST_F(Planning, ManyRegexesReadAFileOnce) {
     }
     EXPECT_EQ(evaluate(signatures).size(), 1U);
     EXPECT_EQ(times(), 1);
+}
+
+TEST_F(Planning, AProgramWithoutComponentsIsOpenedOnceForAllFormats) {
+    tree_.write("opt/bin/plain", elfFile(".rodata", "nothing", ""));
+    watch("opt/bin/plain");
+    const auto signature = [](const std::string& format) {
+        return R"(<Signature guid=")" + format +
+               R"(" name="n"><Each><Glob id="f" pattern="/opt/bin/*"/></Each>)" +
+               R"(<Match><Component path="${f.path}" format=")" + format + R"("/></Match></Signature>)";
+    };
+    EXPECT_TRUE(evaluate(signature("go") + signature("rust")).empty());
+    EXPECT_EQ(times(), 1);
+}
+
+TEST_F(Planning, ComponentsOfOneFormatAreFoundAfterThoseOfAnother) {
+    tree_.write("opt/bin/crates", rustProgram(R"({"packages":[{"name":"a","version":"1.0","root":true}]})"));
+    tree_.write("opt/bin/modules", goProgram("example.org/tool", "v1.2.3"));
+    const auto signature = [](const std::string& format) {
+        return R"(<Signature guid=")" + format +
+               R"(" name="${c.name}"><Each><Glob id="f" pattern="/opt/bin/*"/></Each>)" +
+               R"(<Match><Component id="c" path="${f.path}" format=")" + format +
+               R"(" role="main"/></Match></Signature>)";
+    };
+    for (const std::string& signatures :
+         {signature("go") + signature("rust"), signature("rust") + signature("go")}) {
+        std::set<std::string> names;
+        for (const Match& match : evaluate(signatures)) names.insert(match.name);
+        EXPECT_EQ(names, (std::set<std::string>{"a", "example.org/tool"}));
+    }
 }
 
 TEST_F(Planning, ManyRegexesForPackagesAreMatchedTogether) {

@@ -5,9 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/support/ScratchDir.h"
 #include "toolkit/quorvis/files/Disclosure.h"
@@ -108,6 +112,48 @@ TEST_P(FilesTest, PathsMustBeAbsoluteAndStayInTheTree) {
     expectFailure(files_.read("etc/f", kPlenty), EventCode::Unsupported);
     expectFailure(files_.read("", kPlenty), EventCode::Unsupported);
     expectFailure(files_.read(std::string("/etc/f\0x", 8), kPlenty), EventCode::Unsupported);
+}
+
+// Whatever was found before, a path leads to the same file.
+TEST_P(FilesTest, ThePathsBeforeDoNotMatter) {
+    tree_.write("a/b/c/f", "deep");
+    tree_.write("a/b/g", "near");
+    tree_.write("file", "top");
+    link("../a/b", "other/ab");
+    link("/a", "absolute");
+    const std::vector<std::string> paths = {
+        "/a/b/c/f",  "/a/b/g",   "/a/b/c/../g", "/a//b/g",     "/a/./b/g",         "/a/b/c",
+        "/a/b",      "/a/b/",    "/other/ab",   "/other/ab/g", "/other/ab/../b/g", "/file/x",
+        "/file/.",   "/file/..", "/file",       "/",           "/a/b/c/f/",        "/absolute/b/g",
+        "/absolute", "/missing", "/a/x/y",      "/../../file", "/a/b/../.."};
+    const auto describe = [](const Files::Facts& found) {
+        return std::to_string(static_cast<int>(found.access)) + " " +
+               std::to_string(static_cast<int>(found.facts.kind)) + " " + std::to_string(found.facts.inode) +
+               " " + std::to_string(found.facts.atLink ? 1 : 0);
+    };
+    for (const std::string& before : paths) {
+        for (const std::string& path : paths) {
+            Files fresh(root_, settings_);
+            const std::string expected = describe(fresh.look(path)) + describe(fresh.lookAtLink(path)) +
+                                         fresh.withoutLinks(path) + fresh.linkText(path);
+            files_.look(before);
+            std::string found = describe(files_.look(path));
+            files_.open(before);
+            found += describe(files_.lookAtLink(path)) + files_.withoutLinks(path);
+            files_.withoutLinks(before);
+            found += files_.linkText(path);
+            EXPECT_EQ(expected, found) << path << " after " << before;
+        }
+    }
+}
+
+TEST_P(FilesTest, AnotherDirectoryInThePlaceOfAnEarlierOneIsFoundSoon) {
+    tree_.write("a/b/f", "old");
+    EXPECT_EQ(Access::Ok, files_.look("/a/b/f").access);
+    fs::rename(at("a/b"), at("a/moved"));
+    tree_.write("a/b/f", "newer");
+    std::this_thread::sleep_for(std::chrono::milliseconds(600));
+    EXPECT_EQ(5U, files_.look("/a/b/f").facts.size);
 }
 
 TEST_P(FilesTest, CircularLinksFail) {
