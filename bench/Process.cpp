@@ -6,10 +6,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <string_view>
+#include <thread>
 
 namespace zavbench {
 
@@ -34,7 +38,47 @@ std::string readToEnd(int descriptor) {
     }
 }
 
+// The number in the line of a file in /proc that begins with this name; 0 if there is none.
+double numberIn(const std::string& file, std::string_view name) {
+    std::ifstream in(file);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.starts_with(name)) return std::atof(line.c_str() + name.size());
+    }
+    return 0;
+}
+
+double memoryOf(pid_t process) {
+    const std::string own = "/proc/" + std::to_string(process);
+    double bytes = 1024 * numberIn(own + "/smaps_rollup", "Pss:");
+    std::ifstream children(own + "/task/" + std::to_string(process) + "/children");
+    for (pid_t child = 0; children >> child;) bytes += memoryOf(child);
+    return bytes;
+}
+
 }  // namespace
+
+Observed observeProcess(const std::vector<std::string>& arguments) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    if (::posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ) != 0)
+        giveUp("cannot start " + arguments[0]);
+    posix_spawn_file_actions_destroy(&actions);
+    Observed observed{};
+    for (siginfo_t ended{}; ended.si_pid == 0;) {
+        ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT);
+        observed.peakBytes = std::max(observed.peakBytes, memoryOf(child));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    observed.bytesRead = numberIn("/proc/" + std::to_string(child) + "/io", "rchar:");
+    ::waitpid(child, &observed.status, 0);
+    return observed;
+}
 
 Finished runProcess(const std::vector<std::string>& arguments, bool quiet) {
     int ends[2];

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "bench/CatalogueScans.h"
 #include "bench/Hardware.h"
 #include "bench/Measuring.h"
 #include "bench/Signatures.h"
@@ -39,7 +40,8 @@ class ScratchDirectory {
 
 std::vector<Row> allRows() {
     std::vector<Row> all = zavbench::hardwareRows();
-    for (const auto& rows : {zavbench::softwareRows(), zavbench::signatureRows()}) {
+    for (const auto& rows :
+         {zavbench::softwareRows(), zavbench::signatureRows(), zavbench::catalogueRows()}) {
         all.insert(all.end(), rows.begin(), rows.end());
     }
     return all;
@@ -51,9 +53,11 @@ bool measureAll(const std::filesystem::path& scratch, Medians& medians) {
     zavbench::addHardware(scratch, memory.path());
     zavbench::addSoftware(scratch);
     zavbench::addSignatures(scratch);
+    zavbench::addCatalogue(scratch);
     const bool good = zavbench::measureRegistered(medians);
     zavbench::deriveSoftware(medians);
     zavbench::deriveSignatures(medians);
+    zavbench::observeCatalogue(scratch, medians);
     return good;
 }
 
