@@ -132,11 +132,7 @@ void gather(GatheringContext& context, GroupData& data) {
     if (smbios.damaged()) data.partial("smbios-broken");
     if (!smbios.structures().empty()) return;
     addFromControllers(context.root(), data);
-    if (!data.instances().empty()) {
-        data.partial("no-smbios");
-    } else if (!hasSmbios(context.root())) {
-        data.notApplicable("no-smbios");
-    }
+    if (data.instances().empty() && !hasSmbios(context.root())) data.notApplicable("no-smbios");
 }
 
 }  // namespace

@@ -36,14 +36,18 @@ struct Modem {
 };
 using Modems = std::map<std::string, Modem>;  // by the address of the device on its bus
 
-// Interfaces of modems have the class "communications" and the subclass "abstract control".
+// Interfaces of modems have the class "communications", the subclass "abstract control" and a protocol of modem commands.
+// Boards that only imitate a serial port mostly state no protocol.
 void findUsbModems(const Root& root, Modems& modems) {
     for (const std::string& name : root.list(kUsb)) {
         const std::size_t colon = name.find(':');
         if (colon == std::string::npos) continue;
         const std::string path = kUsb + name + "/";
         if (root.readLine(path + "bInterfaceClass") != "02") continue;
-        if (root.readLine(path + "bInterfaceSubClass") == "02") modems[name.substr(0, colon)].bus = "USB";
+        const std::string protocol = root.readLine(path + "bInterfaceProtocol");
+        const bool commands = protocol >= "01" && protocol <= "06";
+        if (root.readLine(path + "bInterfaceSubClass") == "02" && commands)
+            modems[name.substr(0, colon)].bus = "USB";
     }
 }
 

@@ -89,8 +89,11 @@ void Smbios::parse() {
     while (rest.size() >= kHeaderLength) {
         SmbiosStructure structure;
         const auto length = static_cast<unsigned char>(rest[1]);
-        damaged_ = length < kHeaderLength || length > rest.size();
-        if (damaged_) return;
+        if (length < kHeaderLength || length > rest.size()) {
+            // Zeros fill up the memory behind the last structure.
+            damaged_ = rest.find_first_not_of('\0') != std::string_view::npos;
+            return;
+        }
         structure.formatted = rest.substr(0, length);
         structure.type = structure.byte(0);
         structure.handle = structure.word(2);

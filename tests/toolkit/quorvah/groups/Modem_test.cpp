@@ -15,7 +15,10 @@ TEST(Modem, ReportsUsbAndPciModemsWithTheirDevices) {
     tree.write("sys/bus/usb/devices/1-4/idVendor", "0572\n");
     tree.write("sys/bus/usb/devices/1-4:1.0/bInterfaceClass", "02\n");
     tree.write("sys/bus/usb/devices/1-4:1.0/bInterfaceSubClass", "02\n");
-    tree.write("sys/bus/usb/devices/1-5:1.0/bInterfaceClass", "03\n");
+    tree.write("sys/bus/usb/devices/1-4:1.0/bInterfaceProtocol", "01\n");
+    tree.write("sys/bus/usb/devices/1-5:1.0/bInterfaceClass", "02\n");
+    tree.write("sys/bus/usb/devices/1-5:1.0/bInterfaceSubClass", "02\n");
+    tree.write("sys/bus/usb/devices/1-5:1.0/bInterfaceProtocol", "00\n");
     tree.link("sys/class/tty/ttyACM0", "../../devices/pci0000:00/0000:00:14.0/usb1/1-4/1-4:1.0/tty/ttyACM0");
     tree.link("sys/class/tty/ttyS0", "../../devices/pnp0/00:04/tty/ttyS0");
     tree.write("sys/bus/pci/devices/0000:02:00.0/class", "0x070300\n");

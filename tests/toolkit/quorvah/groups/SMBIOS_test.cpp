@@ -40,6 +40,15 @@ TEST(SMBIOS, ATruncatedTableIsPartial) {
     EXPECT_EQ("smbios-broken", data.reason());
 }
 
+TEST(SMBIOS, ZerosBehindTheLastStructureAreNoDamage) {
+    const ScratchDir tree;
+    tree.write("sys/firmware/dmi/tables/DMI",
+               TableStructure(11, 5, 1).text(4, "one").bytes() + std::string(16, '\0'));
+    const GroupData data = gatheredBelow(kSMBIOS, tree.path());
+    EXPECT_EQ(1U, data.instances().size());
+    EXPECT_EQ(GroupState::Complete, data.state());
+}
+
 TEST(SMBIOS, DoesNotApplyToAMachineWithoutSuchFirmware) {
     const ScratchDir tree;
     tree.write("sys/kernel/notes", "");
