@@ -106,7 +106,8 @@ Examples:
 
 Exit status: 0 the signatures are evaluated, with or without a match, or the files are valid; 1 the command failed, or
 a file is not valid; 2 the command line is wrong, or a file cannot be read; 3 the results are written, but of a
-signature it is unknown whether it matches, or a result may be missing.)";
+signature it is unknown whether it matches, or results may be missing. Single files that are damaged or that may not
+be read only cause warnings, unless --guid is given.)";
 
 constexpr const char* kSbomFooter =
     R"(The document contains the operating system, the installed packages, the software that the signatures recognise, and
