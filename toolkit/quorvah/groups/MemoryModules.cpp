@@ -108,13 +108,15 @@ void setControllerType(std::string_view type, Instance& module) {
 void addFromControllers(const Root& root, GroupData& data) {
     for (const std::string& controller : root.list(kControllers)) {
         if (!controller.starts_with("mc")) continue;
-        for (const std::string& name : root.list(kControllers + controller)) {
+        const std::string parent = kControllers + controller + "/";
+        for (const std::string& name : root.list(parent)) {
             if (!name.starts_with("dimm") && !name.starts_with("rank")) continue;
-            const std::string directory = kControllers + controller + "/" + name + "/";
+            const std::string directory = parent + name + "/";
             const Count mebibytes = root.readCount(directory + "size");
             if (mebibytes.value_or(0) == 0) continue;
-            const std::string label = root.readLine(directory + "dimm_label");
-            Instance& module = data.add(label.empty() ? controller + "/" + name : label);
+            std::string label = root.readLine(directory + "dimm_label");
+            if (label.empty()) label.append(controller).append("/").append(name);
+            Instance& module = data.add(label);
             module.set("Capacity", product(mebibytes, kKib * kKib));
             setControllerType(root.readLine(directory + "dimm_mem_type"), module);
         }

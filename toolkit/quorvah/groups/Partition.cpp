@@ -155,10 +155,10 @@ void setContent(const Root& root, const BlockDevice& device, const Content& cont
 
 // What is rebuilt or checked at present, else "degraded" or "clean", else the kernel's word.
 std::string raidState(const BlockDevice& device) {
-    const std::string action = device.line("md/sync_action");
+    std::string action = device.line("md/sync_action");
     if (!action.empty() && action != "idle" && action != "frozen") return action;
     if (device.number("md/degraded").value_or(0) > 0) return "degraded";
-    const std::string state = device.line("md/array_state");
+    std::string state = device.line("md/array_state");
     // An array that is being written to changes between these.
     for (const char* const healthy : {"clean", "active", "active-idle", "write-pending"}) {
         if (state == healthy) return "clean";

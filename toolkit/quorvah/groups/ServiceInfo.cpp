@@ -73,16 +73,17 @@ class RunningServices {
     }
 
   private:
+    // Instances of a template are in a slice of their own, in whose name a dash is escaped.
     std::string processesOf(const std::string& name) const {
-        for (const char* const hierarchy : {"/sys/fs/cgroup/", "/sys/fs/cgroup/systemd/"}) {
-            const std::string slice = hierarchy + std::string("system.slice/");
-            std::string processes = root_.read(slice + name + "/cgroup.procs").value_or("");
-            if (!processes.empty()) return processes;
-            const std::size_t at = name.find('@');
-            if (at == std::string::npos) continue;
-            processes =
-                root_.read(slice + "system-" + name.substr(0, at) + ".slice/" + name + "/cgroup.procs")
-                    .value_or("");
+        std::string place = name + "/cgroup.procs";
+        const std::size_t at = name.find('@');
+        if (at != std::string::npos) {
+            std::string slice = "system-";
+            for (const char c : name.substr(0, at)) slice += c == '-' ? "\\x2d" : std::string(1, c);
+            place.insert(0, slice + ".slice/");
+        }
+        for (const std::string hierarchy : {"/sys/fs/cgroup/", "/sys/fs/cgroup/systemd/"}) {
+            std::string processes = root_.read(hierarchy + "system.slice/" + place).value_or("");
             if (!processes.empty()) return processes;
         }
         return {};

@@ -59,7 +59,7 @@ Record readRecord(std::string_view bytes) {
 }
 
 // Displays of this machine, and the names of terminal multiplexers, are no hosts.
-std::string remoteHost(std::string host) {
+std::string remoteHost(const std::string& host) {
     const bool local = host.starts_with(':') || host.find('(') != std::string::npos || host == "localhost";
     return local ? std::string() : host;
 }
