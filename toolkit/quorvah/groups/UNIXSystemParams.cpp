@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "toolkit/machine/files/MountInfo.h"
 #include "toolkit/machine/text/ByteOrder.h"
@@ -9,7 +10,9 @@
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/CpuInfo.h"
 #include "toolkit/quorvah/sources/CpuList.h"
+#include "toolkit/quorvah/sources/CpuTopology.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/KernelCommandLine.h"
 #include "toolkit/quorvah/sources/KernelInfo.h"
@@ -85,8 +88,16 @@ void setProcessors(const Root& root, Instance& system) {
         return;
     }
     const std::string directory = "/sys/devices/system/cpu/";
-    const std::size_t configured = readCpuList(root.readLine(directory + "possible")).size();
-    const std::size_t online = readCpuList(root.readLine(directory + "online")).size();
+    std::size_t configured = readCpuList(root.readLine(directory + "possible")).size();
+    std::size_t online = readCpuList(root.readLine(directory + "online")).size();
+    if (configured == 0 || online == 0) {
+        // Old kernels have no lists.
+        const CpuInfo info(root.read("/proc/cpuinfo").value_or(""));
+        const std::vector<LogicalCpu> cpus = readCpus(root, info);
+        if (configured == 0) configured = cpus.size();
+        const auto isOnline = [](const LogicalCpu& cpu) { return cpu.online == true; };
+        if (online == 0) online = static_cast<std::size_t>(std::ranges::count_if(cpus, isOnline));
+    }
     if (configured > 0) system.set("ProcessorsConfigured", configured);
     if (online > 0) system.set("ProcessorsOnline", online);
 }

@@ -39,6 +39,8 @@ TEST(UNIXSystemParams, ReadsTheRunLevelOfTheInitOfSystemV) {
                 {"Release", "6.1.21-v8+"},
                 {"Version", "#1642 SMP PREEMPT Mon Apr  3 17:24:16 BST 2023"},
                 {"Machine", "aarch64"},
+                {"ProcessorsConfigured", "4"},
+                {"ProcessorsOnline", "4"},
                 {"InitSystem", "init"},
                 {"DefaultTarget", "runlevel 3"}});
 }
@@ -50,6 +52,18 @@ TEST(UNIXSystemParams, ReadsTheRootDeviceFromTheMountsWithoutBootParameter) {
     const GroupData data = gatheredBelow(kUNIXSystemParams, tree.path());
     ASSERT_EQ(data.instances().size(), 1U);
     EXPECT_EQ(data.instances().front().get("RootDevice"), "/dev/vda");
+}
+
+TEST(UNIXSystemParams, CountsTheProcessorsOfAKernelWithoutLists) {
+    const ScratchDir tree;
+    tree.write("proc/cpuinfo", "processor\t: 0\n\nprocessor\t: 2\n");
+    for (const char* const cpu : {"cpu0", "cpu1", "cpu2"})
+        tree.write("sys/devices/system/cpu/" + std::string(cpu) + "/crash_notes", "0\n");
+    tree.write("sys/devices/system/cpu/cpu1/online", "0\n");
+    const GroupData data = gatheredBelow(kUNIXSystemParams, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("ProcessorsConfigured"), "3");
+    EXPECT_EQ(data.instances().front().get("ProcessorsOnline"), "2");
 }
 
 std::string initIn(const ScratchDir& tree) {
