@@ -10,10 +10,11 @@
 
 namespace toolkit {
 
-enum class PackageType : std::uint8_t { Dpkg, Rpm, Apk, Pacman, Snap, Flatpak };
+enum class PackageType : std::uint8_t { Dpkg, Rpm, Apk, Pacman, Snap, Flatpak, Opkg, Portage, Homebrew };
 
-inline constexpr std::array kPackageTypes = {PackageType::Dpkg,   PackageType::Rpm,  PackageType::Apk,
-                                             PackageType::Pacman, PackageType::Snap, PackageType::Flatpak};
+inline constexpr std::array kPackageTypes = {
+    PackageType::Dpkg,    PackageType::Rpm,  PackageType::Apk,     PackageType::Pacman,  PackageType::Snap,
+    PackageType::Flatpak, PackageType::Opkg, PackageType::Portage, PackageType::Homebrew};
 
 // Unknown values are empty. The texts belong to the PackageTexts that the package was read with.
 struct InstalledPackage {

@@ -27,6 +27,9 @@ extern const PackageDatabase kApkDatabase;
 extern const PackageDatabase kPacmanDatabase;
 extern const PackageDatabase kSnapDatabase;
 extern const PackageDatabase kFlatpakDatabase;
+extern const PackageDatabase kOpkgDatabase;
+extern const PackageDatabase kPortageDatabase;
+extern const PackageDatabase kHomebrewDatabase;
 
 // A copy of a value. A value that is too long is truncated, to a length that is still more than kMaxValueLength.
 std::string_view keepValue(std::string_view value, PackageTexts& texts);

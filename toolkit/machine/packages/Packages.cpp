@@ -4,14 +4,16 @@
 
 #include "toolkit/machine/packages/PackageDatabase.h"
 #include "toolkit/machine/packages/PackageUrl.h"
+#include "toolkit/machine/text/Lines.h"
 #include "toolkit/machine/text/ShellVariables.h"
 
 namespace toolkit {
 namespace {
 
 // In the order of PackageType.
-constexpr const PackageDatabase* kDatabases[] = {&kDpkgDatabase,   &kRpmDatabase,  &kApkDatabase,
-                                                 &kPacmanDatabase, &kSnapDatabase, &kFlatpakDatabase};
+constexpr const PackageDatabase* kDatabases[] = {&kDpkgDatabase,   &kRpmDatabase,     &kApkDatabase,
+                                                 &kPacmanDatabase, &kSnapDatabase,    &kFlatpakDatabase,
+                                                 &kOpkgDatabase,   &kPortageDatabase, &kHomebrewDatabase};
 
 // A default place of a database.
 struct Place {
@@ -36,17 +38,17 @@ constexpr Place kPlaces[] = {
     {"/snap", PackageType::Snap, false},
     {"/var/lib/snapd/snap", PackageType::Snap, false},
     {"/var/lib/flatpak/app", PackageType::Flatpak, false},
+    {"/usr/lib/opkg/status", PackageType::Opkg, true},
+    {"/var/lib/opkg/status", PackageType::Opkg, true},
+    {"/opt/lib/opkg/status", PackageType::Opkg, false},
+    {"/var/db/pkg", PackageType::Portage, true},
+    {"/home/linuxbrew/.linuxbrew/Cellar", PackageType::Homebrew, false},
+    {"/opt/homebrew/Cellar", PackageType::Homebrew, false},
 };
 
 constexpr UnreadManager kUnreadManagers[] = {
-    {"opkg", "/usr/lib/opkg/status"},
-    {"opkg", "/var/lib/opkg/status"},
-    {"opkg", "/opt/lib/opkg/status"},
-    {"portage", "/var/db/pkg"},
     {"nix", "/nix/var/nix/profiles"},
     {"guix", "/var/guix/profiles"},
-    {"homebrew", "/home/linuxbrew/.linuxbrew/Cellar"},
-    {"homebrew", "/opt/homebrew/Cellar"},
 };
 
 using Damage = PackageReading::Damage;
@@ -148,8 +150,12 @@ std::string packageUrl(const InstalledPackage& package, std::string_view distrib
         epoch = package.epoch;
         version.remove_prefix(epoch.size() + 1);
     }
-    return packageUrl(kind.urlType, kind.ofDistribution ? distribution : std::string_view(), package.name,
-                      version,
+    std::string_view name = package.name;
+    std::string_view nameSpace = kind.ofDistribution ? distribution : std::string_view();
+    // "sys-apps/util-linux"
+    if (package.type == PackageType::Portage && name.find('/') != std::string_view::npos)
+        nameSpace = takeField(name, '/');
+    return packageUrl(kind.urlType, nameSpace, name, version,
                       {{"arch", package.architecture}, {"branch", package.branch}, {"epoch", epoch}});
 }
 

@@ -112,7 +112,7 @@ constexpr ValueRule kValueRules[] = {
     {Attribute::Scheme, isScheme, "deb, rpm, semver, pep440, dotted, int or text"},
     {Attribute::Sha256, isDigest, "a SHA-256 of 64 hexadecimal digits"},
     {Attribute::Size, isSize, kSizeText},
-    {Attribute::Type, isPackageType, "dpkg, rpm, apk, pacman, snap, flatpak or any"},
+    {Attribute::Type, isPackageType, "dpkg, rpm, apk, pacman, snap, flatpak, opkg, portage, homebrew or any"},
     {Attribute::Values, isChoiceOfValues, "all or last"},
 };
 

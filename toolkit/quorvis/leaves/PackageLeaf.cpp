@@ -13,6 +13,7 @@ using Row = PackageIndex::Row;
 Scheme defaultScheme(PackageType type) {
     switch (type) {
         case PackageType::Dpkg:
+        case PackageType::Opkg:
             return Scheme::Deb;
         case PackageType::Rpm:
         case PackageType::Apk:
@@ -20,6 +21,8 @@ Scheme defaultScheme(PackageType type) {
             return Scheme::Rpm;
         case PackageType::Snap:
         case PackageType::Flatpak:
+        case PackageType::Portage:
+        case PackageType::Homebrew:
             break;
     }
     return Scheme::Dotted;

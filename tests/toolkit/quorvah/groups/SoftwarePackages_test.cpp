@@ -225,13 +225,52 @@ TEST(RpmPackages, ADamagedHeaderIsSkippedAndReported) {
     EXPECT_EQ(2U, data.instances().size());
 }
 
+TEST(OpkgPackages, AreListed) {
+    const ScratchDir tree;
+    tree.write("etc/os-release", "ID=openwrt\n");
+    tree.write("usr/lib/opkg/status",
+               "Package: busybox\nVersion: 1.36.1-1\nDepends: libc\nStatus: install user installed\n"
+               "Architecture: mips_24kc\nInstalled-Time: 1700000000\n\n"
+               "Package: gone\nVersion: 1\nStatus: deinstall user not-installed\nArchitecture: all\n\n");
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    ASSERT_EQ((std::vector<std::string>{"pkg:opkg/openwrt/busybox@1.36.1-1?arch=mips_24kc"}), keysOf(data));
+    EXPECT_EQ("opkg", data.instances().front().get("PackageFormat"));
+    EXPECT_EQ("install user installed", data.instances().front().get("Status"));
+    EXPECT_EQ("1", data.instances().front().get("Release"));
+}
+
+TEST(PortagePackages, AreListed) {
+    const ScratchDir tree;
+    const std::string folder = "var/db/pkg/sys-apps/";
+    tree.write(folder + "util-linux-2.39.3-r2/DESCRIPTION", "Various useful Linux utilities\n");
+    tree.write(folder + "util-linux-2.39.3-r2/SIZE", "20480\n");
+    tree.write(folder + "util-linux-2.39.3-r2/BUILD_TIME", "1700000000\n");
+    tree.write(folder + "-MERGING-grep-3.11/SIZE", "1\n");
+    tree.write(folder + "no-version/SIZE", "1\n");
+    tree.write(folder + "lsb-release-4a-3.3/SIZE", "1\n");
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    ASSERT_EQ(2U, data.instances().size());
+    const Instance& package = instanceOf(data, "pkg:ebuild/sys-apps/util-linux@2.39.3-r2");
+    EXPECT_EQ("sys-apps/util-linux", package.get("Name"));
+    EXPECT_EQ("2.39.3-r2", package.get("VersionString"));
+    EXPECT_EQ("Various useful Linux utilities", package.get("Description"));
+    EXPECT_EQ("20", package.get("InstalledSize"));
+    EXPECT_EQ("2023-11-14T22:13:20Z", package.get("InstallDate"));
+}
+
+TEST(HomebrewPackages, AreListed) {
+    const ScratchDir tree;
+    const std::string cellar = "home/linuxbrew/.linuxbrew/Cellar/";
+    tree.write(cellar + "jq/1.7.1/INSTALL_RECEIPT.json", "{}");
+    tree.write(cellar + "jq/1.8/bin/jq", "");
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    EXPECT_EQ((std::vector<std::string>{"pkg:brew/jq@1.7.1"}), keysOf(data));
+}
+
 TEST(OtherPackageManagers, ThatAreNotReadAreReported) {
     const std::pair<const char*, const char*> kCases[] = {
-        {"usr/lib/opkg/status", "opkg-unsupported"},
-        {"var/db/pkg/sys-apps/baselayout-2.14/PF", "portage-unsupported"},
         {"nix/var/nix/profiles/system-1-link", "nix-unsupported"},
         {"var/guix/profiles/system-1-link", "guix-unsupported"},
-        {"home/linuxbrew/.linuxbrew/Cellar/jq/1.7.1/INSTALL_RECEIPT.json", "homebrew-unsupported"},
     };
     for (const auto& [file, reason] : kCases) {
         const ScratchDir tree;
