@@ -201,7 +201,8 @@ TEST(SignatureProblems, ReportsAllProblemsInDocumentOrder) {
               "sig.xml:2:37: File lacks the attribute \"path\"\n"
               "sig.xml:4:1: guid \"\xC3\xA9\" is not made of 1 to 128 letters, digits and .:_{}-\n"
               "sig.xml:5:9: scheme \"y\" is not deb, rpm, semver, pep440, dotted, int or text\n"
-              "sig.xml:5:9: type \"x\" is not dpkg, rpm, apk, pacman, snap, flatpak, opkg, portage, homebrew or any\n");
+              "sig.xml:5:9: type \"x\" is not dpkg, rpm, apk, pacman, snap, flatpak, opkg, portage, homebrew "
+              "or any\n");
     EXPECT_TRUE(file.signatures.empty());
 }
 
