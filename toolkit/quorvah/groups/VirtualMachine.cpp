@@ -43,7 +43,8 @@ Instance& addGuest(const GuestConfig& guest, const char* manager, const std::str
 
 void addDomains(const Root& root, const std::string& driver, GroupData& data) {
     const std::string directory = "/etc/libvirt/" + driver + "/";
-    const std::string running = "/run/libvirt/" + driver;
+    const std::string autostart = directory + "autostart/";
+    const std::string running = "/run/libvirt/" + driver + "/";
     const bool knowsRunning = root.isDirectory(running);
     for (const std::string& name : root.list(directory)) {
         if (!name.ends_with(".xml")) continue;
@@ -54,18 +55,18 @@ void addDomains(const Root& root, const std::string& driver, GroupData& data) {
             data.partial("guest-broken");
             continue;
         }
-        guest->starts = !root.readLink(directory + "autostart/" + name).empty();
+        guest->starts = !root.readLink(autostart + name).empty();
         Instance& machine = addGuest(*guest, "libvirt", directory + name, data);
-        if (knowsRunning)
-            machine.set("EnabledState", root.exists(running + "/" + name) ? "Enabled" : "Disabled");
+        if (knowsRunning) machine.set("EnabledState", root.exists(running + name) ? "Enabled" : "Disabled");
     }
 }
 
 // Machines of the manager that exist only while they run.
 void addTransientDomains(const Root& root, const std::string& driver, GroupData& data) {
     const std::string directory = "/run/libvirt/" + driver + "/";
+    const std::string persistent = "/etc/libvirt/" + driver + "/";
     for (const std::string& name : root.list(directory)) {
-        if (!name.ends_with(".xml") || root.exists("/etc/libvirt/" + driver + "/" + name)) continue;
+        if (!name.ends_with(".xml") || root.exists(persistent + name)) continue;
         const std::optional<std::string> text = root.read(directory + name, kMaxConfig);
         const std::optional<GuestConfig> guest = text ? parseDomain(*text) : std::nullopt;
         if (guest) addGuest(*guest, "libvirt", directory + name, data).set("EnabledState", "Enabled");

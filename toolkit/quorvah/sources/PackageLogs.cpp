@@ -36,7 +36,7 @@ std::int64_t pacmanTime(std::string_view& line, bool& hasZone) {
     const int hours = number(stamp.substr(20, 2));
     const int minutes = number(stamp.substr(22, 2));
     if (seconds == 0 || hours < 0 || minutes < 0) return 0;
-    const std::int64_t east = std::int64_t{hours} * 3600 + minutes * 60;
+    const std::int64_t east = (std::int64_t{hours} * 60 + minutes) * 60;
     return stamp[19] == '-' ? seconds + east : seconds - east;
 }
 
@@ -97,8 +97,8 @@ std::int64_t secondsOf(std::string_view date, std::string_view time) {
     const year_month_day calendar{year{parts[0]}, month{static_cast<unsigned>(parts[1])},
                                   day{static_cast<unsigned>(parts[2])}};
     if (!calendar.ok() || parts[3] > 23 || parts[4] > 59 || parts[5] > 60) return 0;
-    return std::int64_t{sys_days(calendar).time_since_epoch().count()} * 86400 + parts[3] * 3600 +
-           parts[4] * 60 + parts[5];
+    const std::int64_t hours = std::int64_t{sys_days(calendar).time_since_epoch().count()} * 24 + parts[3];
+    return (hours * 60 + parts[4]) * 60 + parts[5];
 }
 
 // "2026-11-01 06:25:01 upgrade bash:amd64 5.2.15-2 5.2.15-3"
