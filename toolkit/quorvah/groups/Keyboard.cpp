@@ -39,7 +39,7 @@ unsigned functionKeys(const InputDevice& device) {
 // The layout that the system gives to all its keyboards.
 std::string layoutOf(const Root& root) {
     const ShellVariables keyboard(root.read("/etc/default/keyboard").value_or(""));
-    const std::string layout = keyboard.value("XKBLAYOUT");
+    std::string layout = keyboard.value("XKBLAYOUT");
     if (!layout.empty()) return layout;
     const ShellVariables console(root.read("/etc/vconsole.conf").value_or(""));
     const std::string graphical = console.value("XKBLAYOUT");

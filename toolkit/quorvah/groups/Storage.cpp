@@ -174,8 +174,8 @@ bool isMultipath(const Root& root, const BlockDevice& disk) {
 
 // Whether there is no medium: the kernel then states no size, or for an optical drive one that no disc has.
 bool isEmpty(const BlockDevice& disk, std::string_view udev) {
-    constexpr std::uint64_t kDefaultSize =
-        0x1FFFFF;  // blocks of 512 bytes, which no disc can have: it is odd
+    // Blocks of 512 bytes. No disc can have an odd number of them.
+    constexpr std::uint64_t kDefaultSize = 0x1FFFFF;
     const Count size = disk.number("size");
     if (size == 0 && disk.flag("removable").value_or(false)) return true;
     if (!isOptical(disk)) return false;
@@ -184,7 +184,8 @@ bool isEmpty(const BlockDevice& disk, std::string_view udev) {
 }
 
 void setSize(const BlockDevice& disk, bool empty, Instance& drive) {
-    const Count size = empty ? std::nullopt : disk.bytes("size");
+    Count size;
+    if (!empty) size = disk.bytes("size");
     const Count block = disk.blockSize();
     drive.set("Size", size);
     drive.set("BlockSize", block);

@@ -48,7 +48,8 @@ std::vector<int> presentCpus(const Root& root, const CpuInfo& info) {
 // An id. The kernel writes -1 for none, some kernels as an unsigned number of 16 or 32 bits.
 Count readId(const Root& root, const std::string& path) {
     const Count id = root.readCount(path);
-    return id != 0xFFFF && id != 0xFFFFFFFF ? id : std::nullopt;
+    const bool none = !id || *id == 0xFFFF || *id == 0xFFFFFFFF;
+    return none ? std::nullopt : id;
 }
 
 // An id in sysfs, or else in /proc/cpuinfo.
