@@ -13,9 +13,10 @@ constexpr const char* kCellars[] = {"/home/linuxbrew/.linuxbrew/Cellar/", "/opt/
 void visitCellar(const Root& root, const std::string& folder, PackageTexts& texts,
                  const PackageVisitor& visit, PackageReading& result) {
     for (const std::string& name : root.list(folder)) {
-        for (const std::string& version : root.list(folder + name)) {
+        const std::string versions = folder + name + "/";
+        for (const std::string& version : root.list(versions)) {
             // A version is being installed while its receipt is missing.
-            const std::string path = folder + name + "/" + version;
+            const std::string path = versions + version;
             if (!root.exists(path + "/INSTALL_RECEIPT.json")) continue;
             if (!texts.budget().item()) {
                 result.note(Damage::TooLarge, folder);

@@ -32,7 +32,8 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
     const std::string folder = folderOf(database, "/var/db/pkg/");
     PackageReading result;
     for (const std::string& category : root.list(folder)) {
-        for (const std::string& entry : root.list(folder + category)) {
+        const std::string entries = folder + category + "/";
+        for (const std::string& entry : root.list(entries)) {
             const std::size_t version = versionIn(entry);
             // An entry that is being made or removed begins with "-MERGING-".
             if (version == std::string_view::npos || entry.front() == '-') continue;
@@ -40,7 +41,7 @@ PackageReading visitPackages(const Root& root, const std::string& database, Pack
                 result.note(Damage::TooLarge, folder);
                 return result;
             }
-            const std::string path = folder + category + "/" + entry + "/";
+            const std::string path = entries + entry + "/";
             InstalledPackage package;
             package.type = PackageType::Portage;
             package.name = texts.keep({category, "/", std::string_view(entry).substr(0, version - 1)});

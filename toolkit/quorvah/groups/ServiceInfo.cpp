@@ -82,8 +82,8 @@ class RunningServices {
             for (const char c : name.substr(0, at)) slice += c == '-' ? "\\x2d" : std::string(1, c);
             place.insert(0, slice + ".slice/");
         }
-        for (const std::string hierarchy : {"/sys/fs/cgroup/", "/sys/fs/cgroup/systemd/"}) {
-            std::string processes = root_.read(hierarchy + "system.slice/" + place).value_or("");
+        for (std::string path : {"/sys/fs/cgroup/system.slice/", "/sys/fs/cgroup/systemd/system.slice/"}) {
+            std::string processes = root_.read(path.append(place)).value_or("");
             if (!processes.empty()) return processes;
         }
         return {};

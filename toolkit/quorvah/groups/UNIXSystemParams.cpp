@@ -112,7 +112,7 @@ std::string programName(const Root& root, std::string_view path) {
 // its file, of which the command line tells. Without the process, as in a tree that was not captured from a running system,
 // it is the program that would be started.
 std::string initSystem(const Root& root) {
-    const std::string process = root.readLine("/proc/1/comm");
+    std::string process = root.readLine("/proc/1/comm");
     if (!process.empty() && process != "init") return process;
     if (!process.empty()) {
         const std::string arguments = root.read("/proc/1/cmdline").value_or("");
