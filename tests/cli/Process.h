@@ -37,7 +37,7 @@ class Process {
     Process& ignoring(int signal);
     // Starts the process with these descriptors closed.
     Process& without(std::vector<int> descriptors);
-    // Replaces /etc by a directory that contains only zav/zav.ini with this content, or nothing.
+    // Replaces /etc by a directory that contains only the account of root and, if there is any content, zav/zav.ini with it.
     Process& locationFile(const std::optional<std::string>& zavIni);
     // Sets the owner and the mode of that zav.ini.
     Process& locationFileOwner(unsigned int user, unsigned int mode);
