@@ -25,7 +25,7 @@ struct ElfBuilder {
                                  "\x01\x23\xAB\xCD\xEF" + std::string(3, '\0');
         const std::size_t headerSize = wide ? sizeof(Elf64_Ehdr) : sizeof(Elf32_Ehdr);
         const std::size_t segmentsAt = headerSize;
-        const std::size_t textsAt = segmentsAt + 3 * (wide ? sizeof(Elf64_Phdr) : sizeof(Elf32_Phdr));
+        const std::size_t textsAt = segmentsAt + 4 * (wide ? sizeof(Elf64_Phdr) : sizeof(Elf32_Phdr));
         const std::size_t dynamicAt = textsAt + texts.size();
         const std::string dynamic = entry(DT_NEEDED, 17) + entry(DT_NEEDED, 27) + entry(DT_SONAME, 1) +
                                     entry(DT_STRTAB, kBase + textsAt) + entry(DT_NULL, 0);
@@ -36,7 +36,8 @@ struct ElfBuilder {
 
         std::string file = header(segmentsAt, sectionsAt);
         file += segment(PT_LOAD, 0, sectionsAt, 4096) + segment(PT_DYNAMIC, dynamicAt, dynamic.size(), 8) +
-                segment(PT_NOTE, noteAt, note.size(), 4);
+                segment(PT_NOTE, noteAt, note.size(), 4) +
+                segment(PT_LOAD, dynamicAt, dynamic.size(), 4096, PF_R | PF_W);
         file += texts + dynamic + note + readOnlyData + names;
         file += section(0, SHT_NULL, 0, 0) + section(1, SHT_PROGBITS, dataAt, readOnlyData.size()) +
                 section(9, SHT_STRTAB, namesAt, names.size()) + section(19, SHT_NOTE, noteAt, note.size()) +
@@ -67,16 +68,16 @@ struct ElfBuilder {
         file += put(ET_DYN, 2) + put(machine, 2) + put(1, 4) + word(0);
         file += word(segments ? segmentsAt : 0) + word(sections ? sectionsAt : 0) + put(0, 4);
         file += put(wide ? sizeof(Elf64_Ehdr) : sizeof(Elf32_Ehdr), 2);
-        file += put(wide ? sizeof(Elf64_Phdr) : sizeof(Elf32_Phdr), 2) + put(segments ? 3 : 0, 2);
+        file += put(wide ? sizeof(Elf64_Phdr) : sizeof(Elf32_Phdr), 2) + put(segments ? 4 : 0, 2);
         file += put(wide ? sizeof(Elf64_Shdr) : sizeof(Elf32_Shdr), 2) + put(sections ? 5 : 0, 2) + put(2, 2);
         return file;
     }
 
-    std::string segment(std::uint64_t type, std::uint64_t offset, std::uint64_t size,
-                        std::uint64_t alignment) const {
+    std::string segment(std::uint64_t type, std::uint64_t offset, std::uint64_t size, std::uint64_t alignment,
+                        std::uint64_t flags = PF_R) const {
         const std::string place = word(offset) + word(kBase + offset) + word(0) + word(size) + word(size);
-        return wide ? put(type, 4) + put(PF_R, 4) + place + word(alignment)
-                    : put(type, 4) + place + put(PF_R, 4) + word(alignment);
+        return wide ? put(type, 4) + put(flags, 4) + place + word(alignment)
+                    : put(type, 4) + place + put(flags, 4) + word(alignment);
     }
 
     std::string section(std::uint64_t name, std::uint64_t type, std::uint64_t offset,

@@ -49,8 +49,8 @@ class Elf {
     void namesSection(std::uint64_t index) const { put(0x3E, bytesOf(index, 2)); }
 
     void segment(std::uint64_t type, std::uint64_t offset, std::uint64_t address, std::uint64_t size,
-                 std::uint64_t alignment = 4) {
-        put(kSegments + 56 * segments_++, bytesOf(type, 4) + bytesOf(PF_R, 4) + bytesOf(offset, 8) +
+                 std::uint64_t alignment = 4, std::uint64_t flags = PF_R) {
+        put(kSegments + 56 * segments_++, bytesOf(type, 4) + bytesOf(flags, 4) + bytesOf(offset, 8) +
                                               bytesOf(address, 8) + bytesOf(0, 8) + bytesOf(size, 8) +
                                               bytesOf(size, 8) + bytesOf(alignment, 8));
         segmentCount(segments_);
@@ -86,6 +86,20 @@ class Elf {
         const RandomAccessFile parts = file();
         const auto elf = ElfFile::open(parts, damaged);
         return std::string(elf ? elf->machine() : "damaged");
+    }
+    // "offset size" of the writable data, or "none".
+    std::string writableData() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        const auto place = elf ? elf->writableData() : std::nullopt;
+        return place ? std::to_string(place->offset) + " " + std::to_string(place->size) : "none";
+    }
+    bool hasSections() const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        return elf && elf->hasSections();
     }
     // "soname needed...", or "damaged".
     std::string dynamic() const {

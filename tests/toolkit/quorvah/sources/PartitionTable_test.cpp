@@ -138,6 +138,13 @@ TEST(PartitionTable, ANameEndsWithItsEntry) {
     EXPECT_EQ(disk.table().entries.at(0).name, std::string(36, 'a'));
 }
 
+TEST(PartitionTable, ANameHas36UnitsInALongerEntry) {
+    Disk disk = gptDisk(512);
+    disk.putNumber(512 + 84, 256, 4);
+    for (std::size_t i = 0; i < 40; ++i) disk.putNumber(kThird + kName + 2 * i, 'a', 2);
+    EXPECT_EQ(disk.table().entries.at(0).name, std::string(36, 'a'));
+}
+
 TEST(PartitionTable, AGptEntryIsOneWhoseTypeIsNotZero) {
     Disk disk = gptDisk(512);
     disk.put(kThird, std::string(16, '\0'));

@@ -152,6 +152,27 @@ TEST(ElfFile, ASectionIsFoundByItsWholeName) {
     EXPECT_EQ(Section::Damaged, elf.read("text", 3));
 }
 
+TEST(ElfFile, AFileWithoutATableHasNoSections) {
+    const Elf elf;
+    EXPECT_TRUE(elf.hasSections());
+    elf.put(0x28, bytesOf(1, 8));
+    EXPECT_TRUE(elf.hasSections());
+    elf.put(0x28, bytesOf(0, 8));
+    EXPECT_FALSE(elf.hasSections());
+}
+
+TEST(ElfFile, WritableDataIsLoadedAndIsNoCode) {
+    Elf elf;
+    elf.segment(PT_LOAD, 1, 0, 10);
+    elf.segment(PT_DYNAMIC, 2, 0, 20, 4, PF_R | PF_W);
+    elf.segment(PT_LOAD, 3, 0, 30, 4, PF_R | PF_W | PF_X);
+    elf.segment(PT_LOAD, 4, 0, 40, 4, PF_R | PF_X);
+    EXPECT_EQ("none", elf.writableData());
+    elf.segment(PT_LOAD, 5, 0, 50, 4, PF_R | PF_W);
+    elf.segment(PT_LOAD, 6, 0, 60, 4, PF_R | PF_W);
+    EXPECT_EQ("5 50", elf.writableData());
+}
+
 TEST(ElfFile, TheTableOfTheDynamicLinkerEndsWithItsLastEntry) {
     const std::string texts("\0lib.so.1\0c.so\0m.so\0", 20);
     Elf elf;
@@ -387,6 +408,7 @@ TEST(ElfFile, BothClassesAndByteOrdersTellTheSame) {
                 elf.cut(builder.build().size());
                 EXPECT_EQ("0123abcdef", elf.buildId());
                 EXPECT_EQ(segments ? "libproduct.so.3 libc.so.6 libm.so.6" : "", elf.dynamic());
+                EXPECT_EQ(segments, elf.writableData() != "none");
                 std::string content;
                 EXPECT_EQ(Section::Found, elf.read(".rodata", 48, &content));
                 EXPECT_EQ(builder.readOnlyData, content);
