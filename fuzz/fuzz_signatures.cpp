@@ -28,8 +28,8 @@ void checkSignature(const quorvis::Signature& signature) {
     must(!signature.guid.empty() && signature.guid.size() <= 128);
     must(!signature.detections.empty() && signature.detections.back().endLeaf == signature.leaves.size());
     for (const auto& detection : signature.detections) {
-        must(detection.each.has_value() || detection.match.has_value());
-        must(!detection.each || *detection.each < signature.leaves.size());
+        must(!detection.each.empty() || detection.match.has_value());
+        for (const std::size_t leaf : detection.each) must(leaf < signature.leaves.size());
         if (detection.match) checkCondition(*detection.match, signature);
     }
     for (const quorvis::Leaf& leaf : signature.leaves) {

@@ -82,7 +82,7 @@ TEST_F(ComponentLeaf, OlderProgramsOfGoHavePointers) {
 
 TEST_F(ComponentLeaf, PointersThatAreSetWhenAProgramIsLoadedAreNoDamage) {
     const std::string info = pointedInfo(kBase, 8, false);
-    for (const std::size_t pointer : {16, 24, 32, 48}) {
+    for (const std::size_t pointer : {16U, 24U, 32U, 48U}) {
         const LeafResult result =
             askOf(elfProgram(std::string(info).replace(pointer, 8, std::string(8, '\0'))), "go");
         EXPECT_FALSE(result.incomplete) << pointer;
