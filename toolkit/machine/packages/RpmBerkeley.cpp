@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <array>
-#include <optional>
+#include <bit>
 #include <string>
 
 #include "toolkit/machine/packages/RpmBlobs.h"
@@ -20,6 +20,7 @@ constexpr std::size_t kNextPage = 16;
 constexpr std::size_t kEntries = 20;
 constexpr std::size_t kBytesInUse = 22;
 constexpr std::size_t kType = 25;
+constexpr std::size_t kTwoOffsets = 4;
 
 constexpr std::uint64_t kHashMagic = 0x061561;
 constexpr char kHashMeta = 8;
@@ -31,7 +32,8 @@ constexpr char kInline = 1;
 constexpr char kLarge = 3;
 constexpr std::size_t kLargeSize = 12;
 
-constexpr std::size_t kMeta = 72;
+constexpr std::size_t kMinPage = 512;
+constexpr std::size_t kMaxPage = std::size_t{1} << 16;
 constexpr std::uint64_t kMaxBlob = std::uint64_t{32} << 20;
 // A value of this size is a number that rpm keeps, not a header.
 constexpr std::size_t kNumberSize = 4;
@@ -42,7 +44,7 @@ class Berkeley {
 
     BlobReading read() {
         if (!readMeta()) return BlobReading::Unsupported;
-        for (std::uint64_t page = 1; page <= lastPage_; ++page) {
+        for (std::uint64_t page = 0; page <= lastPage_; ++page) {
             if (!file_.read(page * pageSize_, page_)) return BlobReading::Incomplete;
             const char type = page_[kType];
             if ((type == kHashPage || type == kOldHashPage) && !readEntries()) whole_ = false;
@@ -53,16 +55,16 @@ class Berkeley {
   private:
     bool readMeta() {
         constexpr std::size_t kMagic = 12;
-        std::array<char, kMeta> bytes{};
+        std::array<char, kMinPage> bytes{};
         if (!file_.read(0, bytes)) return false;
         const std::string_view meta(bytes.data(), bytes.size());
         little_ = littleEndian(meta, kMagic, 4) == kHashMagic;
         if (!little_ && bigEndian(meta, kMagic, 4) != kHashMagic) return false;
         pageSize_ = numberIn(meta, 20, 4);
         lastPage_ = numberIn(meta, 32, 4);
+        if (pageSize_ < kMinPage || pageSize_ > kMaxPage || !std::has_single_bit(pageSize_)) return false;
         const bool encrypted = meta[24] != 0;
-        const bool valid = pageSize_ >= 512 && pageSize_ <= 65536 && (pageSize_ & (pageSize_ - 1)) == 0;
-        if (!valid || encrypted || meta[kType] != kHashMeta) return false;
+        if (encrypted || meta[kType] != kHashMeta) return false;
         page_.resize(pageSize_);
         chain_.resize(pageSize_);
         return true;
@@ -75,20 +77,16 @@ class Berkeley {
     // Visits the values of the page. False if one of them could not be read.
     bool readEntries() {
         const std::string_view page = page_;
-        const std::uint64_t entries = numberIn(page, kEntries, 2);
-        if (kPageHeader + 2 * entries > page.size()) return false;
+        std::string_view offsets = page.substr(kPageHeader, 2 * numberIn(page, kEntries, 2));
+        const std::size_t first = kPageHeader + offsets.size();  // of the bytes of entries
         bool all = true;
-        for (std::uint64_t i = 1; i < entries; i += 2) {
-            const std::uint64_t start = offsetOf(i);
-            const std::uint64_t end = offsetOf(i - 1);
-            const bool valid = start >= kPageHeader && start < end && end <= page.size();
+        for (; offsets.size() >= kTwoOffsets; offsets.remove_prefix(kTwoOffsets)) {
+            const std::uint64_t end = numberIn(offsets, 0, 2);  // where the key begins
+            const std::uint64_t start = numberIn(offsets, 2, 2);
+            const bool valid = start >= first && start < end && end <= page.size();
             if (!valid || !readValue(page.substr(start, end - start))) all = false;
         }
         return all;
-    }
-
-    std::uint64_t offsetOf(std::uint64_t entry) const {
-        return numberIn(page_, kPageHeader + 2 * static_cast<std::size_t>(entry), 2);
     }
 
     bool readValue(std::string_view entry) {
@@ -104,11 +102,11 @@ class Berkeley {
         return true;
     }
 
-    // Every page of the chain has at least one byte, so that a circle ends.
+    // Every page of the chain has at least one byte, so that a circle ends. The file's first page ends it too, by its type.
     bool readChain(std::uint64_t page, std::uint64_t length) {
         blob_.clear();
         while (blob_.size() < length) {
-            if (page == 0 || page > lastPage_ || !file_.read(page * pageSize_, chain_)) return false;
+            if (page > lastPage_ || !file_.read(page * pageSize_, chain_)) return false;
             const std::string_view bytes = chain_;
             const std::uint64_t used = numberIn(bytes, kBytesInUse, 2);
             if (bytes[kType] != kChainPage || used == 0 || used > pageSize_ - kPageHeader) return false;
@@ -120,9 +118,9 @@ class Berkeley {
 
     const BlobFile& file_;
     const BlobVisitor& visit_;
-    bool little_ = true;
-    std::uint64_t pageSize_ = 0;
-    std::uint64_t lastPage_ = 0;
+    bool little_{};
+    std::uint64_t pageSize_{};
+    std::uint64_t lastPage_{};
     std::string page_;
     std::string chain_;
     std::string blob_;

@@ -20,7 +20,8 @@ constexpr std::size_t kSlot = 16;
 constexpr std::size_t kBlock = 16;
 constexpr std::size_t kBlobHeader = 16;
 constexpr std::size_t kBlobTail = 12;
-constexpr std::uint64_t kMaxBlob = std::uint64_t{32} << 20;
+constexpr std::uint64_t kMinBlocks = 2;  // a header and a tail
+constexpr std::uint64_t kMaxBlocks = std::uint64_t{2} << 20;
 
 class Ndb {
   public:
@@ -55,15 +56,14 @@ class Ndb {
     }
 
     bool readBlob(std::uint64_t package, std::uint64_t block, std::uint64_t blocks) {
-        const std::uint64_t size = blocks * kBlock;
-        if (size < kBlobHeader + kBlobTail || size > kMaxBlob || block * kBlock + size > file_.size)
-            return false;
-        blob_.resize(size);
+        if (blocks < kMinBlocks || blocks > kMaxBlocks || block + blocks > file_.size / kBlock) return false;
+        blob_.resize(blocks * kBlock);
         if (!file_.read(block * kBlock, blob_)) return false;
         const std::string_view bytes = blob_;
         const std::uint64_t length = littleEndian(bytes, 12, 4);
         const bool its = bytes.starts_with("BlbS") && bytes.ends_with("BlbE") &&
-                         littleEndian(bytes, 4, 4) == package && length <= size - kBlobHeader - kBlobTail;
+                         littleEndian(bytes, 4, 4) == package &&
+                         length <= bytes.size() - kBlobHeader - kBlobTail;
         if (its) visit_(bytes.substr(kBlobHeader, length));
         return its;
     }
