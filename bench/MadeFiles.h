@@ -14,7 +14,7 @@ std::string packageJson(Numbers& numbers, const std::string& name, const std::st
 // METADATA of a Python distribution, with a description.
 std::string pythonMetadata(Numbers& numbers, const std::string& name, const std::string& version);
 
-// The specification of an installed gem.
+// The .gemspec file of an installed gem.
 std::string gemSpecification(Numbers& numbers, const std::string& name, const std::string& version);
 
 // Creates a Java archive with a manifest and up to 400 classes. The classes have sizes, but no content on the disk.
