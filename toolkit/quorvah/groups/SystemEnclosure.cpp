@@ -61,7 +61,7 @@ void addFromTable(const GatheringContext& context, const Smbios& smbios, GroupDa
     }
 }
 
-// The property "chassis-type" of a device tree, whose values the device tree specification lists.
+// The chassis for a value of the property "chassis-type" of a device tree.
 std::string_view chassisOfDeviceTree(std::string_view type) {
     constexpr std::pair<std::string_view, std::string_view> kTypes[] = {
         {"desktop", "Desktop"},         {"laptop", "Laptop"},

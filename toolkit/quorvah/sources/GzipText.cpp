@@ -5,41 +5,15 @@
 #include <algorithm>
 #include <new>
 
+#include "toolkit/machine/text/InflateStream.h"
+
 namespace toolkit::quorvah {
-
-namespace {
-
-class GzipStream {
-  public:
-    explicit GzipStream(std::string_view packed) {
-        constexpr int kGzipOnly = 16;  // added to the size of the window
-        // The library does not write to its input.
-        stream_.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(packed.data()));
-        stream_.avail_in = static_cast<uInt>(packed.size());
-        const int status = ::inflateInit2(&stream_, MAX_WBITS + kGzipOnly);
-        if (status == Z_MEM_ERROR) throw std::bad_alloc();
-        begun_ = status == Z_OK;
-    }
-    ~GzipStream() {
-        if (begun_) ::inflateEnd(&stream_);
-    }
-    GzipStream(const GzipStream&) = delete;
-    GzipStream& operator=(const GzipStream&) = delete;
-
-    bool begun() const { return begun_; }
-    z_stream& get() { return stream_; }
-
-  private:
-    z_stream stream_{};
-    bool begun_ = false;
-};
-
-}  // namespace
 
 bool gunzip(std::string_view packed, std::size_t limit, std::string& text) {
     constexpr std::size_t kFirstSize = std::size_t{64} << 10;
+    constexpr int kGzipOnly = 16;  // added to the size of the window
     text.clear();
-    GzipStream stream(packed);
+    InflateStream stream(packed, MAX_WBITS + kGzipOnly);
     if (!stream.begun()) return false;
     z_stream& state = stream.get();
     int status = Z_OK;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <new>
 
+#include "toolkit/machine/text/InflateStream.h"
+
 namespace toolkit::quorvis {
 
 namespace {
@@ -12,38 +14,14 @@ namespace {
 // Grows with what was unpacked, so that a large limit costs nothing.
 constexpr std::uint64_t kFirstSize = std::uint64_t{64} << 10;
 
-class Stream {
-  public:
-    explicit Stream(Packing packing) {
-        // Negative bits select a stream without a header.
-        const int status = ::inflateInit2(&stream_, packing == Packing::Raw ? -MAX_WBITS : MAX_WBITS);
-        if (status == Z_MEM_ERROR) throw std::bad_alloc();
-        begun_ = status == Z_OK;
-    }
-    ~Stream() {
-        if (begun_) ::inflateEnd(&stream_);
-    }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
-
-    bool begun() const { return begun_; }
-    z_stream& get() { return stream_; }
-
-  private:
-    z_stream stream_{};
-    bool begun_ = false;
-};
-
 }  // namespace
 
 bool inflate(std::string_view packed, Packing packing, std::uint64_t limit, std::string& content) {
     content.clear();
-    Stream stream(packing);
+    // Negative bits select a stream without a header.
+    InflateStream stream(packed, packing == Packing::Raw ? -MAX_WBITS : MAX_WBITS);
     if (!stream.begun()) return false;
     z_stream& state = stream.get();
-    // The library does not write to its input.
-    state.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(packed.data()));
-    state.avail_in = static_cast<uInt>(packed.size());
     int status = Z_OK;
     while (status == Z_OK && content.size() < limit) {
         const std::size_t done = content.size();

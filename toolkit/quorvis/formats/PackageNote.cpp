@@ -1,4 +1,4 @@
-// The format is the specification "Package Metadata for Executable Files" of the UAPI group.
+// The format is "Package Metadata for Executable Files" of the UAPI group.
 #include "toolkit/quorvis/formats/PackageNote.h"
 
 #include <array>

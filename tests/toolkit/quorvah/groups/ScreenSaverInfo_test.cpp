@@ -78,7 +78,7 @@ TEST(ScreenSaverInfo, DoesNotFollowWhatAUserPutInPlaceOfAFile) {
     const std::string settings = "lock: True\n";
     const ScratchDir tree;
     tree.write("etc/passwd", kAccounts);
-    tree.write("root/secret", settings);
+    tree.write("elsewhere/secret", settings);
     const fs::path home = tree.path() / "home/alice";
     const fs::path file = home / ".xscreensaver";
     const auto expectRefused = [&](const char* what) {
@@ -89,16 +89,16 @@ TEST(ScreenSaverInfo, DoesNotFollowWhatAUserPutInPlaceOfAFile) {
         fs::create_directories(home);
     };
     fs::create_directories(home);
-    fs::create_symlink("../../root/secret", file);
+    fs::create_symlink("../../elsewhere/secret", file);
     expectRefused("a link");
     ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
     expectRefused("a pipe that nobody writes to");
     tree.write("home/alice/.xscreensaver", settings + std::string((std::size_t{1} << 20) + 1, '#'));
     expectRefused("a huge file");
-    tree.write("root/dconf/user",
+    tree.write("elsewhere/dconf/user",
                gvdbFile({{"/org/gnome/desktop/screensaver/lock-enabled", gvdbFlag(true)}}));
     fs::create_directories(home / ".config");
-    fs::create_symlink("../../../root/dconf", home / ".config/dconf");
+    fs::create_symlink("../../../elsewhere/dconf", home / ".config/dconf");
     expectRefused("a linked directory");
     fs::create_directories(file);
     expectRefused("a directory");
