@@ -76,7 +76,7 @@ inline void expectAll(const Group& group, const Instance& instance, const Values
     GroupData wanted(group);
     Instance& whole = wanted.add();
     for (const auto& [field, value] : expected) whole.set(field, value);
-    for (const FieldDef& field : group.fields) {
+    for (const schema::Field& field : group.fields) {
         EXPECT_EQ(instance.get(field.name), whole.get(field.name))
             << group.xmlName << " " << instance.values().front() << " " << field.name;
     }

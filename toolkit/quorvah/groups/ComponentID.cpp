@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/ComponentID.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -13,19 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"UUID", FieldDef::kPrivate},
-    {"Manufacturer"},
-    {"ProductName"},
-    {"Version"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"SKUNumber"},
-    {"Family"},
-    {"Name", FieldDef::kPrivate},
-    {"MachineId", FieldDef::kPrivate},
-    {"BootId", FieldDef::kVolatile | FieldDef::kPrivate},
-};
 
 struct FirmwareField {
     const char* field;
@@ -100,7 +88,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kComponentID{.displayName = "ComponentID",
                              .xmlName = "ComponentID",
-                             .fields = kFields,
+                             .fields = schema::kComponentID.fields,
                              .gather = gather,
                              .sources = kSources};
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <thread>
 
+#include "schema/groups/CpuMeter.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -15,19 +16,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"LoadPercentage", FieldDef::kCount | FieldDef::kVolatile},
-    {"SampleTime", FieldDef::kVolatile},
-    {"UserModeTime", FieldDef::kCount | FieldDef::kVolatile},
-    {"KernelModeTime", FieldDef::kCount | FieldDef::kVolatile},
-    {"SampleInterval", FieldDef::kCount},
-    {"IdleTime", FieldDef::kCount | FieldDef::kVolatile},
-    {"OnlineProcessors", FieldDef::kCount},
-    {"RunQueue", FieldDef::kCount | FieldDef::kVolatile},
-    {"LoadAverage1", FieldDef::kDecimal | FieldDef::kVolatile},
-};
 
 constexpr std::chrono::milliseconds kInterval(200);
 constexpr std::uint64_t kUsualTicks = 100;
@@ -84,7 +72,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kCpuMeter{.displayName = "CpuMeter",
                           .xmlName = "CpuMeter",
-                          .fields = kFields,
+                          .fields = schema::kCpuMeter.fields,
                           .gather = gather,
                           .sources = kSources};
 

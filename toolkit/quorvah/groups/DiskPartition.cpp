@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "schema/groups/DiskPartition.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -15,21 +16,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"StartingOffset", FieldDef::kCount},
-    {"Size", FieldDef::kCount},
-    {"BlockSize", FieldDef::kCount},
-    {"PartitionType"},
-    {"PrimaryPartition"},
-    {"Bootable"},
-    {"DiskName"},
-    {"PartitionNumber", FieldDef::kCount},
-    {"PartitionUuid", FieldDef::kPrivate},
-    {"TableType"},
-};
 
 constexpr std::uint64_t kSector = 512;
 
@@ -159,7 +145,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kDiskPartition{.displayName = "Disk Partition",
                                .xmlName = "DiskPartition",
-                               .fields = kFields,
+                               .fields = schema::kDiskPartition.fields,
                                .gather = gather,
                                .sources = kSources};
 

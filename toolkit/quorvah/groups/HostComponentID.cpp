@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/HostComponentID.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/DeviceTree.h"
@@ -13,11 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"UUID", FieldDef::kPrivate}, {"Manufacturer"}, {"ProductName"}, {"SerialNumber", FieldDef::kPrivate},
-    {"Name", FieldDef::kPrivate}, {"Source"},
-};
 
 // The lines about the machine, which are there in every partition and guest of an s390x machine.
 void setSysinfo(const std::string& sysinfo, Instance& host) {
@@ -83,7 +79,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kHostComponentID{.displayName = "HostComponentID",
                                  .xmlName = "HostComponentID",
-                                 .fields = kFields,
+                                 .fields = schema::kHostComponentID.fields,
                                  .gather = gather,
                                  .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/IPAddress.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
@@ -9,21 +10,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"IPv4Address", FieldDef::kPrivate},
-    {"Name"},
-    {"SubnetMask"},
-    {"PrefixLength", FieldDef::kCount},
-    {"AddressOrigin"},
-    {"BroadcastAddress", FieldDef::kPrivate},
-    {"PeerAddress", FieldDef::kPrivate},
-    {"Scope"},
-    {"Label"},
-    {"Gateway", FieldDef::kPrivate},
-    {"MacAddress", FieldDef::kPrivate},
-    {"NameServers", FieldDef::kPrivate},
-};
 
 std::vector<std::string> nameServers(const Root& root) {
     std::vector<std::string> servers;
@@ -67,7 +53,9 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kIPAddress{
-    .displayName = "IP Address", .xmlName = "IPAddress", .fields = kFields, .gather = gather};
+constexpr Group kIPAddress{.displayName = "IP Address",
+                           .xmlName = "IPAddress",
+                           .fields = schema::kIPAddress.fields,
+                           .gather = gather};
 
 }  // namespace toolkit::quorvah

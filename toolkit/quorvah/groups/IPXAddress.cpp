@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/IPXAddress.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -8,13 +9,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"NetworkAddress"},
-    {"NodeAddress", FieldDef::kPrivate},
-    {"DeviceName"},
-    {"FrameType"},
-};
 
 // Lower-case hexadecimal digits; empty if there are other characters.
 std::string addressOf(std::string_view word) {
@@ -56,7 +50,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kIPXAddress{.displayName = "IPX Address",
                             .xmlName = "IPXAddress",
-                            .fields = kFields,
+                            .fields = schema::kIPXAddress.fields,
                             .gather = gather,
                             .sources = kSources};
 

@@ -1,25 +1,12 @@
 #include <string>
 
+#include "schema/groups/IPv6Address.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/IpAddresses.h"
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"IPv6Address", FieldDef::kPrivate | FieldDef::kBytewise},
-    {"Name"},
-    {"PrefixLength", FieldDef::kCount},
-    {"AddressOrigin"},
-    {"IPv6AddressType"},
-    {"Scope"},
-    {"Temporary"},
-    {"Deprecated", FieldDef::kVolatile},
-    {"Tentative", FieldDef::kVolatile},
-    {"Gateway", FieldDef::kPrivate},
-    {"MacAddress", FieldDef::kPrivate},
-};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
@@ -40,7 +27,9 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kIPv6Address{
-    .displayName = "IPv6 Address", .xmlName = "IPv6Address", .fields = kFields, .gather = gather};
+constexpr Group kIPv6Address{.displayName = "IPv6 Address",
+                             .xmlName = "IPv6Address",
+                             .fields = schema::kIPv6Address.fields,
+                             .gather = gather};
 
 }  // namespace toolkit::quorvah

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string>
 
+#include "schema/groups/InstalledPatches.h"
 #include "toolkit/machine/packages/PackageUrl.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/machine/text/ShellVariables.h"
@@ -13,11 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"InstanceID"},      {"Name"},      {"VersionString"}, {"InstallDate"}, {"Description"},
-    {"PreviousVersion"}, {"PatchType"}, {"Enabled"},       {"FixedIds"},
-};
 
 constexpr std::int64_t kPeriod = std::int64_t{180} * 86400;
 const std::string kLivePatches = "/sys/kernel/livepatch/";
@@ -81,7 +77,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kInstalledPatches{.displayName = "Installed Patches",
                                   .xmlName = "InstalledPatches",
-                                  .fields = kFields,
+                                  .fields = schema::kInstalledPatches.fields,
                                   .gather = gather,
                                   .sources = kSources};
 

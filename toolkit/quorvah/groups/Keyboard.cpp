@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "schema/groups/Keyboard.h"
 #include "toolkit/machine/text/ShellVariables.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -12,18 +13,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"NumberOfFunctionKeys", FieldDef::kCount},
-    {"Layout"},
-    {"InterfaceType"},
-    {"VendorId"},
-    {"ProductId"},
-    {"Phys", FieldDef::kPrivate},
-};
 
 // Power buttons and remote controls have keys, but not all letters.
 bool isKeyboard(const InputDevice& device) {
@@ -68,7 +57,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kKeyboard{.displayName = "Keyboard",
                           .xmlName = "Keyboard",
-                          .fields = kFields,
+                          .fields = schema::kKeyboard.fields,
                           .gather = gather,
                           .sources = kSources};
 

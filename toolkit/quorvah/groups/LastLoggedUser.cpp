@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/LastLoggedUser.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -10,16 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Name", FieldDef::kPrivate},
-    {"UserID", FieldDef::kCount},
-    {"LastLogin"},
-    {"LogoutTime"},
-    {"Terminal"},
-    {"RemoteHost", FieldDef::kPrivate},
-    {"SessionType"},
-};
 
 std::string_view sessionType(const Login& login) {
     if (!login.host.empty()) return "Remote";
@@ -54,7 +45,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kLastLoggedUser{.displayName = "Last Logged User",
                                 .xmlName = "LastLoggedUser",
-                                .fields = kFields,
+                                .fields = schema::kLastLoggedUser.fields,
                                 .gather = gather,
                                 .sources = kSources};
 

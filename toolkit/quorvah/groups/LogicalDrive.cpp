@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/LogicalDrive.h"
 #include "toolkit/machine/files/MountInfo.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -18,23 +19,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Root"},
-    {"Name"},
-    {"FileSystemType"},
-    {"FileSystemSize", FieldDef::kCount},
-    {"AvailableSpace", FieldDef::kCount | FieldDef::kVolatile},
-    {"BlockSize", FieldDef::kCount},
-    {"ReadOnly"},
-    {"MaxFileNameLength", FieldDef::kCount},
-    {"MountOptions"},
-    {"Label"},
-    {"Uuid", FieldDef::kPrivate},
-    {"InodesTotal", FieldDef::kCount},
-    {"InodesFree", FieldDef::kCount | FieldDef::kVolatile},
-    {"Remote"},
-};
 
 // "sda1" for "/dev/sda1"; empty if the source is not a device.
 std::string deviceName(const Mount& mount) {
@@ -162,7 +146,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kLogicalDrive{.displayName = "Logical Drive",
                               .xmlName = "LogicalDrive",
-                              .fields = kFields,
+                              .fields = schema::kLogicalDrive.fields,
                               .gather = gather,
                               .sources = kSources};
 

@@ -1,6 +1,7 @@
 #include <string>
 #include <utility>
 
+#include "schema/groups/Lpar.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -11,25 +12,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"PartitionId"},
-    {"PartitionName", FieldDef::kPrivate},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"SystemType"},
-    {"SharedProcessorMode"},
-    {"Capped"},
-    {"EntitledCapacity", FieldDef::kCount},
-    {"MaxEntitledCapacity", FieldDef::kCount},
-    {"ActiveProcessors", FieldDef::kCount},
-    {"PotentialProcessors", FieldDef::kCount},
-    {"SystemProcessors", FieldDef::kCount},
-    {"MinimumMemory", FieldDef::kCount},
-    {"DesiredMemory", FieldDef::kCount},
-    {"MaximumMemory", FieldDef::kCount},
-    {"CapacityAdjustment", FieldDef::kCount},
-    {"Characteristics"},
-};
 
 constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 
@@ -111,7 +93,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kLpar{
-    .displayName = "Lpar", .xmlName = "Lpar", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kLpar{.displayName = "Lpar",
+                      .xmlName = "Lpar",
+                      .fields = schema::kLpar.fields,
+                      .gather = gather,
+                      .sources = kSources};
 
 }  // namespace toolkit::quorvah

@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "schema/groups/Memory.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/CpuList.h"
@@ -13,23 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"TotalVisibleMemorySize", FieldDef::kCount},
-    {"FreePhysicalMemory", FieldDef::kCount | FieldDef::kVolatile},
-    {"TotalVirtualMemorySize", FieldDef::kCount},
-    {"FreeVirtualMemory", FieldDef::kCount | FieldDef::kVolatile},
-    {"TotalSwapSpaceSize", FieldDef::kCount},
-    {"MaximumCapacity", FieldDef::kCount},
-    {"NumberOfMemoryDevices", FieldDef::kCount},
-    {"InstalledMemory", FieldDef::kCount},
-    {"MemAvailable", FieldDef::kCount | FieldDef::kVolatile},
-    {"NumaNodes", FieldDef::kCount},
-    {"HugePageSize", FieldDef::kCount},
-    {"HugePagesTotal", FieldDef::kCount},
-    {"ErrorCorrection"},
-};
 
 void setMeminfo(const Root& root, Instance& memory) {
     const std::string meminfo = root.read("/proc/meminfo").value_or("");
@@ -81,7 +65,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kMemory{
-    .displayName = "Memory", .xmlName = "Memory", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kMemory{.displayName = "Memory",
+                        .xmlName = "Memory",
+                        .fields = schema::kMemory.fields,
+                        .gather = gather,
+                        .sources = kSources};
 
 }  // namespace toolkit::quorvah

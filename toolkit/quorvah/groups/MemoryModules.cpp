@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/MemoryModules.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -12,29 +13,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceLocator"},
-    {"BankLocator"},
-    {"Capacity", FieldDef::kCount},
-    {"FormFactor"},
-    {"MemoryType"},
-    {"TypeDetail"},
-    {"TotalWidth", FieldDef::kCount},
-    {"DataWidth", FieldDef::kCount},
-    {"Speed", FieldDef::kCount},
-    {"ConfiguredMemorySpeed", FieldDef::kCount},
-    {"MinimumVoltage", FieldDef::kCount},
-    {"MaximumVoltage", FieldDef::kCount},
-    {"ConfiguredVoltage", FieldDef::kCount},
-    {"Rank", FieldDef::kCount},
-    {"Manufacturer"},
-    {"PartNumber"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"AssetTag", FieldDef::kPrivate},
-    {"MemoryTechnology"},
-    {"Handle"},
-};
 
 constexpr unsigned kMemoryModule = 17;
 constexpr unsigned kUnknownWord = 0xFFFF;
@@ -141,7 +119,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kMemoryModules{.displayName = "Memory Modules",
                                .xmlName = "MemoryModules",
-                               .fields = kFields,
+                               .fields = schema::kMemoryModules.fields,
                                .gather = gather,
                                .sources = kSources};
 

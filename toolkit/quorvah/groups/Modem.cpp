@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/Modem.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
@@ -11,18 +12,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"AttachedTo"},
-    {"Model"},
-    {"FirmwareVersion"},
-    {"EquipmentIdentifier", FieldDef::kPrivate},
-    {"InterfaceType"},
-    {"State", FieldDef::kVolatile},
-};
 
 const std::string kUsb = "/sys/bus/usb/devices/";
 const std::string kPci = "/sys/bus/pci/devices/";
@@ -133,7 +122,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kModem{
-    .displayName = "Modem", .xmlName = "Modem", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kModem{.displayName = "Modem",
+                       .xmlName = "Modem",
+                       .fields = schema::kModem.fields,
+                       .gather = gather,
+                       .sources = kSources};
 
 }  // namespace toolkit::quorvah

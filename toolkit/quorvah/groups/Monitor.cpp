@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/Monitor.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -10,25 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"HorizontalResolution", FieldDef::kCount},
-    {"VerticalResolution", FieldDef::kCount},
-    {"DisplayType"},
-    {"ManufacturerId"},
-    {"ProductCode"},
-    {"WeekOfManufacture", FieldDef::kCount},
-    {"YearOfManufacture", FieldDef::kCount},
-    {"ImageWidth", FieldDef::kCount},
-    {"ImageHeight", FieldDef::kCount},
-    {"Diagonal", FieldDef::kCount},
-    {"EdidVersion"},
-    {"Edid", FieldDef::kPrivate},
-};
 
 const std::string kCards = "/sys/class/drm/";
 
@@ -85,7 +67,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kMonitor{
-    .displayName = "Monitor", .xmlName = "Monitor", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kMonitor{.displayName = "Monitor",
+                         .xmlName = "Monitor",
+                         .fields = schema::kMonitor.fields,
+                         .gather = gather,
+                         .sources = kSources};
 
 }  // namespace toolkit::quorvah

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "schema/groups/NetworkAdapter.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -17,26 +18,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Description"},
-    {"Manufacturer"},
-    {"LinkTechnology"},
-    {"PermanentAddress", FieldDef::kPrivate},
-    {"NetworkAddresses", FieldDef::kPrivate},
-    {"Speed", FieldDef::kCount},
-    {"FullDuplex"},
-    {"EnabledState"},
-    {"OperationalStatus", FieldDef::kVolatile},
-    {"ActiveMaximumTransmissionUnit", FieldDef::kCount},
-    {"DriverName"},
-    {"DriverVersion"},
-    {"FirmwareVersion"},
-    {"BusAddress"},
-    {"Physical"},
-    {"Master"},
-};
 
 constexpr char kInterfaces[] = "/sys/class/net/";
 
@@ -193,7 +174,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kNetworkAdapter{.displayName = "Network Adapter",
                                 .xmlName = "NetworkAdapter",
-                                .fields = kFields,
+                                .fields = schema::kNetworkAdapter.fields,
                                 .gather = gather,
                                 .sources = kSources};
 

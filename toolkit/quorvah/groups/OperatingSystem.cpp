@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "schema/groups/OperatingSystem.h"
 #include "toolkit/machine/packages/Packages.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/machine/text/ShellVariables.h"
@@ -19,31 +20,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Name"},
-    {"Caption"},
-    {"Version"},
-    {"OSType"},
-    {"OtherTypeDescription"},
-    {"CSName", FieldDef::kPrivate},
-    {"InstallDate"},
-    {"LastBootUpTime", FieldDef::kVolatile},
-    {"LocalDateTime", FieldDef::kVolatile},
-    {"CurrentTimeZone"},
-    {"NumberOfUsers", FieldDef::kCount | FieldDef::kVolatile},
-    {"NumberOfProcesses", FieldDef::kCount | FieldDef::kVolatile},
-    {"MaxNumberOfProcesses", FieldDef::kCount},
-    {"MaxProcessMemorySize", FieldDef::kCount},
-    {"Id"},
-    {"IdLike"},
-    {"VersionId"},
-    {"Codename"},
-    {"BuildId"},
-    {"KernelVersion"},
-    {"Architecture"},
-    {"PackageManager"},
-};
 
 constexpr const char* kLinux = "36";  // the value for Linux of CIM_OperatingSystem.OSType
 
@@ -150,7 +126,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kOperatingSystem{.displayName = "Operating System",
                                  .xmlName = "OperatingSystem",
-                                 .fields = kFields,
+                                 .fields = schema::kOperatingSystem.fields,
                                  .gather = gather,
                                  .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/PCIDevice.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -11,33 +12,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID", FieldDef::kBytewise},
-    {"Name"},
-    {"Manufacturer"},
-    {"BusNumber", FieldDef::kCount},
-    {"DeviceNumber", FieldDef::kCount},
-    {"FunctionNumber", FieldDef::kCount},
-    {"PCIDeviceID"},
-    {"VendorID"},
-    {"SubsystemID"},
-    {"SubsystemVendorID"},
-    {"RevisionID"},
-    {"ClassCode"},
-    {"ClassName"},
-    {"SubsystemName"},
-    {"DriverName"},
-    {"NumaNode", FieldDef::kCount},
-    {"IommuGroup"},
-    {"CurrentLinkSpeed"},
-    {"MaxLinkSpeed"},
-    {"CurrentLinkWidth"},
-    {"MaxLinkWidth"},
-    {"PhysicalSlot"},
-    {"SriovParent"},
-    {"Removable"},
-};
 
 constexpr char kDevices[] = "/sys/bus/pci/devices/";
 constexpr char kSlots[] = "/sys/bus/pci/slots/";
@@ -160,7 +134,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kPCIDevice{.displayName = "PCI Device",
                            .xmlName = "PCIDevice",
-                           .fields = kFields,
+                           .fields = schema::kPCIDevice.fields,
                            .gather = gather,
                            .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/PCSystemParams.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -13,27 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"BIOSVersion"},
-    {"BIOSManufacturer"},
-    {"BIOSReleaseDate"},
-    {"SystemBIOSMajorRelease", FieldDef::kCount},
-    {"SystemBIOSMinorRelease", FieldDef::kCount},
-    {"EmbeddedControllerRelease"},
-    {"BaseBoardManufacturer"},
-    {"BaseBoardProduct"},
-    {"BaseBoardVersion"},
-    {"BaseBoardSerialNumber", FieldDef::kPrivate},
-    {"BaseBoardAssetTag", FieldDef::kPrivate},
-    {"WakeUpType"},
-    {"AdministratorPasswordStatus"},
-    {"FirmwareType"},
-    {"SecureBoot"},
-    {"OemStrings", FieldDef::kPrivate},
-    {"PowerSource", FieldDef::kVolatile},
-    {"BatteryPresent"},
-};
 
 constexpr unsigned kSystem = 1;
 constexpr unsigned kBoard = 2;
@@ -180,7 +160,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kPCSystemParams{.displayName = "PC System Params",
                                 .xmlName = "PCSystemParams",
-                                .fields = kFields,
+                                .fields = schema::kPCSystemParams.fields,
                                 .gather = gather,
                                 .sources = kSources};
 

@@ -1,6 +1,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/ParallelPort.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -10,15 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"DMASupport"},
-    {"Capabilities"},
-    {"IoAddress"},
-    {"Irq", FieldDef::kCount},
-    {"DmaChannel", FieldDef::kCount},
-};
 
 const std::string kPorts = "/proc/sys/dev/parport/";
 
@@ -56,7 +48,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kParallelPort{.displayName = "Parallel Port",
                               .xmlName = "ParallelPort",
-                              .fields = kFields,
+                              .fields = schema::kParallelPort.fields,
                               .gather = gather,
                               .sources = kSources};
 

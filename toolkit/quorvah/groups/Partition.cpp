@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/Partition.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -18,23 +19,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Size", FieldDef::kCount},
-    {"BlockSize", FieldDef::kCount},
-    {"FileSystemType"},
-    {"Usage"},
-    {"Label"},
-    {"Uuid", FieldDef::kPrivate},
-    {"MountPoint"},
-    {"Parents"},
-    {"RaidLevel"},
-    {"RaidState"},
-    {"DmName"},
-    {"DmUuid", FieldDef::kPrivate},
-};
 
 const std::string kBlock = "/sys/class/block/";
 
@@ -232,7 +216,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kPartition{.displayName = "Partition",
                            .xmlName = "Partition",
-                           .fields = kFields,
+                           .fields = schema::kPartition.fields,
                            .gather = gather,
                            .sources = kSources};
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "schema/groups/PhysicalProcessor.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/CpuFrequency.h"
@@ -18,32 +19,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"Family"},
-    {"SocketDesignation"},
-    {"Upgrade"},
-    {"NumberOfCores", FieldDef::kCount},
-    {"NumberOfEnabledCores", FieldDef::kCount},
-    {"NumberOfLogicalProcessors", FieldDef::kCount},
-    {"MaxClockSpeed", FieldDef::kCount},
-    {"ExternalClock", FieldDef::kCount},
-    {"Voltage", FieldDef::kCount},
-    {"ProcessorID"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"AssetTag", FieldDef::kPrivate},
-    {"PartNumber"},
-    {"ThreadsPerCore", FieldDef::kCount},
-    {"Dies", FieldDef::kCount},
-    {"NumaNodes", FieldDef::kCount},
-    {"L2CacheSize", FieldDef::kCount},
-    {"L3CacheSize", FieldDef::kCount},
-    {"Microcode"},
-    {"L4CacheSize", FieldDef::kCount},
-};
 
 using Cpus = std::vector<const LogicalCpu*>;
 
@@ -184,7 +159,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kPhysicalProcessor{.displayName = "PhysicalProcessor",
                                    .xmlName = "PhysicalProcessor",
-                                   .fields = kFields,
+                                   .fields = schema::kPhysicalProcessor.fields,
                                    .gather = gather,
                                    .sources = kSources};
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "schema/groups/PointingDevice.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
@@ -14,20 +15,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"PointingType"},
-    {"NumberOfButtons", FieldDef::kCount},
-    {"Resolution", FieldDef::kCount},
-    {"InterfaceType"},
-    {"VendorId"},
-    {"ProductId"},
-    {"Phys", FieldDef::kPrivate},
-    {"SerialNumber", FieldDef::kPrivate},
-};
 
 std::string_view absoluteType(const InputDevice& device) {
     const bool direct = device.properties.has(INPUT_PROP_DIRECT);
@@ -93,7 +80,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kPointingDevice{.displayName = "Pointing Device",
                                 .xmlName = "PointingDevice",
-                                .fields = kFields,
+                                .fields = schema::kPointingDevice.fields,
                                 .gather = gather,
                                 .sources = kSources};
 

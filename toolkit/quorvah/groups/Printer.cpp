@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/Printer.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/CupsPrinters.h"
@@ -8,21 +9,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Name"},
-    {"Description"},
-    {"Location"},
-    {"PrinterStatus", FieldDef::kVolatile},
-    {"Default"},
-    {"HorizontalResolution", FieldDef::kCount},
-    {"VerticalResolution", FieldDef::kCount},
-    {"DeviceUri", FieldDef::kPrivate},
-    {"MakeAndModel"},
-    {"Shared"},
-    {"Color"},
-    {"Duplex"},
-};
 
 constexpr std::size_t kMaxFile = std::size_t{8} << 20;
 
@@ -70,7 +56,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kPrinter{
-    .displayName = "Printer", .xmlName = "Printer", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kPrinter{.displayName = "Printer",
+                         .xmlName = "Printer",
+                         .fields = schema::kPrinter.fields,
+                         .gather = gather,
+                         .sources = kSources};
 
 }  // namespace toolkit::quorvah

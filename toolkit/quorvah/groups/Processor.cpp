@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/Processor.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -15,34 +16,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"Family"},
-    {"Model"},
-    {"Stepping"},
-    {"MaxClockSpeed", FieldDef::kCount},
-    {"CurrentClockSpeed", FieldDef::kCount | FieldDef::kVolatile},
-    {"AddressWidth", FieldDef::kCount},
-    {"EnabledState"},
-    {"Architecture"},
-    {"PhysicalPackageId", FieldDef::kCount},
-    {"DieId", FieldDef::kCount},
-    {"ClusterId", FieldDef::kCount},
-    {"CoreId", FieldDef::kCount},
-    {"ThreadIndex", FieldDef::kCount},
-    {"NumaNode", FieldDef::kCount},
-    {"CoreType"},
-    {"Flags"},
-    {"Microcode"},
-    {"L1dCacheSize", FieldDef::kCount},
-    {"L1iCacheSize", FieldDef::kCount},
-    {"L2CacheSize", FieldDef::kCount},
-    {"L3CacheSize", FieldDef::kCount},
-    {"L4CacheSize", FieldDef::kCount},
-};
 
 // The width of an address in bits.
 std::string_view addressWidth(std::string_view machine) {
@@ -123,7 +96,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kProcessor{.displayName = "Processor",
                            .xmlName = "Processor",
-                           .fields = kFields,
+                           .fields = schema::kProcessor.fields,
                            .gather = gather,
                            .sources = kSources};
 

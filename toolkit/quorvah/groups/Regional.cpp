@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/Regional.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/machine/text/ShellVariables.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -13,19 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Locale"},
-    {"CurrentTimeZone"},
-    {"Language"},
-    {"Territory"},
-    {"CodeSet"},
-    {"TimeZoneName"},
-    {"DaylightInEffect", FieldDef::kVolatile},
-    {"KeyboardLayout"},
-    {"KeyboardModel"},
-    {"HardwareClock"},
-};
 
 // The variables of several files, because distributions differ in the file that they use.
 class Settings {
@@ -103,7 +91,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kRegional{.displayName = "Regional",
                           .xmlName = "Regional",
-                          .fields = kFields,
+                          .fields = schema::kRegional.fields,
                           .gather = gather,
                           .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/SMBIOS.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -13,17 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Handle", FieldDef::kBytewise},
-    {"Type", FieldDef::kCount},
-    {"Description"},
-    {"Length", FieldDef::kCount},
-    {"Strings", FieldDef::kPrivate},
-    {"Data", FieldDef::kPrivate},
-    {"SmbiosVersion"},
-    {"Number", FieldDef::kCount},
-};
 
 constexpr unsigned kTypes = 256;
 
@@ -63,7 +53,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kSMBIOS{
-    .displayName = "SMBIOS", .xmlName = "SMBIOS", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kSMBIOS{.displayName = "SMBIOS",
+                        .xmlName = "SMBIOS",
+                        .fields = schema::kSMBIOS.fields,
+                        .gather = gather,
+                        .sources = kSources};
 
 }  // namespace toolkit::quorvah

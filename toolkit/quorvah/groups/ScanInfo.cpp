@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/ScanInfo.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -13,28 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"ScannerName"},
-    {"ScannerVersion"},
-    {"SchemaVersion"},
-    {"StartTime", FieldDef::kVolatile},
-    {"EndTime", FieldDef::kVolatile},
-    {"ElapsedTime", FieldDef::kCount | FieldDef::kVolatile},
-    {"EffectiveUserId", FieldDef::kCount},
-    {"Privileged"},
-    {"RootPath", FieldDef::kPrivate},
-    {"Platform"},
-    {"GroupsRequested"},
-    {"GroupsComplete"},
-    {"GroupsPartial"},
-    {"GroupsUnread"},
-    {"GroupsNotApplicable"},
-    {"GroupsUnsupported"},
-    {"Complete"},
-    {"Warnings"},
-    {"NameDatabaseVersion"},
-};
 
 // Both lists include groups that were not requested, so that a reader learns which groups this scanner never gathers.
 std::vector<std::string> unsupported() {
@@ -83,6 +62,6 @@ void gather(GatheringContext& context, GroupData& data) {
 }  // namespace
 
 constexpr Group kScanInfo{
-    .displayName = "Scan Info", .xmlName = "ScanInfo", .fields = kFields, .gather = gather};
+    .displayName = "Scan Info", .xmlName = "ScanInfo", .fields = schema::kScanInfo.fields, .gather = gather};
 
 }  // namespace toolkit::quorvah

@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include "schema/groups/ScreenSaverInfo.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/Accounts.h"
@@ -13,17 +14,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"UserName", FieldDef::kPrivate},
-    {"ScreenSaverActive"},
-    {"ScreenSaverSecure"},
-    {"ScreenSaverTimeout", FieldDef::kCount},
-    {"ScreenSaverExecutable"},
-    {"LockDelay", FieldDef::kCount},
-    {"Desktop"},
-    {"Source", FieldDef::kPrivate},
-};
 
 class ScreenSavers {
   public:
@@ -90,7 +80,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kScreenSaverInfo{.displayName = "Screen Saver Info",
                                  .xmlName = "ScreenSaverInfo",
-                                 .fields = kFields,
+                                 .fields = schema::kScreenSaverInfo.fields,
                                  .gather = gather,
                                  .sources = kSources};
 

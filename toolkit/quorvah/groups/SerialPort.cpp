@@ -2,6 +2,7 @@
 #include <charconv>
 #include <string>
 
+#include "schema/groups/SerialPort.h"
 #include "toolkit/machine/text/HexDigits.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -11,12 +12,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},   {"Name"},      {"MaxBaudRate", FieldDef::kCount},
-    {"UartType"},   {"IoAddress"}, {"Irq", FieldDef::kCount},
-    {"BusAddress"}, {"Driver"},
-};
 
 const std::string kTerminals = "/sys/class/tty/";
 
@@ -125,7 +120,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kSerialPort{.displayName = "Serial Port",
                             .xmlName = "SerialPort",
-                            .fields = kFields,
+                            .fields = schema::kSerialPort.fields,
                             .gather = gather,
                             .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <set>
 #include <string>
 
+#include "schema/groups/ServiceInfo.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -12,20 +13,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Name"},
-    {"Caption"},
-    {"StartMode"},
-    {"Started", FieldDef::kVolatile},
-    {"Status", FieldDef::kVolatile},
-    {"SubState", FieldDef::kVolatile},
-    {"ProcessId", FieldDef::kCount | FieldDef::kVolatile},
-    {"PathName"},
-    {"StartName", FieldDef::kPrivate},
-    {"UnitFile"},
-    {"InitSystem"},
-};
 
 std::string_view startMode(const ServiceUnit& unit) {
     if (unit.masked) return "Masked";
@@ -141,7 +128,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kServiceInfo{.displayName = "Service Info",
                              .xmlName = "ServiceInfo",
-                             .fields = kFields,
+                             .fields = schema::kServiceInfo.fields,
                              .gather = gather,
                              .sources = kSources};
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "schema/groups/SoftwarePackages.h"
 #include "toolkit/machine/packages/Packages.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -13,13 +14,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"InstanceID"},  {"Name"},          {"VersionString"}, {"Manufacturer"},
-    {"Description"}, {"InstallDate"},   {"Architecture"},  {"Epoch"},
-    {"Release"},     {"Source"},        {"Section"},       {"InstalledSize", FieldDef::kCount},
-    {"Status"},      {"PackageFormat"},
-};
 
 // The dates on which dpkg installed packages. dpkg writes the list of a package's files when it unpacks the package
 // and rarely changes it later.
@@ -161,7 +155,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kSoftwarePackages{.displayName = "Software Packages",
                                   .xmlName = "SoftwarePackages",
-                                  .fields = kFields,
+                                  .fields = schema::kSoftwarePackages.fields,
                                   .gather = gather,
                                   .readsPlainFilesOnly = true};
 

@@ -2,6 +2,7 @@
 #include <optional>
 #include <string>
 
+#include "schema/groups/Storage.h"
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -16,26 +17,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"Model"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"FirmwareRevision"},
-    {"Size", FieldDef::kCount},
-    {"BlockSize", FieldDef::kCount},
-    {"NumberOfBlocks", FieldDef::kCount},
-    {"MediaType"},
-    {"InterfaceType"},
-    {"PhysicalBlockSize", FieldDef::kCount},
-    {"WorldWideName", FieldDef::kPrivate},
-    {"Removable"},
-    {"ReadOnly"},
-    {"BusAddress"},
-    {"Multipath"},
-};
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
@@ -244,7 +225,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kStorage{
-    .displayName = "Storage", .xmlName = "Storage", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kStorage{.displayName = "Storage",
+                         .xmlName = "Storage",
+                         .fields = schema::kStorage.fields,
+                         .gather = gather,
+                         .sources = kSources};
 
 }  // namespace toolkit::quorvah

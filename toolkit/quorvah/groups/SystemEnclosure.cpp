@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/SystemEnclosure.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/DeviceTree.h"
@@ -10,23 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"Tag"},
-    {"Manufacturer"},
-    {"ChassisPackageType"},
-    {"Version"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"AssetTag", FieldDef::kPrivate},
-    {"SKUNumber"},
-    {"LockPresent"},
-    {"BootupState"},
-    {"PowerSupplyState"},
-    {"ThermalState"},
-    {"SecurityStatus"},
-    {"Height", FieldDef::kCount},
-    {"NumberOfPowerCords", FieldDef::kCount},
-};
 
 constexpr unsigned kChassis = 3;
 constexpr unsigned kLock = 0x80;
@@ -105,7 +89,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kSystemEnclosure{.displayName = "System Enclosure",
                                  .xmlName = "SystemEnclosure",
-                                 .fields = kFields,
+                                 .fields = schema::kSystemEnclosure.fields,
                                  .gather = gather,
                                  .sources = kSources};
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/UNIXSystemParams.h"
 #include "toolkit/machine/files/MountInfo.h"
 #include "toolkit/machine/text/ByteOrder.h"
 #include "toolkit/machine/text/HexDigits.h"
@@ -20,31 +21,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"NodeName", FieldDef::kPrivate},
-    {"SystemName"},
-    {"Release"},
-    {"Version"},
-    {"Machine"},
-    {"HostId", FieldDef::kPrivate},
-    {"PageSize", FieldDef::kCount},
-    {"OpenMax", FieldDef::kCount},
-    {"ArgMax", FieldDef::kCount},
-    {"ChildMax", FieldDef::kCount},
-    {"ClockTicksPerSecond", FieldDef::kCount},
-    {"ProcessorsConfigured", FieldDef::kCount},
-    {"ProcessorsOnline", FieldDef::kCount | FieldDef::kVolatile},
-    {"InitSystem"},
-    {"DefaultTarget"},
-    {"BootParameters", FieldDef::kPrivate},
-    {"RootDevice", FieldDef::kPrivate},
-    {"SecurityModules"},
-    {"LoadAverage1", FieldDef::kDecimal | FieldDef::kVolatile},
-    {"LoadAverage5", FieldDef::kDecimal | FieldDef::kVolatile},
-    {"LoadAverage15", FieldDef::kDecimal | FieldDef::kVolatile},
-    {"Uptime", FieldDef::kCount | FieldDef::kVolatile},
-};
 
 void setKernel(const Root& root, Instance& system) {
     const KernelInfo kernel = readKernelInfo(root);
@@ -208,7 +184,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kUNIXSystemParams{.displayName = "UNIX System Params",
                                   .xmlName = "UNIXSystemParams",
-                                  .fields = kFields,
+                                  .fields = schema::kUNIXSystemParams.fields,
                                   .gather = gather,
                                   .sources = kSources};
 

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/USBDevice.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/DeviceNameDatabase.h"
@@ -10,26 +11,6 @@
 
 namespace toolkit::quorvah {
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},
-    {"Name"},
-    {"Manufacturer"},
-    {"SerialNumber", FieldDef::kPrivate},
-    {"USBVersion"},
-    {"ClassCode"},
-    {"SubclassCode"},
-    {"ProtocolCode"},
-    {"NumberOfConfigs", FieldDef::kCount},
-    {"VendorId"},
-    {"ProductId"},
-    {"Release"},
-    {"Speed", FieldDef::kCount},
-    {"MaxPower", FieldDef::kCount},
-    {"Drivers"},
-    {"InterfaceClasses"},
-    {"Removable"},
-};
 
 constexpr char kDevices[] = "/sys/bus/usb/devices/";
 
@@ -107,7 +88,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kUSBDevice{.displayName = "USB Device",
                            .xmlName = "USBDevice",
-                           .fields = kFields,
+                           .fields = schema::kUSBDevice.fields,
                            .gather = gather,
                            .sources = kSources};
 

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include "schema/groups/UnixCpuMeter.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/CpuTimes.h"
@@ -8,13 +9,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr unsigned kTime = FieldDef::kCount | FieldDef::kVolatile;
-constexpr FieldDef kFields[] = {
-    {"DeviceID"},         {"UserModeTime", kTime}, {"KernelModeTime", kTime}, {"NiceTime", kTime},
-    {"IdleTime", kTime},  {"IoWaitTime", kTime},   {"IrqTime", kTime},        {"SoftIrqTime", kTime},
-    {"StealTime", kTime}, {"GuestTime", kTime},
-};
 
 constexpr std::uint64_t kUsualTicks = 100;
 
@@ -44,7 +38,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kUnixCpuMeter{.displayName = "UnixCpuMeter",
                               .xmlName = "UnixCpuMeter",
-                              .fields = kFields,
+                              .fields = schema::kUnixCpuMeter.fields,
                               .gather = gather,
                               .sources = kSources};
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/UserAccountInfo.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -14,22 +15,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"UserID", FieldDef::kCount},
-    {"Name", FieldDef::kPrivate},
-    {"Description", FieldDef::kPrivate},
-    {"HomeDirectory", FieldDef::kPrivate},
-    {"Disabled"},
-    {"PasswordLastChange"},
-    {"PasswordExpires"},
-    {"GroupId", FieldDef::kCount},
-    {"GroupName", FieldDef::kPrivate},
-    {"Groups", FieldDef::kPrivate},
-    {"LoginShell"},
-    {"SystemAccount"},
-    {"LastLogin", FieldDef::kVolatile},
-};
 
 constexpr std::uint64_t kSecondsPerDay = 86400;
 
@@ -117,7 +102,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kUserAccountInfo{.displayName = "User Account Info",
                                  .xmlName = "UserAccountInfo",
-                                 .fields = kFields,
+                                 .fields = schema::kUserAccountInfo.fields,
                                  .gather = gather,
                                  .sources = kSources};
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/Video.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
@@ -14,25 +15,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"DeviceID", FieldDef::kBytewise},
-    {"Name"},
-    {"Manufacturer"},
-    {"VideoProcessor"},
-    {"VideoMemory", FieldDef::kCount},
-    {"CurrentHorizontalResolution", FieldDef::kCount | FieldDef::kVolatile},
-    {"CurrentVerticalResolution", FieldDef::kCount | FieldDef::kVolatile},
-    {"VendorId"},
-    {"ProductId"},
-    {"SubsystemVendorId"},
-    {"SubsystemId"},
-    {"DriverName"},
-    {"DriverVersion"},
-    {"DrmName"},
-    {"Connectors"},
-    {"BootVga"},
-};
 
 const std::string kPci = "/sys/bus/pci/devices/";
 const std::string kCards = "/sys/class/drm/";
@@ -155,7 +137,10 @@ void gather(GatheringContext& context, GroupData& data) {
 
 }  // namespace
 
-constexpr Group kVideo{
-    .displayName = "Video", .xmlName = "Video", .fields = kFields, .gather = gather, .sources = kSources};
+constexpr Group kVideo{.displayName = "Video",
+                       .xmlName = "Video",
+                       .fields = schema::kVideo.fields,
+                       .gather = gather,
+                       .sources = kSources};
 
 }  // namespace toolkit::quorvah

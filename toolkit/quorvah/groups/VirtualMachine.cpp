@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/groups/VirtualMachine.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
@@ -10,20 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"VirtualSystemIdentifier", FieldDef::kPrivate},
-    {"ElementName", FieldDef::kPrivate},
-    {"VirtualSystemType"},
-    {"EnabledState", FieldDef::kVolatile},
-    {"NumberOfProcessors", FieldDef::kCount},
-    {"MemorySize", FieldDef::kCount},
-    {"AutomaticStartupAction"},
-    {"Manager"},
-    {"ConfigFile", FieldDef::kPrivate},
-    {"MacAddresses", FieldDef::kPrivate},
-    {"Disks", FieldDef::kPrivate},
-};
 
 constexpr std::size_t kMaxConfig = std::size_t{4} << 20;
 
@@ -115,7 +102,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kVirtualMachine{.displayName = "VirtualMachine",
                                 .xmlName = "VirtualMachine",
-                                .fields = kFields,
+                                .fields = schema::kVirtualMachine.fields,
                                 .gather = gather,
                                 .sources = kSources};
 

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "schema/groups/VirtualMachineGuest.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/DmiId.h"
@@ -10,17 +11,6 @@
 namespace toolkit::quorvah {
 
 namespace {
-
-constexpr FieldDef kFields[] = {
-    {"VirtualSystemIdentifier", FieldDef::kPrivate},
-    {"VirtualSystemType"},
-    {"HypervisorVendor"},
-    {"HypervisorVersion"},
-    {"ContainerType"},
-    {"VirtualizationMode"},
-    {"ClockSource"},
-    {"CloudPlatform"},
-};
 
 // The identifier of this virtual machine as its hypervisor shows it to the guest.
 std::string machineIdentifier(const GatheringContext& context) {
@@ -85,7 +75,7 @@ void gather(GatheringContext& context, GroupData& data) {
 
 constexpr Group kVirtualMachineGuest{.displayName = "VirtualMachineGuest",
                                      .xmlName = "VirtualMachineGuest",
-                                     .fields = kFields,
+                                     .fields = schema::kVirtualMachineGuest.fields,
                                      .gather = gather,
                                      .sources = kSources};
 

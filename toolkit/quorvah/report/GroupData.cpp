@@ -32,7 +32,7 @@ bool GroupData::trim() {
 
 void GroupData::sort() {
     if (group_->fields.empty()) return;
-    const bool bytewise = (group_->fields.front().traits & FieldDef::kBytewise) != 0;
+    const bool bytewise = group_->fields.front().bytewise;
     std::ranges::stable_sort(instances_, [bytewise](const Instance& left, const Instance& right) {
         const std::string_view l = left.values().front();
         const std::string_view r = right.values().front();

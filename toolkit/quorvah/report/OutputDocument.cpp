@@ -31,7 +31,7 @@ class InstanceWriter {
         std::string ahead;  // the end tag of the previous field
         std::string line;   // the line break and indentation before a field
         breakLine(line, 2, pretty);
-        for (const FieldDef& field : group.fields) {
+        for (const schema::Field& field : group.fields) {
             fields_.push_back(
                 {tagOf(ahead, {line, "<", field.name, ">"}), tagOf(ahead, {line, "<", field.name, "/>"})});
             ahead = joined({"</", field.name, ">"});
@@ -75,7 +75,7 @@ class InstanceWriter {
 // The approximate size of the XML, to avoid reallocations.
 std::size_t sizeHint(const GroupData& data) {
     std::size_t tags = 0;
-    for (const FieldDef& field : data.group().fields) tags += 2 * field.name.size() + 16;
+    for (const schema::Field& field : data.group().fields) tags += 2 * field.name.size() + 16;
     std::size_t size = data.instances().size() * (tags + 64);
     for (const Instance& instance : data.instances()) {
         for (const std::string_view value : instance.values()) size += value.size();

@@ -42,11 +42,19 @@ struct SipState {
     }
 };
 
-template <typename Change>
-void forFields(GroupData& data, unsigned trait, Change change) {
+bool isPrivate(const schema::Field& field) {
+    return field.privacy != schema::Privacy::Public;
+}
+
+bool isVolatile(const schema::Field& field) {
+    return field.isVolatile;
+}
+
+template <typename Wanted, typename Change>
+void forFields(GroupData& data, Wanted wanted, Change change) {
     const auto fields = data.group().fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        if ((fields[i].traits & trait) == 0) continue;
+        if (!wanted(fields[i])) continue;
         for (Instance& instance : data.instances()) instance.replace(i, change(instance.values()[i]));
     }
 }
@@ -82,11 +90,11 @@ std::string Sanitizer::hashed(std::string_view values) const {
 }
 
 void Sanitizer::hide(GroupData& data) const {
-    forFields(data, FieldDef::kPrivate, [this](std::string_view value) { return hashed(value); });
+    forFields(data, isPrivate, [this](std::string_view value) { return hashed(value); });
 }
 
 void dropVolatile(GroupData& data) {
-    forFields(data, FieldDef::kVolatile, [](std::string_view) { return std::string_view(); });
+    forFields(data, isVolatile, [](std::string_view) { return std::string_view(); });
 }
 
 }  // namespace toolkit::quorvah

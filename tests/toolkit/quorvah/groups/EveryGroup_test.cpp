@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "schema/FieldForm.h"
 #include "tests/support/ScratchDir.h"
-#include "tests/toolkit/quorvah/FieldForm.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
@@ -67,8 +67,8 @@ TEST_P(EveryGroup, HasValuesOfTheDeclaredForm) {
         const GroupData data = gatheredBelow(*GetParam(), tree.path());
         for (const Instance& instance : data.instances()) {
             for (std::size_t i = 0; i < instance.values().size(); ++i) {
-                const FieldDef& field = GetParam()->fields[i];
-                EXPECT_TRUE(hasForm(field, instance.values()[i]))
+                const schema::Field& field = GetParam()->fields[i];
+                EXPECT_TRUE(schema::hasForm(field, instance.values()[i]))
                     << tree.path() << " " << field.name << " " << instance.values()[i];
             }
         }

@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "schema/Catalogue.h"
+
 namespace toolkit::quorvah {
 namespace {
 
@@ -30,6 +32,18 @@ TEST(GroupTable, FindsAGroupByBothOfItsNames) {
     }
 }
 
+TEST(GroupTable, AgreesWithTheCatalogue) {
+    ASSERT_EQ(schema::allGroups().size(), allGroups().size());
+    for (std::size_t i = 0; i < allGroups().size(); ++i) {
+        const Group& group = *allGroups()[i];
+        const schema::Group& described = *schema::allGroups()[i];
+        EXPECT_EQ(described.name, group.displayName);
+        EXPECT_EQ(described.element, group.xmlName);
+        EXPECT_EQ(described.fields.data(), group.fields.data()) << group.xmlName;
+        EXPECT_EQ(described.notOnLinux, group.otherPlatform == nullptr ? "" : group.otherPlatform);
+    }
+}
+
 TEST(GroupTable, FindsNothingByAnyOtherName) {
     for (const char* const name :
          {"", "processor", "Processor ", "Operating  System", "Processo", "NoSuchGroup"}) {
@@ -40,7 +54,7 @@ TEST(GroupTable, FindsNothingByAnyOtherName) {
 TEST(GroupTable, FieldNamesAreXmlNamesAndUniqueInTheirGroup) {
     for (const Group* const group : allGroups()) {
         std::set<std::string> names;
-        for (const FieldDef& field : group->fields) {
+        for (const schema::Field& field : group->fields) {
             const std::string name(field.name);
             EXPECT_TRUE(names.insert(name).second) << group->xmlName << " " << name;
             EXPECT_FALSE(name.empty());
@@ -57,7 +71,7 @@ TEST(GroupTable, AGatheredGroupHasAKeyThatIsNotVolatile) {
     for (const Group* const group : allGroups()) {
         if (group->gather == nullptr) continue;
         ASSERT_FALSE(group->fields.empty()) << group->xmlName;
-        EXPECT_EQ(group->fields.front().traits & FieldDef::kVolatile, 0U) << group->xmlName;
+        EXPECT_FALSE(group->fields.front().isVolatile) << group->xmlName;
     }
 }
 

@@ -35,7 +35,7 @@ TEST(GroupsPage, ListsTheFieldsOfEveryGatheredGroup) {
     for (const Group* const group : allGroups()) {
         if (group->gather == nullptr) continue;
         std::vector<std::string> fields;
-        for (const FieldDef& field : group->fields) fields.emplace_back(field.name);
+        for (const schema::Field& field : group->fields) fields.emplace_back(field.name);
         std::vector<std::string> listed;
         for (const Row& row : page[group->xmlName]) listed.push_back(row.field);
         EXPECT_EQ(listed, fields) << group->xmlName;
@@ -50,7 +50,7 @@ TEST(GroupsPage, MarksTheVolatileFields) {
         const std::vector<Row>& rows = page[group->xmlName];
         for (std::size_t i = 0; i < std::min(rows.size(), group->fields.size()); ++i) {
             const bool marked = rows[i].meaning.find("changes") != std::string::npos;
-            const bool isVolatile = (group->fields[i].traits & FieldDef::kVolatile) != 0;
+            const bool isVolatile = group->fields[i].isVolatile;
             EXPECT_EQ(marked, isVolatile) << group->xmlName << " " << rows[i].field;
         }
     }

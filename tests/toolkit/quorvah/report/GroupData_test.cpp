@@ -5,10 +5,10 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr FieldDef kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
+constexpr schema::Field kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
 constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
 
-constexpr FieldDef kHexFields[] = {{"Address", FieldDef::kBytewise}};
+constexpr schema::Field kHexFields[] = {{.name = "Address", .bytewise = true}};
 constexpr Group kHexGroup{"Hex", "Hex", kHexFields, nullptr};
 
 std::vector<std::string> keysOf(const GroupData& data) {

@@ -5,7 +5,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr FieldDef kFields[] = {{"DeviceID"}, {"Value"}};
+constexpr schema::Field kFields[] = {{"DeviceID"}, {"Value"}};
 constexpr Group kQuick{"Quick", "Quick", kFields, nullptr};
 
 using std::chrono::milliseconds;

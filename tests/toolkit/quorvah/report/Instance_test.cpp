@@ -7,7 +7,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr FieldDef kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
+constexpr schema::Field kFields[] = {{"DeviceID"}, {"Size"}, {"Removable"}, {"Parts"}};
 constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
 
 std::vector<std::string> textsOf(const Instance& instance) {

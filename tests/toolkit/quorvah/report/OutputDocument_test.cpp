@@ -9,7 +9,7 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr FieldDef kFields[] = {{"DeviceID"}, {"Name"}};
+constexpr schema::Field kFields[] = {{"DeviceID"}, {"Name"}};
 constexpr Group kGroup{"Some Thing", "SomeThing", kFields, nullptr};
 
 std::string documentOf(const std::vector<GroupResult>& results, bool pretty) {

@@ -5,10 +5,11 @@
 namespace toolkit::quorvah {
 namespace {
 
-constexpr FieldDef kFields[] = {{"DeviceID"},
-                                {"Serial", FieldDef::kPrivate},
-                                {"Clock", FieldDef::kVolatile},
-                                {"Address", FieldDef::kPrivate | FieldDef::kVolatile}};
+constexpr schema::Field kFields[] = {
+    {"DeviceID"},
+    {.name = "Serial", .privacy = schema::Privacy::Serial},
+    {.name = "Clock", .isVolatile = true},
+    {.name = "Address", .isVolatile = true, .privacy = schema::Privacy::Address}};
 constexpr Group kGroup{"Thing", "Thing", kFields, nullptr};
 
 GroupData someReport() {

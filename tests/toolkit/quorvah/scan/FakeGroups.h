@@ -22,7 +22,7 @@ namespace toolkit::quorvah::fakes {
 
 using std::chrono::milliseconds;
 
-inline constexpr FieldDef kFields[] = {{"DeviceID"}, {"Value"}};
+inline constexpr schema::Field kFields[] = {{"DeviceID"}, {"Value"}};
 
 inline void quick(GatheringContext& /*context*/, GroupData& data) {
     data.add("one").set("Value", 1);

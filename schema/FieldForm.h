@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string_view>
+
+#include "schema/Group.h"
+
+namespace schema {
+
+// Whether a value of a field has the form of its type. An empty value has.
+bool hasForm(const Field& field, std::string_view value);
+
+// Whether it has this form after --sanitize, which replaces each value of a private field by 16 hexadecimal digits.
+bool hasSanitizedForm(const Field& field, std::string_view value);
+
+}  // namespace schema

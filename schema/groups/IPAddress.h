@@ -1,0 +1,72 @@
+#pragma once
+
+#include "schema/Group.h"
+
+namespace schema {
+
+inline constexpr Field kIPAddressFields[] = {
+    {.name = "IPv4Address",
+     .type = Type::Ipv4Address,
+     .key = true,
+     .privacy = Privacy::Address,
+     .meaning = "the address",
+     .source = "netlink; /proc/net/fib_trie"},
+    {.name = "Name", .key = true, .meaning = "interface", .source = "netlink; /proc/net/route"},
+    {.name = "SubnetMask",
+     .type = Type::Ipv4Address,
+     .meaning = "mask of the network",
+     .source = "netlink; /proc/net/fib_trie"},
+    {.name = "PrefixLength",
+     .type = Type::Count,
+     .unit = "bits",
+     .meaning = "length of the network's prefix",
+     .source = "netlink; /proc/net/fib_trie"},
+    {.name = "AddressOrigin",
+     .type = Type::Choice,
+     .choices = "Static|DHCP|LinkLocal",
+     .meaning = "how the interface got the address",
+     .source = "netlink: lifetime of the address"},
+    {.name = "BroadcastAddress",
+     .type = Type::Ipv4Address,
+     .privacy = Privacy::Address,
+     .meaning = "broadcast address of the network",
+     .source = "netlink"},
+    {.name = "PeerAddress",
+     .type = Type::Ipv4Address,
+     .privacy = Privacy::Address,
+     .liveOnly = true,
+     .meaning = "other end of a point-to-point link",
+     .source = "netlink"},
+    {.name = "Scope",
+     .type = Type::Choice,
+     .choices = "global|site|link|host|nowhere",
+     .liveOnly = true,
+     .meaning = "where the address is valid",
+     .source = "netlink"},
+    {.name = "Label", .liveOnly = true, .meaning = "label of the address", .source = "netlink"},
+    {.name = "Gateway",
+     .type = Type::Ipv4Address,
+     .privacy = Privacy::Address,
+     .meaning = "gateway of the default route; empty for a link-local address",
+     .source = "netlink; /proc/net/route"},
+    {.name = "MacAddress",
+     .type = Type::HardwareAddress,
+     .privacy = Privacy::Address,
+     .meaning = "hardware address of the interface",
+     .source = "/sys/class/net/*/address"},
+    {.name = "NameServers",
+     .list = true,
+     .privacy = Privacy::Address,
+     .meaning = "name servers of the machine; empty for the loopback",
+     .source = "/etc/resolv.conf"},
+};
+
+inline constexpr Group kIPAddress{
+    .id = 6,
+    .name = "IP Address",
+    .element = "IPAddress",
+    .about = "One instance per IPv4 address.",
+    .fields = kIPAddressFields,
+};
+
+}  // namespace schema

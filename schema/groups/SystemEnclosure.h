@@ -1,0 +1,73 @@
+#pragma once
+
+#include "schema/Group.h"
+
+namespace schema {
+
+inline constexpr Field kSystemEnclosureFields[] = {
+    {.name = "Tag",
+     .key = true,
+     .meaning = "number of the chassis, `Chassis 0`",
+     .source = "order of the structures"},
+    {.name = "Manufacturer",
+     .meaning = "maker of the chassis",
+     .source = "SMBIOS 3; /sys/class/dmi/id/chassis_vendor"},
+    {.name = "ChassisPackageType",
+     .meaning = "`Notebook`, `Rack Mount Chassis` and so on",
+     .source = "SMBIOS 3; /sys/class/dmi/id/chassis_type; device tree"},
+    {.name = "Version",
+     .meaning = "version of the chassis",
+     .source = "SMBIOS 3; /sys/class/dmi/id/chassis_version"},
+    {.name = "SerialNumber",
+     .privacy = Privacy::Serial,
+     .access = Access::RootOnly,
+     .meaning = "serial number of the chassis",
+     .source = "SMBIOS 3; /sys/class/dmi/id/chassis_serial"},
+    {.name = "AssetTag",
+     .privacy = Privacy::Serial,
+     .meaning = "asset tag of the owner",
+     .source = "SMBIOS 3; /sys/class/dmi/id/chassis_asset_tag"},
+    {.name = "SKUNumber", .access = Access::RootOnly, .meaning = "order number", .source = "SMBIOS 3"},
+    {.name = "LockPresent",
+     .type = Type::Boolean,
+     .access = Access::RootOnly,
+     .meaning = "whether the chassis has a lock",
+     .source = "SMBIOS 3"},
+    {.name = "BootupState",
+     .access = Access::RootOnly,
+     .meaning = "state at the last start, `Safe`, `Warning`, `Critical`",
+     .source = "SMBIOS 3"},
+    {.name = "PowerSupplyState",
+     .access = Access::RootOnly,
+     .meaning = "state at the last start",
+     .source = "SMBIOS 3"},
+    {.name = "ThermalState",
+     .access = Access::RootOnly,
+     .meaning = "state at the last start",
+     .source = "SMBIOS 3"},
+    {.name = "SecurityStatus",
+     .access = Access::RootOnly,
+     .meaning = "whether external inputs are locked out",
+     .source = "SMBIOS 3"},
+    {.name = "Height",
+     .type = Type::Count,
+     .unit = "rack units",
+     .access = Access::RootOnly,
+     .meaning = "height",
+     .source = "SMBIOS 3"},
+    {.name = "NumberOfPowerCords",
+     .type = Type::Count,
+     .access = Access::RootOnly,
+     .meaning = "number of power cords",
+     .source = "SMBIOS 3"},
+};
+
+inline constexpr Group kSystemEnclosure{
+    .id = 16,
+    .name = "System Enclosure",
+    .element = "SystemEnclosure",
+    .about = "One instance per chassis.",
+    .fields = kSystemEnclosureFields,
+};
+
+}  // namespace schema

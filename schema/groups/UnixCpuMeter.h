@@ -1,0 +1,73 @@
+#pragma once
+
+#include "schema/Group.h"
+
+namespace schema {
+
+inline constexpr Field kUnixCpuMeterFields[] = {
+    {.name = "DeviceID", .key = true, .meaning = "name in the kernel, `cpu0`", .source = "/proc/stat"},
+    {.name = "UserModeTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time in programs since the system started, with that of guests",
+     .source = "/proc/stat"},
+    {.name = "KernelModeTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time in the kernel since the system started",
+     .source = "/proc/stat"},
+    {.name = "NiceTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time in programs with low priority",
+     .source = "/proc/stat"},
+    {.name = "IdleTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time of idling",
+     .source = "/proc/stat"},
+    {.name = "IoWaitTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time of waiting for input and output",
+     .source = "/proc/stat"},
+    {.name = "IrqTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time of serving interrupts",
+     .source = "/proc/stat"},
+    {.name = "SoftIrqTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time of serving deferred interrupts",
+     .source = "/proc/stat"},
+    {.name = "StealTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time that the hypervisor gave to other guests",
+     .source = "/proc/stat"},
+    {.name = "GuestTime",
+     .type = Type::Count,
+     .unit = "ms",
+     .isVolatile = true,
+     .meaning = "time of running guests",
+     .source = "/proc/stat"},
+};
+
+inline constexpr Group kUnixCpuMeter{
+    .id = 47,
+    .name = "UnixCpuMeter",
+    .element = "UnixCpuMeter",
+    .about = "One instance per processor.",
+    .fields = kUnixCpuMeterFields,
+};
+
+}  // namespace schema
