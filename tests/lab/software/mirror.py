@@ -65,9 +65,11 @@ def sources_of_machine(suite):
 
 
 class Mirror:
-    def __init__(self, suite, cache, sources=None):
-        """cache: the directory of the suite. sources: lines of sources.list; by default, those of the machine."""
+    def __init__(self, suite, cache, sources=None, architecture=""):
+        """cache: the directory of the suite and the architecture. sources: lines of sources.list; by default, those of the
+        machine. architecture: by default, the machine's own one."""
         self.suite = suite
+        self.architecture = architecture
         self.directory = os.path.join(cache, "apt")
         self.archives = os.path.join(cache, "packages")
         self.lists = os.path.join(self.directory, "lists")
@@ -81,9 +83,12 @@ class Mirror:
     def _configure(self, sources):
         self._write("sources.list", sources)
         self._write("status", "")
+        architecture = ""
+        if self.architecture:
+            architecture = f'APT::Architecture "{self.architecture}";\nAPT::Architectures {{ "{self.architecture}"; }};\n'
         # Where root runs apt, it would fetch as a user who may not write below a home directory.
         self._write("apt.conf", f"""
-Dir::State "{self.directory}";
+{architecture}Dir::State "{self.directory}";
 Dir::State::status "{self.directory}/status";
 Dir::State::lists "{self.lists}";
 Dir::Cache "{self.directory}/cache";
@@ -165,6 +170,13 @@ Acquire::Retries "2";
         else:
             return pattern
         return max(matching, key=_by_numbers, default=None)
+
+    def with_dependencies(self, names):
+        """The names of everything that apt would install for these packages on a system that has nothing."""
+        install = self._run("apt-get", "--simulate", "--no-install-recommends", "install", "--", *names)
+        if install.returncode != 0:
+            raise MirrorFault(_problems(install.stderr))
+        return re.findall(r"^Inst (\S+) ", install.stdout, re.M)
 
     def archive(self, package):
         return os.path.join(self.archives, package.archive_name())

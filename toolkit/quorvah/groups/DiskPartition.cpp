@@ -112,8 +112,10 @@ std::string ueventValue(const BlockDevice& device, std::string_view key) {
     return {};
 }
 
+// The kernel keeps 7 bits of each character of a name: "\u00FC" becomes "|". Where the table can be read, it has the name.
 void setFromUevent(const BlockDevice& device, Instance& partition) {
-    if (partition.get("Name").empty()) partition.set("Name", ueventValue(device, "PARTNAME"));
+    if (partition.get("Name").empty() && !device.root().live())
+        partition.set("Name", ueventValue(device, "PARTNAME"));
     if (partition.get("PartitionUuid").empty())
         partition.set("PartitionUuid", ueventValue(device, "PARTUUID"));
 }

@@ -84,7 +84,7 @@ bool isRemovableDrive(const BlockDevice& device) {
 
 // What udev recognised, or else what the superblock says. Only the live machine has devices, and only root may read
 // them.
-Content contentOf(const Root& root, const BlockDevice& device) {
+Content contentOf(const Root& root, const BlockDevice& device, const Uses& uses) {
     const std::string udev = device.udevData();
     Content content;
     content.identity.type = udevProperty(udev, "ID_FS_TYPE");
@@ -92,7 +92,9 @@ Content contentOf(const Root& root, const BlockDevice& device) {
     content.identity.label = withoutHexEscapes(udevProperty(udev, "ID_FS_LABEL_ENC"));
     content.identity.uuid = udevProperty(udev, "ID_FS_UUID");
     content.looked = !udev.empty();
-    if (content.looked || !root.live() || isRemovableDrive(device)) return content;
+    if (content.looked || !root.live()) return content;
+    // A mounted medium is there and in use.
+    if (isRemovableDrive(device) && uses.mountsOf(device).empty()) return content;
     const kest::Descriptor file = root.open(device.path());
     struct stat status {};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISBLK(status.st_mode)) return content;
@@ -202,12 +204,12 @@ void gather(GatheringContext& context, GroupData& data) {
     for (const BlockDevice& disk : blockDevices(root)) {
         const std::vector<BlockDevice> partitions = partitionsOf(root, disk);
         if (partitions.empty() && mayCarry(disk)) {
-            const Content content = contentOf(root, disk);
+            const Content content = contentOf(root, disk, uses);
             if (isExtent(disk, content, uses)) add(disk, content, disk.blockSize(), slavesOf(root, disk));
         }
         for (const BlockDevice& partition : partitions) {
             if (!isExtended(partition))
-                add(partition, contentOf(root, partition), disk.blockSize(), {pathOf(disk)});
+                add(partition, contentOf(root, partition, uses), disk.blockSize(), {pathOf(disk)});
         }
     }
 }
