@@ -46,8 +46,11 @@ not implement the group), not-applicable (this system or the scanned directory c
 scanner does not report it).
 
 The scanner 'quorvah' is taken from --toolkit, else from the toolkit that /etc/zav/zav.ini names, else from the
-toolkit that is bundled with this command. Only the bundled scanner supports --root, so an installed toolkit is then
-not used.
+toolkit that is bundled with this command. Only the bundled scanner supports --root, --sanitize, --no-volatile and
+--pretty, so an installed toolkit is then not used.
+
+--sanitize makes an inventory that can be shared. Within it, equal values have equal hashes. The key of the hashes is
+random and not kept, so they are different in each inventory.
 
 --output replaces an existing file and does not follow a link. Pipes, devices and directories are refused.
 
@@ -56,6 +59,7 @@ Examples:
   zav hw --group "Software Packages" --all
   zav hw --group 25 --format csv --output packages.csv
   zav hw --root /mnt/image --format json           scan the system below /mnt/image instead of this machine
+  zav hw --sanitize --format json -o share.json    write an inventory that does not identify the machine
 
 Exit status: 0 the inventory is written, 1 the command failed, 2 the command line is wrong, 3 the inventory is
 written, but a group is unread or partial for another reason than a missing permission, or nothing could be read of a
@@ -204,6 +208,11 @@ void addHardware(CLI::App& app, Options& options, std::string& format) {
     addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan only this group; may be repeated");
     addScan(command, options, format);
     command.add_flag("--all", options.all, "Show everything in the table");
+    command.add_flag("--sanitize", options.sanitize,
+                     "Hash serial numbers, addresses and names of the machine and its users");
+    command.add_flag("--no-volatile", options.noVolatile,
+                     "Omit values that change while the machine stays the same");
+    command.add_flag("--pretty", options.pretty, "Let the scanner break and indent the lines of its file");
     command.callback([&options] { options.command = Command::Hardware; });
 }
 

@@ -32,6 +32,9 @@ struct Options {
     bool hashes = false;  // hash the files in the evidence
     bool csvRaw = false;  // do not protect values that look like formulas
     bool all = false;
+    bool sanitize = false;    // hide what identifies the machine and its users
+    bool noVolatile = false;  // leave out what changes while the machine stays the same
+    bool pretty = false;      // let the scanner break and indent the lines of its file
     std::optional<std::string> output;
     std::optional<std::string> toolkit;
     std::optional<std::string> root;

@@ -13,9 +13,23 @@
 
 namespace zavcli {
 
+namespace {
+
+void passFlag(bool given, const char* variable) {
+    if (given) setenv(variable, "1", 1);
+}
+
+// Whether an option is given that an installed scanner may not support. It would then report another machine than
+// requested, or values that were to be hidden.
+bool needsBundledScanner(const Options& options) {
+    return options.root || options.sanitize || options.noVolatile || options.pretty;
+}
+
+}  // namespace
+
 Toolkit selectToolkit(const Options& options, const Scanner& scanner) {
-    // An installed scanner may not support --root and would then report this machine.
-    const std::string configured = options.root ? "" : readLocationFile(kLocationFile, kProductName).toolkit;
+    const std::string configured =
+        needsBundledScanner(options) ? "" : readLocationFile(kLocationFile, kProductName).toolkit;
     Toolkit toolkit =
         chooseToolkit({options.toolkit, configured, bundledDirectories(commandPath())}, scanner);
     requireTrusted(toolkit, scanner);
@@ -29,6 +43,12 @@ std::string passScannedRoot(const Options& options, const Scanner& scanner) {
     if (options.root) setenv(scanner.rootVariable, std::filesystem::canonical(*options.root).c_str(), 1);
     const char* const root = std::getenv(scanner.rootVariable);
     return root == nullptr ? "" : root;
+}
+
+void passScanOptions(const Options& options) {
+    passFlag(options.sanitize, "QUORVAH_SANITIZE");
+    passFlag(options.noVolatile, "QUORVAH_NO_VOLATILE");
+    passFlag(options.pretty, "QUORVAH_PRETTY");
 }
 
 TableStyle tableStyle(const Options& options) {

@@ -21,6 +21,9 @@ Toolkit selectToolkit(const Options& options, const Scanner& scanner);
 // Tells the scanner by its environment which directory to scan. Returns that directory, empty for this machine.
 std::string passScannedRoot(const Options& options, const Scanner& scanner);
 
+// Tells the hardware scanner by its environment which values to hide or omit.
+void passScanOptions(const Options& options);
+
 TableStyle tableStyle(const Options& options);
 
 // The inventory of hardware or software in the requested format.

@@ -93,6 +93,7 @@ EvaluationOptions evaluationOptions(const Options& options, const std::vector<Si
 HardwareInventory scanMachine(const Options& options, const std::vector<std::string>& groupNames) {
     const Toolkit toolkit = selectToolkit(options, kHardwareScanner);
     const std::string root = passScannedRoot(options, kHardwareScanner);
+    passScanOptions(options);
     ProgressBar progress(isCapableTerminal(STDERR_FILENO));
     LogPrinter printer(options.verbosity, toolkit.source, progress);
     const Workspace workspace;

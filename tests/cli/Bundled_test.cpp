@@ -60,6 +60,43 @@ TEST(Bundled, RootOptionScansAnotherTree) {
     EXPECT_NE(std::string::npos, ended.out.find("Other System 7")) << ended.out;
 }
 
+class HiddenValues : public testing::Test {
+  protected:
+    void SetUp() override {
+        tree_.write("etc/hostname", "secret-host\n");
+        tree_.write("etc/machine-id", "0123456789abcdef0123456789abcdef\n");
+        tree_.write("proc/sys/kernel/random/boot_id", "11111111-2222-3333-4444-555555555555\n");
+    }
+    Json componentId(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"hw", "--root", tree_.path().string(), "--group", "ComponentID",
+                                             "--group", "ScanInfo", "--format", "json"});
+        const Ended ended = bundled(std::move(arguments));
+        EXPECT_EQ(0, ended.status) << ended.err;
+        return Json::parse(ended.out).at("groups").at("ComponentID").at(0);
+    }
+
+    ScratchDir tree_;
+};
+
+TEST_F(HiddenValues, SanitizeHashesWhatIdentifiesTheMachine) {
+    EXPECT_EQ("secret-host", componentId({}).at("Name"));
+    const Json hidden = componentId({"--sanitize"});
+    EXPECT_EQ(16U, hidden.at("Name").get<std::string>().size());
+    EXPECT_EQ(std::string::npos, hidden.dump().find("secret-host"));
+    EXPECT_EQ(std::string::npos, hidden.dump().find("0123456789abcdef0123"));
+    EXPECT_NE(hidden.at("Name"), componentId({"--sanitize"}).at("Name")) << "the key is not kept";
+}
+
+TEST_F(HiddenValues, NoVolatileOmitsWhatChanges) {
+    EXPECT_EQ("11111111-2222-3333-4444-555555555555", componentId({}).at("BootId"));
+    EXPECT_EQ("", componentId({"--no-volatile"}).at("BootId"));
+    EXPECT_EQ("secret-host", componentId({"--no-volatile"}).at("Name"));
+}
+
+TEST_F(HiddenValues, PrettyChangesNoValue) {
+    EXPECT_EQ(componentId({}), componentId({"--pretty"}));
+}
+
 constexpr const char* kSignatures = R"(<Signatures>
 <Signature guid="one" name="Tool with its version">
  <Match><All><File id="f" path="/opt/tool/bin/tool" kind="file"/>

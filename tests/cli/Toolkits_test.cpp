@@ -114,6 +114,14 @@ TEST_F(ToolkitsTest, RootOptionSkipsTheConfiguredToolkit) {
     EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json", "--root", "/"}).locationFile(ini).run()));
 }
 
+TEST_F(ToolkitsTest, HidingOptionSkipsTheConfiguredToolkit) {
+    const std::string bundled = place("copies", "installed/bin");
+    place("fails", "opt/bin");
+    const std::string ini = "ZAV_HomeDirectory = " + (scratch_.path() / "opt").string() + "\n";
+    for (const char* const option : {"--sanitize", "--no-volatile", "--pretty"})
+        EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json", option}).locationFile(ini).run()));
+}
+
 TEST_F(ToolkitsTest, UnregisteredProductIsReportedOnlyWithAnInstalledToolkit) {
     place("copies", "installed/bin");
     EXPECT_EQ("", zav({"hw"}).locationFile(std::nullopt).run().err);

@@ -1,11 +1,10 @@
 #include <malloc.h>
-#include <sys/auxv.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <string_view>
+#include <string>
 
 #include "toolkit/machine/files/OpenStreams.h"
 #include "toolkit/quorvah/scan/CommandLine.h"
@@ -22,10 +21,8 @@ int complain(const std::string& message, int status) {
 }
 
 int run(int argc, char** argv) {
-    const char* const root = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_ROOT") : nullptr;
-    toolkit::quorvah::CommandLine line = toolkit::quorvah::parseCommandLine(argc, argv, root);
-    const char* const sandbox = ::getauxval(AT_SECURE) == 0 ? std::getenv("QUORVAH_SANDBOX") : nullptr;
-    if (sandbox != nullptr && std::string_view(sandbox) == "optional") line.options.sandboxOptional = true;
+    // A program with other rights than its caller must not be steered by the caller's environment.
+    toolkit::quorvah::CommandLine line = toolkit::quorvah::parseCommandLine(argc, argv, ::secure_getenv);
     switch (line.action) {
         case toolkit::quorvah::Action::Help:
             std::fputs(toolkit::quorvah::kUsage, stdout);

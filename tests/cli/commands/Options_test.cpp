@@ -50,6 +50,14 @@ TEST(Options, EveryOptionOfAnInventoryIsParsed) {
     EXPECT_EQ("/", full.root);
 }
 
+TEST(Options, AnInventoryHidesAndOmitsNothingUnlessAsked) {
+    const Options plain = options({"hw"});
+    EXPECT_FALSE(plain.sanitize || plain.noVolatile || plain.pretty);
+    EXPECT_TRUE(options({"hw", "--sanitize"}).sanitize);
+    EXPECT_TRUE(options({"hw", "--no-volatile"}).noVolatile);
+    EXPECT_TRUE(options({"hw", "--pretty"}).pretty);
+}
+
 TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     const Options full = options({"sw",
                                   "a.xml",

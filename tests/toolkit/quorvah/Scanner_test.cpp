@@ -1,6 +1,7 @@
 // The built scanner as a process: exit status, messages and output.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -180,6 +181,46 @@ TEST_F(Scanner, RawOutputKeepsPlaceholders) {
 TEST_F(Scanner, ReadsTheRootFromTheEnvironment) {
     ASSERT_EQ(scan({"ComponentID"}, {}, {"QUORVAH_ROOT=" + kServer}).status, 0);
     EXPECT_EQ(only()["Name"], "db1.example.com");
+}
+
+TEST_F(Scanner, TakesOptionsFromTheEnvironment) {
+    ASSERT_EQ(
+        scan({"ComponentID"}, {}, {"QUORVAH_ROOT=" + kServer, "QUORVAH_SANITIZE=1", "QUORVAH_NO_VOLATILE=1"})
+            .status,
+        0);
+    EXPECT_EQ(only()["Name"].size(), 16U);
+    EXPECT_EQ(only()["Name"].find("db1"), std::string::npos);
+    EXPECT_EQ(only()["BootId"], "");
+    ASSERT_EQ(scan({"ComponentID"}, {}, {"QUORVAH_ROOT=" + kServer, "QUORVAH_PRETTY=1"}).status, 0);
+    EXPECT_NE(readAll(out()).find("\n    <Name>db1.example.com</Name>\n"), std::string::npos);
+}
+
+// A set-user-ID program runs with the rights of its owner, but with the environment of its caller.
+TEST_F(Scanner, IgnoresTheEnvironmentOfACallerWithOtherRights) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can make a program of another user";
+    constexpr uid_t kOther = 65534;
+    const fs::path program = dir_.path() / "quorvah";
+    fs::copy_file(QUORVAH_PROGRAM, program);
+    ASSERT_EQ(::chown(program.c_str(), kOther, kOther), 0);
+    ASSERT_EQ(::chmod(program.c_str(), 04755), 0);
+    const fs::path open = dir_.path() / "open";
+    fs::create_directory(open);
+    for (const fs::path& directory : {dir_.path(), open}) fs::permissions(directory, fs::perms::all);
+    const std::string written = (open / "out.xml").string();
+    const std::vector<std::string> arguments = {"-c", configure({"ComponentID"}), "-o", written};
+    const std::vector<std::string> environment = {"QUORVAH_ROOT=" + kServer, "QUORVAH_SANITIZE=1",
+                                                  "QUORVAH_PRETTY=1"};
+    ASSERT_EQ(zavtest::runProgram(program, arguments, environment).status, 0);
+    const std::string text = readAll(written);
+    struct stat status {};
+    ASSERT_EQ(::stat(written.c_str(), &status), 0);
+    ASSERT_EQ(status.st_uid, kOther) << "the test directory does not allow set-user-ID programs";
+    EXPECT_EQ(text.find("db1.example.com"), std::string::npos) << text;
+    EXPECT_EQ(text.find('\n'), std::string::npos) << text;
+    std::string host(256, '\0');
+    ASSERT_EQ(::gethostname(host.data(), host.size()), 0);
+    host.resize(host.find('\0'));
+    EXPECT_NE(text.find("<Name>" + host + "</Name>"), std::string::npos) << text;
 }
 
 TEST_F(Scanner, PrintsHelpAndVersion) {

@@ -1,5 +1,7 @@
 #include "toolkit/quorvah/scan/CommandLine.h"
 
+#include <string_view>
+
 #include "toolkit/machine/text/OptionParser.h"
 
 namespace toolkit::quorvah {
@@ -10,8 +12,7 @@ const char* const kUsage =
     "\n"
     "  -c, --config FILE  XML file whose elements <Group Name=\"...\"/> name the groups to gather\n"
     "  -o, --output FILE  XML file to write the inventory to\n"
-    "      --root DIR     scan the machine whose files lie below DIR instead of this one;\n"
-    "                     the environment variable QUORVAH_ROOT does the same\n"
+    "      --root DIR     scan the machine whose files lie below DIR instead of this one\n"
     "      --ids DIR      take the names of PCI and USB devices from the files in DIR\n"
     "      --pretty       break and indent the lines of the output\n"
     "      --raw          keep firmware texts that are placeholders\n"
@@ -19,9 +20,17 @@ const char* const kUsage =
     "      --sanitize     hash serial numbers, addresses and names of the machine and its users\n"
     "      --sandbox optional\n"
     "                     continue if the system does not let the scanner give up all rights that it\n"
-    "                     does not need; QUORVAH_SANDBOX=optional in the environment does the same\n"
+    "                     does not need\n"
     "  -h, --help         show this text\n"
     "  -V, --version      show the version\n"
+    "\n"
+    "These environment variables are for programs that cannot add options. A program that runs with other\n"
+    "rights than its caller ignores them.\n"
+    "  QUORVAH_ROOT=DIR            --root DIR\n"
+    "  QUORVAH_SANDBOX=optional    --sandbox optional\n"
+    "  QUORVAH_PRETTY=1            --pretty; empty, 0 and false mean no\n"
+    "  QUORVAH_NO_VOLATILE=1       --no-volatile, likewise\n"
+    "  QUORVAH_SANITIZE=1          --sanitize, likewise\n"
     "\n"
     "Exit status: 0 if the output was written, 1 if it could not be written or the sandbox is incomplete,\n"
     "2 if the command line or the configuration is invalid.\n";
@@ -33,9 +42,27 @@ std::string problemOfSandbox(const std::string& mode) {
     return valid ? "" : "--sandbox is either required or optional";
 }
 
+// The value of a variable; empty if it is not set.
+std::string_view valueOf(const Environment& environment, const char* variable) {
+    const char* const value = environment(variable);
+    return value == nullptr ? std::string_view() : value;
+}
+
+// A word that is not known turns the option on: a caller who wrote "yes" expects that values are hidden.
+bool isOn(std::string_view value) {
+    return !value.empty() && value != "0" && value != "false";
+}
+
+void addEnvironment(const Environment& environment, Options& options) {
+    if (options.root.empty()) options.root = valueOf(environment, "QUORVAH_ROOT");
+    options.pretty = options.pretty || isOn(valueOf(environment, "QUORVAH_PRETTY"));
+    options.noVolatile = options.noVolatile || isOn(valueOf(environment, "QUORVAH_NO_VOLATILE"));
+    options.sanitize = options.sanitize || isOn(valueOf(environment, "QUORVAH_SANITIZE"));
+}
+
 }  // namespace
 
-CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot) {
+CommandLine parseCommandLine(int count, char* const* arguments, const Environment& environment) {
     CommandLine line;
     Options& options = line.options;
     std::string sandbox;
@@ -55,7 +82,9 @@ CommandLine parseCommandLine(int count, char* const* arguments, const char* envi
         {.name = "version", .letter = 'V', .given = &version, .last = true},
     };
     line.message = parseOptions(count, arguments, table);
+    if (sandbox.empty()) sandbox = valueOf(environment, "QUORVAH_SANDBOX");
     options.sandboxOptional = sandbox == "optional";
+    addEnvironment(environment, options);
     if (help) line.action = Action::Help;
     if (version) line.action = Action::Version;
     if (line.message.empty() && !help && !version) {
@@ -66,7 +95,6 @@ CommandLine parseCommandLine(int count, char* const* arguments, const char* envi
         }
     }
     if (!line.message.empty()) line.action = Action::Refuse;
-    if (options.root.empty() && environmentRoot != nullptr) options.root = environmentRoot;
     return line;
 }
 

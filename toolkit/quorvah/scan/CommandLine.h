@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "toolkit/quorvah/sources/GatheringContext.h"
@@ -14,8 +15,11 @@ struct CommandLine {
     std::string message;  // why the command line is rejected
 };
 
-// Parses the arguments of main(). `environmentRoot` is the default of --root and may be null.
-CommandLine parseCommandLine(int count, char* const* arguments, const char* environmentRoot);
+// Returns the value of an environment variable, or null.
+using Environment = std::function<const char*(const char* name)>;
+
+// Parses the arguments of main(). The environment has the defaults of the options that kUsage says it has.
+CommandLine parseCommandLine(int count, char* const* arguments, const Environment& environment);
 
 extern const char* const kUsage;
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string>
 #include <vector>
 
 using toolkit::quorvah::Action;
@@ -9,14 +11,19 @@ using toolkit::quorvah::CommandLine;
 
 namespace {
 
-CommandLine parse(std::vector<std::string> arguments, const char* environmentRoot = nullptr) {
+using Variables = std::map<std::string, std::string>;
+
+CommandLine parse(std::vector<std::string> arguments, const Variables& variables = {}) {
     arguments.insert(arguments.begin(), "quorvah");
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    return toolkit::quorvah::parseCommandLine(static_cast<int>(arguments.size()), pointers.data(),
-                                              environmentRoot);
+    return toolkit::quorvah::parseCommandLine(
+        static_cast<int>(arguments.size()), pointers.data(), [&variables](const char* name) {
+            const auto found = variables.find(name);
+            return found == variables.end() ? nullptr : found->second.c_str();
+        });
 }
 
 }  // namespace
@@ -73,7 +80,35 @@ TEST(ScannerCommandLine, RejectsWithAReason) {
 }
 
 TEST(ScannerCommandLine, TheEnvironmentIsTheDefaultOfRoot) {
-    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "/from/environment").options.root, "/from/environment");
-    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--root", "/given"}, "/from/environment").options.root, "/given");
-    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, "").options.root, "");
+    const Variables variables = {{"QUORVAH_ROOT", "/from/environment"}};
+    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, variables).options.root, "/from/environment");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--root", "/given"}, variables).options.root, "/given");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, {{"QUORVAH_ROOT", ""}}).options.root, "");
+}
+
+TEST(ScannerCommandLine, TheEnvironmentTurnsOptionsOn) {
+    const toolkit::quorvah::Options options =
+        parse({"-c", "x", "-o", "y"},
+              {{"QUORVAH_PRETTY", "1"}, {"QUORVAH_NO_VOLATILE", "true"}, {"QUORVAH_SANITIZE", "yes"}})
+            .options;
+    EXPECT_TRUE(options.pretty && options.noVolatile && options.sanitize);
+}
+
+TEST(ScannerCommandLine, TheEnvironmentTurnsNoOptionOff) {
+    for (const char* const off : {"", "0", "false"}) {
+        const Variables variables = {
+            {"QUORVAH_PRETTY", off}, {"QUORVAH_NO_VOLATILE", off}, {"QUORVAH_SANITIZE", off}};
+        const toolkit::quorvah::Options none = parse({"-c", "x", "-o", "y"}, variables).options;
+        EXPECT_FALSE(none.pretty || none.noVolatile || none.sanitize) << off;
+        const toolkit::quorvah::Options given =
+            parse({"-c", "x", "-o", "y", "--pretty", "--no-volatile", "--sanitize"}, variables).options;
+        EXPECT_TRUE(given.pretty && given.noVolatile && given.sanitize) << off;
+    }
+}
+
+TEST(ScannerCommandLine, TheOptionSandboxOverridesTheEnvironment) {
+    const Variables variables = {{"QUORVAH_SANDBOX", "optional"}};
+    EXPECT_TRUE(parse({"-c", "x", "-o", "y"}, variables).options.sandboxOptional);
+    EXPECT_FALSE(parse({"-c", "x", "-o", "y", "--sandbox", "required"}, variables).options.sandboxOptional);
+    EXPECT_FALSE(parse({"-c", "x", "-o", "y"}, {{"QUORVAH_SANDBOX", "no"}}).options.sandboxOptional);
 }
