@@ -27,7 +27,7 @@ constexpr FirmwareField kFirmwareFields[] = {
 };
 
 void setFirmware(const GatheringContext& context, Instance& system) {
-    system.set("UUID", dmiText(context, "product_uuid"));
+    system.set("UUID", dmiUuid(context));
     for (const FirmwareField& field : kFirmwareFields) system.set(field.field, dmiText(context, field.file));
 }
 
@@ -79,7 +79,8 @@ void gather(GatheringContext& context, GroupData& data) {
         setDeviceTree(context, system);
         setSysinfo(context, system);
         system.set("Name", hostName(root));
-        system.set("MachineId", root.readLine("/etc/machine-id"));
+        const std::string machine = root.readLine("/etc/machine-id");
+        if (machine != "uninitialized") system.set("MachineId", machine);
         system.set("BootId", root.readLine("/proc/sys/kernel/random/boot_id"));
     });
 }

@@ -39,7 +39,7 @@ void setPairs(const Root& root, Instance& host) {
 
 void setOwn(const GatheringContext& context, Instance& host) {
     const Root& root = context.root();
-    host.set("UUID", dmiText(context, "product_uuid"));
+    host.set("UUID", dmiUuid(context));
     host.set("Manufacturer", dmiText(context, "sys_vendor"));
     host.set("ProductName", dmiText(context, "product_name"));
     host.set("SerialNumber", dmiText(context, "product_serial"));

@@ -15,7 +15,7 @@ namespace {
 // The identifier of this virtual machine as its hypervisor shows it to the guest.
 std::string machineIdentifier(const GatheringContext& context) {
     const Root& root = context.root();
-    std::string uuid = dmiText(context, "product_uuid");
+    std::string uuid = dmiUuid(context);
     if (uuid.empty()) uuid = context.firmwareText(root.readLine("/sys/hypervisor/uuid"));
     if (uuid.empty()) uuid = valueForKey(root.read("/proc/sysinfo").value_or(""), "VM00 UUID");
     if (uuid.empty()) {

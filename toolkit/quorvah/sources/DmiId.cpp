@@ -31,6 +31,12 @@ std::string dmiText(const GatheringContext& context, const std::string& file) {
     return context.firmwareText(dmiLine(context.root(), file));
 }
 
+std::string dmiUuid(const GatheringContext& context) {
+    std::string uuid = dmiText(context, "product_uuid");
+    for (char& c : uuid) c = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
+    return uuid;
+}
+
 std::string smbiosText(const GatheringContext& context, const SmbiosStructure& structure,
                        std::size_t offset) {
     return context.firmwareText(std::string(structure.string(offset)));

@@ -14,6 +14,9 @@ std::string dmiLine(const Root& root, const std::string& file);
 // The same; empty for a placeholder.
 std::string dmiText(const GatheringContext& context, const std::string& file);
 
+// The identifier of the machine, in lower case also from kernels before 4.18; empty for a placeholder.
+std::string dmiUuid(const GatheringContext& context);
+
 // A text of a structure; empty for a placeholder.
 std::string smbiosText(const GatheringContext& context, const SmbiosStructure& structure, std::size_t offset);
 

@@ -34,6 +34,23 @@ TEST(ComponentID, ReadsADeviceTree) {
                 {"Name", "board"}});
 }
 
+TEST(ComponentID, IdentifiersAreInLowerCase) {
+    const ScratchDir tree;
+    tree.write("sys/class/dmi/id/product_uuid", "4C4C4544-0036-4A10-8052-B4C04F4B4D32\n");
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("UUID"), "4c4c4544-0036-4a10-8052-b4c04f4b4d32");
+}
+
+TEST(ComponentID, AnImageThatHasNotStartedYetHasNoMachineId) {
+    const ScratchDir tree;
+    tree.write("etc/machine-id", "uninitialized\n");
+    tree.write("etc/hostname", "image\n");
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    EXPECT_EQ(data.instances().front().get("MachineId"), "");
+}
+
 TEST(ComponentID, ReadsTheDirectoryOfTheDeviceIfTheClassHasNoLink) {
     const ScratchDir tree;
     tree.write("sys/devices/virtual/dmi/id/sys_vendor", "Example Servers, Inc.\n");
