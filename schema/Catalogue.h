@@ -7,6 +7,9 @@
 
 namespace schema {
 
+// Grows when a field is added or its form changes.
+inline constexpr std::string_view kVersion = "2";
+
 // All groups, in the order of their numbers.
 std::span<const Group* const> allGroups();
 

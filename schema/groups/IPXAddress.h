@@ -9,15 +9,15 @@ inline constexpr Field kIPXAddressFields[] = {
      .type = Type::Hex,
      .key = true,
      .meaning = "number of the network",
-     .source = "/proc/net/ipx/interface"},
+     .source = "`/proc/net/ipx/interface`"},
     {.name = "NodeAddress",
      .type = Type::Hex,
      .key = true,
      .privacy = Privacy::Address,
      .meaning = "number of the node",
-     .source = "/proc/net/ipx/interface"},
-    {.name = "DeviceName", .key = true, .meaning = "interface", .source = "/proc/net/ipx/interface"},
-    {.name = "FrameType", .meaning = "kind of frames, `802.3`", .source = "/proc/net/ipx/interface"},
+     .source = "`/proc/net/ipx/interface`"},
+    {.name = "DeviceName", .key = true, .meaning = "interface", .source = "`/proc/net/ipx/interface`"},
+    {.name = "FrameType", .meaning = "kind of frames, `802.3`", .source = "`/proc/net/ipx/interface`"},
 };
 
 inline constexpr Group kIPXAddress{

@@ -5,9 +5,9 @@
 namespace schema {
 
 inline constexpr Field kLogicalDriveFields[] = {
-    {.name = "Root", .key = true, .meaning = "mount point", .source = "/proc/self/mountinfo"},
-    {.name = "Name", .meaning = "mounted device or remote path", .source = "/proc/self/mountinfo"},
-    {.name = "FileSystemType", .meaning = "`ext4`, `nfs4` and so on", .source = "/proc/self/mountinfo"},
+    {.name = "Root", .key = true, .meaning = "mount point", .source = "`/proc/self/mountinfo`"},
+    {.name = "Name", .meaning = "mounted device or remote path", .source = "`/proc/self/mountinfo`"},
+    {.name = "FileSystemType", .meaning = "`ext4`, `nfs4` and so on", .source = "`/proc/self/mountinfo`"},
     {.name = "FileSystemSize",
      .type = Type::Count,
      .unit = "bytes",
@@ -29,7 +29,7 @@ inline constexpr Field kLogicalDriveFields[] = {
     {.name = "ReadOnly",
      .type = Type::Boolean,
      .meaning = "whether the mount is read-only",
-     .source = "/proc/self/mountinfo"},
+     .source = "`/proc/self/mountinfo`"},
     {.name = "MaxFileNameLength",
      .type = Type::Count,
      .unit = "bytes",
@@ -38,7 +38,7 @@ inline constexpr Field kLogicalDriveFields[] = {
      .source = "statvfs"},
     {.name = "MountOptions",
      .meaning = "mount options, without the values of passwords",
-     .source = "/proc/self/mountinfo"},
+     .source = "`/proc/self/mountinfo`"},
     {.name = "Label",
      .access = Access::RootOnly,
      .meaning = "label of the file system, by udev or else by its superblock; the latter root only",

@@ -16,7 +16,7 @@ inline constexpr Field kSoftwarePackagesFields[] = {
     {.name = "InstallDate",
      .type = Type::Time,
      .meaning = "date of installation; approximate for dpkg",
-     .source = "the package databases; /var/lib/dpkg/info/*.list"},
+     .source = "the package databases; `/var/lib/dpkg/info/*.list`"},
     {.name = "Architecture", .meaning = "architecture of the package", .source = "the package databases"},
     {.name = "Epoch", .meaning = "epoch of the version", .source = "the version"},
     {.name = "Release", .meaning = "release or revision of the version", .source = "the version"},

@@ -6,6 +6,8 @@
 #include <exception>
 #include <string>
 
+#include "schema/Catalogue.h"
+#include "schema/FieldList.h"
 #include "toolkit/machine/files/OpenStreams.h"
 #include "toolkit/quorvah/scan/CommandLine.h"
 #include "toolkit/quorvah/scan/HardwareScan.h"
@@ -20,6 +22,13 @@ int complain(const std::string& message, int status) {
     return status;
 }
 
+int listFields(bool json) {
+    const auto groups = schema::allGroups();
+    const std::string list = json ? schema::fieldJson(groups) : schema::fieldText(groups);
+    const bool written = std::fputs(list.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return written ? 0 : complain("the list cannot be written", kOutputFailed);
+}
+
 int run(int argc, char** argv) {
     // A program with other rights than its caller must not be steered by the caller's environment.
     toolkit::quorvah::CommandLine line = toolkit::quorvah::parseCommandLine(argc, argv, ::secure_getenv);
@@ -30,6 +39,8 @@ int run(int argc, char** argv) {
         case toolkit::quorvah::Action::Version:
             std::puts("quorvah " QUORVAH_VERSION);
             return 0;
+        case toolkit::quorvah::Action::ListFields:
+            return listFields(line.json);
         case toolkit::quorvah::Action::Refuse:
             return complain(line.message + " (--help shows the usage)", kBadUsage);
         case toolkit::quorvah::Action::Scan:

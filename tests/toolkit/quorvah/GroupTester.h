@@ -9,17 +9,30 @@
 #include <utility>
 #include <vector>
 
+#include "schema/FieldForm.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
 
+// Fails for values that do not have the form that the catalogue states.
+inline void expectForm(const GroupData& data) {
+    for (const Instance& instance : data.instances()) {
+        for (std::size_t i = 0; i < instance.values().size(); ++i) {
+            const schema::Field& field = data.group().fields[i];
+            EXPECT_TRUE(schema::hasForm(field, instance.values()[i]))
+                << data.group().xmlName << " " << field.name << " " << instance.values()[i];
+        }
+    }
+}
+
 // The sorted data of one group.
 inline GroupData gathered(const Group& group, const Options& options) {
     GatheringContext context(options);
     GroupData data(group);
     group.gather(context, data);
+    expectForm(data);
     data.sort();
     return data;
 }

@@ -54,11 +54,12 @@ inline const tessa::NodeList& childrenOf(const tessa::Node& node) {
 
 }  // namespace detail
 
-// The instances in an output file. Throws if there is text, even blanks, next to elements, or an element within a field.
-inline std::vector<Element> readOutput(const std::filesystem::path& file) {
+// The instances in an output file. Throws if there is text next to elements, even blanks unless it is pretty, or an element
+// within a field.
+inline std::vector<Element> readOutput(const std::filesystem::path& file, bool pretty = false) {
     detail::Sink sink;
     tessa::NodeReader reader(sink);
-    reader.keepWhitespace = true;
+    reader.keepWhitespace = !pretty;
     if (reader.process(kest::String(kest::widen(file.string())), 0) != 0)
         throw std::runtime_error("no XML: " + file.string());
     std::vector<Element> elements;

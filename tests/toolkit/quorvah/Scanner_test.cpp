@@ -47,6 +47,47 @@ TEST_F(Scanner, WritesEveryFieldOfEveryInstanceInOrder) {
     }
 }
 
+TEST_F(Scanner, WritesDocumentsOfTheXmlSchema) {
+    const std::string schema = QUORVAH_XML_SCHEMA;
+    const auto validate = [&] {
+        return zavtest::runProgram("/usr/bin/xmllint", {"--noout", "--schema", schema, out()});
+    };
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{},
+                                               {"--sanitize", "--pretty"},
+                                               {"--root", kServer, "--raw"},
+                                               {"--root", kServer, "--no-volatile", "--sanitize"},
+                                               {"--root", QUORVAH_TEST_TREES "/workstation"},
+                                               {"--root", QUORVAH_TEST_TREES "/arm64-board"},
+                                               {"--root", QUORVAH_TEST_TREES "/kvm-guest"}}) {
+        ASSERT_EQ(scan(allDisplayNames(), options).status, 0);
+        const Finished valid = validate();
+        EXPECT_EQ(valid.status, 0) << valid.errors;
+    }
+    ASSERT_EQ(scan({"Memory"}, {"--root", kServer}).status, 0);
+    const std::string right = readAll(out());
+    for (const auto& [before, after] : std::vector<std::pair<std::string, std::string>>{
+             {"65689512", "-65689512"}, {"<DeviceID>memory</DeviceID>", ""}, {"Memory>", "Memories>"}}) {
+        std::string wrong = right;
+        ASSERT_NE(std::string::npos, wrong.find(before)) << before;
+        wrong.replace(wrong.find(before), before.size(), after);
+        dir_.write("out.xml", wrong);
+        EXPECT_NE(validate().status, 0) << after;
+    }
+}
+
+TEST_F(Scanner, ListsTheFieldsOfAllGroups) {
+    const Finished text = runScanner({"--list-fields"});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_NE(text.output.find("\n5 Storage\n"), std::string::npos) << text.output;
+    const Finished json = runScanner({"--list-fields", "--format", "json"});
+    EXPECT_EQ(json.status, 0);
+    for (const Group* const group : allGroups()) {
+        EXPECT_NE(json.output.find("\"element\": \"" + std::string(group->xmlName) + "\""),
+                  std::string::npos);
+    }
+}
+
 TEST_F(Scanner, WritesPureAscii) {
     ASSERT_EQ(scan(allDisplayNames()).status, 0);
     const std::string text = readAll(out());

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "schema/Catalogue.h"
 #include "schema/groups/ScanInfo.h"
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
@@ -40,7 +41,7 @@ void gather(GatheringContext& context, GroupData& data) {
     const ScanSummary& summary = context.summary;
     Instance& info = data.add("quorvah");
     info.set("ScannerVersion", QUORVAH_VERSION);
-    info.set("SchemaVersion", "2");
+    info.set("SchemaVersion", schema::kVersion);
     info.set("StartTime", isoTime(summary.startTime));
     info.set("EndTime", isoTime(summary.endTime));
     info.set("ElapsedTime", summary.elapsed);

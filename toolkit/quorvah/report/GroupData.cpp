@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "schema/FieldForm.h"
 #include "toolkit/quorvah/report/NaturalOrder.h"
 
 namespace toolkit::quorvah {
@@ -28,6 +29,24 @@ bool GroupData::trim() {
         return true;
     }
     return trimmed;
+}
+
+void GroupData::dropMalformed() {
+    for (std::size_t i = 0; i < group_->fields.size(); ++i) {
+        const schema::Field& field = group_->fields[i];
+        if (field.type == schema::Type::Text) continue;
+        bool dropped = false;
+        for (Instance& instance : instances_) {
+            if (schema::hasForm(field, instance.values()[i])) continue;
+            instance.replace(i, {});
+            dropped = true;
+        }
+        if (dropped) {
+            std::string text(group_->xmlName);
+            text.append(": a value of ").append(field.name).append(" is not of its type and omitted");
+            warn(std::move(text));
+        }
+    }
 }
 
 void GroupData::sort() {

@@ -109,6 +109,9 @@ class GroupData {
     // whether it changed anything.
     bool trim();
 
+    // Empties values that do not have the form of their field's type, with a warning per field.
+    void dropMalformed();
+
     std::deque<Instance>& instances() { return instances_; }
     const std::deque<Instance>& instances() const { return instances_; }
 

@@ -8,6 +8,7 @@ namespace toolkit::quorvah {
 
 const char* const kUsage =
     "Usage: quorvah -c CONFIG -o OUTPUT [option...]\n"
+    "       quorvah --list-fields [--format json]\n"
     "Takes the hardware inventory of this machine.\n"
     "\n"
     "  -c, --config FILE  XML file whose elements <Group Name=\"...\"/> name the groups to gather\n"
@@ -21,6 +22,9 @@ const char* const kUsage =
     "      --sandbox optional\n"
     "                     continue if the system does not let the scanner give up all rights that it\n"
     "                     does not need\n"
+    "      --list-fields  describe the fields of all groups\n"
+    "      --format text|json\n"
+    "                     the format of --list-fields (default: text)\n"
     "  -h, --help         show this text\n"
     "  -V, --version      show the version\n"
     "\n"
@@ -60,12 +64,18 @@ void addEnvironment(const Environment& environment, Options& options) {
     options.sanitize = options.sanitize || isOn(valueOf(environment, "QUORVAH_SANITIZE"));
 }
 
+std::string problemOfFormat(const std::string& format) {
+    return format == "text" || format == "json" ? "" : "--format is either text or json";
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int count, char* const* arguments, const Environment& environment) {
     CommandLine line;
     Options& options = line.options;
     std::string sandbox;
+    std::string format;
+    bool listFields = false;
     bool help = false;
     bool version = false;
     const Option table[] = {
@@ -78,6 +88,8 @@ CommandLine parseCommandLine(int count, char* const* arguments, const Environmen
         {.name = "no-volatile", .given = &options.noVolatile},
         {.name = "sanitize", .given = &options.sanitize},
         {.name = "sandbox", .value = &sandbox, .check = problemOfSandbox},
+        {.name = "list-fields", .given = &listFields},
+        {.name = "format", .value = &format, .check = problemOfFormat},
         {.name = "help", .letter = 'h', .given = &help, .last = true},
         {.name = "version", .letter = 'V', .given = &version, .last = true},
     };
@@ -87,8 +99,12 @@ CommandLine parseCommandLine(int count, char* const* arguments, const Environmen
     addEnvironment(environment, options);
     if (help) line.action = Action::Help;
     if (version) line.action = Action::Version;
-    if (line.message.empty() && !help && !version) {
-        if (options.config.empty()) {
+    line.json = format == "json";
+    if (listFields && !help && !version) line.action = Action::ListFields;
+    if (line.message.empty() && line.action == Action::Scan) {
+        if (!format.empty()) {
+            line.message = "--format needs --list-fields";
+        } else if (options.config.empty()) {
             line.message = "no configuration file given (-c)";
         } else if (options.output.empty()) {
             line.message = "no output file given (-o)";

@@ -7,11 +7,12 @@
 
 namespace toolkit::quorvah {
 
-enum class Action { Scan, Help, Version, Refuse };
+enum class Action { Scan, ListFields, Help, Version, Refuse };
 
 struct CommandLine {
     Action action = Action::Scan;
     Options options;
+    bool json = false;    // the format of Action::ListFields
     std::string message;  // why the command line is rejected
 };
 

@@ -60,6 +60,7 @@ void gatherGroup(GatheringContext& context, GroupData& data, const Prepare& prep
     context.limitTime({});
     if (context.root().denials() > denials) data.partial("permission");
     if (data.trim() || context.root().excesses() > excesses) data.partial("too-large");
+    data.dropMalformed();
     checkSources(context.root(), data);
     data.setElapsed(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start));
     prepare(data);

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "schema/FieldForm.h"
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
@@ -64,14 +63,7 @@ TEST_P(EveryGroup, AcceptsDirectoriesInPlaceOfFiles) {
 
 TEST_P(EveryGroup, HasValuesOfTheDeclaredForm) {
     for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
-        const GroupData data = gatheredBelow(*GetParam(), tree.path());
-        for (const Instance& instance : data.instances()) {
-            for (std::size_t i = 0; i < instance.values().size(); ++i) {
-                const schema::Field& field = GetParam()->fields[i];
-                EXPECT_TRUE(schema::hasForm(field, instance.values()[i]))
-                    << tree.path() << " " << field.name << " " << instance.values()[i];
-            }
-        }
+        expectForm(gatheredBelow(*GetParam(), tree.path()));
     }
 }
 

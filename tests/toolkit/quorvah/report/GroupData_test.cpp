@@ -48,5 +48,25 @@ TEST(GroupData, KeepsTheFirstReasonForBeingPartial) {
     EXPECT_EQ(data.reason(), "permission");
 }
 
+TEST(GroupData, DropsValuesThatAreNotOfTheirTypeWithAWarning) {
+    static constexpr schema::Field kTyped[] = {{.name = "DeviceID"},
+                                               {.name = "Size", .type = schema::Type::Count},
+                                               {.name = "Removable", .type = schema::Type::Boolean}};
+    constexpr Group kThing{"Some Thing", "SomeThing", kTyped, nullptr};
+    GroupData data(kThing);
+    data.add("right").set("Size", "5");
+    data.add("wrong").set("Size", "-5");
+    data.add("worse").set("Size", "five");
+    data.instances().front().set("Removable", true);
+    data.dropMalformed();
+    EXPECT_EQ(data.instances()[0].get("Size"), "5");
+    EXPECT_EQ(data.instances()[0].get("Removable"), "true");
+    EXPECT_EQ(data.instances()[1].get("Size"), "");
+    EXPECT_EQ(data.instances()[1].get("DeviceID"), "wrong");
+    EXPECT_EQ(data.instances()[2].get("Size"), "");
+    EXPECT_EQ(data.warnings(),
+              std::vector<std::string>{"SomeThing: a value of Size is not of its type and omitted"});
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah

@@ -48,6 +48,15 @@ TEST(ScannerCommandLine, TakesEveryOption) {
     EXPECT_TRUE(line.options.pretty && line.options.raw && line.options.noVolatile && line.options.sanitize);
 }
 
+TEST(ScannerCommandLine, ListingFieldsNeedsNoFiles) {
+    EXPECT_EQ(parse({"--list-fields"}).action, Action::ListFields);
+    EXPECT_FALSE(parse({"--list-fields", "--format", "text"}).json);
+    EXPECT_TRUE(parse({"--format=json", "--list-fields"}).json);
+    EXPECT_EQ(parse({"--list-fields", "--help"}).action, Action::Help);
+    EXPECT_EQ(parse({"--list-fields", "--format", "xml"}).message, "--format is either text or json");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--format", "json"}).message, "--format needs --list-fields");
+}
+
 TEST(ScannerCommandLine, HelpAndVersionNeedNothingElse) {
     EXPECT_EQ(parse({"--help"}).action, Action::Help);
     EXPECT_EQ(parse({"-h"}).action, Action::Help);
