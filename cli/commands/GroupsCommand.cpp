@@ -8,6 +8,8 @@
 #include "cli/scan/Workspace.h"
 #include "cli/system/Failure.h"
 #include "cli/system/StandardStreams.h"
+#include "schema/Catalogue.h"
+#include "schema/FieldList.h"
 
 namespace zavcli {
 
@@ -42,9 +44,32 @@ ListedGroup withAbility(const GroupName& group, const Instance& scanInfo) {
     return {group, status};
 }
 
+// Prints the fields of the named groups. They are those of the bundled scanner, and no scanner is needed to tell them.
+void writeFields(const Options& options) {
+    const Workspace workspace;
+    LibraryHandle library(nullptr, workspace, "");
+    std::vector<const schema::Group*> groups;
+    for (const GroupName& group : chooseGroups(library.groups(), options.groups)) {
+        const schema::Group* const described = schema::findGroup(group.name);
+        if (described != nullptr) groups.push_back(described);
+    }
+    switch (options.format) {
+        case Format::Json:
+            return writeStandardOutput(schema::fieldJson(groups));
+        case Format::Csv:
+            return writeStandardOutput(fieldCsv(groups));
+        default:
+            return writeStandardOutput(schema::fieldText(groups));
+    }
+}
+
 }  // namespace
 
 int runGroups(const Options& options) {
+    if (!options.groups.empty()) {
+        writeFields(options);
+        return EXIT_SUCCESS;
+    }
     const std::string toolkit = toolkitDirectory(options);
     const Workspace workspace;
     LibraryHandle library(nullptr, workspace, toolkit);

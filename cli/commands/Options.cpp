@@ -138,7 +138,8 @@ but software may be missing because something could not be read.)";
 
 constexpr const char* kGroupsFooter =
     R"(Groups that the scanner does not gather, or that this machine cannot have, are marked. Without a scanner, the groups
-are listed without marks.
+are listed without marks. The fields of a group are listed with type, unit and meaning, as the scanner that comes with
+this command has them; the scanner of another toolkit may have others.
 Exit status: 0 the list is written, 1 the command failed, 2 the command line is wrong.)";
 
 constexpr const char* kDoctorFooter =
@@ -249,8 +250,9 @@ void addSbom(CLI::App& app, Options& options, std::string& format) {
 }
 
 void addGroups(CLI::App& app, Options& options, std::string& format) {
-    CLI::App& command = *app.add_subcommand("groups", "List the hardware groups");
+    CLI::App& command = *app.add_subcommand("groups", "List the hardware groups, or the fields of some");
     command.footer(kGroupsFooter);
+    command.add_option("GROUP", options.groups, "List the fields of this group; may be repeated");
     addFormat(command, format, {"table", "json", "csv"}, "table (the default), json or csv");
     addToolkit(command, options);
     command.callback([&options] { options.command = Command::Groups; });

@@ -7,6 +7,7 @@
 
 #include "cli/formats/CsvWriter.h"
 #include "cli/terminal/PrintableText.h"
+#include "schema/FieldList.h"
 
 namespace zavcli {
 
@@ -52,6 +53,19 @@ std::string groupCsv(const std::vector<ListedGroup>& groups) {
     for (const ListedGroup& listed : groups)
         text +=
             fmt::format("{},{},{}\r\n", listed.group.id, csvField(listed.group.name), abilityWord(listed));
+    return text;
+}
+
+std::string fieldCsv(const std::vector<const schema::Group*>& groups) {
+    std::string text = "group,field,type,unit,list,key,volatile,access,privacy,meaning\r\n";
+    for (const schema::Group* const group : groups) {
+        for (const schema::Field& field : group->fields) {
+            text += fmt::format("{},{},{},{},{},{},{},{},{},{}\r\n", group->element, field.name,
+                                schema::wordOf(field.type), csvField(std::string(field.unit)), field.list,
+                                field.key, field.isVolatile, schema::wordOf(field.access),
+                                schema::wordOf(field.privacy), csvField(std::string(field.meaning)));
+        }
+    }
     return text;
 }
 

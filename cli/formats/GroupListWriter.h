@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/scan/GroupNames.h"
+#include "schema/Group.h"
 
 namespace zavcli {
 
@@ -17,5 +18,8 @@ std::string groupJson(const std::vector<ListedGroup>& groups);
 
 // The columns id, name, status, with the same values for the status.
 std::string groupCsv(const std::vector<ListedGroup>& groups);
+
+// The fields of groups in the columns group, field, type, unit, list, key, volatile, access, privacy, meaning.
+std::string fieldCsv(const std::vector<const schema::Group*>& groups);
 
 }  // namespace zavcli

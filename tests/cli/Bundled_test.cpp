@@ -6,6 +6,7 @@
 #include "tests/cli/CsvReader.h"
 #include "tests/cli/Process.h"
 #include "tests/cli/XmlReader.h"
+#include "tests/support/Program.h"
 #include "tests/support/ScratchDir.h"
 
 namespace zavtest {
@@ -49,6 +50,44 @@ TEST(Bundled, FormatsAgree) {
         }
     }
     EXPECT_EQ(csv.size(), record);
+}
+
+TEST(Bundled, InventoriesAreDocumentsOfTheSchemas) {
+    const ScratchDir scratch;
+    const std::string json = scratch.path() / "inventory.json";
+    const std::string xml = scratch.path() / "inventory.xml";
+    const auto validate = [](const std::string& file) {
+        const char* const script =
+            "import json, sys, jsonschema\n"
+            "jsonschema.Draft202012Validator(json.load(open(sys.argv[1]))).validate(json.load(open(sys.argv["
+            "2])))";
+        return runProgram("/usr/bin/python3", {"-c", script, ZAV_JSON_SCHEMA, file});
+    };
+    ASSERT_EQ(0, bundled({"hw", "--format", "json", "--output", json}).status);
+    const Finished valid = validate(json);
+    EXPECT_EQ(0, valid.status) << valid.errors;
+    ASSERT_EQ(0, bundled({"hw", "--format", "xml", "--output", xml}).status);
+    const Finished validXml = runProgram("/usr/bin/xmllint", {"--noout", "--schema", ZAV_XML_SCHEMA, xml});
+    EXPECT_EQ(0, validXml.status) << validXml.errors;
+
+    Json wrong = Json::parse(readAll(json));
+    wrong["groups"]["Memory"][0]["TotalVisibleMemorySize"] = "much";
+    EXPECT_NE(0, validate(scratch.write("wrong.json", wrong.dump()).string()).status);
+    wrong["groups"]["Memory"][0].erase("TotalVisibleMemorySize");
+    EXPECT_NE(0, validate(scratch.write("wrong.json", wrong.dump()).string()).status);
+}
+
+TEST(Bundled, FieldsOfAGroupAreListedWithTypeUnitAndMeaning) {
+    const Ended table = bundled({"groups", "storage", "5", "IPv6 Address"});
+    ASSERT_EQ(0, table.status) << table.err;
+    EXPECT_TRUE(table.out.starts_with("5 Storage\n")) << table.out;
+    EXPECT_NE(std::string::npos, table.out.find("\n51 IPv6 Address\n")) << table.out;
+    EXPECT_NE(std::string::npos, table.out.find("capacity; empty if there is no medium (count, bytes)"));
+    const Json json = Json::parse(bundled({"groups", "Storage", "--format", "json"}).out);
+    EXPECT_EQ("Storage", json.at("groups").at(0).at("name"));
+    const auto csv = readCsv(bundled({"groups", "Storage", "--format", "csv"}).out);
+    EXPECT_EQ(json.at("groups").at(0).at("fields").size() + 1, csv.size());
+    EXPECT_EQ(2, bundled({"groups", "Storages"}).status);
 }
 
 TEST(Bundled, RootOptionScansAnotherTree) {

@@ -32,6 +32,25 @@ TEST(GroupListWriter, GroupsThatTheScannerDoesNotGatherAreMarked) {
               groupJson(groups).find("\"status\": \"not-applicable\",\n      \"reason\": \"windows\""));
 }
 
+TEST(GroupListWriter, CsvOfFieldsHasARecordPerField) {
+    static constexpr schema::Field fields[] = {
+        {.name = "DeviceID", .key = true, .meaning = "name, `cpu0`"},
+        {.name = "Clock",
+         .type = schema::Type::Count,
+         .unit = "MHz",
+         .isVolatile = true,
+         .access = schema::Access::RootOnly,
+         .meaning = "frequency"},
+    };
+    const schema::Group group{
+        .id = 2, .name = "Some Thing", .element = "SomeThing", .about = "", .fields = fields};
+    EXPECT_EQ(
+        "group,field,type,unit,list,key,volatile,access,privacy,meaning\r\n"
+        "SomeThing,DeviceID,text,,false,true,false,everyone,public,\"name, `cpu0`\"\r\n"
+        "SomeThing,Clock,count,MHz,false,false,true,root-only,public,frequency\r\n",
+        fieldCsv({&group}));
+}
+
 TEST(GroupListWriter, JsonOfNoGroupsIsAnEmptyArray) {
     EXPECT_EQ("{\n  \"groups\": []\n}\n", groupJson({}));
 }
