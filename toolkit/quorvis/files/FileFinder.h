@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kest/Descriptor.h"
@@ -20,7 +21,7 @@ struct FoundFile {
     enum class Problem : std::uint8_t { None, NotOpened, HiddenDirectory, PseudoFile };
     Problem problem = Problem::None;
     int error = 0;
-    kest::Descriptor handle;  // opened with O_PATH; only of find()
+    kest::Descriptor handle;  // only of find() and open()
     struct stat status {};
     std::string place;    // the path in the tree without links; empty for the top
     bool isLink = false;  // whether the path itself is a link
@@ -36,16 +37,26 @@ class DirectoryTrail {
         std::size_t placeEnd = 0;
     };
 
-    // Takes the directories that `path` begins with, and sets `place` to the last one of them.
-    std::vector<Level> take(const std::string& path, std::string& place);
-    // Keeps these directories. `place` begins with the last one of them.
-    void keep(std::vector<Level> levels, const std::string& place);
+    // The directories that a path begins with.
+    struct Start {
+        std::vector<Level> levels;
+        std::string place;       // of the last one, without links
+        std::size_t length = 0;  // of the part of the path that leads to it
+    };
+    Start take(const std::string& path);
+    // Keeps these directories. `place` begins with the last one of them. `asked` is a path with a slash at its end that leads
+    // there as well, or empty.
+    void keep(std::vector<Level> levels, const std::string& place, std::string_view asked);
     void forget() { levels_.clear(); }
 
   private:
     using Clock = std::chrono::steady_clock;
 
+    bool wasAsked(const std::string& path) const;
+    std::size_t countCommon(const std::string& path) const;
+
     std::string place_;
+    std::string asked_;
     std::vector<Level> levels_;
     Clock::time_point opened_;  // when the first one was
 };
@@ -57,16 +68,23 @@ class FileFinder {
   public:
     FileFinder(const Root& root, const Disclosure& disclosure);
 
-    // Follows links; a link at the end of the path only if `follow` is set. Thread-safe unless `trail` is shared.
+    // Follows links; a link at the end of the path only if `follow` is set. The handle is opened with O_PATH. Thread-safe
+    // unless `trail` is shared.
     FoundFile find(const std::string& path, bool follow, DirectoryTrail* trail = nullptr) const;
-    // The same without a handle.
+    // Follows links. The handle of a regular file is open for reading. It is closed, and `error` is set, if that failed.
+    // `expected`: whether a regular file is known to be there, so that no device would be opened.
+    FoundFile open(const std::string& path, bool expected, DirectoryTrail* trail = nullptr) const;
+    // The same as find() without a handle.
     FoundFile look(const std::string& path, bool follow, DirectoryTrail* trail = nullptr) const;
 
     // Whether the top of the tree is on a pseudo file system, which find() does not look at.
     bool topIsPseudo() const { return topIsPseudo_; }
 
   private:
+    bool mayFindAtOnce(const std::string& path) const;
     bool findAtOnce(const std::string& path, bool follow, FoundFile& found) const;
+    bool isRegular(const char* inTop) const;
+    bool openAtOnce(const std::string& path, bool expected, FoundFile& found) const;
 
     const Disclosure& disclosure_;
     bool kernelResolves_;

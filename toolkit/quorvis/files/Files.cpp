@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::uint64_t kMaxCachedBytes = std::uint64_t{64} << 20;
 constexpr std::size_t kMaxHashes = 100'000;
+constexpr std::size_t kMaxExpected = 100'000;
 constexpr std::string_view kSha256 = "sha256";
 
 using Content = Files::Content;
@@ -117,15 +118,6 @@ Content contentOf(BytesRead result, std::shared_ptr<const std::string> bytes, co
     return failure(EventCode::Io, path, "Cannot be read: " + std::generic_category().message(errno));
 }
 
-// Opens the file of `handle` for reading, even if its path now leads to another file.
-kest::Descriptor reopened(const kest::Descriptor& handle) {
-    const std::string link = "/proc/self/fd/" + std::to_string(handle.number());
-    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    const int quietly = ::open(link.c_str(), flags | O_NOATIME);  // allowed for the owner and root only
-    if (quietly >= 0 || errno != EPERM) return kest::Descriptor(quietly);
-    return kest::Descriptor(::open(link.c_str(), flags));
-}
-
 constexpr const char* kHidden = "Other users may not look there";
 constexpr const char* kOfKernel = "The kernel makes this up, so it is not for signatures";
 constexpr const char* kUnreadable = "Other users may not read this";
@@ -134,10 +126,12 @@ constexpr const char* kHoldsKey = "This holds a key or the hash of a password, s
 
 // The number of bytes that are searched for a key before parts of a file are read.
 constexpr std::size_t kSearchedForKeys = 4096;
+// The number of bytes at the start of a file that tell its format, and where its parts are.
+constexpr std::size_t kUsualHeaderSize = 1024;
 
-std::string startOf(const kest::Descriptor& file) {
+std::string startOf(const kest::Descriptor& file, std::size_t size = kSearchedForKeys) {
     std::array<char, kSearchedForKeys> buffer;
-    const ssize_t count = ::pread(file.number(), buffer.data(), buffer.size(), 0);
+    const ssize_t count = ::pread(file.number(), buffer.data(), std::min(size, buffer.size()), 0);
     return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
 }
 
@@ -155,16 +149,16 @@ struct CloseDirectory {
 
 }  // namespace
 
-// Finds a file. Sets `event` when there is a problem other than a missing file.
-FoundFile Files::findWith(Finding finding, const std::string& path, bool follow,
-                          std::optional<Event>& event) const {
+// Calls `finding`. Sets `event` when there is a problem other than a missing file.
+FoundFile Files::checked(const std::string& path, std::optional<Event>& event,
+                         const std::function<FoundFile()>& finding) const {
     FoundFile found;
     if (std::string problem = problemOf(path); !problem.empty()) {
         found.problem = FoundFile::Problem::NotOpened;
         event = makeEvent(EventCode::Unsupported, path, std::move(problem));
         return found;
     }
-    found = (finder_.*finding)(path, follow, &trail_);
+    found = finding();
     if (found.problem == FoundFile::Problem::HiddenDirectory)
         event = makeEvent(EventCode::Denied, path, kHidden);
     if (found.problem == FoundFile::Problem::PseudoFile)
@@ -243,7 +237,8 @@ std::optional<Event> Files::refusalOf(const std::string& path, const FoundFile& 
 
 Files::Opened Files::openToRead(const std::string& path) {
     std::optional<Event> event;
-    const FoundFile found = find(path, true, event);
+    const bool expected = regular_.contains(std::hash<std::string>()(path));
+    FoundFile found = checked(path, event, [&] { return finder_.open(path, expected, &trail_); });
     const struct stat& status = found.status;
     if (found.problem != FoundFile::Problem::None && !event) return {};
     if (event) return {{Access::Failed, nullptr, std::move(event)}, {}, {}};
@@ -252,9 +247,8 @@ Files::Opened Files::openToRead(const std::string& path) {
         event = makeEvent(EventCode::SpecialFile, path, "Neither a file nor a directory, so it is not read");
         return {{Access::Missing, nullptr, std::move(event)}, {}, {}};
     }
-    // find() opens with O_PATH: opening a device for reading may have side effects.
-    Opened opened{{}, reopened(found.handle), {}};
-    if (!opened.file.isOpen()) return {{Access::Failed, nullptr, eventOf(errno, path)}, {}, {}};
+    if (!found.handle.isOpen()) return {{Access::Failed, nullptr, eventOf(found.error, path)}, {}, {}};
+    Opened opened{{}, std::move(found.handle), {}};
     opened.state = {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
                     nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
     event = refusalOf(path, found, opened);
@@ -266,11 +260,12 @@ void Files::count(std::uint64_t bytes) const {
     if (budget_ != nullptr) budget_->chargeRead(bytes);
 }
 
-Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole) {
+Content Files::readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole,
+                          KeySearch search) {
     auto bytes = std::make_shared<std::string>();
     const BytesRead result = readBytes(opened.file, opened.state.size, limit, whole, *bytes,
                                        [this](std::uint64_t size) { count(size); });
-    if (beginsAsKey(*bytes, opened.state.size) || holdsKey(*bytes))
+    if (search == KeySearch::Whole && isKey(*bytes, opened.state.size))
         return failure(EventCode::Denied, path, kHoldsKey);
     return contentOf(result, std::move(bytes), path, limit);
 }
@@ -296,14 +291,20 @@ void Files::keep(const FileState& state, Cached cached) {
     }
 }
 
+void Files::expectRegular(const std::string& path) {
+    if (regular_.size() == kMaxExpected) regular_.clear();
+    regular_.insert(std::hash<std::string>()(path));
+}
+
 void Files::forget() {
     trail_.forget();
+    regular_.clear();
     contents_.clear();
     order_.clear();
     held_ = 0;
 }
 
-Content Files::read(const std::string& path, std::uint64_t limit) {
+Content Files::read(const std::string& path, std::uint64_t limit, KeySearch search) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return std::move(opened.refusal);
     if (opened.state.size > limit) return failure(EventCode::LimitBytes, path, tooLarge(limit));
@@ -313,8 +314,8 @@ Content Files::read(const std::string& path, std::uint64_t limit) {
             return failure(EventCode::LimitBytes, path, tooLarge(limit));
         return {Access::Ok, cached->second.bytes, std::nullopt};
     }
-    Content content = readOpened(path, opened, limit, true);
-    if (content.access == Access::Ok) keep(opened.state, {content.bytes, true});
+    Content content = readOpened(path, opened, limit, true, search);
+    if (content.access == Access::Ok && search == KeySearch::Whole) keep(opened.state, {content.bytes, true});
     return content;
 }
 
@@ -334,16 +335,17 @@ Content Files::readStart(const std::string& path, std::uint64_t limit) {
             return {Access::Ok, std::move(start), std::nullopt};
         }
     }
-    Content content = readOpened(path, opened, limit, false);
+    Content content = readOpened(path, opened, limit, false, KeySearch::Whole);
     if (content.access == Access::Ok) keep(opened.state, {content.bytes, content.bytes->size() < limit});
     return content;
 }
 
-Files::Opening Files::open(const std::string& path) {
+Files::Opening Files::open(const std::string& path, KeySearch search) {
     Opened opened = openToRead(path);
     if (!opened.file.isOpen()) return {opened.refusal.access, {}, {}, std::move(opened.refusal.event)};
-    std::string start = startOf(opened.file);
-    if (isKey(start, opened.state.size))
+    std::string start =
+        startOf(opened.file, search == KeySearch::Whole ? kSearchedForKeys : kUsualHeaderSize);
+    if (search == KeySearch::Whole && isKey(start, opened.state.size))
         return {Access::Failed, {}, {}, makeEvent(EventCode::Denied, path, kHoldsKey)};
     return {Access::Ok, std::move(opened.file), std::move(start), std::nullopt};
 }

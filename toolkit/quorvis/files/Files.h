@@ -4,11 +4,13 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "kest/Descriptor.h"
@@ -22,6 +24,10 @@
 namespace toolkit::quorvis {
 
 class LookupBudget;
+
+// Who searches a content for keys and hashes of passwords, and refuses it. A caller that passes only few values of it on
+// searches those, which are much shorter. Such a content is not cached.
+enum class KeySearch : std::uint8_t { Whole, ByCaller };
 
 // The outcome of accessing a file.
 enum class Access : std::uint8_t { Ok, Missing, Failed };
@@ -79,7 +85,7 @@ class Files {
     };
     // The whole content of a regular file. A file with more than `limit` bytes fails with LimitBytes. Anything else is
     // Missing, with an event unless it is a directory. A file whose size changes during both of two attempts fails.
-    Content read(const std::string& path, std::uint64_t limit);
+    Content read(const std::string& path, std::uint64_t limit, KeySearch search = KeySearch::Whole);
     // At most the first `limit` bytes.
     Content readStart(const std::string& path, std::uint64_t limit);
 
@@ -90,12 +96,15 @@ class Files {
         std::optional<Event> event;
     };
     // Opens a regular file, of which only parts are needed.
-    Opening open(const std::string& path);
+    Opening open(const std::string& path, KeySearch search = KeySearch::Whole);
 
     // The SHA-256 of a regular file in lower-case hexadecimal digits, in `bytes`.
     Content sha256(const std::string& path);
     // Looks up and stores hashes in this cache. REQUIRES: it outlives this object.
     void useHashCache(HashCache& cache) { cache_ = &cache; }
+
+    // A walk has found a regular file at this path. It is opened with one system call less.
+    void expectRegular(const std::string& path);
 
     // Counts the bytes read against this budget, which may throw. REQUIRES: it outlives this object.
     void countIn(LookupBudget& budget) { budget_ = &budget; }
@@ -114,23 +123,22 @@ class Files {
         bool whole = false;
     };
 
-    using Finding = FoundFile (FileFinder::*)(const std::string& path, bool follow,
-                                              DirectoryTrail* trail) const;
-    FoundFile findWith(Finding finding, const std::string& path, bool follow,
-                       std::optional<Event>& event) const;
+    FoundFile checked(const std::string& path, std::optional<Event>& event,
+                      const std::function<FoundFile()>& finding) const;
     FoundFile find(const std::string& path, bool follow, std::optional<Event>& event) const {
-        return findWith(&FileFinder::find, path, follow, event);
+        return checked(path, event, [&] { return finder_.find(path, follow, &trail_); });
     }
     // The same without a handle.
     FoundFile findStatus(const std::string& path, bool follow, std::optional<Event>& event) const {
-        return findWith(&FileFinder::look, path, follow, event);
+        return checked(path, event, [&] { return finder_.look(path, follow, &trail_); });
     }
     Facts lookWith(const std::string& path, bool follow) const;
     Opened openToRead(const std::string& path);
     std::optional<Event> refusalOf(const std::string& path, const FoundFile& found,
                                    const Opened& opened) const;
     void count(std::uint64_t bytes) const;
-    Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole);
+    Content readOpened(const std::string& path, const Opened& opened, std::uint64_t limit, bool whole,
+                       KeySearch search);
     static std::uint64_t heldBy(const Cached& cached);
     void keep(const FileState& state, Cached cached);
 
@@ -138,6 +146,7 @@ class Files {
     Disclosure disclosure_;
     FileFinder finder_;
     mutable DirectoryTrail trail_;
+    std::unordered_set<std::size_t> regular_;  // hashes of paths
     LookupBudget* budget_ = nullptr;
     std::map<FileState, Cached> contents_;
     std::deque<FileState> order_;  // keys of contents_, oldest first

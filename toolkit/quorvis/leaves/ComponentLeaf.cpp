@@ -2,6 +2,7 @@
 #include <functional>
 #include <string>
 
+#include "toolkit/quorvis/files/Disclosure.h"
 #include "toolkit/quorvis/formats/Components.h"
 #include "toolkit/quorvis/leaves/LeafLookup.h"
 #include "toolkit/quorvis/leaves/ValueTests.h"
@@ -29,14 +30,25 @@ Item itemOf(const Component& component, const std::string& path) {
     return item;
 }
 
+// Whether a value holds a key or the hash of a password.
+bool holdsSecret(const Component& component) {
+    return holdsKey(component.name) || holdsKey(component.version) || holdsKey(component.group) ||
+           holdsKey(component.place) || holdsKey(component.value);
+}
+
 bool passes(const Query& query, const Component& component, const std::string& path, LeafResult& result) {
     // Settings are not software, so they are found only on request.
     if (component.role == "setting" && query.get(Attribute::Role) != "setting") return false;
     if (!isOrAny(query, Attribute::Role, component.role) || !isOrAny(query, Attribute::Name, component.name))
         return false;
-    if (!hasVersionTest(query)) return true;
-    return !component.version.empty() &&
-           passesVersionTests(query, Scheme::Dotted, component.version, path, result);
+    if (hasVersionTest(query) &&
+        (component.version.empty() ||
+         !passesVersionTests(query, Scheme::Dotted, component.version, path, result)))
+        return false;
+    if (!holdsSecret(component)) return true;
+    result.fail(EventCode::Denied, path,
+                "A component holds a key or the hash of a password, so it is left out");
+    return false;
 }
 
 bool isPlain(const ComponentList& list) {
@@ -68,12 +80,12 @@ ComponentList readComponents(const ComponentFormat& format, const std::string& p
     const ComponentLimits limits{settings.maxMatches, settings.maxContentSize};
     const ProgressCheck checkProgress = [&context] { context.budget().checkTimeOccasionally(); };
     if (format.readFile != nullptr) {
-        const std::optional<RandomAccessFile> file = openFile(path, context, result);
+        const std::optional<RandomAccessFile> file = openFile(path, context, result, KeySearch::ByCaller);
         if (!file) return {};
         return format.ofPrograms ? readProgram(format, *file, path, limits, checkProgress, context)
                                  : format.readFile(*file, path, limits, checkProgress);
     }
-    const std::shared_ptr<const std::string> content = contentOf(path, context, result);
+    const std::shared_ptr<const std::string> content = contentOf(path, context, result, KeySearch::ByCaller);
     return content ? format.readText(*content, path, limits, checkProgress) : ComponentList();
 }
 

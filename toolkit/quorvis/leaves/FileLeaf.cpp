@@ -4,8 +4,9 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
-#include <map>
+#include <numeric>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -174,6 +175,8 @@ class FileSearch {
   private:
     void consider(Found found) {
         if (!filter_.passes(found.facts)) return;
+        if (found.linkFree && found.facts.kind == FileFacts::Kind::File)
+            context_.files().expectRegular(found.path);
         if (filter_.sha256().empty() || passesSum(found)) found_.push_back(std::move(found));
     }
 
@@ -192,17 +195,24 @@ class FileSearch {
 
     // Of several paths that lead to one file, keeps the first one without links, else the first one.
     std::vector<std::size_t> withoutTwins() {
-        std::map<std::pair<std::uint64_t, std::uint64_t>, std::vector<std::size_t>> files;
-        for (std::size_t i = 0; i < found_.size(); ++i)
-            files[{found_[i].facts.device, found_[i].facts.inode}].push_back(i);
+        const auto identityOf = [this](std::size_t index) {
+            return std::pair(found_[index].facts.device, found_[index].facts.inode);
+        };
+        std::vector<std::size_t> order(found_.size());
+        std::iota(order.begin(), order.end(), std::size_t{0});
+        std::ranges::stable_sort(order, {}, identityOf);
         std::vector<std::size_t> chosen;
-        chosen.reserve(files.size());
-        for (const auto& [identity, paths] : files) chosen.push_back(plainestOf(paths));
+        for (auto begin = order.begin(); begin != order.end();) {
+            const auto isOther = [&](std::size_t index) { return identityOf(index) != identityOf(*begin); };
+            const auto end = std::find_if(begin, order.end(), isOther);
+            chosen.push_back(plainestOf({begin, end}));
+            begin = end;
+        }
         std::ranges::sort(chosen);
         return chosen;
     }
 
-    std::size_t plainestOf(const std::vector<std::size_t>& paths) {
+    std::size_t plainestOf(std::span<const std::size_t> paths) {
         if (paths.size() == 1) return paths.front();
         const auto plain = std::ranges::find_if(paths, [this](std::size_t index) {
             return found_[index].linkFree ||

@@ -102,8 +102,8 @@ void keepItem(LookupBudget& budget, LeafResult& result, Item item) {
 }
 
 std::shared_ptr<const std::string> contentOf(const std::string& path, EvaluationContext& context,
-                                             LeafResult& result) {
-    return take(context.files().read(path, context.settings().fileSystem.maxContentSize), result);
+                                             LeafResult& result, KeySearch search) {
+    return take(context.files().read(path, context.settings().fileSystem.maxContentSize, search), result);
 }
 
 std::shared_ptr<const std::string> startOf(const std::string& path, std::uint64_t limit,
@@ -112,8 +112,8 @@ std::shared_ptr<const std::string> startOf(const std::string& path, std::uint64_
 }
 
 std::optional<RandomAccessFile> openFile(const std::string& path, EvaluationContext& context,
-                                         LeafResult& result) {
-    Files::Opening opening = context.files().open(path);
+                                         LeafResult& result, KeySearch search) {
+    Files::Opening opening = context.files().open(path, search);
     result.incomplete = opening.access == Access::Failed;
     if (opening.event) result.events.push_back(std::move(*opening.event));
     if (opening.access != Access::Ok) return std::nullopt;

@@ -116,7 +116,7 @@ GlobRequest globRequestOf(const Query& query);
 
 // The content of the file at `path`. Null when it does not exist or cannot be read.
 std::shared_ptr<const std::string> contentOf(const std::string& path, EvaluationContext& context,
-                                             LeafResult& result);
+                                             LeafResult& result, KeySearch search = KeySearch::Whole);
 // At most its first `limit` bytes.
 std::shared_ptr<const std::string> startOf(const std::string& path, std::uint64_t limit,
                                            EvaluationContext& context, LeafResult& result);
@@ -124,6 +124,6 @@ std::shared_ptr<const std::string> startOf(const std::string& path, std::uint64_
 // The file at `path`, for leaves that need some parts of it. None when it does not exist or cannot be read. What is
 // read is charged to the budget of the context, which must outlive the file.
 std::optional<RandomAccessFile> openFile(const std::string& path, EvaluationContext& context,
-                                         LeafResult& result);
+                                         LeafResult& result, KeySearch search = KeySearch::Whole);
 
 }  // namespace toolkit::quorvis

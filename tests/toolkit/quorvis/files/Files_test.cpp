@@ -121,11 +121,38 @@ TEST_P(FilesTest, ThePathsBeforeDoNotMatter) {
     tree_.write("file", "top");
     link("../a/b", "other/ab");
     link("/a", "absolute");
-    const std::vector<std::string> paths = {
-        "/a/b/c/f",  "/a/b/g",   "/a/b/c/../g", "/a//b/g",     "/a/./b/g",         "/a/b/c",
-        "/a/b",      "/a/b/",    "/other/ab",   "/other/ab/g", "/other/ab/../b/g", "/file/x",
-        "/file/.",   "/file/..", "/file",       "/",           "/a/b/c/f/",        "/absolute/b/g",
-        "/absolute", "/missing", "/a/x/y",      "/../../file", "/a/b/../.."};
+    link("../a/b/g", "other/g");  // the same name in another directory
+    link("../a/b/c/f", "other/f");
+    const std::vector<std::string> paths = {"/a/b/c/f",
+                                            "/a/b/g",
+                                            "/a/b/c/../g",
+                                            "/a//b/g",
+                                            "/a/./b/g",
+                                            "/a/b/c",
+                                            "/a/b",
+                                            "/a/b/",
+                                            "/other/ab",
+                                            "/other/ab/g",
+                                            "/other/ab/../b/g",
+                                            "/file/x",
+                                            "/file/.",
+                                            "/file/..",
+                                            "/file",
+                                            "/",
+                                            "/a/b/c/f/",
+                                            "/absolute/b/g",
+                                            "/absolute",
+                                            "/missing",
+                                            "/a/x/y",
+                                            "/../../file",
+                                            "/a/b/../..",
+                                            "/other/ab/c",
+                                            "/other/g",
+                                            "/other/f",
+                                            "/other/ab/.",
+                                            "/other/ab/..",
+                                            "/other/ab/missing",
+                                            "/other/ab/c/f"};
     const auto describe = [](const Files::Facts& found) {
         return std::to_string(static_cast<int>(found.access)) + " " +
                std::to_string(static_cast<int>(found.facts.kind)) + " " + std::to_string(found.facts.inode) +
@@ -145,6 +172,19 @@ TEST_P(FilesTest, ThePathsBeforeDoNotMatter) {
             EXPECT_EQ(expected, found) << path << " after " << before;
         }
     }
+}
+
+TEST_P(FilesTest, ManyFilesBehindALinkAreFoundInItsPlace) {
+    link("usr/bin", "bin");
+    for (const char* const name : {"a", "b", "c"}) tree_.write("usr/bin/" + std::string(name), name);
+    tree_.write("etc/b", "other");
+    link("../../etc/b", "usr/bin/linked");
+    for (const char* const name : {"a", "linked", "b", "c", "missing", "a"}) {
+        const std::string path = std::string("/bin/") + name;
+        EXPECT_EQ(Files(root_, settings_).look(path).facts.inode, files_.look(path).facts.inode) << path;
+        EXPECT_EQ(Files(root_, settings_).withoutLinks(path), files_.withoutLinks(path)) << path;
+    }
+    EXPECT_EQ("/usr/bin/b", files_.withoutLinks("/bin/b"));
 }
 
 TEST_P(FilesTest, AnotherDirectoryInThePlaceOfAnEarlierOneIsFoundSoon) {
@@ -178,6 +218,30 @@ TEST_P(FilesTest, OnlyRegularFilesAreRead) {
         EXPECT_EQ(EventCode::SpecialFile, fifo.event->code);
     }
     EXPECT_EQ(FileFacts::Kind::Other, files_.look("/fifo").facts.kind);
+}
+
+TEST_P(FilesTest, WhateverIsInThePlaceOfAnExpectedFileIsTreatedAsWhatItIs) {
+    tree_.write("file", "text");
+    link("file", "link");
+    fs::create_directories(at("dir"));
+    ASSERT_EQ(0, mkfifo(at("fifo").c_str(), 0666));
+    for (const char* const path : {"/file", "/link", "/dir", "/fifo", "/missing"}) {
+        const Files::Content plain = Files(root_, settings_).read(path, kPlenty);
+        files_.expectRegular(path);
+        const Files::Content expected = files_.read(path, kPlenty);
+        EXPECT_EQ(plain.access, expected.access) << path;
+        EXPECT_EQ(plain.bytes ? *plain.bytes : "-", expected.bytes ? *expected.bytes : "-") << path;
+        EXPECT_EQ(plain.event.has_value(), expected.event.has_value()) << path;
+    }
+}
+
+TEST_P(FilesTest, AContentThatTheCallerSearchesForKeysIsNotCachedForOthers) {
+    tree_.write("key", "AGE-SECRET-KEY-1QQ");
+    EXPECT_EQ(Access::Ok, files_.read("/key", kPlenty, KeySearch::ByCaller).access);
+    EXPECT_EQ(Access::Ok, files_.open("/key", KeySearch::ByCaller).access);
+    expectFailure(files_.read("/key", kPlenty), EventCode::Denied);
+    expectFailure(files_.readStart("/key", kPlenty), EventCode::Denied);
+    EXPECT_EQ(Access::Failed, files_.open("/key").access);
 }
 
 TEST_P(FilesTest, SecretFilesAreNotReadByAnyPath) {

@@ -281,6 +281,14 @@ TEST_F(ComponentLeaf, AnArchiveThatUnpacksEndlesslyIsUnknown) {
     EXPECT_EQ(std::vector{EventCode::LimitBytes}, LeafTester::codes(bomb));
 }
 
+TEST_F(ComponentLeaf, AnArchiveMayHaveACommentOfAnyLength) {
+    for (const std::size_t size : {0U, 1U, 255U, 256U, 257U, 5'000U, 65'535U}) {
+        ArchiveBuilder archive;
+        archive.add("META-INF/MANIFEST.MF", "Implementation-Version: 7\n");
+        EXPECT_EQ("main f 7 -\n", textOf(askOf(archive.build(false, std::string(size, 'c')), "jar"))) << size;
+    }
+}
+
 TEST_F(ComponentLeaf, DamagedArchivesAreHarmless) {
     ArchiveBuilder outer;
     outer.add("a.jar", mavenJar("g", "a", "1"));
@@ -357,6 +365,31 @@ TEST_F(ComponentLeaf, MetadataOfPackageManagersNamesPackages) {
         EXPECT_EQ(metadata.found, textOf(result)) << metadata.content;
         EXPECT_FALSE(result.incomplete) << metadata.content;
     }
+}
+
+TEST_F(ComponentLeaf, APackageOfNpmIsReadUntilItsNameAndVersionAreKnown) {
+    const std::string start =
+        R"({"private": {"name": "x", "version": "9"}, "version": "1.3.0", "name": "left-pad")";
+    const std::string found = "main left-pad 1.3.0 pkg:npm/left-pad@1.3.0\n";
+    for (const char* const rest : {"}", ", \"name\": \"other\"}", ", damaged", ""}) {
+        const LeafResult result = askOf(start + rest, "npm");
+        EXPECT_EQ(found, textOf(result)) << rest;
+        EXPECT_TRUE(result.events.empty()) << rest;
+    }
+    EXPECT_EQ(std::vector{EventCode::Parse},
+              LeafTester::codes(askOf(R"({"name": "left-pad", damaged)", "npm")));
+}
+
+TEST_F(ComponentLeaf, AComponentThatHoldsAKeyIsLeftOut) {
+    for (const char* const content : {R"({"name": "AGE-SECRET-KEY-1QQ", "version": "1"})",
+                                      R"({"name": "a", "version": "AGE-SECRET-KEY-1QQ"})",
+                                      R"({"name": "@AGE-SECRET-KEY-1QQ/a", "version": "1"})"}) {
+        const LeafResult result = askOf(content, "npm");
+        EXPECT_EQ("", textOf(result)) << content;
+        EXPECT_EQ(std::vector{EventCode::Denied}, LeafTester::codes(result)) << content;
+    }
+    EXPECT_EQ("main a 1 pkg:npm/a@1\n",
+              textOf(askOf(R"({"key": "AGE-SECRET-KEY-1QQ", "name": "a", "version": "1"})", "npm")));
 }
 
 TEST_F(ComponentLeaf, TruncatedMetadataGivesNoOtherPackages) {
