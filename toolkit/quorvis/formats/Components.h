@@ -84,7 +84,7 @@ ComponentList readDotnetComponents(std::string_view text, std::string_view path,
 // The .gemspec file of an installed gem.
 ComponentList readGemComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
                                 const ProgressCheck& checkProgress);
-// package.json of a package of npm.
+// package.json of a package of npm. It is read until its name and version are known.
 ComponentList readNpmComponents(std::string_view text, std::string_view path, const ComponentLimits& limits,
                                 const ProgressCheck& checkProgress);
 // package-lock.json, npm-shrinkwrap.json or node_modules/.package-lock.json of npm. What only development needs has the role

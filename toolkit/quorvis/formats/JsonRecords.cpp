@@ -43,7 +43,7 @@ class Handler : public Json::json_sax_t {
   private:
     bool pass(std::optional<std::string_view> text) {
         collector_.scalar(text);
-        return true;
+        return !collector_.isDone();
     }
     bool close() {
         collector_.close();

@@ -27,6 +27,7 @@ void addRecords(std::string_view format, std::string_view text, std::string_view
                 const ProgressCheck& checkProgress, ComponentList& list, Make make) {
     RecordRequest request;
     request.each = parseKeySteps(each);
+    request.firstCounts = each == ".";
     request.limit = limits.components;
     for (const Key& key : keys) {
         const bool name = key.steps == "@";

@@ -239,6 +239,11 @@ void RecordCollector::close() {
     passValue();
 }
 
+bool RecordCollector::isDone() const {
+    return request_.firstCounts && !record_.items.empty() &&
+           std::ranges::all_of(record_.values, [](const auto& value) { return value.has_value(); });
+}
+
 void RecordCollector::setProblem(std::string problem) {
     if (found_.problem.empty()) found_.problem = std::move(problem);
 }

@@ -37,6 +37,7 @@ struct RecordRequest {
     std::vector<RecordKey> keys;  // REQUIRES: 1 to kMaxRecordKeys. The first one may have wildcards
     bool all = false;             // all values of the first key count instead of the last one
     bool emptyClears = false;     // an empty value of the first key removes the values before it
+    bool firstCounts = false;     // a document of one record ends once each key has a value
     std::size_t limit = 0;        // of the values of the first key
 };
 
@@ -70,6 +71,9 @@ class RecordCollector {
     bool wantsNext() const;
     // Whether a further member of the open object is or may contain a wanted value.
     bool wantsMembers() const { return !open_.empty() && open_.back().isWanted(); }
+
+    // Whether the rest of the document does not matter.
+    bool isDone() const;
 
     // Only the first problem counts.
     void setProblem(std::string problem);

@@ -23,6 +23,7 @@ constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kEnd64Size = 56;
 constexpr std::size_t kLocator64Size = 20;
 constexpr std::uint64_t kMaxCommentSize = 0xFFFF;
+constexpr std::uint64_t kShortCommentSize = 256;
 constexpr std::uint64_t kMaxDirectorySize = std::uint64_t{32} << 20;
 constexpr std::size_t kMaxMembers = 1'000;
 
@@ -46,12 +47,24 @@ std::optional<Directory> directory64(const RandomAccessFile& file, std::uint64_t
     return Directory{littleEndian(record, 48, 8), littleEndian(record, 40, 8), 0};
 }
 
-std::optional<Directory> findDirectory(const RandomAccessFile& file) {
-    const std::uint64_t start = file.size() - std::min(file.size(), kEndSize + kMaxCommentSize);
-    const std::string tail = file.readUpTo(start, kEndSize + kMaxCommentSize);
+// Finds the last end record within this number of bytes at the end of the file. `tail` is what begins at `start`.
+std::optional<std::size_t> findEnd(const RandomAccessFile& file, std::uint64_t size, std::uint64_t& start,
+                                   std::string& tail) {
+    start = file.size() - std::min(file.size(), size);
+    tail = file.readUpTo(start, size);
     if (tail.size() < kEndSize) return std::nullopt;
     const std::size_t at = tail.rfind(kEndMark, tail.size() - kEndSize);
-    if (at == std::string::npos) return std::nullopt;
+    return at == std::string::npos ? std::nullopt : std::optional(at);
+}
+
+std::optional<Directory> findDirectory(const RandomAccessFile& file) {
+    std::uint64_t start = 0;
+    std::string tail;
+    // Most archives have no comment, or a short one.
+    std::optional<std::size_t> end = findEnd(file, kEndSize + kShortCommentSize, start, tail);
+    if (!end) end = findEnd(file, kEndSize + kMaxCommentSize, start, tail);
+    if (!end) return std::nullopt;
+    const std::size_t at = *end;
     if (const auto directory = directory64(file, start + at)) return directory;
 
     Directory directory{littleEndian(tail, at + 16, 4), littleEndian(tail, at + 12, 4), 0};
