@@ -32,9 +32,11 @@ void say(const std::string& line) {
     std::puts(line.c_str());
 }
 
-void writeFiles(const Options& options, std::string_view matches, const EventList& events,
+void writeFiles(const Options& options, const MatchElements& matches, const EventList& events,
                 bool complete = true) {
-    writeOutputFile(options.output, outputDocument(matches, complete && !events.reachedLimit()));
+    writeOutputFile(options.output, [&](const TextSink& sink) {
+        writeOutputDocument(matches, complete && !events.reachedLimit(), sink);
+    });
     writeOutputFile(options.warnings, warningsDocument(events));
 }
 

@@ -127,7 +127,7 @@ class Supervisor {
 
     void takeMatch(const std::string& element) {
         if (limit_.admit(element)) {
-            result_.matches += element;
+            result_.matches.add(element);
             ++result_.matchCount;
         } else if (!std::exchange(full_, true)) {
             events_.add({EventCode::LimitBytes, {}, "the output is full: matches were left out", {}, {}});

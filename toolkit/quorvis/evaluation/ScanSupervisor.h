@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "toolkit/quorvis/evaluation/ScanWorker.h"
+#include "toolkit/quorvis/report/Documents.h"
 #include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
 
 // What a scan found.
 struct ScanResult {
-    std::string matches;  // their elements of the output file
+    MatchElements matches;
     std::size_t matchCount = 0;
     std::size_t signatureCount = 0;
     std::vector<std::string> explanation;

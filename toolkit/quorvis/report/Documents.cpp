@@ -38,6 +38,8 @@ constexpr std::uint64_t kSizeOfByte = 4;
 constexpr std::uint64_t kSizeOfTag = 160;
 constexpr std::uint64_t kSizeOfAttribute = 64;
 
+constexpr std::size_t kBlockSize = std::size_t{256} << 10;
+
 }  // namespace
 
 void appendMatch(std::string& xml, const Match& match) {
@@ -67,13 +69,19 @@ void appendMatch(std::string& xml, const Match& match) {
     xml += "</MatchedSignature>\n";
 }
 
-std::string outputDocument(std::string_view matches, bool complete) {
-    std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>)";
-    xml += "\n<MatchedSignatures language=\"1\"";
-    appendXmlAttribute(xml, "complete", complete ? "true" : "false");
-    xml += ">\n";
-    xml.append(matches) += "</MatchedSignatures>\n";
-    return xml;
+void MatchElements::add(std::string_view element) {
+    if (blocks_.empty() || blocks_.back().capacity() - blocks_.back().size() < element.size())
+        blocks_.emplace_back().reserve(std::max(kBlockSize, element.size()));
+    blocks_.back() += element;
+}
+
+void writeOutputDocument(const MatchElements& matches, bool complete, const TextSink& sink) {
+    std::string start = R"(<?xml version="1.0" encoding="UTF-8"?>)";
+    start += "\n<MatchedSignatures language=\"1\"";
+    appendXmlAttribute(start, "complete", complete ? "true" : "false");
+    sink(start += ">\n");
+    for (const std::string& block : matches.blocks()) sink(block);
+    sink("</MatchedSignatures>\n");
 }
 
 std::string warningsDocument(const EventList& events) {
@@ -85,11 +93,8 @@ std::string warningsDocument(const EventList& events) {
 }
 
 bool OutputLimit::admit(std::string_view element) {
-    const auto count = [element](char c) {
-        return static_cast<std::uint64_t>(std::ranges::count(element, c));
-    };
-    const std::uint64_t cost =
-        kSizeOfByte * element.size() + kSizeOfTag * count('<') + kSizeOfAttribute * count('=');
+    std::uint64_t cost = kSizeOfByte * element.size();
+    for (const char c : element) cost += c == '<' ? kSizeOfTag : c == '=' ? kSizeOfAttribute : 0;
     if (cost > kMaxTreeSize - size_) return false;
     size_ += cost;
     return true;

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "toolkit/machine/files/OutputFile.h"
 #include "toolkit/quorvis/report/Event.h"
 
 namespace toolkit::quorvis {
@@ -33,9 +34,19 @@ struct Match {
 // Appends the element of a match in ASCII, as a line of its own.
 void appendMatch(std::string& xml, const Match& match);
 
-// The XML document of the results. `matches` are the elements from appendMatch(); `complete` is false when a limit left
+// The elements of many matches, in blocks, so that they are not copied while their number grows.
+class MatchElements {
+  public:
+    void add(std::string_view element);
+    const std::vector<std::string>& blocks() const { return blocks_; }
+
+  private:
+    std::vector<std::string> blocks_;
+};
+
+// Writes the XML document of the results. `matches` are elements from appendMatch(); `complete` is false when a limit left
 // something out.
-std::string outputDocument(std::string_view matches, bool complete);
+void writeOutputDocument(const MatchElements& matches, bool complete, const TextSink& sink);
 
 // The XML document of the events in ASCII, one line per event.
 std::string warningsDocument(const EventList& events);

@@ -95,14 +95,14 @@ TEST_F(ScanSupervisor, AFileThatKillsTheWorkerAffectsOnlyItsDetection) {
     const ScanResult found = scanText(signatureOf("good") + "<Signature guid=\"both\" name=\"n\">" +
                                       detectionOf("good") + detectionOf("kills") + detectionOf("kills") +
                                       detectionOf("other") + "</Signature>" + signatureOf("good"));
-    EXPECT_EQ(4U, found.matchCount) << found.matches;
+    EXPECT_EQ(4U, found.matchCount);
     EXPECT_EQ("aborted both, aborted both, unresolved both", events());
 }
 
 TEST_F(ScanSupervisor, AFileThatKillsTheWorkerInTheLastDetectionKeepsTheOthers) {
     const ScanResult found = scanText("<Signature guid=\"both\" name=\"n\">" + detectionOf("good") +
                                       detectionOf("kills") + "</Signature>" + signatureOf("good"));
-    EXPECT_EQ(2U, found.matchCount) << found.matches;
+    EXPECT_EQ(2U, found.matchCount);
     EXPECT_EQ("aborted both, unresolved both", events());
 }
 

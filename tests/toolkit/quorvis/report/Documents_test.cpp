@@ -10,14 +10,21 @@ using toolkit::quorvis::EventCode;
 using toolkit::quorvis::EventList;
 using toolkit::quorvis::lineOf;
 using toolkit::quorvis::Match;
-using toolkit::quorvis::outputDocument;
+using toolkit::quorvis::MatchElements;
 using toolkit::quorvis::OutputLimit;
 using toolkit::quorvis::warningsDocument;
+using toolkit::quorvis::writeOutputDocument;
 
 namespace {
 
 Event eventOf(EventCode code, const std::string& guid, const std::string& text = "text") {
     return {code, {}, text, guid, {}};
+}
+
+std::string outputDocument(const MatchElements& matches, bool complete) {
+    std::string document;
+    writeOutputDocument(matches, complete, [&document](std::string_view piece) { document += piece; });
+    return document;
 }
 
 }  // namespace
@@ -27,8 +34,12 @@ TEST(OutputDocument, WritesOneLinePerMatch) {
         {"G-1", "First", "<P>x</P>", {{"package", "/db", "bash", "5"}, {"file", "/f", "", ""}}, {{"v", "1"}}},
         {"G-2", "Second", "", {}, {}},
     };
-    std::string elements;
-    for (const Match& match : matches) appendMatch(elements, match);
+    MatchElements elements;
+    for (const Match& match : matches) {
+        std::string element;
+        appendMatch(element, match);
+        elements.add(element);
+    }
     EXPECT_EQ(outputDocument(elements, true),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<MatchedSignatures language=\"1\" complete=\"true\">\n"
@@ -41,6 +52,18 @@ TEST(OutputDocument, WritesOneLinePerMatch) {
               "</MatchedSignature>\n"
               "</MatchedSignatures>\n");
     EXPECT_NE(outputDocument({}, false).find("complete=\"false\""), std::string::npos);
+}
+
+TEST(OutputDocument, KeepsTheOrderOfElementsOfAnySize) {
+    MatchElements elements;
+    std::string all;
+    for (const std::size_t size : {10UL, 200'000UL, 100'000UL, 3UL, 2'000'000UL, 1UL}) {
+        const std::string element(size, static_cast<char>('a' + size % 23));
+        elements.add(element);
+        all += element;
+    }
+    EXPECT_NE(outputDocument(elements, true).find(all), std::string::npos);
+    EXPECT_LT(elements.blocks().size(), 6U);
 }
 
 TEST(OutputDocument, RepeatsTheNameInTheMetadata) {
