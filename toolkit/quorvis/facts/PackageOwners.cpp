@@ -123,9 +123,7 @@ void PackageOwners::loadAll() {
     noteDirectories();
     if (packages_.takeDamage(std::nullopt, events_)) incomplete_ = true;
     // Of several packages with the same file the first is kept.
-    std::ranges::sort(files_, [](const Owned& left, const Owned& right) {
-        return std::pair(left.hash(), left.package) < std::pair(right.hash(), right.package);
-    });
+    std::ranges::sort(files_);
 }
 
 // The packages that are directories of their own.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -41,6 +42,7 @@ class PackageOwners {
         std::uint32_t package = 0;  // index in owners_
 
         std::uint64_t hash() const { return (std::uint64_t{high} << 32U) | low; }
+        auto operator<=>(const Owned&) const = default;
     };
 
     void load();

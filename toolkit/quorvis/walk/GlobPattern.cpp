@@ -207,6 +207,16 @@ std::size_t lengthOfCharacter(std::string_view name, std::size_t position) {
     return end - position;
 }
 
+// The last names of the path, at least one; empty if it has fewer.
+std::string_view lastNames(std::string_view path, std::size_t count) {
+    for (std::size_t end = path.size();;) {
+        const std::size_t slash = path.substr(0, end).rfind('/');
+        if (--count == 0) return path.substr(slash == std::string_view::npos ? 0 : slash + 1);
+        if (slash == std::string_view::npos) return {};
+        end = slash;
+    }
+}
+
 }  // namespace
 
 std::optional<std::string> parsePattern(std::string_view pattern, std::vector<GlobSteps>& alternatives) {
@@ -263,14 +273,22 @@ PathPattern::PathPattern(std::string_view pattern) {
     }
 }
 
+// Matches the steps behind a "**".
+bool PathPattern::matchBelow(const Steps& steps, std::size_t step, std::string_view path) {
+    const auto isAnyDepth = [](const Step& one) { return one.kind == GlobStep::Kind::AnyDepth; };
+    if (std::none_of(steps.begin() + static_cast<std::ptrdiff_t>(step), steps.end(), isAnyDepth)) {
+        const std::string_view rest = lastNames(path, steps.size() - step);
+        return !rest.empty() && matchFrom(steps, step, rest);
+    }
+    for (std::string_view rest = path; !rest.empty(); takeField(rest, '/')) {
+        if (matchFrom(steps, step, rest)) return true;
+    }
+    return false;
+}
+
 bool PathPattern::matchFrom(const Steps& steps, std::size_t step, std::string_view path) {
     for (; step < steps.size(); ++step) {
-        if (steps[step].kind == GlobStep::Kind::AnyDepth) {
-            for (std::string_view rest = path; !rest.empty(); takeField(rest, '/')) {
-                if (matchFrom(steps, step + 1, rest)) return true;
-            }
-            return false;
-        }
+        if (steps[step].kind == GlobStep::Kind::AnyDepth) return matchBelow(steps, step + 1, path);
         if (path.empty()) return false;
         const std::string_view name = takeField(path, '/');
         const bool same =

@@ -84,6 +84,7 @@ class PathPattern {
         std::optional<NamePattern> wildcard;
     };
     using Steps = std::vector<Step>;
+    static bool matchBelow(const Steps& steps, std::size_t step, std::string_view path);
     static bool matchFrom(const Steps& steps, std::size_t step, std::string_view path);
 
     std::vector<Steps> alternatives_;

@@ -44,6 +44,7 @@ GlobTrie::NodeId GlobTrie::literalChild(NodeId parent, const std::string& name) 
 std::uint32_t GlobTrie::addByteNode(std::uint32_t& start, std::string_view bytes, bool backwards) {
     const auto newByteNode = [&] {
         byByteNode_.push_back(0);
+        followed_.emplace_back();
         return static_cast<std::uint32_t>(byByteNode_.size() - 1);
     };
     if (start == 0) start = newByteNode();
@@ -54,6 +55,7 @@ std::uint32_t GlobTrie::addByteNode(std::uint32_t& start, std::string_view bytes
         if (next == 0) {
             next = newByteNode();
             bytes_.add(byteNode, byte, next);
+            followed_[byteNode].set(byte);
         }
         byteNode = next;
     }
@@ -148,8 +150,8 @@ void GlobTrie::reachByBytes(std::uint32_t start, std::string_view name, bool bac
     std::uint32_t byteNode = start;
     for (std::size_t i = 0; i < name.size(); ++i) {
         const auto byte = static_cast<unsigned char>(name[backwards ? name.size() - 1 - i : i]);
+        if (!followed_[byteNode].test(byte)) return;
         byteNode = bytes_.find(byteNode, byte);
-        if (byteNode == 0) return;
         reachWildcards(byteNode, name, reached);
     }
 }

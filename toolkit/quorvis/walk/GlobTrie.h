@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -127,6 +128,8 @@ class GlobTrie {
     PairTable wildcards_;                // from node and pattern to child
     std::vector<NamePattern> compiled_;  // by the number of the pattern, from 1
     PairTable bytes_;                    // from byte node and byte to the next byte node
+    std::vector<std::bitset<256>> followed_ =
+        std::vector<std::bitset<256>>(1);  // by byte node: the bytes with a next one
     std::vector<std::uint32_t> byByteNode_ =
         std::vector<std::uint32_t>(1);  // by byte node: list of wildcard children
     std::vector<Link> wildcardLists_ = std::vector<Link>(1);
