@@ -5,6 +5,7 @@
 
 namespace zavcli {
 
+int runDiff(const Options& options);
 int runDoctor(const Options& options);
 int runGroups(const Options& options);
 int runHardware(const Options& options);

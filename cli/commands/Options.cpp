@@ -20,11 +20,12 @@ constexpr const char* kMainFooter = R"(Examples:
   zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
   zav sbom -o machine.cdx.json             write a bill of materials of the software
+  zav diff monday.json tuesday.json        show what has changed between two inventories
   zav doctor                               find out why an inventory does not work
 
 Exit status: 0 success, 1 the command failed, 2 the command line is wrong, 3 the inventory is written, but requested
-data could not be read. If a signal ends the command, it cleans up first and its parent sees that signal.
-'zav hw --help', 'zav sw --help' and 'zav sbom --help' describe formats and options.)";
+data could not be read; 'zav diff' has others. If a signal ends the command, it cleans up first and its parent sees
+that signal. 'zav hw --help' and the like describe formats and options.)";
 
 constexpr const char* kHardwareFooter =
     R"(Groups are named as 'zav groups' lists them, or by number. Names are case-insensitive, and blanks are ignored:
@@ -135,6 +136,26 @@ Examples:
 
 Exit status: 0 the document is written, 1 the command failed, 2 the command line is wrong, 3 the document is written,
 but software may be missing because something could not be read.)";
+
+constexpr const char* kDiffFooter =
+    R"(OLD and NEW are files that 'zav hw --format json' or '--format xml' wrote, or a scanner; '-' is standard input. Values
+that change while the machine stays the same are left out, and so is the group ScanInfo. Instances are recognised by
+their keys, such as the path of a disk.
+
+Formats:
+  text   for people: '-' an instance that is gone, '+' a new one; below a changed one, its fields with old and new value
+  json   {"old": {...}, "new": {...}, "same": false, "machineDiffers": true, "groups": {"Storage": {"added": [...],
+         "removed": [...], "changed": [{"key": {...}, "fields": {"Model": {"old": "A", "new": "B"}}}]}}, "notes": [...]}
+
+If root wrote one inventory and another user the other, what only root sees is listed separately, as "needs": "root" in
+JSON. Likewise "live": values that files below a directory do not have. --ignore-access leaves both out. What could not
+be compared, such as a group that is only in one file, is reported on standard error.
+
+Examples:
+  zav diff monday.json tuesday.json
+  zav hw --format json | zav diff saved.json -    what has changed since
+
+Exit status: 0 no difference, 1 differences were written, 2 the command failed.)";
 
 constexpr const char* kGroupsFooter =
     R"(Groups that the scanner does not gather, or that this machine cannot have, are marked. Without a scanner, the groups
@@ -249,6 +270,19 @@ void addSbom(CLI::App& app, Options& options, std::string& format) {
     command.callback([&options] { options.command = Command::Sbom; });
 }
 
+void addDiff(CLI::App& app, Options& options, std::string& format) {
+    CLI::App& command = *app.add_subcommand("diff", "Compare two hardware inventories");
+    command.footer(kDiffFooter);
+    command.add_option("OLD", options.before, "The earlier inventory")->type_name("")->required();
+    command.add_option("NEW", options.after, "The later inventory")->type_name("")->required();
+    addFormat(command, format, {"text", "json"}, "text (the default) or json");
+    command.add_option("-o,--output", options.output, "Write to this file instead of standard output (-)")
+        ->type_name("FILE");
+    command.add_flag("--ignore-access", options.ignoreAccess,
+                     "Leave out what only one of the scans could see");
+    command.callback([&options] { options.command = Command::Diff; });
+}
+
 void addGroups(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("groups", "List the hardware groups, or the fields of some");
     command.footer(kGroupsFooter);
@@ -296,6 +330,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     Options options;
     std::string format = "table";
     std::string bill = "cyclonedx";
+    std::string diff = "text";
     CLI::App app("Takes an inventory of the hardware and software of this machine.", "zav");
     app.footer(kMainFooter);
     app.require_subcommand(0, 1);
@@ -304,6 +339,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     addHardware(app, options, format);
     addSoftware(app, options, format);
     addSbom(app, options, bill);
+    addDiff(app, options, diff);
     addGroups(app, options, format);
     addDoctor(app, options);
     try {
@@ -317,7 +353,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     }
     if (app.get_subcommands().empty())
         throw Failure(kExitBadUsage,
-                      "a command is missing: hw, sw, sbom, groups or doctor (see 'zav --help')");
+                      "a command is missing: hw, sw, sbom, diff, groups or doctor (see 'zav --help')");
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
@@ -331,6 +367,8 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     requireAlone(software, "--explain", {"--guid", "--unmanaged", "--details", "--format", "--output"});
     if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
+    if (options.command == Command::Diff)
+        options.format = lowerCase(diff) == "json" ? Format::Json : Format::Table;
     options.bill = lowerCase(bill) == "spdx" ? BillFormat::Spdx : BillFormat::CycloneDx;
     if (options.list && options.format == Format::Xml)
         throw Failure(kExitBadUsage, "--list has the formats table, json and csv (see 'zav sw --help')");

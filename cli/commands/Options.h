@@ -10,7 +10,7 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Software, Sbom, Groups, Doctor };
+enum class Command { Hardware, Software, Sbom, Diff, Groups, Doctor };
 enum class Format { Table, Json, Csv, Xml };
 enum class BillFormat { CycloneDx, Spdx };
 
@@ -29,8 +29,11 @@ struct Options {
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
     BillFormat bill = BillFormat::CycloneDx;
-    bool hashes = false;  // hash the files in the evidence
-    bool csvRaw = false;  // do not protect values that look like formulas
+    std::string before;  // the inventories to compare
+    std::string after;
+    bool ignoreAccess = false;  // leave out what only one of them could see
+    bool hashes = false;        // hash the files in the evidence
+    bool csvRaw = false;        // do not protect values that look like formulas
     bool all = false;
     bool sanitize = false;    // hide what identifies the machine and its users
     bool noVolatile = false;  // leave out what changes while the machine stays the same

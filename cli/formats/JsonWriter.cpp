@@ -20,6 +20,12 @@ Json scanFacts(const ScanFacts& scan) {
     return facts;
 }
 
+// The rights of the scanner decide what it can see.
+void addPrivilege(Json& facts, const Instance& scanInfo) {
+    const Field* const privileged = findField(scanInfo, "Privileged");
+    if (privileged != nullptr) facts["privileged"] = privileged->value == "true";
+}
+
 Json object(const std::vector<Field>& fields) {
     Json object = Json::object();
     for (const Field& field : fields) object[field.name] = field.value;
@@ -71,9 +77,10 @@ std::string jsonText(const HardwareInventory& inventory) {
         statuses[group.name] = status(group);
         groups[group.name] = instances(group);
     }
-    return written({{"scan", scanFacts(inventory.scan)},
-                    {"status", std::move(statuses)},
-                    {"groups", std::move(groups)}});
+    Json scan = scanFacts(inventory.scan);
+    addPrivilege(scan, inventory.scanInfo);
+    return written(
+        {{"scan", std::move(scan)}, {"status", std::move(statuses)}, {"groups", std::move(groups)}});
 }
 
 std::string jsonText(const SoftwareInventory& inventory) {

@@ -58,6 +58,18 @@ TEST(Options, AnInventoryHidesAndOmitsNothingUnlessAsked) {
     EXPECT_TRUE(options({"hw", "--pretty"}).pretty);
 }
 
+TEST(Options, TwoInventoriesAreCompared) {
+    const Options diff = options({"diff", "a.json", "-", "--format", "json", "--ignore-access", "-o", "out"});
+    EXPECT_EQ(Command::Diff, diff.command);
+    EXPECT_EQ("a.json", diff.before);
+    EXPECT_EQ("-", diff.after);
+    EXPECT_EQ(Format::Json, diff.format);
+    EXPECT_TRUE(diff.ignoreAccess);
+    EXPECT_EQ("out", diff.output);
+    EXPECT_FALSE(options({"diff", "a", "b"}).ignoreAccess);
+    EXPECT_NE(std::string::npos, refusal({"diff", "a"}).find("NEW is required"));
+}
+
 TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     const Options full = options({"sw",
                                   "a.xml",
