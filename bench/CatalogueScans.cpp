@@ -20,7 +20,7 @@ using std::filesystem::path;
 constexpr int kFiles = 500'000;
 constexpr double kMemoryLimit = 150e6;
 
-std::vector<std::string> scanOf(const path& scratch, const std::string& name, const path& root) {
+std::vector<std::string> liveScanOf(const path& scratch, const std::string& name) {
     return {besideThis("quorvis"),
             "-c",
             scratch / "catalogue-config.xml",
@@ -29,9 +29,13 @@ std::vector<std::string> scanOf(const path& scratch, const std::string& name, co
             "-e",
             scratch / (name + "-warnings.xml"),
             "-i",
-            scratch / (name + "-signatures.xml"),
-            "--root",
-            root};
+            scratch / (name + "-signatures.xml")};
+}
+
+std::vector<std::string> scanOf(const path& scratch, const std::string& name, const path& root) {
+    std::vector<std::string> command = liveScanOf(scratch, name);
+    command.insert(command.end(), {"--root", root});
+    return command;
 }
 
 path treeIn(const path& scratch) {
@@ -73,11 +77,17 @@ double namedBytes(const path& scratch) {
     return sum;
 }
 
-Observed observeScan(const path& scratch, const std::string& name, const path& root) {
-    const Observed observed = observeProcess(scanOf(scratch, name, root));
+Observed observe(const std::vector<std::string>& scan) {
+    const Observed observed = observeProcess(scan);
     if (observed.status == 0) return observed;
-    std::cerr << "zav_bench: the scan failed: " << name << '\n';
+    std::cerr << "zav_bench: the scan failed:";
+    for (const std::string& argument : scan) std::cerr << ' ' << argument;
+    std::cerr << '\n';
     std::exit(1);
+}
+
+Observed observeScan(const path& scratch, const std::string& name, const path& root) {
+    return observe(scanOf(scratch, name, root));
 }
 
 }  // namespace
@@ -95,6 +105,7 @@ const std::vector<Row>& catalogueRows() {
         {"quorvis, 3,000 signatures, peak memory / 150 MB", "catalogue3000-memory/bytes", "limit/bytes", 1},
         {"zav sw, this machine / find / -xdev, time, once", "live-sw", "live-find", 0},
         {"the same, CPU", "live-sw-cpu", "live-find-cpu", 0},
+        {"the same, peak memory of both processes / 150 MB", "live-memory/bytes", "limit/bytes", 1},
     };
     return rows;
 }
@@ -123,6 +134,7 @@ void observeCatalogue(const path& scratch, Medians& medians) {
     medians["catalogue-memory/bytes"] = whole.peakBytes;
     medians["catalogue3000-memory/bytes"] = observeScan(scratch, "catalogue3000", treeIn(scratch)).peakBytes;
     medians["limit/bytes"] = kMemoryLimit;
+    medians["live-memory/bytes"] = observe(liveScanOf(scratch, "catalogue")).peakBytes;
     const Finished software = runProcess({besideThis("zav"), "sw"}, true);
     const Finished find = runProcess({"find", "/", "-xdev"}, true);
     medians["live-sw"] = software.wallSeconds;

@@ -19,12 +19,14 @@ std::string catalogueDirectory() {
 }
 
 // Products may be anywhere, so some patterns begin with "/**". A machine may have many packages of a programming language. Some
-// libraries have 45 MiB of constants. The shipped signatures only look for products and versions, so they may see private
+// libraries have 45 MiB of constants. File servers have millions of files, and slow disks. The shipped signatures only look for products and versions, so they may see private
 // directories as far as the user may.
 std::vector<Setting> catalogueSettings() {
     return {{"FileSystem", "wholeTree", "true"},
             {"FileSystem", "maxDepth", "64"},
             {"FileSystem", "maxMatches", "200000"},
+            {"FileSystem", "maxEntries", "50000000"},
+            {"Evaluation", "timeLimit", "900"},
             {"FileSystem", "maxFileSize", "64M"},
             {"Secrets", "allow", "/"}};
 }

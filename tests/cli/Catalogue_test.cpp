@@ -56,7 +56,10 @@ TEST_F(CatalogueTest, ShippedSignaturesSearchTheWholeTree) {
     expectSays(given("signatures"), "guid=\"zav.bash\"");
     expectSays(given("configuration"), "name=\"wholeTree\" value=\"true\"");
     expectSays(given("configuration"), "name=\"maxDepth\" value=\"64\"");
+    expectSays(given("configuration"), "name=\"maxMatches\" value=\"200000\"");
+    expectSays(given("configuration"), "name=\"maxEntries\" value=\"50000000\"");
     expectSays(given("configuration"), "name=\"maxFileSize\" value=\"64M\"");
+    expectSays(given("configuration"), "name=\"timeLimit\" value=\"900\"");
     expectSays(given("configuration"), "name=\"allow\" value=\"/\"");
 }
 
