@@ -54,29 +54,6 @@ std::string evidenceKind(LeafKind kind) {
     return name;
 }
 
-std::string valueOf(const Item& item, std::string_view name) {
-    const std::string* const value = item.find(name);
-    return value == nullptr ? std::string() : *value;
-}
-
-// The file that an item stands for; empty if it stands for none.
-std::string fileOf(const Leaf& leaf, const Item& item) {
-    if (leaf.kind == LeafKind::Process) return valueOf(item, "exe");
-    return findsFiles(leaf.kind) ? item.source : std::string();
-}
-
-// The package that owns the file at this path, or else the link there. `linkFree`: whether the path has no links.
-const PackageIndex::Row* ownerOf(const std::string& path, bool linkFree, EvaluationContext& context) {
-    if (linkFree) return context.owners().ownerOf(path);
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return nullptr;
-    const PackageIndex::Row* const owner = context.owners().ownerOf(context.files().withoutLinks(path));
-    if (owner != nullptr) return owner;
-    const std::string directory =
-        slash == 0 ? std::string() : context.files().withoutLinks(path.substr(0, slash));
-    return context.owners().ownerOf(directory + path.substr(slash));
-}
-
 // Whether a Detection finds packages by themselves.
 bool findsPackages(const Signature& signature, const Detection& detection) {
     for (std::size_t i = detection.firstLeaf; i < detection.endLeaf; ++i) {
@@ -184,7 +161,7 @@ Truth SignatureEvaluation::runItems(std::size_t level) {
         if (leaves_.isFull()) forgetLeaves();
         const Item& item = eachResults_[level].get().items[i];
         if (level == 0) sink_.onItem();
-        if (each.kind == LeafKind::Package && !owners_.empty() && isOfEarlierMatch(item)) {
+        if (each.kind == LeafKind::Package && owners_.hold(item)) {
             explain("item " + valueOf(item, "purl") + " owns a file of an earlier match");
             continue;
         }
@@ -313,24 +290,15 @@ const Item& SignatureEvaluation::use(const Leaf& leaf, const Item& item, bool co
     const Item* used = &item;
     if (copied || leaf.ownerAsked) {
         Item& copy = copies_.emplace_back(item);
-        if (leaf.ownerAsked) addOwner(leaf, copy);
+        if (leaf.ownerAsked) {
+            owners_.describe(leaf, copy);
+            reportOwnerEvents();
+        }
         used = &copy;
     }
     if (!leaf.id.empty()) scope_.bind(leaf.id, *used);
     if (leaf.kind != LeafKind::Compare) proofs_.push_back({&leaf, used});
     return *used;
-}
-
-void SignatureEvaluation::addOwner(const Leaf& leaf, Item& item) {
-    const PackageIndex::Row* const owner = ownerOf(fileOf(leaf, item), item.linkFree, context_);
-    reportOwnerEvents();
-    if (owner == nullptr && context_.owners().incomplete()) return;
-    const auto set = [&item](std::string_view name, std::string value) {
-        if (item.find(name) == nullptr) item.set(name, std::move(value));
-    };
-    set("package", owner == nullptr ? std::string() : context_.packages().purl(*owner));
-    set("packageName", owner == nullptr ? std::string() : std::string(owner->name));
-    set("packageUpstream", owner == nullptr ? std::string() : std::string(owner->upstream));
 }
 
 void SignatureEvaluation::reportOwnerEvents() {
@@ -340,21 +308,10 @@ void SignatureEvaluation::reportOwnerEvents() {
     }
 }
 
-bool SignatureEvaluation::isOfEarlierMatch(const Item& package) {
-    const std::string purl = valueOf(package, "purl");
-    return std::ranges::any_of(owners_, [&](const PackageIndex::Row* owner) {
-        // Packages of one source and version are parts of one product.
-        const bool sameSource = !owner->source.empty() && owner->source == valueOf(package, "source") &&
-                                owner->version == valueOf(package, "version") &&
-                                nameOf(owner->type) == valueOf(package, "type");
-        return sameSource || context_.packages().purl(*owner) == purl;
-    });
-}
-
 bool SignatureEvaluation::restsOnPackagesOfEarlierMatches() {
-    return detection_->each.empty() && !proofs_.empty() && !owners_.empty() &&
+    return detection_->each.empty() && !proofs_.empty() &&
            std::ranges::all_of(proofs_, [this](const Proof& proof) {
-               return proof.leaf->kind == LeafKind::Package && isOfEarlierMatch(*proof.item);
+               return proof.leaf->kind == LeafKind::Package && owners_.hold(*proof.item);
            });
 }
 
@@ -373,14 +330,9 @@ bool SignatureEvaluation::isInstalledTwice(const Match& match) {
 // The file of a match is the first item of Each, or else any file that a leaf of the match found.
 void SignatureEvaluation::noteFiles() {
     for (const Proof& proof : proofs_) {
-        noteOwnerOf(fileOf(*proof.leaf, *proof.item), proof.item->linkFree);
+        owners_.note(*proof.leaf, *proof.item);
         if (!detection_->each.empty()) break;
     }
-}
-
-void SignatureEvaluation::noteOwnerOf(const std::string& path, bool linkFree) {
-    const PackageIndex::Row* const owner = ownerOf(path, linkFree, context_);
-    if (owner != nullptr && std::ranges::find(owners_, owner) == owners_.end()) owners_.push_back(owner);
     reportOwnerEvents();
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "toolkit/quorvis/evaluation/Installations.h"
+#include "toolkit/quorvis/evaluation/OwningPackages.h"
 #include "toolkit/quorvis/language/Signature.h"
 #include "toolkit/quorvis/language/Variables.h"
 #include "toolkit/quorvis/leaves/EvaluationContext.h"
@@ -46,7 +47,8 @@ class SignatureEvaluation {
           context_(context),
           sink_(sink),
           explained_(explained),
-          scope_(presets, signature) {}
+          scope_(presets, signature),
+          owners_(context) {}
 
     // Evaluates a Detection and reports its matches. `replayed`: they were reported before.
     void run(const Detection& detection, bool replayed);
@@ -89,15 +91,10 @@ class SignatureEvaluation {
     // The item that is bound: a copy if it has to outlive the cache, or needs further values.
     const Item& use(const Leaf& leaf, const Item& item, bool copied = false);
 
-    // Adds the values of the package that owns the item's file.
-    void addOwner(const Leaf& leaf, Item& item);
-    // Whether the package that the item stands for owns a file of an earlier match.
-    bool isOfEarlierMatch(const Item& package);
     bool restsOnPackagesOfEarlierMatches();
     // Whether an earlier match is of the same installation.
     bool isInstalledTwice(const Match& match);
     void noteFiles();
-    void noteOwnerOf(const std::string& path, bool linkFree);
     void reportOwnerEvents();
     static std::vector<Evidence> evidenceOf(const std::vector<Proof>& proofs);
 
@@ -126,11 +123,10 @@ class SignatureEvaluation {
     unsigned depth_ = 0;            // of the current condition
     Scope scope_;
     std::vector<Proof> proofs_;
-    std::vector<EachResult> eachResults_;  // of the leaves of Each whose items are being combined
-    std::deque<Item> copies_;              // of bound items
-    // Packages that own files of earlier matches. Only kept if another Detection may find packages.
-    bool findsPackagesToo_ = false;
-    std::vector<const PackageIndex::Row*> owners_;
+    std::vector<EachResult> eachResults_;      // of the leaves of Each whose items are being combined
+    std::deque<Item> copies_;                  // of bound items
+    bool findsPackagesToo_ = false;            // whether another Detection may find packages
+    OwningPackages owners_;                    // remembers those of earlier matches if so
     std::vector<const LeafResult*> reported_;  // whose events have been reported
     std::unordered_set<std::string> outputs_;  // of the matches so far
     Installations installations_;              // likewise, of a signature that matches each once
