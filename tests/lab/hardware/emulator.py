@@ -3,6 +3,7 @@ import io
 import os
 import subprocess
 import tarfile
+import time
 
 import guest
 
@@ -10,6 +11,8 @@ PROGRAMS = {"amd64": "qemu-system-x86_64", "arm64": "qemu-system-aarch64", "risc
             "ppc64el": "qemu-system-ppc64", "s390x": "qemu-system-s390x"}
 # One thread for all processors: what they find does not depend on the host, and a host of two cores is not slower for it.
 ACCELERATOR = "tcg"
+# What the guest says before it runs the machine's commands.
+PREPARING = "laboratory: preparing"
 
 
 class EmulatorFault(Exception):
@@ -58,14 +61,17 @@ def run(machine, distribution, scanner, directory):
     command = [PROGRAMS[machine.architecture], "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
                "-accel", ACCELERATOR, "-kernel", kernel.image, "-initrd", initrd,
                "-append", machine.kernel_arguments, *machine.arguments(directory)]
+    if machine.monitor:
+        command += ["-monitor", "stdio"]
     with open(os.path.join(directory, "command"), "w") as file:
         file.write("\n".join(command) + "\n")
     with open(os.path.join(directory, "emulator.log"), "w") as log:
+        process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=log, stderr=log, cwd=directory, text=True)
         try:
-            status = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, timeout=machine.time_limit,
-                                    cwd=directory).returncode
-        except subprocess.TimeoutExpired:
-            raise EmulatorFault(f"{machine.name}: no end after {machine.time_limit} s\n{_end(directory)}") from None
+            status = _waited(process, machine, directory)
+        finally:
+            process.kill()
+            process.wait()
     report = os.path.join(directory, "report")
     try:
         with open(report, "rb") as file:
@@ -74,12 +80,31 @@ def run(machine, distribution, scanner, directory):
         raise EmulatorFault(f"{machine.name}: no report (status {status}): {fault}\n{_end(directory)}") from None
 
 
+def _waited(process, machine, directory):
+    """The status of the emulator. As soon as the guest prepares itself, the emulator's monitor gets the machine's commands."""
+    deadline = time.monotonic() + machine.time_limit
+    commands = "".join(command + "\n" for command in machine.monitor)
+    while process.poll() is None:
+        if time.monotonic() > deadline:
+            raise EmulatorFault(f"{machine.name}: no end after {machine.time_limit} s\n{_end(directory)}")
+        if commands and PREPARING in _text(os.path.join(directory, "console")):
+            process.stdin.write(commands)
+            process.stdin.flush()
+            commands = ""
+        time.sleep(0.2)
+    return process.returncode
+
+
+def _text(path):
+    if not os.path.exists(path):
+        return ""
+    with open(path, errors="replace") as file:
+        return file.read()
+
+
 def _end(directory):
     """The last lines of what the emulator and the guest's console said."""
     lines = []
     for name in ("emulator.log", "console"):
-        path = os.path.join(directory, name)
-        if os.path.exists(path):
-            with open(path, errors="replace") as file:
-                lines += file.read().splitlines()[-15:]
+        lines += _text(os.path.join(directory, name)).splitlines()[-15:]
     return "\n".join(lines)

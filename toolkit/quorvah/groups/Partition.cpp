@@ -166,10 +166,21 @@ std::vector<std::string> slavesOf(const Root& root, const BlockDevice& device) {
     return parents;
 }
 
-// An extended partition holds other partitions and no data.
-bool isExtended(const BlockDevice& partition) {
+// An extended partition holds other partitions and no data. Without udev, it is told by the size that the kernel gives
+// it, two blocks of 512 bytes or one of the disk, if the disk has logical partitions.
+bool isExtended(const BlockDevice& partition, const BlockDevice& disk,
+                const std::vector<BlockDevice>& partitions) {
+    constexpr std::uint64_t kStub = 1024;
+    constexpr std::uint64_t kFirstLogical = 5;
     const std::string udev = partition.udevData();
-    if (udevProperty(udev, "ID_PART_ENTRY_SCHEME") != "dos") return false;
+    const std::string_view scheme = udevProperty(udev, "ID_PART_ENTRY_SCHEME");
+    if (scheme.empty() && partition.bytes("size") == std::max(kStub, disk.blockSize().value_or(kStub))) {
+        return partition.number("partition").value_or(kFirstLogical) < kFirstLogical &&
+               std::ranges::any_of(partitions, [](const BlockDevice& other) {
+                   return other.number("partition").value_or(0) >= kFirstLogical;
+               });
+    }
+    if (scheme != "dos") return false;
     const std::string_view type = udevProperty(udev, "ID_PART_ENTRY_TYPE");
     return type == "0x5" || type == "0xf" || type == "0x85";
 }
@@ -208,7 +219,7 @@ void gather(GatheringContext& context, GroupData& data) {
             if (isExtent(disk, content, uses)) add(disk, content, disk.blockSize(), slavesOf(root, disk));
         }
         for (const BlockDevice& partition : partitions) {
-            if (!isExtended(partition))
+            if (!isExtended(partition, disk, partitions))
                 add(partition, contentOf(root, partition, uses), disk.blockSize(), {pathOf(disk)});
         }
     }

@@ -41,6 +41,17 @@ class PartitionTest : public testing::Test {
     const ScratchDir tree_;
 };
 
+TEST_F(PartitionTest, WithoutUdevAnExtendedPartitionIsToldByItsLogicalOnes) {
+    device("sda", "8:0", "400000");
+    partition("sda", "sda1", "8:1", "2");
+    tree_.write("sys/block/sda/sda1/partition", "1\n");
+    EXPECT_EQ(keysOf(gatheredBelow(kPartition, tree_.path())), std::vector<std::string>{"/dev/sda1"})
+        << "it is a small partition";
+    partition("sda", "sda5", "8:5", "2");
+    tree_.write("sys/block/sda/sda5/partition", "5\n");
+    EXPECT_EQ(keysOf(gatheredBelow(kPartition, tree_.path())), std::vector<std::string>{"/dev/sda5"});
+}
+
 TEST_F(PartitionTest, FollowsVolumesFromTheDiskToTheMountPoint) {
     device("sda", "8:0", "1000000");
     partition("sda", "sda1", "8:1", "2048");
