@@ -69,7 +69,11 @@ inline constexpr Group kLogicalDrive{
     .id = 11,
     .name = "Logical Drive",
     .element = "LogicalDrive",
-    .about = "One instance per mounted file system, except for pseudo file systems such as proc.",
+    .about =
+        "One instance per mounted file system, except for pseudo file systems such as proc. If a file system "
+        "is "
+        "mounted several times, as by bind mounts or with several subvolumes, Root is where its own root is "
+        "mounted, or else the first place; the group Partition has all places.",
     .fields = kLogicalDriveFields,
 };
 

@@ -49,7 +49,8 @@ inline constexpr Field kMemoryFields[] = {
      .unit = "KiB",
      .access = Access::RootSeesMore,
      .meaning = "memory of the installed modules",
-     .source = "SMBIOS 17; `/sys/devices/system/memory`; `/proc/meminfo`"},
+     .source = "SMBIOS 17; `/sys/devices/system/memory`; `/sys/firmware/memmap`; `/proc/zoneinfo`; "
+               "`/proc/meminfo`"},
     {.name = "MemAvailable",
      .type = Type::Count,
      .unit = "KiB",
@@ -82,7 +83,10 @@ inline constexpr Group kMemory{
     .about =
         "Main memory and swap space. One instance.\n\nInstalledMemory is what the firmware states, which "
         "only root can see, unless more memory is online, because some was added while the machine ran. In "
-        "this case, and for other users, it is the roundest number between the memory that the kernel found "
+        "this case, and for other users, it is what the firmware's map of addresses shows, if the kernel "
+        "found "
+        "all of it but a mebibyte. Otherwise it is the roundest number between the memory that the kernel "
+        "found "
         "and the size of the memory blocks that are online.",
     .fields = kMemoryFields,
 };

@@ -53,13 +53,13 @@ Count toldRotation(const BlockDevice& disk, const AtaIdentity* identity, std::st
     return ofUdev == 0 ? Count(1) : ofUdev;  // udev writes 0 for a disk that does not rotate
 }
 
-// The kernel calls every disk rotational that does not tell otherwise. Disks on SATA and SAS tell. The host does not tell a
-// virtual machine what its disks are made of.
+// The kernel calls every disk rotational that does not tell otherwise. Disks on SATA and SAS tell. Of virtio disks, only
+// those that are SCSI disks can tell.
 std::string_view mediaOf(const BlockDevice& disk, std::string_view interface, const AtaIdentity* identity,
                          std::string_view udev) {
     if (isOptical(disk)) return "Optical";
     if (interface == "MMC") return "Flash";
-    if (interface == "virtio") return {};
+    if (interface == "virtio" && !disk.name().starts_with("sd")) return {};
     // USB flash drives report that they rotate.
     if (interface == "USB" && disk.flag("removable").value_or(false)) return "Flash";
     const Count told = toldRotation(disk, identity, udev);

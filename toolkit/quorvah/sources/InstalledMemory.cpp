@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/sources/FirmwareMemory.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
@@ -69,12 +70,16 @@ std::uint64_t roundest(std::uint64_t least, std::uint64_t most) {
 
 MemoryOnline readMemoryOnline(const Root& root) {
     const std::string meminfo = root.read("/proc/meminfo").value_or("");
-    return {presentMemory(root, readLeadingCount(valueForKey(meminfo, "MemTotal"))), onlineBlocks(root)};
+    return {presentMemory(root, readLeadingCount(valueForKey(meminfo, "MemTotal"))), onlineBlocks(root),
+            firmwareMemory(root)};
 }
 
 Count installedMemory(const MemoryOnline& online, Count told) {
     const std::uint64_t least = online.least.value_or(0);
     if (told.value_or(0) > 0 && *told >= least) return told;
+    constexpr std::uint64_t kMib = 1024;
+    if (least > 0 && online.mapped.value_or(0) >= least && *online.mapped - least <= kMib)
+        return online.mapped;
     if (!online.most) return told;
     return least == 0 || least > *online.most ? *online.most : roundest(least, *online.most);
 }

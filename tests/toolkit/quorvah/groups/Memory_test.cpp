@@ -69,6 +69,28 @@ TEST(InstalledMemory, IncludesWhatABalloonHasTaken) {
     EXPECT_EQ(installedIn(tree), "1048576");
 }
 
+void addRange(const ScratchDir& tree, int number, const char* first, const char* last, const char* type) {
+    const std::string directory = "sys/firmware/memmap/" + std::to_string(number) + "/";
+    tree.write(directory + "start", std::string(first) + "\n");
+    tree.write(directory + "end", std::string(last) + "\n");
+    tree.write(directory + "type", std::string(type) + "\n");
+}
+
+TEST(InstalledMemory, IsWhatTheMapOfAddressesShowsIfTheKernelFoundIt) {
+    ScratchDir tree;
+    withBlocks(tree, 3);
+    tree.write("proc/meminfo", "MemTotal:        300000 kB\n");
+    // 320 MiB without the hole below 1 MiB and what the firmware keeps at the end.
+    tree.write("proc/zoneinfo", "Node 0, zone    DMA32\n        present  81790\n        managed  75000\n");
+    addRange(tree, 0, "0x0", "0x9fbff", "System RAM");
+    addRange(tree, 1, "0x100000", "0x13fdffff", "System RAM");
+    addRange(tree, 2, "0x13fe0000", "0x13ffffff", "Reserved");
+    addRange(tree, 3, "0xfeffc000", "0xfeffffff", "Reserved");
+    EXPECT_EQ(installedIn(tree), "327680");
+    addRange(tree, 4, "0x100000000", "0x10fffffff", "System RAM");  // 256 MiB, which are not online
+    EXPECT_EQ(installedIn(tree), "393216");
+}
+
 // A structure type 17 with a module of 1 GiB.
 const std::string kModule =
     std::string("\x11\x1c\x11\0\0\0\xfe\xff\x40\0\x40\0\0\x04", 14) + std::string(16, '\0');

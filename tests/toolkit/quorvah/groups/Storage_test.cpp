@@ -261,6 +261,11 @@ TEST(MediaType, IsKnownOnlyIfTheDiskTells) {
     DiskTree scsi("sda", "pci0000:00/0000:00:05.0/host2/target2:0:0/2:0:0:0");
     scsi.disk("queue/rotational", "1\n");
     EXPECT_EQ(scsi.value("MediaType"), "");
+    DiskTree guest("sda", "pci0000:00/0000:00:07.0/virtio3/host0/target0:0:2/0:0:2:3");
+    guest.disk("queue/rotational", "1\n");
+    EXPECT_EQ(guest.value("MediaType"), "");
+    guest.device("vpd_pgb1", std::string("\0\xb1\0\x3c\0\x01", 6));
+    EXPECT_EQ(guest.value("MediaType"), "SSD");
     DiskTree sata("sda", kSataPlace);
     sata.disk("queue/rotational", "1\n");
     EXPECT_EQ(sata.value("MediaType"), "HDD");
