@@ -118,7 +118,7 @@ bool hasForm(const Field& field, std::string_view value) {
 }
 
 bool hasSanitizedForm(const Field& field, std::string_view value) {
-    if (field.privacy == Privacy::Public) return hasForm(field, value);
+    if (field.privacy == Privacy::Public || field.privacy == Privacy::Path) return hasForm(field, value);
     return allOf(value, ';',
                  [](std::string_view one) { return one.empty() || isLike("xxxxxxxxxxxxxxxx", one); });
 }

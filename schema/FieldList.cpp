@@ -121,6 +121,8 @@ std::string_view wordOf(Privacy privacy) {
             return "address";
         case Privacy::Name:
             return "name";
+        case Privacy::Path:
+            return "path";
         case Privacy::Content:
             return "content";
     }

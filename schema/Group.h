@@ -29,7 +29,8 @@ enum class Privacy : std::uint8_t {
     Serial,   // identifies one machine, part or medium: serial numbers, UUIDs
     Address,  // where something is reached: network addresses, hosts
     Name,     // names that people gave: hosts, accounts, guests
-    Content,  // paths, command lines and other texts that may contain any of the above
+    Path,     // where something is; only those parts are hashed that not most systems have
+    Content,  // command lines and other texts that may contain any of the above
 };
 
 enum class Access : std::uint8_t {
@@ -48,8 +49,7 @@ struct Field {
     bool isVolatile = false;        // changes while the machine stays the same; --no-volatile empties it
     Privacy privacy = Privacy::Public;
     Access access = Access::Everyone;
-    bool bytewise =
-        false;  // only of a first field: instances are sorted by its bytes, not by the numbers in it
+    bool bytewise = false;  // of a first field: instances are sorted by its bytes, not by the numbers in it
     bool liveOnly = false;  // unknown in a captured tree
     std::string_view meaning = {};
     std::string_view source = {};

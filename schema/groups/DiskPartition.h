@@ -7,6 +7,7 @@ namespace schema {
 inline constexpr Field kDiskPartitionFields[] = {
     {.name = "DeviceID", .key = true, .meaning = "path of the device, `/dev/sda1`", .source = "`/sys/block`"},
     {.name = "Name",
+     .privacy = Privacy::Name,
      .access = Access::RootSeesMore,
      .meaning = "label of the partition in a GPT",
      .source = "udev; partition table; `uevent`"},

@@ -69,6 +69,7 @@ inline constexpr Field kScanInfoFields[] = {
      .source = "the outcome of the scan"},
     {.name = "Warnings",
      .list = true,
+     .privacy = Privacy::Content,
      .meaning = "warnings of the scan",
      .source = "the outcome of the scan"},
     {.name = "NameDatabaseVersion",

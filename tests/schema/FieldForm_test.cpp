@@ -70,6 +70,7 @@ TEST(FieldForm, ASanitizedPrivateValueIsAHash) {
         EXPECT_TRUE(hasSanitizedForm(address, value)) << value;
     for (const char* const value : {"192.0.2.1", "0123456789abcde", "0123456789abcdef;x"})
         EXPECT_FALSE(hasSanitizedForm(address, value)) << value;
+    EXPECT_TRUE(hasSanitizedForm({.name = "Field", .privacy = Privacy::Path}, "/home/0123456789abcdef"));
     const Field open{.name = "Field", .type = Type::Ipv4Address};
     EXPECT_TRUE(hasSanitizedForm(open, "192.0.2.1"));
     EXPECT_FALSE(hasSanitizedForm(open, "0123456789abcdef"));

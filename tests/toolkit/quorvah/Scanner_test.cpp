@@ -203,11 +203,14 @@ TEST_F(Scanner, SanitizedOutputNamesNoAccountsGuestsOrPrinters) {
     dir_.write("tree/etc/libvirt/qemu/secretguest.xml",
                "<domain type='kvm'><name>secretguest</name><uuid>secretid</uuid></domain>");
     dir_.write("tree/etc/cups/printers.conf",
-               "<Printer laser>\nDeviceURI ipp://secrethost/laser\n</Printer>\n");
+               "<Printer laser>\nInfo of secretuser\nLocation secretroom\n"
+               "DeviceURI ipp://secrethost/laser\n</Printer>\n");
+    dir_.write("tree/proc/self/mountinfo",
+               "36 1 0:40 / /home/secretuser rw - nfs4 secrethost:/secretshare rw,username=secretuser\n");
     ASSERT_EQ(scan(allDisplayNames(), {"--root", tree, "--sanitize"}).status, 0);
     const std::multiset<std::string> groups = groupsWritten();
-    for (const char* const group :
-         {"UserAccountInfo", "LastLoggedUser", "ScreenSaverInfo", "VirtualMachine", "Printer"})
+    for (const char* const group : {"UserAccountInfo", "LastLoggedUser", "ScreenSaverInfo", "VirtualMachine",
+                                    "Printer", "LogicalDrive"})
         EXPECT_EQ(1U, groups.count(group)) << group;
     EXPECT_EQ(std::string::npos, readAll(out()).find("secret")) << readAll(out());
 }

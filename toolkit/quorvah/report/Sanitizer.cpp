@@ -2,9 +2,11 @@
 
 #include <sys/random.h>
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstddef>
+#include <iterator>
 #include <system_error>
 
 #include "toolkit/machine/text/ByteOrder.h"
@@ -42,8 +44,20 @@ struct SipState {
     }
 };
 
-bool isPrivate(const schema::Field& field) {
-    return field.privacy != schema::Privacy::Public;
+// Names in paths that tell nothing of a machine or its users.
+constexpr std::string_view kCommonNames[] = {
+    "",           ".",     "..",     "bin",    "boot", "by-id", "by-label", "by-uuid", "cache",
+    "containers", "dev",   "disk",   "docker", "efi",  "etc",   "home",     "lib",     "lib64",
+    "local",      "log",   "mapper", "media",  "mnt",  "none",  "opt",      "overlay", "proc",
+    "root",       "run",   "sbin",   "share",  "snap", "spool", "srv",      "swap",    "sys",
+    "tmp",        "tmpfs", "user",   "usr",    "var"};
+
+bool isPath(const schema::Field& field) {
+    return field.privacy == schema::Privacy::Path;
+}
+
+bool isHashedWhole(const schema::Field& field) {
+    return field.privacy != schema::Privacy::Public && !isPath(field);
 }
 
 bool isVolatile(const schema::Field& field) {
@@ -79,18 +93,50 @@ Sanitizer::Sanitizer() {
     }
 }
 
+void Sanitizer::appendHash(std::string& text, std::string_view value) const {
+    if (!value.empty()) text += hexDigits(sipHash(key_, value), 16);
+}
+
 std::string Sanitizer::hashed(std::string_view values) const {
     std::string hashes;
     while (!values.empty()) {
-        const std::string_view value = takeField(values, ';');
-        if (!value.empty()) hashes += hexDigits(sipHash(key_, value), 16);
+        appendHash(hashes, takeField(values, ';'));
         if (!values.empty()) hashes += ';';
     }
     return hashes;
 }
 
+std::string Sanitizer::hashedPaths(std::string_view paths) const {
+    std::string hashes;
+    while (!paths.empty()) {
+        std::string_view path = takeField(paths, ';');
+        // The kernel and udev name the devices there.
+        constexpr std::string_view kDevices = "/dev/";
+        if (path.starts_with(kDevices) && path.find('/', kDevices.size()) == std::string_view::npos) {
+            hashes += path;
+            path = {};
+        }
+        while (!path.empty()) {
+            const std::string_view name = path.substr(0, path.find('/'));
+            path.remove_prefix(name.size());
+            const bool common = std::ranges::find(kCommonNames, name) != std::end(kCommonNames);
+            if (common) {
+                hashes += name;
+            } else {
+                appendHash(hashes, name);
+            }
+            if (path.empty()) break;
+            hashes += '/';
+            path.remove_prefix(1);
+        }
+        if (!paths.empty()) hashes += ';';
+    }
+    return hashes;
+}
+
 void Sanitizer::hide(GroupData& data) const {
-    forFields(data, isPrivate, [this](std::string_view value) { return hashed(value); });
+    forFields(data, isHashedWhole, [this](std::string_view value) { return hashed(value); });
+    forFields(data, isPath, [this](std::string_view value) { return hashedPaths(value); });
 }
 
 void dropVolatile(GroupData& data) {

@@ -20,13 +20,17 @@ class Sanitizer {
     // Throws std::system_error if the system provides no random numbers.
     Sanitizer();
 
-    // Hashes the values of the private fields. Unknown values stay unknown.
+    // Hashes the values of the private fields as their class of privacy says. Unknown values stay unknown.
     void hide(GroupData& data) const;
 
     // The hashes of values that are joined by ";".
     std::string hashed(std::string_view values) const;
+    // Paths that are joined by ";", with hashes in place of all names that not most systems have: "/home/0123456789abcdef".
+    std::string hashedPaths(std::string_view paths) const;
 
   private:
+    void appendHash(std::string& text, std::string_view value) const;
+
     std::array<std::uint64_t, 2> key_{};
 };
 

@@ -52,6 +52,37 @@ TEST(Sanitizer, DoesNotChangeOtherFieldsOrUnknownValues) {
     EXPECT_EQ(data.instances()[1].get("Serial"), "");
 }
 
+TEST(Sanitizer, HashesOnlyTheNamesInPathsThatNotMostSystemsHave) {
+    const Sanitizer sanitizer;
+    const std::string alice = sanitizer.hashed("alice");
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {"/", "/"},
+        {"/var/log", "/var/log"},
+        {"/home/alice", "/home/" + alice},
+        {"/home/alice/", "/home/" + alice + "/"},
+        {"alice", alice},
+        {"/dev/sda1", "/dev/sda1"},
+        {"/dev/mapper/alice", "/dev/mapper/" + alice},
+        {"/dev/alice/alice", "/dev/" + alice + "/" + alice},
+        {"alice:/home", sanitizer.hashed("alice:") + "/home"},
+        {"/mnt;/home/alice;;/dev/vda", "/mnt;/home/" + alice + ";;/dev/vda"},
+    };
+    for (const auto& [path, expected] : cases) EXPECT_EQ(expected, sanitizer.hashedPaths(path)) << path;
+}
+
+TEST(Sanitizer, HidesAFieldByItsClass) {
+    constexpr static schema::Field kPlaces[] = {{.name = "Root", .privacy = schema::Privacy::Path},
+                                                {.name = "Options", .privacy = schema::Privacy::Content}};
+    constexpr static Group kPlace{"Place", "Place", kPlaces, nullptr};
+    GroupData data(kPlace);
+    data.add("/home/alice").set("Options", "/home");
+    const Sanitizer sanitizer;
+    sanitizer.hide(data);
+    EXPECT_EQ(data.instances().front().get("Root"), "/home/" + sanitizer.hashed("alice"));
+    EXPECT_EQ(data.instances().front().get("Options"), sanitizer.hashed("/home"));
+}
+
 TEST(Sanitizer, UsesAnotherKeyEachTime) {
     EXPECT_NE(Sanitizer().hashed("S1"), Sanitizer().hashed("S1"));
 }
