@@ -73,6 +73,12 @@ inline Rows rowsOf(const GroupData& data, const std::vector<std::string>& fields
     return sorted(rows);
 }
 
+// Compares a field with the value of another program, if it has one.
+inline void expectKnown(const Instance& instance, const std::string& field, const std::string& theirs) {
+    if (theirs.empty()) return;
+    EXPECT_EQ(instance.get(field), theirs) << field << " of " << instance.values().front();
+}
+
 // Removes from `text` everything up to the end of `after` and returns what is between `before` and `after`.
 // Empties `text` if they do not follow each other in it.
 inline std::string takeBetween(std::string& text, const std::string& before, const std::string& after) {

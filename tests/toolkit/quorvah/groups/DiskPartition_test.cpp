@@ -99,15 +99,29 @@ TEST(DiskPartition, TheSizeOfAnExtendedPartitionIsThatOfTheTable) {
     EXPECT_EQ(instanceOf(data, "/dev/sda5").get("Size"), "1024");
 }
 
+std::string withoutPrefix(const std::string& number) {
+    return number.starts_with("0x") ? number.substr(2) : number;
+}
+
 TEST(DiskPartitionLive, MatchLsblk) {
     const GroupData data = gatheredLive(kDiskPartition);
     std::set<std::string> theirs;
-    for (const std::string& line : linesOf("LC_ALL=C lsblk -b -P -o NAME,SIZE,PKNAME,TYPE")) {
+    for (const std::string& line :
+         linesOf("LC_ALL=C lsblk -b -P -o "
+                 "NAME,SIZE,PKNAME,TYPE,START,LOG-SEC,PARTTYPE,PARTUUID,PARTLABEL,PTTYPE")) {
         std::map<std::string, std::string> row = pairsOf(line);
         if (row["TYPE"] != "part") continue;
         const Instance& partition = instanceOf(data, "/dev/" + row["NAME"]);
         EXPECT_EQ(partition.get("Size"), row["SIZE"]);
         EXPECT_EQ(partition.get("DiskName"), "/dev/" + row["PKNAME"]);
+        if (!row["START"].empty())
+            expectKnown(partition, "StartingOffset", std::to_string(512 * std::stoull(row["START"])));
+        expectKnown(partition, "BlockSize", row["LOG-SEC"]);
+        const std::string type = withoutPrefix(row["PARTTYPE"]);
+        expectKnown(partition, "PartitionType", type.size() == 1 ? "0" + type : type);
+        expectKnown(partition, "PartitionUuid", row["PARTUUID"]);
+        expectKnown(partition, "Name", row["PARTLABEL"]);
+        expectKnown(partition, "TableType", row["PTTYPE"]);
         theirs.insert("/dev/" + row["NAME"]);
     }
     const Rows keys = keysOf(data);

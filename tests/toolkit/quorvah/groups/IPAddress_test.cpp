@@ -44,11 +44,25 @@ TEST(IPAddressLive, AddressesMatchIp) {
     const Rows theirs = linesOf(
         "ip -j addr | jq -r '.[] | .ifname as $name | .addr_info[] | select(.family == \"inet\") | "
         "[.local, $name, (.prefixlen | tostring), .broadcast // \"\", .address // \"\", .scope, .label // "
-        "\"\"] | @tsv'");
+        "\"\", if (.local | startswith(\"169.254.\")) then \"LinkLocal\" elif .dynamic then \"DHCP\" else "
+        "\"Static\" end] | @tsv'");
     EXPECT_FALSE(theirs.empty());
     EXPECT_EQ(sorted(theirs),
               rowsOf(gatheredLive(kIPAddress), {"IPv4Address", "Name", "PrefixLength", "BroadcastAddress",
-                                                "PeerAddress", "Scope", "Label"}));
+                                                "PeerAddress", "Scope", "Label", "AddressOrigin"}));
+}
+
+TEST(IPAddressLive, HardwareAddressesMatchIpLink) {
+    std::map<std::string, std::string> addresses;
+    for (const std::string& line : linesOf("ip -j link | jq -r '.[] | [.ifname, .address // \"\"] | @tsv'")) {
+        const Rows fields = fieldsOf(line);
+        if (fields[1].find_first_not_of("0:") != std::string::npos) addresses[fields[0]] = fields[1];
+    }
+    for (const Group* const group : {&kIPAddress, &kIPv6Address}) {
+        const GroupData data = gatheredLive(*group);
+        for (const Instance& address : data.instances())
+            EXPECT_EQ(addresses[address.get("Name")], address.get("MacAddress")) << joined(address);
+    }
 }
 
 TEST(IPAddressLive, GatewaysMatchIpRoute) {

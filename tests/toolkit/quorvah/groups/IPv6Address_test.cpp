@@ -81,6 +81,21 @@ TEST(IPv6AddressLive, AddressesMatchIp) {
                                                   "Deprecated", "Tentative"}));
 }
 
+TEST(IPv6AddressLive, GatewaysMatchIpRoute) {
+    std::map<std::string, std::string> gateways;
+    for (const std::string& line :
+         linesOf("ip -j -6 route show default | jq -r 'sort_by(-(.metric // 0)) | .[] | "
+                 "select(.gateway) | [.dev, .gateway] | @tsv'")) {
+        const Rows fields = fieldsOf(line);
+        gateways[fields[0]] = fields[1];  // the last one has the lowest metric
+    }
+    const GroupData data = gatheredLive(kIPv6Address);
+    for (const Instance& address : data.instances()) {
+        const bool linkLocal = address.get("AddressOrigin") == "LinkLocal";
+        EXPECT_EQ(linkLocal ? "" : gateways[address.get("Name")], address.get("Gateway")) << joined(address);
+    }
+}
+
 TEST(IPv6AddressLive, TheFilesOfTheKernelGiveTheSameAddresses) {
     const Rows live =
         rowsOf(gatheredLive(kIPv6Address), {"IPv6Address", "Name", "PrefixLength", "AddressOrigin",

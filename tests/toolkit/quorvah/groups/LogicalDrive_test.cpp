@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
+
 #include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
@@ -112,6 +115,35 @@ TEST(LogicalDriveLive, OptionsMatchFindmnt) {
                                    "' | jq -r '.filesystems[-1] | [.options, .source] | @tsv'");
         ASSERT_EQ(1U, lines.size());
         EXPECT_EQ(lines[0], drive.get("MountOptions") + "\t" + drive.get("Name"));
+    }
+}
+
+TEST(LogicalDriveLive, LabelsMatchFindmnt) {
+    const GroupData data = gatheredLive(kLogicalDrive);
+    for (const Instance& drive : data.instances()) {
+        const Rows lines = linesOf("findmnt -n -o LABEL,UUID,FSTYPE -J --target '" + drive.get("Root") +
+                                   "' | jq -r '.filesystems[-1] | [.label, .uuid, .fstype] | @tsv'");
+        ASSERT_EQ(1U, lines.size());
+        const Rows fields = fieldsOf(lines[0]);
+        if (!fields[0].empty()) {
+            EXPECT_EQ(fields[0], drive.get("Label")) << joined(drive);
+        }
+        if (!fields[1].empty()) {
+            EXPECT_EQ(fields[1], drive.get("Uuid")) << joined(drive);
+        }
+        EXPECT_EQ(fields[2], drive.get("FileSystemType")) << joined(drive);
+    }
+}
+
+// A device that is mounted at several places is one drive.
+TEST(LogicalDriveLive, EveryMountedDeviceIsADrive) {
+    std::set<std::string> ours;
+    const GroupData data = gatheredLive(kLogicalDrive);
+    for (const Instance& drive : data.instances()) ours.insert(drive.get("Name"));
+    for (const std::string& line : linesOf("findmnt -n -v -l --real -o SOURCE || test $? = 1")) {
+        if (line.starts_with("/dev/")) {
+            EXPECT_TRUE(ours.contains(line)) << line;
+        }
     }
 }
 

@@ -127,6 +127,7 @@ TEST(PCIDeviceLive, NamesAndDriversMatchLspci) {
         EXPECT_EQ(device["Driver"], ours.get("DriverName")) << device["Slot"];
         EXPECT_EQ(device["NUMANode"], ours.get("NumaNode")) << device["Slot"];
         EXPECT_EQ(device["IOMMUGroup"], ours.get("IommuGroup")) << device["Slot"];
+        EXPECT_EQ(device["PhySlot"], ours.get("PhysicalSlot")) << device["Slot"];
     }
 }
 

@@ -156,5 +156,54 @@ TEST(PartitionLive, VolumesMatchLsblk) {
     for (const std::string& volume : theirs) EXPECT_NE(ours.end(), std::ranges::find(ours, volume)) << volume;
 }
 
+const Instance* findExtent(const GroupData& data, const std::string& name) {
+    for (const Instance& extent : data.instances()) {
+        if (extent.get("Name") == name || extent.get("DeviceID") == name) return &extent;
+    }
+    return nullptr;
+}
+
+TEST(PartitionLive, ContentsMatchLsblk) {
+    const GroupData data = gatheredLive(kPartition);
+    for (const std::string& line :
+         linesOf("lsblk -Pnbo KNAME,FSTYPE,LABEL,UUID,LOG-SEC || test ! -e /sys/block")) {
+        std::map<std::string, std::string> pairs = pairsOf(line);
+        const Instance* const extent = findExtent(data, pairs["KNAME"]);
+        if (extent == nullptr) continue;
+        expectKnown(*extent, "FileSystemType", pairs["FSTYPE"]);
+        expectKnown(*extent, "Label", pairs["LABEL"]);
+        expectKnown(*extent, "Uuid", pairs["UUID"]);
+        expectKnown(*extent, "BlockSize", pairs["LOG-SEC"]);
+    }
+}
+
+// Loop devices and drives without a medium are not partitions; every other device with a content is.
+TEST(PartitionLive, ContentsMatchBlkid) {
+    const GroupData data = gatheredLive(kPartition);
+    constexpr int kNothingFound = 2;
+    const std::string command = "blkid -c /dev/null -o export || test $? = " + std::to_string(kNothingFound);
+    std::map<std::string, std::string> device;
+    Rows lines = linesOf("PATH=$PATH:/usr/sbin:/sbin; " + command);
+    lines.emplace_back();
+    for (const std::string& line : lines) {
+        const std::size_t equals = line.find('=');
+        if (equals != std::string::npos) device[line.substr(0, equals)] = line.substr(equals + 1);
+        if (!line.empty() || device.empty()) continue;
+        const std::string name = device["DEVNAME"];
+        const bool excluded = name.starts_with("/dev/loop") || name.starts_with("/dev/zram") ||
+                              name.starts_with("/dev/sr") || device["TYPE"].empty();
+        const Instance* const extent = findExtent(data, name);
+        if (!excluded && geteuid() == 0) {
+            EXPECT_NE(extent, nullptr) << name;
+        }
+        if (extent != nullptr) {
+            expectKnown(*extent, "FileSystemType", device["TYPE"]);
+            expectKnown(*extent, "Label", device["LABEL"]);
+            expectKnown(*extent, "Uuid", device["UUID"]);
+        }
+        device.clear();
+    }
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah

@@ -152,6 +152,55 @@ TEST(ProcessorLive, MatchLscpu) {
         EXPECT_EQ(data.instances().front().get(ours), fields.at(theirs)) << ours;
     }
     EXPECT_EQ(flags, fields.at("Flags"));
+    if (fields.contains("CPU op-mode(s)")) {
+        const Rows modes = fieldsOf(fields.at("CPU op-mode(s)"), ' ');  // "32-bit, 64-bit"
+        EXPECT_EQ(data.instances().front().get("AddressWidth") + "-bit", modes.back());
+    }
+    if (fields.contains("NUMA node(s)")) {
+        const GroupData memory = gatheredLive(kMemory);
+        EXPECT_EQ(memory.instances().front().get("NumaNodes"), fields.at("NUMA node(s)"));
+    }
+    if (fields.contains("Core(s) per socket")) {
+        const GroupData packages = gatheredLive(kPhysicalProcessor);
+        for (const Instance& package : packages.instances())
+            EXPECT_EQ(package.get("NumberOfEnabledCores"), fields.at("Core(s) per socket"));
+    }
+}
+
+// "2600.0000" MHz, or nothing that is known.
+std::string wholeMegahertz(const std::string& value) {
+    return value.find_first_of("0123456789") == std::string::npos ? std::string()
+                                                                  : value.substr(0, value.find('.'));
+}
+
+TEST(ProcessorLive, HaveTheClocksOfLscpu) {
+    const GroupData data = gatheredLive(kProcessor);
+    for (const std::string& line : linesOf("LC_ALL=C lscpu -a -p=CPU,MAXMHZ")) {
+        if (line.starts_with('#')) continue;
+        const Rows row = fieldsOf(line, ',');
+        const std::string theirs = wholeMegahertz(row[1]);
+        if (!theirs.empty()) {
+            EXPECT_EQ(instanceOf(data, "cpu" + row[0]).get("MaxClockSpeed"), theirs);
+        }
+    }
+}
+
+// The numbers differ where the kernel repeats them, but not which processors share a core.
+TEST(ProcessorLive, ShareCoresAsLscpuSays) {
+    const GroupData data = gatheredLive(kProcessor);
+    std::map<std::string, std::string> coreOfTheirs;
+    std::map<std::string, std::string> coreOfOurs;
+    for (const std::string& line : linesOf("LC_ALL=C lscpu -p=CPU,CORE,SOCKET")) {
+        if (line.starts_with('#')) continue;
+        const Rows row = fieldsOf(line, ',');
+        const Instance& cpu = instanceOf(data, "cpu" + row[0]);
+        const std::string theirs = row[2] + "/" + row[1];
+        const std::string ours =
+            cpu.get("PhysicalPackageId") + "/" + cpu.get("DieId") + "/" + cpu.get("CoreId");
+        EXPECT_EQ(coreOfTheirs.try_emplace(theirs, ours).first->second, ours) << line;
+        EXPECT_EQ(coreOfOurs.try_emplace(ours, theirs).first->second, theirs) << line;
+    }
+    EXPECT_FALSE(coreOfTheirs.empty());
 }
 
 TEST(ProcessorLive, HaveTheTopologyOfLscpu) {

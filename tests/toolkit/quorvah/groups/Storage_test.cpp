@@ -318,11 +318,28 @@ bool isMadeUp(const std::string& name) {
     return std::ranges::any_of(prefixes, [&name](const char* prefix) { return name.starts_with(prefix); });
 }
 
+void expectIdentityOfLsblk(const Instance& disk, std::map<std::string, std::string>& row) {
+    // lsblk has the name of an ATA disk cut to 16 characters where udev has not asked the disk.
+    EXPECT_TRUE(disk.get("Model").starts_with(row["MODEL"])) << joined(disk) << " " << row["MODEL"];
+    EXPECT_TRUE(disk.get("FirmwareRevision").starts_with(row["REV"])) << joined(disk) << " " << row["REV"];
+    expectKnown(disk, "SerialNumber", row["SERIAL"]);
+    if (row["WWN"].starts_with("0x")) expectKnown(disk, "WorldWideName", row["WWN"].substr(2));
+    const std::map<std::string, std::string> interfaces = {
+        {"sata", "SATA"}, {"nvme", "NVMe"}, {"usb", "USB"}, {"sas", "SAS"}, {"iscsi", "iSCSI"}};
+    const auto interface = interfaces.find(row["TRAN"]);
+    if (interface != interfaces.end()) expectKnown(disk, "InterfaceType", interface->second);
+    const std::string media = disk.get("MediaType");
+    if (media == "HDD" || media == "SSD") {
+        EXPECT_EQ(row["ROTA"], media == "HDD" ? "1" : "0") << joined(disk);
+    }
+}
+
 TEST(StorageLive, MatchesLsblk) {
     const GroupData data = gatheredLive(kStorage);
     std::set<std::string> theirs;
     for (const std::string& line :
-         linesOf("LC_ALL=C lsblk -b -d -P -o NAME,SIZE,RO,RM,PHY-SEC,LOG-SEC,TYPE")) {
+         linesOf("LC_ALL=C lsblk -b -d -P -o "
+                 "NAME,SIZE,RO,RM,PHY-SEC,LOG-SEC,TYPE,MODEL,REV,SERIAL,WWN,TRAN,ROTA")) {
         std::map<std::string, std::string> row = pairsOf(line);
         if (isMadeUp(row["NAME"]) || (row["TYPE"] != "disk" && row["TYPE"] != "rom")) continue;
         const Instance& disk = instanceOf(data, "/dev/" + row["NAME"]);
@@ -331,6 +348,7 @@ TEST(StorageLive, MatchesLsblk) {
         EXPECT_EQ(disk.get("PhysicalBlockSize"), row["PHY-SEC"]);
         EXPECT_EQ(disk.get("ReadOnly"), row["RO"] == "1" ? "true" : "false");
         EXPECT_EQ(disk.get("Removable"), row["RM"] == "1" ? "true" : "false");
+        expectIdentityOfLsblk(disk, row);
         theirs.insert("/dev/" + row["NAME"]);
     }
     const Rows keys = keysOf(data);
