@@ -4,25 +4,13 @@
 #include <utility>
 
 #include "schema/Catalogue.h"
+#include "schema/FieldForm.h"
 
 namespace zavcli {
 
 namespace {
 
 constexpr const char* kScanInfoName = "ScanInfo";
-
-// Whether all of the values, which are joined by ";", are hashes of --sanitize.
-bool isHashed(std::string_view values) {
-    constexpr std::size_t kHashLength = 16;
-    while (!values.empty()) {
-        const std::string_view value = values.substr(0, values.find(';'));
-        values.remove_prefix(std::min(value.size() + 1, values.size()));
-        if (!value.empty() && (value.size() != kHashLength ||
-                               value.find_first_not_of("0123456789abcdef") != std::string_view::npos))
-            return false;
-    }
-    return true;
-}
 
 // Whether there are private values and all of them are hashes.
 bool isSanitized(const std::vector<Group>& groups) {
@@ -34,8 +22,11 @@ bool isSanitized(const std::vector<Group>& groups) {
             for (const Field& field : instance) {
                 if (field.value.empty()) continue;
                 const schema::Field* const definition = schema::findField(*known, field.name);
-                if (definition == nullptr || definition->privacy == schema::Privacy::Public) continue;
-                if (!isHashed(field.value)) return false;
+                // A path without private names has no hashes.
+                if (definition == nullptr || definition->privacy == schema::Privacy::Public ||
+                    definition->privacy == schema::Privacy::Path)
+                    continue;
+                if (!schema::hasSanitizedForm(*definition, field.value)) return false;
                 any = true;
             }
         }

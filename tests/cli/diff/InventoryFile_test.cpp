@@ -91,11 +91,13 @@ TEST(InventoryFile, StatusesAndRightsAreReadFromJson) {
 TEST(InventoryFile, HashesInsteadOfPrivateValuesAreRecognised) {
     const auto withName = [](const std::string& name) {
         return parseInventory("<Hardware><ComponentID><Name>" + name +
-                              "</Name><Family>0123456789abcdef</Family></ComponentID></Hardware>");
+                              "</Name><Family>0123456789abcdef</Family></ComponentID>"
+                              "<LogicalDrive><Root>/</Root></LogicalDrive></Hardware>");
     };
     EXPECT_TRUE(withName("0123456789abcdef").sanitized);
     EXPECT_FALSE(withName("host").sanitized);
-    EXPECT_FALSE(withName("").sanitized) << "the product family is not private";
+    EXPECT_FALSE(withName("").sanitized)
+        << "the product family is not private, and the root directory has no name";
 }
 
 TEST(InventoryFile, JsonThatIsNoInventoryIsRefusedWithItsLine) {
