@@ -10,7 +10,7 @@
 #include "fuzz/hostile/Harness.h"
 #include "fuzz/hostile/Mutations.h"
 #include "fuzz/hostile/PackageDatabases.h"
-#include "tests/toolkit/quorvah/FieldForm.h"
+#include "schema/FieldForm.h"
 #include "tests/toolkit/quorvah/ScannerProcess.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 
@@ -117,7 +117,7 @@ Problem checkValues(const fs::path& output) {
             return element.group + " does not have the fields of a group";
         for (std::size_t i = 0; i < element.fields.size(); ++i) {
             const auto& [field, value] = element.fields[i];
-            if (!toolkit::quorvah::hasForm(group->fields[i], value))
+            if (!schema::hasForm(group->fields[i], value))
                 return element.group + "." + field + " is \"" + value.substr(0, 100) + "\"";
         }
     }
