@@ -60,8 +60,6 @@ std::string_view mediaOf(const BlockDevice& disk, std::string_view interface, co
     if (isOptical(disk)) return "Optical";
     if (interface == "MMC") return "Flash";
     if (interface == "virtio" && !disk.name().starts_with("sd")) return {};
-    // USB flash drives report that they rotate.
-    if (interface == "USB" && disk.flag("removable").value_or(false)) return "Flash";
     const Count told = toldRotation(disk, identity, udev);
     if (told.value_or(0) > 0) return *told == 1 ? "SSD" : "HDD";
     const std::optional<bool> rotational = disk.flag("queue/rotational");

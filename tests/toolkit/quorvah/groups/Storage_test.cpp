@@ -76,7 +76,7 @@ TEST(Storage, ReportsAnNvmeDisk) {
                     {"Multipath", "false"}});
 }
 
-TEST(Storage, ReportsAUsbFlashDriveThatClaimsToRotate) {
+TEST(Storage, DoesNotBelieveAUsbDriveThatItRotates) {
     expectInstance(kStorage, "x86-server", "/dev/sdc",
                    {{"DeviceID", "/dev/sdc"},
                     {"Name", "sdc"},
@@ -87,7 +87,6 @@ TEST(Storage, ReportsAUsbFlashDriveThatClaimsToRotate) {
                     {"Size", "30943995904"},
                     {"BlockSize", "512"},
                     {"NumberOfBlocks", "60437492"},
-                    {"MediaType", "Flash"},
                     {"InterfaceType", "USB"},
                     {"PhysicalBlockSize", "512"},
                     {"Removable", "true"},
