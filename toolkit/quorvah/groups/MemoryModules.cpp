@@ -35,6 +35,10 @@ std::uint64_t speedOf(const SmbiosStructure& structure, std::size_t offset, std:
     return speed == kUnknownWord ? structure.number(extended, 4) & 0x7FFFFFFFU : speed;
 }
 
+bool isEmpty(const SmbiosStructure& slot) {
+    return slot.word(0x0C) == 0;
+}
+
 // Some firmware leaves the text empty and has only the code of the maker.
 std::string makerOf(const GatheringContext& context, const SmbiosStructure& structure) {
     const std::string text = smbiosText(context, structure, 0x17);
@@ -45,6 +49,7 @@ std::string makerOf(const GatheringContext& context, const SmbiosStructure& stru
 void addModule(const GatheringContext& context, const SmbiosStructure& structure, GroupData& data) {
     Instance& module = data.add(smbiosText(context, structure, 0x10));
     module.set("BankLocator", smbiosText(context, structure, 0x11));
+    if (isEmpty(structure)) module.set("Capacity", 0);
     setKnown(module, "Capacity", moduleSize(structure) * kKib);
     module.set("FormFactor", memoryFormName(structure.byte(0x0E)));
     module.set("MemoryType", memoryTypeName(structure.byte(0x12)));
@@ -106,8 +111,7 @@ constexpr const char* kSources[] = {"/sys"};
 void gather(GatheringContext& context, GroupData& data) {
     const Smbios smbios(context.root());
     for (const SmbiosStructure* const structure : smbios.ofType(kMemoryModule)) {
-        const bool empty = structure->word(0x0C) == 0;
-        if (!empty) addModule(context, *structure, data);
+        if (!isEmpty(*structure) || context.options().emptySlots) addModule(context, *structure, data);
     }
     if (smbios.damaged()) data.partial("smbios-broken");
     if (!smbios.structures().empty()) return;

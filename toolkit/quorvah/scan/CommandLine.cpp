@@ -17,6 +17,7 @@ const char* const kUsage =
     "      --ids DIR      take the names of PCI and USB devices from the files in DIR\n"
     "      --pretty       break and indent the lines of the output\n"
     "      --raw          keep firmware texts that are placeholders\n"
+    "      --empty-slots  report the slots for memory modules that are empty too\n"
     "      --no-volatile  omit values that change while the machine stays the same\n"
     "      --sanitize     hash serial numbers, addresses and names of the machine and its users\n"
     "      --sandbox optional\n"
@@ -85,6 +86,7 @@ CommandLine parseCommandLine(int count, char* const* arguments, const Environmen
         {.name = "ids", .value = &options.ids},
         {.name = "pretty", .given = &options.pretty},
         {.name = "raw", .given = &options.raw},
+        {.name = "empty-slots", .given = &options.emptySlots},
         {.name = "no-volatile", .given = &options.noVolatile},
         {.name = "sanitize", .given = &options.sanitize},
         {.name = "sandbox", .value = &sandbox, .check = problemOfSandbox},

@@ -18,6 +18,7 @@ struct Options {
     std::string ids;   // the directory of the device name databases; empty for those of the host
     bool pretty = false;
     bool raw = false;
+    bool emptySlots = false;
     bool noVolatile = false;
     bool sanitize = false;
     bool sandboxOptional = false;  // whether the scan goes on if the sandbox is incomplete

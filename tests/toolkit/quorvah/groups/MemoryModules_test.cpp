@@ -68,6 +68,20 @@ TEST(MemoryModules, OmitsEmptySocketsButNotModulesOfUnknownSize) {
     EXPECT_EQ("", data.instances().front().get("TotalWidth"));
 }
 
+TEST(MemoryModules, ReportsEmptySocketsOnRequest) {
+    const ScratchDir tree;
+    writeSmbios(tree,
+                {module(1, "J1"), module(2, "J2").set(0x0C, 2, 0xFFFF), module(3, "J3").set(0x0C, 2, 64)});
+    Options options;
+    options.root = tree.path().string();
+    options.emptySlots = true;
+    const GroupData data = gathered(kMemoryModules, options);
+    ASSERT_EQ((std::vector<std::string>{"J1", "J2", "J3"}), keysOf(data));
+    EXPECT_EQ("0", data.instances()[0].get("Capacity"));
+    EXPECT_EQ("", data.instances()[1].get("Capacity"));
+    EXPECT_EQ("67108864", data.instances()[2].get("Capacity"));
+}
+
 TEST(MemoryModules, AShortStructureOfOldFirmwareHasTheFieldsOfItsTime) {
     const ScratchDir tree;
     writeSmbios(tree,

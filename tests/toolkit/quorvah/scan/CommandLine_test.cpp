@@ -34,18 +34,20 @@ TEST(ScannerCommandLine, TakesTheTwoFiles) {
     EXPECT_EQ(line.options.config, "config.xml");
     EXPECT_EQ(line.options.output, "out.xml");
     EXPECT_EQ(line.options.root, "");
-    EXPECT_FALSE(line.options.pretty || line.options.raw || line.options.noVolatile || line.options.sanitize);
+    EXPECT_FALSE(line.options.pretty || line.options.raw || line.options.noVolatile ||
+                 line.options.sanitize || line.options.emptySlots);
 }
 
 TEST(ScannerCommandLine, TakesEveryOption) {
     const CommandLine line = parse({"--config=c", "--output", "o", "--root", "/tree", "--ids=/ids",
-                                    "--pretty", "--raw", "--no-volatile", "--sanitize"});
+                                    "--pretty", "--raw", "--no-volatile", "--sanitize", "--empty-slots"});
     EXPECT_EQ(line.action, Action::Scan);
     EXPECT_EQ(line.options.config, "c");
     EXPECT_EQ(line.options.output, "o");
     EXPECT_EQ(line.options.root, "/tree");
     EXPECT_EQ(line.options.ids, "/ids");
-    EXPECT_TRUE(line.options.pretty && line.options.raw && line.options.noVolatile && line.options.sanitize);
+    EXPECT_TRUE(line.options.pretty && line.options.raw && line.options.noVolatile && line.options.sanitize &&
+                line.options.emptySlots);
 }
 
 TEST(ScannerCommandLine, ListingFieldsNeedsNoFiles) {
