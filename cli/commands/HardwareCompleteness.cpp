@@ -26,6 +26,12 @@ Reasons groupsIn(const HardwareInventory& inventory, GroupState state) {
     return reasons;
 }
 
+// In a container, some files are closed to root as well.
+std::string describe(const std::string& reason, const HardwareInventory& inventory) {
+    const bool byRoot = valueOf(inventory.scanInfo, "Privileged") == "true";
+    return reasonText(reason) + (reason == kPermission && !byRoot ? "; root may read it" : "");
+}
+
 // A group that only root may read is lacking if the user asks for it by name.
 bool isLacking(const GroupStatus& status, bool named) {
     const bool kept = status.reason == kPermission || status.reason == kHomeRefused;
@@ -49,7 +55,8 @@ std::vector<std::string> completenessMessages(const HardwareInventory& inventory
         std::vector<std::string> all;
         for (const auto& [reason, names] : groupsIn(inventory, state)) {
             if (withReason)
-                lines.push_back(fmt::format("{}: {}: {}", lead, fmt::join(names, ", "), reasonText(reason)));
+                lines.push_back(
+                    fmt::format("{}: {}: {}", lead, fmt::join(names, ", "), describe(reason, inventory)));
             else
                 all.insert(all.end(), names.begin(), names.end());
         }

@@ -24,7 +24,7 @@ constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsComplete", GroupState::Complete}}};
 
 constexpr std::array<std::pair<std::string_view, std::string_view>, 22> kReasons{{
-    {"permission", "permission denied; root may read it"},
+    {"permission", "permission denied"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
     {"failed", "the scanner failed while reading it"},

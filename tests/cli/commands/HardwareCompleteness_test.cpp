@@ -26,6 +26,16 @@ TEST(HardwareCompleteness, MessagesListGroupsByStatusAndReason) {
               completenessMessages(inventory));
 }
 
+TEST(HardwareCompleteness, RootIsNotToldThatRootMayReadIt) {
+    HardwareInventory inventory = inventoryOf({GroupState::Partial, "permission"});
+    inventory.scanInfo = {{"Privileged", "true"}};
+    EXPECT_EQ(std::vector<std::string>{"incomplete: Memory: permission denied"},
+              completenessMessages(inventory));
+    inventory.scanInfo = {{"Privileged", "false"}};
+    EXPECT_EQ(std::vector<std::string>{"incomplete: Memory: permission denied; root may read it"},
+              completenessMessages(inventory));
+}
+
 TEST(HardwareCompleteness, MissingRequestedDataIsDetected) {
     const struct {
         GroupStatus status;

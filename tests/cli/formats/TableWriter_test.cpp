@@ -96,7 +96,7 @@ TEST(TableWriter, OnlyCompleteGroupsAreReportedAsEmpty) {
 
 TEST(TableWriter, HeadingOfAnIncompleteGroupHasTheReason) {
     const Group group{3, "Memory", {{{"Size", "1"}}}, {GroupState::Partial, "permission"}};
-    EXPECT_EQ("Memory - incomplete: permission denied; root may read it\n  Size  1\n\n",
+    EXPECT_EQ("Memory - incomplete: permission denied\n  Size  1\n\n",
               tableText(inventoryOf({group}), style(false)));
 }
 
