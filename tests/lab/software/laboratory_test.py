@@ -9,6 +9,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import impostors
 import mirror as mirrors
 import page
 import trees
@@ -28,12 +29,12 @@ class Scratch(unittest.TestCase):
     def path(self, *parts):
         return os.path.join(self.scratch, *parts)
 
-    def package(self, name, version, files=(), links=(), directory="archives"):
+    def package(self, name, version, files=(), links=(), directory="archives", source=""):
         """Builds a package. files: paths; links: (path, text)."""
         root = tempfile.mkdtemp(dir=self.scratch)
         os.chmod(root, 0o755)
         os.mkdir(os.path.join(root, "DEBIAN"))
-        control = (f"Package: {name}\nVersion: {version}\nArchitecture: all\n"
+        control = (f"Package: {name}\nVersion: {version}\nSource: {source or name}\nArchitecture: all\n"
                    "Maintainer: Nobody <nobody@example.com>\nDescription: a test\n")
         with open(os.path.join(root, "DEBIAN/control"), "w") as file:
             file.write(control)
@@ -128,8 +129,8 @@ class Trees(Scratch):
 class WithArchive(Scratch):
     def archive(self, *packages):
         index = ""
-        for name, version in packages:
-            path, control = self.package(name, version)
+        for name, version, *source in packages:
+            path, control = self.package(name, version, source="".join(source))
             with open(path, "rb") as file:
                 content = file.read()
             index += (control + f"Filename: ./{os.path.basename(path)}\nSize: {len(content)}\n"
@@ -139,6 +140,15 @@ class WithArchive(Scratch):
 
     def sources(self, trust="[trusted=yes] "):
         return f"deb {trust}file:{self.path('archives')} ./\n"
+
+
+class Sources(unittest.TestCase):
+    def suites(self, suite):
+        return {line.split(" ")[-2] for line in mirrors.sources_of_machine(suite).splitlines()}
+
+    def test_suites_without_updates_have_one_line(self):
+        for suite in ("sid", "trixie-backports"):
+            self.assertEqual({suite}, self.suites(suite))
 
 
 class Mirrors(WithArchive):
@@ -226,6 +236,13 @@ class Subjects(WithArchive):
             storeroom.subjects([Product("family", "tool", "tool renamed")], moved=False)
         self.assertEqual([], storeroom.subjects([Product("family", "older", {"bookworm": "older"})], moved=False))
 
+    def test_package_that_an_architecture_does_not_have_is_left_out(self):
+        self.archive(("tool", "1-1"))
+        machine = subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True, check=True).stdout.strip()
+        storeroom = Storeroom(self.path("cache"), "trixie", self.sources(), machine)
+        subject, = storeroom.subjects([Product("family", "tool", "tool"), Product("family", "other", "other")], moved=False)
+        self.assertEqual("tool", subject.product.name)
+        self.assertTrue(os.path.isdir(self.path("cache", f"trixie-{machine}", "packages")))
 
     def test_other_suites_have_packages_of_other_names(self):
         tool = Product("family", "tool", {"packages": "tool4 libtool1", "elsewhere": "tool5 tool libtool1"})
@@ -238,6 +255,12 @@ class Subjects(WithArchive):
         subject, = Storeroom(self.path("cache"), "newer", self.sources()).subjects(
             [Product("family", "tool", "tool libtool1")], moved=False)
         self.assertEqual(["tool", "libtool7"], [package.name for package in subject.packages])
+
+    def test_library_that_an_earlier_version_left_in_the_suite_is_not_taken(self):
+        self.archive(("tool", "3-1"), ("libtool1", "1-1", "tool"), ("libtool3", "3-1", "tool"))
+        subject, = Storeroom(self.path("cache"), "newer", self.sources()).subjects(
+            [Product("family", "tool", "tool libtool1")], moved=False)
+        self.assertEqual(["tool", "libtool3"], [package.name for package in subject.packages])
 
 
 class WithOutcomes(unittest.TestCase):
@@ -316,6 +339,22 @@ class Pages(WithOutcomes, Scratch):
             self.assertTrue(any(f"`{guid}`" in text or f"`{guid}." in text for guid in product.guids), product.name)
 
 
+class Impostors(Scratch):
+    def test_each_alternative_of_a_pattern_has_a_file(self):
+        signature = ElementTree.fromstring('<Signature><Each><Glob pattern="/**/{tool,tool-[0-9]*}.so*"/></Each></Signature>')
+        paths = impostors.names([signature])
+        self.assertEqual(["/place/tool-1.2.3.so1.2.3", "/place/tool.so1.2.3"], paths)
+        for kind in ("script", "text", "program"):
+            impostors.make(self.path(kind), paths, kind)
+            self.assertEqual(2, len(os.listdir(self.path(kind, "place"))))
+
+    def test_only_a_copy_of_the_program_may_be_reported_as_what_it_is(self):
+        result = WithOutcomes().result("zav.coreutils", "9.1")
+        self.assertFalse(impostors.is_wrong(result, "program", lambda guid: False))
+        self.assertTrue(impostors.is_wrong(result, "text", lambda guid: False))
+        self.assertFalse(impostors.is_wrong(result, "text", lambda guid: True))
+
+
 class Tables(unittest.TestCase):
     def test_table_has_a_sample_and_reasons(self):
         table = Table()
@@ -331,7 +370,8 @@ class Tables(unittest.TestCase):
     def test_what_holds_for_a_suite_holds_for_those_near_it(self):
         tool = Product("family", "tool", {"packages": "tool", "untold": {"bookworm": "old", "forky": "new"},
                                           "version": {"trixie": ["$", "x"]}})
-        self.assertEqual(["old", "old", "", "new"], [tool.untold(suite) for suite in ("bullseye", "bookworm", "trixie", "forky")])
+        self.assertEqual(["old", "old", "", "new", "new"],
+                         [tool.untold(suite) for suite in ("bullseye", "bookworm", "trixie", "forky", "sid")])
         self.assertEqual(["1", "1", "1x", "1x"],
                          [tool.told_version("1", suite) for suite in ("bullseye", "bookworm", "trixie", "forky")])
 

@@ -45,6 +45,10 @@ class Package:
         return f"{self.name}_{self.version.replace(':', '%3a')}_{self.architecture}.deb"
 
 
+# Suites that have no suites of updates beside them.
+WITHOUT_UPDATES = re.compile(r"sid|unstable|experimental|.*-backports")
+
+
 def sources_of_machine(suite):
     """The Debian lines of the machine's apt, with the suite put in place of the machine's own."""
     targets = subprocess.run(
@@ -56,7 +60,7 @@ def sources_of_machine(suite):
     for target in targets.splitlines():
         uri, release, component = target.split(" ")
         match = own.match(release)
-        if match and component == "main":
+        if match and component == "main" and not (match[2] and WITHOUT_UPDATES.fullmatch(suite)):
             trust = f"[signed-by={KEYRING}] " if os.path.exists(KEYRING) else ""
             lines.add(f"deb {trust}{uri} {suite}{match[2] or ''} main\n")
     if not lines:

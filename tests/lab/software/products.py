@@ -7,12 +7,20 @@ import tomllib
 SUITES = ("bookworm", "trixie")
 # Suites before them. All others come after them.
 OLDER_SUITES = ("buster", "bullseye")
+# A suite after them has, in this order, what holds for itself, for this one, and for the newest of them.
+NEXT_SUITE = "forky"
 _KEYS = {"packages", "bookworm", "trixie", "elsewhere", "signature", "version", "untold", "also", "sample"}
 
 
-def nearest_suite(suite):
-    """The suite of the table that comes next to this one."""
-    return suite if suite in SUITES else SUITES[0] if suite in OLDER_SUITES else SUITES[-1]
+def suites_near(suite):
+    """The suites whose lines hold for this one, the nearest first."""
+    if suite in SUITES:
+        return [suite]
+    return [suite, SUITES[0]] if suite in OLDER_SUITES else [suite, NEXT_SUITE, SUITES[-1]]
+
+
+def of_suite(values, suite):
+    return next((values[near] for near in suites_near(suite) if near in values), None)
 
 
 class TableFault(Exception):
@@ -51,7 +59,7 @@ class Product:
 
     def untold(self, suite):
         """Why the files do not tell the version; empty if they do."""
-        return self._untold.get(suite, self._untold.get(nearest_suite(suite), ""))
+        return of_suite(self._untold, suite) or ""
 
     def told_version(self, upstream, suite):
         """The version of upstream as the files tell it."""
@@ -59,7 +67,7 @@ class Product:
             return upstream
         rule = self._version
         if not isinstance(rule, list):
-            rule = rule.get(suite, rule.get(nearest_suite(suite)))
+            rule = of_suite(rule, suite)
         return re.sub(rule[0], rule[1], upstream) if rule else upstream
 
     def owns(self, guid):

@@ -30,16 +30,18 @@ def say(text):
 class Storeroom:
     """The packages and trees of a suite in the cache."""
 
-    def __init__(self, cache, suite, sources=None):
+    def __init__(self, cache, suite, sources=None, architecture=""):
+        """sources: lines of sources.list; by default, those of the machine. architecture: by default, the machine's own one."""
         self.suite = suite
-        self.directory = os.path.join(cache, suite)
+        self.architecture = architecture
+        self.directory = os.path.join(cache, f"{suite}-{architecture}" if architecture else suite)
         self.sources = sources
         self.mirror = None
 
     def subjects(self, products, moved):
         """Those of the products that the suite has. Their packages are fetched."""
         with trees.locked(self.directory):
-            self.mirror = mirrors.Mirror(self.suite, self.directory, self.sources)
+            self.mirror = mirrors.Mirror(self.suite, self.directory, self.sources, self.architecture)
             if self.mirror.index_note:
                 say(f"{self.suite}: {self.mirror.index_note}")
             return self._fetched(self._resolved(products, moved))
@@ -50,14 +52,15 @@ class Storeroom:
         found = self.mirror.resolve({name for those in alternatives.values() for names in those for name in names})
         if self.suite in SUITES:
             missing = sorted(name for those in alternatives.values() for names in those for name in names if name not in found)
-            if missing:
+            # An architecture may lack packages that the others have.
+            if missing and not self.architecture:
                 raise TableFault(f"{self.suite} has no package {', '.join(missing)}")
         subjects = []
         for product in products:
             # Of several alternatives, the first one with the most packages.
             those = [names for names in alternatives[product] if names[0] in found]
-            names = max(those, key=lambda names: sum(name in found for name in names), default=[])
-            packages = [found[name] for name in names if name in found]
+            names = max(those, key=lambda names: len(_of_one_build(names, found)), default=[])
+            packages = _of_one_build(names, found) if self.suite not in SUITES else [found[name] for name in names if name in found]
             if any(package.size > MAX_ARCHIVE_BYTES for package in packages):
                 say(f"{self.suite}: {product.name}: larger than {MAX_ARCHIVE_BYTES // 1_000_000} MB")
             elif packages:
@@ -90,6 +93,15 @@ class Storeroom:
                 with open(written, "w") as file:
                     file.write(label)
         return tree
+
+
+def _of_one_build(names, found):
+    """The packages of these names, without those that an earlier version of the first one's source left in the suite."""
+    if not names:
+        return []
+    first = found[names[0]]
+    packages = [found[name] for name in names if name in found]
+    return [package for package in packages if package.source != first.source or package.version == first.version]
 
 
 def _text(path):
