@@ -21,6 +21,7 @@ inline constexpr Field kIPv6AddressFields[] = {
     {.name = "AddressOrigin",
      .type = Type::Choice,
      .choices = "Static|DHCPv6|SLAAC|LinkLocal",
+     .liveTellsMore = true,
      .meaning = "how the interface got the address",
      .source = "netlink; `/proc/net/if_inet6`"},
     {.name = "IPv6AddressType",
