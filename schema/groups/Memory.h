@@ -83,7 +83,8 @@ inline constexpr Group kMemory{
     .about =
         "Main memory and swap space. One instance.\n\nInstalledMemory is what the firmware states, which "
         "only root can see, unless more memory is online, because some was added while the machine ran. In "
-        "this case, and for other users, it is what the firmware's map of addresses shows, if the kernel "
+        "this case, and for other users, it is what the firmware's map of addresses or a virtual machine's "
+        "device tree shows, if the kernel "
         "found "
         "all of it but a mebibyte. Otherwise it is the roundest number between the memory that the kernel "
         "found "

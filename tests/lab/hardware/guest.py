@@ -11,7 +11,7 @@ from cpio import Archive
 
 sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../software"))
 import trees
-from mirror import Mirror, MirrorFault
+from mirror import Mirror, MirrorFault, sources_of_machine
 
 KERNEL_PACKAGES = {"ppc64el": "linux-image-powerpc64le"}
 NAMES_OF_DEVICES = ("/usr/share/misc/pci.ids", "/usr/share/misc/usb.ids")
@@ -29,7 +29,13 @@ class Distribution:
     def __init__(self, cache, suite, architecture):
         self.architecture = architecture
         self.directory = os.path.join(cache, f"{suite}-{architecture}")
-        self.mirror = Mirror(suite, self.directory, architecture=architecture)
+        # Of an architecture that is not the machine's own, mirrors keep the updates less carefully than the release.
+        own = subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True, check=True).stdout.strip()
+        sources = None
+        if architecture != own:
+            release = re.compile(r" %s main$" % suite)
+            sources = "".join(line + "\n" for line in sources_of_machine(suite).splitlines() if release.search(line))
+        self.mirror = Mirror(suite, self.directory, sources, architecture)
 
     def tree(self, label, names):
         """The unpacked packages of these names."""

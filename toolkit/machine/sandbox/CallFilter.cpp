@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,12 @@ constexpr std::uint32_t kArchitecture = AUDIT_ARCH_X86_64;
 constexpr std::uint32_t kArchitecture = AUDIT_ARCH_AARCH64;
 #elif defined(__riscv) && __riscv_xlen == 64
 constexpr std::uint32_t kArchitecture = AUDIT_ARCH_RISCV64;
+#elif defined(__powerpc64__) && defined(__LITTLE_ENDIAN__)
+constexpr std::uint32_t kArchitecture = AUDIT_ARCH_PPC64LE;
+#elif defined(__powerpc64__)
+constexpr std::uint32_t kArchitecture = AUDIT_ARCH_PPC64;
+#elif defined(__s390x__)
+constexpr std::uint32_t kArchitecture = AUDIT_ARCH_S390X;
 #else
 constexpr std::uint32_t kArchitecture = 0;
 #endif
@@ -46,8 +53,13 @@ constexpr std::array kRefused = {
     SYS_connect,
     SYS_bind,
     SYS_listen,
+#ifdef SYS_accept
     SYS_accept,
+#endif
     SYS_accept4,
+#ifdef SYS_socketcall
+    SYS_socketcall,  // any of these, with arguments in memory
+#endif
     SYS_sendmsg,
     SYS_sendmmsg,
     SYS_io_uring_setup,
@@ -108,11 +120,20 @@ sock_filter jumpIf(std::uint16_t comparison, std::uint32_t value, std::uint8_t y
 constexpr std::uint32_t kNewNamespaces =
     CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
 
-// The lower half of an argument on little-endian processors.
+// The halves of an argument.
+constexpr bool kLowestFirst = std::endian::native == std::endian::little;
 constexpr std::size_t argument(std::size_t index) {
-    return offsetof(seccomp_data, args) + 8 * index;
+    return offsetof(seccomp_data, args) + 8 * index + (kLowestFirst ? 0 : 4);
 }
-constexpr std::size_t kUpperHalf = 4;
+constexpr std::size_t upperHalf(std::size_t index) {
+    return offsetof(seccomp_data, args) + 8 * index + (kLowestFirst ? 4 : 0);
+}
+
+#ifdef __s390x__
+constexpr std::size_t kCloneFlags = 1;
+#else
+constexpr std::size_t kCloneFlags = 0;
+#endif
 
 const sock_filter kRefuse = answer(SECCOMP_RET_ERRNO | EPERM);
 const sock_filter kAllow = answer(SECCOMP_RET_ALLOW);
@@ -129,7 +150,7 @@ void add(std::vector<sock_filter>& steps, long call, std::initializer_list<sock_
 [[maybe_unused]] void addClone(std::vector<sock_filter>& steps, bool children) {
     add(steps, SYS_clone3, {answer(SECCOMP_RET_ERRNO | ENOSYS)});
     add(steps, SYS_clone,
-        {load(argument(0)), jumpIf(BPF_JSET, kNewNamespaces, 1, 0),
+        {load(argument(kCloneFlags)), jumpIf(BPF_JSET, kNewNamespaces, 1, 0),
          children ? kAllow : jumpIf(BPF_JSET, CLONE_THREAD, 1, 0), kRefuse, kAllow});
 }
 
@@ -146,8 +167,8 @@ void addSockets(std::vector<sock_filter>& steps, bool asksKernel) {
          load(argument(1)), BPF_STMT(BPF_ALU | BPF_AND | BPF_K, kKinds), jumpIf(BPF_JEQ, SOCK_DGRAM, 0, 1),
          kAllow, kRefuse});
     add(steps, SYS_sendto,
-        {load(argument(4)), jumpIf(BPF_JEQ, 0, 0, 3), load(argument(4) + kUpperHalf),
-         jumpIf(BPF_JEQ, 0, 0, 1), kAllow, kRefuse});
+        {load(argument(4)), jumpIf(BPF_JEQ, 0, 0, 3), load(upperHalf(4)), jumpIf(BPF_JEQ, 0, 0, 1), kAllow,
+         kRefuse});
 }
 
 std::vector<sock_filter> program(const CallNeeds& needs) {

@@ -4,13 +4,13 @@
 #include <linux/sockios.h>
 #include <net/if.h>
 #include <sys/ioctl.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 
 #include "toolkit/machine/text/HexDigits.h"
+#include "toolkit/quorvah/sources/KernelSocket.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -33,7 +33,7 @@ std::string hexBytes(const unsigned char* bytes, std::size_t count) {
 
 }  // namespace
 
-Ethtool::Ethtool() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+Ethtool::Ethtool() : socket_(kernelSocket(AF_INET, SOCK_DGRAM, 0)) {}
 
 bool Ethtool::ask(const std::string& interface, void* command) const {
     ifreq request{};

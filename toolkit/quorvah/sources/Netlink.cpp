@@ -3,7 +3,6 @@
 #include <linux/if_addr.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
-#include <sys/socket.h>
 #include <sys/time.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 
 #include "kest/Descriptor.h"
 #include "kest/Retry.h"
+#include "toolkit/quorvah/sources/KernelSocket.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -122,10 +122,10 @@ void readRoute(std::string_view payload, NetlinkAnswer& answer) {
 
 class NetlinkSocket {
   public:
-    NetlinkSocket() : socket_(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
+    NetlinkSocket() : socket_(kernelSocket(AF_NETLINK, SOCK_RAW, NETLINK_ROUTE)) {
         // The kernel answers at once or not at all.
         const timeval limit{2, 0};
-        if (socket_.isOpen()) setsockopt(socket_.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        if (socket_.isOpen()) setKernelSocket(socket_.number(), SO_RCVTIMEO, &limit, sizeof limit);
     }
 
     bool ask(std::uint16_t type) const {
@@ -137,12 +137,13 @@ class NetlinkSocket {
         request.header.nlmsg_type = type;
         request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
         request.body.rtgen_family = AF_UNSPEC;
-        return send(socket_.number(), &request, request.header.nlmsg_len, 0) >= 0;
+        return sendToKernel(socket_.number(), &request, request.header.nlmsg_len) >= 0;
     }
 
     // The length of the received block; -1 if there is none.
     ssize_t receive(std::vector<char>& block) const {
-        return kest::retryInterrupted([&] { return recv(socket_.number(), block.data(), block.size(), 0); });
+        return kest::retryInterrupted(
+            [&] { return receiveFromKernel(socket_.number(), block.data(), block.size()); });
     }
 
   private:

@@ -91,6 +91,21 @@ TEST(InstalledMemory, IsWhatTheMapOfAddressesShowsIfTheKernelFoundIt) {
     EXPECT_EQ(installedIn(tree), "393216");
 }
 
+TEST(InstalledMemory, IsWhatTheDeviceTreeOfAVirtualBoardShows) {
+    ScratchDir tree;
+    withBlocks(tree, 6);
+    tree.write("proc/meminfo", "MemTotal:        660000 kB\n");
+    tree.write("proc/zoneinfo", "Node 0, zone    DMA\n        present  180224\n        managed  165000\n");
+    tree.write("proc/device-tree/#address-cells", std::string("\0\0\0\2", 4));
+    tree.write("proc/device-tree/#size-cells", std::string("\0\0\0\2", 4));
+    // 704 MiB.
+    tree.write("proc/device-tree/memory@40000000/reg",
+               std::string("\0\0\0\0\x40\0\0\0\0\0\0\0\x2c\0\0\0", 16));
+    EXPECT_EQ(installedIn(tree), "786432") << "the firmware of a real board may keep some";
+    tree.write("proc/device-tree/compatible", "linux,dummy-virt");
+    EXPECT_EQ(installedIn(tree), "720896");
+}
+
 // A structure type 17 with a module of 1 GiB.
 const std::string kModule =
     std::string("\x11\x1c\x11\0\0\0\xfe\xff\x40\0\x40\0\0\x04", 14) + std::string(16, '\0');
