@@ -101,7 +101,8 @@ def _of_one_build(names, found):
         return []
     first = found[names[0]]
     packages = [found[name] for name in names if name in found]
-    return [package for package in packages if package.source != first.source or package.version == first.version]
+    return [package for package in packages
+            if package.source != first.source or upstream(package.version) == upstream(first.version)]
 
 
 def _text(path):
