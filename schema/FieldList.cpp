@@ -26,7 +26,7 @@ Json jsonOf(const Field& field) {
     json["privacy"] = wordOf(field.privacy);
     json["access"] = wordOf(field.access);
     json["liveOnly"] = field.liveOnly;
-    json["liveTellsMore"] = field.liveTellsMore;
+    json["liveSeesMore"] = field.liveSeesMore;
     json["meaning"] = field.meaning;
     json["source"] = field.source;
     return json;
@@ -58,7 +58,7 @@ std::string remarks(const Field& field) {
     add(field.access == Access::RootOnly, "root only");
     add(field.access == Access::RootSeesMore, "root sees more");
     add(field.liveOnly, "not in a tree");
-    add(field.liveTellsMore, "less in a tree");
+    add(field.liveSeesMore, "less in a tree");
     add(field.privacy != Privacy::Public, "hashed by --sanitize");
     return text;
 }

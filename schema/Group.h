@@ -51,7 +51,7 @@ struct Field {
     Access access = Access::Everyone;
     bool bytewise = false;  // of a first field: instances are sorted by its bytes, not by the numbers in it
     bool liveOnly = false;  // unknown in a captured tree
-    bool liveTellsMore = false;  // a captured tree may have no value, or one from another source
+    bool liveSeesMore = false;  // a captured tree may have no value, or one from another source
     std::string_view meaning = {};
     std::string_view source = {};
 };

@@ -12,13 +12,13 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
      .source = "`/sys/class/dmi/id/product_uuid`; `/sys/hypervisor/uuid`; `/proc/self/mountinfo`"},
     {.name = "VirtualSystemType",
      .access = Access::RootSeesMore,
-     .liveTellsMore = true,
+     .liveSeesMore = true,
      .meaning = "`kvm`, `qemu`, `vmware`, `hyperv`, `xen`, `container` and so on; `qemu` is not known to be "
                 "run by KVM",
      .source =
          "CPUID; `/proc/cpuinfo`; `/sys/hypervisor`; DMI; `/proc/sysinfo`; device tree; container markers"},
     {.name = "HypervisorVendor",
-     .liveTellsMore = true,
+     .liveSeesMore = true,
      .meaning = "maker of the hypervisor",
      .source = "CPUID; `/sys/hypervisor`; `/proc/sysinfo`"},
     {.name = "HypervisorVersion",
@@ -26,7 +26,6 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
      .source = "`/sys/hypervisor/version`; `/proc/sysinfo`"},
     {.name = "ContainerType",
      .access = Access::RootSeesMore,
-     .liveTellsMore = true,
      .meaning = "`docker`, `podman`, `lxc` and so on",
      .source = "`/run/systemd/container`; `/.dockerenv`; `/run/.containerenv`; `/proc/1/environ`"},
     {.name = "VirtualizationMode",

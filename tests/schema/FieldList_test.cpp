@@ -26,7 +26,6 @@ constexpr Field kFields[] = {
      .list = true,
      .privacy = Privacy::Address,
      .access = Access::RootSeesMore,
-     .liveTellsMore = true,
      .meaning = "hosts",
      .source = "/etc/hosts"},
 };
@@ -43,7 +42,7 @@ TEST(FieldList, TheTextHasALinePerField) {
         "  DeviceID  name (text; key) [/dev]\n"
         "  Kind      kind (choice HDD|SSD) [queue]\n"
         "  Free      free space (count, KiB; changes; root only; not in a tree) [statvfs]\n"
-        "  Hosts     hosts (text list; root sees more; less in a tree; hashed by --sanitize) [/etc/hosts]\n"
+        "  Hosts     hosts (text list; root sees more; hashed by --sanitize) [/etc/hosts]\n"
         "\n"
         "6 None\n"
         "  None.\n"
@@ -67,9 +66,9 @@ TEST(FieldList, TheJsonHasAllPropertiesOfAField) {
     EXPECT_EQ((std::vector<std::string>{"HDD", "SSD"}), fields[1]["choices"]);
     EXPECT_FALSE(fields[0].contains("choices"));
     const nlohmann::json free = {
-        {"name", "Free"},   {"type", "count"},        {"unit", "KiB"},           {"list", false},
-        {"key", false},     {"volatile", true},       {"privacy", "public"},     {"access", "root-only"},
-        {"liveOnly", true}, {"liveTellsMore", false}, {"meaning", "free space"}, {"source", "statvfs"}};
+        {"name", "Free"},   {"type", "count"},       {"unit", "KiB"},           {"list", false},
+        {"key", false},     {"volatile", true},      {"privacy", "public"},     {"access", "root-only"},
+        {"liveOnly", true}, {"liveSeesMore", false}, {"meaning", "free space"}, {"source", "statvfs"}};
     EXPECT_EQ(free, fields[2]);
     EXPECT_EQ("address", fields[3]["privacy"]);
     EXPECT_EQ("root-sees-more", fields[3]["access"]);

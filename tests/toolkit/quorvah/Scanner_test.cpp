@@ -76,20 +76,6 @@ TEST_F(Scanner, WritesDocumentsOfTheXmlSchema) {
     }
 }
 
-TEST_F(Scanner, OmitsAValueThatIsNotOfItsTypeAndSaysSo) {
-    dir_.write("tree/sys/bus/usb/devices/1-1/idVendor", "not hexadecimal\n");
-    dir_.write("tree/sys/bus/usb/devices/1-1/idProduct", "0a1b\n");
-    const Finished done = scan({"USBDevice", "ScanInfo"}, {"--root", dir_.path() / "tree"});
-    EXPECT_EQ(done.status, 0);
-    const std::vector<Element> all = elements();
-    ASSERT_EQ(all.size(), 2U);
-    EXPECT_EQ(all[0]["VendorId"], "");
-    EXPECT_EQ(all[0]["ProductId"], "0a1b");
-    const std::string warning = "USBDevice: a value of VendorId is not of its type and omitted";
-    EXPECT_EQ(all[1]["Warnings"], warning);
-    EXPECT_NE(done.errors.find(warning), std::string::npos) << done.errors;
-}
-
 TEST_F(Scanner, ListsTheFieldsOfAllGroups) {
     const Finished text = runScanner({"--list-fields"});
     EXPECT_EQ(text.status, 0);

@@ -14,6 +14,7 @@
 
 #include "toolkit/machine/files/OpenResolved.h"
 #include "toolkit/machine/files/PathWalk.h"
+#include "toolkit/machine/files/Recorder.h"
 #include "toolkit/machine/text/Lines.h"
 
 namespace toolkit {
@@ -103,10 +104,24 @@ kest::Descriptor Root::open(std::string_view path, int flags) const {
     kest::Descriptor opened =
         live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
     if (!opened.isOpen()) note(errno);
+    noteOpened(path, flags, opened);
     return opened;
 }
 
+void Root::noteOpened(std::string_view path, int flags, const kest::Descriptor& opened) const {
+    if (recorder_ == nullptr) return;
+    const int error = errno;
+    recorder_->noteOpened(path, flags, opened, error);
+    errno = error;
+}
+
 kest::Descriptor Root::openStrictly(std::string_view path, int flags, std::uint64_t resolve) const {
+    kest::Descriptor opened = openAsTold(path, flags, resolve);
+    noteOpened(path, flags, opened);
+    return opened;
+}
+
+kest::Descriptor Root::openAsTold(std::string_view path, int flags, std::uint64_t resolve) const {
     flags |= O_CLOEXEC;
     resolve |= RESOLVE_NO_MAGICLINKS;
     const std::string relative = relativeToRoot(path);

@@ -14,6 +14,8 @@
 
 namespace toolkit {
 
+class Recorder;
+
 // The file tree of the scanned machine: the live file system, or a directory with a copy. All paths are absolute
 // ("/proc/cpuinfo"), and all symbolic links, including absolute ones, stay inside the tree.
 //
@@ -38,6 +40,8 @@ class Root {
 
     // Whether system calls describe the scanned machine, which they do not for a directory.
     bool live() const { return !tree_.isOpen(); }
+    // Whether the files are those of the running machine: users may change them, and file systems may not answer.
+    bool running() const { return live() || (recorder_ != nullptr && directory_ == "/"); }
     // The directory as given to the constructor; empty for the live machine.
     const std::string& directory() const { return directory_; }
     // Who keeps lookups inside the tree: the kernel, unless it lacks the call or a filter denies it.
@@ -73,6 +77,11 @@ class Root {
     // The path of an open file within this tree, as the kernel knows it; empty when it is unknown.
     std::string pathOf(const kest::Descriptor& file) const;
 
+    // From now on writes down what is read. REQUIRES: the recorder lives as long as this object.
+    void record(Recorder* recorder) { recorder_ = recorder; }
+    // For what a caller opens without this class. Does nothing unless a recorder is set.
+    void noteOpened(std::string_view path, int flags, const kest::Descriptor& opened) const;
+
     // After this time every access to the tree throws OutOfTime.
     void watch(std::optional<Clock::time_point> deadline) { deadline_ = deadline; }
     std::optional<Clock::time_point> deadline() const { return deadline_; }
@@ -88,6 +97,7 @@ class Root {
     void forgetDenials(int count) const { denials_ = count; }
 
   private:
+    kest::Descriptor openAsTold(std::string_view path, int flags, std::uint64_t resolve) const;
     kest::Descriptor openBelow(std::string_view path, int flags) const;
     void note(int error) const;
     bool readUpTo(std::string_view path, std::size_t most, std::string& content) const;
@@ -96,6 +106,7 @@ class Root {
     std::string directory_;
     Lookup lookup_ = Lookup::Kernel;
     std::optional<Clock::time_point> deadline_;
+    Recorder* recorder_ = nullptr;
     mutable int denials_ = 0;
     mutable int excesses_ = 0;
 };

@@ -43,19 +43,22 @@ void setKernel(const Root& root, Instance& system) {
     system.set("Architecture", kernel.machine);
 }
 
-std::optional<std::int64_t> birthTime(const Root& root, const char* path) {
+// The creation time of a file that has this number in its file system; of any file if that is 0.
+std::optional<std::int64_t> birthTime(const Root& root, const char* path, std::uint64_t number) {
     const kest::Descriptor file = root.open(path, O_PATH);
     struct statx status {};
-    if (!file.isOpen() || ::statx(file.number(), "", AT_EMPTY_PATH, STATX_BTIME, &status) != 0)
+    if (!file.isOpen() || ::statx(file.number(), "", AT_EMPTY_PATH, STATX_BTIME | STATX_INO, &status) != 0 ||
+        (number != 0 && status.stx_ino != number))
         return std::nullopt;
     return (status.stx_mask & STATX_BTIME) != 0 ? std::optional(status.stx_btime.tv_sec) : std::nullopt;
 }
 
-// The approximate time of installation: the creation time of /lost+found or of /etc/machine-id. In a copied tree the
-// latter is the time of copying, but a copy has no lost+found.
+// The approximate time of installation: the creation time of /lost+found or of /etc/machine-id. In a copied tree these
+// are the times of copying. There machine-id does not count, and lost+found has another number than mke2fs gave it.
 std::string installDate(const Root& root) {
-    std::optional<std::int64_t> born = birthTime(root, "/lost+found");
-    if (!born && root.live()) born = birthTime(root, "/etc/machine-id");
+    constexpr std::uint64_t kNumberOfLostAndFound = 11;
+    std::optional<std::int64_t> born = birthTime(root, "/lost+found", kNumberOfLostAndFound);
+    if (!born && root.live()) born = birthTime(root, "/etc/machine-id", 0);
     // Files in a file system that was made from an image may have no creation time.
     return born && *born > 0 ? isoTime(*born) : std::string();
 }

@@ -14,6 +14,9 @@ const char* const kUsage =
     "  -c, --config FILE  XML file whose elements <Group Name=\"...\"/> name the groups to gather\n"
     "  -o, --output FILE  XML file to write the inventory to\n"
     "      --root DIR     scan the machine whose files lie below DIR instead of this one\n"
+    "      --record FILE  with --root, also write the files that were read to a new cpio archive; with "
+    "--root /\n"
+    "                     these are the files of this machine\n"
     "      --ids DIR      take the names of PCI and USB devices from the files in DIR\n"
     "      --pretty       break and indent the lines of the output\n"
     "      --raw          keep firmware texts that are placeholders\n"
@@ -32,6 +35,7 @@ const char* const kUsage =
     "These environment variables are for programs that cannot add options. A program that runs with other\n"
     "rights than its caller ignores them.\n"
     "  QUORVAH_ROOT=DIR            --root DIR\n"
+    "  QUORVAH_RECORD=FILE         --record FILE\n"
     "  QUORVAH_SANDBOX=optional    --sandbox optional\n"
     "  QUORVAH_PRETTY=1            --pretty; empty, 0 and false mean no\n"
     "  QUORVAH_NO_VOLATILE=1       --no-volatile, likewise\n"
@@ -60,6 +64,7 @@ bool isOn(std::string_view value) {
 
 void addEnvironment(const Environment& environment, Options& options) {
     if (options.root.empty()) options.root = valueOf(environment, "QUORVAH_ROOT");
+    if (options.record.empty()) options.record = valueOf(environment, "QUORVAH_RECORD");
     options.pretty = options.pretty || isOn(valueOf(environment, "QUORVAH_PRETTY"));
     options.noVolatile = options.noVolatile || isOn(valueOf(environment, "QUORVAH_NO_VOLATILE"));
     options.sanitize = options.sanitize || isOn(valueOf(environment, "QUORVAH_SANITIZE"));
@@ -83,6 +88,7 @@ CommandLine parseCommandLine(int count, char* const* arguments, const Environmen
         {.name = "config", .letter = 'c', .value = &options.config},
         {.name = "output", .letter = 'o', .value = &options.output},
         {.name = "root", .value = &options.root},
+        {.name = "record", .value = &options.record},
         {.name = "ids", .value = &options.ids},
         {.name = "pretty", .given = &options.pretty},
         {.name = "raw", .given = &options.raw},
@@ -110,6 +116,8 @@ CommandLine parseCommandLine(int count, char* const* arguments, const Environmen
             line.message = "no configuration file given (-c)";
         } else if (options.output.empty()) {
             line.message = "no output file given (-o)";
+        } else if (!options.record.empty() && options.root.empty()) {
+            line.message = "--record needs --root; with --root / it records this machine";
         }
     }
     if (!line.message.empty()) line.action = Action::Refuse;

@@ -10,12 +10,14 @@
 #include <vector>
 
 #include "toolkit/machine/files/OutputFile.h"
+#include "toolkit/machine/files/Recorder.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/OutputDocument.h"
 #include "toolkit/quorvah/report/Sanitizer.h"
 #include "toolkit/quorvah/scan/Configuration.h"
 #include "toolkit/quorvah/scan/GatheringSandbox.h"
 #include "toolkit/quorvah/scan/GroupGatherer.h"
+#include "toolkit/quorvah/scan/RecordFilter.h"
 
 namespace toolkit::quorvah {
 
@@ -36,6 +38,7 @@ class HardwareScan {
   public:
     explicit HardwareScan(Options options) : context_(openScan(std::move(options))) {
         if (context_.options().sanitize) sanitizer_.emplace();
+        startRecord();
         context_.summary.startTime = std::time(nullptr);
     }
 
@@ -51,12 +54,30 @@ class HardwareScan {
             context_, gathered, Limits(), [this](GroupData& data) { prepare(data); },
             [this](GroupResult&& result) { add(std::move(result)); });
         if (wantsScanInfo) addScanInfo();
+        finishRecord();
         writeOutputFile(context_.options().output, [this](const TextSink& sink) {
             writeDocument(results_, context_.options().pretty, sink);
         });
     }
 
   private:
+    void startRecord() {
+        const Options& options = context_.options();
+        if (options.record.empty()) return;
+        try {
+            recorder_.emplace(options.record, options.root, withoutPasswords);
+        } catch (const std::system_error& failure) {
+            throw BadInput(std::string("the record cannot be written: ") + failure.what());
+        }
+        context_.record(&*recorder_);
+    }
+
+    void finishRecord() {
+        if (!recorder_) return;
+        const std::string problem = recorder_->finish();
+        if (!problem.empty()) throw std::runtime_error(problem);
+    }
+
     // The requested groups, each once, in the order of the table.
     std::vector<const Group*> readWanted() {
         const Configuration configuration = readConfiguration(context_.options().config);
@@ -150,6 +171,7 @@ class HardwareScan {
     const Clock::time_point start_ = Clock::now();
     GatheringContext context_;
     std::optional<Sanitizer> sanitizer_;
+    std::optional<Recorder> recorder_;
     std::vector<GroupResult> results_;
     std::size_t rendered_ = 0;  // bytes of XML of all results
 };

@@ -14,8 +14,9 @@ namespace toolkit::quorvah {
 struct Options {
     std::string config;
     std::string output;
-    std::string root;  // empty for the live machine
-    std::string ids;   // the directory of the device name databases; empty for those of the host
+    std::string root;    // empty for the live machine
+    std::string record;  // a new file for what the scan reads; empty for none
+    std::string ids;     // the directory of the device name databases; empty for those of the host
     bool pretty = false;
     bool raw = false;
     bool emptySlots = false;
@@ -49,6 +50,8 @@ class GatheringContext {
 
     const Options& options() const { return options_; }
     const Root& root() const { return root_; }
+    // Writes down what is read from now on. REQUIRES: the recorder lives as long as this object.
+    void record(Recorder* recorder) { root_.record(recorder); }
 
     // A text from firmware without trailing blanks. Empty for a placeholder, unless the option --raw keeps it.
     std::string firmwareText(std::string text) const;

@@ -58,7 +58,7 @@ bool HomeFiles::isLocal(const std::string& path) const {
         if (innermost == nullptr || mount.mountPoint.size() >= innermost->mountPoint.size())
             innermost = &mount;
     }
-    if (innermost == nullptr || !root_.live()) return true;
+    if (innermost == nullptr || !root_.running()) return true;
     if (innermost->type == "autofs") return false;
     const FileSystemKind kind = fileSystemKind(*innermost);
     return kind == FileSystemKind::Local || kind == FileSystemKind::Pseudo;
@@ -96,9 +96,10 @@ std::optional<std::string> HomeFiles::read(std::string_view path) {
     struct stat status {};
     const bool regular = ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
     // A captured tree has the owner who unpacked it.
-    const bool owned = !root_.live() || status.st_uid == owner_ || status.st_uid == 0;
+    const bool owned = !root_.running() || status.st_uid == owner_ || status.st_uid == 0;
     std::optional<std::string> content;
     if (regular && owned) content = readBounded(file.number(), root_);
+    if (content) root_.noteOpened(home_ + "/" + std::string(path), O_RDONLY | O_NOFOLLOW, file);
     if (!content) refused_ = true;
     return content;
 }

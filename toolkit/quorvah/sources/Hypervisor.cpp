@@ -256,7 +256,7 @@ Hypervisor findHypervisor(const Root& root) {
 
 std::string containerType(const Root& root) {
     // A container image has the marks of containers even if it runs without a container.
-    if (root.live() && root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
+    if (root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
     std::string type = root.readLine("/run/systemd/container");
     if (!type.empty()) return type;
     if (root.exists("/run/.containerenv")) return "podman";

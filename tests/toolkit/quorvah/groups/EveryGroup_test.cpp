@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -65,39 +64,6 @@ TEST_P(EveryGroup, AcceptsDirectoriesInPlaceOfFiles) {
 TEST_P(EveryGroup, HasValuesOfTheDeclaredForm) {
     for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
         expectForm(gatheredBelow(*GetParam(), tree.path()));
-    }
-}
-
-// The values of the keys; empty for an instance of a group without keys.
-std::vector<std::string> keyOf(const Group& group, const Instance& instance) {
-    std::vector<std::string> key;
-    for (std::size_t i = 0; i < group.fields.size(); ++i) {
-        if (group.fields[i].key) key.emplace_back(instance.values()[i]);
-    }
-    return key;
-}
-
-TEST_P(EveryGroup, HasNoTwoInstancesWithTheSameKeys) {
-    for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
-        const GroupData data = gatheredBelow(*GetParam(), tree.path());
-        std::set<std::vector<std::string>> keys;
-        for (const Instance& instance : data.instances()) {
-            EXPECT_TRUE(keys.insert(keyOf(*GetParam(), instance)).second)
-                << tree.path() << " " << joined(instance);
-        }
-    }
-}
-
-TEST_P(EveryGroup, HasInATreeNoValueThatOnlyTheLiveMachineHas) {
-    for (const fs::directory_entry& tree : fs::directory_iterator(QUORVAH_TEST_TREES)) {
-        const GroupData data = gatheredBelow(*GetParam(), tree.path());
-        for (const Instance& instance : data.instances()) {
-            for (std::size_t i = 0; i < instance.values().size(); ++i) {
-                const schema::Field& field = GetParam()->fields[i];
-                EXPECT_FALSE(field.liveOnly && !instance.values()[i].empty())
-                    << tree.path() << " " << field.name;
-            }
-        }
     }
 }
 

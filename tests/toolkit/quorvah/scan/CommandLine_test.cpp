@@ -117,6 +117,13 @@ TEST(ScannerCommandLine, TheEnvironmentTurnsNoOptionOff) {
     }
 }
 
+TEST(ScannerCommandLine, ARecordNeedsARoot) {
+    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--record", "r"}).action, Action::Refuse);
+    EXPECT_EQ(parse({"-c", "x", "-o", "y", "--record", "r", "--root", "/"}).options.record, "r");
+    EXPECT_EQ(parse({"-c", "x", "-o", "y"}, {{"QUORVAH_RECORD", "r"}, {"QUORVAH_ROOT", "/"}}).options.record,
+              "r");
+}
+
 TEST(ScannerCommandLine, TheOptionSandboxOverridesTheEnvironment) {
     const Variables variables = {{"QUORVAH_SANDBOX", "optional"}};
     EXPECT_TRUE(parse({"-c", "x", "-o", "y"}, variables).options.sandboxOptional);
