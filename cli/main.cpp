@@ -23,6 +23,8 @@ int run(int argc, const char* const* argv) {
     }
     const auto& options = std::get<Options>(parsed);
     switch (options.command) {
+        case Command::Capture:
+            return runCapture(options);
         case Command::Diff:
             return runDiff(options);
         case Command::Groups:

@@ -5,6 +5,7 @@
 
 namespace zavcli {
 
+int runCapture(const Options& options);
 int runDiff(const Options& options);
 int runDoctor(const Options& options);
 int runGroups(const Options& options);

@@ -15,12 +15,13 @@ namespace {
 
 constexpr const char* kMainFooter = R"(Examples:
   zav hw                                   show the hardware and the system
-  zav hw Processor Memory                  show two groups only
+  zav hw --group Processor --group Memory  show two groups only
   zav hw --format json --output pc.json    write everything to a file, for a program
   zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
   zav sbom -o machine.cdx.json             write a bill of materials of the software
   zav diff monday.json tuesday.json        show what has changed between two inventories
+  zav capture machine.tar.zst              archive what a scan reads, to scan it elsewhere
   zav doctor                               find out why an inventory does not work
 
 Exit status: 0 success, 1 the command failed, 2 the command line is wrong, 3 the inventory is written, but requested
@@ -29,11 +30,11 @@ that signal. 'zav hw --help' and the like describe formats and options.)";
 
 constexpr const char* kHardwareFooter =
     R"(Groups are named as 'zav groups' lists them, or by number. Names are case-insensitive, and blanks are ignored:
-'zav hw OperatingSystem', 'zav hw "operating system"' and 'zav hw 4' are the same.
+'--group OperatingSystem', '--group "operating system"' and '--group 4' are the same.
 
 Formats:
-  table  for people. Several instances form a table below the values that they share. Without GROUP, long groups and
-         long values are shortened; GROUP or --all shows them completely.
+  table  for people. Several instances form a table below the values that they share. Without --group, long groups and
+         long values are shortened; --group or --all shows them completely.
   json   {"scan": {...}, "status": {"Processor": {"status": "complete"}, ...},
          "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings
   csv    one record per field: group,instance,field,value. Instances are numbered from 0. The record with the field
@@ -57,14 +58,14 @@ random and not kept, so they are different in each inventory.
 
 Examples:
   sudo zav hw                                      root may read serial numbers and memory modules
-  zav hw "Software Packages" --all
-  zav hw 25 --format csv --output packages.csv
+  zav hw --group "Software Packages" --all
+  zav hw --group 25 --format csv --output packages.csv
   zav hw --root /mnt/image --format json           scan the system below /mnt/image instead of this machine
   zav hw --sanitize --format json -o share.json    write an inventory that does not identify the machine
 
 Exit status: 0 the inventory is written, 1 the command failed, 2 the command line is wrong, 3 the inventory is
 written, but a group is unread or partial for another reason than a missing permission, or nothing could be read of a
-group that was named.)";
+group that was named by --group.)";
 
 constexpr const char* kSoftwareFooter =
     R"(A signature file describes software: which packages, files or contents show that it is installed, and which values,
@@ -157,6 +158,25 @@ Examples:
 
 Exit status: 0 no difference, 1 differences were written, 2 the command failed.)";
 
+constexpr const char* kCaptureFooter =
+    R"(FILE is an archive of the files that a hardware scan of this machine, or of the directory of --root, reads: tables of
+the firmware, attributes of devices, lists of packages and accounts. Unpacked, it can be scanned again:
+
+  zav capture machine.tar.zst
+  mkdir machine && tar -C machine -xf machine.tar.zst
+  zav hw --root machine
+
+This gives the same inventory, except what only a running machine tells, such as free space of file systems. The end of
+the name decides about the compression: .tar.zst, .tar.gz or .tar. Only its owner may read the file, because it contains
+serial numbers, addresses and names of accounts. Hashes of passwords, and passwords in the configuration of printers,
+guests and the kernel's command line, are left out. A scan as root reads more.
+
+--sanitize replaces the private values of the inventory, wherever they are in the files, by others of the same form.
+Files with private values beyond those, such as records of logins and tables of network addresses, are empty then.
+
+Exit status: 0 the archive is written, 1 the command failed, 2 the command line is wrong, 3 the archive is written, but
+something could not be read for another reason than a missing permission.)";
+
 constexpr const char* kGroupsFooter =
     R"(Groups that the scanner does not gather, or that this machine cannot have, are marked. Without a scanner, the groups
 are listed without marks. The fields of a group are listed with type, unit and meaning, as the scanner that comes with
@@ -193,15 +213,20 @@ void addRepeated(CLI::App& command, const std::string& names, std::vector<std::s
     command.add_option(names, values, help)->type_name(type)->take_all()->allow_extra_args(false);
 }
 
+// What a scanner looks at.
+void addRoot(CLI::App& command, Options& options) {
+    command.add_option("--root", options.root, "Scan the system below this directory")
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory.description(""));
+    command.add_flag("-v")->description("Show more messages of the library; -vv shows all");
+}
+
 // What the commands that run a scanner read and write.
 void addPlaces(CLI::App& command, Options& options) {
     command.add_option("-o,--output", options.output, "Write to this file instead of standard output (-)")
         ->type_name("FILE");
     addToolkit(command, options);
-    command.add_option("--root", options.root, "Scan the system below this directory")
-        ->type_name("DIR")
-        ->check(CLI::ExistingDirectory.description(""));
-    command.add_flag("-v")->description("Show more messages of the library; -vv shows all");
+    addRoot(command, options);
 }
 
 void addSignatureFiles(CLI::App& command, Options& options) {
@@ -227,7 +252,7 @@ void addScan(CLI::App& command, Options& options, std::string& format) {
 void addHardware(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("hw", "Take an inventory of the hardware and the system");
     command.footer(kHardwareFooter);
-    command.add_option("GROUP,-g,--group", options.groups, "Scan only these groups")->type_name("GROUP");
+    addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan only this group; may be repeated");
     addScan(command, options, format);
     command.add_flag("--all", options.all, "Show everything in the table");
     command.add_flag("--sanitize", options.sanitize,
@@ -281,6 +306,19 @@ void addDiff(CLI::App& app, Options& options, std::string& format) {
     command.add_flag("--ignore-access", options.ignoreAccess,
                      "Leave out what only one of the scans could see");
     command.callback([&options] { options.command = Command::Diff; });
+}
+
+void addCapture(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand("capture", "Archive the files that a hardware scan reads");
+    command.footer(kCaptureFooter);
+    command.add_option("FILE", options.archive, "The archive: .tar.zst, .tar.gz or .tar")
+        ->type_name("")
+        ->required();
+    addToolkit(command, options);
+    addRoot(command, options);
+    command.add_flag("--sanitize", options.sanitize,
+                     "Replace serial numbers, addresses and names of the machine and its users");
+    command.callback([&options] { options.command = Command::Capture; });
 }
 
 void addGroups(CLI::App& app, Options& options, std::string& format) {
@@ -340,6 +378,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     addSoftware(app, options, format);
     addSbom(app, options, bill);
     addDiff(app, options, diff);
+    addCapture(app, options);
     addGroups(app, options, format);
     addDoctor(app, options);
     try {
@@ -352,8 +391,9 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
         throw Failure(kExitBadUsage, fmt::format("{} (see '{} --help')", error.what(), parsedCommand(app)));
     }
     if (app.get_subcommands().empty())
-        throw Failure(kExitBadUsage,
-                      "a command is missing: hw, sw, sbom, diff, groups or doctor (see 'zav --help')");
+        throw Failure(
+            kExitBadUsage,
+            "a command is missing: hw, sw, sbom, diff, capture, groups or doctor (see 'zav --help')");
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",

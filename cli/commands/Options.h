@@ -10,7 +10,7 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Software, Sbom, Diff, Groups, Doctor };
+enum class Command { Hardware, Software, Sbom, Diff, Capture, Groups, Doctor };
 enum class Format { Table, Json, Csv, Xml };
 enum class BillFormat { CycloneDx, Spdx };
 
@@ -29,7 +29,8 @@ struct Options {
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
     BillFormat bill = BillFormat::CycloneDx;
-    std::string before;  // the inventories to compare
+    std::string archive;  // the file for what a scan reads
+    std::string before;   // the inventories to compare
     std::string after;
     bool ignoreAccess = false;  // leave out what only one of them could see
     bool hashes = false;        // hash the files in the evidence

@@ -22,7 +22,8 @@ void passFlag(bool given, const char* variable) {
 // Whether an option is given that an installed scanner may not support. It would then report another machine than
 // requested, or values that were to be hidden.
 bool needsBundledScanner(const Options& options) {
-    return options.root || options.sanitize || options.noVolatile || options.pretty;
+    return options.command == Command::Capture || options.root || options.sanitize || options.noVolatile ||
+           options.pretty;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 
 #include "cli/commands/ScanSetup.h"
@@ -71,6 +72,19 @@ void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string
     inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
 
+HardwareInventory scanWith(const Options& options, const Toolkit& toolkit, const Workspace& workspace,
+                           const std::vector<std::string>& groupNames) {
+    const std::string root = passScannedRoot(options, kHardwareScanner);
+    ProgressBar progress(isCapableTerminal(STDERR_FILENO));
+    LogPrinter printer(options.verbosity, toolkit.source, progress);
+    LibraryHandle library(&printer, workspace, toolkit.directory);
+    const std::vector<GroupName> groups = chooseGroups(library.groups(), groupNames);
+    progress.begin(static_cast<int>(groups.size()));
+    HardwareInventory inventory = scanHardware(library, toolkit.directory, root, groups);
+    progress.end();
+    return inventory;
+}
+
 }  // namespace
 
 std::vector<std::string> signaturePaths(const Options& options) {
@@ -92,17 +106,19 @@ EvaluationOptions evaluationOptions(const Options& options, const std::vector<Si
 
 HardwareInventory scanMachine(const Options& options, const std::vector<std::string>& groupNames) {
     const Toolkit toolkit = selectToolkit(options, kHardwareScanner);
-    const std::string root = passScannedRoot(options, kHardwareScanner);
     passScanOptions(options);
-    ProgressBar progress(isCapableTerminal(STDERR_FILENO));
-    LogPrinter printer(options.verbosity, toolkit.source, progress);
     const Workspace workspace;
-    LibraryHandle library(&printer, workspace, toolkit.directory);
-    const std::vector<GroupName> groups = chooseGroups(library.groups(), groupNames);
-    progress.begin(static_cast<int>(groups.size()));
-    HardwareInventory inventory = scanHardware(library, toolkit.directory, root, groups);
-    progress.end();
-    return inventory;
+    return scanWith(options, toolkit, workspace, groupNames);
+}
+
+HardwareInventory recordMachine(const Options& options, const Workspace& workspace,
+                                const std::string& record) {
+    const Toolkit toolkit = selectToolkit(options, kHardwareScanner);
+    setenv("QUORVAH_RECORD", record.c_str(), 1);
+    unsetenv("QUORVAH_SANITIZE");  // what is to be hidden in the files must be known
+    constexpr int kKeep = 0;
+    setenv(kHardwareScanner.rootVariable, "/", kKeep);
+    return scanWith(options, toolkit, workspace, {});
 }
 
 SoftwareInventory evaluateSignatures(const Options& options, const std::vector<SignatureFile>& files) {

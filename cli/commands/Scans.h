@@ -9,11 +9,17 @@
 #include "cli/scan/HardwareInventory.h"
 #include "cli/scan/SignatureFile.h"
 #include "cli/scan/SoftwareInventory.h"
+#include "cli/scan/Workspace.h"
 
 namespace zavcli {
 
 // Scans the groups of these names, or all groups if there are none, and shows the progress.
 HardwareInventory scanMachine(const Options& options, const std::vector<std::string>& groupNames);
+
+// Scans all groups by their files only, without asking the kernel, and lets the scanner write what it reads to the file
+// `record` in the workspace.
+HardwareInventory recordMachine(const Options& options, const Workspace& workspace,
+                                const std::string& record);
 
 // The signature files of the command line, else those that come with the command.
 std::vector<std::string> signaturePaths(const Options& options);

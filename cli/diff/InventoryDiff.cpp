@@ -122,7 +122,7 @@ class GroupComparison {
     // Whether both scans see the same value of a key.
     bool isCommon(const schema::Field& key) const {
         return !(circumstances_.otherUser && key.access != schema::Access::Everyone) &&
-               !(circumstances_.otherPlace && (key.liveOnly || key.liveTellsMore));
+               !(circumstances_.otherPlace && (key.liveOnly || key.liveSeesMore));
     }
 
     void chooseKeys() {
@@ -217,7 +217,7 @@ class GroupComparison {
         if (circumstances_.otherUser && hidden &&
             (definition->access != schema::Access::Everyone || lacksPermission()))
             return Needs::Root;
-        if (circumstances_.otherPlace && (definition->liveOnly || definition->liveTellsMore))
+        if (circumstances_.otherPlace && (definition->liveOnly || definition->liveSeesMore))
             return Needs::LiveMachine;
         return Needs::Nothing;
     }

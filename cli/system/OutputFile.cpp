@@ -64,10 +64,11 @@ const char* kindOf(mode_t mode) {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+OutputFile::OutputFile(std::string path, Access access) : path_(std::move(path)) {
     try {
         openDirectory();
         checkEarlierFile();
+        if (access == Access::Owner) mode_ = 0600;
         if (!openUnnamed()) openTemporary();
     } catch (...) {
         if (directory_ >= 0) close(directory_);

@@ -13,8 +13,11 @@ namespace zavcli {
 // the file.
 class OutputFile {
   public:
+    // Who may read the file: whom the umask and an earlier file allow to, or its owner only.
+    enum class Access { Usual, Owner };
+
     // Checks that the file can be written, before any work is done for it. Throws Failure.
-    explicit OutputFile(std::string path);
+    explicit OutputFile(std::string path, Access access = Access::Usual);
     // Removes what was not committed.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -39,7 +42,7 @@ class OutputFile {
     std::string name_;  // the last component of the path
     std::string
         temporary_;  // the temporary name of the new file in the same directory; empty while it has none
-    std::optional<mode_t> mode_;  // the permissions to take over from the earlier file
+    std::optional<mode_t> mode_;  // the permissions of the file; nothing for those of a new file
     int directory_ = -1;          // the directory of the file
     int descriptor_ = -1;         // the new file
 };

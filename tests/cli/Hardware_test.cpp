@@ -208,23 +208,6 @@ TEST_F(HardwareTest, BadUsageExitsWithTwoWithoutAScan) {
     }
 }
 
-TEST_F(HardwareTest, GroupsMayBeNamedWithAndWithoutTheOption) {
-    const std::vector<std::vector<std::string>> cases = {
-        {"Processor", "Memory"},
-        {"--group", "Processor", "--group", "Memory"},
-        {"-g", "Processor", "Memory"},
-        {"Processor", "--group=Memory"},
-    };
-    for (std::vector<std::string> arguments : cases) {
-        arguments.insert(arguments.end(), {"--format", "json"});
-        const Ended ended = hw(arguments).run();
-        ASSERT_EQ(0, ended.status) << ended.err;
-        const Json groups = Json::parse(ended.out).at("groups");
-        EXPECT_EQ(2U, groups.size()) << ended.out;
-        EXPECT_TRUE(groups.contains("Processor") && groups.contains("Memory")) << ended.out;
-    }
-}
-
 TEST_F(HardwareTest, UnknownGroupIsRefusedWithASuggestion) {
     EXPECT_EQ("zav: unknown group 'Procesor'; did you mean Processor? 'zav groups' lists all\n",
               hw({"--group", "Procesor"}).run().err);

@@ -70,6 +70,14 @@ TEST(Options, TwoInventoriesAreCompared) {
     EXPECT_NE(std::string::npos, refusal({"diff", "a"}).find("NEW is required"));
 }
 
+TEST(Options, AnArchiveIsMade) {
+    const Options capture = options({"capture", "m.tar.zst", "--root", "/"});
+    EXPECT_EQ(Command::Capture, capture.command);
+    EXPECT_EQ("m.tar.zst", capture.archive);
+    EXPECT_EQ("/", capture.root);
+    EXPECT_NE(std::string::npos, refusal({"capture"}).find("FILE is required"));
+}
+
 TEST(Options, EveryOptionOfASoftwareInventoryIsParsed) {
     const Options full = options({"sw",
                                   "a.xml",
