@@ -8,7 +8,7 @@ import images
 
 MACHINES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "machines")
 DEFAULTS = {"architecture": "amd64", "suite": "bookworm", "sample": False, "user": False, "modules": [], "packages": [],
-            "image": [], "guest": "", "monitor": [], "time_limit": 240}
+            "image": [], "guest": "", "monitor": [], "time_limit": 480}
 
 
 class MachineFault(Exception):
