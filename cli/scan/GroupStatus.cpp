@@ -23,13 +23,14 @@ constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsNotApplicable", GroupState::NotApplicable},
                                       {"GroupsComplete", GroupState::Complete}}};
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 22> kReasons{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 23> kReasons{{
     {"permission", "permission denied"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
     {"failed", "the scanner failed while reading it"},
     {"limit", "there is more data than the scanner reads"},
     {"too-large", "there is more data than the scanner reads"},
+    {"not-local", "part of it is on a file system of another machine or of a program, which may not answer"},
     {"netlink", "the kernel did not answer"},
     {"no-source", "this machine does not provide the data"},
     {"not-in-tree", "the scanned directory does not contain the data"},

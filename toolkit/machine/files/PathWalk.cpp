@@ -37,15 +37,27 @@ std::string linkText(int directory, const std::string& name) {
 // The directories from the root of the tree to the current one.
 class Walk {
   public:
-    explicit Walk(int tree) : tree_(tree) {}
+    Walk(int tree, const AvoidedMounts& avoided) : tree_(tree), avoided_(avoided) {}
 
     int directory() const { return below_.empty() ? tree_ : below_.back().number(); }
 
-    void goToRoot() { below_.clear(); }
+    void goToRoot() {
+        below_.clear();
+        path_.clear();
+    }
 
     // The parent of the root is the root.
     void goUp() {
-        if (!below_.empty()) below_.pop_back();
+        if (below_.empty()) return;
+        below_.pop_back();
+        path_.resize(path_.rfind('/'));
+    }
+
+    // Whether the next directory or file of this name is one that is avoided. Sets errno then.
+    bool avoids(const std::string& name) const {
+        if (avoided_.empty() || !avoided_.contain(path_ + "/" + name)) return false;
+        errno = EREMOTE;
+        return true;
     }
 
     bool goDown(const std::string& name) {
@@ -53,18 +65,21 @@ class Walk {
             ::openat(directory(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!next.isOpen()) return false;
         below_.push_back(std::move(next));
+        path_.append("/").append(name);
         return true;
     }
 
   private:
     int tree_;
+    const AvoidedMounts& avoided_;
     std::vector<kest::Descriptor> below_;
+    std::string path_;  // within the tree, empty at its root
 };
 
 }  // namespace
 
-kest::Descriptor openByComponent(int tree, std::string_view path, int flags) {
-    Walk walk(tree);
+kest::Descriptor openByComponent(int tree, std::string_view path, int flags, const AvoidedMounts& avoided) {
+    Walk walk(tree, avoided);
     std::vector<std::string> todo = reversedComponents(path);
     int links = 0;
     while (!todo.empty()) {
@@ -74,6 +89,7 @@ kest::Descriptor openByComponent(int tree, std::string_view path, int flags) {
             walk.goUp();
             continue;
         }
+        if (walk.avoids(name)) return {};
         const bool last = todo.empty();
         const bool keepLink = last && (flags & O_NOFOLLOW) != 0;
         const std::string link = keepLink ? std::string() : linkText(walk.directory(), name);

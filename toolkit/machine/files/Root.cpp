@@ -11,7 +11,9 @@
 #include <cerrno>
 #include <memory>
 #include <system_error>
+#include <utility>
 
+#include "toolkit/machine/files/MountInfo.h"
 #include "toolkit/machine/files/OpenResolved.h"
 #include "toolkit/machine/files/PathWalk.h"
 #include "toolkit/machine/files/Recorder.h"
@@ -46,11 +48,13 @@ ssize_t readSome(int descriptor, char* buffer, std::size_t size) {
     }
 }
 
+constexpr std::size_t kSmall = std::size_t{16} << 10;
+
 // Reads until the end of the file or until there are more than `most` bytes. False when reading fails.
 bool readPieces(int descriptor, std::size_t most, const Root& root, std::string& content) {
     // Most files are sysfs attributes of a few bytes, for which this buffer suffices.
     std::array<char, 4096> buffer;
-    while (content.size() <= most && content.size() < 4 * buffer.size()) {
+    while (content.size() <= most && content.size() < kSmall) {
         const ssize_t count = readSome(descriptor, buffer.data(), buffer.size());
         if (count <= 0) return count == 0;
         content.append(buffer.data(), static_cast<std::size_t>(count));
@@ -89,6 +93,7 @@ Root::Root(const std::string& directory, Lookup lookup)
 
 void Root::note(int error) const {
     if (error == EACCES || error == EPERM) ++denials_;
+    if (error == EREMOTE) ++avoidances_;
 }
 
 kest::Descriptor Root::openBelow(std::string_view path, int flags) const {
@@ -101,8 +106,9 @@ kest::Descriptor Root::open(std::string_view path, int flags) const {
     checkTime();
     flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     if ((flags & O_PATH) != 0) flags &= ~(O_NOCTTY | O_NONBLOCK);  // openat2 does not accept them with O_PATH
-    kest::Descriptor opened =
-        live() ? kest::Descriptor(::open(std::string(path).c_str(), flags)) : openBelow(path, flags);
+    kest::Descriptor opened = !avoided_.empty() ? openLocally(path, flags, 0)
+                              : live()          ? kest::Descriptor(::open(std::string(path).c_str(), flags))
+                                                : openBelow(path, flags);
     if (!opened.isOpen()) note(errno);
     noteOpened(path, flags, opened);
     return opened;
@@ -124,6 +130,7 @@ kest::Descriptor Root::openStrictly(std::string_view path, int flags, std::uint6
 kest::Descriptor Root::openAsTold(std::string_view path, int flags, std::uint64_t resolve) const {
     flags |= O_CLOEXEC;
     resolve |= RESOLVE_NO_MAGICLINKS;
+    if (!avoided_.empty()) return openLocally(path, flags, resolve);
     const std::string relative = relativeToRoot(path);
     if (live() && lookup_ == Lookup::Kernel)
         return kest::Descriptor(openResolved(AT_FDCWD, ("/" + relative).c_str(), flags, resolve));
@@ -133,6 +140,48 @@ kest::Descriptor Root::openAsTold(std::string_view path, int flags, std::uint64_
     if (!live()) return openByComponent(tree_.number(), relative, flags);
     const kest::Descriptor top(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
     return openByComponent(top.number(), relative, flags);
+}
+
+void Root::stayLocal() {
+    const std::string top = live() ? "/" : kernelPathOf(tree_.number());
+    // A tree has the mounts of the machine that scans it.
+    const std::string mounts = Root().read("/proc/self/mountinfo").value_or(std::string());
+    avoided_ = AvoidedMounts(readMountInfo(mounts), top);
+}
+
+// Without avoided mounts on the way, the kernel does the lookup, which it ends with EXDEV where another mount begins.
+kest::Descriptor Root::openLocally(std::string_view path, int flags, std::uint64_t resolve) const {
+    const std::string relative = relativeToRoot(path);
+    const std::string absolute = "/" + relative;
+    if (avoided_.contain(absolute)) {
+        errno = EREMOTE;
+        return {};
+    }
+    if (lookup_ == Lookup::Kernel) {
+        kest::Descriptor opened = openOnOneMount(absolute, flags, resolve | RESOLVE_NO_XDEV);
+        if (opened.isOpen() || errno != EXDEV || (resolve & RESOLVE_NO_XDEV) != 0) return opened;
+    }
+    if (!live()) return openByComponent(tree_.number(), relative, flags, avoided_);
+    return openByComponent(mountAt("/").number(), relative, flags, avoided_);
+}
+
+kest::Descriptor Root::openOnOneMount(const std::string& path, int flags, std::uint64_t resolve) const {
+    if (!live()) {
+        resolve |= RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
+        return kest::Descriptor(openResolved(tree_.number(), path.c_str() + 1, flags, resolve));
+    }
+    const std::string_view base = avoided_.baseOf(path);
+    const kest::Descriptor& mount = mountAt(base);
+    const char* const rest = path.c_str() + (base == "/" ? 1 : base.size() + 1);
+    return kest::Descriptor(openResolved(mount.number(), rest, flags, resolve));
+}
+
+const kest::Descriptor& Root::mountAt(std::string_view path) const {
+    const auto known = mounts_.find(path);
+    if (known != mounts_.end()) return known->second;
+    kest::Descriptor mount(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (path != "/") mount = openByComponent(mount.number(), path.substr(1), O_PATH | O_CLOEXEC, avoided_);
+    return mounts_.emplace(path, std::move(mount)).first->second;
 }
 
 std::string Root::pathOf(const kest::Descriptor& file) const {
@@ -152,6 +201,8 @@ bool Root::readUpTo(std::string_view path, std::size_t most, std::string& conten
     const kest::Descriptor file = open(path);
     struct stat status {};
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    const auto size = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
+    if (size > kSmall) content.reserve(std::min(most, size) + 1);
     if (readPieces(file.number(), most, *this, content)) return true;
     note(errno);
     return false;
@@ -163,6 +214,13 @@ std::optional<std::string> Root::read(std::string_view path, std::size_t limit) 
     if (content.size() <= limit) return content;
     ++excesses_;
     return std::nullopt;
+}
+
+std::string Root::readStart(std::string_view path, std::size_t size) const {
+    std::string content;
+    if (!readUpTo(path, size, content)) return {};
+    content.resize(std::min(content.size(), size));
+    return content;
 }
 
 std::string Root::readLine(std::string_view path) const {

@@ -4,12 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "kest/Descriptor.h"
+#include "toolkit/machine/files/AvoidedMounts.h"
 #include "toolkit/machine/text/Checked.h"
 
 namespace toolkit {
@@ -53,6 +56,8 @@ class Root {
 
     // The content of a regular file; nothing when it cannot be read or is larger than `limit`.
     std::optional<std::string> read(std::string_view path, std::size_t limit = kFileLimit) const;
+    // The first `size` bytes of a regular file; empty when it cannot be read.
+    std::string readStart(std::string_view path, std::size_t size) const;
     // The first line of a file without surrounding white space; empty when it is longer than kLineLimit.
     std::string readLine(std::string_view path) const;
     // The decimal number in a file's first line; nothing when it has a sign or does not fit.
@@ -82,6 +87,11 @@ class Root {
     // For what a caller opens without this class. Does nothing unless a recorder is set.
     void noteOpened(std::string_view path, int flags, const kest::Descriptor& opened) const;
 
+    // From now on, nothing that another machine or a program provides is looked at: network file systems, FUSE, and what
+    // would be mounted automatically. The file system of the tree itself is.
+    void stayLocal();
+    const AvoidedMounts& avoided() const { return avoided_; }
+
     // After this time every access to the tree throws OutOfTime.
     void watch(std::optional<Clock::time_point> deadline) { deadline_ = deadline; }
     std::optional<Clock::time_point> deadline() const { return deadline_; }
@@ -91,6 +101,8 @@ class Root {
 
     // The number of files and directories so far that were too large.
     int excesses() const { return excesses_; }
+    // The number of accesses so far that were avoided, see stayLocal().
+    int avoidances() const { return avoidances_; }
     // The number of accesses so far that were denied.
     int denials() const { return denials_; }
     // Resets the count of denials, after accesses that the caller does not depend on.
@@ -99,6 +111,9 @@ class Root {
   private:
     kest::Descriptor openAsTold(std::string_view path, int flags, std::uint64_t resolve) const;
     kest::Descriptor openBelow(std::string_view path, int flags) const;
+    kest::Descriptor openLocally(std::string_view path, int flags, std::uint64_t resolve) const;
+    kest::Descriptor openOnOneMount(const std::string& path, int flags, std::uint64_t resolve) const;
+    const kest::Descriptor& mountAt(std::string_view path) const;
     void note(int error) const;
     bool readUpTo(std::string_view path, std::size_t most, std::string& content) const;
 
@@ -107,6 +122,9 @@ class Root {
     Lookup lookup_ = Lookup::Kernel;
     std::optional<Clock::time_point> deadline_;
     Recorder* recorder_ = nullptr;
+    AvoidedMounts avoided_;
+    mutable std::map<std::string, kest::Descriptor, std::less<>> mounts_;  // mount points of the live machine
+    mutable int avoidances_ = 0;
     mutable int denials_ = 0;
     mutable int excesses_ = 0;
 };

@@ -116,13 +116,14 @@ void addDrive(const Root& root, const Mount& mount, GroupData& data) {
 }
 
 // Asks the kernel for the sizes of local file systems, which it knows without asking a program or another machine.
-void addUsages(const std::vector<Mount>& drives, GroupData& data) {
+void addUsages(const Root& root, const std::vector<Mount>& drives, GroupData& data) {
     std::vector<std::size_t> asked;
     std::vector<std::string> paths;
     for (std::size_t i = 0; i < drives.size(); ++i) {
-        if (fileSystemKind(drives[i]) != FileSystemKind::Local) continue;
+        const std::string& place = drives[i].mountPoint;
+        if (fileSystemKind(drives[i]) != FileSystemKind::Local || root.avoided().contain(place)) continue;
         asked.push_back(i);
-        paths.push_back(drives[i].mountPoint);
+        paths.push_back(place);
     }
     const UsageAnswers answers = askUsage(paths);
     if (!answers.complete) data.partial("timeout");
@@ -139,7 +140,7 @@ void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     const std::vector<Mount> drives = mountedDrives(readMounts(root));
     for (const Mount& drive : drives) addDrive(root, drive, data);
-    if (root.live()) addUsages(drives, data);
+    if (root.live()) addUsages(root, drives, data);
 }
 
 }  // namespace

@@ -83,6 +83,12 @@ class GroupData {
     // Part of the group could not be read. A group without instances is unread then. `reason` is one word
     // ("permission", "timeout", "dpkg-broken"); the first reason for the final state is kept.
     void partial(std::string_view reason) { setState(GroupState::Partial, reason); }
+    // The same, for a reason that explains those which were given before.
+    void partialBecause(std::string_view reason) {
+        if (state_ > GroupState::Partial) return;
+        state_ = GroupState::Partial;
+        reason_ = reason;
+    }
     // Nothing of the group could be read, even if there are instances.
     void unread(std::string_view reason) { setState(GroupState::Unread, reason); }
     void notApplicable(std::string_view reason) { setState(GroupState::NotApplicable, reason); }

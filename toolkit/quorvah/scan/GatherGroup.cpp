@@ -44,6 +44,7 @@ void gatherGroup(GatheringContext& context, GroupData& data, const Prepare& prep
     const Clock::time_point start = Clock::now();
     const int denials = context.root().denials();
     const int excesses = context.root().excesses();
+    const int avoidances = context.root().avoidances();
     context.limitTime(deadline);
     try {
         data.group().gather(context, data);
@@ -61,7 +62,11 @@ void gatherGroup(GatheringContext& context, GroupData& data, const Prepare& prep
     if (context.root().denials() > denials) data.partial("permission");
     if (data.trim() || context.root().excesses() > excesses) data.partial("too-large");
     data.dropMalformed();
-    checkSources(context.root(), data);
+    if (context.root().avoidances() > avoidances) {
+        data.partialBecause("not-local");
+    } else {
+        checkSources(context.root(), data);
+    }
     data.setElapsed(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start));
     prepare(data);
 }

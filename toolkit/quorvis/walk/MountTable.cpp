@@ -1,20 +1,14 @@
 #include "toolkit/quorvis/walk/MountTable.h"
 
-#include <algorithm>
-#include <array>
 #include <filesystem>
 #include <system_error>
 
+#include "toolkit/machine/files/AvoidedMounts.h"
 #include "toolkit/machine/files/MountInfo.h"
 
 namespace toolkit::quorvis {
 
 namespace {
-
-constexpr std::array<std::string_view, 21> kRemoteTypes = {
-    "9p",   "afs",    "autofs", "beegfs", "ceph", "cifs",  "coda",     "davfs", "fuse",  "gfs",       "gfs2",
-    "gpfs", "lustre", "ncpfs",  "nfs",    "nfs4", "ocfs2", "orangefs", "smb3",  "smbfs", "glusterfs",
-};
 
 // The path of the tree on the host. Empty for the live machine.
 std::string pathOfTree(const Root& root) {
@@ -25,10 +19,6 @@ std::string pathOfTree(const Root& root) {
 }
 
 }  // namespace
-
-bool isRemoteFileSystem(std::string_view type) {
-    return type.starts_with("fuse.") || std::ranges::find(kRemoteTypes, type) != kRemoteTypes.end();
-}
 
 MountTable::MountTable(const Root& root) {
     const std::string tree = pathOfTree(root);

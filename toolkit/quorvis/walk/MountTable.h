@@ -8,10 +8,6 @@
 
 namespace toolkit::quorvis {
 
-// Whether the files of a file system of this type ("nfs4", "fuse.sshfs", "autofs") come from another machine or from a
-// program, so that even a stat() may take forever.
-bool isRemoteFileSystem(std::string_view type);
-
 // What was mounted in a tree when the table was made.
 class MountTable {
   public:
