@@ -6,7 +6,6 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
@@ -83,22 +82,21 @@ void setNames(const GatheringContext& context, const std::string& address, const
               Instance& modem) {
     const Root& root = context.root();
     if (bus == "USB") {
-        DeviceNameDatabase database(context.options(), "usb.ids");
         const std::string path = kUsb + address + "/";
         const std::string vendor = root.readLine(path + "idVendor");
         std::string name = context.firmwareText(root.readLine(path + "product"));
         std::string maker = context.firmwareText(root.readLine(path + "manufacturer"));
-        if (name.empty()) name = database.ids().device(vendor, root.readLine(path + "idProduct"));
-        if (maker.empty()) maker = database.ids().vendor(vendor);
+        if (name.empty()) name = context.usbNames().ids().device(vendor, root.readLine(path + "idProduct"));
+        if (maker.empty()) maker = context.usbNames().ids().vendor(vendor);
         modem.set("Name", name);
         modem.set("Manufacturer", maker);
         modem.set("Model", name);
     } else if (bus == "PCI") {
-        DeviceNameDatabase database(context.options(), "pci.ids");
         const std::string vendor = pciId(root, kPci + address + "/vendor");
-        const std::string_view name = database.ids().device(vendor, pciId(root, kPci + address + "/device"));
+        const std::string_view name =
+            context.pciNames().ids().device(vendor, pciId(root, kPci + address + "/device"));
         modem.set("Name", name);
-        modem.set("Manufacturer", database.ids().vendor(vendor));
+        modem.set("Manufacturer", context.pciNames().ids().vendor(vendor));
         modem.set("Model", name);
     }
 }

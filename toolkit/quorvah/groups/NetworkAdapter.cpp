@@ -1,7 +1,6 @@
 #include <net/if.h>
 
 #include <charconv>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -10,7 +9,6 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 #include "toolkit/quorvah/sources/Ethtool.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/IpAddresses.h"
@@ -26,18 +24,17 @@ std::string hexDigits(const std::string& line) {
     return line.substr(line.starts_with("0x") ? 2 : 0);
 }
 
-// Opens each database when the first adapter needs a name from it.
 class AdapterNames {
   public:
     explicit AdapterNames(const GatheringContext& context) : context_(context) {}
 
     void setPci(std::string_view address, Instance& adapter) {
-        if (!pci_) pci_ = std::make_unique<DeviceNameDatabase>(context_.options(), "pci.ids");
-        set(pci_->ids(), "/sys/bus/pci/devices/" + std::string(address), "/vendor", "/device", adapter);
+        set(context_.pciNames().ids(), "/sys/bus/pci/devices/" + std::string(address), "/vendor", "/device",
+            adapter);
     }
     void setUsb(std::string_view name, Instance& adapter) {
-        if (!usb_) usb_ = std::make_unique<DeviceNameDatabase>(context_.options(), "usb.ids");
-        set(usb_->ids(), "/sys/bus/usb/devices/" + std::string(name), "/idVendor", "/idProduct", adapter);
+        set(context_.usbNames().ids(), "/sys/bus/usb/devices/" + std::string(name), "/idVendor", "/idProduct",
+            adapter);
     }
 
   private:
@@ -55,8 +52,6 @@ class AdapterNames {
     }
 
     const GatheringContext& context_;
-    std::unique_ptr<DeviceNameDatabase> pci_;
-    std::unique_ptr<DeviceNameDatabase> usb_;
 };
 
 // Tries the link of the interface and that of its device, because a captured tree may have only one of them.

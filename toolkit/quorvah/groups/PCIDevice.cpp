@@ -7,7 +7,7 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
+#include "toolkit/quorvah/sources/DeviceIdsFile.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
@@ -114,7 +114,7 @@ constexpr const char* kSources[] = {"/sys/bus"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
-    DeviceNameDatabase names(context.options(), "pci.ids");
+    DeviceIdsFile& ids = context.pciNames().ids();
     const std::vector<Slot> slots = readSlots(root);
     for (const std::string& name : root.list(kDevices)) {
         const std::optional<PciAddress> address = readPciAddress(name);
@@ -126,7 +126,7 @@ void gather(GatheringContext& context, GroupData& data) {
         setIds(root, kDevices + name + "/", device);
         setPlace(root, kDevices + name + "/", device);
         device.set("PhysicalSlot", slotOf(name, slots));
-        setNames(names.ids(), device);
+        setNames(ids, device);
     }
 }
 

@@ -9,7 +9,6 @@
 #include "toolkit/machine/text/IsoTime.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
@@ -37,6 +36,16 @@ std::vector<std::string> notApplicable(const ScanSummary& summary) {
     return entries;
 }
 
+// The versions of the existing databases of device names.
+std::vector<std::string> nameDatabases(const GatheringContext& context) {
+    std::vector<std::string> versions;
+    for (const DeviceNameDatabase* const names : {&context.pciNames(), &context.usbNames()}) {
+        const std::string version = names->version();
+        if (!version.empty()) versions.push_back(version);
+    }
+    return versions;
+}
+
 void gather(GatheringContext& context, GroupData& data) {
     const ScanSummary& summary = context.summary;
     Instance& info = data.add("quorvah");
@@ -57,7 +66,7 @@ void gather(GatheringContext& context, GroupData& data) {
     info.set("GroupsUnsupported", unsupported());
     info.set("Complete", summary.partial.empty() && summary.unread.empty() && summary.unsupported.empty());
     info.set("Warnings", summary.warnings);
-    info.set("NameDatabaseVersion", deviceNameDatabaseVersions(context.options()));
+    info.set("NameDatabaseVersion", nameDatabases(context));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include "schema/groups/USBDevice.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
+#include "toolkit/quorvah/sources/DeviceIdsFile.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/UsbAttributes.h"
 
@@ -72,14 +72,14 @@ void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     const std::vector<std::string> names = root.list(kDevices);
     if (names.empty()) return;
-    DeviceNameDatabase database(context.options(), "usb.ids");
+    DeviceIdsFile& ids = context.usbNames().ids();
     for (const std::string& name : names) {
         if (name.find(':') != std::string::npos) continue;
         const std::string path = kDevices + name + "/";
         Instance& device = data.add(name);
         setDescriptor(root, path, device);
         device.set("SerialNumber", context.firmwareText(root.readLine(path + "serial")));
-        setNames(root, path, database.ids(), device);
+        setNames(root, path, ids, device);
         setInterfaces(root, name, names, device);
     }
 }

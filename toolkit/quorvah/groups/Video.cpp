@@ -1,5 +1,4 @@
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,7 +7,6 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/BusAddress.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
 
@@ -107,16 +105,14 @@ constexpr const char* kSources[] = {"/sys/bus", "/sys/class"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
-    std::map<std::string, Instance*> found;      // by bus address
-    std::optional<DeviceNameDatabase> database;  // reading it takes longer than all the rest
+    std::map<std::string, Instance*> found;  // by bus address
     for (const std::string& address : root.list(kPci)) {
         const std::string path = kPci + address + "/";
         if (!readPciAddress(address) || !root.readLine(path + "class").starts_with("0x03")) continue;
         Instance& video = data.add(address);
         found[address] = &video;
         setIds(root, path, video);
-        if (!database) database.emplace(context.options(), "pci.ids");
-        setNames(root, database->ids(), address, video);
+        setNames(root, context.pciNames().ids(), address, video);
         setDriver(root, path, video);
     }
     for (const Card& card : readCards(root)) {

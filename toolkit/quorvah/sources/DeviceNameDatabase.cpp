@@ -5,34 +5,33 @@
 #include "toolkit/machine/files/Root.h"
 
 namespace toolkit::quorvah {
-namespace {
 
-// The content of the database; empty if there is none.
-std::string readDatabase(const Options& options, const std::string& fileName) {
-    const Root host;
-    std::vector<std::string> folders = {options.ids};
-    if (options.ids.empty()) folders = {"/usr/share/misc", "/usr/share/hwdata"};
+DeviceIdsFile& DeviceNameDatabase::ids() {
+    if (!ids_) {
+        text_ = readFile(Root::kFileLimit);
+        ids_.emplace(text_);
+    }
+    return *ids_;
+}
+
+std::string DeviceNameDatabase::version() const {
+    constexpr std::size_t kHeader = 4096;
+    const std::string header = readFile(kHeader);
+    const std::string_view version = DeviceIdsFile(header).version();
+    return version.empty() ? std::string() : fileName_ + " " + std::string(version);
+}
+
+// The first bytes of the file; empty if there is none.
+std::string DeviceNameDatabase::readFile(std::size_t limit) const {
+    Root host;
+    host.stayLocal();
+    std::vector<std::string> folders = {directory_};
+    if (directory_.empty()) folders = {"/usr/share/misc", "/usr/share/hwdata"};
     for (std::string& folder : folders) {
-        std::string text = host.read(folder.append("/").append(fileName)).value_or(std::string());
+        std::string text = host.readStart(folder.append("/").append(fileName_), limit);
         if (!text.empty()) return text;
     }
     return {};
-}
-
-}  // namespace
-
-DeviceNameDatabase::DeviceNameDatabase(const Options& options, const char* fileName)
-    : text_(readDatabase(options, fileName)), ids_(text_) {}
-
-std::string deviceNameDatabaseVersions(const Options& options) {
-    std::string versions;
-    for (const char* const fileName : {"pci.ids", "usb.ids"}) {
-        const std::string version(DeviceNameDatabase(options, fileName).ids().version());
-        if (version.empty()) continue;
-        if (!versions.empty()) versions += ';';
-        versions.append(fileName).append(" ").append(version);
-    }
-    return versions;
 }
 
 }  // namespace toolkit::quorvah

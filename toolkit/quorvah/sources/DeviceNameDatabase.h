@@ -1,28 +1,35 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "toolkit/quorvah/sources/DeviceIdsFile.h"
-#include "toolkit/quorvah/sources/GatheringContext.h"
 
 namespace toolkit::quorvah {
 
-// The file pci.ids or usb.ids of the host, or of the directory in the option --ids. It does not depend on the scanned
-// tree. Without the file all names are unknown.
+// The file pci.ids or usb.ids of the host, or of another directory. It does not depend on the scanned tree. Without the file
+// all names are unknown.
 class DeviceNameDatabase {
   public:
-    DeviceNameDatabase(const Options& options, const char* fileName);
+    // Of the host if `directory` is empty.
+    DeviceNameDatabase(std::string directory, std::string fileName)
+        : directory_(std::move(directory)), fileName_(std::move(fileName)) {}
     DeviceNameDatabase(const DeviceNameDatabase&) = delete;
     DeviceNameDatabase& operator=(const DeviceNameDatabase&) = delete;
 
-    DeviceIdsFile& ids() { return ids_; }
+    // Reads the file when it is called for the first time, which takes longer than gathering most groups.
+    DeviceIdsFile& ids();
+    // "pci.ids 2023.04.10"; empty if there is no file. Reads only its start.
+    std::string version() const;
 
   private:
-    std::string text_;
-    DeviceIdsFile ids_;
-};
+    std::string readFile(std::size_t limit) const;
 
-// The versions of the existing databases, for ScanInfo: "pci.ids 2023.04.10;usb.ids 2023.01.16".
-std::string deviceNameDatabaseVersions(const Options& options);
+    std::string directory_;
+    std::string fileName_;
+    std::string text_;
+    std::optional<DeviceIdsFile> ids_;
+};
 
 }  // namespace toolkit::quorvah

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "toolkit/machine/files/Root.h"
+#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 
 namespace toolkit::quorvah {
 
@@ -53,6 +54,9 @@ class GatheringContext {
     // Writes down what is read from now on. REQUIRES: the recorder lives as long as this object.
     void record(Recorder* recorder) { root_.record(recorder); }
 
+    DeviceNameDatabase& pciNames() const { return pciNames_; }
+    DeviceNameDatabase& usbNames() const { return usbNames_; }
+
     // A text from firmware without trailing blanks. Empty for a placeholder, unless the option --raw keeps it.
     std::string firmwareText(std::string text) const;
 
@@ -66,6 +70,8 @@ class GatheringContext {
   private:
     Options options_;
     Root root_;
+    mutable DeviceNameDatabase pciNames_;
+    mutable DeviceNameDatabase usbNames_;
 };
 
 }  // namespace toolkit::quorvah

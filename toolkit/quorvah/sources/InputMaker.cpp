@@ -1,7 +1,6 @@
 #include "toolkit/quorvah/sources/InputMaker.h"
 
 #include "toolkit/quorvah/sources/BusAddress.h"
-#include "toolkit/quorvah/sources/DeviceNameDatabase.h"
 
 namespace toolkit::quorvah {
 
@@ -14,8 +13,7 @@ std::string inputMaker(const GatheringContext& context, const InputDevice& devic
         std::string maker = context.firmwareText(context.root().readLine(path));
         if (!maker.empty()) return maker;
     }
-    DeviceNameDatabase database(context.options(), "usb.ids");
-    return std::string(database.ids().vendor(device.vendor));
+    return std::string(context.usbNames().ids().vendor(device.vendor));
 }
 
 }  // namespace toolkit::quorvah
