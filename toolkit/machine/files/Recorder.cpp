@@ -89,11 +89,11 @@ void Recorder::append(std::string_view path, const struct stat& status, std::uin
         return;
     }
     // An entry is appended by one call, so that those of several processes do not mix.
-    shared_->writing = shared_->writing + 1;
+    ++shared_->writing;
     if (::write(file_.number(), entry.data(), entry.size()) != static_cast<ssize_t>(entry.size()))
         shared_->failed = true;
     else
-        shared_->writing = shared_->writing - 1;
+        --shared_->writing;
 }
 
 void Recorder::addLink(const std::string& path, const struct stat& status) {

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -38,9 +39,9 @@ class Recorder {
     enum class Last : std::uint8_t { Follow, Keep };
     // Shared by all processes.
     struct Shared {
-        volatile bool failed = false;
-        volatile bool tooLarge = false;
-        volatile int writing = 0;
+        std::atomic<bool> failed = false;
+        std::atomic<bool> tooLarge = false;
+        std::atomic<int> writing = 0;
     };
 
     std::string resolve(std::string_view path, Last last);

@@ -30,6 +30,8 @@ class WorkerProcess {
 
     // Waits until the deadline for bytes in the pipe or its end. False when neither comes.
     bool waitForInput(Clock::time_point deadline) const;
+    // The descriptor that waitForInput() waits for, to wait for several at once.
+    int input() const { return pipe_.number(); }
     // The next bytes from the pipe, valid until the next call. Empty at its end, and when it has none at present.
     std::string_view receive();
     // All bytes that are in the pipe.

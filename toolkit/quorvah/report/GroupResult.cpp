@@ -61,6 +61,14 @@ GroupResult resultWithoutXml(const GroupData& data) {
     return result;
 }
 
+GroupResult unreadResult(std::string_view reason, std::chrono::steady_clock::duration elapsed) {
+    GroupResult result;
+    result.state = GroupState::Unread;
+    result.reason = reason;
+    result.elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(elapsed);
+    return result;
+}
+
 std::string toFrame(const GroupResult& result, std::uint64_t xmlAt) {
     std::string frame(sizeof(std::uint64_t), '\0');
     append(frame, static_cast<std::uint64_t>(result.state));

@@ -29,6 +29,9 @@ struct GroupResult {
 // The result for `data` with neither data nor XML.
 GroupResult resultWithoutXml(const GroupData& data);
 
+// The result for a group that could not be read, for this reason.
+GroupResult unreadResult(std::string_view reason, std::chrono::steady_clock::duration elapsed);
+
 // The result as bytes that another process of this program can read. `xmlAt` is the offset of the XML in their shared
 // buffer.
 std::string toFrame(const GroupResult& result, std::uint64_t xmlAt);

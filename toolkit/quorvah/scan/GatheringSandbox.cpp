@@ -1,5 +1,10 @@
 #include "toolkit/quorvah/scan/GatheringSandbox.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
 #include "toolkit/machine/sandbox/Sandbox.h"
 
 namespace toolkit::quorvah {
@@ -15,6 +20,15 @@ std::string enterGatheringSandbox() {
     needs.calls.asksKernel = true;  // netlink, and ioctl for the drivers of network adapters
     needs.calls.children = true;    // to ask file systems that may not answer
     return toolkit::enterSandbox(needs);
+}
+
+void reportIncompleteSandbox(GatheringContext& context, const std::string& missing) {
+    if (!context.options().sandboxOptional) throw SandboxIncomplete(missing);
+    std::vector<std::string>& warnings = context.summary.warnings;
+    std::string warning = "the sandbox is incomplete: " + missing;
+    if (std::ranges::find(warnings, warning) != warnings.end()) return;
+    std::fprintf(stderr, "quorvah: %s\n", warning.c_str());
+    warnings.push_back(std::move(warning));
 }
 
 }  // namespace toolkit::quorvah

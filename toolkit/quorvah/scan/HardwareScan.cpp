@@ -1,5 +1,8 @@
 #include "toolkit/quorvah/scan/HardwareScan.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -11,6 +14,7 @@
 
 #include "toolkit/machine/files/OutputFile.h"
 #include "toolkit/machine/files/Recorder.h"
+#include "toolkit/machine/sandbox/WorkerProcess.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/OutputDocument.h"
 #include "toolkit/quorvah/report/Sanitizer.h"
@@ -26,7 +30,20 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+// Whether a directory can be opened, or refuses that, in time. Another machine or a program that provides it may never
+// answer.
+bool answers(const std::string& directory) {
+    constexpr std::chrono::seconds kPatience(5);
+    WorkerProcess opener([&directory](int /*pipe*/) {
+        ::close(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    });
+    if (!opener.waitForInput(Clock::now() + kPatience)) return false;
+    opener.join();
+    return true;
+}
+
 GatheringContext openScan(Options options) {
+    if (!options.root.empty() && !answers(options.root)) throw BadInput(options.root + " does not answer");
     try {
         return GatheringContext(std::move(options));
     } catch (const std::system_error& failure) {

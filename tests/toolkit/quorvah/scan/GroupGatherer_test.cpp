@@ -22,11 +22,41 @@ TEST(GroupGatherer, ReportsEachGroupInOrder) {
 
 TEST(GroupGatherer, TheTimeLimitOfTheRunEndsAllGroups) {
     const std::vector<GroupResult> results =
-        run({&kQuick, &kHang, &kQuick}, {milliseconds(60000), milliseconds(300)});
-    ASSERT_EQ(results.size(), 3U);
+        run({&kQuick, &kHang, &kHang, &kHang, &kQuick}, {milliseconds(60000), milliseconds(400)});
+    ASSERT_EQ(results.size(), 5U);
     EXPECT_EQ(results[0].reason, "");
-    EXPECT_EQ(results[1].reason, "timeout");
-    EXPECT_EQ(results[2].reason, "timeout") << "no time is left for it";
+    for (std::size_t i = 1; i < results.size(); ++i)
+        EXPECT_EQ(results[i].reason, "timeout") << "no time is left for group " << i;
+}
+
+TEST(GroupGatherer, HangingGroupsDoNotHoldUpTheOthers) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<GroupResult> results =
+        run({&kHang, &kQuick, &kHang, &kHang, &kIgnoringSignals, &kQuick, &kHang, &kLarge},
+            {milliseconds(3000), milliseconds(60000)});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(10000))
+        << "less than one after the other";
+    ASSERT_EQ(results.size(), 8U);
+    for (const std::size_t i : {0U, 2U, 3U, 4U, 6U}) EXPECT_EQ(results[i].reason, "timeout") << i;
+    for (const std::size_t i : {1U, 5U, 7U}) EXPECT_EQ(results[i].reason, "") << i;
+    EXPECT_EQ(results[7].instances, 3000U);
+}
+
+TEST(GroupGatherer, MoreHangingGroupsThanProcessesAreEndedOneAfterTheOther) {
+    std::vector<const Group*> groups(10, &kHang);
+    groups.push_back(&kQuick);
+    const std::vector<GroupResult> results = run(groups, {milliseconds(2500), milliseconds(60000)});
+    ASSERT_EQ(results.size(), 11U);
+    for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(results[i].reason, "timeout") << i;
+    EXPECT_EQ(results[10].instances, 2U);
+}
+
+TEST(GroupGatherer, GroupsThatEndAllProcessesAreFollowedByNewOnes) {
+    const std::vector<GroupResult> results = run({&kQuick, &kLeave, &kCrash, &kLeave, &kCrash, &kQuick});
+    ASSERT_EQ(results.size(), 6U);
+    for (std::size_t i = 1; i < 5; ++i) EXPECT_EQ(results[i].reason, "failed") << i;
+    EXPECT_EQ(results[0].instances, 2U);
+    EXPECT_EQ(results[5].instances, 2U);
 }
 
 TEST(GroupGatherer, GroupsOfPlainFilesNeedNoChild) {
