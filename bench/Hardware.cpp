@@ -78,15 +78,7 @@ std::string writeConfig(const std::filesystem::path& scratch, const std::string&
 void addScanners(const std::filesystem::path& scratch, const std::filesystem::path& memory) {
     const std::string quorvah = besideThis("quorvah");
     const std::string output = scratch / "quorvah.xml";
-    const std::string all =
-        writeConfig(scratch, "all.xml",
-                    {"ComponentID", "Processor", "PhysicalProcessor", "Memory", "Operating System", "Storage",
-                     "Disk Partition", "Logical Drive", "Network Adapter", "IP Address", "IPv6 Address",
-                     "Software Packages", "PCI Device", "USB Device", "UNIX System Params", "Scan Info",
-                     "Regional", "VirtualMachineGuest"});
     const std::string packages = writeConfig(scratch, "packages.xml", {"Software Packages"});
-    measureProgram("quorvah", {quorvah, "-c", all, "-o", output});
-    measureProgram("lshw", {"lshw", "-json"});
     measureProgram("packages", {quorvah, "-c", packages, "-o", memory / "quorvah.xml"}, kRuns);
     measureProgram("packagesdisk", {quorvah, "-c", packages, "-o", output}, kRuns);
     measureProgram("dpkg-query", {"dpkg-query", "-W"}, kRuns);
@@ -112,7 +104,6 @@ const std::vector<Row>& hardwareRows() {
         {"a scanner of 100,000 lines / raw reads of 64 KiB", "lines", "rawlines", 1.25},
         {"ZAV_hw_run in a host of 2 GB / in a host of 10 MB", "run2GB", "run10MB", 1.4},
         {"ZAV_hw_get_value, last of 30 fields, no callback", "value", "", 0},
-        {"quorvah, all its groups / lshw -json, CPU", "quorvah", "lshw", 0.6},
         {"quorvah, software packages, file in memory / dpkg-query -W, CPU", "packages", "dpkg-query", 0.5},
         {"quorvah, software packages, file on disk / dpkg-query -W, CPU", "packagesdisk", "dpkg-query", 0},
     };

@@ -1,5 +1,7 @@
 #include "bench/Measuring.h"
 
+#include <sys/wait.h>
+
 #include <iostream>
 
 #include "bench/Process.h"
@@ -53,13 +55,15 @@ void measureWork(const std::string& name, const std::vector<std::string>& argume
         ->Unit(benchmark::kMillisecond);
 }
 
-void measureProgram(const std::string& name, const std::vector<std::string>& command, int runs) {
+void measureProgram(const std::string& name, const std::vector<std::string>& command, int runs, int status) {
     benchmark::RegisterBenchmark(name.c_str(),
                                  [=](benchmark::State& state) {
                                      double wall = 0;
                                      for (auto unused : state) {
                                          const Finished finished = runProcess(command, true);
-                                         if (finished.status != 0) state.SkipWithError("the program failed");
+                                         const bool good = WIFEXITED(finished.status) &&
+                                                           WEXITSTATUS(finished.status) == status;
+                                         if (!good) state.SkipWithError("the program failed");
                                          state.SetIterationTime(finished.cpuSeconds);
                                          wall += finished.wallSeconds;
                                      }

@@ -15,8 +15,9 @@ namespace zavbench {
 void measureWork(const std::string& name, const std::vector<std::string>& arguments, int perSample = 1);
 
 // Registers a program that is run `runs` times per sample. Measures the CPU time of one run, and its duration as
-// NAME/wall.
-void measureProgram(const std::string& name, const std::vector<std::string>& command, int runs = 5);
+// NAME/wall. The program must end with this status.
+void measureProgram(const std::string& name, const std::vector<std::string>& command, int runs = 5,
+                    int status = 0);
 
 // Measures everything that is registered. Prints messages and returns false on failure.
 bool measureRegistered(Medians& medians);

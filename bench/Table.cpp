@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
+
 namespace zavbench {
 
 namespace {
@@ -21,6 +23,8 @@ bool reached(const Row& row, const Medians& medians) {
 std::string figure(const std::string& name, double value) {
     if (name.ends_with("/bytes")) return fmt::format("{:.1f} MiB", value / 1048576);
     if (name.ends_with("/instructions")) return fmt::format("{:.1f} M", value / 1e6);
+    if (std::isnan(value)) return "absent";
+    if (name.ends_with("/facts")) return fmt::format("{:.0f}", value);
     if (name.ends_with("/growth")) return fmt::format("{:.2f}", value);
     if (value >= 1) return fmt::format("{:.2f} s", value);
     if (value >= 1e-3) return fmt::format("{:.2f} ms", value * 1e3);
@@ -30,7 +34,15 @@ std::string figure(const std::string& name, double value) {
 
 // Formats a ratio or its bound.
 std::string factor(double value) {
+    if (std::isnan(value)) return "";
     return value < 0.1 ? fmt::format("{:.3f}", value) : fmt::format("{:.2f}", value);
+}
+
+// A bound is not reached without the peer.
+std::string verdict(const Row& row, const Medians& medians) {
+    if (std::isnan(ratio(row, medians))) return "absent";
+    if (row.bound == 0) return "";
+    return reached(row, medians) ? "yes" : "NO";
 }
 
 void printRow(std::ostream& out, const std::string& work, const std::string& ours, const std::string& peer,
@@ -52,10 +64,7 @@ void printTable(std::ostream& out, const std::vector<Row>& rows, const Medians& 
             continue;
         }
         printRow(out, row.work, ours, figure(row.peer, medians.at(row.peer)), factor(ratio(row, medians)),
-                 row.bound == 0 ? "" : factor(row.bound),
-                 row.bound == 0          ? ""
-                 : reached(row, medians) ? "yes"
-                                         : "NO");
+                 row.bound == 0 ? "" : factor(row.bound), verdict(row, medians));
     }
 }
 

@@ -7,7 +7,8 @@
 
 namespace zavbench {
 
-// Medians by benchmark name: seconds, or bytes, instructions or growth if the name says so.
+// Medians by benchmark name: seconds, or bytes, instructions, facts or growth if the name says so. Those of a peer that is not
+// installed are no numbers.
 using Medians = std::map<std::string, double>;
 
 // A row of the table: a figure of this project divided by that of a peer, and the bound for the ratio. Without a peer

@@ -7,6 +7,7 @@
 
 #include "bench/CatalogueScans.h"
 #include "bench/Hardware.h"
+#include "bench/HardwarePeers.h"
 #include "bench/Measuring.h"
 #include "bench/Signatures.h"
 #include "bench/Software.h"
@@ -40,8 +41,8 @@ class ScratchDirectory {
 
 std::vector<Row> allRows() {
     std::vector<Row> all = zavbench::hardwareRows();
-    for (const auto& rows :
-         {zavbench::softwareRows(), zavbench::signatureRows(), zavbench::catalogueRows()}) {
+    for (const auto& rows : {zavbench::hardwarePeerRows(), zavbench::softwareRows(),
+                             zavbench::signatureRows(), zavbench::catalogueRows()}) {
         all.insert(all.end(), rows.begin(), rows.end());
     }
     return all;
@@ -51,10 +52,12 @@ bool measureAll(const std::filesystem::path& scratch, Medians& medians) {
     const ScratchDirectory memory(
         "/dev/shm");  // a file system in memory, so that no disk affects the figures
     zavbench::addHardware(scratch, memory.path());
+    zavbench::addHardwarePeers(scratch, memory.path());
     zavbench::addSoftware(scratch);
     zavbench::addSignatures(scratch);
     zavbench::addCatalogue(scratch);
     const bool good = zavbench::measureRegistered(medians);
+    zavbench::deriveHardwarePeers(scratch, medians);
     zavbench::deriveSoftware(medians);
     zavbench::deriveSignatures(medians);
     zavbench::observeCatalogue(scratch, medians);
