@@ -27,6 +27,7 @@ class ArchiveLibrary {
         find(setFormat, "archive_write_set_format_pax_restricted");
         find(addGzip, "archive_write_add_filter_gzip");
         find(addZstd, "archive_write_add_filter_zstd");
+        find(setLastBlock, "archive_write_set_bytes_in_last_block");
         find(open, "archive_write_open");
         find(writeHeader, "archive_write_header");
         find(writeData, "archive_write_data");
@@ -49,6 +50,7 @@ class ArchiveLibrary {
     decltype(&::archive_write_set_format_pax_restricted) setFormat = nullptr;
     decltype(&::archive_write_add_filter_gzip) addGzip = nullptr;
     decltype(&::archive_write_add_filter_zstd) addZstd = nullptr;
+    decltype(&::archive_write_set_bytes_in_last_block) setLastBlock = nullptr;
     decltype(&::archive_write_open) open = nullptr;
     decltype(&::archive_write_header) writeHeader = nullptr;
     decltype(&::archive_write_data) writeData = nullptr;
@@ -91,6 +93,8 @@ class Writer {
         require(library_.setFormat(archive_.get()));
         if (compression == Compression::Gzip) require(library_.addGzip(archive_.get()));
         if (compression == Compression::Zstd) require(library_.addZstd(archive_.get()));
+        // Otherwise zeros follow the compressed data, which zstd refuses.
+        require(library_.setLastBlock(archive_.get(), 1));
         require(library_.open(archive_.get(), &text_, nullptr, append, nullptr));
     }
 

@@ -74,6 +74,19 @@ TEST_F(CaptureTest, OnlyTheOwnerMayReadTheArchive) {
     EXPECT_EQ(0U, readAll(path("m.tar.zst")).find("\x28\xb5\x2f\xfd"));
 }
 
+TEST_F(CaptureTest, ArchivesOfAllFormatsAreUnpackedWithoutAComplaint) {
+    scratch_.write("tree/etc/os-release", "ID=other\n");
+    for (const char* const name : {"m.tar", "m.tar.gz", "m.tar.zst"}) {
+        ASSERT_EQ(0, run({"capture", path(name), "--root", path("tree")}).status);
+        const std::string directory = path(std::string("of-") + name);
+        fs::create_directory(directory);
+        const Finished done = runProgram("/bin/tar", {"-C", directory, "-xf", path(name)});
+        EXPECT_EQ(0, done.status) << name;
+        EXPECT_EQ("", done.errors) << name;
+        EXPECT_EQ("ID=other\n", readAll(fs::path(directory) / "etc/os-release")) << name;
+    }
+}
+
 TEST_F(CaptureTest, OnlyWhatTheScannerReadsIsInTheArchive) {
     scratch_.write("tree/etc/os-release", "ID=other\n");
     scratch_.write("tree/etc/secret", "secret content");
