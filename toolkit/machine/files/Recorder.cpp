@@ -139,7 +139,8 @@ std::string Recorder::resolve(std::string_view path, Last last) {
             resolved.erase(std::min(resolved.rfind('/'), resolved.size()));
             continue;
         }
-        const std::string next = resolved + "/" + name;
+        std::string next = resolved;
+        next.append("/").append(name);
         if (!known_.contains(next)) {
             struct stat status {};
             if (::lstat((top_ + next).c_str(), &status) != 0) {
@@ -156,7 +157,7 @@ std::string Recorder::resolve(std::string_view path, Last last) {
         }
         if (++links > kMaxLinks) return {};
         if (link->second.starts_with('/')) resolved.clear();
-        rest = link->second + rest;
+        rest.insert(0, link->second);
     }
     return resolved.empty() ? "/" : resolved;
 }

@@ -47,8 +47,8 @@ Count memoryOfNodes(const Root& root) {
     const std::uint32_t addressCells = deviceTreeNumber(root, "#address-cells").value_or(2);
     const std::uint32_t sizeCells = deviceTreeNumber(root, "#size-cells").value_or(1);
     if (addressCells > 2 || sizeCells < 1 || sizeCells > 2) return std::nullopt;
-    const std::size_t addressWidth = addressCells * 4U;
-    const std::size_t sizeWidth = sizeCells * 4U;
+    const std::size_t addressWidth = std::size_t{addressCells} * 4U;
+    const std::size_t sizeWidth = std::size_t{sizeCells} * 4U;
     const std::string tree = "/proc/device-tree/";
     Count bytes = 0;
     for (const std::string& name : root.list(tree)) {

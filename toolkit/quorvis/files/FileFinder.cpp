@@ -209,8 +209,7 @@ class PathResolver {
 }  // namespace
 
 bool DirectoryTrail::wasAsked(const std::string& path) const {
-    return !asked_.empty() && path.starts_with(asked_) &&
-           path.find_first_of("/", asked_.size()) == std::string::npos;
+    return !asked_.empty() && path.starts_with(asked_) && path.find('/', asked_.size()) == std::string::npos;
 }
 
 // The number of the directories that the path begins with.
