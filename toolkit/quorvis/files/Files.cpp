@@ -19,7 +19,7 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::uint64_t kMaxCachedBytes = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxCachedBytes = std::uint64_t{32} << 20;
 constexpr std::size_t kMaxHashes = 100'000;
 constexpr std::size_t kMaxExpected = 100'000;
 constexpr std::string_view kSha256 = "sha256";
@@ -277,7 +277,7 @@ std::uint64_t Files::heldBy(const Cached& cached) {
 
 void Files::keep(const FileState& state, Cached cached) {
     const std::uint64_t size = heldBy(cached);
-    if (size > kMaxCachedBytes / 4) return;
+    if (size > kMaxCachedBytes / 2) return;
     const auto [place, added] = contents_.try_emplace(state);
     if (added) order_.push_back(state);
     held_ += size;
