@@ -21,7 +21,7 @@ Quoting quotingOf(Attribute attribute) {
     }
 }
 
-constexpr std::uint64_t kMaxHeldBytes = std::uint64_t{48} << 20;
+constexpr std::uint64_t kMaxHeldBytes = std::uint64_t{24} << 20;
 constexpr std::uint64_t kOverhead = 200;  // estimated bytes of a query or an item besides its texts
 
 std::uint64_t sizeOf(const LeafResult& result) {
