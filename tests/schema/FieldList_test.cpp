@@ -52,7 +52,7 @@ TEST(FieldList, TheTextHasALinePerField) {
 
 TEST(FieldList, TheJsonHasAllPropertiesOfAField) {
     const auto json = nlohmann::json::parse(fieldJson(kGroups));
-    EXPECT_EQ(std::string(kVersion), json["schemaVersion"]);
+    EXPECT_EQ(kVersion, json["schemaVersion"].get<std::string>());
     ASSERT_EQ(2U, json["groups"].size());
     const auto& thing = json["groups"][0];
     EXPECT_EQ(5, thing["id"]);
@@ -63,7 +63,7 @@ TEST(FieldList, TheJsonHasAllPropertiesOfAField) {
     EXPECT_EQ("windows", json["groups"][1]["notOnLinux"]);
     const auto& fields = thing["fields"];
     EXPECT_EQ(true, fields[0]["key"]);
-    EXPECT_EQ((std::vector<std::string>{"HDD", "SSD"}), fields[1]["choices"]);
+    EXPECT_EQ((std::vector<std::string>{"HDD", "SSD"}), fields[1]["choices"].get<std::vector<std::string>>());
     EXPECT_FALSE(fields[0].contains("choices"));
     const nlohmann::json free = {
         {"name", "Free"},   {"type", "count"},       {"unit", "KiB"},           {"list", false},
