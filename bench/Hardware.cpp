@@ -7,7 +7,7 @@
 #include "bench/Measuring.h"
 #include "bench/OutputFile.h"
 #include "bench/Process.h"
-#include "include/zav.h"
+#include "include/zav.hpp"
 #include "kest/Text.h"
 
 namespace zavbench {
@@ -65,6 +65,17 @@ void readLastField(benchmark::State& state) {
     ZAV_free(library);
 }
 
+// The same with zav.hpp.
+void readLastFieldWithObjects(benchmark::State& state) {
+    const zav::Library library("bench", {besideThis("fields"), "", {}});
+    const zav::Hardware hardware = library.hardware({ZAV_HW_PROCESSOR});
+    const zav::Instance processor = hardware.instances(ZAV_HW_PROCESSOR).front();
+    for (auto unused : state) {
+        const zav::Text value = processor.value(L"Field30");
+        benchmark::DoNotOptimize(value);
+    }
+}
+
 std::string writeConfig(const std::filesystem::path& scratch, const std::string& name,
                         const std::vector<std::string>& groups) {
     const std::string path = scratch / name;
@@ -104,6 +115,7 @@ const std::vector<Row>& hardwareRows() {
         {"a scanner of 100,000 lines / raw reads of 64 KiB", "lines", "rawlines", 1.25},
         {"ZAV_hw_run in a host of 2 GB / in a host of 10 MB", "run2GB", "run10MB", 1.4},
         {"ZAV_hw_get_value, last of 30 fields, no callback", "value", "", 0},
+        {"the same with zav.hpp / ZAV_hw_get_value", "objectvalue", "value", 1.1},
         {"quorvah, software packages, file in memory / dpkg-query -W, CPU", "packages", "dpkg-query", 0.5},
         {"quorvah, software packages, file on disk / dpkg-query -W, CPU", "packagesdisk", "dpkg-query", 0},
     };
@@ -114,6 +126,7 @@ void addHardware(const std::filesystem::path& scratch, const std::filesystem::pa
     addReading(scratch);
     addRunning(scratch, memory);
     benchmark::RegisterBenchmark("value", readLastField);
+    benchmark::RegisterBenchmark("objectvalue", readLastFieldWithObjects);
     addScanners(scratch, memory);
 }
 

@@ -19,7 +19,7 @@ run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
 file(RENAME ${WORK}/first ${WORK}/prefix)
 
 file(GLOB_RECURSE installed RELATIVE ${WORK}/prefix ${WORK}/prefix/*)
-foreach(header zav.h zav_codes.h)
+foreach(header zav.h zav.hpp zav_codes.h)
   if(NOT "include/${header}" IN_LIST installed)
     message(FATAL_ERROR "${header} is not installed: ${installed}")
   endif()
@@ -114,3 +114,12 @@ run(dpkg-query -W -f "bash \${source:Upstream-Version}\n" bash)
 set(bash "${output}")
 run(${WORK}/examples/build/shell)
 expect("${output}" "${bash}")
+
+# The C++ example prints the same.
+run(${CMAKE_COMMAND} -G Ninja -S ${WORK}/examples/cpp -B ${WORK}/examples/cpp/build -DCMAKE_PREFIX_PATH=${WORK}/prefix
+  -DCMAKE_CXX_COMPILER=${CXX})
+run(${CMAKE_COMMAND} --build ${WORK}/examples/cpp/build)
+run(${WORK}/examples/cpp/build/packages)
+if(NOT output MATCHES "^cpu0 .*\n${bash}$")
+  message(FATAL_ERROR "the C++ example printed \"${output}\"")
+endif()
