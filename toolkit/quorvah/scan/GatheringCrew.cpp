@@ -57,9 +57,13 @@ void GatheringCrew::gather(const OnResult& onResult) {
     start(std::min({kUsualProcesses, usableCpus(), groups_.size()}));
     while (unsettled_ > 0 && Clock::now() < end_) {
         if (canUseAnother() && allSlowAt() <= Clock::now()) start(1);
-        if (processes_.empty()) break;
-        wait();
-        receiveResults();
+        // Even one that was just started may have ended with its first group.
+        if (!processes_.empty()) {
+            wait();
+            receiveResults();
+        } else if (inVain_) {
+            break;
+        }
         handOver(onResult);
     }
     settleAll(Clock::now() < end_ ? "failed" : "timeout");
