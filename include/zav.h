@@ -297,12 +297,13 @@ ZAV_EXPORT int ZAV_sw_setopt_config(ZAVSwCtx* context, const wchar_t* plugin, co
  *     if (ZAV_sw_evaluate(sw, L"<Signature guid=\"c1b2...\">...</Signature>") == ZAV_SUCCESS) ... */
 ZAV_EXPORT int ZAV_sw_evaluate(ZAVSwCtx* context, const wchar_t* signature);
 
-/* The same for the signatures of an existing file. The path is passed to the scanner unchanged; the
- * library does not check whether the file can be read.
+/* Evaluates the signatures of an existing file, as ZAV_sw_evaluate does. The path is passed to the scanner
+ * unchanged; the library does not check whether the file can be read.
  * Returns what ZAV_sw_evaluate returns. */
 ZAV_EXPORT int ZAV_sw_evaluate_file(ZAVSwCtx* context, const wchar_t* signatureFile);
 
-/* The same for `count` signatures, each given as XML text, in one run of the scanner; `count` may be 0.
+/* Evaluates `count` signatures, each given as XML text, in one run of the scanner, as ZAV_sw_evaluate does.
+ * `count` may be 0.
  * Returns what ZAV_sw_evaluate returns, but ZAV_ERROR_SW_SIGNATURE also when the signatures could not
  * be written or one of them is null. */
 ZAV_EXPORT int ZAV_sw_evaluate_multi(ZAVSwCtx* context, const wchar_t** signatures, unsigned int count);
