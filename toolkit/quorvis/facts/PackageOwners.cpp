@@ -14,8 +14,9 @@ namespace {
 
 using Row = PackageIndex::Row;
 
-constexpr std::uint64_t kMaxFiles = 2'000'000;
-constexpr std::uint64_t kMaxItems = 8'000'000;  // lines of lists
+constexpr std::uint64_t kMinLines = 8'000'000;
+constexpr std::uint64_t kLinesPerFile = 4;  // lists have further lines, such as those of directories
+constexpr std::uint64_t kMaxFiles = std::uint64_t{1} << 40;
 constexpr unsigned kPartOfTimeLimit = 8;
 constexpr std::chrono::seconds kMinTime{1};
 
@@ -41,6 +42,7 @@ class OwnedFileReader : public PackageFileVisitor {
     OwnedFileReader(PackageOwners& owners, PackageType type) : owners_(owners), type_(type) {}
 
     bool onPackage(std::string_view name, std::string_view version, std::string_view architecture) override {
+        if (full_) return false;
         for (const Row& row : owners_.packages_.named(name)) {
             const bool fits = row.type == type_ && (version.empty() || version == row.version) &&
                               (architecture.empty() || architecture == row.architecture);
@@ -53,10 +55,9 @@ class OwnedFileReader : public PackageFileVisitor {
     }
 
     void onFile(std::string_view directory, std::string_view name) override {
-        if (name.empty() || owners_.files_.size() >= kMaxFiles) {
-            full_ = full_ || !name.empty();
-            return;
-        }
+        if (name.empty()) return;
+        full_ = full_ || owners_.files_.size() >= owners_.settings_.packages.maxFiles;
+        if (full_) return;
         if (!known_ || directory != directory_) {
             known_ = true;
             directory_ = directory;
@@ -102,10 +103,12 @@ void PackageOwners::loadAll() {
     const Clock::time_point end = std::min(budget_.currentDeadline(), Clock::now() + time);
     const LookupBudget::DeadlineScope scope(budget_, end);
     readLinks();
+    const std::uint64_t maxFiles = settings_.packages.maxFiles;
     const std::vector<PackageType> types = packages_.types();
+    bool full = false;
     for (const PackageType type : types) {
         Allowance allowance;
-        allowance.items = kMaxItems;
+        allowance.items = std::max(kMinLines, std::min(maxFiles, kMaxFiles) * kLinesPerFile);
         allowance.deadline = end;
         Budget budget(allowance);
         OwnedFileReader reader(*this, type);
@@ -117,9 +120,12 @@ void PackageOwners::loadAll() {
             fail(codeOf(read.damage), read.path,
                  "the list of " + files + " is " + std::string(describe(read.damage)));
         if (root_.denials() > denials) fail(EventCode::Permission, {}, "no permission to read all " + files);
-        if (reader.full())
-            fail(EventCode::LimitEntries, {}, "more than " + std::to_string(kMaxFiles) + " " + files);
+        full = full || reader.full();
     }
+    if (full)
+        fail(EventCode::LimitEntries, {},
+             "packages have more than " + std::to_string(maxFiles) +
+                 " files (Packages/maxFiles): of the others it is unknown which package has them");
     noteDirectories();
     if (packages_.takeDamage(std::nullopt, events_)) incomplete_ = true;
     // Of several packages with the same file the first is kept.

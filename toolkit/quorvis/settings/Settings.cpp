@@ -271,6 +271,8 @@ constexpr Row kRows[] = {
      [](Settings& s, std::string_view v) { return setBoolean(s.fileSystem.wholeTree, v); }},
     {"Packages", "types", "names of package formats",
      [](Settings& s, std::string_view v) { return addTypes(s.packages.types, v); }},
+    {"Packages", "maxFiles", kNumber,
+     [](Settings& s, std::string_view v) { return setCount(s.packages.maxFiles, v); }},
     {"Packages", "database", kPath,
      [](Settings& s, std::string_view v) { return v.starts_with('/') && setText(s.packages.database, v); }},
     {"Processes", "enabled", kBoolean,

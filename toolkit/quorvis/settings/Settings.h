@@ -34,8 +34,9 @@ struct Settings {
         bool wholeTree = false;  // whether "**" may occur without a fixed directory name above it
     } fileSystem;
     struct Packages {
-        std::vector<std::string> types;  // all when empty
-        std::string database;            // replaces the standard path of the database
+        std::vector<std::string> types;      // all when empty
+        std::string database;                // replaces the standard path of the database
+        std::uint64_t maxFiles = 2'000'000;  // whose packages are known
     } packages;
     struct Processes {
         bool enabled = true;

@@ -119,6 +119,35 @@ TEST_F(Ownership, ADamagedListIsReportedOnceAndLeavesOtherFilesUnknown) {
     EXPECT_EQ("- -", ownerOf("/bin/rbash"));
 }
 
+TEST_F(Ownership, OfMoreFilesThanTheLimitIsUnknownWhichIsToldOnce) {
+    settings_.packages.maxFiles = 2;
+    install("app", "1-1");
+    list("app", "/.\n/opt\n/opt/one\n/opt/two\n/opt/three\n");
+    tree_.write("lib/apk/db/installed", "P:busybox\nV:1.36.1-r2\nA:x86_64\nF:bin\nR:busybox\n\n");
+    for (const char* path : {"opt/one", "opt/two", "opt/three", "opt/own", "bin/busybox"})
+        tree_.write(path, "");
+    EXPECT_EQ("app 1", ownerOf("/opt/one"));
+    const std::vector<EventList::Entry> entries = events_.entries();
+    ASSERT_EQ(1U, entries.size());
+    EXPECT_EQ(EventCode::LimitEntries, entries.front().event.code);
+    EXPECT_TRUE(entries.front().event.text.starts_with("packages have more than 2 files (Packages/maxFiles)"))
+        << entries.front().event.text;
+    EXPECT_TRUE(events_.reachedLimit());
+    EXPECT_EQ("app 1", ownerOf("/opt/two"));
+    for (const char* path : {"/opt/three", "/opt/own", "/bin/busybox"})
+        EXPECT_EQ("- -", ownerOf(path)) << "not known to be without a package";
+}
+
+TEST_F(Ownership, OfAsManyFilesAsTheLimitIsKnown) {
+    settings_.packages.maxFiles = 2;
+    install("app", "1-1");
+    list("app", "/.\n/opt\n/opt/one\n/opt/two\n");
+    for (const char* path : {"opt/one", "opt/two", "opt/own"}) tree_.write(path, "");
+    EXPECT_EQ("app 1", ownerOf("/opt/two"));
+    EXPECT_EQ(" ", ownerOf("/opt/own"));
+    EXPECT_TRUE(eventCodes().empty());
+}
+
 TEST_F(Ownership, OfAllFilesTakesSixteenBytesPerFile) {
     const auto inUse = [] {
         const struct mallinfo2 heap = ::mallinfo2();
@@ -177,6 +206,19 @@ TEST_F(FoundTwice, APackageIsDroppedIfItsFileWasFound) {
     tree_.write("opt/b/app", "");
     EXPECT_EQ("/opt/a/app /opt/b/app app2 ", found(std::string(kByFile) + kByPackage));
     EXPECT_EQ("app app2 /opt/a/app /opt/b/app ", found(std::string(kByPackage) + kByFile));
+}
+
+TEST_F(FoundTwice, BeyondTheLimitOfFilesNoMatchIsLost) {
+    settings_.packages.maxFiles = 1;
+    install("app", "1-1");
+    install("app2", "2-1");
+    list("app", "/opt/a/app\n");
+    list("app2", "/opt/b/app\n");
+    tree_.write("opt/a/app", "");
+    tree_.write("opt/b/app", "");
+    EXPECT_EQ("/opt/a/app /opt/b/app app2 ", found(std::string(kByFile) + kByPackage))
+        << "the file of the second package is not known to be its own";
+    EXPECT_EQ(std::vector<std::string>{"limit-entries"}, eventCodes());
 }
 
 TEST_F(FoundTwice, WithoutEachTheFilesOfAllLeavesCount) {

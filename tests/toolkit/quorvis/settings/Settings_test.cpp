@@ -48,6 +48,7 @@ TEST(PluginSettings, EveryAttributeSetsItsValue) {
          [](auto& s) {
              return s.packages.types == Strings{"dpkg", "rpm"};
          }},
+        {{"Packages", "maxFiles", "7"}, [](auto& s) { return s.packages.maxFiles == 7; }},
         {{"Packages", "database", "/db"}, [](auto& s) { return s.packages.database == "/db"; }},
         {{"Processes", "enabled", "no"}, [](auto& s) { return !s.processes.enabled; }},
         {{"Swid", "enabled", "0"}, [](auto& s) { return !s.swid.enabled; }},
