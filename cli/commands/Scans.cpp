@@ -62,12 +62,12 @@ void reportUnused(const std::vector<Preset>& presets, const std::vector<Signatur
 void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string>& guids,
                      const std::vector<SignatureFile>& files) {
     std::map<std::string, std::string> names = namesIn(files);
-    for (const std::string& guid : undecidedSignatures(inventory.warnings)) {
+    for (const auto& [guid, because] : undecidedSignatures(inventory.warnings)) {
         const std::string key = lowerCase(guid);
         const bool wanted = guids.empty() || std::any_of(guids.begin(), guids.end(), [&](const auto& other) {
                                 return lowerCase(other) == key;
                             });
-        if (wanted) inventory.undecided.push_back({guid, names[key]});
+        if (wanted) inventory.undecided.push_back({guid, names[key], because});
     }
     inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
@@ -154,7 +154,8 @@ void printWarnings(const SoftwareInventory& inventory, const Options& options) {
         options.signatures.empty() && options.verbosity == Verbosity::Errors && !options.details;
     const char* const option = options.command == Command::Software ? "--details" : "-v";
     const std::vector<std::string> lines =
-        concise ? conciseWarningLines(inventory.warnings, option) : warningLines(inventory.warnings);
+        concise ? conciseWarningLines(inventory.warnings, option, geteuid() == 0)
+                : warningLines(inventory.warnings, Naming::AllUndecided);
     for (const std::string& line : lines) printMessage(line);
 }
 

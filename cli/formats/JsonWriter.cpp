@@ -1,6 +1,7 @@
 #include "cli/formats/JsonWriter.h"
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "cli/scan/ProductIdentity.h"
 #include "cli/scan/ResultMetadata.h"
@@ -63,6 +64,14 @@ Json warning(const Warning& warning) {
     return json;
 }
 
+// The words of a text, which are separated by blanks.
+Json words(const std::string& text) {
+    Json array = Json::array();
+    std::istringstream stream(text);
+    for (std::string word; stream >> word;) array.push_back(word);
+    return array;
+}
+
 std::string written(const Json& document) {
     // Paths may contain bytes that are not UTF-8.
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -92,6 +101,7 @@ std::string jsonText(const SoftwareInventory& inventory) {
     for (const UndecidedSignature& signature : inventory.undecided) {
         Json json = {{"guid", signature.guid}};
         if (!signature.name.empty()) json["name"] = signature.name;
+        if (!signature.because.empty()) json["because"] = words(signature.because);
         undecided.push_back(std::move(json));
     }
     return written({{"scan", scanFacts(inventory.scan)},

@@ -8,6 +8,7 @@
 #include "cli/formats/RowLayout.h"
 #include "cli/formats/SoftwareDetailsWriter.h"
 #include "cli/scan/ProductIdentity.h"
+#include "cli/scan/Warnings.h"
 #include "cli/terminal/TextEncoding.h"
 
 namespace zavcli {
@@ -56,8 +57,9 @@ std::string summary(const SoftwareInventory& inventory) {
         text += fmt::format("; {} undecided", inventory.undecided.size());
     else if (!inventory.complete)
         text += "; something was left out";
-    if (!inventory.warnings.empty())
-        text += fmt::format("; {}", counted(inventory.warnings.size(), "warning", "warnings"));
+    const auto unresolved = std::count_if(inventory.warnings.begin(), inventory.warnings.end(), isUnresolved);
+    const std::size_t others = inventory.warnings.size() - static_cast<std::size_t>(unresolved);
+    if (others > 0) text += fmt::format("; {}", counted(others, "warning", "warnings"));
     return text + "\n";
 }
 

@@ -26,7 +26,8 @@ struct Warning {
 // A signature of which it is unknown whether it matches.
 struct UndecidedSignature {
     std::string guid;
-    std::string name;  // empty if unknown
+    std::string name;     // empty if unknown
+    std::string because;  // codes of warnings, separated by blanks; empty if unknown
 };
 
 struct SoftwareInventory {

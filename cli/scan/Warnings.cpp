@@ -31,11 +31,14 @@ std::string commonText(const Warning& warning) {
     const std::string path = attribute(warning, "path");
     const std::string what = warning.text.empty() ? attribute(warning, "code") : warning.text;
     if (!path.empty() && !what.starts_with(path)) text += path + ": ";
-    return text + what;
+    text += what;
+    const std::string because = attribute(warning, "because");
+    if (!because.empty()) text += ", because of " + because;
+    return text;
 }
 
-std::string signatures(const std::vector<std::string>& guids) {
-    const std::size_t named = std::min(kMaxNamed, guids.size());
+std::string signatures(const std::vector<std::string>& guids, std::size_t most) {
+    const std::size_t named = std::min(most, guids.size());
     return fmt::format(" ({} signatures: {}{})", guids.size(),
                        fmt::join(guids.begin(), guids.begin() + static_cast<std::ptrdiff_t>(named), ", "),
                        named < guids.size() ? ", ..." : "");
@@ -52,10 +55,6 @@ bool isOfFile(const Warning& warning) {
     return attribute(warning, "scope") == "file";
 }
 
-bool isUnresolved(const Warning& warning) {
-    return attribute(warning, "code") == "unresolved";
-}
-
 bool isOfDamagedFile(const Warning& warning) {
     return isOfFile(warning) && !isPrivate(warning) && !isUnresolved(warning);
 }
@@ -67,6 +66,22 @@ bool isOfLateFile(const Warning& warning) {
 
 bool isOfUnusedFile(const Warning& warning) {
     return isOfDamagedFile(warning) || isOfLateFile(warning);
+}
+
+// Whether the only reason for an undecided signature is what the user may not see. Scanners may give no reasons.
+bool isUnresolvedByRights(const Warning& warning) {
+    std::string_view reasons = valueOf(warning.attributes, "because");
+    if (!isUnresolved(warning) || reasons.empty()) return false;
+    while (!reasons.empty()) {
+        const std::string_view reason = reasons.substr(0, reasons.find(' '));
+        if (reason != "permission" && reason != "denied") return false;
+        reasons.remove_prefix(std::min(reasons.size(), reason.size() + 1));
+    }
+    return true;
+}
+
+std::size_t countOf(const Warning& warning) {
+    return std::max(1UL, std::strtoul(attribute(warning, "count").c_str(), nullptr, 10));
 }
 
 // The places of the warnings that pass a test, each once.
@@ -84,9 +99,38 @@ std::size_t unnamedFiles(const std::vector<Warning>& warnings) {
     std::size_t count = 0;
     for (const Warning& warning : warnings) {
         if (!isOfUnusedFile(warning) || !attribute(warning, "path").empty()) continue;
-        count += std::max(1UL, std::strtoul(attribute(warning, "count").c_str(), nullptr, 10));
+        count += countOf(warning);
     }
     return count;
+}
+
+// How many private places there are, and whether they are private to this user rather than hidden from all signatures.
+struct PrivatePlaces {
+    std::size_t count = 0;
+    bool byPermission = false;
+};
+
+PrivatePlaces privatePlaces(const std::vector<Warning>& warnings) {
+    PrivatePlaces places{placesOf(warnings, isPrivate).size(), false};
+    for (const Warning& warning : warnings) {
+        if (!isPrivate(warning)) continue;
+        places.byPermission = places.byPermission || attribute(warning, "code") == "permission";
+        // Those that were counted for a signature are mostly the same as those of others.
+        if (attribute(warning, "path").empty() && attribute(warning, "guid").empty())
+            places.count += countOf(warning);
+    }
+    return places;
+}
+
+std::string privateLine(const PrivatePlaces& places, std::size_t undecided, std::string_view option,
+                        bool isRoot) {
+    std::string text =
+        fmt::format("warning: {} files and directories may not be read or searched", places.count);
+    if (undecided > 0)
+        text += fmt::format(", so {} {} undecided", undecided,
+                            undecided == 1 ? "signature is" : "signatures are");
+    if (places.byPermission && !isRoot) text += "; root may read them";
+    return text + fmt::format("; {} names them", option);
 }
 
 // The first of these places in the order of the warnings, or all if there are few.
@@ -117,6 +161,10 @@ bool concerns(const Warning& warning, const std::vector<std::string>& guids) {
 
 }  // namespace
 
+bool isUnresolved(const Warning& warning) {
+    return attribute(warning, "code") == "unresolved";
+}
+
 Warning readWarning(const std::string& xml) {
     std::optional<XmlElement> element = readXmlElement(xml);
     if (!element) return {{}, xml};
@@ -138,7 +186,7 @@ std::string warningText(const Warning& warning) {
     return text;
 }
 
-std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
+std::vector<std::string> warningLines(const std::vector<Warning>& warnings, Naming naming) {
     struct Line {
         const Warning* first = nullptr;
         std::vector<std::string> guids;  // each once
@@ -161,18 +209,29 @@ std::vector<std::string> warningLines(const std::vector<Warning>& warnings) {
     std::vector<std::string> texts;
     for (const std::string& key : order) {
         const Line& line = lines[key];
-        texts.push_back(line.guids.size() > 1 ? key + signatures(line.guids) : warningText(*line.first));
+        const bool all = naming == Naming::AllUndecided && isUnresolved(*line.first);
+        texts.push_back(line.guids.size() > 1
+                            ? key + signatures(line.guids, all ? line.guids.size() : kMaxNamed)
+                            : warningText(*line.first));
     }
     return texts;
 }
 
-std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings, std::string_view option) {
-    const bool manyPrivate = placesOf(warnings, isPrivate).size() > kMaxPlaces;
+std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warnings, std::string_view option,
+                                             bool isRoot) {
+    const PrivatePlaces places = privatePlaces(warnings);
+    const bool manyPrivate = places.count > kMaxPlaces;
+    const bool withReasons = std::any_of(warnings.begin(), warnings.end(), [](const Warning& warning) {
+        return !attribute(warning, "because").empty();
+    });
+    const auto isCounted = [&](const Warning& warning) {
+        return manyPrivate && (withReasons ? isUnresolvedByRights(warning) : isUnresolved(warning));
+    };
     const std::set<std::string> unused = placesOf(warnings, isOfUnusedFile);
     const std::set<std::string> named = firstOf(warnings, unused);
     std::vector<Warning> shown;
     std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(shown), [&](const Warning& warning) {
-        if (isUnresolved(warning)) return !manyPrivate && !isOfFile(warning);
+        if (isUnresolved(warning)) return !isCounted(warning) && !isOfFile(warning);
         if (isPrivate(warning)) return !manyPrivate;
         return !isOfUnusedFile(warning) || named.contains(attribute(warning, "path"));
     });
@@ -183,25 +242,21 @@ std::vector<std::string> conciseWarningLines(const std::vector<Warning>& warning
                                     more == 1 ? "file" : "files", option, more == 1 ? "it" : "them"));
     }
     if (manyPrivate) {
-        const std::size_t undecided = undecidedSignatures(warnings).size();
-        lines.push_back(
-            fmt::format("warning: {} files and directories may not be read or searched, so {} {} undecided; "
-                        "{} names them",
-                        placesOf(warnings, isPrivate).size(), undecided,
-                        undecided == 1 ? "signature is" : "signatures are", option));
+        const auto undecided = std::count_if(warnings.begin(), warnings.end(), isCounted);
+        lines.push_back(privateLine(places, static_cast<std::size_t>(undecided), option, isRoot));
     }
     return lines;
 }
 
-std::vector<std::string> undecidedSignatures(const std::vector<Warning>& warnings) {
-    std::vector<std::string> guids;
+std::vector<Undecided> undecidedSignatures(const std::vector<Warning>& warnings) {
+    std::vector<Undecided> undecided;
     std::set<std::string> known;
     for (const Warning& warning : warnings) {
         const std::string guid = attribute(warning, "guid");
-        if (attribute(warning, "code") == "unresolved" && !guid.empty() && known.insert(guid).second)
-            guids.push_back(guid);
+        if (isUnresolved(warning) && !guid.empty() && known.insert(guid).second)
+            undecided.push_back({guid, attribute(warning, "because")});
     }
-    return guids;
+    return undecided;
 }
 
 bool hasGaps(const std::vector<Warning>& warnings, const std::vector<std::string>& guids) {
@@ -217,6 +272,7 @@ bool hasUnexpectedGaps(const std::vector<Warning>& warnings, const std::vector<s
         reasons[lowerCase(attribute(warning, "guid"))].insert(attribute(warning, "code"));
     }
     const auto isExpected = [&](const Warning& unresolved) {
+        if (!attribute(unresolved, "because").empty()) return isUnresolvedByRights(unresolved);
         const std::set<std::string>& codes = reasons[lowerCase(attribute(unresolved, "guid"))];
         return codes.size() > 1 && std::all_of(codes.begin(), codes.end(), [](const std::string& code) {
                    return code == "unresolved" || code == "permission" || code == "denied";

@@ -1,5 +1,7 @@
 // A small image made from scratch: some files, no package database, no operating system. The bundled scanners look at it.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -84,6 +86,84 @@ TEST_F(ImageTest, ManyDamagedProgramsAreCounted) {
 TEST_F(ImageTest, ADamagedPackageDatabaseMakesTheScanDoubtful) {
     image_.write("var/lib/dpkg/status", std::string(3'000, '\x01'));
     EXPECT_EQ(3, scan({"sw"}).status);
+}
+
+// The scan of a user who may not look into some directories of the image.
+class ImageOfRoot : public ImageTest {
+  protected:
+    void SetUp() override {
+        ImageTest::SetUp();
+        if (geteuid() != 0) GTEST_SKIP() << "only root can act as another user";
+        if (as({"--version"}).status != 0) GTEST_SKIP() << "the build stands where other users cannot go";
+        chmod(image_.path().c_str(), 0755);
+        close("root", 0700);
+    }
+    void close(const std::string& directory, mode_t mode) {
+        image_.write(directory + "/bin/server2", "");
+        ASSERT_EQ(0, chmod((image_.path() / directory).c_str(), mode));
+    }
+    Ended as(std::vector<std::string> arguments) {
+        constexpr uid_t kStranger = 65534;
+        return Process(std::move(arguments)).user(kStranger).locationFile(std::nullopt).run();
+    }
+    Ended scanAsStranger(std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--root", image_.path().string()});
+        return as(std::move(arguments));
+    }
+    static std::size_t lines(const std::string& text) {
+        return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    }
+};
+
+TEST_F(ImageOfRoot, OnePrivateDirectoryIsNamedOnce) {
+    const Ended ended = scanAsStranger({"sw"});
+    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ(2U, lines(ended.err)) << ended.err;
+    expectSays(ended.err, "zav: warning: /root: No permission to search this directory\n");
+    expectSays(ended.err, "zav: warning: whether the signature matches is unknown, because of permission (");
+    expectSays(ended.out, " undecided; 1 warning\n");
+    expectSays(ended.out, "example.com/server  1.2.3    /bin/server");
+}
+
+TEST_F(ImageOfRoot, ManyPrivateDirectoriesAreCountedInOneLineAndNamedOnRequest) {
+    for (int i = 0; i < 40; ++i) close("home/user" + std::to_string(i), i % 2 == 0 ? 0700 : 0711);
+    const Ended ended = scanAsStranger({"sw"});
+    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ(1U, lines(ended.err)) << ended.err;
+    expectSays(ended.err, "zav: warning: 41 files and directories may not be read or searched, so ");
+    expectSays(ended.err, " signatures are undecided; root may read them; --details names them\n");
+    expectSays(ended.out, " undecided; 41 warnings\n");
+
+    const Ended details = scanAsStranger({"sw", "--details"});
+    EXPECT_EQ(42U, lines(details.err)) << details.err;
+    for (int i = 0; i < 40; ++i)
+        expectSays(details.err, "/home/user" + std::to_string(i) + ": No permission to " +
+                                    (i % 2 == 0 ? "search" : "list") + " this directory\n");
+    EXPECT_EQ(std::string::npos, details.err.find("...")) << "all undecided signatures are named";
+}
+
+TEST_F(ImageOfRoot, JsonHasEachPlaceOnceAndEachUndecidedSignatureWithItsReason) {
+    for (int i = 0; i < 40; ++i) close("home/user" + std::to_string(i), 0700);
+    const Json json = Json::parse(scanAsStranger({"sw", "--format", "json"}).out);
+    EXPECT_FALSE(json.at("complete"));
+    std::vector<std::string> places;
+    std::size_t unresolved = 0;
+    for (const Json& warning : json.at("warnings")) {
+        if (warning.at("code") == "permission") places.push_back(warning.at("path"));
+        if (warning.at("code") == "unresolved") ++unresolved;
+    }
+    std::sort(places.begin(), places.end());
+    EXPECT_EQ(41U, places.size());
+    EXPECT_EQ(places.end(), std::adjacent_find(places.begin(), places.end()));
+    EXPECT_EQ(json.at("undecided").size(), unresolved);
+    EXPECT_LT(300U, unresolved);
+    for (const Json& signature : json.at("undecided"))
+        EXPECT_EQ(Json::array({"permission"}), signature.at("because")) << signature;
+}
+
+TEST_F(ImageOfRoot, ASignatureThatIsAskedForIsAGap) {
+    EXPECT_EQ(3, scanAsStranger({"sw", "--guid", "zav.nginx"}).status);
+    EXPECT_EQ(0, scan({"sw", "--guid", "zav.nginx"}).status) << "root sees everything";
 }
 
 TEST_F(ImageTest, AnEmptyOneHasNoSoftware) {

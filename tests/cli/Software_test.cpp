@@ -309,7 +309,7 @@ TEST_F(SoftwareTest, UndecidedSignaturesAreReportedInEveryFormat) {
             "zav: warning: whether the signature matches is unknown (signature g1)\n",
             run(format).err);
     }
-    EXPECT_EQ("no matches; 1 signature in 1 file; 1 undecided; 2 warnings\n", run("table").out);
+    EXPECT_EQ("no matches; 1 signature in 1 file; 1 undecided; 1 warning\n", run("table").out);
     const Json json = Json::parse(run("json").out);
     EXPECT_EQ(false, json.at("complete"));
     EXPECT_EQ((Json::array({{{"guid", "g1"}, {"name", "One"}}})), json.at("undecided"));

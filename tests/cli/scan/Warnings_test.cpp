@@ -49,7 +49,9 @@ TEST(Warnings, ReportUndecidedSignaturesAndGaps) {
     const Warning limit =
         readWarning(R"(<Event code="deadline" severity="warning" count="1">out of time</Event>)");
     const Warning other = readWarning(R"(<Event code="permission" severity="warning" guid="A">no</Event>)");
-    EXPECT_EQ((std::vector<std::string>{"A"}), undecidedSignatures({undecided, undecided, limit, other}));
+    const std::vector<Undecided> found = undecidedSignatures({undecided, undecided, limit, other});
+    ASSERT_EQ(1U, found.size());
+    EXPECT_EQ("A", found.front().guid);
     EXPECT_TRUE(hasGaps({other, undecided}, {}));
     EXPECT_TRUE(hasGaps({undecided}, {"a"}));
     EXPECT_FALSE(hasGaps({undecided}, {"b"}));
@@ -96,7 +98,7 @@ TEST(Warnings, FilesThatWereNotReadInTimeAreCounted) {
         (std::vector<std::string>{"warning: the time limit was reached", "warning: /a: late (signature A)",
                                   "warning: /b: late (signature A)", "warning: /c: late (signature A)",
                                   "warning: 2 more files could not be read or understood; -v names them"}),
-        conciseWarningLines(warnings, "-v"));
+        conciseWarningLines(warnings, "-v", true));
     EXPECT_TRUE(hasUnexpectedGaps(warnings, {}));
 }
 
@@ -107,14 +109,14 @@ TEST(Warnings, OfManyDamagedFilesThreeAreNamed) {
     EXPECT_EQ((std::vector<std::string>{
                   "warning: /d: damaged (signature A)", "warning: /b: damaged (signature A)",
                   "warning: /a: damaged (signature A)", "warning: /c: damaged (signature A)"}),
-              conciseWarningLines(warnings, "-v"));
+              conciseWarningLines(warnings, "-v", true));
     warnings.push_back(ofFile("io", "/e"));
     warnings.push_back({{{"code", "parse"}, {"guid", "A"}, {"scope", "file"}, {"count", "480"}}, "more"});
     EXPECT_EQ(
         (std::vector<std::string>{"warning: /d: damaged (signature A)", "warning: /b: damaged (signature A)",
                                   "warning: /a: damaged (signature A)",
                                   "warning: 482 more files could not be read or understood; -v names them"}),
-        conciseWarningLines(warnings, "-v"));
+        conciseWarningLines(warnings, "-v", true));
 }
 
 TEST(Warnings, LongOnesAreNotShortened) {
@@ -130,12 +132,66 @@ TEST(Warnings, ManyPrivatePlacesShareALine) {
     }
     warnings.push_back({{{"code", "unresolved"}, {"guid", "g1"}}, "unknown"});
     warnings.push_back({{{"code", "io"}, {"path", "/x"}}, "cannot be read"});
-    EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings, "-v")) << "three places are named";
+    EXPECT_EQ(warningLines(warnings), conciseWarningLines(warnings, "-v", true)) << "three places are named";
     warnings.push_back({{{"code", "permission"}, {"path", "/d"}, {"guid", "g1"}}, "private"});
     EXPECT_EQ((std::vector<std::string>{"warning: /x: cannot be read",
                                         "warning: 4 files and directories may not be read or searched, so 1 "
                                         "signature is undecided; -v names them"}),
-              conciseWarningLines(warnings, "-v"));
+              conciseWarningLines(warnings, "-v", true));
+}
+
+Warning privatePlace(const std::string& path, const std::string& code = "permission",
+                     const std::string& count = "1") {
+    return {{{"code", code}, {"path", path}, {"count", count}}, "private"};
+}
+
+Warning unresolved(const std::string& guid, const std::string& because) {
+    return {{{"code", "unresolved"}, {"guid", guid}, {"because", because}}, "unknown"};
+}
+
+TEST(Warnings, OtherUsersThanRootAreToldThatRootMayReadMore) {
+    std::vector<Warning> warnings;
+    for (const char* path : {"/a", "/b", "/c", "/d"}) warnings.push_back(privatePlace(path, "denied"));
+    const std::string counted = "warning: 4 files and directories may not be read or searched";
+    EXPECT_EQ(counted + "; -v names them", conciseWarningLines(warnings, "-v", false).back())
+        << "root sees no more of what signatures may not see";
+    warnings.push_back(privatePlace("/d"));
+    EXPECT_EQ(counted + "; root may read them; -v names them",
+              conciseWarningLines(warnings, "-v", false).back());
+    EXPECT_EQ(counted + "; -v names them", conciseWarningLines(warnings, "-v", true).back());
+}
+
+TEST(Warnings, PrivatePlacesThatTheScannerOnlyCountsAreCounted) {
+    std::vector<Warning> warnings{privatePlace("", "permission", "7000")};
+    for (const char* path : {"/a", "/b", "/c"}) warnings.push_back(privatePlace(path));
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: 7003 files and directories may not be read or searched; -v names them"}),
+              conciseWarningLines(warnings, "-v", true));
+}
+
+TEST(Warnings, SignaturesThatAreUndecidedForAnotherReasonAreNamedBesidePrivatePlaces) {
+    std::vector<Warning> warnings;
+    for (const char* path : {"/a", "/b", "/c", "/d"}) warnings.push_back(privatePlace(path));
+    for (const char* guid : {"g1", "g2", "g3"}) warnings.push_back(unresolved(guid, "permission"));
+    EXPECT_FALSE(hasUnexpectedGaps(warnings, {}));
+    EXPECT_TRUE(hasUnexpectedGaps(warnings, {"g1"})) << "the signature is asked for";
+    warnings.push_back(unresolved("g4", "permission io"));
+    EXPECT_EQ((std::vector<std::string>{
+                  "warning: unknown, because of permission io (signature g4)",
+                  "warning: 4 files and directories may not be read or searched, so 3 signatures are "
+                  "undecided; -v names them"}),
+              conciseWarningLines(warnings, "-v", true));
+    EXPECT_TRUE(hasUnexpectedGaps(warnings, {}));
+}
+
+TEST(Warnings, AllUndecidedSignaturesAreNamedOnRequest) {
+    std::vector<Warning> warnings;
+    for (const char* guid : {"A", "B", "C", "D", "E", "F", "G"})
+        warnings.push_back(unresolved(guid, "permission"));
+    EXPECT_EQ("warning: unknown, because of permission (7 signatures: A, B, C, D, E, ...)",
+              warningLines(warnings).at(0));
+    EXPECT_EQ("warning: unknown, because of permission (7 signatures: A, B, C, D, E, F, G)",
+              warningLines(warnings, Naming::AllUndecided).at(0));
 }
 
 }  // namespace

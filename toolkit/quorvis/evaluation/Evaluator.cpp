@@ -64,7 +64,7 @@ void Evaluator::evaluateOne(const Signature& signature, std::span<const std::siz
     const std::size_t count = signature.detections.size();
     for (std::size_t i = 0; i < count; ++i) {
         if (std::ranges::find(aborted, i) != aborted.end()) {
-            evaluation.leaveOut();
+            evaluation.leaveOut(EventCode::Aborted);
             continue;
         }
         sink_.onDetection(i, i + 1 == count);
@@ -78,7 +78,7 @@ void Evaluator::evaluateOne(const Signature& signature, std::span<const std::siz
                            "takes more memory than is allowed",
                            std::string(signature.guid),
                            {}});
-            evaluation.leaveOut();
+            evaluation.leaveOut(EventCode::LimitMemory);
         }
     }
     evaluation.finish();

@@ -41,7 +41,7 @@ void writeFiles(const Options& options, const MatchElements& matches, const Even
 }
 
 void sayEvents(const EventList& events) {
-    for (const EventList::Entry& entry : events.entries()) say(lineOf(entry));
+    for (const std::string& line : linesOf(events)) say(line);
 }
 
 // The root of the command line, else that of the settings, else the live machine.

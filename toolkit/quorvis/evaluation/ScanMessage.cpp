@@ -14,9 +14,11 @@ namespace toolkit::quorvis {
 
 namespace {
 
-constexpr std::size_t kMaxTexts = 4;
+constexpr std::size_t kMaxTexts = 5;
 constexpr std::size_t kMaxReadBytes = std::size_t{1} << 20;  // kept before they are erased
 constexpr std::uint64_t kOfFile = 1U << 16U;                 // added to the code of an event
+constexpr unsigned kCountShift = 17;                         // the count of an event is above
+constexpr std::uint64_t kMaxCount = ~std::uint64_t{0} >> kCountShift;
 
 void appendNumber(std::string& bytes, std::uint64_t number) {
     bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
@@ -45,7 +47,7 @@ bool decode(std::string_view bytes, ScanMessage& message) {
     const bool isEvent = message.kind == ScanMessage::Kind::Event;
     const bool hasText =
         !isEvent && message.kind != ScanMessage::Kind::Signatures && message.kind != ScanMessage::Kind::Done;
-    if (isEvent && (*number & ~kOfFile) > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
+    if (isEvent && (*number & (kOfFile - 1)) > static_cast<std::uint64_t>(EventCode::Invalid)) return false;
     return message.texts.size() == (isEvent ? kMaxTexts : hasText ? 1U : 0U);
 }
 
@@ -53,17 +55,21 @@ bool decode(std::string_view bytes, ScanMessage& message) {
 
 ScanMessage messageOf(Event event) {
     return {ScanMessage::Kind::Event,
-            static_cast<std::uint64_t>(event.code) | (event.ofFile ? kOfFile : 0),
-            {std::move(event.path), std::move(event.text), std::move(event.guid), std::move(event.leaf)}};
+            static_cast<std::uint64_t>(event.code) | (event.ofFile ? kOfFile : 0) |
+                std::min(event.count, kMaxCount) << kCountShift,
+            {std::move(event.path), std::move(event.text), std::move(event.guid), std::move(event.leaf),
+             std::move(event.because)}};
 }
 
 Event eventOf(ScanMessage message) {
-    return {static_cast<EventCode>(message.number & ~kOfFile),
+    return {static_cast<EventCode>(message.number & (kOfFile - 1)),
             std::move(message.texts.at(0)),
             std::move(message.texts.at(1)),
             std::move(message.texts.at(2)),
             std::move(message.texts.at(3)),
-            (message.number & kOfFile) != 0};
+            (message.number & kOfFile) != 0,
+            message.number >> kCountShift,
+            std::move(message.texts.at(4))};
 }
 
 std::string encoded(const ScanMessage& message) {

@@ -20,7 +20,7 @@ struct ScanMessage {
     enum class Kind : std::uint8_t {
         Signatures,   // number: of signatures
         Match,        // text: the element for the output file
-        Event,        // number: the code; texts: path, text, guid, leaf
+        Event,        // number: the code, flags and the count; texts: path, text, guid, leaf, because
         Explanation,  // text: a line
         Refused,      // text: why the signatures file is refused
         Failed,       // text: why there is no result

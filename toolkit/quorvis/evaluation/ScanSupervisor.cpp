@@ -163,7 +163,9 @@ class Supervisor {
     }
 
     bool prepareNextSignature() {
-        events_.add({EventCode::Unresolved, {}, "whether the signature matches is unknown", guid_, {}});
+        Event event{EventCode::Unresolved, {}, "whether the signature matches is unknown", guid_, {}};
+        event.because = nameOf(EventCode::Aborted);
+        events_.add(std::move(event));
         attempt_.start = {begun_, {}};
         return begun_ < result_.signatureCount;
     }

@@ -121,22 +121,29 @@ void SignatureEvaluation::forgetLeaves() {
 
 void SignatureEvaluation::finish() {
     replayed_ = false;
-    if (unknown_) return report(EventCode::Unresolved, "whether the signature matches is unknown");
-    if (unknownFiles_)
-        report(EventCode::Unresolved, "whether the signature matches some of the files is unknown", {}, true);
+    if (unknown_) return reportUnresolved("whether the signature matches is unknown", false);
+    if (unknownFiles_) reportUnresolved("whether the signature matches some of the files is unknown", true);
+}
+
+void SignatureEvaluation::reportUnresolved(std::string text, bool ofFile) {
+    Event event{EventCode::Unresolved, {}, std::move(text), std::string(signature_.guid), {}, ofFile};
+    event.because = doubts_.names();
+    sink_.onEvent(std::move(event));
 }
 
 Truth SignatureEvaluation::runOnce() {
+    doubt_ = {};
     const Truth truth = evaluateMatch();
     if (signature_.detections.size() == 1) explain("signature", truth);
     if (truth == Truth::True) addMatch();
-    if (truth == Truth::Unknown) unknown_ = true;
+    if (truth == Truth::Unknown) noteUnknown(false);
     return truth;
 }
 
 Truth SignatureEvaluation::runEach(std::size_t level) {
     if (level == detection_->each.size()) {
         onlyFilesUnknown_ = true;
+        doubt_ = {};
         const Truth truth = evaluateMatch();
         if (truth == Truth::True) addMatch();
         if (truth == Truth::Unknown) noteUnknown(onlyFilesUnknown_);
@@ -145,7 +152,11 @@ Truth SignatureEvaluation::runEach(std::size_t level) {
     const Leaf& each = signature_.leaves[detection_->each[level]];
     const LeafResult* const result = lookUp(each);
     const Truth found = result == nullptr ? Truth::Unknown : truthOf(each, *result);
-    if (found == Truth::Unknown) noteUnknown(result != nullptr && isOfFiles(each, *result));
+    if (found == Truth::Unknown) {
+        doubt_ = {};
+        noteDoubt(result);
+        noteUnknown(result != nullptr && isOfFiles(each, *result));
+    }
     if (found != Truth::True) return found;
     eachResults_.push_back({result, {}});
     const Truth any = runItems(level);
@@ -243,11 +254,10 @@ Truth SignatureEvaluation::evaluateAny(const std::vector<Condition>& conditions)
 
 Truth SignatureEvaluation::evaluateLeaf(const Leaf& leaf) {
     const LeafResult* const result = lookUp(leaf);
-    if (result == nullptr) {
-        onlyFilesUnknown_ = false;
-        return Truth::Unknown;
-    }
-    const Truth truth = truthOf(leaf, *result);
+    const Truth truth = result == nullptr ? Truth::Unknown : truthOf(leaf, *result);
+    if (truth == Truth::Unknown) noteDoubt(result);
+    if (result == nullptr) onlyFilesUnknown_ = false;
+    if (result == nullptr) return truth;
     if (truth == Truth::Unknown && !isOfFiles(leaf, *result)) onlyFilesUnknown_ = false;
     if (truth == Truth::True && !result->items.empty()) use(leaf, result->items.front());
     return truth;
@@ -395,12 +405,14 @@ void SignatureEvaluation::addIdentity(const Identity& identity, Match& match) {
 }
 
 void SignatureEvaluation::reportEvents(const Leaf& leaf, const LeafResult& result) {
+    for (Event& place : context_.tree().takePrivatePlaces()) sink_.onEvent(std::move(place));
     if (result.events.empty() || replayed_) return;
     if (std::find(reported_.begin(), reported_.end(), &result) != reported_.end()) return;
     reported_.push_back(&result);
     const FoundFiles files(signature_, *detection_);
     const bool expired = context_.budget().expired();
     for (Event event : result.events) {
+        if (event.ofWalk) continue;
         event.guid = signature_.guid;
         event.leaf = labelOf(leaf);
         event.ofFile = !expired && files.areCauseOf(leaf, event.code);
@@ -414,6 +426,14 @@ bool SignatureEvaluation::isOfFiles(const Leaf& leaf, const LeafResult& result) 
 
 void SignatureEvaluation::noteUnknown(bool onlyFiles) {
     (onlyFiles ? unknownFiles_ : unknown_) = true;
+    doubts_.add(doubt_);
+}
+
+void SignatureEvaluation::noteDoubt(const LeafResult* result) {
+    if (result == nullptr) return doubt_.add(EventCode::UndefinedVariable);
+    for (const Event& event : result->events) {
+        if (event.code != EventCode::Loop) doubt_.add(event.code);
+    }
 }
 
 void SignatureEvaluation::report(EventCode code, std::string text, std::string_view leaf, bool ofFile) {

@@ -53,7 +53,10 @@ class SignatureEvaluation {
     // Evaluates a Detection and reports its matches. `replayed`: they were reported before.
     void run(const Detection& detection, bool replayed);
     // A Detection could not be evaluated.
-    void leaveOut() { unknown_ = true; }
+    void leaveOut(EventCode reason) {
+        unknown_ = true;
+        doubts_.add(reason);
+    }
     // Reports whether the signature as a whole is unknown.
     void finish();
 
@@ -105,6 +108,9 @@ class SignatureEvaluation {
     // Whether the result is incomplete only because of files that Each found.
     bool isOfFiles(const Leaf& leaf, const LeafResult& result) const;
     void noteUnknown(bool onlyFiles);
+    // The leaf makes the current item unknown. Null: a variable of it has no value.
+    void noteDoubt(const LeafResult* result);
+    void reportUnresolved(std::string text, bool ofFile);
     void reportEvents(const Leaf& leaf, const LeafResult& result);
     void report(EventCode code, std::string text, std::string_view leaf = {}, bool ofFile = false);
     void explain(std::string text);
@@ -120,6 +126,8 @@ class SignatureEvaluation {
     bool unknown_ = false;
     bool unknownFiles_ = false;     // items of Each are unknown because of what is wrong with their files
     bool onlyFilesUnknown_ = true;  // of the current item: nothing else makes it unknown
+    EventCodes doubt_;              // of the current item: what makes leaves unknown
+    EventCodes doubts_;             // what makes the signature unknown
     unsigned depth_ = 0;            // of the current condition
     Scope scope_;
     std::vector<Proof> proofs_;

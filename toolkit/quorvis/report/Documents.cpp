@@ -26,6 +26,7 @@ void appendEvent(std::string& xml, const EventList::Entry& entry) {
     if (!event.leaf.empty()) appendXmlAttribute(xml, "leaf", event.leaf);
     if (!event.path.empty()) appendXmlAttribute(xml, "path", event.path);
     if (event.ofFile) appendXmlAttribute(xml, "scope", "file");
+    if (!event.because.empty()) appendXmlAttribute(xml, "because", event.because);
     appendXmlAttribute(xml, "count", std::to_string(entry.count));
     xml += '>';
     appendXmlText(xml, event.text);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <system_error>
 #include <utility>
@@ -30,6 +31,7 @@ struct DirectoryEntry {
 };
 constexpr std::size_t kNameOffset = 19;
 
+constexpr const char* kNoSearchText = "No permission to search this directory";
 constexpr const char* kRemoteText = "A file system of another machine or of a program was not looked at";
 
 DirectoryEntry headAt(const char* place) {
@@ -68,8 +70,10 @@ void DirectoryWalk::begin() {
     pending_.active = trie_.start();
     const Active active{0, pending_.active.size()};
     DirectoryOpener::Result top = state_.opener().openTop(needsListing(active));
-    if (top.problem) report(active, *top.problem, top.text, false);
-    if (top.directory.isOpen()) visit(std::move(top), active, 0, 1);
+    if (top.directory.isOpen())
+        visit(std::move(top), active, 0, 1);
+    else if (top.problem)
+        report(active, *top.problem, top.text, false);
 }
 
 void DirectoryWalk::takeOver(WorkItem item) {
@@ -144,10 +148,24 @@ bool DirectoryWalk::needsListing(const Active& active) const {
 }
 
 void DirectoryWalk::report(const Active& active, EventCode code, const std::string& text, bool listingOnly) {
-    for (const NodeId id : nodes(active)) {
-        if (!listingOnly || trie_.node(id).lists)
-            findings_.addProblem(id, code, path_.empty() ? "/" : path_, text);
-    }
+    std::vector<NodeId> concerned;
+    std::ranges::copy_if(nodes(active), std::back_inserter(concerned),
+                         [&](NodeId id) { return !listingOnly || trie_.node(id).lists; });
+    report(concerned, code, path_, text);
+}
+
+void DirectoryWalk::report(std::span<const NodeId> nodes, EventCode code, const std::string& path,
+                           const std::string& text) {
+    const std::string place = path.empty() ? "/" : path;
+    for (const NodeId id : nodes) findings_.addProblem(id, code, place, text);
+    if (!nodes.empty() && isOfPrivatePlace({code, {}, {}, {}, {}}))
+        findings_.addPrivatePlace(code, place, text);
+}
+
+// Whether the user may look up names in the current directory.
+bool DirectoryWalk::maySearchHere() const {
+    struct stat status {};
+    return ::fstatat(chain_.last().number(), ".", &status, 0) == 0 || errno != EACCES;
 }
 
 // `level` is that of the directory. Its entries are one level deeper.
@@ -158,13 +176,16 @@ void DirectoryWalk::visit(DirectoryOpener::Result opened, const Active& active, 
         showProgress();
     }
     if (state_.stopped()) return;
+    const std::optional<EventCode> problem = opened.problem;
     chain_.push(std::move(opened.directory), opened.behindLink);
+    const bool closed = problem == EventCode::Permission && !maySearchHere();
+    if (problem) report(active, *problem, closed ? kNoSearchText : opened.text, !closed);
     const std::size_t first = pending_.directories.size();
     levels_.push_back(
         {path_.size(), level, first, first, first, pending_.names.size(), pending_.active.size()});
-    if (!opened.problem && needsListing(active))
+    if (!problem && needsListing(active))
         readNames(active, level + 1);
-    else
+    else if (!closed)
         stepToLiterals(active, level + 1);
     levels_.back().end = pending_.directories.size();
     shareOut(share, first);
@@ -324,28 +345,28 @@ void DirectoryWalk::stepToLiteral(std::span<const NodeId> children, std::uint32_
     reached_.clear();
     for (const NodeId child : children) trie_.reach(child, reached_);
     if (!state_.opener().maySearch(chain_, path_ + '/' + name)) {
-        for (const NodeId child : children)
-            findings_.addProblem(child, EventCode::Denied, path_ + '/' + name,
-                                 "Other users may not look there");
+        report(children, EventCode::Denied, path_ + '/' + name, "Other users may not look there");
         return;
     }
     const auto ends = [this](NodeId id) { return trie_.node(id).ends(); };
     const auto ending = std::ranges::find_if(children, ends);
     const bool mayAsk = ending != children.end() && !state_.opener().isRemote(chain_, path_ + '/' + name);
-    if (ending != children.end() && (!mayAsk || exists(name.c_str(), *ending)))
+    if (ending != children.end() && (!mayAsk || exists(name.c_str(), children)))
         hitReached({name.c_str(), name.size(), DT_UNKNOWN});
     keepInner({name.c_str(), name.size(), DT_UNKNOWN}, level, false);
 }
 
-bool DirectoryWalk::exists(const char* name, NodeId node) {
+bool DirectoryWalk::exists(const char* name, std::span<const NodeId> nodes) {
     struct stat status {};
     if (::fstatat(chain_.last().number(), name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0)
         return true;
-    if (errno == EACCES || errno == EPERM)
-        findings_.addProblem(node, EventCode::Permission, path_ + '/' + name,
-                             "No permission to look at this");
-    else if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
-        findings_.addProblem(node, EventCode::Io, path_ + '/' + name, std::generic_category().message(errno));
+    const int error = errno;
+    if (error == EACCES && !maySearchHere())
+        report(nodes, EventCode::Permission, path_, kNoSearchText);
+    else if (error == EACCES || error == EPERM)
+        report(nodes, EventCode::Permission, path_ + '/' + name, "No permission to look at this");
+    else if (error != ENOENT && error != ENOTDIR && error != ENAMETOOLONG)
+        report(nodes, EventCode::Io, path_ + '/' + name, std::generic_category().message(error));
     return false;
 }
 
@@ -365,11 +386,15 @@ void DirectoryWalk::enter(const Subdirectory& next, std::uint32_t level) {
     if (active.count == 0) return;
     DirectoryOpener::Result opened =
         state_.opener().open(chain_, {path_.c_str() + nameBegin, path_, next.link, needsListing(active)});
-    if (opened.problem) report(active, *opened.problem, opened.text, opened.directory.isOpen());
-    if (opened.directory.isOpen())
-        visit(std::move(opened), active, level, next.share);
-    else
+    if (!opened.directory.isOpen()) {
         share_ += next.share;
+        if (opened.problem == EventCode::Permission && !next.link && !maySearchHere())
+            report(nodes(active), EventCode::Permission, path_.substr(0, nameBegin - 1), kNoSearchText);
+        else if (opened.problem)
+            report(active, *opened.problem, opened.text, false);
+        return;
+    }
+    visit(std::move(opened), active, level, next.share);
 }
 
 }  // namespace toolkit::quorvis

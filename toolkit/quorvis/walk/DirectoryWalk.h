@@ -66,7 +66,7 @@ class DirectoryWalk {
     unsigned char typeOf(const Entry& entry) const;
     void stepToLiterals(const Active& active, std::uint32_t level);
     void stepToLiteral(std::span<const NodeId> children, std::uint32_t level);
-    bool exists(const char* name, NodeId node);
+    bool exists(const char* name, std::span<const NodeId> nodes);
     void hitReached(const Entry& entry);
     WalkedFile lookAt(const Entry& entry, const std::string& path) const;
     void keepInner(const Entry& entry, std::uint32_t level, bool link);
@@ -75,6 +75,9 @@ class DirectoryWalk {
     Active withoutExcluded(const Active& active);
     bool needsListing(const Active& active) const;
     void report(const Active& active, EventCode code, const std::string& text, bool listingOnly);
+    void report(std::span<const NodeId> nodes, EventCode code, const std::string& path,
+                const std::string& text);
+    bool maySearchHere() const;
     void giveWork();
     WorkItem workFrom(std::size_t level, std::size_t first);
 

@@ -225,7 +225,9 @@ std::vector<GlobHits> TreeSearch::walkUntil(Clock::time_point deadline, std::spa
     if (trie.empty()) return hits;
     WalkState state(root_, settings_, trie, namesSeen_, deadline, progress);
     const WalkFindings noFindings(trie, requests.size(), settings_.fileSystem.maxMatches);
-    WalkThreadPool(state, settings_.evaluation.jobs, noFindings).run().moveTo(hits, state.ending());
+    WalkFindings findings = WalkThreadPool(state, settings_.evaluation.jobs, noFindings).run();
+    findings.moveTo(hits, state.ending());
+    for (Event& place : findings.takePrivatePlaces()) privatePlaces_.push_back(std::move(place));
     return hits;
 }
 

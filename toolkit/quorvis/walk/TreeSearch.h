@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "toolkit/machine/files/Root.h"
@@ -33,6 +34,9 @@ class TreeSearch {
     // Finds what matches each of these requests, in one walk.
     void searchAhead(std::vector<GlobRequest> requests);
 
+    // The private places that walks came to since the last call.
+    std::vector<Event> takePrivatePlaces() { return std::exchange(privatePlaces_, {}); }
+
     // From now on no directories are walked; the hits of new requests are incomplete.
     void refuseWalks() { walks_ = false; }
 
@@ -49,6 +53,7 @@ class TreeSearch {
     LookupBudget& budget_;
     std::unordered_map<std::string, GlobHits> hits_;
     std::atomic<std::uint64_t> namesSeen_ = 0;  // in all walks
+    std::vector<Event> privatePlaces_;
     bool walks_ = true;
     WalkProgress* progress_ = nullptr;
 };

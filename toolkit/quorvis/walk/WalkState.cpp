@@ -9,6 +9,7 @@ namespace toolkit::quorvis {
 namespace {
 
 constexpr std::size_t kMaxProblemsPerNode = 10;
+constexpr std::size_t kMaxPrivatePlaces = 1'000;
 constexpr std::size_t kMaxBytes = std::size_t{24} << 20;  // of the paths that one thread finds
 
 std::size_t sizeOf(const std::string& path) {
@@ -23,6 +24,7 @@ void addEvent(GlobHits& hits, const Event& event) {
     // A loop hides nothing: what it leads to is found elsewhere.
     if (event.code != EventCode::Loop) hits.incomplete = true;
     hits.events.push_back(event);
+    hits.events.back().ofWalk = isOfPrivatePlace(event);
 }
 
 }  // namespace
@@ -132,11 +134,13 @@ void WalkFindings::keep(Found& found, Hit hit) {
     found.tooMany = true;
 }
 
-void WalkFindings::keep(std::vector<Event>& problems, Event event) {
-    const auto place = std::ranges::upper_bound(problems, event, comesBefore);
-    if (place == problems.end() && problems.size() == kMaxProblemsPerNode) return;
-    problems.insert(place, std::move(event));
-    if (problems.size() > kMaxProblemsPerNode) problems.pop_back();
+bool WalkFindings::keep(std::vector<Event>& events, Event event, std::size_t limit) {
+    const auto place = std::ranges::upper_bound(events, event, comesBefore);
+    if (place == events.end() && events.size() == limit) return false;
+    events.insert(place, std::move(event));
+    if (events.size() <= limit) return true;
+    events.pop_back();
+    return false;
 }
 
 void WalkFindings::addHit(GlobTrie::NodeId node, const std::string& path, const WalkedFile& file) {
@@ -147,7 +151,23 @@ void WalkFindings::addHit(GlobTrie::NodeId node, const std::string& path, const 
 
 void WalkFindings::addProblem(GlobTrie::NodeId node, EventCode code, const std::string& path,
                               std::string text) {
-    keep(problems_[node], {code, path, std::move(text), {}, {}});
+    keep(problems_[node], {code, path, std::move(text), {}, {}}, kMaxProblemsPerNode);
+}
+
+void WalkFindings::addPrivatePlace(EventCode code, const std::string& path, std::string text) {
+    Event place{code, path, std::move(text), {}, {}};
+    // Several names in a directory may lead to the same place.
+    if (std::ranges::binary_search(privatePlaces_, place, comesBefore)) return;
+    if (!keep(privatePlaces_, std::move(place), kMaxPrivatePlaces)) ++morePrivatePlaces_[code];
+}
+
+std::vector<Event> WalkFindings::takePrivatePlaces() {
+    for (const auto& [code, count] : morePrivatePlaces_) {
+        Event more{code, {}, "more such events were left out", {}, {}};
+        more.count = count;
+        privatePlaces_.push_back(std::move(more));
+    }
+    return std::move(privatePlaces_);
 }
 
 void WalkFindings::merge(WalkFindings&& other) {
@@ -157,8 +177,10 @@ void WalkFindings::merge(WalkFindings&& other) {
         found_[i].tooLong = found_[i].tooLong || other.found_[i].tooLong;
     }
     for (auto& [node, problems] : other.problems_) {
-        for (Event& event : problems) keep(problems_[node], std::move(event));
+        for (Event& event : problems) keep(problems_[node], std::move(event), kMaxProblemsPerNode);
     }
+    for (const Event& place : other.privatePlaces_) addPrivatePlace(place.code, place.path, place.text);
+    for (const auto& [code, count] : other.morePrivatePlaces_) morePrivatePlaces_[code] += count;
 }
 
 void WalkFindings::moveTo(std::vector<GlobHits>& hits, const std::optional<Event>& ending) {

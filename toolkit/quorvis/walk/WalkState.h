@@ -148,8 +148,12 @@ class WalkFindings {
     void addHit(GlobTrie::NodeId node, const std::string& path, const WalkedFile& file);
     // Notes that something could not be examined that may hold a match for this node or those below it.
     void addProblem(GlobTrie::NodeId node, EventCode code, const std::string& path, std::string text);
+    // Notes a place that the user of the scanner, or every user, may not see. It is also a problem of one or more nodes.
+    void addPrivatePlace(EventCode code, const std::string& path, std::string text);
 
     void merge(WalkFindings&& other);
+    // The private places, the first ones by path, and the number of the others.
+    std::vector<Event> takePrivatePlaces();
     // Moves everything into the hits of the requests, with the event that ended the walk early.
     void moveTo(std::vector<GlobHits>& hits, const std::optional<Event>& ending);
 
@@ -165,13 +169,16 @@ class WalkFindings {
         bool tooLong = false;
     };
     void keep(Found& found, Hit hit);
-    static void keep(std::vector<Event>& problems, Event event);
+    // False when one had to be left out.
+    static bool keep(std::vector<Event>& events, Event event, std::size_t limit);
 
     const GlobTrie& trie_;
     std::uint64_t maxMatches_;
     std::vector<Found> found_;                                 // by request
     std::map<GlobTrie::NodeId, std::vector<Event>> problems_;  // for each node the first ones by path
-    std::vector<std::uint64_t> lastHits_;                      // by request: the latest name that matched
+    std::vector<Event> privatePlaces_;                         // the first ones by path
+    std::map<EventCode, std::uint64_t> morePrivatePlaces_;
+    std::vector<std::uint64_t> lastHits_;  // by request: the latest name that matched
     std::uint64_t name_ = 0;
     std::size_t held_ = 0;  // bytes of all paths
 };

@@ -15,9 +15,10 @@ using Kind = ScanMessage::Kind;
 using Next = ScanMessageReader::Next;
 
 TEST(ScanMessage, IsReadFromBlocksOfAnySize) {
-    const std::string bytes = encoded({Kind::Signatures, 70'000, {}}) +
-                              encoded(messageOf({EventCode::Deadline, "/a", "text", "guid", "leaf", true})) +
-                              encoded({Kind::Done, 0, {}});
+    const std::string bytes =
+        encoded({Kind::Signatures, 70'000, {}}) +
+        encoded(messageOf({EventCode::Deadline, "/a", "text", "guid", "leaf", true, 70'000, "io"})) +
+        encoded({Kind::Done, 0, {}});
     for (std::size_t size = 1; size <= bytes.size(); ++size) {
         ScanMessageReader reader;
         std::vector<ScanMessage> messages;
@@ -30,7 +31,9 @@ TEST(ScanMessage, IsReadFromBlocksOfAnySize) {
         const Event event = eventOf(messages[1]);
         EXPECT_EQ(EventCode::Deadline, event.code);
         EXPECT_TRUE(event.ofFile);
-        EXPECT_EQ("/a text guid leaf", event.path + " " + event.text + " " + event.guid + " " + event.leaf);
+        EXPECT_EQ(70'000U, event.count);
+        EXPECT_EQ("/a text guid leaf io",
+                  event.path + " " + event.text + " " + event.guid + " " + event.leaf + " " + event.because);
         EXPECT_EQ(Kind::Done, messages[2].kind);
     }
 }

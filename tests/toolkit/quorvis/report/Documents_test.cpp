@@ -142,6 +142,44 @@ TEST(EventList, CountsMoreThanAThousand) {
     EXPECT_EQ(entries.back().count, 4000U);
 }
 
+TEST(EventList, KeepsEachPrivatePlaceOfAllSignaturesOnceAndCountsMoreThanAThousand) {
+    EventList events;
+    for (int i = 0; i < 2; ++i) {
+        for (int place = 0; place < 900; ++place)
+            events.add({EventCode::Permission, "/" + std::to_string(place), "private", "", ""});
+    }
+    EXPECT_EQ(events.entries().size(), 900U);
+    for (int place = 900; place < 1100; ++place)
+        events.add({EventCode::Permission, "/" + std::to_string(place), "private", "", ""});
+    Event more{EventCode::Permission, "", "more such events were left out", "", ""};
+    more.count = 7'000;
+    events.add(more);
+    for (int i = 0; i < 1000; ++i) events.add(eventOf(EventCode::Io, "G-" + std::to_string(i)));
+    const std::vector<EventList::Entry> entries = events.entries();
+    ASSERT_EQ(entries.size(), 2001U) << "they do not displace other events";
+    EXPECT_EQ(entries.back().event.text, "more such events were left out");
+    EXPECT_EQ(entries.back().count, 7'100U);
+}
+
+TEST(EventList, UndecidedSignaturesShareALine) {
+    EventList events;
+    const auto add = [&events](const std::string& guid, const std::string& because) {
+        Event event{EventCode::Unresolved, "", "unknown", guid, ""};
+        event.because = because;
+        events.add(event);
+    };
+    for (const char* guid : {"A", "B", "C", "D", "E", "F", "G"}) add(guid, "permission");
+    events.add({EventCode::Permission, "/x", "private", "", ""});
+    add("H", "io");
+    EXPECT_EQ(linesOf(events),
+              (std::vector<std::string>{
+                  "warning: permission: /x: private",
+                  "warning: unresolved: unknown, because of permission (7) [A, B, C, D, E, ...]",
+                  "warning: unresolved: unknown, because of io [H]"}));
+    EXPECT_NE(warningsDocument(events).find("guid=\"G\" because=\"permission\" count=\"1\">unknown"),
+              std::string::npos);
+}
+
 TEST(EventList, KnowsWhetherALimitWasReached) {
     for (const EventCode code : {EventCode::LimitDepth, EventCode::LimitEntries, EventCode::LimitBytes,
                                  EventCode::LimitMatches, EventCode::Deadline}) {
