@@ -70,7 +70,8 @@ bool isOfUnusedFile(const Warning& warning) {
 
 // Whether the only reason for an undecided signature is what the user may not see. Scanners may give no reasons.
 bool isUnresolvedByRights(const Warning& warning) {
-    std::string_view reasons = valueOf(warning.attributes, "because");
+    const std::string because = attribute(warning, "because");
+    std::string_view reasons = because;
     if (!isUnresolved(warning) || reasons.empty()) return false;
     while (!reasons.empty()) {
         const std::string_view reason = reasons.substr(0, reasons.find(' '));
