@@ -31,6 +31,8 @@ int run(int argc, const char* const* argv) {
             return runGroups(options);
         case Command::Doctor:
             return runDoctor(options);
+        case Command::Facts:
+            return runFacts(options);
         case Command::Sbom:
             return runSbom(options);
         case Command::Software:

@@ -10,8 +10,9 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Software, Sbom, Diff, Capture, Groups, Doctor };
-enum class Format { Table, Json, Csv, Xml };
+enum class Command { Hardware, Software, Facts, Sbom, Diff, Capture, Groups, Doctor };
+enum class Format { Table, Json, JsonLines, Csv, Xml, Yaml };
+enum class FactFormat { Ansible, Prometheus };
 enum class BillFormat { CycloneDx, Spdx };
 
 struct Options {
@@ -28,9 +29,12 @@ struct Options {
     std::optional<std::string> suggest;   // draft a signature for this program or directory
     std::optional<std::string> explain;   // explain how this signature is decided
     Format format = Format::Table;
+    FactFormat facts = FactFormat::Ansible;
     BillFormat bill = BillFormat::CycloneDx;
-    std::string archive;  // the file for what a scan reads
-    std::string before;   // the inventories to compare
+    bool typed = false;                       // JSON and YAML have numbers, booleans and arrays
+    std::optional<std::string> csvDirectory;  // a file per group in this directory
+    std::string archive;                      // the file for what a scan reads
+    std::string before;                       // the inventories to compare
     std::string after;
     bool ignoreAccess = false;  // leave out what only one of them could see
     bool hashes = false;        // hash the files in the evidence

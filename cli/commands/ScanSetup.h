@@ -10,6 +10,7 @@
 #include "cli/formats/SoftwareTableWriter.h"
 #include "cli/formats/TableWriter.h"
 #include "cli/formats/XmlWriter.h"
+#include "cli/formats/YamlWriter.h"
 #include "cli/scan/Toolkit.h"
 #include "cli/system/OutputFile.h"
 
@@ -29,9 +30,14 @@ TableStyle tableStyle(const Options& options);
 // The inventory of hardware or software in the requested format.
 template <typename Inventory>
 std::string formatted(const Inventory& inventory, const Options& options) {
+    const JsonValues values = options.typed ? JsonValues::Typed : JsonValues::Text;
     switch (options.format) {
         case Format::Json:
-            return jsonText(inventory);
+            return jsonText(inventory, values);
+        case Format::JsonLines:
+            return jsonLines(inventory, values);
+        case Format::Yaml:
+            return yamlText(jsonText(inventory, values));
         case Format::Csv:
             return csvText(inventory, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
         case Format::Xml:

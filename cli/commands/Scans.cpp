@@ -1,6 +1,7 @@
 #include "cli/commands/Scans.h"
 
 #include <fmt/format.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -72,6 +73,12 @@ void addCompleteness(SoftwareInventory& inventory, const std::vector<std::string
     inventory.complete = inventory.fault.empty() && !hasGaps(inventory.warnings, guids);
 }
 
+// The software scanner does not report the name of the machine.
+std::string thisHost() {
+    utsname names{};
+    return uname(&names) == 0 ? static_cast<const char*>(names.nodename) : "";
+}
+
 HardwareInventory scanWith(const Options& options, const Toolkit& toolkit, const Workspace& workspace,
                            const std::vector<std::string>& groupNames) {
     const std::string root = passScannedRoot(options, kHardwareScanner);
@@ -80,7 +87,9 @@ HardwareInventory scanWith(const Options& options, const Toolkit& toolkit, const
     LibraryHandle library(&printer, workspace, toolkit.directory);
     const std::vector<GroupName> groups = chooseGroups(library.groups(), groupNames);
     progress.begin(static_cast<int>(groups.size()));
-    HardwareInventory inventory = scanHardware(library, toolkit.directory, root, groups);
+    const bool ofManyMachines = options.command == Command::Facts || options.format == Format::JsonLines;
+    HardwareInventory inventory = scanHardware(library, toolkit.directory, root, groups,
+                                               ofManyMachines ? HostName::Always : HostName::IfScanned);
     progress.end();
     return inventory;
 }
@@ -145,6 +154,7 @@ SoftwareInventory evaluateSignatures(const Options& options, const std::vector<S
         library, output, scannerPath(toolkit.directory, kSoftwareScanner), files, options.guids, report);
     progress.end();
     inventory.scan = timer.facts();
+    if (root.empty()) inventory.scan.host = thisHost();
     addCompleteness(inventory, options.guids, files);
     return inventory;
 }

@@ -55,6 +55,8 @@ std::string listText(const std::vector<SignatureEntry>& entries, const Options& 
     switch (options.format) {
         case Format::Json:
             return signatureJson(entries);
+        case Format::Yaml:
+            return yamlText(signatureJson(entries));
         case Format::Csv:
             return signatureCsv(entries, options.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected);
         default:

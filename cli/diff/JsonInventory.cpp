@@ -1,5 +1,5 @@
 // Reads the JSON of `zav hw`: {"scan": {...}, "status": {group: {...}}, "groups": {group: [{field: value}]}}. Other
-// members are skipped.
+// members are skipped. Typed values become texts again.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -64,22 +64,22 @@ class InventoryReader : public Json::json_sax_t {
         return builder_.finish();
     }
 
-    bool null() override { return other("null"); }
+    bool null() override { return scalar("null", ""); }
     bool boolean(bool value) override {
         if (isAt("scan", 2) && path_[1] == "privileged") {
             builder_.inventory().privileged = value;
             return true;
         }
-        return other("a boolean");
+        return scalar("a boolean", value ? "true" : "false");
     }
-    bool number_integer(std::int64_t) override { return other("a number"); }
-    bool number_unsigned(std::uint64_t) override { return other("a number"); }
-    bool number_float(double, const std::string&) override { return other("a number"); }
+    bool number_integer(std::int64_t value) override { return scalar("a number", std::to_string(value)); }
+    bool number_unsigned(std::uint64_t value) override { return scalar("a number", std::to_string(value)); }
+    bool number_float(double, const std::string& digits) override { return scalar("a number", digits); }
     bool binary(Json::binary_t&) override { return other("binary data"); }
 
     bool string(std::string& value) override {
-        if (isAt("groups", 4)) {
-            builder_.addField(path_[3], std::move(value));
+        if (isAt("groups", 4) || isAt("groups", 5)) {
+            addValue(std::move(value));
         } else if (isAt("scan", 2)) {
             if (path_[1] == "time") builder_.inventory().time = value;
             if (path_[1] == "root") builder_.inventory().ofTree = !value.empty();
@@ -94,7 +94,7 @@ class InventoryReader : public Json::json_sax_t {
 
     bool start_object(std::size_t) override {
         if (isAt("groups", 2)) refuse("an object", "an array of instances");
-        if (isAt("groups", 4)) refuse("an object", "a text");
+        if (isAt("groups", 4) || isAt("groups", 5)) refuse("an object", "a text");
         open();
         if (isAt("groups", 2)) hasGroups_ = true;
         if (isAt("groups", 4)) builder_.beginInstance();
@@ -112,13 +112,16 @@ class InventoryReader : public Json::json_sax_t {
     }
     bool start_array(std::size_t) override {
         if (path_.empty()) refuse("an array", "an object");
-        if (path_.front() == "groups" && path_.size() != 2) refuse("an array", "an object or a text");
+        if (path_.front() == "groups" && path_.size() != 2 && path_.size() != 4)
+            refuse("an array", "an object or a text");
         if (isAt("groups", 2)) builder_.beginGroup(path_[1]);
+        if (isAt("groups", 4)) list_.reset();
         open();
         return true;
     }
     bool end_array() override {
         path_.pop_back();
+        if (isAt("groups", 4)) builder_.addField(path_[3], list_.value_or(""));
         return true;
     }
     bool parse_error(std::size_t position, const std::string& token, const Json::exception&) override {
@@ -140,10 +143,22 @@ class InventoryReader : public Json::json_sax_t {
         if (path_.size() == kMaxDepth) throw BadInventory(line_, "the JSON is nested too deep");
         path_.emplace_back();
     }
-    // A value that is not a text.
+    // The value of a field, or one of a list.
+    void addValue(std::string text) {
+        if (path_.size() == 4)
+            builder_.addField(path_[3], std::move(text));
+        else
+            list_ = list_ ? *list_ + ';' + text : std::move(text);
+    }
+    bool scalar(const char* kind, std::string text) {
+        if (!isAt("groups", 4) && !isAt("groups", 5)) return other(kind);
+        addValue(std::move(text));
+        return true;
+    }
+    // A value at a place that has none.
     bool other(const char* kind) {
         if (path_.empty()) refuse(kind, "an object");
-        if (path_.front() == "groups") refuse(kind, path_.size() == 4 ? "a text" : "an object or an array");
+        if (path_.front() == "groups") refuse(kind, "an object or an array");
         return true;
     }
     [[noreturn]] void refuse(const char* found, const char* expected) const {
@@ -159,6 +174,7 @@ class InventoryReader : public Json::json_sax_t {
     // The name of the current member of each open object; empty for an open array.
     std::vector<std::string> path_;
     GroupStatus status_;
+    std::optional<std::string> list_;
     bool hasGroups_ = false;
 };
 

@@ -1,10 +1,9 @@
 #include "cli/formats/JsonWriter.h"
 
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <utility>
 
-#include "cli/scan/ProductIdentity.h"
-#include "cli/scan/ResultMetadata.h"
+#include "cli/formats/JsonDocument.h"
 
 namespace zavcli {
 
@@ -12,103 +11,90 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json scanFacts(const ScanFacts& scan) {
-    Json facts = {{"program", scan.program},
-                  {"time", scan.time},
-                  {"milliseconds", scan.milliseconds},
-                  {"toolkit", scan.toolkit}};
-    if (!scan.root.empty()) facts["root"] = scan.root;
-    return facts;
+Json document(const HardwareInventory& inventory, JsonValues values) {
+    Json statuses = Json::object();
+    Json groups = Json::object();
+    for (const Group& group : inventory.groups) {
+        statuses[group.name] = statusJson(group.status);
+        Json& instances = groups[group.name] = Json::array();
+        for (const Instance& instance : group.instances)
+            instances.push_back(instanceJson(group.name, instance, values));
+    }
+    return {{"scan", scanJson(inventory)}, {"status", std::move(statuses)}, {"groups", std::move(groups)}};
 }
 
-// The rights of the scanner decide what it can see.
-void addPrivilege(Json& facts, const Instance& scanInfo) {
-    const Field* const privileged = findField(scanInfo, "Privileged");
-    if (privileged != nullptr) facts["privileged"] = privileged->value == "true";
-}
+// Writes lines that begin with the host and the time.
+class LineWriter {
+  public:
+    explicit LineWriter(const ScanFacts& scan) : lead_({{"host", scan.host}, {"time", scan.time}}) {}
 
-Json object(const std::vector<Field>& fields) {
-    Json object = Json::object();
-    for (const Field& field : fields) object[field.name] = field.value;
-    return object;
-}
+    template <typename... Members>
+    void add(Members&&... members) {
+        Json line = lead_;
+        (line.emplace(std::forward<Members>(members).first, std::forward<Members>(members).second), ...);
+        text_ += lineText(line);
+    }
+    std::string text() { return std::move(text_); }
 
-Json instances(const Group& group) {
-    Json array = Json::array();
-    for (const Instance& instance : group.instances) array.push_back(object(instance));
-    return array;
-}
+  private:
+    Json lead_;
+    std::string text_;
+};
 
-Json status(const Group& group) {
-    Json json = {{"status", statusWord(group.status.state)}};
-    if (!group.status.reason.empty()) json["reason"] = group.status.reason;
-    return json;
-}
-
-Json result(const MatchedSignature& match) {
-    Json json = {{"guid", match.guid}};
-    if (!match.name.empty()) json["name"] = match.name;
-    const ProductIdentity identity = identityOf(match);
-    if (!identity.cpe.empty()) json["cpe"] = identity.cpe;
-    if (!identity.purl.empty()) json["purl"] = identity.purl;
-    json["variables"] = object(match.variables);
-    const Metadata metadata = readMetadata(match.metadata);
-    if (!metadata.texts.empty()) json["metadata"] = object(metadata.texts);
-    for (const std::vector<Field>& piece : metadata.evidence) json["evidence"].push_back(object(piece));
-    return json;
-}
-
-Json warning(const Warning& warning) {
-    Json json = object(warning.attributes);
-    json["text"] = warning.text;
-    return json;
-}
-
-// The words of a text, which are separated by blanks.
-Json words(const std::string& text) {
-    Json array = Json::array();
-    std::istringstream stream(text);
-    for (std::string word; stream >> word;) array.push_back(word);
-    return array;
-}
-
-std::string written(const Json& document) {
-    // Paths may contain bytes that are not UTF-8.
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+std::pair<const char*, Json> member(const char* name, Json value) {
+    return {name, std::move(value)};
 }
 
 }  // namespace
 
-std::string jsonText(const HardwareInventory& inventory) {
-    Json statuses = Json::object();
-    Json groups = Json::object();
-    for (const Group& group : inventory.groups) {
-        statuses[group.name] = status(group);
-        groups[group.name] = instances(group);
-    }
-    Json scan = scanFacts(inventory.scan);
-    addPrivilege(scan, inventory.scanInfo);
-    return written(
-        {{"scan", std::move(scan)}, {"status", std::move(statuses)}, {"groups", std::move(groups)}});
+std::string jsonText(const HardwareInventory& inventory, JsonValues values) {
+    return indentedText(document(inventory, values));
 }
 
-std::string jsonText(const SoftwareInventory& inventory) {
+std::string jsonLine(const HardwareInventory& inventory, JsonValues values) {
+    return lineText(document(inventory, values));
+}
+
+std::string jsonText(const SoftwareInventory& inventory, JsonValues values) {
     Json results = Json::array();
-    for (const MatchedSignature& match : inventory.results) results.push_back(result(match));
-    Json warnings = Json::array();
-    for (const Warning& each : inventory.warnings) warnings.push_back(warning(each));
+    for (const MatchedSignature& match : inventory.results) results.push_back(resultJson(match, values));
     Json undecided = Json::array();
-    for (const UndecidedSignature& signature : inventory.undecided) {
-        Json json = {{"guid", signature.guid}};
-        if (!signature.name.empty()) json["name"] = signature.name;
-        if (!signature.because.empty()) json["because"] = words(signature.because);
-        undecided.push_back(std::move(json));
+    for (const UndecidedSignature& signature : inventory.undecided)
+        undecided.push_back(undecidedJson(signature));
+    Json warnings = Json::array();
+    for (const Warning& warning : inventory.warnings) warnings.push_back(warningJson(warning));
+    return indentedText({{"scan", scanJson(inventory)},
+                         {"complete", inventory.complete},
+                         {"results", std::move(results)},
+                         {"undecided", std::move(undecided)},
+                         {"warnings", std::move(warnings)}});
+}
+
+std::string jsonLines(const HardwareInventory& inventory, JsonValues values) {
+    LineWriter writer(inventory.scan);
+    writer.add(member("scan", scanJson(inventory)));
+    for (const Group& group : inventory.groups) {
+        if (group.status.reason.empty())
+            writer.add(member("group", group.name), member("status", statusWord(group.status.state)));
+        else
+            writer.add(member("group", group.name), member("status", statusWord(group.status.state)),
+                       member("reason", group.status.reason));
+        for (std::size_t i = 0; i < group.instances.size(); ++i)
+            writer.add(member("group", group.name), member("instance", i),
+                       member("fields", instanceJson(group.name, group.instances[i], values)));
     }
-    return written({{"scan", scanFacts(inventory.scan)},
-                    {"complete", inventory.complete},
-                    {"results", std::move(results)},
-                    {"undecided", std::move(undecided)},
-                    {"warnings", std::move(warnings)}});
+    return writer.text();
+}
+
+std::string jsonLines(const SoftwareInventory& inventory, JsonValues values) {
+    LineWriter writer(inventory.scan);
+    writer.add(member("scan", scanJson(inventory)), member("complete", inventory.complete));
+    for (const MatchedSignature& match : inventory.results)
+        writer.add(member("result", resultJson(match, values)));
+    for (const UndecidedSignature& signature : inventory.undecided)
+        writer.add(member("undecided", undecidedJson(signature)));
+    for (const Warning& warning : inventory.warnings) writer.add(member("warning", warningJson(warning)));
+    return writer.text();
 }
 
 }  // namespace zavcli

@@ -44,14 +44,16 @@ Group readGroup(ZAVHwCtx* hardware, const GroupName& group) {
     return result;
 }
 
-bool includesScanInfo(const std::vector<GroupName>& groups) {
-    return std::any_of(groups.begin(), groups.end(),
-                       [](const GroupName& group) { return group.id == kScanInfo.id; });
+void addMissing(std::vector<GroupName>& groups, const GroupName& added) {
+    if (std::none_of(groups.begin(), groups.end(),
+                     [&added](const GroupName& group) { return group.id == added.id; }))
+        groups.push_back(added);
 }
 
-Instance scanInfoOf(const std::vector<Group>& groups) {
+// The first instance of the group; empty if it has none.
+Instance firstOf(const std::vector<Group>& groups, const GroupName& wanted) {
     for (const Group& group : groups) {
-        if (group.id == kScanInfo.id && !group.instances.empty()) return group.instances.front();
+        if (group.id == wanted.id && !group.instances.empty()) return group.instances.front();
     }
     return {};
 }
@@ -73,16 +75,17 @@ std::vector<Group> scanGroups(LibraryHandle& library, const std::string& toolkit
 }
 
 HardwareInventory scanHardware(LibraryHandle& library, const std::string& toolkit, const std::string& root,
-                               const std::vector<GroupName>& groups) {
+                               const std::vector<GroupName>& groups, HostName host) {
     const ScanTimer timer(toolkit, root);
     std::vector<GroupName> scanned = groups;
-    const bool hidden = !includesScanInfo(groups);
-    if (hidden) scanned.push_back(kScanInfo);
+    addMissing(scanned, kScanInfo);
+    if (host == HostName::Always) addMissing(scanned, kComputer);
     HardwareInventory inventory;
     inventory.groups = scanGroups(library, toolkit, scanned);
     inventory.scan = timer.facts();
-    inventory.scanInfo = scanInfoOf(inventory.groups);
-    if (hidden) inventory.groups.pop_back();
+    inventory.scan.host = valueOf(firstOf(inventory.groups, kComputer), "Name");
+    inventory.scanInfo = firstOf(inventory.groups, kScanInfo);
+    inventory.groups.resize(groups.size());
     for (Group& group : inventory.groups) group.status = statusOf(group.name, inventory.scanInfo);
     return inventory;
 }

@@ -13,6 +13,8 @@ struct ScanFacts {
     long long milliseconds = 0;  // the duration of the scan
     std::string toolkit;         // the directory of the scanner
     std::string root;            // the scanned directory; empty for this machine
+    std::time_t seconds = 0;     // the start of the scan since the epoch
+    std::string host = {};       // the name of the scanned machine; empty if unknown or not asked for
 };
 
 // Records the circumstances of a scan that starts now.

@@ -56,16 +56,24 @@ TEST(Bundled, InventoriesAreDocumentsOfTheSchemas) {
     const ScratchDir scratch;
     const std::string json = scratch.path() / "inventory.json";
     const std::string xml = scratch.path() / "inventory.xml";
-    const auto validate = [](const std::string& file) {
+    const auto validate = [](const std::string& file, const char* schema = ZAV_JSON_SCHEMA) {
         const char* const script =
             "import json, sys, jsonschema\n"
             "jsonschema.Draft202012Validator(json.load(open(sys.argv[1]))).validate(json.load(open(sys.argv["
             "2])))";
-        return runProgram("/usr/bin/python3", {"-c", script, ZAV_JSON_SCHEMA, file});
+        return runProgram("/usr/bin/python3", {"-c", script, schema, file});
     };
     ASSERT_EQ(0, bundled({"hw", "--format", "json", "--output", json}).status);
     const Finished valid = validate(json);
     EXPECT_EQ(0, valid.status) << valid.errors;
+    const std::string typed = scratch.path() / "typed.json";
+    for (const char* hidden : {"--no-volatile", "--sanitize"}) {
+        ASSERT_EQ(0, bundled({"facts", hidden, "--output", typed}).status);
+        const Finished validFacts = validate(typed, ZAV_TYPED_SCHEMA);
+        EXPECT_EQ(0, validFacts.status) << validFacts.errors;
+        EXPECT_NE(0, validate(json, ZAV_TYPED_SCHEMA).status) << "strings are not numbers";
+        EXPECT_NE(0, validate(typed).status);
+    }
     ASSERT_EQ(0, bundled({"hw", "--format", "xml", "--output", xml}).status);
     const Finished validXml = runProgram("/usr/bin/xmllint", {"--noout", "--schema", ZAV_XML_SCHEMA, xml});
     EXPECT_EQ(0, validXml.status) << validXml.errors;

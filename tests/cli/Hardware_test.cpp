@@ -195,7 +195,7 @@ TEST_F(HardwareTest, BadUsageExitsWithTwoWithoutAScan) {
     const std::vector<std::vector<std::string>> cases = {
         {"--nope"},
         {"--group", "Procesor"},
-        {"--format", "yaml"},
+        {"--format", "toml"},
         {"--root", path("none")},
         {"--root", prepared_},
         {"extra"},

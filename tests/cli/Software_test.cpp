@@ -394,7 +394,7 @@ TEST_F(SoftwareTest, BadUsageExitsWithTwoWithoutARun) {
     for (const auto& arguments :
          {Guids{path("none.xml")}, Guids{path("given")}, Guids{"/dev/null"}, Guids{one, "--variable", "x"},
           Guids{one, "--variable", "x=1", "--variable", "x=2"}, Guids{one, "--config", "x=1"},
-          Guids{one, "--format", "yaml"}, Guids{"--check", path("none.xml")}}) {
+          Guids{one, "--format", "toml"}, Guids{"--check", path("none.xml")}}) {
         const Ended ended = sw(arguments).run();
         EXPECT_EQ(2, ended.status);
         EXPECT_EQ("", ended.out);

@@ -58,6 +58,13 @@ TEST(Options, AnInventoryHidesAndOmitsNothingUnlessAsked) {
     EXPECT_TRUE(options({"hw", "--pretty"}).pretty);
 }
 
+TEST(Options, FactsAreForAnsibleUnlessPrometheusIsNamed) {
+    EXPECT_EQ(Command::Facts, options({"facts"}).command);
+    EXPECT_EQ(FactFormat::Ansible, options({"facts"}).facts);
+    EXPECT_EQ(FactFormat::Prometheus, options({"facts", "--format", "Prometheus"}).facts);
+    EXPECT_TRUE(options({"facts", "--sanitize"}).sanitize);
+}
+
 TEST(Options, TwoInventoriesAreCompared) {
     const Options diff = options({"diff", "a.json", "-", "--format", "json", "--ignore-access", "-o", "out"});
     EXPECT_EQ(Command::Diff, diff.command);
@@ -145,6 +152,8 @@ TEST(Options, FormatIsCaseInsensitive) {
     EXPECT_EQ(Format::Json, options({"hw", "--format", "JSON"}).format);
     EXPECT_EQ(Format::Csv, options({"hw", "--format", "Csv"}).format);
     EXPECT_EQ(Format::Xml, options({"hw", "--format", "xml"}).format);
+    EXPECT_EQ(Format::Yaml, options({"sw", "--format", "Yaml"}).format);
+    EXPECT_EQ(Format::JsonLines, options({"sw", "--format", "jsonl"}).format);
     EXPECT_EQ(Format::Csv, options({"groups", "--format", "csv"}).format);
 }
 
@@ -210,7 +219,11 @@ TEST(Options, BadCommandLinesAreRefusedWithTheReason) {
         {{"hw", "extra"}, "extra"},
         {{"hw", "--group"}, "--group"},
         {{"hw", "--output"}, "--output"},
-        {{"hw", "--format", "yaml"}, "yaml"},
+        {{"hw", "--format", "toml"}, "toml"},
+        {{"hw", "--typed"}, "--typed"},
+        {{"hw", "--format", "csv", "--typed"}, "--typed"},
+        {{"facts", "--format", "json"}, "json"},
+        {{"sw", "--list", "--format", "jsonl"}, "--list"},
         {{"hw", "--format", "1"}, "1"},
         {{"groups", "--format", "xml"}, "xml"},
         {{"hw", "--root", "/no/such/place"}, "/no/such/place"},

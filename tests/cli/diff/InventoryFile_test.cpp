@@ -100,12 +100,32 @@ TEST(InventoryFile, HashesInsteadOfPrivateValuesAreRecognised) {
         << "the product family is not private, and the root directory has no name";
 }
 
+TEST(InventoryFile, TypedValuesAreReadAsTexts) {
+    const SavedInventory saved = parseInventory(
+        R"({"groups": {"Storage": [{"Size": 9223372036854775807, "Zone": -60, "Load": 0.25, "Removable": false,
+            "Model": null, "Names": ["a", "b"], "None": []}]}})");
+    const Instance& disk = saved.find("Storage")->instances.at(0);
+    const std::vector<std::pair<const char*, const char*>> expected{{"Size", "9223372036854775807"},
+                                                                    {"Zone", "-60"},
+                                                                    {"Load", "0.25"},
+                                                                    {"Removable", "false"},
+                                                                    {"Model", ""},
+                                                                    {"Names", "a;b"},
+                                                                    {"None", ""}};
+    ASSERT_EQ(expected.size(), disk.size());
+    for (const auto& [name, value] : expected) EXPECT_EQ(value, valueOf(disk, name)) << name;
+}
+
 TEST(InventoryFile, JsonThatIsNoInventoryIsRefusedWithItsLine) {
     EXPECT_EQ("3: the JSON ends too early", problemOf("{\n\"groups\": {\n"));
     EXPECT_EQ(0U, problemOf("{\n\"groups\":\n{oops}}").find("3: the JSON is not valid at "));
     EXPECT_EQ("0: this is no hardware inventory: it has no \"groups\"", problemOf(R"({"results": []})"));
-    EXPECT_EQ("2: there is a number instead of a text for \"Size\"",
-              problemOf("{\"groups\": {\"Storage\": [\n{\"Size\": 5}]}}"));
+    EXPECT_EQ("2: there is an object instead of a text for \"Size\"",
+              problemOf("{\"groups\": {\"Storage\": [\n{\"Size\": {}}]}}"));
+    EXPECT_EQ("1: there is a number instead of an object or an array",
+              problemOf(R"({"groups": {"Storage": [5]}})"));
+    EXPECT_EQ("1: there is an array instead of an object or a text",
+              problemOf(R"({"groups": {"Storage": [{"Size": [[5]]}]}})"));
     EXPECT_EQ("2: there is an object instead of an array of instances for \"Storage\"",
               problemOf("{\"groups\":\n{\"Storage\": {}}}"));
     EXPECT_EQ("1: there is an array instead of an object or a text for \"groups\"",
