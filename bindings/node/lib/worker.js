@@ -78,11 +78,14 @@ class Scan {
     const count = [0];
     this.call('hw_get_group_instances', this.context, group, count);
     const value = [null];
+    // The names of the fields are the same texts in all instances.
+    const names = new Map();
     return Array.from({ length: count[0] }, (_, instance) => {
       const texts = {};
       for (const name of this.array('hw_get_fields', this.context, group, instance)) {
         this.call('hw_get_value', this.context, group, instance, name, value);
-        setOwn(texts, native.textAt(name), native.textAt(value[0]));
+        if (!names.has(name)) names.set(name, native.textAt(name));
+        setOwn(texts, names.get(name), native.textAt(value[0]));
       }
       return texts;
     });

@@ -200,6 +200,8 @@ class _Scan:
         get_value = self._functions.get("hw_get_value")
         context, address = self._context, ctypes.c_void_p()
         place = ctypes.byref(address)
+        # The names of the fields are the same texts in all instances.
+        names: dict[int, str] = {}
         instances = []
         for instance in range(count.value):
             texts: dict[str, str] = {}
@@ -207,7 +209,10 @@ class _Scan:
                 code = get_value(context, group, instance, name, place)
                 if code != 0:
                     raise Error(code, tuple(self._reasons))
-                texts[_native.text_at(name)] = _native.text_at(address.value or 0)
+                if name not in names:
+                    names[name] = _native.text_at(name)
+                # Of several fields of a name, the library returns the value of the first.
+                texts[names[name]] = _native.text_at(address.value or 0)
             instances.append(texts)
         return instances
 
