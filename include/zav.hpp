@@ -10,7 +10,7 @@
 // 1. Lifetime. Library, Hardware and Software are owners; they can be moved but not copied. A Hardware or Software keeps its library
 //    open, so they may be destroyed in any order. Everything else (Group, Instance, Field, Result, Variable, Text) is a view of a
 //    few words that costs nothing to copy. A view is valid until the next scan or evaluation of the object that it came from,
-//    or until this object is destroyed. utf8() makes a copy that lives on.
+//    or until this object is destroyed; a temporary gives no views. utf8() makes a copy that lives on.
 // 2. Text. Strings that are passed are bytes; text is UTF-8. Views hold the wide text of zav.h; utf8() and operator<< convert it.
 // 3. Errors. A function that can fail throws Error, and has a twin `try_...` that returns an Expected instead. With
 //    -fno-exceptions only the twins exist. Both may throw std::bad_alloc where they convert strings.
@@ -521,7 +521,7 @@ class Hardware {
     /// Scans the enabled groups and waits for the end of the scan.
     Expected<void> try_scan() noexcept { return result_of(ZAV_hw_run(context())); }
     /// The instances of an enabled group.
-    Expected<Instances> try_instances(GroupKey group) const noexcept {
+    Expected<Instances> try_instances(GroupKey group) const& noexcept {
         const Expected<int> id = group.id(context());
         if (!id) return Failure{id.code()};
         int count = 0;
@@ -530,7 +530,7 @@ class Hardware {
         return Instances(context(), *id, count);
     }
     /// The enabled groups, in the order of their numbers; none without a valid scan.
-    std::vector<Group> groups() const {
+    std::vector<Group> groups() const& {
         std::vector<Group> groups;
         for (int id = 1; id <= GroupKey::kLastGroup; ++id) {
             const wchar_t* name = nullptr;
@@ -554,10 +554,15 @@ class Hardware {
     void scan() {
         try_scan().value();
     }
-    Instances instances(GroupKey group) const {
+    Instances instances(GroupKey group) const& {
         return try_instances(group).value();
     }
 #endif
+    // A view of a temporary would outlive what it views.
+    Expected<Instances> try_instances(GroupKey group) const&& = delete;
+    Instances instances(GroupKey group) const&& = delete;
+    std::vector<Group> groups() const&& = delete;
+
     /// For the functions of zav.h; null after a move.
     ZAVHwCtx* context() const noexcept {
         return context_.get();
@@ -724,7 +729,7 @@ class Software {
     Expected<void> try_evaluate_file(std::string_view path) {
         return result_of(ZAV_sw_evaluate_file(context(), detail::widen(path).c_str()));
     }
-    Expected<Results> try_results() const noexcept {
+    Expected<Results> try_results() const& noexcept {
         ZAVSwResult** results = nullptr;
         int count = 0;
         const int code = ZAV_sw_get_results(context(), &results, &count);
@@ -732,7 +737,7 @@ class Software {
         return Results(context(), results, count);
     }
     /// The results with that identifier, which is case-sensitive; none if nothing matched.
-    Expected<Results> try_find(std::string_view guid) const {
+    Expected<Results> try_find(std::string_view guid) const& {
         ZAVSwResult** results = nullptr;
         unsigned count = 0;
         const int code =
@@ -741,7 +746,7 @@ class Software {
         if (code != ZAV_SUCCESS) return Failure{code};
         return Results(context(), results, static_cast<int>(count));
     }
-    Expected<Warnings> try_warnings() const noexcept {
+    Expected<Warnings> try_warnings() const& noexcept {
         const wchar_t** warnings = nullptr;
         int count = 0;
         const int code = ZAV_sw_get_warnings(context(), &warnings, &count);
@@ -772,16 +777,24 @@ class Software {
     void evaluate_file(std::string_view path) {
         try_evaluate_file(path).value();
     }
-    Results results() const {
+    Results results() const& {
         return try_results().value();
     }
-    Results find(std::string_view guid) const {
+    Results find(std::string_view guid) const& {
         return try_find(guid).value();
     }
-    Warnings warnings() const {
+    Warnings warnings() const& {
         return try_warnings().value();
     }
 #endif
+    // A view of a temporary would outlive what it views.
+    Expected<Results> try_results() const&& = delete;
+    Expected<Results> try_find(std::string_view guid) const&& = delete;
+    Expected<Warnings> try_warnings() const&& = delete;
+    Results results() const&& = delete;
+    Results find(std::string_view guid) const&& = delete;
+    Warnings warnings() const&& = delete;
+
     /// For the functions of zav.h; null after a move.
     ZAVSwCtx* context() const noexcept {
         return context_.get();

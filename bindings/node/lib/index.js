@@ -1,5 +1,6 @@
 'use strict';
 
+const { constants } = require('node:fs');
 const fs = require('node:fs/promises');
 const path = require('node:path');
 const { fileURLToPath } = require('node:url');
@@ -46,7 +47,7 @@ class Library {
   async softwareFile(file, options = {}) {
     const name = pathOf(file);
     // The library does not say why a file cannot be read.
-    await (await fs.open(name)).close();
+    await (await fs.open(name, constants.O_RDONLY | constants.O_NONBLOCK)).close();
     const absolute = typeof name === 'string' ? path.resolve(name) : name;
     return this.#evaluate({ file: wideText(absolute) }, options);
   }

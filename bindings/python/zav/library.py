@@ -99,8 +99,8 @@ class Library:
     ) -> Software:
         """Evaluates the signatures of a file. The rest is as for `software`."""
         # The library does not say why a file cannot be read.
-        with open(path, "rb"):
-            file = _native.wide_path(os.path.abspath(path))
+        os.close(os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC))
+        file = _native.wide_path(os.path.abspath(path))
         options = _Options(variables, settings)
         return self._run(lambda scan: scan.software(options, "sw_evaluate_file", file), timeout)
 

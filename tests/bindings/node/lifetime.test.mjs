@@ -41,7 +41,7 @@ for (const [scanner, atTerm] of [['polite scanner', 'exit 1'], ['scanner that ig
   test(`scan ends at the time limit: ${scanner}`, async (t) => {
     const toolkit = new Toolkit(t);
     toolkit.hardwareWaits(atTerm);
-    await assert.rejects(toolkit.library({ timeout: 1000 }).hardware(['Processor']), { name: 'TimeoutError' });
+    await assert.rejects(toolkit.library({ timeout: 3000 }).hardware(['Processor']), { name: 'TimeoutError' });
     assert.ok(hasEnded(await toolkit.waitingScanner()));
   });
 }

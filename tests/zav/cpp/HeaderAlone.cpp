@@ -12,6 +12,18 @@ static_assert(!std::is_copy_constructible_v<zav::Software> &&
 static_assert(std::is_trivially_copyable_v<zav::Instance> && std::is_trivially_copyable_v<zav::Result>);
 static_assert(sizeof(zav::Text) == sizeof(const wchar_t*));
 
+// Views of a temporary are refused.
+template <class Owner, class = void>
+constexpr bool kGivesInstances = false;
+template <class Owner>
+constexpr bool kGivesInstances<Owner, std::void_t<decltype(std::declval<Owner>().try_instances(1))>> = true;
+static_assert(kGivesInstances<zav::Hardware&> && !kGivesInstances<zav::Hardware>);
+template <class Owner, class = void>
+constexpr bool kGivesResults = false;
+template <class Owner>
+constexpr bool kGivesResults<Owner, std::void_t<decltype(std::declval<Owner>().try_results())>> = true;
+static_assert(kGivesResults<const zav::Software&> && !kGivesResults<zav::Software>);
+
 #ifdef __cpp_lib_ranges
 #include <ranges>
 
