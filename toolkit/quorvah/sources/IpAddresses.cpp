@@ -3,6 +3,7 @@
 #include <linux/if_addr.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
+#include <net/if_arp.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -129,6 +130,18 @@ std::string readSource(const Root& root, std::string_view path, GroupData& data)
     return readOrEmpty(root, path);
 }
 
+// The interface of the kind "loopback", else the one that has the address ::1. Empty if no file tells.
+std::string loopbackInterface(const Root& root) {
+    for (const std::string& name : root.list("/sys/class/net")) {
+        if (root.readCount("/sys/class/net/" + name + "/type") == ARPHRD_LOOPBACK) return name;
+    }
+    for (const Inet6Address& entry : readIfInet6(readOrEmpty(root, "/proc/net/if_inet6"))) {
+        const in6_addr address = asIn6(entry.address);
+        if (IN6_IS_ADDR_LOOPBACK(&address)) return entry.interface;
+    }
+    return {};
+}
+
 }  // namespace
 
 std::vector<Ipv4Address> ipv4Addresses(const NetlinkAnswer& answer, const InterfaceName& nameOf) {
@@ -171,12 +184,12 @@ std::vector<Ipv6Address> ipv6Addresses(const NetlinkAnswer& answer, const Interf
 }
 
 std::vector<Ipv4Address> ipv4Addresses(const std::vector<FibTrieAddress>& entries,
-                                       const std::vector<Ipv4Route>& routes) {
+                                       const std::vector<Ipv4Route>& routes, const std::string& loopback) {
     std::vector<Ipv4Address> addresses;
     for (const FibTrieAddress& entry : entries) {
         Ipv4Address address;
         address.address = entry.address;
-        address.interface = interfaceOf(entry.address, routes);
+        address.interface = entry.loopback ? loopback : interfaceOf(entry.address, routes);
         address.prefixLength = entry.prefixLength;
         if (isIpv4LinkLocal(entry.address)) address.origin = kLinkLocal;
         if (entry.broadcastKnown) address.broadcast = ipv4Text(entry.broadcast);
@@ -222,7 +235,7 @@ std::string_view ipv6AddressType(const IpAddressBytes& address) {
 std::vector<Ipv4Address> findIpv4Addresses(const Root& root, GroupData& data) {
     if (root.live()) return ipv4Addresses(askKernel(data), interfaceName);
     return ipv4Addresses(readFibTrie(readSource(root, "/proc/net/fib_trie", data)),
-                         readRoutes(readOrEmpty(root, "/proc/net/route")));
+                         readRoutes(readOrEmpty(root, "/proc/net/route")), loopbackInterface(root));
 }
 
 std::vector<Ipv6Address> findIpv6Addresses(const Root& root, GroupData& data) {

@@ -44,8 +44,9 @@ using InterfaceName = std::function<std::string(unsigned)>;
 std::vector<Ipv4Address> ipv4Addresses(const NetlinkAnswer& answer, const InterfaceName& nameOf);
 std::vector<Ipv6Address> ipv6Addresses(const NetlinkAnswer& answer, const InterfaceName& nameOf);
 
+// `loopback` is the name of the loopback interface, which has no routes.
 std::vector<Ipv4Address> ipv4Addresses(const std::vector<FibTrieAddress>& addresses,
-                                       const std::vector<Ipv4Route>& routes);
+                                       const std::vector<Ipv4Route>& routes, const std::string& loopback);
 std::vector<Ipv6Address> ipv6Addresses(const std::vector<Inet6Address>& addresses,
                                        const std::vector<Ipv6DefaultRoute>& routes);
 

@@ -55,26 +55,44 @@ bool holds(const TrieEntry& network, Ipv4 address) {
     return (network.address & mask) == (address & mask);
 }
 
-// Whether the entry is a directly connected network ("link") or the loopback network ("host").
-bool isNetwork(const TrieEntry& entry) {
-    return entry.prefixLength < 32 && ((entry.scope == "link" && entry.type == "UNICAST") ||
-                                       (entry.scope == "host" && entry.type == "LOCAL"));
+Ipv4 highestOf(const TrieEntry& network) {
+    return network.address | ~maskOf(network.prefixLength);
 }
 
-FibTrieAddress completed(Ipv4 address, const std::vector<TrieEntry>& entries) {
+// Only the loopback interface has a network of which every address is local.
+bool isLoopbackNetwork(const TrieEntry& entry) {
+    return entry.prefixLength < 32 && entry.scope == "host" && entry.type == "LOCAL";
+}
+
+// Whether the entry is the network of an address. The kernel adds an entry for its broadcast address, unless the network
+// has only two addresses. Other routes to directly connected hosts, such as those of WireGuard, have none.
+bool isNetwork(const TrieEntry& entry, const std::vector<TrieEntry>& entries) {
+    if (isLoopbackNetwork(entry)) return true;
+    if (entry.prefixLength >= 32 || entry.scope != "link" || entry.type != "UNICAST") return false;
+    return entry.prefixLength == 31 || std::ranges::any_of(entries, [&entry](const TrieEntry& other) {
+               return other.type == "BROADCAST" && other.address == highestOf(entry);
+           });
+}
+
+std::vector<TrieEntry> networksOf(const std::vector<TrieEntry>& entries) {
+    std::vector<TrieEntry> networks;
+    for (const TrieEntry& entry : entries) {
+        if (isNetwork(entry, entries)) networks.push_back(entry);
+    }
+    return networks;
+}
+
+FibTrieAddress completed(Ipv4 address, const std::vector<TrieEntry>& networks) {
     FibTrieAddress result;
     result.address = address;
-    for (const TrieEntry& entry : entries) {
-        if (isNetwork(entry) && holds(entry, address)) {
-            result.prefixLength = std::max(result.prefixLength, entry.prefixLength);
-        }
+    for (const TrieEntry& network : networks) {
+        if (!holds(network, address) || network.prefixLength <= result.prefixLength) continue;
+        result.prefixLength = network.prefixLength;
+        // The kernel lists a broadcast address of the loopback interface, which has none.
+        result.loopback = isLoopbackNetwork(network);
+        result.broadcastKnown = !result.loopback && network.prefixLength < 31;
+        result.broadcast = result.broadcastKnown ? highestOf(network) : 0;
     }
-    if (result.prefixLength < 0) return result;
-    const Ipv4 highest = address | ~maskOf(result.prefixLength);
-    result.broadcastKnown = std::any_of(entries.begin(), entries.end(), [&](const TrieEntry& entry) {
-        return entry.type == "BROADCAST" && entry.address == highest;
-    });
-    if (result.broadcastKnown) result.broadcast = highest;
     return result;
 }
 
@@ -128,6 +146,7 @@ bool readIpv6RouteLine(std::string_view line, Ipv6DefaultRoute& route) {
 
 std::vector<FibTrieAddress> readFibTrie(std::string_view text) {
     const std::vector<TrieEntry> entries = readTrieEntries(text);
+    const std::vector<TrieEntry> networks = networksOf(entries);
     std::vector<FibTrieAddress> addresses;
     for (const TrieEntry& entry : entries) {
         if (entry.prefixLength != 32 || entry.scope != "host" || entry.type != "LOCAL") continue;
@@ -135,7 +154,7 @@ std::vector<FibTrieAddress> readFibTrie(std::string_view text) {
         const bool seen = std::any_of(addresses.begin(), addresses.end(), [&](const FibTrieAddress& address) {
             return address.address == entry.address;
         });
-        if (!seen) addresses.push_back(completed(entry.address, entries));
+        if (!seen) addresses.push_back(completed(entry.address, networks));
     }
     return addresses;
 }

@@ -17,6 +17,7 @@ using Ipv4 = std::uint32_t;
 struct FibTrieAddress {
     Ipv4 address = 0;
     int prefixLength = -1;  // of the smallest network that contains it; -1 if unknown
+    bool loopback = false;  // whether it belongs to the loopback interface
     bool broadcastKnown = false;
     Ipv4 broadcast = 0;
 };

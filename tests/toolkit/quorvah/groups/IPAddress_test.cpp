@@ -2,11 +2,14 @@
 
 #include <map>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
 namespace toolkit::quorvah {
 namespace {
+
+using zavtest::ScratchDir;
 
 TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
     const GroupData data = gatheredTree(kIPAddress, "workstation");
@@ -21,11 +24,9 @@ TEST(IPAddress, AddressesComeFromTheRoutingTrie) {
                {"Gateway", "192.0.2.254"},
                {"MacAddress", "54:e1:ad:00:00:01"},
                {"NameServers", "192.0.2.53;2001:db8::53"}});
-    expectAll(data.group(), instanceOf(data, "127.0.0.1"),
-              {{"IPv4Address", "127.0.0.1"},
-               {"SubnetMask", "255.0.0.0"},
-               {"PrefixLength", "8"},
-               {"BroadcastAddress", "127.255.255.255"}});
+    expectAll(
+        data.group(), instanceOf(data, "127.0.0.1"),
+        {{"IPv4Address", "127.0.0.1"}, {"Name", "lo"}, {"SubnetMask", "255.0.0.0"}, {"PrefixLength", "8"}});
 }
 
 TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
@@ -35,9 +36,32 @@ TEST(IPAddress, AnAmbiguousInterfaceIsNotNamed) {
                {"SubnetMask", "255.255.0.0"},
                {"PrefixLength", "16"},
                {"AddressOrigin", "LinkLocal"},
+               {"BroadcastAddress", "169.254.255.255"},
                {"NameServers", "192.0.2.53;2001:db8::53"}});
     expectAll(data.group(), instanceOf(data, "198.51.100.1"),
               {{"IPv4Address", "198.51.100.1"}, {"NameServers", "192.0.2.53;2001:db8::53"}});
+}
+
+TEST(IPAddress, TheLoopbackOfATreeWithoutInterfacesIsTheOneWithItsIpv6Address) {
+    const ScratchDir tree;
+    tree.write("proc/net/fib_trie",
+               "Main:\n"
+               "     |-- 127.0.0.0\n        /8 host LOCAL\n"
+               "     |-- 127.0.0.1\n        /32 host LOCAL\n"
+               "     |-- 127.0.0.53\n        /32 host LOCAL\n"
+               "     |-- 127.255.255.255\n        /32 link BROADCAST\n");
+    const auto namesOf = [&tree] {
+        std::vector<std::string> names;
+        const GroupData data = gatheredBelow(kIPAddress, tree.path());
+        for (const Instance& instance : data.instances()) names.emplace_back(instance.get("Name"));
+        return names;
+    };
+    EXPECT_EQ((std::vector<std::string>{"", ""}), namesOf());
+    tree.write("proc/net/if_inet6", "00000000000000000000000000000001 01 80 10 80      lo0\n");
+    EXPECT_EQ((std::vector<std::string>{"lo0", "lo0"}), namesOf());
+    tree.write("sys/class/net/eth0/type", "1\n");
+    tree.write("sys/class/net/lo1/type", "772\n");
+    EXPECT_EQ((std::vector<std::string>{"lo1", "lo1"}), namesOf());
 }
 
 TEST(IPAddressLive, AddressesMatchIp) {
@@ -82,8 +106,8 @@ TEST(IPAddressLive, GatewaysMatchIpRoute) {
 }
 
 TEST(IPAddressLive, TheFilesOfTheKernelGiveTheSameAddresses) {
-    EXPECT_EQ(rowsOf(gatheredLive(kIPAddress), {"IPv4Address", "PrefixLength"}),
-              rowsOf(gatheredBelow(kIPAddress, "/"), {"IPv4Address", "PrefixLength"}));
+    const std::vector<std::string> fields = {"IPv4Address", "Name", "SubnetMask", "PrefixLength"};
+    EXPECT_EQ(rowsOf(gatheredLive(kIPAddress), fields), rowsOf(gatheredBelow(kIPAddress, "/"), fields));
 }
 
 }  // namespace

@@ -43,8 +43,10 @@ TEST(FibTrie, LocalAddressesAreListedOnceWithTheirNetwork) {
     ASSERT_EQ(3U, addresses.size());
     EXPECT_EQ("127.0.0.1", ipv4Text(addresses[0].address));
     EXPECT_EQ(8, addresses[0].prefixLength);
-    EXPECT_TRUE(addresses[0].broadcastKnown);
+    EXPECT_TRUE(addresses[0].loopback);
+    EXPECT_FALSE(addresses[0].broadcastKnown);
     EXPECT_EQ("192.0.2.2", ipv4Text(addresses[1].address));
+    EXPECT_FALSE(addresses[1].loopback);
     EXPECT_EQ(24, addresses[1].prefixLength);
     EXPECT_EQ("192.0.2.255", ipv4Text(addresses[1].broadcast));
 }
@@ -54,6 +56,23 @@ TEST(FibTrie, AnAddressOutsideAllNetworksHasNoPrefixLength) {
     ASSERT_EQ(3U, addresses.size());
     EXPECT_EQ("198.51.100.7", ipv4Text(addresses[2].address));
     EXPECT_EQ(-1, addresses[2].prefixLength);
+    EXPECT_FALSE(addresses[2].broadcastKnown);
+}
+
+TEST(FibTrie, ARouteToHostsIsNotTheNetworkOfAnAddress) {
+    const auto addresses = readFibTrie(
+        "|-- 10.8.0.0\n /24 link UNICAST\n"
+        "|-- 10.8.0.1\n /32 host LOCAL\n"
+        "|-- 10.9.0.0\n /16 link UNICAST\n"
+        "|-- 10.9.1.0\n /24 link UNICAST\n"
+        "|-- 10.9.1.1\n /32 host LOCAL\n"
+        "|-- 10.9.255.255\n /32 link BROADCAST\n"
+        "|-- 10.10.0.0\n /31 link UNICAST\n /32 host LOCAL\n");
+    ASSERT_EQ(3U, addresses.size());
+    EXPECT_EQ(-1, addresses[0].prefixLength);
+    EXPECT_EQ(16, addresses[1].prefixLength);
+    EXPECT_EQ("10.9.255.255", ipv4Text(addresses[1].broadcast));
+    EXPECT_EQ(31, addresses[2].prefixLength);
     EXPECT_FALSE(addresses[2].broadcastKnown);
 }
 
