@@ -264,24 +264,40 @@ class InventoryComparison {
         for (const Group& group : after_.groups) {
             if (const Group* const other = before_.find(group.name)) compareGroups(*other, group);
         }
-        noteGroupsOfOne(before_, after_);
-        noteGroupsOfOne(after_, before_);
+        addGroupsOfOne(before_, after_);
+        addGroupsOfOne(after_, before_);
+        if (!omitted_.empty()) note("not compared: " + summary(omitted_));
+        if (!incomplete_.empty()) note("compared as far as they were read: " + summary(incomplete_));
         return std::move(result_);
     }
 
   private:
+    // Reasons in the order in which they first occurred, each with the names of groups or fields.
+    using Reasons = std::vector<std::pair<std::string, std::vector<std::string>>>;
+
     void note(std::string text) { result_.notes.push_back(std::move(text)); }
 
-    void noteGroupsOfOne(const SavedInventory& having, const SavedInventory& lacking) {
-        std::vector<std::string> names;
-        for (const Group& group : having.groups) {
-            if (lacking.find(group.name) == nullptr) names.push_back(group.name);
-        }
-        if (!names.empty())
-            note(fmt::format("not compared, because {} does not have it: {}", lacking.file, joined(names)));
+    static void add(Reasons& reasons, std::string reason, const std::string& name) {
+        auto found = std::ranges::find(reasons, reason, &Reasons::value_type::first);
+        if (found == reasons.end()) found = reasons.insert(found, {std::move(reason), {}});
+        if (std::ranges::find(found->second, name) == found->second.end()) found->second.push_back(name);
     }
 
-    // Whether the group of this inventory can be compared. Notes what it may lack.
+    // "Storage, Memory (only in old.xml); Printer (unread in new.xml: it took too long)"
+    static std::string summary(const Reasons& reasons) {
+        std::string text;
+        for (const auto& [reason, names] : reasons)
+            text += fmt::format("{}{} ({})", text.empty() ? "" : "; ", joined(names), reason);
+        return text;
+    }
+
+    void addGroupsOfOne(const SavedInventory& having, const SavedInventory& lacking) {
+        for (const Group& group : having.groups) {
+            if (lacking.find(group.name) == nullptr) add(omitted_, "only in " + having.file, group.name);
+        }
+    }
+
+    // Whether the group of this inventory can be compared. Adds it to the groups that are incomplete or left out.
     bool isUsable(const SavedInventory& inventory, const Group& group, const Group& other) {
         const GroupState state = group.status.state;
         const bool lacking = state == GroupState::Unread || state == GroupState::Partial;
@@ -293,8 +309,8 @@ class InventoryComparison {
         if (lacking && group.status.reason == "permission" && circumstances_.otherUser) return true;
         const std::string reason = group.status.reason.empty() ? "" : ": " + reasonText(group.status.reason);
         const bool usable = state == GroupState::Partial;
-        note(fmt::format("{} {} in {}{}{}", group.name, statusWord(state), inventory.file, reason,
-                         usable ? "" : "; not compared"));
+        add(usable ? incomplete_ : omitted_,
+            fmt::format("{} in {}{}", statusWord(state), inventory.file, reason), group.name);
         return usable;
     }
 
@@ -302,9 +318,8 @@ class InventoryComparison {
         const bool usable = isUsable(before_, before, after);
         if (!isUsable(after_, after, before) || !usable) return;
         const GroupComparison comparison(circumstances_, before, after);
-        if (!comparison.missingFields().empty())
-            note(fmt::format("{}: not compared, because only one of the inventories has it: {}", after.name,
-                             joined(comparison.missingFields())));
+        for (const std::string& field : comparison.missingFields())
+            add(omitted_, "only in one of the inventories", after.name + " " + field);
         GroupChanges changes = comparison.changes();
         if (!changes.instances.empty()) result_.groups.push_back(std::move(changes));
     }
@@ -312,6 +327,8 @@ class InventoryComparison {
     const SavedInventory& before_;
     const SavedInventory& after_;
     Circumstances circumstances_;
+    Reasons omitted_;     // groups and fields that are not compared
+    Reasons incomplete_;  // groups that are compared although they may lack something
     InventoryDiff result_;
 };
 

@@ -200,26 +200,41 @@ TEST(InventoryDiff, AGroupThatCouldNotBeReadHasLostNothing) {
         scanInfo(true, element("GroupsRequested", "Storage") + element("GroupsUnread", "Storage=timeout"));
     const InventoryDiff diff = compare(read, failed);
     EXPECT_TRUE(diff.groups.empty());
-    EXPECT_EQ(std::vector<std::string>{"Storage unread in f: it took too long; not compared"}, diff.notes);
+    EXPECT_EQ(std::vector<std::string>{"not compared: Storage (unread in f: it took too long)"}, diff.notes);
 }
 
 TEST(InventoryDiff, AGroupOfOneInventoryIsNoted) {
     const InventoryDiff diff =
         compare(disk("/dev/sda", "A"), element("Memory", element("DeviceID", "memory")));
     EXPECT_TRUE(diff.groups.empty());
-    EXPECT_EQ((std::vector<std::string>{"not compared, because f does not have it: Storage",
-                                        "not compared, because f does not have it: Memory"}),
-              diff.notes);
+    EXPECT_EQ(std::vector<std::string>{"not compared: Storage, Memory (only in f)"}, diff.notes);
 }
 
 TEST(InventoryDiff, AFieldThatOneScannerDoesNotKnowIsNoted) {
     const InventoryDiff diff =
         compare(disk("/dev/sda", "A"), disk("/dev/sda", "A", element("Multipath", "true")));
     EXPECT_TRUE(diff.groups.empty());
-    EXPECT_EQ(
-        std::vector<std::string>{
-            "Storage: not compared, because only one of the inventories has it: Multipath"},
-        diff.notes);
+    EXPECT_EQ(std::vector<std::string>{"not compared: Storage Multipath (only in one of the inventories)"},
+              diff.notes);
+}
+
+TEST(InventoryDiff, GroupsThatAreNotComparedAreNotedInOneLineByReason) {
+    const std::string requested = element("GroupsRequested", "Storage;Printer;Modem;Memory;Monitor");
+    const std::string read = disk("/dev/sda", "A") + element("Fan", element("Id", "1")) +
+                             element("Pump", element("Id", "1")) + scanInfo(true, requested);
+    const std::string failed =
+        disk("/dev/sda", "A") +
+        scanInfo(true, requested + element("GroupsUnread", "Printer=timeout;Memory=too-large;Modem=timeout") +
+                           element("GroupsPartial", "Storage=too-large"));
+    const InventoryDiff diff = compare(read, failed);
+    EXPECT_TRUE(diff.groups.empty());
+    ASSERT_EQ(2U, diff.notes.size());
+    EXPECT_TRUE(diff.notes[0].starts_with("not compared: ")) << diff.notes[0];
+    EXPECT_NE(std::string::npos, diff.notes[0].find("Printer, Modem (unread in f: it took too long)"))
+        << diff.notes[0];
+    EXPECT_NE(std::string::npos, diff.notes[0].find("Fan, Pump (only in f)")) << diff.notes[0];
+    EXPECT_TRUE(diff.notes[1].starts_with("compared as far as they were read: Storage (partial in f"))
+        << diff.notes[1];
 }
 
 TEST(InventoryDiff, GroupsOfAnotherScannerAreComparedByTheirFirstField) {
