@@ -95,6 +95,15 @@ class Elf {
         const auto place = elf ? elf->writableData() : std::nullopt;
         return place ? std::to_string(place->offset) + " " + std::to_string(place->size) : "none";
     }
+    // "offset size" of what stands for this section, or "none".
+    std::string placeOf(std::string_view section) const {
+        bool damaged = false;
+        const RandomAccessFile parts = file();
+        const auto elf = ElfFile::open(parts, damaged);
+        ElfFile::Place place;
+        if (!elf || elf->findSection(section, place) != Section::Found) return "none";
+        return std::to_string(place.offset) + " " + std::to_string(place.size);
+    }
     bool hasSections() const {
         bool damaged = false;
         const RandomAccessFile parts = file();

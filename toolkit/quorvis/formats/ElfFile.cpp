@@ -247,7 +247,35 @@ std::optional<ElfFile::Place> ElfFile::writableData() const {
     return std::nullopt;
 }
 
+// The last segment that can only be read; or else the one with the code, where older linkers place constants.
+std::optional<ElfFile::Place> ElfFile::constantData() const {
+    std::optional<Place> data;
+    bool withCode = true;
+    for (const Segment& segment : segments_) {
+        if (segment.type != PT_LOAD || (segment.flags & PF_W) != 0) continue;
+        const bool code = (segment.flags & PF_X) != 0;
+        if (code && (data || !withCode)) continue;
+        data = Place{segment.offset, segment.size};
+        withCode = code;
+    }
+    return data;
+}
+
+std::optional<ElfFile::Place> ElfFile::segmentWith(std::string_view section) const {
+    constexpr std::uint64_t kMaxBuildInfo = std::uint64_t{64} << 10;
+    if (section == ".rodata") return constantData();
+    if (section != ".data" && section != ".data.rel.ro" && section != ".go.buildinfo") return std::nullopt;
+    std::optional<Place> data = writableData();
+    if (data && section == ".go.buildinfo") data->size = std::min(data->size, kMaxBuildInfo);
+    return data;
+}
+
 ElfFile::Section ElfFile::findSection(std::string_view name, Place& place) const {
+    if (!hasSections()) {
+        const std::optional<Place> segment = segmentWith(name);
+        place = segment.value_or(Place{});
+        return segment ? Section::Found : Section::Missing;
+    }
     std::vector<Segment> sections;
     std::string names;
     if (!readSections(sections, names)) return Section::Damaged;

@@ -49,7 +49,8 @@ class ElfFile {
     std::optional<std::uint64_t> offsetOf(std::uint64_t address) const;
 
     enum class Section : std::uint8_t { Found, Missing, TooLarge, Damaged };
-    // Finds the first section with this name.
+    // Finds the first section with this name. If the file has no section headers, which programs can do without, it is the
+    // segment in which linkers place a section of this name.
     Section findSection(std::string_view name, Place& place) const;
     // The content of the first section with this name.
     Section readSection(std::string_view name, std::uint64_t limit, std::string& content) const;
@@ -88,6 +89,8 @@ class ElfFile {
     bool readTable(DynamicTable& table) const;
     bool readText(const DynamicTable& table, std::uint64_t at, std::string& text) const;
     void addNotes(const Segment& place, Notes& notes) const;
+    std::optional<Place> constantData() const;
+    std::optional<Place> segmentWith(std::string_view section) const;
 
     const RandomAccessFile* file_;
     std::string header_;

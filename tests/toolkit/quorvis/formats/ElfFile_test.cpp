@@ -173,6 +173,25 @@ TEST(ElfFile, WritableDataIsLoadedAndIsNoCode) {
     EXPECT_EQ("5 50", elf.writableData());
 }
 
+TEST(ElfFile, WithoutSectionHeadersTheSegmentsStandForTheSections) {
+    Elf elf;
+    elf.put(0x28, bytesOf(0, 8));  // no section headers
+    EXPECT_EQ("none", elf.placeOf(".rodata"));
+    elf.segment(PT_NOTE, 9, 0, 10);
+    elf.segment(PT_LOAD, 1, 0, 10, 4, PF_R | PF_X);
+    EXPECT_EQ("1 10", elf.placeOf(".rodata")) << "older linkers place constants beside the code";
+    elf.segment(PT_LOAD, 2, 0, 20);
+    EXPECT_EQ("2 20", elf.placeOf(".rodata"));
+    elf.segment(PT_LOAD, 3, 0, 30, 4, PF_R | PF_X);
+    EXPECT_EQ("2 20", elf.placeOf(".rodata"));
+    elf.segment(PT_LOAD, 4, 0, 40);
+    elf.segment(PT_LOAD, 5, 0, 1'000'000, 4, PF_R | PF_W);
+    EXPECT_EQ("4 40", elf.placeOf(".rodata")) << "the first one has the headers only";
+    for (const char* const section : {".data", ".data.rel.ro"}) EXPECT_EQ("5 1000000", elf.placeOf(section));
+    EXPECT_EQ("5 65536", elf.placeOf(".go.buildinfo")) << "it is the start of the data";
+    for (const char* const section : {".comment", ".text", ".bss"}) EXPECT_EQ("none", elf.placeOf(section));
+}
+
 TEST(ElfFile, TheTableOfTheDynamicLinkerEndsWithItsLastEntry) {
     const std::string texts("\0lib.so.1\0c.so\0m.so\0", 20);
     Elf elf;
