@@ -16,8 +16,7 @@ def installation(path):
     directory = os.path.dirname(path)
     names = directory.split("/")
     last = max((index for index, name in enumerate(names) if name in _PARTS), default=len(names))
-    above = "/".join(names[:last])
-    return "/" if above in ("", "/usr") else above
+    return "/".join(names[:last]).removesuffix("/usr") or "/"
 
 
 def repeated(results):

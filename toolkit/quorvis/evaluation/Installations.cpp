@@ -29,7 +29,8 @@ std::string installationOf(std::string_view path) {
         above = rest;
         break;
     }
-    return above.empty() || above == "/usr" ? "/" : std::string(above);
+    if (above.ends_with("/usr")) above.remove_suffix(4);
+    return above.empty() ? "/" : std::string(above);
 }
 
 bool Installations::add(const Part& part) {

@@ -10,7 +10,8 @@
 namespace toolkit::quorvis {
 
 // The directory below which the product of this file is installed: the one above the last bin, sbin, lib, libexec,
-// share or include on its way, as /opt/x of /opt/x/bin/y. The directories of the system are "/", with and without /usr.
+// share or include on its way, as /opt/x of /opt/x/bin/y. A directory usr belongs to the one above it: the directories of the
+// system are "/", with and without /usr, and those of an image below /srv/x are /srv/x.
 // Of any other file it is its directory.
 std::string installationOf(std::string_view path);
 
