@@ -7,7 +7,7 @@ from reference.program_help import definitions, escape, help_text, note, read_he
 
 MANUALS = {"1": "User Commands", "3": "Library Functions", "5": "File Formats", "8": "System Administration"}
 
-# Which page shows a section of docs/command.md; every other section is in zav(1).
+# Which page shows a section of docs/command.md. A section with the name of a subcommand is in its page, every other one in zav(1).
 SECTIONS_OF_COMMANDS = {
     "Status of each group": "zav-hw",
     "Hiding and omitting values": "zav-hw",
@@ -78,6 +78,8 @@ def program_page(name, section, text, more, see_also):
     prose, heading, rest = notes.partition("## ")
     body += f"## Description\n\n{escape(parsed.summary)}{'' if parsed.summary.endswith('.') else '.'}\n\n{prose}\n"
     for title, entries in parsed.lists.items():
+        if title == "Subcommands":
+            entries = [(names, f"{entry}; see {name}-{names}({section})") for names, entry in entries]
         body += f"## {title}\n\n{definitions(entries)}\n"
     rest = heading + rest
     status = re.search(r"## Exit status\n.*?(?=\n## |\Z)", rest, re.S)
@@ -95,7 +97,8 @@ def command_pages(zav, source):
     more = {}
     for heading, content in sections(read(f"{source}/docs/command.md")):
         if heading != "Exit status":
-            page = SECTIONS_OF_COMMANDS.get(heading, "zav")
+            own = f"zav-{heading.lower()}" if heading.lower() in names else "zav"
+            page = SECTIONS_OF_COMMANDS.get(heading, own)
             more[page] = more.get(page, "") + f"## {heading}\n\n{content}\n"
         else:
             more["zav"] = more.get("zav", "") + f"## Exit status in detail\n\n{content}\n"
