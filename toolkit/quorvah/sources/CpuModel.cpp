@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>
-#include <utility>
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/ArmCpuIds.h"
+#include "toolkit/quorvah/sources/JedecMakers.h"
 
 namespace toolkit::quorvah {
 
@@ -78,18 +78,16 @@ CpuModel s390Model(const CpuInfo& info, int cpu) {
     return model;
 }
 
-// The maker's name for the number in "mvendorid": above the low 7 bits the number of continuation codes, in them the code
-// of the maker in JEP106 of JEDEC. The number itself for others.
+// The maker's name for the number in "mvendorid": above the low 7 bits the page of JEDEC's list, in them the number on the
+// page. The number itself for others.
 std::string riscvMaker(std::string_view vendor) {
-    constexpr std::pair<std::uint64_t, std::string_view> kMakers[] = {
-        {0x029, "Microchip"}, {0x127, "MIPS"},   {0x1eb, "NVIDIA"},  {0x31e, "Andes"},
-        {0x489, "SiFive"},    {0x5b7, "T-Head"}, {0x61f, "Ventana"}, {0x710, "SpacemiT"},
-    };
-    const Count number = readCount(withoutPrefix(vendor), 16);
-    for (const auto& [known, name] : kMakers) {
-        if (number == known) return std::string(name);
-    }
-    return number == 0 ? std::string() : std::string(withoutPrefix(vendor));
+    const std::string_view digits = withoutPrefix(vendor);
+    const Count number = readCount(digits, 16);
+    if (number == 0) return {};
+    if (!number || *number > UINT32_MAX) return std::string(digits);
+    const std::string_view name =
+        jedecMaker(static_cast<unsigned>(*number >> 7), static_cast<unsigned>(*number & 0x7F));
+    return std::string(name.empty() ? digits : name);
 }
 
 CpuModel riscvModel(const CpuInfo& info, int cpu) {

@@ -1,31 +1,16 @@
 #include "toolkit/quorvah/sources/MemoryMaker.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <string_view>
 #include <vector>
 
+#include "toolkit/quorvah/sources/JedecMakers.h"
+
 namespace toolkit::quorvah {
 
 namespace {
-
-struct Maker {
-    unsigned page;
-    unsigned code;
-    const char* name;
-};
-
-constexpr Maker kMakers[] = {
-    {0, 0x01, "AMD"},      {0, 0x04, "Fujitsu"},       {0, 0x10, "NEC"},
-    {0, 0x2C, "Micron"},   {0, 0x89, "Intel"},         {0, 0x97, "Texas Instruments"},
-    {0, 0x98, "Kioxia"},   {0, 0xA4, "IBM"},           {0, 0xAD, "SK hynix"},
-    {0, 0xC1, "Infineon"}, {0, 0xCE, "Samsung"},       {1, 0x4F, "Transcend"},
-    {1, 0x7A, "Apacer"},   {1, 0x94, "SMART Modular"}, {1, 0x98, "Kingston"},
-    {1, 0xBA, "PNY"},      {2, 0x9E, "Corsair"},       {2, 0xFE, "Elpida"},
-    {3, 0x0B, "Nanya"},    {4, 0x43, "Ramaxel"},       {4, 0xCB, "ADATA"},
-    {4, 0xCD, "G.Skill"},  {4, 0xEF, "Team Group"},    {5, 0x02, "Patriot"},
-    {5, 0x51, "Qimonda"},  {5, 0x9B, "Crucial"},
-};
 
 // The bytes that the hexadecimal digits of a text stand for; none if it has other characters.
 std::vector<unsigned> bytesOf(std::string_view text) {
@@ -43,10 +28,8 @@ std::vector<unsigned> bytesOf(std::string_view text) {
 }  // namespace
 
 std::string memoryMaker(unsigned page, unsigned code) {
-    for (const Maker& maker : kMakers) {
-        if (maker.page == page && maker.code == code) return maker.name;
-    }
-    return {};
+    if (code > 0xFF || std::popcount(code) % 2 == 0) return {};
+    return std::string(jedecMaker(page, code & 0x7FU));
 }
 
 std::string memoryMaker(std::string text) {

@@ -9,8 +9,8 @@ namespace toolkit::quorvah {
 // code that is not known, is returned as it is.
 std::string memoryMaker(std::string text);
 
-// The same for the bytes of the code: the number of the page, counted from 0, and the number on it. Parity bits
-// are included as in the list. Empty if the code is not known.
+// The same for the bytes of the code: the number of the page, counted from 0, and the number on it with its parity bit.
+// Empty if the code is not known.
 std::string memoryMaker(unsigned page, unsigned code);
 
 }  // namespace toolkit::quorvah

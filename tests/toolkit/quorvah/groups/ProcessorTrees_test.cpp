@@ -335,6 +335,13 @@ INSTANTIATE_TEST_SUITE_P(
             "processor\t: 0\nhart\t\t: 1\nisa\t\t: rv64imafdc\nmmu\t\t: sv39\nuarch\t\t: sifive,u74-mc\n"
             "mvendorid\t: 0x489\nmarchid\t\t: 0x8000000000000007\nmimpid\t\t: 0x4210427",
             "sifive,u74-mc|SiFive||8000000000000007|4210427||64|riscv64|"},
+        Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x4e\nmarchid\t\t: 0x0",
+                  "|Samsung||0|||64|riscv64|"},
+        Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x5b7\nmarchid\t\t: 0x0",
+                  "|T-Head||0|||64|riscv64|"},
+        Described{
+            "processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x1000000000\nmarchid\t\t: 0x0",
+            "|1000000000||0|||64|riscv64|"},
         Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x777\nmarchid\t\t: 0x0",
                   "|777||0|||64|riscv64|"},
         Described{

@@ -21,7 +21,7 @@ TEST(MemoryMaker, NamesTheMakerInEveryFormOfItsCode) {
 
 TEST(MemoryMaker, KeepsAnyOtherText) {
     for (const char* const text :
-         {"Samsung", "", "80C", "FFFF", "80CE000080CE000080CE000080CE000080CE", "0x", "7F7F7F7F"})
+         {"Samsung", "", "80C", "804E", "FFFF", "80CE000080CE000080CE000080CE000080CE", "0x", "7F7F7F7F"})
         EXPECT_EQ(text, memoryMaker(std::string(text)));
 }
 
