@@ -21,6 +21,7 @@ constexpr std::uint32_t kPermissions = 0777;
 constexpr std::size_t kMaxContent = std::size_t{512} << 20;
 constexpr std::uint64_t kMaxRecord = std::uint64_t{2} << 30;
 constexpr std::size_t kMaxNames = 200'000;
+constexpr std::size_t kMaxPaths = 1'000'000;
 constexpr int kMaxLinks = 40;
 
 // The directory of the process that asks for it. Its number means nothing in the record.
@@ -62,7 +63,12 @@ Recorder::Recorder(const std::string& file, std::string top, Filter filter)
 }
 
 bool Recorder::learn(const std::string& path, Known known) {
-    Known& before = known_[path];
+    const auto found = known_.find(path);
+    if (found == known_.end() && known_.size() >= kMaxPaths) {
+        shared_->tooLarge = true;
+        return false;
+    }
+    Known& before = found == known_.end() ? known_[path] : found->second;
     if (before >= known) return false;
     before = known;
     return true;
@@ -117,7 +123,7 @@ void Recorder::addName(const std::string& path) {
     struct stat status {};
     if (::lstat((top_ + path).c_str(), &status) != 0) return;
     if (S_ISLNK(status.st_mode) && path != kOwnProcess) return addLink(path, status);
-    learn(path, Known::Name);
+    if (!learn(path, Known::Name)) return;
     if (S_ISDIR(status.st_mode) || path == kOwnProcess)
         append(path, status, S_IFDIR | 0755U, {});
     else
@@ -163,10 +169,12 @@ std::string Recorder::resolve(std::string_view path, Last last) {
 }
 
 void Recorder::addFile(const std::string& path, const kest::Descriptor& file, const struct stat& status) {
-    if (!learn(path, Known::Content)) return;
+    if (outOfTime() || !learn(path, Known::Content)) return;
     std::string content;
     std::string block(std::size_t{64} << 10, '\0');
     for (;;) {
+        // Part of a file would pass for the whole.
+        if (outOfTime()) return;
         const ssize_t count = readAt(file.number(), block, content.size());
         // Some files of the kernel can be opened but not read.
         if (count < 0 && isDenied(errno)) return append(path, status, S_IFREG, {});
@@ -182,7 +190,7 @@ void Recorder::addFile(const std::string& path, const kest::Descriptor& file, co
 }
 
 void Recorder::addDirectory(const std::string& path, const kest::Descriptor& directory) {
-    if (!learn(path, Known::Content)) return;
+    if (outOfTime() || !learn(path, Known::Content)) return;
     const int copy = ::openat(directory.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::unique_ptr<DIR, CloseDirectory> listing(copy < 0 ? nullptr : ::fdopendir(copy));
     if (!listing) return;
@@ -190,6 +198,7 @@ void Recorder::addDirectory(const std::string& path, const kest::Descriptor& dir
     while (const dirent* const entry = ::readdir(listing.get())) {
         const std::string_view name = static_cast<const char*>(entry->d_name);
         if (name == "." || name == "..") continue;
+        if (outOfTime()) return;
         if (++count > kMaxNames) {
             shared_->tooLarge = true;
             return;
@@ -198,7 +207,9 @@ void Recorder::addDirectory(const std::string& path, const kest::Descriptor& dir
     }
 }
 
-void Recorder::noteOpened(std::string_view path, int flags, const kest::Descriptor& opened, int error) {
+void Recorder::noteOpened(std::string_view path, int flags, const kest::Descriptor& opened, int error,
+                          std::optional<Clock::time_point> deadline) {
+    deadline_ = deadline;
     const bool keepsLink = (flags & O_NOFOLLOW) != 0;
     const std::string resolved = resolve(path, keepsLink ? Last::Keep : Last::Follow);
     if (resolved.empty() || resolved == "/") {

@@ -3,10 +3,12 @@
 #include <sys/stat.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,8 +29,12 @@ class Recorder {
     // Creates the file, with mode 0600. `top` is the directory whose files are read. Throws std::system_error.
     Recorder(const std::string& file, std::string top, Filter filter);
 
-    // Notes that a path was opened with these flags of open(), or that this failed with an error.
-    void noteOpened(std::string_view path, int flags, const kest::Descriptor& opened, int error);
+    using Clock = std::chrono::steady_clock;
+
+    // Notes that a path was opened with these flags of open(), or that this failed with an error. After the deadline nothing
+    // more is read: the path is written down without its content.
+    void noteOpened(std::string_view path, int flags, const kest::Descriptor& opened, int error,
+                    std::optional<Clock::time_point> deadline = std::nullopt);
 
     // Ends the archive. Returns why the record is incomplete; empty if it is complete. REQUIRES: no other process appends.
     std::string finish();
@@ -53,6 +59,7 @@ class Recorder {
     void append(std::string_view path, const struct stat& status, std::uint32_t mode,
                 std::string_view content);
     bool learn(const std::string& path, Known known);
+    bool outOfTime() const { return deadline_ && Clock::now() >= *deadline_; }
 
     std::string top_;
     Filter filter_;
@@ -61,6 +68,7 @@ class Recorder {
     std::unordered_map<std::string, Known> known_;
     std::unordered_map<std::string, std::string> links_;
     std::uint64_t written_ = 0;
+    std::optional<Clock::time_point> deadline_;
 };
 
 }  // namespace toolkit

@@ -117,7 +117,7 @@ kest::Descriptor Root::open(std::string_view path, int flags) const {
 void Root::noteOpened(std::string_view path, int flags, const kest::Descriptor& opened) const {
     if (recorder_ == nullptr) return;
     const int error = errno;
-    recorder_->noteOpened(path, flags, opened, error);
+    recorder_->noteOpened(path, flags, opened, error, deadline_);
     errno = error;
 }
 
