@@ -1,6 +1,8 @@
 #include <net/if.h>
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -108,8 +110,10 @@ void setLink(const Root& root, const std::string& path, Instance& adapter) {
     if (duplex == "full" || duplex == "half") adapter.set("FullDuplex", duplex == "full");
     if (const Count flags = readCount(hexDigits(root.readLine(path + "flags")), 16))
         adapter.set("EnabledState", (*flags & IFF_UP) != 0 ? "Enabled" : "Disabled");
+    constexpr std::string_view kStates[] = {"up",      "down",      "dormant", "lowerlayerdown",
+                                            "testing", "notpresent"};
     const std::string state = root.readLine(path + "operstate");
-    if (state != "unknown") adapter.set("OperationalStatus", state);
+    if (std::ranges::find(kStates, state) != std::end(kStates)) adapter.set("OperationalStatus", state);
     adapter.set("ActiveMaximumTransmissionUnit", root.readCount(path + "mtu"));
     adapter.set("Master", root.linkName(path + "master"));
 }

@@ -13,10 +13,11 @@ bool readHex(std::string_view text, std::size_t least, std::size_t most, unsigne
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// "1-1.2": the bus, a dash and the ports, separated by dots.
+// "1-1.2": the bus, counted from 1, a dash and the ports, separated by dots.
 bool isUsbDevice(std::string_view name) {
     const std::size_t dash = name.find('-');
-    if (dash == 0 || dash == std::string_view::npos || dash + 1 == name.size()) return false;
+    if (dash == 0 || name.starts_with('0') || dash == std::string_view::npos || dash + 1 == name.size())
+        return false;
     return name.find_first_not_of("0123456789") == dash &&
            name.find_first_not_of("0123456789.", dash + 1) == std::string_view::npos;
 }
@@ -48,6 +49,8 @@ std::string_view pciAddressIn(std::string_view path) {
 }
 
 std::string_view usbDeviceIn(std::string_view path) {
+    // The devices of a Thunderbolt domain have names of the same form.
+    if (path.find("/domain") != std::string_view::npos) return {};
     return innermost(path, isUsbDevice);
 }
 

@@ -54,6 +54,8 @@ std::string_view linkTechnology(const LinkTraits& traits) {
     if (traits.bridge || traits.devType == "bridge") return "Bridge";
     if (traits.bonding || traits.devType == "bond") return "Bond";
     if (traits.devType == "vlan") return "VLAN";
+    // A modem for mobile networks, which is of another technology than the ones that have a name here.
+    if (traits.devType == "wwan") return {};
     if (traits.tun || isTunnelKind(traits.devType)) return "Tunnel";
     const bool tunnel = isTunnelType(traits.type) || isTunnelKind(traits.driver) || isTunnelName(traits.name);
     if (!traits.hasDevice && tunnel) return "Tunnel";

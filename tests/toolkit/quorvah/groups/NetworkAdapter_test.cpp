@@ -115,5 +115,28 @@ TEST(NetworkAdapterLive, AdaptersMatchIpLink) {
                                       "EnabledState", "OperationalStatus", "Master"}));
 }
 
+TEST(NetworkAdapter, AnAdapterOverThunderboltIsAtItsPciAddress) {
+    const ScratchDir tree;
+    const std::string service = "sys/devices/pci0000:00/0000:00:0d.2/domain0/0-0/0-1/0-1.0/";
+    tree.write(service + "net/thunderbolt0/type", "1\n");
+    tree.write(service + "net/thunderbolt0/operstate", "up\n");
+    tree.link(service + "net/thunderbolt0/device", "../../../0-1.0");
+    tree.link("sys/class/net/thunderbolt0", "../../../" + service + "net/thunderbolt0");
+    const GroupData data = gatheredBelow(kNetworkAdapter, tree.path());
+    EXPECT_EQ("0000:00:0d.2", instanceOf(data, "thunderbolt0").get("BusAddress"));
+    EXPECT_EQ("Ethernet", instanceOf(data, "thunderbolt0").get("LinkTechnology"));
+}
+
+TEST(NetworkAdapter, OnlyStatesOfTheKernelAreReported) {
+    const ScratchDir tree;
+    tree.write("sys/class/net/eth0/operstate", "\xff\xfe\n");
+    tree.write("sys/class/net/eth1/operstate", "lowerlayerdown\n");
+    tree.write("sys/class/net/eth2/operstate", "unknown\n");
+    const GroupData data = gatheredBelow(kNetworkAdapter, tree.path());
+    EXPECT_EQ("", instanceOf(data, "eth0").get("OperationalStatus"));
+    EXPECT_EQ("lowerlayerdown", instanceOf(data, "eth1").get("OperationalStatus"));
+    EXPECT_EQ("", instanceOf(data, "eth2").get("OperationalStatus"));
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah

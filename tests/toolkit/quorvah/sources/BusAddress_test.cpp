@@ -30,6 +30,9 @@ TEST(BusAddress, TheInnermostDeviceOfAPathCounts) {
     EXPECT_EQ("1-4.2",
               usbDeviceIn("../../devices/pci0000:00/0000:00:14.0/usb1/1-4/1-4.2/1-4.2:1.0/net/eth1"));
     EXPECT_EQ("", usbDeviceIn("../../devices/virtual/net/br-1"));
+    EXPECT_EQ("",
+              usbDeviceIn("../../devices/pci0000:00/0000:00:0d.2/domain1/1-0/1-1/1-1.0/net/thunderbolt0"));
+    EXPECT_EQ("", usbDeviceIn("../../../0-1.0"));
     EXPECT_EQ("", usbDeviceIn(""));
 }
 

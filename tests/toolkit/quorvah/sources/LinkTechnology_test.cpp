@@ -31,6 +31,7 @@ TEST(LinkTechnology, DependsOnTheFilesInSysfs) {
         {{1, "", false, false, false, false, false, "", "ip6gretap0"}, "Tunnel"},
         {{1, "", false, false, false, false, false, "veth", "site0"}, "Virtual"},
         {{1, "", true, false, false, false, false, "", "gre0"}, "Ethernet"},
+        {{65534, "wwan", false, false, false, false, false}, ""},
         {{-1, "", false, false, false, false, false}, ""},
         {{-1, "", true, false, false, false, false}, ""},
     };
