@@ -128,18 +128,33 @@ std::string firstText(const GatheringContext& context, const BlockDevice& disk,
     return {};
 }
 
-// "0:0:0:0" for a SCSI disk, or else the PCI address of the controller.
-std::string busAddress(const BlockDevice& disk) {
-    const std::string link = disk.link("device");
-    std::string name = link.substr(link.rfind('/') + 1);
-    if (std::ranges::count(name, ':') == 3) return name;
-    return std::string(pciAddressIn(disk.place()));
-}
-
 // Whether the name is that of a controller, "nvme0", and not that of a disk, "nvme0n1".
 bool isNvmeController(std::string_view name) {
     return name.starts_with("nvme") && name.size() > 4 &&
            name.find_first_not_of("0123456789", 4) == std::string_view::npos;
+}
+
+// Whether the disk is that of an NVMe subsystem, which stands above its controllers.
+bool isOfSubsystem(const BlockDevice& disk) {
+    return contains(disk.place(), "/nvme-subsystem/");
+}
+
+std::vector<std::string> nvmeControllers(const BlockDevice& disk) {
+    std::vector<std::string> names = disk.list("device");
+    std::erase_if(names, [](const std::string& name) { return !isNvmeController(name); });
+    return names;
+}
+
+// "0:0:0:0" for a SCSI disk, or else the PCI address of the controller. Empty for an NVMe disk with several controllers.
+std::string busAddress(const BlockDevice& disk) {
+    const std::string link = disk.link("device");
+    std::string name = link.substr(link.rfind('/') + 1);
+    if (std::ranges::count(name, ':') == 3) return name;
+    const std::string_view address = pciAddressIn(disk.place());
+    if (!address.empty() || !isOfSubsystem(disk)) return std::string(address);
+    const std::vector<std::string> controllers = nvmeControllers(disk);
+    return controllers.size() == 1 ? std::string(pciAddressIn(disk.link("device/" + controllers.front())))
+                                   : "";
 }
 
 // Whether the disk is one of several paths to the same disk, or represents them.
@@ -147,8 +162,7 @@ bool isMultipath(const Root& root, const BlockDevice& disk) {
     for (const std::string& holder : disk.list("holders")) {
         if (root.readLine("/sys/block/" + holder + "/dm/uuid").starts_with("mpath-")) return true;
     }
-    if (!contains(disk.place(), "/nvme-subsystem/")) return false;
-    return std::ranges::count_if(disk.list("device"), isNvmeController) > 1;
+    return isOfSubsystem(disk) && nvmeControllers(disk).size() > 1;
 }
 
 // Whether there is no medium: the kernel then states no size, or for an optical drive one that no disc has.

@@ -354,5 +354,26 @@ TEST(StorageLive, MatchesLsblk) {
     EXPECT_EQ(std::set<std::string>(keys.begin(), keys.end()), theirs);
 }
 
+TEST(Storage, ADiskOfAnNvmeSubsystemWithOneControllerIsAtItsAddress) {
+    const zavtest::ScratchDir tree;
+    const std::string subsystem = "sys/devices/virtual/nvme-subsystem/nvme-subsys0/";
+    tree.write(subsystem + "nvme0n1/size", "2097152\n");
+    tree.write(subsystem + "model", "Large\n");
+    tree.link(subsystem + "nvme0n1/device", "../../nvme-subsys0");
+    tree.link(subsystem + "nvme0", "../../../pci0000:00/0000:00:01.0/nvme/nvme0");
+    tree.write("sys/devices/pci0000:00/0000:00:01.0/nvme/nvme0/nvme0c0n1/hidden", "1\n");
+    tree.link("sys/block/nvme0n1", "../devices/virtual/nvme-subsystem/nvme-subsys0/nvme0n1");
+    tree.link("sys/block/nvme0c0n1", "../devices/pci0000:00/0000:00:01.0/nvme/nvme0/nvme0c0n1");
+    const GroupData one = gatheredBelow(kStorage, tree.path());
+    ASSERT_EQ(std::vector<std::string>{"/dev/nvme0n1"}, keysOf(one));
+    EXPECT_EQ("0000:00:01.0", one.instances().front().get("BusAddress"));
+    EXPECT_EQ("false", one.instances().front().get("Multipath"));
+
+    tree.link(subsystem + "nvme1", "../../../pci0000:00/0000:00:02.0/nvme/nvme1");
+    const GroupData several = gatheredBelow(kStorage, tree.path());
+    EXPECT_EQ("", several.instances().front().get("BusAddress"));
+    EXPECT_EQ("true", several.instances().front().get("Multipath"));
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah
