@@ -26,15 +26,23 @@ TEST(DmiPlaceholders, IncludeTextsThatMakersLeave) {
                                    "........",
                                    "00000000",
                                    "xxxxxxxx",
-                                   "System manufacturer"}) {
+                                   "System manufacturer",
+                                   "Type1ProductConfigId",
+                                   "Type2 - Board Asset Tag",
+                                   "O.E.M",
+                                   "TBD by OEM",
+                                   "NO DATA",
+                                   "Part Number",
+                                   "<OUT OF SPEC>"}) {
         EXPECT_TRUE(isPlaceholder(text)) << text;
     }
 }
 
 TEST(DmiPlaceholders, ExcludeSimilarValues) {
-    for (const char* const text : {"0", "1234567", "12345678901", "None of these", "Default string 2",
-                                   "ES-2630", "00000001", "FF00", "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
-                                   "Nonesuch", "03000200-0400-0500-0006-00070008000a", "11111111"}) {
+    for (const char* const text :
+         {"0", "1234567", "12345678901", "None of these", "Default string 2", "ES-2630", "00000001", "FF00",
+          "4c4c4544-0036-4a10-8052-b4c04f4b4d32", "Nonesuch", "Version 2", "Part Number 7",
+          "03000200-0400-0500-0006-00070008000a", "11111111"}) {
         EXPECT_FALSE(isPlaceholder(text)) << text;
     }
 }
