@@ -27,7 +27,8 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
     {.name = "ContainerType",
      .access = Access::RootSeesMore,
      .meaning = "`docker`, `podman`, `lxc` and so on",
-     .source = "`/run/systemd/container`; `/.dockerenv`; `/run/.containerenv`; `/proc/1/environ`"},
+     .source =
+         "`/run/systemd/container`; `/run/host/container-manager`; `/.dockerenv`; `/run/.containerenv`"},
     {.name = "VirtualizationMode",
      .type = Type::Choice,
      .choices = "full|para",

@@ -54,6 +54,9 @@ void setDeviceTree(const GatheringContext& context, Instance& system) {
     if (system.get("ProductName").empty()) system.set("ProductName", deviceTreeText(context, "model"));
     if (system.get("SerialNumber").empty())
         system.set("SerialNumber", deviceTreeText(context, "serial-number"));
+    // POWER: "IBM,0278ABCDE". On virtual machines it repeats the UUID.
+    const std::string id = deviceTreeText(context, "system-id");
+    if (system.get("SerialNumber").empty() && id.starts_with("IBM,")) system.set("SerialNumber", id);
 }
 
 // /proc/sysinfo exists on s390x only.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "schema/groups/OperatingSystem.h"
 #include "toolkit/machine/packages/Packages.h"
@@ -23,6 +24,20 @@ namespace {
 
 constexpr const char* kLinux = "36";  // the value for Linux of CIM_OperatingSystem.OSType
 
+// Systems without os-release: files that contain the version alone.
+void setOlderRelease(const Root& root, Instance& system) {
+    constexpr std::pair<const char*, const char*> kFiles[] = {{"/etc/alpine-release", "alpine"},
+                                                              {"/etc/debian_version", "debian"}};
+    for (const auto& [path, id] : kFiles) {
+        const std::string version = root.readLine(path);
+        if (version.empty()) continue;
+        system.set("Id", id);
+        // Such as "trixie/sid"
+        if (version.front() >= '0' && version.front() <= '9') system.set("VersionId", version);
+        return;
+    }
+}
+
 void setRelease(const Root& root, Instance& system) {
     std::optional<std::string> file = root.read("/etc/os-release");
     if (!file) file = root.read("/usr/lib/os-release");
@@ -34,6 +49,7 @@ void setRelease(const Root& root, Instance& system) {
     system.set("VersionId", release.value("VERSION_ID"));
     system.set("Codename", release.value("VERSION_CODENAME"));
     system.set("BuildId", release.value("BUILD_ID"));
+    if (!file) setOlderRelease(root, system);
 }
 
 void setKernel(const Root& root, Instance& system) {
@@ -109,7 +125,8 @@ std::vector<std::string> namesOf(const std::vector<PackageType>& types) {
     return names;
 }
 
-constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/proc/version"};
+constexpr const char* kSources[] = {"/etc/os-release", "/usr/lib/os-release", "/etc/alpine-release",
+                                    "/etc/debian_version", "/proc/version"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();

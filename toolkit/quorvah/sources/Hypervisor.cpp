@@ -257,8 +257,11 @@ Hypervisor findHypervisor(const Root& root) {
 std::string containerType(const Root& root) {
     // A container image has the marks of containers even if it runs without a container.
     if (root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
-    std::string type = root.readLine("/run/systemd/container");
-    if (!type.empty()) return type;
+    // The second file is that of the interface for container managers.
+    for (const char* const file : {"/run/systemd/container", "/run/host/container-manager"}) {
+        std::string type = root.readLine(file);
+        if (!type.empty()) return type;
+    }
     if (root.exists("/run/.containerenv")) return "podman";
     return root.exists("/.dockerenv") ? "docker" : "";
 }

@@ -93,6 +93,18 @@ TEST(ComponentID, TheIdentifierOfOldFirmwareIsBigEndian) {
     EXPECT_EQ(data.instances().front().get("UUID"), "10111213-1415-1617-1819-1a1b1c1d1e1f");
 }
 
+TEST(ComponentID, ReadsTheSerialNumberOfAPowerMachine) {
+    const ScratchDir tree;
+    tree.write("proc/device-tree/model", std::string("IBM,9105-22A\0", 13));
+    tree.write("proc/device-tree/system-id", std::string("IBM,0278ABCDE\0", 14));
+    GroupData data = gatheredBelow(kComponentID, tree.path());
+    EXPECT_EQ("IBM,9105-22A", data.instances().front().get("ProductName"));
+    EXPECT_EQ("IBM,0278ABCDE", data.instances().front().get("SerialNumber"));
+    tree.write("proc/device-tree/system-id", std::string("8c0f4ee6-8b0a-4a3c-9d2b-7a2b5d1a0c11\0", 37));
+    data = gatheredBelow(kComponentID, tree.path());
+    EXPECT_EQ("", data.instances().front().get("SerialNumber"));
+}
+
 TEST(ComponentID, ReadsTheSysinfoOfAnS390x) {
     expectOnly(kComponentID, "s390x",
                {{"Manufacturer", "IBM"},

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/ScratchDir.h"
 #include "tests/toolkit/quorvah/Commands.h"
 #include "tests/toolkit/quorvah/GroupTester.h"
 
@@ -61,6 +62,22 @@ TEST(OperatingSystem, ReadsTheArchitectureOfAnImageFromItsShell) {
 TEST(OperatingSystem, ReadsTheValidLinesOfADamagedReleaseFile) {
     expectOnly(kOperatingSystem, "contradictory",
                {{"Name", "linux"}, {"OSType", "36"}, {"Id", "unfinished"}, {"VersionId", "7"}});
+}
+
+TEST(OperatingSystem, ReadsOlderFilesWhereThereIsNoReleaseFile) {
+    const zavtest::ScratchDir tree;
+    tree.write("etc/debian_version", "trixie/sid\n");
+    GroupData data = gatheredBelow(kOperatingSystem, tree.path());
+    EXPECT_EQ("debian", data.instances().front().get("Id"));
+    EXPECT_EQ("", data.instances().front().get("VersionId"));
+    tree.write("etc/alpine-release", "3.19.1\n");
+    data = gatheredBelow(kOperatingSystem, tree.path());
+    EXPECT_EQ("alpine", data.instances().front().get("Id"));
+    EXPECT_EQ("3.19.1", data.instances().front().get("VersionId"));
+    tree.write("usr/lib/os-release", "ID=postmarketos\n");
+    data = gatheredBelow(kOperatingSystem, tree.path());
+    EXPECT_EQ("postmarketos", data.instances().front().get("Id"));
+    EXPECT_EQ("", data.instances().front().get("VersionId"));
 }
 
 TEST(OperatingSystemLive, MatchesTheReleaseFileAndUname) {

@@ -160,6 +160,8 @@ TEST(Container, IsIdentifiedByTheFilesOfItsManager) {
     EXPECT_EQ(containerType(root), "docker");
     tree.write("run/.containerenv", "");
     EXPECT_EQ(containerType(root), "podman");
+    tree.write("run/host/container-manager", "systemd-nspawn\n");
+    EXPECT_EQ(containerType(root), "systemd-nspawn");
     tree.write("run/systemd/container", "lxc\n");
     EXPECT_EQ(containerType(root), "lxc");
 }
