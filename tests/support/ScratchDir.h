@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -29,7 +30,10 @@ class ScratchDir {
     std::filesystem::path write(const std::string& name, const std::string& content) const {
         const auto file = path_ / name;
         std::filesystem::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << content;
+        std::ofstream stream(file, std::ios::binary);
+        stream << content << std::flush;
+        // The test would fail later, and not tell why.
+        if (!stream && errno == ENOSPC) throw std::runtime_error("the disk is full: " + file.string());
         return file;
     }
 
