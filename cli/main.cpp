@@ -35,6 +35,8 @@ int run(int argc, const char* const* argv) {
             return runFacts(options);
         case Command::Sbom:
             return runSbom(options);
+        case Command::Summary:
+            return runSummary(options);
         case Command::Software:
             if (options.suggest) return runSuggestion(options);
             if (options.list) return runSignatureList(options);

@@ -43,6 +43,7 @@ struct Field {
     std::string_view name;
     Type type = Type::Text;
     std::string_view unit = {};     // "KiB"; empty for a number of things
+    bool binary = false;            // a number of bytes that people count in powers of 1024
     std::string_view choices = {};  // of Type::Choice: "HDD|SSD"
     bool list = false;              // several values of the type, joined by ";"
     bool key = false;               // one of the fields that tell the instances of a group apart
@@ -65,6 +66,8 @@ struct Group {
     // keys has at most one instance.
     std::span<const Field> fields = {};
     std::string_view notOnLinux = {};  // why no Linux machine has the group: "windows"
+    // The fields that a table shows first, the most important one first, separated by blanks. Their names fit into 80 columns.
+    std::string_view columns = {};
 };
 
 }  // namespace schema

@@ -14,6 +14,7 @@ int runHardware(const Options& options);
 int runSbom(const Options& options);
 int runSoftware(const Options& options);
 int runSuggestion(const Options& options);
+int runSummary(const Options& options);
 int runSignatureList(const Options& options);
 int runSignatureCheck(const Options& options);
 int runSignatureExplanation(const Options& options);

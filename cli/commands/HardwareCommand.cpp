@@ -13,7 +13,7 @@ int runHardware(const Options& options) {
     InventoryOutput output(options);
     const HardwareInventory inventory = scanMachine(options, options.groups);
     for (const std::string& message : completenessMessages(inventory)) printMessage(message);
-    output.write(formatted(inventory, options));
+    output.writeInventory(inventory);
     return lacksRequestedData(inventory, !options.groups.empty()) ? kExitUnread : EXIT_SUCCESS;
 }
 

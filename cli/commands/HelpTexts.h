@@ -4,6 +4,7 @@
 namespace zavcli {
 
 inline constexpr const char* kMainFooter = R"(Examples:
+  zav                                      show what this machine is, and what needs attention
   zav hw                                   show the hardware and the system
   zav hw --group Processor --group Memory  show two groups only
   zav hw --format json --output pc.json    write everything to a file, for a program
@@ -24,13 +25,15 @@ inline constexpr const char* kHardwareFooter =
 
 Formats:
   table  for people. Several instances form a table below the values that they share. Without --group, long groups and
-         long values are shortened; --group or --all shows them completely.
+         long values are shortened; --group or --all shows them completely. Numbers have units that people read, such as
+         GB and GHz; the other formats are exact.
   json   {"scan": {...}, "status": {"Processor": {"status": "complete"}, ...},
          "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings without --typed
   jsonl  a line per fact, with the host and the time of the scan: {"host", "time", "group", "instance", "fields": {...}}
          for an instance, {"host", "time", "group", "status"} for a group, {"host", "time", "scan": {...}} for the scan
-  csv    one record per field: group,instance,field,value. Instances are numbered from 0. The record with the field
-         _status and without an instance holds the status of a group.
+  csv    of one group: a column per field and a record per instance. --csv-dir DIR writes such a file for each group, and
+         _status.csv. Several groups on standard output have one record per field: group,instance,field,value. Instances
+         are numbered from 0. The record with the field _status and without an instance holds the status of a group.
   xml    the format of the scanner: one element per instance below the root, one element per field in it. The element
          ScanInfo, which reports the status of each group, is always included.
   yaml   the document of json
@@ -85,7 +88,8 @@ Formats:
          {"host", "time", "scan": {...}, "complete": true}
   csv    one record per variable: result,guid,name,variable,value. Results are numbered from 0. The variables _cpe and
          _purl identify the product. A signature of which it is unknown whether it matches has a record without a
-         number and with the variable _status.
+         number and with the variable _status. With --csv-dir DIR, the files results.csv, variables.csv, evidence.csv,
+         undecided.csv and warnings.csv
   xml    the format of the scanner: one element MatchedSignature per match; complete="false" if one may be missing
   yaml   the document of json
 

@@ -1,12 +1,15 @@
 #include "cli/commands/Options.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 
 #include "cli/commands/HelpTexts.h"
+#include "cli/scan/InstalledFiles.h"
+#include "cli/scan/SimilarNames.h"
 #include "cli/system/Failure.h"
 #include "cli/terminal/TextEncoding.h"
 
@@ -75,6 +78,8 @@ void addScan(CLI::App& command, Options& options, std::string& format) {
                      "In json, jsonl and yaml, write numbers, booleans and lists instead of texts");
     command.add_flag("--csv-raw", options.csvRaw,
                      "In csv, do not mark values that look like formulas with an apostrophe");
+    command.add_option("--csv-dir", options.csvDirectory, "Write csv, a file per group, into this directory")
+        ->type_name("DIR");
     addPlaces(command, options);
 }
 
@@ -191,12 +196,45 @@ std::string parsedCommand(const CLI::App& app) {
     return parsed.empty() ? "zav" : "zav " + parsed.front()->get_name();
 }
 
+// The first argument that is not expected, with the names that may have been meant. Words behind an unknown option are its values.
+std::string unexpectedArgument(const CLI::App& app) {
+    const std::vector<std::string> extras = app.remaining(true);
+    const auto option =
+        std::ranges::find_if(extras, [](const std::string& word) { return word.starts_with('-'); });
+    const std::string& argument = option == extras.end() ? extras.front() : *option;
+    const std::string word = argument.substr(0, argument.find('='));
+    const std::vector<CLI::App*> parsed = app.get_subcommands();
+    std::string text = fmt::format("unexpected argument '{}'", word);
+    std::vector<std::string> names;
+    if (option != extras.end()) {
+        text = fmt::format("unknown option '{}'", word);
+        for (const CLI::Option* const each : (parsed.empty() ? &app : parsed.front())->get_options()) {
+            for (const std::string& name : each->get_lnames()) names.push_back("--" + name);
+        }
+    } else if (parsed.empty()) {
+        text = fmt::format("unknown command '{}'", word);
+        for (const CLI::App* const each : app.get_subcommands({})) names.push_back(each->get_name());
+    }
+    const std::vector<std::string> similar = similarNames(names, word);
+    return similar.empty() ? text : fmt::format("{}; did you mean {}?", text, fmt::join(similar, " or "));
+}
+
 void requireAlone(const CLI::App& software, const char* flag, const std::vector<const char*>& others) {
     if (software.count(flag) == 0) return;
     for (const char* option : others) {
         if (software.count(option) > 0)
             throw Failure(kExitBadUsage, fmt::format("{} and {} cannot be used together", flag, option));
     }
+}
+
+// Files of CSV are all that --csv-dir writes.
+void requireFilesOnly(const CLI::App& command) {
+    if (command.get_option_no_throw("--csv-dir") == nullptr || command.count("--csv-dir") == 0) return;
+    if (command.count("--output") > 0)
+        throw Failure(kExitBadUsage, "--csv-dir and --output cannot be used together");
+    const CLI::Option& format = *command.get_option("--format");
+    if (format.count() > 0 && lowerCase(format.as<std::string>()) != "csv")
+        throw Failure(kExitBadUsage, "--csv-dir writes csv, so --format can only be csv");
 }
 
 // Counts the -v of the given command.
@@ -218,7 +256,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     std::string bill = "cyclonedx";
     std::string diff = "text";
     CLI::App app("Takes an inventory of the hardware and software of this machine.", "zav");
-    app.footer(kMainFooter);
+    app.footer(std::string(kMainFooter) + installedPaths());
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", "zav " ZAV_CLI_VERSION);
     app.get_formatter()->column_width(26);
@@ -236,24 +274,28 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
         return HelpText{app.help()};
     } catch (const CLI::CallForVersion& version) {
         return HelpText{std::string(version.what()) + "\n"};
+    } catch (const CLI::ExtrasError&) {
+        throw Failure(kExitBadUsage,
+                      fmt::format("{} (see '{} --help')", unexpectedArgument(app), parsedCommand(app)));
     } catch (const CLI::ParseError& error) {
         throw Failure(kExitBadUsage, fmt::format("{} (see '{} --help')", error.what(), parsedCommand(app)));
     }
-    if (app.get_subcommands().empty())
-        throw Failure(
-            kExitBadUsage,
-            "a command is missing: hw, sw, facts, sbom, diff, capture, groups or doctor (see 'zav --help')");
+    for (const CLI::App* const command : app.get_subcommands({}))
+        options.commandNames.push_back(command->get_name());
     // Options that filter or format results have no effect if there are no results.
     const CLI::App& software = *app.get_subcommand("sw");
     requireAlone(software, "--check",
                  {"--suggest", "--list", "--explain", "--variable", "--config", "--guid", "--unmanaged",
-                  "--details", "--format", "--output", "--root"});
+                  "--details", "--format", "--output", "--csv-dir", "--root"});
     requireAlone(software, "--suggest",
                  {"FILE", "--list", "--explain", "--variable", "--config", "--guid", "--unmanaged",
-                  "--details", "--format"});
-    requireAlone(software, "--list",
-                 {"--explain", "--variable", "--config", "--guid", "--unmanaged", "--details", "--root"});
-    requireAlone(software, "--explain", {"--guid", "--unmanaged", "--details", "--format", "--output"});
+                  "--details", "--format", "--csv-dir"});
+    requireAlone(
+        software, "--list",
+        {"--explain", "--variable", "--config", "--guid", "--unmanaged", "--details", "--csv-dir", "--root"});
+    requireAlone(software, "--explain",
+                 {"--guid", "--unmanaged", "--details", "--format", "--output", "--csv-dir"});
+    for (const CLI::App* const command : app.get_subcommands()) requireFilesOnly(*command);
     if (options.output == "-") options.output.reset();
     options.format = formatNamed(format);
     if (options.command == Command::Diff)

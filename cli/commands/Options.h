@@ -10,14 +10,15 @@
 
 namespace zavcli {
 
-enum class Command { Hardware, Software, Facts, Sbom, Diff, Capture, Groups, Doctor };
+enum class Command { Summary, Hardware, Software, Facts, Sbom, Diff, Capture, Groups, Doctor };
 enum class Format { Table, Json, JsonLines, Csv, Xml, Yaml };
 enum class FactFormat { Ansible, Prometheus };
 enum class BillFormat { CycloneDx, Spdx };
 
 struct Options {
-    Command command = Command::Hardware;
-    std::vector<std::string> groups;      // as typed
+    Command command = Command::Summary;
+    std::vector<std::string> commandNames;  // all that there are
+    std::vector<std::string> groups;        // as typed
     std::vector<std::string> signatures;  // files and directories; empty for those that come with the command
     std::vector<std::string> variables;   // as typed
     std::vector<std::string> settings;    // as typed

@@ -1,13 +1,16 @@
 #include "cli/commands/ScanSetup.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 
 #include "cli/scan/LibraryHandle.h"
 #include "cli/scan/LocationFile.h"
+#include "cli/system/Failure.h"
 #include "cli/system/StandardStreams.h"
 #include "cli/terminal/Terminal.h"
 
@@ -62,8 +65,20 @@ TableStyle tableStyle(const Options& options) {
     return style;
 }
 
-InventoryOutput::InventoryOutput(const Options& options) {
+InventoryOutput::InventoryOutput(const Options& options) : options_(options) {
     if (options.output) file_.emplace(*options.output);
+    if (!options.csvDirectory) return;
+    const std::string& directory = *options.csvDirectory;
+    if (::mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST)
+        throw Failure(kExitFailed,
+                      fmt::format("cannot make the directory '{}': {}", directory, systemErrorText(errno)));
+    if (!std::filesystem::is_directory(directory))
+        throw Failure(kExitFailed, fmt::format("'{}' is not a directory; name another one", directory));
+}
+
+// Each file is new, and appears complete or not at all.
+void InventoryOutput::writeFiles(const std::vector<CsvFile>& files) {
+    for (const CsvFile& file : files) OutputFile(*options_.csvDirectory + "/" + file.name).commit(file.text);
 }
 
 void InventoryOutput::write(const std::string& text) {

@@ -48,15 +48,27 @@ std::string formatted(const Inventory& inventory, const Options& options) {
     return tableText(inventory, tableStyle(options));
 }
 
-// Where the inventory is written: the file of --output, else standard output.
+// Where the inventory is written: the file of --output, the files in the directory of --csv-dir, else standard output.
 class InventoryOutput {
   public:
-    // Checks that the file can be written. Throws Failure.
+    // Checks that the file can be written, and makes the directory. Throws Failure.
     explicit InventoryOutput(const Options& options);
     // Throws Failure.
     void write(const std::string& text);
 
+    // The inventory of hardware or software in the requested format. Throws Failure.
+    template <typename Inventory>
+    void writeInventory(const Inventory& inventory) {
+        if (options_.csvDirectory)
+            writeFiles(csvFiles(inventory, options_.csvRaw ? CsvFormulas::Raw : CsvFormulas::Protected));
+        else
+            write(formatted(inventory, options_));
+    }
+
   private:
+    void writeFiles(const std::vector<CsvFile>& files);
+
+    const Options& options_;
     std::optional<OutputFile> file_;
 };
 

@@ -74,7 +74,7 @@ int runSoftware(const Options& options) {
     if (options.unmanaged) std::erase_if(inventory.results, isManaged);
     printWarnings(inventory, options);
     reportUnmatched(inventory, options.guids);
-    output.write(formatted(inventory, options));
+    output.writeInventory(inventory);
     if (!inventory.fault.empty()) throw Failure(kExitFailed, inventory.fault);
     return hasUnexpectedGaps(inventory.warnings, options.guids) ? kExitUnread : EXIT_SUCCESS;
 }

@@ -51,11 +51,7 @@ class Writer {
 
   private:
     const std::vector<Instance>& instancesOf(std::string_view name) const {
-        static const std::vector<Instance> kNone;
-        for (const Group& group : inventory_.groups) {
-            if (group.name == name) return group.instances;
-        }
-        return kNone;
+        return zavcli::instancesOf(inventory_, name);
     }
     std::string valueOf(std::string_view group, std::string_view field) const {
         const std::vector<Instance>& instances = instancesOf(group);

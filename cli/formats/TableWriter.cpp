@@ -19,6 +19,8 @@ namespace {
 
 constexpr std::size_t kOverviewRows = 10;
 constexpr std::size_t kOverviewValueLines = 2;
+// So many columns are shown even if their values must be cut.
+constexpr std::size_t kLeadingColumns = 3;
 constexpr std::string_view kIndent = "  ";
 
 // The overview begins with what administrators ask first, and ends with what is long or special.
@@ -117,7 +119,7 @@ class Writer {
 
     void writeGroup(const Group& group) {
         heading(group);
-        const TableLayout layout = layOut(group.instances);
+        TableLayout layout = layOut(group.instances, group.name);
         if (layout.common.empty() && layout.columns.empty()) {
             print("{}no values\n", kIndent);
         } else if (group.instances.size() == 1) {
@@ -148,9 +150,10 @@ class Writer {
         omitted_ = omitted_ || written.cut;
     }
 
-    void rows(const std::vector<Column>& columns, const Group& group) {
+    void rows(std::vector<Column>& columns, const Group& group) {
         if (columns.empty()) return;
         const int available = style_.columns - static_cast<int>(kIndent.size());
+        if (!style_.everything) narrowFirst(columns, kLeadingColumns, available);
         const std::vector<std::size_t> shown = fittingColumns(columns, available);
         if (style_.everything && (shown.size() < columns.size() || isClipped(columns))) {
             blocks(columns, group.instances.size());

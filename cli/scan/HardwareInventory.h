@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/scan/Field.h"
@@ -25,5 +26,14 @@ struct HardwareInventory {
     std::vector<Group> groups;  // every requested group, also if it has no instances
     Instance scanInfo = {};     // the scanner's report on the scan; empty if it gives none
 };
+
+// The instances of the group of that name; none if the group is not in the inventory.
+inline const std::vector<Instance>& instancesOf(const HardwareInventory& inventory, std::string_view group) {
+    static const std::vector<Instance> kNone;
+    for (const Group& each : inventory.groups) {
+        if (each.name == group) return each.instances;
+    }
+    return kNone;
+}
 
 }  // namespace zavcli

@@ -54,6 +54,7 @@ inline constexpr Group kComponentID{
     .element = "ComponentID",
     .about = "The computer. One instance.",
     .fields = kComponentIDFields,
+    .columns = "Name Manufacturer ProductName SerialNumber",
 };
 
 }  // namespace schema

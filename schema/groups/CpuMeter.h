@@ -66,6 +66,7 @@ inline constexpr Group kCpuMeter{
     .element = "CpuMeter",
     .about = "The load of all processors together. One instance.",
     .fields = kCpuMeterFields,
+    .columns = "DeviceID LoadPercentage OnlineProcessors RunQueue LoadAverage1",
 };
 
 }  // namespace schema

@@ -72,6 +72,7 @@ inline constexpr Group kDiskPartition{
         "One instance per partition. What only the table on the disk tells, the name, the type and what "
         "follows from it, and the identifier, is known from udev or to root.",
     .fields = kDiskPartitionFields,
+    .columns = "DeviceID Size PartitionType TableType Bootable",
 };
 
 }  // namespace schema

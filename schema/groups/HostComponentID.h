@@ -42,6 +42,7 @@ inline constexpr Group kHostComponentID{
         "as the hypervisor tells. Other guests are not told which machine hosts them: not applicable "
         "(`unknown-host`).",
     .fields = kHostComponentIDFields,
+    .columns = "Name Manufacturer ProductName SerialNumber",
 };
 
 }  // namespace schema

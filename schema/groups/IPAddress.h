@@ -77,6 +77,7 @@ inline constexpr Group kIPAddress{
     .element = "IPAddress",
     .about = "One instance per IPv4 address.",
     .fields = kIPAddressFields,
+    .columns = "Name IPv4Address PrefixLength AddressOrigin Gateway",
 };
 
 }  // namespace schema

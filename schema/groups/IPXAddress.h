@@ -26,6 +26,7 @@ inline constexpr Group kIPXAddress{
     .element = "IPXAddress",
     .about = "IPX addresses of kernels before 4.18. Newer kernels have no IPX: not applicable (`no-ipx`).",
     .fields = kIPXAddressFields,
+    .columns = "DeviceName NetworkAddress NodeAddress FrameType",
 };
 
 }  // namespace schema

@@ -65,6 +65,7 @@ inline constexpr Group kIPv6Address{
     .element = "IPv6Address",
     .about = "One instance per IPv6 address.",
     .fields = kIPv6AddressFields,
+    .columns = "Name IPv6Address PrefixLength AddressOrigin Scope",
 };
 
 }  // namespace schema

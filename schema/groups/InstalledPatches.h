@@ -48,6 +48,7 @@ inline constexpr Group kInstalledPatches{
         "dpkg and pacman tell. Linux has no general list of patches. The history of dnf and zypper is not "
         "read.",
     .fields = kInstalledPatchesFields,
+    .columns = "Name VersionString PreviousVersion InstallDate",
 };
 
 }  // namespace schema

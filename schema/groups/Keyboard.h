@@ -38,6 +38,7 @@ inline constexpr Group kKeyboard{
     .element = "Keyboard",
     .about = "One instance per device that has all letters of the alphabet.",
     .fields = kKeyboardFields,
+    .columns = "Name Manufacturer Layout InterfaceType",
 };
 
 }  // namespace schema

@@ -38,6 +38,7 @@ inline constexpr Group kLastLoggedUser{
     .element = "LastLoggedUser",
     .about = "The newest login that the system has recorded. One instance, or none if there is no record.",
     .fields = kLastLoggedUserFields,
+    .columns = "Name LastLogin LogoutTime Terminal RemoteHost",
 };
 
 }  // namespace schema

@@ -87,6 +87,7 @@ inline constexpr Group kLogicalDrive{
         "mounted several times, as by bind mounts or with several subvolumes, Root is where its own root is "
         "mounted, or else the first place; the group Partition has all places.",
     .fields = kLogicalDriveFields,
+    .columns = "Root FileSystemType FileSystemSize AvailableSpace Name",
 };
 
 }  // namespace schema

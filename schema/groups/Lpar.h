@@ -52,16 +52,19 @@ inline constexpr Field kLparFields[] = {
     {.name = "MinimumMemory",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .meaning = "least memory that the partition starts with",
      .source = "`/proc/ppc64/lparcfg`"},
     {.name = "DesiredMemory",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .meaning = "memory that the partition is to have",
      .source = "`/proc/ppc64/lparcfg`"},
     {.name = "MaximumMemory",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .meaning = "highest memory that can be configured",
      .source = "`/proc/ppc64/lparcfg`"},
     {.name = "CapacityAdjustment",
@@ -83,6 +86,7 @@ inline constexpr Group kLpar{
         "The logical partition of a POWER or s390x machine that the system runs in. One instance, or none on "
         "a machine of another kind (`other-processor`).",
     .fields = kLparFields,
+    .columns = "PartitionName PartitionId SharedProcessorMode ActiveProcessors",
 };
 
 }  // namespace schema

@@ -90,6 +90,7 @@ inline constexpr Group kMemory{
         "found "
         "and the size of the memory blocks that are online.",
     .fields = kMemoryFields,
+    .columns = "TotalVisibleMemorySize MemAvailable TotalSwapSpaceSize",
 };
 
 }  // namespace schema

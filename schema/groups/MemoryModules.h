@@ -17,6 +17,7 @@ inline constexpr Field kMemoryModulesFields[] = {
     {.name = "Capacity",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .meaning = "size of the module; 0 for an empty socket, which only `--empty-slots` reports",
      .source = "SMBIOS 17; size in `/sys/devices/system/edac`"},
     {.name = "FormFactor",
@@ -116,6 +117,7 @@ inline constexpr Group kMemoryModules{
         "Without permission to read the firmware's tables, the modules are those that the drivers of memory "
         "controllers with error correction report.",
     .fields = kMemoryModulesFields,
+    .columns = "DeviceLocator Capacity MemoryType ConfiguredMemorySpeed Manufacturer",
 };
 
 }  // namespace schema

@@ -46,6 +46,7 @@ inline constexpr Group kModem{
         "One instance per modem of the USB, PCI or WWAN classes. ModemManager is not asked, so what only the "
         "modem itself knows is unknown.",
     .fields = kModemFields,
+    .columns = "Name Manufacturer Model State",
 };
 
 }  // namespace schema

@@ -65,6 +65,7 @@ inline constexpr Group kMonitor{
         "Connected displays. One instance per connector with a display. Without a driver that knows its "
         "connectors the group is not applicable (`no-driver`).",
     .fields = kMonitorFields,
+    .columns = "Name Manufacturer HorizontalResolution VerticalResolution",
 };
 
 }  // namespace schema

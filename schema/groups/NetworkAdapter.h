@@ -80,6 +80,7 @@ inline constexpr Group kNetworkAdapter{
     .element = "NetworkAdapter",
     .about = "One instance per network interface.",
     .fields = kNetworkAdapterFields,
+    .columns = "DeviceID OperationalStatus Speed PermanentAddress Description",
 };
 
 }  // namespace schema

@@ -89,6 +89,7 @@ inline constexpr Group kOperatingSystem{
     .element = "OperatingSystem",
     .about = "The operating system. One instance.",
     .fields = kOperatingSystemFields,
+    .columns = "Caption Version Architecture LastBootUpTime",
 };
 
 }  // namespace schema

@@ -72,6 +72,7 @@ inline constexpr Group kPCIDevice{
     .element = "PCIDevice",
     .about = "One instance per PCI function.",
     .fields = kPCIDeviceFields,
+    .columns = "DeviceID Name Manufacturer DriverName ClassName",
 };
 
 }  // namespace schema

@@ -87,6 +87,7 @@ inline constexpr Group kPCSystemParams{
     .element = "PCSystemParams",
     .about = "Firmware and main board. One instance.",
     .fields = kPCSystemParamsFields,
+    .columns = "BIOSVersion BIOSReleaseDate FirmwareType SecureBoot",
 };
 
 }  // namespace schema

@@ -39,6 +39,7 @@ inline constexpr Group kParallelPort{
         "One instance per parallel port. The kernel shows ports only while its driver `parport` is loaded; "
         "without it the group is not applicable (`no-driver`).",
     .fields = kParallelPortFields,
+    .columns = "DeviceID IoAddress Irq Capabilities",
 };
 
 }  // namespace schema

@@ -79,6 +79,7 @@ inline constexpr Group kPartition{
         "because it only contains other ones. What only superblocks tell, the type of what is not in use, "
         "labels and identifiers, is known from udev or to root.",
     .fields = kPartitionFields,
+    .columns = "Name Size FileSystemType MountPoint Label",
 };
 
 }  // namespace schema

@@ -117,6 +117,7 @@ inline constexpr Group kPhysicalProcessor{
         "the firmware (root only) tells of it; its other fields are those that the firmware states. The "
         "kernel describes caches of enabled cores only, and the totals are of these.",
     .fields = kPhysicalProcessorFields,
+    .columns = "DeviceID Name NumberOfCores MaxClockSpeed",
 };
 
 }  // namespace schema

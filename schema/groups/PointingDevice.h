@@ -50,6 +50,7 @@ inline constexpr Group kPointingDevice{
     .element = "PointingDevice",
     .about = "Mice, touchpads, tablets, touch screens and joysticks. One instance per device.",
     .fields = kPointingDeviceFields,
+    .columns = "Name PointingType NumberOfButtons InterfaceType",
 };
 
 }  // namespace schema

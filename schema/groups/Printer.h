@@ -77,6 +77,7 @@ inline constexpr Group kPrinter{
         "The printers of CUPS, from its files. Printers that CUPS finds in the network and does not keep are "
         "not listed. Users other than root and the members of the group `lp` see only Name and Description.",
     .fields = kPrinterFields,
+    .columns = "Name PrinterStatus Default Location MakeAndModel",
 };
 
 }  // namespace schema

@@ -108,6 +108,7 @@ inline constexpr Group kProcessor{
     .element = "Processor",
     .about = "One instance per logical processor, including those that are offline.",
     .fields = kProcessorFields,
+    .columns = "DeviceID EnabledState CoreId MaxClockSpeed Name",
 };
 
 }  // namespace schema

@@ -44,6 +44,7 @@ inline constexpr Group kRegional{
     .element = "Regional",
     .about = "Language, time zone and keyboard. One instance.",
     .fields = kRegionalFields,
+    .columns = "Locale TimeZoneName KeyboardLayout CodeSet",
 };
 
 }  // namespace schema

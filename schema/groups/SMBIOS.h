@@ -59,6 +59,7 @@ inline constexpr Group kSMBIOS{
         "structure. Only root may read the tables. Machines without such firmware, and containers that hide "
         "it, do not have the group (`no-smbios`).",
     .fields = kSMBIOSFields,
+    .columns = "Handle Type Description Strings",
 };
 
 }  // namespace schema

@@ -83,6 +83,7 @@ inline constexpr Group kScanInfo{
     .element = "ScanInfo",
     .about = "The scan itself. One instance.",
     .fields = kScanInfoFields,
+    .columns = "ScannerName ScannerVersion StartTime Complete",
 };
 
 }  // namespace schema

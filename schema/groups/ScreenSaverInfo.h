@@ -57,6 +57,7 @@ inline constexpr Group kScreenSaverInfo{
         "settings of its own. Settings that an account has not changed are unknown. Links, special files and "
         "files of other users are not followed, nor is what lies on another machine (`home-refused`).",
     .fields = kScreenSaverInfoFields,
+    .columns = "UserName ScreenSaverActive ScreenSaverSecure Desktop",
 };
 
 }  // namespace schema

@@ -33,6 +33,7 @@ inline constexpr Group kSerialPort{
     .element = "SerialPort",
     .about = "One instance per serial port with hardware, including USB adapters.",
     .fields = kSerialPortFields,
+    .columns = "DeviceID Name UartType MaxBaudRate",
 };
 
 }  // namespace schema

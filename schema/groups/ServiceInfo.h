@@ -63,6 +63,7 @@ inline constexpr Group kServiceInfo{
         "service manager is not asked: whether a service runs is taken from its files in `/run` and "
         "`/sys/fs/cgroup`, and a service that failed is `Inactive`. In a captured tree it is unknown.",
     .fields = kServiceInfoFields,
+    .columns = "Name Status StartMode Caption",
 };
 
 }  // namespace schema

@@ -44,6 +44,7 @@ inline constexpr Group kSoftwarePackages{
         "unpacked, but not configured, are listed with their status. Packages of Nix and Guix are not "
         "listed; the group is then partial, with a reason such as `nix-unsupported`.",
     .fields = kSoftwarePackagesFields,
+    .columns = "Name VersionString Architecture PackageFormat InstalledSize",
 };
 
 }  // namespace schema

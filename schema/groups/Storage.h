@@ -82,6 +82,7 @@ inline constexpr Group kStorage{
     .element = "Storage",
     .about = "Disks and optical drives. One instance per drive.",
     .fields = kStorageFields,
+    .columns = "DeviceID Size MediaType InterfaceType Model SerialNumber",
 };
 
 }  // namespace schema

@@ -68,6 +68,7 @@ inline constexpr Group kSystemEnclosure{
     .element = "SystemEnclosure",
     .about = "One instance per chassis.",
     .fields = kSystemEnclosureFields,
+    .columns = "ChassisPackageType Manufacturer SerialNumber AssetTag",
 };
 
 }  // namespace schema

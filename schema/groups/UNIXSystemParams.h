@@ -105,6 +105,7 @@ inline constexpr Group kUNIXSystemParams{
     .element = "UNIXSystemParams",
     .about = "Parameters of the system. One instance.",
     .fields = kUNIXSystemParamsFields,
+    .columns = "NodeName Release Machine Uptime",
 };
 
 }  // namespace schema

@@ -65,6 +65,7 @@ inline constexpr Group kUSBDevice{
     .element = "USBDevice",
     .about = "One instance per USB device, including root hubs.",
     .fields = kUSBDeviceFields,
+    .columns = "DeviceID Name Manufacturer Speed Drivers",
 };
 
 }  // namespace schema

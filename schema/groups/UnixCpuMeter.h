@@ -68,6 +68,7 @@ inline constexpr Group kUnixCpuMeter{
     .element = "UnixCpuMeter",
     .about = "One instance per processor.",
     .fields = kUnixCpuMeterFields,
+    .columns = "DeviceID UserModeTime KernelModeTime IdleTime IoWaitTime",
 };
 
 }  // namespace schema

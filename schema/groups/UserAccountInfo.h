@@ -71,6 +71,7 @@ inline constexpr Group kUserAccountInfo{
         "The accounts in `/etc/passwd`. Accounts of a directory service are not listed. One instance per "
         "account.",
     .fields = kUserAccountInfoFields,
+    .columns = "Name UserID Disabled HomeDirectory LastLogin",
 };
 
 }  // namespace schema

@@ -18,6 +18,7 @@ inline constexpr Field kVideoFields[] = {
     {.name = "VideoMemory",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .meaning = "memory of the controller, if the driver reports it",
      .source = "`mem_info_vram_total`"},
     {.name = "CurrentHorizontalResolution",
@@ -64,6 +65,7 @@ inline constexpr Group kVideo{
     .element = "Video",
     .about = "One instance per display controller.",
     .fields = kVideoFields,
+    .columns = "Name Manufacturer VideoMemory DriverName",
 };
 
 }  // namespace schema

@@ -36,6 +36,7 @@ inline constexpr Field kVirtualMachineFields[] = {
     {.name = "MemorySize",
      .type = Type::Count,
      .unit = "bytes",
+     .binary = true,
      .access = Access::RootOnly,
      .meaning = "memory of the guest",
      .source = "the file in ConfigFile"},
@@ -79,6 +80,7 @@ inline constexpr Group kVirtualMachine{
         "The virtual machines and containers that this machine hosts: those of libvirt, Proxmox VE and LXC, "
         "from their files. Only root may read most of them.",
     .fields = kVirtualMachineFields,
+    .columns = "ElementName EnabledState NumberOfProcessors MemorySize",
 };
 
 }  // namespace schema

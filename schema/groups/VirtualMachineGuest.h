@@ -48,6 +48,7 @@ inline constexpr Group kVirtualMachineGuest{
         "The virtual machine or container that the system runs in. One instance, or none on a physical "
         "machine.",
     .fields = kVirtualMachineGuestFields,
+    .columns = "VirtualSystemType HypervisorVendor VirtualizationMode",
 };
 
 }  // namespace schema

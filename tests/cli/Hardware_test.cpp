@@ -78,11 +78,21 @@ TEST_F(HardwareTest, OnlyNamedGroupsAreScannedInTheirOrder) {
     EXPECT_EQ((std::vector<std::string>{"OperatingSystem", "Processor"}), names);
 }
 
-TEST_F(HardwareTest, CsvHoldsOneRecordPerField) {
-    const Ended ended = hw({"--format", "csv", "--group", "Processor"}).run();
+TEST_F(HardwareTest, CsvOfOneGroupHasAColumnPerField) {
+    const auto records = readCsv(hw({"--format", "csv", "--group", "Processor"}).run().out);
+    ASSERT_EQ(3U, records.size());
+    EXPECT_EQ("DeviceID", records[0][0]);
+    EXPECT_EQ("Name", records[0][1]);
+    EXPECT_EQ("A, \"B\" & <C>", records[1][1]);
+    EXPECT_EQ("cpu1", records[2][0]);
+    for (const CsvRecord& record : records) EXPECT_EQ(records[0].size(), record.size());
+}
+
+TEST_F(HardwareTest, CsvOfSeveralGroupsHoldsOneRecordPerField) {
+    const Ended ended = hw({"--format", "csv", "--group", "Processor", "--group", "Storage"}).run();
     ASSERT_EQ(0, ended.status);
     const auto records = readCsv(ended.out);
-    ASSERT_EQ(8U, records.size());
+    ASSERT_EQ(9U, records.size());
     EXPECT_EQ((CsvRecord{"Processor", "", "_status", "unknown"}), records[1]);
     EXPECT_EQ((CsvRecord{"Processor", "0", "Name", "A, \"B\" & <C>"}), records[3]);
     EXPECT_EQ((CsvRecord{"Processor", "1", "CoreId", "1"}), records[7]);

@@ -30,7 +30,7 @@ class StandardStreamsTest : public testing::Test {
                 {{"doctor", "--toolkit", scanner("fails")}, 1},
                 {{"sw", "/no/such/file"}, 2},
                 {{"nope"}, 2},
-                {{}, 2}};
+                {{"hw", "--nope"}, 2}};
     }
 
     ScratchDir scratch_;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 
 namespace schema {
@@ -63,6 +64,27 @@ TEST(Catalogue, OnlyANumberHasAUnit) {
                 field.type == Type::Count || field.type == Type::Integer || field.type == Type::Decimal;
             EXPECT_TRUE(number || field.unit.empty()) << group->name << " " << field.name;
         }
+    }
+}
+
+TEST(Catalogue, EveryGroupHasColumnsThatFitAnOldTerminal) {
+    constexpr std::size_t kWidth = 78;  // 80 less the indentation
+    constexpr std::size_t kGap = 2;
+    for (const Group* const group : allGroups()) {
+        if (group->fields.empty()) continue;
+        std::istringstream columns{std::string(group->columns)};
+        std::size_t width = 0;
+        for (std::string name; columns >> name; width += name.size() + kGap)
+            EXPECT_NE(nullptr, findField(*group, name)) << group->name << " " << name;
+        EXPECT_GT(width, 0U) << group->name;
+        EXPECT_LE(width, kWidth + kGap) << group->name;
+    }
+}
+
+TEST(Catalogue, OnlyBytesAreCountedInPowersOfTwo) {
+    for (const Group* const group : allGroups()) {
+        for (const Field& field : group->fields)
+            EXPECT_TRUE(!field.binary || field.unit == "bytes") << group->name << " " << field.name;
     }
 }
 

@@ -58,6 +58,11 @@ TEST(Options, AnInventoryHidesAndOmitsNothingUnlessAsked) {
     EXPECT_TRUE(options({"hw", "--pretty"}).pretty);
 }
 
+TEST(Options, WithoutACommandTheMachineIsSummarised) {
+    EXPECT_EQ(Command::Summary, options({}).command);
+    EXPECT_FALSE(options({}).commandNames.empty());
+}
+
 TEST(Options, FactsAreForAnsibleUnlessPrometheusIsNamed) {
     EXPECT_EQ(Command::Facts, options({"facts"}).command);
     EXPECT_EQ(FactFormat::Ansible, options({"facts"}).facts);
@@ -212,7 +217,6 @@ TEST(Options, BadCommandLinesAreRefusedWithTheReason) {
         Words words;
         const char* named;
     } cases[] = {
-        {{}, "a command is missing"},
         {{"frob"}, "frob"},
         {{"hw", "--nope"}, "--nope"},
         {{"--nope"}, "--nope"},

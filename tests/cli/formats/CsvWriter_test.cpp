@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/cli/CsvReader.h"
 #include "tests/cli/Samples.h"
 
@@ -70,12 +72,20 @@ TEST(CsvWriter, OneRecordPerFieldOfEveryInstance) {
 }
 
 TEST(CsvWriter, OddValuesSurviveARoundTrip) {
-    const HardwareInventory odd = zavtest::oddInventory();
+    HardwareInventory odd = zavtest::oddInventory();
+    const Records table = zavtest::readCsv(csvText(odd, CsvFormulas::Raw));
+    odd.groups.push_back({30, "Modem", {}, {}});
     const Records records = zavtest::readCsv(csvText(odd, CsvFormulas::Raw));
     const Instance& instance = odd.groups[0].instances[0];
-    ASSERT_EQ(instance.size() + 2, records.size());
+    ASSERT_EQ(instance.size() + 3, records.size());
+    ASSERT_EQ(2U, table.size()) << "one group is a table";
     for (std::size_t i = 0; i < instance.size(); ++i)
         EXPECT_EQ((zavtest::CsvRecord{"Memory", "0", instance[i].name, instance[i].value}), records[i + 2]);
+    for (const Field& field : instance) {
+        const auto column = std::find(table[0].begin(), table[0].end(), field.name) - table[0].begin();
+        ASSERT_LT(static_cast<std::size_t>(column), table[0].size()) << field.name;
+        EXPECT_EQ(field.value, table[1][static_cast<std::size_t>(column)]);
+    }
 }
 
 TEST(CsvWriter, StatusOfEachGroupIsWritten) {

@@ -50,7 +50,7 @@ TEST(TableWriter, OneInstanceIsLinesOfFieldAndValue) {
     EXPECT_EQ(
         "Memory\n"
         "  DeviceID                memory\n"
-        "  TotalVisibleMemorySize  1024\n"
+        "  TotalVisibleMemorySize  1 MiB\n"
         "\n",
         tableText(inventoryOf({group}), style(false)));
 }
