@@ -19,6 +19,14 @@ function(zav_target_flags target)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
 endfunction()
 
+# Precompiles what most sources of a target include: zav_precompile(target header...). ccache gives its objects faster than the
+# compiler reads such headers, so this is for machines without it.
+function(zav_precompile target)
+  if(ZAV_PRECOMPILE AND NOT CCACHE)
+    target_precompile_headers(${target} PRIVATE <algorithm> <optional> <string> <string_view> <vector> ${ARGN})
+  endif()
+endfunction()
+
 # A static library of one layer: zav_layer(name source...)
 function(zav_layer name)
   add_library(${name} STATIC ${ARGN})

@@ -34,7 +34,7 @@ Toolkit givenToolkit(const std::string& directory, const Scanner& scanner) {
 
 std::vector<std::string> bundledDirectories(const std::filesystem::path& command) {
     const std::filesystem::path directory = command.parent_path();
-    return {directory.string(), (directory / ".." / "libexec" / "zav").lexically_normal().string()};
+    return {directory.string(), (directory / ".." / "libexec" / "zav" / "bin").lexically_normal().string()};
 }
 
 std::filesystem::path commandPath() {

@@ -56,7 +56,7 @@ TEST_F(ToolkitsTest, ScannerBesideTheCommandIsFound) {
 }
 
 TEST_F(ToolkitsTest, ScannerInLibexecIsFound) {
-    const std::string bundled = place("copies", "installed/libexec/zav");
+    const std::string bundled = place("copies", "installed/libexec/zav/bin");
     EXPECT_EQ(bundled, toolkitOf(zav({"hw", "--format", "json"}).locationFile(std::nullopt).run()));
 }
 
@@ -135,7 +135,7 @@ TEST_F(ToolkitsTest, MissingScannerIsReportedWithAllDirectories) {
     const std::string installed = (scratch_.path() / "installed").string();
     EXPECT_EQ(1, ended.status);
     EXPECT_EQ("zav: no hardware scanner 'quorvah' in " + installed + "/bin or " + installed +
-                  "/libexec/zav; use --toolkit to name its directory\n",
+                  "/libexec/zav/bin; use --toolkit to name its directory\n",
               ended.err);
 }
 

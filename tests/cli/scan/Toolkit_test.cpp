@@ -117,7 +117,8 @@ TEST(Toolkit, BlanksAndQuotesPreventStarting) {
 }
 
 TEST(Toolkit, BundledScannersAreBesideTheCommandOrInLibexec) {
-    EXPECT_EQ((std::vector<std::string>{"/usr/bin", "/usr/libexec/zav"}), bundledDirectories("/usr/bin/zav"));
+    EXPECT_EQ((std::vector<std::string>{"/usr/bin", "/usr/libexec/zav/bin"}),
+              bundledDirectories("/usr/bin/zav"));
 }
 
 TEST(Toolkit, ThisCommandIsTheRunningExecutable) {
