@@ -46,7 +46,7 @@ std::string scaled(std::uint64_t number, std::uint64_t step, std::span<const std
 }  // namespace
 
 std::string readableValue(const Field& field, std::string_view value) {
-    const std::string exact(value);
+    std::string exact(value);
     if (value.empty() || field.unit.empty() || field.list || field.type != Type::Count ||
         !hasForm(field, value))
         return exact;

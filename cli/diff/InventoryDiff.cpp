@@ -277,9 +277,9 @@ class InventoryComparison {
 
     void note(std::string text) { result_.notes.push_back(std::move(text)); }
 
-    static void add(Reasons& reasons, std::string reason, const std::string& name) {
+    static void add(Reasons& reasons, const std::string& reason, const std::string& name) {
         auto found = std::ranges::find(reasons, reason, &Reasons::value_type::first);
-        if (found == reasons.end()) found = reasons.insert(found, {std::move(reason), {}});
+        if (found == reasons.end()) found = reasons.insert(found, {reason, {}});
         if (std::ranges::find(found->second, name) == found->second.end()) found->second.push_back(name);
     }
 
