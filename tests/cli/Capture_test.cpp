@@ -62,7 +62,7 @@ TEST_F(CaptureTest, TheUnpackedArchiveGivesTheInventoryOfThisMachine) {
 }
 
 TEST_F(CaptureTest, AnotherUserThanRootArchivesWhatHeMayRead) {
-    if (geteuid() != 0) GTEST_SKIP() << "this is what the other test shows";
+    if (geteuid() != 0) GTEST_SKIP() << "only root can scan as another user";
     EXPECT_EQ("", differingGroups(true));
 }
 
