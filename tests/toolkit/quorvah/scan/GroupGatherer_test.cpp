@@ -59,6 +59,15 @@ TEST(GroupGatherer, GroupsThatEndAllProcessesAreFollowedByNewOnes) {
     EXPECT_EQ(results[5].instances, 2U);
 }
 
+// Many, as a process may end before or after its first group is seen to have begun.
+TEST(GroupGatherer, EveryProcessMayEndWithItsFirstGroup) {
+    std::vector<const Group*> groups(100, &kLeave);
+    groups.push_back(&kQuick);
+    const std::vector<GroupResult> results = run(groups);
+    ASSERT_EQ(results.size(), 101U);
+    EXPECT_EQ(results.back().instances, 2U);
+}
+
 TEST(GroupGatherer, GroupsOfPlainFilesNeedNoChild) {
     const std::string here = std::to_string(getpid());
     const std::vector<GroupResult> alone = run({&kPlain, &kPlain});
