@@ -63,9 +63,11 @@ TEST(GroupGatherer, GroupsThatEndAllProcessesAreFollowedByNewOnes) {
 TEST(GroupGatherer, EveryProcessMayEndWithItsFirstGroup) {
     std::vector<const Group*> groups(100, &kLeave);
     groups.push_back(&kQuick);
-    const std::vector<GroupResult> results = run(groups);
-    ASSERT_EQ(results.size(), 101U);
-    EXPECT_EQ(results.back().instances, 2U);
+    for (int round = 0; round < 10; ++round) {
+        const std::vector<GroupResult> results = run(groups);
+        ASSERT_EQ(results.size(), 101U);
+        EXPECT_EQ(results.back().instances, 2U) << round;
+    }
 }
 
 TEST(GroupGatherer, GroupsOfPlainFilesNeedNoChild) {
