@@ -1,4 +1,4 @@
-// Hosts that cancel a thread while it is in the library, or that fork at that time.
+// Hosts that cancel a thread while it is in the library, or that have closed their standard streams.
 #include <pthread.h>
 #include <sys/stat.h>
 
@@ -137,38 +137,6 @@ TEST_F(Cancellation, IsNotConfusedWithACallbackThatEndsItsThread) {
     EXPECT_EQ(end, &host);
     host.ends = false;
     EXPECT_EQ(ZAV_hw_free(context), 0);
-}
-
-// The threads have contexts of their own and share the toolkit.
-class Fork : public InventoryTest {
-  protected:
-    Fork() { scannerWrites("<QEL><Memory><Size>1</Size></Memory></QEL>"); }
-
-    // Runs everything from opening the library to releasing it.
-    bool canScan() const {
-        zavtest::LogRecorder log;
-        ZAVCtx* handle = nullptr;
-        ZAVHwCtx* context = nullptr;
-        int count = 0;
-        const auto callback = zavtest::LogRecorder::callback;
-        return ZAV_init("tests", callback, &log, temp().wstring().c_str(), path().wstring().c_str(),
-                        &handle) == 0 &&
-               ZAV_hw_init(handle, callback, &log, &context) == 0 && ZAV_hw_setopt(context, 0, 1) == 0 &&
-               ZAV_hw_run(context) == 0 && ZAV_hw_get_group_instances(context, 3, &count) == 0 &&
-               count == 1 && ZAV_hw_free(context) == 0 && ZAV_free(handle) == 0;
-    }
-};
-
-TEST_F(Fork, WhileAThreadScansLeavesTheChildAbleToScan) {
-    std::atomic<bool> over = false;
-    std::thread scanner([&] {
-        while (!over) EXPECT_TRUE(canScan());
-    });
-    for (int round = 0; round < 100 && !HasFailure(); ++round) {
-        EXPECT_TRUE(zavtest::holdsInChild([this] { return canScan(); }));
-    }
-    over = true;
-    scanner.join();
 }
 
 // A daemon that opens the library after it has closed its standard streams, and that still writes to them.
