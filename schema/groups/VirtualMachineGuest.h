@@ -9,7 +9,8 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
      .privacy = Privacy::Serial,
      .access = Access::RootSeesMore,
      .meaning = "identifier of the virtual machine or container",
-     .source = "`/sys/class/dmi/id/product_uuid`; `/sys/hypervisor/uuid`; `/proc/self/mountinfo`"},
+     .source = "`/sys/class/dmi/id/product_uuid`; `/sys/hypervisor/uuid`; `/proc/self/mountinfo`; "
+               "`/proc/1/cgroup`"},
     {.name = "VirtualSystemType",
      .access = Access::RootSeesMore,
      .liveSeesMore = true,
@@ -26,9 +27,12 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
      .source = "`/sys/hypervisor/version`; `/proc/sysinfo`"},
     {.name = "ContainerType",
      .access = Access::RootSeesMore,
-     .meaning = "`docker`, `podman`, `lxc` and so on",
-     .source =
-         "`/run/systemd/container`; `/run/host/container-manager`; `/.dockerenv`; `/run/.containerenv`"},
+     .meaning =
+         "`docker`, `podman`, `lxc`, `wsl` and so on; `kubernetes` if nothing tells which program runs "
+         "the container",
+     .source = "release of the kernel; `/run/systemd/container`; `/run/host/container-manager`; "
+               "`/proc/1/environ`; `/run/.containerenv`; `/.dockerenv`; `/proc/1/cgroup`; "
+               "`/proc/self/mountinfo`; `/dev/lxd/sock`"},
     {.name = "VirtualizationMode",
      .type = Type::Choice,
      .choices = "full|para",

@@ -3,6 +3,7 @@
 #include "schema/groups/HostComponentID.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/Container.h"
 #include "toolkit/quorvah/sources/DeviceTree.h"
 #include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"

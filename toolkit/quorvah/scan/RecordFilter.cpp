@@ -63,6 +63,15 @@ std::string withoutPasswordValues(std::string_view line) {
     }
 }
 
+// The variables of a container may be passwords of any name.
+std::string onlyContainerVariable(std::string_view variables) {
+    while (!variables.empty()) {
+        const std::string_view variable = takeField(variables, '\0');
+        if (variable.starts_with("container=")) return std::string(variable) + '\0';
+    }
+    return {};
+}
+
 bool isGuestConfiguration(std::string_view path) {
     constexpr std::array<std::string_view, 4> kDirectories = {"/etc/libvirt/", "/run/libvirt/", "/etc/pve/",
                                                               "/var/lib/lxc/"};
@@ -74,6 +83,7 @@ bool isGuestConfiguration(std::string_view path) {
 
 std::string withoutPasswords(std::string_view path, std::string content) {
     if (path == "/etc/shadow") return changeLines(content, withoutHash);
+    if (path == "/proc/1/environ") return onlyContainerVariable(content);
     if (path == "/proc/cmdline") return changeLines(content, withoutSecrets);
     if (path == "/etc/cups/printers.conf") return changeLines(content, withoutUriPassword);
     if (isGuestConfiguration(path)) return changeLines(content, withoutPasswordValues);

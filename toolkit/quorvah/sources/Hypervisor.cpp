@@ -8,8 +8,10 @@
 #include <cstring>
 
 #include "toolkit/machine/text/Lines.h"
+#include "toolkit/quorvah/sources/Container.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
 #include "toolkit/quorvah/sources/DmiId.h"
+#include "toolkit/quorvah/sources/KernelInfo.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
 
 namespace toolkit::quorvah {
@@ -50,6 +52,7 @@ constexpr Known kFirmwareMarks[] = {
     {"DigitalOcean", "kvm", "KVM"},
     {"Alibaba Cloud", "kvm", "KVM"},
     {"Hetzner vServer", "kvm", "KVM"},
+    {"KubeVirt", "kvm", "KVM"},
     {"Apple Virtualization", "", "Apple"},
     {"BHYVE", "", "bhyve"},
     {"Parallels", "", "Parallels"},
@@ -206,6 +209,14 @@ Answer askForFirecracker(const Root& root) {
     return found ? Answer::Yes : Answer::No;
 }
 
+// The second generation of the Windows Subsystem for Linux is a virtual machine without firmware. Its early kernels were
+// not named after it.
+bool isVirtualWsl(const Root& root, CpuAnswer answer) {
+    const std::string release = kernelRelease(root);
+    if (!isReleaseOfWsl(release)) return false;
+    return answer == CpuAnswer::Virtual || release.find("WSL2") != std::string::npos;
+}
+
 Hypervisor firstFound(const Root& root) {
     if (root.live()) {
         Hypervisor found = fromCpu();
@@ -220,13 +231,11 @@ Hypervisor firstFound(const Root& root) {
     const CpuAnswer answer = askCpuInfo(info);
     if (answer == CpuAnswer::Real) return {};
     if (!root.list("/sys/bus/vmbus/devices").empty()) return {true, "hyperv", "Microsoft", {}, false};
+    if (isVirtualWsl(root, answer)) return {true, "hyperv", "Microsoft", {}, false};
     Hypervisor found = fromFirmware(root, info);
     found.present = found.present || answer == CpuAnswer::Virtual;
     return found;
 }
-
-// The number of the initial PID namespace, which is fixed.
-constexpr std::string_view kFirstPidNamespace = "pid:[4026531836]";
 
 }  // namespace
 
@@ -252,31 +261,6 @@ Hypervisor findHypervisor(const Root& root) {
             break;
     }
     return found;
-}
-
-std::string containerType(const Root& root) {
-    // A container image has the marks of containers even if it runs without a container.
-    if (root.readLink("/proc/self/ns/pid") == kFirstPidNamespace) return {};
-    // The second file is that of the interface for container managers.
-    for (const char* const file : {"/run/systemd/container", "/run/host/container-manager"}) {
-        std::string type = root.readLine(file);
-        if (!type.empty()) return type;
-    }
-    if (root.exists("/run/.containerenv")) return "podman";
-    return root.exists("/.dockerenv") ? "docker" : "";
-}
-
-std::string containerId(const Root& root) {
-    constexpr std::string_view kDirectory = "containers/";
-    constexpr std::size_t kIdLength = 64;
-    const std::string mounts = root.read("/proc/self/mountinfo").value_or("");
-    for (std::size_t at = mounts.find(kDirectory); at != std::string::npos;
-         at = mounts.find(kDirectory, at + 1)) {
-        std::string id = mounts.substr(at + kDirectory.size(), kIdLength);
-        if (id.size() == kIdLength && id.find_first_not_of("0123456789abcdef") == std::string::npos)
-            return id;
-    }
-    return {};
 }
 
 }  // namespace toolkit::quorvah

@@ -20,10 +20,4 @@ Hypervisor findHypervisor(const Root& root);
 // The hypervisor with this signature in CPUID leaf 40000000h.
 Hypervisor hypervisorOfSignature(std::string_view signature);
 
-// "docker", "podman", "lxc", "systemd-nspawn" and so on; empty outside a container.
-std::string containerType(const Root& root);
-
-// The id of the container, taken from the paths that its manager mounted.
-std::string containerId(const Root& root);
-
 }  // namespace toolkit::quorvah

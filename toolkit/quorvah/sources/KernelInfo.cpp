@@ -112,6 +112,14 @@ KernelInfo readKernelInfo(const Root& root) {
     return kernel;
 }
 
+std::string kernelRelease(const Root& root) {
+    if (root.live()) return liveKernel().release;
+    KernelInfo kernel;
+    kernel.release = root.readLine("/proc/sys/kernel/osrelease");
+    readVersionFile(root, kernel);
+    return kernel.release;
+}
+
 std::string hostName(const Root& root) {
     std::string name = root.readLine("/proc/sys/kernel/hostname");
     if (name.empty()) name = root.readLine("/etc/hostname");

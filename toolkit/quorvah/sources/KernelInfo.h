@@ -18,6 +18,7 @@ struct KernelInfo {
     std::string machine;  // "x86_64"
 };
 KernelInfo readKernelInfo(const Root& root);
+std::string kernelRelease(const Root& root);
 
 std::string hostName(const Root& root);
 

@@ -32,6 +32,12 @@ TEST(RecordFilter, PasswordsInConfigurationsOfGuestsAreRemoved) {
               "name: a\ncipassword: ***\n");
 }
 
+TEST(RecordFilter, OnlyTheKindOfContainerStaysOfTheFirstProcesssVariables) {
+    const std::string variables("PASSWORD=geheim\0container=lxc\0TOKEN=geheim\0", 44);
+    EXPECT_EQ(withoutPasswords("/proc/1/environ", variables), std::string("container=lxc\0", 14));
+    EXPECT_EQ(withoutPasswords("/proc/1/environ", std::string("PASSWORD=geheim\0", 16)), "");
+}
+
 TEST(RecordFilter, OtherFilesStayAsTheyAre) {
     EXPECT_EQ(withoutPasswords("/etc/os-release", "PASSWORD=x\n"), "PASSWORD=x\n");
     EXPECT_EQ(withoutPasswords("/etc/passwd", "a:x:1:1::/:/bin/sh\n"), "a:x:1:1::/:/bin/sh\n");

@@ -152,27 +152,19 @@ TEST(Hypervisor, IdentifiesAHyperVGuestByItsBus) {
     EXPECT_EQ(inTree(tree).type, "hyperv");
 }
 
-TEST(Container, IsIdentifiedByTheFilesOfItsManager) {
+TEST(Hypervisor, OfTheWindowsSubsystemIsToldByItsKernel) {
     const ScratchDir tree;
-    const Root root(tree.path().string());
-    EXPECT_EQ(containerType(root), "");
-    tree.write(".dockerenv", "");
-    EXPECT_EQ(containerType(root), "docker");
-    tree.write("run/.containerenv", "");
-    EXPECT_EQ(containerType(root), "podman");
-    tree.write("run/host/container-manager", "systemd-nspawn\n");
-    EXPECT_EQ(containerType(root), "systemd-nspawn");
-    tree.write("run/systemd/container", "lxc\n");
-    EXPECT_EQ(containerType(root), "lxc");
-}
-
-TEST(Container, HasNoIdWithoutACompleteOneInTheMounts) {
-    const ScratchDir tree;
-    const Root root(tree.path().string());
-    EXPECT_EQ(containerId(root), "");
-    tree.write("proc/self/mountinfo",
-               "1 0 8:1 /containers/ / rw - ext4 /dev/sda1 rw\n1 0 8:1 /containers/abc / rw\n");
-    EXPECT_EQ(containerId(root), "");
+    tree.write("proc/version", "Linux version 4.19.104-microsoft-standard (oe-user@oe-host) #1 SMP 2020\n");
+    tree.write("proc/cpuinfo", kVirtualCpu);
+    EXPECT_EQ(inTree(tree).type, "hyperv");
+    EXPECT_EQ(inTree(tree).vendor, "Microsoft");
+    tree.write("proc/cpuinfo", "processor : 0\nCPU implementer : 0x51\nCPU architecture: 8\n");
+    EXPECT_FALSE(inTree(tree).present);
+    tree.write("proc/sys/kernel/osrelease", "5.15.153.1-microsoft-standard-WSL2\n");
+    EXPECT_EQ(inTree(tree).type, "hyperv");
+    tree.write("proc/cpuinfo", kRealCpu);
+    tree.write("proc/sys/kernel/osrelease", "4.4.0-19041-Microsoft\n");
+    EXPECT_FALSE(inTree(tree).present);
 }
 
 }  // namespace
