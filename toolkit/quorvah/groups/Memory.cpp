@@ -17,7 +17,7 @@ namespace {
 
 void setMeminfo(const Root& root, Instance& memory) {
     const std::string meminfo = root.read("/proc/meminfo").value_or("");
-    const auto line = [&meminfo](const char* key) { return readLeadingCount(valueForKey(meminfo, key)); };
+    const auto line = [&meminfo](const char* key) { return kibOfKey(meminfo, key); };
     memory.set("TotalVisibleMemorySize", line("MemTotal"));
     memory.set("FreePhysicalMemory", line("MemFree"));
     memory.set("TotalVirtualMemorySize", sum(line("MemTotal"), line("SwapTotal")));
@@ -25,7 +25,7 @@ void setMeminfo(const Root& root, Instance& memory) {
     memory.set("TotalSwapSpaceSize", line("SwapTotal"));
     memory.set("MemAvailable", line("MemAvailable"));
     memory.set("HugePageSize", line("Hugepagesize"));
-    memory.set("HugePagesTotal", line("HugePages_Total"));
+    memory.set("HugePagesTotal", readCount(valueForKey(meminfo, "HugePages_Total")));
 }
 
 // Leaves the field unknown if the number is 0.

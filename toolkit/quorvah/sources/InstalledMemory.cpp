@@ -70,8 +70,7 @@ std::uint64_t roundest(std::uint64_t least, std::uint64_t most) {
 
 MemoryOnline readMemoryOnline(const Root& root) {
     const std::string meminfo = root.read("/proc/meminfo").value_or("");
-    return {presentMemory(root, readLeadingCount(valueForKey(meminfo, "MemTotal"))), onlineBlocks(root),
-            firmwareMemory(root)};
+    return {presentMemory(root, kibOfKey(meminfo, "MemTotal")), onlineBlocks(root), firmwareMemory(root)};
 }
 
 Count installedMemory(const MemoryOnline& online, Count told) {

@@ -22,4 +22,10 @@ std::string_view valueForKey(std::string_view text, std::string_view key) {
     return {};
 }
 
+Count kibOfKey(std::string_view meminfo, std::string_view key) {
+    std::string_view words = valueForKey(meminfo, key);
+    const std::string_view number = nextWord(words);
+    return trimmed(words) == "kB" ? readCount(number) : std::nullopt;
+}
+
 }  // namespace toolkit::quorvah

@@ -21,5 +21,12 @@ TEST(KeyValueText, AValueFollowsItsCompleteKey) {
     EXPECT_EQ(valueForKey("", "x"), "");
 }
 
+TEST(KeyValueText, ASizeIsInTheUnitOfTheKernelOrUnknown) {
+    EXPECT_EQ(kibOfKey("MemTotal:   16 kB\n", "MemTotal"), 16U);
+    for (const char* const line :
+         {"MemTotal: 12 MB", "MemTotal: 12", "MemTotal: 12 KB x", "MemTotal: 1.5 kB", "MemTotal: kB"})
+        EXPECT_EQ(kibOfKey(line, "MemTotal"), std::nullopt) << line;
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah
