@@ -20,8 +20,6 @@ namespace toolkit::quorvah {
 
 namespace {
 
-const std::string kBlock = "/sys/class/block/";
-
 // "/dev/mapper/vg-root" for a device of the device mapper, else "/dev/sda1".
 std::string pathOf(const BlockDevice& device) {
     const std::string name = device.line("dm/name");
@@ -63,10 +61,11 @@ class Uses {
 // What a device made of this one shows about its content.
 std::string_view usageByHolder(const Root& root, const BlockDevice& device) {
     for (const std::string& holder : device.list("holders")) {
-        const std::string uuid = root.readLine(kBlock + holder + "/dm/uuid");
+        const std::string directory = blockDirectory(root, holder);
+        const std::string uuid = root.readLine(directory + "dm/uuid");
         if (uuid.starts_with("LVM-")) return "lvm";
         if (uuid.starts_with("CRYPT-")) return "crypto";
-        if (root.exists(kBlock + holder + "/md")) return "raid";
+        if (root.exists(directory + "md")) return "raid";
     }
     return {};
 }
@@ -162,7 +161,7 @@ void setVolume(const BlockDevice& device, Instance& extent) {
 std::vector<std::string> slavesOf(const Root& root, const BlockDevice& device) {
     std::vector<std::string> parents;
     for (const std::string& name : device.list("slaves"))
-        parents.push_back(pathOf(BlockDevice(root, kBlock + name + "/", name)));
+        parents.push_back(pathOf(BlockDevice(root, blockDirectory(root, name), name)));
     return parents;
 }
 

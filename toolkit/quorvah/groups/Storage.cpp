@@ -160,7 +160,7 @@ std::string busAddress(const BlockDevice& disk) {
 // Whether the disk is one of several paths to the same disk, or represents them.
 bool isMultipath(const Root& root, const BlockDevice& disk) {
     for (const std::string& holder : disk.list("holders")) {
-        if (root.readLine("/sys/block/" + holder + "/dm/uuid").starts_with("mpath-")) return true;
+        if (root.readLine(blockDirectory(root, holder) + "dm/uuid").starts_with("mpath-")) return true;
     }
     return isOfSubsystem(disk) && nvmeControllers(disk).size() > 1;
 }

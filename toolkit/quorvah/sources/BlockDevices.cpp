@@ -7,10 +7,25 @@ namespace toolkit::quorvah {
 namespace {
 
 const std::string kBlock = "/sys/block/";
+const std::string kClass = "/sys/class/block/";  // has partitions, too
 constexpr std::uint64_t kSector = 512;
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
+}
+
+// Whether the kernel shows the device to itself only: one path to an NVMe disk that has several, such as "nvme0c1n1".
+bool isHidden(const BlockDevice& device) {
+    const bool path = device.name().starts_with("nvme") && contains(device.name(), "c");
+    return path || device.flag("hidden").value_or(false);
+}
+
+// In old kernels the device is no link itself, but has one.
+std::string placeOf(const Root& root, const std::string& directory) {
+    std::string place = root.readLink(directory);
+    if (!place.empty()) return place;
+    place = root.readLink(directory + "/device");
+    return contains(place, "devices/") ? place : std::string();
 }
 
 }  // namespace
@@ -41,14 +56,26 @@ std::string BlockDevice::udevData() const {
 }
 
 std::vector<BlockDevice> blockDevices(const Root& root) {
+    std::string directory = kBlock;
+    std::vector<std::string> names = root.list(kBlock);
+    if (names.empty()) {
+        directory = kClass;
+        names = root.list(kClass);
+        std::erase_if(names,
+                      [&root](const std::string& name) { return root.exists(kClass + name + "/partition"); });
+    }
     std::vector<BlockDevice> devices;
-    for (const std::string& name : root.list(kBlock)) {
-        BlockDevice device(root, kBlock + name + "/", name);
-        if (device.flag("hidden").value_or(false)) continue;
-        device.setPlace(root.readLink(kBlock + name));
+    for (const std::string& name : names) {
+        BlockDevice device(root, directory + name + "/", name);
+        if (isHidden(device)) continue;
+        device.setPlace(placeOf(root, directory + name));
         devices.push_back(std::move(device));
     }
     return devices;
+}
+
+std::string blockDirectory(const Root& root, const std::string& name) {
+    return (root.exists(kClass + name) ? kClass : kBlock) + name + "/";
 }
 
 std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk) {
@@ -64,14 +91,14 @@ std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk)
 
 bool isDrive(const BlockDevice& device) {
     const std::string& name = device.name();
-    for (const char* const prefix : {"loop", "ram", "zram", "dm-", "md", "nbd", "fd"}) {
+    for (const char* const prefix :
+         {"loop", "ram", "zram", "dm-", "md", "nbd", "fd", "drbd", "bcache", "zd"}) {
         if (name.starts_with(prefix)) return false;
     }
     const bool cardArea = name.starts_with("mmcblk") &&
                           (contains(name, "boot") || contains(name, "rpmb") || contains(name, "gp"));
-    // The device that combines the paths to an NVMe disk is virtual, too.
-    const bool madeUp =
-        contains(device.place(), "/virtual/") && !contains(device.place(), "/nvme-subsystem/");
+    // The device that combines the paths to an NVMe disk is virtual, too, and so is the controller of one in a network.
+    const bool madeUp = contains(device.place(), "/virtual/") && !contains(device.place(), "/virtual/nvme-");
     return !cardArea && !madeUp;
 }
 

@@ -38,7 +38,7 @@ class BlockDevice {
     Count bytes(std::string_view file) const;
     // The logical block size in bytes.
     Count blockSize() const;
-    // The target of the device's link in /sys/block, which shows its bus. Empty in a captured tree without links.
+    // The target of the device's link in /sys, which shows its bus. Empty in a captured tree without links.
     const std::string& place() const { return place_; }
     void setPlace(std::string place) { place_ = std::move(place); }
 
@@ -58,11 +58,14 @@ class BlockDevice {
 // All whole devices, except those that the kernel hides.
 std::vector<BlockDevice> blockDevices(const Root& root);
 
+// The directory of a device in sysfs, of which a captured tree may have only one.
+std::string blockDirectory(const Root& root, const std::string& name);
+
 // The partitions of a whole device.
 std::vector<BlockDevice> partitionsOf(const Root& root, const BlockDevice& disk);
 
-// Whether a device is a drive: not a loop, RAM, device mapper, RAID or floppy device, and not a special area of a
-// memory card.
+// Whether a device is a drive: not a loop, RAM, device mapper, RAID or floppy device, not made of other devices, and not a
+// special area of a memory card.
 bool isDrive(const BlockDevice& device);
 
 }  // namespace toolkit::quorvah

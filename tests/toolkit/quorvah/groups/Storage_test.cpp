@@ -375,5 +375,50 @@ TEST(Storage, ADiskOfAnNvmeSubsystemWithOneControllerIsAtItsAddress) {
     EXPECT_EQ("true", several.instances().front().get("Multipath"));
 }
 
+TEST(Storage, AnNvmeDiskInANetworkIsADriveAndItsPathsAreNot) {
+    const zavtest::ScratchDir tree;
+    const std::string controller = "sys/devices/virtual/nvme-fabrics/ctl/nvme2/";
+    tree.write(controller + "nvme2n1/size", "2097152\n");
+    tree.write("sys/devices/pci0000:00/0000:00:01.0/nvme/nvme0/nvme0c0n1/size", "2097152\n");
+    tree.write("sys/devices/virtual/block/zram0/size", "2097152\n");
+    tree.link("sys/block/nvme2n1", "../devices/virtual/nvme-fabrics/ctl/nvme2/nvme2n1");
+    tree.link("sys/block/nvme0c0n1", "../devices/pci0000:00/0000:00:01.0/nvme/nvme0/nvme0c0n1");
+    tree.link("sys/block/zram0", "../devices/virtual/block/zram0");
+    const GroupData data = gatheredBelow(kStorage, tree.path());
+    ASSERT_EQ(std::vector<std::string>{"/dev/nvme2n1"}, keysOf(data));
+    EXPECT_EQ("NVMe", data.instances().front().get("InterfaceType"));
+}
+
+TEST(Storage, ADiskOfAnOldKernelIsPlacedByItsDevice) {
+    const zavtest::ScratchDir tree;
+    const std::string place =
+        "devices/pci0000:00/0000:00:1d.7/usb1/1-1/1-1.4/1-1.4:1.0/host6/target6:0:0/6:0:0:0";
+    tree.write("sys/" + place + "/model", "Flash Disk\n");
+    tree.write("sys/devices/pci0000:00/0000:00:1d.7/usb1/1-1/1-1.4/serial", "4C53\n");
+    tree.write("sys/block/sdb/size", "2048\n");
+    tree.link("sys/block/sdb/device", "../../" + place);
+    const GroupData data = gatheredBelow(kStorage, tree.path());
+    const Instance& disk = instanceOf(data, "/dev/sdb");
+    EXPECT_EQ("USB", disk.get("InterfaceType"));
+    EXPECT_EQ("6:0:0:0", disk.get("BusAddress"));
+    EXPECT_EQ("4C53", disk.get("SerialNumber"));
+}
+
+TEST(Storage, IsFoundInTheClassOfBlockDevicesToo) {
+    const zavtest::ScratchDir tree;
+    const std::string disk = "sys/devices/pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0/block/sda";
+    tree.write(disk + "/size", "15628053168\n");
+    tree.write(disk + "/queue/logical_block_size", "4096\n");
+    tree.write(disk + "/sda1/partition", "1\n");
+    tree.link("sys/class/block/sda", "../../../" + disk);
+    tree.link("sys/class/block/sda1", "../../../" + disk + "/sda1");
+    const GroupData data = gatheredBelow(kStorage, tree.path());
+    ASSERT_EQ(std::vector<std::string>{"/dev/sda"}, keysOf(data));
+    EXPECT_EQ("8001563222016", data.instances().front().get("Size"));
+    EXPECT_EQ("1953506646", data.instances().front().get("NumberOfBlocks"));
+    EXPECT_EQ("SATA", data.instances().front().get("InterfaceType"));
+    EXPECT_EQ(std::vector<std::string>{"/dev/sda1"}, keysOf(gatheredBelow(kPartition, tree.path())));
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah
