@@ -1,6 +1,7 @@
 #include "toolkit/quorvah/sources/SmbiosMemory.h"
 
 #include <array>
+#include <set>
 
 namespace toolkit::quorvah {
 
@@ -20,6 +21,22 @@ std::uint64_t capacityOf(const SmbiosStructure& array) {
     constexpr std::uint64_t kSeeExtended = 0x80000000;
     const std::uint64_t capacity = array.number(0x07, 4);
     return capacity == kSeeExtended ? array.number(0x0F, 8) / 1024 : capacity;
+}
+
+// The handles of arrays for something else than main memory.
+std::set<unsigned> otherArrays(const Smbios& smbios) {
+    std::set<unsigned> handles;
+    for (const SmbiosStructure* const array : smbios.ofType(kMemoryArray)) {
+        if (array->byte(0x05) != kSystemMemory) handles.insert(array->handle);
+    }
+    return handles;
+}
+
+// Some firmware describes its own flash memory as a module.
+bool isRom(const SmbiosStructure& module) {
+    constexpr unsigned kRom = 0x08;
+    constexpr unsigned kEprom = 0x0C;
+    return module.byte(0x12) >= kRom && module.byte(0x12) <= kEprom;
 }
 
 }  // namespace
@@ -44,8 +61,11 @@ SmbiosMemory readSmbiosMemory(const Smbios& smbios) {
         const unsigned correction = array->byte(0x06);
         if (correction < kErrorCorrections.size()) memory.errorCorrection = kErrorCorrections[correction];
     }
-    for (const SmbiosStructure* const module : smbios.ofType(kMemoryModule))
-        memory.installed = sum(memory.installed, moduleSize(*module));
+    const std::set<unsigned> others = otherArrays(smbios);
+    for (const SmbiosStructure* const module : smbios.ofType(kMemoryModule)) {
+        if (!isRom(*module) && !others.contains(module->word(0x04)))
+            memory.installed = sum(memory.installed, moduleSize(*module));
+    }
     return memory;
 }
 

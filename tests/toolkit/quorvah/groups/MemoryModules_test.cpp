@@ -124,5 +124,35 @@ TEST(MemoryModules, ReportsACapturedServer) {
     EXPECT_EQ("34359738368", instanceOf(data, "A1").get("Capacity"));
 }
 
+TEST(MemoryModules, NamesEveryTypeAndReadsEverySize) {
+    const struct {
+        unsigned type;
+        const char* name;
+        unsigned size;
+        const char* bytes;
+    } cases[] = {{0x18, "DDR3", 4096, "4294967296"}, {0x1A, "DDR4", 0x8000 | 512, "524288"},
+                 {0x1E, "LPDDR4", 0xFFFF, ""},       {0x20, "HBM", 0x7FFF, "68719476736"},
+                 {0x21, "HBM2", 1, "1048576"},       {0x22, "DDR5", 0x7FFE, "34357641216"},
+                 {0x23, "LPDDR5", 0x8001, "1024"},   {0x24, "HBM3", 0x7FFF, "68719476736"},
+                 {0xFE, "", 0x7FFF, "68719476736"}};
+    for (const auto& [type, name, size, bytes] : cases) {
+        const ScratchDir tree;
+        writeSmbios(tree, {module(0x1100, "A").set(0x12, 1, type).set(0x0C, 2, size).set(0x1C, 4, 65536)});
+        const GroupData data = gatheredBelow(kMemoryModules, tree.path());
+        EXPECT_EQ(instanceOf(data, "A").get("MemoryType"), name);
+        EXPECT_EQ(instanceOf(data, "A").get("Capacity"), bytes) << name;
+    }
+}
+
+TEST(InstalledMemory, ExcludesFlashMemoryAndArraysForSomethingElse) {
+    const ScratchDir tree;
+    writeSmbios(tree, {TableStructure(16, 0x0F, 0x1000).set(0x05, 1, 3),
+                       TableStructure(16, 0x0F, 0x1001).set(0x05, 1, 5),
+                       module(0x1100, "A").set(0x04, 2, 0x1000).set(0x0C, 2, 1024),
+                       module(0x1101, "B").set(0x04, 2, 0x1001).set(0x0C, 2, 64),
+                       module(0x1102, "ROM").set(0x04, 2, 0x1000).set(0x0C, 2, 4).set(0x12, 1, 0x09)});
+    EXPECT_EQ(gatheredBelow(kMemory, tree.path()).instances().front().get("InstalledMemory"), "1048576");
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah
