@@ -43,7 +43,7 @@ inline constexpr Field kProcessorFields[] = {
     {.name = "Architecture",
      .meaning =
          "`x86_64`, `aarch64` and so on, of the kernel; in a tree by its release, its programs or `cpuinfo`",
-     .source = "uname; ELF header of `/bin/sh`; `/proc/cpuinfo`"},
+     .source = "uname; ELF header of `/bin/sh`; `/etc/apk/arch`; `/proc/cpuinfo`"},
     {.name = "PhysicalPackageId",
      .type = Type::Count,
      .meaning = "number of the package; numbered anew if several books of the machine have the same number",

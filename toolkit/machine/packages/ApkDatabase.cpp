@@ -80,13 +80,14 @@ ApkPackage keptTexts(ApkPackage package, PackageTexts& texts) {
     return package;
 }
 
-InstalledPackage packageOf(const ApkPackage& apk, std::string_view database) {
+// Databases of old releases do not state the architecture of a package, which is then that of the system.
+InstalledPackage packageOf(const ApkPackage& apk, std::string_view database, std::string_view architecture) {
     InstalledPackage package;
     package.type = PackageType::Apk;
     package.name = apk.name;
     package.version = apk.version;
     splitVersion(package);
-    package.architecture = apk.architecture;
+    package.architecture = apk.architecture.empty() ? architecture : apk.architecture;
     package.source = apk.origin;
     package.maintainer = apk.maintainer;
     package.description = apk.description;
@@ -100,11 +101,12 @@ void visitFile(const Root& root, const std::string& path, PackageTexts& texts, c
     ParagraphReader file(root, path, texts.budget());
     if (file.state() == InputFile::State::Unreadable) result.note(Damage::Unreadable, path);
     const std::string_view kept = texts.keep(path);
+    const std::string_view architecture = texts.keep(root.readLine("/etc/apk/arch"));
     for (std::string_view text = file.next(); !text.empty(); text = file.next()) {
         ApkParser packages(text);
         ApkPackage apk;
         while (packages.next(apk) && texts.budget().item()) {
-            const InstalledPackage package = packageOf(keptTexts(apk, texts), kept);
+            const InstalledPackage package = packageOf(keptTexts(apk, texts), kept, architecture);
             if (!texts.budget().isSpent()) visit(package);
         }
     }

@@ -2,8 +2,10 @@
 
 #include <sys/utsname.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
+#include <iterator>
 #include <utility>
 
 #include "toolkit/machine/files/InputFile.h"
@@ -84,6 +86,18 @@ std::string_view machineOfPrograms(const Root& root) {
     return {};
 }
 
+// What Alpine Linux calls the architecture.
+std::string_view machineOfApk(std::string_view name) {
+    constexpr std::pair<std::string_view, std::string_view> kNames[] = {
+        {"x86", "i686"}, {"armhf", "armv6l"}, {"armv7", "armv7l"}};
+    for (const auto& [apk, machine] : kNames) {
+        if (name == apk) return machine;
+    }
+    constexpr std::string_view kSame[] = {"x86_64",  "aarch64",     "ppc64le", "s390x",
+                                          "riscv64", "loongarch64", "mips64"};
+    return std::ranges::find(kSame, name) == std::end(kSame) ? std::string_view() : name;
+}
+
 // Only a 32-bit kernel tells high memory apart.
 bool hasHighMemory(const Root& root) {
     return !valueForKey(root.read("/proc/meminfo").value_or(""), "LowTotal").empty();
@@ -93,6 +107,7 @@ std::string machineOfTree(const Root& root, const std::string& release) {
     std::string told = root.readLine("/proc/sys/kernel/arch");
     if (told.empty()) told = machineOfRelease(release);
     if (told.empty()) told = machineOfPrograms(root);
+    if (told.empty()) told = machineOfApk(root.readLine("/etc/apk/arch"));
     if (!told.empty()) return told;
     std::string machine = CpuInfo(root.read("/proc/cpuinfo").value_or("")).architecture();
     return machine == "x86_64" && hasHighMemory(root) ? "i686" : machine;

@@ -365,5 +365,15 @@ TEST(DpkgPackagesLive, TheSameFilesAsATreeGiveTheSamePackages) {
     EXPECT_EQ(ourRows(live), ourRows(tree));
 }
 
+TEST(ApkPackages, WithoutAnArchitectureHaveThatOfTheSystem) {
+    const ScratchDir tree;
+    tree.write("etc/apk/arch", "aarch64\n");
+    tree.write("lib/apk/db/installed", "P:musl\nV:1.1.5-r4\n\nP:tzdata\nV:2014j-r0\nA:noarch\n\n");
+    const GroupData data = gatheredBelow(kSoftwarePackages, tree.path());
+    ASSERT_EQ(data.instances().size(), 2U);
+    EXPECT_EQ(data.instances()[0].get("Architecture"), "aarch64");
+    EXPECT_EQ(data.instances()[1].get("Architecture"), "noarch");
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah

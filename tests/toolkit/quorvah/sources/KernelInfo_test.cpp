@@ -62,6 +62,12 @@ TEST(KernelInfo, TheMachineOfATreeIsToldByItsKernelThenItsProgramsThenItsCpus) {
     EXPECT_EQ(machineOf(tree), "x86_64");
     tree.write("proc/meminfo", "MemTotal: 900000 kB\nLowTotal: 800000 kB\n");
     EXPECT_EQ(machineOf(tree), "i686");
+    tree.write("etc/apk/arch", "armhf\n");
+    EXPECT_EQ(machineOf(tree), "armv6l");
+    tree.write("etc/apk/arch", "riscv64\n");
+    EXPECT_EQ(machineOf(tree), "riscv64");
+    tree.write("etc/apk/arch", "somewhat\n");
+    EXPECT_EQ(machineOf(tree), "i686");
     tree.write("bin/sh", "#!/bin/busybox sh, and more text");
     tree.write("sbin/init", elf(2, 1, 183));
     EXPECT_EQ(machineOf(tree), "aarch64");
