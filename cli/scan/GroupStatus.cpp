@@ -23,7 +23,7 @@ constexpr std::array<List, 5> kLists{{{"GroupsUnread", GroupState::Unread},
                                       {"GroupsNotApplicable", GroupState::NotApplicable},
                                       {"GroupsComplete", GroupState::Complete}}};
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 23> kReasons{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 24> kReasons{{
     {"permission", "permission denied"},
     {"timeout", "it took too long"},
     {"memory", "memory ran out"},
@@ -32,6 +32,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 23> kReasons
     {"too-large", "there is more data than the scanner reads"},
     {"not-local", "part of it is on a file system of another machine or of a program, which may not answer"},
     {"netlink", "the kernel did not answer"},
+    {"other-namespace", "some network interfaces are those of another namespace"},
     {"no-source", "this machine does not provide the data"},
     {"not-in-tree", "the scanned directory does not contain the data"},
     {"no-database", "there is no package database of a known format"},

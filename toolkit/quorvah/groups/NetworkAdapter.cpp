@@ -15,6 +15,7 @@
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/IpAddresses.h"
 #include "toolkit/quorvah/sources/LinkTechnology.h"
+#include "toolkit/quorvah/sources/NetworkNamespace.h"
 
 namespace toolkit::quorvah {
 namespace {
@@ -155,9 +156,14 @@ void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
     AdapterNames names(context);
     const std::optional<Ethtool> ethtool = root.live() ? std::make_optional<Ethtool>() : std::nullopt;
+    const NetworkNamespace own;
     for (const std::string& name : root.list(kInterfaces)) {
         const std::string path = kInterfaces + name + "/";
         if (!root.isDirectory(path)) continue;  // a file such as bonding_masters
+        if (root.live() && !own.has(root, name)) {
+            data.partial("other-namespace");
+            continue;
+        }
         Instance& adapter = data.add(name);
         const std::string address = macAddress(root, name);
         setBus(root, path, names, adapter);

@@ -9,6 +9,8 @@
 
 #include <cstring>
 
+#include "toolkit/quorvah/sources/NetworkNamespace.h"
+
 namespace toolkit::quorvah {
 namespace {
 
@@ -246,6 +248,7 @@ std::vector<Ipv6Address> findIpv6Addresses(const Root& root, GroupData& data) {
 
 std::string macAddress(const Root& root, const std::string& interface) {
     if (interface.empty()) return {};
+    if (root.live() && !NetworkNamespace().has(root, interface)) return {};
     std::string address = root.readLine("/sys/class/net/" + interface + "/address");
     // Six bytes. The shorter address of a tunnel is its IPv4 address.
     static constexpr std::size_t kMinLength = 17;
