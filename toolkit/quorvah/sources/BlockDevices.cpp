@@ -20,6 +20,14 @@ bool isHidden(const BlockDevice& device) {
     return path || device.flag("hidden").value_or(false);
 }
 
+// Whether an entry of the class is a partition. A captured tree may lack the file that tells.
+bool isPartition(const Root& root, const std::string& name) {
+    if (root.exists(kClass + name + "/partition")) return true;
+    const bool lettered =
+        name.starts_with("sd") || name.starts_with("hd") || name.starts_with("vd") || name.starts_with("xvd");
+    return lettered && name.back() >= '0' && name.back() <= '9';
+}
+
 // In old kernels the device is no link itself, but has one.
 std::string placeOf(const Root& root, const std::string& directory) {
     std::string place = root.readLink(directory);
@@ -61,8 +69,7 @@ std::vector<BlockDevice> blockDevices(const Root& root) {
     if (names.empty()) {
         directory = kClass;
         names = root.list(kClass);
-        std::erase_if(names,
-                      [&root](const std::string& name) { return root.exists(kClass + name + "/partition"); });
+        std::erase_if(names, [&root](const std::string& name) { return isPartition(root, name); });
     }
     std::vector<BlockDevice> devices;
     for (const std::string& name : names) {

@@ -412,6 +412,7 @@ TEST(Storage, IsFoundInTheClassOfBlockDevicesToo) {
     tree.write(disk + "/sda1/partition", "1\n");
     tree.link("sys/class/block/sda", "../../../" + disk);
     tree.link("sys/class/block/sda1", "../../../" + disk + "/sda1");
+    tree.write("sys/class/block/sdb1/size", "2048\n");
     const GroupData data = gatheredBelow(kStorage, tree.path());
     ASSERT_EQ(std::vector<std::string>{"/dev/sda"}, keysOf(data));
     EXPECT_EQ("8001563222016", data.instances().front().get("Size"));
