@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "kest/Ascii.h"
 #include "toolkit/machine/text/Lines.h"
@@ -10,7 +11,7 @@ namespace toolkit::quorvah {
 
 namespace {
 
-constexpr std::array<std::string_view, 82> kPlaceholders = {
+constexpr std::array<std::string_view, 91> kPlaceholders = {
     "none",
     "n/a",
     "na",
@@ -93,10 +94,27 @@ constexpr std::array<std::string_view, 82> kPlaceholders = {
     "123456789",
     "0123456789",
     "1234567890",
+    "9876543210",
+    "0123456789abcdef",
+    "01234567890123456789ab",
+    "mb-1234567890",
+    "atn12345678901234567",
+    "bsn12345678901234567",
+    "csn12345678901234567",
+    "ssn12345678901234567",
+    "to be filled by o.d.m.",
 };
 
-// The UUID of boards that were never given one.
-constexpr std::string_view kSharedUuid = "03000200-0400-0500-0006-000700080009";
+// The UUIDs of boards that were never given one: one in both orders of bytes, and one made of digits in a row.
+constexpr std::string_view kSharedUuids[] = {"03000200-0400-0500-0006-000700080009",
+                                             "00020003-0004-0005-0006-000700080009",
+                                             "12345678-1234-5678-90ab-cddeefaabbcc"};
+
+// Texts of memory modules that end with the number of the module, and may start with that of the array: "SerNum3",
+// "A1_PartNum0", "Array1_PartNumber0".
+constexpr std::string_view kNumbered[] = {"manufacturer", "sernum",      "serialnum",
+                                          "serialnumber", "partnum",     "partnumber",
+                                          "assettag",     "assettagnum", "modulepartnumber"};
 
 // Whether the text repeats one of the `fillers`, apart from dashes: "00000000", "........", "FFFFFFFF-FFFF-...". A
 // single character may be a real value.
@@ -106,14 +124,30 @@ bool isFill(std::string_view text, std::string_view fillers) {
         text, [&](char c) { return c == '-' || kest::asciiLower(c) == kest::asciiLower(text.front()); });
 }
 
+bool isOneOf(std::string_view text, std::span<const std::string_view> texts) {
+    return std::ranges::any_of(
+        texts, [text](std::string_view entry) { return kest::equalsIgnoringCase(text, entry); });
+}
+
+bool isNumbered(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789";
+    constexpr std::string_view kArrays[] = {"a", "array", "dimm"};
+    const auto withoutNumber = [kDigits](std::string_view name) {
+        return name.substr(0, name.find_last_not_of(kDigits) + 1);
+    };
+    const std::string_view name = withoutNumber(text);
+    if (name.size() == text.size()) return false;
+    const std::size_t end = name.find('_');
+    if (end == std::string_view::npos) return isOneOf(name, kNumbered);
+    return isOneOf(withoutNumber(name.substr(0, end)), kArrays) && isOneOf(name.substr(end + 1), kNumbered);
+}
+
 }  // namespace
 
 bool isPlaceholder(std::string_view text) {
     text = trimmed(text);
-    if (text.empty() || isFill(text, "0fFxX.-*_?") || kest::equalsIgnoringCase(text, kSharedUuid))
-        return true;
-    return std::ranges::any_of(
-        kPlaceholders, [text](std::string_view entry) { return kest::equalsIgnoringCase(text, entry); });
+    return text.empty() || isFill(text, "0fFxX.-*_?") || isOneOf(text, kSharedUuids) ||
+           isOneOf(text, kPlaceholders) || isNumbered(text);
 }
 
 }  // namespace toolkit::quorvah

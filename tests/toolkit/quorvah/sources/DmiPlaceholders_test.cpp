@@ -33,16 +33,40 @@ TEST(DmiPlaceholders, IncludeTextsThatMakersLeave) {
                                    "TBD by OEM",
                                    "NO DATA",
                                    "Part Number",
-                                   "<OUT OF SPEC>"}) {
+                                   "<OUT OF SPEC>",
+                                   "00020003-0004-0005-0006-000700080009",
+                                   "9876543210",
+                                   "BSN12345678901234567",
+                                   "Manufacturer00",
+                                   "SerNum3",
+                                   "A1_PartNum0",
+                                   "Array1_PartNumber1",
+                                   "ModulePartNumber00"}) {
         EXPECT_TRUE(isPlaceholder(text)) << text;
     }
 }
 
 TEST(DmiPlaceholders, ExcludeSimilarValues) {
-    for (const char* const text :
-         {"0", "1234567", "12345678901", "None of these", "Default string 2", "ES-2630", "00000001", "FF00",
-          "4c4c4544-0036-4a10-8052-b4c04f4b4d32", "Nonesuch", "Version 2", "Part Number 7",
-          "03000200-0400-0500-0006-00070008000a", "11111111"}) {
+    for (const char* const text : {"0",
+                                   "1234567",
+                                   "12345678901",
+                                   "None of these",
+                                   "Default string 2",
+                                   "ES-2630",
+                                   "00000001",
+                                   "FF00",
+                                   "4c4c4544-0036-4a10-8052-b4c04f4b4d32",
+                                   "Nonesuch",
+                                   "Version 2",
+                                   "Part Number 7",
+                                   "03000200-0400-0500-0006-00070008000a",
+                                   "11111111",
+                                   "SN_PartNum0",
+                                   "B1_SerNum0",
+                                   "SerNum3A",
+                                   "A1",
+                                   "DIMM_A1",
+                                   "Manufacturer Inc"}) {
         EXPECT_FALSE(isPlaceholder(text)) << text;
     }
 }
