@@ -335,6 +335,10 @@ INSTANTIATE_TEST_SUITE_P(
             "processor\t: 0\nhart\t\t: 1\nisa\t\t: rv64imafdc\nmmu\t\t: sv39\nuarch\t\t: sifive,u74-mc\n"
             "mvendorid\t: 0x489\nmarchid\t\t: 0x8000000000000007\nmimpid\t\t: 0x4210427",
             "sifive,u74-mc|SiFive||8000000000000007|4210427||64|riscv64|"},
+        Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdc_zicsr\nmmu\t\t: sv39",
+                  "||||||64|riscv64|"},
+        Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv32imac\nuarch\t\t: sifive,e31",
+                  "sifive,e31||||||32|riscv32|"},
         Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x4e\nmarchid\t\t: 0x0",
                   "|Samsung||0|||64|riscv64|"},
         Described{"processor\t: 0\nhart\t\t: 0\nisa\t\t: rv64imafdcv\nmvendorid\t: 0x5b7\nmarchid\t\t: 0x0",

@@ -67,5 +67,30 @@ TEST(Edid, AMakerThatIsNotOfLettersIsUnknown) {
     EXPECT_EQ("", readEdid(withChecksum(block))->maker);
 }
 
+TEST(Edid, ExtensionsMayBeMissingOrOfAnyContent) {
+    std::string block = edidBlock();
+    block[126] = 2;
+    block = withChecksum(block);
+    std::string displayId(128, '\xff');
+    displayId[0] = '\x70';
+    for (const std::string& extensions : {std::string(), displayId, displayId.substr(0, 60)}) {
+        const std::optional<Edid> edid = readEdid(block + extensions);
+        ASSERT_TRUE(edid) << extensions.size();
+        EXPECT_EQ("DELL U2412M", edid->name);
+        EXPECT_EQ(1920U, edid->horizontalPixels);
+    }
+}
+
+TEST(Edid, ADisplayMayHaveNoNameAndASerialNumberAsTextOnly) {
+    std::string block = edidBlock();
+    block.replace(12, 4, 4, '\0');
+    block.replace(90, 18, 18, '\0');
+    const std::optional<Edid> edid = readEdid(withChecksum(block));
+    ASSERT_TRUE(edid);
+    EXPECT_EQ("", edid->name);
+    EXPECT_EQ("YMYH12AB", edid->serialNumber);
+    EXPECT_EQ("DEL", edid->maker);
+}
+
 }  // namespace
 }  // namespace toolkit::quorvah
