@@ -17,7 +17,8 @@ inline constexpr Field kComponentIDFields[] = {
      .source = "`/sys/class/dmi/id/sys_vendor`; SMBIOS 1; `/proc/device-tree`; `/proc/sysinfo`"},
     {.name = "ProductName",
      .meaning = "model",
-     .source = "`/sys/class/dmi/id/product_name`; SMBIOS 1; `/proc/device-tree/model`; `/proc/sysinfo`"},
+     .source = "`/sys/class/dmi/id/product_name`; SMBIOS 1; `/proc/device-tree/model`; `/proc/cpuinfo`; "
+               "`/proc/sysinfo`"},
     {.name = "Version",
      .meaning = "version of the model",
      .source = "`/sys/class/dmi/id/product_version`; SMBIOS 1"},
@@ -25,8 +26,8 @@ inline constexpr Field kComponentIDFields[] = {
      .privacy = Privacy::Serial,
      .access = Access::RootOnly,
      .meaning = "serial number of the computer",
-     .source =
-         "`/sys/class/dmi/id/product_serial`; SMBIOS 1; `/proc/device-tree/serial-number`; `/proc/sysinfo`"},
+     .source = "`/sys/class/dmi/id/product_serial`; SMBIOS 1; `/proc/device-tree/serial-number`; "
+               "`/proc/cpuinfo`; `/proc/sysinfo`"},
     {.name = "SKUNumber",
      .meaning = "order number of the model",
      .source = "`/sys/class/dmi/id/product_sku`; SMBIOS 1"},

@@ -1,11 +1,16 @@
 #include <cstddef>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "kest/Ascii.h"
 #include "schema/groups/ComponentID.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
 #include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/KernelInfo.h"
@@ -31,32 +36,84 @@ void setFirmware(const GatheringContext& context, Instance& system) {
     for (const FirmwareField& field : kFirmwareFields) system.set(field.field, dmiText(context, field.file));
 }
 
-// From the tables, for kernels that do not export their texts.
+void setIfEmpty(Instance& system, const char* field, std::string_view value) {
+    if (system.get(field).empty()) system.set(field, value);
+}
+
+// From the tables, for kernels that do not export their texts or not all of them.
 void setTables(const GatheringContext& context, Instance& system) {
     constexpr unsigned kSystem = 1;
-    const bool exported = !system.get("ProductName").empty() || !system.get("Manufacturer").empty();
-    if (exported) return;
     const Smbios smbios(context.root());
     const std::vector<const SmbiosStructure*> systems = smbios.ofType(kSystem);
     if (systems.empty()) return;
-    system.set("UUID", context.firmwareText(smbiosUuid(*systems.front(), smbios.version())));
+    setIfEmpty(system, "UUID", context.firmwareText(smbiosUuid(*systems.front(), smbios.version())));
     for (const FirmwareField& field : kFirmwareFields)
-        system.set(field.field, smbiosText(context, *systems.front(), field.offset));
+        setIfEmpty(system, field.field, smbiosText(context, *systems.front(), field.offset));
 }
 
-// Texts in a device tree are terminated by a zero byte.
-std::string deviceTreeText(const GatheringContext& context, const std::string& file) {
-    const std::string text = context.root().read("/proc/device-tree/" + file).value_or("");
-    return context.firmwareText(text.substr(0, text.find('\0')));
+// The names of makers by their prefixes in device trees.
+std::string_view boardMaker(std::string_view compatible) {
+    constexpr std::pair<std::string_view, std::string_view> kMakers[] = {
+        {"apple", "Apple"},
+        {"asus", "ASUS"},
+        {"beagle", "BeagleBoard.org"},
+        {"friendlyarm", "FriendlyElec"},
+        {"google", "Google"},
+        {"hardkernel", "Hardkernel"},
+        {"ibm", "IBM"},
+        {"khadas", "Khadas"},
+        {"lenovo", "Lenovo"},
+        {"loongson", "Loongson"},
+        {"nvidia", "NVIDIA"},
+        {"pine64", "Pine64"},
+        {"radxa", "Radxa"},
+        {"raspberrypi", "Raspberry Pi"},
+        {"samsung", "Samsung"},
+        {"sifive", "SiFive"},
+        {"sipeed", "Sipeed"},
+        {"starfive", "StarFive"},
+        {"toradex", "Toradex"},
+        {"xunlong", "Xunlong"},
+    };
+    if (compatible.find(',') == std::string_view::npos) return {};
+    const std::string_view prefix = takeField(compatible, ',');
+    for (const auto& [known, name] : kMakers) {
+        if (kest::equalsIgnoringCase(prefix, known)) return name;
+    }
+    return {};
 }
 
 void setDeviceTree(const GatheringContext& context, Instance& system) {
-    if (system.get("ProductName").empty()) system.set("ProductName", deviceTreeText(context, "model"));
-    if (system.get("SerialNumber").empty())
-        system.set("SerialNumber", deviceTreeText(context, "serial-number"));
+    const auto text = [&context](const char* property) {
+        return context.firmwareText(deviceTreeText(context.root(), property));
+    };
+    const std::string model = text("model");
+    // On POWER, the model has the prefix, too: "IBM,9009-42A".
+    setIfEmpty(system, "Manufacturer", boardMaker(model));
+    setIfEmpty(system, "Manufacturer", boardMaker(text("compatible")));
+    setIfEmpty(system, "UUID", text("vm,uuid"));
+    setIfEmpty(system, "ProductName", model);
+    setIfEmpty(system, "SerialNumber", text("serial-number"));
     // POWER: "IBM,0278ABCDE". On virtual machines it repeats the UUID.
-    const std::string id = deviceTreeText(context, "system-id");
-    if (system.get("SerialNumber").empty() && id.starts_with("IBM,")) system.set("SerialNumber", id);
+    const std::string id = text("system-id");
+    if (id.starts_with("IBM,")) setIfEmpty(system, "SerialNumber", id);
+}
+
+// Boards with ARM processors and machines with PowerPC processors are described behind the processors.
+void setCpuInfo(const GatheringContext& context, Instance& system) {
+    if (!system.get("ProductName").empty() && !system.get("SerialNumber").empty()) return;
+    const CpuInfo info(context.root().read("/proc/cpuinfo").value_or(""));
+    const auto text = [&](std::string_view key) {
+        return context.firmwareText(std::string(info.value(key)));
+    };
+    if (!info.value("platform").empty()) {
+        const std::string model = text("model");
+        setIfEmpty(system, "Manufacturer", boardMaker(model));
+        setIfEmpty(system, "ProductName", model);
+    } else if (!info.value("CPU architecture").empty()) {
+        setIfEmpty(system, "ProductName", text("Model"));
+        setIfEmpty(system, "SerialNumber", text("Serial"));
+    }
 }
 
 // /proc/sysinfo exists on s390x only.
@@ -72,7 +129,8 @@ void setSysinfo(const GatheringContext& context, Instance& system) {
 
 constexpr const char* kSources[] = {"/sys/class/dmi/id", "/sys/devices/virtual/dmi/id",
                                     "/sys/firmware",     "/proc/device-tree",
-                                    "/proc/sysinfo",     "/etc/machine-id"};
+                                    "/proc/sysinfo",     "/proc/cpuinfo",
+                                    "/etc/machine-id"};
 
 void gather(GatheringContext& context, GroupData& data) {
     const Root& root = context.root();
@@ -80,6 +138,7 @@ void gather(GatheringContext& context, GroupData& data) {
         setFirmware(context, system);
         setTables(context, system);
         setDeviceTree(context, system);
+        setCpuInfo(context, system);
         setSysinfo(context, system);
         system.set("Name", hostName(root));
         const std::string machine = root.readLine("/etc/machine-id");

@@ -6,6 +6,7 @@
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
 #include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/PowerSupply.h"
@@ -121,7 +122,7 @@ void setFromTable(const GatheringContext& context, const Smbios& smbios, Instanc
 
 std::string_view firmwareType(const Root& root) {
     if (root.exists("/sys/firmware/efi")) return "UEFI";
-    if (root.exists("/proc/device-tree/openprom") || root.exists("/proc/openprom")) return "OpenFirmware";
+    if (root.exists(deviceTree(root) + "openprom") || root.exists("/proc/openprom")) return "OpenFirmware";
     // Only the firmware of a PC has such tables.
     return root.exists("/sys/firmware/dmi/tables") ? "BIOS" : "";
 }

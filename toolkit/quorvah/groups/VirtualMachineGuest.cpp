@@ -4,6 +4,7 @@
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/Container.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
 #include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/Hypervisor.h"
@@ -19,10 +20,7 @@ std::string machineIdentifier(const GatheringContext& context) {
     std::string uuid = dmiUuid(context);
     if (uuid.empty()) uuid = context.firmwareText(root.readLine("/sys/hypervisor/uuid"));
     if (uuid.empty()) uuid = valueForKey(root.read("/proc/sysinfo").value_or(""), "VM00 UUID");
-    if (uuid.empty()) {
-        const std::string text = root.read("/proc/device-tree/vm,uuid").value_or("");
-        uuid = text.substr(0, text.find('\0'));
-    }
+    if (uuid.empty()) uuid = deviceTreeText(root, "vm,uuid");
     return uuid;
 }
 

@@ -7,6 +7,7 @@
 #include "toolkit/machine/text/Checked.h"
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/CpuList.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
 
 namespace toolkit::quorvah {
 
@@ -139,7 +140,7 @@ class CommonSize {
 }  // namespace
 
 std::vector<Cache> deviceTreeCaches(const Root& root) {
-    const std::string tree = "/proc/device-tree/";
+    const std::string tree = deviceTree(root);
     CommonSize data;
     CommonSize instructions;
     CommonSize unified[2];

@@ -137,6 +137,7 @@ std::string CpuInfo::architecture() const {
     if (value("cpu") == "Alpha") return "alpha";
     if (value("revision").find("(pvr") != std::string_view::npos) return powerArchitecture(value("cpu"));
     const std::string_view isa = value("isa");
+    if (hasWord(isa, "loongarch64")) return "loongarch64";
     if (isa.starts_with("rv64")) return "riscv64";
     return isa.starts_with("rv32") ? "riscv32" : "";
 }

@@ -127,8 +127,9 @@ std::string_view firstValue(const CpuInfo& info, int cpu, std::initializer_list<
 
 CpuModel loongArchModel(const CpuInfo& info, int cpu) {
     CpuModel model;
-    model.name = info.value(cpu, "Model Name");
-    model.family = info.value(cpu, "CPU Family");
+    // Kernels of makers have the keys in lower case.
+    model.name = firstValue(info, cpu, {"Model Name", "model name"});
+    model.family = firstValue(info, cpu, {"CPU Family", "cpu family"});
     constexpr std::string_view kMaker = "Loongson";
     if (model.family.starts_with(kMaker)) model.manufacturer = kMaker;
     // "3A5000" of "Loongson-3A5000"
@@ -171,7 +172,7 @@ CpuModel readCpuModel(const CpuInfo& info, int cpu) {
     if (value("revision").find("(pvr") != std::string_view::npos) return powerModel(info, cpu);
     if (value("arch") == "IA-64") return itaniumModel(info, cpu);
     if (value("type").starts_with("sun4")) return sparcModel(info, cpu);
-    if (!value("ISA").empty()) return loongArchModel(info, cpu);
+    if (!value("ISA").empty() || value("isa").starts_with("loongarch")) return loongArchModel(info, cpu);
     if (!value("cpu model").empty()) return cpuModelModel(info, cpu);
     return x86Model(info, cpu);
 }

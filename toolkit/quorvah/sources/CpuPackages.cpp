@@ -6,6 +6,8 @@
 #include <string>
 #include <unordered_map>
 
+#include "toolkit/quorvah/sources/DeviceTree.h"
+
 namespace toolkit::quorvah {
 
 namespace {
@@ -137,8 +139,8 @@ class Placement {
 
     // A device tree lists the sockets if there are several.
     bool isOnlyPackage() const {
-        constexpr const char* kMap = "/proc/device-tree/cpus/cpu-map";
-        return packages_.size() == 1 && root_.exists(kMap) && !root_.exists(std::string(kMap) + "/socket1");
+        const std::string map = deviceTree(root_) + "cpus/cpu-map";
+        return packages_.size() == 1 && root_.exists(map) && !root_.exists(map + "/socket1");
     }
 
     void shareEqually(std::uint64_t all) {

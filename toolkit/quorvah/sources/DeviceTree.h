@@ -7,6 +7,12 @@
 
 namespace toolkit::quorvah {
 
+// The directory of the device tree, with a "/" at its end. A captured tree may have only one of its two places.
+std::string deviceTree(const Root& root);
+
+// The bytes of a property; empty if there is none.
+std::string deviceTreeBytes(const Root& root, const std::string& property);
+
 // The first text of a property of the device tree's root node; empty if there is none. Texts end with a zero byte.
 std::string deviceTreeText(const Root& root, const std::string& property);
 

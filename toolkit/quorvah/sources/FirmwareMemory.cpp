@@ -49,7 +49,7 @@ Count memoryOfNodes(const Root& root) {
     if (addressCells > 2 || sizeCells < 1 || sizeCells > 2) return std::nullopt;
     const std::size_t addressWidth = std::size_t{addressCells} * 4U;
     const std::size_t sizeWidth = std::size_t{sizeCells} * 4U;
-    const std::string tree = "/proc/device-tree/";
+    const std::string tree = deviceTree(root);
     Count bytes = 0;
     for (const std::string& name : root.list(tree)) {
         if (name != "memory" && !name.starts_with("memory@")) continue;

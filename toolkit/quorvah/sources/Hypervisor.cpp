@@ -10,6 +10,7 @@
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/Container.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
+#include "toolkit/quorvah/sources/DeviceTree.h"
 #include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/KernelInfo.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
@@ -173,11 +174,11 @@ Hypervisor fromSysinfo(const Root& root) {
 }
 
 bool hasText(const Root& root, const char* file, std::string_view text) {
-    return root.read(std::string("/proc/device-tree/") + file).value_or("").find(text) != std::string::npos;
+    return deviceTreeBytes(root, file).find(text) != std::string::npos;
 }
 
 Hypervisor fromDeviceTree(const Root& root) {
-    const std::string compatible = root.read("/proc/device-tree/hypervisor/compatible").value_or("");
+    const std::string compatible = deviceTreeBytes(root, "hypervisor/compatible");
     if (compatible.starts_with("linux,kvm")) return {true, "kvm", "KVM", {}, false};
     if (compatible.starts_with("xen")) return {true, "xen", "Xen", {}, false};
     if (compatible.starts_with("vmware")) return {true, "vmware", "VMware", {}, false};
@@ -185,11 +186,11 @@ Hypervisor fromDeviceTree(const Root& root) {
     const bool qemu = hasText(root, "model", "qemu") || hasText(root, "compatible", "qemu") ||
                       hasText(root, "fw-cfg@9020000/compatible", "qemu") ||
                       root.exists("/sys/firmware/qemu_fw_cfg");
-    if (qemu && root.exists("/proc/device-tree/compatible")) return ofQemu(false);
+    if (qemu && root.exists(deviceTree(root) + "compatible")) return ofQemu(false);
     for (const char* const board : {"linux,dummy-virt", "linux,dummy-loongson3", "riscv-virtio"}) {
         if (hasText(root, "compatible", board)) return {true, {}, {}, {}, false};
     }
-    if (root.exists("/proc/device-tree/ibm,partition-no")) return {true, "lpar", "IBM", {}, true};
+    if (root.exists(deviceTree(root) + "ibm,partition-no")) return {true, "lpar", "IBM", {}, true};
     return {};
 }
 

@@ -105,6 +105,47 @@ TEST(ComponentID, ReadsTheSerialNumberOfAPowerMachine) {
     EXPECT_EQ("", data.instances().front().get("SerialNumber"));
 }
 
+TEST(ComponentID, CompletesTheKernelsTextsFromTheTables) {
+    const ScratchDir tree;
+    tree.write("sys/firmware/dmi/tables/DMI", systemTable());
+    tree.write("sys/class/dmi/id/product_name", "Exported\n");
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    EXPECT_EQ("Exported", data.instances().front().get("ProductName"));
+    EXPECT_EQ("SKU-1", data.instances().front().get("SKUNumber"));
+}
+
+TEST(ComponentID, ReadsTheDeviceTreeAtItsOtherPlace) {
+    const ScratchDir tree;
+    const std::string base = "sys/firmware/devicetree/base/";
+    tree.write(base + "model", std::string("Raspberry Pi 4 Model B Rev 1.4\0", 31));
+    tree.write(base + "compatible", std::string("raspberrypi,4-model-b\0brcm,bcm2711\0", 36));
+    tree.write(base + "vm,uuid", std::string("8c0f4ee6-8b0a-4a3c-9d2b-7a2b5d1a0c11\0", 37));
+    const GroupData data = gatheredBelow(kComponentID, tree.path());
+    ASSERT_EQ(data.instances().size(), 1U);
+    expectAll(kComponentID, data.instances().front(),
+              {{"UUID", "8c0f4ee6-8b0a-4a3c-9d2b-7a2b5d1a0c11"},
+               {"Manufacturer", "Raspberry Pi"},
+               {"ProductName", "Raspberry Pi 4 Model B Rev 1.4"}});
+}
+
+TEST(ComponentID, ReadsWhatCpuinfoTellsOfTheMachine) {
+    const ScratchDir board;
+    board.write("proc/cpuinfo",
+                "processor\t: 0\nCPU architecture: 7\n\nHardware\t: BCM2835\nRevision\t: a22082\n"
+                "Serial\t\t: 00000000c7d3c5a1\nModel\t\t: Raspberry Pi 3 Model B Rev 1.2\n");
+    expectAll(kComponentID, gatheredBelow(kComponentID, board.path()).instances().front(),
+              {{"ProductName", "Raspberry Pi 3 Model B Rev 1.2"}, {"SerialNumber", "00000000c7d3c5a1"}});
+    const ScratchDir power;
+    power.write("proc/cpuinfo",
+                "processor\t: 0\ncpu\t\t: POWER9 (architected)\nrevision\t: 2.2 (pvr 004e 1202)\n\n"
+                "timebase\t: 512000000\nplatform\t: pSeries\nmodel\t\t: IBM,9009-42A\n");
+    expectAll(kComponentID, gatheredBelow(kComponentID, power.path()).instances().front(),
+              {{"Manufacturer", "IBM"}, {"ProductName", "IBM,9009-42A"}});
+    const ScratchDir x86;
+    x86.write("proc/cpuinfo", "processor\t: 0\nvendor_id\t: GenuineIntel\nmodel\t\t: 85\n");
+    EXPECT_TRUE(gatheredBelow(kComponentID, x86.path()).instances().empty());
+}
+
 TEST(ComponentID, ReadsTheSysinfoOfAnS390x) {
     expectOnly(kComponentID, "s390x",
                {{"Manufacturer", "IBM"},

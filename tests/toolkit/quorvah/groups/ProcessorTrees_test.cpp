@@ -354,6 +354,10 @@ INSTANTIATE_TEST_SUITE_P(
             "CPU MHz\t\t\t: 2500.00\nISA\t\t\t: loongarch32 loongarch64",
             "Loongson-3A5000|Loongson|Loongson-64bit|3A5000|10||64|loongarch64|"},
         Described{
+            "processor\t\t: 0\npackage\t\t\t: 0\ncore\t\t\t: 0\ncpu family\t\t: Loongson-64bit\n"
+            "model name\t\t: Loongson-3A4000\nCPU Revision\t\t: 0x00\nisa\t\t\t: loongarch32 loongarch64",
+            "Loongson-3A4000|Loongson|Loongson-64bit|3A4000|00||64|loongarch64|"},
+        Described{
             "processor  : 0\nvendor     : GenuineIntel\narch       : IA-64\nfamily     : 32\nmodel      : 1\n"
             "model name : Dual-Core Intel(R) Itanium(R) Processor 9140N\nrevision   : 1\narchrev    : 0\n"
             "features   : branchlong, 16-byte atomic ops\ncpu number : 0\ncpu MHz    : 1598.002",
