@@ -5,12 +5,12 @@
 #include "toolkit/quorvah/report/GroupData.h"
 #include "toolkit/quorvah/sources/Container.h"
 #include "toolkit/quorvah/sources/DeviceTree.h"
-#include "toolkit/quorvah/sources/DmiId.h"
 #include "toolkit/quorvah/sources/GatheringContext.h"
 #include "toolkit/quorvah/sources/HyperVPairs.h"
 #include "toolkit/quorvah/sources/Hypervisor.h"
 #include "toolkit/quorvah/sources/KernelInfo.h"
 #include "toolkit/quorvah/sources/KeyValueText.h"
+#include "toolkit/quorvah/sources/MachineIdentity.h"
 
 namespace toolkit::quorvah {
 
@@ -40,14 +40,11 @@ void setPairs(const Root& root, Instance& host) {
 
 void setOwn(const GatheringContext& context, Instance& host) {
     const Root& root = context.root();
-    host.set("UUID", dmiUuid(context));
-    host.set("Manufacturer", dmiText(context, "sys_vendor"));
-    host.set("ProductName", dmiText(context, "product_name"));
-    host.set("SerialNumber", dmiText(context, "product_serial"));
-    if (host.get("ProductName").empty())
-        host.set("ProductName", context.firmwareText(deviceTreeText(root, "model")));
-    if (host.get("SerialNumber").empty())
-        host.set("SerialNumber", context.firmwareText(deviceTreeText(root, "serial-number")));
+    const MachineIdentity identity = readMachineIdentity(context);
+    host.set("UUID", identity.uuid);
+    host.set("Manufacturer", identity.manufacturer);
+    host.set("ProductName", identity.productName);
+    host.set("SerialNumber", identity.serialNumber);
     // The name of a container is not that of its machine.
     if (!host.empty() && containerType(root).empty()) host.set("Name", hostName(root));
 }

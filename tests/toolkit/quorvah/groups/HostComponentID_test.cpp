@@ -30,6 +30,14 @@ TEST(HostComponentID, ARealMachineCarriesItself) {
         << "the name is that of the container";
 }
 
+TEST(HostComponentID, OfABoardIsTheSameAsTheComponentId) {
+    const ScratchDir tree;
+    tree.write("sys/firmware/devicetree/base/model", std::string("Pine64 RockPro64 v2.1\0", 22));
+    tree.write("sys/firmware/devicetree/base/compatible", std::string("pine64,rockpro64\0", 17));
+    expectAll(kHostComponentID, gatheredBelow(kHostComponentID, tree.path()).instances().front(),
+              {{"Manufacturer", "Pine64"}, {"ProductName", "Pine64 RockPro64 v2.1"}, {"Source", "self"}});
+}
+
 TEST(HostComponentID, AGuestKnowsItsHostOnlyIfTheHypervisorTells) {
     const ScratchDir tree;
     tree.write("proc/cpuinfo", "processor : 0\nflags : fpu hypervisor\n");
