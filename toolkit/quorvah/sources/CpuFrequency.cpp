@@ -35,7 +35,8 @@ Count megahertz(std::string_view text) {
 Count sparcClock(const CpuInfo& info, int cpu) {
     std::string_view ticks = info.value(cpu, "Cpu" + std::to_string(cpu) + "ClkTck");
     const Count hertz = readCount(nextWord(ticks), 16);
-    return hertz.value_or(0) > 0 ? Count(*hertz / kHertzPerMegahertz) : std::nullopt;
+    return hertz.value_or(0) > 0 ? Count((*hertz + kHertzPerMegahertz / 2) / kHertzPerMegahertz)
+                                 : std::nullopt;
 }
 
 // The clock of CPUs that have only one, in /proc/cpuinfo.

@@ -77,7 +77,7 @@ class Placement {
 
     std::vector<CpuPackage> take() {
         std::vector<CpuPackage> packages;
-        for (auto& [id, known] : packages_) packages.push_back(counted(id, known));
+        for (const auto& [id, known] : packages_) packages.push_back(counted(id, known));
         return packages;
     }
 
@@ -153,12 +153,12 @@ class Placement {
         for (auto& [id, package] : packages_) package.present = share;
     }
 
-    CpuPackage counted(std::uint64_t id, Known& known) const {
+    CpuPackage counted(std::uint64_t id, const Known& known) const {
         CpuPackage package;
         package.id = id;
         package.processors = known.present;
         countCores(known, package);
-        package.cpus = std::move(known.cpus);
+        package.cpus = known.cpus;
         return package;
     }
 
@@ -186,13 +186,28 @@ class Placement {
         package.cores = coresWithOffline(cores, *present - listed, threads);
     }
 
+    // Whether the cores differ. Not all kernels tell, but cores of another kind have another clock.
+    bool hasSeveralKinds() const {
+        if (root_.exists("/sys/devices/cpu_atom")) return true;
+        std::set<std::uint64_t> clocks;
+        for (const auto& [id, package] : packages_) {
+            for (const LogicalCpu* const cpu : package.cpus) {
+                const std::string directory = "/sys/devices/system/cpu/cpu" + std::to_string(cpu->number);
+                if (const Count clock = root_.readCount(directory + "/cpufreq/cpuinfo_max_freq"))
+                    clocks.insert(*clock);
+            }
+        }
+        return clocks.size() > 1;
+    }
+
     // Adds to the cores those of `offline` further CPUs, where cores have `threads` threads.
     Count coresWithOffline(const Cores& cores, std::uint64_t offline, std::uint64_t threads) const {
         std::uint64_t gaps = 0;
         for (const auto& [siblings, core] : cores) gaps += threads - std::min(threads, core.present);
-        if (gaps == offline || threads_.off) return cores.size();
+        if (threads_.off) return cores.size();
         // Cores of another kind may have a single thread, so that it is unknown which cores miss one.
-        if (root_.exists("/sys/devices/cpu_atom")) return std::nullopt;
+        if (gaps > 0 && hasSeveralKinds()) return std::nullopt;
+        if (gaps == offline) return cores.size();
         const std::uint64_t all = offline + cores.size() * threads - gaps;
         return all % threads == 0 ? Count(all / threads) : std::nullopt;
     }

@@ -194,6 +194,15 @@ TEST(OfflineProcessors, AreUncountedIfTheyMayBeAnotherPackage) {
     EXPECT_EQ(withFourCores(tree, {4, 5, 6, 7}).counts("package0"), "- 4 - 1");
 }
 
+TEST(OfflineProcessors, OfCoresOfSeveralKindsMayBeCores) {
+    CpuTree tree;
+    withFourCores(tree, {6, 7});
+    EXPECT_EQ(tree.counts("package0"), "4 4 8 2");
+    for (const int cpu : {0, 1, 4, 5}) tree.cpuFile(cpu, "cpufreq/cpuinfo_max_freq", "5000000");
+    for (const int cpu : {2, 3}) tree.cpuFile(cpu, "cpufreq/cpuinfo_max_freq", "3800000");
+    EXPECT_EQ(tree.counts("package0"), "- 4 8 2");
+}
+
 TEST(OfflineProcessors, BelongToTheOnlySocketOfADeviceTree) {
     CpuTree tree;
     tree.file("proc/device-tree/cpus/cpu-map/cluster0/core0/cpu", "1");
@@ -331,6 +340,9 @@ INSTANTIATE_TEST_SUITE_P(
             "ncpus probed\t: 1\nCpu0ClkTck\t: 00000000457646c0\nMMU Type\t: Hypervisor (sun4v)\nState:\n"
             "CPU0:\t\tonline",
             "UltraSparc T2 (Niagara2)||sun4v|||1165|64|sparc64|"},
+        Described{"cpu\t\t: UltraSparc T5 (Niagara5)\ntype\t\t: sun4v\nCpu0ClkTck\t: 00000000d6924470\n"
+                  "State:\nCPU0:\t\tonline",
+                  "UltraSparc T5 (Niagara5)||sun4v|||3600|64|sparc64|"},
         Described{
             "processor\t: 0\nhart\t\t: 1\nisa\t\t: rv64imafdc\nmmu\t\t: sv39\nuarch\t\t: sifive,u74-mc\n"
             "mvendorid\t: 0x489\nmarchid\t\t: 0x8000000000000007\nmimpid\t\t: 0x4210427",
