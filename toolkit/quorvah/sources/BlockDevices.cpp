@@ -14,10 +14,9 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-// Whether the kernel shows the device to itself only: one path to an NVMe disk that has several, such as "nvme0c1n1".
-bool isHidden(const BlockDevice& device) {
-    const bool path = device.name().starts_with("nvme") && contains(device.name(), "c");
-    return path || device.flag("hidden").value_or(false);
+// Whether the name is that of one path to an NVMe disk that has several, such as "nvme0c1n1". The kernel shows it to itself only.
+bool isNvmePath(const std::string& name) {
+    return name.starts_with("nvme") && contains(name, "c");
 }
 
 // Whether an entry of the class is a partition. A captured tree may lack the file that tells.
@@ -73,8 +72,9 @@ std::vector<BlockDevice> blockDevices(const Root& root) {
     }
     std::vector<BlockDevice> devices;
     for (const std::string& name : names) {
+        if (isNvmePath(name)) continue;
         BlockDevice device(root, directory + name + "/", name);
-        if (isHidden(device)) continue;
+        if (device.flag("hidden").value_or(false)) continue;
         device.setPlace(placeOf(root, directory + name));
         devices.push_back(std::move(device));
     }
