@@ -53,6 +53,19 @@ Count toldRotation(const BlockDevice& disk, const AtaIdentity* identity, std::st
     return ofUdev == 0 ? Count(1) : ofUdev;  // udev writes 0 for a disk that does not rotate
 }
 
+// Whether the disk stands for one that the system does not see: that of a virtual machine's host or of a mainframe. What
+// the kernel says of its rotation is then a setting of the driver, or a default.
+bool hidesMedium(const BlockDevice& disk) {
+    for (const char* const prefix : {"xvd", "dasd", "rbd"}) {
+        if (disk.name().starts_with(prefix)) return true;
+    }
+    const std::string vendor = disk.line("device/vendor");
+    const std::string model = disk.line("device/model");
+    return vendor.starts_with("VMware") || vendor == "QEMU" || vendor == "Msft" || vendor == "VBOX" ||
+           model.starts_with("QEMU HARDDISK") || model.starts_with("VBOX HARDDISK") ||
+           model.starts_with("VMware Virtual");
+}
+
 // The kernel calls every disk rotational that does not tell otherwise. Disks on SATA and SAS tell. Of virtio disks, only
 // those that are SCSI disks can tell.
 std::string_view mediaOf(const BlockDevice& disk, std::string_view interface, const AtaIdentity* identity,
@@ -62,6 +75,7 @@ std::string_view mediaOf(const BlockDevice& disk, std::string_view interface, co
     if (interface == "virtio" && !disk.name().starts_with("sd")) return {};
     const Count told = toldRotation(disk, identity, udev);
     if (told.value_or(0) > 0) return *told == 1 ? "SSD" : "HDD";
+    if (hidesMedium(disk)) return {};
     const std::optional<bool> rotational = disk.flag("queue/rotational");
     if (rotational == false) return "SSD";
     const bool tells = interface == "SATA" || interface == "SAS";

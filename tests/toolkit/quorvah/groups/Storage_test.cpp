@@ -272,6 +272,23 @@ TEST(MediaType, IsKnownOnlyIfTheDiskTells) {
     EXPECT_EQ(sata.value("MediaType"), "");
 }
 
+TEST(MediaType, IsUnknownOfADiskThatStandsForAnother) {
+    DiskTree xen("xvda", "vbd-51712");
+    xen.disk("queue/rotational", "0\n");
+    EXPECT_EQ(xen.value("MediaType"), "");
+    DiskTree mainframe("dasda", "css0/0.0.0100/0.0.0200");
+    mainframe.disk("queue/rotational", "0\n");
+    EXPECT_EQ(mainframe.value("MediaType"), "");
+    DiskTree sas("sda", "pci0000:00/0000:00:02.0/host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0");
+    sas.disk("queue/rotational", "1\n").device("vendor", "VMware  \n");
+    EXPECT_EQ(sas.value("MediaType"), "");
+    DiskTree sata("sda", kSataPlace);
+    sata.disk("queue/rotational", "1\n").device("vendor", "ATA     \n").device("model", "QEMU HARDDISK   \n");
+    EXPECT_EQ(sata.value("MediaType"), "");
+    sata.device("vpd_pgb1", std::string("\0\xb1\0\x3c\0\x01", 6));
+    EXPECT_EQ(sata.value("MediaType"), "SSD");
+}
+
 TEST(UsbDisk, HasTheSerialNumberOfItsDevice) {
     const std::string place = "pci0000:00/0000:00:14.0/usb1/1-3/1-3:1.0/host6/target6:0:0/6:0:0:0";
     DiskTree tree("sda", place);
