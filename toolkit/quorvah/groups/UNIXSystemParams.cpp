@@ -11,6 +11,7 @@
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/groups/GroupTable.h"
 #include "toolkit/quorvah/report/GroupData.h"
+#include "toolkit/quorvah/sources/Container.h"
 #include "toolkit/quorvah/sources/CpuInfo.h"
 #include "toolkit/quorvah/sources/CpuList.h"
 #include "toolkit/quorvah/sources/CpuTopology.h"
@@ -128,10 +129,14 @@ std::string defaultTarget(const Root& root) {
     return inittabLevel(root);
 }
 
-// The root device that the boot loader passed, or else the mounted one.
+// The root device that the boot loader passed, or else the mounted one. A container has another root than the machine.
 std::string rootDevice(const Root& root, std::string_view commandLine) {
     std::string device = bootParameter(commandLine, "root");
-    if (!device.empty()) return device;
+    const int denials = root.denials();
+    const bool container = !containerType(root).empty();
+    root.forgetDenials(denials);
+    if (!device.empty() && !container) return device;
+    device.clear();
     for (const Mount& mount : readMountInfo(root.read("/proc/self/mountinfo").value_or(""))) {
         if (mount.mountPoint == "/") device = mount.source;
     }

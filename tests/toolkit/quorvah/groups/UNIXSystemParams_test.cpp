@@ -71,6 +71,16 @@ std::string initIn(const ScratchDir& tree) {
     return data.instances().empty() ? "none" : data.instances().front().get("InitSystem");
 }
 
+TEST(UNIXSystemParams, TheRootDeviceOfAContainerIsNotThatOfTheMachine) {
+    const zavtest::ScratchDir tree;
+    tree.write("proc/cmdline", "root=/dev/sda1 ro\n");
+    tree.write("proc/self/mountinfo", "711 640 0:55 / / rw - overlay overlay rw,lowerdir=/a\n");
+    EXPECT_EQ(gatheredBelow(kUNIXSystemParams, tree.path()).instances().front().get("RootDevice"),
+              "/dev/sda1");
+    tree.write(".dockerenv", "");
+    EXPECT_EQ(gatheredBelow(kUNIXSystemParams, tree.path()).instances().front().get("RootDevice"), "overlay");
+}
+
 TEST(InitSystem, IsTheFirstProcessAndNotTheProgramThatALinkNames) {
     const ScratchDir tree;
     tree.link("sbin/init", "/lib/systemd/systemd");
