@@ -7,7 +7,7 @@ namespace schema {
 inline constexpr Field kStorageFields[] = {
     {.name = "DeviceID", .key = true, .meaning = "path of the device, `/dev/sda`", .source = "`/sys/block`"},
     {.name = "Name", .meaning = "name of the device in the kernel, `sda`", .source = "`/sys/block`"},
-    {.name = "Manufacturer", .meaning = "maker of the drive", .source = "`device/vendor`"},
+    {.name = "Manufacturer", .meaning = "maker of the drive", .source = "`device/vendor`; `device/manfid`"},
     {.name = "Model",
      .access = Access::RootSeesMore,
      .liveSeesMore = true,

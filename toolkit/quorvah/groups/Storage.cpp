@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "schema/groups/Storage.h"
 #include "toolkit/machine/text/ByteOrder.h"
@@ -190,6 +191,27 @@ bool isEmpty(const BlockDevice& disk, std::string_view udev) {
     return size == kDefaultSize || (asked && udevProperty(udev, "ID_CDROM_MEDIA") != "1");
 }
 
+// The maker of a memory card or a soldered chip, which have numbers of makers of their own.
+std::string_view cardMaker(const BlockDevice& disk) {
+    constexpr std::pair<std::string_view, std::string_view> kChips[] = {
+        {"11", "Toshiba"},  {"13", "Micron"},   {"15", "Samsung"}, {"45", "SanDisk"},
+        {"70", "Kingston"}, {"90", "SK hynix"}, {"fe", "Micron"}};
+    constexpr std::pair<std::string_view, std::string_view> kCards[] = {
+        {"02", "Toshiba"}, {"03", "SanDisk"}, {"1b", "Samsung"}, {"74", "Transcend"}};
+    const std::string number = disk.line("device/manfid");
+    const std::string type = disk.line("device/type");
+    if (!number.starts_with("0x0000") || number.size() != 8) return {};
+    const std::string_view digits = std::string_view(number).substr(6);
+    const auto in = [digits](const auto& makers) {
+        for (const auto& [id, name] : makers) {
+            if (id == digits) return name;
+        }
+        return std::string_view();
+    };
+    if (type == "MMC") return in(kChips);
+    return type == "SD" ? in(kCards) : std::string_view();
+}
+
 void setSize(const BlockDevice& disk, bool empty, Instance& drive) {
     Count size;
     if (!empty) size = disk.bytes("size");
@@ -220,7 +242,7 @@ void setNames(const GatheringContext& context, const BlockDevice& disk, const At
     // Optical drives have longer revisions, too.
     firmware = completed(firmware, udevProperty(udev, "ID_REVISION"));
     if (identity != nullptr) firmware = completed(firmware, identity->firmware);
-    drive.set("Manufacturer", manufacturer);
+    drive.set("Manufacturer", manufacturer.empty() ? cardMaker(disk) : std::string_view(manufacturer));
     drive.set("Model", model);
     drive.set("SerialNumber", context.firmwareText(serialOf(disk, identity, udev)));
     drive.set("FirmwareRevision", firmware);

@@ -108,6 +108,7 @@ TEST(Storage, ReportsAMemoryCardWithoutItsBootArea) {
     expectOnly(kStorage, "arm64-board",
                {{"DeviceID", "/dev/mmcblk0"},
                 {"Name", "mmcblk0"},
+                {"Manufacturer", "SanDisk"},
                 {"Model", "SD32G"},
                 {"SerialNumber", "12ab34cd"},
                 {"Size", "31914983424"},
@@ -287,6 +288,19 @@ TEST(MediaType, IsUnknownOfADiskThatStandsForAnother) {
     EXPECT_EQ(sata.value("MediaType"), "");
     sata.device("vpd_pgb1", std::string("\0\xb1\0\x3c\0\x01", 6));
     EXPECT_EQ(sata.value("MediaType"), "SSD");
+}
+
+TEST(MemoryCard, TellsItsMakerByANumber) {
+    DiskTree chip("mmcblk0", "platform/soc/fe340000.mmc/mmc_host/mmc0/mmc0:0001");
+    chip.device("type", "MMC\n").device("manfid", "0x000045\n").device("name", "DG4032\n");
+    EXPECT_EQ(chip.value("Manufacturer"), "SanDisk");
+    EXPECT_EQ(chip.value("Model"), "DG4032");
+    chip.device("type", "SD\n");
+    EXPECT_EQ(chip.value("Manufacturer"), "");
+    chip.device("manfid", "0x00001b\n");
+    EXPECT_EQ(chip.value("Manufacturer"), "Samsung");
+    chip.device("manfid", "0x0003001b\n");
+    EXPECT_EQ(chip.value("Manufacturer"), "");
 }
 
 TEST(UsbDisk, HasTheSerialNumberOfItsDevice) {
