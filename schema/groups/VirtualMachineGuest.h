@@ -16,8 +16,8 @@ inline constexpr Field kVirtualMachineGuestFields[] = {
      .liveSeesMore = true,
      .meaning = "`kvm`, `qemu`, `vmware`, `hyperv`, `xen`, `container` and so on; `qemu` is not known to be "
                 "run by KVM",
-     .source =
-         "CPUID; `/proc/cpuinfo`; `/sys/hypervisor`; DMI; `/proc/sysinfo`; device tree; container markers"},
+     .source = "CPUID; `/proc/cpuinfo`; `/sys/hypervisor`; DMI; `/proc/sysinfo`; device tree; PCI devices; "
+               "container markers"},
     {.name = "HypervisorVendor",
      .liveSeesMore = true,
      .meaning = "maker of the hypervisor",

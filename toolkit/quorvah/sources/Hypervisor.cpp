@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include "toolkit/machine/text/Lines.h"
 #include "toolkit/quorvah/sources/Container.h"
@@ -57,6 +58,13 @@ constexpr Known kFirmwareMarks[] = {
     {"Apple Virtualization", "", "Apple"},
     {"BHYVE", "", "bhyve"},
     {"Parallels", "", "Parallels"},
+};
+
+// Maker and device of PCI devices that only these hypervisors make.
+constexpr Known kPciDevices[] = {
+    {"80eebeef", "virtualbox", "Oracle"}, {"80eecafe", "virtualbox", "Oracle"},
+    {"15ad0405", "vmware", "VMware"},     {"15ad0740", "vmware", "VMware"},
+    {"58530001", "xen", "Xen"},           {"14145353", "hyperv", "Microsoft"},
 };
 
 Hypervisor of(const Known& known) {
@@ -218,12 +226,40 @@ bool isVirtualWsl(const Root& root, CpuAnswer answer) {
     return answer == CpuAnswer::Virtual || release.find("WSL2") != std::string::npos;
 }
 
+Hypervisor ofPciDevice(std::string_view id) {
+    for (const Known& known : kPciDevices) {
+        if (id == known.mark) return of(known);
+    }
+    return {};
+}
+
+// From the list of the devices, such as "0010\t80eebeef\t12\t...", or in a tree without it from their directories.
+Hypervisor fromPci(const Root& root) {
+    constexpr std::size_t kMaxList = std::size_t{16} << 20;
+    const std::optional<std::string> list = root.read("/proc/bus/pci/devices", kMaxList);
+    std::string_view rest = list ? std::string_view(*list) : std::string_view();
+    for (std::string_view line; nextLine(rest, line);) {
+        nextWord(line);
+        if (const Hypervisor found = ofPciDevice(nextWord(line)); found.present) return found;
+    }
+    if (list || root.live()) return {};
+    const std::string directory = "/sys/bus/pci/devices/";
+    for (const std::string& address : root.list(directory)) {
+        const std::string vendor = root.readLine(directory + address + "/vendor");
+        const std::string device = root.readLine(directory + address + "/device");
+        if (vendor.size() != 6 || device.size() != 6) continue;
+        if (const Hypervisor found = ofPciDevice(vendor.substr(2) + device.substr(2)); found.present)
+            return found;
+    }
+    return {};
+}
+
 Hypervisor firstFound(const Root& root) {
     if (root.live()) {
         Hypervisor found = fromCpu();
         if (!found.vendor.empty() && found.type != "xen") return found;
     }
-    for (Hypervisor (*const find)(const Root&) : {fromXen, fromSysinfo, fromDeviceTree}) {
+    for (Hypervisor (*const find)(const Root&) : {fromXen, fromSysinfo, fromDeviceTree, fromPci}) {
         Hypervisor found = find(root);
         if (found.present) return found;
     }

@@ -152,6 +152,19 @@ TEST(Hypervisor, IdentifiesAHyperVGuestByItsBus) {
     EXPECT_EQ(inTree(tree).type, "hyperv");
 }
 
+TEST(Hypervisor, IsToldByADeviceThatOnlyItMakes) {
+    const ScratchDir listed;
+    listed.write("proc/cpuinfo", kRealCpu);
+    listed.write("proc/bus/pci/devices", "0000\t80861237\t0\n0010\t80eebeef\t12\te0000008\tvboxvideo\n");
+    EXPECT_EQ(inTree(listed).type, "virtualbox");
+    listed.write("proc/bus/pci/devices", "0000\t80861237\t0\n0010\t1af41000\t12\n");
+    EXPECT_FALSE(inTree(listed).present);
+    const ScratchDir tree;
+    tree.write("sys/bus/pci/devices/0000:00:0f.0/vendor", "0x15ad\n");
+    tree.write("sys/bus/pci/devices/0000:00:0f.0/device", "0x0405\n");
+    EXPECT_EQ(inTree(tree).type, "vmware");
+}
+
 TEST(Hypervisor, OfTheWindowsSubsystemIsToldByItsKernel) {
     const ScratchDir tree;
     tree.write("proc/version", "Linux version 4.19.104-microsoft-standard (oe-user@oe-host) #1 SMP 2020\n");
