@@ -105,7 +105,7 @@ std::string fromMarks(const Root& root) {
         std::string type = root.readLine(file);
         if (!type.empty()) return type;
     }
-    const std::string variable = fromEnvironment(root);
+    std::string variable = fromEnvironment(root);
     // Several managers call themselves "oci".
     if (!variable.empty() && variable != "oci") return variable;
     if (root.exists("/run/.containerenv")) return "podman";

@@ -240,7 +240,7 @@ Hypervisor fromPci(const Root& root) {
     std::string_view rest = list ? std::string_view(*list) : std::string_view();
     for (std::string_view line; nextLine(rest, line);) {
         nextWord(line);
-        if (const Hypervisor found = ofPciDevice(nextWord(line)); found.present) return found;
+        if (Hypervisor found = ofPciDevice(nextWord(line)); found.present) return found;
     }
     if (list || root.live()) return {};
     const std::string directory = "/sys/bus/pci/devices/";
@@ -248,8 +248,7 @@ Hypervisor fromPci(const Root& root) {
         const std::string vendor = root.readLine(directory + address + "/vendor");
         const std::string device = root.readLine(directory + address + "/device");
         if (vendor.size() != 6 || device.size() != 6) continue;
-        if (const Hypervisor found = ofPciDevice(vendor.substr(2) + device.substr(2)); found.present)
-            return found;
+        if (Hypervisor found = ofPciDevice(vendor.substr(2) + device.substr(2)); found.present) return found;
     }
     return {};
 }
