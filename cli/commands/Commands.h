@@ -11,6 +11,7 @@ int runDoctor(const Options& options);
 int runFacts(const Options& options);
 int runGroups(const Options& options);
 int runHardware(const Options& options);
+int runReport(const Options& options);
 int runSbom(const Options& options);
 int runSoftware(const Options& options);
 int runSuggestion(const Options& options);

@@ -11,6 +11,7 @@ inline constexpr const char* kMainFooter = R"(Examples:
   zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
   zav sbom -o machine.cdx.json             write a bill of materials of the software
+  zav report -o machine.html               write all of it as a page for a browser
   zav diff monday.json tuesday.json        show what has changed between two inventories
   zav capture machine.tar.zst              archive what a scan reads, to scan it elsewhere
   zav doctor                               find out why an inventory does not work
@@ -151,6 +152,22 @@ Examples:
 
 Exit status: 0 the document is written, 1 the command failed, 2 the command line is wrong, 3 the document is written,
 but software may be missing because something could not be read.)";
+
+inline constexpr const char* kReportFooter =
+    R"(The page is one HTML file, which loads nothing from anywhere: an overview, a table per group that can be searched and
+sorted, the software that the shipped signatures recognise with its evidence, and what could not be read. It contains what the
+inventories contain, serial numbers and addresses included. --sanitize hashes those and leaves out the software, whose places
+may have names of users.
+
+OLD and FILE are what 'zav hw --format json' or '--format xml' wrote, or a scanner. They hold no software.
+
+Examples:
+  sudo zav report -o machine.html                       root may read serial numbers and memory modules
+  zav report --no-software --sanitize -o share.html     a page that does not identify the machine
+  zav report --from today.json --compare monday.json -o changes.html
+
+Exit status: 0 the page is written, 1 the command failed, 2 the command line is wrong, 3 the page is written, but something
+could not be read for another reason than a missing permission.)";
 
 inline constexpr const char* kDiffFooter =
     R"(OLD and NEW are files that 'zav hw --format json' or '--format xml' wrote, or a scanner; '-' is standard input. Values

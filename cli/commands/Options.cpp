@@ -147,6 +147,27 @@ void addSbom(CLI::App& app, Options& options, std::string& format) {
     command.callback([&options] { options.command = Command::Sbom; });
 }
 
+void addReport(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand("report", "Write the inventory as a page for a browser");
+    command.footer(kReportFooter);
+    CLI::Option* const noHardware =
+        command.add_flag("--no-hardware", options.noHardware, "Leave out the hardware");
+    command.add_flag("--no-software", options.noSoftware, "Leave out the software")->excludes(noHardware);
+    CLI::Option* const from =
+        command.add_option("--from", options.from, "Make the page of this saved inventory, without a scan")
+            ->type_name("FILE")
+            ->excludes(noHardware);
+    command.add_option("--compare", options.compare, "Mark what differs from this saved inventory")
+        ->type_name("OLD")
+        ->excludes(noHardware);
+    addHiding(command, options);
+    addPlaces(command, options);
+    for (const char* const name : {"--sanitize", "--no-volatile", "--root", "--toolkit"})
+        from->excludes(command.get_option(name));
+    command.get_option("--sanitize")->excludes(noHardware);
+    command.callback([&options] { options.command = Command::Report; });
+}
+
 void addDiff(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("diff", "Compare two hardware inventories");
     command.footer(kDiffFooter);
@@ -264,6 +285,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     addSoftware(app, options, format);
     addFacts(app, options, facts);
     addSbom(app, options, bill);
+    addReport(app, options);
     addDiff(app, options, diff);
     addCapture(app, options);
     addGroups(app, options, format);

@@ -10,7 +10,7 @@
 
 namespace zavcli {
 
-enum class Command { Summary, Hardware, Software, Facts, Sbom, Diff, Capture, Groups, Doctor };
+enum class Command { Summary, Hardware, Software, Facts, Sbom, Report, Diff, Capture, Groups, Doctor };
 enum class Format { Table, Json, JsonLines, Csv, Xml, Yaml };
 enum class FactFormat { Ansible, Prometheus };
 enum class BillFormat { CycloneDx, Spdx };
@@ -37,9 +37,13 @@ struct Options {
     std::string archive;                      // the file for what a scan reads
     std::string before;                       // the inventories to compare
     std::string after;
-    bool ignoreAccess = false;  // leave out what only one of them could see
-    bool hashes = false;        // hash the files in the evidence
-    bool csvRaw = false;        // do not protect values that look like formulas
+    bool ignoreAccess = false;           // leave out what only one of them could see
+    bool noHardware = false;             // of the page: only software
+    bool noSoftware = false;             // of the page: only hardware
+    std::optional<std::string> from;     // make the page of this saved inventory
+    std::optional<std::string> compare;  // mark on the page what differs from this inventory
+    bool hashes = false;                 // hash the files in the evidence
+    bool csvRaw = false;                 // do not protect values that look like formulas
     bool all = false;
     bool sanitize = false;    // hide what identifies the machine and its users
     bool noVolatile = false;  // leave out what changes while the machine stays the same
