@@ -166,8 +166,8 @@ Examples:
   zav report --no-software --sanitize -o share.html     a page that does not identify the machine
   zav report --from today.json --compare monday.json -o changes.html
 
-Exit status: 0 the page is written, 1 the command failed, 2 the command line is wrong, 3 the page is written, but something
-could not be read for another reason than a missing permission.)";
+Exit status: 0 the page is written, 1 the command failed, 2 the command line is wrong or OLD or FILE cannot be read, 3 the page
+is written, but something could not be read for another reason than a missing permission.)";
 
 inline constexpr const char* kDiffFooter =
     R"(OLD and NEW are files that 'zav hw --format json' or '--format xml' wrote, or a scanner; '-' is standard input. Values

@@ -14,6 +14,17 @@
 
 namespace zavcli {
 
+namespace {
+
+// Null if the software can be shown.
+const char* whyNoSoftware(const Options& options) {
+    if (options.from) return "the page shows no software: a saved hardware inventory has none";
+    if (options.sanitize) return "the page shows no software: its places may have names of users";
+    return nullptr;
+}
+
+}  // namespace
+
 int runReport(const Options& options) {
     const std::string page = readPageTemplate();
     InventoryOutput output(options);
@@ -31,8 +42,9 @@ int runReport(const Options& options) {
         hardware = parseInventory(jsonText(inventory, JsonValues::Text));
         hardware->file = "this scan";
     }
-    // The names and places of software cannot be hidden, and a saved inventory has none.
-    if (!options.from && !options.noSoftware && !options.sanitize) {
+    const char* const reason = whyNoSoftware(options);
+    if (reason != nullptr && !options.noSoftware) printMessage(reason);
+    if (reason == nullptr && !options.noSoftware) {
         software = evaluateSignatures(options, readSignatureFiles(options));
         printWarnings(*software, options);
         unread = unread || hasUnexpectedGaps(software->warnings, {});

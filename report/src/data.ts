@@ -34,14 +34,17 @@ export const fieldInfo = (group: string, field: string): FieldInfo | undefined =
 
 export type Mark = { kind: "new" | "changed"; fields: Change["fields"] };
 
-// The changes of a group by the keys of its instances.
+// The changes of a group by the keys of its instances. Several instances may have the same key, so the values must fit as well.
 export function marksOf(group: string): (row: Row) => Mark | undefined {
   const changes = report.changes?.groups[group];
   if (!changes) return () => undefined;
   const names = Object.keys((changes.added[0] ?? changes.changed[0])?.key ?? {});
   const keyOf = (row: Row) => JSON.stringify(names.map((name) => row[name] ?? ""));
-  const marks = new Map<string, Mark>();
-  for (const change of changes.added) marks.set(keyOf(change.key), { kind: "new", fields: {} });
-  for (const change of changes.changed) marks.set(keyOf(change.key), { kind: "changed", fields: change.fields });
-  return (row) => marks.get(keyOf(row));
+  const marks = new Map<string, { mark: Mark; values: [string, string][] }[]>();
+  const add = (key: Row, mark: Mark, values: [string, string][]) =>
+    marks.set(keyOf(key), [...(marks.get(keyOf(key)) ?? []), { mark, values }]);
+  for (const { key, fields } of changes.added) add(key, { kind: "new", fields: {} }, Object.entries(fields));
+  for (const { key, fields } of changes.changed)
+    add(key, { kind: "changed", fields }, Object.entries(fields).map(([name, value]) => [name, value.new]));
+  return (row) => marks.get(keyOf(row))?.find(({ values }) => values.every(([name, value]) => (row[name] ?? "") === (value ?? "")))?.mark;
 }

@@ -44,7 +44,7 @@ export function machine(count) {
   };
   const status = Object.fromEntries(Object.keys(groups).map((name) => [name, complete]));
   status.MemoryModules = { status: "partial", reason: "permission" };
-  return { scan: {}, status, groups };
+  return { scan: { time: "2026-03-01T06:15:00Z" }, status, groups };
 }
 
 export function changedMachine(count) {

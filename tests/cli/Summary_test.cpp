@@ -27,7 +27,7 @@ TEST(Summary, ZavAloneTellsWhatTheMachineIsAndNamesTheCommands) {
     const Ended ended = zav({});
     ASSERT_EQ(0, ended.status) << ended.err;
     for (const char* part :
-         {"\n  System ", "\n  Processor ", "\n  Memory ", "hw, sw, facts, sbom, diff", "zav --help"})
+         {"\n  System ", "\n  Processor ", "\n  Memory ", "hw, sw, facts, sbom, report, diff", "zav --help"})
         EXPECT_TRUE(contains(ended.out, part)) << part << "\n" << ended.out;
 }
 
