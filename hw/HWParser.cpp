@@ -1,7 +1,5 @@
 #include "hw/HWParser.h"
 
-#include <iterator>
-
 #include "hw/HWDiagnostics.h"
 #include "intake/NodeChildren.h"
 
@@ -24,20 +22,20 @@ int refuseText(const ZAVHwCtx* context, const std::string& expected, const Node*
 }
 
 // The value of a field with at most one text node, which can be used without a copy. Null for any other field.
-const wchar_t* singleText(const Node* field) {
+const char* singleText(const Node* field) {
     const NodeList* const children = childrenOf(field);
-    if (children == nullptr) return L"";
+    if (children == nullptr) return "";
     const Node* const only = children->front();
-    return only->type() == Node::kText && only->nextSibling() == nullptr ? only->text() : nullptr;
+    return only->nextSibling() == nullptr ? only->utf8() : nullptr;
 }
 
 int parseField(ZAVHwCtx* context, HWInstance* instance, const Node* field) {
-    const wchar_t* value = singleText(field);
+    const char* value = singleText(field);
     if (value == nullptr) {
-        std::wstring joined;
+        std::string joined;
         const int code = HW_parseHWField(context, field, joined);
         if (code != ZAV_SUCCESS) return code;
-        value = context->texts.joined.emplace_back(std::move(joined)).c_str();
+        value = context->tables.texts().add(joined);
     }
     instance->fields.push_back({field->text(), value});
     return ZAV_SUCCESS;
@@ -60,7 +58,8 @@ class GroupCache {
     int id_ = 0;
 };
 
-int parseInstance(ZAVHwCtx* context, const Node* element, GroupCache& groups) {
+// `instance` is room for the fields.
+int parseInstance(ZAVHwCtx* context, const Node* element, GroupCache& groups, HWInstance& instance) {
     if (!isElement(element)) return refuseText(context, "an instance of a group", element);
     const int id = groups.idOf(element);
     if (id < kFirstGroup) {
@@ -68,11 +67,10 @@ int parseInstance(ZAVHwCtx* context, const Node* element, GroupCache& groups) {
         context->logger().traceMIN(kFunction, "Error: No such group [%S]", element->text());
         return code;
     }
-    HWInstance instance;
+    instance.fields.clear();
     const int code = HW_parseHWGroup(context, &instance, element);
     if (code != ZAV_SUCCESS) return code;
-    instance.makeFieldNames();
-    context->groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
+    context->tables.add(id, instance);
     return ZAV_SUCCESS;
 }
 
@@ -84,11 +82,12 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
         context->logger().traceMIN(kFunction, "Error during a parse, no root data");
         return ZAV_ERROR_HW_OUTPUT;
     }
-    context->texts.document = root->shareTexts();
+    context->tables.setTexts(root->shareTexts());
     GroupCache groups;
+    HWInstance instance;
     int instances = 0;
     for (const Node* const child : *children) {
-        const int code = parseInstance(context, child, groups);
+        const int code = parseInstance(context, child, groups, instance);
         if (code != ZAV_SUCCESS) return code;
         ++instances;
     }
@@ -100,7 +99,6 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
 int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element) {
     const NodeList* const children = childrenOf(element);
     if (children == nullptr) return ZAV_SUCCESS;
-    instance->fields.reserve(static_cast<std::size_t>(std::distance(children->begin(), children->end())));
     for (const Node* const child : *children) {
         const int code =
             isElement(child) ? parseField(context, instance, child) : refuseText(context, "a field", child);
@@ -109,7 +107,7 @@ int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element
     return ZAV_SUCCESS;
 }
 
-int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
+int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::string& value) {
     const NodeList* const children = childrenOf(field);
     if (children == nullptr) return ZAV_SUCCESS;
     for (const Node* const child : *children) {
@@ -122,7 +120,7 @@ int HW_parseHWField(ZAVHwCtx* context, const Node* field, std::wstring& value) {
                                        field->text());
             return code;
         }
-        value += child->text();
+        value += child->utf8();
     }
     return ZAV_SUCCESS;
 }

@@ -15,7 +15,7 @@ int HW_parseHWData(ZAVHwCtx* context, const tessa::Node* root);
 // Appends the fields of an instance's element to `instance`. They point into the document's texts.
 int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const tessa::Node* element);
 
-// Appends the text of a field's element to `value`.
-int HW_parseHWField(ZAVHwCtx* context, const tessa::Node* field, std::wstring& value);
+// Appends the text of a field's element to `value`, in UTF-8.
+int HW_parseHWField(ZAVHwCtx* context, const tessa::Node* field, std::string& value);
 
 }  // namespace zav

@@ -13,17 +13,6 @@ bool isEnabled(const ZAVHwCtx* context, int groupId) {
     return context->groupEnabled.at(static_cast<std::size_t>(groupId)) == 1;
 }
 
-const std::vector<HWInstance>& instancesOf(const ZAVHwCtx* context, int groupId) {
-    return context->groups.at(static_cast<std::size_t>(groupId));
-}
-
-// Null when there is no such instance.
-const HWInstance* findInstance(const ZAVHwCtx* context, int groupId, int instance) {
-    const std::vector<HWInstance>& instances = instancesOf(context, groupId);
-    const auto index = static_cast<std::size_t>(instance);
-    return instance >= 0 && index < instances.size() ? &instances[index] : nullptr;
-}
-
 int getGroupName(ZAVHwCtx* context, int groupId, const wchar_t** name) {
     if (!isGroupId(groupId)) return ZAV_ERROR_HW_GROUP;
     context->logger().traceMAX("ZAV_hw_get_group_name", "Retrieving group id [%d]", groupId);
@@ -48,7 +37,7 @@ int getGroupInstances(ZAVHwCtx* context, int groupId, int* count) {
         log.traceMIN(kFunction, "Wrong group id [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const int size = static_cast<int>(instancesOf(context, groupId).size());
+    const int size = static_cast<int>(context->tables.count(groupId));
     log.traceMAX(kFunction, "Size of group [%d] = [%d]", groupId, size);
     *count = size;
     return ZAV_SUCCESS;
@@ -72,23 +61,23 @@ int getFields(ZAVHwCtx* context, int groupId, int instance, const wchar_t*** nam
         log.traceMIN(kFunction, "Wrong group [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const HWInstance* const found = findInstance(context, groupId, instance);
+    const HWTables::Row* const found = context->tables.find(groupId, instance);
     if (found == nullptr) {
         log.traceMIN(kFunction, "Wrong instance [%d]", instance);
         return ZAV_ERROR_HW_INSTANCE;
     }
-    const int size = static_cast<int>(found->fields.size());
+    const int size = static_cast<int>(found->size());
     log.traceMAX(kFunction, "Retrieved %d fields", size);
-    *names = found->fieldNames.get();
+    *names = HWTables::nameArray(*found);
     *count = size;
     return ZAV_SUCCESS;
 }
 
-const HWField* findField(const HWInstance& instance, const wchar_t* name) {
-    for (const HWField& field : instance.fields) {
-        if (std::wcscmp(field.name, name) == 0) return &field;
-    }
-    return nullptr;
+// The index of the first field of this name; the number of fields if there is none.
+std::size_t findField(const HWTables::Row& row, const wchar_t* name) {
+    std::size_t index = 0;
+    while (index < row.size() && std::wcscmp((*row.names)[index], name) != 0) ++index;
+    return index;
 }
 
 int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field, const wchar_t** value) {
@@ -105,19 +94,20 @@ int getValue(ZAVHwCtx* context, int groupId, int instance, const wchar_t* field,
         log.traceMAX(kFunction, "Wrong group [%d] - group not enabled", groupId);
         return ZAV_ERROR_HW_GROUP_DISABLED;
     }
-    const HWInstance* const fields = findInstance(context, groupId, instance);
-    if (fields == nullptr) {
+    const HWTables::Row* const row = context->tables.find(groupId, instance);
+    if (row == nullptr) {
         log.traceMAX(kFunction, "Wrong instance [%d] for group [%d]", instance, groupId);
         return ZAV_ERROR_HW_INSTANCE;
     }
-    const HWField* const found = findField(*fields, field);
-    if (found == nullptr) {
+    const std::size_t found = findField(*row, field);
+    if (found == row->size()) {
         log.traceMID(kFunction, "Field not found [%S]", field);
         return ZAV_ERROR_HW_FIELD;
     }
     // Hosts match this message byte for byte, spelling included.
-    log.traceMAX(kFunction, "Filed [%S] found with value [%S]", found->name, found->value);
-    *value = found->value;
+    const wchar_t* const text = tessa::TextStore::wide(row->values[found]);
+    log.traceMAX(kFunction, "Filed [%S] found with value [%S]", (*row->names)[found], text);
+    *value = text;
     return ZAV_SUCCESS;
 }
 

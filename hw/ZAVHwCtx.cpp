@@ -6,12 +6,6 @@
 
 namespace zav {
 
-void HWInstance::makeFieldNames() {
-    fieldNames = kest::mallocArray<const wchar_t*>(fields.size());
-    std::transform(fields.begin(), fields.end(), fieldNames.get(),
-                   [](const HWField& field) { return field.name; });
-}
-
 namespace {
 
 constexpr int kHardwareComponent = 3;
@@ -69,9 +63,7 @@ int release(ZAVHwCtx* context) {
 
 void ZAVHwCtx::discardResults() {
     returnCode = -1;
-    for (auto& instances : groups) std::vector<zav::HWInstance>().swap(instances);
-    texts.document.reset();
-    texts.joined.clear();
+    tables.clear();
 }
 
 int ZAV_hw_init(ZAVCtx* library, ZAVlogCallback callback, void* userData, ZAVHwCtx** context) {

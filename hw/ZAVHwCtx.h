@@ -1,36 +1,13 @@
 #pragma once
 
 #include <array>
-#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "core/ZAVCtx.h"
-#include "hw/HWGroups.h"
-#include "kest/Malloced.h"
+#include "hw/HWTables.h"
 
 namespace zav {
-
-// A field of an instance. Both texts are NUL-terminated and owned by the context (see HWTexts).
-struct HWField {
-    const wchar_t* name;
-    const wchar_t* value;
-};
-
-struct HWInstance {
-    // Fills fieldNames. REQUIRES: the fields are complete. Throws std::bad_alloc.
-    void makeFieldNames();
-
-    std::vector<HWField> fields;                // in document order; a name may occur more than once
-    kest::Malloced<const wchar_t*> fieldNames;  // of all fields, in their order; null without fields
-};
-
-// Owns the texts of all fields: those of the document, and the values that were joined from several text nodes.
-struct HWTexts {
-    std::shared_ptr<const void> document;
-    std::deque<std::wstring> joined;
-};
 
 class HWDiagnostics;
 
@@ -54,8 +31,7 @@ struct ZAVHwCtx {
     std::wstring scratchFile;
     std::wstring installDir;
     std::array<unsigned char, zav::kGroupSlots> groupEnabled{};
-    std::array<std::vector<zav::HWInstance>, zav::kGroupSlots> groups;  // by group id
-    zav::HWTexts texts;
+    zav::HWTables tables;
     const zav::HWDiagnostics* diagnostics = nullptr;  // set while the output is parsed; null otherwise
     std::string failure;  // why a step of the scan failed; empty once it has been logged
     int returnCode = -1;  // the scanner's exit status; -1 while there is no valid scan

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 #include "sw/ZAVSwResult.h"
@@ -31,8 +30,10 @@ class SWGuidIndex {
     Entry* find(const wchar_t* guid);
 
   private:
-    // The slot of the identifier, or the unused slot where it would be stored. REQUIRES: there are entries.
-    std::size_t slotOf(std::size_t hash, std::wstring_view guid) const;
+    // The slot of the identifier, wide or in UTF-8, or the unused slot where it would be stored. REQUIRES: there are
+    // entries.
+    template <class Character>
+    std::size_t slotOf(std::size_t hash, const Character* guid) const;
     void fillResults(std::size_t count);
 
     std::vector<Entry> entries_;         // open addressing; the size is a power of two, at most half is used

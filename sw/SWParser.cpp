@@ -1,10 +1,12 @@
 #include "sw/SWParser.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "intake/NodeChildren.h"
 #include "intake/XMLParser.h"
 #include "sw/SWNodeText.h"
+#include "tessa/TextStore.h"
 
 namespace zav {
 
@@ -33,6 +35,29 @@ class NameMatcher {
     const kest::String text_;
     const int ignoreCase_;
     const kest::String* latest_ = nullptr;
+};
+
+// Widens the names of variables. Signatures often have variables of the same names in the same order, which then share
+// their wide names.
+class VariableNames {
+  public:
+    // `position` is that of the variable in its signature.
+    const wchar_t* wide(std::size_t position, const char* name) {
+        if (position < latest_.size() && std::strcmp(latest_[position].name, name) == 0)
+            return latest_[position].wide;
+        const wchar_t* const wide = tessa::TextStore::wide(name);
+        latest_.resize(std::max(latest_.size(), position + 1), {"", L""});
+        latest_[position] = {name, wide};
+        return wide;
+    }
+
+  private:
+    struct Name {
+        const char* name;
+        const wchar_t* wide;
+    };
+
+    std::vector<Name> latest_;  // by position
 };
 
 // Converts the matched signatures of a document into results.
@@ -82,10 +107,10 @@ class SignatureReader {
     }
 
     void readVariable(const Node* element) {
-        SWVariable variable = {L"", L""};
+        SWVariable variable = {L"", ""};
         for (const Attribute& attribute : *element->attributes()) {
             if (variableNameName_.matches(*attribute.name)) {
-                variable.name = attribute.value;
+                variable.name = variableNames_.wide(variables_.size(), attribute.value);
             } else if (valueName_.matches(*attribute.name)) {
                 variable.value = attribute.value;
             }
@@ -95,6 +120,7 @@ class SignatureReader {
 
     ZAVSwCtx* context_;
     std::vector<SWVariable> variables_;  // of the current signature, in document order
+    VariableNames variableNames_;
     SWNodeText text_;
     NameMatcher signatureName_{L"MatchedSignature", kExact};
     NameMatcher guidName_{L"guid", kIgnoreCase};

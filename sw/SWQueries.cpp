@@ -58,9 +58,9 @@ int getValue(const ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* 
     if (result == nullptr) return ZAV_ERROR_SW_RESULT;
     if (value == nullptr) return ZAV_ERROR_SW_POINTER;
     if (name == nullptr) return ZAV_ERROR_SW_VARIABLE;
-    const wchar_t* const found = result->findValue(name);
+    const char* const found = result->findValue(name);
     if (found == nullptr) return ZAV_ERROR_SW_VARIABLE;
-    *value = found;
+    *value = tessa::TextStore::wide(found);
     return ZAV_SUCCESS;
 }
 
@@ -76,8 +76,16 @@ int getVariables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t*** names,
     return ZAV_SUCCESS;
 }
 
+const wchar_t* guidOf(const ZAVSwResult& result) {
+    return tessa::TextStore::wide(result.guid);
+}
+
+const wchar_t* metadataOf(const ZAVSwResult& result) {
+    return result.metadata;
+}
+
 // Gets one text of a result. Its message names another getter; hosts match it byte for byte.
-int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwResult::*which,
+int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* (*textOf)(const ZAVSwResult&),
             const wchar_t** text) {
     if (context->returnCode != 0) return ZAV_ERROR_SW_NO_RESULTS;
     if (text == nullptr) return ZAV_ERROR_SW_POINTER;
@@ -85,7 +93,7 @@ int getText(ZAVSwCtx* context, const ZAVSwResult* result, const wchar_t* ZAVSwRe
         context->logger().traceMIN(kGetResults, "ERROR: Wrong result");
         return ZAV_ERROR_SW_RESULT;
     }
-    *text = result->*which;
+    *text = textOf(*result);
     return ZAV_SUCCESS;
 }
 
@@ -147,12 +155,12 @@ int ZAV_sw_get_variables(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t**
 
 int ZAV_sw_get_metadata(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** metadata) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    return zav::guarded([&] { return zav::getText(context, result, &ZAVSwResult::metadata, metadata); });
+    return zav::guarded([&] { return zav::getText(context, result, zav::metadataOf, metadata); });
 }
 
 int ZAV_sw_get_guid(ZAVSwCtx* context, ZAVSwResult* result, const wchar_t** guid) {
     if (context == nullptr) return ZAV_ERROR_CONTEXT;
-    return zav::guarded([&] { return zav::getText(context, result, &ZAVSwResult::guid, guid); });
+    return zav::guarded([&] { return zav::getText(context, result, zav::guidOf, guid); });
 }
 
 int ZAV_sw_get_warnings(ZAVSwCtx* context, const wchar_t*** warnings, int* count) {

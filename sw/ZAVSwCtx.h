@@ -10,6 +10,7 @@
 #include "core/ZAVCtx.h"
 #include "sw/SWGuidIndex.h"
 #include "sw/ZAVSwResult.h"
+#include "tessa/TextStore.h"
 
 namespace zav {
 
@@ -23,7 +24,7 @@ using SWSettings = std::vector<std::pair<std::wstring, std::wstring>>;
 
 // Owns the texts of all results: those of the documents, and the metadata.
 struct SWTexts {
-    std::vector<std::shared_ptr<const void>> documents;
+    std::vector<std::shared_ptr<tessa::TextStore>> documents;
     std::deque<std::wstring> metadata;
 };
 

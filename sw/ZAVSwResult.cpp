@@ -43,7 +43,7 @@ void ZAVSwResult::generateVariablesNames() {
     for (const zav::SWVariable& variable : variables) *next++ = variable.name;
 }
 
-const wchar_t* ZAVSwResult::findValue(const wchar_t* variable) const {
+const char* ZAVSwResult::findValue(const wchar_t* variable) const {
     const zav::SWVariable wanted = {variable, nullptr};
     const auto found = std::lower_bound(variables.begin(), variables.end(), wanted, zav::sortsBefore);
     const bool same = found != variables.end() && std::wcscmp(found->name, variable) == 0;

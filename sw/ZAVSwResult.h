@@ -9,7 +9,7 @@ namespace zav {
 // A variable of a result. Both texts are NUL-terminated and owned by the context (see SWTexts).
 struct SWVariable {
     const wchar_t* name;
-    const wchar_t* value;
+    const char* value;  // UTF-8
 };
 
 }  // namespace zav
@@ -23,11 +23,11 @@ struct ZAVSwResult {
     // Fills variableNames. REQUIRES: the variables are complete. Throws std::bad_alloc.
     void generateVariablesNames();
 
-    // The value of a variable, or null if there is none of that name.
-    const wchar_t* findValue(const wchar_t* variable) const;
+    // The value of a variable in UTF-8, or null if there is none of that name.
+    const char* findValue(const wchar_t* variable) const;
 
-    const wchar_t* guid = L"";
-    const wchar_t* name = L"";
+    const char* guid = "";  // UTF-8, like the name
+    const char* name = "";
     const wchar_t* metadata = L"";
     std::vector<zav::SWVariable> variables;
     kest::Malloced<const wchar_t*> variableNames;  // null without variables

@@ -24,10 +24,19 @@ std::byte* allocateBlock(std::size_t size) {
 
 }  // namespace
 
+void Arena::clear() {
+    blocks_.clear();
+    next_ = end_ = nullptr;
+    budget_.refund(taken_);
+    taken_ = 0;
+    blockSize_ = 0;
+}
+
 void Arena::addBlock(std::size_t bytes) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kMaxBlock);
     const std::size_t size = std::max(aligned(bytes), blockSize_);
     budget_.charge(size);
+    taken_ += size;
     kest::Malloced<std::byte> block(allocateBlock(size));
     if (block == nullptr) throw std::bad_alloc();
     blocks_.push_back(std::move(block));

@@ -12,6 +12,7 @@
 namespace tessa {
 
 class Node;
+class TextStore;
 
 // The place of a node in a tree: at each level below the root, the index of the ancestor or of the node itself among its
 // siblings. The root's place is empty.
@@ -62,8 +63,11 @@ class Node {
 
     virtual int type() const = 0;
 
-    // The name of an element or the text of a text node; NUL-terminated.
+    // The name of an element or the text of a text node; NUL-terminated. A text is widened when it is first requested.
     virtual const wchar_t* text() const = 0;
+
+    // The text of a text node in UTF-8; NUL-terminated. Null for an element.
+    virtual const char* utf8() const = 0;
 
     // The name of an element; empty for a text node.
     virtual const kest::String& name() const = 0;
@@ -76,7 +80,7 @@ class Node {
 
     // Shares ownership of all texts and names of the document, so that they can outlive the tree. Null unless this is
     // the root.
-    virtual std::shared_ptr<const void> shareTexts() const = 0;
+    virtual std::shared_ptr<TextStore> shareTexts() const = 0;
 
     // Writes the node and its descendants as escaped XML in UTF-8. kIndented writes each child of an element that has
     // only element children on a line of its own, indented by two blanks per level.

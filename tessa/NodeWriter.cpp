@@ -43,7 +43,7 @@ class XmlWriter {
 
     void enter(const Node& node) {
         if (node.type() == Node::kText) {
-            escape(node.text(), false);
+            escape(node.utf8(), false);
             return;
         }
         put('<');
@@ -96,32 +96,32 @@ class XmlWriter {
     }
 
     // White space that a reader would normalise is written as a character reference.
-    void escape(const wchar_t* text, bool inAttribute) {
-        for (; *text != L'\0'; ++text) {
+    void escape(const char* text, bool inAttribute) {
+        for (; *text != '\0'; ++text) {
             switch (*text) {
-                case L'&':
+                case '&':
                     put("&amp;");
                     break;
-                case L'<':
+                case '<':
                     put("&lt;");
                     break;
-                case L'>':
+                case '>':
                     put("&gt;");
                     break;
-                case L'\r':
+                case '\r':
                     put("&#13;");
                     break;
-                case L'"':
+                case '"':
                     put(inAttribute ? "&quot;" : "\"");
                     break;
-                case L'\n':
+                case '\n':
                     put(inAttribute ? "&#10;" : "\n");
                     break;
-                case L'\t':
+                case '\t':
                     put(inAttribute ? "&#9;" : "\t");
                     break;
                 default:
-                    putCodePoint(*text);
+                    put(*text);
             }
         }
     }

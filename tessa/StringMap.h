@@ -7,7 +7,7 @@ namespace tessa {
 // An attribute. Both texts live as long as the texts of the document.
 struct Attribute {
     const kest::String* name;
-    const wchar_t* value;
+    const char* value;  // UTF-8, NUL-terminated
 };
 
 // The attributes of an element in document order.

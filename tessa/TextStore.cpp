@@ -1,7 +1,7 @@
 #include "tessa/TextStore.h"
 
 #include <algorithm>
-#include <cstring>
+#include <new>
 
 #include "tessa/Utf8.h"
 
@@ -14,6 +14,28 @@ constexpr std::size_t kFirstTable = 64;
 // The memory that a name takes besides its texts, in the table here and in the parser.
 constexpr std::size_t kNameCost = 256;
 
+// Block sizes double from the first to the largest, so small documents take little memory and large ones few blocks.
+constexpr std::size_t kFirstBlock = std::size_t{4} << 10;
+constexpr std::size_t kMaxBlock = std::size_t{1} << 20;
+
+// What stands before a text: the distance to its wide form, in wide characters, and whether that has been written.
+constexpr std::uint32_t kWidened = std::uint32_t{1} << 31;
+
+std::uint32_t prefixOf(const char* text) {
+    std::uint32_t prefix = 0;
+    std::memcpy(&prefix, text - sizeof prefix, sizeof prefix);
+    return prefix;
+}
+
+void setPrefix(char* text, std::uint32_t prefix) {
+    std::memcpy(text - sizeof prefix, &prefix, sizeof prefix);
+}
+
+// The wide character that begins at the text's address, rounded down.
+wchar_t* alignedDown(char* text) {
+    return reinterpret_cast<wchar_t*>(text - reinterpret_cast<std::uintptr_t>(text) % sizeof(wchar_t));
+}
+
 // FNV-1a, which is fast enough for short and few names.
 std::uint64_t hashOf(std::string_view bytes) {
     std::uint64_t hash = 14695981039346656037U;
@@ -25,10 +47,9 @@ std::uint64_t hashOf(std::string_view bytes) {
 
 // Instances of a group have the same fields in the same order, so the name that followed the previous one last time is
 // nearly always the next.
-const kest::String* TextStore::intern(const char* utf8) {
+const kest::String* TextStore::intern(std::string_view utf8) {
     Name* const expected = latest_ != nullptr ? latest_->follower : nullptr;
-    Name* const name =
-        expected != nullptr && std::strcmp(expected->utf8.data(), utf8) == 0 ? expected : findName(utf8);
+    Name* const name = expected != nullptr && expected->utf8 == utf8 ? expected : findName(utf8);
     if (latest_ != nullptr) latest_->follower = name;
     latest_ = name;
     return &name->text;
@@ -46,12 +67,8 @@ TextStore::Name* TextStore::findName(std::string_view utf8) {
 }
 
 TextStore::Name* TextStore::addName(std::string_view utf8, std::uint64_t hash, std::size_t slot) {
-    budget_.charge(kNameCost + sizeof(Name) + utf8.size() * (sizeof(wchar_t) + 2));
-    std::wstring wide(utf8.size(), L'\0');
-    wide.resize(static_cast<std::size_t>(widenUtf8(utf8.data(), utf8.size(), wide.data()) - wide.data()));
-    char* const bytes = static_cast<char*>(arena_.allocate(utf8.size() + 1));
-    std::memcpy(bytes, utf8.data(), utf8.size() + 1);
-    names_.push_back({hash, {bytes, utf8.size()}, kest::String(wide), nullptr});
+    budget_.charge(kNameCost + sizeof(Name) + utf8.size() * (sizeof(wchar_t) + 1));
+    names_.push_back({hash, {add(utf8), utf8.size()}, kest::String(widened(utf8)), nullptr});
     Name* const name = &names_.back();
     table_[slot] = name;
     if (names_.size() * 2 > table_.size()) growTable();
@@ -68,31 +85,52 @@ void TextStore::growTable() {
     table_ = std::move(larger);
 }
 
-void TextStore::append(const char* utf8, std::size_t length) {
-    const std::size_t needed = length_ + length + 1;
-    if (arena_.room() < needed * sizeof(wchar_t)) makeRoom(needed);
-    wchar_t* const begin = openText();
-    length_ = static_cast<std::size_t>(widenUtf8(utf8, length, begin + length_) - begin);
+// Moves the open text to a new block. The size is doubled so that long texts move only a few times.
+void TextStore::makeRoom(std::size_t length) {
+    const std::string_view moved = open();
+    addBlock(kTextCost + (moved.empty() ? length : 2 * (moved.size() + length)));
+    if (!moved.empty()) std::memcpy(text_, moved.data(), moved.size());
+    next_ = text_ + moved.size();
 }
 
-// Moves the open text to a larger block. The size is doubled so that long texts move only a few times.
-void TextStore::makeRoom(std::size_t characters) {
-    const wchar_t* const old = openText();
-    arena_.addBlock((length_ == 0 ? characters : 2 * characters) * sizeof(wchar_t));
-    if (length_ != 0) std::wmemcpy(openText(), old, length_);
+void TextStore::addBlock(std::size_t size) {
+    blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kMaxBlock);
+    // A multiple of the size of a wide character.
+    size = std::max((kPrefix + size + kPrefix) / kPrefix * kPrefix, blockSize_);
+    const std::size_t bytes = size + size * sizeof(wchar_t);
+    budget_.charge(bytes);
+    blocks_.push_back(kest::mallocArray<char>(bytes));
+    char* const begin = blocks_.back().get();
+    wides_ = reinterpret_cast<wchar_t*>(begin + size);
+    end_ = begin + size;
+    text_ = next_ = begin + kPrefix;
 }
 
-const wchar_t* TextStore::finish() {
-    wchar_t* const text = openText();
-    text[length_] = L'\0';
-    arena_.take((length_ + 1) * sizeof(wchar_t));
-    length_ = 0;
+const char* TextStore::finish() {
+    char* const text = text_;
+    *next_ = '\0';
+    const wchar_t* const wide = wides_ + (text - blocks_.back().get());
+    setPrefix(text, static_cast<std::uint32_t>(wide - alignedDown(text)));
+    next_ += kTextCost;
+    text_ = next_;
     return text;
 }
 
-const wchar_t* TextStore::add(const char* utf8) {
-    append(utf8, std::strlen(utf8));
+const char* TextStore::add(std::string_view utf8) {
+    append(utf8.data(), utf8.size());
     return finish();
+}
+
+const wchar_t* TextStore::wide(const char* text) {
+    if (*text == '\0') return L"";
+    auto* const own = const_cast<char*>(text);  // every text of a store was made writable
+    const std::uint32_t prefix = prefixOf(own);
+    wchar_t* const wide = alignedDown(own) + (prefix & ~kWidened);
+    if ((prefix & kWidened) == 0) {
+        *widenUtf8(own, std::strlen(own), wide) = L'\0';
+        setPrefix(own, prefix | kWidened);
+    }
+    return wide;
 }
 
 }  // namespace tessa

@@ -1,39 +1,58 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <string_view>
 #include <vector>
 
+#include "kest/Malloced.h"
 #include "kest/String.h"
-#include "tessa/Arena.h"
+#include "tessa/MemoryBudget.h"
 
 namespace tessa {
 
-// Owns the texts of a document, wide and NUL-terminated, and its names, each of which is stored once. It can outlive the
-// tree, so that readers of the tree can keep texts without copying them.
+// Owns the texts of a document, in UTF-8 and NUL-terminated, and its names, each of which is stored once. It can outlive
+// the tree, so that readers of the tree can keep texts without copying them.
+//
+// Most texts are never requested as wide text, and wide text takes four times the memory. So a text is widened when it is
+// first requested, to a place that was reserved for it together with the text: this cannot fail, and memory that is never
+// written to takes no room. Before each text stands where that place is. Not for several threads at once.
 class TextStore {
   public:
-    TextStore() : arena_(budget_) {}
+    TextStore() = default;
     TextStore(const TextStore&) = delete;
     TextStore& operator=(const TextStore&) = delete;
 
     // The String of a name that is given in UTF-8. Equal names have the same String.
-    const kest::String* intern(const char* utf8);
+    const kest::String* intern(std::string_view utf8);
 
-    // Builds a text in pieces: append() each piece, then finish() or drop() the text.
-    void append(const char* utf8, std::size_t length);
-    bool isOpen() const { return length_ != 0; }
-    std::wstring_view open() const { return {openText(), length_}; }
-    const wchar_t* finish();
-    void drop() { length_ = 0; }
+    // Builds a text in pieces: append() each piece, then finish() or drop() the text. finish() returns the text, which
+    // must not be changed.
+    void append(const char* utf8, std::size_t length) {
+        if (static_cast<std::ptrdiff_t>(length + kTextCost) > end_ - next_) makeRoom(length);
+        std::memcpy(next_, utf8, length);
+        next_ += length;
+    }
+    bool isOpen() const { return next_ != text_; }
+    std::string_view open() const { return {text_, static_cast<std::size_t>(next_ - text_)}; }
+    const char* finish();
+    void drop() { next_ = text_; }
 
     // Stores a whole text. REQUIRES: no text is open.
-    const wchar_t* add(const char* utf8);
+    const char* add(std::string_view utf8);
+
+    // The wide form of a text of any store, or of an empty text; NUL-terminated. It lives as long as the text.
+    static const wchar_t* wide(const char* text);
 
     MemoryBudget& budget() { return budget_; }
 
   private:
+    // What a text takes besides its bytes: the terminator, and what stands before the text.
+    static constexpr std::size_t kPrefix = sizeof(std::uint32_t);
+    static constexpr std::size_t kTextCost = 1 + kPrefix;
+
     struct Name {
         std::uint64_t hash;
         std::string_view utf8;  // NUL-terminated
@@ -41,15 +60,20 @@ class TextStore {
         Name* follower;  // the name that was interned next last time, or null
     };
 
-    wchar_t* openText() const { return reinterpret_cast<wchar_t*>(arena_.open()); }
-    void makeRoom(std::size_t characters);
+    void makeRoom(std::size_t length);
+    void addBlock(std::size_t size);
     Name* findName(std::string_view utf8);
     Name* addName(std::string_view utf8, std::uint64_t hash, std::size_t slot);
     void growTable();
 
     MemoryBudget budget_;
-    Arena arena_;
-    std::size_t length_ = 0;  // of the open text, in characters
+    std::vector<kest::Malloced<char>>
+        blocks_;  // texts, and behind them the place for as many wide characters
+    std::size_t blockSize_ = 0;
+    wchar_t* wides_ = nullptr;  // of the last block
+    char* text_ = nullptr;      // the open text, from here to next_
+    char* next_ = nullptr;
+    char* end_ = nullptr;  // of the block
     std::deque<Name> names_;
     std::vector<Name*> table_;  // open addressing; the size is a power of two, at most half is used
     Name* latest_ = nullptr;

@@ -13,9 +13,9 @@ namespace {
 // The memory that an open element takes in the builder and in the parser.
 constexpr std::size_t kLevelCost = 256;
 
-bool isWhitespace(std::wstring_view text) {
-    return std::all_of(text.begin(), text.end(), [](wchar_t character) {
-        return character == L' ' || character == L'\t' || character == L'\n' || character == L'\r';
+bool isWhitespace(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char character) {
+        return character == ' ' || character == '\t' || character == '\n' || character == '\r';
     });
 }
 
@@ -81,12 +81,12 @@ void TreeBuilder::finishText(bool elementFollows) {
     if (!texts.isOpen()) return;
     if (!keepWhitespace_ && isWhitespace(texts.open())) {
         const bool besideElement = elementFollows || open_.back().lastChild != nullptr;
-        if (besideElement || texts.open().find(L'\n') != std::wstring_view::npos) {
+        if (besideElement || texts.open().find('\n') != std::string_view::npos) {
             texts.drop();
             return;
         }
     }
-    const wchar_t* const text = texts.finish();
+    const char* const text = texts.finish();
     addChild(new (memory().nodes.allocate(sizeof(TextNode))) TextNode(text));
 }
 

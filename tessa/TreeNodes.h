@@ -16,10 +16,11 @@ class ElementNode : public Node {
 
     int type() const override { return kElement; }
     const wchar_t* text() const override { return name_->text(); }
+    const char* utf8() const override { return nullptr; }
     const kest::String& name() const override { return *name_; }
     int getChildren(const NodeList** children) const override;
     const StringMap* attributes() const override { return attributes_; }
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+    std::shared_ptr<TextStore> shareTexts() const override { return nullptr; }
 
   private:
     friend class TreeBuilder;
@@ -30,17 +31,18 @@ class ElementNode : public Node {
 
 class TextNode final : public Node {
   public:
-    explicit TextNode(const wchar_t* text) : text_(text) {}
+    explicit TextNode(const char* text) : text_(text) {}
 
     int type() const override { return kText; }
-    const wchar_t* text() const override { return text_; }
+    const wchar_t* text() const override { return TextStore::wide(text_); }
+    const char* utf8() const override { return text_; }
     const kest::String& name() const override;
     int getChildren(const NodeList** children) const override;
     const StringMap* attributes() const override;
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+    std::shared_ptr<TextStore> shareTexts() const override { return nullptr; }
 
   private:
-    const wchar_t* text_;
+    const char* text_;
 };
 
 // The memory of a tree: its texts, which can outlive it, and its nodes.
@@ -54,7 +56,7 @@ class RootNode final : public ElementNode {
     RootNode(const kest::String* name, const StringMap* attributes, std::unique_ptr<TreeMemory> memory)
         : ElementNode(name, attributes), memory_(std::move(memory)) {}
 
-    std::shared_ptr<const void> shareTexts() const override { return memory_->texts; }
+    std::shared_ptr<TextStore> shareTexts() const override { return memory_->texts; }
 
   private:
     std::unique_ptr<TreeMemory> memory_;

@@ -76,6 +76,12 @@ wchar_t* widenUtf8(const char* utf8, std::size_t length, wchar_t* out) {
     return out;
 }
 
+std::wstring widened(std::string_view utf8) {
+    std::wstring wide(utf8.size(), L'\0');
+    wide.resize(static_cast<std::size_t>(widenUtf8(utf8.data(), utf8.size(), wide.data()) - wide.data()));
+    return wide;
+}
+
 char* narrowUtf8(wchar_t codePoint, char* out) {
     const std::uint32_t code = static_cast<char32_t>(codePoint);
     const auto put = [&out](std::uint32_t byte) { *out++ = static_cast<char>(byte); };

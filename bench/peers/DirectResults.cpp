@@ -23,11 +23,11 @@ struct Filling {
     std::string metadata;  // the XML text of the current result
 };
 
-const wchar_t* valueOf(Filling& filling, const XML_Char** attributes, const char* name) {
+const char* valueOf(Filling& filling, const XML_Char** attributes, const char* name) {
     for (; *attributes != nullptr; attributes += 2) {
         if (std::strcmp(attributes[0], name) == 0) return filling.texts.add(attributes[1]);
     }
-    return L"";
+    return "";
 }
 
 bool inMetadata(const Filling& filling) {
@@ -44,8 +44,8 @@ void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** attribut
     } else if (inMetadata(filling) || (filling.depth == 3 && std::strcmp(name, "Metadata") == 0)) {
         filling.metadata.append("<").append(name).append(">");
     } else if (filling.depth == 3) {
-        filling.variables.push_back(
-            {valueOf(filling, attributes, "name"), valueOf(filling, attributes, "value")});
+        filling.variables.push_back({tessa::TextStore::wide(valueOf(filling, attributes, "name")),
+                                     valueOf(filling, attributes, "value")});
     }
 }
 

@@ -17,17 +17,12 @@ struct Filling {
     int depth = 0;
     const wchar_t* group = nullptr;
     const wchar_t* field = nullptr;
-    std::vector<zav::HWField> fields{};
+    zav::HWInstance instance{};
 };
 
 void storeInstance(Filling& filling) {
-    // Copying makes the vector's capacity equal to its size.
-    zav::HWInstance instance;
-    instance.fields = filling.fields;
-    instance.makeFieldNames();
-    const int id = zav::HW_getGroupId(filling.group);
-    filling.context.groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
-    filling.fields.clear();
+    filling.context.tables.add(zav::HW_getGroupId(filling.group), filling.instance);
+    filling.instance.fields.clear();
 }
 
 void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attributes*/) {
@@ -40,7 +35,8 @@ void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attrib
 void XMLCALL onEnd(void* data, const XML_Char* /*name*/) {
     auto& filling = *static_cast<Filling*>(data);
     if (filling.depth == 3) {
-        filling.fields.push_back({filling.field, filling.texts.isOpen() ? filling.texts.finish() : L""});
+        filling.instance.fields.push_back(
+            {filling.field, filling.texts.isOpen() ? filling.texts.finish() : ""});
     }
     if (filling.depth == 2) storeInstance(filling);
     --filling.depth;
@@ -54,7 +50,7 @@ void XMLCALL onText(void* data, const XML_Char* text, int length) {
 
 bool fillTablesDirectly(const std::string& path, ZAVHwCtx& context) {
     const auto texts = std::make_shared<tessa::TextStore>();
-    context.texts.document = texts;
+    context.tables.setTexts(texts);
     Filling filling{context, *texts};
     XML_Parser parser = XML_ParserCreate(nullptr);
     XML_SetUserData(parser, &filling);

@@ -39,7 +39,8 @@ class Copying {
         std::vector<zav::SWVariable> variables;
         for (xmlNode* child = signature->children; child != nullptr; child = child->next) {
             if (isCalled(child, "Variable"))
-                variables.push_back({attribute(child, "name"), attribute(child, "value")});
+                variables.push_back(
+                    {tessa::TextStore::wide(attribute(child, "name")), attribute(child, "value")});
             if (isCalled(child, "Metadata")) result->metadata = textOf(child);
         }
         result->setVariables(variables);
@@ -47,12 +48,12 @@ class Copying {
     }
 
   private:
-    const wchar_t* attribute(const xmlNode* element, const char* name) {
+    const char* attribute(const xmlNode* element, const char* name) {
         for (const xmlAttr* next = element->properties; next != nullptr; next = next->next) {
             if (std::strcmp(plain(next->name), name) != 0) continue;
-            return next->children == nullptr ? L"" : texts_->add(plain(next->children->content));
+            return next->children == nullptr ? "" : texts_->add(plain(next->children->content));
         }
-        return L"";
+        return "";
     }
 
     const wchar_t* textOf(xmlNode* element) {

@@ -21,11 +21,10 @@ void copyInstance(const xmlNode* element, ZAVHwCtx& context, tessa::TextStore& t
             const char* const content = reinterpret_cast<const char*>(text->content);
             texts.append(content, std::strlen(content));
         }
-        instance.fields.push_back({name, texts.isOpen() ? texts.finish() : L""});
+        instance.fields.push_back({name, texts.isOpen() ? texts.finish() : ""});
     }
-    instance.makeFieldNames();
-    const int id = zav::HW_getGroupId(texts.intern(reinterpret_cast<const char*>(element->name))->text());
-    context.groups.at(static_cast<std::size_t>(id)).push_back(std::move(instance));
+    const wchar_t* const group = texts.intern(reinterpret_cast<const char*>(element->name))->text();
+    context.tables.add(zav::HW_getGroupId(group), instance);
 }
 
 }  // namespace
@@ -34,7 +33,7 @@ bool fillTablesWithLibxml(const std::string& path, ZAVHwCtx& context) {
     xmlDoc* const document = xmlReadFile(path.c_str(), nullptr, XML_PARSE_HUGE);
     if (document == nullptr) return false;
     const auto texts = std::make_shared<tessa::TextStore>();
-    context.texts.document = texts;
+    context.tables.setTexts(texts);
     const xmlNode* const root = xmlDocGetRootElement(document);
     for (const xmlNode* child = root->children; child != nullptr; child = child->next) {
         if (child->type == XML_ELEMENT_NODE) copyInstance(child, context, *texts);

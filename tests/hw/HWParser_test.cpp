@@ -4,6 +4,7 @@
 
 #include "intake/XMLParser.h"
 #include "kest/Text.h"
+#include "tessa/Utf8.h"
 #include "tests/hw/Inventory.h"
 #include "tests/support/ChildlessNode.h"
 
@@ -19,7 +20,14 @@ using Fields = std::vector<std::pair<std::wstring, std::wstring>>;
 
 Fields textsOf(const HWInstance& instance) {
     Fields fields;
-    for (const HWField& field : instance.fields) fields.emplace_back(field.name, field.value);
+    for (const HWField& field : instance.fields) fields.emplace_back(field.name, tessa::widened(field.value));
+    return fields;
+}
+
+Fields textsOf(const HWTables::Row& row) {
+    Fields fields;
+    for (std::size_t i = 0; i < row.size(); ++i)
+        fields.emplace_back((*row.names)[i], tessa::TextStore::wide(row.values[i]));
     return fields;
 }
 
@@ -50,14 +58,14 @@ class HWParserTest : public testing::Test {
     std::vector<Fields> instances(int group) {
         parser_.reset();
         std::vector<Fields> all;
-        for (const HWInstance& instance : context_.groups.at(static_cast<std::size_t>(group)))
-            all.push_back(textsOf(instance));
+        for (int i = 0; const HWTables::Row* const row = context_.tables.find(group, i); ++i)
+            all.push_back(textsOf(*row));
         return all;
     }
 
     std::size_t storedInstances() {
         std::size_t count = 0;
-        for (const auto& instances : context_.groups) count += instances.size();
+        for (int group = 0; group < kGroupSlots; ++group) count += context_.tables.count(group);
         return count;
     }
 
@@ -90,11 +98,12 @@ TEST_F(HWParserTest, TheMessageAtTheEndCountsInstancesNotGroups) {
 
 TEST_F(HWParserTest, TheFieldNamesPointAtTheNamesOfTheInstance) {
     EXPECT_EQ(parse("<QEL><Memory><B>1</B><A>2</A><B>3</B></Memory><Memory/></QEL>"), 0);
-    const std::vector<HWInstance>& stored = context_.groups[3];
-    ASSERT_EQ(stored.size(), 2U);
-    ASSERT_EQ(stored[0].fields.size(), 3U);
-    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(stored[0].fieldNames.get()[i], stored[0].fields[i].name);
-    EXPECT_EQ(stored[1].fieldNames, nullptr);
+    ASSERT_EQ(context_.tables.count(3), 2U);
+    const HWTables::Row& row = *context_.tables.find(3, 0);
+    const wchar_t** const names = HWTables::nameArray(row);
+    EXPECT_EQ(std::vector<std::wstring>(names, names + row.size()),
+              (std::vector<std::wstring>{L"B", L"A", L"B"}));
+    EXPECT_EQ(HWTables::nameArray(*context_.tables.find(3, 1)), nullptr);
 }
 
 TEST_F(HWParserTest, AFieldThatOccursTwiceIsKeptTwice) {
@@ -173,7 +182,7 @@ TEST_F(HWParserTest, AnElementInAFieldIsAnErrorThatNamesTheField) {
     EXPECT_EQ(log_.messages,
               (Messages{{0, 3, "parseHWField()", "Error: unrecognized format of value in field [C]"}}));
     EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"A", L"1"}}}));
-    EXPECT_EQ(context_.groups[3].size(), 1U);
+    EXPECT_EQ(context_.tables.count(3), 1U);
 }
 
 TEST_F(HWParserTest, OnlyTheFirstFaultIsReported) {
@@ -209,7 +218,7 @@ TEST_F(HWParserTest, AnInstanceWithoutChildrenHasNoFields) {
 
 TEST_F(HWParserTest, TheFieldsOfAnInstanceAreAppended) {
     HWInstance instance;
-    instance.fields = {{L"first", L"1"}};
+    instance.fields = {{L"first", "1"}};
     EXPECT_EQ(HW_parseHWGroup(&context_, &instance, read("<Memory><B>2</B><A>3</A></Memory>")), 0);
     EXPECT_EQ(textsOf(instance), (Fields{{L"first", L"1"}, {L"B", L"2"}, {L"A", L"3"}}));
 }
@@ -224,25 +233,25 @@ TEST_F(HWParserTest, AFieldWithoutChildrenHasTheEmptyValue) {
     const zavtest::ChildlessNode failing(L"Memory", -1);
     const zavtest::ChildlessNode listless(L"Memory", 0);
     const Node* const text = firstChild("<QEL>text</QEL>");
-    std::wstring value;
+    std::string value;
     for (const Node* const field : {static_cast<const Node*>(nullptr), static_cast<const Node*>(&failing),
                                     static_cast<const Node*>(&listless), text}) {
         EXPECT_EQ(HW_parseHWField(&context_, field, value), 0);
     }
     EXPECT_EQ(HW_parseHWField(&context_, read("<Size/>"), value), 0);
-    EXPECT_EQ(value, L"");
+    EXPECT_EQ(value, "");
     EXPECT_EQ(parse("<QEL><Memory><Size/><Type></Type></Memory></QEL>"), 0);
     EXPECT_EQ(instances(3), (std::vector<Fields>{{{L"Size", L""}, {L"Type", L""}}}));
 }
 
 TEST_F(HWParserTest, AFieldsTextIsAddedToTheValue) {
-    std::wstring value = L"before ";
+    std::string value = "before ";
     EXPECT_EQ(HW_parseHWField(&context_, read("<Size>text</Size>"), value), 0);
-    EXPECT_EQ(value, L"before text");
+    EXPECT_EQ(value, "before text");
 }
 
 TEST_F(HWParserTest, TheTextBeforeAnElementInAFieldIsNoValue) {
-    std::wstring value;
+    std::string value;
     EXPECT_EQ(HW_parseHWField(&context_, read("<Size>1<Unit/>2</Size>"), value), 104);
     EXPECT_EQ(log_.messages,
               (Messages{{0, 3, "parseHWField()", "Error: unrecognized format of value in field [Size]"}}));

@@ -66,10 +66,10 @@ TEST_F(HwInitTest, ANewContextHasTheHandlesSettingsAndNoResults) {
     EXPECT_EQ(context->library, handle_);
     EXPECT_EQ(context->installDir, L"/opt/zav/bin");
     EXPECT_EQ(context->returnCode, -1);
-    EXPECT_EQ(context->groups.size(), 52U);
-    for (std::size_t id = 0; id <= 51; ++id) {
-        EXPECT_EQ(context->groupEnabled.at(id), 0) << id;
-        EXPECT_TRUE(context->groups.at(id).empty()) << id;
+    EXPECT_EQ(context->groupEnabled.size(), 52U);
+    for (int id = 0; id <= 51; ++id) {
+        EXPECT_EQ(context->groupEnabled.at(static_cast<std::size_t>(id)), 0) << id;
+        EXPECT_EQ(context->tables.count(id), 0U) << id;
     }
     EXPECT_EQ(ZAV_hw_free(context), 0);
 }
@@ -305,17 +305,15 @@ TEST_F(HwInitTest, FreeKeepsForeignFiles) {
 
 TEST(DiscardResults, ReleasesEveryInstanceOfEveryGroup) {
     ZAVHwCtx context;
-    for (const std::size_t id : {3U, 51U}) {
-        zav::HWInstance instance;
-        instance.fields = {{L"Name", L"value"}};
-        instance.makeFieldNames();
-        context.groups.at(id).push_back(std::move(instance));
-        context.groups.at(id).emplace_back();
+    for (const int id : {3, 51}) {
+        context.tables.add(id, {{{L"Name", "value"}}});
+        context.tables.add(id, {});
+        EXPECT_EQ(context.tables.count(id), 2U);
     }
     context.returnCode = 0;
     context.discardResults();
     EXPECT_EQ(context.returnCode, -1);
-    for (std::size_t id = 0; id <= 51; ++id) EXPECT_EQ(context.groups.at(id).capacity(), 0U) << id;
+    for (int id = 0; id <= 51; ++id) EXPECT_EQ(context.tables.count(id), 0U) << id;
 }
 
 }  // namespace

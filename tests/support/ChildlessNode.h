@@ -13,13 +13,14 @@ class ChildlessNode : public tessa::Node {
 
     int type() const override { return kElement; }
     const wchar_t* text() const override { return name_.text(); }
+    const char* utf8() const override { return nullptr; }
     const kest::String& name() const override { return name_; }
     int getChildren(const tessa::NodeList** children) const override {
         *children = nullptr;
         return result_;
     }
     const tessa::StringMap* attributes() const override { return &attributes_; }
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+    std::shared_ptr<tessa::TextStore> shareTexts() const override { return nullptr; }
 
   private:
     kest::String name_;

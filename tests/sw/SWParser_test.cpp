@@ -6,6 +6,7 @@
 #include "intake/XMLParser.h"
 #include "kest/Text.h"
 #include "tessa/NodeReader.h"
+#include "tessa/Utf8.h"
 #include "tests/support/ChildlessNode.h"
 #include "tests/sw/Evaluation.h"
 
@@ -52,9 +53,9 @@ class SWParserTest : public testing::Test {
         parser_.reset();
         std::vector<Expected> all;
         for (const auto& result : context_.results) {
-            Expected one = {result->guid, result->name, result->metadata, {}};
+            Expected one = {tessa::widened(result->guid), tessa::widened(result->name), result->metadata, {}};
             for (const SWVariable& each : result->variables)
-                one.variables.emplace_back(each.name, each.value);
+                one.variables.emplace_back(each.name, tessa::widened(each.value));
             all.push_back(one);
         }
         return all;

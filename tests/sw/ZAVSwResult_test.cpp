@@ -9,7 +9,7 @@
 
 namespace {
 
-using Pairs = std::vector<std::pair<std::wstring, std::wstring>>;
+using Pairs = std::vector<std::pair<std::wstring, std::string>>;
 
 Pairs pairsOf(const ZAVSwResult& result) {
     Pairs pairs;
@@ -20,8 +20,8 @@ Pairs pairsOf(const ZAVSwResult& result) {
 
 TEST(ZAVSwResult, IsEmptyAtFirst) {
     const ZAVSwResult result;
-    EXPECT_STREQ(result.guid, L"");
-    EXPECT_STREQ(result.name, L"");
+    EXPECT_STREQ(result.guid, "");
+    EXPECT_STREQ(result.name, "");
     EXPECT_STREQ(result.metadata, L"");
     EXPECT_TRUE(result.variables.empty());
     EXPECT_EQ(result.variableNames, nullptr);
@@ -32,23 +32,20 @@ TEST(ZAVSwResult, IsEmptyAtFirst) {
 TEST(ZAVSwResult, VariablesAreSortedByTheirCharactersCodes) {
     ZAVSwResult result;
     result.setVariables(
-        {{L"b", L"1"}, {L"\U0001F600", L"2"}, {L"aa", L"3"}, {L"\u00E4", L"4"}, {L"a", L"5"}, {L"Z", L"6"}});
-    EXPECT_EQ(pairsOf(result), (Pairs{{L"Z", L"6"},
-                                      {L"a", L"5"},
-                                      {L"aa", L"3"},
-                                      {L"b", L"1"},
-                                      {L"\u00E4", L"4"},
-                                      {L"\U0001F600", L"2"}}));
+        {{L"b", "1"}, {L"\U0001F600", "2"}, {L"aa", "3"}, {L"\u00E4", "4"}, {L"a", "5"}, {L"Z", "6"}});
+    EXPECT_EQ(
+        pairsOf(result),
+        (Pairs{{L"Z", "6"}, {L"a", "5"}, {L"aa", "3"}, {L"b", "1"}, {L"\u00E4", "4"}, {L"\U0001F600", "2"}}));
 }
 
 TEST(ZAVSwResult, TheLastVariableOfANameIsKept) {
     ZAVSwResult result;
-    result.setVariables({{L"b", L"1"}, {L"a", L"2"}, {L"b", L"3"}});
-    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", L"2"}, {L"b", L"3"}}));
-    result.setVariables({{L"a", L"1"}, {L"a", L"2"}, {L"a", L"3"}});
-    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", L"3"}}));
-    result.setVariables({{L"a", L"1"}, {L"b", L"2"}, {L"b", L"3"}});
-    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", L"1"}, {L"b", L"3"}}));
+    result.setVariables({{L"b", "1"}, {L"a", "2"}, {L"b", "3"}});
+    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", "2"}, {L"b", "3"}}));
+    result.setVariables({{L"a", "1"}, {L"a", "2"}, {L"a", "3"}});
+    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", "3"}}));
+    result.setVariables({{L"a", "1"}, {L"b", "2"}, {L"b", "3"}});
+    EXPECT_EQ(pairsOf(result), (Pairs{{L"a", "1"}, {L"b", "3"}}));
 }
 
 TEST(ZAVSwResult, AnyOrderGivesWhatAnOrderedMapWouldGive) {
@@ -56,9 +53,9 @@ TEST(ZAVSwResult, AnyOrderGivesWhatAnOrderedMapWouldGive) {
     for (int round = 0; round < 200; ++round) {
         Pairs texts;
         for (int i = 0; i < round % 40; ++i) {
-            texts.emplace_back(std::to_wstring(random() % 20), std::to_wstring(i));
+            texts.emplace_back(std::to_wstring(random() % 20), std::to_string(i));
         }
-        std::map<std::wstring, std::wstring> expected;
+        std::map<std::wstring, std::string> expected;
         std::vector<zav::SWVariable> variables;
         for (const auto& [name, value] : texts) {
             expected[name] = value;
@@ -74,9 +71,9 @@ TEST(ZAVSwResult, AnyOrderGivesWhatAnOrderedMapWouldGive) {
 
 TEST(ZAVSwResult, ANameIsFoundOnlyAsItStands) {
     ZAVSwResult result;
-    result.setVariables({{L"Name", L"1"}, {L"other", L""}});
-    EXPECT_STREQ(result.findValue(L"Name"), L"1");
-    EXPECT_STREQ(result.findValue(L"other"), L"");
+    result.setVariables({{L"Name", "1"}, {L"other", ""}});
+    EXPECT_STREQ(result.findValue(L"Name"), "1");
+    EXPECT_STREQ(result.findValue(L"other"), "");
     for (const wchar_t* const missing : {L"name", L"Nam", L"Names", L"", L"zzz"}) {
         EXPECT_EQ(result.findValue(missing), nullptr) << missing;
     }
@@ -84,7 +81,7 @@ TEST(ZAVSwResult, ANameIsFoundOnlyAsItStands) {
 
 TEST(ZAVSwResult, TheNamesPointAtTheNamesOfTheVariables) {
     ZAVSwResult result;
-    result.setVariables({{L"b", L"1"}, {L"a", L"2"}});
+    result.setVariables({{L"b", "1"}, {L"a", "2"}});
     result.generateVariablesNames();
     for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(result.variableNames.get()[i], result.variables[i].name);
 }

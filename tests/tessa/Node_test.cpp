@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "tessa/TextStore.h"
 #include "tests/support/Allocations.h"
 #include "tests/tessa/Reading.h"
 
@@ -91,7 +92,7 @@ TEST(Node, AttributesCanBeWalkedWithoutCopies) {
     std::wstring values;
     for (const Attribute& attribute : *document.root->attributes()) {
         names.push_back(attribute.name);
-        values += attribute.value;
+        values += TextStore::wide(attribute.value);
     }
     EXPECT_EQ(values, L"12");
     EXPECT_EQ(names.at(0)->view(), L"z");

@@ -4,6 +4,7 @@
 
 #include "kest/Text.h"
 #include "tessa/NodeReader.h"
+#include "tessa/TextStore.h"
 
 namespace tessa::conformance {
 
@@ -43,7 +44,8 @@ void show(const Node& node, std::string& text) {
     }
     text += '<' + escaped(node.text());
     std::map<std::wstring, std::wstring> attributes;
-    for (const Attribute& each : *node.attributes()) attributes[each.name->text()] = each.value;
+    for (const Attribute& each : *node.attributes())
+        attributes[each.name->text()] = TextStore::wide(each.value);
     for (const auto& [name, value] : attributes)
         text.append(" ").append(escaped(name)).append("=").append(escaped(value));
     text += '>';

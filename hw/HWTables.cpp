@@ -1,0 +1,47 @@
+#include "hw/HWTables.h"
+
+#include <algorithm>
+
+namespace zav {
+
+namespace {
+
+// Equal names of a document have one address.
+bool haveSameNames(const HWTables::Names& names, const HWInstance& instance) {
+    return std::equal(names.begin(), names.end(), instance.fields.begin(), instance.fields.end(),
+                      [](const wchar_t* name, const HWField& field) { return name == field.name; });
+}
+
+}  // namespace
+
+void HWTables::clear() {
+    for (auto& rows : rows_) std::vector<Row>().swap(rows);
+    names_.clear();
+    values_.clear();
+    texts_.reset();
+}
+
+void HWTables::add(int group, const HWInstance& instance) {
+    std::vector<Row>& rows = rows_.at(static_cast<std::size_t>(group));
+    auto* const values = static_cast<const char**>(values_.allocate(instance.fields.size() * sizeof(char*)));
+    std::transform(instance.fields.begin(), instance.fields.end(), values,
+                   [](const HWField& field) { return field.value; });
+    rows.push_back({namesOf(rows, instance), values});
+}
+
+HWTables::Names* HWTables::namesOf(const std::vector<Row>& neighbours, const HWInstance& instance) {
+    if (!neighbours.empty() && haveSameNames(*neighbours.back().names, instance))
+        return neighbours.back().names;
+    Names& names = names_.emplace_back();
+    names.reserve(instance.fields.size());
+    for (const HWField& field : instance.fields) names.push_back(field.name);
+    return &names;
+}
+
+const HWTables::Row* HWTables::find(int group, int instance) const {
+    const std::vector<Row>& rows = rowsOf(group);
+    const auto index = static_cast<std::size_t>(instance);
+    return instance >= 0 && index < rows.size() ? &rows[index] : nullptr;
+}
+
+}  // namespace zav
