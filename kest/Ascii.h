@@ -17,6 +17,13 @@ constexpr Character asciiLower(Character character) {
     return isAsciiUpper(character) ? static_cast<Character>(character + ('a' - 'A')) : character;
 }
 
+// The value of a hexadecimal digit, -1 for any other character.
+constexpr int hexDigit(char character) {
+    if (character >= '0' && character <= '9') return character - '0';
+    const char letter = asciiLower(character);
+    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
 inline std::string lowerCase(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) c = asciiLower(c);

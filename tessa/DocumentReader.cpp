@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "kest/Ascii.h"
 #include "kest/Escape.h"
@@ -14,6 +15,7 @@
 #include "tessa/Encoding.h"
 #include "tessa/EntityTable.h"
 #include "tessa/LineFinder.h"
+#include "tessa/PlainReader.h"
 #include "tessa/ReadError.h"
 #include "tessa/Transcoder.h"
 #include "tessa/TreeBuilder.h"
@@ -86,7 +88,7 @@ class Document {
     static void XMLCALL onStart(void* self, const XML_Char* name, const XML_Char** attributes) {
         handle(self, [=](Document& document) {
             if (document.hasDoctype_) document.entities_.leaveOutReferences(document.currentTag());
-            document.builder_.startElement(name, attributes);
+            document.startElement(name, attributes);
         });
     }
 
@@ -178,6 +180,13 @@ class Document {
         }
     }
 
+    // `attributes` are alternating names and values, ended by a null pointer.
+    void startElement(const char* name, const char** attributes) {
+        attributes_.clear();
+        for (; *attributes != nullptr; attributes += 2) attributes_.push_back({attributes[0], attributes[1]});
+        builder_.startElement(name, attributes_);
+    }
+
     void checkVersion(const char* version) {
         if (version != nullptr && std::string_view(version) != "1.0")
             throw fault("XML version " + kest::quoted(version) + " is not supported, only \"1.0\"");
@@ -262,7 +271,7 @@ class Document {
     }
 
     std::string expectedAfter(XML_Error code) const {
-        const std::string expected = builder_.openName();
+        const std::string expected(builder_.openName());
         const bool tells = code == XML_ERROR_TAG_MISMATCH || code == XML_ERROR_NO_ELEMENTS;
         return tells && !expected.empty() ? ", the end of " + kest::quoted(expected) + " is expected" : "";
     }
@@ -286,6 +295,7 @@ class Document {
     std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
     std::optional<Transcoder> transcoder_;
     TreeBuilder builder_;
+    std::vector<AttributeText> attributes_;  // of the current element
     LineFinder* finder_ = nullptr;
     bool isDeclared_ = false;  // the encoding
     bool isLatin1_ = false;
@@ -319,6 +329,8 @@ std::unique_ptr<Node> read(const ReaderSettings& settings, NodeSink& sink, Docum
 }  // namespace
 
 std::unique_ptr<Node> readDocument(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file) {
+    if (std::unique_ptr<Node> root = readPlainDocument(settings, file)) return root;
+    file.rewind();
     return read(settings, sink, file, nullptr);
 }
 

@@ -47,12 +47,12 @@ std::uint64_t hashOf(std::string_view bytes) {
 
 // Instances of a group have the same fields in the same order, so the name that followed the previous one last time is
 // nearly always the next.
-const kest::String* TextStore::intern(std::string_view utf8) {
+const TextStore::Name* TextStore::intern(std::string_view utf8) {
     Name* const expected = latest_ != nullptr ? latest_->follower : nullptr;
     Name* const name = expected != nullptr && expected->utf8 == utf8 ? expected : findName(utf8);
     if (latest_ != nullptr) latest_->follower = name;
     latest_ = name;
-    return &name->text;
+    return name;
 }
 
 TextStore::Name* TextStore::findName(std::string_view utf8) {

@@ -21,12 +21,25 @@ namespace tessa {
 // written to takes no room. Before each text stands where that place is. Not for several threads at once.
 class TextStore {
   public:
+    struct Name {
+        std::uint64_t hash;
+        std::string_view utf8;  // NUL-terminated
+        kest::String text;
+        Name* follower;  // the name that was interned next last time, or null
+    };
+
     TextStore() = default;
     TextStore(const TextStore&) = delete;
     TextStore& operator=(const TextStore&) = delete;
 
-    // The String of a name that is given in UTF-8. Equal names have the same String.
-    const kest::String* intern(std::string_view utf8);
+    // Stores a name that is given in UTF-8. Equal names are the same Name.
+    const Name* intern(std::string_view utf8);
+
+    // The name that will probably be interned next; may be empty.
+    std::string_view expectedName() const {
+        return latest_ != nullptr && latest_->follower != nullptr ? latest_->follower->utf8
+                                                                  : std::string_view();
+    }
 
     // Builds a text in pieces: append() each piece, then finish() or drop() the text. finish() returns the text, which
     // must not be changed.
@@ -52,13 +65,6 @@ class TextStore {
     // What a text takes besides its bytes: the terminator, and what stands before the text.
     static constexpr std::size_t kPrefix = sizeof(std::uint32_t);
     static constexpr std::size_t kTextCost = 1 + kPrefix;
-
-    struct Name {
-        std::uint64_t hash;
-        std::string_view utf8;  // NUL-terminated
-        kest::String text;
-        Name* follower;  // the name that was interned next last time, or null
-    };
 
     void makeRoom(std::size_t length);
     void addBlock(std::size_t size);

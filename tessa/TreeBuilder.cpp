@@ -4,8 +4,6 @@
 #include <new>
 #include <string_view>
 
-#include "tessa/Utf8.h"
-
 namespace tessa {
 
 namespace {
@@ -21,20 +19,20 @@ bool isWhitespace(std::string_view text) {
 
 }  // namespace
 
-void TreeBuilder::startElement(const char* name, const char** attributes) {
+void TreeBuilder::startElement(std::string_view name, const std::vector<AttributeText>& attributes) {
     memory().texts->budget().charge(kLevelCost);
     finishText(true);
-    const kest::String* const internedName = memory().texts->intern(name);
+    const TextStore::Name* const interned = memory().texts->intern(name);
     const StringMap* const map = keepAttributes(attributes);
     ElementNode* element = nullptr;
     if (root_ == nullptr) {
-        root_ = std::make_unique<RootNode>(internedName, map, std::move(owned_));
+        root_ = std::make_unique<RootNode>(&interned->text, map, std::move(owned_));
         element = root_.get();
     } else {
-        element = new (memory().nodes.allocate(sizeof(ElementNode))) ElementNode(internedName, map);
+        element = new (memory().nodes.allocate(sizeof(ElementNode))) ElementNode(&interned->text, map);
         addChild(element);
     }
-    open_.push_back({element, nullptr});
+    open_.push_back({interned->utf8, element, nullptr});
 }
 
 void TreeBuilder::endElement() {
@@ -43,30 +41,19 @@ void TreeBuilder::endElement() {
     memory().texts->budget().refund(kLevelCost);
 }
 
-std::string TreeBuilder::openName() const {
-    std::string name;
-    if (open_.empty()) return name;
-    for (const wchar_t* character = open_.back().element->text(); *character != L'\0'; ++character) {
-        char bytes[4];
-        name.append(bytes, narrowUtf8(*character, bytes));
-    }
-    return name;
-}
-
 std::unique_ptr<Node> TreeBuilder::takeRoot() {
     return open_.empty() ? std::unique_ptr<Node>(std::move(root_)) : nullptr;
 }
 
-const StringMap* TreeBuilder::keepAttributes(const char** attributes) {
-    if (*attributes == nullptr) return &kNoAttributes;
-    std::size_t count = 0;
-    while (attributes[2 * count] != nullptr) ++count;
-    auto* const kept = static_cast<Attribute*>(memory().nodes.allocate(count * sizeof(Attribute)));
+const StringMap* TreeBuilder::keepAttributes(const std::vector<AttributeText>& attributes) {
+    if (attributes.empty()) return &kNoAttributes;
+    Arena& nodes = memory().nodes;
+    auto* const kept = static_cast<Attribute*>(nodes.allocate(attributes.size() * sizeof(Attribute)));
     TextStore& texts = *memory().texts;
-    for (std::size_t i = 0; i < count; ++i) {
-        kept[i] = {texts.intern(attributes[2 * i]), texts.add(attributes[2 * i + 1])};
-    }
-    return new (memory().nodes.allocate(sizeof(StringMap))) StringMap(kept, static_cast<int>(count));
+    std::transform(attributes.begin(), attributes.end(), kept, [&texts](const AttributeText& attribute) {
+        return Attribute{&texts.intern(attribute.name)->text, texts.add(attribute.value)};
+    });
+    return new (nodes.allocate(sizeof(StringMap))) StringMap(kept, static_cast<int>(attributes.size()));
 }
 
 void TreeBuilder::addChild(Node* node) {

@@ -28,8 +28,8 @@ void storeInstance(Filling& filling) {
 void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char** /*attributes*/) {
     auto& filling = *static_cast<Filling*>(data);
     ++filling.depth;
-    if (filling.depth == 2) filling.group = filling.texts.intern(name)->text();
-    if (filling.depth == 3) filling.field = filling.texts.intern(name)->text();
+    if (filling.depth == 2) filling.group = filling.texts.intern(name)->text.text();
+    if (filling.depth == 3) filling.field = filling.texts.intern(name)->text.text();
 }
 
 void XMLCALL onEnd(void* data, const XML_Char* /*name*/) {

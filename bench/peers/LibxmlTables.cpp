@@ -16,14 +16,14 @@ void copyInstance(const xmlNode* element, ZAVHwCtx& context, tessa::TextStore& t
     zav::HWInstance instance;
     for (const xmlNode* field = element->children; field != nullptr; field = field->next) {
         if (field->type != XML_ELEMENT_NODE) continue;
-        const wchar_t* const name = texts.intern(reinterpret_cast<const char*>(field->name))->text();
+        const wchar_t* const name = texts.intern(reinterpret_cast<const char*>(field->name))->text.text();
         for (const xmlNode* text = field->children; text != nullptr; text = text->next) {
             const char* const content = reinterpret_cast<const char*>(text->content);
             texts.append(content, std::strlen(content));
         }
         instance.fields.push_back({name, texts.isOpen() ? texts.finish() : ""});
     }
-    const wchar_t* const group = texts.intern(reinterpret_cast<const char*>(element->name))->text();
+    const wchar_t* const group = texts.intern(reinterpret_cast<const char*>(element->name))->text.text();
     context.tables.add(zav::HW_getGroupId(group), instance);
 }
 
