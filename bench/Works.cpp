@@ -10,10 +10,9 @@
 #include "bench/peers/DirectTables.h"
 #include "bench/peers/ExpatTokens.h"
 #include "bench/peers/LibxmlTables.h"
-#include "hw/HWParser.h"
+#include "hw/HWPlainOutput.h"
 #include "include/zav.h"
 #include "intake/ScannerProcess.h"
-#include "intake/XMLParser.h"
 #include "kest/Text.h"
 
 namespace zavbench {
@@ -30,8 +29,7 @@ std::shared_ptr<ZAVHwCtx> emptyTables() {
 
 Action readWithLibrary(const Arguments& arguments) {
     return [path = kest::widen(arguments.at(0)), context = emptyTables()] {
-        const zav::XMLParser parser(nullptr, path.c_str());
-        return parser.status == 0 && zav::HW_parseHWData(context.get(), parser.getRootNode()) == 0;
+        return zav::HW_readPlainOutput(context.get(), path) >= 0;
     };
 }
 

@@ -17,7 +17,7 @@ void must(bool holds) {
 }
 
 void checkResult(ZAVSwCtx& context, const ZAVSwResult& result) {
-    const zav::SWGuidIndex::Entry* const same = context.guidResults.find(result.guid);
+    const zav::SWGuidIndex::Entry* const same = context.guidResults.find(tessa::TextStore::wide(result.guid));
     must(same != nullptr && std::count(same->results, same->results + same->count, &result) == 1);
     for (std::size_t i = 0; i < result.variables.size(); ++i) {
         const zav::SWVariable& variable = result.variables[i];

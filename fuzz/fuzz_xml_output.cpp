@@ -1,6 +1,8 @@
 // The hardware scanner's output file. Any bytes must be refused or give consistent tables, and a tree must not change
 // when its text is read again.
 #include <cstdlib>
+#include <cstring>
+#include <cwchar>
 #include <sstream>
 
 #include "fuzz/MemoryFile.h"
@@ -23,18 +25,19 @@ void checkRoundTrip(const tessa::Node& root) {
     if (parser.status != 0 || textOf(*parser.getRootNode()) != text) std::abort();
 }
 
-void checkFieldNames(const zav::HWInstance& instance) {
-    if ((instance.fieldNames == nullptr) != instance.fields.empty()) std::abort();
-    for (std::size_t i = 0; i < instance.fields.size(); ++i) {
-        if (instance.fieldNames.get()[i] != instance.fields[i].name) std::abort();
+void checkRow(const zav::HWTables::Row& row) {
+    if ((zav::HWTables::nameArray(row) == nullptr) != (row.size() == 0)) std::abort();
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (std::wcslen(tessa::TextStore::wide(row.values[i])) > std::strlen(row.values[i])) std::abort();
     }
 }
 
 void checkTables(ZAVHwCtx& context, const tessa::Node* root) {
     const int code = zav::HW_parseHWData(&context, root);
     if (code != 0 && code != ZAV_ERROR_HW_OUTPUT) std::abort();
-    for (const auto& instances : context.groups) {
-        for (const zav::HWInstance& instance : instances) checkFieldNames(instance);
+    for (int group = 0; group < zav::kGroupSlots; ++group) {
+        for (int i = 0; const zav::HWTables::Row* const row = context.tables.find(group, i); ++i)
+            checkRow(*row);
     }
 }
 

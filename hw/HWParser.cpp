@@ -91,9 +91,13 @@ int HW_parseHWData(ZAVHwCtx* context, const Node* root) {
         if (code != ZAV_SUCCESS) return code;
         ++instances;
     }
+    HW_reportInstances(context, instances);
+    return ZAV_SUCCESS;
+}
+
+void HW_reportInstances(ZAVHwCtx* context, int instances) {
     // Hosts match this message byte for byte, although it counts instances, not groups.
     context->logger().traceMAX(kFunction, "Parse finish. %d groups successfully retrieved", instances);
-    return ZAV_SUCCESS;
 }
 
 int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const Node* element) {

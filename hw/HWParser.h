@@ -12,6 +12,9 @@ namespace zav {
 // std::bad_alloc.
 int HW_parseHWData(ZAVHwCtx* context, const tessa::Node* root);
 
+// Logs the end of a successful parse.
+void HW_reportInstances(ZAVHwCtx* context, int instances);
+
 // Appends the fields of an instance's element to `instance`. They point into the document's texts.
 int HW_parseHWGroup(ZAVHwCtx* context, HWInstance* instance, const tessa::Node* element);
 

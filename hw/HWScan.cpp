@@ -3,6 +3,7 @@
 #include "hw/HWConfigFile.h"
 #include "hw/HWDiagnostics.h"
 #include "hw/HWParser.h"
+#include "hw/HWPlainOutput.h"
 #include "hw/ZAVHwCtx.h"
 #include "intake/ScannerCommand.h"
 #include "intake/ScannerProcess.h"
@@ -42,6 +43,11 @@ int runScanner(ZAVHwCtx* context, const std::wstring& config, const std::wstring
 int readOutput(ZAVHwCtx* context, const std::wstring& output) {
     ZAVlog& log = context->logger();
     log.traceMAX(kFunction, "Parsing XML file");
+    const int instances = HW_readPlainOutput(context, output);
+    if (instances >= 0) {
+        HW_reportInstances(context, instances);
+        return ZAV_SUCCESS;
+    }
     const XMLParser parser(&log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;
     const HWDiagnostics diagnostics(context, parser, output);

@@ -6,6 +6,9 @@ namespace zav {
 
 namespace {
 
+// A vector that grows takes up to three times the memory of its elements.
+constexpr std::size_t kRowCost = 3 * sizeof(HWTables::Row);
+
 // Equal names of a document have one address.
 bool haveSameNames(const HWTables::Names& names, const HWInstance& instance) {
     return std::equal(names.begin(), names.end(), instance.fields.begin(), instance.fields.end(),
@@ -18,10 +21,12 @@ void HWTables::clear() {
     for (auto& rows : rows_) std::vector<Row>().swap(rows);
     names_.clear();
     values_.clear();
+    budget_ = tessa::MemoryBudget();
     texts_.reset();
 }
 
 void HWTables::add(int group, const HWInstance& instance) {
+    budget_.charge(kRowCost);
     std::vector<Row>& rows = rows_.at(static_cast<std::size_t>(group));
     auto* const values = static_cast<const char**>(values_.allocate(instance.fields.size() * sizeof(char*)));
     std::transform(instance.fields.begin(), instance.fields.end(), values,

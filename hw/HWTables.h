@@ -42,6 +42,7 @@ class HWTables {
     void setTexts(std::shared_ptr<tessa::TextStore> texts) { texts_ = std::move(texts); }
     tessa::TextStore& texts() { return *texts_; }
 
+    // Throws DocumentTooLarge and std::bad_alloc.
     void add(int group, const HWInstance& instance);
 
     std::size_t count(int group) const { return rowsOf(group).size(); }

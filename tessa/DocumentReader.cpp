@@ -97,8 +97,9 @@ class Document {
     }
 
     static void XMLCALL onText(void* self, const XML_Char* text, int length) {
-        handle(self,
-               [=](Document& document) { document.builder_.text(text, static_cast<std::size_t>(length)); });
+        handle(self, [=](Document& document) {
+            document.builder_.text({text, static_cast<std::size_t>(length)});
+        });
     }
 
     static void XMLCALL onSoughtStart(void* self, const XML_Char* /*name*/, const XML_Char** /*attributes*/) {
@@ -326,11 +327,26 @@ std::unique_ptr<Node> read(const ReaderSettings& settings, NodeSink& sink, Docum
     }
 }
 
+// Null if the document must be read with Expat.
+std::unique_ptr<Node> readPlain(const ReaderSettings& settings, DocumentFile& file) {
+    if (settings.expandNamespaces) return nullptr;
+    try {
+        TreeBuilder builder(settings.keepWhitespace);
+        return readPlainDocument(file, settings.blockSize, builder) ? builder.takeRoot() : nullptr;
+    } catch (const DocumentTooLarge&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<Node> readDocument(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file) {
-    if (std::unique_ptr<Node> root = readPlainDocument(settings, file)) return root;
+    if (std::unique_ptr<Node> root = readPlain(settings, file)) return root;
     file.rewind();
+    return readWithExpat(settings, sink, file);
+}
+
+std::unique_ptr<Node> readWithExpat(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file) {
     return read(settings, sink, file, nullptr);
 }
 

@@ -13,6 +13,9 @@ namespace tessa {
 // std::bad_alloc, and what the sink throws.
 std::unique_ptr<Node> readDocument(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file);
 
+// The same, always with Expat. readDocument() reads plain documents (tessa/PlainReader.h) faster.
+std::unique_ptr<Node> readWithExpat(const ReaderSettings& settings, NodeSink& sink, DocumentFile& file);
+
 // The line of the node at `place` in a document, found without building its tree; 0 if there is no such node. Throws
 // Fault and std::bad_alloc.
 int findLine(const ReaderSettings& settings, DocumentFile& file, const NodePath& place);

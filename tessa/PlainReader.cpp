@@ -16,7 +16,6 @@
 #endif
 
 #include "kest/Ascii.h"
-#include "tessa/TreeBuilder.h"
 #include "tessa/Utf8.h"
 
 namespace tessa {
@@ -101,20 +100,18 @@ bool isAllowed(std::uint32_t code) {
 
 class PlainReader {
   public:
-    PlainReader(const ReaderSettings& settings, DocumentFile& file)
+    PlainReader(DocumentFile& file, int blockSize, PlainSink& sink)
         : file_(file),
-          blockSize_(settings.blockSize > 0 ? static_cast<std::size_t>(settings.blockSize) : kBufferSize),
-          builder_(settings.keepWhitespace) {}
+          blockSize_(blockSize > 0 ? static_cast<std::size_t>(blockSize) : kBufferSize),
+          sink_(sink) {}
 
-    std::unique_ptr<Node> read() {
+    bool read() {
         Outcome outcome = Outcome::kIncomplete;
         while (outcome == Outcome::kIncomplete && fill()) {
             if (!declared_) outcome = readDeclaration();
             if (declared_) outcome = readContent();
         }
-        const bool whole =
-            outcome == Outcome::kIncomplete && next_ == end_ && ended_ && builder_.depth() == 0;
-        return whole ? builder_.takeRoot() : nullptr;
+        return outcome == Outcome::kIncomplete && next_ == end_ && ended_ && depth_ == 0;
     }
 
   private:
@@ -179,7 +176,7 @@ class PlainReader {
     }
 
     Outcome readText() {
-        if (builder_.depth() == 0) {
+        if (depth_ == 0) {
             next_ = skipBlanks(next_);
             return *next_ == '<' ? Outcome::kRead : endOr(next_);
         }
@@ -202,7 +199,8 @@ class PlainReader {
             if (length == 0) return Outcome::kNotPlain;
             stop += length;
         }
-        builder_.text(next_, static_cast<std::size_t>(stop - next_));
+        if (stop != next_ && !sink_.text({next_, static_cast<std::size_t>(stop - next_)}))
+            return Outcome::kNotPlain;
         next_ = stop;
         if (*stop == '<') return Outcome::kRead;
         if (*stop == '&') return readTextReference();
@@ -214,8 +212,8 @@ class PlainReader {
         std::array<char, 4> character{};
         std::size_t length = 0;
         const Outcome outcome = readReference(next_, character.data(), length);
-        if (outcome == Outcome::kRead) builder_.text(character.data(), length);
-        return outcome;
+        if (outcome != Outcome::kRead) return outcome;
+        return sink_.text({character.data(), length}) ? Outcome::kRead : Outcome::kNotPlain;
     }
 
     // Reads a reference to a predefined entity or to a character.
@@ -257,7 +255,7 @@ class PlainReader {
     Outcome readTag() {
         if (next_[1] == '/') return readEndTag();
         if (!isIn(kNameStart, next_[1])) return endOr(next_ + 1);
-        if (builder_.depth() == 0 && ended_) return Outcome::kNotPlain;
+        if (depth_ == 0 && ended_) return Outcome::kNotPlain;
         const char* place = endOfName(next_ + 1);
         const std::string_view name(next_ + 1, static_cast<std::size_t>(place - next_) - 1);
         attributes_.clear();
@@ -268,15 +266,15 @@ class PlainReader {
         const bool isEmpty = *place == '/';
         if (isEmpty) ++place;
         if (*place != '>') return endOr(place);
-        builder_.startElement(name, attributes_);
-        if (isEmpty) endElement();
+        if (!sink_.startElement(name, attributes_)) return Outcome::kNotPlain;
+        ++depth_;
         next_ = place + 1;
-        return Outcome::kRead;
+        return isEmpty ? endElement() : Outcome::kRead;
     }
 
     // Names recur in the same order, so the expected one is tried first.
     const char* endOfName(const char* place) const {
-        const std::string_view expected = builder_.expectedName();
+        const std::string_view expected = sink_.expectedName();
         if (static_cast<std::size_t>(end_ - place) > expected.size() &&
             std::memcmp(place, expected.data(), expected.size()) == 0) {
             place += expected.size();
@@ -286,22 +284,22 @@ class PlainReader {
     }
 
     Outcome readEndTag() {
-        if (builder_.depth() == 0) return Outcome::kNotPlain;
-        const std::string_view name = builder_.openName();
+        if (depth_ == 0) return Outcome::kNotPlain;
+        const std::string_view name = sink_.openName();
         const char* place = next_ + 2;
         const auto left = static_cast<std::size_t>(end_ - place);
         if (left <= name.size()) return Outcome::kIncomplete;
         if (std::memcmp(place, name.data(), name.size()) != 0) return Outcome::kNotPlain;
         place = skipBlanks(place + name.size());
         if (*place != '>') return endOr(place);
-        endElement();
         next_ = place + 1;
-        return Outcome::kRead;
+        return endElement();
     }
 
-    void endElement() {
-        builder_.endElement();
+    Outcome endElement() {
+        --depth_;
         ended_ = true;
+        return sink_.endElement() ? Outcome::kRead : Outcome::kNotPlain;
     }
 
     // Reads attributes, each after a blank, and the blanks behind the last one.
@@ -384,10 +382,11 @@ class PlainReader {
 
     DocumentFile& file_;
     const std::size_t blockSize_;
-    TreeBuilder builder_;
+    PlainSink& sink_;
     std::vector<char> buffer_ = std::vector<char>(kBufferSize + kPadding);
     const char* next_ = buffer_.data();  // what has not been read yet, up to end_
     const char* end_ = next_;
+    std::size_t depth_ = 0;                              // the number of open elements
     bool declared_ = false;                              // the declaration has been read, or there is none
     bool ended_ = false;                                 // an element has ended; at depth 0, the root
     std::vector<AttributeText> attributes_;              // of the current tag
@@ -396,13 +395,8 @@ class PlainReader {
 
 }  // namespace
 
-std::unique_ptr<Node> readPlainDocument(const ReaderSettings& settings, DocumentFile& file) {
-    if (settings.expandNamespaces) return nullptr;
-    try {
-        return PlainReader(settings, file).read();
-    } catch (const DocumentTooLarge&) {
-        return nullptr;
-    }
+bool readPlainDocument(DocumentFile& file, int blockSize, PlainSink& sink) {
+    return PlainReader(file, blockSize, sink).read();
 }
 
 }  // namespace tessa

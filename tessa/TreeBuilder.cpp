@@ -19,7 +19,7 @@ bool isWhitespace(std::string_view text) {
 
 }  // namespace
 
-void TreeBuilder::startElement(std::string_view name, const std::vector<AttributeText>& attributes) {
+bool TreeBuilder::startElement(std::string_view name, const std::vector<AttributeText>& attributes) {
     memory().texts->budget().charge(kLevelCost);
     finishText(true);
     const TextStore::Name* const interned = memory().texts->intern(name);
@@ -33,12 +33,14 @@ void TreeBuilder::startElement(std::string_view name, const std::vector<Attribut
         addChild(element);
     }
     open_.push_back({interned->utf8, element, nullptr});
+    return true;
 }
 
-void TreeBuilder::endElement() {
+bool TreeBuilder::endElement() {
     finishText(false);
     open_.pop_back();
     memory().texts->budget().refund(kLevelCost);
+    return true;
 }
 
 std::unique_ptr<Node> TreeBuilder::takeRoot() {
