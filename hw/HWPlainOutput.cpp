@@ -107,7 +107,6 @@ class TableFiller final : public tessa::PlainSink {
 int HW_readPlainOutput(ZAVHwCtx* context, const std::wstring& path) {
     HWTables& tables = context->tables;
     tables.clear();
-    tables.setTexts(std::make_shared<tessa::TextStore>());
     try {
         tessa::DocumentFile file(kest::narrow(path).c_str());
         TableFiller filler(tables);

@@ -22,7 +22,12 @@ void HWTables::clear() {
     names_.clear();
     values_.clear();
     budget_ = tessa::MemoryBudget();
-    texts_.reset();
+    if (texts_ != nullptr) texts_->clear();
+}
+
+tessa::TextStore& HWTables::texts() {
+    if (texts_ == nullptr) texts_ = std::make_shared<tessa::TextStore>();
+    return *texts_;
 }
 
 void HWTables::add(int group, const HWInstance& instance) {

@@ -35,12 +35,12 @@ class HWTables {
         const char** values;  // one for each name, in UTF-8
     };
 
-    // Discards everything. Allocates no memory.
+    // Discards everything, and keeps memory for the next findings. Allocates no memory.
     void clear();
 
-    // The texts of the instances that are added from now on.
+    // The owner of the texts of the instances that are added from now on; by default a store of its own.
     void setTexts(std::shared_ptr<tessa::TextStore> texts) { texts_ = std::move(texts); }
-    tessa::TextStore& texts() { return *texts_; }
+    tessa::TextStore& texts();
 
     // Throws DocumentTooLarge and std::bad_alloc.
     void add(int group, const HWInstance& instance);

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -118,13 +119,13 @@ class PlainReader {
     // Reads more of the file. False at its end, and if a tag does not fit into the buffer.
     bool fill() {
         const auto left = static_cast<std::size_t>(end_ - next_);
-        if (left != 0) std::memmove(buffer_.data(), next_, left);
+        if (left != 0) std::memmove(buffer_.get(), next_, left);
         const std::size_t wanted = std::min(blockSize_, kBufferSize - left);
         const auto count =
-            static_cast<std::size_t>(file_.read(buffer_.data() + left, static_cast<int>(wanted)));
-        next_ = buffer_.data();
+            static_cast<std::size_t>(file_.read(buffer_.get() + left, static_cast<int>(wanted)));
+        next_ = buffer_.get();
         end_ = next_ + left + count;
-        std::memset(buffer_.data() + left + count, 0, kPadding);
+        std::memset(buffer_.get() + left + count, 0, kPadding);
         return count != 0;
     }
 
@@ -383,8 +384,8 @@ class PlainReader {
     DocumentFile& file_;
     const std::size_t blockSize_;
     PlainSink& sink_;
-    std::vector<char> buffer_ = std::vector<char>(kBufferSize + kPadding);
-    const char* next_ = buffer_.data();  // what has not been read yet, up to end_
+    std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kBufferSize + kPadding);
+    const char* next_ = buffer_.get();  // what has not been read yet, up to end_
     const char* end_ = next_;
     std::size_t depth_ = 0;                              // the number of open elements
     bool declared_ = false;                              // the declaration has been read, or there is none

@@ -1,7 +1,10 @@
 #include "tessa/TextStore.h"
 
 #include <algorithm>
+#include <atomic>
 #include <new>
+#include <thread>
+#include <utility>
 
 #include "tessa/Utf8.h"
 
@@ -19,16 +22,14 @@ constexpr std::size_t kFirstBlock = std::size_t{4} << 10;
 constexpr std::size_t kMaxBlock = std::size_t{1} << 20;
 
 // What stands before a text: the distance to its wide form, in wide characters, and whether that has been written.
-constexpr std::uint32_t kWidened = std::uint32_t{1} << 31;
+constexpr char kNarrow = 0;
+constexpr char kBeingWidened = 1;
+constexpr char kWidened = 2;
 
-std::uint32_t prefixOf(const char* text) {
-    std::uint32_t prefix = 0;
-    std::memcpy(&prefix, text - sizeof prefix, sizeof prefix);
-    return prefix;
-}
-
-void setPrefix(char* text, std::uint32_t prefix) {
-    std::memcpy(text - sizeof prefix, &prefix, sizeof prefix);
+std::uint32_t distanceOf(const char* text) {
+    std::uint32_t distance = 0;
+    std::memcpy(&distance, text - 1 - sizeof distance, sizeof distance);
+    return distance;
 }
 
 // The wide character that begins at the text's address, rounded down.
@@ -95,22 +96,47 @@ void TextStore::makeRoom(std::size_t length) {
 
 void TextStore::addBlock(std::size_t size) {
     blockSize_ = blockSize_ == 0 ? kFirstBlock : std::min(blockSize_ * 2, kMaxBlock);
-    // A multiple of the size of a wide character.
-    size = std::max((kPrefix + size + kPrefix) / kPrefix * kPrefix, blockSize_);
-    const std::size_t bytes = size + size * sizeof(wchar_t);
-    budget_.charge(bytes);
-    blocks_.push_back(kest::mallocArray<char>(bytes));
-    char* const begin = blocks_.back().get();
+    size = std::max(kPrefix + size, blockSize_);
+    size += (sizeof(wchar_t) - size % sizeof(wchar_t)) % sizeof(wchar_t);
+    blocks_.push_back(blockOf(size));
+    size = blocks_.back().size;
+    char* const begin = blocks_.back().memory.get();
     wides_ = reinterpret_cast<wchar_t*>(begin + size);
     end_ = begin + size;
     text_ = next_ = begin + kPrefix;
 }
 
+// A block of at least this size: a spare one, of which the last is the largest, or a new one.
+TextStore::Block TextStore::blockOf(std::size_t size) {
+    const bool fits = !spare_.empty() && spare_.back().size >= size;
+    if (fits) size = spare_.back().size;
+    const std::size_t bytes = size + size * sizeof(wchar_t);
+    budget_.charge(bytes);
+    if (!fits) return {kest::mallocArray<char>(bytes), size};
+    Block block = std::move(spare_.back());
+    spare_.pop_back();
+    return block;
+}
+
+void TextStore::clear() {
+    spare_ = std::move(blocks_);
+    blocks_.clear();
+    blockSize_ = 0;
+    wides_ = nullptr;
+    text_ = next_ = end_ = nullptr;
+    names_.clear();
+    table_.clear();
+    latest_ = nullptr;
+    budget_ = MemoryBudget();
+}
+
 const char* TextStore::finish() {
     char* const text = text_;
     *next_ = '\0';
-    const wchar_t* const wide = wides_ + (text - blocks_.back().get());
-    setPrefix(text, static_cast<std::uint32_t>(wide - alignedDown(text)));
+    const wchar_t* const wide = wides_ + (text - blocks_.back().memory.get());
+    const auto distance = static_cast<std::uint32_t>(wide - alignedDown(text));
+    std::memcpy(text - kPrefix, &distance, sizeof distance);
+    text[-1] = kNarrow;
     next_ += kTextCost;
     text_ = next_;
     return text;
@@ -124,11 +150,15 @@ const char* TextStore::add(std::string_view utf8) {
 const wchar_t* TextStore::wide(const char* text) {
     if (*text == '\0') return L"";
     auto* const own = const_cast<char*>(text);  // every text of a store was made writable
-    const std::uint32_t prefix = prefixOf(own);
-    wchar_t* const wide = alignedDown(own) + (prefix & ~kWidened);
-    if ((prefix & kWidened) == 0) {
+    wchar_t* const wide = alignedDown(own) + distanceOf(own);
+    const std::atomic_ref<char> state(own[-1]);
+    if (state.load(std::memory_order_acquire) == kWidened) return wide;
+    char expected = kNarrow;
+    if (state.compare_exchange_strong(expected, kBeingWidened, std::memory_order_acquire)) {
         *widenUtf8(own, std::strlen(own), wide) = L'\0';
-        setPrefix(own, prefix | kWidened);
+        state.store(kWidened, std::memory_order_release);
+    } else {
+        while (state.load(std::memory_order_acquire) != kWidened) std::this_thread::yield();
     }
     return wide;
 }

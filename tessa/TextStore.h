@@ -18,7 +18,8 @@ namespace tessa {
 //
 // Most texts are never requested as wide text, and wide text takes four times the memory. So a text is widened when it is
 // first requested, to a place that was reserved for it together with the text: this cannot fail, and memory that is never
-// written to takes no room. Before each text stands where that place is. Not for several threads at once.
+// written to takes no room. Before each text stands where that place is. Several threads may ask for the
+// wide forms of a store's texts at once; everything else is for one thread.
 class TextStore {
   public:
     struct Name {
@@ -61,20 +62,30 @@ class TextStore {
 
     MemoryBudget& budget() { return budget_; }
 
+    // Discards all texts and names, and keeps their memory for new ones. Allocates no memory.
+    void clear();
+
   private:
     // What a text takes besides its bytes: the terminator, and what stands before the text.
-    static constexpr std::size_t kPrefix = sizeof(std::uint32_t);
+    static constexpr std::size_t kPrefix = sizeof(std::uint32_t) + 1;
     static constexpr std::size_t kTextCost = 1 + kPrefix;
+
+    // Texts, and behind them the place for as many wide characters.
+    struct Block {
+        kest::Malloced<char> memory;
+        std::size_t size;  // of the part for texts
+    };
 
     void makeRoom(std::size_t length);
     void addBlock(std::size_t size);
+    Block blockOf(std::size_t size);
     Name* findName(std::string_view utf8);
     Name* addName(std::string_view utf8, std::uint64_t hash, std::size_t slot);
     void growTable();
 
     MemoryBudget budget_;
-    std::vector<kest::Malloced<char>>
-        blocks_;  // texts, and behind them the place for as many wide characters
+    std::vector<Block> blocks_;
+    std::vector<Block> spare_;
     std::size_t blockSize_ = 0;
     wchar_t* wides_ = nullptr;  // of the last block
     char* text_ = nullptr;      // the open text, from here to next_
