@@ -10,6 +10,7 @@
 #include "bench/peers/DirectTables.h"
 #include "bench/peers/ExpatTokens.h"
 #include "bench/peers/LibxmlTables.h"
+#include "bench/peers/PugixmlTables.h"
 #include "hw/HWPlainOutput.h"
 #include "include/zav.h"
 #include "intake/ScannerProcess.h"
@@ -39,6 +40,39 @@ Action readWithExpat(const Arguments& arguments) {
 
 Action readWithLibxml(const Arguments& arguments) {
     return [path = arguments.at(0), context = emptyTables()] { return fillTablesWithLibxml(path, *context); };
+}
+
+Action readWithPugixml(const Arguments& arguments) {
+    return
+        [path = arguments.at(0), context = emptyTables()] { return fillTablesWithPugixml(path, *context); };
+}
+
+bool getValues(ZAVHwCtx* context, int group, int instance) {
+    const wchar_t** names = nullptr;
+    int count = 0;
+    if (ZAV_hw_get_fields(context, group, instance, &names, &count) != 0) return false;
+    const wchar_t* value = nullptr;
+    for (int i = 0; i < count; ++i) {
+        if (ZAV_hw_get_value(context, group, instance, names[i], &value) != 0) return false;
+    }
+    return true;
+}
+
+// Reads the file, and then every value once through the getters.
+Action readEveryValue(const Arguments& arguments) {
+    return [path = kest::widen(arguments.at(0)), context = emptyTables()] {
+        if (zav::HW_readPlainOutput(context.get(), path) <= 0) return false;
+        context->returnCode = 0;
+        context->groupEnabled.fill(1);
+        for (int group = zav::kFirstGroup; group <= zav::kLastGroup; ++group) {
+            int instances = 0;
+            if (ZAV_hw_get_group_instances(context.get(), group, &instances) != 0) return false;
+            for (int i = 0; i < instances; ++i) {
+                if (!getValues(context.get(), group, i)) return false;
+            }
+        }
+        return true;
+    };
 }
 
 Action readTablesAlone(const Arguments& arguments) {
@@ -122,6 +156,8 @@ const std::map<std::string, Work> kWorks = {
     {"read", readWithLibrary},
     {"read-expat", readWithExpat},
     {"read-libxml", readWithLibxml},
+    {"read-pugixml", readWithPugixml},
+    {"read-values", readEveryValue},
     {"tables", readTablesAlone},
     {"run", runLibrary},
     {"launch", launchAlone},
