@@ -1,4 +1,6 @@
 // Threads that evaluate at the same time, each with its own handle.
+#include <barrier>
+
 #include "tests/support/SerialCallback.h"
 #include "tests/support/Threads.h"
 #include "tests/sw/Evaluation.h"
@@ -43,23 +45,26 @@ TEST(SWConcurrent, EveryThreadLearnsTheStatusOfItsOwnScanner) {
 // Lookups and getters of values do not change a context, so threads may share one for these.
 TEST(SWConcurrent, ThreadsMayReadTheSameResults) {
     constexpr int kResults = 500;
+    constexpr std::size_t kLength = 5000;  // so that several threads request a value before it is ready
     std::string output = "<QEL>";
     for (int i = 0; i < kResults; ++i) {
         const std::string text = std::to_string(i);
-        output += "<MatchedSignature guid='" + text + "'><Variable name='v' value='" + text +
-                  "'/></MatchedSignature>";
+        output += "<MatchedSignature guid='" + text + "'><Variable name='v' value='" +
+                  std::string(kLength, 'a') + text + "'/></MatchedSignature>";
     }
     Evaluation evaluation;
     evaluation.scannerWrites(output + "</QEL>");
     ASSERT_EQ(evaluation.run(), 0);
-    zavtest::inThreads(kThreads, [&evaluation](int) {
+    std::barrier together(kThreads);
+    zavtest::inThreads(kThreads, [&](int) {
         for (int i = 0; i < kResults; ++i) {
             const std::wstring text = std::to_wstring(i);
             ZAVSwResult* result = nullptr;
-            const wchar_t* value = nullptr;
-            ASSERT_EQ(ZAV_sw_find_result_by_guid(evaluation.context(), text.c_str(), &result), 0);
-            ASSERT_EQ(ZAV_sw_get_value(evaluation.context(), result, L"v", &value), 0);
-            ASSERT_EQ(value, text);
+            const wchar_t* value = L"";
+            together.arrive_and_wait();
+            EXPECT_EQ(ZAV_sw_find_result_by_guid(evaluation.context(), text.c_str(), &result), 0);
+            EXPECT_EQ(ZAV_sw_get_value(evaluation.context(), result, L"v", &value), 0);
+            EXPECT_EQ(value, std::wstring(kLength, L'a') + text);
         }
     });
 }

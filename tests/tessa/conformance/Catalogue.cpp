@@ -1,6 +1,5 @@
 #include "tests/tessa/conformance/Catalogue.h"
 
-#include "kest/Text.h"
 #include "tests/tessa/conformance/Documents.h"
 
 namespace tessa::conformance {
@@ -11,7 +10,7 @@ namespace fs = std::filesystem;
 
 std::string attribute(const Node& element, const wchar_t* name, const std::string& otherwise = "") {
     for (const Attribute& each : *element.attributes()) {
-        if (each.name->view() == name) return kest::narrow(each.value);
+        if (each.name->view() == name) return each.value;
     }
     return otherwise;
 }

@@ -3,7 +3,9 @@
 #include <map>
 
 #include "kest/Text.h"
+#include "tessa/DocumentReader.h"
 #include "tessa/NodeReader.h"
+#include "tessa/ReadError.h"
 #include "tessa/TextStore.h"
 
 namespace tessa::conformance {
@@ -65,6 +67,21 @@ Tree treeOf(const std::filesystem::path& path, int blockSize, bool namespaces) {
     reader.expandNamespaces = namespaces;
     reader.process(kest::String(kest::widen(path.string())), 0);
     return std::move(sink.tree);
+}
+
+Reading readWithExpat(const std::filesystem::path& path, bool namespaces) {
+    Sink sink;
+    ReaderSettings settings;
+    settings.keepWhitespace = true;
+    settings.expandNamespaces = namespaces;
+    Reading reading = {true, ""};
+    try {
+        DocumentFile file(path.c_str());
+        show(*tessa::readWithExpat(settings, sink, file), reading.text);
+    } catch (const Fault& fault) {
+        reading = {false, fault.message};
+    }
+    return reading;
 }
 
 Reading readDocument(const std::filesystem::path& path, int blockSize, bool namespaces) {

@@ -25,4 +25,7 @@ struct Reading {
 
 Reading readDocument(const std::filesystem::path& path, int blockSize, bool namespaces);
 
+// The same with Expat, also if the document is plain.
+Reading readWithExpat(const std::filesystem::path& path, bool namespaces);
+
 }  // namespace tessa::conformance

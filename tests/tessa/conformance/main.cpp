@@ -93,6 +93,9 @@ class Run {
         const Reading pieces = readDocument(each.path, 1, each.namespaces);
         if (pieces.good != whole.good || (whole.good && pieces.text != whole.text))
             return "is read otherwise in blocks of one byte";
+        const Reading withExpat = readWithExpat(each.path, each.namespaces);
+        if (withExpat.good != whole.good || (whole.good && withExpat.text != whole.text))
+            return "is read otherwise with Expat";
         ++counts_[mustBeRead(each) ? "well-formed" : "not well-formed, or of another version"];
         if (whole.good != mustBeRead(each))
             return whole.good ? "is read, but must be refused" : "is refused: " + whole.text;
