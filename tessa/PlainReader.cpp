@@ -121,8 +121,7 @@ class PlainReader {
         const auto left = static_cast<std::size_t>(end_ - next_);
         if (left != 0) std::memmove(buffer_.get(), next_, left);
         const std::size_t wanted = std::min(blockSize_, kBufferSize - left);
-        const auto count =
-            static_cast<std::size_t>(file_.read(buffer_.get() + left, static_cast<int>(wanted)));
+        const int count = file_.read(buffer_.get() + left, static_cast<int>(wanted));
         next_ = buffer_.get();
         end_ = next_ + left + count;
         std::memset(buffer_.get() + left + count, 0, kPadding);
@@ -194,8 +193,7 @@ class PlainReader {
                 ++stop;
                 continue;
             }
-            if (static_cast<signed char>(*stop) >= 0) break;
-            if (end_ - stop < 4) break;
+            if (static_cast<signed char>(*stop) >= 0 || end_ - stop < 4) break;
             const std::size_t length = characterLength(stop);
             if (length == 0) return Outcome::kNotPlain;
             stop += length;
@@ -326,8 +324,7 @@ class PlainReader {
     }
 
     bool isTaken(std::string_view name) const {
-        return std::any_of(attributes_.begin(), attributes_.end(),
-                           [name](const AttributeText& attribute) { return attribute.name == name; });
+        return std::ranges::any_of(attributes_, [name](const auto& other) { return other.name == name; });
     }
 
     Outcome readValue(const char*& place, std::string_view& value) {
