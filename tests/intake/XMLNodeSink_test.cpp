@@ -20,10 +20,11 @@ struct CountedNode : tessa::Node {
 
     int type() const override { return kText; }
     const wchar_t* text() const override { return L""; }
+    const char* utf8() const override { return ""; }
     const kest::String& name() const override { return name_; }
     int getChildren(const tessa::NodeList** /*children*/) const override { return -1; }
     const tessa::StringMap* attributes() const override { return nullptr; }
-    std::shared_ptr<const void> shareTexts() const override { return nullptr; }
+    std::shared_ptr<tessa::TextStore> shareTexts() const override { return nullptr; }
 
   private:
     int& deletions_;

@@ -36,7 +36,7 @@ const tessa::NodeList& childrenOf(const tessa::Node& node) {
 
 std::string attributeOf(const tessa::Node& node, const std::wstring& name) {
     for (const tessa::Attribute& attribute : *node.attributes()) {
-        if (attribute.name->view() == name) return kest::narrow(attribute.value);
+        if (attribute.name->view() == name) return attribute.value;
     }
     return {};
 }
