@@ -74,7 +74,7 @@ class Place:
         # A command without --root looks at the tree: the machine of the test may be large.
         self.zav = self.find("zav")
         wrapper = ('#!/bin/sh\nnames=" $* "\ncase "$1" in hw|sw|sbom|facts|capture|export|report)\n'
-                   '  case "$names" in *" --root "*|*" --list "*|*" --check "*|*" --help "*) ;; *) set -- "$@" --root "$TREE" ;; esac ;;\nesac\n'
+                   '  case "$names" in *" --root "*|*" --from "*|*" --list "*|*" --check "*|*" --help "*) ;; *) set -- "$@" --root "$TREE" ;; esac ;;\nesac\n'
                    f'exec "{self.zav}" "$@"\n')
         write(f"{work}/bin/zav", wrapper, 0o755)
         self.environment = dict(os.environ, TREE=self.tree, LC_ALL="C.UTF-8", PKG_CONFIG_PATH=self.pkg_config(),
