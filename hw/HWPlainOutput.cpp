@@ -7,7 +7,6 @@
 #include "kest/Text.h"
 #include "tessa/DocumentFile.h"
 #include "tessa/PlainReader.h"
-#include "tessa/ReadError.h"
 
 namespace zav {
 
@@ -111,9 +110,8 @@ int HW_readPlainOutput(ZAVHwCtx* context, const std::wstring& path) {
         tessa::DocumentFile file(kest::narrow(path).c_str());
         TableFiller filler(tables);
         if (tessa::readPlainDocument(file, 0, filler)) return filler.instances();
-    } catch (const tessa::Fault&) {
-        // Told when the file is read as a tree.
     } catch (const tessa::DocumentTooLarge&) {
+        // Told when the file is read as a tree.
     }
     tables.clear();
     return -1;

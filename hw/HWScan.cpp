@@ -43,10 +43,15 @@ int runScanner(ZAVHwCtx* context, const std::wstring& config, const std::wstring
 int readOutput(ZAVHwCtx* context, const std::wstring& output) {
     ZAVlog& log = context->logger();
     log.traceMAX(kFunction, "Parsing XML file");
-    const int instances = HW_readPlainOutput(context, output);
-    if (instances >= 0) {
-        HW_reportInstances(context, instances);
-        return ZAV_SUCCESS;
+    try {
+        const int instances = HW_readPlainOutput(context, output);
+        if (instances >= 0) {
+            HW_reportInstances(context, instances);
+            return ZAV_SUCCESS;
+        }
+    } catch (const tessa::Fault& fault) {
+        XMLParser::reportFault(&log, kest::String(output), fault);
+        return ZAV_ERROR_HW_OUTPUT;
     }
     const XMLParser parser(&log, output.c_str());
     if (parser.status > 0) return ZAV_ERROR_HW_OUTPUT;

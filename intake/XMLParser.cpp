@@ -54,6 +54,11 @@ XMLParser::XMLParser(ZAVlog* log, const wchar_t* path) : status(1), path_(path),
     status = reader.status;
 }
 
+void XMLParser::reportFault(ZAVlog* log, const kest::String& path, const tessa::Fault& fault) {
+    XMLNodeSink sink(log);
+    NamedSink(sink, path).onCriticalError(kest::String(kest::widen(fault.message)), fault.line);
+}
+
 int XMLParser::lineOf(const tessa::NodePath& place) const {
     XMLNodeSink silent(nullptr);
     return readerFor(silent).lineOf(path_, place);

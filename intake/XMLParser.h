@@ -2,6 +2,7 @@
 
 #include "core/ZAVlog.h"
 #include "intake/XMLNodeSink.h"
+#include "tessa/ReadError.h"
 
 namespace zav {
 
@@ -20,6 +21,9 @@ class XMLParser {
     // The line of a node of the tree, for use in messages; 0 if the file no longer contains the node. Reads the file
     // again. Throws std::bad_alloc.
     int lineOf(const tessa::NodePath& place) const;
+
+    // Logs why a file could not be read, as the constructor does.
+    static void reportFault(ZAVlog* log, const kest::String& path, const tessa::Fault& fault);
 
     // 0 if the file was read without error, otherwise 1 or more.
     int status;

@@ -92,7 +92,10 @@ TEST_F(HWPlainOutputTest, WhatIsWrongIsLeftToTheTree) {
 TEST_F(HWPlainOutputTest, WhatIsNotPlainIsLeftToTheTree) {
     EXPECT_EQ(plain("<QEL><Memory><Size>1<!-- -->2</Size></Memory></QEL>"), -1);
     EXPECT_EQ(tables(), Tables(kGroupSlots));
-    EXPECT_EQ(HW_readPlainOutput(&context_, L"/nonexistent/output.xml"), -1);
+}
+
+TEST_F(HWPlainOutputTest, AFileThatCannotBeReadIsAFault) {
+    EXPECT_THROW(HW_readPlainOutput(&context_, L"/nonexistent/output.xml"), tessa::Fault);
 }
 
 TEST_F(HWPlainOutputTest, TheTablesOfThePreviousFileAreDiscarded) {
