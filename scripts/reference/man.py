@@ -144,8 +144,10 @@ def write_block(out, element):
         out.line((".SH " if element.tag == "h2" else ".SS ") + '"' + prose(text.upper() if element.tag == "h2" else text) + '"')
         out.fresh = True
     elif element.tag == "p":
-        out.paragraph()
-        out.text(inline(element))
+        text = inline(element)
+        if text.strip():  # a picture has none
+            out.paragraph()
+            out.text(text)
     elif element.tag == "pre":
         write_code(out, element)
     elif element.tag in ("ul", "ol"):
