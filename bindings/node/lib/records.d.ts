@@ -1270,7 +1270,7 @@ export interface VirtualMachineGuest {
   HypervisorVendor: string | null;
   /** version of the hypervisor */
   HypervisorVersion: string | null;
-  /** `docker`, `podman`, `lxc` and so on */
+  /** `docker`, `podman`, `lxc`, `wsl` and so on; `kubernetes` if nothing tells which program runs the container */
   ContainerType: string | null;
   /** kind of virtualization, by unmodified (`full`) or adapted kernels */
   VirtualizationMode: string | null;

@@ -1326,7 +1326,7 @@ class VirtualMachineGuest(TypedDict):
     HypervisorVendor: Optional[str]
     #: version of the hypervisor
     HypervisorVersion: Optional[str]
-    #: `docker`, `podman`, `lxc` and so on
+    #: `docker`, `podman`, `lxc`, `wsl` and so on; `kubernetes` if nothing tells which program runs the container
     ContainerType: Optional[str]
     #: kind of virtualization, by unmodified (`full`) or adapted kernels
     VirtualizationMode: Optional[str]
