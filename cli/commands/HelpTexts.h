@@ -6,7 +6,7 @@ namespace zavcli {
 inline constexpr const char* kMainFooter = R"(Examples:
   zav                                      show what this machine is, and what needs attention
   zav hw                                   show the hardware and the system
-  zav hw --group Processor --group Memory  show two groups only
+  zav hw Processor Memory                  show two groups only
   zav hw --format json --output pc.json    write everything to a file, for a program
   zav sw                                   show which known software is installed, and where
   zav sw signatures.xml                    show which of the described software is installed
@@ -22,11 +22,11 @@ that signal. 'zav hw --help' and the like describe formats and options.)";
 
 inline constexpr const char* kHardwareFooter =
     R"(Groups are named as 'zav groups' lists them, or by number. Names are case-insensitive, and blanks are ignored:
-'--group OperatingSystem', '--group "operating system"' and '--group 4' are the same.
+'zav hw OperatingSystem', 'zav hw "operating system"' and 'zav hw --group 4' are the same.
 
 Formats:
-  table  for people. Several instances form a table below the values that they share. Without --group, long groups and
-         long values are shortened; --group or --all shows them completely. Numbers have units that people read, such as
+  table  for people. Several instances form a table below the values that they share. Of the whole inventory, long groups
+         and long values are shortened; chosen groups or --all shows them completely. Numbers have units that people read, such as
          GB and GHz; the other formats are exact.
   json   {"scan": {...}, "status": {"Processor": {"status": "complete"}, ...},
          "groups": {"Processor": [{"DeviceID": "cpu0", ...}, ...], ...}}; all values are strings without --typed
@@ -55,14 +55,14 @@ random and not kept, so they are different in each inventory.
 
 Examples:
   sudo zav hw                                      root may read serial numbers and memory modules
-  zav hw --group "Software Packages" --all
-  zav hw --group 25 --format csv --output packages.csv
+  zav hw "Software Packages" --all
+  zav hw 25 --format csv --output packages.csv
   zav hw --root /mnt/image --format json           scan the system below /mnt/image instead of this machine
   zav hw --sanitize --format json -o share.json    write an inventory that does not identify the machine
 
 Exit status: 0 the inventory is written, 1 the command failed, 2 the command line is wrong, 3 the inventory is
 written, but a group is unread or partial for another reason than a missing permission, or nothing could be read of a
-group that was named by --group.)";
+group that was named.)";
 
 inline constexpr const char* kSoftwareFooter =
     R"(A signature file describes software: which packages, files or contents show that it is installed, and which values,

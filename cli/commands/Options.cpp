@@ -84,7 +84,9 @@ void addScan(CLI::App& command, Options& options, std::string& format) {
 }
 
 void addGroupChoice(CLI::App& command, Options& options) {
-    addRepeated(command, "-g,--group", options.groups, "GROUP", "Scan only this group; may be repeated");
+    command.add_option("-g,--group,GROUP", options.groups, "Scan only these groups")
+        ->type_name("GROUP")
+        ->take_all();
 }
 
 void addHiding(CLI::App& command, Options& options) {
