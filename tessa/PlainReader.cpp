@@ -274,10 +274,8 @@ class PlainReader {
     // Names recur in the same order, so the expected one is tried first.
     const char* endOfName(const char* place) const {
         const std::string_view expected = sink_.expectedName();
-        if (static_cast<std::size_t>(end_ - place) > expected.size() &&
-            std::memcmp(place, expected.data(), expected.size()) == 0) {
-            place += expected.size();
-        }
+        const std::string_view input(place, static_cast<std::size_t>(end_ - place));
+        if (input.starts_with(expected)) place += expected.size();
         while (isIn(kNameByte, *place)) ++place;
         return place;
     }
