@@ -37,6 +37,8 @@ int run(int argc, const char* const* argv) {
             return runSbom(options);
         case Command::Summary:
             return runSummary(options);
+        case Command::Export:
+            return runExport(options);
         case Command::Report:
             return runReport(options);
         case Command::Software:

@@ -8,6 +8,7 @@ namespace zavcli {
 int runCapture(const Options& options);
 int runDiff(const Options& options);
 int runDoctor(const Options& options);
+int runExport(const Options& options);
 int runFacts(const Options& options);
 int runGroups(const Options& options);
 int runHardware(const Options& options);

@@ -12,6 +12,7 @@ inline constexpr const char* kMainFooter = R"(Examples:
   zav sw signatures.xml                    show which of the described software is installed
   zav sbom -o machine.cdx.json             write a bill of materials of the software
   zav report -o machine.html               write all of it as a page for a browser
+  zav export --sqlite fleet.db             write all of it into a database
   zav diff monday.json tuesday.json        show what has changed between two inventories
   zav capture machine.tar.zst              archive what a scan reads, to scan it elsewhere
   zav doctor                               find out why an inventory does not work
@@ -168,6 +169,21 @@ Examples:
 
 Exit status: 0 the page is written, 1 the command failed, 2 the command line is wrong or OLD or FILE cannot be read, 3 the page
 is written, but something could not be read for another reason than a missing permission.)";
+
+inline constexpr const char* kExportFooter =
+    R"(The database has a table per hardware group with a column per field, and the tables host, status, software and
+other_field. The column host tells the hosts apart. What an earlier export wrote for the same host is replaced. Numbers and
+truth values are numbers, lists are JSON arrays, and what is unknown is null.
+
+The file of --from is what 'zav hw --format json' or '--format xml' wrote, or a scanner. It has no software.
+
+Examples:
+  sudo zav export --sqlite fleet.db                     this machine
+  zav export --sqlite fleet.db --from web1.json --from db1.json
+  sqlite3 fleet.db "SELECT host, VersionString FROM SoftwarePackages WHERE Name = 'openssl'"
+
+Exit status: 0 the database is written, 1 the command failed, 2 the command line is wrong or a saved inventory cannot be
+read, 3 the database is written, but something could not be read for another reason than a missing permission.)";
 
 inline constexpr const char* kDiffFooter =
     R"(OLD and NEW are files that 'zav hw --format json' or '--format xml' wrote, or a scanner; '-' is standard input. Values

@@ -170,6 +170,33 @@ void addReport(CLI::App& app, Options& options) {
     command.callback([&options] { options.command = Command::Report; });
 }
 
+void addExport(CLI::App& app, Options& options) {
+    CLI::App& command = *app.add_subcommand("export", "Write the inventory into a database");
+    command.footer(kExportFooter);
+    command
+        .add_option("--sqlite", options.database,
+                    "Write into this SQLite database, which is made if it does not exist")
+        ->type_name("FILE")
+        ->required();
+    CLI::Option* const from = command
+                                  .add_option("--from", options.saved,
+                                              "Write this saved inventory, without a scan; may be repeated")
+                                  ->type_name("FILE")
+                                  ->take_all()
+                                  ->allow_extra_args(false);
+    command.add_option("--host", options.host, "Name the host, instead of the name in the inventory")
+        ->type_name("NAME");
+    addGroupChoice(command, options);
+    command.add_flag("--no-software", options.noSoftware, "Leave out the software");
+    addHiding(command, options);
+    addToolkit(command, options);
+    addRoot(command, options);
+    for (const char* const name : {"--sanitize", "--no-volatile", "--root", "--toolkit", "--group"})
+        from->excludes(command.get_option(name));
+    command.get_option("--sanitize")->needs(command.get_option("--no-software"));
+    command.callback([&options] { options.command = Command::Export; });
+}
+
 void addDiff(CLI::App& app, Options& options, std::string& format) {
     CLI::App& command = *app.add_subcommand("diff", "Compare two hardware inventories");
     command.footer(kDiffFooter);
@@ -288,6 +315,7 @@ std::variant<Options, HelpText> parseOptions(int argc, const char* const* argv) 
     addFacts(app, options, facts);
     addSbom(app, options, bill);
     addReport(app, options);
+    addExport(app, options);
     addDiff(app, options, diff);
     addCapture(app, options);
     addGroups(app, options, format);

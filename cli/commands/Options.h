@@ -10,7 +10,19 @@
 
 namespace zavcli {
 
-enum class Command { Summary, Hardware, Software, Facts, Sbom, Report, Diff, Capture, Groups, Doctor };
+enum class Command {
+    Summary,
+    Hardware,
+    Software,
+    Facts,
+    Sbom,
+    Report,
+    Export,
+    Diff,
+    Capture,
+    Groups,
+    Doctor
+};
 enum class Format { Table, Json, JsonLines, Csv, Xml, Yaml };
 enum class FactFormat { Ansible, Prometheus };
 enum class BillFormat { CycloneDx, Spdx };
@@ -42,6 +54,9 @@ struct Options {
     bool noSoftware = false;             // of the page: only hardware
     std::optional<std::string> from;     // make the page of this saved inventory
     std::optional<std::string> compare;  // mark on the page what differs from this inventory
+    std::string database;                // the SQLite database to write
+    std::vector<std::string> saved;      // the inventories to export; empty for a scan
+    std::optional<std::string> host;     // the name of their host
     bool hashes = false;                 // hash the files in the evidence
     bool csvRaw = false;                 // do not protect values that look like formulas
     bool all = false;

@@ -26,8 +26,8 @@ bool contains(const std::string& text, const std::string& part) {
 TEST(Summary, ZavAloneTellsWhatTheMachineIsAndNamesTheCommands) {
     const Ended ended = zav({});
     ASSERT_EQ(0, ended.status) << ended.err;
-    for (const char* part :
-         {"\n  System ", "\n  Processor ", "\n  Memory ", "hw, sw, facts, sbom, report, diff", "zav --help"})
+    for (const char* part : {"\n  System ", "\n  Processor ", "\n  Memory ",
+                             "hw, sw, facts, sbom, report, export, diff", "zav --help"})
         EXPECT_TRUE(contains(ended.out, part)) << part << "\n" << ended.out;
 }
 

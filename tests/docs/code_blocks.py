@@ -67,6 +67,7 @@ class Place:
         subprocess.run(["cmake", "--install", build, "--prefix", self.prefix], check=True, stdout=subprocess.DEVNULL)
         self.tree = f"{work}/tree"
         write(f"{self.tree}/etc/os-release", 'ID=debian\nPRETTY_NAME="Debian GNU/Linux 12 (bookworm)"\n')
+        write(f"{self.tree}/etc/hostname", "web1\n")
         write(f"{self.tree}/var/lib/dpkg/status", STATUS)
         for program in ("usr/bin/curl", "opt/tool-2.1/tool"):
             os.makedirs(os.path.dirname(f"{self.tree}/{program}"), exist_ok=True)
